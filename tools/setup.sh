@@ -1,0 +1,42 @@
+#!/bin/sh
+# Installs what is missing of Debian's packages: tools/setup.sh play | test
+# Says what it installs before it does; installs nothing, and says nothing, when everything is there.
+set -eu
+
+build="g++ cmake ninja-build ccache pkg-config git
+    nlohmann-json3-dev libcli11-dev libmd-dev
+    libgtk-4-dev libwebkitgtk-6.0-dev libsoup-3.0-dev libpulse-dev
+    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev"
+run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
+    gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap glib-networking
+    xvfb dbus"
+test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg clang-format"
+
+case "${1-}" in
+play) wanted="$build $run" ;;
+test) wanted="$build $run $test" ;;
+*)
+    echo "usage: tools/setup.sh play | test" >&2
+    exit 2
+    ;;
+esac
+
+missing=""
+for package in $wanted; do
+    status=$(dpkg-query -W -f='${db:Status-Status}' "$package" 2>/dev/null || true)
+    [ "$status" = installed ] || missing="$missing $package"
+done
+[ -n "$missing" ] || exit 0
+
+echo "Installing from Debian:$missing"
+root=""
+if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || {
+        echo "setup: these packages need root or sudo to install:$missing" >&2
+        exit 1
+    }
+    root="sudo"
+fi
+$root apt-get update -q
+# shellcheck disable=SC2086
+$root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing

@@ -1,0 +1,24 @@
+#!/bin/sh
+# Runs a command on an X server of its own with a session bus of its own, and takes both down afterwards:
+# tools/with_display.sh COMMAND…
+set -eu
+scratch=$(mktemp -d)
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
+server=$!
+trap 'kill $server 2>/dev/null || true; rm -rf "$scratch"' EXIT
+trap 'exit 143' TERM
+trap 'exit 130' INT
+waited=0
+until [ -s "$scratch/display" ]; do
+    kill -0 $server 2>/dev/null && [ $waited -lt 100 ] || {
+        echo "with_display: Xvfb did not start: $(tail -n 1 "$scratch/xvfb.log")" >&2
+        exit 1
+    }
+    waited=$((waited + 1))
+    sleep 0.1
+done
+DISPLAY=":$(cat "$scratch/display")"
+export DISPLAY
+unset WAYLAND_DISPLAY
+export GDK_BACKEND=x11
+dbus-run-session -- "$@"
