@@ -1,0 +1,67 @@
+#include "platform/Numbers.h"
+
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <limits>
+
+namespace qoro
+{
+
+namespace
+{
+
+// Between these magnitudes a number is written in full, outside them with an exponent.
+constexpr double LeastWrittenInFull = 1e-6;
+constexpr double FirstWithExponent = 1e15;
+
+template <typename Number>
+std::string shortest(Number number)
+{
+    if (std::isnan(number))
+        return "nan";
+    const auto magnitude = static_cast<double>(std::fabs(number));
+    const bool in_full = magnitude == 0 || (magnitude >= LeastWrittenInFull && magnitude < FirstWithExponent);
+    std::array<char, 64> text;
+    const auto end = in_full ? std::to_chars(text.begin(), text.end(), number, std::chars_format::fixed)
+                             : std::to_chars(text.begin(), text.end(), number);
+    return {text.begin(), end.ptr};
+}
+
+} // namespace
+
+std::int32_t truncated(double number)
+{
+    using Limits = std::numeric_limits<std::int32_t>;
+    if (std::isnan(number))
+        return 0;
+    if (number <= static_cast<double>(Limits::min()))
+        return Limits::min();
+    if (number >= static_cast<double>(Limits::max()))
+        return Limits::max();
+    return static_cast<std::int32_t>(number);
+}
+
+std::string fixed_text(double number, int decimals)
+{
+    if (std::isnan(number))
+        return "nan";
+    // The greatest double has 309 digits before its point.
+    std::string text(static_cast<std::size_t>(decimals) + 312, '\0');
+    const auto end =
+        std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, decimals).ptr;
+    text.resize(static_cast<std::size_t>(end - text.data()));
+    return text;
+}
+
+std::string shortest_text(double number)
+{
+    return shortest(number);
+}
+
+std::string shortest_text(float number)
+{
+    return shortest(number);
+}
+
+} // namespace qoro

@@ -1,0 +1,87 @@
+#include "platform/Platform.h"
+
+#include "platform/Foundation.h"
+#include "platform/MediaPlayer.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace qoro
+{
+
+namespace
+{
+thread_local Platform* current_platform = nullptr;
+} // namespace
+
+Platform::Platform() = default;
+Platform::~Platform() = default;
+
+Platform& Platform::current()
+{
+    if (!current_platform) {
+        std::fputs("qoro: this thread has no current platform\n", stderr);
+        std::abort();
+    }
+    return *current_platform;
+}
+
+Platform* Platform::current_or_null()
+{
+    return current_platform;
+}
+
+void Platform::drop_shared()
+{
+    const PlatformScope scope(*this);
+    while (!shared_.empty()) {
+        // Taken out first: what goes with it may ask for shared objects.
+        const std::shared_ptr<void> last = std::move(shared_.back().second);
+        shared_.pop_back();
+    }
+}
+
+void Platform::output_volume_changed()
+{
+    dispatch([this] { shared<NSNotificationCenter>().deliver(SystemVolumeDidChangeNotification); });
+}
+
+void Platform::status_bar_frame_changed()
+{
+    dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidChangeStatusBarFrameNotification); });
+}
+
+void Platform::application_will_enter_foreground()
+{
+    dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationWillEnterForegroundNotification); });
+}
+
+void Platform::application_did_become_active()
+{
+    dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidBecomeActiveNotification); });
+}
+
+void Platform::audio_interrupted(int type)
+{
+    dispatch([this, type] {
+        shared<NSNotificationCenter>().deliver(AVAudioSessionInterruptionNotification, AVAudioSession::sharedInstance(),
+                                               {{std::string(AVAudioSessionInterruptionTypeKey), type}});
+    });
+}
+
+void Platform::fault(std::string_view operation, std::string_view message)
+{
+    tell("fault", {{"operation", operation}, {"message", message}});
+}
+
+PlatformScope::PlatformScope(Platform& platform) : before_(current_platform)
+{
+    current_platform = &platform;
+}
+
+PlatformScope::~PlatformScope()
+{
+    current_platform = before_;
+}
+
+} // namespace qoro

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "platform/UIKit.h"
+
+namespace qoro
+{
+
+class QoroAppStoreMockViewController;
+
+class QoroAppStoreMockViewControllerDelegate
+{
+public:
+    virtual ~QoroAppStoreMockViewControllerDelegate() = default;
+    /// The viewer has dismissed the store page.
+    virtual void didDismissStoreViewController(const std::shared_ptr<QoroAppStoreMockViewController>& page) = 0;
+};
+
+/// The kit's store product page.
+class QoroAppStoreMockViewController : public UIViewController
+{
+public:
+    /// Any of the ids may be null. Told to the witness.
+    static std::shared_ptr<QoroAppStoreMockViewController> initWithStoreId(const NSString& storeId,
+                                                                           const NSString& CampaignId,
+                                                                           const NSString& ProviderId,
+                                                                           const NSString& AdProviderId);
+
+    /// Held weakly; null clears it.
+    void setDelegate(const std::weak_ptr<QoroAppStoreMockViewControllerDelegate>& delegate) { delegate_ = delegate; }
+    /// Told to the witness.
+    void dismissViewController(bool animated, std::function<void()> completion) override;
+    /// The viewer dismisses the page: the delegate is told.
+    void dismissed_by_viewer();
+
+private:
+    std::weak_ptr<QoroAppStoreMockViewControllerDelegate> delegate_;
+};
+
+} // namespace qoro

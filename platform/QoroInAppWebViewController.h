@@ -1,0 +1,59 @@
+#pragma once
+
+#include "platform/UIKit.h"
+
+namespace qoro
+{
+
+class QoroPhoneGapViewController;
+class QoroAdDelegate;
+
+/// The kit's in-app browser: a landing page over the ad.
+class QoroInAppWebViewController : public UIViewController
+{
+public:
+    static std::shared_ptr<QoroInAppWebViewController> create();
+
+    /// Ends the browser without telling its delegate.
+    void closeAction();
+    /// The ad that opened it is going away: it is told of nothing any more.
+    void removeParentViewController();
+
+    void setStrMRAID2Expanded(const NSString& path) { strMRAID2Expanded = path; }
+    void setQoroDelegate(const std::weak_ptr<QoroAdDelegate>& delegate) { qoroDelegate = delegate; }
+    void setUseAutoRotate(bool rotates) { bUseAutoRotate = rotates; }
+    void setBIsUseNavigationBar(bool uses) { bIsUseNavigationBar = uses; }
+    void setBIsUseProgressbar(bool uses) { bIsUseProgressbar = uses; }
+    void setBIsUseCustomClose(bool uses) { bIsUseCustomClose = uses; }
+    void setSessionId(double session) { dSessionId = session; }
+    void setSeqNo(std::int32_t number) { iSeqNo = number; }
+    void setTheRootView(const std::shared_ptr<UIViewController>& root) { rootViewController = root; }
+
+    /// Opens a page and shows it over the ad.
+    /// @param url the page's address; null for none
+    /// @param withHtml the page itself instead of an address; null for none
+    /// @param customClose whether the page draws its own close control
+    /// @param Delegate is told when the viewer closes the browser (closeInAppWebView); held weakly
+    void expand(const NSString& url, const NSString& withHtml, bool customClose, double customHeight,
+                double customWidth, const std::shared_ptr<QoroPhoneGapViewController>& Delegate,
+                const UIColor& backgroundColor);
+    /// The viewer closes the browser: it leaves the screen, and its delegate is told.
+    void closed_by_viewer();
+
+    NSString strMRAID2Expanded;
+    std::weak_ptr<QoroAdDelegate> qoroDelegate;
+    bool bUseAutoRotate = false;
+    bool bIsUseNavigationBar = false;
+    bool bIsUseProgressbar = false;
+    bool bIsUseCustomClose = false;
+    double dSessionId = 0;
+    std::int32_t iSeqNo = 0;
+    std::shared_ptr<UIViewController> rootViewController;
+
+private:
+    void leave();
+
+    std::weak_ptr<QoroPhoneGapViewController> opener_;
+};
+
+} // namespace qoro
