@@ -1,0 +1,83 @@
+#include "views/Turns.h"
+#include "views/ViewNode.h"
+
+#include <cmath>
+#include <optional>
+#include <ranges>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr double LeastAlphaForTouch = 0.01;
+
+bool inside(const CGRect& rect, CGPoint point)
+{
+    return point.x >= rect.x && point.x < rect.x + rect.width && point.y >= rect.y && point.y < rect.y + rect.height;
+}
+
+/// A point of the parent's in the view's own coordinates; nothing when the view does not hold it.
+std::optional<CGPoint> held_point(const ViewNode& view, CGPoint point)
+{
+    const CGRect& frame = view.frame;
+    // At whole quarter turns the frame's own edges decide: no rounding comes between it and its neighbours.
+    if (is_whole_turn(view.angle)) {
+        if (!inside(frame, point))
+            return {};
+        const double from_left = point.x - frame.x;
+        const double from_top = point.y - frame.y;
+        const double from_right = frame.x + frame.width - point.x;
+        const double from_bottom = CGRectGetMaxY(frame) - point.y;
+        if (view.angle == QuarterTurn)
+            return CGPoint{from_top, from_right};
+        if (view.angle == -QuarterTurn)
+            return CGPoint{from_bottom, from_left};
+        if (std::fabs(view.angle) == HalfTurn)
+            return CGPoint{from_right, from_bottom};
+        return CGPoint{from_left, from_top};
+    }
+    const CGPoint from_middle = turned({point.x - view.center.x, point.y - view.center.y}, -view.angle);
+    const CGPoint own{from_middle.x + view.bounds.width / 2, from_middle.y + view.bounds.height / 2};
+    if (!inside({0, 0, view.bounds.width, view.bounds.height}, own))
+        return {};
+    return own;
+}
+
+std::shared_ptr<ViewNode> reached(const std::shared_ptr<ViewNode>& view, CGPoint point)
+{
+    if (view->hidden || view->alpha < LeastAlphaForTouch || !view->takes_touches)
+        return nullptr;
+    const std::optional<CGPoint> own = held_point(*view, point);
+    if (!own)
+        return nullptr;
+    for (const auto& subview : std::views::reverse(view->subviews))
+        if (auto found = reached(subview, *own))
+            return found;
+    return view;
+}
+
+} // namespace
+
+std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point)
+{
+    const auto windows = platform.shared<WindowList>().visible_from_below();
+    for (const auto& window : std::views::reverse(windows))
+        if (held_point(*window, point))
+            return reached(window, point);
+    return nullptr;
+}
+
+std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point)
+{
+    std::shared_ptr<ViewNode> view;
+    platform.dispatch([&] {
+        view = hit_test(platform, point);
+        if (view && view->kind == ViewNode::Kind::Button)
+            UIButton(view).sendTouchUpInside();
+    });
+    return view;
+}
+
+} // namespace qoro

@@ -1,0 +1,171 @@
+#include "platform/MediaPlayer.h"
+
+#include "views/NodeAccess.h"
+
+namespace qoro
+{
+
+/// The player behind the handles: it owns the engine and the view, and passes the engine's news on as notifications.
+struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared_from_this<State> {
+    Platform& platform;
+    const NSURL source;
+    const std::shared_ptr<ViewNode> video;
+    PlayerSettings settings;
+    std::unique_ptr<PlayerEngine> engine;
+    /// No handle is left; only a report of the engine's is still coming to its end.
+    bool let_go = false;
+
+    State(Platform& on_platform, const NSURL& of_source)
+        : platform(on_platform), source(of_source), video(std::make_shared<ViewNode>(ViewNode::Kind::Video))
+    {
+    }
+
+    ~State() override { video->player = nullptr; }
+
+    void load_state_changed() override { post(MPMoviePlayerLoadStateDidChangeNotification); }
+    void playback_state_changed() override { post(MPMoviePlayerPlaybackStateDidChangeNotification); }
+    void finished(int reason) override
+    {
+        post(MPMoviePlayerPlaybackDidFinishNotification,
+             {{std::string(MPMoviePlayerPlaybackDidFinishReasonUserInfoKey), reason}});
+    }
+
+    void post(std::string_view name, const NSDictionary& info = {})
+    {
+        std::shared_ptr<State> held = weak_from_this().lock();
+        if (!held || let_go)
+            return;
+        platform.dispatch([&] { platform.shared<NSNotificationCenter>().deliver(name, this, info); });
+        if (held.use_count() > 1)
+            return;
+        // An observer dropped the player. The engine still stands in its report, so it goes in an event of its own.
+        let_go = true;
+        video->player = nullptr;
+        platform.loop().post([gone = std::move(held)] {});
+    }
+
+    template <typename T>
+    void set(T PlayerSettings::*member, T value)
+    {
+        if (settings.*member == value)
+            return;
+        settings.*member = value;
+        engine->apply(settings);
+    }
+};
+
+MPMoviePlayerViewController MPMoviePlayerViewController::initWithContentURL(const NSURL& address)
+{
+    Platform& platform = Platform::current();
+    platform.tell("player", {{"do", "create"}, {"url", address.absoluteString()}, {"file", address.is_file()}});
+    MPMoviePlayerViewController controller;
+    auto& state = controller.player_.state_;
+    state = std::make_shared<MPMoviePlayerController::State>(platform, address);
+    state->engine = platform.players().make_player(address, *state);
+    state->video->player = state->engine.get();
+    return controller;
+}
+
+void MPMoviePlayerController::play() const
+{
+    if (!state_)
+        return;
+    state_->platform.tell("player", {{"do", "play"}});
+    state_->engine->play();
+}
+
+void MPMoviePlayerController::pause() const
+{
+    if (!state_)
+        return;
+    state_->platform.tell("player", {{"do", "pause"}});
+    state_->engine->pause();
+}
+
+int MPMoviePlayerController::playbackState() const
+{
+    return state_ ? state_->engine->playback_state() : 0;
+}
+
+int MPMoviePlayerController::loadState() const
+{
+    return state_ ? state_->engine->load_state() : 0;
+}
+
+double MPMoviePlayerController::duration() const
+{
+    return state_ ? state_->engine->duration() : 0;
+}
+
+double MPMoviePlayerController::currentPlaybackTime() const
+{
+    return state_ ? state_->engine->current_time() : 0;
+}
+
+void MPMoviePlayerController::setCurrentPlaybackTime(double seconds) const
+{
+    if (!state_)
+        return;
+    state_->platform.tell("player", {{"do", "seek"}, {"to", seconds}});
+    state_->engine->seek(seconds);
+}
+
+UIView MPMoviePlayerController::view() const
+{
+    return state_ ? UIView(state_->video) : UIView();
+}
+
+void MPMoviePlayerController::setFullscreen(bool fullscreen) const
+{
+    if (state_)
+        state_->set(&PlayerSettings::fullscreen, fullscreen);
+}
+
+void MPMoviePlayerController::setScalingMode(int mode) const
+{
+    if (!state_)
+        return;
+    state_->set(&PlayerSettings::scaling_mode, mode);
+    assign(state_->video, &ViewNode::scaling_mode, mode);
+}
+
+void MPMoviePlayerController::setShouldAutoplay(bool autoplay) const
+{
+    if (state_)
+        state_->set(&PlayerSettings::should_autoplay, autoplay);
+}
+
+void MPMoviePlayerController::setRepeatMode(int mode) const
+{
+    if (state_)
+        state_->set(&PlayerSettings::repeat_mode, mode);
+}
+
+void MPMoviePlayerController::setControlStyle(int style) const
+{
+    if (state_)
+        state_->set(&PlayerSettings::control_style, style);
+}
+
+void MPMoviePlayerController::setMovieSourceType(int type) const
+{
+    if (state_)
+        state_->set(&PlayerSettings::source_type, type);
+}
+
+PlayerSettings MPMoviePlayerController::settings() const
+{
+    return state_ ? state_->settings : PlayerSettings{false, 0, false, 0, 0, 0};
+}
+
+NSURL MPMoviePlayerController::contentURL() const
+{
+    return state_ ? state_->source : NSURL();
+}
+
+PlayerEngine* MPMoviePlayerController::engine() const
+{
+    return state_ ? state_->engine.get() : nullptr;
+}
+
+} // namespace qoro

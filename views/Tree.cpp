@@ -1,0 +1,180 @@
+#include "views/NodeAccess.h"
+
+#include <algorithm>
+
+namespace qoro
+{
+
+namespace
+{
+
+bool takes_touches_by_default(ViewNode::Kind kind)
+{
+    using enum ViewNode::Kind;
+    return kind != Label && kind != ImageView && kind != CountDown && kind != Spinner;
+}
+
+bool stands_in_or_is(const ViewNode* view, const ViewNode* ancestor)
+{
+    while (view && view != ancestor)
+        view = view->parent;
+    return view == ancestor;
+}
+
+/// Takes a view out of its parent, which may be what held it: the caller holds it.
+void detach(ViewNode& view)
+{
+    ViewNode* parent = std::exchange(view.parent, nullptr);
+    if (!parent)
+        return;
+    std::erase_if(parent->subviews, [&](const auto& each) { return each.get() == &view; });
+    parent->changed();
+}
+
+} // namespace
+
+ViewNode::ViewNode(Kind of_kind)
+    : kind(of_kind), platform(Platform::current()), serial(platform.shared<WindowList>().next_view_serial++),
+      hidden(of_kind == Kind::Window), takes_touches(takes_touches_by_default(of_kind))
+{
+}
+
+ViewNode::~ViewNode()
+{
+    for (const auto& subview : subviews)
+        subview->parent = nullptr;
+    // Any other view leaves the screen with a change of its parent.
+    if (kind == Kind::Window && !hidden)
+        platform.display().needs_display();
+}
+
+void ViewNode::changed()
+{
+    ++revision;
+    platform.display().needs_display();
+}
+
+UIView UIView::create()
+{
+    return UIView(std::make_shared<ViewNode>(ViewNode::Kind::View));
+}
+
+// -------------------------------------------------------------------------------------------------------- appearance
+
+bool UIView::isHidden() const
+{
+    return read(node_, &ViewNode::hidden);
+}
+
+void UIView::setHidden(bool hidden) const
+{
+    assign(node_, &ViewNode::hidden, hidden);
+}
+
+double UIView::alpha() const
+{
+    return read(node_, &ViewNode::alpha);
+}
+
+void UIView::setAlpha(double alpha) const
+{
+    assign(node_, &ViewNode::alpha, alpha);
+}
+
+UIColor UIView::backgroundColor() const
+{
+    return read(node_, &ViewNode::background);
+}
+
+void UIView::setBackgroundColor(const UIColor& color) const
+{
+    assign(node_, &ViewNode::background, color);
+}
+
+bool UIView::isOpaque() const
+{
+    return read(node_, &ViewNode::opaque);
+}
+
+void UIView::setOpaque(bool opaque) const
+{
+    assign(node_, &ViewNode::opaque, opaque);
+}
+
+int UIView::autoresizingMask() const
+{
+    return read(node_, &ViewNode::autoresizing_mask);
+}
+
+void UIView::setAutoresizingMask(int mask) const
+{
+    assign(node_, &ViewNode::autoresizing_mask, mask);
+}
+
+bool UIView::isUserInteractionEnabled() const
+{
+    return read(node_, &ViewNode::takes_touches);
+}
+
+void UIView::setUserInteractionEnabled(bool enabled) const
+{
+    assign(node_, &ViewNode::takes_touches, enabled);
+}
+
+int UIView::contentMode() const
+{
+    return read(node_, &ViewNode::content_mode);
+}
+
+void UIView::setContentMode(int mode) const
+{
+    assign(node_, &ViewNode::content_mode, mode);
+}
+
+// -------------------------------------------------------------------------------------------------------------- tree
+
+UIView UIView::superview() const
+{
+    return node_ && node_->parent ? UIView(node_->parent->shared_from_this()) : UIView();
+}
+
+std::vector<UIView> UIView::subviews() const
+{
+    if (!node_)
+        return {};
+    std::vector<UIView> views;
+    views.reserve(node_->subviews.size());
+    for (const auto& subview : node_->subviews)
+        views.emplace_back(subview);
+    return views;
+}
+
+void UIView::addSubview(const UIView& child) const
+{
+    // A copy: the parent that lets the child go may hold the handle that was given.
+    const std::shared_ptr<ViewNode> added = child.node_;
+    if (!node_ || !added || stands_in_or_is(node_.get(), added.get()))
+        return;
+    if (added->parent == node_.get() && node_->subviews.back() == added)
+        return;
+    detach(*added);
+    node_->subviews.push_back(added);
+    added->parent = node_.get();
+    node_->changed();
+    added->changed();
+}
+
+void UIView::removeFromSuperview() const
+{
+    const std::shared_ptr<ViewNode> removed = node_;
+    if (removed)
+        detach(*removed);
+}
+
+void UIView::bringSubviewToFront(const UIView& child) const
+{
+    if (child && child.node_->parent == node_.get())
+        addSubview(child);
+}
+
+} // namespace qoro
