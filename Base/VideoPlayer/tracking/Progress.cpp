@@ -1,0 +1,91 @@
+#include "Base/VideoPlayer/QoroVideoWebViewController.h"
+
+#include <limits>
+#include <string>
+#include <string_view>
+
+namespace qoro
+{
+
+namespace
+{
+
+struct Milestone {
+    std::string_view name;
+    /// The share of the video from which on it is due.
+    double from;
+};
+
+constexpr Milestone milestones[] = {
+    {"start", -std::numeric_limits<double>::infinity()},
+    {"firstQuartile", 0.25},
+    {"midpoint", 0.5},
+    {"thirdQuartile", 0.75},
+};
+
+/// The share played, in single precision as the player's times are read; 0 while the duration is unknown.
+double playedShare(float time, float duration)
+{
+    return duration > 0 ? static_cast<double>(time / duration) : 0.0;
+}
+
+} // namespace
+
+void QoroVideoWebViewController::initSendTrackingState()
+{
+    for (const std::string& milestone : ad().dicTrackingUrls.allKeys())
+        dicSendTrackingState.setObject("0", milestone);
+}
+
+void QoroVideoWebViewController::startTrackingInterval(float interval)
+{
+    if (timerSendTrackingToServer) {
+        timerSendTrackingToServer.invalidate();
+        timerSendTrackingToServer = nullptr;
+    }
+    stopTimerWith(timerSendTrackingToServer);
+    timerSendTrackingToServer = nullptr;
+
+    if (bUseVASTTracking) {
+        timerSendTrackingToServer = NSTimer::scheduledTimerWithTimeInterval(
+            1.0, action<&QoroVideoWebViewController::checkSendVideoTracking>(this, "checkSendVideoTracking"), true);
+    } else {
+        // Not-a-number is no reason to fall back: such a timer never fires.
+        const double period = interval <= 0 ? 3.0 : static_cast<double>(interval);
+        timerSendTrackingToServer = NSTimer::scheduledTimerWithTimeInterval(
+            period, action<&QoroVideoWebViewController::sendVideoTrackingToServer>(this, "sendVideoTrackingToServer"),
+            true);
+    }
+}
+
+void QoroVideoWebViewController::checkSendVideoTracking()
+{
+    if (!bIsPlay || ad().dicTrackingUrls.count() == 0)
+        return;
+    const auto time = static_cast<float>(qoroMoviePlayer.currentPlaybackTime());
+    const auto duration = static_cast<float>(qoroMoviePlayer.duration());
+
+    NSMutableDictionary offsets = ad().dicProgressTrackingUrls;
+    for (const std::string& offset : offsets.allKeys()) {
+        if (time >= static_cast<float>(NSString(offset).intValue())) {
+            sendTrackingUrls(offsets[offset].array());
+            offsets.removeObjectForKey(offset);
+        }
+    }
+
+    const double share = playedShare(time, duration);
+    for (const Milestone& milestone : milestones) {
+        if (share >= milestone.from && dicSendTrackingState[milestone.name].intValue() == 0) {
+            dicSendTrackingState.setObject("1", milestone.name);
+            sendTrackingUrls(ad().dicTrackingUrls[milestone.name].array());
+        }
+    }
+}
+
+void QoroVideoWebViewController::sendVideoTrackingToServer()
+{
+    if (bIsPlay && ad().strVideoTrackingUrl)
+        sendTrackingToServer(getTrackingUniqueInfo(ad().strVideoTrackingUrl));
+}
+
+} // namespace qoro
