@@ -1,0 +1,103 @@
+#include "platform/QoroAdManager.h"
+
+#include "platform/Platform.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// A page is what the controller asks for with this action; everything else is a tracker.
+constexpr std::string_view PageAction = "didAdRequester:";
+
+/// A request that waits for its answer, with the two actions of which one will be called and what they need.
+struct Pending {
+    Action action;
+    Action fail_action;
+    std::shared_ptr<Object> target;
+    std::shared_ptr<Object> fail_target;
+
+    Pending(const Action& success, const Action& failure)
+        : action(success), fail_action(failure), target(success.target()), fail_target(failure.target())
+    {
+    }
+
+    void answer(FetchAnswer&& fetched) const
+    {
+        QoroAdRequest request;
+        request.strTargetURL = std::move(fetched.final_address);
+        if (fetched.ok)
+            request.respData = NSData(std::move(fetched.body));
+        else
+            request.error.text = std::move(fetched.error);
+        Cause cause;
+        cause.request = &request;
+        (fetched.ok ? action : fail_action)(cause);
+    }
+};
+
+} // namespace
+
+QoroAdManager& QoroAdManager::sharedInstance()
+{
+    return Platform::current().shared<QoroAdManager>();
+}
+
+void QoroAdManager::showLog(std::string_view message, ZulixLogTag level)
+{
+    Platform::current().tell("log", {{"level", static_cast<int>(level)}, {"message", message}});
+}
+
+bool QoroAdManager::bIsiPhone()
+{
+    return Platform::current().device().facts().phone;
+}
+
+NSString QoroAdManager::imei() const
+{
+    return Platform::current().device().facts().imei;
+}
+
+void QoroAdManager::connectToServerWithRequest(const NSString& address, const Action& action, const Action& failAction,
+                                               bool)
+{
+    Platform& platform = Platform::current();
+    platform.tell("request", {{"url", address}, {"for", action.name() == PageAction ? "page" : "tracking"}});
+    auto pending = std::make_shared<const Pending>(action, failAction);
+    auto answer = [pending = std::move(pending), &platform](FetchAnswer fetched) {
+        platform.dispatch([&] { pending->answer(std::move(fetched)); });
+    };
+    if (address)
+        platform.fetcher().fetch(address.text(), std::move(answer));
+    else
+        platform.loop().post([answer = std::move(answer)] { answer({false, "no address", "", ""}); });
+}
+
+void QoroAdManager::addExtraView(const std::shared_ptr<UIViewController>& controller)
+{
+    Platform::current().tell("kit", {{"do", "addExtraView"}});
+    if (controller)
+        extra_views_.push_back(controller);
+}
+
+void QoroAdManager::removeExtraView(const UIViewController* controller)
+{
+    Platform::current().tell("kit", {{"do", "removeExtraView"}});
+    forget_extra_view(controller);
+}
+
+void QoroAdManager::forget_extra_view(const UIViewController* controller)
+{
+    const auto known = std::ranges::find(extra_views_, controller, &std::shared_ptr<UIViewController>::get);
+    if (known == extra_views_.end())
+        return;
+    // Taken out first: its end may ask for the manager.
+    const std::shared_ptr<UIViewController> gone = std::move(*known);
+    extra_views_.erase(known);
+}
+
+} // namespace qoro

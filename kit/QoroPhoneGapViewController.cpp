@@ -1,0 +1,368 @@
+#include "platform/QoroPhoneGapViewController.h"
+
+#include "platform/QoroAppStoreMockViewController.h"
+#include "platform/ZulixOpenInAppApplicationViewController.h"
+#include "views/ViewNode.h"
+
+#include <algorithm>
+#include <charconv>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr double SpinnerExtent = 40;
+/// UIWebViewNavigationTypeOther: neither a followed link nor a form.
+constexpr std::int64_t NavigationTypeOther = 5;
+
+/// An address up to its fragment: what names a document.
+std::string_view document_of(const NSURL& address)
+{
+    const std::string_view text = address.absoluteString().text();
+    return text.substr(0, text.find('#'));
+}
+
+} // namespace
+
+QoroPhoneGapViewController::QoroPhoneGapViewController() : platform_(Platform::current())
+{
+}
+
+QoroPhoneGapViewController::~QoroPhoneGapViewController()
+{
+    // A window may hold the web view longer than this, who hears its news.
+    if (webView_)
+        webView_.node()->web.reset();
+    if (bIsVideoViewController)
+        platform_.tell("released");
+}
+
+QoroPhoneGapViewController* QoroPhoneGapViewController::init()
+{
+    dicEventListener = NSDictionary::dictionary();
+    bIsMoreThaniOS8 = platform_.device().facts().ios8;
+    return this;
+}
+
+void QoroPhoneGapViewController::setQoroMoviePlayer(const MPMoviePlayerController& player)
+{
+    if (qoroMoviePlayer && !(qoroMoviePlayer == player))
+        platform_.tell("player", {{"do", "drop"}});
+    qoroMoviePlayer = player;
+}
+
+// --------------------------------------------------------------------------------------------------------- the script
+
+void QoroPhoneGapViewController::addEventListener(const NSString& name, const Value& EventId,
+                                                  const Value& successCallBack)
+{
+    // A listener without an id could be neither called nor removed.
+    if (!dicEventListener || !name || !EventId)
+        return;
+    const NSArray known = dicEventListener[name.text()].array();
+    const bool there =
+        std::ranges::any_of(known, [&](const Value& listener) { return listener.array()[0] == EventId; });
+    if (there)
+        return;
+    std::vector<Value> listeners(known.begin(), known.end());
+    listeners.emplace_back(NSArray{EventId, successCallBack});
+    dicEventListener.setObject(NSArray(std::move(listeners)), name.text());
+}
+
+std::int32_t QoroPhoneGapViewController::removeEventListener(const NSString& name, const Value& EventId)
+{
+    if (!name)
+        return 0;
+    const NSArray known = dicEventListener[name.text()].array();
+    std::vector<Value> left(known.begin(), known.end());
+    if (std::erase_if(left, [&](const Value& listener) { return EventId && listener.array()[0] == EventId; }) == 0)
+        return 0;
+    if (left.empty())
+        dicEventListener.removeObjectForKey(name.text());
+    else
+        dicEventListener.setObject(NSArray(std::move(left)), name.text());
+    return 1;
+}
+
+void QoroPhoneGapViewController::listenerCallbackToJS(const NSString& event, const NSDictionary& withData)
+{
+    const NSArray listeners = dicEventListener[event.text()].array();
+    const Value data(withData);
+    platform_.tell("js",
+                   {{"event", event}, {"data", data}, {"listeners", static_cast<std::int64_t>(listeners.count())}});
+    if (listeners.count() == 0)
+        return;
+    std::vector<Value> callbacks;
+    callbacks.reserve(listeners.count());
+    for (const Value& listener : listeners)
+        callbacks.push_back(listener.array()[1]);
+    webView_.callListeners(event.text(), NSArray(std::move(callbacks)), withData);
+}
+
+ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& message)
+{
+    const NSArray& arguments = message.arguments;
+    if (message.command == "addEventListener")
+        addEventListener(arguments[0].string(), arguments[1], arguments[2] ? arguments[2] : arguments[1]);
+    else if (message.command == "removeEventListener")
+        return {nullptr, removeEventListener(arguments[0].string(), arguments[1])};
+    else if (message.command == "MRAIDClose")
+        MRAIDClose();
+    else
+        return {"unknown command " + message.command, nullptr};
+    return {};
+}
+
+void QoroPhoneGapViewController::setCloseButtonAction(const UIButton& button)
+{
+    button.removeAllTargets();
+    button.addTarget(bIsClickCloseButton
+                         ? action<&QoroPhoneGapViewController::report_close_tap>(this, "onclick_closebtn")
+                         : action<&QoroPhoneGapViewController::closeAction>(this, "closeAction"));
+}
+
+void QoroPhoneGapViewController::report_close_tap()
+{
+    listenerCallbackToJS("onclick_closebtn", nullptr);
+}
+
+void QoroPhoneGapViewController::MRAIDClose()
+{
+    tell_super("MRAIDClose");
+}
+
+void QoroPhoneGapViewController::MRAIDCreateCalendarEvent(const Value& event)
+{
+    platform_.tell("super", {{"do", "createCalendarEvent"}, {"event", event}});
+}
+
+// ------------------------------------------------------------------------------------------------------- the web view
+
+/// The page that the ad brought may load, and move within itself; where else it leads, by itself or by a followed link,
+/// goes through the kit's own ways out (the action buttons, the in-app browser) or not at all.
+bool QoroPhoneGapViewController::webView(const UIWebView& webView, const NSURL& shouldStartLoadWithRequest,
+                                         std::int64_t navigationType)
+{
+    const std::string_view wanted = document_of(shouldStartLoadWithRequest);
+    const bool within = !wanted.empty() && (wanted == document_of(webView.requestURL()) ||
+                                            wanted == document_of(NSURL::URLWithString(strBaseUrl)));
+    const bool blank = navigationType == NavigationTypeOther && (wanted.empty() || wanted == "about:blank");
+    if (within || blank)
+        return true;
+    platform_.tell("web", {{"do", "refused"}, {"url", shouldStartLoadWithRequest.absoluteString()}});
+    return false;
+}
+
+void QoroPhoneGapViewController::webViewDidStartLoad(const UIWebView&)
+{
+}
+
+void QoroPhoneGapViewController::webViewDidFinishLoad(const UIWebView&)
+{
+}
+
+void QoroPhoneGapViewController::failAdRequest(const QoroAdRequest& request)
+{
+    tell_super("failAdRequest");
+    failAdRequest(request.error);
+}
+
+void QoroPhoneGapViewController::failAdRequest(const NSError&)
+{
+}
+
+void QoroPhoneGapViewController::did_start_load()
+{
+    const auto held = weak_from_this().lock();
+    webViewDidStartLoad(webView_);
+}
+
+void QoroPhoneGapViewController::did_finish_load()
+{
+    const auto held = weak_from_this().lock();
+    webViewDidFinishLoad(webView_);
+}
+
+bool QoroPhoneGapViewController::should_start_load(const NSURL& address, int navigation_type)
+{
+    const auto held = weak_from_this().lock();
+    return webView(webView_, address, navigation_type);
+}
+
+ScriptAnswer QoroPhoneGapViewController::message(const ScriptMessage& message)
+{
+    const auto held = weak_from_this().lock();
+    return callFromScript(message);
+}
+
+void QoroPhoneGapViewController::died(const std::string& reason)
+{
+    platform_.tell("web", {{"do", "died"}, {"reason", reason}});
+}
+
+void QoroPhoneGapViewController::populateView()
+{
+    const CGSize screen = view().bounds();
+    webView_ = UIWebView::create(*this);
+    webView_.setFrame({0, 0, screen.width, screen.height});
+    view().addSubview(webView_);
+    viewBackground = UIView::create();
+    viewBackground.setFrame({0, 0, screen.width, screen.height});
+}
+
+// ---------------------------------------------------------------------------------------------- device and appearance
+
+std::int64_t QoroPhoneGapViewController::getDeviceOriengation() const
+{
+    return platform_.device().orientation();
+}
+
+CGSize QoroPhoneGapViewController::getCurrnetScreenSize() const
+{
+    const Device& device = platform_.device();
+    if (device.facts().current_screen)
+        return *device.facts().current_screen;
+    const CGSize bounds = device.facts().screen.value_or(CGSize{});
+    const auto [short_edge, long_edge] = std::minmax(bounds.width, bounds.height);
+    const bool landscape = isLandscape(device.orientation()) || isLandscape(device.status_bar_orientation());
+    return landscape ? CGSize{long_edge, short_edge} : CGSize{short_edge, long_edge};
+}
+
+bool QoroPhoneGapViewController::shouldAutorotateToInterfaceOrientation(std::int64_t orientation) const
+{
+    return std::ranges::find(allowedInterfaceOrientations, orientation) != allowedInterfaceOrientations.end();
+}
+
+UIColor QoroPhoneGapViewController::formatColor(const NSString& color)
+{
+    const std::string& text = color.text();
+    std::uint32_t argb = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), argb);
+    if (text.empty() || error != std::errc() || end != text.data() + text.size())
+        return UIColor::whiteColor();
+    const auto part = [argb](unsigned shift) { return static_cast<double>((argb >> shift) & 0xFF) / 255; };
+    return UIColor::colorWithRed(part(16), part(8), part(0), part(24));
+}
+
+NSString QoroPhoneGapViewController::formatPhoneNumber(const NSString& number)
+{
+    if (!number)
+        return nullptr;
+    std::string address = "tel:";
+    std::ranges::copy_if(number.text(), std::back_inserter(address),
+                         [](char c) { return (c >= '0' && c <= '9') || c == '+'; });
+    return address;
+}
+
+void QoroPhoneGapViewController::updateStatusbar()
+{
+    tell_super("updateStatusbar");
+}
+
+void QoroPhoneGapViewController::showProgressbarPosX(int x, int showPosY, const UIView& addOn)
+{
+    platform_.tell("super", {{"do", "showProgressbar"}, {"x", x}, {"y", showPosY}});
+    if (!progressbar_)
+        progressbar_ = UIView(std::make_shared<ViewNode>(ViewNode::Kind::Spinner));
+    progressbar_.setFrame({static_cast<double>(x), static_cast<double>(showPosY), SpinnerExtent, SpinnerExtent});
+    addOn.addSubview(progressbar_);
+}
+
+void QoroPhoneGapViewController::stopProgressbar()
+{
+    tell_super("stopProgressbar");
+    progressbar_.removeFromSuperview();
+    progressbar_ = nullptr;
+}
+
+// ----------------------------------------------------------------------------------------------------- running the ad
+
+void QoroPhoneGapViewController::presentViewController(const std::shared_ptr<UIViewController>& controller,
+                                                       bool animated, std::function<void()> completion)
+{
+    if (dynamic_cast<const QoroAppStoreMockViewController*>(controller.get()))
+        platform_.tell("kit", {{"do", "store.present"}});
+    UIViewController::presentViewController(controller, animated, std::move(completion));
+}
+
+void QoroPhoneGapViewController::closeAction()
+{
+}
+
+void QoroPhoneGapViewController::closeVideoAdUnit(bool)
+{
+}
+
+void QoroPhoneGapViewController::checkVideoSize()
+{
+}
+
+void QoroPhoneGapViewController::checkViewSizeAfterOpenOtherApp()
+{
+    tell_super("checkViewSizeAfterOpenOtherApp");
+    // Closing an ad ends its listener table.
+    if (qoroVideoAdInfo && dicEventListener)
+        checkVideoSize();
+}
+
+void QoroPhoneGapViewController::stopTimerWith(const NSTimer& timer)
+{
+    timer.invalidate();
+}
+
+void QoroPhoneGapViewController::stopUpdateTimer()
+{
+    tell_super("stopUpdateTimer");
+}
+
+void QoroPhoneGapViewController::sendImpression()
+{
+    tell_super("sendImpression");
+}
+
+void QoroPhoneGapViewController::setBIsSendImpression(bool)
+{
+}
+
+void QoroPhoneGapViewController::clickRequester()
+{
+}
+
+void QoroPhoneGapViewController::qoroPresent()
+{
+    tell_super("qoroPresent");
+}
+
+void QoroPhoneGapViewController::qoroLeaveApplication()
+{
+    tell_super("qoroLeaveApplication");
+}
+
+void QoroPhoneGapViewController::closeInAppWebView()
+{
+}
+
+void QoroPhoneGapViewController::closeInAppApplication()
+{
+    tell_super("closeInAppApplication");
+    // The manager keeps the screen alive as long as it is known; it goes once nothing here needs it.
+    const auto closed = std::move(openInAppApplicationViewController);
+    openInAppApplicationViewController = nullptr;
+    if (closed)
+        QoroAdManager::sharedInstance().forget_extra_view(closed.get());
+}
+
+// The ad's players never enter the system's own full screen, so there is nothing to take back from it.
+void QoroPhoneGapViewController::exitFullScreen(const NSNotification&)
+{
+}
+
+void QoroPhoneGapViewController::tell_super(std::string_view operation) const
+{
+    platform_.tell("super", {{"do", operation}});
+}
+
+} // namespace qoro
