@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/MediaPlayer.h"
+#include "session/Steps.h"
+
+namespace qoro
+{
+
+/// What a session's steps ask of the world around the ad, beyond the platform's ports.
+class SessionControls
+{
+public:
+    virtual ~SessionControls() = default;
+    /// Brings a player its news, inside the call. Nothing for a null player, or where players drive themselves.
+    virtual void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) = 0;
+    /// Everything is set before anything is posted; a value equal to the present one posts nothing.
+    virtual void change_device(const DeviceChange& change) = 0;
+    /// The user leaves the app.
+    virtual void leave_app() = 0;
+};
+
+} // namespace qoro

@@ -1,0 +1,26 @@
+#include "session/Host.h"
+
+namespace qoro
+{
+
+void ParentController::clickRequester()
+{
+    platform().tell("parent", {{"do", "clickRequester"}});
+}
+
+void ParentController::closeVideoAdUnit(bool close)
+{
+    platform().tell("parent", {{"do", "closeVideoAdUnit"}, {"close", close}});
+}
+
+void ParentController::setBIsSendImpression(bool)
+{
+    platform().tell("parent", {{"do", "bIsSendImpression"}});
+}
+
+void HostDelegate::onZulixAdFailed(const UIView&, const NSError& error)
+{
+    platform_.tell("kit", {{"do", "adFailed"}, {"to", name_}, {"error", error.text}});
+}
+
+} // namespace qoro
