@@ -1,0 +1,54 @@
+#pragma once
+
+#include "platform/Ports.h"
+#include "session/Steps.h"
+#include "session/World.h"
+
+namespace qoro
+{
+
+class Platform;
+class VirtualLoop;
+
+/// The device that the setup describes. Opening an address does nothing.
+class SimulatedDevice final : public Device
+{
+public:
+    explicit SimulatedDevice(const DeviceSetup& setup);
+
+    const DeviceFacts& facts() const override { return setup_.facts; }
+    int orientation() const override { return orientation_; }
+    void force_orientation(int orientation) override { orientation_ = orientation; }
+    int status_bar_orientation() const override { return status_bar_orientation_; }
+    bool status_bar_hidden() const override { return status_bar_hidden_; }
+    bool can_open(const NSURL& address) override;
+    void open(const NSURL& address) override;
+
+    /// Turns the device and its status bar, posting nothing. True when the status bar's orientation is a new one.
+    bool turn(const DeviceChange& change);
+
+private:
+    const DeviceSetup& setup_;
+    int orientation_;
+    int status_bar_orientation_;
+    bool status_bar_hidden_;
+};
+
+/// The output volume; each change is reported as an event of its own at the same moment.
+class SimulatedVolume final : public OutputVolume
+{
+public:
+    SimulatedVolume(Platform& owner, VirtualLoop& loop, const DeviceSetup& setup);
+
+    float value() const override { return value_; }
+    void set_value(float volume) override;
+    bool has_slider() const override { return has_slider_; }
+
+private:
+    Platform& owner_;
+    VirtualLoop& loop_;
+    float value_;
+    const bool has_slider_;
+};
+
+} // namespace qoro

@@ -1,0 +1,48 @@
+#include "simulator/SimulatedPlatform.h"
+
+#include "platform/MediaPlayer.h"
+#include "views/ViewNode.h"
+
+#include <utility>
+
+namespace qoro
+{
+
+SimulatedPlatform::SimulatedPlatform(World world)
+    : world_(std::move(world)), players_(loop_, world_.video), web_engines_(loop_), device_(world_.device),
+      volume_(*this, loop_, world_.device), net_(loop_, world_), text_(world_), video_cache_(world_)
+{
+}
+
+SimulatedPlatform::~SimulatedPlatform()
+{
+    // What still lives here may ask for the platform as it goes, and tells nobody any more.
+    const PlatformScope scope(*this);
+    set_witness(nullptr);
+    loop_.clear();
+    // A window that shows its owner keeps it.
+    for (const std::shared_ptr<ViewNode>& window : shared<WindowList>().all()) {
+        const std::shared_ptr<UIViewController> gone = std::move(window->window_root);
+    }
+    drop_shared();
+    loop_.clear();
+}
+
+void SimulatedPlatform::bring_news(const MPMoviePlayerController& player, const PlayerNews& news)
+{
+    // The handle keeps the player to the end of its news.
+    const MPMoviePlayerController held = player;
+    if (auto* engine = static_cast<SimulatedPlayer*>(held.engine()))
+        engine->take(news);
+}
+
+void SimulatedPlatform::change_device(const DeviceChange& change)
+{
+    const bool turned = device_.turn(change);
+    if (change.output_volume)
+        volume_.set_value(*change.output_volume);
+    if (turned)
+        status_bar_frame_changed();
+}
+
+} // namespace qoro

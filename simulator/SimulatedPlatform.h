@@ -1,0 +1,62 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "session/Controls.h"
+#include "session/World.h"
+#include "simulator/SimulatedDevice.h"
+#include "simulator/SimulatedNet.h"
+#include "simulator/SimulatedPlayer.h"
+#include "simulator/SimulatedText.h"
+#include "simulator/SimulatedWebEngine.h"
+#include "simulator/VirtualLoop.h"
+
+namespace qoro
+{
+
+/// A platform in virtual time: the same world gives the same session, to the last byte of its trace. Nothing happens
+/// but in run_until.
+class SimulatedPlatform final : public Platform, public SessionControls
+{
+public:
+    explicit SimulatedPlatform(World world = {});
+    ~SimulatedPlatform() override;
+
+    VirtualLoop& loop() override { return loop_; }
+    SimulatedPlayers& players() override { return players_; }
+    WebEngineFactory& web_engines() override { return web_engines_; }
+    SimulatedVolume& volume() override { return volume_; }
+    SimulatedNet& fetcher() override { return net_; }
+    TextMeasurer& text() override { return text_; }
+    ImageDecoder& images() override { return images_; }
+    SimulatedDevice& device() override { return device_; }
+    VideoCacheStore& video_cache() override { return video_cache_; }
+    Display& display() override { return display_; }
+
+    /// Runs everything that is due at or before a moment.
+    /// @param seconds since the start
+    void run_until(double seconds) { loop_.run_until(to_microseconds(seconds)); }
+
+    void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) override;
+    void change_device(const DeviceChange& change) override;
+    void leave_app() override { players_.leave_app(); }
+
+private:
+    /// Nothing is drawn.
+    struct NoDisplay final : Display {
+        void needs_display() override {}
+    };
+
+    const World world_;
+    VirtualLoop loop_{*this};
+    SimulatedPlayers players_;
+    SimulatedWebEngines web_engines_;
+    SimulatedDevice device_;
+    SimulatedVolume volume_;
+    SimulatedNet net_;
+    SimulatedText text_;
+    SimulatedImages images_;
+    SimulatedVideoCache video_cache_;
+    NoDisplay display_;
+};
+
+} // namespace qoro

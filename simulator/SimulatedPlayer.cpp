@@ -1,0 +1,284 @@
+#include "simulator/SimulatedPlayer.h"
+
+#include "simulator/VirtualLoop.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qoro
+{
+
+std::unique_ptr<PlayerEngine> SimulatedPlayers::make_player(const NSURL& source, PlayerListener& listener)
+{
+    return std::make_unique<SimulatedPlayer>(*this, source, listener);
+}
+
+void SimulatedPlayers::leave_app()
+{
+    for (SimulatedPlayer* each : players_)
+        if (each)
+            each->leave_app();
+}
+
+SimulatedPlayer* SimulatedPlayers::find(std::uint32_t serial) const
+{
+    return players_[serial];
+}
+
+SimulatedPlayer::SimulatedPlayer(SimulatedPlayers& players, const NSURL& source, PlayerListener& listener)
+    : players_(players), serial_(static_cast<std::uint32_t>(players.players_.size())), listener_(listener),
+      has_source_(source)
+{
+    players_.players_.push_back(this);
+    stalls_done_.resize(players_.video_.stalls.size());
+    if (!manual())
+        after(to_microseconds(players_.video_.load_after), Event::Loaded);
+}
+
+SimulatedPlayer::~SimulatedPlayer()
+{
+    players_.players_[serial_] = nullptr;
+}
+
+// ---------------------------------------------------------------------------------------------------------- commands
+
+void SimulatedPlayer::play()
+{
+    if (manual() || stalled_ || playing())
+        return;
+    if (ready_)
+        begin_playing();
+    else
+        wants_play_ = true;
+}
+
+void SimulatedPlayer::pause()
+{
+    if (manual() || stalled_)
+        return;
+    if (!ready_) {
+        wants_play_ = false;
+    } else if (playing()) {
+        set_playback_state(MPMoviePlaybackStatePaused);
+        post(Event::ReportPlayback);
+    }
+}
+
+void SimulatedPlayer::seek(double time)
+{
+    if (manual()) {
+        manual_time_ = time;
+    } else if (!stalled_) {
+        ended_ = false;
+        put(std::clamp<std::int64_t>(to_microseconds(time), 0, to_microseconds(duration_)));
+    }
+}
+
+double SimulatedPlayer::current_time() const
+{
+    if (manual())
+        return manual_time_;
+    const std::int64_t now = position();
+    // Exactly the duration at the end, also when it is no whole number of microseconds.
+    return now == to_microseconds(duration_) ? duration_ : static_cast<double>(now) / 1e6;
+}
+
+void SimulatedPlayer::take(const PlayerNews& news)
+{
+    const SimulatedPlayers& players = players_;
+    const std::uint32_t serial = serial_;
+    const std::int64_t now = position();
+    if (news.duration)
+        duration_ = *news.duration;
+    if (news.time) {
+        manual_time_ = *news.time;
+        ended_ = false;
+    }
+    put(news.time ? to_microseconds(*news.time) : now);
+    // Whoever hears the news may end the player.
+    if (news.load) {
+        load_state_ = *news.load;
+        listener_.load_state_changed();
+    }
+    if (news.state && players.find(serial)) {
+        stalled_ = false;
+        set_playback_state(*news.state);
+        listener_.playback_state_changed();
+    }
+    if (news.finish && players.find(serial))
+        listener_.finished(*news.finish);
+}
+
+void SimulatedPlayer::leave_app()
+{
+    if (playing())
+        pause();
+}
+
+// -------------------------------------------------------------------------------------------------------------- time
+
+TimerId SimulatedPlayer::after(std::int64_t microseconds, Event event)
+{
+    // A pointer and two small numbers: the loop needs no allocation to keep that.
+    return players_.loop_.after(microseconds, [players = &players_, serial = serial_, event] {
+        if (SimulatedPlayer* player = players->find(serial))
+            player->run(event);
+    });
+}
+
+void SimulatedPlayer::run(Event event)
+{
+    switch (event) {
+    case Event::Loaded:
+        return loaded();
+    case Event::ReportPlayable:
+        return report_playable();
+    case Event::ReportPlaythrough:
+        return report_playthrough();
+    case Event::ReportLoad:
+        return listener_.load_state_changed();
+    case Event::ReportPlayback:
+        return listener_.playback_state_changed();
+    case Event::ReportEnd:
+        return listener_.finished(MPMovieFinishReasonPlaybackEnded);
+    case Event::ReportFailure:
+        return listener_.finished(MPMovieFinishReasonPlaybackError);
+    case Event::ComeToIt:
+        return come_to_it();
+    case Event::StallOver:
+        return stall_over();
+    }
+}
+
+std::int64_t SimulatedPlayer::position() const
+{
+    return playing() ? position_ + (players_.loop_.now_microseconds() - put_at_) : position_;
+}
+
+void SimulatedPlayer::put(std::int64_t position)
+{
+    position_ = position;
+    put_at_ = players_.loop_.now_microseconds();
+    look_ahead();
+}
+
+void SimulatedPlayer::set_playback_state(int state)
+{
+    const std::int64_t now = position();
+    playback_state_ = state;
+    put(now);
+}
+
+void SimulatedPlayer::begin_playing()
+{
+    if (std::exchange(ended_, false))
+        position_ = 0;
+    // The report comes before anything that playing comes to at once.
+    post(Event::ReportPlayback);
+    set_playback_state(MPMoviePlaybackStatePlaying);
+}
+
+void SimulatedPlayer::look_ahead()
+{
+    players_.loop_.stop_timer(std::exchange(ahead_timer_, 0));
+    const std::int64_t end = to_microseconds(duration_);
+    if (manual() || !playing() || end <= 0)
+        return;
+    std::int64_t next = end;
+    ahead_ = Ahead::End;
+    const VideoSetup& video = players_.video_;
+    if (video.error && !failed_) {
+        const std::int64_t at = to_microseconds(*video.error);
+        if (at >= position_ && at <= next) {
+            next = at;
+            ahead_ = Ahead::Error;
+        }
+    }
+    for (std::size_t i = 0; i < video.stalls.size(); ++i) {
+        const std::int64_t at = to_microseconds(video.stalls[i].at);
+        if (!stalls_done_[i] && at >= position_ && at < end && (at < next || (at == next && ahead_ == Ahead::Error))) {
+            next = at;
+            ahead_ = Ahead::Stall;
+            ahead_stall_ = i;
+        }
+    }
+    ahead_timer_ = after(next - position_, Event::ComeToIt);
+}
+
+// ------------------------------------------------------------------------------------------------------------ events
+
+void SimulatedPlayer::loaded()
+{
+    if (!has_source_) {
+        post(Event::ReportPlayback);
+        post(Event::ReportFailure);
+        return;
+    }
+    duration_ = players_.video_.duration;
+    load_state_ = MPMovieLoadStatePlayable;
+    post(Event::ReportPlayable);
+}
+
+void SimulatedPlayer::report_playable()
+{
+    const SimulatedPlayers& players = players_;
+    const std::uint32_t serial = serial_;
+    listener_.load_state_changed();
+    if (!players.find(serial))
+        return;
+    load_state_ = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
+    post(Event::ReportPlaythrough);
+}
+
+void SimulatedPlayer::report_playthrough()
+{
+    const SimulatedPlayers& players = players_;
+    const std::uint32_t serial = serial_;
+    listener_.load_state_changed();
+    if (!players.find(serial))
+        return;
+    ready_ = true;
+    if ((settings_.should_autoplay || wants_play_) && !playing())
+        begin_playing();
+}
+
+void SimulatedPlayer::come_to_it()
+{
+    ahead_timer_ = 0;
+    switch (ahead_) {
+    case Ahead::End:
+        ended_ = true;
+        set_playback_state(MPMoviePlaybackStatePaused);
+        position_ = to_microseconds(duration_);
+        post(Event::ReportPlayback);
+        post(Event::ReportEnd);
+        break;
+    case Ahead::Stall:
+        stalls_done_[ahead_stall_] = true;
+        stalled_ = true;
+        load_state_ = MPMovieLoadStateStalled;
+        set_playback_state(MPMoviePlaybackStateInterrupted);
+        post(Event::ReportLoad);
+        post(Event::ReportPlayback);
+        after(to_microseconds(players_.video_.stalls[ahead_stall_].lasts), Event::StallOver);
+        break;
+    case Ahead::Error:
+        failed_ = true;
+        set_playback_state(MPMoviePlaybackStateStopped);
+        post(Event::ReportPlayback);
+        post(Event::ReportFailure);
+        break;
+    }
+}
+
+void SimulatedPlayer::stall_over()
+{
+    if (!std::exchange(stalled_, false))
+        return;
+    load_state_ = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
+    post(Event::ReportLoad);
+    post(Event::ReportPlayback);
+    set_playback_state(MPMoviePlaybackStatePlaying);
+}
+
+} // namespace qoro

@@ -1,0 +1,42 @@
+#include "simulator/Simulation.h"
+
+namespace qoro
+{
+
+Simulation::Simulation(const Scenario& scenario) : scenario_(scenario), platform_(scenario.world)
+{
+}
+
+Simulation::~Simulation()
+{
+    // What ends with the session is no part of it.
+    platform_.set_witness(nullptr);
+}
+
+void Simulation::run()
+{
+    session_ = std::make_unique<Session>(platform_, platform_, scenario_.host, copy_of(*scenario_.ad));
+    for (std::size_t n = 0; n < scenario_.steps.size(); ++n) {
+        const Step& step = scenario_.steps[n];
+        platform_.run_until(step.at);
+        session_->perform(step, n);
+    }
+}
+
+void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink)
+{
+    Simulation simulation(scenario);
+    Trace trace(simulation.platform().loop(), format, sink);
+    simulation.platform().set_witness(&trace);
+    simulation.run();
+    simulation.platform().set_witness(nullptr);
+}
+
+std::string simulate(const Scenario& scenario)
+{
+    std::string lines;
+    simulate(scenario, TraceFormat::Json, [&lines](std::string_view line) { lines += line; });
+    return lines;
+}
+
+} // namespace qoro

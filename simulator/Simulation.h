@@ -1,0 +1,39 @@
+#pragma once
+
+#include "session/Scenario.h"
+#include "session/Session.h"
+#include "session/Trace.h"
+#include "simulator/SimulatedPlatform.h"
+
+#include <string>
+
+namespace qoro
+{
+
+/// One session of a scenario in virtual time. The scenario may be shared by many, also on other threads.
+class Simulation
+{
+public:
+    explicit Simulation(const Scenario& scenario);
+    ~Simulation();
+
+    SimulatedPlatform& platform() { return platform_; }
+    /// Sets up the host and the controller, then runs every step; nothing runs after the last one. Who is to witness it
+    /// is set before.
+    void run();
+    /// Null before run().
+    Session* session() { return session_.get(); }
+
+private:
+    const Scenario& scenario_;
+    SimulatedPlatform platform_;
+    std::unique_ptr<Session> session_;
+};
+
+/// Runs a scenario and writes its trace.
+void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink);
+
+/// The same, as one text of JSON lines.
+std::string simulate(const Scenario& scenario);
+
+} // namespace qoro

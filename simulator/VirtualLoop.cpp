@@ -1,0 +1,162 @@
+#include "simulator/VirtualLoop.h"
+
+#include "platform/Platform.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr std::int64_t Never = std::numeric_limits<std::int64_t>::max();
+/// Seconds; below it a due time can't overflow.
+constexpr double LongestInterval = 1e12;
+
+// A timer's id holds its serial above the place of its slot: ids order by creation and are found without a search.
+constexpr unsigned SlotBits = 24;
+
+std::size_t slot_of(TimerId timer)
+{
+    return static_cast<std::size_t>(timer & ((TimerId{1} << SlotBits) - 1));
+}
+
+} // namespace
+
+std::int64_t to_microseconds(double seconds)
+{
+    if (std::isnan(seconds))
+        return 0;
+    const double microseconds = seconds * 1e6;
+    if (microseconds >= 9.2e18)
+        return std::numeric_limits<std::int64_t>::max();
+    if (microseconds <= -9.2e18)
+        return std::numeric_limits<std::int64_t>::min();
+    return std::llround(microseconds);
+}
+
+double VirtualLoop::now() const
+{
+    return static_cast<double>(now_) / 1e6;
+}
+
+TimerId VirtualLoop::start_timer(double interval, bool repeats, std::function<void()> fire)
+{
+    if (!std::isfinite(interval) || interval >= LongestInterval)
+        return start(Never, 0, std::move(fire));
+    const std::int64_t rounded = std::max<std::int64_t>(1, to_microseconds(interval));
+    return start(now_ + rounded, repeats ? rounded : 0, std::move(fire));
+}
+
+void VirtualLoop::stop_timer(TimerId timer)
+{
+    if (!find(timer))
+        return;
+    // What the function holds may end timers of its own as it goes.
+    const std::function<void()> ended = std::move(slots_[slot_of(timer)].fire);
+    release(slot_of(timer));
+}
+
+double VirtualLoop::due(TimerId timer) const
+{
+    const Slot* slot = find(timer);
+    if (!slot)
+        return 0;
+    return slot->due == Never ? std::numeric_limits<double>::infinity() : static_cast<double>(slot->due) / 1e6;
+}
+
+void VirtualLoop::post(std::function<void()> work)
+{
+    start(now_, 0, std::move(work));
+}
+
+TimerId VirtualLoop::after(std::int64_t microseconds, std::function<void()> work)
+{
+    const std::int64_t delay = std::clamp<std::int64_t>(microseconds, 0, Never / 2);
+    return start(now_ + delay, 0, std::move(work));
+}
+
+void VirtualLoop::run_until(std::int64_t microseconds)
+{
+    while (!heap_.empty() && heap_.front().time <= microseconds) {
+        const Due next = heap_.front();
+        std::ranges::pop_heap(heap_, Later{});
+        heap_.pop_back();
+        if (!find(next.id))
+            continue;
+        now_ = next.time;
+        run(next.id);
+    }
+    now_ = std::max(now_, microseconds);
+}
+
+void VirtualLoop::clear()
+{
+    // What goes may start new timers as it goes.
+    while (pending() > 0) {
+        heap_.clear();
+        free_.clear();
+        const std::vector<Slot> gone = std::exchange(slots_, {});
+    }
+}
+
+TimerId VirtualLoop::start(std::int64_t due, std::int64_t interval, std::function<void()> fire)
+{
+    std::size_t place = slots_.size();
+    if (free_.empty()) {
+        slots_.emplace_back();
+    } else {
+        place = free_.back();
+        free_.pop_back();
+    }
+    const TimerId id = (next_serial_++ << SlotBits) | place;
+    Slot& slot = slots_[place];
+    slot.id = id;
+    slot.due = due;
+    slot.interval = interval;
+    slot.fire = std::move(fire);
+    if (due != Never)
+        push(due, id);
+    return id;
+}
+
+const VirtualLoop::Slot* VirtualLoop::find(TimerId timer) const
+{
+    const std::size_t place = slot_of(timer);
+    return timer != 0 && place < slots_.size() && slots_[place].id == timer ? &slots_[place] : nullptr;
+}
+
+void VirtualLoop::run(TimerId timer)
+{
+    const std::size_t place = slot_of(timer);
+    std::function<void()> fire = std::move(slots_[place].fire);
+    if (slots_[place].interval > 0) {
+        slots_[place].due += slots_[place].interval;
+        push(slots_[place].due, timer);
+    } else {
+        release(place);
+    }
+    owner_.dispatch(fire);
+    // The slots may have moved, and the timer may have been stopped.
+    if (find(timer))
+        slots_[place].fire = std::move(fire);
+}
+
+void VirtualLoop::push(std::int64_t time, TimerId timer)
+{
+    heap_.push_back({time, timer});
+    std::ranges::push_heap(heap_, Later{});
+}
+
+void VirtualLoop::release(std::size_t place)
+{
+    slots_[place].id = 0;
+    slots_[place].fire = nullptr;
+    free_.push_back(place);
+}
+
+} // namespace qoro
