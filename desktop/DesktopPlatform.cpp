@@ -1,0 +1,57 @@
+#include "desktop/DesktopPlatform.h"
+
+#include "views/ViewNode.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qoro
+{
+
+DesktopPlatform::DesktopPlatform(const Options& options)
+    : device_(*this, options.device),
+      output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
+      volume_(output_volume_, options.volume_slider)
+{
+    if (options.volume)
+        output_volume_.set_value(*options.volume);
+    output_volume_.on_change = [this] { output_volume_changed(); };
+    players_.options.silent = options.silent;
+    players_.options.volume = [this] { return output_volume_.player_volume(); };
+    players_.options.on_failure = [this](const std::string& reason) {
+        tell("player", {{"do", "failed"}, {"reason", reason}});
+    };
+}
+
+DesktopPlatform::~DesktopPlatform()
+{
+    // What still lives here may ask for the platform as it goes, and tells nobody any more.
+    const PlatformScope scope(*this);
+    set_witness(nullptr);
+    output_volume_.on_change = nullptr;
+    loop_.clear();
+    // A window that shows its owner keeps it.
+    for (const std::shared_ptr<ViewNode>& window : shared<WindowList>().all()) {
+        const std::shared_ptr<UIViewController> gone = std::move(window->window_root);
+    }
+    drop_shared();
+    loop_.clear();
+}
+
+void DesktopPlatform::leave_app()
+{
+    players_.leave_app();
+}
+
+void DesktopPlatform::return_to_app()
+{
+    loop_.post([this] { application_will_enter_foreground(); });
+    loop_.post([this] { application_did_become_active(); });
+}
+
+void DesktopPlatform::change_volume(float step)
+{
+    volume_.set_value(std::clamp(volume_.value() + step, 0.0F, 1.0F));
+}
+
+} // namespace qoro

@@ -1,0 +1,93 @@
+#pragma once
+
+#include "desktop/GlibLoop.h"
+#include "desktop/device/DesktopDevice.h"
+#include "desktop/images/GdkImages.h"
+#include "desktop/media/GstPlayer.h"
+#include "desktop/media/PulseVolume.h"
+#include "desktop/net/SoupFetcher.h"
+#include "desktop/screen/Screen.h"
+#include "desktop/text/PangoText.h"
+#include "desktop/web/WebKitEngine.h"
+#include "platform/Platform.h"
+
+#include <optional>
+
+namespace qoro
+{
+
+/// The machine's own platform, on the thread that made it, with one window that shows the device. GTK must have been
+/// started (start_toolkit).
+class DesktopPlatform final : public Platform
+{
+public:
+    struct Options {
+        DesktopDeviceOptions device = {};
+        /// Whether the output volume is the machine's; else it is this program's own sound's.
+        bool system_volume = false;
+        /// Whether sound is thrown away; the volume is kept all the same.
+        bool silent = false;
+        /// Whether a volume view holds a slider.
+        bool volume_slider = true;
+        /// The output volume to begin with, 0 to 1; absent for the one that is found.
+        std::optional<float> volume = {};
+    };
+
+    explicit DesktopPlatform(const Options& options);
+    ~DesktopPlatform() override;
+
+    GlibLoop& loop() override { return loop_; }
+    GstPlayerFactory& players() override { return players_; }
+    WebKitEngineFactory& web_engines() override { return web_engines_; }
+    OutputVolume& volume() override { return volume_; }
+    SoupFetcher& fetcher() override { return fetcher_; }
+    PangoText& text() override { return text_; }
+    GdkImages& images() override { return images_; }
+    DesktopDevice& device() override { return device_; }
+    VideoCacheStore& video_cache() override { return video_cache_; }
+    Screen& display() override { return screen_; }
+
+    /// The user leaves the application: what plays pauses, and nothing is posted.
+    void leave_app();
+    /// The user comes back: will-enter-foreground, then did-become-active, each as an event of its own. The players
+    /// stay paused until they are told to play.
+    void return_to_app();
+    /// The user changes the output volume.
+    /// @param step what is added, within 0 and 1
+    void change_volume(float step);
+
+private:
+    /// The output volume of a device that may have no slider.
+    class Volume final : public OutputVolume
+    {
+    public:
+        Volume(PulseVolume& output, bool has_slider) : output_(output), has_slider_(has_slider) {}
+        float value() const override { return output_.value(); }
+        void set_value(float volume) override { output_.set_value(volume); }
+        bool has_slider() const override { return has_slider_; }
+
+    private:
+        PulseVolume& output_;
+        const bool has_slider_;
+    };
+
+    /// No video is kept beyond its session.
+    class NoVideoCache final : public VideoCacheStore
+    {
+        NSString path_for(const NSString&) override { return nullptr; }
+    };
+
+    GlibLoop loop_{this};
+    DesktopDevice device_;
+    PulseVolume output_volume_;
+    Volume volume_;
+    GstPlayerFactory players_{loop_};
+    WebKitEngineFactory web_engines_{*this};
+    SoupFetcher fetcher_{loop_};
+    PangoText text_;
+    GdkImages images_;
+    NoVideoCache video_cache_;
+    Screen screen_{*this};
+};
+
+} // namespace qoro

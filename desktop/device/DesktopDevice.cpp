@@ -1,0 +1,131 @@
+#include "desktop/device/DesktopDevice.h"
+
+#include "platform/Foundation.h"
+#include "platform/Platform.h"
+#include "platform/UIKit.h"
+
+#include <gio/gio.h>
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+struct Turned {
+    int clockwise;
+    int counterclockwise;
+};
+/// By UIDeviceOrientation, 1 to 4, as it is held before. A device whose top points left (3) was turned
+/// counter-clockwise.
+constexpr std::array<Turned, 5> TurnedTable{{{}, {4, 3}, {3, 4}, {1, 2}, {2, 1}}};
+
+bool is_held(int orientation)
+{
+    return orientation >= 1 && orientation <= 4;
+}
+
+/// In lower case; empty when the address has none.
+std::string scheme_of(const NSURL& address)
+{
+    char* scheme = g_uri_parse_scheme(address.absoluteString().text().c_str());
+    std::string text = scheme ? scheme : "";
+    g_free(scheme);
+    std::ranges::transform(text, text.begin(), g_ascii_tolower);
+    return text;
+}
+
+bool has_program(const std::string& scheme)
+{
+    GAppInfo* program = g_app_info_get_default_for_uri_scheme(scheme.c_str());
+    const bool found = program != nullptr;
+    g_clear_object(&program);
+    return found;
+}
+
+void was_opened(GObject*, GAsyncResult* result, gpointer address)
+{
+    GError* error = nullptr;
+    if (!g_app_info_launch_default_for_uri_finish(result, &error)) {
+        g_message("%s was not opened: %s", static_cast<char*>(address), error->message);
+        g_error_free(error);
+    }
+    g_free(address);
+}
+} // namespace
+
+DesktopDevice::DesktopDevice(Platform& platform, DesktopDeviceOptions options)
+    : platform_(platform), options_(std::move(options))
+{
+    if (is_held(options_.orientation))
+        held_ = options_.orientation;
+}
+
+void DesktopDevice::force_orientation(int orientation)
+{
+    options_.orientation = orientation;
+    if (is_held(orientation))
+        held_ = orientation;
+    platform_.display().needs_display();
+}
+
+bool DesktopDevice::can_open(const NSURL& address)
+{
+    if (!address || address.is_file())
+        return false;
+    const std::string& text = address.absoluteString().text();
+    if (options_.can_open)
+        return std::ranges::any_of(*options_.can_open,
+                                   [&text](const std::string& beginning) { return text.starts_with(beginning); });
+    const std::string scheme = scheme_of(address);
+    return !scheme.empty() && scheme != "file" && has_program(scheme);
+}
+
+void DesktopDevice::open(const NSURL& address)
+{
+    if (!address || address.is_file() || scheme_of(address) == "file")
+        return;
+    const char* text = address.absoluteString().text().c_str();
+    g_app_info_launch_default_for_uri_async(text, nullptr, nullptr, was_opened, g_strdup(text));
+}
+
+void DesktopDevice::turn(int device_orientation)
+{
+    DeviceUpdate turned{.orientation = device_orientation};
+    if (std::ranges::find(options_.autorotates, device_orientation) != options_.autorotates.end())
+        turned.status_bar_orientation = device_orientation;
+    change(turned);
+}
+
+void DesktopDevice::turn_clockwise()
+{
+    turn(TurnedTable[static_cast<std::size_t>(held_)].clockwise);
+}
+
+void DesktopDevice::turn_counterclockwise()
+{
+    turn(TurnedTable[static_cast<std::size_t>(held_)].counterclockwise);
+}
+
+void DesktopDevice::change(const DeviceUpdate& change)
+{
+    options_.status_bar_hidden = change.status_bar_hidden.value_or(options_.status_bar_hidden);
+    options_.orientation = change.orientation.value_or(options_.orientation);
+    if (is_held(options_.orientation))
+        held_ = options_.orientation;
+    const int before = options_.status_bar_orientation;
+    options_.status_bar_orientation = change.status_bar_orientation.value_or(before);
+    if (options_.status_bar_orientation != before)
+        platform_.loop().post([this] { platform_.status_bar_frame_changed(); });
+    platform_.display().needs_display();
+}
+
+void DesktopDevice::follow_sensor()
+{
+    sensor_ = std::make_unique<OrientationSensor>([this](int orientation) { turn(orientation); });
+}
+
+} // namespace qoro

@@ -1,0 +1,370 @@
+#include "desktop/media/GstPlayer.h"
+
+#include "desktop/media/Mailbox.h"
+
+#include <glib.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+/// Seconds for which data may run low before that is a lack: a seek within what is there fills up again in less, and a
+/// picture freezes only after more.
+constexpr double StallPatience = 0.08;
+/// Seconds to wait at the factory's end.
+constexpr double ClosingPatience = 2.0;
+
+struct FreeText {
+    void operator()(char* text) const { g_free(text); }
+};
+
+/// Where a video comes from; no location for an address that is none of ours.
+struct Source {
+    std::string location;
+    bool is_file = false;
+};
+
+Source source_of(const NSURL& address)
+{
+    if (!address)
+        return {};
+    const std::string& text = address.absoluteString().text();
+    if (address.is_file())
+        return {text, true};
+    const std::unique_ptr<char, FreeText> scheme(g_uri_parse_scheme(text.c_str()));
+    if (!scheme)
+        return {};
+    if (g_ascii_strcasecmp(scheme.get(), "http") == 0 || g_ascii_strcasecmp(scheme.get(), "https") == 0)
+        return {text, false};
+    if (g_ascii_strcasecmp(scheme.get(), "file") == 0) {
+        const std::unique_ptr<char, FreeText> path(g_filename_from_uri(text.c_str(), nullptr, nullptr));
+        return {path ? path.get() : "", true};
+    }
+    return {};
+}
+} // namespace
+
+GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop)
+    : GstPlayer(source, listener, loop, Options{})
+{
+}
+
+GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop, Options options)
+    : loop_(loop), listener_(listener), options_(std::move(options)), mailbox_(std::make_shared<Mailbox>(loop))
+{
+    Pipeline::warm_up();
+    silent_ = options_.silent;
+    pictures_ = std::make_shared<VideoPictures>([this, mailbox = mailbox_] {
+        mailbox->post([this] {
+            pictures_->fetched();
+            if (on_frame)
+                on_frame();
+        });
+    });
+    Source found = source_of(source);
+    location_ = std::move(found.location);
+    is_file_ = found.is_file;
+    if (location_.empty())
+        mailbox_->post([this] { failed("it has no address that can be played"); });
+    else
+        open();
+}
+
+GstPlayer::~GstPlayer()
+{
+    stop_watching();
+    mailbox_->close();
+    if (options_.on_end)
+        options_.on_end(*this);
+}
+
+void GstPlayer::open()
+{
+    Pipeline::Opening opening{location_, is_file_, silent_, {}};
+    if (options_.volume)
+        opening.volume = options_.volume();
+    Pipeline::Listener& self = *this;
+    pipeline_ = std::make_unique<Pipeline>(std::move(opening), pictures_, loop_, self);
+}
+
+// ----------------------------------------------------------------------------------------------------- commands
+
+void GstPlayer::apply(const PlayerSettings& settings)
+{
+    settings_ = settings;
+    pictures_->set_scaling_mode(settings.scaling_mode);
+}
+
+void GstPlayer::play()
+{
+    if (failed_)
+        return;
+    if (!started_) {
+        play_asked_ = true;
+        return;
+    }
+    if (playback_state_ == MPMoviePlaybackStatePlaying || playback_state_ == MPMoviePlaybackStateInterrupted)
+        return;
+    if (stalled_) {
+        set_playback(MPMoviePlaybackStateInterrupted);
+        return;
+    }
+    if (at_end_)
+        seek(0);
+    set_playback(MPMoviePlaybackStatePlaying);
+    run(true);
+}
+
+void GstPlayer::pause()
+{
+    if (!started_)
+        play_asked_ = false;
+    if (playback_state_ != MPMoviePlaybackStatePlaying && playback_state_ != MPMoviePlaybackStateInterrupted)
+        return;
+    time_ = current_time();
+    set_playback(MPMoviePlaybackStatePaused);
+    run(false);
+}
+
+void GstPlayer::seek(double time)
+{
+    if (failed_ || duration_ <= 0)
+        return;
+    time_ = std::isnan(time) ? 0 : std::clamp(time, 0.0, duration_);
+    at_end_ = false;
+    ends_on_play_ = false;
+    pipeline_->seek(time_);
+}
+
+void GstPlayer::run(bool playing)
+{
+    if (playing && ends_on_play_) {
+        mailbox_->post([this] { ended(); });
+        return;
+    }
+    pipeline_->run(playing);
+    if (playing)
+        watch_for_stall();
+    else
+        stop_watching();
+}
+
+double GstPlayer::current_time() const
+{
+    const bool moves = playback_state_ == MPMoviePlaybackStatePlaying && !at_end_;
+    if (!moves || !pipeline_)
+        return time_;
+    // Only the end itself is exactly the duration.
+    if (const std::optional<double> position = pipeline_->position())
+        time_ = std::max(time_, std::min(*position, std::nextafter(duration_, 0.0)));
+    return time_;
+}
+
+// -------------------------------------------------------------------------------------------------------- reports
+
+void GstPlayer::set_load(int state)
+{
+    load_state_ = state;
+    mailbox_->post([this] { listener_.load_state_changed(); });
+}
+
+void GstPlayer::set_playback(int state)
+{
+    playback_state_ = state;
+    mailbox_->post([this] { listener_.playback_state_changed(); });
+}
+
+// Each state of the start is reported before the next one is entered.
+void GstPlayer::announce_playable()
+{
+    set_load(MPMovieLoadStatePlayable);
+    mailbox_->post([this] {
+        if (failed_)
+            return;
+        awaits_data_ = pipeline_->short_of_data();
+        if (!awaits_data_)
+            announce_playthrough();
+    });
+}
+
+void GstPlayer::announce_playthrough()
+{
+    set_load(MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK);
+    mailbox_->post([this] { start(); });
+}
+
+void GstPlayer::start()
+{
+    if (failed_)
+        return;
+    started_ = true;
+    if (settings_.should_autoplay || play_asked_)
+        play();
+}
+
+void GstPlayer::loaded(double duration)
+{
+    if (duration_ <= 0) {
+        duration_ = duration;
+        announce_playable();
+        return;
+    }
+    // A new pipeline takes over where another one stood.
+    if (time_ > 0)
+        pipeline_->seek(time_);
+    run(playback_state_ == MPMoviePlaybackStatePlaying);
+    data_changed();
+}
+
+void GstPlayer::sought(bool reached)
+{
+    if (reached)
+        return;
+    // Without seeking, the only way back is to begin anew.
+    if (time_ <= 0)
+        open();
+    else if (const std::optional<double> position = pipeline_->position())
+        time_ = *position;
+}
+
+void GstPlayer::ended()
+{
+    if (failed_ || at_end_)
+        return;
+    if (playback_state_ != MPMoviePlaybackStatePlaying) {
+        ends_on_play_ = true;
+        return;
+    }
+    run(false);
+    ends_on_play_ = false;
+    at_end_ = true;
+    time_ = duration_;
+    set_playback(MPMoviePlaybackStatePaused);
+    mailbox_->post([this] { listener_.finished(MPMovieFinishReasonPlaybackEnded); });
+}
+
+void GstPlayer::failed(const std::string& reason)
+{
+    if (failed_)
+        return;
+    time_ = current_time();
+    failed_ = true;
+    stop_watching();
+    pipeline_.reset();
+    if (options_.on_failure)
+        options_.on_failure(reason);
+    set_playback(MPMoviePlaybackStateStopped);
+    mailbox_->post([this] { listener_.finished(MPMovieFinishReasonPlaybackError); });
+}
+
+void GstPlayer::sound_failed()
+{
+    if (silent_ || failed_)
+        return;
+    time_ = current_time();
+    silent_ = true;
+    open();
+}
+
+// ---------------------------------------------------------------------------------------------------- lack of data
+
+void GstPlayer::data_changed()
+{
+    if (pipeline_->short_of_data()) {
+        watch_for_stall();
+        return;
+    }
+    stop_watching();
+    if (awaits_data_) {
+        awaits_data_ = false;
+        announce_playthrough();
+    } else if (stalled_) {
+        go_on();
+    }
+}
+
+void GstPlayer::watch_for_stall()
+{
+    if (stall_watch_ || playback_state_ != MPMoviePlaybackStatePlaying || !pipeline_->short_of_data())
+        return;
+    stall_watch_ = loop_.start_timer(StallPatience, false, [this] {
+        stall_watch_ = 0;
+        stall();
+    });
+}
+
+void GstPlayer::stop_watching()
+{
+    if (stall_watch_)
+        loop_.stop_timer(stall_watch_);
+    stall_watch_ = 0;
+}
+
+void GstPlayer::stall()
+{
+    if (playback_state_ != MPMoviePlaybackStatePlaying || at_end_ || !pipeline_->short_of_data())
+        return;
+    time_ = current_time();
+    stalled_ = true;
+    pipeline_->run(false);
+    set_load(MPMovieLoadStateStalled);
+    set_playback(MPMoviePlaybackStateInterrupted);
+}
+
+void GstPlayer::go_on()
+{
+    stalled_ = false;
+    set_load(MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK);
+    if (playback_state_ != MPMoviePlaybackStateInterrupted)
+        return;
+    set_playback(MPMoviePlaybackStatePlaying);
+    run(true);
+}
+
+// ------------------------------------------------------------------------------------------------------ the display
+
+void GstPlayer::set_picture_size(int width, int height)
+{
+    pictures_->set_box(width, height);
+}
+
+VideoFrame GstPlayer::latest_frame() const
+{
+    return pictures_->latest();
+}
+
+// ------------------------------------------------------------------------------------------------------ the factory
+
+GstPlayerFactory::GstPlayerFactory(MainLoop& loop) : loop_(loop)
+{
+    Pipeline::warm_up();
+}
+
+GstPlayerFactory::~GstPlayerFactory()
+{
+    Pipeline::wait_until_gone(ClosingPatience);
+}
+
+std::unique_ptr<PlayerEngine> GstPlayerFactory::make_player(const NSURL& source, PlayerListener& listener)
+{
+    GstPlayer::Options with = options;
+    with.on_end = [players = players_](const GstPlayer& gone) { std::erase(*players, &gone); };
+    auto player = std::make_unique<GstPlayer>(source, listener, loop_, std::move(with));
+    players_->push_back(player.get());
+    return player;
+}
+
+void GstPlayerFactory::leave_app()
+{
+    for (GstPlayer* player : *players_)
+        if (player->playback_state() == MPMoviePlaybackStatePlaying ||
+            player->playback_state() == MPMoviePlaybackStateInterrupted)
+            player->pause();
+}
+
+} // namespace qoro

@@ -1,0 +1,688 @@
+#include "desktop/media/Pipeline.h"
+
+#include "desktop/media/Mailbox.h"
+
+#include <gst/app/gstappsink.h>
+#include <gst/gst.h>
+
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <string_view>
+#include <thread>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+constexpr const char* UserAgent = "QoroVideoAd/0.1";
+/// Seconds without a byte after which a server is given up on, and how often it is asked again.
+constexpr guint ServerTimeOut = 10;
+constexpr int ServerRetries = 1;
+/// Bytes of a video that are kept, so that a replay or a seek asks no server again.
+constexpr guint64 KeptBytes = 16 << 20;
+/// What has to lie ready before a video that comes from a server starts, or goes on after a lack of data.
+constexpr guint64 ReadyTime = 2 * GST_SECOND;
+constexpr guint ReadyBytes = 8 << 20;
+/// The share of that below which data is short: at the start nearly all of it; then what is left a tenth of a second
+/// before the picture would freeze.
+constexpr int ShortShareAtStart = 98;
+constexpr double ShortShare = 0.05;
+/// Seconds by which a video may end before its duration says, and still be complete.
+constexpr double MissingAtMost = 0.5;
+/// How long opening the sound may take, and how long a file may take to fail after its source did.
+constexpr std::chrono::milliseconds SoundTimeOut{1000};
+constexpr std::chrono::milliseconds SourceGrace{1000};
+/// A source reports its fault a few times.
+constexpr int MostResumptions = 5;
+/// How often a wait looks up from what it waits for.
+constexpr std::chrono::milliseconds Glance{25};
+/// Pixels a second up to which a video is decoded by one thread (1080p at 30): cheapest, and no frame waits for others.
+constexpr double OneThreadPixels = 1920.0 * 1080.0 * 31.0;
+
+using Clock = std::chrono::steady_clock;
+
+/// Kinds of data that name other sources instead of being a video.
+constexpr std::array<std::string_view, 6> Manifests = {
+    "application/x-hls", "application/dash+xml", "application/vnd.ms-sstr+xml",
+    "application/sdp",   "text/uri-list",        "application/x-rtsp",
+};
+
+struct FreeElement {
+    void operator()(GstElement* element) const { gst_object_unref(element); }
+};
+struct FreeError {
+    void operator()(GError* error) const { g_error_free(error); }
+};
+
+double seconds(gint64 time)
+{
+    return static_cast<double>(time) / static_cast<double>(GST_SECOND);
+}
+
+gint64 gst_time(double time)
+{
+    return static_cast<gint64>(std::max(time, 0.0) * static_cast<double>(GST_SECOND) + 0.5);
+}
+
+std::string_view kind_of(const GstCaps* caps)
+{
+    if (!caps || gst_caps_get_size(caps) == 0)
+        return {};
+    return gst_structure_get_name(gst_caps_get_structure(caps, 0));
+}
+
+/// Pipelines that have not let go of everything yet.
+struct Open {
+    std::mutex mutex;
+    std::condition_variable changed;
+    int count = 0;
+};
+Open& open_pipelines()
+{
+    static Open& open = *new Open; // threads may outlive the program's end
+    return open;
+}
+} // namespace
+
+struct Pipeline::Core : std::enable_shared_from_this<Pipeline::Core> {
+    Core(Opening how, std::shared_ptr<VideoPictures> to, MainLoop& loop, Listener& heard)
+        : opening(std::move(how)), pictures(std::move(to)), mailbox(std::make_shared<Mailbox>(loop)), listener(heard)
+    {
+    }
+
+    const Opening opening;
+    const std::shared_ptr<VideoPictures> pictures;
+    const std::shared_ptr<Mailbox> mailbox;
+    /// For the main thread.
+    Listener& listener;
+
+    std::mutex mutex;
+    std::condition_variable wishes_changed;
+    // Under the mutex: what is wanted.
+    bool closing = false;
+    bool playing = false;
+    double seek_to = 0;
+    unsigned seeks = 0;
+    // Under the mutex: what went wrong.
+    bool failed = false;
+    std::string source_failure;
+    Clock::time_point source_failed_at;
+
+    /// Set once, by the worker; valid until it has closed.
+    std::atomic<GstElement*> pipeline = nullptr;
+    GstElement* source = nullptr;
+    /// Holds what lies ready; the pipeline's.
+    GstElement* ready_queue = nullptr;
+    /// The duration in seconds, 0 before it is known.
+    std::atomic<double> duration = 0;
+    std::atomic<unsigned> seeks_done = 0;
+    /// When opening the sound began; 0 when it is not being opened.
+    std::atomic<Clock::rep> sound_opening = 0;
+    std::atomic<GstElement*> sound = nullptr;
+    std::atomic<GstElement*> picture_sink = nullptr;
+    std::atomic<bool> low = false;
+    /// Everything that the source has was read.
+    std::atomic<bool> complete = false;
+    std::atomic<double> pixel_rate = 0;
+
+    // The worker.
+    void work();
+    bool open();
+    bool settle(unsigned for_seek);
+    void obey();
+    bool seek(double time);
+    void close();
+
+    // Any thread.
+    void tell(void (Listener::*news)())
+    {
+        mailbox->post([this, news] { (listener.*news)(); });
+    }
+    void fail(const std::string& reason);
+    void set_low(bool is_low);
+    bool wanted_otherwise(unsigned for_seek);
+
+    // GStreamer's threads.
+    void hear(GstMessage* message);
+    void hear_error(GstMessage* message);
+    void hear_end();
+    void add_stream(GstPad* pad);
+    void add_picture(GstPad* pad);
+    void add_sound(GstPad* pad);
+    GstElement* open_sound();
+
+    static GstBusSyncReply on_message(GstBus*, GstMessage* message, gpointer core)
+    {
+        static_cast<Core*>(core)->hear(message);
+        gst_message_unref(message);
+        return GST_BUS_DROP;
+    }
+    static void on_pad(GstElement*, GstPad* pad, gpointer core) { static_cast<Core*>(core)->add_stream(pad); }
+    static void on_all_pads(GstElement*, gpointer core);
+    static gboolean on_kind(GstElement*, GstPad*, GstCaps* caps, gpointer core);
+    static void on_element(GstBin*, GstBin*, GstElement* element, gpointer core);
+    static GstPadProbeReturn on_source_event(GstPad*, GstPadProbeInfo* info, gpointer core);
+    static GstFlowReturn on_preroll(GstAppSink* sink, gpointer core);
+    static GstFlowReturn on_sample(GstAppSink* sink, gpointer core);
+};
+
+// --------------------------------------------------------------------------------------------------- main thread
+
+Pipeline::Pipeline(Opening opening, std::shared_ptr<VideoPictures> pictures, MainLoop& loop, Listener& listener)
+    : core_(std::make_shared<Core>(std::move(opening), std::move(pictures), loop, listener))
+{
+    {
+        std::scoped_lock lock(open_pipelines().mutex);
+        ++open_pipelines().count;
+    }
+    std::thread([core = core_]() mutable {
+        core->work();
+        core.reset();
+        std::scoped_lock lock(open_pipelines().mutex);
+        --open_pipelines().count;
+        open_pipelines().changed.notify_all();
+    }).detach();
+}
+
+Pipeline::~Pipeline()
+{
+    core_->mailbox->close();
+    std::scoped_lock lock(core_->mutex);
+    core_->closing = true;
+    core_->wishes_changed.notify_all();
+}
+
+void Pipeline::run(bool playing)
+{
+    std::scoped_lock lock(core_->mutex);
+    core_->playing = playing;
+    core_->wishes_changed.notify_all();
+}
+
+void Pipeline::seek(double time)
+{
+    std::scoped_lock lock(core_->mutex);
+    core_->seek_to = time;
+    ++core_->seeks;
+    core_->wishes_changed.notify_all();
+}
+
+bool Pipeline::seeking() const
+{
+    std::scoped_lock lock(core_->mutex);
+    return core_->seeks_done != core_->seeks;
+}
+
+std::optional<double> Pipeline::position() const
+{
+    gint64 position = 0;
+    if (core_->duration <= 0 || seeking() || !gst_element_query_position(core_->pipeline, GST_FORMAT_TIME, &position) ||
+        position < 0)
+        return {};
+    return seconds(position);
+}
+
+bool Pipeline::short_of_data() const
+{
+    return core_->low;
+}
+
+void Pipeline::warm_up()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        gst_init(nullptr, nullptr);
+        // Most of the time to a first picture in a new program is the loading of these.
+        std::thread([] {
+            for (const char* name :
+                 {"souphttpsrc", "filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse",
+                  "avdec_h264", "avdec_aac", "appsink", "audioconvert", "audioresample", "pulsesink"}) {
+                if (GstElement* element = gst_element_factory_make(name, nullptr))
+                    gst_object_unref(element);
+            }
+        }).detach();
+    });
+}
+
+void Pipeline::wait_until_gone(double seconds)
+{
+    Open& open = open_pipelines();
+    std::unique_lock lock(open.mutex);
+    open.changed.wait_for(lock, std::chrono::duration<double>(seconds), [&open] { return open.count == 0; });
+}
+
+// ----------------------------------------------------------------------------------------------------- the worker
+
+void Pipeline::Core::work()
+{
+    if (open() && settle(0)) {
+        gint64 length = 0;
+        if (!gst_element_query_duration(pipeline, GST_FORMAT_TIME, &length) || length <= 0) {
+            fail("its duration is not known");
+        } else {
+            duration = seconds(length);
+            mailbox->post([this] { listener.loaded(duration); });
+        }
+    }
+    obey();
+    close();
+}
+
+bool Pipeline::Core::open()
+{
+    GstElement* whole = gst_pipeline_new(nullptr);
+    pipeline = whole;
+    GstBus* bus = gst_element_get_bus(whole);
+    gst_bus_set_sync_handler(bus, on_message, this, nullptr);
+    gst_object_unref(bus);
+
+    const auto make = [this, whole](const char* name) {
+        GstElement* element = gst_element_factory_make(name, nullptr);
+        if (element)
+            gst_bin_add(GST_BIN(whole), element);
+        else
+            fail(std::string("GStreamer has no element ") + name);
+        return element;
+    };
+    source = make(opening.is_file ? "filesrc" : "souphttpsrc");
+    GstElement* decoder = make("decodebin");
+    GstElement* before_decoder = source;
+    if (!source || !decoder)
+        return false;
+    g_object_set(source, "location", opening.location.c_str(), nullptr);
+    if (!opening.is_file) {
+        GstElement* keeper = make("queue2");
+        if (!keeper)
+            return false;
+        g_object_set(source, "user-agent", UserAgent, "timeout", ServerTimeOut, "retries", ServerRetries, nullptr);
+        g_object_set(keeper, "ring-buffer-max-size", KeptBytes, "max-size-bytes", static_cast<guint>(KeptBytes),
+                     "max-size-buffers", 0U, "max-size-time", G_GUINT64_CONSTANT(0), nullptr);
+        g_object_set(decoder, "use-buffering", TRUE, "max-size-time", ReadyTime, "max-size-bytes", ReadyBytes,
+                     "low-percent", ShortShareAtStart, nullptr);
+        gst_element_link(source, keeper);
+        before_decoder = keeper;
+        GstPad* entry = gst_element_get_static_pad(keeper, "sink");
+        gst_pad_add_probe(entry, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_source_event, this, nullptr);
+        gst_object_unref(entry);
+    }
+    gst_element_link(before_decoder, decoder);
+    g_signal_connect(decoder, "autoplug-continue", G_CALLBACK(on_kind), this);
+    g_signal_connect(decoder, "pad-added", G_CALLBACK(on_pad), this);
+    g_signal_connect(decoder, "no-more-pads", G_CALLBACK(on_all_pads), this);
+    g_signal_connect(whole, "deep-element-added", G_CALLBACK(on_element), this);
+    if (gst_element_set_state(whole, GST_STATE_PAUSED) == GST_STATE_CHANGE_FAILURE) {
+        fail("it can't be opened");
+        return false;
+    }
+    return true;
+}
+
+bool Pipeline::Core::wanted_otherwise(unsigned for_seek)
+{
+    std::scoped_lock lock(mutex);
+    return closing || failed || seeks != for_seek;
+}
+
+// Waits until a picture and the sound are ready where the pipeline stands. False when that is no more wanted, or fails.
+bool Pipeline::Core::settle(unsigned for_seek)
+{
+    int resumptions = 0;
+    while (!wanted_otherwise(for_seek)) {
+        const GstStateChangeReturn state =
+            gst_element_get_state(pipeline, nullptr, nullptr, std::chrono::nanoseconds(Glance).count());
+        if (state == GST_STATE_CHANGE_SUCCESS || state == GST_STATE_CHANGE_NO_PREROLL)
+            return true;
+        std::unique_lock lock(mutex);
+        const bool source_fault = !source_failure.empty();
+        const bool given_up = source_fault && duration <= 0 && Clock::now() - source_failed_at > SourceGrace;
+        lock.unlock();
+        if (state == GST_STATE_CHANGE_FAILURE && source_fault && resumptions < MostResumptions) {
+            // Any fault breaks the change of state off; what the source had sent before may still be enough for it.
+            ++resumptions;
+            gst_element_set_state(pipeline, GST_STATE_PAUSED);
+        } else if (state == GST_STATE_CHANGE_FAILURE || given_up) {
+            fail("it can't be played");
+            return false;
+        }
+        const Clock::rep opening_since = sound_opening;
+        if (opening_since && Clock::now() - Clock::time_point(Clock::duration(opening_since)) > SoundTimeOut) {
+            tell(&Listener::sound_failed);
+            return false;
+        }
+    }
+    return false;
+}
+
+void Pipeline::Core::obey()
+{
+    bool runs = false;
+    bool lets_run_low = false;
+    unsigned done = 0;
+    std::unique_lock lock(mutex);
+    while (!closing) {
+        const bool able = !failed && duration > 0;
+        if (able && seeks != done) {
+            const unsigned wanted = seeks;
+            const double to = seek_to;
+            lock.unlock();
+            // Standing still, no sink reports an end: one reported later belongs to what follows the seek.
+            gst_element_set_state(pipeline, GST_STATE_PAUSED);
+            runs = false;
+            const bool reached = seek(to);
+            if (reached)
+                settle(wanted);
+            seeks_done = wanted;
+            mailbox->post([this, wanted, reached] {
+                std::unique_lock inner(mutex);
+                const bool last = seeks == wanted;
+                inner.unlock();
+                if (last)
+                    listener.sought(reached);
+            });
+            lock.lock();
+            done = wanted;
+        } else if (able && !low && !lets_run_low) {
+            // Enough is ready for the start. Not by the queue's own thread, which holds the queue while it speaks.
+            lets_run_low = true;
+            lock.unlock();
+            if (ready_queue)
+                g_object_set(ready_queue, "low-watermark", ShortShare, nullptr);
+            lock.lock();
+        } else if (able && playing != runs) {
+            runs = playing;
+            lock.unlock();
+            const GstStateChangeReturn changed =
+                gst_element_set_state(pipeline, runs ? GST_STATE_PLAYING : GST_STATE_PAUSED);
+            if (changed == GST_STATE_CHANGE_FAILURE)
+                fail("it can't be played");
+            lock.lock();
+        } else {
+            wishes_changed.wait(lock);
+        }
+    }
+}
+
+bool Pipeline::Core::seek(double time)
+{
+    return gst_element_seek_simple(pipeline, GST_FORMAT_TIME,
+                                   static_cast<GstSeekFlags>(GST_SEEK_FLAG_FLUSH | GST_SEEK_FLAG_ACCURATE),
+                                   gst_time(time));
+}
+
+void Pipeline::Core::close()
+{
+    GstElement* whole = pipeline;
+    gst_element_set_state(whole, GST_STATE_NULL);
+    GstBus* bus = gst_element_get_bus(whole);
+    gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
+    gst_object_unref(bus);
+    gst_object_unref(whole);
+}
+
+// ----------------------------------------------------------------------------------------------------- any thread
+
+// What the source said comes first: the rest follows from it.
+void Pipeline::Core::fail(const std::string& reason)
+{
+    std::string told;
+    {
+        std::scoped_lock lock(mutex);
+        if (failed)
+            return;
+        failed = true;
+        told = source_failure.empty() ? reason : source_failure;
+        wishes_changed.notify_all();
+    }
+    mailbox->post([this, told] { listener.failed(told); });
+}
+
+void Pipeline::Core::set_low(bool is_low)
+{
+    {
+        std::scoped_lock lock(mutex);
+        if (low == is_low)
+            return;
+        low = is_low;
+        wishes_changed.notify_all();
+    }
+    tell(&Listener::data_changed);
+}
+
+// ---------------------------------------------------------------------------------------------- GStreamer's threads
+
+void Pipeline::Core::hear(GstMessage* message)
+{
+    switch (GST_MESSAGE_TYPE(message)) {
+    case GST_MESSAGE_BUFFERING: {
+        gint percent = 0;
+        gst_message_parse_buffering(message, &percent);
+        // Once everything was read, it only has to be carried on.
+        set_low(percent < 100 && !complete);
+        break;
+    }
+    case GST_MESSAGE_ERROR:
+        hear_error(message);
+        break;
+    case GST_MESSAGE_EOS:
+        if (GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline.load()))
+            hear_end();
+        break;
+    default:
+        break;
+    }
+}
+
+void Pipeline::Core::hear_error(GstMessage* message)
+{
+    GError* raw = nullptr;
+    gst_message_parse_error(message, &raw, nullptr);
+    const std::unique_ptr<GError, FreeError> error(raw);
+    std::string reason = error ? error->message : "an unknown fault";
+    GstObject* from = GST_MESSAGE_SRC(message);
+    GstElement* sound_sink = sound;
+    if (sound_sink && gst_object_has_as_ancestor(from, GST_OBJECT(sound_sink))) {
+        tell(&Listener::sound_failed);
+        return;
+    }
+    if (from == GST_OBJECT(source)) {
+        // GStreamer has no better words for a server that refuses, or can't be found.
+        if (g_error_matches(raw, GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED))
+            reason = opening.is_file ? "it can't be read" : "its server can't be reached";
+        // What came before can still be played; the end that follows is the fault's.
+        std::scoped_lock lock(mutex);
+        if (source_failure.empty()) {
+            source_failure = reason;
+            source_failed_at = Clock::now();
+        }
+        return;
+    }
+    fail(reason);
+}
+
+void Pipeline::Core::hear_end()
+{
+    gint64 position = 0;
+    const bool known = gst_element_query_position(pipeline, GST_FORMAT_TIME, &position);
+    std::unique_lock lock(mutex);
+    const bool cut = !source_failure.empty();
+    lock.unlock();
+    if (cut || (known && seconds(position) < duration - MissingAtMost)) {
+        fail("it ends before its duration says");
+        return;
+    }
+    mailbox->post([this, after = seeks_done.load()] {
+        std::unique_lock inner(mutex);
+        const bool current = after == seeks;
+        inner.unlock();
+        if (current)
+            listener.ended();
+    });
+}
+
+gboolean Pipeline::Core::on_kind(GstElement*, GstPad*, GstCaps* caps, gpointer core)
+{
+    const std::string_view kind = kind_of(caps);
+    if (std::find(Manifests.begin(), Manifests.end(), kind) != Manifests.end())
+        return FALSE;
+    if (kind.starts_with("video/")) {
+        const GstStructure* form = gst_caps_get_structure(caps, 0);
+        gint width = 0;
+        gint height = 0;
+        gint frames = 30;
+        gint per_seconds = 1;
+        gst_structure_get_int(form, "width", &width);
+        gst_structure_get_int(form, "height", &height);
+        gst_structure_get_fraction(form, "framerate", &frames, &per_seconds);
+        static_cast<Core*>(core)->pixel_rate =
+            static_cast<double>(width) * height * (per_seconds > 0 ? static_cast<double>(frames) / per_seconds : 30);
+    }
+    return TRUE;
+}
+
+void Pipeline::Core::on_element(GstBin*, GstBin*, GstElement* element, gpointer core)
+{
+    Core& self = *static_cast<Core*>(core);
+    const GstElementFactory* made_by = gst_element_get_factory(element);
+    if (made_by && std::string_view(GST_OBJECT_NAME(made_by)) == "multiqueue")
+        self.ready_queue = element;
+    if (self.pixel_rate <= OneThreadPixels && g_object_class_find_property(G_OBJECT_GET_CLASS(element), "max-threads"))
+        g_object_set(element, "max-threads", 1, nullptr);
+}
+
+GstPadProbeReturn Pipeline::Core::on_source_event(GstPad*, GstPadProbeInfo* info, gpointer core)
+{
+    Core& self = *static_cast<Core*>(core);
+    switch (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info))) {
+    case GST_EVENT_EOS:
+        self.complete = true;
+        self.set_low(false);
+        break;
+    case GST_EVENT_SEGMENT:
+        self.complete = false;
+        break;
+    default:
+        break;
+    }
+    return GST_PAD_PROBE_OK;
+}
+
+void Pipeline::Core::add_stream(GstPad* pad)
+{
+    GstCaps* caps = gst_pad_get_current_caps(pad);
+    const std::string_view kind = kind_of(caps);
+    if (kind == "video/x-raw" && !picture_sink)
+        add_picture(pad);
+    else if (kind == "audio/x-raw" && !sound)
+        add_sound(pad);
+    if (caps)
+        gst_caps_unref(caps);
+}
+
+void Pipeline::Core::on_all_pads(GstElement*, gpointer core)
+{
+    Core& self = *static_cast<Core*>(core);
+    if (!self.picture_sink && !self.sound)
+        self.fail("it is no video");
+}
+
+void Pipeline::Core::add_picture(GstPad* pad)
+{
+    GstElement* sink = gst_element_factory_make("appsink", nullptr);
+    if (!sink) {
+        fail("GStreamer has no element appsink");
+        return;
+    }
+    GstCaps* readable = gst_caps_new_empty_simple("video/x-raw");
+    // A decoder that falls behind is told, and leaves frames out; a frame that is too late to be seen is not shown.
+    g_object_set(sink, "caps", readable, "max-buffers", 1U, "enable-last-sample", FALSE, "qos", TRUE, "max-lateness",
+                 static_cast<gint64>(50 * GST_MSECOND), nullptr);
+    gst_caps_unref(readable);
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_preroll = on_preroll;
+    callbacks.new_sample = on_sample;
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
+    picture_sink = sink;
+    gst_bin_add(GST_BIN(pipeline.load()), sink);
+    GstPad* entry = gst_element_get_static_pad(sink, "sink");
+    gst_pad_link(pad, entry);
+    gst_object_unref(entry);
+    gst_element_sync_state_with_parent(sink);
+}
+
+GstElement* Pipeline::Core::open_sound()
+{
+    GstElement* sink = opening.silent ? nullptr : gst_element_factory_make("pulsesink", nullptr);
+    if (!sink)
+        return nullptr;
+    // With a sound server's clock a device that sleeps stops the picture for about a second.
+    g_object_set(sink, "provide-clock", FALSE, nullptr);
+    GstStructure* tags =
+        gst_structure_new("tags", "qoro.player", G_TYPE_STRING, std::to_string(getpid()).c_str(), nullptr);
+    g_object_set(sink, "stream-properties", tags, nullptr);
+    gst_structure_free(tags);
+    if (opening.volume) {
+        const double slider = *opening.volume;
+        g_object_set(sink, "volume", slider * slider * slider, nullptr);
+    }
+    gst_object_ref_sink(sink);
+    sound_opening = Clock::now().time_since_epoch().count();
+    // Outside the pipeline, where its failure to open is nobody's fault.
+    const bool opened = gst_element_set_state(sink, GST_STATE_READY) == GST_STATE_CHANGE_SUCCESS;
+    sound_opening = 0;
+    if (opened)
+        return sink;
+    gst_element_set_state(sink, GST_STATE_NULL);
+    gst_object_unref(sink);
+    return nullptr;
+}
+
+void Pipeline::Core::add_sound(GstPad* pad)
+{
+    GstElement* sink = open_sound();
+    if (!sink) {
+        sink = gst_element_factory_make("fakesink", nullptr);
+        g_object_set(sink, "sync", TRUE, nullptr);
+        gst_object_ref_sink(sink);
+    }
+    GstElement* convert = gst_element_factory_make("audioconvert", nullptr);
+    GstElement* resample = gst_element_factory_make("audioresample", nullptr);
+    sound = sink;
+    gst_bin_add_many(GST_BIN(pipeline.load()), convert, resample, sink, nullptr);
+    gst_object_unref(sink);
+    gst_element_link_many(convert, resample, sink, nullptr);
+    GstPad* entry = gst_element_get_static_pad(convert, "sink");
+    gst_pad_link(pad, entry);
+    gst_object_unref(entry);
+    for (GstElement* element : {sink, resample, convert})
+        gst_element_sync_state_with_parent(element);
+}
+
+GstFlowReturn Pipeline::Core::on_preroll(GstAppSink* sink, gpointer core)
+{
+    if (GstSample* sample = gst_app_sink_pull_preroll(sink)) {
+        static_cast<Core*>(core)->pictures->put(sample);
+        gst_sample_unref(sample);
+    }
+    return GST_FLOW_OK;
+}
+
+GstFlowReturn Pipeline::Core::on_sample(GstAppSink* sink, gpointer core)
+{
+    if (GstSample* sample = gst_app_sink_pull_sample(sink)) {
+        static_cast<Core*>(core)->pictures->put(sample);
+        gst_sample_unref(sample);
+    }
+    return GST_FLOW_OK;
+}
+
+} // namespace qoro

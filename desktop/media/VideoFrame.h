@@ -1,0 +1,25 @@
+#pragma once
+
+#include <cstddef>
+#include <memory>
+
+typedef struct _GBytes GBytes;
+
+namespace qoro
+{
+
+/// One picture of a video, ready to be shown.
+struct VideoFrame {
+    /// Device pixels.
+    int width = 0;
+    int height = 0;
+    /// Bytes from one row to the next.
+    std::size_t stride = 0;
+    /// Rows of pixels of four bytes: blue, green, red, 255 (GDK_MEMORY_DEFAULT on a little-endian machine, opaque).
+    /// Shared and never written again. Null when there is no picture.
+    std::shared_ptr<GBytes> pixels;
+
+    explicit operator bool() const { return pixels != nullptr; }
+};
+
+} // namespace qoro

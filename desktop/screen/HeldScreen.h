@@ -1,0 +1,44 @@
+#pragma once
+
+#include "views/ViewNode.h"
+
+namespace qoro
+{
+
+// Pure geometry: the device's screen as its viewer holds it. A screen keeps its own coordinates, and is shown turned.
+
+/// How the device's screen is turned in the window, clockwise, so that what is turned the other way on it stands upright.
+/// @param device_orientation UIDeviceOrientation; a device that lies flat, or is held nobody knows how, stays as it was
+/// @param bar_orientation UIInterfaceOrientation
+/// @param screen the screen's own size; one that is wider than high belongs to a host in landscape: its coordinates
+///               have turned with the interface already, all but the half turn between the two landscape sides
+/// @param before the turn so far
+double held_turn(int device_orientation, int bar_orientation, CGSize screen, double before);
+
+/// A screen in its window.
+struct HeldScreen {
+    CGSize screen;
+    double turn = 0;
+
+    /// The room that it takes when turned.
+    CGSize extents() const;
+    CGPoint to_window(CGPoint on_screen) const;
+    CGPoint to_screen(CGPoint in_window) const;
+};
+
+/// Where a widget stands in the window: a middle, a size in whole points, and a turn. At whole quarter turns its edges
+/// lie on whole points, so that pictures are copied and not resampled; neighbours that touch still touch.
+struct WidgetPlace {
+    CGPoint center;
+    int width = 0;
+    int height = 0;
+    double angle = 0;
+
+    /// The upright rectangle around it.
+    CGRect around() const;
+    friend bool operator==(const WidgetPlace&, const WidgetPlace&) = default;
+};
+
+WidgetPlace place_in_window(const Placement& on_screen, const HeldScreen& held);
+
+} // namespace qoro

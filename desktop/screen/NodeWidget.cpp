@@ -1,0 +1,291 @@
+#include "desktop/screen/NodeWidget.h"
+
+#include "desktop/images/GdkImages.h"
+#include "desktop/screen/Painting.h"
+#include "desktop/screen/PictureSource.h"
+#include "desktop/screen/WidgetSource.h"
+
+#include <gtk/gtk.h>
+
+#include <cmath>
+#include <cstdint>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// What a widget knows beside what GTK knows of it.
+struct NodeState {
+    std::weak_ptr<ViewNode> view;
+    std::uint64_t revision = 0;     // of the view, when it was last looked at
+    PlayerEngine* player = nullptr; // whose frames we hear of
+    double resolution = 0;          // device pixels to a point; 0 while not shown
+    VideoFrame frame;               // what the picture of a video shows
+    std::shared_ptr<const DecodedImage> image; // what the picture of a button or an image view shows
+    /// The picture before: GTK compares what it draws with what it drew, and Cairo copies a picture that goes meanwhile.
+    Picture before;
+    PaintState look;
+    guint spinning = 0;
+    /// Dies with the widget; a player that outlives it watches it.
+    std::shared_ptr<bool> alive = std::make_shared<bool>();
+};
+
+PictureSource* picture_source_of(PlayerEngine* player)
+{
+    return dynamic_cast<PictureSource*>(player);
+}
+
+WidgetSource* page_of(const ViewNode& view)
+{
+    return dynamic_cast<WidgetSource*>(view.web.get());
+}
+
+} // namespace
+
+struct QoroNodeWidget {
+    GtkWidget parent;
+    NodeState* state;
+};
+
+struct QoroNodeWidgetClass {
+    GtkWidgetClass parent;
+};
+
+G_DEFINE_TYPE(QoroNodeWidget, qoro_node_widget, GTK_TYPE_WIDGET)
+
+namespace
+{
+
+QoroNodeWidget* self_of(void* widget)
+{
+    return static_cast<QoroNodeWidget*>(widget);
+}
+
+void fetch_frame(NodeState& state, const ViewNode& view)
+{
+    const PictureSource* source = picture_source_of(view.player);
+    VideoFrame frame = source && state.resolution > 0 ? source->latest_frame() : VideoFrame();
+    if (frame.pixels == state.frame.pixels)
+        return;
+    state.frame = std::move(frame);
+    state.before = std::exchange(state.look.picture, picture_of(state.frame));
+    state.look.resolution = state.resolution;
+}
+
+void fetch_image(NodeState& state, const ViewNode& view)
+{
+    if (view.image.decoded() == state.image)
+        return;
+    state.image = view.image.decoded();
+    const auto* decoded = dynamic_cast<const GdkDecodedImage*>(state.image.get());
+    state.look.picture = decoded ? picture_of(*decoded) : nullptr;
+}
+
+void snapshot_node(GtkWidget* widget, GtkSnapshot* snapshot)
+{
+    NodeState& state = *self_of(widget)->state;
+    const std::shared_ptr<ViewNode> view = state.view.lock();
+    if (!view)
+        return;
+    if (view->kind == ViewNode::Kind::Video)
+        fetch_frame(state, *view);
+    else
+        fetch_image(state, *view);
+    paint(snapshot, gtk_widget_get_pango_context(widget), *view,
+          {static_cast<double>(gtk_widget_get_width(widget)), static_cast<double>(gtk_widget_get_height(widget))},
+          state.look);
+    if (GtkWidget* page = gtk_widget_get_first_child(widget))
+        gtk_widget_snapshot_child(widget, page, snapshot);
+}
+
+void measure_node(GtkWidget* widget, GtkOrientation orientation, int for_size, int* minimum, int* natural,
+                  int* minimum_baseline, int* natural_baseline)
+{
+    // The model sets the size, whatever the page would like.
+    if (GtkWidget* page = gtk_widget_get_first_child(widget))
+        gtk_widget_measure(page, orientation, for_size, minimum, natural, minimum_baseline, natural_baseline);
+    *minimum = *natural = 0;
+    *minimum_baseline = *natural_baseline = -1;
+}
+
+void allocate_node(GtkWidget* widget, int width, int height, int baseline)
+{
+    if (GtkWidget* page = gtk_widget_get_first_child(widget))
+        gtk_widget_allocate(page, width, height, baseline, nullptr);
+}
+
+void dispose_node(GObject* object)
+{
+    if (GtkWidget* page = gtk_widget_get_first_child(GTK_WIDGET(object)))
+        gtk_widget_unparent(page);
+    node_widget_release(GTK_WIDGET(object));
+    G_OBJECT_CLASS(qoro_node_widget_parent_class)->dispose(object);
+}
+
+void finalize_node(GObject* object)
+{
+    delete self_of(object)->state;
+    G_OBJECT_CLASS(qoro_node_widget_parent_class)->finalize(object);
+}
+
+GtkAccessibleRole role_of(ViewNode::Kind kind)
+{
+    switch (kind) {
+    case ViewNode::Kind::Button:
+        return GTK_ACCESSIBLE_ROLE_BUTTON;
+    case ViewNode::Kind::Label:
+    case ViewNode::Kind::CountDown:
+        return GTK_ACCESSIBLE_ROLE_LABEL;
+    case ViewNode::Kind::ImageView:
+    case ViewNode::Kind::Video:
+        return GTK_ACCESSIBLE_ROLE_IMG;
+    case ViewNode::Kind::Spinner:
+        return GTK_ACCESSIBLE_ROLE_PROGRESS_BAR;
+    default:
+        return GTK_ACCESSIBLE_ROLE_GENERIC;
+    }
+}
+
+/// Text where the layout puts it, to the fraction of a point.
+void use_exact_text(GtkWidget* widget)
+{
+    cairo_font_options_t* exact = cairo_font_options_create();
+    cairo_font_options_set_hint_metrics(exact, CAIRO_HINT_METRICS_OFF);
+    cairo_font_options_set_hint_style(exact, CAIRO_HINT_STYLE_NONE);
+    cairo_font_options_set_antialias(exact, CAIRO_ANTIALIAS_GRAY);
+    gtk_widget_set_font_options(widget, exact);
+    cairo_font_options_destroy(exact);
+    pango_context_set_round_glyph_positions(gtk_widget_get_pango_context(widget), FALSE);
+}
+
+void hear_frames_of(GtkWidget* widget, PlayerEngine* player)
+{
+    NodeState& state = *self_of(widget)->state;
+    if (state.player == player)
+        return;
+    // The earlier player may be gone: only the view knows of one that lives, and it names this one.
+    state.player = player;
+    if (PictureSource* source = picture_source_of(player))
+        source->on_frame = [widget, alive = std::weak_ptr(state.alive)] {
+            if (!alive.expired())
+                gtk_widget_queue_draw(widget);
+        };
+}
+
+void show_page(GtkWidget* widget, const ViewNode& view)
+{
+    WidgetSource* source = page_of(view);
+    if (!source)
+        return;
+    source->set_transparent(!view.opaque);
+    GtkWidget* page = source->widget();
+    if (gtk_widget_get_parent(page) == widget)
+        return;
+    if (gtk_widget_get_parent(page))
+        gtk_widget_unparent(page);
+    gtk_widget_set_parent(page, widget);
+}
+
+gboolean turn_spinner(void* widget)
+{
+    NodeState& state = *self_of(widget)->state;
+    state.look.spinner_step = (state.look.spinner_step + 1) % spinner_steps;
+    gtk_widget_queue_draw(GTK_WIDGET(widget));
+    return G_SOURCE_CONTINUE;
+}
+
+void stop_spinner(NodeState& state)
+{
+    if (state.spinning)
+        g_source_remove(state.spinning);
+    state.spinning = 0;
+}
+
+} // namespace
+
+static void qoro_node_widget_init(QoroNodeWidget* self)
+{
+    self->state = new NodeState;
+    use_exact_text(GTK_WIDGET(self));
+}
+
+static void qoro_node_widget_class_init(QoroNodeWidgetClass* type)
+{
+    G_OBJECT_CLASS(type)->dispose = dispose_node;
+    G_OBJECT_CLASS(type)->finalize = finalize_node;
+    GTK_WIDGET_CLASS(type)->snapshot = snapshot_node;
+    GTK_WIDGET_CLASS(type)->measure = measure_node;
+    GTK_WIDGET_CLASS(type)->size_allocate = allocate_node;
+}
+
+GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view)
+{
+    auto* widget = GTK_WIDGET(
+        g_object_new(qoro_node_widget_get_type(), "accessible-role", role_of(view->kind), nullptr));
+    self_of(widget)->state->view = view;
+    // A page takes input, where the surface lets it; everything else is the surface's.
+    gtk_widget_set_can_target(widget, view->kind == ViewNode::Kind::WebView);
+    return widget;
+}
+
+void node_widget_update(GtkWidget* widget)
+{
+    NodeState& state = *self_of(widget)->state;
+    const std::shared_ptr<ViewNode> view = state.view.lock();
+    // A player goes without its view being told.
+    if (!view || (view->revision == state.revision && view->player == state.player))
+        return;
+    state.revision = view->revision;
+    hear_frames_of(widget, view->player);
+    show_page(widget, *view);
+    if (view->text)
+        gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
+                                       view->text.text().c_str(), -1);
+    gtk_widget_queue_draw(widget);
+}
+
+void node_widget_set_pressed(GtkWidget* widget, bool pressed)
+{
+    bool& before = self_of(widget)->state->look.pressed;
+    if (before == pressed)
+        return;
+    before = pressed;
+    gtk_widget_queue_draw(widget);
+}
+
+void node_widget_set_resolution(GtkWidget* widget, CGSize size, double pixels_per_point)
+{
+    NodeState& state = *self_of(widget)->state;
+    state.resolution = pixels_per_point;
+    const std::shared_ptr<ViewNode> view = state.view.lock();
+    if (!view)
+        return;
+    if (PictureSource* source = picture_source_of(view->player))
+        source->set_picture_size(static_cast<int>(std::lround(size.width * pixels_per_point)),
+                                 static_cast<int>(std::lround(size.height * pixels_per_point)));
+    if (view->kind != ViewNode::Kind::Spinner)
+        return;
+    if (pixels_per_point <= 0)
+        stop_spinner(state);
+    else if (!state.spinning)
+        state.spinning = g_timeout_add(1000 / spinner_steps, turn_spinner, widget);
+}
+
+void node_widget_release(GtkWidget* widget)
+{
+    NodeState& state = *self_of(widget)->state;
+    stop_spinner(state);
+    const std::shared_ptr<ViewNode> view = state.view.lock();
+    if (view && state.player && view->player == state.player)
+        if (PictureSource* source = picture_source_of(state.player)) {
+            source->on_frame = nullptr;
+            source->set_picture_size(0, 0);
+        }
+    state.player = nullptr;
+    state.view.reset();
+}
+
+} // namespace qoro

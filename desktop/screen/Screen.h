@@ -1,0 +1,121 @@
+#pragma once
+
+#include "desktop/screen/HeldScreen.h"
+#include "desktop/screen/Surface.h"
+#include "desktop/screen/UploadMemory.h"
+#include "platform/Platform.h"
+#include "views/ViewNode.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+typedef struct _GtkWindow GtkWindow;
+
+namespace qoro
+{
+
+/// Starts GTK. Unless the user chose another, the renderer is Cairo's, which draws everything right without a graphics
+/// card.
+/// @return false when there is no display
+bool start_toolkit();
+
+/// One desktop window that is the device's screen, shown as the device is held. Every view has one widget, all side by
+/// side in one container, each with its whole placement: turns that cancel each other leave nothing to turn, and a view
+/// that moves in the tree does not move among widgets. The view tree alone decides who is touched.
+class Screen : public Display, private SurfaceOwner
+{
+public:
+    /// GTK must have been started. The platform outlives the screen, whose facts and orientation it asks for when it
+    /// draws.
+    explicit Screen(Platform& platform);
+    ~Screen() override;
+    Screen(const Screen&) = delete;
+    Screen& operator=(const Screen&) = delete;
+
+    void set_title(const std::string& title);
+    /// A small line under the screen; empty for none.
+    void set_help(const std::string& line);
+    /// Opens the window.
+    void show();
+
+    /// Called for every change of the view tree; to be called too when the device was turned.
+    void needs_display() override;
+
+    /// A picture of the whole screen as it is shown, one pixel a point, as a PNG file. The window must be open.
+    /// @return false when the file cannot be written
+    bool snapshot_png(const std::string& path);
+
+    /// A key was pressed, before anything in the window hears of it. Answers whether it was taken.
+    /// @param keyval GDK's key value
+    /// @param state GDK's modifiers
+    std::function<bool(unsigned keyval, unsigned state)> on_key;
+    /// The viewer closes the window; it stays open until the screen goes. Without a function it closes.
+    std::function<void()> on_close;
+    /// The window was iconified (true) or came back (false).
+    std::function<void(bool iconified)> on_iconified;
+
+    GtkWindow* window() const { return window_; }
+
+private:
+    struct Signals;
+
+    /// A view on the screen.
+    struct Layer {
+        std::weak_ptr<ViewNode> view;
+        GtkWidget* widget = nullptr;
+        bool shown = false;
+        WidgetPlace place;
+        double opacity = 1;
+        /// What its window lets be seen, in window points, where that is not everything.
+        bool clipped = false;
+        CGRect clip;
+    };
+
+    int natural_width() const override;
+    int natural_height() const override;
+    void allocate(int width, int height) override;
+    void draw(GtkSnapshot* snapshot) override;
+    bool keeps(double x, double y) const override;
+
+    void update();
+    void add_layers(const std::shared_ptr<ViewNode>& view, double opacity, const ViewNode& in_window);
+    void retire_layers();
+    void order_widgets();
+    void place_layers();
+    void place_layer(Layer& layer);
+    void draw_layers(GtkSnapshot* snapshot);
+    double monitor_scale() const;
+    CGPoint screen_point(double x, double y) const;
+    std::shared_ptr<ViewNode> touched_at(double x, double y) const;
+
+    bool press(double x, double y);
+    void drag(double x, double y);
+    void release(double x, double y);
+    void set_pressed(bool pressed);
+
+    Platform& platform_;
+    GtkWindow* window_ = nullptr;
+    GtkWidget* surface_ = nullptr;
+    GtkWidget* help_ = nullptr;
+    std::unique_ptr<UploadMemory> upload_memory_; // while the window is open
+    HeldScreen held_{{375, 812}, 0};
+
+    /// A walk over the tree is due with the next frame.
+    unsigned tick_ = 0;
+    std::unordered_map<std::uint64_t, Layer> layers_; // by the view's serial
+    std::vector<Layer*> from_below_;                  // those that are shown
+
+    // The device's place in the surface: its top left corner, and window points to a point of the screen.
+    CGPoint origin_;
+    double scale_ = 1;
+
+    std::weak_ptr<ViewNode> touched_;
+    CGPoint touch_began_; // in the surface
+    bool iconified_ = false;
+};
+
+} // namespace qoro

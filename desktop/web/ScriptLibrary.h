@@ -1,0 +1,11 @@
+#pragma once
+
+#include <string_view>
+
+namespace qoro
+{
+
+/// The kit's script library (kit/script/qoro-player.js), compiled in: JavaScript source in UTF-8.
+std::string_view script_library();
+
+} // namespace qoro

@@ -1,0 +1,125 @@
+#include "desktop/web/ValueJson.h"
+
+#include <nlohmann/json.hpp>
+
+#include <limits>
+
+namespace qoro
+{
+
+namespace
+{
+
+using Json = nlohmann::ordered_json;
+
+constexpr int deepest = 32;
+
+Json to_json(const Value& value);
+
+Json to_json(const NSArray& list)
+{
+    if (!list)
+        return nullptr;
+    Json json = Json::array();
+    for (const Value& value : list)
+        json.push_back(to_json(value));
+    return json;
+}
+
+Json to_json(const NSDictionary& mapping)
+{
+    if (!mapping)
+        return nullptr;
+    Json json = Json::object();
+    for (const NSDictionary::Entry& entry : mapping)
+        json[entry.key] = to_json(entry.value);
+    return json;
+}
+
+Json to_json(const Value& value)
+{
+    if (value.is_bool())
+        return value.boolValue();
+    if (value.is_integer()) // read as text: the value's own whole-number reading is held within 32 bits
+        return Json::parse(value.stringValue().text());
+    if (value.is_double())
+        return value.doubleValue();
+    if (value.is_string())
+        return value.string().text();
+    if (value.is_array())
+        return to_json(value.array());
+    if (value.is_dictionary())
+        return to_json(value.dictionary());
+    return nullptr;
+}
+
+std::string text_of(const Json& json)
+{
+    return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+Value to_value(const Json& json)
+{
+    switch (json.type()) {
+    case Json::value_t::boolean:
+        return json.get<bool>();
+    case Json::value_t::number_unsigned:
+        if (json.get<std::uint64_t>() > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+            return json.get<double>();
+        return json.get<std::int64_t>();
+    case Json::value_t::number_integer:
+        return json.get<std::int64_t>();
+    case Json::value_t::number_float:
+        return json.get<double>();
+    case Json::value_t::string:
+        return json.get<std::string>();
+    case Json::value_t::array: {
+        std::vector<Value> values;
+        values.reserve(json.size());
+        for (const Json& child : json)
+            values.push_back(to_value(child));
+        return NSArray(std::move(values));
+    }
+    case Json::value_t::object: {
+        NSDictionary mapping = NSDictionary::dictionary();
+        for (const auto& [key, child] : json.items())
+            mapping.setObject(to_value(child), key);
+        return mapping;
+    }
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+std::string json_of(const Value& value)
+{
+    return text_of(to_json(value));
+}
+
+std::string json_of(const NSArray& list)
+{
+    return text_of(to_json(list));
+}
+
+std::string json_of(const NSDictionary& mapping)
+{
+    return text_of(to_json(mapping));
+}
+
+std::optional<Value> value_of_json(std::string_view text)
+{
+    // Depth is bounded while parsing, before anything recursive meets it.
+    bool too_deep = false;
+    const Json::parser_callback_t bound = [&](int level, Json::parse_event_t, Json&) {
+        too_deep = too_deep || level > deepest;
+        return !too_deep;
+    };
+    const Json json = Json::parse(text, bound, false);
+    if (json.is_discarded() || too_deep)
+        return std::nullopt;
+    return to_value(json);
+}
+
+} // namespace qoro

@@ -1,0 +1,487 @@
+#include "desktop/web/WebKitEngine.h"
+
+#include "desktop/web/ScriptLibrary.h"
+#include "desktop/web/ValueJson.h"
+
+#include <webkit/webkit.h>
+
+#include <cstring>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// The name under which the script library finds the bridge.
+constexpr const char* bridge_name = "qoroPlayer";
+constexpr std::size_t longest_message = 64 * 1024;
+constexpr int LinkFollowed = 0;
+constexpr int OtherNavigation = 5;
+
+// ------------------------------------------------------------------------------------------------ what pages may do
+
+WebKitSettings* make_settings()
+{
+    return webkit_settings_new_with_settings(
+        "enable-developer-extras", FALSE, "enable-fullscreen", FALSE, "enable-page-cache", FALSE,
+        "enable-back-forward-navigation-gestures", FALSE, "enable-html5-database", FALSE, "enable-webrtc", FALSE,
+        "enable-media-stream", FALSE, "enable-encrypted-media", FALSE, "allow-file-access-from-file-urls", FALSE,
+        "allow-universal-access-from-file-urls", FALSE, "allow-modal-dialogs", FALSE,
+        "javascript-can-access-clipboard", FALSE, "javascript-can-open-windows-automatically", FALSE,
+        "media-playback-requires-user-gesture", FALSE, "media-playback-allows-inline", TRUE, nullptr);
+}
+
+bool is_web_address(const char* address)
+{
+    return address && (g_ascii_strncasecmp(address, "http://", 7) == 0 || g_ascii_strncasecmp(address, "https://", 8) == 0);
+}
+
+/// Addresses that a page makes up itself, with no one behind them: empty frames and frames with written content.
+bool is_blank_address(const char* address)
+{
+    return address && g_ascii_strncasecmp(address, "about:", 6) == 0;
+}
+
+/// Whether the engine shows what stands under an address at all. Anything else (a telephone number, a mail, a file) is
+/// at most a hint for the listener.
+bool is_loadable(const char* address)
+{
+    return is_web_address(address) || is_blank_address(address) || g_str_has_prefix(address, "data:") ||
+           g_str_has_prefix(address, "blob:");
+}
+
+void serve_library(WebKitURISchemeRequest* request, void*)
+{
+    std::string address = webkit_uri_scheme_request_get_uri(request);
+    if (!address.empty() && address.back() == '/')
+        address.pop_back();
+    if (address != script_library_address) {
+        GError* error = g_error_new(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "there is nothing at %s", address.c_str());
+        webkit_uri_scheme_request_finish_error(request, error);
+        g_error_free(error);
+        return;
+    }
+    const std::string_view source = script_library();
+    GInputStream* stream =
+        g_memory_input_stream_new_from_data(source.data(), static_cast<gssize>(source.size()), nullptr);
+    WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(stream, static_cast<gint64>(source.size()));
+    webkit_uri_scheme_response_set_content_type(response, "text/javascript; charset=utf-8");
+    // For pages that name the library with a crossorigin attribute.
+    SoupMessageHeaders* headers = soup_message_headers_new(SOUP_MESSAGE_HEADERS_RESPONSE);
+    soup_message_headers_append(headers, "Access-Control-Allow-Origin", "*");
+    webkit_uri_scheme_response_set_http_headers(response, headers);
+    webkit_uri_scheme_request_finish_with_response(request, response);
+    g_object_unref(response);
+    g_object_unref(stream);
+}
+
+void cancel_download(WebKitNetworkSession*, WebKitDownload* download, void*)
+{
+    webkit_download_cancel(download);
+}
+
+// ------------------------------------------------------------------------------------------------------- messages
+
+/// The message of a page; null when it is none.
+std::optional<ScriptMessage> parse_message(JSCValue* value)
+{
+    char* json = jsc_value_to_json(value, 0);
+    if (!json)
+        return std::nullopt;
+    std::optional<Value> content;
+    if (std::strlen(json) <= longest_message)
+        content = value_of_json(json);
+    g_free(json);
+    if (!content || !content->is_dictionary())
+        return std::nullopt;
+    const NSDictionary message = content->dictionary();
+    const NSString command = message["command"].string();
+    const NSArray arguments = message["args"].array();
+    if (!command || !arguments)
+        return std::nullopt;
+    return ScriptMessage{command.text(), arguments};
+}
+
+const char* words_for(WebKitWebProcessTerminationReason reason)
+{
+    switch (reason) {
+    case WEBKIT_WEB_PROCESS_CRASHED:
+        return "the page's process crashed";
+    case WEBKIT_WEB_PROCESS_EXCEEDED_MEMORY_LIMIT:
+        return "the page's process used too much memory";
+    default:
+        return "the page's process was ended";
+    }
+}
+
+} // namespace
+
+// -------------------------------------------------------------------------------------------------------- sandbox
+
+bool sandbox_works()
+{
+    const char* proxy[] = {"xdg-dbus-proxy", "--version", nullptr};
+    // The locks that WebKit uses. A container that withholds one of them fails here.
+    const char* shut_away[] = {"bwrap",      "--die-with-parent", "--unshare-pid", "--unshare-ipc", "--unshare-uts",
+                               "--unshare-net", "--ro-bind",      "/",             "/",             "--proc",
+                               "/proc",      "--dev",             "/dev",          "true",          nullptr};
+    for (const char** command : {proxy, shut_away}) {
+        int status = 0;
+        const gboolean ran =
+            g_spawn_sync(nullptr, const_cast<char**>(command), nullptr,
+                         static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
+                                                  G_SPAWN_STDERR_TO_DEV_NULL),
+                         nullptr, nullptr, nullptr, nullptr, &status, nullptr);
+        if (!ran || !g_spawn_check_wait_status(status, nullptr))
+            return false;
+    }
+    return true;
+}
+
+void give_up_sandbox()
+{
+    g_setenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS", "1", TRUE);
+}
+
+// --------------------------------------------------------------------------------------------------------- engine
+
+struct WebKitEngine::Signals {
+    /// Held while WebKit calls into the engine, which may go meanwhile.
+    class Entry
+    {
+    public:
+        explicit Entry(WebKitEngine* engine) : engine_(engine->self_) { ++engine->inside_; }
+        ~Entry()
+        {
+            if (WebKitEngine* engine = *engine_)
+                --engine->inside_;
+        }
+        Entry(const Entry&) = delete;
+        Entry& operator=(const Entry&) = delete;
+
+    private:
+        const std::shared_ptr<WebKitEngine*> engine_;
+    };
+
+    static void load_changed(WebKitWebView*, WebKitLoadEvent event, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->load_changed(event);
+    }
+
+    /// A failed load leaves the page that was there, instead of a page of WebKit's own.
+    static gboolean load_failed(WebKitWebView*, WebKitLoadEvent, const char*, GError*, WebKitEngine*) { return TRUE; }
+
+    static gboolean decide_policy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
+                                  WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        if (engine->decide_policy(decision, type))
+            webkit_policy_decision_use(decision);
+        else
+            webkit_policy_decision_ignore(decision);
+        return TRUE;
+    }
+
+    static gboolean message(WebKitUserContentManager*, JSCValue* value, WebKitScriptMessageReply* reply,
+                            WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->answer_message(value, reply);
+        return TRUE;
+    }
+
+    static void process_ended(WebKitWebView*, WebKitWebProcessTerminationReason reason, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->process_ended(reason);
+    }
+
+    static GtkWidget* create_window(WebKitWebView*, WebKitNavigationAction*, WebKitEngine*) { return nullptr; }
+
+    static gboolean deny_permission(WebKitWebView*, WebKitPermissionRequest* request, WebKitEngine*)
+    {
+        webkit_permission_request_deny(request);
+        return TRUE;
+    }
+
+    /// Menus, dialogs and sheets of a browser: an ad has none.
+    static gboolean suppress() { return TRUE; }
+
+    static gboolean refuse_login(WebKitWebView*, WebKitAuthenticationRequest* request, WebKitEngine*)
+    {
+        webkit_authentication_request_cancel(request);
+        return TRUE;
+    }
+
+    static gboolean refuse_files(WebKitWebView*, WebKitFileChooserRequest* request, WebKitEngine*)
+    {
+        webkit_file_chooser_request_cancel(request);
+        return TRUE;
+    }
+};
+
+WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, WebKitWebContext* context,
+                           WebKitNetworkSession* session)
+    : platform_(platform), listener_(listener), content_(webkit_user_content_manager_new()),
+      view_([&] {
+          WebKitSettings* settings = make_settings();
+          auto* view = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session",
+                                                    session, "user-content-manager", content_, "settings", settings,
+                                                    nullptr));
+          g_object_unref(settings);
+          g_object_ref_sink(view);
+          return view;
+      }()),
+      self_(std::make_shared<WebKitEngine*>(this))
+{
+    const std::string with_bridge = std::string("script-message-with-reply-received::") + bridge_name;
+    g_signal_connect(content_, with_bridge.c_str(), G_CALLBACK(Signals::message), this);
+    webkit_user_content_manager_register_script_message_handler_with_reply(content_, bridge_name, nullptr);
+
+    g_signal_connect(view_, "load-changed", G_CALLBACK(Signals::load_changed), this);
+    g_signal_connect(view_, "load-failed", G_CALLBACK(Signals::load_failed), this);
+    g_signal_connect(view_, "decide-policy", G_CALLBACK(Signals::decide_policy), this);
+    g_signal_connect(view_, "web-process-terminated", G_CALLBACK(Signals::process_ended), this);
+    g_signal_connect(view_, "create", G_CALLBACK(Signals::create_window), this);
+    g_signal_connect(view_, "permission-request", G_CALLBACK(Signals::deny_permission), this);
+    g_signal_connect(view_, "run-file-chooser", G_CALLBACK(Signals::refuse_files), this);
+    g_signal_connect(view_, "authenticate", G_CALLBACK(Signals::refuse_login), this);
+    for (const char* browser_manners : {"context-menu", "script-dialog", "print", "show-notification"})
+        g_signal_connect(view_, browser_manners, G_CALLBACK(Signals::suppress), this);
+}
+
+WebKitEngine::~WebKitEngine()
+{
+    *self_ = nullptr;
+    g_signal_handlers_disconnect_by_data(view_, this);
+    g_signal_handlers_disconnect_by_data(content_, this);
+    auto* widget = GTK_WIDGET(view_);
+    if (gtk_widget_get_parent(widget))
+        gtk_widget_unparent(widget);
+    if (inside_ == 0) {
+        g_object_unref(view_);
+        g_object_unref(content_);
+        return;
+    }
+    // WebKit is still at work in the view: it goes when WebKit has returned.
+    for (void* object : {static_cast<void*>(view_), static_cast<void*>(content_)})
+        g_idle_add_full(G_PRIORITY_HIGH, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, object, g_object_unref);
+}
+
+GtkWidget* WebKitEngine::widget() const
+{
+    return GTK_WIDGET(view_);
+}
+
+void WebKitEngine::set_transparent(bool transparent)
+{
+    const GdkRGBA color = transparent ? GdkRGBA{0, 0, 0, 0} : GdkRGBA{1, 1, 1, 1};
+    webkit_web_view_set_background_color(view_, &color);
+}
+
+void WebKitEngine::report(News news)
+{
+    const auto tell = [news](WebListener& listener) {
+        if (news == News::Started)
+            listener.did_start_load();
+        else
+            listener.did_finish_load();
+    };
+    if (!loading_page_) {
+        // WebKit's call is an event of its own, and messages of the page may follow in the same breath.
+        platform_.dispatch([&] { tell(listener_); });
+        return;
+    }
+    platform_.loop().post([self = self_, tell] {
+        if (WebKitEngine* engine = *self)
+            tell(engine->listener_);
+    });
+}
+
+// ---------------------------------------------------------------------------------------------------------- loads
+
+void WebKitEngine::load_html(const NSString& html, const NSURL& base)
+{
+    const std::string& address = base.absoluteString().text();
+    pending_.clear(); // the callbacks were the earlier page's
+    has_page_ = true;
+    own_load_pending_ = true;
+    loading_ = false;
+    loading_page_ = true;
+    const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit refuses no bytes
+    GBytes* bytes = g_bytes_new(page.data(), page.size());
+    webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8",
+                               !base.is_file() && is_web_address(address.c_str()) ? address.c_str() : nullptr);
+    g_bytes_unref(bytes);
+    loading_page_ = false;
+}
+
+void WebKitEngine::load_changed(int event)
+{
+    if (event == WEBKIT_LOAD_STARTED) {
+        own_load_pending_ = false;
+        loading_ = true;
+        report(News::Started);
+    }
+    if (event == WEBKIT_LOAD_FINISHED && loading_) {
+        loading_ = false;
+        if (scales_page_to_fit_)
+            fit_page();
+        report(News::Finished);
+    }
+}
+
+NSURL WebKitEngine::current_address() const
+{
+    return has_page_ ? NSURL::URLWithString(webkit_web_view_get_uri(view_)) : NSURL();
+}
+
+bool WebKitEngine::is_own_load(const char* address, bool link)
+{
+    // Another page's script may ask for something else at the very moment; the address tells.
+    return own_load_pending_ && !link && g_strcmp0(address, webkit_web_view_get_uri(view_)) == 0;
+}
+
+bool WebKitEngine::listener_allows(const char* address, int navigation_type)
+{
+    bool allowed = false;
+    platform_.dispatch([&] { allowed = listener_.should_start_load(NSURL::URLWithString(address), navigation_type); });
+    return allowed;
+}
+
+bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
+{
+    if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
+        // What cannot be shown would become a download.
+        return webkit_response_policy_decision_is_mime_type_supported(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+
+    WebKitNavigationAction* action =
+        webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+    const std::string address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+    const bool link = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
+
+    if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
+        // No windows. A link that the viewer followed into one is a link all the same, and shown in place if it may.
+        const std::shared_ptr<WebKitEngine*> self = self_;
+        if (link && webkit_navigation_action_is_user_gesture(action) && listener_allows(address.c_str(), LinkFollowed) &&
+            *self && is_web_address(address.c_str())) {
+            own_load_pending_ = true;
+            webkit_web_view_load_uri(view_, address.c_str());
+        }
+        return false;
+    }
+    if (is_own_load(address.c_str(), link))
+        return true;
+    if (is_blank_address(address.c_str()) && !link)
+        return true;
+    return listener_allows(address.c_str(), link ? LinkFollowed : OtherNavigation) && is_loadable(address.c_str());
+}
+
+void WebKitEngine::process_ended(int reason)
+{
+    has_page_ = false;
+    loading_ = false;
+    own_load_pending_ = false;
+    pending_.clear();
+    platform_.dispatch([&] { listener_.died(words_for(static_cast<WebKitWebProcessTerminationReason>(reason))); });
+}
+
+void WebKitEngine::set_scales_page_to_fit(bool scales)
+{
+    scales_page_to_fit_ = scales;
+    if (!scales)
+        webkit_web_view_set_zoom_level(view_, 1);
+}
+
+void WebKitEngine::fit_page()
+{
+    using Self = std::shared_ptr<WebKitEngine*>;
+    const GAsyncReadyCallback shrink = [](GObject* view, GAsyncResult* result, void* data) {
+        const std::unique_ptr<Self> self(static_cast<Self*>(data));
+        JSCValue* wide = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
+        if (!wide)
+            return;
+        const double ratio = jsc_value_to_double(wide);
+        g_object_unref(wide);
+        if (**self && ratio > 0 && ratio < 1)
+            webkit_web_view_set_zoom_level(WEBKIT_WEB_VIEW(view), ratio);
+    };
+    webkit_web_view_set_zoom_level(view_, 1);
+    webkit_web_view_evaluate_javascript(view_, "innerWidth / document.documentElement.scrollWidth", -1, nullptr, nullptr,
+                                        nullptr, shrink, new Self(self_));
+}
+
+// --------------------------------------------------------------------------------------------------------- bridge
+
+void WebKitEngine::answer_message(JSCValue* value, WebKitScriptMessageReply* reply)
+{
+    const std::optional<ScriptMessage> message = parse_message(value);
+    if (!message) {
+        webkit_script_message_reply_return_error_message(reply, "not a message of the script library");
+        return;
+    }
+    ScriptAnswer answer{"the command could not be carried out", nullptr}; // what stays when the platform rejects it
+    platform_.dispatch([&] { answer = listener_.message(*message); });
+    if (answer.error) {
+        webkit_script_message_reply_return_error_message(reply, answer.error.text().c_str());
+        return;
+    }
+    JSCValue* result = jsc_value_new_from_json(jsc_value_get_context(value), json_of(answer.value).c_str());
+    webkit_script_message_reply_return_value(reply, result);
+    g_object_unref(result);
+}
+
+void WebKitEngine::call_listeners(const std::string&, const NSArray& callbacks, const NSDictionary& data)
+{
+    if (!has_page_ || callbacks.count() == 0)
+        return;
+    // What one event of the loop causes leaves in one call.
+    if (pending_.empty())
+        platform_.loop().post([self = self_] {
+            if (WebKitEngine* engine = *self)
+                engine->deliver_pending();
+        });
+    pending_.push_back("[" + json_of(callbacks) + "," + json_of(data) + "]");
+}
+
+void WebKitEngine::deliver_pending()
+{
+    if (pending_.empty())
+        return;
+    std::string script = "if (window.qoroPlayer && qoroPlayer.deliver) qoroPlayer.deliver([";
+    for (const std::string& call : pending_)
+        script += call + ",";
+    script += "]);";
+    pending_.clear();
+    webkit_web_view_evaluate_javascript(view_, script.data(), static_cast<gssize>(script.size()), nullptr, nullptr,
+                                        nullptr, nullptr, nullptr);
+}
+
+// -------------------------------------------------------------------------------------------------------- factory
+
+WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platform) {}
+
+WebKitEngineFactory::~WebKitEngineFactory()
+{
+    g_clear_object(&session_);
+    g_clear_object(&context_);
+}
+
+std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& listener)
+{
+    if (!context_) {
+        context_ = webkit_web_context_new();
+        webkit_web_context_register_uri_scheme(context_, "kit", serve_library, nullptr, nullptr);
+        WebKitSecurityManager* security = webkit_web_context_get_security_manager(context_);
+        webkit_security_manager_register_uri_scheme_as_secure(security, "kit");
+        webkit_security_manager_register_uri_scheme_as_cors_enabled(security, "kit");
+        session_ = webkit_network_session_new_ephemeral();
+        webkit_network_session_set_persistent_credential_storage_enabled(session_, FALSE);
+        g_signal_connect(session_, "download-started", G_CALLBACK(cancel_download), nullptr);
+    }
+    return std::make_unique<WebKitEngine>(platform_, listener, context_, session_);
+}
+
+} // namespace qoro

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "desktop/screen/WidgetSource.h"
+#include "platform/Platform.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+typedef struct _WebKitNetworkSession WebKitNetworkSession;
+typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
+typedef struct _WebKitScriptMessageReply WebKitScriptMessageReply;
+typedef struct _WebKitUserContentManager WebKitUserContentManager;
+typedef struct _WebKitWebContext WebKitWebContext;
+typedef struct _WebKitWebView WebKitWebView;
+typedef struct _JSCValue JSCValue;
+
+namespace qoro
+{
+
+/// The address under which every page finds the kit's script library.
+inline constexpr const char* script_library_address = "kit://script.js";
+
+/// Whether the web engine's processes can be locked away on this machine. Asked before the first engine is made, because
+/// WebKit ends the whole program where they cannot.
+bool sandbox_works();
+
+/// Goes on without the sandbox. To be called before the first engine is made; for trusted pages alone.
+void give_up_sandbox();
+
+/// One web view, drawn by WebKitGTK. Pages are other people's code: they keep nothing, read no local file, open no
+/// window, download nothing, are granted no permission, and reach the ad through the bridge alone.
+class WebKitEngine : public WebEngine, public WidgetSource
+{
+public:
+    /// The platform dispatches every event, and outlives the engine, as the listener does.
+    WebKitEngine(Platform& platform, WebListener& listener, WebKitWebContext* context, WebKitNetworkSession* session);
+    ~WebKitEngine() override;
+    WebKitEngine(const WebKitEngine&) = delete;
+    WebKitEngine& operator=(const WebKitEngine&) = delete;
+
+    /// A base that is neither http nor https gives the page no origin at all.
+    void load_html(const NSString& html, const NSURL& base) override;
+    void call_listeners(const std::string& event, const NSArray& callbacks, const NSDictionary& data) override;
+    NSURL current_address() const override;
+    /// A page wider than the view is shrunk to its width once it has loaded.
+    void set_scales_page_to_fit(bool scales) override;
+
+    GtkWidget* widget() const override;
+    void set_transparent(bool transparent) override;
+
+private:
+    struct Signals;
+    enum class News { Started, Finished };
+
+    void load_changed(int event);
+    bool decide_policy(WebKitPolicyDecision* decision, int type);
+    bool is_own_load(const char* address, bool link);
+    bool listener_allows(const char* address, int navigation_type);
+    void answer_message(JSCValue* message, WebKitScriptMessageReply* reply);
+    void process_ended(int reason);
+    void deliver_pending();
+    void fit_page();
+    /// Tells the listener, as an event of its own.
+    void report(News news);
+
+    Platform& platform_;
+    WebListener& listener_;
+    WebKitUserContentManager* const content_;
+    WebKitWebView* const view_;
+    /// Dies with the engine; what waits for the main loop or for the page's process watches it.
+    const std::shared_ptr<WebKitEngine*> self_;
+
+    bool has_page_ = false;
+    /// The next load is ours: nobody is asked.
+    bool own_load_pending_ = false;
+    /// A start was reported and its end is due.
+    bool loading_ = false;
+    /// load_html is running.
+    bool loading_page_ = false;
+    bool scales_page_to_fit_ = false;
+    /// How many of WebKit's calls are running into us.
+    int inside_ = 0;
+    /// Calls for the script, in JSON, that leave together.
+    std::vector<std::string> pending_;
+};
+
+/// Web engines that share one process family and one memory-only session.
+class WebKitEngineFactory : public WebEngineFactory
+{
+public:
+    explicit WebKitEngineFactory(Platform& platform);
+    ~WebKitEngineFactory() override;
+    WebKitEngineFactory(const WebKitEngineFactory&) = delete;
+    WebKitEngineFactory& operator=(const WebKitEngineFactory&) = delete;
+
+    /// GTK must have been started.
+    std::unique_ptr<WebEngine> make_web_engine(WebListener& listener) override;
+
+private:
+    Platform& platform_;
+    WebKitWebContext* context_ = nullptr;
+    WebKitNetworkSession* session_ = nullptr;
+};
+
+} // namespace qoro
