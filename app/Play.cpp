@@ -1,0 +1,294 @@
+#include "app/Play.h"
+
+#include "app/PlayInput.h"
+#include "app/ServedAd.h"
+#include "app/TraceFile.h"
+#include "desktop/DesktopPlatform.h"
+#include "platform/Numbers.h"
+#include "session/InputError.h"
+#include "session/Session.h"
+
+#include <gdk/gdkkeysyms.h>
+#include <glib-unix.h>
+
+#include <algorithm>
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+constexpr const char* Title = "Qoro Video Ad: ←→ turn, ↑↓ volume, H leave and return, Esc close";
+constexpr const char* Help = "←→ turn the device   ↑↓ volume   H leave the app and return   Esc close the ad";
+constexpr float VolumeStep = 0.05F;
+/// Seconds for trackers that are still on their way when the ad has closed.
+constexpr double LastRequestsPatience = 2;
+constexpr double LastRequestsInterval = 0.01;
+
+/// One playing of one ad.
+class Player final : public SessionControls, public Witness
+{
+public:
+    Player(const PlayOptions& options, PlayInput input, std::optional<TraceFile> trace_file);
+    ~Player() override;
+
+    void run();
+
+private:
+    // What the steps ask for.
+    void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
+    void change_device(const DeviceChange& change) override;
+    void leave_app() override { platform_.leave_app(); }
+
+    void tell(std::string_view what, std::initializer_list<Field> fields) override;
+
+    void connect_window();
+    void schedule();
+    void at(double seconds, std::function<void()> event);
+    bool key_pressed(unsigned keyval);
+    void leave_or_return(bool leaves);
+    void take_snapshot(double seconds);
+
+    bool is_closed() const;
+    void close_ad();
+    void end();
+
+    static gboolean signalled(gpointer self);
+
+    const PlayOptions& options_;
+    const PlayInput input_;
+    const std::optional<TraceFile> trace_file_;
+    DesktopPlatform platform_;
+    std::optional<Trace> trace_;
+    std::optional<ServedAd> served_;
+    std::unique_ptr<Session> session_;
+    std::vector<guint> signals_;
+    bool is_away_ = false;
+    bool ends_ = false;
+};
+
+Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceFile> trace_file)
+    : options_(options), input_(std::move(input)), trace_file_(std::move(trace_file)), platform_(input_.platform)
+{
+    if (trace_file_)
+        trace_.emplace(platform_.loop(), trace_file_->format(), trace_file_->sink());
+    platform_.set_witness(this);
+    served_.emplace(input_.ad, input_.folder, [this](const AdServerHit& hit) {
+        if (hit.tracker)
+            platform_.loop().post([this, hit] {
+                platform_.tell("hit", {{"method", hit.method}, {"url", hit.target}});
+            });
+    });
+    for (const int number : {SIGINT, SIGTERM, SIGHUP})
+        signals_.push_back(g_unix_signal_add(number, signalled, this));
+}
+
+Player::~Player()
+{
+    for (const guint source : signals_)
+        g_source_remove(source);
+    platform_.set_witness(nullptr);
+    session_.reset();
+    served_.reset();
+    platform_.loop().clear();
+}
+
+void Player::run()
+{
+    connect_window();
+    platform_.display().show();
+    platform_.loop().restart_clock();
+    session_ = std::make_unique<Session>(platform_, *this, input_.host, served_->ad());
+    // The controller forces the device upright as it is made.
+    if (input_.orientation != platform_.device().orientation())
+        platform_.device().turn(input_.orientation);
+    platform_.device().follow_sensor();
+    schedule();
+    platform_.loop().run();
+}
+
+void Player::connect_window()
+{
+    Screen& screen = platform_.display();
+    screen.set_title(Title);
+    screen.set_help(Help);
+    screen.on_key = [this](unsigned keyval, unsigned) { return key_pressed(keyval); };
+    screen.on_close = [this] { close_ad(); };
+    screen.on_iconified = [this](bool iconified) { leave_or_return(iconified); };
+}
+
+// ------------------------------------------------------------------------------------------------------- what comes
+
+void Player::at(double seconds, std::function<void()> event)
+{
+    platform_.loop().start_timer(seconds - platform_.loop().now(), false, std::move(event));
+}
+
+void Player::schedule()
+{
+    const bool steps_open =
+        std::ranges::any_of(input_.steps, [](const Step& step) { return std::holds_alternative<OpenStep>(step.what); });
+    if (!steps_open)
+        platform_.loop().post([this] { session_->open(0); });
+    for (std::size_t n = 0; n < input_.steps.size(); ++n)
+        at(input_.steps[n].at, [this, n] { session_->perform(input_.steps[n], n); });
+    for (const double seconds : options_.snapshots)
+        at(seconds, [this, seconds] { take_snapshot(seconds); });
+    if (options_.seconds)
+        at(*options_.seconds, [this] { close_ad(); });
+}
+
+void Player::change_device(const DeviceChange& change)
+{
+    platform_.device().change({.orientation = change.orientation,
+                               .status_bar_orientation = change.status_bar_orientation,
+                               .status_bar_hidden = change.status_bar_hidden});
+    if (change.output_volume)
+        platform_.volume().set_value(*change.output_volume);
+}
+
+bool Player::key_pressed(unsigned keyval)
+{
+    switch (keyval) {
+    case GDK_KEY_Left:
+        platform_.device().turn_counterclockwise();
+        return true;
+    case GDK_KEY_Right:
+        platform_.device().turn_clockwise();
+        return true;
+    case GDK_KEY_Up:
+        platform_.change_volume(VolumeStep);
+        return true;
+    case GDK_KEY_Down:
+        platform_.change_volume(-VolumeStep);
+        return true;
+    case GDK_KEY_h:
+    case GDK_KEY_H:
+        leave_or_return(!is_away_);
+        return true;
+    case GDK_KEY_Escape:
+        close_ad();
+        return true;
+    default:
+        return false;
+    }
+}
+
+void Player::leave_or_return(bool leaves)
+{
+    if (std::exchange(is_away_, leaves) == leaves)
+        return;
+    if (leaves)
+        platform_.leave_app();
+    else
+        platform_.return_to_app();
+}
+
+void Player::take_snapshot(double seconds)
+{
+    const auto path = std::filesystem::path(options_.out_folder) / ("snapshot-" + shortest_text(seconds) + ".png");
+    if (!platform_.display().snapshot_png(path.string()))
+        std::cerr << "qoro-ad: " << path.string() << ": the picture could not be written\n";
+}
+
+// ------------------------------------------------------------------------------------------------------------ the end
+
+void Player::tell(std::string_view what, std::initializer_list<Field> fields)
+{
+    if (trace_)
+        trace_->tell(what, fields);
+    // Every close begins with this event, and may stop at hiding the video.
+    const bool may_close =
+        what == "released" ||
+        (what == "js" && fields.size() > 0 && fields.begin()->content == Field::Content(std::string_view("onhide")));
+    if (may_close)
+        platform_.loop().post([this] {
+            if (is_closed())
+                end();
+        });
+}
+
+bool Player::is_closed() const
+{
+    const auto controller = session_->living();
+    return !controller || !controller->dicEventListener;
+}
+
+void Player::close_ad()
+{
+    if (ends_) {
+        platform_.loop().quit();
+        return;
+    }
+    platform_.dispatch([this] {
+        // The first call may hide a video that lies over the page; the next one closes.
+        for (int calls = 0; calls < 2 && !is_closed(); ++calls)
+            session_->living()->closeAction();
+    });
+    end();
+}
+
+void Player::end()
+{
+    if (std::exchange(ends_, true))
+        return;
+    platform_.loop().start_timer(LastRequestsPatience, false, [this] { platform_.loop().quit(); });
+    platform_.loop().start_timer(LastRequestsInterval, true, [this] {
+        if (platform_.fetcher().pending() == 0)
+            platform_.loop().quit();
+    });
+}
+
+gboolean Player::signalled(gpointer self)
+{
+    static_cast<Player*>(self)->close_ad();
+    return G_SOURCE_CONTINUE;
+}
+
+// ------------------------------------------------------------------------------------------------------- the command
+
+void make_folder(const std::string& folder)
+{
+    std::error_code failed;
+    std::filesystem::create_directories(folder, failed);
+    if (failed)
+        throw InputError(folder, "", failed.message());
+}
+
+int lacks(const char* what)
+{
+    std::cerr << "qoro-ad: " << what << '\n';
+    return 1;
+}
+} // namespace
+
+int play(const PlayOptions& options)
+{
+    PlayInput input = read_play_input(options);
+    if (!options.out_folder.empty())
+        make_folder(options.out_folder);
+    std::optional<TraceFile> trace_file;
+    if (!options.trace_file.empty())
+        trace_file.emplace(options.trace_file);
+
+    if (!start_toolkit())
+        return lacks("there is no display to open a window on");
+    if (options.no_web_sandbox) {
+        std::cerr << "qoro-ad: the page runs without a sandbox\n";
+        give_up_sandbox();
+    } else if (!sandbox_works()) {
+        return lacks("the page's sandbox does not work here; --no-web-sandbox goes on without one, "
+                     "for pages that you trust");
+    }
+    Player(options, std::move(input), std::move(trace_file)).run();
+    return 0;
+}
+
+} // namespace qoro

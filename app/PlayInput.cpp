@@ -1,0 +1,93 @@
+#include "app/PlayInput.h"
+
+#include "app/InputFile.h"
+#include "session/AdFile.h"
+
+#include <filesystem>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+/// A host that follows the device, upright and to both sides, and is told when the ad closes.
+Surroundings default_surroundings()
+{
+    Surroundings surroundings;
+    surroundings.host.autorotates = {UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeRight,
+                                     UIInterfaceOrientationLandscapeLeft};
+    surroundings.host.parent = true;
+    return surroundings;
+}
+
+void choose_device(const PlayOptions& options, Surroundings& surroundings)
+{
+    DeviceFacts& facts = surroundings.device.facts;
+    if (const auto model = device_model(options.device)) {
+        facts.screen = model->screen;
+        facts.phone = model->phone;
+        surroundings.host.root_view = model->screen;
+    }
+    if (options.phone || options.tablet)
+        facts.phone = options.phone;
+}
+
+/// Its screen is wide, whichever way the device is held; the status bar is on one of the two landscape sides.
+void lock_to_landscape(Surroundings& surroundings)
+{
+    const auto lie_down = [](std::optional<CGSize>& size) {
+        if (size && size->width < size->height)
+            std::swap(size->width, size->height);
+    };
+    lie_down(surroundings.device.facts.screen);
+    lie_down(surroundings.host.root_view);
+    if (!isLandscape(surroundings.device.status_bar_orientation))
+        surroundings.device.status_bar_orientation = UIInterfaceOrientationLandscapeRight;
+    surroundings.host.autorotates = {UIInterfaceOrientationLandscapeRight, UIInterfaceOrientationLandscapeLeft};
+}
+
+DesktopPlatform::Options platform_options(const PlayOptions& options, const Surroundings& surroundings)
+{
+    const DeviceSetup& device = surroundings.device;
+    DesktopPlatform::Options platform;
+    platform.device = {.facts = device.facts,
+                       .orientation = device.orientation,
+                       .status_bar_orientation = device.status_bar_orientation,
+                       .status_bar_hidden = device.status_bar_hidden,
+                       .autorotates = surroundings.host.autorotates};
+    platform.system_volume = options.system_volume;
+    platform.silent = options.mute_output;
+    if (options.host_file.empty())
+        return platform;
+    // A host file says these, if only by leaving them at what they are by default.
+    platform.device.can_open = device.can_open;
+    platform.volume = device.output_volume;
+    platform.volume_slider = device.volume_slider;
+    return platform;
+}
+} // namespace
+
+PlayInput read_play_input(const PlayOptions& options)
+{
+    PlayInput input;
+    input.ad = read_ad(read_input_file(options.ad_file), options.ad_file, AdTypes::Strict);
+    require_playable(*input.ad, options.ad_file);
+    input.folder = std::filesystem::absolute(options.ad_file).parent_path().string();
+
+    Surroundings surroundings = default_surroundings();
+    if (!options.host_file.empty())
+        surroundings = read_surroundings(read_input_file(options.host_file), options.host_file);
+    choose_device(options, surroundings);
+    if (options.locked_landscape)
+        lock_to_landscape(surroundings);
+    input.platform = platform_options(options, surroundings);
+    input.host = surroundings.host;
+    input.orientation = device_orientation(options.orientation).value_or(UIDeviceOrientationPortrait);
+
+    if (!options.steps_file.empty())
+        input.steps = read_steps(read_input_file(options.steps_file), options.steps_file, false);
+    return input;
+}
+
+} // namespace qoro

@@ -1,0 +1,149 @@
+#include "app/PlayOptions.h"
+
+#include "platform/UIKit.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <string_view>
+
+namespace qoro
+{
+
+namespace
+{
+struct NamedModel {
+    std::string_view name;
+    DeviceModel model;
+};
+constexpr auto Models = std::to_array<NamedModel>({
+    {"phone", {{375, 812}, true}},
+    {"phone-small", {{320, 568}, true}},
+    {"phone-classic", {{375, 667}, true}},
+    {"phone-large", {{414, 736}, true}},
+    {"phone-tall", {{414, 896}, true}},
+    {"tablet", {{768, 1024}, false}},
+    {"tablet-large", {{1024, 1366}, false}},
+});
+
+constexpr double ShortEdgeOfTablets = 600;
+/// No monitor shows more, and every frame costs its pixels.
+constexpr int LongestEdge = 4096;
+
+struct NamedOrientation {
+    std::string_view name;
+    std::string_view number;
+    UIDeviceOrientation orientation;
+};
+constexpr auto Orientations = std::to_array<NamedOrientation>({
+    {"portrait", "1", UIDeviceOrientationPortrait},
+    {"upside-down", "2", UIDeviceOrientationPortraitUpsideDown},
+    {"landscape-left", "3", UIDeviceOrientationLandscapeLeft},
+    {"landscape-right", "4", UIDeviceOrientationLandscapeRight},
+});
+
+std::optional<int> edge(std::string_view text)
+{
+    int number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || end != text.data() + text.size() || number < 1 || number > LongestEdge)
+        return std::nullopt;
+    return number;
+}
+
+std::string model_names()
+{
+    std::string names;
+    for (const NamedModel& row : Models)
+        names += std::string(row.name) + ", ";
+    return names;
+}
+
+std::string check_device(const std::string& name)
+{
+    return device_model(name) ? ""
+                              : "expected one of " + model_names() + "or a size like 375x812, got \"" + name + "\"";
+}
+
+std::string check_orientation(const std::string& name)
+{
+    if (device_orientation(name))
+        return "";
+    return "expected one of portrait, upside-down, landscape-left, landscape-right, got \"" + name + "\"";
+}
+
+std::string check_seconds(const std::string& text)
+{
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool good = error == std::errc() && end == text.data() + text.size() && number >= 0 && number <= 1e6;
+    return good ? "" : "expected seconds, got \"" + text + "\"";
+}
+} // namespace
+
+void add_play_options(CLI::App& command, PlayOptions& options)
+{
+    const CLI::Validator seconds(check_seconds, "");
+    command.add_option("ad", options.ad_file, "The ad: a JSON file with its properties under their own names")
+        ->type_name("AD.json")
+        ->required();
+    command
+        .add_option("--device", options.device, "The device: " + model_names() + "or the size of its screen in points")
+        ->type_name("MODEL|375x812")
+        ->check(CLI::Validator(check_device, ""));
+    command.add_option("--orientation", options.orientation, "How the device is held when the ad opens")
+        ->type_name("portrait|upside-down|landscape-left|landscape-right")
+        ->check(CLI::Validator(check_orientation, ""));
+    auto* phone = command.add_flag("--phone", options.phone, "The device is a phone, whatever its size");
+    command.add_flag("--tablet", options.tablet, "The device is a tablet, whatever its size")->excludes(phone);
+    command.add_flag("--locked-landscape", options.locked_landscape, "The host application is locked to landscape");
+    command.add_option("--host", options.host_file, "The device and the host around the ad: a JSON file")
+        ->type_name("FILE");
+    command.add_flag("--mute-output", options.mute_output, "Play without a sound; the ad's volume works all the same");
+    command.add_flag("--system-volume", options.system_volume,
+                     "The ad's volume is the machine's, not only this program's");
+    command.add_flag("--no-web-sandbox", options.no_web_sandbox,
+                     "Run the page outside a sandbox, for trusted pages where none can be had");
+    command.add_option("--for", options.seconds, "Close the ad after so many seconds")
+        ->type_name("SECONDS")
+        ->check(seconds);
+    command.add_option("--steps", options.steps_file, "What the viewer does, and when: a JSON file")->type_name("FILE");
+    command.add_option("--trace", options.trace_file, "Write down what happens; - for standard output")
+        ->type_name("FILE");
+    auto* snapshots =
+        command.add_option("--snapshot", options.snapshots, "Take pictures of the screen at these times: 2,6")
+            ->delimiter(',')
+            ->type_name("SECONDS,...")
+            ->check(seconds);
+    auto* out = command.add_option("--out", options.out_folder, "The folder for the pictures")->type_name("DIR");
+    snapshots->needs(out);
+}
+
+std::optional<DeviceModel> device_model(const std::string& name)
+{
+    const auto* named = std::ranges::find(Models, name, &NamedModel::name);
+    if (named != Models.end())
+        return named->model;
+    const std::size_t x = name.find('x');
+    if (x == std::string::npos)
+        return std::nullopt;
+    const auto width = edge(std::string_view(name).substr(0, x));
+    const auto height = edge(std::string_view(name).substr(x + 1));
+    if (!width || !height)
+        return std::nullopt;
+    return DeviceModel{{static_cast<double>(*width), static_cast<double>(*height)},
+                       std::min(*width, *height) < ShortEdgeOfTablets};
+}
+
+std::optional<int> device_orientation(const std::string& name)
+{
+    const auto* row = std::ranges::find_if(
+        Orientations, [&name](const NamedOrientation& one) { return one.name == name || one.number == name; });
+    if (row == Orientations.end())
+        return std::nullopt;
+    return static_cast<int>(row->orientation);
+}
+
+} // namespace qoro

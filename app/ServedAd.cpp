@@ -1,0 +1,41 @@
+#include "app/ServedAd.h"
+
+#include "desktop/web/ScriptLibrary.h"
+#include "session/AdAddresses.h"
+
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+namespace qoro
+{
+
+namespace
+{
+/// The paths of the trackers that the ad's own server is to answer.
+std::vector<std::string> tracker_paths(QoroVideoAd& ad)
+{
+    std::vector<std::string> paths;
+    rewrite_addresses(ad, [&paths](AdAddressUse use, const std::string&, const std::string& address) {
+        if (use == AdAddressUse::Tracker && is_relative_address(address))
+            paths.push_back(path_on_server(address_on_server(address, ""), ""));
+        return address;
+    });
+    return paths;
+}
+} // namespace
+
+ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, AdServer::OnHit on_hit)
+    : ad_(std::move(ad))
+{
+    server_ = std::make_unique<AdServer>(
+        AdServerContent{.folder = folder, .trackers = tracker_paths(*ad_), .script = std::string(script_library())},
+        std::move(on_hit));
+    if (!server_->listens())
+        throw std::runtime_error("the ad's folder cannot be served: " + server_->error());
+    rewrite_addresses(*ad_, [base = server_->base()](AdAddressUse, const std::string&, const std::string& address) {
+        return address_on_server(address, base);
+    });
+}
+
+} // namespace qoro

@@ -1,0 +1,30 @@
+#pragma once
+
+#include "Base/VideoPlayer/QoroVideoAd.h"
+#include "desktop/net/AdServer.h"
+
+#include <memory>
+#include <string>
+
+namespace qoro
+{
+
+/// An ad whose folder is served: its relative addresses lead to a server of its own.
+class ServedAd
+{
+public:
+    /// @param ad its relative addresses are replaced
+    /// @param folder what they are relative to
+    /// @param on_hit as AdServer's
+    /// @throws std::runtime_error when there can be no server
+    ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, AdServer::OnHit on_hit);
+
+    const std::shared_ptr<QoroVideoAd>& ad() const { return ad_; }
+    const AdServer& server() const { return *server_; }
+
+private:
+    const std::shared_ptr<QoroVideoAd> ad_;
+    std::unique_ptr<AdServer> server_;
+};
+
+} // namespace qoro
