@@ -1,0 +1,122 @@
+// What the controller itself costs, on the simulated platform: time and number of allocations for one pass of each layout,
+// one tick, one event to the script; and whole sessions a second, with and without their trace.
+
+#include "session/Session.h"
+#include "session/Trace.h"
+#include "simulator/SimulatedPlatform.h"
+#include "tests/support/Allocations.h"
+
+#include <benchmark/benchmark.h>
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+namespace
+{
+
+using namespace qoro;
+
+std::shared_ptr<QoroVideoAd> ordinary_ad()
+{
+    auto ad = std::make_shared<QoroVideoAd>();
+    ad->strVideoUrl = "http://ad/v.mp4";
+    ad->strVideoTrackingUrl = "http://t/beat?at={CurrentTime}&of={TotalTime}";
+    ad->fTrackingInterval = 1;
+    ad->fVideoWidth = 1280;
+    ad->fVideoHeight = 720;
+    ad->portraitModeType = VIDEO_AND_WEBVIEW;
+    ad->landscapeModeType = VIDEO_AND_WEBVIEW;
+    ad->portraitVideoPos = TOP;
+    ad->iCloseBtnCountdown = 5;
+    ad->bIsAutoStart = true;
+    return ad;
+}
+
+/// An ad that plays, one second in.
+struct Playing {
+    SimulatedPlatform platform;
+    PlatformScope scope{platform};
+    Session session{platform, platform, {}, ordinary_ad()};
+
+    Playing()
+    {
+        session.open(0);
+        platform.run_until(1.35);
+    }
+    QoroVideoWebViewController& controller() { return *session.controller(); }
+};
+
+template <typename Operation>
+void measure(benchmark::State& state, Operation&& operation)
+{
+    Playing ad;
+    operation(ad.controller()); // what is made once is made
+    const std::size_t before = test::allocations_so_far();
+    for (auto _ : state)
+        operation(ad.controller());
+    state.counters["allocations"] =
+        static_cast<double>(test::allocations_so_far() - before) / static_cast<double>(state.iterations());
+}
+
+void portrait_layout(benchmark::State& state)
+{
+    measure(state, [](QoroVideoWebViewController& ad) { ad.setPortraitModeScreen(); });
+}
+BENCHMARK(portrait_layout);
+
+void landscape_layout(benchmark::State& state)
+{
+    measure(state, [](QoroVideoWebViewController& ad) { ad.setLandscapeFullScreenVideo(); });
+}
+BENCHMARK(landscape_layout);
+
+void tick(benchmark::State& state)
+{
+    measure(state, [](QoroVideoWebViewController& ad) { ad.updateRemainderTime(); });
+}
+BENCHMARK(tick);
+
+void close_countdown_tick(benchmark::State& state)
+{
+    measure(state, [](QoroVideoWebViewController& ad) {
+        ad.iCountdownCount = 5;
+        ad.showCloseButton();
+    });
+}
+BENCHMARK(close_countdown_tick);
+
+void event_to_script(benchmark::State& state)
+{
+    measure(state, [](QoroVideoWebViewController& ad) { ad.sendOrientationEvent(); });
+}
+BENCHMARK(event_to_script);
+
+/// A session of 30 s with a heartbeat each second and ticks of a tenth.
+void session_of_30_s(benchmark::State& state, bool traced)
+{
+    std::size_t bytes = 0;
+    for (auto _ : state) {
+        SimulatedPlatform platform;
+        const PlatformScope scope(platform);
+        Trace trace(platform.loop(), TraceFormat::Json, [&](std::string_view line) { bytes += line.size(); });
+        if (traced)
+            platform.set_witness(&trace);
+        auto description = ordinary_ad();
+        description->arrayPrePauseLocations = NSArray(std::vector<Value>{});
+        Session session(platform, platform, {}, description);
+        session.open(0);
+        platform.run_until(31);
+        session.release();
+        platform.set_witness(nullptr);
+    }
+    state.counters["sessions/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+    benchmark::DoNotOptimize(bytes);
+}
+BENCHMARK_CAPTURE(session_of_30_s, without_trace, false)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(session_of_30_s, with_trace, true)->Unit(benchmark::kMicrosecond);
+
+} // namespace
+
+BENCHMARK_MAIN();
