@@ -1,0 +1,373 @@
+#include "tests/support/AdSession.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using Lines = std::vector<std::string>;
+
+World world_with_page(const NetAnswer& answer)
+{
+    World world = AdSession::manual_world();
+    world.net["http://ad/page.html"] = answer;
+    return world;
+}
+
+World world_with_page(const std::string& body)
+{
+    return world_with_page(NetAnswer{.ok = true, .error = {}, .body = body, .after = 0});
+}
+
+void open_with_page(AdSession& session)
+{
+    session.ad().strWebViewUrl = "http://ad/page.html";
+    session.open();
+}
+
+Value button()
+{
+    return NSDictionary{{"btn_text", "Buy"}};
+}
+
+TEST(OpenInAppVideoView, KeepsTheAdAndItsPosition)
+{
+    AdSession session;
+
+    session->openInAppVideoView(std::make_shared<QoroVideoAd>(), 12.5F);
+
+    EXPECT_TRUE(session->qoroVideoAdInfo);
+    EXPECT_EQ(session->fDefaultPosY, 12.5F);
+}
+
+TEST(OpenInAppVideoView, TakesTheAdsSeconds)
+{
+    AdSession session;
+    session.ad().iCloseBtnCountdown = 7;
+    session.ad().iBufferingSufferTime = 4;
+    session.ad().iShowProgressWheel = 2;
+
+    session.open();
+
+    EXPECT_EQ(session->iCountdownCount, 7.0F);
+    EXPECT_EQ(session->iBufferingSufferTime, 4);
+    EXPECT_EQ(session->iShowProgressWheel, 2);
+}
+
+TEST(OpenInAppVideoView, WithoutAVideoNoPlayerStarts)
+{
+    AdSession session;
+    session.ad().strVideoUrl = nullptr;
+
+    session.open();
+
+    EXPECT_FALSE(session->qoroMoviePlayer);
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+    EXPECT_EQ(session.count_of(R"(notification NotifyOpenVideoExResult {"Result":"1"})"), 0U);
+}
+
+TEST(OpenInAppVideoView, CountsTheButtonsUnclampedUntilTheyAreBuilt)
+{
+    AdSession session;
+    session.ad().strVideoUrl = nullptr;
+    session.ad().arrayButtonsInfo = {button(), button(), button()};
+
+    session.open();
+
+    EXPECT_EQ(session->buttonPosMode, 3);
+}
+
+TEST(OpenInAppVideoView, AnAbsentButtonListLeavesTheCount)
+{
+    AdSession session;
+    session.ad().strVideoUrl = nullptr;
+    session->buttonPosMode = ButtonPositionMode_OneButton;
+
+    session.open();
+
+    EXPECT_EQ(session->buttonPosMode, ButtonPositionMode_OneButton);
+}
+
+TEST(OpenInAppVideoView, ThreeButtonsAreTwoOnceTheyAreBuilt)
+{
+    AdSession session;
+    session.ad().arrayButtonsInfo = {button(), button(), button()};
+
+    session.open();
+
+    EXPECT_EQ(session->buttonPosMode, ButtonPositionMode_TwoButton);
+}
+
+TEST(VerifyWebUrl, AnyLowerCaseHttpInsideMakesAnAddress)
+{
+    AdSession session;
+
+    EXPECT_TRUE(session->verifyWebUrlWithString("http://ad/page.html"));
+    EXPECT_TRUE(session->verifyWebUrlWithString("ftp://ad/http"));
+}
+
+TEST(VerifyWebUrl, CapitalsAndNothingMakeNone)
+{
+    AdSession session;
+
+    EXPECT_FALSE(session->verifyWebUrlWithString("HTTP://ad/page.html"));
+    EXPECT_FALSE(session->verifyWebUrlWithString(""));
+    EXPECT_FALSE(session->verifyWebUrlWithString(nullptr));
+}
+
+TEST(LoadWebView, AsksForThePageWithoutTheKitsCloseButtonAndProgressBar)
+{
+    AdSession session;
+    session->bIsUseProgressbar = true;
+
+    session->loadWebView("http://ad/page.html");
+
+    EXPECT_THAT(session.lines("request"), ElementsAre("http://ad/page.html page"));
+    EXPECT_TRUE(session->bIsUseCustomClose);
+    EXPECT_FALSE(session->bIsUseProgressbar);
+}
+
+TEST(DidAdRequester, APageThatNamesTheLibraryGetsItOnce)
+{
+    AdSession session(world_with_page("<html><head><script src='mraid.js'></script></head></html>"));
+    open_with_page(session);
+
+    session.let_pass(0);
+
+    EXPECT_THAT(
+        session.lines("page"),
+        ElementsAre(R"(<html><head><script type="text/javascript" charset="utf-8" src="kit://script.js"></script>)"
+                    "<script src='mraid.js'></script></head></html> http://ad/page.html"));
+}
+
+TEST(DidAdRequester, OfTwoHeadsOnlyTheFirstGetsTheScript)
+{
+    AdSession session(world_with_page("<head>mraid.js<head>"));
+    open_with_page(session);
+
+    session.let_pass(0);
+
+    EXPECT_THAT(session.lines("page"),
+                ElementsAre(R"(<head><script type="text/javascript" charset="utf-8" src="kit://script.js"></script>)"
+                            "mraid.js<head> http://ad/page.html"));
+}
+
+TEST(DidAdRequester, APageWithoutTheLibrarysNameStaysAsItIs)
+{
+    AdSession session(world_with_page("<head></head>MRAID.js"));
+    open_with_page(session);
+
+    session.let_pass(0);
+
+    EXPECT_THAT(session.lines("page"), ElementsAre("<head></head>MRAID.js http://ad/page.html"));
+}
+
+TEST(DidAdRequester, AMissingLibraryPathIsWrittenAsNull)
+{
+    AdSession session(world_with_page("<head>mraid.js"));
+    session->strMRAID2Expanded = nullptr;
+    open_with_page(session);
+
+    session.let_pass(0);
+
+    EXPECT_THAT(session.lines("page"),
+                ElementsAre(R"html(<head><script type="text/javascript" charset="utf-8" src="(null)"></script>)html"
+                            "mraid.js http://ad/page.html"));
+}
+
+TEST(DidAdRequester, ALibraryNameWithoutAHeadIsAFaultAndThePageIsNotLoaded)
+{
+    AdSession session(world_with_page("<body>mraid.js</body>"));
+    open_with_page(session);
+
+    session.let_pass(0);
+
+    EXPECT_EQ(session.lines("fault").size(), 1U);
+    EXPECT_THAT(session.lines("page"), IsEmpty());
+    EXPECT_FALSE(session->strBaseUrl);
+}
+
+TEST(DidAdRequester, AfterTheFaultTheAdGoesOn)
+{
+    AdSession session(world_with_page("mraid.js"));
+    open_with_page(session);
+    session.let_pass(0);
+
+    session.plays();
+
+    EXPECT_TRUE(session->bIsPlay);
+}
+
+TEST(DidAdRequester, APageThatIsNoUtf8LoadsNothing)
+{
+    AdSession session(world_with_page("<head>mraid.js\xFF"));
+    open_with_page(session);
+
+    session.let_pass(0);
+
+    EXPECT_THAT(session.lines("page"), ElementsAre("null http://ad/page.html"));
+    EXPECT_THAT(session.lines("fault"), IsEmpty());
+}
+
+TEST(DidAdRequester, LogsTheImpressionPolicyAndSendsNoImpression)
+{
+    AdSession session(world_with_page("<head>"));
+    session->instSendImpPolicy = PageFinished;
+    open_with_page(session);
+
+    session.let_pass(0);
+
+    EXPECT_EQ(session.count_of("log 0 send imp policy 2"), 1U);
+    EXPECT_EQ(session.count_of("super sendImpression"), 0U);
+    EXPECT_EQ(session->strBaseUrl, "http://ad/page.html");
+}
+
+TEST(FailAdRequest, TellsBothDelegatesThroughTheSuperclass)
+{
+    HostApp host;
+    host.delegate = true;
+    host.interstitial_delegate = true;
+    AdSession session(world_with_page({.ok = false, .error = "not found", .body = {}, .after = 0}), host);
+    open_with_page(session);
+    session.forget();
+
+    session.let_pass(0);
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("super failAdRequest", "log 3 InApp failAdRequest", "adFailed qoroDelegate false not found",
+                            "adFailed interstitialDelegate true not found"));
+}
+
+TEST(FailAdRequest, WithoutDelegatesItOnlyLogs)
+{
+    AdSession session;
+    session.forget();
+
+    session->failAdRequest(NSError{"gone"});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("log 3 InApp failAdRequest"));
+}
+
+TEST(WebView, AFinishedLoadLaysTheAdOutAgain)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->webViewDidFinishLoad(session->webView());
+
+    EXPECT_THAT(session.events(), testing::Contains(R"(video_orientation {"orientation":"portrait"})"));
+}
+
+TEST(WebView, AFinishedLoadBehindAHiddenVideoChangesNothing)
+{
+    AdSession session;
+    session.open();
+    session->bHideVideoToShowWebViewInPortraitMode = true;
+    session.forget();
+
+    session->webViewDidFinishLoad(session->webView());
+
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST(WebView, AFinishedLoadBehindAVideoHiddenInLandscapeChangesNothing)
+{
+    AdSession session;
+    session.open();
+    session->bHideVideoToShowWebViewInLandscapeMode = true;
+    session.forget();
+
+    session->webViewDidFinishLoad(session->webView());
+
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST(OpenNewWebAction, OpensTheShownPagesAddress)
+{
+    AdSession session(world_with_page("<head>"));
+    open_with_page(session);
+    session.let_pass(1);
+
+    session->openNewWebAction();
+
+    EXPECT_THAT(session.lines("openURL"), ElementsAre("http://ad/page.html"));
+}
+
+TEST(OpenNewWebAction, WithoutAPageOpensNothing)
+{
+    AdSession session;
+    session.open();
+
+    session->openNewWebAction();
+
+    EXPECT_THAT(session.lines("openURL"), IsEmpty());
+}
+
+TEST(HandleWebViewInFront, RemovesTheControlsButThreeThings)
+{
+    AdSession session;
+    session.open();
+
+    session->handleWebViewInFront();
+
+    EXPECT_FALSE(session->btnActionOne);
+    EXPECT_FALSE(session->btnActionTwo);
+    EXPECT_FALSE(session->btnClose);
+    EXPECT_FALSE(session->btnPlayAndPause);
+    EXPECT_FALSE(session->btnMute);
+    EXPECT_FALSE(session->imgTopBackgroundColor);
+    EXPECT_FALSE(session->viewTopBackground);
+    EXPECT_FALSE(session->imgBottomBackgroundColor);
+    EXPECT_FALSE(session->viewButtonBackground);
+    EXPECT_FALSE(session->viewBottomBackground);
+    EXPECT_FALSE(session->btnReplay);
+    EXPECT_FALSE(session->btnClickListener);
+    EXPECT_FALSE(session->btnBrandIcon);
+    EXPECT_FALSE(session->labelBrandText);
+    EXPECT_TRUE(session->btnScreenScale);
+    EXPECT_TRUE(session->btnReturnToVideo);
+    EXPECT_TRUE(session->labelRemainderTime);
+}
+
+TEST(HandleWebViewInFront, FillsTheWindowWithTheVideoAndLaysThePageOverIt)
+{
+    AdSession session;
+    session.open();
+    session->windowTempWindow.addSubview(session->playerViewController.view());
+
+    session->handleWebViewInFront();
+
+    EXPECT_EQ(session->playerViewController.view().frame(), (CGRect{0, 0, 375, 812}));
+    EXPECT_EQ(session->windowTempWindow.subviews().back(), session->view());
+}
+
+TEST(HandleWebViewInFront, InALockedLandscapeHostTheVideoKeepsItsFrame)
+{
+    AdSession session;
+    session.open();
+    session->bIsLockOneSideAndIsLandscape = true;
+    session->playerViewController.view().setFrame({1, 2, 3, 4});
+
+    session->handleWebViewInFront();
+
+    EXPECT_EQ(session->playerViewController.view().frame(), (CGRect{1, 2, 3, 4}));
+}
+
+TEST(HandleWebViewInFront, WithoutAWindowTheVideoGetsAZeroFrame)
+{
+    AdSession session;
+    session.open();
+    session->windowTempWindow = nullptr;
+
+    session->handleWebViewInFront();
+
+    EXPECT_EQ(session->playerViewController.view().frame(), CGRect{});
+}
+
+} // namespace
+} // namespace qoro

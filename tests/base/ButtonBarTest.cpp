@@ -1,0 +1,418 @@
+#include "Base/VideoPlayer/VideoImage/VideoImage.h"
+#include "tests/support/AdSession.h"
+#include "tests/support/Views.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr const char* PngSignature = "\x89PNG\r\n\x1a\n";
+
+World measured_texts()
+{
+    World world = AdSession::manual_world();
+    world.text["Buy now!"] = {80.3, 17.9};
+    world.text["More"] = {49.5, 20.5};
+    world.text["Brand"] = {52.25, 23.5};
+    return world;
+}
+
+NSDictionary button(const char* title)
+{
+    return {{"btn_text", title}, {"data", NSDictionary{{"u", "http://l/"}}}};
+}
+
+// ------------------------------------------------------------------------------------------------- building the bars
+
+TEST(ButtonBar, FetchesTheBrandIconWhileItIsBuilt)
+{
+    World world = AdSession::manual_world();
+    world.net["http://ad/icon.png"].body = PngSignature;
+    AdSession session(world);
+    session.ad().strBrandIconUrl = "http://ad/icon.png";
+
+    session.open();
+
+    EXPECT_THAT(session.lines("fetch"), ElementsAre("http://ad/icon.png brandIcon"));
+    EXPECT_TRUE(session->btnBrandIcon.backgroundImage());
+    EXPECT_FALSE(session->btnBrandIcon.isHidden());
+}
+
+TEST(ButtonBar, ABrandIconThatCannotBeFetchedLeavesAnEmptyVisibleButton)
+{
+    World world = AdSession::manual_world();
+    world.net["http://ad/icon.png"].ok = false;
+    AdSession session(world);
+    session.ad().strBrandIconUrl = "http://ad/icon.png";
+
+    session.open();
+
+    EXPECT_FALSE(session->btnBrandIcon.backgroundImage());
+    EXPECT_FALSE(session->btnBrandIcon.isHidden());
+}
+
+TEST(ButtonBar, WithoutABrandIconNothingIsFetchedAndTheButtonIsHidden)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_THAT(session.lines("fetch"), IsEmpty());
+    EXPECT_TRUE(session->btnBrandIcon.isHidden());
+}
+
+TEST(ButtonBar, TheBrandTextIsAsLargeAsItMeasures)
+{
+    AdSession session(measured_texts());
+    session.ad().strBrandText = "Brand";
+
+    session.open();
+
+    EXPECT_EQ(session->labelBrandText.text(), "Brand");
+    EXPECT_EQ(session->labelBrandText.frame(), (CGRect{812.0F / 7.0F + 25.0F, 5, 52.25, 23.5}));
+}
+
+TEST(ButtonBar, WithoutABrandTextTheLabelIsHidden)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_TRUE(session->labelBrandText.isHidden());
+    EXPECT_FALSE(session->labelBrandText.text());
+}
+
+TEST(ButtonBar, TheTopBarHoldsItsShadeAndTheBrand)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_THAT(session->viewTopBackground.subviews(),
+                ElementsAre(UIView(session->imgTopBackgroundColor), UIView(session->btnBrandIcon),
+                            UIView(session->labelBrandText)));
+    EXPECT_EQ(session->imgTopBackgroundColor.image().data().bytes(), arrayTopBackGround);
+    EXPECT_EQ(session->viewTopBackground.backgroundColor(), UIColor::clearColor());
+}
+
+TEST(ButtonBar, TheBottomBarHoldsItsShadeMuteAndScale)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_THAT(session->viewBottomBackground.subviews(),
+                ElementsAre(UIView(session->imgBottomBackgroundColor), UIView(session->btnMute),
+                            UIView(session->btnScreenScale)));
+    EXPECT_EQ(session->imgBottomBackgroundColor.image().data().bytes(), arrayBottomBackGround);
+    EXPECT_EQ(session->viewBottomBackground.backgroundColor(), UIColor::clearColor());
+}
+
+TEST(ButtonBar, TheVideoHoldsTheBarsTheButtonsAndThePanel)
+{
+    AdSession session;
+    session.open();
+    session->qoroMoviePlayer.view().removeFromSuperview();
+
+    session->setButtonBarToScreen(false);
+
+    const UIView player = session->qoroMoviePlayer.view();
+    EXPECT_TRUE(session->viewTopBackground.superview() == player);
+    EXPECT_TRUE(session->viewBottomBackground.superview() == player);
+    EXPECT_TRUE(session->btnPlayAndPause.superview() == player);
+    EXPECT_TRUE(session->btnReplay.superview() == player);
+    EXPECT_TRUE(session->viewButtonBackground.superview() == player);
+    EXPECT_TRUE(is_on_top(session->viewButtonBackground));
+    EXPECT_TRUE(session->btnReplay.isHidden());
+}
+
+TEST(ButtonBar, HiddenActionButtonsStayInTheTopBar)
+{
+    AdSession session;
+    session.ad().bIsHideActionButton = true;
+
+    session.open();
+
+    EXPECT_TRUE(session->viewButtonBackground.superview() == session->viewTopBackground);
+}
+
+TEST(ButtonBar, TheWayBackToTheVideoStandsOnThePage)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_TRUE(session->btnReturnToVideo.superview() == session->webView());
+}
+
+TEST(ButtonBar, AtTheStartTheCloseButtonIsHiddenAndTakenOffTheScreen)
+{
+    AdSession session;
+    session.open();
+    session->btnClose.setHidden(false);
+
+    session->setButtonBarToScreen(false);
+
+    EXPECT_TRUE(session->btnClose.isHidden());
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST(ButtonBar, ForANextVideoTheCloseButtonStaysVisible)
+{
+    AdSession session;
+    session.open();
+    session->btnClose.setHidden(false);
+
+    session->setButtonBarToScreen(true);
+
+    EXPECT_FALSE(session->btnClose.isHidden());
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+// ------------------------------------------------------------------------------------------------- the fixed controls
+
+TEST(ButtonPosition, InPortraitTheControlsFollowTheBand)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->btnReplay.frame(), (CGRect{162.5, 80.46875, 50, 50}));
+    EXPECT_EQ(session->btnPlayAndPause.frame(), (CGRect{162.5, 80.46875, 50, 50}));
+    EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 375, 70}));
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 160.9375, 375, 50}));
+    EXPECT_EQ(session->imgTopBackgroundColor.frame(), (CGRect{0, 0, 375, 50}));
+    EXPECT_EQ(session->imgBottomBackgroundColor.frame(), (CGRect{0, 0, 375, 50}));
+}
+
+TEST(ButtonPosition, WithoutAScaleButtonMuteStandsAtTheRightEnd)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->btnMute.frame(), (CGRect{325, 0, 50, 50}));
+}
+
+TEST(ButtonPosition, AScaleButtonPushesMuteToTheLeft)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session.open();
+
+    EXPECT_EQ(session->btnMute.frame(), (CGRect{275, 0, 50, 50}));
+    EXPECT_EQ(session->btnScreenScale.frame(), (CGRect{325, 0, 50, 50}));
+}
+
+TEST(ButtonPosition, ThePlayButtonIsBroughtToTheFrontOfTheVideo)
+{
+    AdSession session;
+    session.open();
+    session->qoroMoviePlayer.view().addSubview(session->viewTopBackground);
+
+    session->setButtonPosition();
+
+    EXPECT_TRUE(is_on_top(session->btnPlayAndPause));
+}
+
+TEST(ButtonPosition, InLandscapeTheControlsAreSmallerAndFollowTheTurnedScreen)
+{
+    AdSession session;
+    session.ad().portraitModeType = VideoAdMode{};
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+
+    session.open();
+
+    EXPECT_EQ(session->btnPlayAndPause.frame(), (CGRect{384, 165.5, 44, 44}));
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 331, 812, 44}));
+    EXPECT_EQ(session->btnMute.frame(), (CGRect{768, 0, 44, 44}));
+}
+
+TEST(ButtonPosition, InLandscapeOnAnUprightDeviceTheExtentsChangePlaces)
+{
+    AdSession session;
+    session.ad().portraitModeType = VideoAdMode{};
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session.open();
+
+    EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 812, 70}));
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 331, 812, 44}));
+}
+
+// -------------------------------------------------------------------------------------------------- the action panel
+
+TEST(ActionPanel, OneTitledButtonIsMeasured)
+{
+    AdSession session(measured_texts());
+    session.ad().arrayButtonsInfo = {button("Buy+now%21")};
+
+    session.open();
+
+    EXPECT_EQ(session->btnActionOne.frame(), (CGRect{0, 8, 91, 18}));
+    EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{276, 3, 91, 28}));
+}
+
+TEST(ActionPanel, TwoTitledButtonsStandBelowEachOther)
+{
+    AdSession session(measured_texts());
+    session.ad().arrayButtonsInfo = {button("Buy+now%21"), button("More")};
+
+    session.open();
+
+    EXPECT_EQ(session->btnActionOne.frame(), (CGRect{0, 8, 91, 18}));
+    EXPECT_EQ(session->btnActionTwo.frame(), (CGRect{31, 39, 60, 18}));
+    EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{276, 3, 91, 56}));
+}
+
+TEST(ActionPanel, WithoutButtonsNoFrameIsTouched)
+{
+    AdSession session;
+    session.open();
+    session->btnActionOne.setFrame({1, 2, 3, 4});
+    session->btnActionTwo.setFrame({5, 6, 7, 8});
+    session->viewButtonBackground.setFrame({9, 10, 11, 12});
+
+    session->setButtonPosition();
+
+    EXPECT_EQ(session->btnActionOne.frame(), (CGRect{1, 2, 3, 4}));
+    EXPECT_EQ(session->btnActionTwo.frame(), (CGRect{5, 6, 7, 8}));
+    EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{9, 10, 11, 12}));
+}
+
+TEST(ActionPanel, OneUntitledButtonIsASquare)
+{
+    AdSession session;
+    session.open();
+    session->buttonPosMode = ButtonPositionMode_OneButton;
+
+    session->setButtonPosition();
+
+    EXPECT_EQ(session->btnActionOne.frame(), (CGRect{0, 0, 50, 50}));
+    EXPECT_EQ(session->btnActionTwo.frame(), CGRect{});
+    EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{60, 0, 60, 60}));
+}
+
+TEST(ActionPanel, TwoUntitledButtonsStandBesideEachOther)
+{
+    AdSession session;
+    session.open();
+    session->buttonPosMode = ButtonPositionMode_TwoButton;
+
+    session->setButtonPosition();
+
+    EXPECT_EQ(session->btnActionTwo.frame(), (CGRect{60, 0, 50, 50}));
+    EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{60, 0, 60, 115}));
+}
+
+// ------------------------------------------------------------------------------------------- the way back to the video
+
+/// Held in landscape, with a page behind the video.
+void open_landscape_over_page(AdSession& session)
+{
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+    session.open();
+}
+
+TEST(ReturnToVideo, IsOfferedInLandscapeOverAPage)
+{
+    AdSession session;
+
+    open_landscape_over_page(session);
+
+    EXPECT_FALSE(session->btnReturnToVideo.isHidden());
+    EXPECT_EQ(session->btnReturnToVideo.frame(), (CGRect{768, 0, 44, 44}));
+}
+
+TEST(ReturnToVideo, IsNotOfferedInPortrait)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+
+    session.open();
+
+    EXPECT_TRUE(session->btnReturnToVideo.isHidden());
+    EXPECT_EQ(session->btnReturnToVideo.frame(), (CGRect{325, 0, 50, 50}));
+}
+
+TEST(ReturnToVideo, IsNotOfferedWhereTheAdDoesNotWantIt)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.ad().bShowHideVideoBtn = false;
+
+    session->setButtonPosition();
+
+    EXPECT_TRUE(session->btnReturnToVideo.isHidden());
+}
+
+TEST(ReturnToVideo, IsNotOfferedUnderAPageInFront)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.ad().bIsWebViewInFront = true;
+
+    session->setButtonPosition();
+
+    EXPECT_TRUE(session->btnReturnToVideo.isHidden());
+}
+
+// ----------------------------------------------------------------------------- a full portrait video that is seen
+// sideways
+
+TEST(SidewaysButtonPosition, TheControlsRunAlongTheLongEdge)
+{
+    AdSession session(measured_texts());
+    session.ad().portraitVideoPos = FULL;
+    session.ad().arrayButtonsInfo = {button("Buy+now%21")};
+    session->bIsLockOneSide = true;
+
+    session.open();
+
+    EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 375, 70}));
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 325, 375, 50}));
+    EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{716, 0, 91, 28}));
+    EXPECT_EQ(session->btnPlayAndPause.center(), (CGPoint{406, 187.5}));
+    EXPECT_EQ(session->btnReplay.center(), (CGPoint{406, 187.5}));
+    EXPECT_EQ(session->btnMute.frame(), (CGRect{762, 0, 50, 50}));
+}
+
+TEST(SidewaysButtonPosition, ADeviceHeldInLandscapeIsEnough)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session.rotate(UIDeviceOrientationLandscapeRight);
+
+    session.open();
+
+    // The screen is turned now: 812 across, 375 down.
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 762, 812, 50}));
+    EXPECT_EQ(session->btnPlayAndPause.center(), (CGPoint{187.5, 406}));
+    EXPECT_EQ(session->btnMute.frame(), (CGRect{325, 0, 50, 50}));
+}
+
+TEST(SidewaysButtonPosition, AHostLockedToPortraitIsSeenUpright)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session->bIsLockOneSide = true;
+    session->bIsLockOneSideAndIsPortrait = true;
+
+    session.open();
+
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 762, 375, 50}));
+}
+
+} // namespace
+} // namespace qoro

@@ -1,0 +1,384 @@
+#include "tests/support/AdSession.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+
+HostApp host_with_parent()
+{
+    HostApp host;
+    host.parent = true;
+    return host;
+}
+
+/// Held in landscape, with a close button that hides the video.
+void show_hide_button(AdSession& session)
+{
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+}
+
+TEST(Close, RunsItsStepsInOrder)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session.ad().arrayCloseTrackingUrls = NSArray::of_strings({"http://t/close"});
+    session.ad().bNeedCloseParent = true;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.tap(session->btnClose);
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("js onhide null 0", "kit removeExtraView", "player pause",
+                            "request http://t/close tracking", "super updateStatusbar", "super stopUpdateTimer",
+                            "volume 0.6", "player drop", "parent closeVideoAdUnit true"));
+}
+
+TEST(Close, LeavesNoPlayerNoControlsAndNoParent)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session.open();
+    session.plays();
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->qoroMoviePlayer);
+    EXPECT_FALSE(session->playerViewController);
+    EXPECT_FALSE(session->btnActionOne);
+    EXPECT_FALSE(session->btnActionTwo);
+    EXPECT_FALSE(session->btnClose);
+    EXPECT_FALSE(session->btnPlayAndPause);
+    EXPECT_FALSE(session->btnMute);
+    EXPECT_FALSE(session->labelRemainderTime);
+    EXPECT_FALSE(session->imgTopBackgroundColor);
+    EXPECT_FALSE(session->viewTopBackground);
+    EXPECT_FALSE(session->imgBottomBackgroundColor);
+    EXPECT_FALSE(session->viewButtonBackground);
+    EXPECT_FALSE(session->viewBottomBackground);
+    EXPECT_FALSE(session->btnReplay);
+    EXPECT_FALSE(session->btnClickListener);
+    EXPECT_FALSE(session->btnBrandIcon);
+    EXPECT_FALSE(session->labelBrandText);
+    EXPECT_FALSE(session->viewBackground);
+    EXPECT_FALSE(session->getParentViewController());
+}
+
+TEST(Close, LeavesTheScaleAndReturnButtons)
+{
+    AdSession session;
+    session.open();
+
+    session.tap(session->btnClose);
+
+    EXPECT_TRUE(session->btnScreenScale);
+    EXPECT_TRUE(session->btnReturnToVideo);
+}
+
+TEST(Close, LeavesNoObserverNoListenerAndNoTrackingState)
+{
+    AdSession session;
+    session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"http://t/start"})}};
+    session.open();
+    session.plays();
+
+    session.tap(session->btnClose);
+
+    EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), 0U);
+    EXPECT_FALSE(session->dicEventListener);
+    EXPECT_FALSE(session->dicSendTrackingState);
+}
+
+TEST(Close, StopsTheSixTimers)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+    EXPECT_FALSE(session->timerUpdateRemainderTime);
+    EXPECT_FALSE(session->timerCloseBtnCountdown);
+    EXPECT_FALSE(session->timerSendTrackingToServer);
+    EXPECT_FALSE(session->timerSetControllerButtonHide);
+}
+
+TEST(Close, GivesTheKeyBackToTheHostsWindow)
+{
+    AdSession session;
+    session.open();
+    const UIWindow temporary = session->windowTempWindow;
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->windowTempWindow);
+    EXPECT_EQ(temporary.windowLevel(), UIWindowLevelNormal);
+    EXPECT_FALSE(temporary.isKeyWindow());
+    EXPECT_TRUE(session->windowDefaultWindow.isKeyWindow());
+}
+
+TEST(Close, TakesThePageAndTheViewOffTheScreen)
+{
+    AdSession session;
+    session.open();
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->webView().superview());
+    EXPECT_FALSE(session->view().superview());
+}
+
+TEST(Close, RestoresTheVolumeOfTheStart)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.tap(session->btnMute);
+    session.forget();
+
+    session.tap(session->btnClose);
+
+    EXPECT_EQ(session.lines("volume"), std::vector<std::string>{"0.6"});
+}
+
+TEST(Close, SendsTheTrackersOnce)
+{
+    AdSession session;
+    session.ad().arrayCloseTrackingUrls = NSArray::of_strings({"http://t/close"});
+    session.open();
+    session.plays();
+
+    session.tap(session->btnClose);
+    session.let_pass(60);
+
+    EXPECT_EQ(session.count_of("request http://t/close tracking"), 1U);
+}
+
+TEST(Close, TheParentStaysOpenUnlessTheAdWantsItClosed)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session.ad().bNeedCloseParent = false;
+    session.open();
+
+    session.tap(session->btnClose);
+
+    EXPECT_EQ(session.lines("parent"), std::vector<std::string>{"closeVideoAdUnit false"});
+}
+
+TEST(Close, WithoutAParentNobodyIsTold)
+{
+    AdSession session;
+    session.open();
+
+    session.tap(session->btnClose);
+
+    EXPECT_TRUE(session.lines("parent").empty());
+}
+
+TEST(Close, AButtonThatHidesTheVideoSaysOnhideAndLeavesTheAdOpen)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    show_hide_button(session);
+    session.ad().arrayCloseTrackingUrls = NSArray::of_strings({"http://t/close"});
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.tap(session->btnClose);
+
+    EXPECT_EQ(session.transcript().at(0), "js onhide null 0");
+    EXPECT_EQ(session.transcript().at(1), "kit removeExtraView");
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInLandscapeMode);
+    EXPECT_TRUE(session->qoroMoviePlayer.view().isHidden());
+    EXPECT_TRUE(session->btnClose);
+    EXPECT_TRUE(session.fetched().empty());
+    EXPECT_TRUE(session.lines("parent").empty());
+}
+
+TEST(Close, AFullVideoIsClosedWhateverTheHideButton)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.ad().portraitVideoPos = FULL;
+    session.open();
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->qoroMoviePlayer);
+}
+
+TEST(Close, WithoutTheHideButtonALandscapeVideoIsClosed)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.ad().bShowHideVideoBtn = false;
+    session.open();
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->qoroMoviePlayer);
+}
+
+TEST(Close, DismissesThePresentedStorePageBeforeTheTrackers)
+{
+    AdSession session;
+    session.ad().arrayCloseTrackingUrls = NSArray::of_strings({"http://t/close"});
+    session.open();
+    session->qoroAppStoreMockViewController =
+        QoroAppStoreMockViewController::initWithStoreId("1", nullptr, nullptr, nullptr);
+    session->presentViewController(session->qoroAppStoreMockViewController, true, nullptr);
+    session.forget();
+
+    session.tap(session->btnClose);
+
+    EXPECT_THAT(session.transcript(), testing::IsSupersetOf({"kit store.dismiss", "request http://t/close tracking"}));
+    EXPECT_EQ(session.transcript().at(2), "kit store.dismiss");
+    EXPECT_FALSE(session->qoroAppStoreMockViewController->isBeingPresented());
+}
+
+TEST(Close, AStorePageThatIsNotPresentedIsLeftAlone)
+{
+    AdSession session;
+    session.open();
+    session->qoroAppStoreMockViewController =
+        QoroAppStoreMockViewController::initWithStoreId("1", nullptr, nullptr, nullptr);
+
+    session.tap(session->btnClose);
+
+    EXPECT_EQ(session.count_of("kit store.dismiss"), 0U);
+}
+
+TEST(Close, TheScriptsCloseTellsTheSuperclassFirst)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->MRAIDClose();
+
+    EXPECT_EQ(session.transcript().at(0), "super MRAIDClose");
+    EXPECT_EQ(session.transcript().at(1), "js onhide null 0");
+    EXPECT_FALSE(session->qoroMoviePlayer);
+}
+
+TEST(Close, NothingReachesTheScriptAfterwards)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.tap(session->btnClose);
+    session.forget();
+
+    session.set_volume(0.1F);
+    session.return_to_app();
+    session.let_pass(30);
+
+    EXPECT_TRUE(session.events().empty());
+}
+
+TEST(RemoveBtnClose, WithoutAPlayerTheButtonStays)
+{
+    AdSession session;
+    session.open();
+    session->qoroMoviePlayer = nullptr;
+
+    session->removeBtnClose();
+
+    EXPECT_TRUE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, InPortraitTheButtonLeavesTheScreenButIsKept)
+{
+    AdSession session;
+    session.open();
+
+    session->removeBtnClose();
+
+    EXPECT_TRUE(session->btnClose);
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, CustomCloseInLandscapeLeavesTheButtonThatHidesTheVideo)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.open();
+
+    session->MRAIDUseCustomClose(true);
+
+    EXPECT_TRUE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, OnceTheVideoIsHiddenTheLandscapeButtonGoesToo)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.open();
+    session->qoroMoviePlayer.view().setHidden(true);
+
+    session->removeBtnClose();
+
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, AnAdLaunchedInLandscapeLeftCountsAsLandscape)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
+    session.open();
+
+    session->removeBtnClose();
+
+    EXPECT_TRUE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, WithoutAPortraitArrangementItCountsAsLandscape)
+{
+    AdSession session;
+    session.ad().portraitModeType = {};
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+    session.open();
+
+    session->removeBtnClose();
+
+    EXPECT_TRUE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, AnUprightDeviceIsNotLandscapeAlthoughTheAdHasThatArrangement)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+    session.open();
+
+    session->removeBtnClose();
+
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, ALandscapeStatusBarCountsOnlyInALockedHost)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+    session.open();
+    session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
+    session->bIsLockOneSide = true;
+
+    session->removeBtnClose();
+
+    EXPECT_TRUE(session->btnClose.superview());
+}
+
+} // namespace
+} // namespace qoro

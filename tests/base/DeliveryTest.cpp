@@ -1,0 +1,170 @@
+#include "tests/support/AdSession.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+HostApp host_with_parent()
+{
+    HostApp host;
+    host.parent = true;
+    return host;
+}
+
+TEST(SendTrackingUrls, SendsTheListInOrderAtOnceWithItsMacros)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendTrackingUrls({"http://t/1?n={Zulix-Seq}", "http://t/2", "http://t/1"});
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://t/1?n=7", "http://t/2", "http://t/1"));
+}
+
+TEST(SendTrackingUrls, NothingAndNoEntriesSendAndLogNothing)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendTrackingUrls(nullptr);
+    session->sendTrackingUrls(NSArray(std::vector<Value>{}));
+    session->sendTrackingUrls({nullptr});
+    session.let_pass(1);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(SendTrackingUrls, AnEntryThatIsNoTextSendsNothing)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendTrackingUrls({5, "http://t/1"});
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://t/1"));
+}
+
+TEST(SendTrackingUrls, AClickMarkerCountsOneClickAndTheAddressIsFetched)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session.forget();
+
+    session->sendTrackingUrls({"c", "http://t/1"});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("parent clickRequester", "request http://t/1 tracking"));
+}
+
+TEST(SendTrackingUrls, OnlyTheExactMarkerIsOne)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session.forget();
+
+    session->sendTrackingUrls({"C", " c"});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("request C tracking", "request  c tracking"));
+}
+
+TEST(SendTrackingUrls, AMarkerThatAMacroMakesCounts)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session->strCookieGuid = "c";
+    session.forget();
+
+    session->sendTrackingUrls({"{Zulix-Guid}"});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("parent clickRequester"));
+}
+
+TEST(SendTrackingUrls, WithoutAParentAMarkerDoesNothing)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendTrackingUrls({"c"});
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(SendBtnClickTracking, SendsTheAddressWithoutExpandingIt)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendBtnClickTracking("http://t/{Zulix-Seq}");
+    session->sendBtnClickTracking(nullptr);
+
+    EXPECT_THAT(session.transcript(), ElementsAre("request http://t/{Zulix-Seq} tracking"));
+}
+
+TEST(SendTrackingToServer, ASuccessIsLogged)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendTrackingToServer("http://t/1");
+    session.let_pass(0);
+
+    EXPECT_THAT(session.transcript(), ElementsAre("request http://t/1 tracking", "log 0 didSendTracking"));
+}
+
+TEST(SendTrackingToServer, AFailureIsLoggedAndNotRepeated)
+{
+    World world = AdSession::manual_world();
+    world.net["http://t/1"] = NetAnswer{.ok = false, .error = "gone", .body = {}, .after = 0.5};
+    AdSession session(world);
+    session.forget();
+
+    session->sendTrackingToServer("http://t/1");
+    session.let_pass(60);
+
+    EXPECT_THAT(session.transcript(), ElementsAre("request http://t/1 tracking", "log 0 failSendTracking"));
+}
+
+TEST(SendTrackingToServer, NothingIsNotSent)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendTrackingToServer(nullptr);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(ClickRequester, AsksTheParentToCount)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session.forget();
+
+    session->clickRequester();
+
+    EXPECT_THAT(session.transcript(), ElementsAre("parent clickRequester"));
+}
+
+TEST(SendImpression, TellsTheSuperclassThenTheParent)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session.forget();
+
+    session->sendImpression();
+
+    EXPECT_THAT(session.transcript(), ElementsAre("super sendImpression", "parent bIsSendImpression"));
+}
+
+TEST(SendImpression, WithoutAParentTellsTheSuperclassAlone)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendImpression();
+
+    EXPECT_THAT(session.transcript(), ElementsAre("super sendImpression"));
+}
+
+} // namespace
+} // namespace qoro

@@ -1,0 +1,420 @@
+#include "Base/VideoPlayer/VideoImage/VideoImage.h"
+#include "tests/support/AdSession.h"
+#include "tests/support/Views.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+
+World small_screen()
+{
+    World world = AdSession::manual_world();
+    world.device.facts.screen = CGSize{320, 568};
+    return world;
+}
+
+/// A host that is locked to landscape: its screen is wide while the device is held upright.
+World locked_host(int status_bar_orientation)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.screen = CGSize{812, 375};
+    world.device.status_bar_orientation = status_bar_orientation;
+    return world;
+}
+
+HostApp rotating_host()
+{
+    HostApp host;
+    host.autorotates = {UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeRight};
+    return host;
+}
+
+/// Opens an ad that has only a landscape arrangement.
+void open_landscape(AdSession& session)
+{
+    session.ad().portraitModeType = VideoAdMode{};
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.open();
+}
+
+/// Opens an ad with both arrangements that is launched in landscape.
+void open_both_modes(AdSession& session)
+{
+    session.ad().portraitModeType = VIDEO_AND_WEBVIEW;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
+    session.open();
+}
+
+TEST(LandscapeLayout, TellsTheScriptTwiceThenShowsTheSpinnerThenPlacesTheCloseButton)
+{
+    AdSession session;
+    open_landscape(session);
+    session.forget();
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_THAT(session.transcript(), ElementsAre(R"(js video_orientation {"orientation":"landscape"} 0)",
+                                                  R"(js video_orientation {"e":{"orientation":"landscape"}} 0)",
+                                                  "super showProgressbar 167 386", "log 0 Added Video Close Button",
+                                                  "log 0 Added Count Down View"));
+}
+
+TEST(LandscapeLayout, ReportsTheTimeBeforeTheCloseButtonWhileItPlays)
+{
+    AdSession session;
+    open_landscape(session);
+    session.plays();
+    session.forget();
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_THAT(session.transcript(), ElementsAre(R"(js video_orientation {"orientation":"landscape"} 0)",
+                                                  R"(js video_orientation {"e":{"orientation":"landscape"}} 0)",
+                                                  R"(js video_timeupdate {"e":{"current_time":"0"}} 0)",
+                                                  "log 0 Added Video Close Button", "log 0 Added Count Down View"));
+}
+
+TEST(LandscapeLayout, IsRememberedAsLandscapeAndFullScreen)
+{
+    AdSession session;
+
+    open_landscape(session);
+
+    EXPECT_FALSE(session->bIsPortraitNow);
+    EXPECT_TRUE(session->bIsVideoOrientationLandscape);
+    EXPECT_TRUE(session->bIsFullScreen);
+    EXPECT_EQ(session->currentOrientation, UIDeviceOrientationPortrait);
+    EXPECT_TRUE(session->viewBackground.isHidden());
+}
+
+TEST(LandscapeLayout, TheVideoIsAsLargeAsTheUprightScreen)
+{
+    AdSession session(small_screen());
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->fVideoWidth, 320);
+    EXPECT_EQ(session->fVideoHeight, 568);
+    EXPECT_EQ(session->playerViewController.view().frame(), (CGRect{0, 0, 320, 568}));
+    EXPECT_EQ(session->playerViewController.view().bounds(), (CGSize{568, 320}));
+}
+
+TEST(LandscapeLayout, TheVideoIsShownAtItsOwnScale)
+{
+    AdSession session;
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->qoroMoviePlayer.settings().scaling_mode, MPMovieScalingModeNone);
+}
+
+TEST(LandscapeLayout, TheRootIsASquareOnTheLongEdge)
+{
+    AdSession session(small_screen());
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 568, 568}));
+}
+
+TEST(LandscapeLayout, ThePageIsAsLargeAsTheVideoInTheEnd)
+{
+    AdSession session(small_screen());
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 0, 320, 568}));
+    EXPECT_EQ(session->webView().bounds(), (CGSize{568, 320}));
+}
+
+TEST(LandscapeLayout, TheTapCatcherLiesAcross)
+{
+    AdSession session(small_screen());
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 568, 320}));
+}
+
+TEST(LandscapeLayout, TheBrandIsShown)
+{
+    AdSession session(small_screen());
+    session.ad().strBrandText = "Brand";
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->btnBrandIcon.frame(), (CGRect{51, 0, 45, 45}));
+    EXPECT_FALSE(session->labelBrandText.isHidden());
+}
+
+TEST(LandscapeLayout, TheControlBarIsShown)
+{
+    AdSession session;
+    open_landscape(session);
+    session->setControlBottonInVisible(true);
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_FALSE(session->bIsHideControlbutton);
+}
+
+TEST(LandscapeLayout, PutsTheVideoOverThePageAndTheHiddenImageOverBoth)
+{
+    AdSession session;
+
+    open_landscape(session);
+
+    EXPECT_THAT(session->windowTempWindow.subviews(),
+                ElementsAre(UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
+}
+
+TEST(LandscapeLayout, TurnsPageAndVideoAQuarterOnAnUprightDevice)
+{
+    AdSession session;
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->webView().transform().angle, QuarterTurn);
+    EXPECT_EQ(session->playerViewController.view().transform().angle, QuarterTurn);
+    EXPECT_EQ(session->view().transform().angle, 0);
+}
+
+TEST(LandscapeLayout, TurnsTheOtherWayForLandscapeRight)
+{
+    AdSession session;
+    session.rotate(UIDeviceOrientationLandscapeRight);
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->webView().transform().angle, -QuarterTurn);
+    EXPECT_EQ(session->playerViewController.view().transform().angle, -QuarterTurn);
+    EXPECT_EQ(session->miImageView.transform().angle, -QuarterTurn);
+}
+
+TEST(LandscapeLayout, TurnsAQuarterForLandscapeLeftAndForADeviceThatLiesFlat)
+{
+    AdSession left;
+    left.rotate(UIDeviceOrientationLandscapeLeft);
+    open_landscape(left);
+    EXPECT_EQ(left->webView().transform().angle, QuarterTurn);
+
+    AdSession flat;
+    flat.rotate(UIDeviceOrientationFaceUp);
+    open_landscape(flat);
+    EXPECT_EQ(flat->webView().transform().angle, QuarterTurn);
+}
+
+TEST(LandscapeLayout, DoneTwiceIsTheSameAsOnce)
+{
+    AdSession session;
+    open_landscape(session);
+    const CGRect page = session->webView().frame();
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_EQ(session->webView().transform().angle, QuarterTurn);
+    EXPECT_EQ(session->webView().frame(), page);
+    EXPECT_THAT(session->windowTempWindow.subviews(),
+                ElementsAre(UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
+}
+
+TEST(LandscapeLayout, TheHiddenImageLiesWhereTheVideoLies)
+{
+    AdSession session(small_screen());
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->miImageView.frame(), (CGRect{0, 0, 320, 568}));
+}
+
+TEST(LandscapeLayout, WithoutAWindowTheVideoHasNoFrame)
+{
+    AdSession session;
+    open_landscape(session);
+    session->windowTempWindow = nullptr;
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_EQ(session->playerViewController.view().frame(), CGRect{});
+}
+
+// ------------------------------------------------------------------------------------- a host locked to landscape
+
+TEST(LockedLandscapeLayout, NothingIsTurnedForAStatusBarOnTheRight)
+{
+    AdSession session(locked_host(UIInterfaceOrientationLandscapeRight));
+
+    open_both_modes(session);
+
+    EXPECT_EQ(session->view().transform().angle, 0);
+    EXPECT_EQ(session->webView().transform().angle, 0);
+    EXPECT_EQ(session->qoroMoviePlayer.view().transform().angle, 0);
+    EXPECT_EQ(session->miImageView.transform().angle, 0);
+}
+
+TEST(LockedLandscapeLayout, TheTapCatcherIsASquareOnTheScreensWidth)
+{
+    AdSession session(locked_host(UIInterfaceOrientationLandscapeRight));
+
+    open_both_modes(session);
+
+    EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 812, 812}));
+}
+
+TEST(LockedLandscapeLayout, NothingIsTurnedForAStatusBarThatWasOnTheLeftFromTheStart)
+{
+    AdSession session(locked_host(UIInterfaceOrientationLandscapeLeft));
+
+    open_both_modes(session);
+
+    EXPECT_EQ(session->view().transform().angle, 0);
+}
+
+TEST(LockedLandscapeLayout, EverythingIsTurnedAHalfWhenTheStatusBarCameToTheLeftLater)
+{
+    AdSession session(locked_host(UIInterfaceOrientationLandscapeRight));
+    open_both_modes(session);
+
+    session.turn_status_bar(UIInterfaceOrientationLandscapeLeft);
+
+    EXPECT_EQ(session->view().transform().angle, HalfTurn);
+    EXPECT_EQ(session->webView().transform().angle, HalfTurn);
+    EXPECT_EQ(session->qoroMoviePlayer.view().transform().angle, HalfTurn);
+    EXPECT_EQ(session->miImageView.transform().angle, HalfTurn);
+}
+
+TEST(LockedLandscapeLayout, EverythingIsTurnedAHalfWhenTheStatusBarLeftTheLeft)
+{
+    AdSession session(locked_host(UIInterfaceOrientationLandscapeLeft));
+    open_both_modes(session);
+
+    session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
+
+    EXPECT_EQ(session->view().transform().angle, HalfTurn);
+}
+
+TEST(LockedLandscapeLayout, PageAndVideoFillTheScreenAroundTheRootsMiddle)
+{
+    AdSession session(locked_host(UIInterfaceOrientationLandscapeRight));
+
+    open_both_modes(session);
+
+    EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 812, 375}));
+    EXPECT_EQ(session->playerViewController.view().frame(), (CGRect{0, 0, 812, 375}));
+    EXPECT_EQ(session->playerViewController.view().center(), (CGPoint{406, 187.5}));
+}
+
+TEST(LockedLandscapeLayout, PutsTheVideoOverThePageAndTheHiddenImageOverBoth)
+{
+    AdSession session(locked_host(UIInterfaceOrientationLandscapeRight));
+
+    open_both_modes(session);
+
+    EXPECT_THAT(session->windowTempWindow.subviews(),
+                ElementsAre(UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
+}
+
+TEST(LockedLandscapeLayout, BeforeIOS8ItIsTurnedAsElsewhere)
+{
+    World world = locked_host(UIInterfaceOrientationLandscapeRight);
+    world.device.facts.ios8 = false;
+    AdSession session(world);
+
+    open_both_modes(session);
+
+    EXPECT_EQ(session->webView().transform().angle, QuarterTurn);
+    EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 375, 812}));
+}
+
+// ---------------------------------------------------------------------------------------------------------- the rest
+
+TEST(LandscapeLayout, OffersTheWayBackToPortraitInAPortraitOnlyHost)
+{
+    AdSession session;
+
+    open_both_modes(session);
+
+    EXPECT_TRUE(session->bIsPortraitOnly);
+    EXPECT_EQ(picture_of(session->btnScreenScale), arrayVideoScaleToPortraitButton);
+    EXPECT_FALSE(session->btnScreenScale.isHidden());
+}
+
+TEST(LandscapeLayout, OffersNoWayBackToPortraitForAnAdWithoutPortraitMode)
+{
+    AdSession session;
+
+    open_landscape(session);
+
+    EXPECT_TRUE(session->btnScreenScale.isHidden());
+}
+
+TEST(LandscapeLayout, OffersNoWayBackToPortraitInAHostThatRotates)
+{
+    AdSession session(AdSession::manual_world(), rotating_host());
+
+    open_both_modes(session);
+
+    EXPECT_FALSE(session->bIsPortraitOnly);
+    EXPECT_TRUE(session->btnScreenScale.isHidden());
+}
+
+TEST(LandscapeLayout, ExpectsADeviceThatIsHeldOtherwiseToBeTurned)
+{
+    AdSession session;
+
+    open_both_modes(session);
+
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationLandscapeLeft);
+    EXPECT_EQ(session->timerCheckDeviceOrientation.fireDate(), 5.0);
+}
+
+TEST(LandscapeLayout, ExpectsNothingOfADeviceHeldToTheLeft)
+{
+    AdSession session;
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+
+    open_both_modes(session);
+
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationUnknown);
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
+TEST(LandscapeLayout, ExpectsNothingOfAnAdWithOneArrangement)
+{
+    AdSession session;
+
+    open_landscape(session);
+
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
+TEST(LandscapeLayout, ExpectsNothingOfALockedHost)
+{
+    AdSession session;
+    session->bIsLockOneSide = true;
+
+    open_both_modes(session);
+
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
+TEST(LandscapeLayout, APageInFrontTakesTheControlsAway)
+{
+    AdSession session;
+    session.ad().strWebViewUrl = "http://ad/page.html";
+    session.ad().bIsWebViewInFront = true;
+
+    open_landscape(session);
+
+    EXPECT_FALSE(session->btnClose);
+    EXPECT_TRUE(is_on_top(session->view()));
+}
+
+} // namespace
+} // namespace qoro

@@ -1,0 +1,362 @@
+#include "tests/support/AdSession.h"
+#include "tests/support/Views.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// An open ad whose opening is not part of the claim.
+struct OpenAd : AdSession {
+    explicit OpenAd(World world = manual_world()) : AdSession(std::move(world))
+    {
+        open();
+        forget();
+    }
+};
+
+World without_calls()
+{
+    World world = AdSession::manual_world();
+    world.device.can_open = {"http:"};
+    return world;
+}
+
+// ------------------------------------------------------------------------------------------------- before the dispatch
+
+TEST(LaunchType, OfNoButtonDoesNothing)
+{
+    OpenAd session;
+
+    session->checkLaunchType(nullptr);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(LaunchType, WithoutDataOnlyItsTrackersAreSent)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"btn_tracking_urls", NSArray::of_strings({"http://t/1", "http://t/2"})},
+                              {"action", "place_call"},
+                              {"app_u", "app://x"}});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("request http://t/1 tracking", "request http://t/2 tracking"));
+    EXPECT_FALSE(session->getBDoButtonAction());
+}
+
+TEST(LaunchType, TrackersGivenAsATextAreNone)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"btn_tracking_urls", "http://t/1"}});
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(LaunchType, TheTrackersComeFirst)
+{
+    OpenAd session;
+
+    session->checkLaunchType(
+        {{"btn_tracking_urls", NSArray::of_strings({"http://t/1"})}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("request http://t/1 tracking", "openURL http://l/", "player pause",
+                                                  "super qoroPresent", "super qoroLeaveApplication"));
+}
+
+TEST(LaunchType, WithDataHidesTheBackground)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"data", NSDictionary::dictionary()}});
+
+    EXPECT_TRUE(session->viewBackground.isHidden());
+    EXPECT_TRUE(session->getBDoButtonAction());
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+// --------------------------------------------------------------------------------------------------------------- calls
+
+TEST(PlaceCall, OpensTheFormattedNumber)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"action", "place_call"}, {"data", NSDictionary{{"tel", "+49 (30) 123"}}}});
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("openURL tel:+4930123", "player pause", "super qoroPresent", "super qoroLeaveApplication"));
+    EXPECT_TRUE(session->bGoOutApp);
+    EXPECT_TRUE(session->getBDoButtonAction());
+}
+
+TEST(PlaceCall, WhereThereAreNoCallsOnlySendsItsTrackersAndHidesTheBackground)
+{
+    OpenAd session(without_calls());
+
+    session->checkLaunchType({{"btn_tracking_urls", NSArray::of_strings({"http://t/1"})},
+                              {"action", "place_call"},
+                              {"data", NSDictionary{{"tel", "123"}, {"u", "http://l/"}}}});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("request http://t/1 tracking"));
+    EXPECT_TRUE(session->viewBackground.isHidden());
+    EXPECT_FALSE(session->getBDoButtonAction());
+    EXPECT_FALSE(session->bGoOutApp);
+}
+
+// ------------------------------------------------------------------------------------------------------------ messages
+
+TEST(SendSms, ComposesTheMessage)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"action", "send_sms"}, {"data", NSDictionary{{"tel", "0 30-12"}, {"b", "Hi%20there"}}}});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("player pause", "kit application.create", "kit addExtraView",
+                                                  "kit sendSms tel:03012 Hi there"));
+    EXPECT_TRUE(session->getBDoButtonAction());
+    EXPECT_TRUE(session->getBIsOpenInAppApplication());
+}
+
+TEST(SendSms, WithAnAddressOpensThatToo)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"action", "send_sms"}, {"data", NSDictionary{{"tel", "1"}, {"u", "http://l/"}}}});
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("player pause", "kit application.create", "kit addExtraView", "kit sendSms tel:1 null",
+                            "openURL http://l/", "player pause", "super qoroPresent", "super qoroLeaveApplication"));
+}
+
+TEST(SendSms, WithAnAddressForTheInAppBrowserOpensThatThere)
+{
+    OpenAd session;
+
+    session->checkLaunchType(
+        {{"action", "send_sms"}, {"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_TRUE(session->openInAppApplicationViewController);
+    EXPECT_TRUE(session->qoroInAppWebViewController);
+    EXPECT_THAT(session.lines("openURL"), IsEmpty());
+}
+
+// -------------------------------------------------------------------------------------------------- store and calendar
+
+TEST(OpenStore, ShowsTheItem)
+{
+    OpenAd session;
+
+    session->checkLaunchType(
+        {{"action", "open_store"}, {"app_u", "store://x"}, {"id", "42"}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("player pause", "kit application.create", "kit addExtraView",
+                                                  "kit openStore store://x 42"));
+    EXPECT_TRUE(session->getBDoButtonAction());
+    EXPECT_FALSE(session->getBIsOpenInAppApplication());
+}
+
+TEST(OpenStore, TakesTheItemAsANumberTooAndNoAddress)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"action", "open_store"}, {"id", 42}, {"data", NSDictionary::dictionary()}});
+
+    EXPECT_EQ(session.count_of("kit openStore null 42"), 1U);
+}
+
+TEST(CalendarEvent, IsPassedOnAndDoneAtOnce)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"action", "cre_cal_event"},
+                              {"app_u", "app://x"},
+                              {"data", NSDictionary{{"e", NSDictionary{{"description", "Sale"}}}}}});
+
+    EXPECT_THAT(session.transcript(), ElementsAre(R"(super createCalendarEvent {"description":"Sale"})"));
+    EXPECT_FALSE(session->getBDoButtonAction());
+}
+
+// -------------------------------------------------------------------------------------------------------- out of the
+// app
+
+TEST(OutOfApp, TheAppsAddressWinsOverThePages)
+{
+    OpenAd session;
+
+    session->checkLaunchType(
+        {{"launch_type", "inapp"}, {"app_u", "app://x"}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("openURL app://x", "player pause", "super qoroPresent", "super qoroLeaveApplication"));
+    EXPECT_FALSE(session->getBDoButtonAction());
+    EXPECT_TRUE(session->bGoOutApp);
+}
+
+TEST(OutOfApp, AnEmptyAppAddressOpensNothingButLeavesAllTheSame)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"app_u", ""}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_THAT(session.transcript(), ElementsAre("player pause", "super qoroPresent", "super qoroLeaveApplication"));
+}
+
+TEST(OutOfApp, AppAndBrowserAreTheSameToTheSystem)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"launch_type", "app"}, {"data", NSDictionary{{"u", "http://a/"}}}});
+    session->checkLaunchType({{"launch_type", "browser"}, {"data", NSDictionary{{"u", "http://b/"}}}});
+
+    EXPECT_THAT(session.lines("openURL"), ElementsAre("http://a/", "http://b/"));
+    EXPECT_FALSE(session->getBDoButtonAction());
+}
+
+TEST(OutOfApp, WithoutAnAddressNothingHappensAndTheClickThroughStaysOpen)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"data", NSDictionary{{"u", ""}}}});
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+    EXPECT_TRUE(session->getBDoButtonAction());
+}
+
+TEST(OutOfApp, AnEmptyAddressIsNotOpened)
+{
+    OpenAd session;
+
+    session->openOutAppAction("", true);
+    session->openOutAppAction(nullptr, false);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(OutOfApp, TheUserIsBackWhenTheAdAppearsAgain)
+{
+    OpenAd session;
+    session->doOutAppNotify();
+
+    session->viewDidAppear(false);
+
+    EXPECT_FALSE(session->bGoOutApp);
+}
+
+// ------------------------------------------------------------------------------------------------------ in-app browser
+
+TEST(InAppBrowser, IsConfiguredThenOpenedThenPresented)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"launch_type", "inapp"},
+                              {"data", NSDictionary{{"u", "http://l/"},
+                                                    {"custom_close", true},
+                                                    {"show_nav_bar", "1"},
+                                                    {"show_prog_bar", 1},
+                                                    {"bk_c", 4278255360.0}}}});
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("kit browser.create", "kit addExtraView",
+                            "kit browser.expand http://l/ true true true 812 375 [0,1,0,1] 1700000000 7",
+                            "player pause", "super qoroPresent"));
+    EXPECT_TRUE(session->getBDoButtonAction());
+    EXPECT_FALSE(session->bGoOutApp);
+}
+
+TEST(InAppBrowser, IsDarkGreyAndBareUnlessToldOtherwise)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_EQ(session.count_of("kit browser.expand http://l/ false false false 812 375 "
+                               "[0.12549019607843137,0.12549019607843137,0.12549019607843137,0.8] 1700000000 7"),
+              1U);
+}
+
+TEST(InAppBrowser, IsToldTheHostsRoot)
+{
+    OpenAd session;
+
+    session->openInAppAction({{"u", "http://l/"}});
+
+    EXPECT_TRUE(session->rootViewController);
+    EXPECT_EQ(session->qoroInAppWebViewController->rootViewController, session->rootViewController);
+}
+
+TEST(InAppBrowser, StandsOnTheHostsWindow)
+{
+    OpenAd session;
+
+    session->openInAppAction({{"u", "http://l/"}});
+
+    EXPECT_FALSE(session->windowTempWindow);
+    EXPECT_TRUE(session->windowDefaultWindow.isKeyWindow());
+    EXPECT_TRUE(session->qoroInAppWebViewController->view().superview() == session->windowDefaultWindow);
+}
+
+World before_ios8()
+{
+    World world = AdSession::manual_world();
+    world.device.facts.ios8 = false;
+    return world;
+}
+
+TEST(InAppBrowser, BeforeIOS8StaysWhereItOpened)
+{
+    OpenAd session(before_ios8());
+
+    session->openInAppAction({{"u", "http://l/"}});
+
+    EXPECT_TRUE(session->windowTempWindow);
+    EXPECT_TRUE(session->qoroInAppWebViewController->view().superview() == session->windowTempWindow);
+}
+
+TEST(InAppBrowser, BeforeIOS8StandsOnTheHostsWindowInALockedUprightHost)
+{
+    OpenAd session(before_ios8());
+    session->bIsLockOneSide = true;
+
+    session->openInAppAction({{"u", "http://l/"}});
+
+    EXPECT_FALSE(session->windowTempWindow);
+    EXPECT_TRUE(session->qoroInAppWebViewController->view().superview() == session->windowDefaultWindow);
+}
+
+TEST(InAppBrowser, WithoutDataDoesNotOpen)
+{
+    OpenAd session;
+
+    session->openInAppAction(nullptr);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(InAppBrowser, OnALandscapeDeviceTakesTheVideoOffTheScreen)
+{
+    OpenAd session;
+    session.rotate(UIDeviceOrientationLandscapeRight);
+
+    session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_FALSE(session->qoroMoviePlayer.view().superview());
+}
+
+TEST(InAppBrowser, OnAnUprightDeviceLeavesTheVideoInItsWindow)
+{
+    OpenAd session;
+    const UIWindow window = session->windowTempWindow;
+
+    session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_TRUE(session->qoroMoviePlayer.view().superview() == window);
+}
+
+} // namespace
+} // namespace qoro

@@ -1,0 +1,513 @@
+#include "tests/support/AdSession.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::IsEmpty;
+
+constexpr const char* LandscapeLayout = R"(js video_orientation {"orientation":"landscape"} 0)";
+constexpr const char* PortraitLayout = R"(js video_orientation {"orientation":"portrait"} 0)";
+
+World screen_of(double width, double height)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.screen = CGSize{width, height};
+    return world;
+}
+
+/// A host that is locked to landscape on a device held upright.
+World locked_host()
+{
+    World world = screen_of(812, 375);
+    world.device.status_bar_orientation = UIInterfaceOrientationLandscapeRight;
+    return world;
+}
+
+void has_both_modes(AdSession& session)
+{
+    session.ad().portraitModeType = VIDEO_AND_WEBVIEW;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+}
+
+// ------------------------------------------------------------------------------------------------- choosing a layout
+
+TEST(CheckVideoSize, ChangesNothingDuringAClickThrough)
+{
+    AdSession session;
+    session.open();
+    session->setBDoButtonAction(true);
+    session->viewBackground.setHidden(true);
+    session.forget();
+
+    session->checkVideoSize();
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+    EXPECT_TRUE(session->viewBackground.isHidden());
+}
+
+TEST(CheckVideoSize, ChangesNothingUnderAnInAppBrowser)
+{
+    AdSession session;
+    session.open();
+    session->initInAppWebViewController();
+    session->viewBackground.setHidden(true);
+    session.forget();
+
+    session->checkVideoSize();
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+    EXPECT_TRUE(session->viewBackground.isHidden());
+}
+
+TEST(CheckVideoSize, ShowsTheBackgroundInPortrait)
+{
+    AdSession session;
+    session.open();
+    session->viewBackground.setHidden(true);
+
+    session->checkVideoSize();
+
+    EXPECT_FALSE(session->viewBackground.isHidden());
+}
+
+TEST(CheckVideoSize, ALandscapeLaunchWinsOverAnUprightDevice)
+{
+    AdSession session;
+    has_both_modes(session);
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsPortraitNow);
+    EXPECT_EQ(session.count_of(LandscapeLayout), 1U);
+    EXPECT_EQ(session.count_of(PortraitLayout), 0U);
+}
+
+TEST(CheckVideoSize, ALaunchInTheOtherLandscapeIsNone)
+{
+    AdSession session;
+    has_both_modes(session);
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeRight;
+
+    session.open();
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+}
+
+TEST(CheckVideoSize, ALandscapeDeviceGetsTheLandscapeModeThatTheAdHas)
+{
+    AdSession session;
+    has_both_modes(session);
+    session.rotate(UIDeviceOrientationLandscapeRight);
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsPortraitNow);
+}
+
+TEST(CheckVideoSize, APortraitOnlyAdHeldInLandscapeGetsThePortraitLayout)
+{
+    AdSession session;
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+
+    session.open();
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+}
+
+TEST(CheckVideoSize, AnAdWithoutPortraitModeGetsTheLandscapeLayout)
+{
+    AdSession session;
+    session.ad().portraitModeType = VideoAdMode{};
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsPortraitNow);
+}
+
+TEST(CheckVideoSize, AFullPortraitVideoIsLaidOutInPortraitEvenForALandscapeLaunch)
+{
+    AdSession session;
+    has_both_modes(session);
+    session.ad().portraitVideoPos = FULL;
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
+
+    session.open();
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+    EXPECT_EQ(session.count_of(LandscapeLayout), 0U);
+}
+
+TEST(CheckVideoSize, ADeviceThatLiesFlatGetsThePortraitLayout)
+{
+    AdSession session;
+    has_both_modes(session);
+    session.rotate(UIDeviceOrientationFaceUp);
+
+    session.open();
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+}
+
+TEST(CheckVideoSize, AnUnknownDeviceOrientationGetsThePortraitLayout)
+{
+    AdSession session;
+    has_both_modes(session);
+    session.rotate(UIDeviceOrientationUnknown);
+
+    session.open();
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+}
+
+TEST(CheckVideoSize, WithoutAnAdItChoosesTheLandscapeLayout)
+{
+    AdSession session;
+
+    session->checkVideoSize();
+
+    EXPECT_EQ(session.count_of(LandscapeLayout), 1U);
+}
+
+TEST(CheckVideoSize, ALandscapeStatusBarOverAnUprightDeviceOnAWideScreenIsALockedHost)
+{
+    AdSession session(locked_host());
+    has_both_modes(session);
+
+    session.open();
+
+    EXPECT_TRUE(session->bIsLockOneSide);
+    EXPECT_TRUE(session->bIsLockOneSideAndIsLandscape);
+    EXPECT_FALSE(session->bIsPortraitNow);
+}
+
+TEST(CheckVideoSize, ASquareScreenIsNoLockedHost)
+{
+    World world = screen_of(400, 400);
+    world.device.status_bar_orientation = UIInterfaceOrientationLandscapeRight;
+    AdSession session(world);
+    has_both_modes(session);
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsLockOneSide);
+    EXPECT_FALSE(session->bIsLockOneSideAndIsLandscape);
+}
+
+TEST(CheckVideoSize, ALandscapeDeviceIsNoLockedHost)
+{
+    AdSession session(locked_host());
+    has_both_modes(session);
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsLockOneSide);
+}
+
+TEST(CheckVideoSize, ALockedHostStaysLocked)
+{
+    AdSession session(locked_host());
+    has_both_modes(session);
+    session.open();
+
+    session.turn_status_bar(UIInterfaceOrientationPortrait);
+
+    EXPECT_TRUE(session->bIsLockOneSide);
+    EXPECT_TRUE(session->bIsLockOneSideAndIsLandscape);
+}
+
+TEST(CheckVideoSize, ALockedHostWhoseStatusBarStandsUprightGetsThePortraitLayout)
+{
+    AdSession session;
+    has_both_modes(session);
+    session->bIsLockOneSide = true;
+
+    session.open();
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+}
+
+TEST(CheckVideoSize, EndsWithTheBarsShownAndTheLabelBroughtUpToDate)
+{
+    AdSession session;
+    session.open();
+    session.player_lasts(30);
+    session->setControlBottonInVisible(true);
+
+    session->checkVideoSize();
+
+    EXPECT_FALSE(session->bIsHideControlbutton);
+    EXPECT_EQ(session->timerSetControllerButtonHide.fireDate(), 3.0);
+    EXPECT_EQ(session->labelRemainderTime.text(), "00:30");
+}
+
+TEST(CheckVideoSize, ReportsTheTimeTwiceWhileItPlaysOnceForTheLayoutAndOnceForItself)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session->checkVideoSize();
+
+    EXPECT_EQ(session.count_of(R"(js video_timeupdate {"e":{"current_time":"0"}} 0)"), 2U);
+}
+
+// -------------------------------------------------------------------------------------------------------- status bar
+
+TEST(StatusBarTurn, LaysTheAdOutAgain)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session.turn_status_bar(UIInterfaceOrientationLandscapeLeft);
+
+    EXPECT_EQ(session.count_of(PortraitLayout), 1U);
+}
+
+TEST(StatusBarTurn, IsIgnoredWhileAStorePageBelongsToTheAd)
+{
+    AdSession session;
+    session.ad().strStoreId = "42";
+    session.open();
+    session.forget();
+
+    session.turn_status_bar(UIInterfaceOrientationLandscapeLeft);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+// --------------------------------------------------------------------------------------------------- follow-up check
+
+/// Laid out in landscape on an upright device: landscape left is expected.
+void expect_landscape(AdSession& session)
+{
+    has_both_modes(session);
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
+    session.open();
+    session.forget();
+}
+
+/// Laid out in portrait on a device that lies flat: portrait is expected.
+void expect_portrait(AdSession& session)
+{
+    has_both_modes(session);
+    session.rotate(UIDeviceOrientationFaceUp);
+    session.open();
+    session.forget();
+}
+
+TEST(OrientationFollowUp, RunsOnceAfterFiveSeconds)
+{
+    AdSession session;
+
+    expect_landscape(session);
+
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationLandscapeLeft);
+    EXPECT_EQ(session->timerCheckDeviceOrientation.timeInterval(), 5.0);
+    EXPECT_FALSE(session->timerCheckDeviceOrientation.repeats());
+}
+
+TEST(OrientationFollowUp, ANewCheckReplacesTheOneThatRuns)
+{
+    AdSession session;
+    expect_landscape(session);
+    session.let_pass(3);
+
+    session->checkDeviceOrientation();
+
+    EXPECT_EQ(session->timerCheckDeviceOrientation.fireDate(), 8.0);
+    session.let_pass(2);
+    EXPECT_EQ(session.count_of(LandscapeLayout), 0U);
+}
+
+TEST(OrientationFollowUp, MadeEarlyIsNotMadeAgain)
+{
+    AdSession session;
+    expect_landscape(session);
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+    session->checkIsDeviceOrientationEqualVideoOrientation();
+    session.rotate(UIDeviceOrientationPortrait);
+
+    session.let_pass(10);
+
+    EXPECT_EQ(session.count_of(LandscapeLayout), 0U);
+    EXPECT_EQ(session.count_of(PortraitLayout), 0U);
+}
+
+TEST(OrientationFollowUp, AcceptsTheExpectedSide)
+{
+    AdSession session;
+    expect_landscape(session);
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+
+    session.let_pass(5);
+
+    EXPECT_EQ(session.count_of(LandscapeLayout), 0U);
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationUnknown);
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
+TEST(OrientationFollowUp, AcceptsLandscapeRightForLandscapeLeft)
+{
+    AdSession session;
+    expect_landscape(session);
+    session.rotate(UIDeviceOrientationLandscapeRight);
+
+    session.let_pass(5);
+
+    EXPECT_EQ(session.count_of(LandscapeLayout), 0U);
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationUnknown);
+}
+
+TEST(OrientationFollowUp, LaysOutAgainOnADeviceThatStaysUpright)
+{
+    AdSession session;
+    expect_landscape(session);
+
+    session.let_pass(5);
+
+    EXPECT_EQ(session.count_of(LandscapeLayout), 1U);
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationLandscapeLeft);
+    EXPECT_EQ(session->timerCheckDeviceOrientation.fireDate(), 10.0);
+}
+
+TEST(OrientationFollowUp, DoesNotAcceptUpsideDownForPortrait)
+{
+    AdSession session;
+    expect_portrait(session);
+    session.rotate(UIDeviceOrientationPortraitUpsideDown);
+
+    session.let_pass(5);
+
+    EXPECT_EQ(session.count_of(PortraitLayout), 1U);
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationPortrait);
+}
+
+TEST(OrientationFollowUp, AcceptsPortraitForPortrait)
+{
+    AdSession session;
+    expect_portrait(session);
+    session.rotate(UIDeviceOrientationPortrait);
+
+    session.let_pass(5);
+
+    EXPECT_EQ(session.count_of(PortraitLayout), 0U);
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationUnknown);
+}
+
+TEST(OrientationFollowUp, LaysOutAgainWhenNothingIsExpected)
+{
+    AdSession session;
+    session.open();
+    session->checkDeviceOrientation();
+    session.forget();
+
+    session.let_pass(5);
+
+    EXPECT_EQ(session.count_of(PortraitLayout), 1U);
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
+// ------------------------------------------------------------------------------------------------ questions and calls
+
+TEST(CheckCanOrientation, FromLandscapeLeftAsksForAPortraitMode)
+{
+    AdSession session;
+    session.open();
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+
+    EXPECT_TRUE(session->checkCanOrientation());
+    session.ad().portraitModeType = VideoAdMode{};
+    EXPECT_FALSE(session->checkCanOrientation());
+}
+
+TEST(CheckCanOrientation, FromPortraitAsksForALandscapeMode)
+{
+    AdSession session;
+    session.open();
+
+    EXPECT_FALSE(session->checkCanOrientation());
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    EXPECT_TRUE(session->checkCanOrientation());
+}
+
+TEST(CheckCanOrientation, FromLandscapeRightAndElsewhereIsAlwaysNo)
+{
+    AdSession session;
+    has_both_modes(session);
+    session.open();
+
+    session.rotate(UIDeviceOrientationLandscapeRight);
+    EXPECT_FALSE(session->checkCanOrientation());
+    session.rotate(UIDeviceOrientationPortraitUpsideDown);
+    EXPECT_FALSE(session->checkCanOrientation());
+}
+
+TEST(ChangeOrientation, IsObeyedWhateverModesTheAdHas)
+{
+    AdSession session;
+    session.open();
+
+    session.script_says("changeOrientation", {"landscape"});
+    EXPECT_FALSE(session->bIsPortraitNow);
+    session.script_says("changeOrientation", {"portrait"});
+    EXPECT_TRUE(session->bIsPortraitNow);
+}
+
+TEST(ChangeOrientation, IsComparedLetterByLetter)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session.script_says("changeOrientation", {"Landscape"});
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+    EXPECT_TRUE(session->bIsPortraitNow);
+}
+
+TEST(InterfaceRotation, BeforeTheFirstPlayForcesPortrait)
+{
+    AdSession session;
+    session.open();
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+    session.forget();
+
+    session->didRotateFromInterfaceOrientation(UIInterfaceOrientationPortrait);
+
+    EXPECT_EQ(session.lines("device"), std::vector<std::string>{"1"});
+    EXPECT_EQ(UIDevice::orientation(), UIDeviceOrientationPortrait);
+}
+
+TEST(InterfaceRotation, AfterTheFirstPlayForcesNothing)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session->didRotateFromInterfaceOrientation(UIInterfaceOrientationPortrait);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(StatusBarProbe, AnswersWhatTheApplicationSays)
+{
+    World world = AdSession::manual_world();
+    world.device.status_bar_hidden = true;
+    AdSession hidden(world);
+
+    EXPECT_TRUE(hidden->ckeckIsStatusbarHide());
+    EXPECT_TRUE(hidden->bDefaultStatusBarHidden);
+}
+
+} // namespace
+} // namespace qoro

@@ -1,0 +1,666 @@
+#include "tests/support/AdSession.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+constexpr std::string_view opened = R"(notification NotifyOpenVideoExResult {"Result":"1"})";
+
+World world_with_screen(double width, double height)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.screen = CGSize{width, height};
+    return world;
+}
+
+World world_with_volume(float volume)
+{
+    World world = AdSession::manual_world();
+    world.device.output_volume = volume;
+    return world;
+}
+
+World world_with_cached_video()
+{
+    World world = AdSession::manual_world();
+    world.cached["http://ad/v.mp4"] = "/cache/v.mp4";
+    return world;
+}
+
+World tablet_world()
+{
+    World world = AdSession::manual_world();
+    world.device.facts.phone = false;
+    return world;
+}
+
+HostApp host_that_allows(std::vector<std::int64_t> orientations)
+{
+    HostApp host;
+    host.autorotates = std::move(orientations);
+    return host;
+}
+
+void load(AdSession& session)
+{
+    session.open();
+    session.player_reports_load(MPMovieLoadStatePlayable);
+}
+
+TEST(PlayVideo, SaysLoadingThenMakesThePlayerAndAtLastSaysThatItOpened)
+{
+    AdSession session;
+    session.forget();
+
+    session.open();
+
+    EXPECT_EQ(session.transcript().at(0), "js video_loading null 0");
+    EXPECT_EQ(session.transcript().at(1), "player create http://ad/v.mp4 false");
+    EXPECT_EQ(session.transcript().back(), opened);
+}
+
+TEST(PlayVideo, AsksForThePageBeforeAnythingElse)
+{
+    AdSession session;
+    session.ad().strWebViewUrl = "http://ad/page.html";
+    session.forget();
+
+    session.open();
+
+    EXPECT_EQ(session.transcript().at(0), "request http://ad/page.html page");
+}
+
+TEST(PlayVideo, DropsThePlayerBeforeIt)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session.open();
+
+    EXPECT_EQ(session.transcript().at(0), "player drop");
+}
+
+TEST(PlayVideo, AnEmptyAddressMakesNoPlayerAndSaysSo)
+{
+    AdSession session;
+    session.ad().strVideoUrl = "";
+    session.forget();
+
+    session.open();
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre(R"(notification NotifyOpenVideoExResult {"Result":"9","e":"url = nil."})"));
+    EXPECT_FALSE(session->qoroMoviePlayer);
+    EXPECT_FALSE(session->dicSendTrackingState);
+    EXPECT_FALSE(session->musicPlayer);
+}
+
+TEST(PlayVideo, AnAbsentAddressIsAnEmptyOne)
+{
+    AdSession session;
+    session.forget();
+
+    session->play_video(nullptr);
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre(R"(notification NotifyOpenVideoExResult {"Result":"9","e":"url = nil."})"));
+}
+
+TEST(PlayVideo, AnEmptyAddressStillStartsTheBufferingWatchdog)
+{
+    AdSession session;
+    session.ad().strVideoUrl = "";
+    session.ad().iBufferingSufferTime = 3;
+
+    session.open();
+
+    EXPECT_TRUE(session->timerBufferSufferTime.isValid());
+    EXPECT_FALSE(session->timerVideoLoaded);
+}
+
+TEST(PlayVideo, AnEmptyAddressStillListensForInterruptions)
+{
+    AdSession session;
+    session.ad().strVideoUrl = "";
+    session.open();
+    session.forget();
+
+    session.interrupt(0);
+
+    EXPECT_THAT(session.events(), Contains(StartsWith("video_orientation")));
+}
+
+TEST(PlayVideo, APortraitHostIsPortraitOnly)
+{
+    AdSession session(AdSession::manual_world(), host_that_allows({UIInterfaceOrientationPortrait}));
+
+    session.open();
+
+    EXPECT_TRUE(session->bIsPortraitOnly);
+}
+
+TEST(PlayVideo, AHostThatAllowsOneLandscapeSideIsNotPortraitOnly)
+{
+    AdSession session(AdSession::manual_world(),
+                      host_that_allows({UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeLeft}));
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsPortraitOnly);
+}
+
+TEST(PlayVideo, AHostThatRefusesPortraitIsNotPortraitOnly)
+{
+    AdSession session(AdSession::manual_world(), host_that_allows({}));
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsPortraitOnly);
+}
+
+TEST(PlayVideo, WithoutAPageAFullPortraitVideoIsAloneAndStaysAtItsEnd)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session.ad().bIsHideFullPortraitVideoAtEnd = true;
+
+    session.open();
+
+    EXPECT_EQ(session.ad().portraitModeType, ONLY_VIDEO);
+    EXPECT_FALSE(session.ad().bIsHideFullPortraitVideoAtEnd);
+}
+
+TEST(PlayVideo, WithoutAPageAPortraitArrangementClearsBothFlags)
+{
+    AdSession session;
+    session.ad().bIsHideLandscapeVideoAtEnd = true;
+    session.ad().bIsWebViewInFront = true;
+    session.ad().bIsHideFullPortraitVideoAtEnd = true;
+
+    session.open();
+
+    EXPECT_FALSE(session.ad().bIsHideLandscapeVideoAtEnd);
+    EXPECT_FALSE(session.ad().bIsWebViewInFront);
+    EXPECT_EQ(session.ad().portraitModeType, VIDEO_AND_WEBVIEW);
+    EXPECT_TRUE(session.ad().bIsHideFullPortraitVideoAtEnd);
+}
+
+TEST(PlayVideo, WithoutAPageALandscapeArrangementAloneKeepsHidingItsVideoAtTheEnd)
+{
+    AdSession session;
+    session.ad().portraitModeType = {};
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.ad().bIsHideLandscapeVideoAtEnd = true;
+    session.ad().bIsWebViewInFront = true;
+
+    session.open();
+
+    EXPECT_TRUE(session.ad().bIsHideLandscapeVideoAtEnd);
+    EXPECT_FALSE(session.ad().bIsWebViewInFront);
+}
+
+TEST(PlayVideo, WithoutAPageAndWithoutArrangementsBothFlagsAreCleared)
+{
+    AdSession session;
+    session.ad().portraitModeType = {};
+    session.ad().bIsHideLandscapeVideoAtEnd = true;
+    session.ad().bIsWebViewInFront = true;
+
+    session.open();
+
+    EXPECT_FALSE(session.ad().bIsHideLandscapeVideoAtEnd);
+    EXPECT_FALSE(session.ad().bIsWebViewInFront);
+}
+
+TEST(PlayVideo, WithAPageTheFlagsStay)
+{
+    AdSession session;
+    session.ad().strWebViewUrl = "http://ad/page.html";
+    session.ad().portraitVideoPos = FULL;
+    session.ad().bIsHideFullPortraitVideoAtEnd = true;
+    session.ad().bIsHideLandscapeVideoAtEnd = true;
+
+    session.open();
+
+    EXPECT_EQ(session.ad().portraitModeType, VIDEO_AND_WEBVIEW);
+    EXPECT_TRUE(session.ad().bIsHideFullPortraitVideoAtEnd);
+    EXPECT_TRUE(session.ad().bIsHideLandscapeVideoAtEnd);
+}
+
+TEST(PlayVideo, ANegativeBufferingTimeStartsNoWatchdog)
+{
+    AdSession session;
+    session.ad().iBufferingSufferTime = -1;
+
+    session.open();
+
+    EXPECT_FALSE(session->timerBufferSufferTime);
+}
+
+TEST(PlayVideo, ABufferingTimeOfZeroStartsTheWatchdog)
+{
+    AdSession session;
+    session.ad().iBufferingSufferTime = 0;
+
+    session.open();
+
+    EXPECT_TRUE(session->timerBufferSufferTime.isValid());
+    EXPECT_TRUE(session->timerBufferSufferTime.repeats());
+    EXPECT_EQ(session->timerBufferSufferTime.timeInterval(), 1.0);
+}
+
+TEST(PlayVideo, MilestonesStartUnsent)
+{
+    AdSession session;
+    session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"http://t/s"})},
+                                    {"complete", NSArray::of_strings({"http://t/c"})}};
+
+    session.open();
+
+    EXPECT_EQ(as_text(session->dicSendTrackingState), R"({"start":"0","complete":"0"})");
+    EXPECT_TRUE(session->bUseVASTTracking);
+}
+
+TEST(PlayVideo, AnEmptyMilestoneTableIsNone)
+{
+    AdSession session;
+    session.ad().dicTrackingUrls = NSDictionary::dictionary();
+
+    session.open();
+
+    EXPECT_FALSE(session->bUseVASTTracking);
+    EXPECT_EQ(as_text(session->dicSendTrackingState), "{}");
+}
+
+TEST(PlayVideo, WithoutALoadReportTheVideoCountsAsLoadedAfterOneAndAHalfSeconds)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session.let_pass(1.499999);
+    EXPECT_THAT(session.events(), IsEmpty());
+    session.let_pass(0.000001);
+
+    EXPECT_THAT(session.events(), Contains("video_loaded"));
+    EXPECT_EQ(session->videoState, VideoLoaded);
+}
+
+TEST(PlayVideo, ACachedVideoIsPlayedWhenTheAdWantsIt)
+{
+    AdSession session(world_with_cached_video());
+    session.ad().bIsUseVideoCache = true;
+
+    session.open();
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("create /cache/v.mp4 true"));
+}
+
+TEST(PlayVideo, ACachedVideoIsLeftAloneWhenTheAdDoesNotWantIt)
+{
+    AdSession session(world_with_cached_video());
+    session.ad().bIsUseVideoCache = false;
+
+    session.open();
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("create http://ad/v.mp4 false"));
+}
+
+TEST(PlayVideo, AVideoThatIsNotCachedComesFromItsAddress)
+{
+    AdSession session;
+    session.ad().bIsUseVideoCache = true;
+
+    session.open();
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("create http://ad/v.mp4 false"));
+}
+
+TEST(PlayVideo, TheVolumesSliderIsFoundAndItsVolumeRemembered)
+{
+    AdSession session(world_with_volume(0.25F));
+
+    session.open();
+
+    EXPECT_TRUE(session->volumeSlider);
+    EXPECT_TRUE(session->musicPlayer);
+    EXPECT_EQ(session->fDefaultVolume, 0.25F);
+}
+
+TEST(PlayVideo, TheVolumeViewStandsFortyPointsNarrowerInTheView)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->volumeSlider.superview().superview(), session->view());
+    EXPECT_EQ(session->volumeSlider.superview().frame(), (CGRect{20, 100, 335, 50}));
+}
+
+TEST(PlayVideo, WithoutASliderTheFieldStaysAsItWas)
+{
+    World world = AdSession::manual_world();
+    world.device.volume_slider = false;
+    AdSession session(world);
+
+    session.open();
+
+    EXPECT_FALSE(session->volumeSlider);
+    EXPECT_TRUE(session->musicPlayer);
+}
+
+TEST(PlayVideo, AnAdThatStartsMutedIsMutedOnceLoaded)
+{
+    AdSession session;
+    session.ad().bIsDefaultMute = true;
+    session.ad().arrayMuteTrackingUrls = NSArray::of_strings({"http://t/mute"});
+
+    load(session);
+
+    EXPECT_TRUE(session->bIsMute);
+    EXPECT_THAT(session.lines("volume"), ElementsAre("0"));
+    EXPECT_THAT(session.fetched(), IsEmpty());
+}
+
+TEST(PlayVideo, AnAdThatStartsWithSoundIsAtTheStartsVolumeOnceLoaded)
+{
+    AdSession session;
+    session.ad().arrayUnmuteTrackingUrls = NSArray::of_strings({"http://t/unmute"});
+
+    load(session);
+
+    EXPECT_FALSE(session->bIsMute);
+    EXPECT_THAT(session.lines("volume"), ElementsAre("0.6"));
+    EXPECT_THAT(session.fetched(), IsEmpty());
+}
+
+TEST(PlayVideo, AnAdWithSoundOnASilentDeviceIsAtHalfVolumeOnceLoaded)
+{
+    AdSession session(world_with_volume(0));
+
+    load(session);
+
+    EXPECT_THAT(session.lines("volume"), ElementsAre("0.5"));
+}
+
+TEST(PlayVideo, ThePlayerIsSetUpForTheLayouts)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = TOP;
+
+    session.open();
+
+    const PlayerSettings settings = session->qoroMoviePlayer.settings();
+    EXPECT_FALSE(settings.fullscreen);
+    EXPECT_FALSE(settings.should_autoplay);
+    EXPECT_EQ(settings.repeat_mode, MPMovieRepeatModeNone);
+    EXPECT_EQ(settings.control_style, MPMovieControlStyleNone);
+    EXPECT_EQ(settings.source_type, MPMovieSourceTypeUnknown);
+    EXPECT_TRUE(session->qoroMoviePlayer.view().isOpaque());
+    EXPECT_EQ(session->btnClickListener.superview(), session->qoroMoviePlayer.view());
+}
+
+TEST(PlayVideo, AutoplayIsTheAdsWish)
+{
+    AdSession session;
+    session.ad().bIsAutoStart = true;
+
+    session.open();
+
+    EXPECT_TRUE(session->qoroMoviePlayer.settings().should_autoplay);
+}
+
+TEST(PlayVideo, TheViewAndThePageAreSeeThrough)
+{
+    AdSession session(world_with_screen(375, 667));
+
+    session.open();
+
+    EXPECT_FALSE(session->view().isOpaque());
+    EXPECT_FALSE(session->webView().isOpaque());
+    EXPECT_EQ(session->view().backgroundColor(), UIColor::clearColor());
+    EXPECT_EQ(session->webView().backgroundColor(), UIColor::clearColor());
+}
+
+TEST(PlayVideo, AScreenOf812PointsGetsABlackBackdrop)
+{
+    AdSession session(world_with_screen(375, 812));
+
+    session.open();
+
+    EXPECT_EQ(session->view().backgroundColor(), UIColor::colorWithRed(0, 0, 0, 0.7));
+}
+
+TEST(PlayVideo, AScreenOf811PointsGetsNone)
+{
+    AdSession session(world_with_screen(375, 811));
+
+    session.open();
+
+    EXPECT_EQ(session->view().backgroundColor(), UIColor::clearColor());
+}
+
+TEST(PlayVideo, AScreenOf813PointsGetsNone)
+{
+    AdSession session(world_with_screen(375, 813));
+
+    session.open();
+
+    EXPECT_EQ(session->view().backgroundColor(), UIColor::clearColor());
+}
+
+TEST(PlayVideo, TheAdsBackgroundColourWins)
+{
+    AdSession session;
+    session.ad().strBackgroundColor = "4294901760";
+
+    session.open();
+
+    EXPECT_EQ(session->view().backgroundColor(), UIColor::colorWithRed(1, 0, 0, 1));
+    EXPECT_EQ(session->webView().alpha(), 1.0);
+}
+
+TEST(PlayVideo, WithoutABackgroundColourThePageIsTransparent)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->webView().alpha(), 0.0);
+}
+
+TEST(PlayVideo, ThePageStandsInTheViewAndTheViewInAWindowAboveTheStatusBar)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->webView().superview(), session->view());
+    EXPECT_EQ(session->view().superview(), session->windowTempWindow);
+    EXPECT_EQ(session->windowTempWindow.windowLevel(), 1001.0);
+}
+
+TEST(PlayVideo, AnAdWithBothArrangementsCanTurn)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session.open();
+
+    EXPECT_FALSE(session->bOnlyOneSideVideo);
+}
+
+TEST(PlayVideo, AnAdWithOneArrangementCannot)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_TRUE(session->bOnlyOneSideVideo);
+}
+
+TEST(PlayVideo, OnAPhoneTheStorePageIsMadeAtTheStart)
+{
+    AdSession session;
+    session.ad().strStoreId = "42";
+    session.ad().strCampaignId = "c";
+
+    session.open();
+
+    EXPECT_THAT(session.lines("kit"), ElementsAre(R"(store.create ["42","c",null,null])"));
+    EXPECT_TRUE(session->appStoreWindow);
+}
+
+TEST(PlayVideo, OnATabletTheStorePageIsMadeAtEachPause)
+{
+    AdSession session(tablet_world());
+    session.ad().strStoreId = "42";
+    session.open();
+    session.plays();
+    EXPECT_THAT(session.lines("kit"), IsEmpty());
+
+    session.pauses_at(3);
+
+    EXPECT_THAT(session.lines("kit"), Contains(StartsWith("store.create")));
+}
+
+TEST(PlayVideo, TheBarsAreToHideInThreeSeconds)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->timerSetControllerButtonHide.fireDate(), 3.0);
+}
+
+TEST(PlayVideo, AfterAnEndTheBarsAreNotToHide)
+{
+    AdSession session;
+    session->bIsPlayFinish = true;
+
+    session.open();
+
+    EXPECT_FALSE(session->timerSetControllerButtonHide);
+}
+
+TEST(PlayVideo, FourPlayerNotificationsAndTheInterruptionAreObserved)
+{
+    AdSession session;
+    const std::size_t before = NSNotificationCenter::defaultCenter().count_of(&session.controller());
+
+    session.open();
+
+    EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), before + 5);
+}
+
+TEST(PlayVideo, RemovingThePlayersObserversLeavesTheInterruption)
+{
+    AdSession session;
+    const std::size_t before = NSNotificationCenter::defaultCenter().count_of(&session.controller());
+    session.open();
+
+    session->removeObserverFromQoroMoviePlayer();
+
+    EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), before + 1);
+}
+
+TEST(PlayVideo, AnotherPlayersLoadStateIsNotHeard)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    NSNotificationCenter::defaultCenter().deliver(MPMoviePlayerPlaybackDidFinishNotification, &session);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(PlayVideo, AnySendersPlaybackStateIsHeard)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    NSNotificationCenter::defaultCenter().deliver(MPMoviePlayerPlaybackStateDidChangeNotification, &session);
+
+    EXPECT_THAT(session.events(), ElementsAre("video_ended"));
+}
+
+TEST(Interruption, ItsBeginPausesThePlayerAndTakesItsPictureAway)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.interrupt(1);
+
+    EXPECT_THAT(session.transcript(), ElementsAre("player pause"));
+    EXPECT_FALSE(session->qoroMoviePlayer.view().superview());
+}
+
+TEST(Interruption, ItsEndLaysTheVideoOutAndPlays)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.interrupt(1);
+    session.pauses_at(3);
+    session.forget();
+
+    session.interrupt(0);
+
+    EXPECT_THAT(session.events(), Contains(StartsWith("video_orientation")));
+    EXPECT_EQ(session.transcript().back(), "player play");
+    EXPECT_TRUE(session->qoroMoviePlayer.view().superview());
+}
+
+TEST(Interruption, ItsEndDuringAClickThroughPlaysNothing)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.pauses_at(3);
+    session->setBDoButtonAction(true);
+    session.forget();
+
+    session.interrupt(0);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(Interruption, AnyOtherTypeIsIgnored)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.interrupt(2);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(Interruption, WithoutAPlayerItsBeginDoesNothing)
+{
+    AdSession session;
+    session.ad().strVideoUrl = "";
+    session.open();
+    session.forget();
+
+    session.interrupt(1);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+} // namespace
+} // namespace qoro

@@ -1,0 +1,463 @@
+#include "Base/VideoPlayer/VideoImage/VideoImage.h"
+#include "tests/support/AdSession.h"
+#include "tests/support/Views.h"
+
+#include <gmock/gmock.h>
+
+#include <cmath>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+
+World screen_of(double width, double height)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.screen = CGSize{width, height};
+    return world;
+}
+
+HostApp rotating_host()
+{
+    HostApp host;
+    host.autorotates = {UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeRight};
+    return host;
+}
+
+CGRect video_frame(const AdSession& session)
+{
+    return session->playerViewController.view().frame();
+}
+
+TEST(PortraitLayout, TellsTheScriptThenShowsTheSpinnerThenPlacesTheCloseButton)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->setPortraitModeScreen();
+
+    EXPECT_THAT(session.transcript(), ElementsAre(R"(js video_orientation {"orientation":"portrait"} 0)",
+                                                  R"(js video_visibilitychange {"e":{"visibility":1}} 0)",
+                                                  R"(js video_orientation {"e":{"orientation":"portrait"}} 0)",
+                                                  "super showProgressbar 167 85", "log 0 Added Video Close Button",
+                                                  "log 0 Added Count Down View"));
+}
+
+TEST(PortraitLayout, AFullVideoIsNotShownByIt)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session.open();
+    session->qoroMoviePlayer.view().setHidden(true);
+    session.forget();
+
+    session->setPortraitModeScreen();
+
+    EXPECT_TRUE(session->qoroMoviePlayer.view().isHidden());
+    EXPECT_THAT(session.transcript(), ElementsAre(R"(js video_orientation {"orientation":"portrait"} 0)",
+                                                  R"(js video_orientation {"e":{"orientation":"portrait"}} 0)",
+                                                  "super showProgressbar 167 347", "log 0 Added Video Close Button",
+                                                  "log 0 Added Count Down View"));
+}
+
+TEST(PortraitLayout, ABandIsShownEvenWhereTheRuleForShowingRefuses)
+{
+    AdSession session;
+    session.open();
+    session->qoroMoviePlayer.view().setHidden(true);
+
+    session->setPortraitModeScreen();
+
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+}
+
+TEST(PortraitLayout, IsRememberedAsPortrait)
+{
+    AdSession session;
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
+    session.open();
+    session.rotate(UIDeviceOrientationFaceUp);
+
+    session->setPortraitModeScreen();
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+    EXPECT_FALSE(session->bIsVideoOrientationLandscape);
+    EXPECT_FALSE(session->bIsFullScreen);
+    EXPECT_EQ(session->currentOrientation, UIDeviceOrientationFaceUp);
+}
+
+TEST(PortraitLayout, AVideoAtTheTopOfATallScreenStandsBelowTheHousingAndAboveThePage)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->fVideoHeight, 210.9375F);
+    EXPECT_EQ(video_frame(session), (CGRect{0, 44, 375, 210.9375}));
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 254.9375, 375, 523.0625}));
+}
+
+TEST(PortraitLayout, AVideoAtTheBottomStandsBelowThePage)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = BOTTOM;
+
+    session.open();
+
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 523.0625}));
+    EXPECT_EQ(video_frame(session), (CGRect{0, 567.0625, 375, 210.9375}));
+}
+
+TEST(PortraitLayout, AVideoInTheMiddleStandsOverThePage)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = MIDDLE;
+
+    session.open();
+
+    EXPECT_EQ(session->fPortraitModeVideoPosY, 300.53125F);
+    EXPECT_EQ(video_frame(session), (CGRect{0, 300.53125, 375, 210.9375}));
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 734}));
+}
+
+TEST(PortraitLayout, AFullVideoFillsASmallScreen)
+{
+    AdSession session(screen_of(320, 568));
+    session.ad().portraitVideoPos = FULL;
+
+    session.open();
+
+    EXPECT_EQ(session->fVideoHeight, 568);
+    EXPECT_EQ(video_frame(session), (CGRect{0, 0, 320, 568}));
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 0, 320, 568}));
+    EXPECT_EQ(session->btnBrandIcon.frame(), (CGRect{51, 0, 35, 35}));
+    EXPECT_TRUE(session->bIsFullScreen);
+    EXPECT_TRUE(session->qoroMoviePlayer.settings().fullscreen);
+}
+
+TEST(PortraitLayout, AFullVideoStaysWithinATallScreensInsets)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+
+    session.open();
+
+    EXPECT_EQ(video_frame(session), (CGRect{0, 44, 375, 734}));
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 734}));
+}
+
+TEST(PortraitLayout, AVideoAtASideStandsAtTheTop)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = LEFT;
+
+    session.open();
+
+    EXPECT_EQ(video_frame(session), (CGRect{0, 44, 375, 210.9375}));
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 210.9375}));
+}
+
+TEST(PortraitLayout, AScreenHalfAPointTallerHasNoInsets)
+{
+    AdSession session(screen_of(375, 812.5));
+
+    session.open();
+
+    EXPECT_EQ(video_frame(session), (CGRect{0, 0, 375, 210.9375}));
+}
+
+TEST(PortraitLayout, AScreenOnePointShorterHasNoInsets)
+{
+    AdSession session(screen_of(375, 811));
+
+    session.open();
+
+    EXPECT_EQ(video_frame(session), (CGRect{0, 0, 375, 210.9375}));
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 210.9375, 375, 600.0625}));
+}
+
+TEST(PortraitLayout, TheBandStaysWhereItWasPlacedEvenWhenThePageHasMoved)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = BOTTOM;
+    session.open();
+    session.ad().fVideoHeight = 1280;
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 359}));
+    EXPECT_EQ(video_frame(session), (CGRect{0, 567.0625, 375, 375}));
+}
+
+TEST(PortraitLayout, AForgottenPlaceIsFoundAnew)
+{
+    AdSession session;
+    session.open();
+    session.ad().portraitVideoPos = MIDDLE;
+    session->fPortraitModeVideoPosY = -1;
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session->fPortraitModeVideoPosY, 300.53125F);
+}
+
+TEST(PortraitLayout, AVideoWithoutWidthHasNoFiniteBand)
+{
+    AdSession session;
+    session.ad().fVideoWidth = 0;
+
+    session.open();
+
+    EXPECT_TRUE(std::isinf(session->fVideoHeight));
+}
+
+TEST(PortraitLayout, TheTapCatcherCoversTheVideo)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 375, 210.9375}));
+}
+
+TEST(PortraitLayout, TheBrandTextIsHidden)
+{
+    AdSession session;
+    session.ad().strBrandText = "Brand";
+
+    session.open();
+
+    EXPECT_TRUE(session->labelBrandText.isHidden());
+    EXPECT_EQ(session->btnBrandIcon.frame(), (CGRect{51, 0, 41, 41}));
+}
+
+TEST(PortraitLayout, TheRootFillsTheScreenAndNothingIsTurned)
+{
+    AdSession session;
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
+    session.open();
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 375, 812}));
+    EXPECT_EQ(session->webView().transform().angle, 0);
+    EXPECT_EQ(session->playerViewController.view().transform().angle, 0);
+    EXPECT_EQ(session->miImageView.transform().angle, 0);
+}
+
+TEST(PortraitLayout, TheVideoFitsItsBand)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_EQ(session->qoroMoviePlayer.settings().scaling_mode, MPMovieScalingModeAspectFit);
+    EXPECT_FALSE(session->qoroMoviePlayer.settings().fullscreen);
+    EXPECT_EQ(session->qoroMoviePlayer.view().autoresizingMask(), 0);
+}
+
+TEST(PortraitLayout, PutsTheVideoOverThePageAndTheHiddenImageOnTop)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_THAT(session->windowTempWindow.subviews(),
+                ElementsAre(UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
+    EXPECT_EQ(session->miImageView.frame(), (CGRect{0, 44, 375, 210.9375}));
+}
+
+TEST(PortraitLayout, OffersTheFullScreenInAPortraitOnlyHost)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session.open();
+
+    EXPECT_FALSE(session->btnScreenScale.isHidden());
+    EXPECT_EQ(picture_of(session->btnScreenScale), arrayVideoFullscreenButton);
+}
+
+TEST(PortraitLayout, OffersNoFullScreenInAHostThatRotates)
+{
+    AdSession session(AdSession::manual_world(), rotating_host());
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session.open();
+
+    EXPECT_TRUE(session->btnScreenScale.isHidden());
+}
+
+TEST(PortraitLayout, OffersNoFullScreenForAnAdWithoutLandscapeMode)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_TRUE(session->btnScreenScale.isHidden());
+}
+
+TEST(PortraitLayout, OffersNoFullScreenForAFullVideo)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.ad().portraitVideoPos = FULL;
+
+    session.open();
+
+    EXPECT_TRUE(session->btnScreenScale.isHidden());
+}
+
+// -------------------------------------------------------------------------------- a host locked to landscape, sideways
+
+/// A full-screen portrait ad in a host that is locked.
+void open_full_locked(AdSession& session)
+{
+    session.ad().portraitVideoPos = FULL;
+    session->bIsLockOneSide = true;
+    session.open();
+}
+
+TEST(SidewaysPortraitLayout, AFullVideoInALockedHostIsTurnedBack)
+{
+    AdSession session;
+
+    open_full_locked(session);
+
+    EXPECT_EQ(session->webView().transform().angle, -QuarterTurn);
+    EXPECT_EQ(session->playerViewController.view().transform().angle, -QuarterTurn);
+    EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 812, 375}));
+}
+
+TEST(SidewaysPortraitLayout, ItIsTurnedTheOtherWayForLandscapeRight)
+{
+    AdSession session;
+    session.rotate(UIDeviceOrientationLandscapeRight);
+
+    open_full_locked(session);
+
+    EXPECT_EQ(session->webView().transform().angle, QuarterTurn);
+    EXPECT_EQ(session->playerViewController.view().transform().angle, QuarterTurn);
+}
+
+TEST(SidewaysPortraitLayout, AHostLockedToPortraitTurnsNothing)
+{
+    AdSession session;
+    session->bIsLockOneSideAndIsPortrait = true;
+
+    open_full_locked(session);
+
+    EXPECT_EQ(session->webView().transform().angle, 0);
+    EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 375, 734}));
+}
+
+TEST(SidewaysPortraitLayout, BeforeIOS8NothingIsTurned)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.ios8 = false;
+    AdSession session(world);
+
+    open_full_locked(session);
+
+    EXPECT_EQ(session->webView().transform().angle, 0);
+}
+
+// ---------------------------------------------------------------------------------------------------------- the rest
+
+TEST(PortraitLayout, ExpectsADeviceThatIsHeldOtherwiseToBeTurned)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.rotate(UIDeviceOrientationFaceUp);
+
+    session.open();
+
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationPortrait);
+    EXPECT_EQ(session->timerCheckDeviceOrientation.fireDate(), 5.0);
+}
+
+TEST(PortraitLayout, ExpectsNothingOfAnUprightDevice)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session.open();
+
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationUnknown);
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
+TEST(PortraitLayout, ExpectsNothingOfAnAdWithOneArrangement)
+{
+    AdSession session;
+    session.rotate(UIDeviceOrientationFaceUp);
+
+    session.open();
+
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
+TEST(PortraitLayout, ExpectsNothingOfALockedHost)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.rotate(UIDeviceOrientationFaceUp);
+    session->bIsLockOneSide = true;
+
+    session.open();
+
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
+TEST(PortraitLayout, APageInFrontTakesTheControlsAway)
+{
+    AdSession session;
+    session.ad().strWebViewUrl = "http://ad/page.html";
+    session.ad().bIsWebViewInFront = true;
+
+    session.open();
+
+    EXPECT_FALSE(session->btnClose);
+    EXPECT_FALSE(session->btnMute);
+}
+
+TEST(PortraitLayout, OnAPhoneTheStorePageTakesEverythingBelowTheVideo)
+{
+    AdSession session;
+    session.ad().strStoreId = "42";
+
+    session.open();
+
+    EXPECT_EQ(session->appStoreWindow.frame(), (CGRect{0, 254.9375, 375, 557.0625}));
+}
+
+TEST(PortraitLayout, OnATabletNoWindowIsPlacedBelowTheVideo)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.phone = false;
+    AdSession session(world);
+    session->appStoreWindow = UIWindow::create();
+
+    session.open();
+
+    EXPECT_EQ(session->appStoreWindow.frame(), CGRect{});
+}
+
+TEST(PortraitLayout, WithoutViewsThePageBeginsAtTheTop)
+{
+    AdSession session;
+    session.open();
+    session->playerViewController = nullptr;
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 0, 375, 778}));
+    EXPECT_EQ(session->miImageView.frame(), CGRect{});
+}
+
+} // namespace
+} // namespace qoro

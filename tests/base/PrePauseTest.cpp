@@ -1,0 +1,194 @@
+#include "tests/support/AdSession.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+void play(AdSession& session)
+{
+    session.open();
+    session.plays();
+    session.forget();
+}
+
+TEST(PrePauseStatus, AnUnknownLocationHasNotPaused)
+{
+    AdSession session;
+
+    EXPECT_FALSE(session->prePauseStatusAtLocation(5));
+    EXPECT_EQ(as_text(session->prePauseStatusDict), "{}");
+}
+
+TEST(PrePauseStatus, ALocationsStatusIsKept)
+{
+    AdSession session;
+    session->prePauseStatusAtLocation(5);
+
+    session->setPrePauseStatusWithStatus(true, 5);
+
+    EXPECT_TRUE(session->prePauseStatusAtLocation(5));
+    EXPECT_FALSE(session->prePauseStatusAtLocation(6));
+}
+
+TEST(PrePauseStatus, SettingItBeforeAnyQuestionLeavesNoTrace)
+{
+    AdSession session;
+
+    session->setPrePauseStatusWithStatus(true, 5);
+
+    EXPECT_FALSE(session->prePauseStatusDict);
+    EXPECT_FALSE(session->prePauseStatusAtLocation(5));
+}
+
+TEST(PrePauseStatus, ResettingKeepsTheLocationsAndTurnsThemOff)
+{
+    AdSession session;
+    session->prePauseStatusAtLocation(5);
+    session->setPrePauseStatusWithStatus(true, 5);
+    session->setPrePauseStatusWithStatus(true, 10);
+
+    session->resetPrePauseStatus();
+
+    EXPECT_EQ(as_text(session->prePauseStatusDict), R"({"5":false,"10":false})");
+}
+
+TEST(PrePauseStatus, ResettingBeforeAnyQuestionMakesNothing)
+{
+    AdSession session;
+
+    session->resetPrePauseStatus();
+
+    EXPECT_FALSE(session->prePauseStatusDict);
+}
+
+TEST(PrePauseStatus, ClearingForgetsEverything)
+{
+    AdSession session;
+    session->prePauseStatusAtLocation(5);
+
+    session->clearPrePauseStatus();
+
+    EXPECT_FALSE(session->prePauseStatusDict);
+}
+
+TEST(PrePause, APassedLocationPausesOnce)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    play(session);
+
+    session.player_is_at(5.02);
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause"));
+    EXPECT_TRUE(session->prePauseStatusAtLocation(5));
+}
+
+TEST(PrePause, BeforeTheLocationNothingPauses)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    play(session);
+
+    session.player_is_at(4.99);
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+}
+
+TEST(PrePause, TheLocationZeroNeverPauses)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {0};
+    play(session);
+
+    session.player_is_at(5);
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+}
+
+TEST(PrePause, ASeekPastTwoLocationsAsksForTwoPausesInOneTick)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5, 10};
+    play(session);
+    session.player_is_at(3);
+    session->setVideoSeekToTime(12);
+    session.forget();
+
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause", "pause"));
+    EXPECT_EQ(as_text(session->prePauseStatusDict), R"({"5":true,"10":true})");
+}
+
+TEST(PrePause, AfterResumingPastALocationItDoesNotPauseAgain)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    play(session);
+    session.player_is_at(5);
+    session.let_pass(0.1);
+    session.pauses_at(5);
+    session.plays_on();
+    session.forget();
+
+    session.player_is_at(6);
+    session.let_pass(1);
+
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+}
+
+TEST(PrePause, AfterAReplayALocationPausesOnceMore)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    play(session);
+    session.player_is_at(5);
+    session.let_pass(0.1);
+    session.ends();
+    session.tap(session->btnReplay);
+    session.plays_on();
+    session.forget();
+
+    session.player_is_at(5);
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause"));
+}
+
+TEST(PrePause, AfterCancellingNoLocationPausesAndTheListIsEmpty)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    play(session);
+
+    session->cancelPrePauseLocations();
+    session.player_is_at(6);
+    session.let_pass(1);
+
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+    EXPECT_EQ(as_text(session.ad().arrayPrePauseLocations), "[]");
+    EXPECT_FALSE(session->prePauseStatusDict);
+}
+
+TEST(PrePause, AfterCancellingTheFineTickStays)
+{
+    AdSession session;
+    play(session);
+    session->cancelPrePauseLocations();
+
+    session.plays_on();
+
+    EXPECT_EQ(session->timerUpdateRemainderTime.timeInterval(), 0.1);
+}
+
+} // namespace
+} // namespace qoro

@@ -1,0 +1,256 @@
+#include "tests/support/AdSession.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+TEST(AddEventListener, ALateListenerOfLoadingIsToldAgain)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->addEventListener("video_loading", "1", "1");
+
+    EXPECT_THAT(session.transcript(), ElementsAre("js video_loading null 1"));
+}
+
+TEST(AddEventListener, AListenerOfLoadingIsToldNothingOnceTheVideoHasLoaded)
+{
+    AdSession session;
+    session.open();
+    session.player_reports_load(MPMovieLoadStatePlayable);
+    session.forget();
+
+    session->addEventListener("video_loading", "1", "1");
+
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST(AddEventListener, AListenerOfLoadedIsToldNothingWhileTheVideoLoads)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->addEventListener("video_loaded", "1", "1");
+
+    EXPECT_THAT(session.events(), IsEmpty());
+    EXPECT_EQ(session->videoState, VideoLoading);
+}
+
+TEST(AddEventListener, AListenerOfLoadedIsToldNothingASecondTime)
+{
+    AdSession session;
+    session.open();
+    session.player_reports_load(MPMovieLoadStatePlayable);
+    session.forget();
+
+    session->addEventListener("video_loaded", "1", "1");
+
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST(AddEventListener, AListenerOfPlayWhileThePlayerIsPausedSetsTheStateBackToPlay)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.pauses_at(3);
+    session.forget();
+
+    session->addEventListener("video_play", "1", "1");
+
+    EXPECT_THAT(session.events(), ElementsAre("video_play"));
+    EXPECT_EQ(session->videoState, VideoPlay);
+}
+
+TEST(AddEventListener, AListenerOfPlayBeforeAnyPlayIsToldNothing)
+{
+    AdSession session;
+    session.open();
+    session.player_reports_load(MPMovieLoadStatePlayable);
+    session.forget();
+
+    session->addEventListener("video_play", "1", "1");
+
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST(AddEventListener, AListenerOfTheVolumeIsToldItOnceTheVideoHasPlayed)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session->addEventListener("video_volumechange", "1", "1");
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(video_volumechange {"e":{"volume":"1"}})"));
+}
+
+TEST(AddEventListener, AListenerOfTheVolumeIsToldNothingBeforeThat)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->addEventListener("video_volumechange", "1", "1");
+
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST(AddEventListener, AListenerOfTheOrientationIsToldItOnceTheVideoHasPlayed)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session->addEventListener("video_orientation", "1", "1");
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(video_orientation {"e":{"orientation":"portrait"}})"));
+}
+
+TEST(AddEventListener, AListenerOfTheOrientationIsToldNothingBeforeThat)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->addEventListener("video_orientation", "1", "1");
+
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST(AddEventListener, AListenerOfTheVisibilityIsToldItInAnyState)
+{
+    AdSession session;
+    session.forget();
+
+    session->addEventListener("video_visibilitychange", "1", "1");
+
+    EXPECT_THAT(session.transcript(), ElementsAre(R"(js video_visibilitychange {"e":{"visibility":1}} 1)"));
+}
+
+TEST(AddEventListener, TheScriptCanTakeTheCloseButtonsTaps)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->addEventListener("onclick_closebtn", "1", "1");
+    session.tap(session->btnClose);
+
+    EXPECT_TRUE(session->bIsClickCloseButton);
+    EXPECT_THAT(session.transcript(), ElementsAre("js onclick_closebtn null 1"));
+}
+
+TEST(RemoveEventListener, TheCloseButtonGetsItsOwnActionBack)
+{
+    AdSession session;
+    session.open();
+    session->addEventListener("onclick_closebtn", "1", "1");
+
+    session->removeEventListener("onclick_closebtn", "1");
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->bIsClickCloseButton);
+    EXPECT_FALSE(session->btnClose);
+}
+
+TEST(RemoveEventListener, AnswersWhatTheSuperclassAnswers)
+{
+    AdSession session;
+    session->addEventListener("video_play", "1", "1");
+
+    EXPECT_EQ(session->removeEventListener("video_play", "1"), 1);
+    EXPECT_EQ(session->removeEventListener("video_play", "1"), 0);
+    EXPECT_EQ(session->removeEventListener("onclick_closebtn", "1"), 0);
+}
+
+TEST(SendEventToJS, AResultIsWrapped)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendEventToJS("anything", {{"a", 1}});
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(anything {"e":{"a":1}})"));
+}
+
+TEST(SendEventToJS, NoResultIsNull)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendEventToJS("anything", nullptr);
+
+    EXPECT_THAT(session.transcript(), ElementsAre("js anything null 0"));
+}
+
+TEST(SendEventToJS, AnEmptyResultIsWrappedToo)
+{
+    AdSession session;
+    session.forget();
+
+    session->sendEventToJS("anything", NSDictionary::dictionary());
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(anything {"e":{}})"));
+}
+
+TEST(SendEventToJS, OneLayoutPassSendsTheOrientationTwiceBareThenWrapped)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->setPortraitModeScreen();
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(video_orientation {"orientation":"portrait"})",
+                                              R"(video_visibilitychange {"e":{"visibility":1}})",
+                                              R"(video_orientation {"e":{"orientation":"portrait"}})"));
+}
+
+TEST(SendVideoVisibilityEvent, AVideoHiddenInEitherArrangementIsNotVisible)
+{
+    AdSession session;
+    session->bHideVideoToShowWebViewInPortraitMode = true;
+    session.forget();
+
+    session->sendVideoVisibilityEvent();
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(video_visibilitychange {"e":{"visibility":0}})"));
+}
+
+TEST(SendVideoVisibilityEvent, AVideoHiddenInLandscapeIsNotVisible)
+{
+    AdSession session;
+    session->bHideVideoToShowWebViewInLandscapeMode = true;
+    session.forget();
+
+    session->sendVideoVisibilityEvent();
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(video_visibilitychange {"e":{"visibility":0}})"));
+}
+
+TEST(SendOrientationEvent, FollowsTheVideosOrientation)
+{
+    AdSession session;
+    session->bIsVideoOrientationLandscape = true;
+    session.forget();
+
+    session->sendOrientationEvent();
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(video_orientation {"e":{"orientation":"landscape"}})"));
+}
+
+} // namespace
+} // namespace qoro

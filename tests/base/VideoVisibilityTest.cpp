@@ -1,0 +1,403 @@
+#include "Base/VideoPlayer/VideoImage/VideoImage.h"
+#include "tests/support/AdSession.h"
+#include "tests/support/Views.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// Held in landscape, with a page behind the video and the buttons to change between them.
+void open_landscape_over_page(AdSession& session)
+{
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+    session.open();
+}
+
+/// A full-screen portrait video with a page behind it.
+void open_full_over_page(AdSession& session)
+{
+    session.ad().strWebViewUrl = "http://ad/page.html";
+    session.ad().portraitVideoPos = FULL;
+    session.open();
+}
+
+// ----------------------------------------------------------------------------------------------------------- the rule
+
+TEST(VideoMayBeHidden, InLandscapeOverAPage)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+
+    EXPECT_TRUE(session->checkVideoNeedToHide());
+}
+
+TEST(VideoMayBeHidden, InPortraitWhenItFillsTheScreenOverAPage)
+{
+    AdSession session;
+    open_full_over_page(session);
+
+    EXPECT_TRUE(session->checkVideoNeedToHide());
+}
+
+TEST(VideoMayBeHidden, NotUnderAPageInFront)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.ad().bIsWebViewInFront = true;
+
+    EXPECT_FALSE(session->checkVideoNeedToHide());
+}
+
+TEST(VideoMayBeHidden, NotUnlessItFillsTheScreen)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.open();
+
+    EXPECT_FALSE(session->checkVideoNeedToHide());
+}
+
+TEST(VideoMayBeHidden, NotTwice)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->qoroMoviePlayer.view().setHidden(true);
+
+    EXPECT_FALSE(session->checkVideoNeedToHide());
+}
+
+TEST(VideoMayBeHidden, NotWhileTheHiddenImageShows)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->miImageView.setHidden(false);
+
+    EXPECT_FALSE(session->checkVideoNeedToHide());
+}
+
+TEST(VideoMayBeHidden, NotOnceHiddenInLandscape)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->bHideVideoToShowWebViewInLandscapeMode = true;
+
+    EXPECT_FALSE(session->checkVideoNeedToHide());
+}
+
+TEST(VideoMayBeHidden, ByTheLandscapeModeAloneOnceHiddenInPortrait)
+{
+    AdSession session;
+    open_full_over_page(session);
+    session->bHideVideoToShowWebViewInPortraitMode = true;
+
+    EXPECT_FALSE(session->checkVideoNeedToHide());
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    EXPECT_TRUE(session->checkVideoNeedToHide());
+}
+
+TEST(VideoMayBeHidden, NotOverNoPageAtAll)
+{
+    AdSession session;
+    session.ad().portraitModeType = ONLY_VIDEO;
+    session.ad().portraitVideoPos = FULL;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.open();
+
+    EXPECT_FALSE(session->checkVideoNeedToHide());
+}
+
+// --------------------------------------------------------------------------------------------------- hiding, showing
+
+TEST(HidingTheVideo, PausesItAndTellsTheScript)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.plays();
+    session.forget();
+
+    session->setVideoInvisible();
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("player pause", R"(js video_visibilitychange {"e":{"visibility":0}} 0)"));
+    EXPECT_TRUE(session->qoroMoviePlayer.view().isHidden());
+}
+
+TEST(HidingTheVideo, MovesTheCloseButtonOntoThePage)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+
+    session->setVideoInvisible();
+
+    EXPECT_TRUE(session->btnClose.superview() == session->webView());
+    EXPECT_EQ(session->btnClose.frame(), (CGRect{0, 0, 50, 50}));
+}
+
+TEST(HidingTheVideo, OffersTheWayBackInLandscape)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->btnReturnToVideo.setHidden(true);
+
+    session->setVideoInvisible();
+
+    EXPECT_FALSE(session->btnReturnToVideo.isHidden());
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInLandscapeMode);
+    EXPECT_FALSE(session->bHideVideoToShowWebViewInPortraitMode);
+}
+
+TEST(HidingTheVideo, OffersNoWayBackWhereTheAdHasNoButtonForIt)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.ad().bShowHideVideoBtn = false;
+    session->btnReturnToVideo.setHidden(true);
+
+    session->setVideoInvisible();
+
+    EXPECT_TRUE(session->btnReturnToVideo.isHidden());
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInLandscapeMode);
+}
+
+TEST(HidingTheVideo, IsRememberedForPortraitWhenTheVideoIsFull)
+{
+    AdSession session;
+    open_full_over_page(session);
+
+    session->setVideoInvisible();
+
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInPortraitMode);
+    EXPECT_FALSE(session->bHideVideoToShowWebViewInLandscapeMode);
+}
+
+TEST(HidingTheVideo, IsRememberedForPortraitWhateverThePortraitMode)
+{
+    AdSession session;
+    session.ad().portraitModeType = ONLY_VIDEO;
+    session.ad().portraitVideoPos = FULL;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.open();
+
+    session->setVideoInvisible();
+
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInPortraitMode);
+}
+
+TEST(HidingTheVideo, DoesNothingUnderAPageInFront)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.ad().bIsWebViewInFront = true;
+    session.forget();
+
+    session->setVideoInvisible();
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+}
+
+TEST(HidingTheVideo, DoesNothingToABand)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->setVideoInvisible();
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+}
+
+TEST(ShowingTheVideo, TakesTheWayBackAwayAndTellsTheScript)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->setVideoInvisible();
+    session.forget();
+
+    session.tap(session->btnReturnToVideo);
+
+    EXPECT_THAT(session.transcript(), ElementsAre(R"(js video_visibilitychange {"e":{"visibility":1}} 0)"));
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+    EXPECT_TRUE(session->btnReturnToVideo.isHidden());
+    EXPECT_FALSE(session->bHideVideoToShowWebViewInLandscapeMode);
+    EXPECT_TRUE(session->btnClose.superview() == session->qoroMoviePlayer.view());
+}
+
+TEST(ShowingTheVideo, GivesTheCloseButtonItsPictureBack)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->setVideoInvisible();
+    EXPECT_EQ(picture_of(session->btnClose), arrayVideoCloseButton);
+
+    session->setVideoVisible();
+
+    EXPECT_EQ(picture_of(session->btnClose), arrayHideVideo);
+}
+
+TEST(ShowingTheVideo, WithoutAPlayerTakesTheCloseButtonOffThePage)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->setVideoInvisible();
+    session->setQoroMoviePlayer(nullptr);
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session->setVideoVisible();
+
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST(ShowingTheVideo, DoesNothingToAVideoThatMayBeHidden)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.forget();
+
+    session->setVideoVisible();
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(ShowingTheVideo, ActsUnderAPageInFront)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.ad().bIsWebViewInFront = true;
+    session->qoroMoviePlayer.view().setHidden(true);
+    session->btnReturnToVideo.setHidden(false);
+    session.forget();
+
+    session->setVideoVisible();
+
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+    EXPECT_FALSE(session->btnReturnToVideo.isHidden());
+    EXPECT_THAT(session.transcript(), ElementsAre(R"(js video_visibilitychange {"e":{"visibility":1}} 0)"));
+}
+
+TEST(ShowingTheVideo, LeavesTheCloseButtonOfABandWhereItIs)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = BOTTOM;
+    session.open();
+
+    session->setVideoVisible();
+
+    EXPECT_TRUE(session->btnClose.superview() == session->webView());
+}
+
+TEST(ShowingTheVideo, ForgetsThePortraitHidingOnlyOverAPage)
+{
+    AdSession session;
+    open_full_over_page(session);
+    session->setVideoInvisible();
+
+    session.ad().portraitModeType = ONLY_VIDEO;
+    session->setVideoVisible();
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInPortraitMode);
+
+    session.ad().portraitModeType = VIDEO_AND_WEBVIEW;
+    session->setVideoVisible();
+    EXPECT_FALSE(session->bHideVideoToShowWebViewInPortraitMode);
+}
+
+TEST(HiddenVideo, StaysHiddenThroughANewLayout)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->setVideoInvisible();
+
+    session->checkVideoSize();
+
+    EXPECT_TRUE(session->qoroMoviePlayer.view().isHidden());
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInLandscapeMode);
+}
+
+// ------------------------------------------------------------------------------------------------- scale and spinner
+
+TEST(ScreenScale, GoesToLandscapeAndBack)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.open();
+
+    session.tap(session->btnScreenScale);
+    EXPECT_FALSE(session->bIsPortraitNow);
+    EXPECT_TRUE(session->bIsFullScreen);
+
+    session.tap(session->btnScreenScale);
+    EXPECT_TRUE(session->bIsPortraitNow);
+    EXPECT_FALSE(session->bIsFullScreen);
+}
+
+TEST(ScreenScale, TheWayBackShowsTheVideoToTheScript)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.forget();
+
+    session.tap(session->btnScreenScale);
+
+    EXPECT_EQ(session.count_of(R"(js video_visibilitychange {"e":{"visibility":1}} 0)"), 1U);
+}
+
+TEST(ScreenScale, AFullPortraitVideoStaysFullScreen)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session.open();
+
+    session.tap(session->btnScreenScale);
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+    EXPECT_TRUE(session->bIsFullScreen);
+}
+
+TEST(Spinner, IsCentredOnTheVideoInWholePoints)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->showVideoProgressbar();
+
+    EXPECT_THAT(session.transcript(), ElementsAre("super showProgressbar 167 85"));
+}
+
+TEST(Spinner, IsNotShownAnyMoreOnceTheVideoHasPlayed)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session->showVideoProgressbar();
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(Spinner, AVideoWithoutAMeasureHasOneAtTheCorner)
+{
+    AdSession session;
+    session.open();
+    session->fVideoHeight = std::numeric_limits<float>::quiet_NaN();
+    session.forget();
+
+    session->showVideoProgressbar();
+
+    EXPECT_THAT(session.transcript(), ElementsAre("super showProgressbar 167 0"));
+}
+
+} // namespace
+} // namespace qoro

@@ -1,0 +1,91 @@
+#include "app/PlayInput.h"
+#include "tests/desktop/app/Command.h"
+
+#include <gtest/gtest.h>
+
+using namespace qoro;
+using namespace qoro::test;
+
+namespace
+{
+class PlayInputTest : public testing::Test
+{
+protected:
+    PlayInputTest() { options.ad_file = folder.write("ad.json", R"({"strVideoUrl": "v.mp4"})"); }
+
+    ScratchFolder folder;
+    PlayOptions options;
+};
+} // namespace
+
+TEST(PlayOptionsTest, ADeviceIsAModelOrASize)
+{
+    EXPECT_EQ(device_model("phone")->screen, (CGSize{375, 812}));
+    EXPECT_TRUE(device_model("phone")->phone);
+    EXPECT_EQ(device_model("tablet")->screen, (CGSize{768, 1024}));
+    EXPECT_FALSE(device_model("tablet")->phone);
+    EXPECT_EQ(device_model("320x568")->screen, (CGSize{320, 568}));
+    EXPECT_TRUE(device_model("320x568")->phone);
+    EXPECT_FALSE(device_model("600x960")->phone);
+    EXPECT_FALSE(device_model("0x568"));
+    EXPECT_FALSE(device_model("320x"));
+    EXPECT_FALSE(device_model("320x568x2"));
+    EXPECT_FALSE(device_model("320x-568"));
+    EXPECT_FALSE(device_model("99999x1"));
+    EXPECT_FALSE(device_model(""));
+}
+
+TEST_F(PlayInputTest, ByDefaultTheHostFollowsTheDeviceAndIdentifiersAreInvented)
+{
+    const PlayInput input = read_play_input(options);
+    EXPECT_EQ(input.host.autorotates, (std::vector<std::int64_t>{1, 3, 4}));
+    EXPECT_EQ(input.platform.device.autorotates, input.host.autorotates);
+    EXPECT_TRUE(input.host.parent);
+    EXPECT_EQ(input.platform.device.facts.imei, "356938035643809");
+    EXPECT_EQ(input.host.guid, "g-1");
+    EXPECT_FALSE(input.platform.device.can_open);
+    EXPECT_FALSE(input.platform.volume);
+    EXPECT_EQ(input.orientation, 1);
+}
+
+TEST_F(PlayInputTest, AHostFileSaysWhatTheDeviceAndTheHostAre)
+{
+    options.host_file =
+        folder.write("host.json", R"({"device": {"screen": [320, 568], "imei": null, "canOpen": ["tel:"],
+        "outputVolume": 0.25, "volumeSlider": false}, "host": {"autorotates": [1, 2], "guid": "other"}})");
+    const PlayInput input = read_play_input(options);
+    EXPECT_EQ(input.platform.device.facts.screen, (CGSize{320, 568}));
+    EXPECT_FALSE(input.platform.device.facts.imei);
+    EXPECT_EQ(input.platform.device.can_open, (std::vector<std::string>{"tel:"}));
+    EXPECT_EQ(input.platform.volume, 0.25F);
+    EXPECT_FALSE(input.platform.volume_slider);
+    EXPECT_EQ(input.platform.device.autorotates, (std::vector<std::int64_t>{1, 2}));
+    EXPECT_EQ(input.host.guid, "other");
+    EXPECT_FALSE(input.host.parent);
+}
+
+TEST_F(PlayInputTest, ADeviceOnTheCommandLineGoesBeforeTheHostFiles)
+{
+    options.host_file = folder.write("host.json", R"({"device": {"screen": [320, 568]}})");
+    options.device = "tablet";
+    options.phone = true;
+    const PlayInput input = read_play_input(options);
+    EXPECT_EQ(input.platform.device.facts.screen, (CGSize{768, 1024}));
+    EXPECT_EQ(input.host.root_view, (CGSize{768, 1024}));
+    EXPECT_TRUE(input.platform.device.facts.phone);
+}
+
+TEST_F(PlayInputTest, AHostThatIsLockedToLandscapeHasAWideScreen)
+{
+    options.locked_landscape = true;
+    const PlayInput input = read_play_input(options);
+    EXPECT_EQ(input.platform.device.facts.screen, (CGSize{812, 375}));
+    EXPECT_EQ(input.host.root_view, (CGSize{812, 375}));
+    EXPECT_EQ(input.platform.device.status_bar_orientation, 3);
+    EXPECT_EQ(input.host.autorotates, (std::vector<std::int64_t>{3, 4}));
+}
+
+TEST_F(PlayInputTest, TheAdsFolderIsTheOneItsFileIsIn)
+{
+    EXPECT_EQ(read_play_input(options).folder + "/ad.json", options.ad_file);
+}

@@ -1,0 +1,181 @@
+#include "tests/desktop/app/Command.h"
+#include "tests/desktop/net/RawHttp.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+using namespace qoro::test;
+
+// Whole playings of the command, each with something that is not as it should be.
+
+namespace
+{
+/// Seconds after which the viewer closes the ad, and that the whole playing may take.
+constexpr const char* ClosedAfter = "2.5";
+constexpr double Deadline = 60;
+
+/// A clip of two seconds, made once.
+const std::string& clip()
+{
+    static const std::string bytes = [] {
+        const ScratchFolder folder;
+        const std::string command = "ffmpeg -v error -f lavfi -i testsrc=size=320x180:rate=30:duration=2 "
+                                    "-c:v libx264 -pix_fmt yuv420p -g 15 -movflags +faststart " +
+                                    folder.path("clip.mp4");
+        EXPECT_EQ(std::system(command.c_str()), 0);
+        return folder.read("clip.mp4");
+    }();
+    return bytes;
+}
+
+class PlayTest : public testing::Test
+{
+protected:
+    /// Plays an ad and closes it. What it wrote is in trace.
+    void play(const std::string& video, const std::string& page, const std::string& more = "")
+    {
+        folder.write("ad.json", R"({"strVideoUrl": ")" + video + R"(", "strWebViewUrl": ")" + page + R"(",
+            "fVideoWidth": 320, "fVideoHeight": 180, "portraitModeType": 2, "landscapeModeType": 2,
+            "portraitVideoPos": "TOP", "bIsAutoStart": true, "iCloseBtnCountdown": 1, "strBackgroundColor": "4294967295",
+            "arrayCloseTrackingUrls": ["/t/close"])" +
+                                    more + "}");
+        std::vector<std::string> arguments{"play",    folder.path("ad.json"), "--for", ClosedAfter, "--mute-output",
+                                           "--trace", folder.path("trace")};
+        if (const char* option = std::getenv("QORO_WEB_SANDBOX_OPTION"); option && *option)
+            arguments.emplace_back(option);
+        const CommandResult result = run_command(arguments, Deadline);
+        EXPECT_EQ(result.status, 0) << result.errors;
+        trace = folder.read("trace");
+    }
+
+    bool says(const std::string& part) const { return trace.find(part) != std::string::npos; }
+    bool was_closed() const
+    {
+        return says(R"("what":"parent","do":"closeVideoAdUnit")") &&
+               says(R"("what":"hit","method":"GET","url":"/t/close")");
+    }
+
+    ScratchFolder folder;
+    std::string trace;
+    const std::string video = (folder.write("clip.mp4", clip()), "clip.mp4");
+    const std::string page =
+        (folder.write("page.html", "<html><head></head><body>mraid.js</body></html>"), "page.html");
+};
+
+const std::string Ended = R"("message":"playbackFinished. Reason: Playback Ended)";
+const std::string Failed = R"("what":"player","do":"failed")";
+} // namespace
+
+TEST_F(PlayTest, AnAdInOrderPlaysToItsEndAndCloses)
+{
+    play(video, page, R"(, "dicTrackingUrls": {"start": ["/t/start?at={CurrentTime}"], "complete": ["t/complete"]})");
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(says(R"("url":"/t/complete")")) << trace;
+    EXPECT_TRUE(says(R"("what":"hit","method":"GET","url":"/t/start?at=)")) << trace;
+    EXPECT_FALSE(says(Failed));
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, AMissingVideoFailsAndTheAdCanBeClosed)
+{
+    play("missing.mp4", page);
+    EXPECT_TRUE(says(Failed)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, AVideoThatIsNoneFailsAndTheAdCanBeClosed)
+{
+    folder.write("false.mp4", "<html>not a video at all</html>");
+    play("false.mp4", page);
+    EXPECT_TRUE(says(Failed)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, AServerThatIsDeadFailsAndTheAdCanBeClosed)
+{
+    std::string base;
+    {
+        RawServer gone([](const auto&, const auto&) {});
+        base = gone.base();
+    }
+    play(base + "/clip.mp4", base + "/page.html", R"(, "strBrandIconUrl": ")" + base + R"(/icon.png")");
+    EXPECT_TRUE(says(Failed)) << trace;
+    EXPECT_TRUE(says("InApp failAdRequest")) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, AServerThatSaysNothingHoldsTheCloseUpByLittle)
+{
+    RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
+    play(silent.base() + "/clip.mp4", silent.base() + "/page.html");
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, AServerThatStallsInMidFileIsSurvived)
+{
+    const std::string half = clip().substr(0, clip().size() / 2);
+    RawServer stalling([&half](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 200 OK\r\nContent-Type: video/mp4\r\nContent-Length: " +
+                        std::to_string(clip().size()) + "\r\n\r\n" + half);
+        connection.wait_for_close();
+    });
+    play(stalling.base() + "/clip.mp4", page);
+    EXPECT_FALSE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, HalfAFileEndsOneWayOrTheOther)
+{
+    folder.write("half.mp4", clip().substr(0, clip().size() / 2));
+    play("half.mp4", page);
+    EXPECT_TRUE(says(Failed) || says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, AMissingPageIsReportedAndTheVideoPlays)
+{
+    play(video, "missing.html");
+    EXPECT_TRUE(says("InApp failAdRequest")) << trace;
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, APageThatIsNotUtf8StaysEmpty)
+{
+    folder.write("latin.html", "<html><head></head>\xe4\xf6\xfc</html>");
+    play(video, "latin.html");
+    EXPECT_TRUE(says(R"("what":"page","html":null)")) << trace;
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, APageThatNamesTheLibraryWithoutAHeadIsAFaultAndTheAdGoesOn)
+{
+    folder.write("headless.html", "<script src='mraid.js'></script>");
+    play(video, "headless.html");
+    EXPECT_TRUE(says(R"("what":"fault")")) << trace;
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, AHugePageIsRefusedAndALargeOneIsShown)
+{
+    folder.write("huge.html", "<html><head></head>" + std::string(17u << 20, 'x'));
+    play(video, "huge.html");
+    EXPECT_TRUE(says("InApp failAdRequest")) << trace;
+    EXPECT_TRUE(was_closed());
+    folder.write("large.html", "<html><head></head><!--" + std::string(2u << 20, 'x') + "-->");
+    play(video, "large.html");
+    EXPECT_TRUE(says(R"("what":"page","html":"<html>)"));
+    EXPECT_TRUE(was_closed());
+}
+
+TEST_F(PlayTest, AnIconThatIsNoPictureIsNone)
+{
+    folder.write("icon.png", "not a picture");
+    play(video, page, R"(, "strBrandIconUrl": "icon.png")");
+    EXPECT_TRUE(says(R"("for":"brandIcon")")) << trace;
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}

@@ -1,0 +1,170 @@
+#include "desktop/device/DesktopDevice.h"
+#include "platform/Foundation.h"
+#include "tests/desktop/support/BarePlatform.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+
+using namespace qoro;
+
+namespace fs = std::filesystem;
+
+namespace
+{
+constexpr double Deadline = 10;
+
+/// A folder for programs that only this test process knows. It must stand before GLib looks for programs.
+class Programs
+{
+public:
+    Programs()
+    {
+        std::string pattern = (fs::temp_directory_path() / "qoro-programs-XXXXXX").string();
+        folder_ = mkdtemp(pattern.data());
+        fs::create_directories(folder_ / "applications");
+        setenv("XDG_DATA_HOME", folder_.c_str(), 1);
+        std::ofstream(folder_ / "opener") << "#!/bin/sh\necho \"$1\" > '" << opened().string() << "'\n";
+        fs::permissions(folder_ / "opener", fs::perms::owner_all);
+        std::ofstream(folder_ / "applications" / "qoro-test.desktop")
+            << "[Desktop Entry]\nType=Application\nName=Opener\nMimeType=x-scheme-handler/qoro-test;\nExec="
+            << (folder_ / "opener").string() << " %u\n";
+        std::ofstream(folder_ / "applications" / "mimeapps.list")
+            << "[Default Applications]\nx-scheme-handler/qoro-test=qoro-test.desktop\n";
+    }
+    ~Programs() { fs::remove_all(folder_); }
+
+    fs::path opened() const { return folder_ / "opened"; }
+
+private:
+    fs::path folder_;
+} programs;
+
+class Listener : public Object
+{
+public:
+    void turned() { ++count; }
+    int count = 0;
+};
+
+class DesktopDeviceTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        NSNotificationCenter::defaultCenter().addObserver(action<&Listener::turned>(listener.get(), "turned"),
+                                                          UIApplicationDidChangeStatusBarFrameNotification);
+    }
+    void let_events_pass()
+    {
+        bool passed = false;
+        platform.loop().post([&passed] { passed = true; });
+        platform.loop().run_until([&passed] { return passed; }, Deadline);
+    }
+
+    test::BarePlatform platform;
+    PlatformScope scope{platform};
+    std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+    DesktopDevice device{platform, DesktopDeviceOptions{.autorotates = {1, 3}}};
+};
+} // namespace
+
+TEST_F(DesktopDeviceTest, TurningReportsTheStatusBarWhereTheHostAllowsTheOrientation)
+{
+    device.turn(3);
+    EXPECT_EQ(device.orientation(), 3);
+    EXPECT_EQ(device.status_bar_orientation(), 3);
+    EXPECT_EQ(listener->count, 0) << "posted inside the call";
+    let_events_pass();
+    EXPECT_EQ(listener->count, 1);
+}
+
+TEST_F(DesktopDeviceTest, TurningToWhereTheHostDoesNotGoReportsNothing)
+{
+    device.turn(4);
+    let_events_pass();
+    EXPECT_EQ(device.orientation(), 4);
+    EXPECT_EQ(device.status_bar_orientation(), 1);
+    EXPECT_EQ(listener->count, 0);
+}
+
+TEST_F(DesktopDeviceTest, AfterItLayFlatItTurnsFromHowItWasHeld)
+{
+    device.turn(3);
+    device.turn(5);
+    EXPECT_EQ(device.orientation(), 5);
+    EXPECT_EQ(device.status_bar_orientation(), 3);
+    device.turn_clockwise();
+    EXPECT_EQ(device.orientation(), 1);
+}
+
+TEST_F(DesktopDeviceTest, AForcedOrientationReadsSoUntilTheDeviceIsTurned)
+{
+    device.turn(3);
+    device.force_orientation(1);
+    EXPECT_EQ(device.orientation(), 1);
+    EXPECT_EQ(device.status_bar_orientation(), 3);
+    device.turn(4);
+    EXPECT_EQ(device.orientation(), 4);
+}
+
+TEST_F(DesktopDeviceTest, FourQuartersLeadRound)
+{
+    device.turn_counterclockwise();
+    EXPECT_EQ(device.orientation(), 3);
+    device.turn_counterclockwise();
+    EXPECT_EQ(device.orientation(), 2);
+    device.turn_counterclockwise();
+    EXPECT_EQ(device.orientation(), 4);
+    device.turn_counterclockwise();
+    EXPECT_EQ(device.orientation(), 1);
+    device.turn_clockwise();
+    EXPECT_EQ(device.orientation(), 4);
+    device.turn_clockwise();
+    EXPECT_EQ(device.orientation(), 2);
+}
+
+TEST_F(DesktopDeviceTest, AChangeToTheSameOrientationReportsNothing)
+{
+    device.change({.orientation = 1, .status_bar_orientation = 1, .status_bar_hidden = true});
+    let_events_pass();
+    EXPECT_TRUE(device.status_bar_hidden());
+    EXPECT_EQ(listener->count, 0);
+}
+
+TEST_F(DesktopDeviceTest, AHostThatNamesWhatCanBeOpenedIsBelieved)
+{
+    DesktopDevice named(platform, {.can_open = {{"http:", "tel:"}}});
+    EXPECT_TRUE(named.can_open(NSURL::URLWithString("tel:123")));
+    EXPECT_FALSE(named.can_open(NSURL::URLWithString("sms:123")));
+    EXPECT_FALSE(named.can_open(NSURL()));
+}
+
+TEST_F(DesktopDeviceTest, ASchemeCanBeOpenedWhenThisMachineHasAProgramForIt)
+{
+    EXPECT_TRUE(device.can_open(NSURL::URLWithString("qoro-test:x")));
+    EXPECT_TRUE(device.can_open(NSURL::URLWithString("QORO-TEST:x")));
+    EXPECT_FALSE(device.can_open(NSURL::URLWithString("qoro-other:x")));
+    EXPECT_FALSE(device.can_open(NSURL::URLWithString("12345")));
+}
+
+TEST_F(DesktopDeviceTest, FilesOfThisMachineAreNotOpened)
+{
+    EXPECT_FALSE(device.can_open(NSURL::URLWithString("file:///etc/hostname")));
+    EXPECT_FALSE(device.can_open(NSURL::fileURLWithPath("/etc/hostname")));
+}
+
+TEST_F(DesktopDeviceTest, OpeningHandsTheAddressToTheSchemesProgram)
+{
+    device.open(NSURL::URLWithString("qoro-test:some/where?x=1"));
+    const auto content = [] {
+        std::stringstream text;
+        text << std::ifstream(programs.opened()).rdbuf();
+        return text.str();
+    };
+    EXPECT_TRUE(platform.loop().run_until([&content] { return content() == "qoro-test:some/where?x=1\n"; }, Deadline))
+        << content();
+}

@@ -1,0 +1,233 @@
+#include "desktop/net/SoupFetcher.h"
+#include "desktop/GlibLoop.h"
+#include "tests/desktop/net/RawHttp.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+#include <optional>
+#include <thread>
+
+using namespace qoro;
+using qoro::test::RawServer;
+
+namespace
+{
+/// Far beyond what any answer here takes; only a hang reaches it.
+constexpr double Deadline = 20;
+
+class SoupFetcherTest : public testing::Test
+{
+protected:
+    FetchAnswer fetch(const std::string& address)
+    {
+        std::optional<FetchAnswer> got;
+        fetcher.fetch(address, [&got](FetchAnswer answer) { got = std::move(answer); });
+        EXPECT_FALSE(got) << "answered inside the call that asked";
+        EXPECT_TRUE(loop.run_until([&got] { return got.has_value(); }, Deadline));
+        return got.value_or(FetchAnswer{});
+    }
+
+    GlibLoop loop;
+    SoupFetcher fetcher{loop, {.background_seconds = 1, .waiting_seconds = 0.5, .body = 1000}};
+};
+
+void answer_ok(const RawServer::Connection& connection, const std::string& body)
+{
+    connection.send("HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(body.size()) + "\r\n\r\n" + body);
+}
+} // namespace
+
+TEST_F(SoupFetcherTest, HandsBackTheBodyByteForByte)
+{
+    RawServer server([](const auto&, const auto& connection) { answer_ok(connection, std::string("a\0\xff z", 5)); });
+    const FetchAnswer answer = fetch(server.base() + "/x?q=%7Ba%7D");
+    EXPECT_TRUE(answer.ok);
+    EXPECT_EQ(answer.body, std::string("a\0\xff z", 5));
+    EXPECT_EQ(answer.final_address, server.base() + "/x?q=%7Ba%7D");
+}
+
+TEST_F(SoupFetcherTest, AnEmptyBodyIsASuccess)
+{
+    RawServer server([](const auto&, const auto& connection) { connection.send("HTTP/1.1 204 No Content\r\n\r\n"); });
+    const FetchAnswer answer = fetch(server.base() + "/tracker");
+    EXPECT_TRUE(answer.ok);
+    EXPECT_EQ(answer.body, "");
+}
+
+TEST_F(SoupFetcherTest, NamesItselfToServers)
+{
+    std::string head;
+    RawServer server([&head](const auto& request, const auto& connection) {
+        head = request;
+        answer_ok(connection, "");
+    });
+    fetch(server.base() + "/");
+    EXPECT_NE(head.find("User-Agent: QoroVideoAd/0.1\r\n"), std::string::npos) << head;
+}
+
+TEST_F(SoupFetcherTest, FollowsARedirectAndSaysWhereItEnded)
+{
+    RawServer server([](const auto& head, const auto& connection) {
+        if (head.starts_with("GET /from "))
+            connection.send("HTTP/1.1 302 Found\r\nLocation: /to?x=1\r\nContent-Length: 0\r\n\r\n");
+        else
+            answer_ok(connection, "there");
+    });
+    const FetchAnswer answer = fetch(server.base() + "/from");
+    EXPECT_TRUE(answer.ok);
+    EXPECT_EQ(answer.body, "there");
+    EXPECT_EQ(answer.final_address, server.base() + "/to?x=1");
+}
+
+TEST_F(SoupFetcherTest, AStatusOf404IsAFailure)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\ngone");
+    });
+    const FetchAnswer answer = fetch(server.base() + "/");
+    EXPECT_FALSE(answer.ok);
+    EXPECT_EQ(answer.error, "HTTP status 404");
+}
+
+TEST_F(SoupFetcherTest, AServerThatIsNotThereIsAFailure)
+{
+    std::string base;
+    {
+        RawServer gone([](const auto&, const auto&) {});
+        base = gone.base();
+    }
+    const FetchAnswer answer = fetch(base + "/");
+    EXPECT_FALSE(answer.ok);
+    EXPECT_FALSE(answer.error.empty());
+}
+
+TEST_F(SoupFetcherTest, AServerThatStallsInMidBodyIsAFailureWithinTheTimeOut)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+        connection.wait_for_close();
+    });
+    const double begun = loop.now();
+    const FetchAnswer answer = fetch(server.base() + "/");
+    EXPECT_FALSE(answer.ok);
+    EXPECT_EQ(answer.error, "no complete answer within 1 seconds");
+    EXPECT_LT(loop.now() - begun, 5);
+}
+
+TEST_F(SoupFetcherTest, ABodyThatEndsEarlyIsAFailure)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+    });
+    EXPECT_FALSE(fetch(server.base() + "/").ok);
+}
+
+TEST_F(SoupFetcherTest, ABodyAboveTheBoundIsAFailure)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 200 OK\r\nContent-Type: text/html\r\n\r\n");
+        while (connection.send(std::string(4096, 'x'))) {
+        }
+    });
+    const FetchAnswer answer = fetch(server.base() + "/endless");
+    EXPECT_FALSE(answer.ok);
+    EXPECT_EQ(answer.error, "the answer is larger than 1000 bytes");
+}
+
+TEST_F(SoupFetcherTest, WhatIsNoHttpAddressIsAFailure)
+{
+    EXPECT_FALSE(fetch("not an address").ok);
+    EXPECT_FALSE(fetch("ftp://127.0.0.1/x").ok);
+    EXPECT_FALSE(fetch("file:///etc/hostname").ok);
+    EXPECT_FALSE(fetch("").ok);
+}
+
+TEST_F(SoupFetcherTest, ARedirectToAFileIsAFailure)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 302 Found\r\nLocation: file:///etc/hostname\r\nContent-Length: 0\r\n\r\n");
+    });
+    EXPECT_FALSE(fetch(server.base() + "/").ok);
+}
+
+TEST_F(SoupFetcherTest, OneAfterTheOtherTheyShareAConnection)
+{
+    std::array<FetchAnswer, 2> answers;
+    RawServer server([](const auto&, const auto& connection) {
+        answer_ok(connection, "one");
+        connection.next_head();
+        answer_ok(connection, "two");
+        connection.wait_for_close();
+    });
+    answers[0] = fetch(server.base() + "/1");
+    answers[1] = fetch(server.base() + "/2");
+    EXPECT_EQ(answers[0].body, "one");
+    EXPECT_EQ(answers[1].body, "two");
+    EXPECT_EQ(server.connections(), 1);
+}
+
+TEST_F(SoupFetcherTest, ThirtyAtOnceDoNotWaitForEachOther)
+{
+    // Nobody is answered before all thirty are there.
+    RawServer* all = nullptr;
+    RawServer server([&all](const auto&, const auto& connection) {
+        while (all->connections() < 30)
+            std::this_thread::yield();
+        answer_ok(connection, "");
+    });
+    all = &server;
+    int succeeded = 0;
+    for (int i = 0; i < 30; ++i)
+        fetcher.fetch(server.base() + "/" + std::to_string(i),
+                      [&](const FetchAnswer& answer) { succeeded += answer.ok; });
+    EXPECT_TRUE(loop.run_until([this] { return fetcher.pending() == 0; }, Deadline));
+    EXPECT_EQ(succeeded, 30);
+}
+
+TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForIsAnsweredAtOnce)
+{
+    RawServer server([](const auto&, const auto& connection) { answer_ok(connection, "icon"); });
+    const FetchAnswer answer = fetcher.fetch_now(server.base() + "/icon.png");
+    EXPECT_TRUE(answer.ok);
+    EXPECT_EQ(answer.body, "icon");
+}
+
+TEST_F(SoupFetcherTest, ASilentServerHoldsTheMainThreadNoLongerThanItsTimeOut)
+{
+    RawServer server([](const auto&, const auto& connection) { connection.wait_for_close(); });
+    const double begun = loop.now();
+    const FetchAnswer answer = fetcher.fetch_now(server.base() + "/");
+    EXPECT_FALSE(answer.ok);
+    EXPECT_LT(loop.now() - begun, 1.5);
+}
+
+TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForDoesNotStandBehindASlowOne)
+{
+    RawServer server([](const auto& head, const auto& connection) {
+        if (head.starts_with("GET /slow "))
+            connection.wait_for_close();
+        else
+            answer_ok(connection, "quick");
+    });
+    fetcher.fetch(server.base() + "/slow", [](const FetchAnswer&) {});
+    EXPECT_EQ(fetcher.fetch_now(server.base() + "/quick").body, "quick");
+}
+
+TEST(SoupFetcherEndTest, EndingBreaksOffWhatIsUnderWayAndLetsItsTargetsGo)
+{
+    GlibLoop loop;
+    RawServer server([](const auto&, const auto& connection) { connection.wait_for_close(); });
+    const auto target = std::make_shared<int>(0);
+    bool answered = false;
+    {
+        SoupFetcher fetcher(loop);
+        fetcher.fetch(server.base() + "/", [target, &answered](const FetchAnswer&) { answered = true; });
+        EXPECT_EQ(target.use_count(), 2);
+    }
+    EXPECT_EQ(target.use_count(), 1);
+    bool passed = false;
+    loop.post([&passed] { passed = true; });
+    EXPECT_TRUE(loop.run_until([&passed] { return passed; }, Deadline));
+    EXPECT_FALSE(answered);
+}

@@ -1,0 +1,106 @@
+#include "desktop/screen/HeldScreen.h"
+
+#include <gtest/gtest.h>
+
+namespace qoro::test
+{
+namespace
+{
+
+constexpr CGSize Phone{375, 812};
+
+TEST(HeldTurn, turns_the_screen_against_what_is_turned_on_it)
+{
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, 1, Phone, HalfTurn), 0);
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortraitUpsideDown, 1, Phone, 0), HalfTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeLeft, 1, Phone, 0), -QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeRight, 1, Phone, 0), QuarterTurn);
+}
+
+TEST(HeldTurn, stays_while_the_device_lies_flat)
+{
+    EXPECT_EQ(held_turn(UIDeviceOrientationUnknown, 1, Phone, QuarterTurn), QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationFaceUp, 1, Phone, -QuarterTurn), -QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationFaceDown, 1, Phone, 0), 0);
+}
+
+TEST(HeldTurn, of_a_host_in_landscape_follows_the_side_alone)
+{
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, UIInterfaceOrientationLandscapeRight, {812, 375}, 0), 0);
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, UIInterfaceOrientationLandscapeLeft, {812, 375}, 0), HalfTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeLeft, UIInterfaceOrientationLandscapeRight, {812, 375}, 0), 0);
+}
+
+TEST(HeldScreen, takes_its_extents_turned)
+{
+    EXPECT_EQ((HeldScreen{Phone, 0}.extents()), (CGSize{375, 812}));
+    EXPECT_EQ((HeldScreen{Phone, -QuarterTurn}.extents()), (CGSize{812, 375}));
+    EXPECT_EQ((HeldScreen{Phone, HalfTurn}.extents()), (CGSize{375, 812}));
+}
+
+TEST(HeldScreen, held_landscape_left_has_its_top_on_the_left)
+{
+    const HeldScreen left{Phone, -QuarterTurn};
+    EXPECT_EQ(left.to_window({0, 0}), (CGPoint{0, 375}));
+    EXPECT_EQ(left.to_window({375, 0}), (CGPoint{0, 0}));
+    EXPECT_EQ(left.to_window({375, 812}), (CGPoint{812, 0}));
+}
+
+TEST(HeldScreen, held_landscape_right_has_its_top_on_the_right)
+{
+    const HeldScreen right{Phone, QuarterTurn};
+    EXPECT_EQ(right.to_window({0, 0}), (CGPoint{812, 0}));
+    EXPECT_EQ(right.to_window({375, 0}), (CGPoint{812, 375}));
+}
+
+TEST(HeldScreen, finds_a_point_of_the_screen_again)
+{
+    EXPECT_EQ((HeldScreen{Phone, -QuarterTurn}.to_screen({10, 20})), (CGPoint{355, 10}));
+    EXPECT_EQ((HeldScreen{Phone, QuarterTurn}.to_screen({10, 20})), (CGPoint{20, 802}));
+    EXPECT_EQ((HeldScreen{Phone, HalfTurn}.to_screen({10, 20})), (CGPoint{365, 792}));
+    EXPECT_EQ((HeldScreen{Phone, 0}.to_screen({10, 20})), (CGPoint{10, 20}));
+}
+
+TEST(WidgetPlace, of_turns_that_cancel_is_not_turned_at_all)
+{
+    const Placement landscape_ad{{187.5, 406}, {812, 375}, QuarterTurn};
+    const WidgetPlace place = place_in_window(landscape_ad, {Phone, -QuarterTurn});
+    EXPECT_EQ(place.angle, 0);
+    EXPECT_EQ(place.around(), (CGRect{0, 0, 812, 375}));
+    EXPECT_EQ(place.width, 812);
+}
+
+TEST(WidgetPlace, of_an_ad_turned_the_other_way_stands_upright_too)
+{
+    const Placement landscape_ad{{187.5, 406}, {812, 375}, -QuarterTurn};
+    EXPECT_EQ(place_in_window(landscape_ad, {Phone, QuarterTurn}).angle, 0);
+}
+
+TEST(WidgetPlace, keeps_a_turn_that_nothing_cancels)
+{
+    const Placement landscape_ad{{187.5, 406}, {812, 375}, QuarterTurn};
+    const WidgetPlace place = place_in_window(landscape_ad, {Phone, 0});
+    EXPECT_EQ(place.angle, QuarterTurn);
+    EXPECT_EQ(place.width, 812);
+    EXPECT_EQ(place.height, 375);
+    EXPECT_EQ(place.around(), (CGRect{0, 0, 375, 812}));
+}
+
+TEST(WidgetPlace, has_whole_edges_that_neighbours_share)
+{
+    const HeldScreen held{Phone, 0};
+    const WidgetPlace band = place_in_window({{187.5, 105.46875}, {375, 210.9375}, 0}, held);
+    const WidgetPlace page = place_in_window({{187.5, 511.46875}, {375, 601.0625}, 0}, held);
+    EXPECT_EQ(band.around(), (CGRect{0, 0, 375, 211}));
+    EXPECT_EQ(page.around(), (CGRect{0, 211, 375, 601}));
+}
+
+TEST(WidgetPlace, of_a_negative_size_is_empty)
+{
+    const WidgetPlace place = place_in_window({{0, 125}, {-40, 50}, 0}, {Phone, 0});
+    EXPECT_EQ(place.width, 0);
+    EXPECT_EQ(place.height, 50);
+}
+
+} // namespace
+} // namespace qoro::test

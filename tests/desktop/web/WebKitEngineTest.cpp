@@ -1,0 +1,613 @@
+#include "desktop/web/WebKitEngine.h"
+
+#include "desktop/screen/Screen.h"
+#include "desktop/web/ScriptLibrary.h"
+#include "desktop/web/ValueJson.h"
+#include "tests/desktop/support/BarePlatform.h"
+
+#include <gtest/gtest.h>
+#include <libsoup/soup.h>
+#include <webkit/webkit.h>
+
+#include <filesystem>
+#include <fstream>
+#include <set>
+#include <sstream>
+#include <signal.h>
+
+namespace qoro::test
+{
+namespace
+{
+
+/// A server of the test's own. What it is not told of it answers with 404; "/never" it never answers.
+class LocalServer
+{
+public:
+    LocalServer() : server_(soup_server_new(nullptr, nullptr))
+    {
+        soup_server_listen_local(server_, 0, static_cast<SoupServerListenOptions>(0), nullptr);
+        soup_server_add_handler(server_, nullptr, answer, this, nullptr);
+        GSList* addresses = soup_server_get_uris(server_);
+        char* text = g_uri_to_string(static_cast<GUri*>(addresses->data));
+        base_ = text;
+        g_free(text);
+        g_slist_free_full(addresses, [](void* uri) { g_uri_unref(static_cast<GUri*>(uri)); });
+    }
+    ~LocalServer()
+    {
+        soup_server_disconnect(server_);
+        g_object_unref(server_);
+    }
+
+    const std::string& base() const { return base_; }
+    std::map<std::string, std::pair<std::string, std::string>> pages; // path → content type and body
+    std::vector<std::string> asked;
+
+private:
+    static void answer(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, void* data)
+    {
+        auto* self = static_cast<LocalServer*>(data);
+        self->asked.emplace_back(path);
+        if (std::string(path) == "/never") {
+            soup_server_message_pause(message);
+            return;
+        }
+        const auto page = self->pages.find(path);
+        soup_server_message_set_status(message, page == self->pages.end() ? 404 : 200, nullptr);
+        if (page != self->pages.end())
+            soup_server_message_set_response(message, page->second.first.c_str(), SOUP_MEMORY_COPY,
+                                             page->second.second.data(), page->second.second.size());
+    }
+
+    SoupServer* server_;
+    std::string base_;
+};
+
+/// Writes down what it hears, and answers as it is told.
+struct Recorder : WebListener {
+    void did_start_load() override { heard.emplace_back("start"); }
+    void did_finish_load() override { heard.emplace_back("finish"); }
+    bool should_start_load(const NSURL& address, int type) override
+    {
+        heard.push_back("ask " + std::to_string(type) + " " + address.absoluteString().text());
+        return allow_loads;
+    }
+    ScriptAnswer message(const ScriptMessage& message) override
+    {
+        const std::string line = message.command + json_of(message.arguments);
+        heard.push_back(line);
+        return answer(message);
+    }
+    void died(const std::string& reason) override { heard.push_back("died: " + reason); }
+
+    bool has(const std::string& line) const { return std::find(heard.begin(), heard.end(), line) != heard.end(); }
+    long count(const std::string& line) const { return std::count(heard.begin(), heard.end(), line); }
+
+    std::vector<std::string> heard;
+    bool allow_loads = false;
+    std::function<ScriptAnswer(const ScriptMessage&)> answer = [](const ScriptMessage&) { return ScriptAnswer{}; };
+};
+
+class WebKitEngineTest : public testing::Test
+{
+protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(start_toolkit()) << "these tests need a display"; }
+
+    void load(const std::string& html) { engine->load_html(html, NSURL::URLWithString(server.base())); }
+
+    /// A page with the library, whose body is a script. note(…) in it tells the test.
+    void load_script(const std::string& script, const std::string& head = "")
+    {
+        load("<!DOCTYPE html><html><head><script src='kit://script.js'></script>" + head +
+             "</head><body><script>const note = (...args) => "
+             "webkit.messageHandlers.qoroPlayer.postMessage({command: 'note', args});" +
+             script + "</script></body></html>");
+    }
+
+    /// Runs the main loop until a line was heard.
+    void wait_for(const std::string& line)
+    {
+        const bool came = platform.loop().run_until([&] { return recorder.has(line); }, 15);
+        std::ostringstream all;
+        for (const std::string& heard : recorder.heard)
+            all << "  " << heard << "\n";
+        ASSERT_TRUE(came) << "never heard: " << line << "\nheard:\n" << all.str();
+    }
+
+    BarePlatform platform;
+    LocalServer server;
+    Recorder recorder;
+    WebKitEngineFactory factory{platform};
+    std::unique_ptr<WebEngine> engine = factory.make_web_engine(recorder);
+};
+
+TEST_F(WebKitEngineTest, a_pages_start_and_end_are_reported_once_each)
+{
+    load("<p>hello</p>");
+    wait_for("finish");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "finish"}));
+    EXPECT_EQ(engine->current_address().absoluteString().text(), server.base());
+}
+
+TEST_F(WebKitEngineTest, nothing_is_shown_before_the_first_page)
+{
+    EXPECT_FALSE(engine->current_address());
+}
+
+TEST_F(WebKitEngineTest, a_null_page_reports_start_and_end_like_any_other)
+{
+    engine->load_html(nullptr, NSURL::URLWithString(server.base()));
+    wait_for("finish");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "finish"}));
+}
+
+TEST_F(WebKitEngineTest, a_page_without_a_base_loads)
+{
+    engine->load_html("<p>hello</p>", nullptr);
+    wait_for("finish");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "finish"}));
+}
+
+TEST_F(WebKitEngineTest, a_page_loaded_over_an_unfinished_one_reports_its_own_end_alone)
+{
+    load("<img src='/never'>");
+    wait_for("start");
+    recorder.heard.clear();
+    load_script("note('second')");
+    wait_for("finish");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "note[\"second\"]", "finish"}));
+}
+
+TEST_F(WebKitEngineTest, a_page_that_never_finishes_loading_runs_its_script_and_can_go)
+{
+    load_script("note('here')", "<img src='/never'>");
+    wait_for("note[\"here\"]");
+    engine.reset();
+    EXPECT_FALSE(recorder.has("finish"));
+}
+
+// ------------------------------------------------------------------------------------------------- script library
+
+TEST_F(WebKitEngineTest, the_library_loads_on_a_page_from_an_unsafe_address)
+{
+    load_script("note(typeof qoroPlayer, Object.isFrozen(qoroPlayer))");
+    wait_for(R"(note["object",true])");
+}
+
+TEST_F(WebKitEngineTest, the_library_loads_on_a_page_from_a_safe_address)
+{
+    engine->load_html("<head><script src='kit://script.js'></script></head><script>qoroPlayer.setVideoPlay()</script>",
+                      NSURL::URLWithString("https://ads.example/creative/"));
+    wait_for("setVideoPlay[]");
+}
+
+TEST_F(WebKitEngineTest, the_library_loads_twice_without_a_trace_of_the_second_time)
+{
+    server.pages["/mraid.js"] = {"text/javascript", std::string(script_library())};
+    load_script("qoroPlayer.addEventListener('video_play', () => note('played')); first = qoroPlayer;");
+    wait_for("finish");
+    load_script("const first = qoroPlayer; const again = document.createElement('script'); again.src = 'mraid.js';"
+                "again.onload = () => note(first === qoroPlayer); document.head.append(again);");
+    wait_for("note[true]");
+    EXPECT_EQ(server.asked, std::vector<std::string>{"/mraid.js"});
+}
+
+TEST_F(WebKitEngineTest, an_element_named_like_the_library_does_not_keep_it_away)
+{
+    load("<body><div id='qoroPlayer'></div><script src='kit://script.js'></script>"
+         "<script>qoroPlayer.setVideoPlay()</script>");
+    wait_for("setVideoPlay[]");
+}
+
+TEST_F(WebKitEngineTest, the_page_cannot_replace_the_library)
+{
+    load_script("try { qoroPlayer = 1; } catch {} try { qoroPlayer.setVideoPlay = 1; } catch {}"
+                "qoroPlayer.setVideoPlay();");
+    wait_for("setVideoPlay[]");
+}
+
+TEST_F(WebKitEngineTest, the_library_outlives_a_page_that_replaces_built_ins)
+{
+    recorder.answer = [](const ScriptMessage&) { return ScriptAnswer{nullptr, 30}; };
+    load_script("Promise.reject = Object.create = Object.hasOwn = Error = setTimeout = null;"
+                "JSON.parse = JSON.stringify = null; Function.prototype.bind = Array.prototype[Symbol.iterator] = null; window.webkit = null;"
+                "qoroPlayer.addEventListener('video_play', () => {}); qoroPlayer.getVideoTotalTime();");
+    wait_for("getVideoTotalTime[]");
+}
+
+TEST_F(WebKitEngineTest, every_command_carries_its_arguments)
+{
+    load_script("qoroPlayer.setVideoPlay(); qoroPlayer.setVideoPause(); qoroPlayer.setVideoMute();"
+                "qoroPlayer.setVideoUnmute(); qoroPlayer.setVideoSeekToTime(12.5); qoroPlayer.getVideoTotalTime();"
+                "qoroPlayer.getVideoIsMute(); qoroPlayer.checkVideoPlay();"
+                "qoroPlayer.playNextVideo({strVideoUrl: 'http://ad/next.mp4'});"
+                "qoroPlayer.checkCanPlayNextVideo('http://ad/next.mp4'); qoroPlayer.checkCanPlayNextVideo(null);"
+                "qoroPlayer.cancelPrePauseLocations(); qoroPlayer.changeOrientation('landscape');"
+                "qoroPlayer.MRAIDUseCustomClose(true); qoroPlayer.MRAIDClose();");
+    wait_for("finish");
+    EXPECT_EQ(recorder.heard,
+              (std::vector<std::string>{"start", "setVideoPlay[]", "setVideoPause[]", "setVideoMute[]",
+                                        "setVideoUnmute[]", "setVideoSeekToTime[12.5]", "getVideoTotalTime[]",
+                                        "getVideoIsMute[]", "checkVideoPlay[]",
+                                        R"(playNextVideo[{"strVideoUrl":"http://ad/next.mp4"}])",
+                                        R"(checkCanPlayNextVideo["http://ad/next.mp4"])", "checkCanPlayNextVideo[null]",
+                                        "cancelPrePauseLocations[]", R"(changeOrientation["landscape"])",
+                                        "MRAIDUseCustomClose[true]", "MRAIDClose[]", "finish"}));
+}
+
+TEST_F(WebKitEngineTest, a_command_answers_with_its_value)
+{
+    recorder.answer = [](const ScriptMessage& message) {
+        return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{nullptr, 29};
+    };
+    load_script("qoroPlayer.getVideoTotalTime().then(seconds => note(seconds))");
+    wait_for("note[29]");
+}
+
+TEST_F(WebKitEngineTest, a_command_without_a_value_answers_null)
+{
+    load_script("qoroPlayer.setVideoPlay().then(nothing => note(nothing))");
+    wait_for("note[null]");
+}
+
+TEST_F(WebKitEngineTest, a_refused_command_is_rejected_with_the_reason)
+{
+    recorder.answer = [](const ScriptMessage& message) {
+        return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{"seconds expected", nullptr};
+    };
+    load_script("qoroPlayer.setVideoSeekToTime('soon').catch(error => note(String(error.message ?? error)))");
+    wait_for("note[\"seconds expected\"]");
+}
+
+TEST_F(WebKitEngineTest, a_command_that_the_platform_rejects_is_answered_all_the_same)
+{
+    recorder.answer = [](const ScriptMessage& message) -> ScriptAnswer {
+        if (message.command == "note")
+            return {};
+        throw PlatformFault{"replace", "out of range"};
+    };
+    load_script("qoroPlayer.setVideoPlay().catch(() => note('rejected'))");
+    wait_for("note[\"rejected\"]");
+}
+
+TEST_F(WebKitEngineTest, arguments_are_sent_as_plain_data)
+{
+    load_script("qoroPlayer.playNextVideo({strVideoUrl() {}, iCloseBtnCountdown: 5}); qoroPlayer.setVideoSeekToTime();"
+                "qoroPlayer.setVideoSeekToTime(NaN);");
+    wait_for("finish");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", R"(playNextVideo[{"iCloseBtnCountdown":5}])",
+                                                        "setVideoSeekToTime[null]", "setVideoSeekToTime[null]",
+                                                        "finish"}));
+}
+
+TEST_F(WebKitEngineTest, arguments_that_cannot_be_sent_reject_the_command)
+{
+    load_script("const endless = {}; endless.self = endless;"
+                "qoroPlayer.playNextVideo(endless).catch(() => note('rejected'))");
+    wait_for("note[\"rejected\"]");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "note[\"rejected\"]"}));
+}
+
+// --------------------------------------------------------------------------------------------------------- messages
+
+TEST_F(WebKitEngineTest, messages_that_are_none_are_refused_and_reach_nobody)
+{
+    load_script("const refused = message => webkit.messageHandlers.qoroPlayer.postMessage(message)"
+                "  .then(() => note('taken', String(message))).catch(() => note('refused'));"
+                "refused('setVideoPlay'); refused(null); refused(7); refused([]); refused({});"
+                "refused({command: 'setVideoPlay'}); refused({command: 1, args: []});"
+                "refused({command: 'setVideoPlay', args: {}}); refused({args: []});"
+                "refused({command: 'setVideoPlay', args: ['x'.repeat(70000)]});"
+                "let deep = []; for (let i = 0; i < 40; ++i) deep = [deep];"
+                "refused({command: 'setVideoPlay', args: deep}).then(() => note('end'));");
+    wait_for("note[\"end\"]");
+    EXPECT_EQ(recorder.count("note[\"refused\"]"), 11);
+    EXPECT_EQ(recorder.heard.size(), 14U); // eleven refusals, the end, the page's start and its finish
+}
+
+TEST_F(WebKitEngineTest, a_message_of_sixty_thousand_letters_is_taken)
+{
+    load_script("note('x'.repeat(60000))");
+    wait_for("note[\"" + std::string(60000, 'x') + "\"]");
+}
+
+TEST_F(WebKitEngineTest, an_engine_that_goes_inside_a_message_goes_quietly)
+{
+    recorder.answer = [this](const ScriptMessage&) {
+        engine.reset();
+        return ScriptAnswer{};
+    };
+    load_script("qoroPlayer.MRAIDClose()");
+    wait_for("MRAIDClose[]");
+    platform.loop().run_until([] { return false; }, 0.2);
+    EXPECT_EQ(recorder.heard.back(), "MRAIDClose[]");
+}
+
+// ----------------------------------------------------------------------------------------------------------- events
+
+/// Calls what the page has registered under a name.
+struct Listeners {
+    NSArray of(const std::string& name) const
+    {
+        std::vector<Value> ids;
+        for (const auto& [event, callback] : registered)
+            if (event == name)
+                ids.push_back(callback);
+        return NSArray(std::move(ids));
+    }
+    ScriptAnswer operator()(const ScriptMessage& message)
+    {
+        const std::string name = message.arguments[0].string().text();
+        if (message.command == "addEventListener")
+            registered.emplace_back(name, message.arguments[2].string().text());
+        if (message.command == "removeEventListener")
+            std::erase(registered, std::pair(name, message.arguments[1].string().text()));
+        return {};
+    }
+    std::vector<std::pair<std::string, std::string>> registered;
+};
+
+class WebKitEngineEventTest : public WebKitEngineTest
+{
+protected:
+    WebKitEngineEventTest()
+    {
+        recorder.answer = [this](const ScriptMessage& message) { return listeners(message); };
+    }
+    void send(const std::string& event, const NSDictionary& data = {})
+    {
+        engine->call_listeners(event, listeners.of(event), data);
+    }
+
+    Listeners listeners;
+};
+
+TEST_F(WebKitEngineEventTest, a_listener_gets_what_the_event_carries)
+{
+    load_script("for (const name of ['video_timeupdate', 'video_orientation', 'video_play'])"
+                "  qoroPlayer.addEventListener(name, data => note(name, data));");
+    wait_for("finish");
+    send("video_timeupdate", {{"e", NSDictionary{{"current_time", "5"}}}});
+    send("video_orientation", {{"orientation", "landscape"}});
+    send("video_play");
+    wait_for(R"(note["video_timeupdate",{"e":{"current_time":"5"}}])");
+    wait_for(R"(note["video_orientation",{"orientation":"landscape"}])");
+    wait_for(R"(note["video_play",null])");
+}
+
+TEST_F(WebKitEngineEventTest, events_arrive_in_the_order_in_which_they_were_sent)
+{
+    load_script("const seen = []; qoroPlayer.addEventListener('count', data => seen.push(data.n));"
+                "qoroPlayer.addEventListener('end', () => note(seen.length, seen.every((n, i) => n === i)));");
+    wait_for("finish");
+    for (int n = 0; n < 500; ++n)
+        send("count", {{"n", n}});
+    platform.loop().run_until([] { return false; }, 0.01);
+    for (int n = 500; n < 600; ++n)
+        send("count", {{"n", n}});
+    send("end");
+    wait_for("note[600,true]");
+}
+
+TEST_F(WebKitEngineEventTest, a_listener_that_throws_does_not_stop_the_others)
+{
+    load_script("qoroPlayer.addEventListener('video_play', () => { throw new Error('mine'); });"
+                "qoroPlayer.addEventListener('video_play', () => note('heard'));"
+                "addEventListener('error', () => note('error reported'));");
+    wait_for("finish");
+    send("video_play");
+    wait_for("note[\"heard\"]");
+    wait_for("note[\"error reported\"]");
+}
+
+TEST_F(WebKitEngineEventTest, a_removed_listener_hears_nothing_more)
+{
+    load_script("const gone = () => note('gone'); qoroPlayer.addEventListener('video_play', gone);"
+                "qoroPlayer.removeEventListener('video_play', gone);"
+                "qoroPlayer.addEventListener('video_play', () => note('stays'));");
+    wait_for("finish");
+    ASSERT_EQ(listeners.of("video_play").count(), 1U);
+    send("video_play");
+    wait_for("note[\"stays\"]");
+    EXPECT_FALSE(recorder.has("note[\"gone\"]"));
+}
+
+TEST_F(WebKitEngineEventTest, a_listener_added_twice_is_one_listener)
+{
+    load_script("const once = () => {}; qoroPlayer.addEventListener('video_play', once);"
+                "qoroPlayer.addEventListener('video_play', once);");
+    wait_for("finish");
+    ASSERT_EQ(listeners.registered.size(), 2U); // the kit keeps an equal pair once
+    EXPECT_EQ(listeners.registered[0], listeners.registered[1]);
+}
+
+TEST_F(WebKitEngineEventTest, an_event_sent_while_the_listener_registers_reaches_it)
+{
+    recorder.answer = [this](const ScriptMessage& message) {
+        listeners(message);
+        if (message.command == "addEventListener")
+            send("video_visibilitychange", {{"e", NSDictionary{{"visibility", 1}}}});
+        return ScriptAnswer{};
+    };
+    load_script("qoroPlayer.addEventListener('video_visibilitychange', data => note(data.e.visibility))");
+    wait_for("note[1]");
+}
+
+TEST_F(WebKitEngineEventTest, an_event_for_an_earlier_page_reaches_nobody)
+{
+    load_script("qoroPlayer.addEventListener('video_play', () => note('first page'))");
+    wait_for("finish");
+    const NSArray of_first_page = listeners.of("video_play");
+    recorder.heard.clear();
+    listeners.registered.clear();
+    load_script("qoroPlayer.addEventListener('video_play', () => note('second page'))");
+    wait_for("finish");
+    engine->call_listeners("video_play", of_first_page, {});
+    send("video_play");
+    wait_for("note[\"second page\"]");
+    EXPECT_FALSE(recorder.has("note[\"first page\"]"));
+}
+
+TEST_F(WebKitEngineEventTest, an_event_after_the_page_has_ended_is_lost_without_harm)
+{
+    load_script("qoroPlayer.addEventListener('video_play', () => note('heard'))");
+    wait_for("finish");
+    webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*engine).widget()));
+    send("video_play");
+    wait_for("died: the page's process was ended");
+    send("video_play");
+    platform.loop().run_until([] { return false; }, 0.1);
+    EXPECT_FALSE(recorder.has("note[\"heard\"]"));
+}
+
+TEST_F(WebKitEngineEventTest, hard_text_reaches_the_script_unharmed)
+{
+    load_script("qoroPlayer.addEventListener('text', data => note(data.t === '<\\/script>\\u2028\"\\\\\\u0000ü'))");
+    wait_for("finish");
+    send("text", {{"t", std::string("</script>\u2028\"\\") + '\0' + "ü"}});
+    wait_for("note[true]");
+}
+
+// --------------------------------------------------------------------------------------------------- what pages may
+
+TEST_F(WebKitEngineTest, a_followed_link_asks_as_a_link_and_stays_when_refused)
+{
+    load_script("onload = () => { document.querySelector('a').click(); setTimeout(() => note(location.pathname), 200); }",
+                "</head><a href='/other.html'>x</a><head>");
+    wait_for("note[\"/\"]");
+    EXPECT_TRUE(recorder.has("ask 0 " + server.base() + "other.html"));
+    EXPECT_TRUE(server.asked.empty());
+}
+
+TEST_F(WebKitEngineTest, a_load_by_the_script_asks_as_such_and_goes_on_when_allowed)
+{
+    recorder.allow_loads = true;
+    server.pages["/other.html"] = {"text/html", "<script>webkit.messageHandlers.qoroPlayer.postMessage("
+                                                "{command: 'note', args: [location.pathname]})</script>"};
+    load_script("onload = () => { location = '/other.html'; }");
+    wait_for("note[\"/other.html\"]");
+    EXPECT_TRUE(recorder.has("ask 5 " + server.base() + "other.html"));
+}
+
+TEST_F(WebKitEngineTest, a_telephone_link_is_asked_about_and_never_loaded)
+{
+    recorder.allow_loads = true;
+    load_script("onload = () => { document.querySelector('a').click(); setTimeout(() => note('still here'), 200); }",
+                "</head><a href='tel:123'>x</a><head>");
+    wait_for("note[\"still here\"]");
+    EXPECT_TRUE(recorder.has("ask 0 tel:123"));
+}
+
+TEST_F(WebKitEngineTest, no_window_is_opened)
+{
+    load_script("onload = () => note(window.open('/other.html') === null)");
+    wait_for("note[true]");
+    EXPECT_TRUE(server.asked.empty());
+}
+
+TEST_F(WebKitEngineTest, dialogs_do_not_hold_the_page)
+{
+    load_script("alert('stop'); note(confirm('stop?'), prompt('stop?'))");
+    wait_for("note[false,null]");
+}
+
+TEST_F(WebKitEngineTest, what_cannot_be_shown_is_not_downloaded)
+{
+    recorder.allow_loads = true;
+    server.pages["/app.apk"] = {"application/octet-stream", "bytes"};
+    load_script("onload = () => { location = '/app.apk'; setTimeout(() => note('still here'), 300); }");
+    wait_for("note[\"still here\"]");
+    EXPECT_EQ(server.asked, std::vector<std::string>{"/app.apk"});
+}
+
+TEST_F(WebKitEngineTest, local_files_are_out_of_reach)
+{
+    const auto path = std::filesystem::temp_directory_path() / ("qoro-secret-" + std::to_string(getpid()) + ".js");
+    std::ofstream(path) << "note('read');";
+    recorder.allow_loads = true;
+    load_script("const file = 'file://" + path.string() +
+                "'; const s = document.createElement('script');"
+                "s.src = file; s.onerror = () => note('no script'); document.head.append(s);"
+                "fetch(file).catch(() => note('no fetch'));"
+                "const f = document.createElement('iframe'); f.src = file; document.body.append(f);"
+                "setTimeout(() => { location = file; setTimeout(() => note(location.protocol), 300); }, 200);");
+    wait_for("note[\"http:\"]");
+    EXPECT_TRUE(recorder.has("note[\"no script\"]"));
+    EXPECT_TRUE(recorder.has("note[\"no fetch\"]"));
+    EXPECT_FALSE(recorder.has("note[\"read\"]"));
+    std::filesystem::remove(path);
+}
+
+TEST_F(WebKitEngineTest, a_file_as_base_gives_no_right_to_files)
+{
+    engine->load_html("<script>webkit.messageHandlers.qoroPlayer.postMessage({command: 'note', args: "
+                      "[location.href]})</script>",
+                      NSURL::fileURLWithPath("/etc/passwd"));
+    wait_for("note[\"about:blank\"]");
+}
+
+TEST_F(WebKitEngineTest, frames_within_the_page_ask_before_they_load)
+{
+    load_script("onload = () => note('end')", "</head><iframe src='/frame.html'></iframe><iframe srcdoc='x'></iframe><head>");
+    wait_for("note[\"end\"]");
+    EXPECT_TRUE(recorder.has("ask 5 " + server.base() + "frame.html"));
+    EXPECT_TRUE(server.asked.empty());
+}
+
+TEST_F(WebKitEngineTest, a_pages_process_that_is_killed_is_reported_and_the_next_page_loads)
+{
+    load_script("note('alive')");
+    wait_for("finish");
+    auto* view = WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*engine).widget());
+    webkit_web_view_terminate_web_process(view);
+    wait_for("died: the page's process was ended");
+    recorder.heard.clear();
+    load_script("note('again')");
+    wait_for("finish");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "note[\"again\"]", "finish"}));
+}
+
+TEST_F(WebKitEngineTest, a_page_wider_than_the_view_is_shrunk_when_it_is_to_fit)
+{
+    GtkWidget* widget = dynamic_cast<WidgetSource&>(*engine).widget();
+    GtkWidget* window = gtk_window_new();
+    gtk_window_set_default_size(GTK_WINDOW(window), 300, 200);
+    gtk_window_set_child(GTK_WINDOW(window), widget);
+    gtk_window_present(GTK_WINDOW(window));
+    engine->set_scales_page_to_fit(true);
+    load("<body style='margin: 0'><div style='width: 600px; height: 10px'></div>");
+    platform.loop().run_until([&] { return webkit_web_view_get_zoom_level(WEBKIT_WEB_VIEW(widget)) < 1; }, 15);
+    EXPECT_NEAR(webkit_web_view_get_zoom_level(WEBKIT_WEB_VIEW(widget)), 0.5, 0.02);
+    gtk_window_set_child(GTK_WINDOW(window), nullptr);
+    gtk_window_destroy(GTK_WINDOW(window));
+}
+
+/// The process-id namespaces of all WebKit page processes of this program's user session.
+std::set<std::string> page_process_namespaces()
+{
+    std::set<std::string> found;
+    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
+        std::ifstream name(process.path() / "comm");
+        std::string command;
+        std::error_code unreadable;
+        if (std::getline(name, command) && command == "WebKitWebProces")
+            found.insert(std::filesystem::read_symlink(process.path() / "ns" / "pid", unreadable).string());
+    }
+    return found;
+}
+
+TEST_F(WebKitEngineTest, pages_run_locked_away_where_the_sandbox_works)
+{
+    if (!sandbox_works())
+        GTEST_SKIP() << "this machine withholds the sandbox";
+    load("<p>hello</p>");
+    wait_for("finish");
+    const std::string ours = std::filesystem::read_symlink("/proc/self/ns/pid").string();
+    const std::set<std::string> theirs = page_process_namespaces();
+    EXPECT_FALSE(theirs.empty());
+    EXPECT_FALSE(theirs.contains(ours));
+}
+
+} // namespace
+} // namespace qoro::test

@@ -1,0 +1,153 @@
+#include "tests/e2e/Picture.h"
+#include "tests/e2e/PlayedAd.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+// The demo ad on a phone of 375x812 points, whose band stands at (0, 44, 375, 210.9375) and whose page begins below it.
+// Points of the screen are pixels of the X server: the window stands at its origin.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+const std::string DemoAd = QORO_SOURCE_DIR "/examples/demo/ad.json";
+constexpr Colour PageBackground{0x17, 0x1a, 0x29};
+constexpr Colour Cream{0xff, 0xf2, 0xdb};
+constexpr Colour White{255, 255, 255};
+constexpr Colour Black{0, 0, 0};
+
+} // namespace
+
+TEST(PlayDemo, TheBandThePageAndTheControlsStandWhereTheirFramesSay)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    ad.photograph(ad.folder() + "/one.png");
+    ASSERT_TRUE(ad.reaches_second(5));
+    ad.photograph(ad.folder() + "/five.png");
+
+    const Picture one(ad.folder() + "/one.png");
+    const Picture five(ad.folder() + "/five.png");
+    EXPECT_EQ(share_changed(one, five, 0, 0, 375, 43), 0) << "nothing moves above the band";
+    EXPECT_GT(share_changed(one, five, 0, 46, 375, 207), 0.1) << "the video moves in the band";
+    EXPECT_TRUE(alike(one.at(5, 260), PageBackground)) << "the page begins below the band";
+    EXPECT_TRUE(alike(one.at(5, 770), PageBackground)) << "and goes down to the lower inset";
+    EXPECT_GT(one.share_of(Cream, 16, 262, 343, 40), 0.03) << "the page shows its headline";
+    EXPECT_GT(one.share_of(White, 325, 205, 50, 50), 0.05) << "the mute button at the band's lower right";
+    EXPECT_GT(one.share_of(White, 162, 125, 50, 50), 0.05) << "the pause button in the band's middle";
+    EXPECT_GT(one.share_of(White, 0, 44, 50, 50), 0.02) << "the countdown at the band's upper left";
+    EXPECT_LT(five.share_of(White, 162, 125, 50, 50), 0.05) << "the bars are gone after three seconds";
+}
+
+TEST(PlayDemo, ASessionUnderThePointerSendsEachTrackerOnceWithItsMacrosExpanded)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+
+    // Upright: the buttons of the video, then the page's.
+    ad.click(350, 230);
+    EXPECT_TRUE(ad.server_gets("/t/mute?at="));
+    ad.click(187, 149);
+    EXPECT_TRUE(ad.server_gets("/t/pause?at="));
+    ad.click(187, 149);
+    EXPECT_TRUE(ad.server_gets("/t/resume?at="));
+    ad.click(117, 453); // the page's own button, which now reads "Unmute"
+    EXPECT_TRUE(ad.server_gets("/t/unmute?at="));
+
+    // Turned to the left, then to the right by way of upright: the buttons stand upright for the viewer.
+    ad.press("Left");
+    ASSERT_TRUE(ad.wait_for([](const nlohmann::json& line) {
+                      return line.value("event", "") == "video_orientation" && line["data"].contains("e") &&
+                             line["data"]["e"]["orientation"] == "landscape";
+                  }).is_object());
+    ad.click(790, 353);
+    EXPECT_TRUE(ad.wait_for([&](const nlohmann::json&) { return ad.hits_of("/t/mute") == 2; }).is_object());
+    ad.photograph(ad.folder() + "/left.png");
+    ad.press("Right");
+    ad.press("Right");
+    ad.click(790, 353);
+    EXPECT_TRUE(ad.wait_for([&](const nlohmann::json&) { return ad.hits_of("/t/unmute") == 2; }).is_object());
+    ad.photograph(ad.folder() + "/right.png");
+    ad.press("Left");
+
+    // Its end, and the close button, whose countdown has run out.
+    ASSERT_TRUE(ad.server_gets("/t/complete?of=14.000000"));
+    ad.click(25, 69);
+    EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
+
+    for (const std::string path : {"/t/start?at=", "/t/firstQuartile?at=", "/t/midpoint?at=", "/t/thirdQuartile?at=",
+                                   "/t/complete?of=", "/t/progress/3?at=", "/t/progress/8?at=", "/t/pause?at=",
+                                   "/t/resume?at=", "/t/close?at="})
+        EXPECT_EQ(ad.hits_of(path), 1) << path;
+    EXPECT_EQ(ad.hits_of("/t/replay"), 0);
+    EXPECT_EQ(ad.hits_of("/t/heartbeat"), 0) << "milestones take the heartbeat's place";
+    for (const nlohmann::json& line : ad.trace()) {
+        EXPECT_EQ(line.value("url", "").find_first_of("{}"), std::string::npos) << line;
+    }
+
+    const Picture left(ad.folder() + "/left.png");
+    const Picture right(ad.folder() + "/right.png");
+    for (const Picture* turned : {&left, &right}) {
+        EXPECT_TRUE(alike(turned->at(30, 200), Black)) << "the video keeps its aspect ratio on the wide screen";
+        EXPECT_GT(turned->share_of(White, 768, 331, 44, 44), 0.05) << "the mute button at the lower right";
+        EXPECT_GT(turned->share_of(White, 384, 165, 44, 44), 0.05) << "the pause button in the middle";
+    }
+}
+
+TEST(PlayDemo, TheReplayButtonPlaysAgainAndSendsItsTracker)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    ad.click(258, 453); // the page's "+5 s"
+    ASSERT_TRUE(ad.reaches_second(6));
+    ad.click(258, 453);
+    ASSERT_TRUE(ad.hears("video_ended"));
+
+    ad.click(187, 149);
+
+    EXPECT_TRUE(ad.server_gets("/t/replay"));
+    EXPECT_TRUE(ad.wait_for([&](const nlohmann::json&) { return ad.hits_of("/t/start") == 2; }).is_object())
+        << "a replay reports its milestones anew";
+    EXPECT_EQ(ad.hits_of("/t/replay"), 1);
+    EXPECT_EQ(ad.hits_of("/t/resume"), 0);
+    ad.press("Escape");
+    EXPECT_EQ(ad.exit_status(), 0);
+}
+
+TEST(PlayDemo, ThePageClosesTheAd)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    ad.click(328, 453);
+    EXPECT_EQ(ad.exit_status(), 0);
+    EXPECT_EQ(ad.hits_of("/t/close"), 1);
+    EXPECT_TRUE(ad.hears("onhide", 0));
+}
+
+TEST(PlayDemo, EscapeEndsTheAdBeforeItsCloseButtonAppears)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.hears("video_play")) << ad.complaints();
+    ad.press("Escape");
+    EXPECT_EQ(ad.exit_status(), 0);
+    EXPECT_EQ(ad.hits_of("/t/close"), 1);
+}
+
+TEST(PlayDemo, LeavingTheAppPausesTheVideoWhichWaitsToBeToldToPlay)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    ad.press("h");
+    ASSERT_TRUE(ad.hears("video_pause"));
+    ad.press("h");
+    ad.click(187, 149);
+    EXPECT_TRUE(ad.reaches_second(2));
+    ad.press("Escape");
+    EXPECT_EQ(ad.exit_status(), 0);
+}
+
+} // namespace qoro::test

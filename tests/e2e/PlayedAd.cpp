@@ -1,0 +1,185 @@
+#include "tests/e2e/PlayedAd.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <stdexcept>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+namespace qoro::test
+{
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+/// Between two looks at a program that runs by itself.
+constexpr std::chrono::milliseconds Glance{20};
+
+std::string words_of(const std::string& path)
+{
+    std::ifstream file(path);
+    std::ostringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+int start(const std::vector<std::string>& command, const std::string& output, const std::string& errors)
+{
+    const pid_t child = fork();
+    if (child < 0)
+        throw std::runtime_error("no process could be made");
+    if (child == 0) {
+        // A group of its own, so that nothing of it can be left behind.
+        setpgid(0, 0);
+        const int out = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        const int err = open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+        dup2(out, STDOUT_FILENO);
+        dup2(err, STDERR_FILENO);
+        std::vector<char*> arguments;
+        for (const std::string& word : command)
+            arguments.push_back(const_cast<char*>(word.c_str()));
+        arguments.push_back(nullptr);
+        execvp(arguments[0], arguments.data());
+        _exit(127);
+    }
+    return child;
+}
+
+void run(const std::vector<std::string>& command)
+{
+    const int child = start(command, "/dev/null", "/dev/null");
+    int status = 0;
+    if (waitpid(child, &status, 0) != child || status != 0)
+        throw std::runtime_error(command.front() + " failed");
+}
+
+} // namespace
+
+PlayedAd::PlayedAd(std::vector<std::string> arguments)
+{
+    std::string name = (std::filesystem::temp_directory_path() / "played-ad-XXXXXX").string();
+    if (!mkdtemp(name.data()))
+        throw std::runtime_error("no folder could be made");
+    folder_ = name;
+    std::vector<std::string> command{QORO_AD_PROGRAM, "play", "--mute-output", "--trace", folder_ + "/trace.jsonl"};
+    if (const char* option = std::getenv("QORO_WEB_SANDBOX_OPTION"); option && *option)
+        command.emplace_back(option);
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    process_ = start(command, folder_ + "/out", folder_ + "/err");
+}
+
+PlayedAd::~PlayedAd()
+{
+    if (!ended_) {
+        kill(-process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+    }
+    std::filesystem::remove_all(folder_);
+}
+
+void PlayedAd::click(int x, int y)
+{
+    run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"});
+}
+
+void PlayedAd::press(const std::string& key)
+{
+    run({"xdotool", "key", key});
+}
+
+void PlayedAd::photograph(const std::string& png)
+{
+    run({"ffmpeg", "-loglevel", "error", "-y", "-f", "x11grab", "-video_size", "1280x1024", "-i",
+         std::getenv("DISPLAY"), "-frames:v", "1", png});
+}
+
+nlohmann::json PlayedAd::wait_for(const std::function<bool(const nlohmann::json&)>& fits, double seconds)
+{
+    const auto until = Clock::now() + std::chrono::duration<double>(seconds);
+    while (true) {
+        const bool last = exit_status(0) >= 0 || ended_ || Clock::now() >= until;
+        for (const nlohmann::json& line : trace())
+            if (fits(line))
+                return line;
+        if (last)
+            return nullptr;
+        std::this_thread::sleep_for(Glance);
+    }
+}
+
+bool PlayedAd::hears(const std::string& event, double seconds)
+{
+    return !wait_for([&](const nlohmann::json& line) { return line.value("event", "") == event; }, seconds).is_null();
+}
+
+bool PlayedAd::reaches_second(int second, double seconds)
+{
+    return !wait_for(
+                [&](const nlohmann::json& line) {
+                    return line.value("event", "") == "video_timeupdate" &&
+                           std::stoi(line["data"]["e"]["current_time"].get<std::string>()) >= second;
+                },
+                seconds)
+                .is_null();
+}
+
+bool PlayedAd::server_gets(const std::string& path, double seconds)
+{
+    return !wait_for(
+                [&](const nlohmann::json& line) {
+                    return line["what"] == "hit" && line["url"].get<std::string>().starts_with(path);
+                },
+                seconds)
+                .is_null();
+}
+
+int PlayedAd::hits_of(const std::string& path)
+{
+    int count = 0;
+    for (const nlohmann::json& line : trace())
+        if (line["what"] == "hit" && line["url"].get<std::string>().starts_with(path))
+            ++count;
+    return count;
+}
+
+std::vector<nlohmann::json> PlayedAd::trace()
+{
+    std::vector<nlohmann::json> lines;
+    std::istringstream text(words_of(folder_ + "/trace.jsonl"));
+    for (std::string line; std::getline(text, line) && !text.eof();)
+        lines.push_back(nlohmann::json::parse(line));
+    return lines;
+}
+
+int PlayedAd::exit_status(double seconds)
+{
+    const auto until = Clock::now() + std::chrono::duration<double>(seconds);
+    while (!ended_) {
+        int status = 0;
+        if (waitpid(process_, &status, WNOHANG) == process_) {
+            ended_ = true;
+            status_ = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+        } else if (Clock::now() >= until) {
+            return -1;
+        } else {
+            std::this_thread::sleep_for(Glance);
+        }
+    }
+    return status_;
+}
+
+std::string PlayedAd::complaints() const
+{
+    return words_of(folder_ + "/err");
+}
+
+} // namespace qoro::test

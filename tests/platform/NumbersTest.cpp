@@ -1,0 +1,75 @@
+#include "platform/Numbers.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <locale>
+
+using namespace qoro;
+
+TEST(Numbers, AreTruncatedTowardZero)
+{
+    EXPECT_EQ(truncated(2.9), 2);
+    EXPECT_EQ(truncated(-2.9), -2);
+}
+
+TEST(Numbers, OutsideThirtyTwoBitsAreHeldAtTheNearestEnd)
+{
+    EXPECT_EQ(truncated(2147483646.9), 2147483646);
+    EXPECT_EQ(truncated(2147483648.0), 2147483647);
+    EXPECT_EQ(truncated(-2147483649.0), std::numeric_limits<std::int32_t>::min());
+    EXPECT_EQ(truncated(std::numeric_limits<double>::infinity()), 2147483647);
+    EXPECT_EQ(truncated(-std::numeric_limits<double>::infinity()), std::numeric_limits<std::int32_t>::min());
+}
+
+TEST(Numbers, NotANumberTruncatesToZero)
+{
+    EXPECT_EQ(truncated(std::numeric_limits<double>::quiet_NaN()), 0);
+}
+
+TEST(Numbers, AreWrittenWithAFixedCountOfDecimals)
+{
+    EXPECT_EQ(fixed_text(30, 6), "30.000000");
+    EXPECT_EQ(fixed_text(-0.0000005, 6), "-0.000000");
+    EXPECT_EQ(fixed_text(2.5, 0), "2");
+    EXPECT_EQ(fixed_text(1e300, 1).size(), 303U);
+}
+
+TEST(Numbers, ThatAreNotFiniteHaveATextOfTheirOwn)
+{
+    EXPECT_EQ(fixed_text(std::numeric_limits<double>::quiet_NaN(), 6), "nan");
+    EXPECT_EQ(fixed_text(-std::numeric_limits<double>::quiet_NaN(), 6), "nan");
+    EXPECT_EQ(fixed_text(std::numeric_limits<double>::infinity(), 6), "inf");
+    EXPECT_EQ(fixed_text(-std::numeric_limits<double>::infinity(), 6), "-inf");
+    EXPECT_EQ(shortest_text(-std::numeric_limits<double>::quiet_NaN()), "nan");
+}
+
+TEST(Numbers, AreWrittenInTheFewestDigitsThatGiveThemBack)
+{
+    EXPECT_EQ(shortest_text(0.1 + 0.2), "0.30000000000000004");
+    EXPECT_EQ(shortest_text(0.6F), "0.6");
+    EXPECT_EQ(shortest_text(0.0), "0");
+    EXPECT_EQ(shortest_text(375.0), "375");
+}
+
+TEST(Numbers, OfUsualMagnitudesAreWrittenWithoutAnExponent)
+{
+    EXPECT_EQ(shortest_text(0.000001), "0.000001");
+    EXPECT_EQ(shortest_text(100000000000000.0), "100000000000000");
+    EXPECT_EQ(shortest_text(1e15), "1e+15");
+    EXPECT_EQ(shortest_text(1e-7), "1e-07");
+    EXPECT_EQ(shortest_text(16777216.0F), "16777216");
+}
+
+TEST(Numbers, AreWrittenAlikeInEveryLocale)
+{
+    struct Comma : std::numpunct<char> {
+        char do_decimal_point() const override { return ','; }
+    };
+    const std::locale before = std::locale::global(std::locale(std::locale(), new Comma));
+
+    EXPECT_EQ(fixed_text(0.5, 1), "0.5");
+    EXPECT_EQ(shortest_text(0.5), "0.5");
+
+    std::locale::global(before);
+}

@@ -1,0 +1,84 @@
+#include "session/Trace.h"
+
+#include "simulator/SimulatedPlatform.h"
+
+#include <gtest/gtest.h>
+
+namespace qoro
+{
+namespace
+{
+
+struct TraceTest : testing::Test {
+    SimulatedPlatform platform;
+    std::vector<std::string> lines;
+
+    Trace make(TraceFormat format)
+    {
+        return Trace(platform.loop(), format, [this](std::string_view line) { lines.emplace_back(line); });
+    }
+};
+
+TEST_F(TraceTest, AJsonLineHoldsTimeKindAndFieldsInTheirOrder)
+{
+    Trace trace = make(TraceFormat::Json);
+    const Value data(NSDictionary{{"e", NSDictionary{{"visibility", 1}}}});
+    platform.run_until(1.25);
+
+    trace.tell("js", {{"event", "video_visibilitychange"}, {"data", data}, {"listeners", 2}});
+
+    EXPECT_EQ(lines, std::vector<std::string>{
+                         R"({"t":1.25,"what":"js","event":"video_visibilitychange","data":{"e":{"visibility":1}},)"
+                         R"("listeners":2})"
+                         "\n"});
+}
+
+TEST_F(TraceTest, AnAbsentTextIsNull)
+{
+    Trace trace = make(TraceFormat::Json);
+
+    trace.tell("request", {{"url", NSString()}, {"for", "tracking"}});
+
+    EXPECT_EQ(lines[0], "{\"t\":0,\"what\":\"request\",\"url\":null,\"for\":\"tracking\"}\n");
+}
+
+TEST_F(TraceTest, AReadableLineSaysTimeWhomAndWhat)
+{
+    Trace trace = make(TraceFormat::Text);
+    platform.run_until(12.3456789);
+
+    trace.tell("player", {{"do", "seek"}, {"to", 4.5}});
+    trace.tell("volume", {{"value", 0.6F}});
+    trace.tell("js", {{"event", "onhide"}, {"data", Value()}, {"listeners", 1}});
+
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "    12.346  player      seek  to 4.5\n",
+                         "    12.346  sound       volume  value 0.6\n",
+                         "    12.346  script      onhide  listeners 1\n",
+                     }));
+}
+
+TEST_F(TraceTest, AReadableLineStaysOneLineWhateverItsText)
+{
+    Trace trace = make(TraceFormat::Text);
+
+    trace.tell("log", {{"level", 1}, {"message", "one\ntwo"}});
+
+    EXPECT_EQ(lines[0], "     0.000  log         one two  level 1\n");
+}
+
+TEST_F(TraceTest, AReadableLineCutsALongFieldBetweenCharacters)
+{
+    Trace trace = make(TraceFormat::Text);
+    std::string page;
+    for (int i = 0; i < 200; ++i)
+        page += "ä";
+
+    trace.tell("page", {{"html", page}, {"base", nullptr}});
+
+    EXPECT_LT(lines[0].size(), 220U);
+    EXPECT_TRUE(lines[0].ends_with("ä…\n")) << lines[0];
+}
+
+} // namespace
+} // namespace qoro

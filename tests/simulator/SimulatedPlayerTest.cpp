@@ -1,0 +1,394 @@
+#include "simulator/SimulatedPlatform.h"
+
+#include "platform/Numbers.h"
+
+#include <gtest/gtest.h>
+#include <string>
+#include <vector>
+
+namespace qoro
+{
+namespace
+{
+
+using Reports = std::vector<std::string>;
+
+/// A player on its own platform, and what it reports: the time, what is reported, and the state with it.
+struct PlayerRun : PlayerListener {
+    explicit PlayerRun(const VideoSetup& video, const NSURL& source = NSURL::URLWithString("http://ad/v.mp4"))
+        : platform(world_with(video))
+    {
+        player = platform.players().make_player(source, *this);
+    }
+
+    static World world_with(const VideoSetup& video)
+    {
+        World world;
+        world.video = video;
+        return world;
+    }
+
+    void autoplay(bool on)
+    {
+        PlayerSettings settings;
+        settings.should_autoplay = on;
+        player->apply(settings);
+    }
+    void run_until(double seconds) { platform.run_until(seconds); }
+
+    void load_state_changed() override { note("load " + std::to_string(player->load_state())); }
+    void playback_state_changed() override { note("state " + std::to_string(player->playback_state())); }
+    void finished(int reason) override { note("finish " + std::to_string(reason)); }
+    void note(const std::string& what) { reports.push_back(shortest_text(platform.loop().now()) + " " + what); }
+
+    SimulatedPlatform platform;
+    std::unique_ptr<PlayerEngine> player;
+    Reports reports;
+};
+
+VideoSetup lasting(double duration)
+{
+    VideoSetup video;
+    video.duration = duration;
+    return video;
+}
+
+VideoSetup manual()
+{
+    VideoSetup video;
+    video.manual = true;
+    return video;
+}
+
+TEST(AutomaticPlayer, StandsAtNothingBeforeItIsLoaded)
+{
+    PlayerRun run(lasting(30));
+
+    EXPECT_EQ(run.player->current_time(), 0);
+    EXPECT_EQ(run.player->duration(), 0);
+    EXPECT_EQ(run.player->load_state(), 0);
+    EXPECT_EQ(run.player->playback_state(), 0);
+}
+
+TEST(AutomaticPlayer, ReportsPlayableThenPlaythroughThenPlaying)
+{
+    PlayerRun run(lasting(30));
+
+    run.run_until(0.3);
+
+    EXPECT_EQ(run.reports, (Reports{"0.3 load 1", "0.3 load 3", "0.3 state 1"}));
+    EXPECT_EQ(run.player->duration(), 30);
+}
+
+TEST(AutomaticPlayer, WithoutAutoplayWaitsForPlay)
+{
+    PlayerRun run(lasting(30));
+    run.autoplay(false);
+
+    run.run_until(1);
+    run.player->play();
+    run.run_until(3);
+
+    EXPECT_EQ(run.reports, (Reports{"0.3 load 1", "0.3 load 3", "1 state 1"}));
+    EXPECT_EQ(run.player->current_time(), 2);
+}
+
+TEST(AutomaticPlayer, APlayBeforeTheVideoIsLoadedIsRemembered)
+{
+    PlayerRun run(lasting(30));
+    run.autoplay(false);
+
+    run.player->play();
+    run.run_until(0.3);
+
+    EXPECT_EQ(run.reports.back(), "0.3 state 1");
+}
+
+TEST(AutomaticPlayer, APauseBeforeTheVideoIsLoadedTakesBackAPlay)
+{
+    PlayerRun run(lasting(30));
+    run.autoplay(false);
+
+    run.player->play();
+    run.player->pause();
+    run.run_until(1);
+
+    EXPECT_EQ(run.reports, (Reports{"0.3 load 1", "0.3 load 3"}));
+}
+
+TEST(AutomaticPlayer, APauseBeforeTheVideoIsLoadedDoesNotTakeBackAutoplay)
+{
+    PlayerRun run(lasting(30));
+
+    run.player->pause();
+    run.run_until(1);
+
+    EXPECT_EQ(run.player->playback_state(), 1);
+}
+
+TEST(AutomaticPlayer, PlayingMovesTheTimeAndAPauseHoldsIt)
+{
+    PlayerRun run(lasting(30));
+    run.run_until(2.5);
+
+    run.player->pause();
+    run.run_until(4);
+
+    EXPECT_EQ(run.player->current_time(), 2.2);
+    EXPECT_EQ(run.reports.back(), "2.5 state 2");
+}
+
+TEST(AutomaticPlayer, ACommandChangesTheStateAtOnceAndReportsItLater)
+{
+    PlayerRun run(lasting(30));
+    run.run_until(1);
+    const std::size_t before = run.reports.size();
+
+    run.player->pause();
+
+    EXPECT_EQ(run.player->playback_state(), 2);
+    EXPECT_EQ(run.reports.size(), before);
+}
+
+TEST(AutomaticPlayer, PlayingAgainWhilePlayingReportsNothing)
+{
+    PlayerRun run(lasting(30));
+    run.run_until(1);
+    const std::size_t before = run.reports.size();
+
+    run.player->play();
+    run.run_until(2);
+
+    EXPECT_EQ(run.reports.size(), before);
+}
+
+TEST(AutomaticPlayer, AtTheEndTheTimeIsExactlyTheDurationAndPausedIsReportedBeforeTheFinish)
+{
+    PlayerRun run(lasting(0.1 + 0.2));
+    run.run_until(0.3);
+    run.reports.clear();
+
+    run.run_until(10);
+
+    EXPECT_EQ(run.reports, (Reports{"0.6 state 2", "0.6 finish 0"}));
+    EXPECT_EQ(run.player->current_time(), 0.1 + 0.2);
+}
+
+TEST(AutomaticPlayer, ADurationThatIsNoWholeNumberOfMicrosecondsIsReachedExactly)
+{
+    PlayerRun run(lasting(1.0000004));
+
+    run.run_until(10);
+
+    EXPECT_EQ(run.player->current_time(), 1.0000004);
+}
+
+TEST(AutomaticPlayer, PlayAfterTheEndStartsFromTheBeginning)
+{
+    PlayerRun run(lasting(1));
+    run.run_until(5);
+
+    run.player->play();
+    run.run_until(5.5);
+
+    EXPECT_EQ(run.player->current_time(), 0.5);
+    EXPECT_EQ(run.reports.back(), "5 state 1");
+}
+
+TEST(AutomaticPlayer, ASeekAfterTheEndLiftsItAndPlayGoesOnFromThere)
+{
+    PlayerRun run(lasting(10));
+    run.run_until(20);
+
+    run.player->seek(4);
+    run.player->play();
+    run.run_until(21);
+
+    EXPECT_EQ(run.player->current_time(), 5);
+}
+
+TEST(AutomaticPlayer, ASeekIsHeldWithinTheVideo)
+{
+    PlayerRun run(lasting(10));
+    run.autoplay(false);
+    run.run_until(1);
+
+    run.player->seek(-3);
+    EXPECT_EQ(run.player->current_time(), 0);
+    run.player->seek(99);
+    EXPECT_EQ(run.player->current_time(), 10);
+}
+
+TEST(AutomaticPlayer, ASeekWhilePlayingMovesTheEnd)
+{
+    PlayerRun run(lasting(10));
+    run.run_until(1.3);
+
+    run.player->seek(8);
+    run.run_until(10);
+
+    EXPECT_EQ(run.reports.back(), "3.3 finish 0");
+}
+
+TEST(AutomaticPlayer, AStallIsReportedAndThenItsEnd)
+{
+    VideoSetup video = lasting(10);
+    video.stalls = {{2, 1.5}};
+    PlayerRun run(video);
+    run.run_until(0.3);
+    run.reports.clear();
+
+    run.run_until(5);
+
+    EXPECT_EQ(run.reports, (Reports{"2.3 load 4", "2.3 state 3", "3.8 load 3", "3.8 state 1"}));
+    EXPECT_EQ(run.player->current_time(), 3.2);
+}
+
+TEST(AutomaticPlayer, ACommandDuringAStallDoesNothing)
+{
+    VideoSetup video = lasting(10);
+    video.stalls = {{2, 1}};
+    PlayerRun run(video);
+    run.run_until(2.5);
+
+    run.player->pause();
+    run.player->seek(7);
+    run.run_until(3.3);
+
+    EXPECT_EQ(run.player->playback_state(), 1);
+    EXPECT_EQ(run.player->current_time(), 2);
+}
+
+TEST(AutomaticPlayer, AStallHappensOnceAPlayer)
+{
+    VideoSetup video = lasting(10);
+    video.stalls = {{2, 1}};
+    PlayerRun run(video);
+    run.run_until(4);
+    run.reports.clear();
+
+    run.player->seek(1);
+    run.run_until(6);
+
+    EXPECT_TRUE(run.reports.empty());
+    EXPECT_EQ(run.player->current_time(), 3);
+}
+
+TEST(AutomaticPlayer, AFailureIsStoppedAndThenAFinishOnceAPlayer)
+{
+    VideoSetup video = lasting(10);
+    video.error = 3;
+    PlayerRun run(video);
+    run.run_until(0.3);
+    run.reports.clear();
+
+    run.run_until(5);
+    run.player->play();
+    run.run_until(20);
+
+    EXPECT_EQ(run.reports, (Reports{"3.3 state 0", "3.3 finish 1", "5 state 1", "12 state 2", "12 finish 0"}));
+}
+
+TEST(AutomaticPlayer, WithoutAnAddressFailsInsteadOfLoading)
+{
+    PlayerRun run(lasting(10), NSURL());
+
+    run.run_until(5);
+
+    EXPECT_EQ(run.reports, (Reports{"0.3 state 0", "0.3 finish 1"}));
+    EXPECT_EQ(run.player->load_state(), 0);
+}
+
+TEST(AutomaticPlayer, LeavingTheAppPausesWhatPlays)
+{
+    PlayerRun run(lasting(10));
+    run.run_until(1);
+    run.reports.clear();
+
+    run.platform.leave_app();
+    EXPECT_TRUE(run.reports.empty());
+    run.run_until(2);
+
+    EXPECT_EQ(run.reports, Reports{"1 state 2"});
+}
+
+TEST(AutomaticPlayer, LeavingTheAppReportsNothingOfAPausedPlayer)
+{
+    PlayerRun run(lasting(10));
+    run.autoplay(false);
+    run.run_until(1);
+    run.reports.clear();
+
+    run.platform.leave_app();
+    run.run_until(2);
+
+    EXPECT_TRUE(run.reports.empty());
+}
+
+TEST(AutomaticPlayer, APlayerThatIsGoneReportsNothing)
+{
+    PlayerRun run(lasting(10));
+    run.run_until(1);
+    run.reports.clear();
+
+    run.player->pause();
+    run.player.reset();
+    run.run_until(20);
+
+    EXPECT_TRUE(run.reports.empty());
+}
+
+TEST(AutomaticPlayer, NewsOfAStepMoveTheVideo)
+{
+    PlayerRun run(lasting(10));
+    run.run_until(1.3);
+
+    PlayerNews news;
+    news.time = 6;
+    static_cast<SimulatedPlayer&>(*run.player).take(news);
+    run.run_until(2.3);
+
+    EXPECT_EQ(run.player->current_time(), 7);
+}
+
+TEST(ManualPlayer, DoesNothingByItself)
+{
+    PlayerRun run(manual());
+
+    run.player->play();
+    run.player->pause();
+    run.platform.leave_app();
+    run.run_until(60);
+
+    EXPECT_TRUE(run.reports.empty());
+    EXPECT_EQ(run.player->playback_state(), 0);
+}
+
+TEST(ManualPlayer, ASeekSetsTheTime)
+{
+    PlayerRun run(manual());
+
+    run.player->seek(12.5);
+
+    EXPECT_EQ(run.player->current_time(), 12.5);
+}
+
+TEST(ManualPlayer, PostsItsNewsAsLoadThenStateThenFinishInsideTheCall)
+{
+    PlayerRun run(manual());
+    PlayerNews news;
+    news.time = 30;
+    news.duration = 30;
+    news.load = 3;
+    news.state = 2;
+    news.finish = 0;
+
+    static_cast<SimulatedPlayer&>(*run.player).take(news);
+
+    EXPECT_EQ(run.reports, (Reports{"0 load 3", "0 state 2", "0 finish 0"}));
+    EXPECT_EQ(run.player->current_time(), 30);
+    EXPECT_EQ(run.player->duration(), 30);
+}
+
+} // namespace
+} // namespace qoro

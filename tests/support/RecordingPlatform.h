@@ -1,0 +1,136 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "simulator/SimulatedNet.h"
+#include "simulator/SimulatedText.h"
+#include "simulator/VirtualLoop.h"
+
+#include <string>
+#include <vector>
+
+namespace qoro::test
+{
+
+/// A player that does nothing by itself; a test gives its news.
+struct ScriptedPlayer : PlayerEngine {
+    explicit ScriptedPlayer(PlayerListener& news) : listener(news) {}
+
+    void apply(const PlayerSettings& with) override { applied.push_back(with); }
+    void play() override { ++plays; }
+    void pause() override { ++pauses; }
+    void seek(double to) override { time = to; }
+    double current_time() const override { return time; }
+    double duration() const override { return length; }
+    int load_state() const override { return load; }
+    int playback_state() const override { return state; }
+
+    PlayerListener& listener;
+    std::vector<PlayerSettings> applied;
+    int plays = 0;
+    int pauses = 0;
+    double time = 0;
+    double length = 0;
+    int load = 0;
+    int state = 0;
+};
+
+/// A web engine that keeps what it is asked for.
+struct RecordingWebEngine : WebEngine {
+    void load_html(const NSString& page, const NSURL& base) override
+    {
+        html = page;
+        address = base;
+    }
+    void call_listeners(const std::string& event, const NSArray&, const NSDictionary&) override
+    {
+        events.push_back(event);
+    }
+    NSURL current_address() const override { return address; }
+    void set_scales_page_to_fit(bool on) override { scales = on; }
+
+    NSString html;
+    NSURL address;
+    bool scales = false;
+    std::vector<std::string> events;
+};
+
+/// A platform in virtual time for tests of single objects: its player, page, picture, device and display do nothing by
+/// themselves, answer what a test has laid down and count what they are asked for; what is told to its witness becomes
+/// one line of text each. It is current on its thread as long as it lives.
+class RecordingPlatform : public Platform,
+                          private PlayerFactory,
+                          private WebEngineFactory,
+                          private OutputVolume,
+                          private ImageDecoder,
+                          private Device,
+                          private Display,
+                          private Witness
+{
+public:
+    RecordingPlatform() { set_witness(this); }
+    ~RecordingPlatform() override
+    {
+        loop_.clear();
+        drop_shared();
+    }
+
+    VirtualLoop& loop() override { return loop_; }
+    PlayerFactory& players() override { return *this; }
+    WebEngineFactory& web_engines() override { return *this; }
+    OutputVolume& volume() override { return *this; }
+    Fetcher& fetcher() override { return net_; }
+    TextMeasurer& text() override { return text_; }
+    ImageDecoder& images() override { return *this; }
+    Device& device() override { return *this; }
+    VideoCacheStore& video_cache() override { return video_cache_; }
+    Display& display() override { return *this; }
+
+    /// Seconds go by.
+    void let_pass(double seconds) { loop_.run_until(loop_.now_microseconds() + to_microseconds(seconds)); }
+
+    /// What the network answers, and how long texts are.
+    World world;
+
+    std::vector<std::string> transcript;
+    int display_requests = 0;
+    int decodings = 0;
+    int players_gone = 0;
+    ScriptedPlayer* player = nullptr;
+    RecordingWebEngine* web = nullptr;
+    float output_volume = 0.6F;
+    bool slider = true;
+    DeviceFacts device_facts;
+    int device_orientation = 1;
+    int bar_orientation = 1;
+    bool bar_hidden = false;
+    std::vector<std::string> opened;
+
+private:
+    struct Picture : DecodedImage {
+    };
+
+    std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) override;
+    std::unique_ptr<WebEngine> make_web_engine(WebListener& listener) override;
+    float value() const override { return output_volume; }
+    void set_value(float value) override { output_volume = value; }
+    bool has_slider() const override { return slider; }
+    /// Whatever begins with "PNG".
+    std::shared_ptr<const DecodedImage> decode(const NSData& bytes) override;
+    const DeviceFacts& facts() const override { return device_facts; }
+    int orientation() const override { return device_orientation; }
+    void force_orientation(int orientation) override { device_orientation = orientation; }
+    int status_bar_orientation() const override { return bar_orientation; }
+    bool status_bar_hidden() const override { return bar_hidden; }
+    bool can_open(const NSURL& address) override { return address.absoluteString().contains("http"); }
+    void open(const NSURL& address) override { opened.push_back(address.absoluteString().text()); }
+    void needs_display() override { ++display_requests; }
+    void tell(std::string_view what, std::initializer_list<Field> fields) override;
+
+    VirtualLoop loop_{*this};
+    SimulatedNet net_{loop_, world};
+    SimulatedText text_{world};
+    SimulatedVideoCache video_cache_{world};
+    PlatformScope scope_{*this};
+};
+
+} // namespace qoro::test

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "platform/Geometry.h"
+#include "platform/UIKit.h"
+
+#include <ostream>
+
+namespace qoro
+{
+
+// What a failed comparison prints.
+
+inline void PrintTo(CGPoint point, std::ostream* out)
+{
+    *out << '(' << point.x << ", " << point.y << ')';
+}
+
+inline void PrintTo(CGSize size, std::ostream* out)
+{
+    *out << size.width << " by " << size.height;
+}
+
+inline void PrintTo(const CGRect& rect, std::ostream* out)
+{
+    *out << '(' << rect.x << ", " << rect.y << ", " << rect.width << ", " << rect.height << ')';
+}
+
+/// The bytes of the picture behind a button, to compare with an embedded image's array; null for none.
+inline const unsigned char* picture_of(const UIButton& button)
+{
+    return button.backgroundImage().data().bytes();
+}
+
+/// Whether a view is the topmost of its parent.
+inline bool is_on_top(const UIView& view)
+{
+    return view.superview() && view.superview().subviews().back() == view;
+}
+
+} // namespace qoro
