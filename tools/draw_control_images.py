@@ -35,6 +35,7 @@ IMAGES = [
 
 SIGNATURE = b"\x89PNG\r\n\x1a\n"
 EMPTY_CHUNK = 12  # bytes of a chunk without data: length, type, checksum
+HOPELESS = 1.15  # zopfli does not save more than this over zlib
 CHANNELS = 4  # red, green, blue, alpha, one byte each
 
 # Steps from 0 to 255 in each channel, finest first. Multiples of 12 keep the discs' alpha (7/12) as it is drawn.
@@ -124,21 +125,23 @@ def squeezed(data):
         return subprocess.run(command, check=True, capture_output=True).stdout
 
 
-def encodings(rows):
-    """The pixel data in the two scan-line filters that suit the picture best."""
-    candidates = [filtered(method, rows) for method in range(5)]
-    candidates.sort(key=lambda data: len(zlib.compress(data, 9)))
-    return [squeezed(data) for data in candidates[:2]]
+def encodings(rows, limit):
+    """The pixel data in the two scan-line filters that suit the picture best, where they have a chance to fit."""
+    candidates = []
+    for method in range(5):
+        data = filtered(method, rows)
+        quick = len(zlib.compress(data, 9))
+        if quick <= limit * HOPELESS:
+            candidates.append((quick, data))
+    candidates.sort()
+    return [squeezed(data) for _, data in candidates[:2]]
 
 
 def padding(title, spare):
-    """Chunks of exactly `spare` bytes: the picture's title where there is room, then a chunk that decoders skip."""
+    """Chunks of exactly `spare` bytes: the picture's title where there is room, then one that decoders skip."""
     named = chunk(b"tEXt", b"Title\0" + title.encode("latin-1"))
-    if spare == len(named) or spare >= len(named) + EMPTY_CHUNK:
-        return named + padding("", spare - len(named)) if title else chunk(b"fiLl", bytes(spare - EMPTY_CHUNK))
-    if spare >= EMPTY_CHUNK:
-        return chunk(b"fiLl", bytes(spare - EMPTY_CHUNK))
-    return b""
+    out = named if spare >= len(named) + EMPTY_CHUNK else b""
+    return out + chunk(b"fiLl", bytes(spare - len(out) - EMPTY_CHUNK))
 
 
 def picture(name, size, width, height):
@@ -149,11 +152,11 @@ def picture(name, size, width, height):
     start = SIGNATURE + chunk(b"IHDR", struct.pack(">IIBBBBB", width, height, 8, 6, 0, 0, 0))
     end = chunk(b"IEND")
     for steps in SHADE_STEPS:
-        for data in encodings(shaded(rows, steps)):
+        for data in encodings(shaded(rows, steps), size):
             body = start + chunk(b"IDAT", data)
             spare = size - len(body) - len(end)
-            if spare == 0 or spare >= EMPTY_CHUNK:
-                print(f"{name}: {size} bytes, {steps} steps of shade, {spare} bytes to spare")
+            if spare >= EMPTY_CHUNK:
+                print(f"{name}: {size} bytes, {steps} steps of shade, {spare} bytes of padding")
                 return body + padding(title, spare) + end
     raise PictureError(f"{source}: too rich for {size} bytes, expected a simpler drawing")
 
@@ -162,7 +165,8 @@ HEADER = """\
 // Written by tools/draw_control_images.py: change the drawings in Base/VideoPlayer/artwork, then run it again.
 #pragma once
 
-namespace qoro {
+namespace qoro
+{
 
 // Each array is a complete PNG file (8 bits per channel, RGBA) and is passed with its whole length.
 """
@@ -172,18 +176,18 @@ def header_text():
     text = HEADER
     for name, size, width, height, use in IMAGES:
         text += f"\n/// {use} {width} x {height} pixels.\nextern const unsigned char {name}[{size}];\n"
-    return text + "\n}  // namespace qoro\n"
+    return text + "\n} // namespace qoro\n"
 
 
 def source_text(pictures):
     text = "// Written by tools/draw_control_images.py: change the drawings in Base/VideoPlayer/artwork, then run it again.\n"
-    text += '#include "Base/VideoPlayer/VideoImage/VideoImage.h"\n\nnamespace qoro {\n\n// clang-format off\n'
+    text += '#include "Base/VideoPlayer/VideoImage/VideoImage.h"\n\nnamespace qoro\n{\n\n// clang-format off\n'
     for name, size, *_ in IMAGES:
         text += f"const unsigned char {name}[{size}] = {{\n"
         for at in range(0, size, 24):
             text += "    " + ",".join(str(byte) for byte in pictures[name][at : at + 24]) + ",\n"
         text += "};\n\n"
-    return text + "// clang-format on\n\n}  // namespace qoro\n"
+    return text + "// clang-format on\n\n} // namespace qoro\n"
 
 
 def main():

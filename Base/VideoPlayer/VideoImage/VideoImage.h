@@ -1,7 +1,8 @@
 // Written by tools/draw_control_images.py: change the drawings in Base/VideoPlayer/artwork, then run it again.
 #pragma once
 
-namespace qoro {
+namespace qoro
+{
 
 // Each array is a complete PNG file (8 bits per channel, RGBA) and is passed with its whole length.
 
@@ -44,4 +45,4 @@ extern const unsigned char arrayHideVideo[2418];
 /// Button that shows the hidden video again. 160 x 160 pixels.
 extern const unsigned char arrayShowVideo[2510];
 
-}  // namespace qoro
+} // namespace qoro
