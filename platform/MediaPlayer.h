@@ -20,8 +20,9 @@ public:
     {
         return a.state_ == b.state_;
     }
-    /// What its notifications carry as their object.
-    const void* identity() const { return state_.get(); }
+    /// What its notifications carry as their object; no later player of the platform has the same. Null for a null
+    /// player.
+    const void* identity() const;
 
     void play() const;
     void pause() const;

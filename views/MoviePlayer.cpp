@@ -2,12 +2,26 @@
 
 #include "views/NodeAccess.h"
 
+#include <deque>
+
 namespace qoro
 {
+
+namespace
+{
+
+/// One byte a player, kept as long as the platform: an observer may outlive the player that it was registered for, and
+/// must not hear a later one that memory happens to put in its place.
+struct PlayerIdentities {
+    std::deque<char> taken;
+};
+
+} // namespace
 
 /// The player behind the handles: it owns the engine and the view, and passes the engine's news on as notifications.
 struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared_from_this<State> {
     Platform& platform;
+    const void* const identity;
     const NSURL source;
     const std::shared_ptr<ViewNode> video;
     PlayerSettings settings;
@@ -16,7 +30,8 @@ struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared
     bool let_go = false;
 
     State(Platform& on_platform, const NSURL& of_source)
-        : platform(on_platform), source(of_source), video(std::make_shared<ViewNode>(ViewNode::Kind::Video))
+        : platform(on_platform), identity(&on_platform.shared<PlayerIdentities>().taken.emplace_back()),
+          source(of_source), video(std::make_shared<ViewNode>(ViewNode::Kind::Video))
     {
     }
 
@@ -35,7 +50,7 @@ struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared
         std::shared_ptr<State> held = weak_from_this().lock();
         if (!held || let_go)
             return;
-        platform.dispatch([&] { platform.shared<NSNotificationCenter>().deliver(name, this, info); });
+        platform.dispatch([&] { platform.shared<NSNotificationCenter>().deliver(name, identity, info); });
         if (held.use_count() > 1)
             return;
         // An observer dropped the player. The engine still stands in its report, so it goes in an event of its own.
@@ -64,6 +79,11 @@ MPMoviePlayerViewController MPMoviePlayerViewController::initWithContentURL(cons
     state->engine = platform.players().make_player(address, *state);
     state->video->player = state->engine.get();
     return controller;
+}
+
+const void* MPMoviePlayerController::identity() const
+{
+    return state_ ? state_->identity : nullptr;
 }
 
 void MPMoviePlayerController::play() const

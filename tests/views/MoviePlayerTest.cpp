@@ -131,6 +131,18 @@ TEST_F(MoviePlayer, PassesOnASettingThatChanges)
     EXPECT_EQ(platform.transcript, Lines{});
 }
 
+TEST_F(MoviePlayer, IsNotHeardByTheObserversOfAPlayerThatIsGone)
+{
+    open();
+    viewer->listen_for<&Viewer::hear>("MPMoviePlayerLoadStateDidChangeNotification", player().identity());
+    viewer->player = nullptr;
+
+    open(); // may well take the first one's place in memory
+    platform.player->listener.load_state_changed();
+
+    EXPECT_EQ(viewer->heard, Lines{});
+}
+
 TEST_F(MoviePlayer, PostsItsNewsInItsOwnName)
 {
     open();
