@@ -56,9 +56,10 @@ void SimulatedPlayer::pause()
 {
     if (manual() || stalled_)
         return;
-    if (!ready_) {
+    if (!ready_)
         wants_play_ = false;
-    } else if (playing()) {
+    // Also before it is loaded, when a step's news made it play.
+    if (playing()) {
         set_playback_state(MPMoviePlaybackStatePaused);
         post(Event::ReportPlayback);
     }
@@ -215,6 +216,8 @@ void SimulatedPlayer::loaded()
         return;
     }
     duration_ = players_.video_.duration;
+    // A step's news may have made it play already: its end is known now.
+    put(position());
     load_state_ = MPMovieLoadStatePlayable;
     post(Event::ReportPlayable);
 }

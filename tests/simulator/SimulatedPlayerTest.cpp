@@ -351,6 +351,38 @@ TEST(AutomaticPlayer, NewsOfAStepMoveTheVideo)
     EXPECT_EQ(run.player->current_time(), 7);
 }
 
+PlayerNews playing_news()
+{
+    PlayerNews news;
+    news.state = 1;
+    return news;
+}
+
+TEST(AutomaticPlayer, PlayingByAStepBeforeItIsLoadedComesToItsEnd)
+{
+    PlayerRun run(lasting(10));
+    static_cast<SimulatedPlayer&>(*run.player).take(playing_news());
+
+    run.run_until(20);
+
+    EXPECT_EQ(run.reports, (Reports{"0 state 1", "0.3 load 1", "0.3 load 3", "10 state 2", "10 finish 0"}));
+    EXPECT_EQ(run.player->current_time(), 10);
+}
+
+TEST(AutomaticPlayer, PlayingByAStepBeforeItIsLoadedPausesWhenTheAppIsLeft)
+{
+    PlayerRun run(lasting(10));
+    run.autoplay(false);
+    static_cast<SimulatedPlayer&>(*run.player).take(playing_news());
+    run.run_until(0.1);
+
+    run.platform.leave_app();
+    run.run_until(20);
+
+    EXPECT_EQ(run.reports, (Reports{"0 state 1", "0.1 state 2", "0.3 load 1", "0.3 load 3"}));
+    EXPECT_EQ(run.player->current_time(), 0.1);
+}
+
 TEST(ManualPlayer, DoesNothingByItself)
 {
     PlayerRun run(manual());
