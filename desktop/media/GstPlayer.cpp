@@ -13,9 +13,6 @@ namespace qoro
 
 namespace
 {
-/// Seconds for which data may run low before that is a lack: a seek within what is there fills up again in less, and a
-/// picture freezes only after more.
-constexpr double StallPatience = 0.08;
 /// Seconds to wait at the factory's end.
 constexpr double ClosingPatience = 2.0;
 
@@ -77,7 +74,6 @@ GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& lo
 
 GstPlayer::~GstPlayer()
 {
-    stop_watching();
     mailbox_->close();
     if (options_.on_end)
         options_.on_end(*this);
@@ -148,10 +144,6 @@ void GstPlayer::run(bool playing)
         return;
     }
     pipeline_->run(playing);
-    if (playing)
-        watch_for_stall();
-    else
-        stop_watching();
 }
 
 double GstPlayer::current_time() const
@@ -254,7 +246,6 @@ void GstPlayer::failed(const std::string& reason)
         return;
     time_ = current_time();
     failed_ = true;
-    stop_watching();
     pipeline_.reset();
     if (options_.on_failure)
         options_.on_failure(reason);
@@ -276,11 +267,8 @@ void GstPlayer::sound_failed()
 void GstPlayer::data_changed()
 {
     if (pipeline_->short_of_data()) {
-        watch_for_stall();
-        return;
-    }
-    stop_watching();
-    if (awaits_data_) {
+        stall();
+    } else if (awaits_data_) {
         awaits_data_ = false;
         announce_playthrough();
     } else if (stalled_) {
@@ -288,26 +276,9 @@ void GstPlayer::data_changed()
     }
 }
 
-void GstPlayer::watch_for_stall()
-{
-    if (stall_watch_ || playback_state_ != MPMoviePlaybackStatePlaying || !pipeline_->short_of_data())
-        return;
-    stall_watch_ = loop_.start_timer(StallPatience, false, [this] {
-        stall_watch_ = 0;
-        stall();
-    });
-}
-
-void GstPlayer::stop_watching()
-{
-    if (stall_watch_)
-        loop_.stop_timer(stall_watch_);
-    stall_watch_ = 0;
-}
-
 void GstPlayer::stall()
 {
-    if (playback_state_ != MPMoviePlaybackStatePlaying || at_end_ || !pipeline_->short_of_data())
+    if (playback_state_ != MPMoviePlaybackStatePlaying || at_end_)
         return;
     time_ = current_time();
     stalled_ = true;

@@ -49,8 +49,8 @@ public:
 
     // The display's side.
 
-    /// Pictures are fitted into the box by the settings' scaling mode: one that keeps its shape is smaller than the box.
-    /// A picture of the new size is there when this returns, also while paused.
+    /// Pictures are fitted into the box by the settings' scaling mode: one that keeps its shape is smaller than the
+    /// box. A picture of the new size is there when this returns, also while paused.
     void set_picture_size(int width_px, int height_px) override;
     VideoFrame latest_frame() const override;
 
@@ -69,8 +69,6 @@ private:
     void set_load(int state);
     void set_playback(int state);
     void run(bool playing);
-    void watch_for_stall();
-    void stop_watching();
     void stall();
     void go_on();
 
@@ -102,7 +100,6 @@ private:
     bool ends_on_play_ = false;
     bool stalled_ = false;
     bool failed_ = false;
-    TimerId stall_watch_ = 0;
 };
 
 /// Makes players over GStreamer.

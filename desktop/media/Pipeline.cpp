@@ -1,6 +1,8 @@
 #include "desktop/media/Pipeline.h"
 
 #include "desktop/media/Mailbox.h"
+#include "desktop/media/ServerWait.h"
+#include "desktop/media/Workers.h"
 
 #include <gst/app/gstappsink.h>
 #include <gst/gst.h>
@@ -11,12 +13,12 @@
 #include <array>
 #include <atomic>
 #include <chrono>
+#include <cmath>
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
 #include <mutex>
 #include <string_view>
-#include <thread>
 #include <utility>
 
 namespace qoro
@@ -30,13 +32,13 @@ constexpr guint ServerTimeOut = 10;
 constexpr int ServerRetries = 1;
 /// Bytes of a video that are kept, so that a replay or a seek asks no server again.
 constexpr guint64 KeptBytes = 16 << 20;
-/// What has to lie ready before a video that comes from a server starts, or goes on after a lack of data.
-constexpr guint64 ReadyTime = 2 * GST_SECOND;
-constexpr guint ReadyBytes = 8 << 20;
-/// The share of that below which data is short: at the start nearly all of it; then what is left a tenth of a second
-/// before the picture would freeze.
-constexpr int ShortShareAtStart = 98;
-constexpr double ShortShare = 0.05;
+/// Seconds of a video from a server that have to lie ready before it starts, or goes on after a lack of data; counted
+/// in bytes, by the video's own rate.
+constexpr double ReadyTime = 2.0;
+/// Bytes a second of a video whose size the server does not tell.
+constexpr double UsualRate = 150e3;
+/// Seconds of a video that is not read but poured in, below which there is nothing left.
+constexpr double NothingReady = 0.02;
 /// Seconds by which a video may end before its duration says, and still be complete.
 constexpr double MissingAtMost = 0.5;
 /// How long opening the sound may take, and how long a file may take to fail after its source did.
@@ -71,7 +73,7 @@ double seconds(gint64 time)
 
 gint64 gst_time(double time)
 {
-    return static_cast<gint64>(std::max(time, 0.0) * static_cast<double>(GST_SECOND) + 0.5);
+    return std::llround(std::max(time, 0.0) * static_cast<double>(GST_SECOND));
 }
 
 std::string_view kind_of(const GstCaps* caps)
@@ -80,23 +82,12 @@ std::string_view kind_of(const GstCaps* caps)
         return {};
     return gst_structure_get_name(gst_caps_get_structure(caps, 0));
 }
-
-/// Pipelines that have not let go of everything yet.
-struct Open {
-    std::mutex mutex;
-    std::condition_variable changed;
-    int count = 0;
-};
-Open& open_pipelines()
-{
-    static Open& open = *new Open; // threads may outlive the program's end
-    return open;
-}
 } // namespace
 
-struct Pipeline::Core : std::enable_shared_from_this<Pipeline::Core> {
+struct Pipeline::Core {
     Core(Opening how, std::shared_ptr<VideoPictures> to, MainLoop& loop, Listener& heard)
-        : opening(std::move(how)), pictures(std::move(to)), mailbox(std::make_shared<Mailbox>(loop)), listener(heard)
+        : opening(std::move(how)), pictures(std::move(to)), mailbox(std::make_shared<Mailbox>(loop)), listener(heard),
+          low(!opening.is_file), complete(opening.is_file)
     {
     }
 
@@ -121,8 +112,10 @@ struct Pipeline::Core : std::enable_shared_from_this<Pipeline::Core> {
     /// Set once, by the worker; valid until it has closed.
     std::atomic<GstElement*> pipeline = nullptr;
     GstElement* source = nullptr;
-    /// Holds what lies ready; the pipeline's.
-    GstElement* ready_queue = nullptr;
+    /// Keeps what a server has sent; null for a file.
+    GstElement* keeper = nullptr;
+    /// Bytes a second.
+    double rate = UsualRate;
     /// The duration in seconds, 0 before it is known.
     std::atomic<double> duration = 0;
     std::atomic<unsigned> seeks_done = 0;
@@ -130,9 +123,10 @@ struct Pipeline::Core : std::enable_shared_from_this<Pipeline::Core> {
     std::atomic<Clock::rep> sound_opening = 0;
     std::atomic<GstElement*> sound = nullptr;
     std::atomic<GstElement*> picture_sink = nullptr;
-    std::atomic<bool> low = false;
+    ServerWait server_wait;
+    std::atomic<bool> low;
     /// Everything that the source has was read.
-    std::atomic<bool> complete = false;
+    std::atomic<bool> complete;
     std::atomic<double> pixel_rate = 0;
 
     // The worker.
@@ -140,6 +134,9 @@ struct Pipeline::Core : std::enable_shared_from_this<Pipeline::Core> {
     bool open();
     bool settle(unsigned for_seek);
     void obey();
+    void watch_data(bool runs);
+    bool starved();
+    double seconds_ready();
     bool seek(double time);
     void close();
 
@@ -181,17 +178,7 @@ struct Pipeline::Core : std::enable_shared_from_this<Pipeline::Core> {
 Pipeline::Pipeline(Opening opening, std::shared_ptr<VideoPictures> pictures, MainLoop& loop, Listener& listener)
     : core_(std::make_shared<Core>(std::move(opening), std::move(pictures), loop, listener))
 {
-    {
-        std::scoped_lock lock(open_pipelines().mutex);
-        ++open_pipelines().count;
-    }
-    std::thread([core = core_]() mutable {
-        core->work();
-        core.reset();
-        std::scoped_lock lock(open_pipelines().mutex);
-        --open_pipelines().count;
-        open_pipelines().changed.notify_all();
-    }).detach();
+    Workers::all().start([core = core_] { core->work(); });
 }
 
 Pipeline::~Pipeline()
@@ -243,22 +230,20 @@ void Pipeline::warm_up()
     std::call_once(once, [] {
         gst_init(nullptr, nullptr);
         // Most of the time to a first picture in a new program is the loading of these.
-        std::thread([] {
+        Workers::all().start([] {
             for (const char* name :
                  {"souphttpsrc", "filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse",
                   "avdec_h264", "avdec_aac", "appsink", "audioconvert", "audioresample", "pulsesink"}) {
                 if (GstElement* element = gst_element_factory_make(name, nullptr))
                     gst_object_unref(element);
             }
-        }).detach();
+        });
     });
 }
 
 void Pipeline::wait_until_gone(double seconds)
 {
-    Open& open = open_pipelines();
-    std::unique_lock lock(open.mutex);
-    open.changed.wait_for(lock, std::chrono::duration<double>(seconds), [&open] { return open.count == 0; });
+    Workers::all().wait(seconds);
 }
 
 // ----------------------------------------------------------------------------------------------------- the worker
@@ -271,6 +256,10 @@ void Pipeline::Core::work()
             fail("its duration is not known");
         } else {
             duration = seconds(length);
+            gint64 size = 0;
+            if (gst_element_query_duration(source, GST_FORMAT_BYTES, &size) && size > 0)
+                rate = static_cast<double>(size) / duration;
+            watch_data(false);
             mailbox->post([this] { listener.loaded(duration); });
         }
     }
@@ -301,19 +290,20 @@ bool Pipeline::Core::open()
         return false;
     g_object_set(source, "location", opening.location.c_str(), nullptr);
     if (!opening.is_file) {
-        GstElement* keeper = make("queue2");
+        keeper = make("queue2");
         if (!keeper)
             return false;
         g_object_set(source, "user-agent", UserAgent, "timeout", ServerTimeOut, "retries", ServerRetries, nullptr);
         g_object_set(keeper, "ring-buffer-max-size", KeptBytes, "max-size-bytes", static_cast<guint>(KeptBytes),
                      "max-size-buffers", 0U, "max-size-time", G_GUINT64_CONSTANT(0), nullptr);
-        g_object_set(decoder, "use-buffering", TRUE, "max-size-time", ReadyTime, "max-size-bytes", ReadyBytes,
-                     "low-percent", ShortShareAtStart, nullptr);
         gst_element_link(source, keeper);
         before_decoder = keeper;
         GstPad* entry = gst_element_get_static_pad(keeper, "sink");
         gst_pad_add_probe(entry, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_source_event, this, nullptr);
         gst_object_unref(entry);
+        GstPad* exit = gst_element_get_static_pad(keeper, "src");
+        server_wait.watch(exit);
+        gst_object_unref(exit);
     }
     gst_element_link(before_decoder, decoder);
     g_signal_connect(decoder, "autoplug-continue", G_CALLBACK(on_kind), this);
@@ -343,6 +333,9 @@ bool Pipeline::Core::settle(unsigned for_seek)
         if (state == GST_STATE_CHANGE_SUCCESS || state == GST_STATE_CHANGE_NO_PREROLL)
             return true;
         std::unique_lock lock(mutex);
+        // The fault that breaks off the change of state is told just after that.
+        if (state == GST_STATE_CHANGE_FAILURE)
+            wishes_changed.wait_for(lock, Glance, [this] { return closing || failed || !source_failure.empty(); });
         const bool source_fault = !source_failure.empty();
         const bool given_up = source_fault && duration <= 0 && Clock::now() - source_failed_at > SourceGrace;
         lock.unlock();
@@ -354,6 +347,8 @@ bool Pipeline::Core::settle(unsigned for_seek)
             fail("it can't be played");
             return false;
         }
+        if (duration > 0 && !complete && starved())
+            set_low(true);
         const Clock::rep opening_since = sound_opening;
         if (opening_since && Clock::now() - Clock::time_point(Clock::duration(opening_since)) > SoundTimeOut) {
             tell(&Listener::sound_failed);
@@ -366,7 +361,6 @@ bool Pipeline::Core::settle(unsigned for_seek)
 void Pipeline::Core::obey()
 {
     bool runs = false;
-    bool lets_run_low = false;
     unsigned done = 0;
     std::unique_lock lock(mutex);
     while (!closing) {
@@ -391,13 +385,6 @@ void Pipeline::Core::obey()
             });
             lock.lock();
             done = wanted;
-        } else if (able && !low && !lets_run_low) {
-            // Enough is ready for the start. Not by the queue's own thread, which holds the queue while it speaks.
-            lets_run_low = true;
-            lock.unlock();
-            if (ready_queue)
-                g_object_set(ready_queue, "low-watermark", ShortShare, nullptr);
-            lock.lock();
         } else if (able && playing != runs) {
             runs = playing;
             lock.unlock();
@@ -406,10 +393,38 @@ void Pipeline::Core::obey()
             if (changed == GST_STATE_CHANGE_FAILURE)
                 fail("it can't be played");
             lock.lock();
+        } else if (able && (low || (runs && !complete))) {
+            wishes_changed.wait_for(lock, Glance);
+            lock.unlock();
+            watch_data(runs);
+            lock.lock();
         } else {
             wishes_changed.wait(lock);
         }
     }
+}
+
+// Data is short when it is waited for; there is enough again when nothing is waited for and more lies ready.
+void Pipeline::Core::watch_data(bool runs)
+{
+    if (complete)
+        set_low(false);
+    else if (low)
+        set_low(seconds_ready() < ReadyTime || starved());
+    else
+        set_low(runs && starved());
+}
+
+bool Pipeline::Core::starved()
+{
+    return server_wait.reads() ? server_wait.prevails() : seconds_ready() < NothingReady;
+}
+
+double Pipeline::Core::seconds_ready()
+{
+    guint bytes = 0;
+    g_object_get(keeper, "current-level-bytes", &bytes, nullptr);
+    return static_cast<double>(bytes) / rate;
 }
 
 bool Pipeline::Core::seek(double time)
@@ -463,13 +478,6 @@ void Pipeline::Core::set_low(bool is_low)
 void Pipeline::Core::hear(GstMessage* message)
 {
     switch (GST_MESSAGE_TYPE(message)) {
-    case GST_MESSAGE_BUFFERING: {
-        gint percent = 0;
-        gst_message_parse_buffering(message, &percent);
-        // Once everything was read, it only has to be carried on.
-        set_low(percent < 100 && !complete);
-        break;
-    }
     case GST_MESSAGE_ERROR:
         hear_error(message);
         break;
@@ -503,6 +511,7 @@ void Pipeline::Core::hear_error(GstMessage* message)
         if (source_failure.empty()) {
             source_failure = reason;
             source_failed_at = Clock::now();
+            wishes_changed.notify_all();
         }
         return;
     }
@@ -552,9 +561,6 @@ gboolean Pipeline::Core::on_kind(GstElement*, GstPad*, GstCaps* caps, gpointer c
 void Pipeline::Core::on_element(GstBin*, GstBin*, GstElement* element, gpointer core)
 {
     Core& self = *static_cast<Core*>(core);
-    const GstElementFactory* made_by = gst_element_get_factory(element);
-    if (made_by && std::string_view(GST_OBJECT_NAME(made_by)) == "multiqueue")
-        self.ready_queue = element;
     if (self.pixel_rate <= OneThreadPixels && g_object_class_find_property(G_OBJECT_GET_CLASS(element), "max-threads"))
         g_object_set(element, "max-threads", 1, nullptr);
 }
@@ -562,17 +568,13 @@ void Pipeline::Core::on_element(GstBin*, GstBin*, GstElement* element, gpointer 
 GstPadProbeReturn Pipeline::Core::on_source_event(GstPad*, GstPadProbeInfo* info, gpointer core)
 {
     Core& self = *static_cast<Core*>(core);
-    switch (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info))) {
-    case GST_EVENT_EOS:
-        self.complete = true;
-        self.set_low(false);
-        break;
-    case GST_EVENT_SEGMENT:
-        self.complete = false;
-        break;
-    default:
-        break;
-    }
+    const GstEventType event = GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info));
+    if (event != GST_EVENT_EOS && event != GST_EVENT_SEGMENT)
+        return GST_PAD_PROBE_OK;
+    // The source's end; a new segment begins where it was sent to instead.
+    std::scoped_lock lock(self.mutex);
+    self.complete = event == GST_EVENT_EOS;
+    self.wishes_changed.notify_all();
     return GST_PAD_PROBE_OK;
 }
 

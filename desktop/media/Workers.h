@@ -1,0 +1,49 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+namespace qoro
+{
+
+/// The threads that are at work for pipelines, also for ones that were destroyed.
+class Workers
+{
+public:
+    static Workers& all()
+    {
+        static Workers& workers = *new Workers; // a thread may outlive the program's end
+        return workers;
+    }
+    /// Runs work on a thread of its own.
+    void start(std::function<void()> work)
+    {
+        std::scoped_lock lock(mutex_);
+        ++count_;
+        std::thread([this, work = std::move(work)]() mutable {
+            work();
+            work = nullptr;
+            std::scoped_lock inner(mutex_);
+            --count_;
+            changed_.notify_all();
+        }).detach();
+    }
+    /// Waits until no thread is at work.
+    /// @param seconds how long at most
+    void wait(double seconds)
+    {
+        std::unique_lock lock(mutex_);
+        changed_.wait_for(lock, std::chrono::duration<double>(seconds), [this] { return count_ == 0; });
+    }
+
+private:
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    int count_ = 0;
+};
+
+} // namespace qoro
