@@ -4,6 +4,7 @@
 #include "app/ServedAd.h"
 #include "app/TraceFile.h"
 #include "desktop/DesktopPlatform.h"
+#include "desktop/screen/Toolkit.h"
 #include "platform/Numbers.h"
 #include "session/InputError.h"
 #include "session/Session.h"

@@ -30,6 +30,7 @@ DesktopPlatform::~DesktopPlatform()
     set_witness(nullptr);
     output_volume_.on_change = nullptr;
     loop_.clear();
+    fetcher_.abandon();
     // A window that shows its owner keeps it.
     for (const std::shared_ptr<ViewNode>& window : shared<WindowList>().all()) {
         const std::shared_ptr<UIViewController> gone = std::move(window->window_root);

@@ -7,7 +7,8 @@ namespace qoro
 
 // Pure geometry: the device's screen as its viewer holds it. A screen keeps its own coordinates, and is shown turned.
 
-/// How the device's screen is turned in the window, clockwise, so that what is turned the other way on it stands upright.
+/// How the device's screen is turned in the window, clockwise, so that what is turned the other way on it stands
+/// upright.
 /// @param device_orientation UIDeviceOrientation; a device that lies flat, or is held nobody knows how, stays as it was
 /// @param bar_orientation UIInterfaceOrientation
 /// @param screen the screen's own size; one that is wider than high belongs to a host in landscape: its coordinates

@@ -20,13 +20,11 @@ namespace
 /// What a widget knows beside what GTK knows of it.
 struct NodeState {
     std::weak_ptr<ViewNode> view;
-    std::uint64_t revision = 0;     // of the view, when it was last looked at
-    PlayerEngine* player = nullptr; // whose frames we hear of
-    double resolution = 0;          // device pixels to a point; 0 while not shown
-    VideoFrame frame;               // what the picture of a video shows
+    std::uint64_t revision = 0;                // of the view, when it was last looked at
+    PlayerEngine* player = nullptr;            // whose frames we hear of
+    double resolution = 0;                     // device pixels to a point; 0 while not shown
+    VideoFrame frame;                          // what the picture of a video shows
     std::shared_ptr<const DecodedImage> image; // what the picture of a button or an image view shows
-    /// The picture before: GTK compares what it draws with what it drew, and Cairo copies a picture that goes meanwhile.
-    Picture before;
     PaintState look;
     guint spinning = 0;
     /// Dies with the widget; a player that outlives it watches it.
@@ -71,7 +69,7 @@ void fetch_frame(NodeState& state, const ViewNode& view)
     if (frame.pixels == state.frame.pixels)
         return;
     state.frame = std::move(frame);
-    state.before = std::exchange(state.look.picture, picture_of(state.frame));
+    state.look.picture = picture_of(state.frame);
     state.look.resolution = state.resolution;
 }
 
@@ -223,8 +221,8 @@ static void qoro_node_widget_class_init(QoroNodeWidgetClass* type)
 
 GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view)
 {
-    auto* widget = GTK_WIDGET(
-        g_object_new(qoro_node_widget_get_type(), "accessible-role", role_of(view->kind), nullptr));
+    auto* widget =
+        GTK_WIDGET(g_object_new(qoro_node_widget_get_type(), "accessible-role", role_of(view->kind), nullptr));
     self_of(widget)->state->view = view;
     // A page takes input, where the surface lets it; everything else is the surface's.
     gtk_widget_set_can_target(widget, view->kind == ViewNode::Kind::WebView);
@@ -242,8 +240,8 @@ void node_widget_update(GtkWidget* widget)
     hear_frames_of(widget, view->player);
     show_page(widget, *view);
     if (view->text)
-        gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL,
-                                       view->text.text().c_str(), -1);
+        gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, view->text.text().c_str(),
+                                       -1);
     gtk_widget_queue_draw(widget);
 }
 

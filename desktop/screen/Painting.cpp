@@ -161,8 +161,8 @@ void set_breaking(PangoLayout* layout, const ViewNode& label)
     default:
         if (label.number_of_lines == 1)
             return; // one line, cut at the edge
-        pango_layout_set_wrap(layout,
-                              label.line_break_mode == NSLineBreakByCharWrapping ? PANGO_WRAP_CHAR : PANGO_WRAP_WORD_CHAR);
+        pango_layout_set_wrap(layout, label.line_break_mode == NSLineBreakByCharWrapping ? PANGO_WRAP_CHAR
+                                                                                         : PANGO_WRAP_WORD_CHAR);
     }
     pango_layout_set_width(layout, width);
 }

@@ -15,8 +15,8 @@ class GdkDecodedImage;
 struct PictureEnd {
     void operator()(cairo_surface_t* picture) const;
 };
-/// Pixels in the form that is drawn without being converted: GTK's own textures go through floating point each time that
-/// they are drawn in memory, which costs more than everything else about a frame.
+/// Pixels in the form that is drawn without being converted: GTK's own textures go through floating point each time
+/// that they are drawn in memory, which costs more than everything else about a frame.
 using Picture = std::unique_ptr<cairo_surface_t, PictureEnd>;
 
 /// The frame's own pixels, not copied. Null for an empty frame.

@@ -4,7 +4,6 @@
 #include "views/Turns.h"
 
 #include <gtk/gtk.h>
-#include <malloc.h>
 
 #include <algorithm>
 #include <cmath>
@@ -15,9 +14,6 @@ namespace qoro
 
 namespace
 {
-
-/// More than the pixels of any device's screen.
-constexpr int frame_memory = 16 * 1024 * 1024;
 
 /// Room of the monitor that window frames and panels take.
 constexpr int monitor_margin = 48;
@@ -49,16 +45,6 @@ bool meets(const CGRect& rect, CGSize area)
 }
 
 } // namespace
-
-bool start_toolkit()
-{
-    g_setenv("GSK_RENDERER", "cairo", FALSE);
-    // GTK takes memory for the whole picture of every frame, and gives it back. Left to itself the C library then hands
-    // it to the kernel each time, which costs more than the drawing.
-    mallopt(M_MMAP_THRESHOLD, frame_memory);
-    mallopt(M_TRIM_THRESHOLD, 2 * frame_memory);
-    return gtk_init_check();
-}
 
 struct Screen::Signals {
     static gboolean tick(GtkWidget*, GdkFrameClock*, void* data)
@@ -124,8 +110,9 @@ struct Screen::Signals {
         const DeviceFacts& facts = screen->platform_.device().facts();
         const CGSize size = facts.screen.value_or(screen->held_.screen);
         const int scale = gtk_widget_get_scale_factor(window);
-        screen->upload_memory_ = std::make_unique<UploadMemory>(
-            gdk_surface_get_display(surface), static_cast<int>(size.width) * scale, static_cast<int>(size.height) * scale);
+        screen->upload_memory_ =
+            std::make_unique<UploadMemory>(gdk_surface_get_display(surface), static_cast<int>(size.width) * scale,
+                                           static_cast<int>(size.height) * scale);
     }
 
     static void destroyed(GtkWidget*, Screen* screen)
@@ -376,8 +363,9 @@ void Screen::draw_layers(GtkSnapshot* snapshot)
         if (layer->opacity <= 0)
             continue;
         if (layer->clipped) {
-            const graphene_rect_t clip = rect_of({origin_.x + layer->clip.x * scale_, origin_.y + layer->clip.y * scale_,
-                                                  layer->clip.width * scale_, layer->clip.height * scale_});
+            const graphene_rect_t clip =
+                rect_of({origin_.x + layer->clip.x * scale_, origin_.y + layer->clip.y * scale_,
+                         layer->clip.width * scale_, layer->clip.height * scale_});
             gtk_snapshot_push_clip(snapshot, &clip);
         }
         // Outside the turn: GTK's other renderer loses an opacity that stands inside.

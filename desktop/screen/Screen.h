@@ -18,19 +18,14 @@ typedef struct _GtkWindow GtkWindow;
 namespace qoro
 {
 
-/// Starts GTK. Unless the user chose another, the renderer is Cairo's, which draws everything right without a graphics
-/// card.
-/// @return false when there is no display
-bool start_toolkit();
-
 /// One desktop window that is the device's screen, shown as the device is held. Every view has one widget, all side by
 /// side in one container, each with its whole placement: turns that cancel each other leave nothing to turn, and a view
 /// that moves in the tree does not move among widgets. The view tree alone decides who is touched.
 class Screen : public Display, private SurfaceOwner
 {
 public:
-    /// GTK must have been started. The platform outlives the screen, whose facts and orientation it asks for when it
-    /// draws.
+    /// GTK must have been started (start_toolkit). The platform outlives the screen, whose facts and orientation it
+    /// asks for when it draws.
     explicit Screen(Platform& platform);
     ~Screen() override;
     Screen(const Screen&) = delete;

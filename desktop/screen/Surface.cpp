@@ -39,7 +39,7 @@ void measure_surface(GtkWidget* widget, GtkOrientation orientation, int, int* mi
 {
     const SurfaceOwner* owner = owner_of(widget);
     *minimum = 0;
-    *natural = !owner                                    ? 0
+    *natural = !owner                                      ? 0
                : orientation == GTK_ORIENTATION_HORIZONTAL ? owner->natural_width()
                                                            : owner->natural_height();
 }
@@ -71,7 +71,9 @@ void dispose_surface(GObject* object)
 
 } // namespace
 
-static void qoro_glass_init(QoroGlass*) {}
+static void qoro_glass_init(QoroGlass*)
+{
+}
 
 static void qoro_glass_class_init(QoroGlassClass* type)
 {

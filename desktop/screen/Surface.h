@@ -20,8 +20,9 @@ public:
     virtual bool keeps(double x, double y) const = 0;
 };
 
-/// A widget whose children its owner adds, orders, places and draws. It hides what overflows. A pane of glass lies before
-/// the children, and lets through what is theirs: for the pointer that moves and scrolls as for the one that presses.
+/// A widget whose children its owner adds, orders, places and draws. It hides what overflows. A pane of glass lies
+/// before the children, and lets through what is theirs: for the pointer that moves and scrolls as for the one that
+/// presses.
 GtkWidget* surface_new(SurfaceOwner& owner);
 /// The owner goes: the children are let go too.
 void surface_release(GtkWidget* surface);

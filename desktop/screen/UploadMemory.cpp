@@ -12,8 +12,8 @@ UploadMemory::UploadMemory(GdkDisplay* display, int width, int height)
         return;
     ::Display* connection = gdk_x11_display_get_xdisplay(display);
     const int screen = DefaultScreen(connection);
-    cairo_surface_t* root = cairo_xlib_surface_create(connection, RootWindow(connection, screen),
-                                                      DefaultVisual(connection, screen), 1, 1);
+    cairo_surface_t* root =
+        cairo_xlib_surface_create(connection, RootWindow(connection, screen), DefaultVisual(connection, screen), 1, 1);
     // The pool is made for several pictures of the size of the first that is asked for.
     kept_ = cairo_surface_create_similar_image(root, CAIRO_FORMAT_ARGB32, width, height);
     cairo_surface_destroy(root);

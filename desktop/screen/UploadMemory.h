@@ -8,9 +8,9 @@ typedef struct _cairo_surface cairo_surface_t;
 namespace qoro
 {
 
-/// Keeps the memory that pictures share with an X server on their way to the screen. It is a pool of Cairo's, which lets
-/// it go whenever nothing stands in it, that is after every frame; taking it anew costs both sides more than drawing a
-/// frame of a phone's size. One small picture that stays in it keeps it. On other displays it does nothing.
+/// Keeps the memory that pictures share with an X server on their way to the screen. It is a pool of Cairo's, which
+/// lets it go whenever nothing stands in it, that is after every frame; taking it anew costs both sides more than
+/// drawing a frame of a phone's size. One small picture that stays in it keeps it. On other displays it does nothing.
 class UploadMemory
 {
 public:
