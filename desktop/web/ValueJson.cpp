@@ -112,8 +112,9 @@ std::optional<Value> value_of_json(std::string_view text)
 {
     // Depth is bounded while parsing, before anything recursive meets it.
     bool too_deep = false;
-    const Json::parser_callback_t bound = [&](int level, Json::parse_event_t, Json&) {
-        too_deep = too_deep || level > deepest;
+    const Json::parser_callback_t bound = [&](int around, Json::parse_event_t event, Json&) {
+        const bool opens = event == Json::parse_event_t::array_start || event == Json::parse_event_t::object_start;
+        too_deep = too_deep || (opens && around >= deepest);
         return !too_deep;
     };
     const Json json = Json::parse(text, bound, false);

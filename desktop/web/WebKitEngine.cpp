@@ -27,14 +27,15 @@ WebKitSettings* make_settings()
         "enable-developer-extras", FALSE, "enable-fullscreen", FALSE, "enable-page-cache", FALSE,
         "enable-back-forward-navigation-gestures", FALSE, "enable-html5-database", FALSE, "enable-webrtc", FALSE,
         "enable-media-stream", FALSE, "enable-encrypted-media", FALSE, "allow-file-access-from-file-urls", FALSE,
-        "allow-universal-access-from-file-urls", FALSE, "allow-modal-dialogs", FALSE,
-        "javascript-can-access-clipboard", FALSE, "javascript-can-open-windows-automatically", FALSE,
-        "media-playback-requires-user-gesture", FALSE, "media-playback-allows-inline", TRUE, nullptr);
+        "allow-universal-access-from-file-urls", FALSE, "allow-modal-dialogs", FALSE, "javascript-can-access-clipboard",
+        FALSE, "javascript-can-open-windows-automatically", FALSE, "media-playback-requires-user-gesture", FALSE,
+        "media-playback-allows-inline", TRUE, nullptr);
 }
 
 bool is_web_address(const char* address)
 {
-    return address && (g_ascii_strncasecmp(address, "http://", 7) == 0 || g_ascii_strncasecmp(address, "https://", 8) == 0);
+    return address &&
+           (g_ascii_strncasecmp(address, "http://", 7) == 0 || g_ascii_strncasecmp(address, "https://", 8) == 0);
 }
 
 /// Addresses that a page makes up itself, with no one behind them: empty frames and frames with written content.
@@ -49,6 +50,15 @@ bool is_loadable(const char* address)
 {
     return is_web_address(address) || is_blank_address(address) || g_str_has_prefix(address, "data:") ||
            g_str_has_prefix(address, "blob:");
+}
+
+/// An address as WebKit spells it.
+std::string as_webkit_spells(const char* address)
+{
+    WebKitURIRequest* request = webkit_uri_request_new(address);
+    std::string spelt = webkit_uri_request_get_uri(request);
+    g_object_unref(request);
+    return spelt;
 }
 
 void serve_library(WebKitURISchemeRequest* request, void*)
@@ -123,16 +133,27 @@ bool sandbox_works()
 {
     const char* proxy[] = {"xdg-dbus-proxy", "--version", nullptr};
     // The locks that WebKit uses. A container that withholds one of them fails here.
-    const char* shut_away[] = {"bwrap",      "--die-with-parent", "--unshare-pid", "--unshare-ipc", "--unshare-uts",
-                               "--unshare-net", "--ro-bind",      "/",             "/",             "--proc",
-                               "/proc",      "--dev",             "/dev",          "true",          nullptr};
+    const char* shut_away[] = {"bwrap",
+                               "--die-with-parent",
+                               "--unshare-pid",
+                               "--unshare-ipc",
+                               "--unshare-uts",
+                               "--unshare-net",
+                               "--ro-bind",
+                               "/",
+                               "/",
+                               "--proc",
+                               "/proc",
+                               "--dev",
+                               "/dev",
+                               "true",
+                               nullptr};
     for (const char** command : {proxy, shut_away}) {
         int status = 0;
-        const gboolean ran =
-            g_spawn_sync(nullptr, const_cast<char**>(command), nullptr,
-                         static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL |
-                                                  G_SPAWN_STDERR_TO_DEV_NULL),
-                         nullptr, nullptr, nullptr, nullptr, &status, nullptr);
+        const gboolean ran = g_spawn_sync(
+            nullptr, const_cast<char**>(command), nullptr,
+            static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
+            nullptr, nullptr, nullptr, nullptr, &status, nullptr);
         if (!ran || !g_spawn_check_wait_status(status, nullptr))
             return false;
     }
@@ -224,12 +245,11 @@ struct WebKitEngine::Signals {
 
 WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, WebKitWebContext* context,
                            WebKitNetworkSession* session)
-    : platform_(platform), listener_(listener), content_(webkit_user_content_manager_new()),
-      view_([&] {
+    : platform_(platform), listener_(listener), content_(webkit_user_content_manager_new()), view_([&] {
           WebKitSettings* settings = make_settings();
-          auto* view = WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session",
-                                                    session, "user-content-manager", content_, "settings", settings,
-                                                    nullptr));
+          auto* view =
+              WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session,
+                                           "user-content-manager", content_, "settings", settings, nullptr));
           g_object_unref(settings);
           g_object_ref_sink(view);
           return view;
@@ -267,7 +287,8 @@ WebKitEngine::~WebKitEngine()
     }
     // WebKit is still at work in the view: it goes when WebKit has returned.
     for (void* object : {static_cast<void*>(view_), static_cast<void*>(content_)})
-        g_idle_add_full(G_PRIORITY_HIGH, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, object, g_object_unref);
+        g_idle_add_full(
+            G_PRIORITY_HIGH, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, object, g_object_unref);
 }
 
 GtkWidget* WebKitEngine::widget() const
@@ -305,15 +326,15 @@ void WebKitEngine::report(News news)
 void WebKitEngine::load_html(const NSString& html, const NSURL& base)
 {
     const std::string& address = base.absoluteString().text();
+    const bool has_origin = !base.is_file() && is_web_address(address.c_str());
     pending_.clear(); // the callbacks were the earlier page's
     has_page_ = true;
-    own_load_pending_ = true;
+    own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
     loading_ = false;
     loading_page_ = true;
     const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit refuses no bytes
     GBytes* bytes = g_bytes_new(page.data(), page.size());
-    webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8",
-                               !base.is_file() && is_web_address(address.c_str()) ? address.c_str() : nullptr);
+    webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8", own_load_.c_str());
     g_bytes_unref(bytes);
     loading_page_ = false;
 }
@@ -321,7 +342,7 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
 void WebKitEngine::load_changed(int event)
 {
     if (event == WEBKIT_LOAD_STARTED) {
-        own_load_pending_ = false;
+        own_load_.clear();
         loading_ = true;
         report(News::Started);
     }
@@ -336,12 +357,6 @@ void WebKitEngine::load_changed(int event)
 NSURL WebKitEngine::current_address() const
 {
     return has_page_ ? NSURL::URLWithString(webkit_web_view_get_uri(view_)) : NSURL();
-}
-
-bool WebKitEngine::is_own_load(const char* address, bool link)
-{
-    // Another page's script may ask for something else at the very moment; the address tells.
-    return own_load_pending_ && !link && g_strcmp0(address, webkit_web_view_get_uri(view_)) == 0;
 }
 
 bool WebKitEngine::listener_allows(const char* address, int navigation_type)
@@ -365,14 +380,15 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
         // No windows. A link that the viewer followed into one is a link all the same, and shown in place if it may.
         const std::shared_ptr<WebKitEngine*> self = self_;
-        if (link && webkit_navigation_action_is_user_gesture(action) && listener_allows(address.c_str(), LinkFollowed) &&
-            *self && is_web_address(address.c_str())) {
-            own_load_pending_ = true;
+        if (link && webkit_navigation_action_is_user_gesture(action) &&
+            listener_allows(address.c_str(), LinkFollowed) && *self && is_web_address(address.c_str())) {
+            own_load_ = address;
             webkit_web_view_load_uri(view_, address.c_str());
         }
         return false;
     }
-    if (is_own_load(address.c_str(), link))
+    // The page before may ask for something at the very moment: the address tells.
+    if (!link && address == own_load_)
         return true;
     if (is_blank_address(address.c_str()) && !link)
         return true;
@@ -383,7 +399,7 @@ void WebKitEngine::process_ended(int reason)
 {
     has_page_ = false;
     loading_ = false;
-    own_load_pending_ = false;
+    own_load_.clear();
     pending_.clear();
     platform_.dispatch([&] { listener_.died(words_for(static_cast<WebKitWebProcessTerminationReason>(reason))); });
 }
@@ -409,8 +425,8 @@ void WebKitEngine::fit_page()
             webkit_web_view_set_zoom_level(WEBKIT_WEB_VIEW(view), ratio);
     };
     webkit_web_view_set_zoom_level(view_, 1);
-    webkit_web_view_evaluate_javascript(view_, "innerWidth / document.documentElement.scrollWidth", -1, nullptr, nullptr,
-                                        nullptr, shrink, new Self(self_));
+    webkit_web_view_evaluate_javascript(view_, "innerWidth / document.documentElement.scrollWidth", -1, nullptr,
+                                        nullptr, nullptr, shrink, new Self(self_));
 }
 
 // --------------------------------------------------------------------------------------------------------- bridge
@@ -461,7 +477,9 @@ void WebKitEngine::deliver_pending()
 
 // -------------------------------------------------------------------------------------------------------- factory
 
-WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platform) {}
+WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platform)
+{
+}
 
 WebKitEngineFactory::~WebKitEngineFactory()
 {

@@ -21,8 +21,8 @@ namespace qoro
 /// The address under which every page finds the kit's script library.
 inline constexpr const char* script_library_address = "kit://script.js";
 
-/// Whether the web engine's processes can be locked away on this machine. Asked before the first engine is made, because
-/// WebKit ends the whole program where they cannot.
+/// Whether the web engine's processes can be locked away on this machine. Asked before the first engine is made,
+/// because WebKit ends the whole program where they cannot.
 bool sandbox_works();
 
 /// Goes on without the sandbox. To be called before the first engine is made; for trusted pages alone.
@@ -55,7 +55,6 @@ private:
 
     void load_changed(int event);
     bool decide_policy(WebKitPolicyDecision* decision, int type);
-    bool is_own_load(const char* address, bool link);
     bool listener_allows(const char* address, int navigation_type);
     void answer_message(JSCValue* message, WebKitScriptMessageReply* reply);
     void process_ended(int reason);
@@ -72,8 +71,8 @@ private:
     const std::shared_ptr<WebKitEngine*> self_;
 
     bool has_page_ = false;
-    /// The next load is ours: nobody is asked.
-    bool own_load_pending_ = false;
+    /// The address of a load that the engine itself asked for and that has not begun: nobody is asked about it.
+    std::string own_load_;
     /// A start was reported and its end is due.
     bool loading_ = false;
     /// load_html is running.
