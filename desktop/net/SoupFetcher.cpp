@@ -246,8 +246,8 @@ void SoupFetcher::fetch(const std::string& address, std::function<void(FetchAnsw
                            const auto still = waiting.lock();
                            if (!still)
                                return;
-                           auto entry = still->answers.extract(number);
-                           entry.mapped()(std::move(arrived));
+                           if (auto entry = still->answers.extract(number))
+                               entry.mapped()(std::move(arrived));
                        });
                    });
 }
@@ -263,6 +263,12 @@ FetchAnswer SoupFetcher::fetch_now(const std::string& address)
     if (answer.wait_for(std::chrono::duration<double>(limits_.waiting_seconds + 1)) != std::future_status::ready)
         return failure("the fetch did not end in time");
     return answer.get();
+}
+
+void SoupFetcher::abandon()
+{
+    // Whoever goes with his answer may come back here.
+    const auto gone = std::exchange(waiting_->answers, {});
 }
 
 std::size_t SoupFetcher::pending() const

@@ -31,6 +31,8 @@ public:
     void fetch(const std::string& address, std::function<void(FetchAnswer)> answer) override;
     FetchAnswer fetch_now(const std::string& address) override;
 
+    /// Lets go of everyone who waits for an answer.
+    void abandon();
     /// How many fetches have not been answered yet.
     std::size_t pending() const;
 
