@@ -81,8 +81,10 @@ TEST(ButtonBar, TheBrandTextIsAsLargeAsItMeasures)
 TEST(ButtonBar, WithoutABrandTextTheLabelIsHidden)
 {
     AdSession session;
-
     session.open();
+    session->labelBrandText.setHidden(false);
+
+    session->setButtonBarToScreen(false);
 
     EXPECT_TRUE(session->labelBrandText.isHidden());
     EXPECT_FALSE(session->labelBrandText.text());
@@ -118,7 +120,8 @@ TEST(ButtonBar, TheVideoHoldsTheBarsTheButtonsAndThePanel)
 {
     AdSession session;
     session.open();
-    session->qoroMoviePlayer.view().removeFromSuperview();
+    session->btnReplay.setHidden(false);
+    session->viewButtonBackground.setBackgroundColor(UIColor::blackColor());
 
     session->setButtonBarToScreen(false);
 
@@ -130,6 +133,20 @@ TEST(ButtonBar, TheVideoHoldsTheBarsTheButtonsAndThePanel)
     EXPECT_TRUE(session->viewButtonBackground.superview() == player);
     EXPECT_TRUE(is_on_top(session->viewButtonBackground));
     EXPECT_TRUE(session->btnReplay.isHidden());
+    EXPECT_EQ(session->viewButtonBackground.backgroundColor(), UIColor::clearColor());
+}
+
+TEST(ButtonBar, WithoutAPlayerTheBarsAndThePanelStandNowhere)
+{
+    AdSession session;
+    session.open();
+    session->setQoroMoviePlayer(nullptr);
+
+    session->setButtonBarToScreen(false);
+
+    EXPECT_FALSE(session->viewTopBackground.superview());
+    EXPECT_FALSE(session->viewBottomBackground.superview());
+    EXPECT_FALSE(session->viewButtonBackground.superview());
 }
 
 TEST(ButtonBar, HiddenActionButtonsStayInTheTopBar)
@@ -368,8 +385,7 @@ TEST(ReturnToVideo, IsNotOfferedUnderAPageInFront)
     EXPECT_TRUE(session->btnReturnToVideo.isHidden());
 }
 
-// ----------------------------------------------------------------------------- a full portrait video that is seen
-// sideways
+// ------------------------------------------------------------------------- a full portrait video that is seen sideways
 
 TEST(SidewaysButtonPosition, TheControlsRunAlongTheLongEdge)
 {

@@ -153,8 +153,7 @@ TEST(CloseButtonPicture, GivesTheButtonItsTap)
     EXPECT_EQ(session->btnClose.targets()[0].name(), "closeAction");
 }
 
-// ------------------------------------------------------------------------------------------------------ where it
-// stands
+// ----------------------------------------------------------------------------------------------------- where it stands
 
 TEST(CloseButtonPlace, IsTheVideoAtTheTop)
 {

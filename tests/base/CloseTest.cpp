@@ -128,6 +128,7 @@ TEST(Close, TakesThePageAndTheViewOffTheScreen)
 {
     AdSession session;
     session.open();
+    const UIWindow held = session->windowTempWindow;
 
     session.tap(session->btnClose);
 
@@ -281,6 +282,58 @@ TEST(Close, NothingReachesTheScriptAfterwards)
     session.let_pass(30);
 
     EXPECT_TRUE(session.events().empty());
+}
+
+TEST(Close, EmptiesTheTablesThatOthersMayHold)
+{
+    AdSession session;
+    session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"http://t/start"})}};
+    session.open();
+    session->addEventListener("video_play", "1", "1");
+    const NSDictionary states = session->dicSendTrackingState;
+    const NSDictionary listeners = session->dicEventListener;
+
+    session.tap(session->btnClose);
+
+    EXPECT_EQ(states.count(), 0U);
+    EXPECT_EQ(listeners.count(), 0U);
+}
+
+TEST(Close, TakesThePlayersPictureOffTheScreen)
+{
+    AdSession session;
+    session.open();
+    const UIView page = session->webView();
+    const UIView picture = session->qoroMoviePlayer.view();
+    page.addSubview(picture);
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(picture.superview());
+}
+
+TEST(Close, WithoutAHostsWindowTheTemporaryOneGivesTheKeyUpAllTheSame)
+{
+    AdSession session;
+    session.open();
+    const UIWindow temporary = session->windowTempWindow;
+    session->windowDefaultWindow = nullptr;
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(temporary.isKeyWindow());
+}
+
+TEST(Close, LetsTheParentsWindowGo)
+{
+    AdSession session;
+    session->addOnParentWindow(UIWindow::create());
+    session.open();
+    EXPECT_TRUE(session->windowAddOnParent);
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->windowAddOnParent);
 }
 
 TEST(RemoveBtnClose, WithoutAPlayerTheButtonStays)

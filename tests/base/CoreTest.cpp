@@ -1,4 +1,5 @@
 #include "tests/support/AdSession.h"
+#include "views/ViewNode.h"
 
 #include <gmock/gmock.h>
 
@@ -300,6 +301,72 @@ TEST(Core, WithoutAnAdEveryReadingIsZeroAndWritingIsLost)
     EXPECT_FALSE(session->ad().strVideoUrl);
     EXPECT_FALSE(session->ad().bIsAutoClose);
     EXPECT_EQ(session->ad().portraitVideoPos, 0);
+}
+
+TEST(Core, InitSetsEveryFlagWhateverItHeld)
+{
+    AdSession session;
+    const auto controller = QoroVideoWebViewController::create();
+    controller->bCanOrientation = true;
+    controller->bIsFullScreen = true;
+    controller->bIsAddOnWindow = true;
+    controller->bIsPlay = true;
+    controller->bIsPlayFinish = true;
+    controller->bIsPortraitOnly = true;
+    controller->bIsHideControlbutton = true;
+    controller->bIsInitVideoBeginStep = true;
+    controller->bIsUseVideoCustomClose = true;
+    controller->bIsStopProgreeebar = true;
+    controller->bIsVideoOrientationLandscape = true;
+    controller->bHideVideoToShowWebViewInLandscapeMode = true;
+    controller->bHideVideoToShowWebViewInPortraitMode = true;
+    controller->bGoOutApp = true;
+    controller->bPlayNextVideo = true;
+    controller->isShowMI = true;
+    controller->changeModeOrientation = 3;
+    controller->setBDoButtonAction(true);
+    controller->setBIsOpenInAppApplication(true);
+
+    controller->init();
+
+    EXPECT_FALSE(controller->bCanOrientation);
+    EXPECT_FALSE(controller->bIsFullScreen);
+    EXPECT_FALSE(controller->bIsAddOnWindow);
+    EXPECT_FALSE(controller->bIsPlay);
+    EXPECT_FALSE(controller->bIsPlayFinish);
+    EXPECT_FALSE(controller->bIsPortraitOnly);
+    EXPECT_FALSE(controller->bIsHideControlbutton);
+    EXPECT_FALSE(controller->bIsInitVideoBeginStep);
+    EXPECT_FALSE(controller->bIsUseVideoCustomClose);
+    EXPECT_FALSE(controller->bIsStopProgreeebar);
+    EXPECT_FALSE(controller->bIsVideoOrientationLandscape);
+    EXPECT_FALSE(controller->bHideVideoToShowWebViewInLandscapeMode);
+    EXPECT_FALSE(controller->bHideVideoToShowWebViewInPortraitMode);
+    EXPECT_FALSE(controller->bGoOutApp);
+    EXPECT_FALSE(controller->bPlayNextVideo);
+    EXPECT_FALSE(controller->isShowMI);
+    EXPECT_EQ(controller->changeModeOrientation, 0);
+    EXPECT_FALSE(controller->getBDoButtonAction());
+    EXPECT_FALSE(controller->getBIsOpenInAppApplication());
+}
+
+TEST(Core, LabelsAreHighlightedOverAPaleShadow)
+{
+    AdSession session;
+
+    const ViewNode& label = *session->labelRemainderTime.node();
+
+    EXPECT_TRUE(label.highlighted);
+    EXPECT_EQ(label.number_of_lines, 1);
+    EXPECT_EQ(label.text_shadow_offset, (CGSize{0.5, 0.5}));
+    EXPECT_EQ(label.text_shadow_color, UIColor::colorWithRed(0, 0, 0, 0.3));
+}
+
+TEST(Core, ThePageIsScaledToFitOnceTheViewHasLoaded)
+{
+    AdSession session;
+
+    EXPECT_TRUE(session->webView().node()->scales_page_to_fit);
 }
 
 } // namespace

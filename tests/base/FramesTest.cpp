@@ -18,14 +18,14 @@ inline void PrintTo(VideoArea area, std::ostream* out)
 namespace
 {
 
-TEST(Frames, AScreenOf812PointsHasInsets)
+TEST(LayoutFrames, AScreenOf812PointsHasInsets)
 {
     const ScreenInsets insets = screenInsets(CGSize{375, 812});
     EXPECT_EQ(insets.top, 44.0);
     EXPECT_EQ(insets.bottom, 34.0);
 }
 
-TEST(Frames, AScreenOf811OrAFractionMoreHasNone)
+TEST(LayoutFrames, AScreenOf811OrAFractionMoreHasNone)
 {
     EXPECT_EQ(screenInsets(CGSize{375, 811}).top, 0);
     EXPECT_EQ(screenInsets(CGSize{375, 811}).bottom, 0);
@@ -33,31 +33,31 @@ TEST(Frames, AScreenOf811OrAFractionMoreHasNone)
     EXPECT_EQ(screenInsets(CGSize{375, 812.5}).bottom, 0);
 }
 
-TEST(Frames, NoScreenHasNoInsets)
+TEST(LayoutFrames, NoScreenHasNoInsets)
 {
     EXPECT_EQ(screenInsets(std::nullopt).top, 0);
     EXPECT_EQ(screenInsets(std::nullopt).bottom, 0);
 }
 
-TEST(Frames, TheBrandIconIsAWholeShareOfTheShortEdge)
+TEST(LayoutFrames, TheBrandIconIsAWholeShareOfTheShortEdge)
 {
     EXPECT_EQ(brandIconFrame(320, 568, 7.0), (CGRect{51, 0, 45, 45}));
     EXPECT_EQ(brandIconFrame(320, 568, 9.0), (CGRect{51, 0, 35, 35}));
     EXPECT_EQ(brandIconFrame(812, 375, 7.0), (CGRect{51, 0, 53, 53}));
 }
 
-TEST(Frames, TheBandKeepsTheVideosAspectRatio)
+TEST(LayoutFrames, TheBandKeepsTheVideosAspectRatio)
 {
     EXPECT_EQ(bandHeight(375, 1280, 720), 210.9375F);
 }
 
-TEST(Frames, TheBandsRatioIsTakenFirstInSinglePrecision)
+TEST(LayoutFrames, TheBandsRatioIsTakenFirstInSinglePrecision)
 {
     const float ratio = 375.0F / 640.0F;
     EXPECT_EQ(bandHeight(375, 640, 361.7F), 361.7F * ratio);
 }
 
-TEST(Frames, AVideoWithoutWidthHasABandWithoutMeasure)
+TEST(LayoutFrames, AVideoWithoutWidthHasABandWithoutMeasure)
 {
     EXPECT_TRUE(std::isinf(bandHeight(375, 0, 720)));
     EXPECT_TRUE(std::isnan(bandHeight(0, 0, 720)));
@@ -71,30 +71,30 @@ WebViewSurroundings tall_screen(ViewPosition position)
     return {true, position, 812, {44, 34}, 375, 210.9375, 254.9375};
 }
 
-TEST(Frames, BelowAVideoAtTheTopThePageTakesTheRest)
+TEST(LayoutFrames, BelowAVideoAtTheTopThePageTakesTheRest)
 {
     EXPECT_EQ(webViewFrame(tall_screen(TOP)), (CGRect{0, 254.9375, 375, 523.0625}));
 }
 
-TEST(Frames, AboveAVideoAtTheBottomThePageTakesTheRest)
+TEST(LayoutFrames, AboveAVideoAtTheBottomThePageTakesTheRest)
 {
     EXPECT_EQ(webViewFrame(tall_screen(BOTTOM)), (CGRect{0, 44, 375, 523.0625}));
 }
 
-TEST(Frames, BehindAVideoInTheMiddleOrOverAllThePageFillsTheScreenWithinItsInsets)
+TEST(LayoutFrames, BehindAVideoInTheMiddleOrOverAllThePageFillsTheScreenWithinItsInsets)
 {
     EXPECT_EQ(webViewFrame(tall_screen(MIDDLE)), (CGRect{0, 44, 375, 734}));
     EXPECT_EQ(webViewFrame(tall_screen(FULL)), (CGRect{0, 44, 375, 734}));
 }
 
-TEST(Frames, BesideAVideoAtASideOrAnywhereElseThePageIsAsHighAsTheVideo)
+TEST(LayoutFrames, BesideAVideoAtASideOrAnywhereElseThePageIsAsHighAsTheVideo)
 {
     EXPECT_EQ(webViewFrame(tall_screen(LEFT)), (CGRect{0, 44, 375, 210.9375}));
     EXPECT_EQ(webViewFrame(tall_screen(RIGHT)), (CGRect{0, 44, 375, 210.9375}));
     EXPECT_EQ(webViewFrame(tall_screen(ViewPosition{})), (CGRect{0, 44, 375, 210.9375}));
 }
 
-TEST(Frames, InLandscapeThePageIsAsLargeAsTheVideoWhereverItStands)
+TEST(LayoutFrames, InLandscapeThePageIsAsLargeAsTheVideoWhereverItStands)
 {
     const WebViewSurroundings landscape{false, TOP, 812, {44, 34}, 375, 812, 812};
     EXPECT_EQ(webViewFrame(landscape), (CGRect{0, 44, 375, 812}));
@@ -299,13 +299,13 @@ TEST(ActionPanelOf, SidewaysItStandsAtTheEndOfTheLongEdge)
     EXPECT_EQ(sidewaysPanel({80.3, 17.9}, 812), (CGRect{716, 0, 91, 28}));
 }
 
-TEST(Frames, TheBrandTextBeginsAtAShareOfTheLongEdgeInSinglePrecision)
+TEST(LayoutFrames, TheBrandTextBeginsAtAShareOfTheLongEdgeInSinglePrecision)
 {
     EXPECT_EQ(brandTextX(375, 812), 812.0F / 7.0F + 25.0F);
     EXPECT_EQ(brandTextX(812, 375), 812.0F / 7.0F + 25.0F);
 }
 
-TEST(Frames, ControlsAreSmallerInLandscape)
+TEST(LayoutFrames, ControlsAreSmallerInLandscape)
 {
     EXPECT_EQ(controlSize(true), 50.0);
     EXPECT_EQ(controlSize(false), 44.0);

@@ -208,6 +208,20 @@ TEST(HiddenImage, ThatArrivesForAnAdThatIsGoneTouchesNothing)
     EXPECT_THAT(session.lines("fetch"), ElementsAre("http://ad/mi.png hiddenImage"));
 }
 
+TEST(HiddenImage, GivesTheCloseButtonItsTapAndTakesItWithIt)
+{
+    AdSession session;
+    session.open();
+    session->btnClose.removeAllTargets();
+    session->isShowMI = true;
+
+    session->_HailMI({0, 44, 375, 200}, true);
+
+    ASSERT_EQ(session->btnClose.targets().size(), 1U);
+    EXPECT_EQ(session->btnClose.targets()[0].name(), "closeAction");
+    EXPECT_TRUE(session->btnClose.superview() == session->miImageView);
+}
+
 TEST(HiddenImage, StaysShownAndPausesAgainWithEveryLayout)
 {
     AdSession session(with_image());

@@ -100,6 +100,7 @@ TEST(InAppApplication, ClosedTheOrientationCheckStopsAndTheAdIsLaidOutAgain)
     EXPECT_FALSE(session->openInAppApplicationViewController);
     EXPECT_FALSE(session->bIsOpenInAppApplication);
     EXPECT_EQ(session.transcript().front(), "super closeInAppApplication");
+    session.let_pass(10);
     EXPECT_EQ(session.count_of(R"(js video_orientation {"orientation":"portrait"} 0)"), 1U);
 }
 

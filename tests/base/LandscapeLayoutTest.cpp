@@ -10,6 +10,7 @@ namespace
 {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 World small_screen()
 {
@@ -136,8 +137,10 @@ TEST(LandscapeLayout, ThePageIsAsLargeAsTheVideoInTheEnd)
 TEST(LandscapeLayout, TheTapCatcherLiesAcross)
 {
     AdSession session(small_screen());
-
     open_landscape(session);
+    session->btnClickListener.setFrame({1, 2, 3, 4});
+
+    session->setLandscapeFullScreenVideo();
 
     EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 568, 320}));
 }
@@ -146,8 +149,10 @@ TEST(LandscapeLayout, TheBrandIsShown)
 {
     AdSession session(small_screen());
     session.ad().strBrandText = "Brand";
-
     open_landscape(session);
+    session->labelBrandText.setHidden(true);
+
+    session->setLandscapeFullScreenVideo();
 
     EXPECT_EQ(session->btnBrandIcon.frame(), (CGRect{51, 0, 45, 45}));
     EXPECT_FALSE(session->labelBrandText.isHidden());
@@ -233,15 +238,17 @@ TEST(LandscapeLayout, TheHiddenImageLiesWhereTheVideoLies)
     EXPECT_EQ(session->miImageView.frame(), (CGRect{0, 0, 320, 568}));
 }
 
-TEST(LandscapeLayout, WithoutAWindowTheVideoHasNoFrame)
+TEST(LandscapeLayout, WithoutAWindowTheVideoHasNoFrameAndEverythingStandsNowhere)
 {
     AdSession session;
     open_landscape(session);
+    const UIWindow window = session->windowTempWindow;
     session->windowTempWindow = nullptr;
 
     session->setLandscapeFullScreenVideo();
 
     EXPECT_EQ(session->playerViewController.view().frame(), CGRect{});
+    EXPECT_THAT(window.subviews(), IsEmpty());
 }
 
 // ------------------------------------------------------------------------------------- a host locked to landscape

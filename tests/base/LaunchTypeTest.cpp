@@ -182,8 +182,7 @@ TEST(CalendarEvent, IsPassedOnAndDoneAtOnce)
     EXPECT_FALSE(session->getBDoButtonAction());
 }
 
-// -------------------------------------------------------------------------------------------------------- out of the
-// app
+// ------------------------------------------------------------------------------------------------------ out of the app
 
 TEST(OutOfApp, TheAppsAddressWinsOverThePages)
 {
@@ -266,6 +265,7 @@ TEST(InAppBrowser, IsConfiguredThenOpenedThenPresented)
                             "kit browser.expand http://l/ true true true 812 375 [0,1,0,1] 1700000000 7",
                             "player pause", "super qoroPresent"));
     EXPECT_TRUE(session->getBDoButtonAction());
+    EXPECT_TRUE(session->qoroInAppWebViewController->bIsUseCustomClose);
     EXPECT_FALSE(session->bGoOutApp);
 }
 

@@ -30,7 +30,7 @@ void play_until(AdSession& session, double time)
     session.forget();
 }
 
-// ------------------------------------------------------------------------------------------------------------ loading
+// ------------------------------------------------------------------------------------------------------------- loading
 
 TEST(LoadState, PlayableAloneIsLoaded)
 {
@@ -294,6 +294,19 @@ TEST(Playing, ACountdownThatHasRunOutIsNotStartedAgain)
     EXPECT_FALSE(session->timerCloseBtnCountdown.isValid());
 }
 
+TEST(Playing, AgainReplacesTheCloseCountdown)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    const NSTimer before = session->timerCloseBtnCountdown;
+
+    session.plays_on();
+
+    EXPECT_FALSE(before.isValid());
+    EXPECT_TRUE(session->timerCloseBtnCountdown.isValid());
+}
+
 TEST(Playing, ThePlayButtonShowsThePauseImageAndReplayIsHidden)
 {
     AdSession session;
@@ -391,8 +404,7 @@ TEST(Playing, EndsTheNextVideosSwapAndBeingOutOfTheApp)
     EXPECT_FALSE(session->bGoOutApp);
 }
 
-// --------------------------------------------------------------------------------------------------------------
-// pausing
+// ------------------------------------------------------------------------------------------------------------- pausing
 
 TEST(Pausing, RunsItsStepsInOrder)
 {
@@ -487,8 +499,7 @@ TEST(Pausing, BeforeTheFirstPlaySendsPauseTracking)
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/pause"));
 }
 
-// ---------------------------------------------------------------------------------------------------------------
-// ending
+// -------------------------------------------------------------------------------------------------------------- ending
 
 TEST(Finish, AnEndRunsItsStepsInOrder)
 {
@@ -762,6 +773,30 @@ TEST(Finish, AnyOtherReasonOnlyStopsTheSpinner)
 
     EXPECT_THAT(session.transcript(), ElementsAre("super stopProgressbar"));
     EXPECT_TRUE(session->bIsPlay);
+}
+
+TEST(Finish, AnEndStopsTheTimersOfTheBarsAndTheCountdown)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    const NSTimer bars = session->timerSetControllerButtonHide;
+    const NSTimer countdown = session->timerCloseBtnCountdown;
+
+    session.player_reports_finish(MPMovieFinishReasonPlaybackEnded);
+
+    EXPECT_FALSE(bars.isValid());
+    EXPECT_FALSE(countdown.isValid());
+}
+
+TEST(Finish, WhateverTheReasonTheSpinnerStaysAway)
+{
+    AdSession session;
+    session.open();
+
+    session.player_reports_finish(MPMovieFinishReasonPlaybackError);
+
+    EXPECT_TRUE(session->bIsStopProgreeebar);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "tests/support/AdSession.h"
+#include "views/ViewNode.h"
 
 #include <gmock/gmock.h>
 
@@ -466,6 +467,7 @@ TEST(PlayVideo, TheAdsBackgroundColourWins)
     session.open();
 
     EXPECT_EQ(session->view().backgroundColor(), UIColor::colorWithRed(1, 0, 0, 1));
+    EXPECT_EQ(session->webView().backgroundColor(), UIColor::clearColor());
     EXPECT_EQ(session->webView().alpha(), 1.0);
 }
 
@@ -593,6 +595,64 @@ TEST(PlayVideo, AnySendersPlaybackStateIsHeard)
     NSNotificationCenter::defaultCenter().deliver(MPMoviePlayerPlaybackStateDidChangeNotification, &session);
 
     EXPECT_THAT(session.events(), ElementsAre("video_ended"));
+}
+
+TEST(PlayVideo, TheVolumeViewShowsNothing)
+{
+    AdSession session;
+
+    session.open();
+
+    EXPECT_FALSE(session->volumeSlider.superview().node()->shows_volume_slider);
+    EXPECT_FALSE(session->volumeSlider.superview().node()->shows_route_button);
+}
+
+TEST(PlayVideo, BeforeAnyLayoutTheViewsFillTheScreenAndTheVideoTheHost)
+{
+    HostApp host;
+    host.root_view = CGSize{360, 640};
+    AdSession session(AdSession::manual_world(), host);
+    session->view().setFrame({1, 2, 3, 4});
+    session->webView().setFrame({1, 2, 3, 4});
+    // No layout runs during a click-through.
+    session->setBDoButtonAction(true);
+
+    session.open();
+
+    EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 375, 812}));
+    EXPECT_EQ(session->webView().frame(), (CGRect{0, 0, 375, 812}));
+    EXPECT_EQ(session->qoroMoviePlayer.view().frame(), (CGRect{0, 0, 360, 640}));
+    EXPECT_EQ(session->qoroMoviePlayer.settings().scaling_mode, MPMovieScalingModeAspectFill);
+}
+
+TEST(PlayVideo, WithoutAHostsViewTheVideoHasAZeroFrame)
+{
+    HostApp host;
+    host.root_view.reset();
+    AdSession session(AdSession::manual_world(), host);
+    session->setBDoButtonAction(true);
+
+    session.open();
+
+    EXPECT_EQ(session->qoroMoviePlayer.view().frame(), CGRect{});
+}
+
+TEST(PlayVideo, ASecondVideoLoadsAnewAndReplacesTheTimers)
+{
+    AdSession session;
+    session.ad().iBufferingSufferTime = 10;
+    session.open();
+    const NSTimer watchdog = session->timerBufferSufferTime;
+    const NSTimer loaded = session->timerVideoLoaded;
+    session->bIsLoaded = true;
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsLoaded);
+    EXPECT_FALSE(watchdog.isValid());
+    EXPECT_FALSE(loaded.isValid());
+    EXPECT_TRUE(session->timerBufferSufferTime.isValid());
+    EXPECT_TRUE(session->timerVideoLoaded.isValid());
 }
 
 TEST(Interruption, ItsBeginPausesThePlayerAndTakesItsPictureAway)

@@ -64,7 +64,7 @@ TEST(PortraitLayout, AFullVideoIsNotShownByIt)
                                                   "log 0 Added Count Down View"));
 }
 
-TEST(PortraitLayout, ABandIsShownEvenWhereTheRuleForShowingRefuses)
+TEST(PortraitLayout, AHiddenBandIsShown)
 {
     AdSession session;
     session.open();
@@ -193,6 +193,18 @@ TEST(PortraitLayout, TheBandStaysWhereItWasPlacedEvenWhenThePageHasMoved)
     EXPECT_EQ(video_frame(session), (CGRect{0, 567.0625, 375, 375}));
 }
 
+TEST(PortraitLayout, ABandAtTheVeryTopHasBeenPlacedToo)
+{
+    AdSession session(screen_of(375, 811));
+    session.open();
+    EXPECT_EQ(session->fPortraitModeVideoPosY, 0);
+    session.ad().portraitVideoPos = MIDDLE;
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session->fPortraitModeVideoPosY, 0);
+}
+
 TEST(PortraitLayout, AForgottenPlaceIsFoundAnew)
 {
     AdSession session;
@@ -252,8 +264,12 @@ TEST(PortraitLayout, TheRootFillsTheScreenAndNothingIsTurned)
 TEST(PortraitLayout, TheVideoFitsItsBand)
 {
     AdSession session;
-
     session.open();
+    session->qoroMoviePlayer.setScalingMode(MPMovieScalingModeNone);
+    session->qoroMoviePlayer.setFullscreen(true);
+    session->qoroMoviePlayer.view().setAutoresizingMask(5);
+
+    session->setPortraitModeScreen();
 
     EXPECT_EQ(session->qoroMoviePlayer.settings().scaling_mode, MPMovieScalingModeAspectFit);
     EXPECT_FALSE(session->qoroMoviePlayer.settings().fullscreen);
@@ -269,6 +285,57 @@ TEST(PortraitLayout, PutsTheVideoOverThePageAndTheHiddenImageOnTop)
     EXPECT_THAT(session->windowTempWindow.subviews(),
                 ElementsAre(UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
     EXPECT_EQ(session->miImageView.frame(), (CGRect{0, 44, 375, 210.9375}));
+}
+
+TEST(PortraitLayout, PutsEverythingOverWhatElseTheWindowHolds)
+{
+    AdSession session;
+    session.open();
+    const UIView other = UIView::create();
+    session->windowTempWindow.addSubview(other);
+
+    session->setPortraitModeScreen();
+
+    EXPECT_THAT(
+        session->windowTempWindow.subviews(),
+        ElementsAre(other, UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
+}
+
+TEST(PortraitLayout, WithoutAWindowVideoAndHiddenImageStandNowhere)
+{
+    AdSession session;
+    session.open();
+    const UIWindow window = session->windowTempWindow;
+    session->windowTempWindow = nullptr;
+
+    session->setPortraitModeScreen();
+
+    EXPECT_THAT(window.subviews(), ElementsAre(UIView(session->view())));
+}
+
+TEST(PortraitLayout, AFullVideoHasTheAdsCloseButton)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session.ad().closeBtnSize = BIG;
+
+    session.open();
+
+    EXPECT_EQ(picture_of(session->btnClose), arrayVideoBigCloseButton);
+}
+
+TEST(PortraitLayout, OffersTheFullScreenAgainAfterTheLandscapeLayout)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
+    session.open();
+    session->btnScreenScale.setHidden(true);
+
+    session->setPortraitModeScreen();
+
+    EXPECT_FALSE(session->btnScreenScale.isHidden());
+    EXPECT_EQ(picture_of(session->btnScreenScale), arrayVideoFullscreenButton);
 }
 
 TEST(PortraitLayout, OffersTheFullScreenInAPortraitOnlyHost)

@@ -190,5 +190,18 @@ TEST(PrePause, AfterCancellingTheFineTickStays)
     EXPECT_EQ(session->timerUpdateRemainderTime.timeInterval(), 0.1);
 }
 
+TEST(PrePause, CancellingForgetsWhichLocationsHavePaused)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    session.open();
+    session->prePauseStatusAtLocation(5);
+    session->setPrePauseStatusWithStatus(true, 5);
+
+    session->cancelPrePauseLocations();
+
+    EXPECT_FALSE(session->prePauseStatusDict);
+}
+
 } // namespace
 } // namespace qoro

@@ -270,8 +270,7 @@ TEST(PrePauseTick, KnowsNoLocationZero)
     EXPECT_FALSE(session->prePauseStatusAtLocation(0));
 }
 
-// ----------------------------------------------------------------------------------------------------- the label's
-// place
+// --------------------------------------------------------------------------------------------------- the label's place
 
 TEST(RemainingTimeLabel, StandsInTheLowerLeftCornerOfTheBand)
 {
@@ -452,8 +451,7 @@ TEST(StopUpdateTimer, LeavesTheBufferingAndLoadedTimersRunning)
     EXPECT_TRUE(session->timerVideoLoaded.isValid());
 }
 
-// -------------------------------------------------------------------------------------------------------- button
-// titles
+// ------------------------------------------------------------------------------------------------------- button titles
 
 TEST(ButtonTitle, IsDecodedAndStyled)
 {

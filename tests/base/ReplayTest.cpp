@@ -38,8 +38,7 @@ NSDictionary button(const char* text)
     return {{"btn_text", text}};
 }
 
-// -------------------------------------------------------------------------------------------------------------
-// replaying
+// ----------------------------------------------------------------------------------------------------------- replaying
 
 TEST(VideoReplay, TheReplayButtonSendsEveryNonEmptyAddressOnceInOrder)
 {
@@ -152,8 +151,7 @@ TEST(VideoReplay, HidesTheReplayButtonAndShowsTheBars)
     EXPECT_FALSE(session->viewBottomBackground.isHidden());
 }
 
-// ------------------------------------------------------------------------------------------------------------ next
-// video
+// ---------------------------------------------------------------------------------------------------------- next video
 
 TEST(CheckCanPlayNextVideo, TheCurrentAddressAndNoneCannot)
 {
@@ -338,6 +336,18 @@ TEST(PlayNextVideo, ForgetsThePausePoints)
     EXPECT_FALSE(session->prePauseStatusDict);
 }
 
+TEST(PlayNextVideo, StartsTheProgressOver)
+{
+    AdSession session;
+    session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"http://t/start"})}};
+    play(session);
+    session->dicSendTrackingState.setObject("1", "start");
+
+    session->playNextVideo(next_video());
+
+    EXPECT_EQ(as_text(session->dicSendTrackingState), R"({"start":"0"})");
+}
+
 TEST(PlayNextVideo, TheNextPlayIsAFirstPlay)
 {
     AdSession session;
@@ -363,8 +373,7 @@ TEST(PlayNextVideo, BeforeAnyAdIsOpenItLeavesNothing)
     EXPECT_THAT(session.lines("player"), IsEmpty());
 }
 
-// --------------------------------------------------------------------------------------------------------------
-// reloading
+// ----------------------------------------------------------------------------------------------------------- reloading
 
 TEST(ReloadVideo, WithoutAnAddressDoesNothing)
 {
@@ -465,6 +474,46 @@ TEST(ReloadVideo, TheVideoIsPlacedAfreshAndTheBarsAreToHide)
     EXPECT_EQ(session->fPortraitModeVideoPosY, 44.0F);
     EXPECT_EQ(session->timerSetControllerButtonHide.fireDate(), 13.0);
     EXPECT_THAT(session.events(), Contains(StartsWith("video_orientation")));
+}
+
+TEST(ReloadVideo, TheOldPlayersPictureGivesItsPlaceToTheNewOnes)
+{
+    AdSession session;
+    play(session);
+    const UIView before = session->qoroMoviePlayer.view();
+    session->webView().addSubview(before);
+
+    session->reloadVideo();
+
+    EXPECT_FALSE(before.superview());
+    EXPECT_EQ(session->viewTopBackground.superview(), session->qoroMoviePlayer.view());
+    EXPECT_EQ(session->btnPlayAndPause.superview(), session->qoroMoviePlayer.view());
+}
+
+TEST(ReloadVideo, BeforeAnyLayoutTheVideoFillsTheHost)
+{
+    HostApp host;
+    host.root_view = CGSize{360, 640};
+    AdSession session(AdSession::manual_world(), host);
+    play(session);
+    // No layout runs during a click-through.
+    session->setBDoButtonAction(true);
+
+    session->reloadVideo();
+
+    EXPECT_EQ(session->qoroMoviePlayer.view().frame(), (CGRect{0, 0, 360, 640}));
+    EXPECT_EQ(session->qoroMoviePlayer.settings().scaling_mode, MPMovieScalingModeAspectFill);
+}
+
+TEST(ReloadVideo, AfterAnEndTheBarsAreToHideToo)
+{
+    AdSession session;
+    play(session);
+    session.ends();
+
+    session->reloadVideo();
+
+    EXPECT_TRUE(session->timerSetControllerButtonHide.isValid());
 }
 
 } // namespace

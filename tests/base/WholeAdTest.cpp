@@ -59,7 +59,7 @@ TEST(WholeAd, WatchedToItsEndFetchesEachTrackerOnceInOrderAndClosesItself)
 
 TEST(WholeAd, ItsEventsTellTheScriptOfItsLife)
 {
-    AdSession session(world_with_video(2));
+    AdSession session(world_with_video(2.5));
     track_everything(session);
     session.ad().bIsAutoClose = true;
     session.open();
@@ -68,9 +68,10 @@ TEST(WholeAd, ItsEventsTellTheScriptOfItsLife)
     session.let_pass(30);
 
     EXPECT_THAT(session.events(),
-                ElementsAre("video_loaded", R"(video_play)", R"(video_orientation {"e":{"orientation":"portrait"}})",
+                ElementsAre("video_loaded", "video_play", R"(video_orientation {"e":{"orientation":"portrait"}})",
                             R"(video_visibilitychange {"e":{"visibility":1}})",
-                            R"(video_timeupdate {"e":{"current_time":"1"}})", "video_pause", "video_ended", "onhide"));
+                            R"(video_timeupdate {"e":{"current_time":"1"}})",
+                            R"(video_timeupdate {"e":{"current_time":"2"}})", "video_pause", "video_ended", "onhide"));
 }
 
 TEST(WholeAd, LeavingTheAppPausesItAndTheReturnGoesOnWhereItStood)

@@ -12,7 +12,7 @@ using namespace qoro::test;
 namespace
 {
 /// Seconds after which the viewer closes the ad, and that the whole playing may take.
-constexpr const char* ClosedAfter = "2.5";
+constexpr const char* ClosedAfter = "4";
 constexpr double Deadline = 60;
 
 /// A clip of two seconds, made once.
@@ -33,9 +33,9 @@ class PlayTest : public testing::Test
 {
 protected:
     /// Plays an ad and closes it. What it wrote is in trace.
-    void play(const std::string& video, const std::string& page, const std::string& more = "")
+    void play(const std::string& of_video, const std::string& of_page, const std::string& more = "")
     {
-        folder.write("ad.json", R"({"strVideoUrl": ")" + video + R"(", "strWebViewUrl": ")" + page + R"(",
+        folder.write("ad.json", R"({"strVideoUrl": ")" + of_video + R"(", "strWebViewUrl": ")" + of_page + R"(",
             "fVideoWidth": 320, "fVideoHeight": 180, "portraitModeType": 2, "landscapeModeType": 2,
             "portraitVideoPos": "TOP", "bIsAutoStart": true, "iCloseBtnCountdown": 1, "strBackgroundColor": "4294967295",
             "arrayCloseTrackingUrls": ["/t/close"])" +

@@ -218,6 +218,19 @@ TEST_F(GstPlayerTest, goes_on_after_a_pause_where_it_stood)
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "state 1"}));
 }
 
+TEST_F(GstPlayerTest, what_plays_pauses_when_the_app_is_left)
+{
+    GstPlayer& player = watch.open(file());
+    ASSERT_TRUE(watch.until("state 1"));
+
+    watch.factory().leave_app();
+    watch.factory().leave_app();
+    watch.let_pass(0.2);
+
+    EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2"}));
+    EXPECT_EQ(player.playback_state(), MPMoviePlaybackStatePaused);
+}
+
 TEST_F(GstPlayerTest, a_play_after_the_end_starts_at_0)
 {
     GstPlayer& player = watch.open(file());
@@ -772,6 +785,18 @@ TEST_F(GstPlayerTest, its_sound_begins_with_the_volume_that_it_is_given)
     }));
 
     EXPECT_EQ(first, "40%");
+}
+
+TEST_F(GstPlayerTest, a_silent_player_opens_no_sound)
+{
+    const SoundServer sound;
+    ASSERT_TRUE(sound.runs());
+    watch.factory().options.silent = true;
+    GstPlayer& player = watch.open(file());
+
+    ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.3; }));
+
+    EXPECT_EQ(sound.pactl("list short sink-inputs"), "");
 }
 
 TEST_F(GstPlayerTest, a_sound_server_that_ends_leaves_a_silent_video)

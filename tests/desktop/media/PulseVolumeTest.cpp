@@ -209,13 +209,16 @@ protected:
         watch->factory().options.volume = [this] { return volume->player_volume(); };
         let_pass(0.2);
     }
+    /// Whether a stream is there, and has been seen.
     bool plays()
     {
         watch->open(NSURL::fileURLWithPath(Clip));
-        return until([&] {
+        const bool heard = until([&] {
             first_heard = sound.stream_volume();
             return !first_heard.empty();
         });
+        let_pass(0.1);
+        return heard;
     }
 
     std::unique_ptr<PulseVolume> volume;

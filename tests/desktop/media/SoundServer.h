@@ -26,7 +26,7 @@ public:
     std::string pactl(const std::string& arguments) const;
     /// The device's volume in percent, as pactl prints it: "50%"; with the muted state after it when it is muted.
     std::string device_volume() const;
-    /// The volume of the only sound stream in percent, or empty when there is none.
+    /// The volume of the first sound stream in percent, or empty when there is none.
     std::string stream_volume() const;
 
 private:

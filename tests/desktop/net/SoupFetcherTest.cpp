@@ -231,3 +231,18 @@ TEST(SoupFetcherEndTest, EndingBreaksOffWhatIsUnderWayAndLetsItsTargetsGo)
     EXPECT_TRUE(loop.run_until([&passed] { return passed; }, Deadline));
     EXPECT_FALSE(answered);
 }
+
+TEST(SoupFetcherEndTest, AbandonedAnswersLetTheirTargetsGoAndNeverCome)
+{
+    GlibLoop loop;
+    RawServer server([](const auto&, const auto& connection) { answer_ok(connection, "late"); });
+    SoupFetcher fetcher(loop);
+    const auto target = std::make_shared<int>(0);
+    fetcher.fetch(server.base() + "/", [target](const FetchAnswer&) { ADD_FAILURE(); });
+    fetcher.abandon();
+    EXPECT_EQ(target.use_count(), 1);
+    EXPECT_EQ(fetcher.fetch_now(server.base() + "/").body, "late");
+    bool passed = false;
+    loop.post([&passed] { passed = true; });
+    EXPECT_TRUE(loop.run_until([&passed] { return passed; }, Deadline));
+}

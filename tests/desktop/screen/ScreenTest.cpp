@@ -2,6 +2,7 @@
 
 #include "desktop/images/GdkImages.h"
 #include "desktop/screen/PictureSource.h"
+#include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebKitEngine.h"
 #include "platform/MediaPlayer.h"
 #include "tests/desktop/support/BarePlatform.h"
@@ -187,10 +188,7 @@ protected:
         return view;
     }
 
-    GtkWidget* surface() const
-    {
-        return gtk_widget_get_first_child(gtk_window_get_child(screen->window()));
-    }
+    GtkWidget* surface() const { return gtk_widget_get_first_child(gtk_window_get_child(screen->window())); }
     int surface_width() const { return gtk_widget_get_width(surface()); }
 
     /// A finger that goes down, perhaps moves, and goes up.
@@ -211,8 +209,8 @@ protected:
     {
         int frames = 0;
         GdkFrameClock* clock = gtk_widget_get_frame_clock(surface());
-        const gulong counting = g_signal_connect_swapped(
-            clock, "after-paint", G_CALLBACK(+[](int* count) { ++*count; }), &frames);
+        const gulong counting =
+            g_signal_connect_swapped(clock, "after-paint", G_CALLBACK(+[](int* count) { ++*count; }), &frames);
         let_pass(seconds);
         g_signal_handler_disconnect(clock, counting);
         return frames;
@@ -827,10 +825,7 @@ protected:
         page = nullptr;
     }
 
-    void show_page(const std::string& html)
-    {
-        page.loadHTMLString(html, NSURL::URLWithString("http://127.0.0.1:9/"));
-    }
+    void show_page(const std::string& html) { page.loadHTMLString(html, NSURL::URLWithString("http://127.0.0.1:9/")); }
     bool comes_to_show(CGPoint point, Rgb rgb)
     {
         return platform.loop().run_until(
@@ -865,6 +860,17 @@ TEST_F(PageOnScreen, a_page_that_is_not_opaque_lets_what_lies_beneath_through)
     show_page("<body style='margin: 0'><div style='background: #00ff00; width: 50px; height: 50px'></div>");
     EXPECT_TRUE(comes_to_show({25, 125}, Green));
     EXPECT_EQ(shown().at(150, 300), Red);
+}
+
+TEST_F(PageOnScreen, what_moves_on_a_clear_page_leaves_no_trail)
+{
+    page.setOpaque(false);
+    open();
+    show_page("<body style='margin: 0'><div id='box' style='position: absolute; background: #00ff00; width: 20px; "
+              "height: 20px'></div><script>let x = 0; const step = () => { x = Math.min(x + 5, 250); "
+              "box.style.left = x + 'px'; requestAnimationFrame(step); }; step();</script>");
+    ASSERT_TRUE(comes_to_show({265, 110}, Green));
+    EXPECT_EQ(shown().box_of(Green), (CGRect{250, 100, 20, 20}));
 }
 
 TEST_F(PageOnScreen, an_opaque_page_is_white_where_it_paints_nothing)
@@ -919,6 +925,18 @@ TEST_F(PageOnScreen, a_hidden_page_goes_on_where_it_was)
     page.setHidden(true);
     EXPECT_EQ(shown().at(150, 300), Black);
     page.setHidden(false);
+    EXPECT_TRUE(comes_to_show({150, 300}, Green));
+}
+
+TEST_F(PageOnScreen, a_page_that_was_faded_away_comes_back_up_to_date)
+{
+    page.setAlpha(0);
+    open();
+    show_page("<body style='background: #ff0000'><script>setTimeout(() => document.body.style.background = '#00ff00', "
+              "300)</script>");
+    let_pass(1);
+    EXPECT_EQ(shown().at(150, 300), Black);
+    page.setAlpha(1);
     EXPECT_TRUE(comes_to_show({150, 300}, Green));
 }
 

@@ -1,6 +1,6 @@
 #include "desktop/web/WebKitEngine.h"
 
-#include "desktop/screen/Screen.h"
+#include "desktop/screen/Toolkit.h"
 #include "desktop/web/ScriptLibrary.h"
 #include "desktop/web/ValueJson.h"
 #include "tests/desktop/support/BarePlatform.h"
@@ -12,8 +12,8 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
-#include <sstream>
 #include <signal.h>
+#include <sstream>
 
 namespace qoro::test
 {
@@ -149,6 +149,13 @@ TEST_F(WebKitEngineTest, a_page_without_a_base_loads)
     EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "finish"}));
 }
 
+TEST_F(WebKitEngineTest, nobody_is_asked_for_the_engines_own_load_however_its_base_is_spelt)
+{
+    engine->load_html("<p>hello</p>", NSURL::URLWithString("HTTP://127.0.0.1:80/%7ea/../b?q=\u00fc#here"));
+    wait_for("finish");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "finish"}));
+}
+
 TEST_F(WebKitEngineTest, a_page_loaded_over_an_unfinished_one_reports_its_own_end_alone)
 {
     load("<img src='/never'>");
@@ -211,7 +218,8 @@ TEST_F(WebKitEngineTest, the_library_outlives_a_page_that_replaces_built_ins)
 {
     recorder.answer = [](const ScriptMessage&) { return ScriptAnswer{nullptr, 30}; };
     load_script("Promise.reject = Object.create = Object.hasOwn = Error = setTimeout = null;"
-                "JSON.parse = JSON.stringify = null; Function.prototype.bind = Array.prototype[Symbol.iterator] = null; window.webkit = null;"
+                "JSON.parse = JSON.stringify = null; Function.prototype.bind = Array.prototype[Symbol.iterator] = "
+                "null; window.webkit = null;"
                 "qoroPlayer.addEventListener('video_play', () => {}); qoroPlayer.getVideoTotalTime();");
     wait_for("getVideoTotalTime[]");
 }
@@ -226,14 +234,13 @@ TEST_F(WebKitEngineTest, every_command_carries_its_arguments)
                 "qoroPlayer.cancelPrePauseLocations(); qoroPlayer.changeOrientation('landscape');"
                 "qoroPlayer.MRAIDUseCustomClose(true); qoroPlayer.MRAIDClose();");
     wait_for("finish");
-    EXPECT_EQ(recorder.heard,
-              (std::vector<std::string>{"start", "setVideoPlay[]", "setVideoPause[]", "setVideoMute[]",
-                                        "setVideoUnmute[]", "setVideoSeekToTime[12.5]", "getVideoTotalTime[]",
-                                        "getVideoIsMute[]", "checkVideoPlay[]",
-                                        R"(playNextVideo[{"strVideoUrl":"http://ad/next.mp4"}])",
-                                        R"(checkCanPlayNextVideo["http://ad/next.mp4"])", "checkCanPlayNextVideo[null]",
-                                        "cancelPrePauseLocations[]", R"(changeOrientation["landscape"])",
-                                        "MRAIDUseCustomClose[true]", "MRAIDClose[]", "finish"}));
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{
+                                  "start", "setVideoPlay[]", "setVideoPause[]", "setVideoMute[]", "setVideoUnmute[]",
+                                  "setVideoSeekToTime[12.5]", "getVideoTotalTime[]", "getVideoIsMute[]",
+                                  "checkVideoPlay[]", R"(playNextVideo[{"strVideoUrl":"http://ad/next.mp4"}])",
+                                  R"(checkCanPlayNextVideo["http://ad/next.mp4"])", "checkCanPlayNextVideo[null]",
+                                  "cancelPrePauseLocations[]", R"(changeOrientation["landscape"])",
+                                  "MRAIDUseCustomClose[true]", "MRAIDClose[]", "finish"}));
 }
 
 TEST_F(WebKitEngineTest, a_command_answers_with_its_value)
@@ -276,9 +283,9 @@ TEST_F(WebKitEngineTest, arguments_are_sent_as_plain_data)
     load_script("qoroPlayer.playNextVideo({strVideoUrl() {}, iCloseBtnCountdown: 5}); qoroPlayer.setVideoSeekToTime();"
                 "qoroPlayer.setVideoSeekToTime(NaN);");
     wait_for("finish");
-    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", R"(playNextVideo[{"iCloseBtnCountdown":5}])",
-                                                        "setVideoSeekToTime[null]", "setVideoSeekToTime[null]",
-                                                        "finish"}));
+    EXPECT_EQ(recorder.heard,
+              (std::vector<std::string>{"start", R"(playNextVideo[{"iCloseBtnCountdown":5}])",
+                                        "setVideoSeekToTime[null]", "setVideoSeekToTime[null]", "finish"}));
 }
 
 TEST_F(WebKitEngineTest, arguments_that_cannot_be_sent_reject_the_command)
@@ -473,8 +480,9 @@ TEST_F(WebKitEngineEventTest, hard_text_reaches_the_script_unharmed)
 
 TEST_F(WebKitEngineTest, a_followed_link_asks_as_a_link_and_stays_when_refused)
 {
-    load_script("onload = () => { document.querySelector('a').click(); setTimeout(() => note(location.pathname), 200); }",
-                "</head><a href='/other.html'>x</a><head>");
+    load_script(
+        "onload = () => { document.querySelector('a').click(); setTimeout(() => note(location.pathname), 200); }",
+        "</head><a href='/other.html'>x</a><head>");
     wait_for("note[\"/\"]");
     EXPECT_TRUE(recorder.has("ask 0 " + server.base() + "other.html"));
     EXPECT_TRUE(server.asked.empty());
@@ -549,7 +557,8 @@ TEST_F(WebKitEngineTest, a_file_as_base_gives_no_right_to_files)
 
 TEST_F(WebKitEngineTest, frames_within_the_page_ask_before_they_load)
 {
-    load_script("onload = () => note('end')", "</head><iframe src='/frame.html'></iframe><iframe srcdoc='x'></iframe><head>");
+    load_script("onload = () => note('end')",
+                "</head><iframe src='/frame.html'></iframe><iframe srcdoc='x'></iframe><head>");
     wait_for("note[\"end\"]");
     EXPECT_TRUE(recorder.has("ask 5 " + server.base() + "frame.html"));
     EXPECT_TRUE(server.asked.empty());

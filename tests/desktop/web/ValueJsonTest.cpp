@@ -1,0 +1,79 @@
+#include "desktop/web/ValueJson.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+
+namespace qoro::test
+{
+namespace
+{
+
+TEST(ValueJson, writes_every_kind_of_value)
+{
+    const NSDictionary mapping{{"b", true},   {"i", 7},       {"d", 0.5},
+                               {"t", "a\"b"}, {"n", nullptr}, {"l", NSArray{1, "x"}}};
+    EXPECT_EQ(json_of(mapping), R"({"b":true,"i":7,"d":0.5,"t":"a\"b","n":null,"l":[1,"x"]})");
+}
+
+TEST(ValueJson, tells_absent_from_empty)
+{
+    EXPECT_EQ(json_of(NSDictionary()), "null");
+    EXPECT_EQ(json_of(NSDictionary::dictionary()), "{}");
+    EXPECT_EQ(json_of(NSArray()), "null");
+    EXPECT_EQ(json_of(NSArray(std::vector<Value>())), "[]");
+}
+
+TEST(ValueJson, keeps_whole_numbers_beyond_32_bits)
+{
+    EXPECT_EQ(json_of(Value(std::int64_t{9007199254740993})), "9007199254740993");
+}
+
+TEST(ValueJson, writes_a_number_that_is_not_finite_as_null)
+{
+    EXPECT_EQ(json_of(Value(std::nan(""))), "null");
+    EXPECT_EQ(json_of(Value(INFINITY)), "null");
+}
+
+TEST(ValueJson, replaces_bytes_that_are_no_text)
+{
+    EXPECT_EQ(json_of(Value(std::string("a\xff"))), "\"a\xef\xbf\xbd\"");
+}
+
+TEST(ValueJson, reads_what_it_writes)
+{
+    const Value value = NSDictionary{{"z", NSArray{true, nullptr, -3, 2.5}}, {"a", NSDictionary{{"t", "ü"}}}};
+    EXPECT_EQ(value_of_json(json_of(value)), value);
+}
+
+TEST(ValueJson, keeps_the_order_of_keys)
+{
+    EXPECT_EQ(value_of_json(R"({"z":1,"a":2})")->dictionary().allKeys(), (std::vector<std::string>{"z", "a"}));
+}
+
+TEST(ValueJson, reads_a_whole_number_that_is_too_large_as_a_double)
+{
+    const std::optional<Value> value = value_of_json("18446744073709551615");
+    ASSERT_TRUE(value);
+    EXPECT_TRUE(value->is_double());
+    EXPECT_EQ(value->doubleValue(), 18446744073709551615.0);
+}
+
+TEST(ValueJson, refuses_what_is_no_json)
+{
+    EXPECT_FALSE(value_of_json(""));
+    EXPECT_FALSE(value_of_json("{"));
+    EXPECT_FALSE(value_of_json("[1] 2"));
+    EXPECT_FALSE(value_of_json("undefined"));
+}
+
+TEST(ValueJson, refuses_what_is_nested_too_deep)
+{
+    EXPECT_TRUE(value_of_json(std::string(32, '[') + std::string(32, ']')));
+    EXPECT_FALSE(value_of_json(std::string(33, '[') + std::string(33, ']')));
+    EXPECT_FALSE(value_of_json(std::string(100000, '[') + std::string(100000, ']')));
+}
+
+} // namespace
+} // namespace qoro::test
