@@ -24,7 +24,7 @@ void QoroVideoWebViewController::setPortraitModeScreen()
     const ViewPosition position = ad().portraitVideoPos;
     if (position != FULL) {
         setVideoVisible();
-        // The rule for showing may have refused.
+        // A band can be seen, whatever came of the rule for showing.
         if (qoroMoviePlayer.view().isHidden())
             qoroMoviePlayer.view().setHidden(false);
     }
