@@ -7,8 +7,8 @@
 // most 10 s without one), then prints one JSON object: when the first frame was seen (seconds of CLOCK_MONOTONIC), how
 // many were seen and missed, and how far the frames strayed from an even grid (median and 99th percentile, in ms).
 //
-// The bar code: the top ninth of the picture, sixteen fields of equal width, lowest bit first; the upper eight fields are
-// the lower eight inverted, so that a torn or foreign picture is never taken for a number.
+// The bar code: a strip a third of the way down the picture, sixteen fields of equal width, lowest bit first; the upper
+// eight fields are the lower eight inverted, so that a torn or foreign picture is never taken for a number.
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -110,7 +110,7 @@ int main(int argc, char** argv)
         return 1;
     }
 
-    Row row(display, x, y + height / 18, width);
+    Row row(display, x, y + height / 3, width);
     struct Seen {
         int number; // counted on past the bar code's 255
         double at;

@@ -8,6 +8,8 @@ X server's picture; processor time and memory (PSS) are those of the player's wh
 after its first second on the screen. Medians of the runs; a ratio below 1 means less than the peer.
 """
 import argparse
+import functools
+import http.server
 import json
 import os
 import pathlib
@@ -15,6 +17,7 @@ import signal
 import statistics
 import subprocess
 import tempfile
+import threading
 import time
 
 HERE = pathlib.Path(__file__).resolve().parent
@@ -94,6 +97,34 @@ def qoro(program, folder, ad, *options):
     return [program, "play", *sandbox.stdout.split(), "--mute-output", *options, str(path)]
 
 
+class Asked(http.server.SimpleHTTPRequestHandler):
+    """A server of files that notes when each was asked for first."""
+    first = {}
+
+    def do_GET(self):
+        self.first.setdefault(self.path, time.clock_gettime(time.CLOCK_MONOTONIC))
+        super().do_GET()
+
+    def log_message(self, *_):
+        pass
+
+
+def open_to_frame(reader, program, folder, ad, area):
+    """Milliseconds from a running program's first request for the video to its first frame on the screen."""
+    server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), functools.partial(Asked, directory=folder))
+    threading.Thread(target=server.serve_forever, daemon=True).start()
+    Asked.first.clear()
+    ad = dict(ad, name="later", strVideoUrl=f"http://127.0.0.1:{server.server_port}/bars.mp4")
+    (folder / "steps.json").write_text('[{"at": 2, "open": 0}]')
+    player = subprocess.Popen(qoro(program, folder, ad, "--steps", str(folder / "steps.json")), start_new_session=True,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    seen = json.loads(subprocess.run([reader, *map(str, area), "1"], stdout=subprocess.PIPE).stdout)
+    os.killpg(player.pid, signal.SIGTERM)
+    player.wait(5)
+    server.shutdown()
+    return (seen["first"] - Asked.first["/bars.mp4"]) * 1000
+
+
 def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("qoro_ad")
@@ -112,7 +143,6 @@ def main():
                   "iBufferingSufferTime": -1, "strBackgroundColor": "4278190080"}
         video_only = dict(common, name="video")
         with_page = dict(common, name="page", strWebViewUrl="page.html")
-        
 
         sink = "videoscale ! video/x-raw,width={},height={} ! videoconvert ! ximagesink"
         mpv = ["mpv", "--no-config", "--no-border", "--no-keepaspect-window", "--no-osc", "--osd-level=0", "--ao=null",
@@ -160,6 +190,9 @@ def main():
         print(f"band with a still page against band: "
               f"{medians['qoro-ad band, page']['cpu'] / medians['qoro-ad band']['cpu']:.2f}")
         print(f"full screen against mpv turned:     {medians['qoro-ad full']['cpu'] / medians['mpv turned']['cpu']:.2f}")
+        opened = statistics.median(open_to_frame(options.frame_reader, options.qoro_ad, folder, video_only, band)
+                                   for _ in range(options.runs))
+        print(f"opened in a running program, to the first frame: {opened:.0f} ms")
         print(f"first frame against mpv:            "
               f"{medians['qoro-ad band']['first_ms'] / medians['mpv band']['first_ms']:.2f}")
 

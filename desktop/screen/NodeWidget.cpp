@@ -27,6 +27,7 @@ struct NodeState {
     std::shared_ptr<const DecodedImage> image; // what the picture of a button or an image view shows
     PaintState look;
     guint spinning = 0;
+    std::function<void()> on_picture;
     /// Dies with the widget; a player that outlives it watches it.
     std::shared_ptr<bool> alive = std::make_shared<bool>();
 };
@@ -168,8 +169,10 @@ void hear_frames_of(GtkWidget* widget, PlayerEngine* player)
     state.player = player;
     if (PictureSource* source = picture_source_of(player))
         source->on_frame = [widget, alive = std::weak_ptr(state.alive)] {
-            if (!alive.expired())
-                gtk_widget_queue_draw(widget);
+            if (alive.expired())
+                return;
+            gtk_widget_queue_draw(widget);
+            self_of(widget)->state->on_picture();
         };
 }
 
@@ -219,11 +222,12 @@ static void qoro_node_widget_class_init(QoroNodeWidgetClass* type)
     GTK_WIDGET_CLASS(type)->size_allocate = allocate_node;
 }
 
-GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view)
+GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view, std::function<void()> on_picture)
 {
     auto* widget =
         GTK_WIDGET(g_object_new(qoro_node_widget_get_type(), "accessible-role", role_of(view->kind), nullptr));
     self_of(widget)->state->view = view;
+    self_of(widget)->state->on_picture = std::move(on_picture);
     // A page takes input, where the surface lets it; everything else is the surface's.
     gtk_widget_set_can_target(widget, view->kind == ViewNode::Kind::WebView);
     return widget;

@@ -2,6 +2,7 @@
 
 #include "views/ViewNode.h"
 
+#include <functional>
 #include <memory>
 
 typedef struct _GtkWidget GtkWidget;
@@ -13,7 +14,8 @@ namespace qoro
 // a GtkWidget, as GTK has it.
 
 /// A new widget for a view, with no reference of the caller's. It does not keep the view.
-GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view);
+/// @param on_picture called for every new picture of the view's video, which the next frame shows
+GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view, std::function<void()> on_picture);
 
 /// Takes over what has changed in the view since the last time: its look, its page or its player.
 void node_widget_update(GtkWidget* widget);

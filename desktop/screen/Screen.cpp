@@ -17,6 +17,8 @@ namespace
 
 /// Room of the monitor that window frames and panels take.
 constexpr int monitor_margin = 48;
+/// Longer than a frame of any video, shorter than anyone notices.
+constexpr int longest_wait_ms = 50;
 
 graphene_rect_t rect_of(const CGRect& rect)
 {
@@ -52,6 +54,14 @@ struct Screen::Signals {
         auto* screen = static_cast<Screen*>(data);
         screen->tick_ = 0;
         screen->update();
+        return G_SOURCE_REMOVE;
+    }
+
+    static gboolean patience_ended(void* data)
+    {
+        auto* screen = static_cast<Screen*>(data);
+        screen->patience_ = 0;
+        screen->walk_with_next_frame();
         return G_SOURCE_REMOVE;
     }
 
@@ -122,6 +132,7 @@ struct Screen::Signals {
         screen->surface_ = nullptr;
         screen->help_ = nullptr;
         screen->tick_ = 0;
+        screen->stop_waiting();
         screen->upload_memory_.reset();
         screen->from_below_.clear();
         screen->layers_.clear();
@@ -164,6 +175,7 @@ Screen::Screen(Platform& platform)
 
 Screen::~Screen()
 {
+    stop_waiting();
     if (!window_)
         return;
     GtkWindow* window = window_;
@@ -198,9 +210,35 @@ void Screen::show()
 
 void Screen::needs_display()
 {
+    if (!surface_ || tick_ || patience_)
+        return;
+    // GTK draws no two frames closer together than the monitor's refresh. While a video plays, what else changes is
+    // shown with its next picture: a frame of its own would hold that picture back.
+    if (last_picture_ && g_get_monotonic_time() - last_picture_ < longest_wait_ms * 1000)
+        patience_ = g_timeout_add(longest_wait_ms, Signals::patience_ended, this);
+    else
+        walk_with_next_frame();
+}
+
+void Screen::walk_with_next_frame()
+{
+    stop_waiting();
     // One walk a frame, however much has changed; while the window is not to be seen, none.
-    if (surface_ && !tick_)
+    if (!tick_)
         tick_ = gtk_widget_add_tick_callback(surface_, Signals::tick, this, nullptr);
+}
+
+void Screen::stop_waiting()
+{
+    if (patience_)
+        g_source_remove(std::exchange(patience_, 0));
+}
+
+void Screen::picture_arrived()
+{
+    last_picture_ = g_get_monotonic_time();
+    if (patience_)
+        walk_with_next_frame();
 }
 
 // -------------------------------------------------------------------------------------------------- from the tree
@@ -235,7 +273,7 @@ void Screen::add_layers(const std::shared_ptr<ViewNode>& view, double opacity, c
     Layer& layer = layers_[view->serial];
     if (!layer.widget) {
         layer.view = view;
-        layer.widget = node_widget_new(view);
+        layer.widget = node_widget_new(view, [this] { picture_arrived(); });
         gtk_widget_set_parent(layer.widget, surface_);
     }
     node_widget_update(layer.widget);

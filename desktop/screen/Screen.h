@@ -76,6 +76,9 @@ private:
     void draw(GtkSnapshot* snapshot) override;
     bool keeps(double x, double y) const override;
 
+    void walk_with_next_frame();
+    void stop_waiting();
+    void picture_arrived();
     void update();
     void add_layers(const std::shared_ptr<ViewNode>& view, double opacity, const ViewNode& in_window);
     void retire_layers();
@@ -101,6 +104,9 @@ private:
 
     /// A walk over the tree is due with the next frame.
     unsigned tick_ = 0;
+    /// A change waits for the next picture of the video, for so long.
+    unsigned patience_ = 0;
+    std::int64_t last_picture_ = 0; // GLib's monotonic time, µs; 0 before the first
     std::unordered_map<std::uint64_t, Layer> layers_; // by the view's serial
     std::vector<Layer*> from_below_;                  // those that are shown
 
