@@ -16,6 +16,7 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <future>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -279,12 +280,16 @@ int play(const PlayOptions& options)
     if (!options.trace_file.empty())
         trace_file.emplace(options.trace_file);
 
+    // The sandbox is tried while the toolkit starts.
+    prepare_toolkit();
+    std::future<bool> sandbox =
+        std::async(std::launch::async, [&] { return options.no_web_sandbox || sandbox_works(); });
     if (!start_toolkit())
         return lacks("there is no display to open a window on");
     if (options.no_web_sandbox) {
         std::cerr << "qoro-ad: the page runs without a sandbox\n";
         give_up_sandbox();
-    } else if (!sandbox_works()) {
+    } else if (!sandbox.get()) {
         return lacks("the page's sandbox does not work here; --no-web-sandbox goes on without one, "
                      "for pages that you trust");
     }

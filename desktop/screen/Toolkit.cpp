@@ -1,6 +1,7 @@
 #include "desktop/screen/Toolkit.h"
 
 #include <gtk/gtk.h>
+#include <clocale>
 #include <malloc.h>
 
 #ifdef __SANITIZE_ADDRESS__
@@ -30,7 +31,7 @@ namespace
 constexpr int frame_memory = 16 * 1024 * 1024;
 } // namespace
 
-bool start_toolkit()
+void prepare_toolkit()
 {
     // GTK's search for a graphics card stays on all the same: without it WebKit draws in a way that leaves trails
     // behind what moves on a transparent page.
@@ -39,6 +40,14 @@ bool start_toolkit()
     // it to the kernel each time, which costs more than the drawing.
     mallopt(M_MMAP_THRESHOLD, frame_memory);
     mallopt(M_TRIM_THRESHOLD, 2 * frame_memory);
+    // GTK would do so later, under the feet of the other threads.
+    std::setlocale(LC_ALL, "");
+    gtk_disable_setlocale();
+}
+
+bool start_toolkit()
+{
+    prepare_toolkit();
 #ifdef __SANITIZE_ADDRESS__
     // What a graphics driver takes is lost sight of when it is unloaded.
     const __lsan::ScopedDisabler drivers_own;
