@@ -125,6 +125,21 @@ def open_to_frame(reader, program, folder, ad, area):
     return (seen["first"] - Asked.first["/bars.mp4"]) * 1000
 
 
+def tracker_delays(program, folder, seconds):
+    """Milliseconds from the decision to send a tracker to its arrival at a server, over the demo ad."""
+    trace = folder / "trace.jsonl"
+    sandbox = subprocess.run([HERE.parent / "tools" / "web_sandbox_option.sh"], capture_output=True, text=True)
+    subprocess.run([program, "play", *sandbox.stdout.split(), "--mute-output", "--trace", trace, "--for", str(seconds),
+                    HERE.parent / "examples" / "demo" / "ad.json"], check=True, stderr=subprocess.DEVNULL)
+    sent, delays = {}, []
+    for line in map(json.loads, trace.read_text().splitlines()):
+        if line["what"] == "request" and line["for"] == "tracking":
+            sent["/" + line["url"].split("/", 3)[3]] = line["t"]
+        elif line["what"] == "hit":
+            delays.append((line["t"] - sent.pop(line["url"])) * 1000)
+    return delays
+
+
 def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("qoro_ad")
@@ -144,6 +159,9 @@ def main():
         video_only = dict(common, name="video")
         with_page = dict(common, name="page", strWebViewUrl="page.html")
 
+        paused = folder / "paused.json"
+        paused.write_text('[{"at": 1, "touch": [187, 149]}]')
+
         sink = "videoscale ! video/x-raw,width={},height={} ! videoconvert ! ximagesink"
         mpv = ["mpv", "--no-config", "--no-border", "--no-keepaspect-window", "--no-osc", "--osd-level=0", "--ao=null",
                "--vo=x11", "--hwdec=no"]
@@ -157,12 +175,13 @@ def main():
             "mpv turned": ([*mpv, "--video-rotate=90", "--geometry=375x812+0+0", clip], None),
             "mpv full": ([*mpv, "--geometry=812x375+0+0", clip], screen),
             "qoro-ad full": (qoro(options.qoro_ad, folder, dict(video_only), "--orientation", "3"), screen),
+            "qoro-ad paused": (qoro(options.qoro_ad, folder, dict(video_only), "--steps", str(paused)), None),
         }
         medians = {}
         for run in range(options.runs):
             for label, (command, area) in players.items():
                 if area is None:
-                    # A turned picture carries its bar code upright at the right edge: only its cost is judged.
+                    # A turned picture has its bar code upright, a paused one says nothing: only the cost is judged.
                     player = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                               start_new_session=True)
                     time.sleep(2)
@@ -193,6 +212,9 @@ def main():
         opened = statistics.median(open_to_frame(options.frame_reader, options.qoro_ad, folder, video_only, band)
                                    for _ in range(options.runs))
         print(f"opened in a running program, to the first frame: {opened:.0f} ms")
+        delays = tracker_delays(options.qoro_ad, folder, 16)
+        print(f"{len(delays)} trackers, from the decision to the server: median {statistics.median(delays):.1f} ms, "
+              f"longest {max(delays):.1f} ms")
         print(f"first frame against mpv:            "
               f"{medians['qoro-ad band']['first_ms'] / medians['mpv band']['first_ms']:.2f}")
 

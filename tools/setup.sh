@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs what is missing of Debian's packages: tools/setup.sh play | test
+# Installs what is missing of Debian's packages: tools/setup.sh play | test | bench
 # Says what it installs before it does; installs nothing, and says nothing, when everything is there.
 set -eu
 
@@ -8,15 +8,17 @@ build="g++ cmake ninja-build ccache pkg-config git
     libgtk-4-dev libwebkitgtk-6.0-dev libsoup-3.0-dev libpulse-dev
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev"
 run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
-    gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap glib-networking
+    gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap xdg-dbus-proxy glib-networking
     xvfb dbus"
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg clang-format"
+bench="libbenchmark-dev libx11-dev libxext-dev mpv gstreamer1.0-plugins-base-apps ffmpeg python3"
 
 case "${1-}" in
 play) wanted="$build $run" ;;
 test) wanted="$build $run $test" ;;
+bench) wanted="$build $run $bench" ;;
 *)
-    echo "usage: tools/setup.sh play | test" >&2
+    echo "usage: tools/setup.sh play | test | bench" >&2
     exit 2
     ;;
 esac
