@@ -17,7 +17,7 @@ namespace qoro
 
 class Mailbox;
 
-/// A player over GStreamer, for http and https addresses and files. A video from a server is kept in memory as it comes
+/// A player over GStreamer, for http and https addresses and files. A video from a server is kept as it comes
 /// in, so a replay asks for nothing again; one from a file never lacks data.
 class GstPlayer : public PlayerEngine, public PictureSource, private Pipeline::Listener
 {

@@ -16,6 +16,7 @@
 #include <cmath>
 #include <condition_variable>
 #include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <string_view>
@@ -30,8 +31,8 @@ constexpr const char* UserAgent = "QoroVideoAd/0.1";
 /// Seconds without a byte after which a server is given up on, and how often it is asked again.
 constexpr guint ServerTimeOut = 10;
 constexpr int ServerRetries = 1;
-/// Bytes of a video that are kept, so that a replay or a seek asks no server again.
-constexpr guint64 KeptBytes = 16 << 20;
+/// All bytes of a video are kept, so that a replay or a seek asks no server again; a server that sends more is refused.
+constexpr std::uint64_t MostBytes = 1'000'000'000;
 /// Seconds of a video from a server that have to lie ready before it starts, or goes on after a lack of data; counted
 /// in bytes, by the video's own rate.
 constexpr double ReadyTime = 2.0;
@@ -114,6 +115,8 @@ struct Pipeline::Core {
     GstElement* source = nullptr;
     /// Keeps what a server has sent; null for a file.
     GstElement* keeper = nullptr;
+    /// What the source has sent, in bytes.
+    std::atomic<std::uint64_t> received = 0;
     /// Bytes a second.
     double rate = UsualRate;
     /// The duration in seconds, 0 before it is known.
@@ -128,6 +131,8 @@ struct Pipeline::Core {
     /// Everything that the source has was read.
     std::atomic<bool> complete;
     std::atomic<double> pixel_rate = 0;
+    /// Every stream of the video has its sink.
+    std::atomic<bool> streams_known = false;
 
     // The worker.
     void work();
@@ -168,7 +173,10 @@ struct Pipeline::Core {
     static void on_all_pads(GstElement*, gpointer core);
     static gboolean on_kind(GstElement*, GstPad*, GstCaps* caps, gpointer core);
     static void on_element(GstBin*, GstBin*, GstElement* element, gpointer core);
+    static void on_file(GstElement* keeper, GParamSpec*, gpointer);
     static GstPadProbeReturn on_source_event(GstPad*, GstPadProbeInfo* info, gpointer core);
+    static GstPadProbeReturn on_source_query(GstPad*, GstPadProbeInfo* info, gpointer);
+    static GstPadProbeReturn on_source_data(GstPad*, GstPadProbeInfo* info, gpointer core);
     static GstFlowReturn on_preroll(GstAppSink* sink, gpointer core);
     static GstFlowReturn on_sample(GstAppSink* sink, gpointer core);
 };
@@ -257,7 +265,8 @@ void Pipeline::Core::work()
         } else {
             duration = seconds(length);
             gint64 size = 0;
-            if (gst_element_query_duration(source, GST_FORMAT_BYTES, &size) && size > 0)
+            if ((gst_element_query_duration(source, GST_FORMAT_BYTES, &size) && size > 0) ||
+                (complete && (size = static_cast<gint64>(received.load())) > 0))
                 rate = static_cast<double>(size) / duration;
             watch_data(false);
             mailbox->post([this] { listener.loaded(duration); });
@@ -294,15 +303,20 @@ bool Pipeline::Core::open()
         if (!keeper)
             return false;
         g_object_set(source, "user-agent", UserAgent, "timeout", ServerTimeOut, "retries", ServerRetries, nullptr);
-        g_object_set(keeper, "ring-buffer-max-size", KeptBytes, "max-size-bytes", static_cast<guint>(KeptBytes),
-                     "max-size-buffers", 0U, "max-size-time", G_GUINT64_CONSTANT(0), nullptr);
+        // In a file: its ring of memory writes past the reader's buffer when a server is done while a read jumps.
+        const std::string file = (std::filesystem::temp_directory_path() / "qoro-video-XXXXXX").string();
+        g_object_set(keeper, "temp-template", file.c_str(), "max-size-buffers", 0U, "max-size-bytes", 0U,
+                     "max-size-time", G_GUINT64_CONSTANT(0), nullptr);
+        g_signal_connect(keeper, "notify::temp-location", G_CALLBACK(on_file), nullptr);
         gst_element_link(source, keeper);
         before_decoder = keeper;
         GstPad* entry = gst_element_get_static_pad(keeper, "sink");
         gst_pad_add_probe(entry, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_source_event, this, nullptr);
+        gst_pad_add_probe(entry, GST_PAD_PROBE_TYPE_BUFFER, on_source_data, this, nullptr);
         gst_object_unref(entry);
         GstPad* exit = gst_element_get_static_pad(keeper, "src");
         server_wait.watch(exit);
+        gst_pad_add_probe(exit, GST_PAD_PROBE_TYPE_QUERY_UPSTREAM, on_source_query, nullptr, nullptr);
         gst_object_unref(exit);
     }
     gst_element_link(before_decoder, decoder);
@@ -330,9 +344,13 @@ bool Pipeline::Core::settle(unsigned for_seek)
     while (!wanted_otherwise(for_seek)) {
         const GstStateChangeReturn state =
             gst_element_get_state(pipeline, nullptr, nullptr, std::chrono::nanoseconds(Glance).count());
-        if (state == GST_STATE_CHANGE_SUCCESS || state == GST_STATE_CHANGE_NO_PREROLL)
+        const bool still = state == GST_STATE_CHANGE_SUCCESS || state == GST_STATE_CHANGE_NO_PREROLL;
+        if (still && streams_known)
             return true;
         std::unique_lock lock(mutex);
+        // Taken up again after a fault, the pipeline calls itself settled while its streams are still looked for.
+        if (still)
+            wishes_changed.wait_for(lock, Glance, [this] { return closing || failed || streams_known.load(); });
         // The fault that breaks off the change of state is told just after that.
         if (state == GST_STATE_CHANGE_FAILURE)
             wishes_changed.wait_for(lock, Glance, [this] { return closing || failed || !source_failure.empty(); });
@@ -578,6 +596,38 @@ GstPadProbeReturn Pipeline::Core::on_source_event(GstPad*, GstPadProbeInfo* info
     return GST_PAD_PROBE_OK;
 }
 
+// A source of bytes that does not know its size answers that its time is unknown, and is believed before the video.
+GstPadProbeReturn Pipeline::Core::on_source_query(GstPad*, GstPadProbeInfo* info, gpointer)
+{
+    GstQuery* query = GST_PAD_PROBE_INFO_QUERY(info);
+    GstFormat format = GST_FORMAT_UNDEFINED;
+    if (GST_QUERY_TYPE(query) == GST_QUERY_DURATION)
+        gst_query_parse_duration(query, &format, nullptr);
+    return format == GST_FORMAT_TIME ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
+}
+
+GstPadProbeReturn Pipeline::Core::on_source_data(GstPad*, GstPadProbeInfo* info, gpointer core)
+{
+    Core& self = *static_cast<Core*>(core);
+    self.received += gst_buffer_get_size(GST_PAD_PROBE_INFO_BUFFER(info));
+    if (self.received <= MostBytes)
+        return GST_PAD_PROBE_OK;
+    self.fail("it is larger than 1 GB");
+    return GST_PAD_PROBE_DROP;
+}
+
+// The file is used by its descriptor alone; without a name it goes with this program, however that ends.
+void Pipeline::Core::on_file(GstElement* keeper, GParamSpec*, gpointer)
+{
+    gchar* file = nullptr;
+    g_object_get(keeper, "temp-location", &file, nullptr);
+    if (file) {
+        std::error_code no_matter;
+        std::filesystem::remove(file, no_matter);
+    }
+    g_free(file);
+}
+
 void Pipeline::Core::add_stream(GstPad* pad)
 {
     GstCaps* caps = gst_pad_get_current_caps(pad);
@@ -595,6 +645,9 @@ void Pipeline::Core::on_all_pads(GstElement*, gpointer core)
     Core& self = *static_cast<Core*>(core);
     if (!self.picture_sink && !self.sound)
         self.fail("it is no video");
+    std::scoped_lock lock(self.mutex);
+    self.streams_known = true;
+    self.wishes_changed.notify_all();
 }
 
 void Pipeline::Core::add_picture(GstPad* pad)
