@@ -1,5 +1,5 @@
-// What the controller itself costs, on the simulated platform: time and number of allocations for one pass of each layout,
-// one tick, one event to the script; and whole sessions a second, with and without their trace.
+// What the controller itself costs, on the simulated platform: time and number of allocations for one pass of each
+// layout, one tick, one event to the script; and whole sessions a second, with and without their trace.
 
 #include "session/Session.h"
 #include "session/Trace.h"

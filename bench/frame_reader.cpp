@@ -1,5 +1,5 @@
-// Judges any video player from outside: reads the number that each frame of bench's clip carries as a bar code from the X
-// server's picture, and says when each was first seen.
+// Judges any video player from outside: reads the number that each frame of bench's clip carries as a bar code from the
+// X server's picture, and says when each was first seen.
 //
 //   frame_reader X Y WIDTH HEIGHT SECONDS
 //

@@ -1,10 +1,11 @@
-// How well a repeating timer of the desktop's main loop keeps its grid, beside GLib's own repeating time-out in the same
-// loop:
+// How well a repeating timer of the desktop's main loop keeps its grid, beside GLib's own repeating time-out in the
+// same loop:
 //
 //   timer_bench [SECONDS [VIDEO]]
 //
-// SECONDS (30 unless told): how long both fire every 100 ms. VIDEO: the path of a file that plays meanwhile, at 375x211.
-// Prints for each the lateness against start + n × interval (median and 99th percentile) and the drift at the end.
+// SECONDS (30 unless told): how long both fire every 100 ms. VIDEO: the path of a file that plays meanwhile, at
+// 375x211. Prints for each the lateness against start + n × interval (median and 99th percentile) and the drift at the
+// end.
 
 #include "desktop/GlibLoop.h"
 #include "desktop/media/GstPlayer.h"
@@ -65,9 +66,9 @@ int main(int argc, char** argv)
     Quiet quiet;
     std::unique_ptr<qoro::GstPlayer> player;
     if (argc > 2) {
-        player = std::make_unique<qoro::GstPlayer>(
-            qoro::NSURL::fileURLWithPath(argv[2]), quiet, loop,
-            qoro::GstPlayer::Options{.on_failure = {}, .volume = {}, .silent = true});
+        player =
+            std::make_unique<qoro::GstPlayer>(qoro::NSURL::fileURLWithPath(argv[2]), quiet, loop,
+                                              qoro::GstPlayer::Options{.on_failure = {}, .volume = {}, .silent = true});
         player->set_picture_size(375, 211);
         player->on_frame = [&] { player->latest_frame(); };
         player->play();

@@ -21,8 +21,8 @@ enum CloseButtonSize : std::int32_t { SMALL = 1, BIG = 2 };
 
 /// The description of one video ad: where the video lies, how it is laid out, which controls it shows, when it may be
 /// closed, and which addresses are fetched for which event. The kit fills it; the controller keeps one reference and
-/// reads each property at the moment of use, so that a change takes effect at the next reading. What is absent is a null
-/// text, a null list or a zero. Addresses are texts as received.
+/// reads each property at the moment of use, so that a change takes effect at the next reading. What is absent is a
+/// null text, a null list or a zero. Addresses are texts as received.
 class QoroVideoAd : public Object
 {
 public:
@@ -97,8 +97,8 @@ public:
     NSArray arrayMuteTrackingUrls;
     NSArray arrayUnmuteTrackingUrls;
     NSArray arrayCloseTrackingUrls;
-    /// Whole seconds at which the video pauses by itself; 0 is none. Absent and empty differ: an empty list keeps the fine
-    /// tick.
+    /// Whole seconds at which the video pauses by itself; 0 is none. Absent and empty differ: an empty list keeps the
+    /// fine tick.
     NSArray arrayPrePauseLocations;
     /// Milestone ("start", "firstQuartile", "midpoint", "thirdQuartile", "complete") → list of addresses.
     NSDictionary dicTrackingUrls;

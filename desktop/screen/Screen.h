@@ -106,7 +106,7 @@ private:
     unsigned tick_ = 0;
     /// A change waits for the next picture of the video, for so long.
     unsigned patience_ = 0;
-    std::int64_t last_picture_ = 0; // GLib's monotonic time, µs; 0 before the first
+    std::int64_t last_picture_ = 0;                   // GLib's monotonic time, µs; 0 before the first
     std::unordered_map<std::uint64_t, Layer> layers_; // by the view's serial
     std::vector<Layer*> from_below_;                  // those that are shown
 

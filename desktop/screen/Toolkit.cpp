@@ -1,7 +1,7 @@
 #include "desktop/screen/Toolkit.h"
 
-#include <gtk/gtk.h>
 #include <clocale>
+#include <gtk/gtk.h>
 #include <malloc.h>
 
 #ifdef __SANITIZE_ADDRESS__

@@ -63,9 +63,9 @@ TEST(PlayDemo, ASessionUnderThePointerSendsEachTrackerOnceWithItsMacrosExpanded)
     ad.click(25, 69);
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
 
-    for (const std::string path : {"/t/start?at=", "/t/firstQuartile?at=", "/t/midpoint?at=", "/t/thirdQuartile?at=",
-                                   "/t/complete?of=", "/t/progress/3?at=", "/t/progress/8?at=", "/t/pause?at=",
-                                   "/t/resume?at=", "/t/close?at="})
+    for (const std::string path :
+         {"/t/start?at=", "/t/firstQuartile?at=", "/t/midpoint?at=", "/t/thirdQuartile?at=", "/t/complete?of=",
+          "/t/progress/3?at=", "/t/progress/8?at=", "/t/pause?at=", "/t/resume?at=", "/t/close?at="})
         EXPECT_EQ(ad.hits_of(path), 1) << path;
     EXPECT_EQ(ad.hits_of("/t/replay"), 0);
     EXPECT_EQ(ad.hits_of("/t/heartbeat"), 0) << "milestones take the heartbeat's place";
