@@ -13,8 +13,6 @@ namespace qoro
 
 namespace
 {
-constexpr std::size_t LargestFile = 64u << 20;
-
 struct Close {
     void operator()(std::FILE* file) const
     {
@@ -33,7 +31,7 @@ std::string read_input_file(const std::string& path)
     std::array<char, 65536> piece;
     while (const std::size_t length = std::fread(piece.data(), 1, piece.size(), file.get())) {
         text.append(piece.data(), length);
-        if (text.size() > LargestFile)
+        if (text.size() > LargestInput)
             throw InputError(path, "", "larger than 64 MiB");
     }
     if (std::ferror(file.get()))

@@ -1,8 +1,10 @@
-#include "app/InputFile.h"
+#include "app/Simulate.h"
+#include "session/InputError.h"
+
+#ifdef QORO_DESKTOP
 #include "app/Play.h"
 #include "app/PlayOptions.h"
-#include "session/InputError.h"
-#include "simulator/Simulation.h"
+#endif
 
 #include <CLI/CLI.hpp>
 
@@ -22,14 +24,6 @@ extern "C" const char* __asan_default_options()
 namespace
 {
 constexpr int UnusableInput = 2;
-
-int simulate_file(const std::string& file)
-{
-    const qoro::Scenario scenario = qoro::read_scenario(qoro::read_input_file(file), file);
-    qoro::simulate(scenario, qoro::TraceFormat::Json, [](std::string_view line) { std::cout << line; });
-    std::cout.flush();
-    return 0;
-}
 
 int refuse(const std::string& complaint)
 {
@@ -52,15 +46,13 @@ int main(int argc, char** argv)
     CLI::App app("Plays and simulates full-screen video ads.", "qoro-ad");
     app.require_subcommand(1);
 
-    qoro::PlayOptions options;
-    CLI::App* play = app.add_subcommand("play", "Play an ad in a window");
-    qoro::add_play_options(*play, options);
-
-    std::string scenario;
-    CLI::App* simulate = app.add_subcommand("simulate", "Run an ad session in virtual time and print its trace");
-    simulate->add_option("scenario", scenario, "The session: a JSON file; - for standard input")
-        ->type_name("SCENARIO.json")
-        ->required();
+#ifdef QORO_DESKTOP
+    qoro::PlayOptions play_options;
+    CLI::App* const play = app.add_subcommand("play", "Play an ad in a window");
+    qoro::add_play_options(*play, play_options);
+#endif
+    qoro::SimulateOptions simulate_options;
+    qoro::add_simulate_options(*app.add_subcommand("simulate"), simulate_options);
 
     try {
         app.parse(argc, argv);
@@ -71,7 +63,11 @@ int main(int argc, char** argv)
     }
 
     try {
-        return play->parsed() ? qoro::play(options) : simulate_file(scenario);
+#ifdef QORO_DESKTOP
+        if (play->parsed())
+            return qoro::play(play_options);
+#endif
+        return qoro::simulate_command(simulate_options);
     } catch (const qoro::InputError& error) {
         return refuse(error.what());
     } catch (const std::exception& error) {

@@ -34,6 +34,8 @@ public:
 
     /// The host's controller; null once it was released.
     const std::shared_ptr<QoroVideoWebViewController>& controller() const { return controller_; }
+    /// The host's own window.
+    const UIWindow& host_window() const { return host_window_; }
     /// The controller as long as anything keeps it.
     std::shared_ptr<QoroVideoWebViewController> living() const { return living_.lock(); }
 

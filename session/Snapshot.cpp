@@ -283,7 +283,7 @@ NSDictionary describe(const ViewNode& view, const Controller& controller)
     if (view.kind == ViewNode::Kind::Button)
         looks.setObject(target_names(view.targets), "targets");
     if (view.kind == ViewNode::Kind::CountDown)
-        looks.setObject(view.seconds, "seconds");
+        looks.setObject(value_of(static_cast<float>(view.seconds)), "seconds");
     if (view.kind == ViewNode::Kind::Window) {
         looks.setObject(view.window_level, "level");
         looks.setObject(view.key_window, "key");

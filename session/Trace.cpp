@@ -31,10 +31,12 @@ constexpr std::array Concerns{
 };
 
 /// Events whose kind their fields alone don't say.
-constexpr std::array<std::string_view, 7> SaidByName{"volume", "openURL",  "fetch", "device",
-                                                     "page",   "released", "return"};
-/// Fields that hold an event's own words.
-constexpr std::array<std::string_view, 6> Words{"do", "event", "name", "message", "url", "command"};
+constexpr std::array<std::string_view, 5> SaidByName{"volume", "openURL", "fetch", "released", "return"};
+/// Fields that hold an event's own words, in the order in which they are said: "tracking http://t/start".
+constexpr std::array<std::string_view, 7> Words{"do", "event", "name", "message", "command", "for", "url"};
+
+/// The kit's log levels, from 0.
+constexpr std::array<std::string_view, 5> LogLevels{"debug", "info", "warning", "error", "note"};
 
 constexpr std::size_t TimeWidth = 10;
 constexpr std::size_t WhomWidth = 12;
@@ -80,6 +82,17 @@ void append_field(std::string& line, const Field& field, std::size_t longest)
         --end;
     line.resize(end);
     line += "…";
+}
+
+/// The name of a log line's level; empty for any other field.
+std::string_view log_level(std::string_view what, const Field& field)
+{
+    const auto* level = std::get_if<std::int64_t>(&field.content);
+    if (what != "log" || field.key != "level" || !level)
+        return "";
+    return *level >= 0 && static_cast<std::size_t>(*level) < LogLevels.size()
+               ? LogLevels[static_cast<std::size_t>(*level)]
+               : "";
 }
 
 /// A snapshot is many lines: one a group, and one a view.
@@ -154,9 +167,10 @@ void Trace::write_text(std::int64_t microseconds, std::string_view what, std::in
         line_ += what;
     }
     // First the event's own words, then what they are about. What is null says nothing.
-    for (const Field& field : fields) {
-        const auto* text = std::get_if<std::string_view>(&field.content);
-        if (!text || !contains(Words, field.key))
+    for (const std::string_view word : Words) {
+        const auto* field = std::ranges::find(fields, word, &Field::key);
+        const auto* text = field == fields.end() ? nullptr : std::get_if<std::string_view>(&field->content);
+        if (!text)
             continue;
         separate();
         append_words(line_, *text);
@@ -168,7 +182,11 @@ void Trace::write_text(std::int64_t microseconds, std::string_view what, std::in
         if (is_word || is_null)
             continue;
         separate();
-        append_field(line_, field, LongestField);
+        const std::string_view level = log_level(what, field);
+        if (level.empty())
+            append_field(line_, field, LongestField);
+        else
+            line_.append("(").append(level).append(")");
     }
 }
 

@@ -22,7 +22,9 @@ const NetAnswer& find(const World& world, const std::string& address)
 void SimulatedNet::fetch(const std::string& address, std::function<void(FetchAnswer)> answer)
 {
     const NetAnswer& named = find(world_, address);
-    loop_.after(to_microseconds(named.after), [answer = std::move(answer), address, &named] {
+    ++pending_;
+    loop_.after(to_microseconds(named.after), [this, answer = std::move(answer), address, &named] {
+        --pending_;
         answer({named.ok, named.error, named.body, address});
     });
 }

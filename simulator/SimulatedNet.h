@@ -3,6 +3,8 @@
 #include "platform/Ports.h"
 #include "session/World.h"
 
+#include <cstddef>
+
 namespace qoro
 {
 
@@ -20,11 +22,14 @@ public:
 
     /// How long a real main thread would have waited for synchronous fetches.
     double blocked_seconds() const { return blocked_seconds_; }
+    /// How many requests wait for their answer.
+    std::size_t pending() const { return pending_; }
 
 private:
     VirtualLoop& loop_;
     const World& world_;
     double blocked_seconds_ = 0;
+    std::size_t pending_ = 0;
 };
 
 /// Holds the copies that the world says.

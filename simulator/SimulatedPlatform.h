@@ -10,6 +10,9 @@
 #include "simulator/SimulatedWebEngine.h"
 #include "simulator/VirtualLoop.h"
 
+#include <functional>
+#include <utility>
+
 namespace qoro
 {
 
@@ -36,6 +39,9 @@ public:
     /// @param seconds since the start
     void run_until(double seconds) { loop_.run_until(to_microseconds(seconds)); }
 
+    /// Calls back, inside whatever is running, when something that could be seen has changed; null for no longer.
+    void on_display_change(std::function<void()> changed) { display_.changed = std::move(changed); }
+
     void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) override;
     void change_device(const DeviceChange& change) override;
     void leave_app() override { players_.leave_app(); }
@@ -43,7 +49,12 @@ public:
 private:
     /// Nothing is drawn.
     struct NoDisplay final : Display {
-        void needs_display() override {}
+        std::function<void()> changed;
+        void needs_display() override
+        {
+            if (changed)
+                changed();
+        }
     };
 
     const World world_;

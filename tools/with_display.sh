@@ -21,4 +21,6 @@ DISPLAY=":$(cat "$scratch/display")"
 export DISPLAY
 unset WAYLAND_DISPLAY
 export GDK_BACKEND=x11
+# No assistive technology reads the windows of this server.
+export GTK_A11Y=none
 dbus-run-session -- "$@"

@@ -5,6 +5,7 @@
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <stdexcept>
 #include <sys/wait.h>
@@ -30,6 +31,50 @@ std::string words_of(const std::string& path)
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
+}
+
+struct Process {
+    int id = 0;
+    std::string name;
+    /// Z for one that has ended and only waits for its parent to ask.
+    char state = 0;
+    int parent = 0;
+    int group = 0;
+};
+
+std::vector<Process> all_processes()
+{
+    std::vector<Process> found;
+    for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
+        const std::string line = words_of((entry.path() / "stat").string());
+        // Number, name in parentheses (which may hold anything), state, parent, group.
+        const std::size_t name = line.find('(');
+        const std::size_t end = line.rfind(')');
+        if (name == std::string::npos || end == std::string::npos)
+            continue;
+        Process process{.id = std::stoi(line), .name = line.substr(name + 1, end - name - 1)};
+        std::istringstream(line.substr(end + 1)) >> process.state >> process.parent >> process.group;
+        found.push_back(process);
+    }
+    return found;
+}
+
+/// Of a program: itself first, then whatever stands in its group, and everything that these have started.
+std::vector<Process> family_of(int program)
+{
+    const std::vector<Process> all = all_processes();
+    std::set<int> family{program};
+    for (std::size_t before = 0; before != family.size();) {
+        before = family.size();
+        for (const Process& process : all)
+            if (process.group == program || family.contains(process.parent))
+                family.insert(process.id);
+    }
+    std::vector<Process> members;
+    for (const Process& process : all)
+        if (process.state != 'Z' && family.contains(process.id))
+            members.insert(process.id == program ? members.begin() : members.end(), process);
+    return members;
 }
 
 int start(const std::vector<std::string>& command, const std::string& output, const std::string& errors)
@@ -100,6 +145,28 @@ void PlayedAd::photograph(const std::string& png)
 {
     run({"ffmpeg", "-loglevel", "error", "-y", "-f", "x11grab", "-video_size", "1280x1024", "-i",
          std::getenv("DISPLAY"), "-frames:v", "1", png});
+}
+
+void PlayedAd::terminate()
+{
+    kill(process_, SIGTERM);
+}
+
+bool PlayedAd::kill_page_process()
+{
+    // The kernel keeps fifteen letters of a name.
+    for (const Process& process : family_of(process_))
+        if (process.name == "WebKitWebProces")
+            return kill(process.id, SIGKILL) == 0;
+    return false;
+}
+
+std::vector<int> PlayedAd::processes() const
+{
+    std::vector<int> ids;
+    for (const Process& process : family_of(process_))
+        ids.push_back(process.id);
+    return ids;
 }
 
 nlohmann::json PlayedAd::wait_for(const std::function<bool(const nlohmann::json&)>& fits, double seconds)

@@ -9,8 +9,8 @@
 namespace qoro::test
 {
 
-/// `qoro-ad play` as a viewer meets it: the program itself on the X server of the test, driven with a real pointer and real
-/// keys, and heard through its trace.
+/// `qoro-ad play` as a viewer meets it: the program itself on the X server of the test, driven with a real pointer and
+/// real keys, and heard through its trace.
 class PlayedAd
 {
 public:
@@ -31,10 +31,16 @@ public:
     /// Takes a picture of the X server's screen into a file.
     void photograph(const std::string& png);
 
+    /// Asks the program to end, as the system does.
+    void terminate();
+    /// Kills the process that shows the page.
+    /// @return false when there is none
+    bool kill_page_process();
+
     // ---------------------------------------------------------------------------------------------- what is to be seen
 
-    /// Waits for a line of the trace, and gives the first one that fits; a null one when none came within the seconds, or
-    /// the program ended without one.
+    /// Waits for a line of the trace, and gives the first one that fits; a null one when none came within the seconds,
+    /// or the program ended without one.
     nlohmann::json wait_for(const std::function<bool(const nlohmann::json&)>& fits, double seconds = 20);
     /// Waits for an event to the script.
     bool hears(const std::string& event, double seconds = 20);
@@ -48,6 +54,8 @@ public:
     std::vector<nlohmann::json> trace();
     /// Waits for the program's end: its exit status, −1 when it did not end in time or was killed.
     int exit_status(double seconds = 20);
+    /// The numbers of the program's process, first, and of all that it has started, as far as they still run.
+    std::vector<int> processes() const;
     /// What it wrote to standard error.
     std::string complaints() const;
     const std::string& folder() const { return folder_; }

@@ -83,6 +83,14 @@ TEST(Snapshot, ShowsTheSecondsOfTheCountdown)
     EXPECT_EQ(in_snapshot(trace, "/views/btnClose/seconds"), "absent");
 }
 
+TEST(Snapshot, ShowsTheSecondsOfTheCountdownWithNoMoreDigitsThanTheyHave)
+{
+    const Lines trace = manual_run(R"({"open": 0}, {"at": 1, "player": {"duration": 30, "load": 1}},
+                                      {"at": 1, "player": {"state": 1}}, {"at": 1.15, "snapshot": true})");
+
+    EXPECT_EQ(in_snapshot(trace, "/views/countDownView/seconds"), "4.9");
+}
+
 TEST(Snapshot, ShowsATurnedViewsAngleAndUprightBox)
 {
     const Lines trace =

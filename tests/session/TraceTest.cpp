@@ -58,13 +58,30 @@ TEST_F(TraceTest, AReadableLineSaysTimeWhomAndWhat)
                      }));
 }
 
+TEST_F(TraceTest, AReadableLineSaysWhatAnAddressIsForAndHowGraveALogLineIs)
+{
+    Trace trace = make(TraceFormat::Text);
+
+    trace.tell("request", {{"url", "http://t/start"}, {"for", "tracking"}});
+    trace.tell("fetch", {{"url", "http://ad/icon.png"}, {"for", "brandIcon"}});
+    trace.tell("device", {{"orientation", 1}});
+    trace.tell("log", {{"level", 4}, {"message", "Time's up"}});
+
+    EXPECT_EQ(lines, (std::vector<std::string>{
+                         "     0.000  network     tracking  http://t/start\n",
+                         "     0.000  network     fetch  brandIcon  http://ad/icon.png\n",
+                         "     0.000  device      orientation 1\n",
+                         "     0.000  log         Time's up  (note)\n",
+                     }));
+}
+
 TEST_F(TraceTest, AReadableLineStaysOneLineWhateverItsText)
 {
     Trace trace = make(TraceFormat::Text);
 
     trace.tell("log", {{"level", 1}, {"message", "one\ntwo"}});
 
-    EXPECT_EQ(lines[0], "     0.000  log         one two  level 1\n");
+    EXPECT_EQ(lines[0], "     0.000  log         one two  (info)\n");
 }
 
 TEST_F(TraceTest, AReadableLineCutsALongFieldBetweenCharacters)

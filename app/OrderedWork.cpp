@@ -1,0 +1,77 @@
+#include "app/OrderedWork.h"
+
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+/// Enough that a long piece of work does not leave the other threads idle.
+constexpr std::size_t TasksPerThread = 8;
+} // namespace
+
+OrderedWork::OrderedWork(unsigned threads, LineSink write, std::function<void(const std::string&)> finished)
+    : write_(std::move(write)), finished_(std::move(finished)), most_tasks_(threads * TasksPerThread)
+{
+    if (threads < 2)
+        return;
+    for (unsigned i = 0; i < threads; ++i)
+        threads_.emplace_back([this] { serve(); });
+}
+
+OrderedWork::~OrderedWork()
+{
+    {
+        const std::lock_guard lock(mutex_);
+        closed_ = true;
+    }
+    work_.notify_all();
+    for (std::thread& thread : threads_)
+        thread.join();
+}
+
+void OrderedWork::add(Work work)
+{
+    if (threads_.empty()) {
+        finished_(work(write_));
+        return;
+    }
+    auto task = std::make_shared<Task>();
+    task->work = std::move(work);
+    std::unique_lock lock(mutex_);
+    room_.wait(lock, [this] { return tasks_.size() < most_tasks_; });
+    tasks_.push_back(task);
+    waiting_.push_back(std::move(task));
+    work_.notify_one();
+}
+
+void OrderedWork::serve()
+{
+    std::unique_lock lock(mutex_);
+    while (true) {
+        work_.wait(lock, [this] { return closed_ || !waiting_.empty(); });
+        if (waiting_.empty())
+            return;
+        const std::shared_ptr<Task> task = std::move(waiting_.front());
+        waiting_.pop_front();
+        lock.unlock();
+        task->complaint = task->work([&task](std::string_view line) { task->output += line; });
+        task->work = nullptr;
+        lock.lock();
+        task->done = true;
+        write_what_is_done();
+    }
+}
+
+void OrderedWork::write_what_is_done()
+{
+    while (!tasks_.empty() && tasks_.front()->done) {
+        write_(tasks_.front()->output);
+        finished_(tasks_.front()->complaint);
+        tasks_.pop_front();
+        room_.notify_one();
+    }
+}
+
+} // namespace qoro

@@ -1,0 +1,293 @@
+#include "app/Simulate.h"
+
+#include "app/InputFile.h"
+#include "app/OrderedWork.h"
+#include "session/InputError.h"
+#include "session/JsonText.h"
+#include "simulator/Simulation.h"
+#include "simulator/Summary.h"
+
+#include <CLI/CLI.hpp>
+
+#include <algorithm>
+#include <atomic>
+#include <cerrno>
+#include <charconv>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr int UnusableInput = 2;
+constexpr unsigned MostJobs = 256;
+
+constexpr const char* Description = "Run whole ad sessions in virtual time and print what leaves the ad's controller";
+
+constexpr const char* Advice =
+    "A scenario is a JSON file: the ad, the device and host around it, what the network answers, and the steps that\n"
+    "the viewer takes. docs/simulator.md describes it key by key.\n\n"
+    "Examples:\n"
+    "  qoro-ad simulate session.json                        every event, a JSON object a line\n"
+    "  qoro-ad simulate session.json --format text          the same as a timeline to read\n"
+    "  qoro-ad simulate session.json --summary              the timeline, then trackers, times and leftovers\n"
+    "  qoro-ad simulate one.json two.json --jobs 2          several sessions, one after the other\n"
+    "  qoro-ad simulate --jsonl <many.jsonl >results.jsonl  a scenario a line in, a result a line out\n\n"
+    "Exit status: 0 every session ran; 2 a scenario or an option is not usable (one line on standard error says\n"
+    "which, where and what was expected; the other scenarios run all the same); 1 the output can't be written.\n"
+    "With --jsonl a scenario that is not usable gives {\"scenario\": n, \"error\": \"...\"}, and the status stays 0.\n";
+
+/// Standard output. What it can't take is told once, at the end.
+class Output
+{
+public:
+    void write(std::string_view text)
+    {
+        if (!failed() && std::fwrite(text.data(), 1, text.size(), stdout) != text.size())
+            error_ = errno;
+    }
+    void flush()
+    {
+        if (!failed() && std::fflush(stdout) != 0)
+            error_ = errno;
+    }
+    bool failed() const { return error_ != 0; }
+    void check() const
+    {
+        if (failed())
+            throw std::runtime_error(std::string("standard output: ") + std::strerror(error_));
+    }
+
+private:
+    std::atomic<int> error_ = 0;
+};
+
+/// What a piece of work complains of; nothing passes it.
+template <typename Work>
+std::string complaint_of(const std::string& name, Work&& work)
+{
+    try {
+        work();
+        return "";
+    } catch (const InputError& error) {
+        return error.what();
+    } catch (const std::exception& error) {
+        return name + ": " + error.what();
+    }
+}
+
+// -------------------------------------------------------------------------------------------------------------- files
+
+struct FileStyle {
+    TraceFormat format;
+    bool summary;
+    /// Whether each trace begins with its file's name.
+    bool named;
+};
+
+void write_header(const std::string& file, TraceFormat format, const LineSink& sink)
+{
+    std::string line;
+    if (format == TraceFormat::Text) {
+        line = "== " + file + " ==\n";
+    } else {
+        line = R"({"scenario":)";
+        append_json_text(line, file);
+        line += "}\n";
+    }
+    sink(line);
+}
+
+void write_summary(const Summary& summary, TraceFormat format, const LineSink& sink)
+{
+    std::string text;
+    if (format == TraceFormat::Text) {
+        text = "\n";
+        append_table(text, summary);
+    } else {
+        text = R"({"summary":)";
+        append_json(text, summary);
+        text += "}\n";
+    }
+    sink(text);
+}
+
+void run_file(const std::string& file, const FileStyle& style, const LineSink& sink)
+{
+    const Scenario scenario = read_scenario(read_input_file(file), file == "-" ? "stdin" : file);
+    if (style.named)
+        write_header(file, style.format, sink);
+    if (style.summary)
+        write_summary(simulate_and_sum_up(scenario, style.format, sink), style.format, sink);
+    else
+        simulate(scenario, style.format, sink);
+    if (style.named && style.format == TraceFormat::Text)
+        sink("\n");
+}
+
+int run_files(const SimulateOptions& options)
+{
+    const FileStyle style{.format = options.format.value_or(options.summary ? TraceFormat::Text : TraceFormat::Json),
+                          .summary = options.summary,
+                          .named = options.files.size() > 1};
+    Output output;
+    int status = 0;
+    {
+        OrderedWork work(
+            std::min<unsigned>(options.jobs, static_cast<unsigned>(options.files.size())),
+            [&output](std::string_view text) { output.write(text); },
+            [&](const std::string& complaint) {
+                output.flush();
+                if (complaint.empty())
+                    return;
+                std::cerr << "qoro-ad: " << complaint << '\n';
+                status = UnusableInput;
+            });
+        for (const std::string& file : options.files) {
+            if (output.failed())
+                break;
+            work.add([&](const LineSink& sink) { return complaint_of(file, [&] { run_file(file, style, sink); }); });
+        }
+    }
+    output.check();
+    return status;
+}
+
+// -------------------------------------------------------------------------------------------------------------- lines
+
+/// One line of standard input, without its end. One that is longer than any scenario is cut just beyond that.
+bool read_line(std::string& line)
+{
+    line.clear();
+    int c = EOF;
+    while ((c = getc_unlocked(stdin)) != EOF && c != '\n')
+        if (line.size() <= LargestInput)
+            line += static_cast<char>(c);
+    return c != EOF || !line.empty();
+}
+
+std::string simulated_line(const std::string& line, const std::string& name)
+{
+    if (line.size() > LargestInput)
+        throw InputError(name, "", "larger than 64 MiB");
+    const Scenario scenario = read_scenario(line, name);
+    std::string result = R"("trace":[)";
+    const Summary summary = simulate_and_sum_up(scenario, TraceFormat::Json, [&result](std::string_view event) {
+        if (result.back() != '[')
+            result += ',';
+        result += event.substr(0, event.size() - 1);
+    });
+    result += R"(],"summary":)";
+    append_json(result, summary);
+    return result;
+}
+
+/// A result, whatever the line holds.
+/// @param number of the line, from 1
+std::string result_of(const std::string& line, std::int64_t number)
+{
+    std::string result = R"({"scenario":)";
+    append_json(result, number);
+    result += ',';
+    const std::string name = "stdin line " + std::to_string(number);
+    std::string simulated;
+    const std::string complaint = complaint_of(name, [&] { simulated = simulated_line(line, name); });
+    if (complaint.empty()) {
+        result += simulated;
+    } else {
+        result += R"("error":)";
+        append_json_text(result, complaint);
+    }
+    result += "}\n";
+    return result;
+}
+
+int run_lines(const SimulateOptions& options)
+{
+    Output output;
+    {
+        OrderedWork work(
+            options.jobs, [&output](std::string_view text) { output.write(text); },
+            // Each result at once: whoever is at the other end of the pipe may wait for it before it sends more.
+            [&output](const std::string&) { output.flush(); });
+        std::string line;
+        for (std::int64_t number = 1; !output.failed() && read_line(line); ++number)
+            work.add([line, number](const LineSink& sink) {
+                sink(result_of(line, number));
+                return std::string();
+            });
+    }
+    output.check();
+    if (std::ferror(stdin))
+        throw InputError("stdin", "", std::strerror(errno));
+    return 0;
+}
+
+void check_options(const SimulateOptions& options)
+{
+    if (options.jsonl && !options.files.empty())
+        throw InputError("simulate", "",
+                         "--jsonl reads standard input: expected no file, got " + options.files.front());
+    if (options.jsonl && options.format == TraceFormat::Text)
+        throw InputError("simulate", "", "--jsonl writes JSON: expected no --format text");
+    if (!options.jsonl && options.files.empty())
+        throw InputError("simulate", "", "expected a SCENARIO.json, - for standard input, or --jsonl");
+    if (std::ranges::count(options.files, "-") > 1)
+        throw InputError("simulate", "", "expected - (standard input) once");
+}
+
+std::string check_format(const std::string& name)
+{
+    return name == "json" || name == "text" ? "" : "expected json or text, got \"" + name + "\"";
+}
+
+std::string check_jobs(const std::string& text)
+{
+    unsigned number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool good = error == std::errc() && end == text.data() + text.size() && number >= 1 && number <= MostJobs;
+    return good ? "" : "expected a whole number from 1 to " + std::to_string(MostJobs) + ", got \"" + text + "\"";
+}
+
+} // namespace
+
+void add_simulate_options(CLI::App& command, SimulateOptions& options)
+{
+    command.description(Description);
+    command.footer(Advice);
+    command.add_option("scenarios", options.files, "The sessions: JSON files; - for standard input")
+        ->type_name("SCENARIO.json");
+    command
+        .add_option_function<std::string>(
+            "--format",
+            [&options](const std::string& name) {
+                options.format = name == "text" ? TraceFormat::Text : TraceFormat::Json;
+            },
+            "The trace: an object a line, or a timeline to read; json unless there is a summary")
+        ->type_name("json|text")
+        ->check(CLI::Validator(check_format, ""));
+    command.add_flag("--summary", options.summary,
+                     "End with the trackers sent, the times, and what the ad left behind");
+    command.add_flag("--jsonl", options.jsonl,
+                     "A scenario a line on standard input gives a result a line: "
+                     R"({"scenario": n, "trace": [...], "summary": {...}})");
+    command.add_option("--jobs", options.jobs, "Sessions that run at a time; the output is the same to the byte")
+        ->type_name("N")
+        ->check(CLI::Validator(check_jobs, ""));
+}
+
+int simulate_command(const SimulateOptions& options)
+{
+    // As with any filter, a reader that goes away ends it.
+    std::signal(SIGPIPE, SIG_DFL);
+    check_options(options);
+    return options.jsonl ? run_lines(options) : run_files(options);
+}
+
+} // namespace qoro

@@ -1,0 +1,233 @@
+#include "simulator/SessionWatch.h"
+
+#include "session/AdAddresses.h"
+#include "session/Snapshot.h"
+#include "views/ViewNode.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// What a tracker is called for people, by the path of its entry in the ad.
+struct KindOfTracker {
+    std::string_view path;
+    std::string_view name;
+    /// Whether what follows in the path belongs to the name.
+    bool keyed = false;
+};
+constexpr std::array Kinds{
+    KindOfTracker{"/dicTrackingUrls/", "", true},        KindOfTracker{"/dicProgressTrackingUrls/", "progress ", true},
+    KindOfTracker{"/strVideoTrackingUrl", "heartbeat"},  KindOfTracker{"/arrayReplayTrackingUrls", "replay"},
+    KindOfTracker{"/arrayResumeTrackingUrls", "resume"}, KindOfTracker{"/arrayPauseTrackingUrls", "pause"},
+    KindOfTracker{"/arrayMuteTrackingUrls", "mute"},     KindOfTracker{"/arrayUnmuteTrackingUrls", "unmute"},
+    KindOfTracker{"/arrayCloseTrackingUrls", "close"},
+};
+constexpr std::string_view Buttons = "/arrayButtonsInfo/";
+
+std::string kind_of(std::string_view path)
+{
+    if (path.starts_with(Buttons)) {
+        const std::string_view index = path.substr(Buttons.size(), path.find('/', Buttons.size()) - Buttons.size());
+        return "button " + std::to_string(std::stoul(std::string(index)) + 1) + " click";
+    }
+    for (const KindOfTracker& kind : Kinds) {
+        if (!path.starts_with(kind.path))
+            continue;
+        std::string name(kind.name);
+        if (kind.keyed) // up to the index within the list
+            name += path.substr(kind.path.size(), path.rfind('/') - kind.path.size());
+        return name;
+    }
+    return std::string(path);
+}
+
+/// What stands between the macros ("{CurrentTime}") of an address.
+std::vector<std::string> between_macros(std::string_view url)
+{
+    std::vector<std::string> pieces;
+    while (true) {
+        const std::size_t begin = url.find('{');
+        const std::size_t end = begin == std::string_view::npos ? begin : url.find('}', begin);
+        if (end == std::string_view::npos)
+            break;
+        pieces.emplace_back(url.substr(0, begin));
+        url.remove_prefix(end + 1);
+    }
+    pieces.emplace_back(url);
+    return pieces;
+}
+
+bool fits(std::string_view url, const std::vector<std::string>& pieces)
+{
+    if (pieces.size() == 1)
+        return url == pieces.front();
+    if (!url.starts_with(pieces.front()))
+        return false;
+    url.remove_prefix(pieces.front().size());
+    for (std::size_t i = 1; i + 1 < pieces.size(); ++i) {
+        const std::size_t at = url.find(pieces[i]);
+        if (at == std::string_view::npos)
+            return false;
+        url.remove_prefix(at + pieces[i].size());
+    }
+    return url.ends_with(pieces.back());
+}
+
+std::size_t length_of(const std::vector<std::string>& pieces)
+{
+    std::size_t length = 0;
+    for (const std::string& piece : pieces)
+        length += piece.size();
+    return length;
+}
+
+/// The text of a told field; empty when it is none.
+std::string_view text_of(const Field& field)
+{
+    const auto* text = std::get_if<std::string_view>(&field.content);
+    return text ? *text : "";
+}
+
+} // namespace
+
+SessionWatch::SessionWatch(Simulation& simulation, const QoroVideoAd& ad, Witness& trace)
+    : simulation_(simulation), platform_(simulation.platform()), trace_(trace)
+{
+    find_trackers(ad);
+    platform_.on_display_change([this] {
+        if (!summary_.close_button)
+            look_later();
+    });
+    platform_.set_witness(this);
+}
+
+SessionWatch::~SessionWatch()
+{
+    platform_.set_witness(nullptr);
+    platform_.on_display_change(nullptr);
+}
+
+void SessionWatch::tell(std::string_view what, std::initializer_list<Field> fields)
+{
+    trace_.tell(what, fields);
+    if (what == "request") {
+        const Field& url = *fields.begin();
+        const Field& purpose = *(fields.begin() + 1);
+        if (text_of(purpose) == "tracking")
+            count_tracker(text_of(url));
+    } else if (what == "step") {
+        const Field& step = *(fields.begin() + 1);
+        if (step.key == "open" && !summary_.opened)
+            summary_.opened = platform_.loop().now_microseconds();
+        if (step.key == "release" && !summary_.released)
+            summary_.released = platform_.loop().now_microseconds();
+    } else if (what == "released") {
+        summary_.destroyed = platform_.loop().now_microseconds();
+    } else if (what == "js" && text_of(*fields.begin()) == "onhide" && !summary_.closed) {
+        // Every close begins with this event, and may stop at hiding the video.
+        close_began_ = platform_.loop().now_microseconds();
+        look_later();
+    }
+}
+
+Summary SessionWatch::finish()
+{
+    look();
+    summary_.at_end = left_behind();
+    summary_.blocked = to_microseconds(platform_.fetcher().blocked_seconds());
+    return std::move(summary_);
+}
+
+// ----------------------------------------------------------------------------------------------------------- trackers
+
+void SessionWatch::find_trackers(const QoroVideoAd& ad)
+{
+    rewrite_addresses(*copy_of(ad), [this](AdAddressUse use, const std::string& path, const std::string& address) {
+        if (use != AdAddressUse::Tracker)
+            return address;
+        const std::string kind = kind_of(path);
+        const auto known = std::ranges::find(summary_.trackers, address, &TrackerSummary::url);
+        if (known == summary_.trackers.end())
+            summary_.trackers.push_back({kind, address, {}});
+        else if (known->kind != kind)
+            known->kind += ", " + kind;
+        return address;
+    });
+    for (const TrackerSummary& tracker : summary_.trackers)
+        patterns_.push_back(between_macros(tracker.url));
+}
+
+void SessionWatch::count_tracker(std::string_view url)
+{
+    auto& trackers = summary_.trackers;
+    std::size_t best = trackers.size();
+    for (std::size_t i = 0; i < patterns_.size(); ++i) {
+        const bool better = best == trackers.size() || length_of(patterns_[i]) > length_of(patterns_[best]);
+        if (better && fits(url, patterns_[i]))
+            best = i;
+    }
+    if (best == trackers.size()) {
+        const auto others = trackers.begin() + static_cast<std::ptrdiff_t>(patterns_.size());
+        best = static_cast<std::size_t>(std::ranges::find(others, trackers.end(), url, &TrackerSummary::url) -
+                                        trackers.begin());
+    }
+    if (best == trackers.size())
+        trackers.push_back({"", std::string(url), {}});
+    trackers[best].sent.push_back(platform_.loop().now_microseconds());
+}
+
+// ------------------------------------------------------------------------------------------------------------- looking
+
+void SessionWatch::look_later()
+{
+    if (std::exchange(will_look_, true))
+        return;
+    platform_.loop().post([this] {
+        will_look_ = false;
+        look();
+    });
+}
+
+void SessionWatch::look()
+{
+    const auto living = simulation_.session()->living();
+    if (!summary_.close_button && close_button_is_reachable())
+        summary_.close_button = platform_.loop().now_microseconds();
+    if (close_began_ && !summary_.closed && (!living || !living->dicEventListener)) {
+        summary_.closed = close_began_;
+        summary_.after_close = left_behind();
+    }
+}
+
+bool SessionWatch::close_button_is_reachable() const
+{
+    const auto living = simulation_.session()->living();
+    const auto button = living ? living->btnClose.node() : nullptr;
+    return button && !button->hidden && hit_test(platform_, placement_on_screen(*button).center) == button;
+}
+
+LeftBehind SessionWatch::left_behind() const
+{
+    const Session& session = *simulation_.session();
+    LeftBehind left;
+    for (const auto& window : platform_.shared<WindowList>().all())
+        left.windows += window != session.host_window().node();
+    left.requests = platform_.fetcher().pending();
+    const auto living = session.living();
+    if (!living)
+        return left;
+    left.controller = session.controller() ? LeftBehind::Controller::Held : LeftBehind::Controller::Kept;
+    left.timers = snapshot_timers(*living).allKeys();
+    left.observers = platform_.shared<NSNotificationCenter>().count_of(living.get());
+    for (const NSDictionary::Entry& event : living->dicEventListener)
+        left.listeners += event.value.array().count();
+    return left;
+}
+
+} // namespace qoro

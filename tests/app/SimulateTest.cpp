@@ -1,0 +1,270 @@
+#include "tests/app/ShellRun.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <sstream>
+#include <string>
+#include <vector>
+
+// The command itself, run through the shell.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+
+const std::string Session = "examples/simulator/first-session.json";
+
+std::vector<std::string> lines_of(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+/// A scenario in one line: an ad that is muted at a second.
+std::string muted_at(int second)
+{
+    return R"({"ad": {"strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2, )"
+           R"("portraitVideoPos": "TOP", "bIsAutoStart": true, "arrayMuteTrackingUrls": ["http://t/mute"]}, )"
+           R"("steps": [{"open": 0}, {"at": )" +
+           std::to_string(second) + R"(, "tap": "btnMute"}]})";
+}
+
+/// When a result of --jsonl says that the ad was muted.
+Json muted(const Json& result)
+{
+    return result["summary"]["trackers"][0]["sent"];
+}
+
+} // namespace
+
+// ---------------------------------------------------------------------------------------------------------- one file
+
+TEST(Simulate, WritesTheTraceAsJsonLinesTheSameEveryTime)
+{
+    const ShellResult once = run_shell("qoro-ad simulate " + Session);
+    const ShellResult again = run_shell("qoro-ad simulate " + Session + " --format json");
+
+    EXPECT_EQ(once.status, 0) << once.errors;
+    EXPECT_EQ(once.output, again.output);
+    for (const std::string& line : lines_of(once.output))
+        EXPECT_TRUE(Json::parse(line).contains("t")) << line;
+    EXPECT_EQ(once.errors, "");
+}
+
+TEST(Simulate, ReadsStandardInputForADash)
+{
+    EXPECT_EQ(run_shell("qoro-ad simulate - <" + Session).output, run_shell("qoro-ad simulate " + Session).output);
+}
+
+TEST(Simulate, WritesATimelineWithALineForEachEvent)
+{
+    const auto json = lines_of(run_shell("qoro-ad simulate " + Session).output);
+    const auto text = lines_of(run_shell("qoro-ad simulate --format text " + Session).output);
+
+    ASSERT_EQ(text.size(), json.size());
+    EXPECT_EQ(text[2], "     0.000  STEP        n 0  open 0");
+    EXPECT_EQ(text[3], "     0.000  network     page  http://ad.example/page.html");
+}
+
+TEST(Simulate, ASummaryFollowsTheTimeline)
+{
+    const std::string timeline = run_shell("qoro-ad simulate --format text " + Session).output;
+    const ShellResult both = run_shell("qoro-ad simulate --summary " + Session);
+
+    EXPECT_EQ(both.output.substr(0, timeline.size()), timeline);
+    EXPECT_EQ(both.output.substr(timeline.size(), 9), "\nSummary\n");
+    EXPECT_EQ(run_shell("qoro-ad simulate --summary --format text " + Session).output, both.output);
+}
+
+TEST(Simulate, ASummaryInJsonIsOneMoreLine)
+{
+    const std::string trace = run_shell("qoro-ad simulate " + Session).output;
+    const ShellResult both = run_shell("qoro-ad simulate --summary --format json " + Session);
+
+    ASSERT_EQ(both.output.substr(0, trace.size()), trace);
+    const Json last = Json::parse(both.output.substr(trace.size()));
+    EXPECT_EQ(last["summary"]["closed"], 9.5);
+    EXPECT_EQ(last["summary"]["mainThreadBlocked"], 0.35);
+}
+
+// ------------------------------------------------------------------------------------------------------ several files
+
+TEST(Simulate, SeveralTracesAreNamed)
+{
+    const std::string one = run_shell("qoro-ad simulate " + Session).output;
+    const std::string name = R"({"scenario":")" + Session + "\"}\n";
+
+    EXPECT_EQ(run_shell("qoro-ad simulate " + Session + " " + Session).output, name + one + name + one);
+
+    const std::string text = run_shell("qoro-ad simulate --summary " + Session).output;
+    const std::string header = "== " + Session + " ==\n";
+    EXPECT_EQ(run_shell("qoro-ad simulate --summary " + Session + " " + Session).output,
+              header + text + "\n" + header + text + "\n");
+}
+
+TEST(Simulate, AnUnusableFileIsToldAndTheOthersRun)
+{
+    const std::string one = run_shell("qoro-ad simulate " + Session).output;
+    const std::string name = R"({"scenario":")" + Session + "\"}\n";
+    for (const char* jobs : {"1", "8"}) {
+        const ShellResult result =
+            run_shell("qoro-ad simulate nowhere.json " + Session + " README.md --jobs " + std::string(jobs));
+
+        EXPECT_EQ(result.status, 2);
+        EXPECT_EQ(result.output, name + one) << "nothing of the two others";
+        EXPECT_EQ(result.errors, "qoro-ad: nowhere.json: No such file or directory\n"
+                                 "qoro-ad: README.md: no JSON at line 1, column 1\n");
+    }
+}
+
+// --------------------------------------------------------------------------------------------------------- complaints
+
+struct Complaint {
+    const char* name;
+    std::string line;
+    std::string input;
+    std::string expected;
+};
+
+class SimulateComplains : public testing::TestWithParam<Complaint>
+{
+};
+
+TEST_P(SimulateComplains, InOneLineWithStatusTwoAndNoOutput)
+{
+    const Complaint& complaint = GetParam();
+    const ShellResult result = run_shell("qoro-ad simulate " + complaint.line, complaint.input);
+
+    EXPECT_EQ(result.errors, "qoro-ad: " + complaint.expected + "\n");
+    EXPECT_EQ(result.output, "");
+    EXPECT_EQ(result.status, 2);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, SimulateComplains,
+    testing::Values(
+        Complaint{"UnknownKey", "-", R"({"adv": {}, "steps": []})", R"(stdin: /adv: unknown key; did you mean "ad"?)"},
+        Complaint{"Step", "-", R"({"ad": {}, "steps": [{"open": 0}, {"at": "now", "open": 0}]})",
+                  R"(stdin: /steps/1/at: expected a number of seconds from 0 to 1000000000, got "now")"},
+        Complaint{"NoFile", "", "", "simulate: expected a SCENARIO.json, - for standard input, or --jsonl"},
+        Complaint{"FileAndLines", "--jsonl a.json", "",
+                  "simulate: --jsonl reads standard input: expected no file, got a.json"},
+        Complaint{"LinesAsText", "--jsonl --format text", "",
+                  "simulate: --jsonl writes JSON: expected no --format text"},
+        Complaint{"TwoDashes", "- -", "", "simulate: expected - (standard input) once"},
+        Complaint{"Format", "--format xml a.json", "", R"(--format: expected json or text, got "xml")"},
+        Complaint{"Jobs", "--jobs 0 a.json", "", R"(--jobs: expected a whole number from 1 to 256, got "0")"}),
+    [](const auto& complaint) { return std::string(complaint.param.name); });
+
+TEST(Simulate, OutputThatCanNotBeWrittenIsAFailure)
+{
+    const ShellResult result = run_shell("qoro-ad simulate " + Session + " >/dev/full");
+
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "qoro-ad: standard output: No space left on device\n");
+}
+
+TEST(Simulate, AReaderThatGoesAwayEndsItQuietly)
+{
+    // The input has no end: only the broken pipe ends it.
+    const ShellResult result =
+        run_shell("yes '" + muted_at(1) + "' | timeout 60 qoro-ad simulate --jsonl --jobs 2 | head -n 2");
+
+    EXPECT_EQ(result.errors, "");
+    EXPECT_EQ(lines_of(result.output).size(), 2U);
+}
+
+TEST(Simulate, HelpNamesEveryOptionAndTheExitStatuses)
+{
+    const ShellResult help = run_shell("qoro-ad simulate --help");
+
+    EXPECT_EQ(help.status, 0);
+    for (const char* word : {"--format", "--summary", "--jsonl", "--jobs", "Exit status", "docs/simulator.md"})
+        EXPECT_NE(help.output.find(word), std::string::npos) << word;
+}
+
+// ------------------------------------------------------------------------------------------------- a scenario a line
+
+TEST(SimulateLines, GiveAResultEachWithTheTraceAndTheSummaryOfTheSession)
+{
+    const ShellResult result = run_shell("qoro-ad simulate --jsonl", muted_at(2) + "\n");
+    const ShellResult alone = run_shell("qoro-ad simulate --summary --format json -", muted_at(2));
+
+    EXPECT_EQ(result.status, 0) << result.errors;
+    const Json line = Json::parse(result.output);
+    std::vector<Json> events;
+    for (const std::string& each : lines_of(alone.output))
+        events.push_back(Json::parse(each));
+    EXPECT_EQ(line["scenario"], 1);
+    EXPECT_EQ(line["summary"], events.back()["summary"]);
+    events.pop_back();
+    EXPECT_EQ(line["trace"], Json(events));
+}
+
+TEST(SimulateLines, ABrokenOneIsAResultAndTheOthersGoOn)
+{
+    const ShellResult result = run_shell("qoro-ad simulate --jsonl", muted_at(1) + "\n" + R"({"ad": {}, "stps": []})" +
+                                                                         "\nnonsense\n\n" + muted_at(2));
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.errors, "");
+    const auto lines = lines_of(result.output);
+    ASSERT_EQ(lines.size(), 5U);
+    EXPECT_EQ(muted(Json::parse(lines[0])), Json({1.0}));
+    EXPECT_EQ(lines[1], R"({"scenario":2,"error":"stdin line 2: /stps: unknown key; did you mean \"steps\"?"})");
+    EXPECT_EQ(lines[2], R"({"scenario":3,"error":"stdin line 3: no JSON at line 1, column 2"})");
+    EXPECT_EQ(lines[3], R"({"scenario":4,"error":"stdin line 4: no JSON at line 1, column 1"})");
+    EXPECT_EQ(Json::parse(lines[4])["scenario"], 5) << "the last one without a line's end";
+    EXPECT_EQ(muted(Json::parse(lines[4])), Json({2.0}));
+}
+
+TEST(SimulateLines, GiveTheSameBytesWithOneThreadAndWithEight)
+{
+    std::string input;
+    for (int i = 0; i < 100; ++i) // sessions of very different lengths
+        input += i % 10 == 3 ? "{}\n" : muted_at(i % 7 == 0 ? 25 : 1) + "\n";
+    const ShellResult one = run_shell("qoro-ad simulate --jsonl", input);
+    const ShellResult eight = run_shell("qoro-ad simulate --jsonl --jobs 8", input);
+
+    EXPECT_EQ(lines_of(one.output).size(), 100U);
+    EXPECT_EQ(one.output, eight.output);
+    EXPECT_EQ(run_shell("qoro-ad simulate --jsonl --jobs 8", input).output, eight.output);
+}
+
+TEST(SimulateLines, AreAnsweredWhileTheInputIsStillOpen)
+{
+    // The second line is sent only once the first has its result.
+    const std::string dialogue = R"(
+        folder=$(mktemp -d)
+        mkfifo "$folder/in" "$folder/out"
+        timeout 60 qoro-ad simulate --jsonl --jobs $jobs <"$folder/in" >"$folder/out" &
+        exec 3>"$folder/in" 4<"$folder/out"
+        for n in 1 2; do
+            echo '{}' >&3
+            read -r result <&4
+            echo "$result"
+        done
+        exec 3>&- 4<&-
+        wait
+        rm -r "$folder")";
+    for (const std::string jobs : {"1", "4"})
+        EXPECT_EQ(lines_of(run_shell("jobs=" + jobs + "\n" + dialogue).output).size(), 2U) << jobs;
+}
+
+TEST(SimulateLines, NoLinesGiveNoResults)
+{
+    const ShellResult result = run_shell("qoro-ad simulate --jsonl");
+
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(result.output, "");
+}
+
+} // namespace qoro::test

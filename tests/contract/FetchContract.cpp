@@ -1,0 +1,106 @@
+#include "tests/contract/ContractPlatform.h"
+
+namespace qoro::test
+{
+
+namespace
+{
+/// Seconds in which an answer too many would come.
+constexpr double Moment = 0.1;
+
+struct Answers {
+    std::vector<FetchAnswer> got;
+    auto taker()
+    {
+        return [this](FetchAnswer answer) { got.push_back(std::move(answer)); };
+    }
+};
+} // namespace
+
+TEST_P(FetchContract, WhatIsFoundIsHandedBackOnceAsAnEventOfItsOwn)
+{
+    const std::string address = world().address(Address::Found);
+    Answers answers;
+    platform().fetcher().fetch(address, answers.taker());
+    EXPECT_TRUE(answers.got.empty());
+
+    ASSERT_TRUE(until([&] { return !answers.got.empty(); }));
+    let_pass(Moment);
+
+    ASSERT_EQ(answers.got.size(), 1U);
+    EXPECT_TRUE(answers.got[0].ok);
+    EXPECT_EQ(answers.got[0].error, "");
+    EXPECT_EQ(answers.got[0].body, FoundBody);
+    EXPECT_EQ(answers.got[0].final_address, address);
+}
+
+TEST_P(FetchContract, WhatIsNotFoundFailsInWords)
+{
+    Answers answers;
+    platform().fetcher().fetch(world().address(Address::NotFound), answers.taker());
+    EXPECT_TRUE(answers.got.empty());
+
+    ASSERT_TRUE(until([&] { return !answers.got.empty(); }));
+    let_pass(Moment);
+
+    ASSERT_EQ(answers.got.size(), 1U);
+    EXPECT_FALSE(answers.got[0].ok);
+    EXPECT_NE(answers.got[0].error, "");
+}
+
+TEST_P(FetchContract, AServerThatIsNotThereFailsInWords)
+{
+    Answers answers;
+    platform().fetcher().fetch(world().address(Address::NobodyThere), answers.taker());
+    EXPECT_TRUE(answers.got.empty());
+
+    ASSERT_TRUE(until([&] { return !answers.got.empty(); }));
+    let_pass(Moment);
+
+    ASSERT_EQ(answers.got.size(), 1U);
+    EXPECT_FALSE(answers.got[0].ok);
+    EXPECT_NE(answers.got[0].error, "");
+}
+
+TEST_P(FetchContract, OneThatWaitsHoldsUpNoOther)
+{
+    Answers silent;
+    Answers found;
+    platform().fetcher().fetch(world().address(Address::Silent), silent.taker());
+    platform().fetcher().fetch(world().address(Address::Found), found.taker());
+
+    ASSERT_TRUE(until([&] { return !found.got.empty(); }));
+
+    EXPECT_TRUE(found.got[0].ok);
+    EXPECT_TRUE(silent.got.empty());
+}
+
+TEST_P(FetchContract, WhatIsUnderWayWhenThePlatformGoesNeverAnswersAndLetsItsTargetGo)
+{
+    const auto kept = std::make_shared<int>();
+    int answers = 0;
+    platform().fetcher().fetch(world().address(Address::Silent), [&, kept](const FetchAnswer&) { ++answers; });
+    platform().fetcher().fetch(world().address(Address::Found), [&, kept](const FetchAnswer&) { ++answers; });
+
+    end();
+
+    EXPECT_EQ(answers, 0);
+    EXPECT_EQ(kept.use_count(), 1);
+}
+
+TEST_P(FetchContract, WhatTheMainThreadWaitsForHasTheSameOutcomes)
+{
+    Fetcher& fetcher = platform().fetcher();
+
+    const FetchAnswer found = fetcher.fetch_now(world().address(Address::Found));
+    EXPECT_TRUE(found.ok);
+    EXPECT_EQ(found.body, FoundBody);
+    const FetchAnswer missing = fetcher.fetch_now(world().address(Address::NotFound));
+    EXPECT_FALSE(missing.ok);
+    EXPECT_NE(missing.error, "");
+    const FetchAnswer nobody = fetcher.fetch_now(world().address(Address::NobodyThere));
+    EXPECT_FALSE(nobody.ok);
+    EXPECT_NE(nobody.error, "");
+}
+
+} // namespace qoro::test

@@ -1,0 +1,173 @@
+#include "tests/contract/PageContract.h"
+
+namespace qoro::test
+{
+
+namespace
+{
+/// Seconds in which a report too many would come.
+constexpr double Moment = 0.3;
+const NSURL Base = NSURL::URLWithString("http://ad.example/creative/");
+} // namespace
+
+TEST_P(PageContract, ALoadReportsItsStartAndItsEndOnceEachAsEventsOfTheirOwn)
+{
+    engine().load_html("<p>hello</p>", Base);
+    EXPECT_EQ(reports, Reports{});
+
+    ASSERT_TRUE(until_reports({"start", "finish"}));
+    let_pass(Moment);
+
+    EXPECT_EQ(reports, (Reports{"start", "finish"}));
+    EXPECT_EQ(engine().current_address().absoluteString(), NSString("http://ad.example/creative/"));
+}
+
+TEST_P(PageContract, ANullPageReportsLikeAnyOther)
+{
+    engine().load_html(nullptr, Base);
+
+    EXPECT_TRUE(until_reports({"start", "finish"}));
+}
+
+TEST_P(PageContract, NoAddressIsShownBeforeTheFirstPage)
+{
+    EXPECT_FALSE(engine().current_address());
+}
+
+TEST_P(PageContract, AFurtherPageTakesTheEndOfTheOneBeforeIt)
+{
+    engine().load_html(world().slow_page(), Base);
+    ASSERT_TRUE(until_reports({"start"}));
+
+    engine().load_html("<p>second</p>", Base);
+    ASSERT_TRUE(until_reports({"start", "start", "finish"}));
+    let_pass(Moment);
+
+    EXPECT_EQ(reports, (Reports{"start", "start", "finish"}));
+}
+
+TEST_P(PageContract, AnEngineThatIsGoneReportsNothing)
+{
+    engine().load_html("<p>hello</p>", Base);
+    drop();
+
+    let_pass(Moment);
+
+    EXPECT_EQ(reports, Reports{});
+}
+
+// ------------------------------------------------------------------------------------------------------- the bridge
+
+ScriptContract::ScriptContract()
+{
+    const auto ad = std::make_shared<QoroVideoAd>();
+    ad->strVideoUrl = world().video().absoluteString();
+    ad->strWebViewUrl = world().page_address();
+    ad->portraitModeType = VIDEO_AND_WEBVIEW;
+    ad->portraitVideoPos = TOP;
+    ad->fVideoWidth = 320;
+    ad->fVideoHeight = 180;
+    platform().set_witness(this);
+    session_ = std::make_unique<Session>(platform(), world().controls(), HostSetup{}, ad);
+    platform().dispatch([&] { session_->open(0); });
+    EXPECT_TRUE(world().script_starts(*session_->controller()));
+    told.clear();
+}
+
+ScriptContract::~ScriptContract()
+{
+    platform().set_witness(nullptr);
+    session_.reset();
+}
+
+void ScriptContract::tell(std::string_view what, std::initializer_list<Field> fields)
+{
+    if (what != "player")
+        return;
+    std::ostringstream line;
+    for (const Field& field : fields) {
+        line << (line.tellp() > 0 ? " " : "");
+        if (const auto* text = std::get_if<std::string_view>(&field.content))
+            line << *text;
+        else if (const auto* number = std::get_if<double>(&field.content))
+            line << *number;
+    }
+    EXPECT_FALSE(line.str().starts_with("failed")) << line.str();
+    told.push_back(line.str());
+}
+
+TEST_P(ScriptContract, EventsReachTheScriptInTheOrderInWhichTheyWereSent)
+{
+    world().script_listens(ad(), "count");
+    world().script_listens(ad(), "end");
+    Lines expected;
+    for (int n = 0; n < 60; ++n) {
+        send("count", {{"n", n}});
+        expected.push_back(R"(count {"e":{"n":)" + std::to_string(n) + "}}");
+    }
+    let_pass(0.02);
+    send("end");
+    expected.emplace_back("end null");
+
+    ASSERT_TRUE(until_heard(expected.size()));
+
+    EXPECT_EQ(world().script_heard(ad()), expected);
+}
+
+TEST_P(ScriptContract, AnEventCarriesItsDataUnharmed)
+{
+    world().script_listens(ad(), "text");
+
+    send("text", {{"text", "</script>\"\\ü"}, {"number", 12.5}, {"flag", true}, {"nothing", nullptr}});
+    ASSERT_TRUE(until_heard(1));
+
+    EXPECT_EQ(world().script_heard(ad()),
+              Lines{R"(text {"e":{"text":"</script>\"\\ü","number":12.5,"flag":true,"nothing":null}})"});
+}
+
+TEST_P(ScriptContract, WhatTheScriptDoesNotListenToItDoesNotHear)
+{
+    world().script_listens(ad(), "one");
+    world().script_listens(ad(), "other");
+    world().script_stops_listening(ad(), "one");
+
+    send("one");
+    send("unknown");
+    send("other");
+    ASSERT_TRUE(until_heard(1));
+
+    EXPECT_EQ(world().script_heard(ad()), Lines{"other null"});
+}
+
+TEST_P(ScriptContract, AListenerHearsWhatItsOwnRegistrationCauses)
+{
+    world().script_listens(ad(), "video_visibilitychange");
+
+    ASSERT_TRUE(until_heard(1));
+
+    EXPECT_EQ(world().script_heard(ad()), Lines{R"(video_visibilitychange {"e":{"visibility":1}})"});
+}
+
+TEST_P(ScriptContract, ACommandIsCarriedOutAndAnswered)
+{
+    ASSERT_TRUE(until([&] { return ad().qoroMoviePlayer.duration() > 0; }));
+
+    EXPECT_EQ(world().script_says(ad(), R"(["setVideoSeekToTime", 2.5])"), "null");
+    EXPECT_EQ(world().script_says(ad(), R"(["getVideoIsMute"])"), "false");
+    EXPECT_EQ(world().script_says(ad(), R"(["checkCanPlayNextVideo", "http://ad.example/next.mp4"])"), "true");
+
+    EXPECT_EQ(told, Lines{"seek 2.5"});
+}
+
+TEST_P(ScriptContract, WhatIsNoMessageIsRefusedAndHasNoEffect)
+{
+    for (const char* message :
+         {"null", "7", "\"setVideoPlay\"", "[]", "{}", R"({"setVideoPlay": []})", R"({"command": "setVideoPlay"})",
+          R"({"command": "setVideoPlay", "args": {}})", R"({"command": ["setVideoPlay"], "args": []})", "[7]", "[null]",
+          R"([["setVideoPlay"]])", R"(["setvideoplay"])", R"(["closeAction"])", R"(["setVideoSeekToTime"])"})
+        EXPECT_EQ(world().script_says(ad(), message), std::nullopt) << message;
+
+    EXPECT_EQ(told, Lines{});
+}
+
+} // namespace qoro::test

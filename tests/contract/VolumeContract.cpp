@@ -1,0 +1,67 @@
+#include "tests/contract/VolumeContract.h"
+
+namespace qoro::test
+{
+
+namespace
+{
+/// A sound server keeps a volume as one of 65536 steps.
+constexpr double OneStep = 1.0 / 65536;
+/// Seconds in which a report too many would come.
+constexpr double Moment = 0.2;
+} // namespace
+
+TEST_P(VolumeContract, WhatIsSetIsReadAtOnceAndReportedOnceAsAnEventOfItsOwn)
+{
+    volume().set_value(0.25F);
+    EXPECT_EQ(volume().value(), 0.25F);
+    EXPECT_EQ(changes(), 0);
+
+    ASSERT_TRUE(until([&] { return changes() > 0; }));
+    let_pass(Moment);
+
+    EXPECT_EQ(changes(), 1);
+    EXPECT_EQ(volume().value(), 0.25F);
+}
+
+TEST_P(VolumeContract, TheVolumeThatItHasIsNoChange)
+{
+    volume().set_value(volume().value());
+
+    let_pass(Moment);
+
+    EXPECT_EQ(changes(), 0);
+}
+
+TEST_P(VolumeContract, EachOfQuickSettingsIsReportedAndTheLastOneStays)
+{
+    for (const float value : {0.1F, 0.0F, 0.7F})
+        volume().set_value(value);
+
+    ASSERT_TRUE(until([&] { return changes() == 3; }));
+    let_pass(Moment);
+
+    EXPECT_EQ(changes(), 3);
+    EXPECT_EQ(volume().value(), 0.7F);
+}
+
+TEST_P(VolumeContract, WhatTheViewerSetsIsReadAndReportedOnce)
+{
+    world().viewer_sets_volume(0.5F);
+
+    ASSERT_TRUE(until([&] { return changes() > 0; }));
+    let_pass(Moment);
+
+    EXPECT_EQ(changes(), 1);
+    EXPECT_NEAR(volume().value(), 0.5, OneStep);
+}
+
+TEST_P(VolumeContract, SilenceAndFullAreKeptExactly)
+{
+    volume().set_value(1);
+    EXPECT_EQ(volume().value(), 1);
+    volume().set_value(0);
+    EXPECT_EQ(volume().value(), 0);
+}
+
+} // namespace qoro::test

@@ -1,0 +1,225 @@
+#include "tests/contract/PageContract.h"
+#include "tests/contract/PlayerContract.h"
+#include "tests/contract/VolumeContract.h"
+
+#include "desktop/DesktopPlatform.h"
+#include "desktop/screen/Toolkit.h"
+#include "tests/desktop/media/SoundServer.h"
+#include "tests/desktop/media/VideoServer.h"
+#include "views/ViewNode.h"
+
+#include <webkit/webkit.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+
+// The contract on the desktop: real servers, a real page, and a sound server where the volume is the matter.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+/// Far beyond what anything here takes; only a hang reaches it.
+constexpr double Patience = 20;
+/// The loop asks after each of its turns; what changes by itself gives it none.
+constexpr double Turn = 0.005;
+/// A port that nobody listens to, unless the machine is set up strangely.
+constexpr const char* NobodyThere = "http://127.0.0.1:9/";
+
+/// Four seconds (VideoSeconds), of which the last two need the second half of the file.
+std::string clip()
+{
+    std::ifstream file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Players drive themselves, and the device stays as it is.
+struct NoControls final : SessionControls {
+    void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
+    void change_device(const DeviceChange&) override {}
+    void leave_app() override {}
+};
+
+/// The sound that the platform is to find, before it is made.
+std::unique_ptr<SoundServer> sound_for(const ContractNeeds& needs)
+{
+    if (needs.volume)
+        return std::make_unique<SoundServer>();
+    without_sound_server();
+    return nullptr;
+}
+
+DesktopPlatform::Options options_for(const ContractNeeds& needs)
+{
+    DesktopPlatform::Options options;
+    options.silent = true;
+    options.system_volume = needs.volume; // what the viewer can change from outside
+    return options;
+}
+
+class DesktopContract final : public ContractPlatform
+{
+public:
+    explicit DesktopContract(const ContractNeeds& needs) : sound_(sound_for(needs)), platform_(options_for(needs))
+    {
+        VideoServer::Answer video;
+        video.body = clip();
+        if (needs.clip == Clip::Stalling)
+            video.holds_at = video.body.size() * 7 / 10;
+        if (needs.clip == Clip::Breaking)
+            video.cuts_at = video.body.size() * 6 / 10;
+        server_.serve("/v.mp4", video);
+        server_.serve("/found", {.body = FoundBody, .type = "text/plain"});
+        server_.serve("/silent", {.body = "", .silent = true});
+        server_.serve("/page.html", {.body = "<html><head></head><body>mraid.js</body></html>", .type = "text/html"});
+        if (sound_) {
+            EXPECT_TRUE(sound_->runs());
+            // The connection that follows the viewer comes about within the loop.
+            let_pass(0.2);
+        }
+    }
+
+    Platform& platform() override { return platform_; }
+    SessionControls& controls() override { return controls_; }
+
+    bool until(const std::function<bool()>& condition) override
+    {
+        const TimerId turns = platform_.loop().start_timer(Turn, true, [] {});
+        const bool holds = platform_.loop().run_until(condition, Patience);
+        platform_.loop().stop_timer(turns);
+        return holds;
+    }
+    void let_pass(double seconds) override
+    {
+        platform_.loop().run_until([] { return false; }, seconds);
+    }
+
+    NSURL video() override { return NSURL::URLWithString(server_.address("/v.mp4")); }
+    void data_comes_again() override { server_.release(); }
+
+    std::string address(Address what) override
+    {
+        switch (what) {
+        case Address::Found:
+            return server_.address("/found");
+        case Address::NotFound:
+            return server_.address("/missing");
+        case Address::NobodyThere:
+            return NobodyThere;
+        case Address::Silent:
+            return server_.address("/silent");
+        }
+        std::abort();
+    }
+
+    void viewer_sets_volume(float volume) override
+    {
+        sound_->pactl("set-sink-volume nothing " + std::to_string(std::lround(volume * 100)) + "%");
+    }
+
+    std::string slow_page() override { return "<img src='" + server_.address("/silent") + "'>"; }
+
+    std::string page_address() override { return server_.address("/page.html"); }
+    bool script_starts(QoroVideoWebViewController& ad) override
+    {
+        const double end = platform_.loop().now() + Patience;
+        while (run(ad, "if (document.readyState !== 'complete') throw 0; qoroPlayer; window.heard = {};"
+                       "window.all = [];") == std::nullopt) {
+            if (platform_.loop().now() > end)
+                return false;
+            let_pass(Turn);
+        }
+        return true;
+    }
+    void script_listens(QoroVideoWebViewController& ad, const std::string& event) override
+    {
+        const std::string name = "'" + event + "'";
+        EXPECT_TRUE(run(ad, "heard[" + name + "] = data => { all.push(" + name + " + ' ' + JSON.stringify(data)); };" +
+                                "await qoroPlayer.addEventListener(" + name + ", heard[" + name + "]);"));
+    }
+    void script_stops_listening(QoroVideoWebViewController& ad, const std::string& event) override
+    {
+        const std::string name = "'" + event + "'";
+        EXPECT_TRUE(run(ad, "await qoroPlayer.removeEventListener(" + name + ", heard[" + name + "]);"));
+    }
+    std::optional<std::string> script_says(QoroVideoWebViewController& ad, const std::string& message) override
+    {
+        // Past the library, which sends nothing but messages.
+        return run(ad, "const said = " + message +
+                           "; const sent = Array.isArray(said) && said.length ? {command: said[0], args: said.slice(1)}"
+                           " : said; return JSON.stringify("
+                           "await webkit.messageHandlers.qoroPlayer.postMessage(sent) ?? null);");
+    }
+    std::vector<std::string> script_heard(QoroVideoWebViewController& ad) override
+    {
+        std::vector<std::string> lines;
+        std::istringstream text(run(ad, "return all.map(line => line + '\\n').join('');").value_or("the page is gone"));
+        for (std::string line; std::getline(text, line);)
+            lines.push_back(line);
+        return lines;
+    }
+
+private:
+    struct Result {
+        bool came = false;
+        std::optional<std::string> text;
+    };
+
+    /// Runs the body of an asynchronous function in the ad's page.
+    /// @return what it returns as text; absent when it throws
+    std::optional<std::string> run(QoroVideoWebViewController& ad, const std::string& body)
+    {
+        auto* view = WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*ad.webView().node()->web).widget());
+        // Outlives this call when the page never answers.
+        auto* shared = new std::shared_ptr<Result>(std::make_shared<Result>());
+        const std::shared_ptr<Result> result = *shared;
+        webkit_web_view_call_async_javascript_function(
+            view, body.data(), static_cast<gssize>(body.size()), nullptr, nullptr, nullptr, nullptr,
+            [](GObject* of, GAsyncResult* finished, void* data) {
+                const std::unique_ptr<std::shared_ptr<Result>> into(static_cast<std::shared_ptr<Result>*>(data));
+                JSCValue* value =
+                    webkit_web_view_call_async_javascript_function_finish(WEBKIT_WEB_VIEW(of), finished, nullptr);
+                (*into)->came = true;
+                if (!value)
+                    return;
+                char* text = jsc_value_to_string(value);
+                (*into)->text = text;
+                g_free(text);
+                g_object_unref(value);
+            },
+            shared);
+        EXPECT_TRUE(until([&] { return result->came; })) << body;
+        return result->text;
+    }
+
+    const std::unique_ptr<SoundServer> sound_;
+    VideoServer server_;
+    NoControls controls_;
+    DesktopPlatform platform_;
+};
+
+std::unique_ptr<ContractPlatform> make(const ContractNeeds& needs)
+{
+    static const bool started = start_toolkit();
+    EXPECT_TRUE(started) << "these tests need a display";
+    return std::make_unique<DesktopContract>(needs);
+}
+
+constexpr ContractKind DesktopKind{"Desktop", make};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(On, LoopContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, PlayerContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, VolumeContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, FetchContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, TextContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, PageContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, ScriptContract, testing::Values(DesktopKind), name_of_kind);
+
+} // namespace qoro::test

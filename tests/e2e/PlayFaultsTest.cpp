@@ -1,0 +1,279 @@
+#include "tests/desktop/media/VideoServer.h"
+#include "tests/e2e/PlayedAd.h"
+
+#include <gtest/gtest.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <ostream>
+#include <string>
+#include <thread>
+
+// What can go wrong around an ad, each with the program itself: its trace says so, and the viewer can leave.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+const std::string DemoAd = QORO_SOURCE_DIR "/examples/demo/ad.json";
+
+std::string clip()
+{
+    std::ifstream file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/// Whether none of the processes runs any more; waits a moment for those that end when they notice that they are alone.
+bool all_gone(const std::vector<int>& processes)
+{
+    const auto until = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    for (const int process : processes)
+        while (true) {
+            std::ifstream stat("/proc/" + std::to_string(process) + "/stat");
+            const std::string line{std::istreambuf_iterator<char>(stat), {}};
+            const std::size_t name_end = line.rfind(") ");
+            if (name_end == std::string::npos || line[name_end + 2] == 'Z')
+                break;
+            if (std::chrono::steady_clock::now() > until) {
+                ADD_FAILURE() << "still runs: " << line;
+                return false;
+            }
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    return true;
+}
+
+// ---------------------------------------------------------------------------------------------- bad videos and pages
+
+/// What the ad's server has, and what the trace says of it.
+struct Fault {
+    const char* name;
+    VideoServer::Answer video;
+    VideoServer::Answer page;
+    VideoServer::Answer icon;
+    /// Of lines of the trace, all of which must come: members and their values.
+    std::vector<nlohmann::json> told;
+    /// Whether the server is there at all.
+    bool server_lives = true;
+
+    friend void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.name; }
+};
+
+VideoServer::Answer whole_video()
+{
+    return {.body = clip()};
+}
+
+VideoServer::Answer page_of(const std::string& html)
+{
+    return {.body = html, .type = "text/html"};
+}
+
+const VideoServer::Answer GoodPage = page_of("<html><head></head><body>mraid.js</body></html>");
+const VideoServer::Answer Missing{.body = "there is no such thing", .status = 404, .type = "text/plain"};
+const VideoServer::Answer NoImage{.body = "not an image at all", .type = "image/png"};
+
+VideoServer::Answer video_that(void (*is_changed)(VideoServer::Answer& video))
+{
+    VideoServer::Answer video = whole_video();
+    is_changed(video);
+    return video;
+}
+
+const nlohmann::json Plays{{"what", "js"}, {"event", "video_play"}};
+const nlohmann::json Loaded{{"what", "js"}, {"event", "video_loaded"}};
+const nlohmann::json LacksData{{"what", "log"}, {"message", "video interrupted"}};
+const nlohmann::json Fails{{"what", "player"}, {"do", "failed"}};
+const nlohmann::json PageFails{{"what", "log"}, {"message", "InApp failAdRequest"}};
+const nlohmann::json ShowsNothing{{"what", "page"}, {"html", nullptr}};
+const nlohmann::json Rejected{{"what", "fault"}};
+const nlohmann::json AsksForTheIcon{{"what", "fetch"}, {"for", "brandIcon"}};
+
+std::vector<Fault> faults()
+{
+    return {
+        {"AServerThatStallsAtTheBeginning",
+         video_that([](auto& video) { video.holds_at = video.body.size() * 3 / 10; }),
+         GoodPage,
+         Missing,
+         {Loaded}},
+        {"AServerThatStallsInMidFile",
+         video_that([](auto& video) { video.holds_at = video.body.size() * 7 / 10; }),
+         GoodPage,
+         Missing,
+         {Plays, LacksData}},
+        {"AServerThatHangsUpInMidFile",
+         video_that([](auto& video) { video.cuts_at = video.body.size() * 6 / 10; }),
+         GoodPage,
+         Missing,
+         {Plays, Fails}},
+        {"HalfAFile",
+         video_that([](auto& video) { video.body.resize(video.body.size() * 6 / 10); }),
+         GoodPage,
+         Missing,
+         {Plays, Fails}},
+        {"AServerThatNeverAnswers",
+         {.body = "x", .silent = true},
+         {.body = "x", .silent = true},
+         Missing,
+         {{{"what", "request"}, {"for", "page"}}}},
+        {"AMissingVideo", Missing, GoodPage, Missing, {Fails}},
+        {"APageInsteadOfAVideo", page_of("<html>Sorry</html>"), GoodPage, Missing, {Fails}},
+        {"AVideoThatIsSaidToBeText",
+         video_that([](auto& video) { video.type = "text/plain"; }),
+         GoodPage,
+         Missing,
+         {Plays}},
+        {"AMissingPage", whole_video(), Missing, Missing, {Plays, PageFails}},
+        {"AnImageInsteadOfAPage",
+         whole_video(),
+         {.body = "\x89PNG\r\n\x1a\n\xff", .type = "image/png"},
+         Missing,
+         {Plays, ShowsNothing}},
+        {"APageThatIsNotUtf8",
+         whole_video(),
+         page_of("<html><head></head>\xe4\xf6\xfc</html>"),
+         Missing,
+         {Plays, ShowsNothing}},
+        {"APageThatNamesTheLibraryWithoutAHead",
+         whole_video(),
+         page_of("<script src='mraid.js'></script>"),
+         Missing,
+         {Plays, Rejected}},
+        {"AnImageThatIsNone", whole_video(), GoodPage, NoImage, {Plays, AsksForTheIcon}},
+        {"ADeadServer", {}, {}, {}, {Fails, PageFails, AsksForTheIcon}, false},
+    };
+}
+
+class PlayFaultTest : public testing::TestWithParam<Fault>
+{
+};
+
+bool holds(const nlohmann::json& line, const nlohmann::json& members)
+{
+    for (const auto& [key, value] : members.items())
+        if (!line.contains(key) || line[key] != value)
+            return false;
+    return true;
+}
+
+std::string ad_file(const std::string& folder, const VideoServer& server)
+{
+    const nlohmann::json ad{
+        {"strVideoUrl", server.address("/v.mp4")},
+        {"strWebViewUrl", server.address("/page.html")},
+        {"strBrandIconUrl", server.address("/icon.png")},
+        {"fVideoWidth", 320},
+        {"fVideoHeight", 180},
+        {"portraitModeType", 2},
+        {"landscapeModeType", 2},
+        {"portraitVideoPos", "TOP"},
+        {"bIsAutoStart", true},
+        {"strBackgroundColor", "4279704105"},
+        // No close button comes: the host's own way out is what the viewer has.
+        {"iCloseBtnCountdown", 3600},
+        {"iBufferingSufferTime", -1},
+        {"arrayCloseTrackingUrls", {"t/close"}},
+    };
+    const std::string path = folder + "/ad.json";
+    std::ofstream(path) << ad;
+    return path;
+}
+
+} // namespace
+
+TEST_P(PlayFaultTest, IsToldAndTheViewerLeavesByEscape)
+{
+    const Fault fault = GetParam();
+    const std::string folder = std::filesystem::path(testing::TempDir()) / (std::string("fault-") + fault.name);
+    std::filesystem::create_directories(folder);
+    auto server = std::make_unique<VideoServer>();
+    server->serve("/v.mp4", fault.video);
+    server->serve("/page.html", fault.page);
+    server->serve("/icon.png", fault.icon);
+    const std::string file = ad_file(folder, *server);
+    if (!fault.server_lives)
+        server.reset();
+
+    PlayedAd ad({file});
+    for (const nlohmann::json& told : fault.told)
+        EXPECT_TRUE(ad.wait_for([&](const nlohmann::json& line) { return holds(line, told); }).is_object())
+            << "never told: " << told << "\n"
+            << ad.complaints();
+    ad.press("Escape");
+
+    EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
+    EXPECT_EQ(ad.hits_of("/t/close"), 1);
+    std::filesystem::remove_all(folder);
+}
+
+INSTANTIATE_TEST_SUITE_P(Each, PlayFaultTest, testing::ValuesIn(faults()),
+                         [](const auto& fault) { return std::string(fault.param.name); });
+
+// ------------------------------------------------------------------------------------------------------- processes
+
+TEST(PlayProcessesTest, APageThatIsKilledIsToldTheVideoGoesOnAndTheViewerLeaves)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+
+    ASSERT_TRUE(ad.kill_page_process());
+
+    const nlohmann::json died = ad.wait_for([](const nlohmann::json& line) {
+        return holds(line, {{"what", "web"}, {"do", "died"}});
+    });
+    ASSERT_TRUE(died.is_object());
+    EXPECT_NE(died.value("reason", ""), "");
+    EXPECT_TRUE(ad.reaches_second(3)) << "the video goes on";
+    ad.press("Escape");
+    EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
+    EXPECT_EQ(ad.hits_of("/t/close"), 1);
+}
+
+TEST(PlayProcessesTest, AfterAnOrdinaryCloseNothingIsLeftRunning)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    const std::vector<int> processes = ad.processes();
+    ASSERT_GT(processes.size(), 1U) << "the page has a process of its own";
+
+    ad.press("Escape");
+
+    EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
+    EXPECT_TRUE(all_gone(processes));
+    EXPECT_EQ(ad.processes(), std::vector<int>{});
+}
+
+TEST(PlayProcessesTest, TheSystemsRequestToEndClosesTheAdAndLeavesNothingRunning)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    const std::vector<int> processes = ad.processes();
+
+    ad.terminate();
+
+    EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
+    EXPECT_EQ(ad.hits_of("/t/close"), 1);
+    EXPECT_TRUE(all_gone(processes));
+    EXPECT_EQ(ad.processes(), std::vector<int>{});
+}
+
+TEST(PlayProcessesTest, AKilledProgramLeavesNothingRunning)
+{
+    PlayedAd ad({DemoAd});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    const std::vector<int> processes = ad.processes();
+
+    kill(processes.front(), SIGKILL);
+
+    EXPECT_EQ(ad.exit_status(), -1);
+    EXPECT_TRUE(all_gone(processes));
+}
+
+} // namespace qoro::test

@@ -1,0 +1,166 @@
+#include "tests/contract/PageContract.h"
+#include "tests/contract/PlayerContract.h"
+#include "tests/contract/VolumeContract.h"
+
+#include "session/InputError.h"
+#include "session/JsonText.h"
+#include "session/Steps.h"
+#include "simulator/SimulatedPlatform.h"
+
+#include <map>
+
+// The contract on the simulator: everything is laid down in its world, and time is virtual.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+/// Seconds of virtual time.
+constexpr double Patience = 60;
+constexpr double Step = 0.001;
+/// Where the video lacks data or breaks off, and how long its data stays away.
+constexpr double Middle = 2;
+constexpr double StallSeconds = 1;
+constexpr double Forever = 3600;
+
+const std::map<Address, std::string> Addresses{
+    {Address::Found, "http://net.example/found"},
+    {Address::NotFound, "http://net.example/missing"},
+    {Address::NobodyThere, "http://nobody.example/"},
+    {Address::Silent, "http://net.example/silent"},
+};
+
+World world_for(const ContractNeeds& needs)
+{
+    World world;
+    world.video.duration = VideoSeconds;
+    if (needs.clip == Clip::Stalling)
+        world.video.stalls = {{Middle, StallSeconds}};
+    if (needs.clip == Clip::Breaking)
+        world.video.error = Middle;
+    world.text[MeasuredText] = MeasuredSize;
+    world.net[Addresses.at(Address::Found)].body = FoundBody;
+    world.net[Addresses.at(Address::NotFound)] = {false, "not found", "", 0.1};
+    world.net[Addresses.at(Address::NobodyThere)] = {false, "no such host", "", 0.1};
+    world.net[Addresses.at(Address::Silent)].after = Forever;
+    return world;
+}
+
+class SimulatorContract final : public ContractPlatform, private Witness
+{
+public:
+    explicit SimulatorContract(const ContractNeeds& needs) : platform_(world_for(needs)) {}
+
+    Platform& platform() override { return platform_; }
+    SessionControls& controls() override { return platform_; }
+
+    bool until(const std::function<bool()>& condition) override
+    {
+        const double end = platform_.loop().now() + Patience;
+        while (!condition()) {
+            if (platform_.loop().now() >= end)
+                return false;
+            let_pass(Step);
+        }
+        return true;
+    }
+    void let_pass(double seconds) override { platform_.run_until(platform_.loop().now() + seconds); }
+
+    NSURL video() override { return NSURL::URLWithString("http://net.example/v.mp4"); }
+    void data_comes_again() override {} // by itself, after StallSeconds
+
+    std::string address(Address what) override { return Addresses.at(what); }
+
+    void viewer_sets_volume(float volume) override
+    {
+        DeviceChange change;
+        change.output_volume = volume;
+        platform_.change_device(change);
+    }
+
+    std::string slow_page() override { return "<p>takes a tenth of a second, as any page here</p>"; }
+
+    // No page runs here: what its script would do are steps, and what it would hear is told to the witness.
+
+    std::string page_address() override { return "http://net.example/page.html"; }
+    bool script_starts(QoroVideoWebViewController& ad) override
+    {
+        return until([&] { return ad.webView().requestURL().absoluteString().text() == page_address(); });
+    }
+    void script_listens(QoroVideoWebViewController& ad, const std::string& event) override
+    {
+        hear(ad, R"(["addEventListener", ")" + event + R"(", "of )" + event + "\"]");
+    }
+    void script_stops_listening(QoroVideoWebViewController& ad, const std::string& event) override
+    {
+        hear(ad, R"(["removeEventListener", ")" + event + R"(", "of )" + event + "\"]");
+    }
+    std::optional<std::string> script_says(QoroVideoWebViewController& ad, const std::string& message) override
+    {
+        std::vector<qoro::Step> steps;
+        try {
+            steps = read_steps(R"([{"script": )" + message + "}]", "script", true);
+        } catch (const InputError&) {
+            return {};
+        }
+        ScriptAnswer answer;
+        platform_.dispatch([&] { answer = ad.callFromScript(std::get<ScriptStep>(steps[0].what).message); });
+        if (answer.error)
+            return {};
+        std::string json;
+        append_json(json, answer.value);
+        return json;
+    }
+    std::vector<std::string> script_heard(QoroVideoWebViewController&) override { return heard_; }
+
+private:
+    /// Gives a command about listeners, and writes down what is sent to them from now on.
+    void hear(QoroVideoWebViewController& ad, const std::string& command)
+    {
+        if (platform_.witness() != this) {
+            next_ = platform_.witness();
+            platform_.set_witness(this);
+        }
+        EXPECT_TRUE(script_says(ad, command)) << command;
+    }
+
+    void tell(std::string_view what, std::initializer_list<Field> fields) override
+    {
+        if (next_)
+            next_->tell(what, fields);
+        if (what != "js")
+            return;
+        const auto* field = fields.begin(); // the event's name, its data, how many listeners get it
+        if (std::get<std::int64_t>(field[2].content) == 0)
+            return;
+        std::string line(std::get<std::string_view>(field[0].content));
+        line += ' ';
+        append_json(line, field[1].content);
+        heard_.push_back(line);
+    }
+
+    SimulatedPlatform platform_;
+    Witness* next_ = nullptr;
+    std::vector<std::string> heard_;
+};
+
+std::unique_ptr<ContractPlatform> make(const ContractNeeds& needs)
+{
+    return std::make_unique<SimulatorContract>(needs);
+}
+
+constexpr ContractKind SimulatorKind{"Simulator", make};
+
+} // namespace
+
+INSTANTIATE_TEST_SUITE_P(On, LoopContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, PlayerContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, VolumeContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, FetchContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, TextContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, PageContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, ScriptContract, testing::Values(SimulatorKind), name_of_kind);
+
+} // namespace qoro::test
