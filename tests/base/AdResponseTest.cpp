@@ -252,6 +252,73 @@ TEST(FailAdRequest, WithoutDelegatesItOnlyLogs)
     EXPECT_THAT(session.transcript(), ElementsAre("log 3 InApp failAdRequest"));
 }
 
+/// A delegate that keeps the view it is told of.
+struct KeepingDelegate : QoroAdDelegate {
+    explicit KeepingDelegate(bool answers) : answers_(answers) {}
+
+    bool responds_to_ad_failed() const override { return answers_; }
+    void onZulixAdFailed(const UIView& adView, const NSError&) override
+    {
+        ++told;
+        view = adView;
+    }
+
+    int told = 0;
+    UIView view;
+
+private:
+    bool answers_;
+};
+
+TEST(FailAdRequest, DelegatesThatDoNotAnswerTheMessageAreNotTold)
+{
+    AdSession session;
+    const auto delegate = std::make_shared<KeepingDelegate>(false);
+    const auto interstitial = std::make_shared<KeepingDelegate>(false);
+    session->qoroDelegate = delegate;
+    session->interstitialDelegate = interstitial;
+
+    session->failAdRequest(NSError{"gone"});
+
+    EXPECT_EQ(delegate->told, 0);
+    EXPECT_EQ(interstitial->told, 0);
+}
+
+TEST(FailAdRequest, TheAdsDelegateGetsTheBannersViewAndTheInterstitialsTheControllers)
+{
+    struct Banner : QoroBanner {
+        UIView getZulixAdView() const override { return view; }
+        UIView view = UIView::create();
+    };
+    AdSession session;
+    const auto banner = std::make_shared<Banner>();
+    const auto delegate = std::make_shared<KeepingDelegate>(true);
+    const auto interstitial = std::make_shared<KeepingDelegate>(true);
+    session->qoroBanner = banner;
+    session->qoroDelegate = delegate;
+    session->interstitialDelegate = interstitial;
+
+    session->failAdRequest(NSError{"gone"});
+
+    EXPECT_TRUE(delegate->view == banner->view);
+    EXPECT_TRUE(interstitial->view == session->view());
+}
+
+TEST(WebView, WhereThePageMayGoIsTheSuperclassesDecision)
+{
+    AdSession session;
+    session->strBaseUrl = "http://ad/page.html";
+    const auto decides = [&session](const char* address) {
+        const NSURL wanted = NSURL::URLWithString(address);
+        const bool decided = session->webView(session->webView(), wanted, 0);
+        EXPECT_EQ(decided, session->QoroPhoneGapViewController::webView(session->webView(), wanted, 0));
+        return decided;
+    };
+
+    EXPECT_TRUE(decides("http://ad/page.html"));
+    EXPECT_FALSE(decides("http://elsewhere/"));
+}
+
 TEST(WebView, AFinishedLoadLaysTheAdOutAgain)
 {
     AdSession session;
@@ -356,6 +423,20 @@ TEST(HandleWebViewInFront, InALockedLandscapeHostTheVideoKeepsItsFrame)
     session->handleWebViewInFront();
 
     EXPECT_EQ(session->playerViewController.view().frame(), (CGRect{1, 2, 3, 4}));
+}
+
+TEST(HandleWebViewInFront, InALockedLandscapeHostBeforeIOS8TheVideoFillsTheWindow)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.ios8 = false;
+    AdSession session(std::move(world));
+    session.open();
+    session->bIsLockOneSideAndIsLandscape = true;
+    session->playerViewController.view().setFrame({1, 2, 3, 4});
+
+    session->handleWebViewInFront();
+
+    EXPECT_EQ(session->playerViewController.view().frame(), (CGRect{0, 0, 375, 812}));
 }
 
 TEST(HandleWebViewInFront, WithoutAWindowTheVideoGetsAZeroFrame)

@@ -8,6 +8,7 @@ namespace
 {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 HostApp host_with_parent()
 {
@@ -147,6 +148,21 @@ TEST(Close, RestoresTheVolumeOfTheStart)
     session.tap(session->btnClose);
 
     EXPECT_EQ(session.lines("volume"), std::vector<std::string>{"0.6"});
+}
+
+TEST(Close, WithoutTheAudioPlumbingTheVolumeStaysAsItIs)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.tap(session->btnMute);
+    session->musicPlayer = nullptr;
+    session.forget();
+
+    session.tap(session->btnClose);
+
+    EXPECT_THAT(session.lines("volume"), IsEmpty());
+    EXPECT_FALSE(session->qoroMoviePlayer);
 }
 
 TEST(Close, SendsTheTrackersOnce)
@@ -336,6 +352,23 @@ TEST(Close, LetsTheParentsWindowGo)
     EXPECT_FALSE(session->windowAddOnParent);
 }
 
+TEST(Close, ASecondCloseSendsItsTrackersButFindsNothingToTakeDown)
+{
+    AdSession session(AdSession::manual_world(), host_with_parent());
+    session.ad().arrayCloseTrackingUrls = NSArray::of_strings({"http://t/close"});
+    session.open();
+    session.plays();
+    session.tap(session->btnClose);
+    session.forget();
+
+    session->closeAction();
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://t/close"));
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+    EXPECT_THAT(session.lines("volume"), IsEmpty());
+    EXPECT_THAT(session.lines("parent"), IsEmpty());
+}
+
 TEST(RemoveBtnClose, WithoutAPlayerTheButtonStays)
 {
     AdSession session;
@@ -419,7 +452,7 @@ TEST(RemoveBtnClose, AnUprightDeviceIsNotLandscapeAlthoughTheAdHasThatArrangemen
     EXPECT_FALSE(session->btnClose.superview());
 }
 
-TEST(RemoveBtnClose, ALandscapeStatusBarCountsOnlyInALockedHost)
+TEST(RemoveBtnClose, ALandscapeStatusBarCountsInALockedHost)
 {
     AdSession session;
     session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
@@ -431,6 +464,43 @@ TEST(RemoveBtnClose, ALandscapeStatusBarCountsOnlyInALockedHost)
     session->removeBtnClose();
 
     EXPECT_TRUE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, ALandscapeStatusBarInAHostThatIsNotLockedDoesNotCount)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().bShowHideVideoBtn = true;
+    session.open();
+    session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
+
+    session->removeBtnClose();
+
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, ALandscapeDeviceDoesNotCountForAnAdWithoutThatArrangement)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.ad().landscapeModeType = VideoAdMode{};
+    session.open();
+
+    session->removeBtnClose();
+
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, ALandscapeArrangementOfTheVideoAloneHasNoButtonThatHidesIt)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.open();
+
+    session->removeBtnClose();
+
+    EXPECT_FALSE(session->btnClose.superview());
 }
 
 } // namespace

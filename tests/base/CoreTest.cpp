@@ -169,6 +169,17 @@ TEST(Core, WithoutAKeyWindowTheFirstWindowIsTheDefaultWindow)
     EXPECT_EQ(session->windowDefaultWindow, UIApplication::sharedApplication().windows().front());
 }
 
+TEST(Core, WithoutAnyWindowThereIsNoDefaultWindow)
+{
+    SimulatedPlatform platform(AdSession::manual_world());
+    const PlatformScope scope(platform);
+    const auto controller = QoroVideoWebViewController::create();
+
+    EXPECT_TRUE(controller->init());
+
+    EXPECT_FALSE(controller->windowDefaultWindow);
+}
+
 TEST(Core, TheRemainingTimeLabelIsSmallAndWhite)
 {
     AdSession session;

@@ -329,6 +329,18 @@ TEST(InAppBrowser, BeforeIOS8StandsOnTheHostsWindowInALockedUprightHost)
     EXPECT_TRUE(session->qoroInAppWebViewController->view().superview() == session->windowDefaultWindow);
 }
 
+TEST(InAppBrowser, BeforeIOS8StaysWhereItOpenedInALockedHostThatDoesNotStandUpright)
+{
+    OpenAd session(before_ios8());
+    session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
+    session->bIsLockOneSide = true;
+
+    session->openInAppAction({{"u", "http://l/"}});
+
+    EXPECT_TRUE(session->windowTempWindow);
+    EXPECT_TRUE(session->qoroInAppWebViewController->view().superview() == session->windowTempWindow);
+}
+
 TEST(InAppBrowser, WithoutDataDoesNotOpen)
 {
     OpenAd session;

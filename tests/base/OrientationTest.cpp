@@ -391,6 +391,17 @@ TEST(OrientationFollowUp, DoesNotAcceptUpsideDownForPortrait)
     EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationPortrait);
 }
 
+TEST(OrientationFollowUp, DoesNotAcceptLandscapeRightForPortrait)
+{
+    AdSession session;
+    expect_portrait(session);
+    session.rotate(UIDeviceOrientationLandscapeRight);
+
+    session.let_pass(5);
+
+    EXPECT_EQ(session.count_of(LandscapeLayout), 1U);
+}
+
 TEST(OrientationFollowUp, AcceptsPortraitForPortrait)
 {
     AdSession session;

@@ -106,6 +106,17 @@ TEST(ChangeVideoState, TellsTheScriptEachStateByItsName)
     EXPECT_EQ(session->videoState, VideoEnded);
 }
 
+TEST(ChangeVideoState, AStateBeyondTheNamesIsKeptButNotTold)
+{
+    AdSession session;
+    constexpr auto beyond = static_cast<VideoState>(6);
+
+    session->changeVideoState(beyond);
+
+    EXPECT_EQ(session->videoState, beyond);
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
 TEST(ChangeMoviePlayerStatus, OnlyAssigns)
 {
     AdSession session;
@@ -641,6 +652,18 @@ TEST(Finish, AFullPortraitVideoIsHiddenAtItsEndWhereTheAdWantsIt)
 
     EXPECT_TRUE(session->qoroMoviePlayer.view().isHidden());
     EXPECT_TRUE(session->bHideVideoToShowWebViewInPortraitMode);
+}
+
+TEST(Finish, AFullPortraitVideoStaysAtItsEndUnlessTheAdWantsItHidden)
+{
+    AdSession session;
+    session.ad().strWebViewUrl = "http://ad/page.html";
+    session.ad().portraitVideoPos = FULL;
+    play_until(session, 30);
+
+    session.player_reports_finish(MPMovieFinishReasonPlaybackEnded);
+
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
 }
 
 TEST(Finish, APortraitBandIsNotHiddenByTheFullVideosFlag)

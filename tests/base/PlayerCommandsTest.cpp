@@ -168,11 +168,23 @@ TEST(SetMute, WithoutTheVolumePlumbingIsRefused)
     EXPECT_TRUE(session->bIsMute);
 }
 
-TEST(SetMute, WhileTheVideoIsHiddenIsRefused)
+TEST(SetMute, WhileTheVideoIsHiddenInLandscapeIsRefused)
 {
     AdSession session;
     play(session);
     session->bHideVideoToShowWebViewInLandscapeMode = true;
+
+    session->setMute();
+
+    EXPECT_FALSE(session->bIsMute);
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(SetMute, WhileTheVideoIsHiddenInPortraitIsRefused)
+{
+    AdSession session;
+    play(session);
+    session->bHideVideoToShowWebViewInPortraitMode = true;
 
     session->setMute();
 

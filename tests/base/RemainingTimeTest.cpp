@@ -284,6 +284,19 @@ TEST(RemainingTimeLabel, StandsInTheLowerLeftCornerOfTheBand)
     EXPECT_EQ(session->labelRemainderTime.frame(), (CGRect{10, 184.4375, 35, 16}));
 }
 
+TEST(RemainingTimeLabel, OfABandInALockedHostStandsOnTheBandsLowerEdge)
+{
+    AdSession session;
+    session.open();
+    session.player_lasts(30);
+    session.rotate(UIDeviceOrientationLandscapeRight);
+    session->bIsLockOneSide = true;
+
+    session->updateRemainderTime();
+
+    EXPECT_EQ(session->labelRemainderTime.frame().y, 184.4375);
+}
+
 TEST(RemainingTimeLabel, StandsOnTopOfTheVideo)
 {
     AdSession session;

@@ -100,6 +100,17 @@ TEST(VideoReplay, WithTheButtonsGoneNobodyCountsAsTheButton)
     EXPECT_THAT(session.fetched(), IsEmpty());
 }
 
+TEST(VideoReplay, AskedForByAnotherButtonSendsNone)
+{
+    AdSession session;
+    session.ad().arrayReplayTrackingUrls = {"http://t/1"};
+    play_to_the_end(session);
+
+    session->videoReplay(session->btnPlayAndPause);
+
+    EXPECT_THAT(session.transcript(), ElementsAre("player play"));
+}
+
 TEST(VideoReplay, StartsProgressOverAndForgetsThatTheVideoFinished)
 {
     AdSession session;
@@ -269,6 +280,18 @@ TEST(PlayNextVideo, AutoCloseIsTakenWhereItIsGiven)
     EXPECT_FALSE(session.ad().bIsAutoClose);
     session->playNextVideo({{"v_u", "http://ad/v.mp4"}, {"auto_close", 2}});
     EXPECT_TRUE(session.ad().bIsAutoClose);
+}
+
+TEST(PlayNextVideo, NumbersThatComeAsTextsAreReadAsNumbers)
+{
+    AdSession session;
+    play(session);
+
+    session->playNextVideo({{"v_u", "http://ad/v.mp4"}, {"auto_close", "1"}, {"tracking_interval", "2.5"}});
+    EXPECT_TRUE(session.ad().bIsAutoClose);
+    EXPECT_EQ(session->timerSendTrackingToServer.timeInterval(), 2.5);
+    session->playNextVideo({{"v_u", "http://ad/v.mp4"}, {"auto_close", "0"}});
+    EXPECT_FALSE(session.ad().bIsAutoClose);
 }
 
 TEST(PlayNextVideo, ButtonsThatAreNoListLeaveTheAdWithoutButtons)

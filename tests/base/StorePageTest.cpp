@@ -73,6 +73,18 @@ TEST(StorePage, OnAPhoneASecondPageUsesTheWindowAgain)
     EXPECT_NE(page_of_phone(session), first);
 }
 
+TEST(StorePage, OnAPhoneAPauseMakesNoFurtherPage)
+{
+    AdSession session;
+    open_store_ad(session);
+    session.plays();
+    session.forget();
+
+    session.pauses_at(3);
+
+    EXPECT_THAT(session.lines("kit"), IsEmpty());
+}
+
 TEST(StorePage, DismissedOnAPhoneClosesTheAd)
 {
     AdSession session;
@@ -163,6 +175,21 @@ TEST(StoreWindow, IsTakenDownOnAPhone)
     EXPECT_TRUE(window.isHidden());
     EXPECT_FALSE(session->appStoreWindow);
     EXPECT_TRUE(session->windowDefaultWindow.isKeyWindow());
+}
+
+TEST(StoreWindow, IsTakenDownWhereTheHostHasNoWindowToGiveTheKeyTo)
+{
+    AdSession session;
+    open_store_ad(session);
+    const UIWindow window = session->appStoreWindow;
+    const UIWindow host = session->windowDefaultWindow;
+    session->windowDefaultWindow = nullptr;
+
+    session->removeAppStoreWindow();
+
+    EXPECT_TRUE(window.isHidden());
+    EXPECT_FALSE(session->appStoreWindow);
+    EXPECT_FALSE(host.isKeyWindow());
 }
 
 TEST(StoreWindow, IsLeftAloneOnATablet)
