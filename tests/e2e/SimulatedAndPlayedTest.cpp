@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -245,9 +246,17 @@ std::vector<Line> compared(const std::vector<json>& trace)
 TEST(SimulatedAndPlayed, TheDemoAdIsTheSameInBoth)
 {
     const Folder folder;
-    PlayedAd ad({DemoFolder + "/ad.json", "--steps", folder.write("steps.json", steps())});
-    ASSERT_EQ(ad.exit_status(60), 0) << ad.complaints();
-    const std::vector<json> played_trace = ad.trace();
+    const std::string steps_file = folder.write("steps.json", steps());
+    std::unique_ptr<PlayedAd> ad;
+    std::vector<json> played_trace;
+    // The page has to listen before the first step; a machine that is busy with other things is given another chance.
+    for (int chances = 5; chances > 0; --chances) {
+        ad = std::make_unique<PlayedAd>(std::vector{DemoFolder + "/ad.json", std::string("--steps"), steps_file});
+        ASSERT_EQ(ad->exit_status(60), 0) << ad->complaints();
+        played_trace = ad->trace();
+        if (subscribed(played_trace) < 0.9)
+            break;
+    }
     const std::vector<json> simulated_trace = simulated(folder.write("scenario.json", scenario_of(played_trace)));
 
     const std::vector<Line> played = compared(played_trace);
@@ -268,7 +277,7 @@ TEST(SimulatedAndPlayed, TheDemoAdIsTheSameInBoth)
     // Something was to be compared.
     for (const char* tracker : {"start", "mute", "firstQuartile", "midpoint", "thirdQuartile", "pause", "resume",
                                 "unmute", "complete", "close", "progress/3", "progress/8"})
-        EXPECT_GT(ad.hits_of(std::string("/t/") + tracker + "?"), 0) << tracker;
+        EXPECT_GT(ad->hits_of(std::string("/t/") + tracker + "?"), 0) << tracker;
 }
 
 } // namespace qoro::test
