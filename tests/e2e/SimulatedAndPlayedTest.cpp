@@ -249,21 +249,24 @@ TEST(SimulatedAndPlayed, TheDemoAdIsTheSameInBoth)
     const std::string steps_file = folder.write("steps.json", steps());
     std::unique_ptr<PlayedAd> ad;
     std::vector<json> played_trace;
-    // The page has to listen before the first step; a machine that is busy with other things is given another chance.
-    for (int chances = 5; chances > 0; --chances) {
+    // When the video plays and the page listens.
+    const auto listens = [](const std::vector<json>& trace) {
+        return std::max(first(trace, {{"event", "video_play"}}), subscribed(trace));
+    };
+    // That has to be before the first step; a machine that is busy with other things is given another chance.
+    for (int chances = 3; played_trace.empty() || listens(played_trace) > 0.8; --chances) {
+        if (chances == 0)
+            GTEST_SKIP() << "this machine is too busy to show the page within a second";
         ad = std::make_unique<PlayedAd>(std::vector{DemoFolder + "/ad.json", std::string("--steps"), steps_file});
         ASSERT_EQ(ad->exit_status(60), 0) << ad->complaints();
         played_trace = ad->trace();
-        if (subscribed(played_trace) < 0.9)
-            break;
     }
     const std::vector<json> simulated_trace = simulated(folder.write("scenario.json", scenario_of(played_trace)));
 
     const std::vector<Line> played = compared(played_trace);
     const std::vector<Line> simulated = compared(simulated_trace);
     // The machine alone decides when the page and the video are there.
-    const double ready =
-        std::max(first(played_trace, {{"event", "video_play"}}), subscribed(played_trace)) + SimulatedLoad;
+    const double ready = listens(played_trace) + SimulatedLoad;
     for (std::size_t i = 0; i < std::min(played.size(), simulated.size()); ++i) {
         ASSERT_EQ(played[i].rest, simulated[i].rest)
             << "at " << played[i].t << " s when played, " << simulated[i].t << " s when simulated";
