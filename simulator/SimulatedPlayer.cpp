@@ -8,6 +8,19 @@
 namespace qoro
 {
 
+namespace
+{
+
+/// Seconds of media as microseconds, held some seventy thousand years around 0: two of them and the session's time can
+/// be added.
+std::int64_t media_microseconds(double seconds)
+{
+    constexpr std::int64_t Farthest = std::int64_t{1} << 61;
+    return std::clamp(to_microseconds(seconds), -Farthest, Farthest);
+}
+
+} // namespace
+
 std::unique_ptr<PlayerEngine> SimulatedPlayers::make_player(const NSURL& source, PlayerListener& listener)
 {
     return std::make_unique<SimulatedPlayer>(*this, source, listener);
@@ -71,7 +84,9 @@ void SimulatedPlayer::seek(double time)
         manual_time_ = time;
     } else if (!stalled_) {
         ended_ = false;
-        put(std::clamp<std::int64_t>(to_microseconds(time), 0, to_microseconds(duration_)));
+        // A step's news may have made the duration negative.
+        const std::int64_t end = std::max<std::int64_t>(media_microseconds(duration_), 0);
+        put(std::clamp<std::int64_t>(media_microseconds(time), 0, end));
     }
 }
 
@@ -81,7 +96,7 @@ double SimulatedPlayer::current_time() const
         return manual_time_;
     const std::int64_t now = position();
     // Exactly the duration at the end, also when it is no whole number of microseconds.
-    return now == to_microseconds(duration_) ? duration_ : static_cast<double>(now) / 1e6;
+    return now == media_microseconds(duration_) ? duration_ : static_cast<double>(now) / 1e6;
 }
 
 void SimulatedPlayer::take(const PlayerNews& news)
@@ -95,7 +110,7 @@ void SimulatedPlayer::take(const PlayerNews& news)
         manual_time_ = *news.time;
         ended_ = false;
     }
-    put(news.time ? to_microseconds(*news.time) : now);
+    put(news.time ? media_microseconds(*news.time) : now);
     // Whoever hears the news may end the player.
     if (news.load) {
         load_state_ = *news.load;
@@ -182,7 +197,7 @@ void SimulatedPlayer::begin_playing()
 void SimulatedPlayer::look_ahead()
 {
     players_.loop_.stop_timer(std::exchange(ahead_timer_, 0));
-    const std::int64_t end = to_microseconds(duration_);
+    const std::int64_t end = media_microseconds(duration_);
     if (manual() || !playing() || end <= 0)
         return;
     std::int64_t next = end;
@@ -252,7 +267,7 @@ void SimulatedPlayer::come_to_it()
     case Ahead::End:
         ended_ = true;
         set_playback_state(MPMoviePlaybackStatePaused);
-        position_ = to_microseconds(duration_);
+        position_ = media_microseconds(duration_);
         post(Event::ReportPlayback);
         post(Event::ReportEnd);
         break;

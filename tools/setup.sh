@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs what is missing of Debian's packages: tools/setup.sh play | test | bench
+# Installs what is missing of Debian's packages: tools/setup.sh play | test | bench | fuzz | coverage
 # Says what it installs before it does; installs nothing, and says nothing, when everything is there.
 set -eu
 
@@ -11,14 +11,18 @@ run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ba
     gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap xdg-dbus-proxy glib-networking
     xvfb dbus"
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg clang-format"
+fuzz="clang libclang-rt-14-dev"
+coverage="libgtest-dev libgmock-dev gcovr"
 bench="libbenchmark-dev libx11-dev libxext-dev mpv gstreamer1.0-plugins-base-apps ffmpeg python3"
 
 case "${1-}" in
 play) wanted="$build $run" ;;
-test) wanted="$build $run $test" ;;
+test) wanted="$build $run $test $fuzz" ;;
+fuzz) wanted="$build $fuzz" ;;
+coverage) wanted="$build $coverage" ;;
 bench) wanted="$build $run $bench" ;;
 *)
-    echo "usage: tools/setup.sh play | test | bench" >&2
+    echo "usage: tools/setup.sh play | test | bench | fuzz | coverage" >&2
     exit 2
     ;;
 esac

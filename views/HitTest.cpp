@@ -3,7 +3,6 @@
 
 #include <cmath>
 #include <optional>
-#include <ranges>
 
 namespace qoro
 {
@@ -52,8 +51,8 @@ std::shared_ptr<ViewNode> reached(const std::shared_ptr<ViewNode>& view, CGPoint
     const std::optional<CGPoint> own = held_point(*view, point);
     if (!own)
         return nullptr;
-    for (const auto& subview : std::views::reverse(view->subviews))
-        if (auto found = reached(subview, *own))
+    for (auto subview = view->subviews.rbegin(); subview != view->subviews.rend(); ++subview)
+        if (auto found = reached(*subview, *own))
             return found;
     return view;
 }
@@ -63,9 +62,9 @@ std::shared_ptr<ViewNode> reached(const std::shared_ptr<ViewNode>& view, CGPoint
 std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point)
 {
     const auto windows = platform.shared<WindowList>().visible_from_below();
-    for (const auto& window : std::views::reverse(windows))
-        if (held_point(*window, point))
-            return reached(window, point);
+    for (auto window = windows.rbegin(); window != windows.rend(); ++window)
+        if (held_point(**window, point))
+            return reached(*window, point);
     return nullptr;
 }
 

@@ -422,5 +422,47 @@ TEST(ManualPlayer, PostsItsNewsAsLoadThenStateThenFinishInsideTheCall)
     EXPECT_EQ(run.player->duration(), 30);
 }
 
+TEST(ManualPlayer, NewsOfATimeBeyondAllMediaDoesNotStopLaterNews)
+{
+    PlayerRun run(manual());
+    PlayerNews far = playing_news();
+    far.time = 1e300;
+    static_cast<SimulatedPlayer&>(*run.player).take(far);
+    run.run_until(2);
+
+    PlayerNews news;
+    news.time = 3;
+    static_cast<SimulatedPlayer&>(*run.player).take(news);
+
+    EXPECT_EQ(run.player->current_time(), 3);
+}
+
+TEST(AutomaticPlayer, PlayingFromATimeFarBeforeTheBeginIsNowhereNearTheEnd)
+{
+    PlayerRun run(lasting(10));
+    run.run_until(1.3);
+    PlayerNews far;
+    far.time = -1e300;
+    static_cast<SimulatedPlayer&>(*run.player).take(far);
+
+    run.run_until(1000);
+
+    EXPECT_EQ(run.player->playback_state(), MPMoviePlaybackStatePlaying);
+    EXPECT_LT(run.player->current_time(), -1e12);
+}
+
+TEST(AutomaticPlayer, ASeekStaysAtTheBeginOfAVideoWhoseNewsIsANegativeDuration)
+{
+    PlayerRun run(lasting(10));
+    run.run_until(1);
+    PlayerNews news;
+    news.duration = -5;
+    static_cast<SimulatedPlayer&>(*run.player).take(news);
+
+    run.player->seek(3);
+
+    EXPECT_EQ(run.player->current_time(), 0);
+}
+
 } // namespace
 } // namespace qoro

@@ -42,10 +42,15 @@ constexpr Macro macros[] = {
     {"{Zulix-uuid-md5}", [](const Ad&) { return objectText(Ad::md5(QoroAdManager::sharedInstance().imei())); }},
 };
 
-void replaceAll(std::string& text, std::string_view part, const std::string& value)
+std::string replacedAll(std::string_view text, std::string_view part, const std::string& value)
 {
-    for (std::size_t at = text.find(part); at != std::string::npos; at = text.find(part, at + value.size()))
-        text.replace(at, part.size(), value);
+    std::string result;
+    std::size_t rest = 0;
+    for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, rest)) {
+        result.append(text, rest, at - rest).append(value);
+        rest = at + part.size();
+    }
+    return result.append(text, rest);
 }
 
 } // namespace
@@ -57,7 +62,7 @@ NSString QoroVideoWebViewController::getTrackingUniqueInfo(const NSString& url) 
     std::string text = url.text();
     for (const Macro& macro : macros) {
         if (text.find(macro.name) != std::string::npos)
-            replaceAll(text, macro.name, macro.value(*this));
+            text = replacedAll(text, macro.name, macro.value(*this));
     }
     return text;
 }

@@ -1,0 +1,56 @@
+// The ad's buttons, a JSON list: all shown, tapped, and done one by one, on a phone and on a tablet.
+
+#include "session/Operations.h"
+#include "tests/fuzz/FuzzSession.h"
+#include "tests/fuzz/FuzzTarget.h"
+#include "tests/support/AdSession.h"
+
+namespace qoro
+{
+
+namespace
+{
+
+/// Whatever the action has opened is closed again.
+void come_back(AdSession& session)
+{
+    session.let_pass(0.5);
+    session.platform().dispatch([&] {
+        for (const char* closing : {"closeInAppWebView", "closeInAppApplication", "didDismissStoreViewController"})
+            call_operation(session.controller(), closing, {});
+    });
+    session.let_pass(0.5);
+}
+
+void tap_and_do(const NSArray& buttons, bool phone)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.phone = phone;
+    world.device.facts.ios8 = !phone;
+    world.device.facts.can_send_text = phone;
+    AdSession session(world, {.parent = true});
+    session.ad().arrayButtonsInfo = buttons;
+    session.open();
+    session.plays();
+    session.tap(session->btnActionOne);
+    come_back(session);
+    session.tap(session->btnActionTwo);
+    come_back(session);
+    for (std::size_t i = 0; i < std::min<std::size_t>(buttons.count(), 8); ++i) {
+        session.platform().dispatch([&] { session->checkLaunchType(buttons[i].dictionary()); });
+        come_back(session);
+    }
+}
+
+} // namespace
+
+void fuzz::run_input(std::string_view input)
+{
+    const NSArray buttons = values_of(input);
+    if (!buttons)
+        return;
+    tap_and_do(buttons, true);
+    tap_and_do(buttons, false);
+}
+
+} // namespace qoro
