@@ -15,7 +15,7 @@ extern "C" const char* __lsan_default_suppressions()
 {
     return "leak:libfontconfig\n"
            "leak:libjavascriptcoregtk\n"
-           "leak:_dl_init\n"
+           "leak:ld-linux\n"
            "leak:g_intern_\n"
            "leak:g_quark_\n"
            "leak:libgstsoup\n";
