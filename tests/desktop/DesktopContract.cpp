@@ -1,9 +1,9 @@
 #include "tests/contract/PageContract.h"
 #include "tests/contract/PlayerContract.h"
 #include "tests/contract/VolumeContract.h"
+#include "tests/desktop/support/Desktop.h"
 
 #include "desktop/DesktopPlatform.h"
-#include "desktop/screen/Toolkit.h"
 #include "tests/desktop/media/SoundServer.h"
 #include "tests/desktop/media/VideoServer.h"
 #include "views/ViewNode.h"
@@ -205,7 +205,7 @@ private:
 
 std::unique_ptr<ContractPlatform> make(const ContractNeeds& needs)
 {
-    static const bool started = start_toolkit();
+    const bool started = start_desktop();
     EXPECT_TRUE(started) << "these tests need a display";
     return std::make_unique<DesktopContract>(needs);
 }

@@ -2,10 +2,10 @@
 
 #include "desktop/images/GdkImages.h"
 #include "desktop/screen/PictureSource.h"
-#include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebKitEngine.h"
 #include "platform/MediaPlayer.h"
 #include "tests/desktop/support/BarePlatform.h"
+#include "tests/desktop/support/Desktop.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
@@ -142,7 +142,7 @@ struct Target : Object {
 class ScreenTest : public testing::Test
 {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(start_toolkit()) << "these tests need a display"; }
+    static void SetUpTestSuite() { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
 
     ScreenTest()
     {

@@ -1,9 +1,9 @@
 #include "desktop/web/WebKitEngine.h"
 
-#include "desktop/screen/Toolkit.h"
 #include "desktop/web/ScriptLibrary.h"
 #include "desktop/web/ValueJson.h"
 #include "tests/desktop/support/BarePlatform.h"
+#include "tests/desktop/support/Desktop.h"
 
 #include <gtest/gtest.h>
 #include <libsoup/soup.h>
@@ -92,7 +92,7 @@ struct Recorder : WebListener {
 class WebKitEngineTest : public testing::Test
 {
 protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(start_toolkit()) << "these tests need a display"; }
+    static void SetUpTestSuite() { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
 
     void load(const std::string& html) { engine->load_html(html, NSURL::URLWithString(server.base())); }
 
