@@ -278,6 +278,23 @@ TEST_F(GstPlayerTest, a_replay_asks_the_server_for_nothing_again)
     EXPECT_EQ(server.requests(), asked);
 }
 
+TEST_F(GstPlayerTest, what_it_keeps_of_a_video_has_no_name_to_be_left_behind)
+{
+    watch.open(served());
+    ASSERT_TRUE(watch.until("state 1"));
+
+    int kept = 0;
+    for (const auto& open_file : std::filesystem::directory_iterator("/proc/self/fd")) {
+        std::error_code closed;
+        const std::string name = std::filesystem::read_symlink(open_file, closed).string();
+        if (name.find("/qoro-video-") == std::string::npos)
+            continue;
+        ++kept;
+        EXPECT_TRUE(name.ends_with(" (deleted)")) << name;
+    }
+    EXPECT_EQ(kept, 1);
+}
+
 // --------------------------------------------------------------------------------------------------------- seeking
 
 TEST_F(GstPlayerTest, a_seek_while_it_plays_goes_on_playing_from_there)

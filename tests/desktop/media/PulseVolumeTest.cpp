@@ -172,7 +172,8 @@ TEST_F(SystemVolumeTest, leaves_alone_what_it_did_not_change)
     EXPECT_EQ(sound.device_volume(), "44%");
 }
 
-// Run by the next test, as a program of its own.
+// No test of its own, so no run counts it: it kills its process. The next test runs it as a program of its own, and
+// looks at what the crash left.
 TEST(CrashingProgram, DISABLED_changes_the_volume_and_crashes)
 {
     GlibLoop loop;

@@ -609,7 +609,8 @@ std::set<std::string> page_process_namespaces()
 TEST_F(WebKitEngineTest, pages_run_locked_away_where_the_sandbox_works)
 {
     if (!sandbox_works())
-        GTEST_SKIP() << "this machine withholds the sandbox";
+        GTEST_SKIP()
+            << "this machine withholds the sandbox (bwrap or xdg-dbus-proxy fails), so no page can be locked away";
     load("<p>hello</p>");
     wait_for("finish");
     const std::string ours = std::filesystem::read_symlink("/proc/self/ns/pid").string();
