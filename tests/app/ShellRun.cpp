@@ -46,4 +46,13 @@ ShellResult run_shell(const std::string& line, const std::string& input)
     return result;
 }
 
+std::vector<std::string> lines_of(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
 } // namespace qoro::test

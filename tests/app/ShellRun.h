@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace qoro::test
 {
@@ -15,5 +16,8 @@ struct ShellResult {
 /// Runs a line of shell in this project's folder, where `qoro-ad` is the program that was built with these tests.
 /// @param input what stands on standard input
 ShellResult run_shell(const std::string& line, const std::string& input = "");
+
+/// A text's lines, without their ends.
+std::vector<std::string> lines_of(const std::string& text);
 
 } // namespace qoro::test

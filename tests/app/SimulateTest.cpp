@@ -19,15 +19,6 @@ using Json = nlohmann::json;
 
 const std::string Session = "examples/simulator/first-session.json";
 
-std::vector<std::string> lines_of(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
 /// A scenario in one line: an ad that is muted at a second.
 std::string muted_at(int second)
 {

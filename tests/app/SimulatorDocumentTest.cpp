@@ -39,15 +39,6 @@ std::vector<Block> blocks_of_document()
     return blocks;
 }
 
-std::vector<std::string> lines_of(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
 /// Whether lines are those shown, where a shown "…" stands for one line or more.
 testing::AssertionResult shows(const std::vector<std::string>& shown, const std::vector<std::string>& lines)
 {
