@@ -36,6 +36,10 @@ COMPARISONS = {
 ARITHMETIC = {"+": ("plus", ["-"]), "-": ("minus", ["+"]), "*": ("times", ["/"]), "/": ("divided", ["*"])}
 LOGICAL = {"&&": ("both", ["||", "left alone", "right alone"]), "||": ("either", ["&&", "left alone", "right alone"])}
 
+# Operations that set one aspect of a thing and do nothing else; those of one place follow each other.
+SETTER = re.compile(r"addTarget|set(?!CurrentPlaybackTime|Value|RootViewController|QoroMoviePlayer)\w+")
+PLACING = {"setFrame", "setCenter", "setTransform"}
+
 
 class Rewriter:
     """The mutants of one file, and the edits that bring them in."""
@@ -118,7 +122,7 @@ class Rewriter:
         children = list(cursor.get_children())
         if cursor.kind == self.kinds.BINARY_OPERATOR and len(children) == 2:
             left, right = children
-        elif cursor.kind == self.kinds.CALL_EXPR and re.fullmatch(r"operator[<>=!+*/&|-]+", cursor.spelling) and len(children) == 3:
+        elif cursor.kind == self.kinds.CALL_EXPR and re.fullmatch(r"operator(?:[<>!=]=|[<>=+*/&|-]|&&|\|\|)", cursor.spelling) and len(children) == 3:
             left, _, right = children
         else:
             return None
@@ -159,6 +163,8 @@ class Rewriter:
         if kind == k.CXX_BOOL_LITERAL_EXPR:
             self.wrap(cursor, "flip", "the opposite")
             return True
+        if kind == k.CALL_EXPR and cursor.type.spelling.endswith("Action"):
+            return True  # Who is called, and the name that the call is known by.
         if kind == k.STRING_LITERAL:
             self.wrap(cursor, "text", f"another text than {self.text(*self.span(cursor))[:40]}")
             return True
@@ -248,13 +254,14 @@ class Rewriter:
 
     def sequence(self, statements):
         count = len(statements)
-        changes = [f"without {self.shortened(s)}" for s in statements]
-        swaps = [f"after its follower: {self.shortened(s)}" for s in statements[:-1]]
         number = self.next
-        for at, statement in enumerate(statements):
-            self.add(statement, changes[at])
-        for at, statement in enumerate(statements[:-1]):
-            self.add(statement, swaps[at])
+        for statement in statements:
+            self.add(statement, f"without {self.shortened(statement)}")
+        for first, second in zip(statements, statements[1:]):
+            if self.independent(first, second):
+                self.next += 1  # The number stays unused.
+            else:
+                self.add(first, f"after its follower: {self.shortened(first)}")
         for at, statement in enumerate(statements):
             head = f"::qoro::mutation::sequence({number}, [&] {{ " if at == 0 else "[&] { "
             self.around(statement.extent.start.offset, self.end_of(statement), head, " }, " if at + 1 < count else " });")
@@ -262,6 +269,33 @@ class Rewriter:
 
     def shortened(self, statement):
         return re.sub(r"\s+", " ", self.text(*self.span(statement)))[:60]
+
+    def setting(self, statement):
+        """(what, aspect) of a statement that only sets one aspect of a thing; else None."""
+        statement = self.bare(statement)
+        children = list(statement.get_children())
+        text = self.shortened(statement)
+        if statement.kind == self.kinds.BINARY_OPERATOR or statement.spelling == "operator=":
+            parts = self.operands(statement)
+            if parts and parts[1] == "=" and "NSTimer" not in text:
+                return self.shortened(parts[0]), "value"
+        elif statement.kind == self.kinds.CALL_EXPR and SETTER.fullmatch(statement.spelling) and children:
+            receiver = list(children[0].get_children())
+            if receiver:
+                return self.shortened(receiver[0]), statement.spelling
+        return None
+
+    def independent(self, first, second):
+        """Whether two statements set different things, neither by what the other has set: their order has no effect."""
+        settings = self.setting(first), self.setting(second)
+        if None in settings:
+            return False
+        (thing, aspect), (other, other_aspect) = settings
+        if thing == other:
+            return aspect != other_aspect and not {aspect, other_aspect} <= PLACING
+        name = r"(?<!\w){}(?!\w)".format
+        return not re.search(name(re.escape(thing)), self.text(*self.span(second))) and not re.search(
+            name(re.escape(other)), self.text(*self.span(first)))
 
     def is_plain_statement(self, cursor):
         return cursor.kind.is_expression()
@@ -336,16 +370,18 @@ def write(tree):
 
     index = cindex.Index.create()
     mutants = []
+    following = 1
     for name in sorted(n for n in names if n.startswith("Base/") and n.endswith((".cpp", ".h")) and n not in LEFT_OUT):
         unit = index.parse(str(ROOT / name), args=["-x", "c++", "-std=c++20", f"-I{ROOT}"])
         faults = [d for d in unit.diagnostics if d.severity >= cindex.Diagnostic.Error]
         if faults:
             sys.exit(f"mutation: {name}: {faults[0]}")
-        rewriter = Rewriter(name, cindex, len(mutants) + 1)
+        rewriter = Rewriter(name, cindex, following)
         for cursor in unit.cursor.get_children():
             if rewriter.within_file(cursor):
                 rewriter.visit(cursor)
         mutants += sorted(rewriter.mutants, key=lambda mutant: mutant["number"])
+        following = rewriter.next
         write_changed(tree / name, rewriter.result())
     (tree / "mutants.json").write_text(json.dumps(mutants, indent=1))
     print(f"{len(mutants)} mutants")
