@@ -2,13 +2,18 @@
 
 #include <gmock/gmock.h>
 
+#include <functional>
 #include <limits>
+#include <memory>
+#include <string>
+#include <vector>
 
 namespace qoro
 {
 namespace
 {
 
+using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
@@ -26,6 +31,14 @@ void play(AdSession& session, double duration = 30)
     session.open();
     session.plays(duration);
 }
+
+/// An ad controller that asks something as soon as a click is counted: what it finds shows what has happened by then.
+struct AskingParent : QoroPhoneGapViewController {
+    void clickRequester() override { answer = ask(); }
+
+    std::function<std::string()> ask;
+    std::string answer;
+};
 
 TEST(InitSendTrackingState, LeavesStatesThatTheAdDoesNotName)
 {
@@ -163,35 +176,28 @@ TEST(Milestones, StartIsSentOnTheFirstTickAndOnce)
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/start"));
 }
 
-TEST(Milestones, AreInclusiveAtTheirLowerEnd)
+TEST(Milestones, AreDueFromTheirShareOn)
 {
-    AdSession session;
-    track_milestones(session);
-    play(session, 40);
-
-    session.player_is_at(10);
-    session->checkSendVideoTracking();
-    session.player_is_at(20);
-    session->checkSendVideoTracking();
-    session.player_is_at(30);
-    session->checkSendVideoTracking();
-
-    EXPECT_THAT(session.fetched(), ElementsAre("http://t/start", "http://t/first", "http://t/mid", "http://t/third"));
+    const std::vector<std::string> all = {"http://t/start", "http://t/first", "http://t/mid", "http://t/third"};
+    const struct {
+        double time;
+        std::size_t due;
+    } rows[] = {
+        {-1, 1}, {0, 1}, {9.99, 1}, {10, 2}, {19.99, 2}, {20, 3}, {29.99, 3}, {30, 4}, {40, 4}, {41, 4},
+    };
+    for (const auto& row : rows) {
+        AdSession session;
+        track_milestones(session);
+        play(session, 40);
+        session.player_is_at(row.time);
+        session->checkSendVideoTracking();
+        EXPECT_THAT(session.fetched(),
+                    testing::UnorderedElementsAreArray(all.begin(), all.begin() + static_cast<int>(row.due)))
+            << row.time;
+    }
 }
 
-TEST(Milestones, JustBelowAQuarterIsNotTheFirstQuartile)
-{
-    AdSession session;
-    track_milestones(session);
-    play(session, 40);
-
-    session.player_is_at(9.99);
-    session->checkSendVideoTracking();
-
-    EXPECT_THAT(session.fetched(), ElementsAre("http://t/start"));
-}
-
-TEST(Milestones, TheShareIsTakenInSinglePrecision)
+TEST(Milestones, TheTimesAreTakenInSinglePrecision)
 {
     AdSession session;
     track_milestones(session);
@@ -202,6 +208,63 @@ TEST(Milestones, TheShareIsTakenInSinglePrecision)
     session->checkSendVideoTracking();
 
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/start", "http://t/first"));
+}
+
+TEST(Milestones, TheShareIsTakenInSinglePrecision)
+{
+    // Below three quarters in double precision; single precision rounds it up to them.
+    constexpr float duration = 6.1F;
+    constexpr float time = 4.575F;
+    static_assert(static_cast<double>(time) / static_cast<double>(duration) < 0.75);
+    AdSession session;
+    track_milestones(session);
+    play(session, duration);
+
+    session.player_is_at(time);
+    session->checkSendVideoTracking();
+
+    EXPECT_THAT(session.fetched(), Contains("http://t/third"));
+}
+
+TEST(Milestones, AtATimeThatIsNoNumberOnlyStartIsSent)
+{
+    AdSession session;
+    track_milestones(session);
+    session.ad().dicProgressTrackingUrls = {{"0", NSArray::of_strings({"http://t/0"})}};
+    play(session, 40);
+
+    session.player_is_at(std::numeric_limits<double>::quiet_NaN());
+    session.let_pass(3);
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://t/start"));
+}
+
+TEST(Milestones, WithoutATableOfWhatWasSentAreSentOnEveryTick)
+{
+    AdSession session;
+    session.ad().strVideoUrl = "";
+    session.open();
+    session->playNextVideo({{"v_u", "http://ad/next.mp4"},
+                            {"v_tracking", NSDictionary{{"start", NSArray::of_strings({"http://t/start"})}}}});
+    session.plays();
+
+    session.let_pass(3);
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://t/start", "http://t/start", "http://t/start"));
+}
+
+TEST(Milestones, AreMarkedBeforeTheyAreSent)
+{
+    AdSession session;
+    session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"c"})}};
+    const auto parent = std::make_shared<AskingParent>();
+    session->setParentViewController(parent);
+    play(session);
+    parent->ask = [&session] { return as_text(session->dicSendTrackingState); };
+
+    session->checkSendVideoTracking();
+
+    EXPECT_EQ(parent->answer, R"({"start":"1"})");
 }
 
 TEST(Milestones, ASeekFromTenToEightyPercentSendsThreeEachOnce)
@@ -328,6 +391,22 @@ TEST(TimeOffsets, ZeroAndWhatIsNoNumberAreDueAtOnceInTheirOrder)
 
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/0", "http://t/soon", "http://t/start"));
     EXPECT_EQ(as_text(session.ad().dicProgressTrackingUrls), R"({"9":["http://t/9"]})");
+}
+
+TEST(TimeOffsets, AreSentBeforeTheyAreForgotten)
+{
+    AdSession session;
+    track_milestones(session);
+    session.ad().dicProgressTrackingUrls = {{"0", NSArray::of_strings({"c"})}};
+    const auto parent = std::make_shared<AskingParent>();
+    session->setParentViewController(parent);
+    play(session);
+    parent->ask = [&session] { return as_text(session.ad().dicProgressTrackingUrls); };
+
+    session->checkSendVideoTracking();
+
+    EXPECT_EQ(parent->answer, R"({"0":["c"]})");
+    EXPECT_EQ(as_text(session.ad().dicProgressTrackingUrls), "{}");
 }
 
 TEST(TimeOffsets, AreNotSentAgainAfterAReplay)

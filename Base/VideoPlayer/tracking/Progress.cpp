@@ -1,5 +1,6 @@
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 
+#include <cmath>
 #include <limits>
 #include <string>
 #include <string_view>
@@ -23,10 +24,10 @@ constexpr Milestone milestones[] = {
     {"thirdQuartile", 0.75},
 };
 
-/// The share played, in single precision as the player's times are read; 0 while the duration is unknown.
+/// The share played, in single precision as the player's times are read; 0 while the duration or the time is unknown.
 double playedShare(float time, float duration)
 {
-    return duration > 0 ? static_cast<double>(time / duration) : 0.0;
+    return duration > 0 && !std::isnan(time) ? static_cast<double>(time / duration) : 0.0;
 }
 
 } // namespace
