@@ -124,9 +124,11 @@ TEST(Macros, TheKitsIdentifiersAreWrittenAsTheyAre)
 TEST(Macros, TheSessionIsRoundedToAWholeNumber)
 {
     AdSession session;
-    session->dSessionId = 12.6;
 
+    session->dSessionId = 12.6;
     EXPECT_EQ(session->getTrackingUniqueInfo("{Zulix-Sid}"), "13");
+    session->dSessionId = 12.5;
+    EXPECT_EQ(session->getTrackingUniqueInfo("{Zulix-Sid}"), "12");
 }
 
 TEST(Macros, AnAbsentCookieIsWrittenAsNull)
@@ -158,20 +160,35 @@ TEST(Macros, AbsentNamesAndIdentifiersAreWrittenAsNull)
     EXPECT_EQ(session->getTrackingUniqueInfo("{Zulix-app}/{Zulix-uuid}/{Zulix-uuid-md5}"), "(null)/(null)/(null)");
 }
 
-TEST(Macros, AValueThatNamesALaterMacroIsExpandedAgain)
+TEST(Macros, AValueThatNamesALaterMacroIsExpandedAgainButNotItselfOrAnEarlierOne)
 {
-    AdSession session;
-    session->strCookieGuid = "{Zulix-Seq}";
-
-    EXPECT_EQ(session->getTrackingUniqueInfo("{Zulix-Guid}"), "7");
+    const struct {
+        const char* cookie;
+        const char* expanded;
+    } rows[] = {
+        {"{CurrentTime}", "{CurrentTime}"},
+        {"{TotalTime}", "{TotalTime}"},
+        {"{Zulix-Guid}", "{Zulix-Guid}"},
+        {"{Zulix-Sid}", "1700000000"},
+        {"{Zulix-Seq}", "7"},
+        {"{Zulix-app}", "900150983cd24fb0d6963f7d28e17f72"},
+        {"{Zulix-uuid}", "device"},
+        {"{Zulix-uuid-md5}", "913f9c49dcb544e2087cee284f4a00b7"},
+    };
+    for (const auto& row : rows) {
+        AdSession session(world_with_facts("device", "abc"));
+        session->strCookieGuid = row.cookie;
+        EXPECT_EQ(session->getTrackingUniqueInfo("{Zulix-Guid}"), row.expanded);
+    }
 }
 
-TEST(Macros, AValueThatNamesItselfOrAnEarlierMacroIsNot)
+TEST(Macros, ADeviceThatNamesItsDigestIsExpandedAgainButNotOneThatNamesTheApplication)
 {
-    AdSession session;
-    session->strCookieGuid = "{Zulix-Guid}{TotalTime}";
+    AdSession digest(world_with_facts("{Zulix-uuid-md5}", "abc"));
+    EXPECT_EQ(digest->getTrackingUniqueInfo("{Zulix-uuid}"), "abe173ebbd1f3097bbcebeea1e0b851e");
 
-    EXPECT_EQ(session->getTrackingUniqueInfo("{Zulix-Guid}"), "{Zulix-Guid}{TotalTime}");
+    AdSession application(world_with_facts("{Zulix-app}", "abc"));
+    EXPECT_EQ(application->getTrackingUniqueInfo("{Zulix-uuid}"), "{Zulix-app}");
 }
 
 TEST(Macros, ValuesAreNotEncoded)
