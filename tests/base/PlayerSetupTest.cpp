@@ -140,86 +140,73 @@ TEST(PlayVideo, AnEmptyAddressStillListensForInterruptions)
     EXPECT_THAT(session.events(), Contains(StartsWith("video_orientation")));
 }
 
-TEST(PlayVideo, APortraitHostIsPortraitOnly)
+TEST(PlayVideo, AHostIsPortraitOnlyWhenItAllowsPortraitAndNeitherLandscapeSide)
 {
-    AdSession session(AdSession::manual_world(), host_that_allows({UIInterfaceOrientationPortrait}));
+    constexpr auto upright = UIInterfaceOrientationPortrait;
+    constexpr auto upside_down = UIInterfaceOrientationPortraitUpsideDown;
+    constexpr auto left = UIInterfaceOrientationLandscapeLeft;
+    constexpr auto right = UIInterfaceOrientationLandscapeRight;
+    const struct {
+        std::vector<std::int64_t> allowed;
+        bool portrait_only;
+    } rows[] = {
+        {{upright}, true},      {{upright, upside_down}, true},  {{upright, left}, false}, {{upright, right}, false},
+        {{left, right}, false}, {{upright, left, right}, false}, {{upside_down}, false},   {{}, false},
+    };
+    for (const auto& row : rows) {
+        AdSession session(AdSession::manual_world(), host_that_allows(row.allowed));
+        session.open();
+        EXPECT_EQ(session->bIsPortraitOnly, row.portrait_only) << testing::PrintToString(row.allowed);
+    }
+}
+
+TEST(PlayVideo, OnceTheHostIsPortraitOnlyItStaysSo)
+{
+    AdSession session;
+    session.open();
+    session->allowedInterfaceOrientations = {UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeLeft};
 
     session.open();
 
     EXPECT_TRUE(session->bIsPortraitOnly);
 }
 
-TEST(PlayVideo, AHostThatAllowsOneLandscapeSideIsNotPortraitOnly)
+TEST(PlayVideo, WithoutAPageTheArrangementsDecideWhichFlagsAreCleared)
 {
-    AdSession session(AdSession::manual_world(),
-                      host_that_allows({UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeLeft}));
+    constexpr VideoAdMode none{};
+    const struct {
+        ViewPosition position;
+        VideoAdMode portrait, landscape;
+        VideoAdMode portrait_afterwards;
+        bool hides_full, hides_landscape;
+    } rows[] = {
+        {FULL, VIDEO_AND_WEBVIEW, none, ONLY_VIDEO, false, false},
+        {FULL, VIDEO_AND_WEBVIEW, ONLY_VIDEO, ONLY_VIDEO, false, false},
+        {FULL, ONLY_VIDEO, none, ONLY_VIDEO, true, false},
+        {TOP, VIDEO_AND_WEBVIEW, none, VIDEO_AND_WEBVIEW, true, false},
+        {TOP, VIDEO_AND_WEBVIEW, VIDEO_AND_WEBVIEW, VIDEO_AND_WEBVIEW, true, false},
+        // With a landscape arrangement alone, hiding the video at its end stays.
+        {TOP, none, ONLY_VIDEO, none, true, true},
+        {FULL, none, VIDEO_AND_WEBVIEW, none, true, true},
+        {TOP, none, none, none, true, false},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(testing::Message() << row.position << ' ' << row.portrait << ' ' << row.landscape);
+        AdSession session;
+        session.ad().portraitVideoPos = row.position;
+        session.ad().portraitModeType = row.portrait;
+        session.ad().landscapeModeType = row.landscape;
+        session.ad().bIsHideFullPortraitVideoAtEnd = true;
+        session.ad().bIsHideLandscapeVideoAtEnd = true;
+        session.ad().bIsWebViewInFront = true;
 
-    session.open();
+        session.open();
 
-    EXPECT_FALSE(session->bIsPortraitOnly);
-}
-
-TEST(PlayVideo, AHostThatRefusesPortraitIsNotPortraitOnly)
-{
-    AdSession session(AdSession::manual_world(), host_that_allows({}));
-
-    session.open();
-
-    EXPECT_FALSE(session->bIsPortraitOnly);
-}
-
-TEST(PlayVideo, WithoutAPageAFullPortraitVideoIsAloneAndStaysAtItsEnd)
-{
-    AdSession session;
-    session.ad().portraitVideoPos = FULL;
-    session.ad().bIsHideFullPortraitVideoAtEnd = true;
-
-    session.open();
-
-    EXPECT_EQ(session.ad().portraitModeType, ONLY_VIDEO);
-    EXPECT_FALSE(session.ad().bIsHideFullPortraitVideoAtEnd);
-}
-
-TEST(PlayVideo, WithoutAPageAPortraitArrangementClearsBothFlags)
-{
-    AdSession session;
-    session.ad().bIsHideLandscapeVideoAtEnd = true;
-    session.ad().bIsWebViewInFront = true;
-    session.ad().bIsHideFullPortraitVideoAtEnd = true;
-
-    session.open();
-
-    EXPECT_FALSE(session.ad().bIsHideLandscapeVideoAtEnd);
-    EXPECT_FALSE(session.ad().bIsWebViewInFront);
-    EXPECT_EQ(session.ad().portraitModeType, VIDEO_AND_WEBVIEW);
-    EXPECT_TRUE(session.ad().bIsHideFullPortraitVideoAtEnd);
-}
-
-TEST(PlayVideo, WithoutAPageALandscapeArrangementAloneKeepsHidingItsVideoAtTheEnd)
-{
-    AdSession session;
-    session.ad().portraitModeType = {};
-    session.ad().landscapeModeType = ONLY_VIDEO;
-    session.ad().bIsHideLandscapeVideoAtEnd = true;
-    session.ad().bIsWebViewInFront = true;
-
-    session.open();
-
-    EXPECT_TRUE(session.ad().bIsHideLandscapeVideoAtEnd);
-    EXPECT_FALSE(session.ad().bIsWebViewInFront);
-}
-
-TEST(PlayVideo, WithoutAPageAndWithoutArrangementsBothFlagsAreCleared)
-{
-    AdSession session;
-    session.ad().portraitModeType = {};
-    session.ad().bIsHideLandscapeVideoAtEnd = true;
-    session.ad().bIsWebViewInFront = true;
-
-    session.open();
-
-    EXPECT_FALSE(session.ad().bIsHideLandscapeVideoAtEnd);
-    EXPECT_FALSE(session.ad().bIsWebViewInFront);
+        EXPECT_EQ(session.ad().portraitModeType, row.portrait_afterwards);
+        EXPECT_EQ(session.ad().bIsHideFullPortraitVideoAtEnd, row.hides_full);
+        EXPECT_EQ(session.ad().bIsHideLandscapeVideoAtEnd, row.hides_landscape);
+        EXPECT_FALSE(session.ad().bIsWebViewInFront);
+    }
 }
 
 TEST(PlayVideo, WithAPageTheFlagsStay)
@@ -229,12 +216,14 @@ TEST(PlayVideo, WithAPageTheFlagsStay)
     session.ad().portraitVideoPos = FULL;
     session.ad().bIsHideFullPortraitVideoAtEnd = true;
     session.ad().bIsHideLandscapeVideoAtEnd = true;
+    session.ad().bIsWebViewInFront = true;
 
     session.open();
 
     EXPECT_EQ(session.ad().portraitModeType, VIDEO_AND_WEBVIEW);
     EXPECT_TRUE(session.ad().bIsHideFullPortraitVideoAtEnd);
     EXPECT_TRUE(session.ad().bIsHideLandscapeVideoAtEnd);
+    EXPECT_TRUE(session.ad().bIsWebViewInFront);
 }
 
 TEST(PlayVideo, ANegativeBufferingTimeStartsNoWatchdog)
@@ -352,10 +341,12 @@ TEST(PlayVideo, WithoutASliderTheFieldStaysAsItWas)
     World world = AdSession::manual_world();
     world.device.volume_slider = false;
     AdSession session(world);
+    const UISlider before(std::make_shared<ViewNode>(ViewNode::Kind::Slider));
+    session->volumeSlider = before;
 
     session.open();
 
-    EXPECT_FALSE(session->volumeSlider);
+    EXPECT_EQ(session->volumeSlider, before);
     EXPECT_TRUE(session->musicPlayer);
 }
 
@@ -382,6 +373,27 @@ TEST(PlayVideo, AnAdThatStartsWithSoundIsAtTheStartsVolumeOnceLoaded)
     EXPECT_FALSE(session->bIsMute);
     EXPECT_THAT(session.lines("volume"), ElementsAre("0.6"));
     EXPECT_THAT(session.fetched(), IsEmpty());
+}
+
+TEST(PlayVideo, OnlyAnAdThatStartsMutedTouchesTheMuteFlag)
+{
+    const struct {
+        bool before, starts_muted;
+        bool afterwards;
+    } rows[] = {
+        {true, true, false},
+        {true, false, true},
+        {false, true, false},
+        // A second video of one session: its first toggle turns the sound off.
+        {false, false, false},
+    };
+    for (const auto& row : rows) {
+        AdSession session;
+        session->bIsMute = row.before;
+        session.ad().bIsDefaultMute = row.starts_muted;
+        session.open();
+        EXPECT_EQ(session->bIsMute, row.afterwards) << row.before << ' ' << row.starts_muted;
+    }
 }
 
 TEST(PlayVideo, AnAdWithSoundOnASilentDeviceIsAtHalfVolumeOnceLoaded)
@@ -535,9 +547,22 @@ TEST(PlayVideo, OnATabletTheStorePageIsMadeAtEachPause)
     EXPECT_THAT(session.lines("kit"), Contains(StartsWith("store.create")));
 }
 
+TEST(PlayVideo, OnATabletAnAdWithoutAStoreHasNoStorePage)
+{
+    AdSession session(tablet_world());
+    session.open();
+    session.plays();
+
+    session.pauses_at(3);
+
+    EXPECT_THAT(session.lines("kit"), IsEmpty());
+}
+
 TEST(PlayVideo, TheBarsAreToHideInThreeSeconds)
 {
     AdSession session;
+    // No layout runs during a click-through.
+    session->setBDoButtonAction(true);
 
     session.open();
 
@@ -547,6 +572,7 @@ TEST(PlayVideo, TheBarsAreToHideInThreeSeconds)
 TEST(PlayVideo, AfterAnEndTheBarsAreNotToHide)
 {
     AdSession session;
+    session->setBDoButtonAction(true);
     session->bIsPlayFinish = true;
 
     session.open();
@@ -575,26 +601,45 @@ TEST(PlayVideo, RemovingThePlayersObserversLeavesTheInterruption)
     EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), before + 1);
 }
 
-TEST(PlayVideo, AnotherPlayersLoadStateIsNotHeard)
+TEST(PlayVideo, OfAnotherSenderNeitherLoadNorFinishIsHeardButThePlaybackState)
 {
-    AdSession session;
-    session.open();
-    session.forget();
+    const struct {
+        std::string_view notification;
+        std::vector<std::string> heard;
+    } rows[] = {
+        {MPMoviePlayerPlaybackDidFinishNotification, {}},
+        {MPMoviePlayerLoadStateDidChangeNotification, {}},
+        {MPMoviePlayerPlaybackStateDidChangeNotification, {"js video_ended null 0", "log 1 video stop"}},
+    };
+    for (const auto& row : rows) {
+        AdSession session;
+        session.open();
+        session.player_reports_load(MPMovieLoadStatePlayable);
+        // Another report of the load state would be told anew.
+        session->bIsLoaded = false;
+        session.forget();
 
-    NSNotificationCenter::defaultCenter().deliver(MPMoviePlayerPlaybackDidFinishNotification, &session);
+        NSNotificationCenter::defaultCenter().deliver(row.notification, &session);
 
-    EXPECT_THAT(session.transcript(), IsEmpty());
+        EXPECT_EQ(session.transcript(), row.heard) << row.notification;
+    }
 }
 
-TEST(PlayVideo, AnySendersPlaybackStateIsHeard)
+TEST(PlayVideo, TheRegistrationsOfTheVideoBeforeItStay)
 {
     AdSession session;
     session.open();
+    const std::size_t before = NSNotificationCenter::defaultCenter().count_of(&session.controller());
+    session.open();
     session.forget();
 
-    NSNotificationCenter::defaultCenter().deliver(MPMoviePlayerPlaybackStateDidChangeNotification, &session);
+    session.plays();
+    session.interrupt(1);
 
-    EXPECT_THAT(session.events(), ElementsAre("video_ended"));
+    EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), before + 5);
+    EXPECT_EQ(session.count_of("js video_loaded null 0"), 1U);
+    EXPECT_EQ(session.count_of("js video_play null 0"), 2U);
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause", "pause"));
 }
 
 TEST(PlayVideo, TheVolumeViewShowsNothing)
@@ -684,6 +729,18 @@ TEST(Interruption, ItsEndLaysTheVideoOutAndPlays)
     EXPECT_TRUE(session->qoroMoviePlayer.view().superview());
 }
 
+TEST(Interruption, ItsEndWhileTheVideoPlaysPausesIt)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.interrupt(0);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause"));
+}
+
 TEST(Interruption, ItsEndDuringAClickThroughPlaysNothing)
 {
     AdSession session;
@@ -706,6 +763,19 @@ TEST(Interruption, AnyOtherTypeIsIgnored)
     session.forget();
 
     session.interrupt(2);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(Interruption, OfAnotherAudioSessionIsNotHeard)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    NSNotificationCenter::defaultCenter().deliver(AVAudioSessionInterruptionNotification, &session,
+                                                  {{std::string(AVAudioSessionInterruptionTypeKey), 1}});
 
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
