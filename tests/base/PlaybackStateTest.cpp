@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+#include <iterator>
+
 namespace qoro
 {
 namespace
@@ -126,6 +129,93 @@ TEST(ChangeMoviePlayerStatus, OnlyAssigns)
 
     EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusTerminating);
     EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+// --------------------------------------------------------------------------------------------------------- transitions
+
+TEST(VideoState, FollowsThePlayersReportsFromWhereverItStands)
+{
+    const struct {
+        const char* report;
+        void (*happens)(AdSession&);
+        VideoState afterwards;
+    } rows[] = {
+        {"another video", [](AdSession& session) { session.open(); }, VideoLoading},
+        {"playing", [](AdSession& session) { session.plays_on(); }, VideoPlay},
+        {"paused", [](AdSession& session) { session.pauses_at(3); }, VideoPause},
+        {"stopped", [](AdSession& session) { session.player_reports_state(MPMoviePlaybackStateStopped); }, VideoEnded},
+        {"ended", [](AdSession& session) { session.player_reports_finish(MPMovieFinishReasonPlaybackEnded); },
+         VideoEnded},
+    };
+    for (const auto& row : rows) {
+        for (const VideoState from : {VideoLoading, VideoLoaded, VideoPlay, VideoPause, VideoEnded}) {
+            AdSession session;
+            session.open();
+            session.plays();
+            session->videoState = from;
+            row.happens(session);
+            EXPECT_EQ(session->videoState, row.afterwards) << row.report << " from " << from;
+        }
+    }
+}
+
+TEST(VideoState, AnErrorLeavesItAndTellsTheScriptNothing)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.player_reports_finish(MPMovieFinishReasonPlaybackError);
+
+    EXPECT_EQ(session->videoState, VideoPlay);
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST(MoviePlayerStatus, ChangesByTheTable)
+{
+    constexpr auto none = QoroMoviePlayerStatusNone;
+    constexpr auto resuming = QoroMoviePlayerStatusResuming;
+    constexpr auto playing = QoroMoviePlayerStatusPlaying;
+    constexpr auto seeking = QoroMoviePlayerStatusSeeking;
+    constexpr auto finished = QoroMoviePlayerStatusFinishedVideo;
+    constexpr auto terminating = QoroMoviePlayerStatusTerminating;
+    const QoroMoviePlayerStatus from[] = {none, resuming, playing, seeking, finished, terminating};
+    const struct {
+        const char* event;
+        void (*happens)(AdSession&);
+        /// By the statuses above.
+        std::array<QoroMoviePlayerStatus, 6> afterwards;
+    } rows[] = {
+        {"the app comes back",
+         [](AdSession& session) { session->appWillEnterForeground(); },
+         {resuming, resuming, resuming, resuming, finished, resuming}},
+        {"a seek",
+         [](AdSession& session) { session->setVideoSeekToTime(3); },
+         {seeking, none, seeking, seeking, seeking, seeking}},
+        {"playing",
+         [](AdSession& session) { session.plays_on(); },
+         {none, resuming, playing, none, finished, terminating}},
+        {"paused",
+         [](AdSession& session) { session.pauses_at(3); },
+         {none, resuming, playing, none, finished, terminating}},
+        {"paused at the very end",
+         [](AdSession& session) { session.pauses_at(30); },
+         {finished, finished, finished, finished, finished, finished}},
+        {"a replay",
+         [](AdSession& session) { session->videoReplay(nullptr); },
+         {none, resuming, none, none, none, none}},
+    };
+    for (const auto& row : rows) {
+        for (std::size_t status = 0; status < std::size(from); ++status) {
+            AdSession session;
+            session.open();
+            session.plays();
+            session->changeMoviePlayerStatus(from[status]);
+            row.happens(session);
+            EXPECT_EQ(session->qoroMoviePlayerStatus, row.afterwards[status]) << row.event << " from " << from[status];
+        }
+    }
 }
 
 // --------------------------------------------------------------------------------------------------------- dispatching
@@ -305,6 +395,17 @@ TEST(Playing, ACountdownThatHasRunOutIsNotStartedAgain)
     EXPECT_FALSE(session->timerCloseBtnCountdown.isValid());
 }
 
+TEST(Playing, ACountdownOfNothingIsStartedAllTheSame)
+{
+    AdSession session;
+    session.ad().iCloseBtnCountdown = 0;
+    session.open();
+
+    session.plays();
+
+    EXPECT_TRUE(session->timerCloseBtnCountdown.isValid());
+}
+
 TEST(Playing, AgainReplacesTheCloseCountdown)
 {
     AdSession session;
@@ -456,6 +557,20 @@ TEST(Pausing, AtTheVeryEndSendsNoPauseTrackingAndIsFinished)
 
     EXPECT_THAT(session.fetched(), IsEmpty());
     EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusFinishedVideo);
+}
+
+TEST(Pausing, TheVeryEndIsComparedInDoublePrecision)
+{
+    AdSession session;
+    track(session);
+    session.open();
+    session.plays(30);
+
+    // The same as 30 in single precision.
+    session.pauses_at(29.9999999);
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://t/pause"));
+    EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusNone);
 }
 
 TEST(Pausing, AtTheVeryEndOfASeekIsFinishedToo)
@@ -612,6 +727,28 @@ TEST(Finish, WithoutMilestonesNothingCompletes)
     EXPECT_THAT(session.fetched(), IsEmpty());
 }
 
+TEST(Finish, AMilestoneTableThatCameAfterTheStartCompletesNothing)
+{
+    AdSession session;
+    play_until(session, 30);
+    track(session);
+
+    session.player_reports_finish(MPMovieFinishReasonPlaybackEnded);
+
+    EXPECT_THAT(session.fetched(), IsEmpty());
+}
+
+TEST(Finish, AnEndWithoutALastPauseEndsThePlaying)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+
+    session.player_reports_finish(MPMovieFinishReasonPlaybackEnded);
+
+    EXPECT_FALSE(session->bIsPlay);
+}
+
 TEST(Finish, AnAdWhoseCloseButtonComesAtTheEndShowsItAndCountsNothingDown)
 {
     AdSession session;
@@ -729,6 +866,18 @@ TEST(Finish, AutoCloseComesBeforeAutoReplay)
     EXPECT_THAT(session.lines("player"), ElementsAre("drop"));
 }
 
+TEST(Finish, TheStepsAfterAnAutoCloseRunAllTheSame)
+{
+    AdSession session;
+    session.ad().bIsAutoClose = true;
+    play_until(session, 30);
+
+    session.player_reports_finish(MPMovieFinishReasonPlaybackEnded);
+
+    EXPECT_FALSE(session->btnClose);
+    EXPECT_TRUE(session->timerCloseBtnCountdown.isValid());
+}
+
 TEST(Finish, AnEndGreysTheActionButtons)
 {
     AdSession session;
@@ -768,6 +917,19 @@ TEST(Finish, AUserExitDropsThePlayer)
     EXPECT_THAT(session.transcript(), ElementsAre("super stopProgressbar", "player drop"));
     EXPECT_FALSE(session->qoroMoviePlayer);
     EXPECT_FALSE(player.view().superview());
+}
+
+TEST(Finish, AfterAUserExitThePlayersNewsAreNotHeard)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.player_reports_finish(MPMovieFinishReasonUserExited);
+    session.forget();
+
+    NSNotificationCenter::defaultCenter().deliver(MPMoviePlayerPlaybackStateDidChangeNotification);
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
 TEST(Finish, AfterAUserExitCommandsDoNothing)
