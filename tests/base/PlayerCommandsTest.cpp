@@ -36,16 +36,19 @@ TEST(SetPlayOrPause, APlayingVideoIsPaused)
     EXPECT_THAT(session.transcript(), ElementsAre("player pause"));
 }
 
-TEST(SetPlayOrPause, APausedVideoIsPlayed)
+TEST(SetPlayOrPause, APausedVideoIsPlayedAndItsProgressGoesOn)
 {
     AdSession session;
+    session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"http://t/start"})}};
     play(session);
+    session->checkSendVideoTracking();
     session.pauses_at(3);
     session.forget();
 
     session.tap(session->btnPlayAndPause);
 
     EXPECT_THAT(session.transcript(), ElementsAre("player play"));
+    EXPECT_EQ(as_text(session->dicSendTrackingState), R"({"start":"1"})");
 }
 
 TEST(SetPlayOrPause, AfterTheEndTheVideoIsReplayed)
@@ -65,11 +68,14 @@ TEST(SetPlayOrPause, AfterTheEndTheVideoIsReplayed)
 TEST(SetPlayOrPause, WithoutAPlayerIsRefused)
 {
     AdSession session;
+    session->bIsPlayFinish = true;
+    session->btnReplay.setHidden(false);
     session.forget();
 
     session->setPlayOrPause();
 
     EXPECT_THAT(session.transcript(), IsEmpty());
+    EXPECT_FALSE(session->btnReplay.isHidden());
 }
 
 TEST(SetPlayOrPause, WhileTheVideoIsHiddenInPortraitIsRefused)
@@ -310,6 +316,16 @@ TEST(SetVideoSeekToTime, WhileResumingLeavesNoneSoThatThePauseIsTracked)
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/pause"));
 }
 
+TEST(SetVideoSeekToTime, TheTimeIsThatOfSinglePrecision)
+{
+    AdSession session;
+    play(session);
+
+    session->setVideoSeekToTime(0.1F);
+
+    EXPECT_EQ(session->qoroMoviePlayer.currentPlaybackTime(), static_cast<double>(0.1F));
+}
+
 TEST(GetVideoTotalTime, IsTruncated)
 {
     AdSession session;
@@ -398,6 +414,19 @@ TEST(VolumeChanged, ToAnythingElseUnmutesAndLeavesTheRememberedVolume)
     EXPECT_EQ(session->btnMute.backgroundImage().data().length(), 1180U);
     EXPECT_EQ(session->fDefaultVolume, 0.6F);
     EXPECT_THAT(session.transcript(), ElementsAre(R"(js video_volumechange {"e":{"volume":"1"}} 0)"));
+}
+
+TEST(VolumeChanged, WithoutASliderReadsAsMuted)
+{
+    World world = AdSession::manual_world();
+    world.device.volume_slider = false;
+    AdSession session(world);
+    play(session);
+
+    session.set_volume(0.8F);
+
+    EXPECT_TRUE(session->bIsMute);
+    EXPECT_THAT(session.events(), ElementsAre(R"(video_volumechange {"e":{"volume":"0"}})"));
 }
 
 TEST(VolumeChanged, BeforeThePlumbingIsBuiltDoesNothing)

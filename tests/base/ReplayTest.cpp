@@ -371,6 +371,23 @@ TEST(PlayNextVideo, StartsTheProgressOver)
     EXPECT_EQ(as_text(session->dicSendTrackingState), R"({"start":"0"})");
 }
 
+TEST(PlayNextVideo, AMilestoneThatTheVideoBeforeItDidNotNameKeepsItsState)
+{
+    AdSession session;
+    session.ad().dicTrackingUrls = {{"midpoint", NSArray::of_strings({"http://t/mid"})}};
+    play(session);
+    session.let_pass(1);
+    session->playNextVideo({{"v_u", "http://ad/next.mp4"},
+                            {"v_tracking", NSDictionary{{"start", NSArray::of_strings({"http://t/next"})},
+                                                        {"midpoint", NSArray::of_strings({"http://t/nextmid"})}}}});
+    session.plays();
+
+    session.player_is_at(20);
+    session.let_pass(1);
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://t/nextmid"));
+}
+
 TEST(PlayNextVideo, TheNextPlayIsAFirstPlay)
 {
     AdSession session;
@@ -432,6 +449,19 @@ TEST(ReloadVideo, TheCacheIsNotAsked)
     session->reloadVideo();
 
     EXPECT_THAT(session.lines("player"), Contains("create http://ad/v.mp4 false"));
+}
+
+TEST(ReloadVideo, KeepsTheVolumePlumbingAndTheRememberedVolume)
+{
+    AdSession session;
+    play(session);
+    const UISlider slider = session->volumeSlider;
+    session.set_volume(0.2F);
+
+    session->reloadVideo();
+
+    EXPECT_EQ(session->volumeSlider, slider);
+    EXPECT_EQ(session->fDefaultVolume, 0.6F);
 }
 
 TEST(ReloadVideo, ThePlayerIsSetUpAsAFileWithItsOwnAutoplay)
