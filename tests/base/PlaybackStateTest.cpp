@@ -4,6 +4,8 @@
 
 #include <array>
 #include <iterator>
+#include <string>
+#include <vector>
 
 namespace qoro
 {
@@ -172,7 +174,7 @@ TEST(VideoState, AnErrorLeavesItAndTellsTheScriptNothing)
     EXPECT_THAT(session.events(), IsEmpty());
 }
 
-TEST(MoviePlayerStatus, ChangesByTheTable)
+TEST(MoviePlayerStatus, ChangesAccordingToWhereItStands)
 {
     constexpr auto none = QoroMoviePlayerStatusNone;
     constexpr auto resuming = QoroMoviePlayerStatusResuming;
@@ -215,6 +217,34 @@ TEST(MoviePlayerStatus, ChangesByTheTable)
             row.happens(session);
             EXPECT_EQ(session->qoroMoviePlayerStatus, row.afterwards[status]) << row.event << " from " << from[status];
         }
+    }
+}
+
+TEST(MoviePlayerStatus, DecidesWhetherAPauseAndAPlayAreTracked)
+{
+    const struct {
+        QoroMoviePlayerStatus status;
+        std::vector<std::string> pause, play;
+    } rows[] = {
+        {QoroMoviePlayerStatusNone, {"http://t/pause"}, {"http://t/resume"}},
+        {QoroMoviePlayerStatusResuming, {"http://t/pause"}, {}},
+        {QoroMoviePlayerStatusPlaying, {"http://t/pause"}, {"http://t/resume"}},
+        {QoroMoviePlayerStatusSeeking, {}, {}},
+        {QoroMoviePlayerStatusFinishedVideo, {"http://t/pause"}, {"http://t/resume"}},
+        {QoroMoviePlayerStatusTerminating, {}, {"http://t/resume"}},
+    };
+    for (const auto& row : rows) {
+        AdSession session;
+        track(session);
+        session.open();
+        session.plays();
+        session->changeMoviePlayerStatus(row.status);
+        session.pauses_at(3);
+        EXPECT_EQ(session.fetched(), row.pause) << row.status;
+        session.forget();
+        session->changeMoviePlayerStatus(row.status);
+        session.plays_on();
+        EXPECT_EQ(session.fetched(), row.play) << row.status;
     }
 }
 
@@ -832,6 +862,23 @@ TEST(Finish, ALandscapeVideoIsHiddenAtItsEndWhereTheAdWantsIt)
     EXPECT_THAT(session.events(), Contains(R"(video_visibilitychange {"e":{"visibility":0}})"));
 }
 
+TEST(Finish, EitherFlagHidesAFullPortraitVideoAtItsEndHoweverTheDeviceIsHeld)
+{
+    for (const auto flag : {&QoroVideoAd::bIsHideFullPortraitVideoAtEnd, &QoroVideoAd::bIsHideLandscapeVideoAtEnd}) {
+        for (const int orientation : {UIDeviceOrientationPortrait, UIDeviceOrientationLandscapeLeft}) {
+            AdSession session;
+            session.ad().strWebViewUrl = "http://ad/page.html";
+            session.ad().portraitVideoPos = FULL;
+            session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+            session.ad().*flag = true;
+            session.rotate(orientation);
+            play_until(session, 30);
+            session.player_reports_finish(MPMovieFinishReasonPlaybackEnded);
+            EXPECT_TRUE(session->qoroMoviePlayer.view().isHidden()) << orientation;
+        }
+    }
+}
+
 TEST(Finish, AnAutoReplayPlaysAgain)
 {
     AdSession session;
@@ -845,13 +892,14 @@ TEST(Finish, AnAutoReplayPlaysAgain)
 
 TEST(Finish, AnAutoReplayNeedsTheFinishedStatus)
 {
-    AdSession session;
-    session.ad().bIsAutoReplay = true;
-    play_until(session, 29.5);
-
-    session.player_reports_finish(MPMovieFinishReasonPlaybackEnded);
-
-    EXPECT_THAT(session.lines("player"), IsEmpty());
+    // Short of the end, and watched to it but not stopped exactly there.
+    for (const double last_pause : {29.5, 30.5}) {
+        AdSession session;
+        session.ad().bIsAutoReplay = true;
+        play_until(session, last_pause);
+        session.player_reports_finish(MPMovieFinishReasonPlaybackEnded);
+        EXPECT_THAT(session.lines("player"), IsEmpty()) << last_pause;
+    }
 }
 
 TEST(Finish, AutoCloseComesBeforeAutoReplay)

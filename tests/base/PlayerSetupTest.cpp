@@ -56,38 +56,26 @@ void load(AdSession& session)
     session.player_reports_load(MPMovieLoadStatePlayable);
 }
 
-TEST(PlayVideo, SaysLoadingThenMakesThePlayerAndAtLastSaysThatItOpened)
-{
-    AdSession session;
-    session.forget();
-
-    session.open();
-
-    EXPECT_EQ(session.transcript().at(0), "js video_loading null 0");
-    EXPECT_EQ(session.transcript().at(1), "player create http://ad/v.mp4 false");
-    EXPECT_EQ(session.transcript().back(), opened);
-}
-
-TEST(PlayVideo, AsksForThePageBeforeAnythingElse)
+TEST(PlayVideo, RunsItsStepsInOrder)
 {
     AdSession session;
     session.ad().strWebViewUrl = "http://ad/page.html";
-    session.forget();
-
-    session.open();
-
-    EXPECT_EQ(session.transcript().at(0), "request http://ad/page.html page");
-}
-
-TEST(PlayVideo, DropsThePlayerBeforeIt)
-{
-    AdSession session;
+    session.ad().strBrandIconUrl = "http://ad/icon.png";
+    session.ad().strStoreId = "42";
     session.open();
     session.forget();
 
     session.open();
 
-    EXPECT_EQ(session.transcript().at(0), "player drop");
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("player drop", "request http://ad/page.html page", "js video_loading null 0",
+                            "player create http://ad/v.mp4 false", "log 1 Ad view add on custom window",
+                            "fetch http://ad/icon.png brandIcon", R"(kit store.create ["42",null,null,null])",
+                            R"(js video_orientation {"orientation":"portrait"} 0)",
+                            R"(js video_visibilitychange {"e":{"visibility":1}} 0)",
+                            R"(js video_orientation {"e":{"orientation":"portrait"}} 0)",
+                            "super showProgressbar 167 85", "log 0 Added Video Close Button",
+                            "log 0 Added Count Down View", opened));
 }
 
 TEST(PlayVideo, AnEmptyAddressMakesNoPlayerAndSaysSo)

@@ -330,10 +330,13 @@ TEST(PlayNextVideo, AnAbsentIntervalLeavesTheTimer)
     AdSession session;
     session.ad().fTrackingInterval = 2.5F;
     play(session);
+    session.ad().fTrackingInterval = 7;
+    session.let_pass(1);
 
     session->playNextVideo({{"v_u", "http://ad/v.mp4"}});
 
     EXPECT_EQ(session->timerSendTrackingToServer.timeInterval(), 2.5);
+    EXPECT_EQ(session->timerSendTrackingToServer.fireDate(), 2.5);
 }
 
 TEST(PlayNextVideo, AnIntervalStartsTheHeartbeatAnew)
@@ -424,6 +427,24 @@ TEST(ReloadVideo, WithoutAnAddressDoesNothing)
     session->reloadVideo();
 
     EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(ReloadVideo, RunsItsStepsInOrder)
+{
+    AdSession session;
+    session.ad().strBrandIconUrl = "http://ad/icon.png";
+    session.open();
+    session.forget();
+
+    session->reloadVideo();
+
+    EXPECT_THAT(session.transcript(), ElementsAre("player pause", "player drop", "player create http://ad/v.mp4 false",
+                                                  "fetch http://ad/icon.png brandIcon",
+                                                  R"(js video_orientation {"orientation":"portrait"} 0)",
+                                                  R"(js video_visibilitychange {"e":{"visibility":1}} 0)",
+                                                  R"(js video_orientation {"e":{"orientation":"portrait"}} 0)",
+                                                  "super showProgressbar 167 85", "log 0 Added Video Close Button",
+                                                  "log 0 Added Count Down View"));
 }
 
 TEST(ReloadVideo, SaysNeitherLoadingNorOpened)
