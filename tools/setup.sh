@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs what is missing of Debian's packages: tools/setup.sh play | test | bench | fuzz | coverage
+# Installs what is missing of Debian's packages: tools/setup.sh play | test | bench | fuzz | coverage | mutation
 # Says what it installs before it does; installs nothing, and says nothing, when everything is there.
 set -eu
 
@@ -13,6 +13,7 @@ run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ba
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg clang-format"
 fuzz="clang libclang-rt-14-dev"
 coverage="libgtest-dev libgmock-dev gcovr"
+mutation="libgtest-dev libgmock-dev python3-clang-14"
 bench="libbenchmark-dev libx11-dev libxext-dev mpv gstreamer1.0-plugins-base-apps ffmpeg python3"
 
 case "${1-}" in
@@ -20,9 +21,10 @@ play) wanted="$build $run" ;;
 test) wanted="$build $run $test $fuzz" ;;
 fuzz) wanted="$build $fuzz" ;;
 coverage) wanted="$build $coverage" ;;
+mutation) wanted="$build $mutation" ;;
 bench) wanted="$build $run $bench" ;;
 *)
-    echo "usage: tools/setup.sh play | test | bench | fuzz | coverage" >&2
+    echo "usage: tools/setup.sh play | test | bench | fuzz | coverage | mutation" >&2
     exit 2
     ;;
 esac

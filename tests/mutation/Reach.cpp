@@ -7,7 +7,8 @@
 #include <string>
 
 // Writes, test by test, which mutants' places it passed through: into the file that QORO_REACH names, a line each with
-// the test's name, its milliseconds and the mutants' numbers. What was passed before the first test stands under "start".
+// the test's name, its milliseconds and the mutants' numbers. What was passed before the first test stands under
+// "start".
 
 namespace qoro::mutation
 {
