@@ -4,6 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
+#include <string>
+#include <type_traits>
 #include <vector>
 
 using namespace qoro;
@@ -61,6 +64,105 @@ TEST(AdFileTest, PropertiesStandUnderTheirOwnNames)
     EXPECT_EQ(ad->dicTrackingUrls["start"].array()[0].string(), "s");
     EXPECT_EQ(ad->arrayButtonsInfo[0].dictionary()["btn_text"].string(), "Go");
     EXPECT_EQ(ad->arrayPrePauseLocations[1].intValue(), 10);
+}
+
+namespace
+{
+template <typename T>
+struct Property {
+    const char* name;
+    T QoroVideoAd::*member;
+};
+
+/// That each property takes a written value and is zero or null without one.
+template <typename T>
+void expect_read(const std::string& written, const T& value, const std::vector<Property<T>>& properties)
+{
+    const auto empty = strict("{}");
+    for (const auto& [name, member] : properties) {
+        const auto ad = strict("{\"" + std::string(name) + "\": " + written + "}");
+        if constexpr (std::is_enum_v<T>) {
+            EXPECT_EQ(*ad.*member, value) << name;
+            EXPECT_EQ(*empty.*member, T{}) << name;
+        } else {
+            EXPECT_EQ(Value(*ad.*member), Value(value)) << name;
+            EXPECT_EQ(Value(*empty.*member), Value(T{})) << name;
+        }
+    }
+}
+} // namespace
+
+TEST(AdFileTest, EveryPropertyIsReadInItsTypeAndZeroOrNullWhenLeftOut)
+{
+    expect_read<VideoAdType>(R"("VIDEO_EX")", VIDEO_EX, {{"adType", &QoroVideoAd::adType}});
+    expect_read<ViewPosition>(R"("LEFT")", LEFT,
+                              {{"portraitVideoPos", &QoroVideoAd::portraitVideoPos},
+                               {"portraitWebviewPos", &QoroVideoAd::portraitWebviewPos},
+                               {"landScapeWebviewPos", &QoroVideoAd::landScapeWebviewPos}});
+    expect_read<VideoAdMode>(
+        R"("VIDEO_AND_WEBVIEW")", VIDEO_AND_WEBVIEW,
+        {{"portraitModeType", &QoroVideoAd::portraitModeType}, {"landscapeModeType", &QoroVideoAd::landscapeModeType}});
+    expect_read<CloseButtonSize>(R"("BIG")", BIG, {{"closeBtnSize", &QoroVideoAd::closeBtnSize}});
+    expect_read<UIDeviceOrientation>("4", UIDeviceOrientationLandscapeRight,
+                                     {{"launchOrientation", &QoroVideoAd::launchOrientation}});
+    expect_read<std::int32_t>("-7", -7,
+                              {{"iCloseBtnCountdown", &QoroVideoAd::iCloseBtnCountdown},
+                               {"iBufferingSufferTime", &QoroVideoAd::iBufferingSufferTime},
+                               {"iShowProgressWheel", &QoroVideoAd::iShowProgressWheel}});
+    expect_read<float>("0.1", 0.1F,
+                       {{"fTrackingInterval", &QoroVideoAd::fTrackingInterval},
+                        {"fPortraitWebViewHeightPercent", &QoroVideoAd::fPortraitWebViewHeightPercent},
+                        {"fPortraitLogoHeightPercent", &QoroVideoAd::fPortraitLogoHeightPercent},
+                        {"fLandscapeWebViewSizePercent", &QoroVideoAd::fLandscapeWebViewSizePercent},
+                        {"fVideoWidth", &QoroVideoAd::fVideoWidth},
+                        {"fVideoHeight", &QoroVideoAd::fVideoHeight}});
+    expect_read<bool>("true", true,
+                      {{"bLandscapeVideoFullScreen", &QoroVideoAd::bLandscapeVideoFullScreen},
+                       {"bCanRotate", &QoroVideoAd::bCanRotate},
+                       {"bIsInApp", &QoroVideoAd::bIsInApp},
+                       {"bIsDefaultVideoMode", &QoroVideoAd::bIsDefaultVideoMode},
+                       {"bHasStatusbar", &QoroVideoAd::bHasStatusbar},
+                       {"bIsAutoClose", &QoroVideoAd::bIsAutoClose},
+                       {"bIsEndedCloseBtn", &QoroVideoAd::bIsEndedCloseBtn},
+                       {"bIsDefaultMute", &QoroVideoAd::bIsDefaultMute},
+                       {"bShowReplayBtn", &QoroVideoAd::bShowReplayBtn},
+                       {"bNeedCloseParent", &QoroVideoAd::bNeedCloseParent},
+                       {"bIsHideFullPortraitVideoAtEnd", &QoroVideoAd::bIsHideFullPortraitVideoAtEnd},
+                       {"bIsHideLandscapeVideoAtEnd", &QoroVideoAd::bIsHideLandscapeVideoAtEnd},
+                       {"bIsHideActionButton", &QoroVideoAd::bIsHideActionButton},
+                       {"bShowHideVideoBtn", &QoroVideoAd::bShowHideVideoBtn},
+                       {"bIsWebViewInFront", &QoroVideoAd::bIsWebViewInFront},
+                       {"bIsAutoReplay", &QoroVideoAd::bIsAutoReplay},
+                       {"bIsAutoStart", &QoroVideoAd::bIsAutoStart},
+                       {"bIsUseVideoCache", &QoroVideoAd::bIsUseVideoCache}});
+    expect_read<NSString>(R"("text")", "text",
+                          {{"strMIUrl", &QoroVideoAd::strMIUrl},
+                           {"strStoreId", &QoroVideoAd::strStoreId},
+                           {"strVideoUrl", &QoroVideoAd::strVideoUrl},
+                           {"strWebViewUrl", &QoroVideoAd::strWebViewUrl},
+                           {"strCampaignId", &QoroVideoAd::strCampaignId},
+                           {"strProviderId", &QoroVideoAd::strProviderId},
+                           {"strAdProviderId", &QoroVideoAd::strAdProviderId},
+                           {"strLogoWebViewUrl", &QoroVideoAd::strLogoWebViewUrl},
+                           {"strVideoTrackingUrl", &QoroVideoAd::strVideoTrackingUrl},
+                           {"strCountdownText", &QoroVideoAd::strCountdownText},
+                           {"strBackgroundColor", &QoroVideoAd::strBackgroundColor},
+                           {"strBrandIconUrl", &QoroVideoAd::strBrandIconUrl},
+                           {"strBrandText", &QoroVideoAd::strBrandText}});
+    expect_read<NSArray>(R"([{"key": "text"}])", NSArray{NSDictionary{{"key", "text"}}},
+                         {{"arrayButtonsInfo", &QoroVideoAd::arrayButtonsInfo}});
+    expect_read<NSArray>(R"(["text"])", NSArray::of_strings({"text"}),
+                         {{"arrayReplayTrackingUrls", &QoroVideoAd::arrayReplayTrackingUrls},
+                          {"arrayResumeTrackingUrls", &QoroVideoAd::arrayResumeTrackingUrls},
+                          {"arrayPauseTrackingUrls", &QoroVideoAd::arrayPauseTrackingUrls},
+                          {"arrayMuteTrackingUrls", &QoroVideoAd::arrayMuteTrackingUrls},
+                          {"arrayUnmuteTrackingUrls", &QoroVideoAd::arrayUnmuteTrackingUrls},
+                          {"arrayCloseTrackingUrls", &QoroVideoAd::arrayCloseTrackingUrls}});
+    expect_read<NSArray>("[5]", NSArray{5}, {{"arrayPrePauseLocations", &QoroVideoAd::arrayPrePauseLocations}});
+    expect_read<NSDictionary>(R"({"key": ["text"]})", NSDictionary{{"key", NSArray::of_strings({"text"})}},
+                              {{"dicTrackingUrls", &QoroVideoAd::dicTrackingUrls}});
+    expect_read<NSMutableDictionary>(R"({"5": ["text"]})", NSMutableDictionary{{"5", NSArray::of_strings({"text"})}},
+                                     {{"dicProgressTrackingUrls", &QoroVideoAd::dicProgressTrackingUrls}});
 }
 
 TEST(AdFileTest, WhatIsLeftOutOrNullIsAbsent)
