@@ -161,9 +161,8 @@ void NSNotificationCenter::deliver(std::string_view name, const void* object, co
 
 std::size_t NSNotificationCenter::count_of(const Object* observer) const
 {
-    return static_cast<std::size_t>(std::ranges::count_if(registrations_, [&](const Registration& each) {
-        return each.action.target_identity() == observer && each.action.target();
-    }));
+    return static_cast<std::size_t>(std::ranges::count_if(
+        registrations_, [&](const Registration& each) { return each.action.target_identity() == observer; }));
 }
 
 // ---------------------------------------------------------------------------------------------------------- fetching
