@@ -1,4 +1,7 @@
+#include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "tests/support/AdSession.h"
+#include "tests/support/RecordingPlatform.h"
+#include "tests/support/Views.h"
 #include "views/ViewNode.h"
 
 #include <gmock/gmock.h>
@@ -10,6 +13,7 @@ namespace
 
 using testing::ElementsAre;
 using testing::SizeIs;
+using Ad = QoroVideoWebViewController;
 
 World world_without_screen()
 {
@@ -25,12 +29,10 @@ World world_with_status_bar(int orientation)
     return world;
 }
 
-HostApp host_without_key_window()
-{
-    HostApp host;
-    host.key_window = false;
-    return host;
-}
+struct SilentDelegate : QoroAdDelegate {
+    bool responds_to_ad_failed() const override { return false; }
+    void onZulixAdFailed(const UIView&, const NSError&) override {}
+};
 
 std::string_view first_target(const UIButton& button)
 {
@@ -46,63 +48,212 @@ TEST(Core, PostsThatAnAdWillBeOpenThenForcesPortrait)
     EXPECT_EQ(session->getDeviceOriengation(), UIDeviceOrientationPortrait);
 }
 
+/// A flag with its value after init.
+struct Flag {
+    const char* name;
+    bool Ad::*field;
+    bool initial;
+    /// False: init leaves it as it was made.
+    bool set = true;
+};
+
+constexpr Flag Flags[] = {
+    {"bIsMute", &Ad::bIsMute, true},
+    {"bIsPlay", &Ad::bIsPlay, false},
+    {"bIsLoaded", &Ad::bIsLoaded, false, false},
+    {"bDefaultStatusBarHidden", &Ad::bDefaultStatusBarHidden, false},
+    {"bIsHideControlbutton", &Ad::bIsHideControlbutton, false},
+    {"bIsInitVideoBeginStep", &Ad::bIsInitVideoBeginStep, false},
+    {"bGoOutApp", &Ad::bGoOutApp, false},
+    {"bIsPortraitOnly", &Ad::bIsPortraitOnly, false},
+    {"bIsPortraitNow", &Ad::bIsPortraitNow, true},
+    {"bIsPlayFinish", &Ad::bIsPlayFinish, false},
+    {"bIsStopProgreeebar", &Ad::bIsStopProgreeebar, false},
+    {"bDoButtonAction", &Ad::bDoButtonAction, false, false},
+    {"bIsOpenInAppApplication", &Ad::bIsOpenInAppApplication, false, false},
+    {"bOnlyOneSideVideo", &Ad::bOnlyOneSideVideo, true},
+    {"bIsVideoOrientationLandscape", &Ad::bIsVideoOrientationLandscape, false},
+    {"bHideVideoToShowWebViewInLandscapeMode", &Ad::bHideVideoToShowWebViewInLandscapeMode, false},
+    {"bHideVideoToShowWebViewInPortraitMode", &Ad::bHideVideoToShowWebViewInPortraitMode, false},
+    {"bIsLockLandscapeAndEnterLandscapeLeft", &Ad::bIsLockLandscapeAndEnterLandscapeLeft, false, false},
+    {"bUseVASTTracking", &Ad::bUseVASTTracking, false, false},
+    {"bPlayNextVideo", &Ad::bPlayNextVideo, false},
+    {"bIsUseVideoCustomClose", &Ad::bIsUseVideoCustomClose, false},
+    {"isShowMI", &Ad::isShowMI, false},
+    // The properties' own storages.
+    {"_bDoButtonAction", &Ad::_bDoButtonAction, false},
+    {"_bIsOpenInAppApplication", &Ad::_bIsOpenInAppApplication, false},
+    {"_bIsLockLandscapeAndEnterLandscapeLeft", &Ad::_bIsLockLandscapeAndEnterLandscapeLeft, false, false},
+    // The superclass's.
+    {"bCanOrientation", &Ad::bCanOrientation, false},
+    {"bIsTwoPartExpand", &Ad::bIsTwoPartExpand, true},
+    {"bIsFullScreen", &Ad::bIsFullScreen, false},
+    {"bIsAddOnWindow", &Ad::bIsAddOnWindow, false},
+    {"bIsVideoViewController", &Ad::bIsVideoViewController, true},
+};
+
 TEST(Core, FlagsHaveTheirDefaultsAfterInit)
 {
     AdSession session;
+    const auto controller = Ad::create();
 
-    EXPECT_TRUE(session->bIsMute);
-    EXPECT_TRUE(session->bIsPortraitNow);
-    EXPECT_TRUE(session->bOnlyOneSideVideo);
-    EXPECT_TRUE(session->bIsTwoPartExpand);
-    EXPECT_TRUE(session->bIsVideoViewController);
-    EXPECT_FALSE(session->bIsPlay);
-    EXPECT_FALSE(session->bIsLoaded);
-    EXPECT_FALSE(session->bIsPlayFinish);
-    EXPECT_FALSE(session->bIsFullScreen);
-    EXPECT_FALSE(session->bIsAddOnWindow);
-    EXPECT_FALSE(session->bCanOrientation);
-    EXPECT_FALSE(session->bIsPortraitOnly);
-    EXPECT_FALSE(session->bIsInitVideoBeginStep);
-    EXPECT_FALSE(session->bIsUseVideoCustomClose);
-    EXPECT_FALSE(session->bIsStopProgreeebar);
-    EXPECT_FALSE(session->getBDoButtonAction());
-    EXPECT_FALSE(session->getBIsOpenInAppApplication());
+    controller->init();
+
+    for (const Flag& flag : Flags)
+        EXPECT_EQ(controller.get()->*flag.field, flag.initial) << flag.name;
 }
 
-TEST(Core, FieldsHaveTheirDefaultsAfterInit)
+TEST(Core, InitSetsItsFlagsWhateverTheyHeldAndNoOthers)
+{
+    AdSession session;
+    const auto controller = Ad::create();
+    for (const Flag& flag : Flags)
+        controller.get()->*flag.field = !flag.initial;
+
+    controller->init();
+
+    for (const Flag& flag : Flags)
+        EXPECT_EQ(controller.get()->*flag.field, flag.set ? flag.initial : !flag.initial) << flag.name;
+}
+
+TEST(Core, NumbersHaveTheirDefaultsAfterInit)
 {
     AdSession session;
 
     EXPECT_EQ(session->AdType, VIDEO_AD);
-    EXPECT_EQ(session->videoState, VideoLoading);
-    EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusNone);
+    EXPECT_EQ(session->buttonPosMode, 0);
+    EXPECT_EQ(session->fDefaultVolume, 0.0F);
     EXPECT_EQ(session->fScreenWidth, 375.0F);
     EXPECT_EQ(session->fScreenHeight, 812.0F);
+    EXPECT_EQ(session->fVideoStopTime, 0.0F);
+    EXPECT_EQ(session->fVideoHeight, 0.0F);
+    EXPECT_EQ(session->fVideoWidth, 0.0F);
     EXPECT_EQ(session->fPortraitModeVideoPosY, -1.0F);
-    EXPECT_EQ(session->fDefaultVolume, 0.0F);
+    EXPECT_EQ(session->iCountdownCount, 0.0F);
+    EXPECT_EQ(session->iBufferingSufferTime, 0);
+    EXPECT_EQ(session->iShowProgressWheel, 0);
     EXPECT_EQ(session->fTotalTime, 0.0F);
-    EXPECT_EQ(session->buttonPosMode, 0);
-    EXPECT_EQ(session->changeModeOrientation, 0);
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationUnknown);
+    EXPECT_EQ(session->currentOrientation, 0);
+    EXPECT_EQ(session->videoState, VideoLoading);
+    EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusNone);
     EXPECT_EQ(session->miWatchDog, 0);
-    EXPECT_FALSE(session->isShowMI);
-    EXPECT_FALSE(session->dicSendTrackingState);
-    EXPECT_FALSE(session->prePauseStatusDict);
-    EXPECT_FALSE(session->timerUpdateRemainderTime);
     EXPECT_THAT(session->arrayVideoState,
                 ElementsAre("video_loading", "video_loaded", "video_play", "video_pause", "video_ended"));
 }
 
-TEST(Core, ControlsStartWithTheirImages)
+TEST(Core, InitSetsItsNumbersWhateverTheyHeld)
+{
+    AdSession session;
+    const auto controller = Ad::create();
+    controller->changeModeOrientation = UIDeviceOrientationLandscapeLeft;
+    controller->fPortraitModeVideoPosY = 7;
+    controller->qoroMoviePlayerStatus = QoroMoviePlayerStatusResuming;
+    controller->miWatchDog = 5;
+
+    controller->init();
+
+    EXPECT_EQ(controller->changeModeOrientation, UIDeviceOrientationUnknown);
+    EXPECT_EQ(controller->fPortraitModeVideoPosY, -1.0F);
+    EXPECT_EQ(controller->qoroMoviePlayerStatus, QoroMoviePlayerStatusNone);
+    EXPECT_EQ(controller->miWatchDog, 0);
+}
+
+TEST(Core, WhatBelongsToAnOpenAdIsAbsentAfterInit)
 {
     AdSession session;
 
-    EXPECT_EQ(session->btnMute.backgroundImage().data().length(), 1367U);
-    EXPECT_EQ(session->btnPlayAndPause.backgroundImage().data().length(), 6483U);
-    EXPECT_EQ(session->btnScreenScale.backgroundImage().data().length(), 650U);
-    EXPECT_EQ(session->btnClose.backgroundImage().data().length(), 681U);
-    EXPECT_EQ(session->btnReturnToVideo.backgroundImage().data().length(), 2510U);
-    EXPECT_EQ(session->btnReplay.backgroundImage().data().length(), 8749U);
-    EXPECT_FALSE(session->btnActionOne.backgroundImage());
+    EXPECT_FALSE(session->qoroVideoAdInfo);
+    EXPECT_FALSE(session->qoroMoviePlayer);
+    EXPECT_FALSE(session->parentControllerView);
+    EXPECT_FALSE(session->playerViewController);
+    EXPECT_FALSE(session->musicPlayer);
+    EXPECT_FALSE(session->volumeSlider);
+    EXPECT_FALSE(session->dicButtonOneActionInfo);
+    EXPECT_FALSE(session->dicButtonTwoActionInfo);
+    EXPECT_FALSE(session->windowTempWindow);
+    EXPECT_FALSE(session->windowAddOnParent);
+    EXPECT_FALSE(session->countDownView);
+    EXPECT_FALSE(session->dicSendTrackingState);
+    EXPECT_FALSE(session->prePauseStatusDict);
+    EXPECT_FALSE(session->appStoreWindow);
+    EXPECT_FALSE(session->qoroAppStoreMockViewController);
+    EXPECT_FALSE(session->qoroInAppWebViewController);
+}
+
+TEST(Core, NoTimerRunsAfterInit)
+{
+    AdSession session;
+
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+    EXPECT_FALSE(session->timerUpdateRemainderTime);
+    EXPECT_FALSE(session->timerCloseBtnCountdown);
+    EXPECT_FALSE(session->timerBufferSufferTime);
+    EXPECT_FALSE(session->timerCheckVideoPlay);
+    EXPECT_FALSE(session->timerSendTrackingToServer);
+    EXPECT_FALSE(session->timerSetControllerButtonHide);
+    EXPECT_FALSE(session->timerVideoLoaded);
+    EXPECT_EQ(session.platform().loop().pending(), 0U);
+}
+
+TEST(Core, TheControlsAreMadeAndStandNowhereYet)
+{
+    AdSession session;
+    const UIView made[] = {
+        session->viewTopBackground,
+        session->viewBottomBackground,
+        session->viewButtonBackground,
+        session->imgTopBackgroundColor,
+        session->imgBottomBackgroundColor,
+        session->btnMute,
+        session->btnPlayAndPause,
+        session->btnScreenScale,
+        session->btnClose,
+        session->btnActionOne,
+        session->btnActionTwo,
+        session->btnReplay,
+        session->btnReturnToVideo,
+        session->btnClickListener,
+        session->labelRemainderTime,
+        session->labelBrandText,
+        session->btnBrandIcon,
+    };
+
+    for (const UIView& control : made) {
+        EXPECT_TRUE(control);
+        EXPECT_FALSE(control.superview());
+    }
+    EXPECT_FALSE(session->imgTopBackgroundColor.image());
+    EXPECT_FALSE(session->imgBottomBackgroundColor.image());
+}
+
+TEST(Core, ControlsStartWithTheirPictures)
+{
+    AdSession session;
+
+    EXPECT_EQ(picture_of(session->btnMute), arrayVideoSoundOffButton);
+    EXPECT_EQ(picture_of(session->btnPlayAndPause), arrayVideoPlayButton);
+    EXPECT_EQ(picture_of(session->btnScreenScale), arrayVideoFullscreenButton);
+    EXPECT_EQ(picture_of(session->btnClose), arrayVideoCloseButton);
+    EXPECT_EQ(picture_of(session->btnReturnToVideo), arrayShowVideo);
+    EXPECT_EQ(picture_of(session->btnReplay), arrayVideoReplayButton);
+    for (const UIButton& plain :
+         {session->btnActionOne, session->btnActionTwo, session->btnClickListener, session->btnBrandIcon})
+        EXPECT_FALSE(plain.backgroundImage());
+}
+
+TEST(Core, APictureIsDecodedAnewForEachChange)
+{
+    test::RecordingPlatform platform;
+    const auto controller = Ad::create();
+    controller->init();
+    EXPECT_EQ(platform.decodings, 6);
+    controller->musicPlayer = MPMusicPlayerController::applicationMusicPlayer();
+
+    controller->volumeChanged();
+    controller->volumeChanged();
+
+    EXPECT_EQ(platform.decodings, 8);
 }
 
 TEST(Core, ControlsStartWithTheirActions)
@@ -125,8 +276,10 @@ TEST(Core, OnlyTheReplayAndReturnButtonsStartHidden)
 
     EXPECT_TRUE(session->btnReplay.isHidden());
     EXPECT_TRUE(session->btnReturnToVideo.isHidden());
-    EXPECT_FALSE(session->btnMute.isHidden());
-    EXPECT_FALSE(session->btnClose.isHidden());
+    for (const UIButton& seen :
+         {session->btnMute, session->btnPlayAndPause, session->btnScreenScale, session->btnClose, session->btnActionOne,
+          session->btnActionTwo, session->btnClickListener, session->btnBrandIcon})
+        EXPECT_FALSE(seen.isHidden());
 }
 
 TEST(Core, TheCloseButtonStartsAtTheTopLeftFiftyPointsWide)
@@ -153,20 +306,32 @@ TEST(Core, WithoutAMainScreenBothSizesAreZeroAndTheClickCatcherHasAZeroFrame)
     EXPECT_EQ(session->btnClickListener.frame(), CGRect{});
 }
 
-TEST(Core, TheKeyWindowIsTheDefaultWindow)
-{
-    AdSession session;
-
-    EXPECT_TRUE(session->windowDefaultWindow.isKeyWindow());
-}
-
 TEST(Core, WithoutAKeyWindowTheFirstWindowIsTheDefaultWindow)
 {
-    AdSession session(AdSession::manual_world(), host_without_key_window());
+    SimulatedPlatform platform(AdSession::manual_world());
+    const PlatformScope scope(platform);
+    const UIWindow first = UIWindow::create();
+    const UIWindow second = UIWindow::create();
+    const auto controller = Ad::create();
 
-    EXPECT_TRUE(session->windowDefaultWindow);
-    EXPECT_FALSE(session->windowDefaultWindow.isKeyWindow());
-    EXPECT_EQ(session->windowDefaultWindow, UIApplication::sharedApplication().windows().front());
+    controller->init();
+
+    EXPECT_EQ(controller->windowDefaultWindow, first);
+    EXPECT_FALSE(first.isKeyWindow());
+}
+
+TEST(Core, TheKeyWindowIsTheDefaultWindowEvenWhenItIsNotTheFirst)
+{
+    SimulatedPlatform platform(AdSession::manual_world());
+    const PlatformScope scope(platform);
+    const UIWindow first = UIWindow::create();
+    const UIWindow second = UIWindow::create();
+    second.makeKeyAndVisible();
+    const auto controller = Ad::create();
+
+    controller->init();
+
+    EXPECT_EQ(controller->windowDefaultWindow, second);
 }
 
 TEST(Core, WithoutAnyWindowThereIsNoDefaultWindow)
@@ -180,22 +345,25 @@ TEST(Core, WithoutAnyWindowThereIsNoDefaultWindow)
     EXPECT_FALSE(controller->windowDefaultWindow);
 }
 
-TEST(Core, TheRemainingTimeLabelIsSmallAndWhite)
+/// White on nothing, with a pale shadow, whatever the size of its letters.
+void expect_label_over_video(const UILabel& label, double size)
 {
-    AdSession session;
-
-    EXPECT_EQ(session->labelRemainderTime.font(), (UIFont{"Arial", 13.5}));
-    EXPECT_EQ(session->labelRemainderTime.textColor(), UIColor::whiteColor());
-    EXPECT_EQ(session->labelRemainderTime.backgroundColor(), UIColor::clearColor());
-    EXPECT_EQ(session->labelRemainderTime.lineBreakMode(), 1);
+    EXPECT_EQ(label.font(), (UIFont{"Arial", size}));
+    EXPECT_EQ(label.textColor(), UIColor::whiteColor());
+    EXPECT_EQ(label.backgroundColor(), UIColor::clearColor());
+    EXPECT_EQ(label.lineBreakMode(), 1);
+    EXPECT_EQ(label.node()->number_of_lines, 1);
+    EXPECT_TRUE(label.node()->highlighted);
+    EXPECT_EQ(label.node()->text_shadow_offset, (CGSize{0.5, 0.5}));
+    EXPECT_EQ(label.node()->text_shadow_color, UIColor::colorWithRed(0, 0, 0, 0.3));
 }
 
-TEST(Core, TheBrandTextIsTwentyPointsHigh)
+TEST(Core, TheLabelsDifferOnlyInTheSizeOfTheirLetters)
 {
     AdSession session;
 
-    EXPECT_EQ(session->labelBrandText.font(), (UIFont{"Arial", 20}));
-    EXPECT_EQ(session->labelBrandText.textColor(), UIColor::whiteColor());
+    expect_label_over_video(session->labelRemainderTime, 13.5);
+    expect_label_over_video(session->labelBrandText, 20.0);
 }
 
 TEST(Core, AHiddenStatusBarIsRemembered)
@@ -233,16 +401,18 @@ TEST(Core, AppearingEndsBeingOutOfTheApp)
     EXPECT_FALSE(session->bGoOutApp);
 }
 
-TEST(Core, EnteringTheForegroundMarksThePlayerAsResuming)
+TEST(Core, EnteringTheForegroundMarksThePlayerAsResumingWhateverItDidButFinish)
 {
     AdSession session;
     session.open();
-    session.plays();
-    session.pauses_at(3);
+    for (const auto status : {QoroMoviePlayerStatusNone, QoroMoviePlayerStatusResuming, QoroMoviePlayerStatusPlaying,
+                              QoroMoviePlayerStatusSeeking, QoroMoviePlayerStatusTerminating}) {
+        session->qoroMoviePlayerStatus = status;
 
-    session.return_to_app();
+        session.return_to_app();
 
-    EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusResuming);
+        EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusResuming) << "from " << status;
+    }
 }
 
 TEST(Core, EnteringTheForegroundAfterTheVideoFinishedLeavesItFinished)
@@ -293,6 +463,52 @@ TEST(Core, TheDelegatePropertyHasAStorageOfItsOwn)
     EXPECT_TRUE(session->qoroDelegate.lock());
 }
 
+TEST(Core, ADelegateThatIsSetReachesThePropertyAlone)
+{
+    AdSession session;
+    const auto delegate = std::make_shared<SilentDelegate>();
+
+    session->setQoroDelegate(delegate);
+
+    EXPECT_EQ(session->getQoroDelegate().lock(), delegate);
+    EXPECT_FALSE(session->qoroDelegate.lock());
+}
+
+TEST(Core, ObservesTheAppTheStatusBarAndTheVolume)
+{
+    AdSession session;
+
+    EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), 4U);
+}
+
+TEST(Core, PresentsWhatItIsGivenAndRunsTheCompletion)
+{
+    AdSession session;
+    const auto sheet = std::make_shared<UIViewController>();
+    bool completed = false;
+
+    session->presentViewController(sheet, true, [&completed] { completed = true; });
+    session.let_pass(0);
+
+    EXPECT_TRUE(sheet->isBeingPresented());
+    EXPECT_TRUE(completed);
+}
+
+TEST(Core, KeepsItsParentAndTheParentsWindow)
+{
+    AdSession session;
+    auto parent = std::make_shared<QoroPhoneGapViewController>();
+    const QoroPhoneGapViewController* given = parent.get();
+    const UIWindow window = UIWindow::create();
+
+    session->setParentViewController(parent);
+    session->addOnParentWindow(window);
+    parent.reset();
+
+    EXPECT_EQ(session->getParentViewController().get(), given);
+    EXPECT_EQ(session->windowAddOnParent, window);
+}
+
 TEST(Core, AControllerThatIsLetGoObservesNothing)
 {
     AdSession session;
@@ -312,65 +528,6 @@ TEST(Core, WithoutAnAdEveryReadingIsZeroAndWritingIsLost)
     EXPECT_FALSE(session->ad().strVideoUrl);
     EXPECT_FALSE(session->ad().bIsAutoClose);
     EXPECT_EQ(session->ad().portraitVideoPos, 0);
-}
-
-TEST(Core, InitSetsEveryFlagWhateverItHeld)
-{
-    AdSession session;
-    const auto controller = QoroVideoWebViewController::create();
-    controller->bCanOrientation = true;
-    controller->bIsFullScreen = true;
-    controller->bIsAddOnWindow = true;
-    controller->bIsPlay = true;
-    controller->bIsPlayFinish = true;
-    controller->bIsPortraitOnly = true;
-    controller->bIsHideControlbutton = true;
-    controller->bIsInitVideoBeginStep = true;
-    controller->bIsUseVideoCustomClose = true;
-    controller->bIsStopProgreeebar = true;
-    controller->bIsVideoOrientationLandscape = true;
-    controller->bHideVideoToShowWebViewInLandscapeMode = true;
-    controller->bHideVideoToShowWebViewInPortraitMode = true;
-    controller->bGoOutApp = true;
-    controller->bPlayNextVideo = true;
-    controller->isShowMI = true;
-    controller->changeModeOrientation = 3;
-    controller->setBDoButtonAction(true);
-    controller->setBIsOpenInAppApplication(true);
-
-    controller->init();
-
-    EXPECT_FALSE(controller->bCanOrientation);
-    EXPECT_FALSE(controller->bIsFullScreen);
-    EXPECT_FALSE(controller->bIsAddOnWindow);
-    EXPECT_FALSE(controller->bIsPlay);
-    EXPECT_FALSE(controller->bIsPlayFinish);
-    EXPECT_FALSE(controller->bIsPortraitOnly);
-    EXPECT_FALSE(controller->bIsHideControlbutton);
-    EXPECT_FALSE(controller->bIsInitVideoBeginStep);
-    EXPECT_FALSE(controller->bIsUseVideoCustomClose);
-    EXPECT_FALSE(controller->bIsStopProgreeebar);
-    EXPECT_FALSE(controller->bIsVideoOrientationLandscape);
-    EXPECT_FALSE(controller->bHideVideoToShowWebViewInLandscapeMode);
-    EXPECT_FALSE(controller->bHideVideoToShowWebViewInPortraitMode);
-    EXPECT_FALSE(controller->bGoOutApp);
-    EXPECT_FALSE(controller->bPlayNextVideo);
-    EXPECT_FALSE(controller->isShowMI);
-    EXPECT_EQ(controller->changeModeOrientation, 0);
-    EXPECT_FALSE(controller->getBDoButtonAction());
-    EXPECT_FALSE(controller->getBIsOpenInAppApplication());
-}
-
-TEST(Core, LabelsAreHighlightedOverAPaleShadow)
-{
-    AdSession session;
-
-    const ViewNode& label = *session->labelRemainderTime.node();
-
-    EXPECT_TRUE(label.highlighted);
-    EXPECT_EQ(label.number_of_lines, 1);
-    EXPECT_EQ(label.text_shadow_offset, (CGSize{0.5, 0.5}));
-    EXPECT_EQ(label.text_shadow_color, UIColor::colorWithRed(0, 0, 0, 0.3));
 }
 
 TEST(Core, ThePageIsScaledToFitOnceTheViewHasLoaded)

@@ -121,8 +121,7 @@ AdSession::AdSession(World world, HostApp host) : platform_(std::move(world))
 
     const CGSize screen = UIScreen::mainScreenBounds().value_or(CGSize{});
     host_window_ = UIWindow::create({0, 0, screen.width, screen.height});
-    if (host.key_window)
-        host_window_.makeKeyAndVisible();
+    host_window_.makeKeyAndVisible();
 
     controller_ = QoroVideoWebViewController::create();
     controller_->init();

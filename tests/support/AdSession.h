@@ -20,8 +20,6 @@ struct HostApp {
     std::vector<std::int64_t> autorotates{UIInterfaceOrientationPortrait};
     /// Absent: no root view controller.
     std::optional<CGSize> root_view = CGSize{375, 812};
-    /// False: its window stands there without the key.
-    bool key_window = true;
     /// Whether an ad controller opened this one.
     bool parent = false;
     bool delegate = false;
