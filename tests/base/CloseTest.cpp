@@ -17,13 +17,44 @@ HostApp host_with_parent()
     return host;
 }
 
-/// Held in landscape, with a close button that hides the video.
-void show_hide_button(AdSession& session)
+/// An ad that can be held in landscape, where its close button hides the video.
+void has_hide_button(AdSession& session)
 {
     session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
     session.ad().bShowHideVideoBtn = true;
+}
+
+/// Held in landscape, with a close button that hides the video.
+void show_hide_button(AdSession& session)
+{
+    has_hide_button(session);
     session.rotate(UIDeviceOrientationLandscapeLeft);
 }
+
+/// What is left of an ad when its parent is told that it has closed.
+class LookingParent : public QoroPhoneGapViewController
+{
+public:
+    explicit LookingParent(const AdSession& session) : session_(session) {}
+
+    void closeVideoAdUnit(bool) override
+    {
+        ++told;
+        still_parent = session_->getParentViewController().get() == this;
+        player_gone = !session_->qoroMoviePlayer;
+        windows_gone = !session_->windowTempWindow && !session_->windowAddOnParent && !session_->appStoreWindow;
+        off_screen = !session_->view().superview() && !session_->webView().superview();
+    }
+
+    int told = 0;
+    bool still_parent = false;
+    bool player_gone = false;
+    bool windows_gone = false;
+    bool off_screen = false;
+
+private:
+    const AdSession& session_;
+};
 
 TEST(Close, RunsItsStepsInOrder)
 {
@@ -71,6 +102,71 @@ TEST(Close, LeavesNoPlayerNoControlsAndNoParent)
     EXPECT_FALSE(session->getParentViewController());
 }
 
+TEST(Close, TakesEachControlOffTheScreen)
+{
+    AdSession session;
+    session.open();
+    // Whoever holds a control elsewhere sees that it stands nowhere any more.
+    const UIView held[] = {
+        session->btnActionOne,
+        session->btnActionTwo,
+        session->btnClose,
+        session->btnPlayAndPause,
+        session->btnMute,
+        session->labelRemainderTime,
+        session->imgTopBackgroundColor,
+        session->viewTopBackground,
+        session->imgBottomBackgroundColor,
+        session->viewButtonBackground,
+        session->viewBottomBackground,
+        session->btnReplay,
+        session->btnClickListener,
+        session->btnBrandIcon,
+        session->labelBrandText,
+        session->viewBackground,
+    };
+    const UIView elsewhere = UIView::create();
+    for (const UIView& control : held)
+        elsewhere.addSubview(control);
+
+    session.tap(session->btnClose);
+
+    EXPECT_THAT(elsewhere.subviews(), IsEmpty());
+}
+
+TEST(Close, TellsTheParentLastAndThenLetsItGo)
+{
+    AdSession session;
+    const auto parent = std::make_shared<LookingParent>(session);
+    session->setParentViewController(parent);
+    session->addOnParentWindow(UIWindow::create());
+    session.ad().strStoreId = "42";
+    session.open();
+
+    session.tap(session->btnClose);
+
+    EXPECT_EQ(parent->told, 1);
+    EXPECT_TRUE(parent->still_parent);
+    EXPECT_TRUE(parent->player_gone);
+    EXPECT_TRUE(parent->windows_gone);
+    EXPECT_TRUE(parent->off_screen);
+    EXPECT_FALSE(session->getParentViewController());
+}
+
+TEST(Close, TakesTheStorePagesWindowDown)
+{
+    AdSession session;
+    session.ad().strStoreId = "42";
+    session.open();
+    const UIWindow window = session->appStoreWindow;
+    ASSERT_TRUE(window);
+
+    session.tap(session->btnClose);
+
+    EXPECT_FALSE(session->appStoreWindow);
+    EXPECT_TRUE(window.isHidden());
+}
+
 TEST(Close, LeavesTheScaleAndReturnButtons)
 {
     AdSession session;
@@ -109,6 +205,21 @@ TEST(Close, StopsTheSixTimers)
     EXPECT_FALSE(session->timerCloseBtnCountdown);
     EXPECT_FALSE(session->timerSendTrackingToServer);
     EXPECT_FALSE(session->timerSetControllerButtonHide);
+}
+
+TEST(Close, LeavesTheBufferingWatchdogAndTheLoadedTimerRunning)
+{
+    AdSession session;
+    session.ad().iBufferingSufferTime = 3;
+    session.open();
+    session.let_pass(1);
+
+    session.tap(session->btnClose);
+    session.forget();
+    session.let_pass(10);
+
+    EXPECT_THAT(session.transcript(), ElementsAre("volume 0.6", "js video_loaded null 0",
+                                                  "log 4 Buffer Suffer Time's up, show close button."));
 }
 
 TEST(Close, GivesTheKeyBackToTheHostsWindow)
@@ -248,6 +359,7 @@ TEST(Close, DismissesThePresentedStorePageBeforeTheTrackers)
     AdSession session;
     session.ad().arrayCloseTrackingUrls = NSArray::of_strings({"http://t/close"});
     session.open();
+    session.plays();
     session->qoroAppStoreMockViewController =
         QoroAppStoreMockViewController::initWithStoreId("1", nullptr, nullptr, nullptr);
     session->presentViewController(session->qoroAppStoreMockViewController, true, nullptr);
@@ -255,8 +367,9 @@ TEST(Close, DismissesThePresentedStorePageBeforeTheTrackers)
 
     session.tap(session->btnClose);
 
-    EXPECT_THAT(session.transcript(), testing::IsSupersetOf({"kit store.dismiss", "request http://t/close tracking"}));
-    EXPECT_EQ(session.transcript().at(2), "kit store.dismiss");
+    const std::vector<std::string> first(session.transcript().begin(), session.transcript().begin() + 5);
+    EXPECT_THAT(first, ElementsAre("js onhide null 0", "kit removeExtraView", "kit store.dismiss", "player pause",
+                                   "request http://t/close tracking"));
     EXPECT_FALSE(session->qoroAppStoreMockViewController->isBeingPresented());
 }
 
@@ -417,8 +530,7 @@ TEST(RemoveBtnClose, OnceTheVideoIsHiddenTheLandscapeButtonGoesToo)
 TEST(RemoveBtnClose, AnAdLaunchedInLandscapeLeftCountsAsLandscape)
 {
     AdSession session;
-    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
-    session.ad().bShowHideVideoBtn = true;
+    has_hide_button(session);
     session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
     session.open();
 
@@ -427,12 +539,50 @@ TEST(RemoveBtnClose, AnAdLaunchedInLandscapeLeftCountsAsLandscape)
     EXPECT_TRUE(session->btnClose.superview());
 }
 
+TEST(RemoveBtnClose, AnAdLaunchedInLandscapeRightDoesNot)
+{
+    AdSession session;
+    has_hide_button(session);
+    session.ad().launchOrientation = UIDeviceOrientationLandscapeRight;
+    session.open();
+
+    session->removeBtnClose();
+
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST(RemoveBtnClose, EitherLandscapeSideOfTheDeviceCounts)
+{
+    for (const int side : {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight}) {
+        AdSession session;
+        has_hide_button(session);
+        session.rotate(side);
+        session.open();
+
+        session->removeBtnClose();
+
+        EXPECT_TRUE(session->btnClose.superview()) << "device " << side;
+    }
+}
+
+TEST(RemoveBtnClose, InLandscapeTheButtonGoesUnlessItHidesTheVideo)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.open();
+    session.ad().bShowHideVideoBtn = false;
+
+    session->removeBtnClose();
+
+    EXPECT_TRUE(session->btnClose);
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
 TEST(RemoveBtnClose, WithoutAPortraitArrangementItCountsAsLandscape)
 {
     AdSession session;
     session.ad().portraitModeType = {};
-    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
-    session.ad().bShowHideVideoBtn = true;
+    has_hide_button(session);
     session.open();
 
     session->removeBtnClose();
@@ -443,8 +593,7 @@ TEST(RemoveBtnClose, WithoutAPortraitArrangementItCountsAsLandscape)
 TEST(RemoveBtnClose, AnUprightDeviceIsNotLandscapeAlthoughTheAdHasThatArrangement)
 {
     AdSession session;
-    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
-    session.ad().bShowHideVideoBtn = true;
+    has_hide_button(session);
     session.open();
 
     session->removeBtnClose();
@@ -454,23 +603,23 @@ TEST(RemoveBtnClose, AnUprightDeviceIsNotLandscapeAlthoughTheAdHasThatArrangemen
 
 TEST(RemoveBtnClose, ALandscapeStatusBarCountsInALockedHost)
 {
-    AdSession session;
-    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
-    session.ad().bShowHideVideoBtn = true;
-    session.open();
-    session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
-    session->bIsLockOneSide = true;
+    for (const int side : {UIInterfaceOrientationLandscapeRight, UIInterfaceOrientationLandscapeLeft}) {
+        AdSession session;
+        has_hide_button(session);
+        session.open();
+        session.turn_status_bar(side);
+        session->bIsLockOneSide = true;
 
-    session->removeBtnClose();
+        session->removeBtnClose();
 
-    EXPECT_TRUE(session->btnClose.superview());
+        EXPECT_TRUE(session->btnClose.superview()) << "status bar " << side;
+    }
 }
 
 TEST(RemoveBtnClose, ALandscapeStatusBarInAHostThatIsNotLockedDoesNotCount)
 {
     AdSession session;
-    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
-    session.ad().bShowHideVideoBtn = true;
+    has_hide_button(session);
     session.open();
     session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
 
