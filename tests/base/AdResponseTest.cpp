@@ -92,6 +92,29 @@ TEST(OpenInAppVideoView, AnAbsentButtonListLeavesTheCount)
     EXPECT_EQ(session->buttonPosMode, ButtonPositionMode_OneButton);
 }
 
+TEST(OpenInAppVideoView, AnEmptyButtonListCountsNone)
+{
+    AdSession session;
+    session.ad().strVideoUrl = nullptr;
+    session.ad().arrayButtonsInfo = NSArray(std::vector<Value>{});
+    session->buttonPosMode = ButtonPositionMode_OneButton;
+
+    session.open();
+
+    EXPECT_EQ(session->buttonPosMode, 0);
+}
+
+TEST(OpenInAppVideoView, AChangeOfTheOpenedAdCountsFromItsNextReading)
+{
+    AdSession session;
+    session.open();
+
+    session.ad().closeBtnSize = BIG;
+    session->checkVideoSize();
+
+    EXPECT_EQ(session->btnClose.frame().width, 60);
+}
+
 TEST(OpenInAppVideoView, ThreeButtonsAreTwoOnceTheyAreBuilt)
 {
     AdSession session;
@@ -166,6 +189,18 @@ TEST(DidAdRequester, APageWithoutTheLibrarysNameStaysAsItIs)
     EXPECT_THAT(session.lines("page"), ElementsAre("<head></head>MRAID.js http://ad/page.html"));
 }
 
+TEST(DidAdRequester, TheLibrarysNameCountsWhereverItStands)
+{
+    AdSession session(world_with_page("<!-- mraid.js --><head></head>"));
+    open_with_page(session);
+
+    session.let_pass(0);
+
+    EXPECT_THAT(session.lines("page"),
+                ElementsAre(R"(<!-- mraid.js --><head><script type="text/javascript" charset="utf-8" )"
+                            R"(src="kit://script.js"></script></head> http://ad/page.html)"));
+}
+
 TEST(DidAdRequester, AMissingLibraryPathIsWrittenAsNull)
 {
     AdSession session(world_with_page("<head>mraid.js"));
@@ -188,7 +223,20 @@ TEST(DidAdRequester, ALibraryNameWithoutAHeadIsAFaultAndThePageIsNotLoaded)
 
     EXPECT_EQ(session.lines("fault").size(), 1U);
     EXPECT_THAT(session.lines("page"), IsEmpty());
+    EXPECT_EQ(session.count_of("log 0 send imp policy 0"), 0U);
     EXPECT_FALSE(session->strBaseUrl);
+}
+
+TEST(DidAdRequester, AHeadWithAttributesOrInCapitalsIsNone)
+{
+    for (const char* page : {R"(<head lang="en">mraid.js)", "<HEAD>mraid.js"}) {
+        AdSession session(world_with_page(page));
+        open_with_page(session);
+
+        session.let_pass(0);
+
+        EXPECT_EQ(session.lines("fault").size(), 1U) << page;
+    }
 }
 
 TEST(DidAdRequester, AfterTheFaultTheAdGoesOn)
@@ -401,6 +449,38 @@ TEST(HandleWebViewInFront, RemovesTheControlsButThreeThings)
     EXPECT_TRUE(session->labelRemainderTime);
 }
 
+TEST(HandleWebViewInFront, TakesEachRemovedControlOffTheScreen)
+{
+    AdSession session;
+    session.open();
+    const UIView elsewhere = UIView::create();
+    for (const UIView& control : std::initializer_list<UIView>{
+             session->btnActionOne, session->btnActionTwo, session->btnClose, session->btnPlayAndPause,
+             session->btnMute, session->imgTopBackgroundColor, session->viewTopBackground,
+             session->imgBottomBackgroundColor, session->viewButtonBackground, session->viewBottomBackground,
+             session->btnReplay, session->btnClickListener, session->btnBrandIcon, session->labelBrandText})
+        elsewhere.addSubview(control);
+
+    session->handleWebViewInFront();
+
+    EXPECT_THAT(elsewhere.subviews(), IsEmpty());
+}
+
+TEST(HandleWebViewInFront, LeavesTheClosingToThePage)
+{
+    AdSession session;
+    session.ad().bIsWebViewInFront = true;
+    session.ad().strWebViewUrl = "http://ad/page.html";
+    session.open();
+    EXPECT_FALSE(session->btnClose);
+    session.forget();
+
+    session.script_says("MRAIDClose");
+
+    EXPECT_EQ(session.events(), std::vector<std::string>{"onhide"});
+    EXPECT_FALSE(session->qoroMoviePlayer);
+}
+
 TEST(HandleWebViewInFront, FillsTheWindowWithTheVideoAndLaysThePageOverIt)
 {
     AdSession session;
@@ -419,10 +499,12 @@ TEST(HandleWebViewInFront, InALockedLandscapeHostTheVideoKeepsItsFrame)
     session.open();
     session->bIsLockOneSideAndIsLandscape = true;
     session->playerViewController.view().setFrame({1, 2, 3, 4});
+    session->windowTempWindow.addSubview(session->playerViewController.view());
 
     session->handleWebViewInFront();
 
     EXPECT_EQ(session->playerViewController.view().frame(), (CGRect{1, 2, 3, 4}));
+    EXPECT_EQ(session->windowTempWindow.subviews().back(), session->view());
 }
 
 TEST(HandleWebViewInFront, InALockedLandscapeHostBeforeIOS8TheVideoFillsTheWindow)
