@@ -11,6 +11,49 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+/// What a listener of an event is told at once, from one state of the video to another; nothing in the other states.
+struct Told {
+    const char* name;
+    std::uint32_t from;
+    std::uint32_t to;
+    const char* event;
+};
+
+/// Behind the last state.
+constexpr std::uint32_t Never = VideoEnded + 1;
+
+constexpr Told LateListeners[] = {
+    {"video_loading", VideoLoading, VideoLoading, "video_loading"},
+    {"video_loaded", VideoLoaded, VideoLoaded, "video_loaded"},
+    {"video_play", VideoPlay, VideoEnded, "video_play"},
+    {"video_volumechange", VideoPlay, VideoEnded, R"(video_volumechange {"e":{"volume":"1"}})"},
+    {"video_orientation", VideoPlay, VideoEnded, R"(video_orientation {"e":{"orientation":"portrait"}})"},
+    {"video_visibilitychange", VideoLoading, VideoEnded, R"(video_visibilitychange {"e":{"visibility":1}})"},
+    {"video_pause", Never, VideoEnded, ""},
+    {"video_ended", Never, VideoEnded, ""},
+    {"video_timeupdate", Never, VideoEnded, ""},
+    {"onhide", Never, VideoEnded, ""},
+};
+
+TEST(AddEventListener, ALateListenerIsToldWhatItsEventAndTheVideosStateCallFor)
+{
+    for (const Told& row : LateListeners) {
+        for (std::uint32_t state = VideoLoading; state <= VideoEnded; ++state) {
+            AdSession session;
+            session.open();
+            session->videoState = static_cast<VideoState>(state);
+            session.forget();
+
+            session->addEventListener(row.name, "1", "1");
+
+            std::vector<std::string> told;
+            if (row.from <= state && state <= row.to)
+                told.emplace_back(row.event);
+            EXPECT_EQ(session.events(), told) << row.name << " in state " << state;
+        }
+    }
+}
+
 TEST(AddEventListener, ALateListenerOfLoadingIsToldAgain)
 {
     AdSession session;
@@ -70,6 +113,21 @@ TEST(AddEventListener, AListenerOfPlayWhileThePlayerIsPausedSetsTheStateBackToPl
 
     EXPECT_THAT(session.events(), ElementsAre("video_play"));
     EXPECT_EQ(session->videoState, VideoPlay);
+}
+
+TEST(AddEventListener, AListenerOfPlayAfterTheEndSetsTheStateBackToPlay)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.ends();
+    session.forget();
+
+    session->addEventListener("video_play", "1", "1");
+
+    EXPECT_THAT(session.events(), ElementsAre("video_play"));
+    EXPECT_EQ(session->videoState, VideoPlay);
+    EXPECT_TRUE(session->bIsPlayFinish);
 }
 
 TEST(AddEventListener, AListenerOfPlayBeforeAnyPlayIsToldNothing)
@@ -166,6 +224,32 @@ TEST(RemoveEventListener, TheCloseButtonGetsItsOwnActionBack)
     EXPECT_FALSE(session->btnClose);
 }
 
+TEST(RemoveEventListener, TheCloseButtonGetsItsActionBackEvenWhenAnotherListenerIsLeft)
+{
+    AdSession session;
+    session.open();
+    session->addEventListener("onclick_closebtn", "1", "1");
+
+    EXPECT_EQ(session->removeEventListener("onclick_closebtn", "2"), 0);
+
+    EXPECT_FALSE(session->bIsClickCloseButton);
+    ASSERT_EQ(session->btnClose.targets().size(), 1U);
+    EXPECT_EQ(session->btnClose.targets()[0].name(), "closeAction");
+}
+
+TEST(RemoveEventListener, AnotherEventsEndLeavesTheTapsWithTheScript)
+{
+    AdSession session;
+    session.open();
+    session->addEventListener("onclick_closebtn", "1", "1");
+    session->addEventListener("video_play", "1", "1");
+
+    session->removeEventListener("video_play", "1");
+
+    EXPECT_TRUE(session->bIsClickCloseButton);
+    EXPECT_EQ(session->btnClose.targets()[0].name(), "onclick_closebtn");
+}
+
 TEST(RemoveEventListener, AnswersWhatTheSuperclassAnswers)
 {
     AdSession session;
@@ -206,6 +290,28 @@ TEST(SendEventToJS, AnEmptyResultIsWrappedToo)
     EXPECT_THAT(session.events(), ElementsAre(R"(anything {"e":{}})"));
 }
 
+TEST(SendEventToJS, TheWrappingIsEmptiedAfterTheCall)
+{
+    struct KeepingAd : QoroVideoWebViewController {
+        void listenerCallbackToJS(const NSString&, const NSDictionary& withData) override
+        {
+            data = withData;
+            during = as_text(withData);
+        }
+        NSDictionary data;
+        std::string during;
+    };
+    AdSession session;
+    const auto controller = std::make_shared<KeepingAd>();
+    controller->init();
+
+    controller->sendEventToJS("anything", {{"a", 1}});
+
+    EXPECT_EQ(controller->during, R"({"e":{"a":1}})");
+    EXPECT_TRUE(controller->data);
+    EXPECT_EQ(controller->data.count(), 0U);
+}
+
 TEST(SendEventToJS, OneLayoutPassSendsTheOrientationTwiceBareThenWrapped)
 {
     AdSession session;
@@ -217,6 +323,18 @@ TEST(SendEventToJS, OneLayoutPassSendsTheOrientationTwiceBareThenWrapped)
     EXPECT_THAT(session.events(), ElementsAre(R"(video_orientation {"orientation":"portrait"})",
                                               R"(video_visibilitychange {"e":{"visibility":1}})",
                                               R"(video_orientation {"e":{"orientation":"portrait"}})"));
+}
+
+TEST(SendEventToJS, ALandscapePassSendsTheOrientationTwiceBareThenWrapped)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_THAT(session.events(), ElementsAre(R"(video_orientation {"orientation":"landscape"})",
+                                              R"(video_orientation {"e":{"orientation":"landscape"}})"));
 }
 
 TEST(SendVideoVisibilityEvent, AVideoHiddenInEitherArrangementIsNotVisible)
