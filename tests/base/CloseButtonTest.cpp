@@ -294,17 +294,48 @@ TEST(CountDownView, LiesOverTheCloseButtonHidden)
     EXPECT_TRUE(is_on_top(session->countDownView));
 }
 
+TEST(CountDownView, IsMadeWhereTheButtonStandsFiftyPointsWideWhateverTheButtonsSize)
+{
+    AdSession session;
+    session.open();
+    session->countDownView = nullptr;
+    session->iCountdownCount = 2.5F;
+    session->btnClose.setFrame({12, 34, 60, 60});
+
+    session->addCountDownView();
+
+    EXPECT_EQ(session->countDownView.frame(), (CGRect{12, 34, 50, 50}));
+    EXPECT_EQ(session->countDownView.seconds(), 2.5);
+    EXPECT_TRUE(session->countDownView.isHidden());
+}
+
+TEST(CountDownView, IsAddedAfterTheButtonWithALogLineOfItsOwn)
+{
+    AdSession session;
+    session.open();
+    session.forget();
+
+    session->addVideoCloseButton();
+
+    EXPECT_THAT(session.transcript(), ElementsAre("log 0 Added Video Close Button", "log 0 Added Count Down View"));
+}
+
 TEST(CountDownView, IsUsedAgainAsItIs)
 {
     AdSession session;
     session.open();
     const QoroCountDownView first = session->countDownView;
     first.updateWithSeconds(2);
+    first.setHidden(false);
+    session->btnClose.setFrame({12, 34, 50, 50});
 
     session->addVideoCloseButton();
 
     EXPECT_TRUE(session->countDownView == first);
     EXPECT_EQ(first.seconds(), 2);
+    EXPECT_EQ(first.frame(), (CGRect{0, 0, 50, 50}));
+    EXPECT_FALSE(first.isHidden());
+    EXPECT_TRUE(is_on_top(first));
 }
 
 TEST(CloseCountdown, OfZeroEndsWithItsFirstTick)
@@ -359,14 +390,17 @@ TEST(CloseCountdown, TakesATenthOffInDoublePrecisionAndKeepsItInSingle)
 
 TEST(CloseCountdown, IsSeenWhenTheAdWantsTheWheel)
 {
-    AdSession session;
-    session.ad().iShowProgressWheel = 1;
-    session.open();
-    session.plays();
+    for (const int wheel : {1, 2, -1}) {
+        AdSession session;
+        session.ad().iShowProgressWheel = wheel;
+        session.open();
+        session.plays();
+        session->countDownView.setHidden(true);
 
-    session.let_pass(1);
+        session.let_pass(1);
 
-    EXPECT_FALSE(session->countDownView.isHidden());
+        EXPECT_FALSE(session->countDownView.isHidden()) << "wheel " << wheel;
+    }
 }
 
 TEST(CloseCountdown, IsNotSeenAnyMoreAtTheEnd)
@@ -434,6 +468,26 @@ TEST(BufferingWatchdog, RunsOnWhileTheVideoPlays)
     EXPECT_TRUE(session->timerCloseBtnCountdown.isValid());
 }
 
+TEST(BufferingWatchdog, RunsOnThroughAPauseAndTheEnd)
+{
+    AdSession session;
+    session.ad().iBufferingSufferTime = 3;
+    session.ad().iCloseBtnCountdown = 20;
+    session.open();
+    session.plays();
+    session.let_pass(1);
+    session.pauses_at(1);
+    session.let_pass(1);
+    session.plays_on();
+    session.ends();
+
+    session.let_pass(1.99);
+    EXPECT_TRUE(session->btnClose.isHidden());
+    session.let_pass(0.01);
+    EXPECT_FALSE(session->btnClose.isHidden());
+    EXPECT_EQ(session->iBufferingSufferTime, 0);
+}
+
 TEST(BufferingWatchdog, EndsWithItsExpiry)
 {
     AdSession session;
@@ -494,6 +548,18 @@ TEST(CustomClose, TurnedOnLaysNothingOut)
     session.script_says("MRAIDUseCustomClose", {true});
 
     EXPECT_THAT(session.transcript(), IsEmpty());
+}
+
+TEST(CustomClose, TurnedOffKeepsTheTapWithTheScriptThatHasAskedForIt)
+{
+    AdSession session;
+    session.open();
+    session.script_says("addEventListener", {"onclick_closebtn", "1"});
+    session.script_says("MRAIDUseCustomClose", {true});
+
+    session.script_says("MRAIDUseCustomClose", {false});
+
+    EXPECT_EQ(session->btnClose.targets()[0].name(), "onclick_closebtn");
 }
 
 TEST(CustomClose, TakesTheButtonAwayWithEachNewPicture)

@@ -29,6 +29,24 @@ TEST(ControlBar, HidesWithItsPlayButton)
     EXPECT_TRUE(session->bIsHideControlbutton);
 }
 
+TEST(ControlBar, ThePlayButtonFollowsTheBarsUntilTheVideoHasEnded)
+{
+    for (const bool ended : {false, true}) {
+        for (const bool hidden : {false, true}) {
+            AdSession session;
+            session.open();
+            session->bIsPlayFinish = ended;
+
+            session->setControlBottonInVisible(hidden);
+
+            EXPECT_EQ(session->viewTopBackground.isHidden(), hidden);
+            EXPECT_EQ(session->viewBottomBackground.isHidden(), hidden);
+            EXPECT_EQ(session->bIsHideControlbutton, hidden);
+            EXPECT_EQ(session->btnPlayAndPause.isHidden(), ended || hidden) << "ended " << ended;
+        }
+    }
+}
+
 TEST(ControlBar, ShownDuringPlaybackItLeavesThePlayButtonVisible)
 {
     AdSession session;
