@@ -256,6 +256,52 @@ TEST(PrePauseTick, PausesAtEachLocationOnce)
     EXPECT_THAT(session.lines("player"), IsEmpty());
 }
 
+TEST(PrePauseTick, TellsTheTimeThenJumpsBackThenPauses)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    session.open();
+    session.plays();
+    session.pauses_at(7.5);
+    session.return_to_app();
+    session.plays_on();
+    session.forget();
+
+    session->updateRemainderTime();
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre(R"(js video_timeupdate {"e":{"current_time":"7"}} 0)", "player seek 7.5", "player pause"));
+}
+
+TEST(PrePauseTick, ALocationCountsByItsWholeSeconds)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5.7};
+    session.open();
+    session.plays();
+    session.player_is_at(5);
+    session.forget();
+
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause"));
+    EXPECT_TRUE(session->prePauseStatusAtLocation(5));
+}
+
+TEST(PrePauseTick, ALocationBeforeTheStartIsReachedAtOnce)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {-3};
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause"));
+    EXPECT_TRUE(session->prePauseStatusAtLocation(-3));
+}
+
 TEST(PrePauseTick, KnowsNoLocationZero)
 {
     AdSession session;
@@ -282,6 +328,54 @@ TEST(RemainingTimeLabel, StandsInTheLowerLeftCornerOfTheBand)
 
     // "00:30" measures 35 by 16.
     EXPECT_EQ(session->labelRemainderTime.frame(), (CGRect{10, 184.4375, 35, 16}));
+}
+
+TEST(RemainingTimeLabel, IsAsLargeAsItsTextAndNoWiderThan296Points)
+{
+    World world = AdSession::manual_world();
+    world.text["00:30"] = {400, 20};
+    AdSession session(world);
+    session.open();
+    session.player_lasts(30);
+
+    session->updateRemainderTime();
+
+    EXPECT_EQ(session->labelRemainderTime.frame(), (CGRect{10, 180.4375, 296, 20}));
+}
+
+TEST(RemainingTimeLabel, StandsOnAnEdgeOfSinglePrecision)
+{
+    AdSession session;
+    session.open();
+    session.player_lasts(30);
+    session->qoroMoviePlayer.view().setFrame({0, 0, 375, 210.1});
+
+    session->updateRemainderTime();
+
+    EXPECT_EQ(session->labelRemainderTime.frame().y, static_cast<double>(210.1F) - 16 - 10.5);
+}
+
+TEST(RemainingTimeLabel, InFullScreenInAHostLockedOtherwiseOnAnUprightDeviceStandsOnTheScreensWidth)
+{
+    AdSession session;
+    open_full_screen(session);
+    session->bIsLockOneSide = true;
+
+    session->updateRemainderTime();
+
+    EXPECT_EQ(session->labelRemainderTime.frame().y, 348.5);
+}
+
+TEST(RemainingTimeLabel, TheLandscapeLocksSideCountsForNothingWithoutTheLock)
+{
+    AdSession session(turned_screen(false));
+    open_full_screen(session);
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+    session->bIsLockOneSideAndIsLandscape = true;
+
+    session->updateRemainderTime();
+
+    EXPECT_EQ(session->labelRemainderTime.frame().y, 348.5);
 }
 
 TEST(RemainingTimeLabel, OfABandInALockedHostStandsOnTheBandsLowerEdge)
@@ -417,6 +511,19 @@ TEST(RemainingTimeLabel, OfAFullPortraitVideoInAHostLockedOtherwiseStandsOnTheVi
     EXPECT_EQ(session->labelRemainderTime.frame().y, 707.5);
 }
 
+TEST(RemainingTimeLabel, OfAFullPortraitVideoWithTheLandscapeSideButNoLockStandsOnTheVideosLowerEdge)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session.open();
+    session.player_lasts(30);
+    session->bIsLockOneSideAndIsLandscape = true;
+
+    session->updateRemainderTime();
+
+    EXPECT_EQ(session->labelRemainderTime.frame().y, 707.5);
+}
+
 TEST(RemainingTimeLabel, OfAFullPortraitVideoInAHostLockedToLandscapeStandsOnTheVideosWidth)
 {
     AdSession session;
@@ -450,6 +557,43 @@ TEST(StopUpdateTimer, StopsThePlayersTimersAfterTheSuperclassOnes)
     EXPECT_FALSE(session->timerCloseBtnCountdown);
     EXPECT_FALSE(session->timerSendTrackingToServer);
     EXPECT_FALSE(session->timerSetControllerButtonHide);
+}
+
+/// A timer's target, whose end tells that the timer was stopped: nothing else holds it.
+struct StoppedTimer : Object {
+    StoppedTimer(std::vector<std::string>& into, const char* timer) : stopped(into), name(timer) {}
+    ~StoppedTimer() override { stopped.emplace_back(name); }
+
+    std::vector<std::string>& stopped;
+    const char* name;
+};
+
+TEST(StopUpdateTimer, StopsSixTimersInTheirOrderAndForgetsThem)
+{
+    using Ad = QoroVideoWebViewController;
+    constexpr std::pair<const char*, NSTimer Ad::*> timers[] = {
+        {"timerCheckDeviceOrientation", &Ad::timerCheckDeviceOrientation},
+        {"timerUpdateRemainderTime", &Ad::timerUpdateRemainderTime},
+        {"timerCloseBtnCountdown", &Ad::timerCloseBtnCountdown},
+        {"timerCheckVideoPlay", &Ad::timerCheckVideoPlay},
+        {"timerSendTrackingToServer", &Ad::timerSendTrackingToServer},
+        {"timerSetControllerButtonHide", &Ad::timerSetControllerButtonHide},
+    };
+    AdSession session;
+    std::vector<std::string> stopped;
+    std::vector<std::string> expected;
+    for (const auto& [name, timer] : timers) {
+        const auto target = std::make_shared<StoppedTimer>(stopped, name);
+        const Action nothing(target.get(), name, [](Object&, const Cause&) {});
+        session.controller().*timer = NSTimer::scheduledTimerWithTimeInterval(1, nothing, true);
+        expected.emplace_back(name);
+    }
+
+    session->stopUpdateTimer();
+
+    EXPECT_EQ(stopped, expected);
+    for (const auto& [name, timer] : timers)
+        EXPECT_FALSE(session.controller().*timer) << name;
 }
 
 TEST(StopUpdateTimer, LeavesTheBufferingAndLoadedTimersRunning)
