@@ -352,17 +352,24 @@ TEST(CloseCountdown, OfZeroEndsWithItsFirstTick)
     EXPECT_FLOAT_EQ(session->iCountdownCount, -0.1F);
 }
 
-TEST(CloseCountdown, OfFiveSecondsEndsWithTheFiftiethTickOrTheNext)
+TEST(CloseCountdown, EndsWithItsLastTenthOrWhereTheRoundingLeavesAnythingWithTheNextTick)
 {
-    AdSession session;
-    session.open();
-    session.plays();
+    struct Countdown {
+        int seconds;
+        int ticks;
+    };
+    for (const auto& [seconds, ticks] : {Countdown{1, 10}, {2, 20}, {3, 31}, {5, 51}, {10, 100}, {15, 150}}) {
+        AdSession session;
+        session.ad().iCloseBtnCountdown = seconds;
+        session.open();
+        session.plays();
 
-    session.let_pass(4.95);
-    EXPECT_TRUE(session->btnClose.isHidden());
-    session.let_pass(0.15);
-    EXPECT_FALSE(session->btnClose.isHidden());
-    EXPECT_TRUE(session->countDownView.isHidden());
+        session.let_pass(0.1 * ticks - 0.01);
+        EXPECT_TRUE(session->btnClose.isHidden()) << seconds << " seconds";
+        session.let_pass(0.01);
+        EXPECT_FALSE(session->btnClose.isHidden()) << seconds << " seconds";
+        EXPECT_TRUE(session->countDownView.isHidden()) << seconds << " seconds";
+    }
 }
 
 TEST(CloseCountdown, StopsItsTimerAtTheEnd)
@@ -376,7 +383,7 @@ TEST(CloseCountdown, StopsItsTimerAtTheEnd)
     EXPECT_FALSE(session->timerCloseBtnCountdown.isValid());
 }
 
-TEST(CloseCountdown, TakesATenthOffInDoublePrecisionAndKeepsItInSingle)
+TEST(CloseCountdown, TakesATenthOffAndShowsWhatItKeepsInSinglePrecision)
 {
     AdSession session;
     session.open();
@@ -384,8 +391,21 @@ TEST(CloseCountdown, TakesATenthOffInDoublePrecisionAndKeepsItInSingle)
 
     session->showCloseButton();
 
-    EXPECT_EQ(session->iCountdownCount, static_cast<float>(3.0 - 0.1));
-    EXPECT_EQ(session->countDownView.seconds(), static_cast<double>(static_cast<float>(3.0 - 0.1)));
+    EXPECT_EQ(session->iCountdownCount, 2.9F);
+    EXPECT_EQ(session->countDownView.seconds(), static_cast<double>(2.9F));
+}
+
+TEST(CloseCountdown, ATenthOfSinglePrecisionIsMoreThanTheTenthOfDoublePrecisionThatIsTakenOff)
+{
+    AdSession session;
+    session.open();
+    session->btnClose.setHidden(true);
+    session->iCountdownCount = 0.1F;
+
+    session->showCloseButton();
+
+    EXPECT_GT(session->iCountdownCount, 0);
+    EXPECT_TRUE(session->btnClose.isHidden());
 }
 
 TEST(CloseCountdown, IsSeenWhenTheAdWantsTheWheel)
