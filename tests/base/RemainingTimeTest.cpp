@@ -396,6 +396,7 @@ TEST(RemainingTimeLabel, StandsOnTopOfTheVideo)
     AdSession session;
     session.open();
     session.player_lasts(30);
+    session->updateRemainderTime();
     session->qoroMoviePlayer.view().addSubview(session->btnMute);
 
     session->updateRemainderTime();
