@@ -165,6 +165,91 @@ TEST(CheckVideoSize, AnUnknownDeviceOrientationGetsThePortraitLayout)
     EXPECT_TRUE(session->bIsPortraitNow);
 }
 
+/// What the choice follows from, and what is chosen.
+struct Choice {
+    const char* of;
+    UIDeviceOrientation launch{};
+    int device = UIDeviceOrientationPortrait;
+    int status_bar = UIInterfaceOrientationPortrait;
+    bool locked = false;
+    bool has_portrait = true;
+    bool has_landscape = true;
+    ViewPosition position = TOP;
+    bool portrait = false;
+};
+
+constexpr Choice choices[] = {
+    {.of = "launched in landscape", .launch = UIDeviceOrientationLandscapeLeft},
+    {.of = "launched in landscape, without a landscape mode",
+     .launch = UIDeviceOrientationLandscapeLeft,
+     .has_landscape = false},
+    {.of = "launched in landscape, full in portrait",
+     .launch = UIDeviceOrientationLandscapeLeft,
+     .position = FULL,
+     .portrait = true},
+    {.of = "launched in the other landscape", .launch = UIDeviceOrientationLandscapeRight, .portrait = true},
+    {.of = "held to the left", .device = UIDeviceOrientationLandscapeLeft},
+    {.of = "held to the right", .device = UIDeviceOrientationLandscapeRight},
+    {.of = "held to the left, full in portrait",
+     .device = UIDeviceOrientationLandscapeLeft,
+     .position = FULL,
+     .portrait = true},
+    {.of = "held to the left, without a landscape mode",
+     .device = UIDeviceOrientationLandscapeLeft,
+     .has_landscape = false,
+     .portrait = true},
+    {.of = "held to the right, without a landscape mode",
+     .device = UIDeviceOrientationLandscapeRight,
+     .has_landscape = false,
+     .portrait = true},
+    {.of = "without a portrait mode", .has_portrait = false},
+    {.of = "without a portrait mode, full in portrait", .has_portrait = false, .position = FULL, .portrait = true},
+    {.of = "without any mode", .has_portrait = false, .has_landscape = false},
+    {.of = "upright", .portrait = true},
+    {.of = "upside down", .device = UIDeviceOrientationPortraitUpsideDown, .portrait = true},
+    {.of = "face up", .device = UIDeviceOrientationFaceUp, .portrait = true},
+    {.of = "face down", .device = UIDeviceOrientationFaceDown, .portrait = true},
+    {.of = "held unknown", .device = UIDeviceOrientationUnknown, .portrait = true},
+    {.of = "status bar to the right", .status_bar = UIInterfaceOrientationLandscapeRight, .portrait = true},
+    {.of = "locked, status bar upright", .locked = true, .portrait = true},
+    {.of = "locked, status bar upside down",
+     .status_bar = UIInterfaceOrientationPortraitUpsideDown,
+     .locked = true,
+     .portrait = true},
+    {.of = "locked, status bar to the right", .status_bar = UIInterfaceOrientationLandscapeRight, .locked = true},
+    {.of = "locked, status bar to the left", .status_bar = UIInterfaceOrientationLandscapeLeft, .locked = true},
+    {.of = "locked, status bar to the right, without a landscape mode",
+     .status_bar = UIInterfaceOrientationLandscapeRight,
+     .locked = true,
+     .has_landscape = false},
+    {.of = "locked, status bar to the right, full in portrait",
+     .status_bar = UIInterfaceOrientationLandscapeRight,
+     .locked = true,
+     .position = FULL,
+     .portrait = true},
+};
+
+TEST(CheckVideoSize, TheFirstRuleThatAppliesChoosesTheLayout)
+{
+    for (const Choice& choice : choices) {
+        SCOPED_TRACE(choice.of);
+        World world = AdSession::manual_world();
+        world.device.status_bar_orientation = choice.status_bar;
+        AdSession session(world);
+        session.ad().launchOrientation = choice.launch;
+        session.ad().portraitModeType = choice.has_portrait ? ONLY_VIDEO : VideoAdMode{};
+        session.ad().landscapeModeType = choice.has_landscape ? ONLY_VIDEO : VideoAdMode{};
+        session.ad().portraitVideoPos = choice.position;
+        session->bIsLockOneSide = choice.locked;
+        session.rotate(choice.device);
+
+        session.open();
+
+        EXPECT_EQ(session.count_of(PortraitLayout), choice.portrait ? 1U : 0U);
+        EXPECT_EQ(session.count_of(LandscapeLayout), choice.portrait ? 0U : 1U);
+    }
+}
+
 TEST(CheckVideoSize, WithoutAnAdItChoosesTheLandscapeLayout)
 {
     AdSession session;
@@ -192,6 +277,18 @@ TEST(CheckVideoSize, ASquareScreenIsNoLockedHost)
     world.device.status_bar_orientation = UIInterfaceOrientationLandscapeRight;
     AdSession session(world);
     has_both_modes(session);
+
+    session.open();
+
+    EXPECT_FALSE(session->bIsLockOneSide);
+    EXPECT_FALSE(session->bIsLockOneSideAndIsLandscape);
+}
+
+TEST(CheckVideoSize, ANarrowScreenIsNoLockedHost)
+{
+    World world = AdSession::manual_world();
+    world.device.status_bar_orientation = UIInterfaceOrientationLandscapeLeft;
+    AdSession session(world);
 
     session.open();
 
@@ -379,6 +476,19 @@ TEST(OrientationFollowUp, LaysOutAgainOnADeviceThatStaysUpright)
     EXPECT_EQ(session->timerCheckDeviceOrientation.fireDate(), 10.0);
 }
 
+TEST(OrientationFollowUp, ExpectsTheSameStillWhereNothingMayBeLaidOut)
+{
+    AdSession session;
+    expect_landscape(session);
+    session->setBDoButtonAction(true);
+
+    session.let_pass(5);
+
+    EXPECT_EQ(session.count_of(LandscapeLayout), 0U);
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationLandscapeLeft);
+    EXPECT_FALSE(session->timerCheckDeviceOrientation);
+}
+
 TEST(OrientationFollowUp, DoesNotAcceptUpsideDownForPortrait)
 {
     AdSession session;
@@ -471,6 +581,30 @@ TEST(ChangeOrientation, IsObeyedWhateverModesTheAdHas)
     EXPECT_FALSE(session->bIsPortraitNow);
     session.script_says("changeOrientation", {"portrait"});
     EXPECT_TRUE(session->bIsPortraitNow);
+}
+
+TEST(ChangeOrientation, IsObeyedDuringAClickThroughToo)
+{
+    AdSession session;
+    session.open();
+    session->setBDoButtonAction(true);
+
+    session.script_says("changeOrientation", {"landscape"});
+
+    EXPECT_FALSE(session->bIsPortraitNow);
+}
+
+TEST(ChangeOrientation, IsTheLayoutAlone)
+{
+    AdSession session;
+    session.open();
+    session->viewBackground.setHidden(true);
+    session->setControlBottonInVisible(true);
+
+    session.script_says("changeOrientation", {"portrait"});
+
+    EXPECT_TRUE(session->viewBackground.isHidden());
+    EXPECT_TRUE(session->bIsHideControlbutton);
 }
 
 TEST(ChangeOrientation, IsComparedLetterByLetter)
