@@ -1,8 +1,11 @@
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "tests/support/AdSession.h"
 #include "tests/support/Views.h"
+#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
+
+#include <string>
 
 namespace qoro
 {
@@ -122,6 +125,23 @@ TEST(LandscapeLayout, TheRootIsASquareOnTheLongEdge)
     open_landscape(session);
 
     EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 568, 568}));
+}
+
+TEST(LandscapeLayout, RootAndPageAreSquaresOnTheLongEdgeWhenTheScriptHearsOfIt)
+{
+    AdSession session(small_screen());
+    open_landscape(session);
+    CGRect root;
+    CGRect page;
+    const WhenTold looks(session, "js", [&] {
+        root = session->view().frame();
+        page = session->webView().frame();
+    });
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_EQ(root, (CGRect{0, 0, 568, 568}));
+    EXPECT_EQ(page, (CGRect{0, 0, 568, 568}));
 }
 
 TEST(LandscapeLayout, ThePageIsAsLargeAsTheVideoInTheEnd)
@@ -306,6 +326,35 @@ TEST(LockedLandscapeLayout, EverythingIsTurnedAHalfWhenTheStatusBarLeftTheLeft)
     EXPECT_EQ(session->view().transform().angle, HalfTurn);
 }
 
+TEST(LockedLandscapeLayout, IsTurnedAHalfByAStatusBarOnTheLeftOrByHavingEnteredThereButNotByBoth)
+{
+    struct Turn {
+        int status_bar;
+        bool entered_left;
+        double angle;
+    };
+    constexpr Turn turns[] = {
+        {UIInterfaceOrientationPortrait, false, 0},
+        {UIInterfaceOrientationPortrait, true, HalfTurn},
+        {UIInterfaceOrientationPortraitUpsideDown, false, 0},
+        {UIInterfaceOrientationPortraitUpsideDown, true, HalfTurn},
+        {UIInterfaceOrientationLandscapeRight, false, 0},
+        {UIInterfaceOrientationLandscapeRight, true, HalfTurn},
+        {UIInterfaceOrientationLandscapeLeft, false, HalfTurn},
+        {UIInterfaceOrientationLandscapeLeft, true, 0},
+    };
+    for (const auto& [status_bar, entered_left, angle] : turns) {
+        SCOPED_TRACE(std::to_string(status_bar) + (entered_left ? ", entered left" : ""));
+        AdSession session(locked_host(status_bar));
+        session->bIsLockOneSideAndIsLandscape = true;
+        session->setBIsLockLandscapeAndEnterLandscapeLeft(entered_left);
+
+        open_landscape(session);
+
+        EXPECT_EQ(session->view().transform().angle, angle);
+    }
+}
+
 TEST(LockedLandscapeLayout, PageAndVideoFillTheScreenAroundTheRootsMiddle)
 {
     AdSession session(locked_host(UIInterfaceOrientationLandscapeRight));
@@ -352,6 +401,19 @@ TEST(LandscapeLayout, OffersTheWayBackToPortraitInAPortraitOnlyHost)
     EXPECT_FALSE(session->btnScreenScale.isHidden());
 }
 
+TEST(LandscapeLayout, AHiddenScaleButtonGetsItsPictureButStaysHidden)
+{
+    AdSession session;
+    open_both_modes(session);
+    session->btnScreenScale.setHidden(true);
+    session->btnScreenScale.setBackgroundImage(nullptr);
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_TRUE(session->btnScreenScale.isHidden());
+    EXPECT_EQ(picture_of(session->btnScreenScale), arrayVideoScaleToPortraitButton);
+}
+
 TEST(LandscapeLayout, OffersNoWayBackToPortraitForAnAdWithoutPortraitMode)
 {
     AdSession session;
@@ -374,6 +436,17 @@ TEST(LandscapeLayout, OffersNoWayBackToPortraitInAHostThatRotates)
 TEST(LandscapeLayout, ExpectsADeviceThatIsHeldOtherwiseToBeTurned)
 {
     AdSession session;
+
+    open_both_modes(session);
+
+    EXPECT_EQ(session->changeModeOrientation, UIDeviceOrientationLandscapeLeft);
+    EXPECT_EQ(session->timerCheckDeviceOrientation.fireDate(), 5.0);
+}
+
+TEST(LandscapeLayout, ExpectsADeviceHeldToTheRightToBeTurnedToo)
+{
+    AdSession session;
+    session.rotate(UIDeviceOrientationLandscapeRight);
 
     open_both_modes(session);
 

@@ -64,6 +64,37 @@ TEST(PortraitLayout, AFullVideoIsNotShownByIt)
                                                   "log 0 Added Count Down View"));
 }
 
+constexpr const char* VideoIsVisible = R"(js video_visibilitychange {"e":{"visibility":1}} 0)";
+
+TEST(PortraitLayout, AfterALandscapeVideoThatMayBeHiddenTheScriptHearsNothingOfVisibility)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.open();
+    session->setLandscapeFullScreenVideo();
+    session.forget();
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session.count_of(VideoIsVisible), 0U);
+}
+
+TEST(PortraitLayout, AfterAHiddenLandscapeVideoTheVideoIsShownAndTheHidingForgotten)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.open();
+    session->setLandscapeFullScreenVideo();
+    session->setVideoInvisible();
+    session.forget();
+
+    session->setPortraitModeScreen();
+
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+    EXPECT_FALSE(session->bHideVideoToShowWebViewInLandscapeMode);
+    EXPECT_EQ(session.count_of(VideoIsVisible), 1U);
+}
+
 TEST(PortraitLayout, AHiddenBandIsShown)
 {
     AdSession session;
@@ -150,15 +181,18 @@ TEST(PortraitLayout, AFullVideoStaysWithinATallScreensInsets)
     EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 734}));
 }
 
-TEST(PortraitLayout, AVideoAtASideStandsAtTheTop)
+TEST(PortraitLayout, AVideoAtASideOrNowhereStandsAtTheTopOverAPageOfItsHeight)
 {
-    AdSession session;
-    session.ad().portraitVideoPos = LEFT;
+    for (const ViewPosition position : {LEFT, RIGHT, ViewPosition{}}) {
+        SCOPED_TRACE(position);
+        AdSession session;
+        session.ad().portraitVideoPos = position;
 
-    session.open();
+        session.open();
 
-    EXPECT_EQ(video_frame(session), (CGRect{0, 44, 375, 210.9375}));
-    EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 210.9375}));
+        EXPECT_EQ(video_frame(session), (CGRect{0, 44, 375, 210.9375}));
+        EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 210.9375}));
+    }
 }
 
 TEST(PortraitLayout, AScreenHalfAPointTallerHasNoInsets)
@@ -178,6 +212,21 @@ TEST(PortraitLayout, AScreenOnePointShorterHasNoInsets)
 
     EXPECT_EQ(video_frame(session), (CGRect{0, 0, 375, 210.9375}));
     EXPECT_EQ(session->webView().frame(), (CGRect{0, 210.9375, 375, 600.0625}));
+}
+
+TEST(PortraitLayout, InsetsAreThoseOfTheMainScreenNotOfTheScreenAsItIsTurned)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.current_screen = CGSize{375, 700};
+    AdSession tall(world);
+    tall.open();
+    EXPECT_EQ(tall->webView().frame(), (CGRect{0, 254.9375, 375, 523.0625}));
+
+    world.device.facts.screen = CGSize{375, 700};
+    world.device.facts.current_screen = CGSize{375, 812};
+    AdSession low(world);
+    low.open();
+    EXPECT_EQ(low->webView().frame(), (CGRect{0, 210.9375, 375, 489.0625}));
 }
 
 TEST(PortraitLayout, TheBandStaysWhereItWasPlacedEvenWhenThePageHasMoved)
@@ -259,6 +308,18 @@ TEST(PortraitLayout, TheRootFillsTheScreenAndNothingIsTurned)
     EXPECT_EQ(session->webView().transform().angle, 0);
     EXPECT_EQ(session->playerViewController.view().transform().angle, 0);
     EXPECT_EQ(session->miImageView.transform().angle, 0);
+}
+
+TEST(PortraitLayout, TheRootKeepsTheTurnThatALockedHostGaveIt)
+{
+    AdSession session;
+    session.open();
+    session->view().setTransform(CGAffineTransformMakeRotation(HalfTurn));
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session->view().transform().angle, HalfTurn);
+    EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 375, 812}));
 }
 
 TEST(PortraitLayout, TheVideoFitsItsBand)
