@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <vector>
+
 namespace qoro
 {
 namespace
@@ -103,6 +105,18 @@ TEST(ButtonBar, TheTopBarHoldsItsShadeAndTheBrand)
     EXPECT_EQ(session->viewTopBackground.backgroundColor(), UIColor::clearColor());
 }
 
+TEST(ButtonBar, HiddenActionButtonsStandBetweenTheShadeAndTheBrand)
+{
+    AdSession session;
+    session.ad().bIsHideActionButton = true;
+
+    session.open();
+
+    EXPECT_THAT(session->viewTopBackground.subviews(),
+                ElementsAre(UIView(session->imgTopBackgroundColor), session->viewButtonBackground,
+                            UIView(session->btnBrandIcon), UIView(session->labelBrandText)));
+}
+
 TEST(ButtonBar, TheBottomBarHoldsItsShadeMuteAndScale)
 {
     AdSession session;
@@ -116,7 +130,7 @@ TEST(ButtonBar, TheBottomBarHoldsItsShadeMuteAndScale)
     EXPECT_EQ(session->viewBottomBackground.backgroundColor(), UIColor::clearColor());
 }
 
-TEST(ButtonBar, TheVideoHoldsTheBarsTheButtonsAndThePanel)
+TEST(ButtonBar, TheVideoHoldsTheBarsBelowTheButtonsBelowThePanel)
 {
     AdSession session;
     session.open();
@@ -125,13 +139,11 @@ TEST(ButtonBar, TheVideoHoldsTheBarsTheButtonsAndThePanel)
 
     session->setButtonBarToScreen(false);
 
-    const UIView player = session->qoroMoviePlayer.view();
-    EXPECT_TRUE(session->viewTopBackground.superview() == player);
-    EXPECT_TRUE(session->viewBottomBackground.superview() == player);
-    EXPECT_TRUE(session->btnPlayAndPause.superview() == player);
-    EXPECT_TRUE(session->btnReplay.superview() == player);
-    EXPECT_TRUE(session->viewButtonBackground.superview() == player);
-    EXPECT_TRUE(is_on_top(session->viewButtonBackground));
+    const std::vector<UIView> over_video = session->qoroMoviePlayer.view().subviews();
+    ASSERT_GE(over_video.size(), 5U);
+    EXPECT_THAT(std::vector(over_video.end() - 5, over_video.end()),
+                ElementsAre(session->viewTopBackground, session->viewBottomBackground, UIView(session->btnPlayAndPause),
+                            UIView(session->btnReplay), session->viewButtonBackground));
     EXPECT_TRUE(session->btnReplay.isHidden());
     EXPECT_EQ(session->viewButtonBackground.backgroundColor(), UIColor::clearColor());
 }
@@ -147,16 +159,6 @@ TEST(ButtonBar, WithoutAPlayerTheBarsAndThePanelStandNowhere)
     EXPECT_FALSE(session->viewTopBackground.superview());
     EXPECT_FALSE(session->viewBottomBackground.superview());
     EXPECT_FALSE(session->viewButtonBackground.superview());
-}
-
-TEST(ButtonBar, HiddenActionButtonsStayInTheTopBar)
-{
-    AdSession session;
-    session.ad().bIsHideActionButton = true;
-
-    session.open();
-
-    EXPECT_TRUE(session->viewButtonBackground.superview() == session->viewTopBackground);
 }
 
 TEST(ButtonBar, TheWayBackToTheVideoStandsOnThePage)
@@ -249,7 +251,10 @@ TEST(ButtonPosition, InLandscapeTheControlsAreSmallerAndFollowTheTurnedScreen)
     session.open();
 
     EXPECT_EQ(session->btnPlayAndPause.frame(), (CGRect{384, 165.5, 44, 44}));
+    EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 812, 70}));
     EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 331, 812, 44}));
+    EXPECT_EQ(session->imgTopBackgroundColor.frame(), (CGRect{0, 0, 812, 44}));
+    EXPECT_EQ(session->imgBottomBackgroundColor.frame(), (CGRect{0, 0, 812, 44}));
     EXPECT_EQ(session->btnMute.frame(), (CGRect{768, 0, 44, 44}));
 }
 
@@ -351,6 +356,17 @@ TEST(ReturnToVideo, IsOfferedInLandscapeOverAPage)
     EXPECT_EQ(session->btnReturnToVideo.frame(), (CGRect{768, 0, 44, 44}));
 }
 
+TEST(ReturnToVideo, IsNotOfferedOverNoPage)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session.ad().landscapeModeType = ONLY_VIDEO;
+
+    session->setButtonPosition();
+
+    EXPECT_TRUE(session->btnReturnToVideo.isHidden());
+}
+
 TEST(ReturnToVideo, IsNotOfferedInPortrait)
 {
     AdSession session;
@@ -404,18 +420,68 @@ TEST(SidewaysButtonPosition, TheControlsRunAlongTheLongEdge)
     EXPECT_EQ(session->btnMute.frame(), (CGRect{762, 0, 50, 50}));
 }
 
-TEST(SidewaysButtonPosition, ADeviceHeldInLandscapeIsEnough)
+TEST(SidewaysButtonPosition, ADeviceHeldInEitherLandscapeIsEnough)
+{
+    for (const int side : {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight}) {
+        SCOPED_TRACE(side);
+        AdSession session;
+        session.ad().portraitVideoPos = FULL;
+        session.rotate(side);
+
+        session.open();
+
+        // The screen is turned now: 812 across, 375 down.
+        EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 762, 812, 50}));
+        EXPECT_EQ(session->btnPlayAndPause.center(), (CGPoint{187.5, 406}));
+        EXPECT_EQ(session->btnMute.frame(), (CGRect{325, 0, 50, 50}));
+    }
+}
+
+TEST(SidewaysButtonPosition, AnUprightDeviceInAFreeHostIsSeenUpright)
 {
     AdSession session;
     session.ad().portraitVideoPos = FULL;
-    session.rotate(UIDeviceOrientationLandscapeRight);
 
     session.open();
 
-    // The screen is turned now: 812 across, 375 down.
-    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 762, 812, 50}));
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 762, 375, 50}));
     EXPECT_EQ(session->btnPlayAndPause.center(), (CGPoint{187.5, 406}));
-    EXPECT_EQ(session->btnMute.frame(), (CGRect{325, 0, 50, 50}));
+}
+
+TEST(SidewaysButtonPosition, ABandOnALandscapeDeviceIsSeenUpright)
+{
+    AdSession session;
+    session.ad().fVideoWidth = 1624;
+    session.ad().fVideoHeight = 750;
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+
+    session.open();
+
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 325, 812, 50}));
+}
+
+TEST(SidewaysButtonPosition, ThePanelIsAsLargeAsTheFirstOfTwoTitles)
+{
+    AdSession session(measured_texts());
+    session.ad().portraitVideoPos = FULL;
+    session.ad().arrayButtonsInfo = {button("More"), button("Buy+now%21")};
+    session->bIsLockOneSide = true;
+
+    session.open();
+
+    EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{747, 0, 60, 31}));
+    EXPECT_EQ(session->btnActionTwo.frame(), (CGRect{0, 42, 91, 21}));
+}
+
+TEST(SidewaysButtonPosition, ThePanelOfNoButtonsIsItsMargins)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session->bIsLockOneSide = true;
+
+    session.open();
+
+    EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{797, 0, 10, 10}));
 }
 
 TEST(SidewaysButtonPosition, AHostLockedToPortraitIsSeenUpright)

@@ -188,6 +188,22 @@ TEST(VideoAreaOf, AHostLockedToLandscapeGivesTheScreenInEveryArrangement)
     EXPECT_EQ(videoArea(now), (VideoArea{812, 375}));
 }
 
+TEST(VideoAreaOf, AHostLockedToLandscapeIsTheScreenOnlyWithAllThreeFlags)
+{
+    AreaConditions all = upright_screen();
+    all.lockOneSide = true;
+    all.lockOneSideAndIsLandscape = true;
+    all.moreThaniOS8 = true;
+    EXPECT_EQ(videoArea(all), (VideoArea{375, 812}));
+
+    for (bool AreaConditions::*flag :
+         {&AreaConditions::lockOneSide, &AreaConditions::lockOneSideAndIsLandscape, &AreaConditions::moreThaniOS8}) {
+        AreaConditions without_one = all;
+        without_one.*flag = false;
+        EXPECT_EQ(videoArea(without_one), (VideoArea{375, 210.9375}));
+    }
+}
+
 AreaConditions landscape_layout(std::int64_t orientation)
 {
     AreaConditions now = upright_screen();

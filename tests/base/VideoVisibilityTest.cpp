@@ -49,6 +49,44 @@ TEST(VideoMayBeHidden, InPortraitWhenItFillsTheScreenOverAPage)
     EXPECT_TRUE(session->checkVideoNeedToHide());
 }
 
+TEST(VideoMayBeHidden, WhereAnArrangementHasAPageThatItHasNotBeenHiddenFor)
+{
+    struct Rule {
+        VideoAdMode landscape;
+        bool hidden_in_landscape;
+        VideoAdMode portrait;
+        bool hidden_in_portrait;
+        ViewPosition position;
+        bool may_be_hidden;
+    };
+    constexpr Rule rules[] = {
+        {VIDEO_AND_WEBVIEW, false, ONLY_VIDEO, false, TOP, true},
+        {VIDEO_AND_WEBVIEW, true, ONLY_VIDEO, false, FULL, false},
+        {VIDEO_AND_WEBVIEW, false, ONLY_VIDEO, true, FULL, true},
+        {VIDEO_AND_WEBVIEW, false, VIDEO_AND_WEBVIEW, false, TOP, true},
+        {VIDEO_AND_WEBVIEW, true, VIDEO_AND_WEBVIEW, false, TOP, false},
+        {VIDEO_AND_WEBVIEW, true, VIDEO_AND_WEBVIEW, false, FULL, true},
+        {VIDEO_AND_WEBVIEW, true, VIDEO_AND_WEBVIEW, true, FULL, false},
+        {ONLY_VIDEO, false, VIDEO_AND_WEBVIEW, false, FULL, true},
+        {ONLY_VIDEO, false, VIDEO_AND_WEBVIEW, false, BOTTOM, false},
+        {ONLY_VIDEO, false, VIDEO_AND_WEBVIEW, true, FULL, false},
+        {ONLY_VIDEO, false, ONLY_VIDEO, false, FULL, false},
+    };
+    AdSession session;
+    session.open();
+    session->bIsFullScreen = true;
+    for (const Rule& rule : rules) {
+        SCOPED_TRACE(&rule - rules);
+        session.ad().landscapeModeType = rule.landscape;
+        session->bHideVideoToShowWebViewInLandscapeMode = rule.hidden_in_landscape;
+        session.ad().portraitModeType = rule.portrait;
+        session->bHideVideoToShowWebViewInPortraitMode = rule.hidden_in_portrait;
+        session.ad().portraitVideoPos = rule.position;
+
+        EXPECT_EQ(session->checkVideoNeedToHide(), rule.may_be_hidden);
+    }
+}
+
 TEST(VideoMayBeHidden, NotUnderAPageInFront)
 {
     AdSession session;
@@ -234,6 +272,19 @@ TEST(ShowingTheVideo, TakesTheWayBackAwayAndTellsTheScript)
     EXPECT_TRUE(session->btnClose.superview() == session->qoroMoviePlayer.view());
 }
 
+TEST(ShowingTheVideo, LeavesTheWayBackWhereTheAdHasNoButtonForIt)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->setVideoInvisible();
+    session.ad().bShowHideVideoBtn = false;
+
+    session->setVideoVisible();
+
+    EXPECT_FALSE(session->btnReturnToVideo.isHidden());
+    EXPECT_FALSE(session->bHideVideoToShowWebViewInLandscapeMode);
+}
+
 TEST(ShowingTheVideo, GivesTheCloseButtonItsPictureBack)
 {
     AdSession session;
@@ -321,6 +372,17 @@ TEST(HiddenVideo, StaysHiddenThroughANewLayout)
     session->checkVideoSize();
 
     EXPECT_TRUE(session->qoroMoviePlayer.view().isHidden());
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInLandscapeMode);
+}
+
+TEST(HiddenVideo, IsStillRememberedAfterAReload)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->setVideoInvisible();
+
+    session->reloadVideo();
+
     EXPECT_TRUE(session->bHideVideoToShowWebViewInLandscapeMode);
 }
 
