@@ -141,6 +141,16 @@ TEST(ActionButtons, UnusableOnesBetweenAreSkipped)
     EXPECT_EQ(session->btnActionTwo.title(), "Two");
 }
 
+TEST(ActionButtons, DroppedOnesStayInTheAd)
+{
+    AdSession session;
+    session.ad().arrayButtonsInfo = {link_button(""), link_button("One"), link_button("Two"), link_button("Three")};
+
+    session.open();
+
+    EXPECT_EQ(session.ad().arrayButtonsInfo.count(), 4U);
+}
+
 TEST(ActionButtons, OneWithoutATitleOrWithAnEmptyOneIsDropped)
 {
     AdSession session;
@@ -163,17 +173,37 @@ TEST(ActionButtons, AbsentOnesAreNone)
     EXPECT_FALSE(session->btnActionTwo.superview());
 }
 
-TEST(ActionButtons, GoneOnesLeaveTheScreen)
+TEST(ActionButtons, GoneOnesLeaveTheScreenButStayBoundToTheirActions)
 {
     AdSession session;
     session.ad().arrayButtonsInfo = {link_button("One"), link_button("Two")};
     session.open();
-    session.ad().arrayButtonsInfo = nullptr;
+    session->viewButtonBackground.setFrame({1, 2, 3, 4});
+
+    for (const NSArray& none : {NSArray(nullptr), NSArray({link_button("")})}) {
+        session.ad().arrayButtonsInfo = none;
+        session->addActionButton();
+
+        EXPECT_FALSE(session->btnActionOne.superview());
+        EXPECT_FALSE(session->btnActionTwo.superview());
+        EXPECT_EQ(session->dicButtonOneActionInfo["btn_text"], "One");
+        EXPECT_EQ(session->dicButtonTwoActionInfo["btn_text"], "Two");
+        EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{1, 2, 3, 4}));
+    }
+}
+
+TEST(ActionButtons, ASecondThatIsGoneLeavesTheScreen)
+{
+    AdSession session;
+    session.ad().arrayButtonsInfo = {link_button("One"), link_button("Two")};
+    session.open();
+    session.ad().arrayButtonsInfo = {link_button("Three")};
 
     session->addActionButton();
 
-    EXPECT_FALSE(session->btnActionOne.superview());
-    EXPECT_FALSE(session->btnActionTwo.superview());
+    EXPECT_EQ(session->buttonPosMode, ButtonPositionMode_OneButton);
+    EXPECT_EQ(session->dicButtonOneActionInfo["btn_text"], "Three");
+    EXPECT_THAT(session->viewButtonBackground.subviews(), ElementsAre(UIView(session->btnActionOne)));
 }
 
 TEST(ActionButtons, StandInThePanelTheSecondBelowTheFirst)

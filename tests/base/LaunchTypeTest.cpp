@@ -1,7 +1,11 @@
 #include "tests/support/AdSession.h"
 #include "tests/support/Views.h"
+#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
+
+#include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -83,11 +87,13 @@ TEST(LaunchType, WithDataHidesTheBackground)
 
 // --------------------------------------------------------------------------------------------------------------- calls
 
-TEST(PlaceCall, OpensTheFormattedNumber)
+TEST(PlaceCall, OpensTheFormattedNumberAndNothingElse)
 {
     OpenAd session;
 
-    session->checkLaunchType({{"action", "place_call"}, {"data", NSDictionary{{"tel", "+49 (30) 123"}}}});
+    session->checkLaunchType({{"action", "place_call"},
+                              {"app_u", "app://x"},
+                              {"data", NSDictionary{{"tel", "+49 (30) 123"}, {"u", "http://l/"}}}});
 
     EXPECT_THAT(session.transcript(),
                 ElementsAre("openURL tel:+4930123", "player pause", "super qoroPresent", "super qoroLeaveApplication"));
@@ -101,6 +107,7 @@ TEST(PlaceCall, WhereThereAreNoCallsOnlySendsItsTrackersAndHidesTheBackground)
 
     session->checkLaunchType({{"btn_tracking_urls", NSArray::of_strings({"http://t/1"})},
                               {"action", "place_call"},
+                              {"app_u", "app://x"},
                               {"data", NSDictionary{{"tel", "123"}, {"u", "http://l/"}}}});
 
     EXPECT_THAT(session.transcript(), ElementsAre("request http://t/1 tracking"));
@@ -144,6 +151,35 @@ TEST(SendSms, WithAnAddressForTheInAppBrowserOpensThatThere)
     EXPECT_TRUE(session->openInAppApplicationViewController);
     EXPECT_TRUE(session->qoroInAppWebViewController);
     EXPECT_THAT(session.lines("openURL"), IsEmpty());
+}
+
+TEST(SendSms, WithAnAppsAddressOpensThatTooAndEndsTheClickThrough)
+{
+    OpenAd session;
+
+    session->checkLaunchType({{"action", "send_sms"},
+                              {"launch_type", "inapp"},
+                              {"app_u", "app://x"},
+                              {"data", NSDictionary{{"u", "http://l/"}}}});
+
+    EXPECT_TRUE(session->openInAppApplicationViewController);
+    EXPECT_FALSE(session->qoroInAppWebViewController);
+    EXPECT_THAT(session.lines("openURL"), ElementsAre("app://x"));
+    EXPECT_FALSE(session->getBDoButtonAction());
+}
+
+TEST(SendSms, ASecondOneEndsTheFirstOnesClickThroughAndItsOwn)
+{
+    OpenAd session;
+    const NSDictionary message{{"action", "send_sms"}, {"data", NSDictionary{{"tel", "1"}}}};
+    session->checkLaunchType(message);
+    session.forget();
+
+    session->checkLaunchType(message);
+
+    EXPECT_THAT(session.lines("kit"), ElementsAre("application.create", "addExtraView", "sendSms tel:1 null"));
+    EXPECT_EQ(session.count_of("super closeInAppApplication"), 1U);
+    EXPECT_FALSE(session->getBDoButtonAction());
 }
 
 // -------------------------------------------------------------------------------------------------- store and calendar
@@ -206,15 +242,60 @@ TEST(OutOfApp, AnEmptyAppAddressOpensNothingButLeavesAllTheSame)
     EXPECT_THAT(session.transcript(), ElementsAre("player pause", "super qoroPresent", "super qoroLeaveApplication"));
 }
 
-TEST(OutOfApp, AppAndBrowserAreTheSameToTheSystem)
+TEST(OutOfApp, EveryLaunchTypeButTheInAppBrowserIsTheSameToTheSystem)
+{
+    const Value launch_types[] = {nullptr, "app", "browser", "Inapp", ""};
+    for (const Value& launch_type : launch_types) {
+        SCOPED_TRACE(as_text(launch_type));
+        OpenAd session;
+
+        session->checkLaunchType({{"launch_type", launch_type}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+        EXPECT_THAT(session.transcript(), ElementsAre("openURL http://l/", "player pause", "super qoroPresent",
+                                                      "super qoroLeaveApplication"));
+        EXPECT_FALSE(session->getBDoButtonAction());
+    }
+}
+
+TEST(OutOfApp, AnUnknownActionOpensTheAddress)
 {
     OpenAd session;
 
-    session->checkLaunchType({{"launch_type", "app"}, {"data", NSDictionary{{"u", "http://a/"}}}});
-    session->checkLaunchType({{"launch_type", "browser"}, {"data", NSDictionary{{"u", "http://b/"}}}});
+    session->checkLaunchType({{"action", "PLACE_CALL"}, {"data", NSDictionary{{"tel", "1"}, {"u", "http://l/"}}}});
 
-    EXPECT_THAT(session.lines("openURL"), ElementsAre("http://a/", "http://b/"));
-    EXPECT_FALSE(session->getBDoButtonAction());
+    EXPECT_THAT(session.lines("openURL"), ElementsAre("http://l/"));
+}
+
+/// What is said of the click-through and of being out of the app, at each address that is opened.
+std::vector<std::pair<bool, bool>> said_at_opening(const NSDictionary& button)
+{
+    OpenAd session;
+    std::vector<std::pair<bool, bool>> said;
+    const WhenTold looks(session, "openURL",
+                         [&] { said.emplace_back(session->getBDoButtonAction(), session->bGoOutApp); });
+    session->checkLaunchType(button);
+    return said;
+}
+
+TEST(OutOfApp, TheClickThroughHasEndedWhenAnAddressIsOpenedButNotWhenACallIsPlaced)
+{
+    using testing::Pair;
+    EXPECT_THAT(said_at_opening({{"app_u", "app://x"}, {"data", NSDictionary::dictionary()}}),
+                ElementsAre(Pair(false, false)));
+    EXPECT_THAT(said_at_opening({{"data", NSDictionary{{"u", "http://l/"}}}}), ElementsAre(Pair(false, false)));
+    EXPECT_THAT(said_at_opening({{"action", "place_call"}, {"data", NSDictionary{{"tel", "1"}}}}),
+                ElementsAre(Pair(true, false)));
+}
+
+TEST(OutOfApp, IsRememberedBeforeTheVideoIsPaused)
+{
+    OpenAd session;
+    bool out_at_pause = false;
+    const WhenTold looks(session, "player", [&] { out_at_pause = session->bGoOutApp; });
+
+    session->doOutAppNotify();
+
+    EXPECT_TRUE(out_at_pause);
 }
 
 TEST(OutOfApp, WithoutAnAddressNothingHappensAndTheClickThroughStaysOpen)
@@ -222,6 +303,8 @@ TEST(OutOfApp, WithoutAnAddressNothingHappensAndTheClickThroughStaysOpen)
     OpenAd session;
 
     session->checkLaunchType({{"data", NSDictionary{{"u", ""}}}});
+    session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", ""}}}});
+    session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary::dictionary()}});
 
     EXPECT_THAT(session.transcript(), IsEmpty());
     EXPECT_TRUE(session->getBDoButtonAction());
@@ -352,8 +435,22 @@ TEST(InAppBrowser, WithoutDataDoesNotOpen)
 
 TEST(InAppBrowser, OnALandscapeDeviceTakesTheVideoOffTheScreen)
 {
+    for (const int side : {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight}) {
+        SCOPED_TRACE(side);
+        OpenAd session;
+        session.rotate(side);
+
+        session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
+
+        EXPECT_FALSE(session->qoroMoviePlayer.view().superview());
+    }
+}
+
+TEST(InAppBrowser, HowTheDeviceWasHeldAtTheTapCountsNotHowItIsHeldOnceOpen)
+{
     OpenAd session;
-    session.rotate(UIDeviceOrientationLandscapeRight);
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+    const WhenTold turns(session, "kit", [&] { session.rotate(UIDeviceOrientationPortrait); });
 
     session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
 

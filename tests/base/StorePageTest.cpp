@@ -23,6 +23,7 @@ void open_store_ad(AdSession& session)
     session.ad().strStoreId = "42";
     session.ad().strCampaignId = "c";
     session.ad().strProviderId = "p";
+    session.ad().strAdProviderId = "a";
     session.open();
 }
 
@@ -50,7 +51,7 @@ TEST(StorePage, OnAPhoneHasAWindowOfItsOwn)
 
     open_store_ad(session);
 
-    EXPECT_THAT(session.lines("kit"), ElementsAre(R"(store.create ["42","c","p",null])"));
+    EXPECT_THAT(session.lines("kit"), ElementsAre(R"(store.create ["42","c","p","a"])"));
     EXPECT_EQ(session->appStoreWindow.windowLevel(), 1001.0);
     EXPECT_EQ(session->appStoreWindow.backgroundColor(), UIColor::whiteColor());
     EXPECT_TRUE(session->appStoreWindow.isKeyWindow());
@@ -65,11 +66,14 @@ TEST(StorePage, OnAPhoneASecondPageUsesTheWindowAgain)
     const UIWindow window = session->appStoreWindow;
     const auto first = page_of_phone(session);
     window.setHidden(true);
+    window.setWindowLevel(5);
 
     session->createAppStoreViewWithStoreId("43", nullptr, nullptr, nullptr);
 
     EXPECT_TRUE(session->appStoreWindow == window);
     EXPECT_FALSE(window.isHidden());
+    EXPECT_TRUE(window.isKeyWindow());
+    EXPECT_EQ(window.windowLevel(), 5);
     EXPECT_NE(page_of_phone(session), first);
 }
 
@@ -122,7 +126,7 @@ TEST(StorePage, OnATabletIsPresentedAtAPause)
 
     session.pauses_at(3);
 
-    EXPECT_THAT(session.lines("kit"), ElementsAre(R"(store.create ["42","c","p",null])", "store.present"));
+    EXPECT_THAT(session.lines("kit"), ElementsAre(R"(store.create ["42","c","p","a"])", "store.present"));
     EXPECT_TRUE(session->qoroAppStoreMockViewController->isBeingPresented());
     EXPECT_FALSE(session->appStoreWindow);
 }
