@@ -151,6 +151,50 @@ TEST(HiddenImage, ANinthToggleDoesNothingMore)
     EXPECT_EQ(session.count_of(PortraitLayout), 0U);
 }
 
+TEST(HiddenImage, AFurtherOneIsRevealedByTheNextToggleAndNotFetched)
+{
+    AdSession session(with_image());
+    open_with_hidden_image(session);
+    toggle_sound(session, 8);
+    session.let_pass(0);
+    session.ad().strMIUrl = "http://ad/further.png";
+    session.forget();
+
+    toggle_sound(session, 1);
+    session.let_pass(0);
+
+    EXPECT_EQ(session->miWatchDog, 9);
+    EXPECT_FALSE(session.ad().strMIUrl);
+    EXPECT_EQ(session.count_of(PortraitLayout), 1U);
+    EXPECT_THAT(session.lines("fetch"), IsEmpty());
+}
+
+TEST(HiddenImage, TogglesThatAreRefusedWhileThePageShowsAreNotCounted)
+{
+    AdSession session(with_image());
+    open_with_hidden_image(session);
+    session->bHideVideoToShowWebViewInLandscapeMode = true;
+
+    toggle_sound(session, 3);
+
+    EXPECT_EQ(session->miWatchDog, 0);
+}
+
+TEST(HiddenImage, DuringAClickThroughIsRevealedByTheNextLayoutOnly)
+{
+    AdSession session(with_image());
+    open_with_hidden_image(session);
+    session->setBDoButtonAction(true);
+
+    toggle_sound(session, 8);
+    EXPECT_TRUE(session->isShowMI);
+    EXPECT_TRUE(session->miImageView.isHidden());
+
+    session->setBDoButtonAction(false);
+    session->checkVideoSize();
+    EXPECT_FALSE(session->miImageView.isHidden());
+}
+
 TEST(HiddenImage, ThatArrivesLateFillsTheBlackView)
 {
     AdSession session(with_image(5));
@@ -265,7 +309,7 @@ TEST(HiddenImage, IsUprightInPortrait)
     EXPECT_EQ(session->miImageView.frame(), (CGRect{0, 44, 375, 200}));
 }
 
-TEST(HiddenImage, KeepsItsTurnInAHostLockedToLandscape)
+TEST(HiddenImage, KeepsItsTurnInAHostLockedToLandscapeFromIOS8On)
 {
     AdSession session;
     session.open();
@@ -273,8 +317,23 @@ TEST(HiddenImage, KeepsItsTurnInAHostLockedToLandscape)
     session->miImageView.setTransform(CGAffineTransformMakeRotation(HalfTurn));
 
     session->_HailMI({0, 0, 812, 375}, false);
-
     EXPECT_EQ(session->miImageView.transform().angle, HalfTurn);
+
+    session->bIsMoreThaniOS8 = false;
+    session->_HailMI({0, 0, 812, 375}, false);
+    EXPECT_EQ(session->miImageView.transform().angle, QuarterTurn);
+}
+
+TEST(HiddenImage, IsUprightInPortraitInAHostLockedToLandscapeToo)
+{
+    AdSession session;
+    session.open();
+    session->bIsLockOneSideAndIsLandscape = true;
+    session->miImageView.setTransform(CGAffineTransformMakeRotation(HalfTurn));
+
+    session->_HailMI({0, 44, 375, 200}, true);
+
+    EXPECT_EQ(session->miImageView.transform().angle, 0);
 }
 
 } // namespace
