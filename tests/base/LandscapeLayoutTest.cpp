@@ -127,10 +127,11 @@ TEST(LandscapeLayout, TheRootIsASquareOnTheLongEdge)
     EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 568, 568}));
 }
 
-TEST(LandscapeLayout, RootAndPageAreSquaresOnTheLongEdgeWhenTheScriptHearsOfIt)
+TEST(LandscapeLayout, RootAndPageAreSquaresOnTheLongEdgeUntilTheTimeHasBeenReported)
 {
     AdSession session(small_screen());
     open_landscape(session);
+    session.plays();
     CGRect root;
     CGRect page;
     const WhenTold looks(session, "js", [&] {
@@ -176,6 +177,27 @@ TEST(LandscapeLayout, TheBrandIsShown)
 
     EXPECT_EQ(session->btnBrandIcon.frame(), (CGRect{51, 0, 45, 45}));
     EXPECT_FALSE(session->labelBrandText.isHidden());
+}
+
+TEST(LandscapeLayout, TheBrandTextIsShownEvenWithoutABrand)
+{
+    AdSession session;
+
+    open_landscape(session);
+
+    EXPECT_FALSE(session->labelBrandText.isHidden());
+}
+
+TEST(LandscapeLayout, ACloseButtonThatTheScriptTookOverIsPutBack)
+{
+    AdSession session;
+    open_landscape(session);
+    session->MRAIDUseCustomClose(true);
+    EXPECT_FALSE(session->btnClose.superview());
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_TRUE(session->btnClose.superview() == session->qoroMoviePlayer.view());
 }
 
 TEST(LandscapeLayout, TheControlBarIsShown)
@@ -494,6 +516,20 @@ TEST(LandscapeLayout, APageInFrontTakesTheControlsAway)
 
     EXPECT_FALSE(session->btnClose);
     EXPECT_TRUE(is_on_top(session->view()));
+}
+
+TEST(LandscapeLayout, APageInFrontHasTakenTheControlsAwayWhenTheTimeIsReported)
+{
+    AdSession session;
+    open_landscape(session);
+    session.plays();
+    session.ad().bIsWebViewInFront = true;
+    bool mute_there = true;
+    const WhenTold looks(session, "js", [&] { mute_there = static_cast<bool>(session->btnMute); });
+
+    session->setLandscapeFullScreenVideo();
+
+    EXPECT_FALSE(mute_there);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "tests/support/AdSession.h"
+#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
 
@@ -356,6 +357,20 @@ TEST(CheckVideoSize, ReportsTheTimeTwiceWhileItPlaysOnceForTheLayoutAndOnceForIt
     EXPECT_EQ(session.count_of(R"(js video_timeupdate {"e":{"current_time":"0"}} 0)"), 2U);
 }
 
+TEST(CheckVideoSize, ShowsTheBarsBeforeItReportsTheTime)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session->setControlBottonInVisible(true);
+    bool bars_hidden = true;
+    const WhenTold looks(session, "js", [&] { bars_hidden = session->bIsHideControlbutton; });
+
+    session->checkVideoSize();
+
+    EXPECT_FALSE(bars_hidden);
+}
+
 // -------------------------------------------------------------------------------------------------------- status bar
 
 TEST(StatusBarTurn, LaysTheAdOutAgain)
@@ -652,6 +667,10 @@ TEST(StatusBarProbe, AnswersWhatTheApplicationSays)
 
     EXPECT_TRUE(hidden->ckeckIsStatusbarHide());
     EXPECT_TRUE(hidden->bDefaultStatusBarHidden);
+
+    const AdSession shown;
+    EXPECT_FALSE(shown->ckeckIsStatusbarHide());
+    EXPECT_FALSE(shown->bDefaultStatusBarHidden);
 }
 
 } // namespace

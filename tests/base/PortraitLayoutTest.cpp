@@ -1,6 +1,7 @@
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "tests/support/AdSession.h"
 #include "tests/support/Views.h"
+#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
 
@@ -104,6 +105,38 @@ TEST(PortraitLayout, AHiddenBandIsShown)
     session->setPortraitModeScreen();
 
     EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+}
+
+TEST(PortraitLayout, PageAndVideoFillTheScreenFromItsTopUntilTheTimeHasBeenReported)
+{
+    AdSession session;
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.open();
+    session.plays();
+    session->setLandscapeFullScreenVideo();
+    CGRect page;
+    CGRect video;
+    const WhenTold looks(session, "js", [&] {
+        page = session->webView().frame();
+        video = video_frame(session);
+    });
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(page, (CGRect{0, 0, 375, 812}));
+    EXPECT_EQ(video, (CGRect{0, 0, 375, 210.9375}));
+}
+
+TEST(PortraitLayout, ACloseButtonThatTheScriptTookOverIsPutBack)
+{
+    AdSession session;
+    session.open();
+    session->MRAIDUseCustomClose(true);
+    EXPECT_FALSE(session->btnClose.superview());
+
+    session->setPortraitModeScreen();
+
+    EXPECT_TRUE(session->btnClose.superview() == session->qoroMoviePlayer.view());
 }
 
 TEST(PortraitLayout, IsRememberedAsPortrait)
@@ -452,13 +485,17 @@ void open_full_locked(AdSession& session)
 
 TEST(SidewaysPortraitLayout, AFullVideoInALockedHostIsTurnedBack)
 {
-    AdSession session;
+    for (const int held : {UIDeviceOrientationPortrait, UIDeviceOrientationLandscapeLeft, UIDeviceOrientationFaceUp}) {
+        SCOPED_TRACE(held);
+        AdSession session;
+        session.rotate(held);
 
-    open_full_locked(session);
+        open_full_locked(session);
 
-    EXPECT_EQ(session->webView().transform().angle, -QuarterTurn);
-    EXPECT_EQ(session->playerViewController.view().transform().angle, -QuarterTurn);
-    EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 812, 375}));
+        EXPECT_EQ(session->webView().transform().angle, -QuarterTurn);
+        EXPECT_EQ(session->playerViewController.view().transform().angle, -QuarterTurn);
+        EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 812, 375}));
+    }
 }
 
 TEST(SidewaysPortraitLayout, ItIsTurnedTheOtherWayForLandscapeRight)
@@ -551,6 +588,20 @@ TEST(PortraitLayout, APageInFrontTakesTheControlsAway)
 
     EXPECT_FALSE(session->btnClose);
     EXPECT_FALSE(session->btnMute);
+}
+
+TEST(PortraitLayout, APageInFrontHasTakenTheControlsAwayWhenTheTimeIsReported)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.ad().bIsWebViewInFront = true;
+    bool mute_there = true;
+    const WhenTold looks(session, "js", [&] { mute_there = static_cast<bool>(session->btnMute); });
+
+    session->setPortraitModeScreen();
+
+    EXPECT_FALSE(mute_there);
 }
 
 TEST(PortraitLayout, OnAPhoneTheStorePageTakesEverythingBelowTheVideo)
