@@ -4,6 +4,8 @@
 
 #include <gmock/gmock.h>
 
+#include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -361,6 +363,31 @@ TEST(InAppBrowser, IsDarkGreyAndBareUnlessToldOtherwise)
     EXPECT_EQ(session.count_of("kit browser.expand http://l/ false false false 812 375 "
                                "[0.12549019607843137,0.12549019607843137,0.12549019607843137,0.8] 1700000000 7"),
               1U);
+}
+
+TEST(InAppBrowser, EachOfItsSettingsIsItsOwn)
+{
+    struct Setting {
+        const char* key;
+        const char* told;
+    };
+    // Custom close, navigation bar, progress bar.
+    constexpr Setting settings[] = {
+        {"custom_close", "true false false"},
+        {"show_nav_bar", "false true false"},
+        {"show_prog_bar", "false false true"},
+    };
+    for (const auto& [key, told] : settings) {
+        SCOPED_TRACE(key);
+        OpenAd session;
+
+        session->openInAppAction({{"u", "http://l/"}, {key, true}, {"bk_c", 4278255360.0}});
+
+        EXPECT_EQ(
+            session.count_of("kit browser.expand http://l/ " + std::string(told) + " 812 375 [0,1,0,1] 1700000000 7"),
+            1U);
+        EXPECT_EQ(session->qoroInAppWebViewController->bIsUseCustomClose, std::string_view(key) == "custom_close");
+    }
 }
 
 TEST(InAppBrowser, IsToldTheHostsRoot)
