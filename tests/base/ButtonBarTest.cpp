@@ -241,14 +241,20 @@ TEST(ButtonPosition, ThePlayButtonIsBroughtToTheFrontOfTheVideo)
     EXPECT_TRUE(is_on_top(session->btnPlayAndPause));
 }
 
+/// Opens an ad that has only a landscape arrangement.
+void open_landscape(AdSession& session)
+{
+    session.ad().portraitModeType = VideoAdMode{};
+    session.ad().landscapeModeType = ONLY_VIDEO;
+    session.open();
+}
+
 TEST(ButtonPosition, InLandscapeTheControlsAreSmallerAndFollowTheTurnedScreen)
 {
     AdSession session;
-    session.ad().portraitModeType = VideoAdMode{};
-    session.ad().landscapeModeType = ONLY_VIDEO;
     session.rotate(UIDeviceOrientationLandscapeLeft);
 
-    session.open();
+    open_landscape(session);
 
     EXPECT_EQ(session->btnPlayAndPause.frame(), (CGRect{384, 165.5, 44, 44}));
     EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 812, 70}));
@@ -261,13 +267,65 @@ TEST(ButtonPosition, InLandscapeTheControlsAreSmallerAndFollowTheTurnedScreen)
 TEST(ButtonPosition, InLandscapeOnAnUprightDeviceTheExtentsChangePlaces)
 {
     AdSession session;
-    session.ad().portraitModeType = VideoAdMode{};
-    session.ad().landscapeModeType = ONLY_VIDEO;
 
-    session.open();
+    open_landscape(session);
 
     EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 812, 70}));
     EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 331, 812, 44}));
+}
+
+TEST(ButtonPosition, InLandscapeThatDoesNotFillTheScreenTheExtentsStay)
+{
+    AdSession session;
+    open_landscape(session);
+    session->bIsFullScreen = false;
+
+    session->setButtonPosition();
+
+    EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 375, 70}));
+}
+
+TEST(ButtonPosition, HowTheDeviceWasHeldAtTheLayoutCountsNotHowItIsHeldNow)
+{
+    AdSession session;
+    open_landscape(session);
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+
+    session->setButtonPosition();
+
+    // The screen is 812 across and 375 down by now, which the upright layout turns.
+    EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 375, 70}));
+}
+
+/// A host that is locked to landscape on a device held upright, its screen 812 across.
+World locked_host()
+{
+    World world = AdSession::manual_world();
+    world.device.facts.screen = CGSize{812, 375};
+    world.device.status_bar_orientation = UIInterfaceOrientationLandscapeRight;
+    return world;
+}
+
+TEST(ButtonPosition, InAHostLockedToLandscapeTheControlsFollowTheScreen)
+{
+    AdSession session(locked_host());
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 812, 70}));
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 331, 812, 44}));
+}
+
+TEST(ButtonPosition, InAHostLockedToLandscapeBeforeIOS8TheExtentsChangePlaces)
+{
+    World world = locked_host();
+    world.device.facts.ios8 = false;
+    AdSession session(world);
+
+    open_landscape(session);
+
+    EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 375, 70}));
+    EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 768, 375, 44}));
 }
 
 // -------------------------------------------------------------------------------------------------- the action panel

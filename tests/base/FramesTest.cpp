@@ -53,8 +53,8 @@ TEST(LayoutFrames, TheBandKeepsTheVideosAspectRatio)
 
 TEST(LayoutFrames, TheBandsRatioIsTakenFirstInSinglePrecision)
 {
-    const float ratio = 375.0F / 640.0F;
-    EXPECT_EQ(bandHeight(375, 640, 361.7F), 361.7F * ratio);
+    // 250 in double precision, and in single precision with the product first.
+    EXPECT_EQ(bandHeight(375, 720, 480), 249.999985F);
 }
 
 TEST(LayoutFrames, AVideoWithoutWidthHasABandWithoutMeasure)
@@ -248,10 +248,12 @@ AreaConditions locked_landscape_layout(std::int64_t orientation)
 
 TEST(VideoAreaOf, LockedLandscapeOnALandscapeDeviceIsTurnedFromIOS8On)
 {
-    AreaConditions now = locked_landscape_layout(UIDeviceOrientationLandscapeRight);
-    EXPECT_EQ(videoArea(now), (VideoArea{375, 812}));
-    now.moreThaniOS8 = true;
-    EXPECT_EQ(videoArea(now), (VideoArea{812, 375}));
+    for (const auto side : {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight}) {
+        AreaConditions now = locked_landscape_layout(side);
+        EXPECT_EQ(videoArea(now), (VideoArea{375, 812})) << side;
+        now.moreThaniOS8 = true;
+        EXPECT_EQ(videoArea(now), (VideoArea{812, 375})) << side;
+    }
 }
 
 TEST(VideoAreaOf, LockedLandscapeOnAnUprightDeviceIsTurnedEitherWayUp)
@@ -262,8 +264,8 @@ TEST(VideoAreaOf, LockedLandscapeOnAnUprightDeviceIsTurnedEitherWayUp)
 
 TEST(VideoAreaOf, LockedLandscapeOnADeviceThatLiesFlatIsTheScreen)
 {
-    EXPECT_EQ(videoArea(locked_landscape_layout(UIDeviceOrientationFaceUp)), (VideoArea{375, 812}));
-    EXPECT_EQ(videoArea(locked_landscape_layout(UIDeviceOrientationUnknown)), (VideoArea{375, 812}));
+    for (const auto flat : {UIDeviceOrientationUnknown, UIDeviceOrientationFaceUp, UIDeviceOrientationFaceDown})
+        EXPECT_EQ(videoArea(locked_landscape_layout(flat)), (VideoArea{375, 812})) << flat;
 }
 
 // ------------------------------------------------------------------------------------------------------ action panel
@@ -317,8 +319,9 @@ TEST(ActionPanelOf, SidewaysItStandsAtTheEndOfTheLongEdge)
 
 TEST(LayoutFrames, TheBrandTextBeginsAtAShareOfTheLongEdgeInSinglePrecision)
 {
-    EXPECT_EQ(brandTextX(375, 812), 812.0F / 7.0F + 25.0F);
-    EXPECT_EQ(brandTextX(812, 375), 812.0F / 7.0F + 25.0F);
+    // 139.285721 when it is computed in double precision and rounded in the end.
+    EXPECT_EQ(brandTextX(480, 800), 139.285706F);
+    EXPECT_EQ(brandTextX(800, 480), 139.285706F);
 }
 
 TEST(LayoutFrames, ControlsAreSmallerInLandscape)
