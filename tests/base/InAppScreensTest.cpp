@@ -1,4 +1,5 @@
 #include "tests/support/AdSession.h"
+#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
 
@@ -69,6 +70,43 @@ TEST(InAppBrowserScreen, ClosedInLandscapeForcesPortrait)
 
     EXPECT_EQ(UIDevice::orientation(), UIDeviceOrientationPortrait);
     EXPECT_TRUE(session->qoroMoviePlayer.view().superview() == session->windowTempWindow);
+}
+
+TEST(InAppBrowserScreen, TheClickThroughHasEndedWhenPortraitIsForced)
+{
+    AdSession session;
+    session.open();
+    session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
+    bool ended = false;
+    const WhenTold looks(session, "device",
+                         [&] { ended = !session->getBDoButtonAction() && !session->qoroInAppWebViewController; });
+
+    session->closeInAppWebView();
+
+    EXPECT_TRUE(ended);
+}
+
+TEST(InAppApplication, TheOrientationCheckHasStoppedBeforeItIsClosedAndTheClickThroughEndsAfterwards)
+{
+    AdSession session;
+    session.open();
+    session->checkLaunchType({{"action", "send_sms"}, {"data", NSDictionary{{"tel", "1"}}}});
+    session->checkDeviceOrientation();
+    bool stopped = false;
+    bool going_on = false;
+    const WhenTold looks(session, "super", [&] {
+        // Closing is the first that is told; the spinner of the layout that follows is the second.
+        if (session.count_of("super closeInAppApplication") > 0)
+            return;
+        stopped = !session->timerCheckDeviceOrientation;
+        going_on = session->getBDoButtonAction();
+    });
+
+    session->closeInAppApplication();
+
+    EXPECT_TRUE(stopped);
+    EXPECT_TRUE(going_on);
+    EXPECT_FALSE(session->getBDoButtonAction());
 }
 
 TEST(InAppApplication, AfterAMessageThePropertyStillSaysThatOneWasSent)

@@ -172,11 +172,13 @@ TEST(StoreWindow, IsTakenDownOnAPhone)
     AdSession session;
     open_store_ad(session);
     const UIWindow window = session->appStoreWindow;
+    session->windowDefaultWindow.addSubview(window);
 
     session->removeAppStoreWindow();
 
     EXPECT_EQ(window.windowLevel(), UIWindowLevelNormal);
     EXPECT_TRUE(window.isHidden());
+    EXPECT_FALSE(window.superview());
     EXPECT_FALSE(session->appStoreWindow);
     EXPECT_TRUE(session->windowDefaultWindow.isKeyWindow());
 }
