@@ -266,6 +266,19 @@ TEST(HiddenImage, GivesTheCloseButtonItsTapAndTakesItWithIt)
     EXPECT_TRUE(session->btnClose.superview() == session->miImageView);
 }
 
+TEST(HiddenImage, PausesTheVideoBeforeItTakesTheCloseButton)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session->isShowMI = true;
+    session.forget();
+
+    session->_HailMI({0, 44, 375, 200}, true);
+
+    EXPECT_THAT(session.transcript(), ElementsAre("player pause", "log 0 Added Video Close Button"));
+}
+
 TEST(HiddenImage, StaysShownAndPausesAgainWithEveryLayout)
 {
     AdSession session(with_image());
@@ -292,9 +305,12 @@ TEST(HiddenImage, IsTurnedWithTheLandscapeVideo)
     EXPECT_EQ(session->miImageView.transform().angle, -QuarterTurn);
     EXPECT_EQ(session->miImageView.frame(), (CGRect{0, 0, 375, 812}));
 
-    session.rotate(UIDeviceOrientationFaceUp);
-    session->_HailMI({0, 0, 375, 812}, false);
-    EXPECT_EQ(session->miImageView.transform().angle, QuarterTurn);
+    for (const int other : {UIDeviceOrientationUnknown, UIDeviceOrientationPortrait, UIDeviceOrientationLandscapeLeft,
+                            UIDeviceOrientationFaceUp}) {
+        session.rotate(other);
+        session->_HailMI({0, 0, 375, 812}, false);
+        EXPECT_EQ(session->miImageView.transform().angle, QuarterTurn) << other;
+    }
 }
 
 TEST(HiddenImage, IsUprightInPortrait)

@@ -244,6 +244,19 @@ TEST(HidingTheVideo, DoesNothingUnderAPageInFront)
     EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
 }
 
+TEST(HidingTheVideo, DoesNothingWhileTheHiddenImageShows)
+{
+    AdSession session;
+    open_landscape_over_page(session);
+    session->miImageView.setHidden(false);
+    session.forget();
+
+    session->setVideoInvisible();
+
+    EXPECT_THAT(session.transcript(), IsEmpty());
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+}
+
 TEST(HidingTheVideo, DoesNothingToABand)
 {
     AdSession session;
