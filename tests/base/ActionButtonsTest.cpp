@@ -154,7 +154,8 @@ TEST(ActionButtons, DroppedOnesStayInTheAd)
 TEST(ActionButtons, OneWithoutATitleOrWithAnEmptyOneIsDropped)
 {
     AdSession session;
-    session.ad().arrayButtonsInfo = {NSDictionary{{"data", NSDictionary{{"u", "http://l/"}}}}, link_button("")};
+    session.ad().arrayButtonsInfo = {NSDictionary{{"action", "open_store"}}, call_button("", "tel:12345"),
+                                     link_button("")};
 
     session.open();
 
