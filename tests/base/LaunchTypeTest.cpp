@@ -465,6 +465,8 @@ TEST(InAppBrowser, OnALandscapeDeviceTakesTheVideoOffTheScreen)
     for (const int side : {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight}) {
         SCOPED_TRACE(side);
         OpenAd session;
+        // Held, or it would be gone and the video with it.
+        const UIWindow window = session->windowTempWindow;
         session.rotate(side);
 
         session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
@@ -476,6 +478,7 @@ TEST(InAppBrowser, OnALandscapeDeviceTakesTheVideoOffTheScreen)
 TEST(InAppBrowser, HowTheDeviceWasHeldAtTheTapCountsNotHowItIsHeldOnceOpen)
 {
     OpenAd session;
+    const UIWindow window = session->windowTempWindow;
     session.rotate(UIDeviceOrientationLandscapeLeft);
     const WhenTold turns(session, "kit", [&] { session.rotate(UIDeviceOrientationPortrait); });
 
