@@ -188,6 +188,7 @@ inline constexpr std::string_view UIApplicationWillEnterForegroundNotification =
     "UIApplicationWillEnterForegroundNotification";
 inline constexpr std::string_view UIApplicationDidChangeStatusBarFrameNotification =
     "UIApplicationDidChangeStatusBarFrameNotification";
+inline constexpr std::string_view UIDeviceOrientationDidChangeNotification = "UIDeviceOrientationDidChangeNotification";
 inline constexpr std::string_view SystemVolumeDidChangeNotification =
     "AVSystemController_SystemVolumeDidChangeNotification";
 inline constexpr std::string_view MPMoviePlayerPlaybackDidFinishNotification =

@@ -46,6 +46,11 @@ void Platform::output_volume_changed()
     dispatch([this] { shared<NSNotificationCenter>().deliver(SystemVolumeDidChangeNotification); });
 }
 
+void Platform::device_orientation_changed()
+{
+    dispatch([this] { shared<NSNotificationCenter>().deliver(UIDeviceOrientationDidChangeNotification); });
+}
+
 void Platform::status_bar_frame_changed()
 {
     dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidChangeStatusBarFrameNotification); });

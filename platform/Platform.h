@@ -63,6 +63,8 @@ public:
 
     /// The output volume changed, by whomever.
     void output_volume_changed();
+    /// The device was turned, or its orientation forced.
+    void device_orientation_changed();
     /// The status bar's orientation changed.
     void status_bar_frame_changed();
     void application_will_enter_foreground();

@@ -175,8 +175,39 @@ public:
     /// @param navigation_type UIWebViewNavigationType: 0 a link was followed, 5 anything else
     virtual bool should_start_load(const NSURL& address, int navigation_type) = 0;
     virtual ScriptAnswer message(const ScriptMessage& message) = 0;
+    /// A load by address, or one that the page or the viewer began, led nowhere: the page before it stays. Comes
+    /// instead of did_finish_load.
+    virtual void did_fail_load(const std::string&) {}
+    /// Something that page_state() tells has changed, beside the start and the end of a load.
+    virtual void page_state_changed() {}
     /// The page's process ended by itself: the page is gone, the ad goes on.
     virtual void died(const std::string& reason) = 0;
+};
+
+/// What a browser shows of its page.
+struct PageState {
+    /// Of what is shown or on its way; null before any.
+    NSURL address = {};
+    /// The page's own title; empty when it has none.
+    std::string title = {};
+    /// Whether everything of the page came over a connection that nobody else can read or change.
+    bool secure = false;
+    /// Whether something is on its way.
+    bool loading = false;
+    /// How much of it has come, 0 to 1; an estimate.
+    double progress = 0;
+    /// Whether a page's content is there to be seen, if only in part.
+    bool has_content = false;
+    bool can_go_back = false;
+    bool can_go_forward = false;
+};
+
+/// What a page is to its web view.
+enum class PageKind {
+    /// An ad's own: it finds the script library and the bridge.
+    Creative,
+    /// Anybody's, in a browser: it knows of neither, and shares nothing with creatives.
+    Browsed,
 };
 
 /// One web view's engine. One load at a time.
@@ -186,6 +217,14 @@ public:
     virtual ~WebEngine() = default;
     /// Shows a page. A null page (a body that was no UTF-8) shows nothing, and reports start and end like any other.
     virtual void load_html(const NSString& html, const NSURL& base) = 0;
+    /// Shows what stands under an address (http or https), without asking the listener first. Nothing for any other.
+    virtual void load_address(const NSURL& address) = 0;
+    /// Nothing where there is no page to go to.
+    virtual void go_back() = 0;
+    virtual void go_forward() = 0;
+    /// Loads anew what page_state() names, or what failed to come; nothing before the first address.
+    virtual void reload() = 0;
+    virtual PageState page_state() const = 0;
     /// Calls listeners in the page's script, in the order in which they are given, after every earlier call.
     /// @param callbacks the callback ids that the script gave
     /// @param data a mapping, or null for none
@@ -200,7 +239,7 @@ class WebEngineFactory
 public:
     virtual ~WebEngineFactory() = default;
     /// The listener outlives the engine.
-    virtual std::unique_ptr<WebEngine> make_web_engine(WebListener& listener) = 0;
+    virtual std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) = 0;
 };
 
 // -------------------------------------------------------------------------------------------------------- network
@@ -288,6 +327,10 @@ public:
     virtual bool status_bar_hidden() const = 0;
     virtual bool can_open(const NSURL& address) = 0;
     virtual void open(const NSURL& address) = 0;
+    /// Opens an address for a screen that waits for the viewer to be done there (a message composer, a store).
+    /// @param done called at most once, as an event of its own, when the device knows of the viewer's return, or can't
+    ///             know of it; also when nothing could be opened
+    virtual void open_and_wait(const NSURL& address, std::function<void()> done) = 0;
 };
 
 /// Local copies of videos.

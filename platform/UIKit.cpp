@@ -70,7 +70,10 @@ void UIDevice::forceOrientation(std::int64_t orientation)
 {
     Platform& platform = Platform::current();
     platform.tell("device", {{"orientation", orientation}});
+    const bool turns = platform.device().orientation() != orientation;
     platform.device().force_orientation(static_cast<int>(orientation));
+    if (turns)
+        platform.device_orientation_changed();
 }
 
 bool MFMessageComposeViewController::available()

@@ -208,6 +208,7 @@ class UIWindow : public UIView
 public:
     using UIView::UIView;
     /// A new window: hidden, not key, at level 0.
+    /// @param frame a window that is given none fills the screen; its frame reads zero all the same
     static UIWindow create(const CGRect& frame = {});
 
     double windowLevel() const;
@@ -243,13 +244,13 @@ public:
     UISlider firstSlider() const;
 };
 
-/// The creative's page.
+/// A page: a creative's, unless it is made for another kind.
 class UIWebView : public UIView
 {
 public:
     using UIView::UIView;
     /// The listener outlives the view.
-    static UIWebView create(WebListener& listener);
+    static UIWebView create(WebListener& listener, PageKind kind = PageKind::Creative);
 
     /// Null html (bytes that were no UTF-8) shows nothing; told to the witness.
     void loadHTMLString(const NSString& html, const NSURL& baseURL) const;
@@ -257,6 +258,8 @@ public:
     NSURL requestURL() const;
     void setScalesPageToFit(bool scales) const;
     void callListeners(const std::string& event, const NSArray& callbacks, const NSDictionary& data) const;
+    /// The engine, for what only a browser asks of it; null for a null view.
+    WebEngine* engine() const;
 };
 
 class UIViewController : public Object
@@ -268,7 +271,8 @@ public:
     void loadView();
     virtual void viewDidLoad() {}
     virtual void viewDidAppear(bool animated);
-    /// Keeps the controller until it is dismissed. The completion, if there is one, runs as an event of its own.
+    /// Shows the controller's view over everything in the window of this one's, and keeps the controller, until it is
+    /// dismissed. The completion, if there is one, runs as an event of its own.
     virtual void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                                        std::function<void()> completion);
     /// Ends what this controller presents; when it presents nothing, its own presentation.

@@ -417,6 +417,18 @@ std::string_view NSData::view() const
 
 // ------------------------------------------------------------------------------------------------------------- NSURL
 
+bool NSURL::is_web() const
+{
+    const std::string& address = text_.text();
+    const auto begins_with = [&address](std::string_view scheme) {
+        return address.size() >= scheme.size() &&
+               std::equal(scheme.begin(), scheme.end(), address.begin(), [](char wanted, char found) {
+                   return wanted == (found >= 'A' && found <= 'Z' ? static_cast<char>(found - 'A' + 'a') : found);
+               });
+    };
+    return !file_ && (begins_with("http://") || begins_with("https://"));
+}
+
 NSURL NSURL::URLWithString(const NSString& text)
 {
     const std::string_view address = text.text();

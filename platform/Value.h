@@ -199,6 +199,8 @@ public:
 
     explicit operator bool() const { return static_cast<bool>(text_); }
     bool is_file() const { return file_; }
+    /// Whether its scheme is http or https.
+    bool is_web() const;
     /// The address as text, for a file its path; null when absent.
     const NSString& absoluteString() const { return text_; }
 

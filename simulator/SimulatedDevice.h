@@ -23,6 +23,8 @@ public:
     bool status_bar_hidden() const override { return status_bar_hidden_; }
     bool can_open(const NSURL& address) override;
     void open(const NSURL& address) override;
+    /// The viewer stays there: a step closes the screen that waits.
+    void open_and_wait(const NSURL&, std::function<void()>) override {}
 
     /// Turns the device and its status bar, posting nothing. True when the status bar's orientation is a new one.
     bool turn(const DeviceChange& change);

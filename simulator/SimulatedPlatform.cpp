@@ -9,7 +9,7 @@ namespace qoro
 {
 
 SimulatedPlatform::SimulatedPlatform(World world)
-    : world_(std::move(world)), players_(loop_, world_.video), web_engines_(loop_), device_(world_.device),
+    : world_(std::move(world)), players_(loop_, world_.video), web_engines_(loop_, world_), device_(world_.device),
       volume_(*this, loop_, world_.device), net_(loop_, world_), text_(world_), video_cache_(world_)
 {
 }
@@ -38,10 +38,13 @@ void SimulatedPlatform::bring_news(const MPMoviePlayerController& player, const 
 
 void SimulatedPlatform::change_device(const DeviceChange& change)
 {
-    const bool turned = device_.turn(change);
+    const int held_before = device_.orientation();
+    const bool bar_turned = device_.turn(change);
     if (change.output_volume)
         volume_.set_value(*change.output_volume);
-    if (turned)
+    if (device_.orientation() != held_before)
+        device_orientation_changed();
+    if (bar_turned)
         status_bar_frame_changed();
 }
 

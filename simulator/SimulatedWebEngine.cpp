@@ -10,7 +10,7 @@ namespace
 constexpr std::int64_t LoadMicroseconds = 100'000;
 } // namespace
 
-std::unique_ptr<WebEngine> SimulatedWebEngines::make_web_engine(WebListener& listener)
+std::unique_ptr<WebEngine> SimulatedWebEngines::make_web_engine(WebListener& listener, PageKind)
 {
     return std::make_unique<SimulatedWebEngine>(*this, listener);
 }
@@ -28,9 +28,72 @@ SimulatedWebEngine::~SimulatedWebEngine()
 
 void SimulatedWebEngine::load_html(const NSString&, const NSURL& base)
 {
-    address_ = base;
+    by_address_ = false;
+    begin(base);
+}
+
+void SimulatedWebEngine::load_address(const NSURL& address)
+{
+    if (!address.is_web())
+        return;
+    // What lay ahead is lost, as in any browser.
+    if (!visited_.empty())
+        visited_.resize(place_ + 1);
+    visited_.push_back(address);
+    visit(visited_.size() - 1);
+}
+
+void SimulatedWebEngine::go_back()
+{
+    if (page_state().can_go_back)
+        visit(place_ - 1);
+}
+
+void SimulatedWebEngine::go_forward()
+{
+    if (page_state().can_go_forward)
+        visit(place_ + 1);
+}
+
+void SimulatedWebEngine::reload()
+{
+    if (!visited_.empty())
+        visit(place_);
+}
+
+PageState SimulatedWebEngine::page_state() const
+{
+    PageState state;
+    state.address = address_;
+    state.secure = has_content_ && address_.absoluteString().text().starts_with("https:");
+    state.loading = loading_;
+    state.progress = loading_ ? 0.1 : has_content_ ? 1 : 0;
+    state.has_content = has_content_;
+    state.can_go_back = place_ > 0;
+    state.can_go_forward = place_ + 1 < visited_.size();
+    return state;
+}
+
+void SimulatedWebEngine::visit(std::size_t place)
+{
+    place_ = place;
+    by_address_ = true;
+    begin(visited_[place]);
+}
+
+void SimulatedWebEngine::begin(const NSURL& address)
+{
+    address_ = address;
+    loading_ = true;
     ++load_;
     after(0, Report::Start);
+}
+
+/// What the network has under the address that is on its way; null where it was told nothing of it.
+const NetAnswer* SimulatedWebEngine::answer() const
+{
+    const auto known = engines_.world_.net.find(address_.absoluteString().text());
+    return by_address_ && known != engines_.world_.net.end() ? &known->second : nullptr;
 }
 
 void SimulatedWebEngine::after(std::int64_t microseconds, Report report)
@@ -44,12 +107,17 @@ void SimulatedWebEngine::after(std::int64_t microseconds, Report report)
 
 void SimulatedWebEngine::tell(Report report)
 {
+    const NetAnswer* net = answer();
     if (report == Report::Start) {
-        after(LoadMicroseconds, Report::End);
+        after(LoadMicroseconds + (net ? to_microseconds(net->after) : 0), Report::End);
         listener_.did_start_load();
-    } else {
-        listener_.did_finish_load();
+        return;
     }
+    loading_ = false;
+    if (net && !net->ok)
+        return listener_.did_fail_load(net->error);
+    has_content_ = true;
+    listener_.did_finish_load();
 }
 
 } // namespace qoro

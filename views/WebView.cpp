@@ -3,10 +3,10 @@
 namespace qoro
 {
 
-UIWebView UIWebView::create(WebListener& listener)
+UIWebView UIWebView::create(WebListener& listener, PageKind kind)
 {
     UIWebView view(std::make_shared<ViewNode>(ViewNode::Kind::WebView));
-    view.node_->web = view.node_->platform.web_engines().make_web_engine(listener);
+    view.node_->web = view.node_->platform.web_engines().make_web_engine(listener, kind);
     return view;
 }
 
@@ -36,6 +36,11 @@ void UIWebView::callListeners(const std::string& event, const NSArray& callbacks
 {
     if (node_ && node_->web)
         node_->web->call_listeners(event, callbacks, data);
+}
+
+WebEngine* UIWebView::engine() const
+{
+    return node_ ? node_->web.get() : nullptr;
 }
 
 } // namespace qoro

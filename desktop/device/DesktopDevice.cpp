@@ -46,14 +46,23 @@ bool has_program(const std::string& scheme)
     return found;
 }
 
-void was_opened(GObject*, GAsyncResult* result, gpointer address)
+/// An address on its way to a program.
+struct Opening {
+    std::string address;
+    /// Empty when nobody waits.
+    std::function<void()> done;
+};
+
+void was_opened(GObject*, GAsyncResult* result, gpointer data)
 {
+    const std::unique_ptr<Opening> opening(static_cast<Opening*>(data));
     GError* error = nullptr;
     if (!g_app_info_launch_default_for_uri_finish(result, &error)) {
-        g_message("%s was not opened: %s", static_cast<char*>(address), error->message);
+        g_message("%s was not opened: %s", opening->address.c_str(), error->message);
         g_error_free(error);
     }
-    g_free(address);
+    if (opening->done)
+        opening->done();
 }
 } // namespace
 
@@ -86,10 +95,26 @@ bool DesktopDevice::can_open(const NSURL& address)
 
 void DesktopDevice::open(const NSURL& address)
 {
-    if (!address || address.is_file() || scheme_of(address) == "file")
+    launch(address, nullptr);
+}
+
+void DesktopDevice::open_and_wait(const NSURL& address, std::function<void()> done)
+{
+    launch(address, [platform = &platform_, alive = std::weak_ptr(alive_), done = std::move(done)] {
+        if (!alive.expired())
+            platform->loop().post(done);
+    });
+}
+
+void DesktopDevice::launch(const NSURL& address, std::function<void()> done)
+{
+    if (!address || address.is_file() || scheme_of(address) == "file") {
+        if (done)
+            done();
         return;
-    const char* text = address.absoluteString().text().c_str();
-    g_app_info_launch_default_for_uri_async(text, nullptr, nullptr, was_opened, g_strdup(text));
+    }
+    auto* opening = new Opening{address.absoluteString().text(), std::move(done)};
+    g_app_info_launch_default_for_uri_async(opening->address.c_str(), nullptr, nullptr, was_opened, opening);
 }
 
 void DesktopDevice::turn(int device_orientation)
@@ -113,9 +138,11 @@ void DesktopDevice::turn_counterclockwise()
 void DesktopDevice::change(const DeviceUpdate& change)
 {
     options_.status_bar_hidden = change.status_bar_hidden.value_or(options_.status_bar_hidden);
-    options_.orientation = change.orientation.value_or(options_.orientation);
+    const int held_before = std::exchange(options_.orientation, change.orientation.value_or(options_.orientation));
     if (is_held(options_.orientation))
         held_ = options_.orientation;
+    if (options_.orientation != held_before)
+        platform_.loop().post([this] { platform_.device_orientation_changed(); });
     const int before = options_.status_bar_orientation;
     options_.status_bar_orientation = change.status_bar_orientation.value_or(before);
     if (options_.status_bar_orientation != before)

@@ -48,6 +48,8 @@ public:
     bool can_open(const NSURL& address) override;
     /// With this machine's program for the scheme. Files of this machine are never opened.
     void open(const NSURL& address) override;
+    /// Done as soon as the program has been started, or could not be: nobody tells when the viewer is done there.
+    void open_and_wait(const NSURL& address, std::function<void()> done) override;
 
     const std::vector<std::int64_t>& autorotates() const { return options_.autorotates; }
 
@@ -63,11 +65,15 @@ public:
     void follow_sensor();
 
 private:
+    void launch(const NSURL& address, std::function<void()> done);
+
     Platform& platform_;
     DesktopDeviceOptions options_;
     /// The last orientation in which it was not lying flat: 1 to 4.
     int held_ = 1;
     std::unique_ptr<OrientationSensor> sensor_;
+    /// Dies with the device; what comes back from a program watches it.
+    std::shared_ptr<bool> alive_ = std::make_shared<bool>();
 };
 
 } // namespace qoro

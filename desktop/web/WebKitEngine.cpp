@@ -192,7 +192,25 @@ struct WebKitEngine::Signals {
     }
 
     /// A failed load leaves the page that was there, instead of a page of WebKit's own.
-    static gboolean load_failed(WebKitWebView*, WebKitLoadEvent, const char*, GError*, WebKitEngine*) { return TRUE; }
+    static gboolean load_failed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->load_failed(*error);
+        return TRUE;
+    }
+
+    static void state_changed(WebKitWebView*, GParamSpec*, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->state_changed();
+    }
+
+    static void insecure_part(WebKitWebView*, WebKitInsecureContentEvent, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->has_insecure_parts_ = true;
+        engine->state_changed();
+    }
 
     static gboolean decide_policy(WebKitWebView*, WebKitPolicyDecision* decision, WebKitPolicyDecisionType type,
                                   WebKitEngine* engine)
@@ -243,9 +261,9 @@ struct WebKitEngine::Signals {
     }
 };
 
-WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, WebKitWebContext* context,
+WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
                            WebKitNetworkSession* session)
-    : platform_(platform), listener_(listener), content_(webkit_user_content_manager_new()), view_([&] {
+    : platform_(platform), listener_(listener), kind_(kind), content_(webkit_user_content_manager_new()), view_([&] {
           WebKitSettings* settings = make_settings();
           auto* view =
               WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session,
@@ -256,10 +274,13 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, WebKitWebC
       }()),
       self_(std::make_shared<WebKitEngine*>(this))
 {
-    const std::string with_bridge = std::string("script-message-with-reply-received::") + bridge_name;
-    g_signal_connect(content_, with_bridge.c_str(), G_CALLBACK(Signals::message), this);
-    webkit_user_content_manager_register_script_message_handler_with_reply(content_, bridge_name, nullptr);
-
+    if (kind == PageKind::Creative) {
+        connect_bridge();
+    } else {
+        for (const char* shown : {"notify::uri", "notify::title", "notify::estimated-load-progress"})
+            g_signal_connect(view_, shown, G_CALLBACK(Signals::state_changed), this);
+        g_signal_connect(view_, "insecure-content-detected", G_CALLBACK(Signals::insecure_part), this);
+    }
     g_signal_connect(view_, "load-changed", G_CALLBACK(Signals::load_changed), this);
     g_signal_connect(view_, "load-failed", G_CALLBACK(Signals::load_failed), this);
     g_signal_connect(view_, "decide-policy", G_CALLBACK(Signals::decide_policy), this);
@@ -291,6 +312,13 @@ WebKitEngine::~WebKitEngine()
             G_PRIORITY_HIGH, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, object, g_object_unref);
 }
 
+void WebKitEngine::connect_bridge()
+{
+    const std::string with_bridge = std::string("script-message-with-reply-received::") + bridge_name;
+    g_signal_connect(content_, with_bridge.c_str(), G_CALLBACK(Signals::message), this);
+    webkit_user_content_manager_register_script_message_handler_with_reply(content_, bridge_name, nullptr);
+}
+
 GtkWidget* WebKitEngine::widget() const
 {
     return GTK_WIDGET(view_);
@@ -302,15 +330,25 @@ void WebKitEngine::set_transparent(bool transparent)
     webkit_web_view_set_background_color(view_, &color);
 }
 
-void WebKitEngine::report(News news)
+template <typename F>
+void WebKitEngine::ask(F&& call)
 {
-    const auto tell = [news](WebListener& listener) {
+    asking_ = true;
+    call();
+    asking_ = false;
+}
+
+void WebKitEngine::report(News news, const std::string& reason)
+{
+    const auto tell = [news, reason](WebListener& listener) {
         if (news == News::Started)
             listener.did_start_load();
-        else
+        else if (news == News::Finished)
             listener.did_finish_load();
+        else
+            listener.did_fail_load(reason);
     };
-    if (!loading_page_) {
+    if (!asking_) {
         // WebKit's call is an event of its own, and messages of the page may follow in the same breath.
         platform_.dispatch([&] { tell(listener_); });
         return;
@@ -331,12 +369,75 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
     has_page_ = true;
     own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
     loading_ = false;
-    loading_page_ = true;
+    wanted_.clear();
     const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit refuses no bytes
     GBytes* bytes = g_bytes_new(page.data(), page.size());
-    webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8", own_load_.c_str());
+    ask([&] { webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8", own_load_.c_str()); });
     g_bytes_unref(bytes);
-    loading_page_ = false;
+}
+
+void WebKitEngine::load_address(const NSURL& address)
+{
+    if (!address.is_web())
+        return;
+    pending_.clear();
+    has_page_ = true;
+    loading_ = false;
+    wanted_ = own_load_ = as_webkit_spells(address.absoluteString().text().c_str());
+    ask([&] { webkit_web_view_load_uri(view_, own_load_.c_str()); });
+}
+
+void WebKitEngine::go_back()
+{
+    ask([&] { webkit_web_view_go_back(view_); });
+}
+
+void WebKitEngine::go_forward()
+{
+    ask([&] { webkit_web_view_go_forward(view_); });
+}
+
+void WebKitEngine::reload()
+{
+    // What never came stands in no history that could be gone through again.
+    if (!wanted_.empty())
+        load_address(NSURL::URLWithString(wanted_));
+    else if (has_page_)
+        ask([&] { webkit_web_view_reload(view_); });
+}
+
+PageState WebKitEngine::page_state() const
+{
+    PageState state;
+    const char* shown = webkit_web_view_get_uri(view_);
+    if (shown && is_web_address(shown))
+        state.address = NSURL::URLWithString(shown);
+    else if (!wanted_.empty())
+        state.address = NSURL::URLWithString(wanted_);
+    const char* title = webkit_web_view_get_title(view_);
+    state.title = title ? title : "";
+    GTlsCertificate* certificate = nullptr;
+    GTlsCertificateFlags errors{};
+    state.secure = has_content_ && !has_insecure_parts_ && webkit_web_view_get_tls_info(view_, &certificate, &errors) &&
+                   errors == 0;
+    state.loading = webkit_web_view_is_loading(view_);
+    state.progress = webkit_web_view_get_estimated_load_progress(view_);
+    state.has_content = has_content_;
+    state.can_go_back = webkit_web_view_can_go_back(view_);
+    state.can_go_forward = webkit_web_view_can_go_forward(view_);
+    return state;
+}
+
+void WebKitEngine::state_changed()
+{
+    // Inside a call of the engine's own nothing else has changed than what that call asked for.
+    if (asking_)
+        platform_.loop().post([self = self_] {
+            if (WebKitEngine* engine = *self)
+                engine->listener_.page_state_changed();
+        });
+    else
+        platform_.dispatch([&] { listener_.page_state_changed(); });
 }
 
 void WebKitEngine::load_changed(int event)
@@ -346,12 +447,33 @@ void WebKitEngine::load_changed(int event)
         loading_ = true;
         report(News::Started);
     }
+    if (event == WEBKIT_LOAD_COMMITTED && !wanted_.empty() && is_blank_address(webkit_web_view_get_uri(view_))) {
+        // So ends an address whose port is not the web's, without a word.
+        loading_ = false;
+        return report(News::Failed, "the address is not to be had");
+    }
+    if (event == WEBKIT_LOAD_COMMITTED) {
+        has_content_ = true;
+        has_insecure_parts_ = false;
+        wanted_.clear();
+        if (kind_ == PageKind::Browsed)
+            state_changed();
+    }
     if (event == WEBKIT_LOAD_FINISHED && loading_) {
         loading_ = false;
         if (scales_page_to_fit_)
             fit_page();
         report(News::Finished);
     }
+}
+
+void WebKitEngine::load_failed(const GError& error)
+{
+    const bool superseded = error.domain == WEBKIT_NETWORK_ERROR && error.code == WEBKIT_NETWORK_ERROR_CANCELLED;
+    if (kind_ != PageKind::Browsed || superseded || !loading_)
+        return;
+    loading_ = false;
+    report(News::Failed, error.message);
 }
 
 NSURL WebKitEngine::current_address() const
@@ -375,7 +497,9 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     WebKitNavigationAction* action =
         webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
     const std::string address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-    const bool link = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED;
+    // A link of a browser's page may lead to another program, so a script's click on it is none.
+    const bool link = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED &&
+                      (kind_ == PageKind::Creative || webkit_navigation_action_is_user_gesture(action));
 
     if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
         // No windows. A link that the viewer followed into one is a link all the same, and shown in place if it may.
@@ -397,7 +521,10 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
 
 void WebKitEngine::process_ended(int reason)
 {
+    if (kind_ == PageKind::Browsed && wanted_.empty())
+        wanted_ = page_state().address.absoluteString().text(); // a reload is to bring it back
     has_page_ = false;
+    has_content_ = false;
     loading_ = false;
     own_load_.clear();
     pending_.clear();
@@ -483,23 +610,32 @@ WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platfor
 
 WebKitEngineFactory::~WebKitEngineFactory()
 {
-    g_clear_object(&session_);
-    g_clear_object(&context_);
+    for (Family* family : {&creatives_, &browsed_}) {
+        g_clear_object(&family->session);
+        g_clear_object(&family->context);
+    }
 }
 
-std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& listener)
+std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& listener, PageKind kind)
 {
-    if (!context_) {
-        context_ = webkit_web_context_new();
-        webkit_web_context_register_uri_scheme(context_, "kit", serve_library, nullptr, nullptr);
-        WebKitSecurityManager* security = webkit_web_context_get_security_manager(context_);
+    Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
+    if (!family.context)
+        found(family, kind);
+    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session);
+}
+
+void WebKitEngineFactory::found(Family& family, PageKind kind)
+{
+    family.context = webkit_web_context_new();
+    if (kind == PageKind::Creative) {
+        webkit_web_context_register_uri_scheme(family.context, "kit", serve_library, nullptr, nullptr);
+        WebKitSecurityManager* security = webkit_web_context_get_security_manager(family.context);
         webkit_security_manager_register_uri_scheme_as_secure(security, "kit");
         webkit_security_manager_register_uri_scheme_as_cors_enabled(security, "kit");
-        session_ = webkit_network_session_new_ephemeral();
-        webkit_network_session_set_persistent_credential_storage_enabled(session_, FALSE);
-        g_signal_connect(session_, "download-started", G_CALLBACK(cancel_download), nullptr);
     }
-    return std::make_unique<WebKitEngine>(platform_, listener, context_, session_);
+    family.session = webkit_network_session_new_ephemeral();
+    webkit_network_session_set_persistent_credential_storage_enabled(family.session, FALSE);
+    g_signal_connect(family.session, "download-started", G_CALLBACK(cancel_download), nullptr);
 }
 
 } // namespace qoro

@@ -14,6 +14,7 @@ typedef struct _WebKitUserContentManager WebKitUserContentManager;
 typedef struct _WebKitWebContext WebKitWebContext;
 typedef struct _WebKitWebView WebKitWebView;
 typedef struct _JSCValue JSCValue;
+struct _GError;
 
 namespace qoro
 {
@@ -29,18 +30,25 @@ bool sandbox_works();
 void give_up_sandbox();
 
 /// One web view, drawn by WebKitGTK. Pages are other people's code: they keep nothing, read no local file, open no
-/// window, download nothing, are granted no permission, and reach the ad through the bridge alone.
+/// window, download nothing, are granted no permission, and reach the ad through the bridge alone; browsed pages have
+/// none.
 class WebKitEngine : public WebEngine, public WidgetSource
 {
 public:
     /// The platform dispatches every event, and outlives the engine, as the listener does.
-    WebKitEngine(Platform& platform, WebListener& listener, WebKitWebContext* context, WebKitNetworkSession* session);
+    WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
+                 WebKitNetworkSession* session);
     ~WebKitEngine() override;
     WebKitEngine(const WebKitEngine&) = delete;
     WebKitEngine& operator=(const WebKitEngine&) = delete;
 
     /// A base that is neither http nor https gives the page no origin at all.
     void load_html(const NSString& html, const NSURL& base) override;
+    void load_address(const NSURL& address) override;
+    void go_back() override;
+    void go_forward() override;
+    void reload() override;
+    PageState page_state() const override;
     void call_listeners(const std::string& event, const NSArray& callbacks, const NSDictionary& data) override;
     NSURL current_address() const override;
     /// A page wider than the view is shrunk to its width once it has loaded.
@@ -51,9 +59,15 @@ public:
 
 private:
     struct Signals;
-    enum class News { Started, Finished };
+    enum class News { Started, Finished, Failed };
 
+    void connect_bridge();
     void load_changed(int event);
+    void load_failed(const _GError& error);
+    void state_changed();
+    /// What the engine itself asks of WebKit, whose news may come inside the call.
+    template <typename F>
+    void ask(F&& call);
     bool decide_policy(WebKitPolicyDecision* decision, int type);
     bool listener_allows(const char* address, int navigation_type);
     void answer_message(JSCValue* message, WebKitScriptMessageReply* reply);
@@ -61,22 +75,30 @@ private:
     void deliver_pending();
     void fit_page();
     /// Tells the listener, as an event of its own.
-    void report(News news);
+    /// @param reason in words, of a failure
+    void report(News news, const std::string& reason = "");
 
     Platform& platform_;
     WebListener& listener_;
+    const PageKind kind_;
     WebKitUserContentManager* const content_;
     WebKitWebView* const view_;
     /// Dies with the engine; what waits for the main loop or for the page's process watches it.
     const std::shared_ptr<WebKitEngine*> self_;
 
     bool has_page_ = false;
+    /// Something of a page has arrived.
+    bool has_content_ = false;
+    /// A part of the page came over a connection that others can change.
+    bool has_insecure_parts_ = false;
+    /// The last address that was asked for by load_address and has not been shown yet; empty for none.
+    std::string wanted_;
     /// The address of a load that the engine itself asked for and that has not begun: nobody is asked about it.
     std::string own_load_;
     /// A start was reported and its end is due.
     bool loading_ = false;
-    /// load_html is running.
-    bool loading_page_ = false;
+    /// The engine itself is asking something of WebKit.
+    bool asking_ = false;
     bool scales_page_to_fit_ = false;
     /// How many of WebKit's calls are running into us.
     int inside_ = 0;
@@ -84,7 +106,7 @@ private:
     std::vector<std::string> pending_;
 };
 
-/// Web engines that share one process family and one memory-only session.
+/// Web engines, of which those of one kind share one process family and one memory-only session.
 class WebKitEngineFactory : public WebEngineFactory
 {
 public:
@@ -94,12 +116,18 @@ public:
     WebKitEngineFactory& operator=(const WebKitEngineFactory&) = delete;
 
     /// GTK must have been started.
-    std::unique_ptr<WebEngine> make_web_engine(WebListener& listener) override;
+    std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
 
 private:
+    struct Family {
+        WebKitWebContext* context = nullptr;
+        WebKitNetworkSession* session = nullptr;
+    };
+    static void found(Family& family, PageKind kind);
+
     Platform& platform_;
-    WebKitWebContext* context_ = nullptr;
-    WebKitNetworkSession* session_ = nullptr;
+    Family creatives_;
+    Family browsed_;
 };
 
 } // namespace qoro

@@ -56,6 +56,138 @@ TEST_P(PageContract, AnEngineThatIsGoneReportsNothing)
     EXPECT_EQ(reports, Reports{});
 }
 
+// ------------------------------------------------------------------------------------------------------- a browser's
+
+TEST_P(BrowserContract, AnAddressReportsItsStartAndItsEndAsEventsOfTheirOwnAndNobodyIsAsked)
+{
+    engine().load_address(found());
+    EXPECT_EQ(reports, Reports{});
+
+    ASSERT_TRUE(until_reports({"start", "finish"}));
+    let_pass(Moment);
+
+    EXPECT_EQ(reports, (Reports{"start", "finish"}));
+    EXPECT_EQ(engine().current_address().absoluteString(), found().absoluteString());
+}
+
+TEST_P(BrowserContract, APageThatHasComeIsToldAsItIs)
+{
+    EXPECT_FALSE(engine().page_state().address);
+    EXPECT_FALSE(engine().page_state().has_content);
+
+    ASSERT_TRUE(visit(found()));
+    const PageState state = engine().page_state();
+
+    EXPECT_EQ(state.address.absoluteString(), found().absoluteString());
+    EXPECT_TRUE(state.has_content);
+    EXPECT_FALSE(state.loading);
+    EXPECT_EQ(state.progress, 1);
+    EXPECT_FALSE(state.secure) << "over plain http";
+    EXPECT_FALSE(state.can_go_back);
+    EXPECT_FALSE(state.can_go_forward);
+}
+
+TEST_P(BrowserContract, AnAddressThatDoesNotAnswerFailsOnceAndShowsNothing)
+{
+    engine().load_address(NSURL::URLWithString(world().address(Address::NobodyThere)));
+
+    ASSERT_TRUE(until_reports({"start", "fail"}));
+    let_pass(Moment);
+
+    EXPECT_EQ(reports, (Reports{"start", "fail"}));
+    EXPECT_FALSE(engine().page_state().has_content);
+    EXPECT_EQ(shown(), world().address(Address::NobodyThere));
+}
+
+TEST_P(BrowserContract, WhatDidNotComeIsAskedForAgain)
+{
+    ASSERT_TRUE(visit(NSURL::URLWithString(world().address(Address::NobodyThere))));
+    reports.clear();
+
+    engine().reload();
+
+    EXPECT_TRUE(until_reports({"start", "fail"}));
+}
+
+TEST_P(BrowserContract, TheWayLeadsBackAndForward)
+{
+    ASSERT_TRUE(visit(found()));
+    ASSERT_TRUE(visit(other()));
+    EXPECT_TRUE(engine().page_state().can_go_back);
+
+    reports.clear();
+    engine().go_back();
+    ASSERT_TRUE(until_end());
+    EXPECT_EQ(shown(), found().absoluteString().text());
+    EXPECT_FALSE(engine().page_state().can_go_back);
+    EXPECT_TRUE(engine().page_state().can_go_forward);
+
+    reports.clear();
+    engine().go_forward();
+    ASSERT_TRUE(until_end());
+    EXPECT_EQ(shown(), other().absoluteString().text());
+}
+
+TEST_P(BrowserContract, ANewAddressEndsTheWayForward)
+{
+    ASSERT_TRUE(visit(found()));
+    ASSERT_TRUE(visit(other()));
+    reports.clear();
+    engine().go_back();
+    ASSERT_TRUE(until_end());
+
+    ASSERT_TRUE(visit(other()));
+
+    EXPECT_FALSE(engine().page_state().can_go_forward);
+    EXPECT_TRUE(engine().page_state().can_go_back);
+}
+
+TEST_P(BrowserContract, WhereNoWayLeadsNothingHappens)
+{
+    engine().go_back();
+    engine().go_forward();
+    engine().reload();
+    let_pass(Moment);
+
+    EXPECT_EQ(reports, Reports{});
+}
+
+TEST_P(BrowserContract, APageIsLoadedAnew)
+{
+    ASSERT_TRUE(visit(found()));
+    reports.clear();
+
+    engine().reload();
+    ASSERT_TRUE(until_end());
+
+    EXPECT_EQ(shown(), found().absoluteString().text());
+    EXPECT_EQ(reports.back(), "finish");
+}
+
+TEST_P(BrowserContract, AFurtherAddressTakesTheEndOfTheOneBeforeIt)
+{
+    engine().load_address(NSURL::URLWithString(world().address(Address::Silent)));
+    ASSERT_TRUE(until_reports({"start"}));
+
+    engine().load_address(found());
+    ASSERT_TRUE(until_reports({"start", "start", "finish"}));
+    let_pass(Moment);
+
+    EXPECT_EQ(reports, (Reports{"start", "start", "finish"}));
+}
+
+TEST_P(BrowserContract, OnlyAddressesOfTheWebAreLoaded)
+{
+    engine().load_address(NSURL::fileURLWithPath("/etc/hostname"));
+    engine().load_address(NSURL::URLWithString("file:///etc/hostname"));
+    engine().load_address(NSURL::URLWithString("tel:123"));
+    engine().load_address(NSURL());
+    let_pass(Moment);
+
+    EXPECT_EQ(reports, Reports{});
+    EXPECT_FALSE(engine().page_state().address);
+}
+
 // ------------------------------------------------------------------------------------------------------- the bridge
 
 ScriptContract::ScriptContract()

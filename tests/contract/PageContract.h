@@ -19,7 +19,7 @@ protected:
     WebEngine& engine()
     {
         if (!engine_)
-            engine_ = platform().web_engines().make_web_engine(*this);
+            engine_ = platform().web_engines().make_web_engine(*this, kind);
         return *engine_;
     }
     void drop() { engine_.reset(); }
@@ -29,6 +29,7 @@ protected:
     }
 
     Reports reports;
+    PageKind kind = PageKind::Creative;
 
 private:
     void did_start_load() override { reports.emplace_back("start"); }
@@ -39,9 +40,36 @@ private:
         return true;
     }
     ScriptAnswer message(const ScriptMessage&) override { return {}; }
+    void did_fail_load(const std::string&) override { reports.emplace_back("fail"); }
     void died(const std::string& reason) override { reports.push_back("died: " + reason); }
 
     std::unique_ptr<WebEngine> engine_;
+};
+
+/// A browser's engine.
+class BrowserContract : public PageContract
+{
+protected:
+    BrowserContract() { kind = PageKind::Browsed; }
+
+    NSURL found() { return NSURL::URLWithString(world().address(Address::Found)); }
+    NSURL other() { return NSURL::URLWithString(world().page_address()); }
+    std::string shown() { return engine().page_state().address.absoluteString().text(); }
+    /// Waits for the end of what is loading now.
+    bool until_end()
+    {
+        const bool came = until([&] { return !reports.empty() && reports.back() != "start" && idle(); });
+        return came;
+    }
+    bool visit(const NSURL& address)
+    {
+        reports.clear();
+        engine().load_address(address);
+        return until_end();
+    }
+
+private:
+    bool idle() { return !engine().page_state().loading; }
 };
 
 /// An ad with a page, of which the script speaks and listens over the bridge; the test sees what the player is told.

@@ -220,6 +220,7 @@ INSTANTIATE_TEST_SUITE_P(On, VolumeContract, testing::Values(DesktopKind), name_
 INSTANTIATE_TEST_SUITE_P(On, FetchContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, TextContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, PageContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, BrowserContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, ScriptContract, testing::Values(DesktopKind), name_of_kind);
 
 } // namespace qoro::test

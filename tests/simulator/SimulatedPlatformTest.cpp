@@ -232,7 +232,7 @@ TEST(SimulatedWebEngine, ReportsALoadsStartAsAnEventOfItsOwnAndItsEndATenthOfASe
 {
     SimulatedPlatform platform;
     Page page(platform);
-    const auto engine = platform.web_engines().make_web_engine(page);
+    const auto engine = platform.web_engines().make_web_engine(page, PageKind::Creative);
 
     engine->load_html("<p>", NSURL::URLWithString("http://ad/p"));
     EXPECT_TRUE(page.reports.empty());
@@ -246,7 +246,7 @@ TEST(SimulatedWebEngine, ANullPageReportsLikeAnyOther)
 {
     SimulatedPlatform platform;
     Page page(platform);
-    const auto engine = platform.web_engines().make_web_engine(page);
+    const auto engine = platform.web_engines().make_web_engine(page, PageKind::Creative);
 
     engine->load_html(nullptr, nullptr);
     platform.run_until(1);
@@ -258,7 +258,7 @@ TEST(SimulatedWebEngine, AFurtherPageEndsTheLoadBeforeIt)
 {
     SimulatedPlatform platform;
     Page page(platform);
-    const auto engine = platform.web_engines().make_web_engine(page);
+    const auto engine = platform.web_engines().make_web_engine(page, PageKind::Creative);
 
     engine->load_html("first", nullptr);
     platform.run_until(0.05);
@@ -272,7 +272,7 @@ TEST(SimulatedWebEngine, OneThatIsGoneReportsNothing)
 {
     SimulatedPlatform platform;
     Page page(platform);
-    auto engine = platform.web_engines().make_web_engine(page);
+    auto engine = platform.web_engines().make_web_engine(page, PageKind::Creative);
 
     engine->load_html("page", nullptr);
     engine.reset();

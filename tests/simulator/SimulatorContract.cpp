@@ -161,6 +161,7 @@ INSTANTIATE_TEST_SUITE_P(On, VolumeContract, testing::Values(SimulatorKind), nam
 INSTANTIATE_TEST_SUITE_P(On, FetchContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, TextContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, PageContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, BrowserContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, ScriptContract, testing::Values(SimulatorKind), name_of_kind);
 
 } // namespace qoro::test

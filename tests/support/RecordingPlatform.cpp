@@ -49,6 +49,16 @@ struct CountedPlayer : ScriptedPlayer {
     RecordingPlatform& platform;
 };
 
+struct CountedWebEngine : RecordingWebEngine {
+    explicit CountedWebEngine(RecordingPlatform& on_platform) : platform(on_platform) {}
+    ~CountedWebEngine() override
+    {
+        if (platform.web == this)
+            platform.web = nullptr;
+    }
+    RecordingPlatform& platform;
+};
+
 } // namespace
 
 std::unique_ptr<PlayerEngine> RecordingPlatform::make_player(const NSURL&, PlayerListener& listener)
@@ -58,9 +68,11 @@ std::unique_ptr<PlayerEngine> RecordingPlatform::make_player(const NSURL&, Playe
     return made;
 }
 
-std::unique_ptr<WebEngine> RecordingPlatform::make_web_engine(WebListener&)
+std::unique_ptr<WebEngine> RecordingPlatform::make_web_engine(WebListener& listener, PageKind kind)
 {
-    auto made = std::make_unique<RecordingWebEngine>();
+    auto made = std::make_unique<CountedWebEngine>(*this);
+    made->listener = &listener;
+    made->kind = kind;
     web = made.get();
     return made;
 }

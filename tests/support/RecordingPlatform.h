@@ -45,6 +45,15 @@ struct RecordingWebEngine : WebEngine {
     {
         events.push_back(event);
     }
+    void load_address(const NSURL& to) override
+    {
+        address = to;
+        state.address = to;
+    }
+    void go_back() override { calls.emplace_back("back"); }
+    void go_forward() override { calls.emplace_back("forward"); }
+    void reload() override { calls.emplace_back("reload"); }
+    PageState page_state() const override { return state; }
     NSURL current_address() const override { return address; }
     void set_scales_page_to_fit(bool on) override { scales = on; }
 
@@ -52,6 +61,11 @@ struct RecordingWebEngine : WebEngine {
     NSURL address;
     bool scales = false;
     std::vector<std::string> events;
+    std::vector<std::string> calls;
+    /// What a test lays down.
+    PageState state;
+    WebListener* listener = nullptr;
+    PageKind kind{};
 };
 
 /// A platform in virtual time for tests of single objects: its player, page, picture, device and display do nothing by
@@ -104,13 +118,15 @@ public:
     int bar_orientation = 1;
     bool bar_hidden = false;
     std::vector<std::string> opened;
+    /// What is called when the viewer is back from what was opened; empty when nobody waits.
+    std::function<void()> return_of_viewer;
 
 private:
     struct Picture : DecodedImage {
     };
 
     std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) override;
-    std::unique_ptr<WebEngine> make_web_engine(WebListener& listener) override;
+    std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
     float value() const override { return output_volume; }
     void set_value(float value) override { output_volume = value; }
     bool has_slider() const override { return slider; }
@@ -123,6 +139,11 @@ private:
     bool status_bar_hidden() const override { return bar_hidden; }
     bool can_open(const NSURL& address) override { return address.absoluteString().contains("http"); }
     void open(const NSURL& address) override { opened.push_back(address.absoluteString().text()); }
+    void open_and_wait(const NSURL& address, std::function<void()> done) override
+    {
+        open(address);
+        return_of_viewer = std::move(done);
+    }
     void needs_display() override { ++display_requests; }
     void tell(std::string_view what, std::initializer_list<Field> fields) override;
 

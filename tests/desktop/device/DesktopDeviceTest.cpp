@@ -168,3 +168,29 @@ TEST_F(DesktopDeviceTest, OpeningHandsTheAddressToTheSchemesProgram)
     EXPECT_TRUE(platform.loop().run_until([&content] { return content() == "qoro-test:some/where?x=1\n"; }, Deadline))
         << content();
 }
+
+TEST_F(DesktopDeviceTest, AScreenThatWaitsGoesOnWhenTheProgramHasBeenStartedOrThereIsNone)
+{
+    int done = 0;
+    device.open_and_wait(NSURL::URLWithString("qoro-test:waits"), [&] { ++done; });
+    device.open_and_wait(NSURL::URLWithString("qoro-nobody:x"), [&] { ++done; });
+    device.open_and_wait(NSURL::fileURLWithPath("/etc/hostname"), [&] { ++done; });
+    EXPECT_EQ(done, 0) << "called inside the call";
+
+    EXPECT_TRUE(platform.loop().run_until([&done] { return done == 3; }, Deadline)) << done;
+}
+
+TEST_F(DesktopDeviceTest, TurningIsReportedAlsoWhereTheHostDoesNotFollow)
+{
+    const auto watcher = std::make_shared<Listener>();
+    NSNotificationCenter::defaultCenter().addObserver(action<&Listener::turned>(watcher.get(), "turned"),
+                                                      UIDeviceOrientationDidChangeNotification);
+    device.turn(4);
+    EXPECT_EQ(watcher->count, 0) << "posted inside the call";
+    let_events_pass();
+    device.turn(4);
+    let_events_pass();
+
+    EXPECT_EQ(watcher->count, 1);
+    EXPECT_EQ(listener->count, 0);
+}

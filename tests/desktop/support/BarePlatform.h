@@ -43,7 +43,7 @@ public:
 
 private:
     std::unique_ptr<PlayerEngine> make_player(const NSURL&, PlayerListener&) override { return nullptr; }
-    std::unique_ptr<WebEngine> make_web_engine(WebListener&) override { return nullptr; }
+    std::unique_ptr<WebEngine> make_web_engine(WebListener&, PageKind) override { return nullptr; }
     float value() const override { return 0; }
     void set_value(float) override {}
     bool has_slider() const override { return false; }
@@ -58,6 +58,7 @@ private:
     bool status_bar_hidden() const override { return false; }
     bool can_open(const NSURL&) override { return false; }
     void open(const NSURL&) override {}
+    void open_and_wait(const NSURL&, std::function<void()>) override {}
     NSString path_for(const NSString&) override { return nullptr; }
     void needs_display() override {}
 

@@ -79,6 +79,7 @@ struct Recorder : WebListener {
         heard.push_back(line);
         return answer(message);
     }
+    void did_fail_load(const std::string&) override { heard.emplace_back("fail"); }
     void died(const std::string& reason) override { heard.push_back("died: " + reason); }
 
     bool has(const std::string& line) const { return std::find(heard.begin(), heard.end(), line) != heard.end(); }
@@ -119,7 +120,7 @@ protected:
     LocalServer server;
     Recorder recorder;
     WebKitEngineFactory factory{platform};
-    std::unique_ptr<WebEngine> engine = factory.make_web_engine(recorder);
+    std::unique_ptr<WebEngine> engine = factory.make_web_engine(recorder, PageKind::Creative);
 };
 
 TEST_F(WebKitEngineTest, a_pages_start_and_end_are_reported_once_each)
@@ -562,6 +563,80 @@ TEST_F(WebKitEngineTest, frames_within_the_page_ask_before_they_load)
     wait_for("note[\"end\"]");
     EXPECT_TRUE(recorder.has("ask 5 " + server.base() + "frame.html"));
     EXPECT_TRUE(server.asked.empty());
+}
+
+/// A page in a browser.
+class BrowsedPageTest : public WebKitEngineTest
+{
+protected:
+    BrowsedPageTest() { engine = factory.make_web_engine(recorder, PageKind::Browsed); }
+
+    /// Loads a page of the server's and waits for its end.
+    void browse(const std::string& html)
+    {
+        server.pages["/page.html"] = {"text/html; charset=utf-8", html};
+        engine->load_address(NSURL::URLWithString(server.base() + "page.html"));
+        wait_for("finish");
+    }
+    /// Waits until the page has the title; it is what its script can say.
+    void wait_for_title(const std::string& title)
+    {
+        const bool came = platform.loop().run_until([&] { return engine->page_state().title == title; }, 15);
+        ASSERT_TRUE(came) << engine->page_state().title;
+    }
+};
+
+TEST_F(BrowsedPageTest, finds_neither_the_library_nor_the_bridge)
+{
+    browse("<title>?</title><script src='kit://script.js'></script><script>"
+           "document.title = [typeof qoroPlayer, typeof window.webkit?.messageHandlers?.qoroPlayer]</script>");
+    wait_for_title("undefined,undefined");
+}
+
+TEST_F(BrowsedPageTest, asks_for_a_telephone_link_that_a_script_clicks_as_for_no_link)
+{
+    browse("<title>?</title><a href='tel:123'>x</a><script>document.querySelector('a').click();"
+           "setTimeout(() => { document.title = 'still here'; }, 200)</script>");
+    wait_for_title("still here");
+    EXPECT_TRUE(recorder.has("ask 5 tel:123"));
+    EXPECT_FALSE(recorder.has("ask 0 tel:123"));
+}
+
+TEST_F(BrowsedPageTest, that_leads_elsewhere_can_be_gone_back_to)
+{
+    recorder.allow_loads = true;
+    server.pages["/other.html"] = {"text/html", "<title>other</title>"};
+    browse("<title>first</title><script>onload = () => setTimeout(() => { location = '/other.html'; }, 50)</script>");
+    wait_for_title("other");
+    EXPECT_EQ(engine->page_state().address.absoluteString(), server.base() + "other.html");
+}
+
+TEST_F(BrowsedPageTest, cannot_read_files)
+{
+    browse("<title>?</title><img src='file:///etc/hostname' onload='document.title = \"read\"' "
+           "onerror='document.title = \"refused\"'>");
+    wait_for_title("refused");
+}
+
+TEST_F(BrowsedPageTest, whose_process_is_killed_is_reported_and_comes_again)
+{
+    browse("<title>here</title>");
+    recorder.heard.clear();
+    webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*engine).widget()));
+    wait_for("died: the page's process was ended");
+    EXPECT_FALSE(engine->page_state().has_content);
+
+    engine->reload();
+    wait_for("finish");
+    EXPECT_TRUE(engine->page_state().has_content);
+}
+
+TEST_F(BrowsedPageTest, that_answers_with_a_download_fails_and_saves_nothing)
+{
+    server.pages["/file"] = {"application/octet-stream", "bytes"};
+    engine->load_address(NSURL::URLWithString(server.base() + "file"));
+    wait_for("fail");
+    EXPECT_FALSE(engine->page_state().has_content);
 }
 
 TEST_F(WebKitEngineTest, a_pages_process_that_is_killed_is_reported_and_the_next_page_loads)
