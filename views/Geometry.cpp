@@ -28,14 +28,29 @@ void place(ViewNode& node, CGSize bounds, CGPoint center, double angle, const CG
 {
     if (node.bounds == bounds && node.center == center && node.angle == angle && node.frame == frame)
         return;
+    const bool resized = node.bounds != bounds;
     node.bounds = bounds;
     node.center = center;
     node.angle = angle;
     node.frame = frame;
     node.changed();
+    if (!resized)
+        return;
+    for (const auto& subview : node.subviews)
+        fill_parent(*subview);
+    if (node.on_resize)
+        node.on_resize();
 }
 
 } // namespace
+
+void fill_parent(ViewNode& view)
+{
+    if (!view.fills_parent || !view.parent || fills_screen(*view.parent))
+        return;
+    const CGSize size = view.parent->bounds;
+    UIView(view.shared_from_this()).setFrame({0, 0, size.width, size.height});
+}
 
 bool is_whole_turn(double angle)
 {

@@ -44,15 +44,18 @@ std::optional<CGPoint> held_point(const ViewNode& view, CGPoint point)
     return own;
 }
 
-std::shared_ptr<ViewNode> reached(const std::shared_ptr<ViewNode>& view, CGPoint point)
+std::optional<CGPoint> point_in_window(const ViewNode& window, CGPoint point)
 {
-    if (view->hidden || view->alpha < LeastAlphaForTouch || !view->takes_touches)
-        return nullptr;
-    const std::optional<CGPoint> own = held_point(*view, point);
-    if (!own)
+    return fills_screen(window) ? point : held_point(window, point);
+}
+
+/// @param own the point in the view's own coordinates; absent when the view does not hold it
+std::shared_ptr<ViewNode> reached(const std::shared_ptr<ViewNode>& view, std::optional<CGPoint> own)
+{
+    if (!own || view->hidden || view->alpha < LeastAlphaForTouch || !view->takes_touches)
         return nullptr;
     for (auto subview = view->subviews.rbegin(); subview != view->subviews.rend(); ++subview)
-        if (auto found = reached(*subview, *own))
+        if (auto found = reached(*subview, held_point(**subview, *own)))
             return found;
     return view;
 }
@@ -63,8 +66,8 @@ std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point)
 {
     const auto windows = platform.shared<WindowList>().visible_from_below();
     for (auto window = windows.rbegin(); window != windows.rend(); ++window)
-        if (held_point(**window, point))
-            return reached(*window, point);
+        if (const auto own = point_in_window(**window, point))
+            return reached(*window, own);
     return nullptr;
 }
 

@@ -21,6 +21,15 @@ bool stands_in_or_is(const ViewNode* view, const ViewNode* ancestor)
     return view == ancestor;
 }
 
+/// Where a view goes that is added on top: below what is presented, unless it is that itself.
+std::vector<std::shared_ptr<ViewNode>>::iterator top_for(const ViewNode& added, ViewNode& parent)
+{
+    auto top = parent.subviews.end();
+    while (!added.stays_on_top && top != parent.subviews.begin() && (*std::prev(top))->stays_on_top)
+        --top;
+    return top;
+}
+
 /// Takes a view out of its parent, which may be what held it: the caller holds it.
 void detach(ViewNode& view)
 {
@@ -155,13 +164,14 @@ void UIView::addSubview(const UIView& child) const
     const std::shared_ptr<ViewNode> added = child.node_;
     if (!node_ || !added || stands_in_or_is(node_.get(), added.get()))
         return;
-    if (added->parent == node_.get() && node_->subviews.back() == added)
+    if (added->parent == node_.get() && *std::prev(top_for(*added, *node_)) == added)
         return;
     detach(*added);
-    node_->subviews.push_back(added);
+    node_->subviews.insert(top_for(*added, *node_), added);
     added->parent = node_.get();
     node_->changed();
     added->changed();
+    fill_parent(*added);
 }
 
 void UIView::removeFromSuperview() const
@@ -169,6 +179,24 @@ void UIView::removeFromSuperview() const
     const std::shared_ptr<ViewNode> removed = node_;
     if (removed)
         detach(*removed);
+}
+
+void present_over(const UIView& view, const UIView& presenter)
+{
+    ViewNode* top = presenter.node().get();
+    while (top && top->parent)
+        top = top->parent;
+    if (!view || !top || top->kind != ViewNode::Kind::Window)
+        return;
+    view.node()->stays_on_top = true;
+    UIView(top->shared_from_this()).addSubview(view);
+}
+
+void end_presentation_of(const UIView& view)
+{
+    view.removeFromSuperview();
+    if (view)
+        view.node()->stays_on_top = false;
 }
 
 void UIView::bringSubviewToFront(const UIView& child) const

@@ -1,4 +1,4 @@
-#include "platform/UIKit.h"
+#include "views/ViewNode.h"
 
 namespace qoro
 {
@@ -39,6 +39,8 @@ void UIViewController::presentViewController(const std::shared_ptr<UIViewControl
     end_presentation();
     presenting_ = controller;
     controller->presenter_ = std::static_pointer_cast<UIViewController>(shared_from_this());
+    controller->loadView();
+    present_over(controller->view(), view());
     run_as_event(std::move(completion));
 }
 
@@ -57,8 +59,10 @@ void UIViewController::dismissViewController(bool, std::function<void()> complet
 void UIViewController::end_presentation()
 {
     const std::shared_ptr<UIViewController> ended = std::move(presenting_);
-    if (ended)
-        ended->presenter_.reset();
+    if (!ended)
+        return;
+    ended->presenter_.reset();
+    end_presentation_of(ended->view());
 }
 
 // A controller stands in no parent controller here, and nothing follows a turn of the interface by itself.

@@ -5,12 +5,16 @@
 #include "platform/UIKit.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace qoro
 {
+
+/// A drawing in lines, crisp at every scale.
+enum class Symbol : std::uint8_t { None, Close, CloseOnDisc, Back, Forward, Reload, Lock, OpenLock };
 
 /// One view of the tree: what every view has, and what its kind adds. No display knows more than this, and nothing here
 /// knows a display. A parent holds its subviews; a view that nothing holds is gone.
@@ -39,6 +43,10 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     /// What reading the frame gives: at whole quarter turns exactly what was set, as long as nothing else moved the
     /// view.
     CGRect frame;
+    /// It is as large as its parent, and stays so; a window that fills the screen leaves it as it is.
+    bool fills_parent = false;
+    /// Called when the size has changed; may be empty.
+    std::function<void()> on_resize;
 
     // ----------------------------------------------------------------------------------------------- appearance
 
@@ -46,6 +54,8 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     double alpha = 1;
     UIColor background;
     bool opaque = true;
+    /// Points.
+    double corner_radius = 0;
     int autoresizing_mask = 0;
     int content_mode = 0;
     /// Whether touches reach it. Labels, image views, spinners and the countdown take none by default.
@@ -54,6 +64,8 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     // ------------------------------------------------------------------------------------------------------ tree
 
     ViewNode* parent = nullptr;
+    /// Presented: it stays above those of its siblings that are not, whichever came later.
+    bool stays_on_top = false;
     /// From the lowest to the topmost.
     std::vector<std::shared_ptr<ViewNode>> subviews;
 
@@ -63,7 +75,8 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     NSString text;
     UIImage image;              // image views, and the background of buttons
     FontSpec font;              // labels
-    UIColor text_color;         // labels
+    UIColor text_color;         // labels, and the symbols of the others
+    Symbol symbol{};            // buttons and image views; in the middle
     UIColor text_shadow_color;  // labels
     CGSize text_shadow_offset;  // labels
     int line_break_mode = 0;    // labels
@@ -125,6 +138,20 @@ Placement placement_on_screen(const ViewNode& view);
 /// What a finger at a point of the screen reaches: the topmost view, by the rules of touch; null when nothing does. A
 /// web view takes what its own subviews do not.
 std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point);
+
+/// Whether a window is as large as the screen because nobody ever said how large it is.
+inline bool fills_screen(const ViewNode& window)
+{
+    return window.bounds == CGSize{} && window.center == CGPoint{};
+}
+
+/// Gives a view that fills its parent the size that it is to have now.
+void fill_parent(ViewNode& view);
+
+/// Presents a view: over everything in the window that another view stands in. Nothing while that stands in none.
+void present_over(const UIView& view, const UIView& presenter);
+/// Takes a presented view off the screen.
+void end_presentation_of(const UIView& view);
 
 /// A touch and release at a point of the screen: a button's targets run. Tells what was reached; null for nothing.
 std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point);

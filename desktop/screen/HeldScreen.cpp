@@ -23,24 +23,6 @@ int whole_length(double length)
 
 } // namespace
 
-double held_turn(int device_orientation, int bar_orientation, CGSize screen, double before)
-{
-    if (screen.width > screen.height)
-        return bar_orientation == UIInterfaceOrientationLandscapeLeft ? HalfTurn : 0;
-    switch (device_orientation) {
-    case UIDeviceOrientationPortrait:
-        return 0;
-    case UIDeviceOrientationPortraitUpsideDown:
-        return HalfTurn;
-    case UIDeviceOrientationLandscapeLeft:
-        return -QuarterTurn;
-    case UIDeviceOrientationLandscapeRight:
-        return QuarterTurn;
-    default:
-        return before;
-    }
-}
-
 CGSize HeldScreen::extents() const
 {
     return turned_extents(screen, turn);

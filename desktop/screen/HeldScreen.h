@@ -1,20 +1,12 @@
 #pragma once
 
+#include "views/HeldTurn.h"
 #include "views/ViewNode.h"
 
 namespace qoro
 {
 
 // Pure geometry: the device's screen as its viewer holds it. A screen keeps its own coordinates, and is shown turned.
-
-/// How the device's screen is turned in the window, clockwise, so that what is turned the other way on it stands
-/// upright.
-/// @param device_orientation UIDeviceOrientation; a device that lies flat, or is held nobody knows how, stays as it was
-/// @param bar_orientation UIInterfaceOrientation
-/// @param screen the screen's own size; one that is wider than high belongs to a host in landscape: its coordinates
-///               have turned with the interface already, all but the half turn between the two landscape sides
-/// @param before the turn so far
-double held_turn(int device_orientation, int bar_orientation, CGSize screen, double before);
 
 /// A screen in its window.
 struct HeldScreen {

@@ -283,7 +283,7 @@ void Screen::add_layers(const std::shared_ptr<ViewNode>& view, double opacity, c
     layer.place = place_in_window(placement_on_screen(*view), held_);
     const WidgetPlace window = place_in_window(placement_on_screen(in_window), held_);
     layer.clip = window.around();
-    layer.clipped = is_whole_turn(window.angle) && !covers(layer.clip, held_.extents());
+    layer.clipped = !fills_screen(in_window) && is_whole_turn(window.angle) && !covers(layer.clip, held_.extents());
     from_below_.push_back(&layer);
     for (const auto& subview : view->subviews)
         add_layers(subview, layer.opacity, in_window);

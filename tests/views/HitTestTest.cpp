@@ -234,3 +234,16 @@ TEST_F(Touches, ReachTheWebViewWhereItsSubviewsDoNot)
     EXPECT_EQ(at(10, 10), button);
     EXPECT_EQ(at(100, 100), web);
 }
+
+TEST_F(Touches, AWindowThatWasGivenNoFrameFillsTheScreen)
+{
+    const UIWindow over = UIWindow::create();
+    over.makeKeyAndVisible();
+    const UIView sheet = UIView::create();
+    sheet.setFrame({0, 0, 375, 100});
+    over.addSubview(sheet);
+
+    EXPECT_EQ(at(10, 10), sheet);
+    EXPECT_EQ(at(10, 200), over);
+    EXPECT_EQ(over.frame(), CGRect());
+}

@@ -199,3 +199,66 @@ TEST_F(Tree, NumbersViewsInTheOrderOfTheirMaking)
     EXPECT_LT(root.node()->serial, a.node()->serial);
     EXPECT_LT(a.node()->serial, b.node()->serial);
 }
+
+TEST_F(Tree, KeepsWhatIsPresentedAboveWhatIsAddedLater)
+{
+    const UIWindow window = UIWindow::create({0, 0, 375, 812});
+    const UIView sheet = UIView::create();
+    window.addSubview(a);
+
+    present_over(sheet, a);
+    window.addSubview(b);
+    window.addSubview(a);
+    EXPECT_EQ(window.subviews(), (Views{b, a, sheet}));
+
+    end_presentation_of(sheet);
+    window.addSubview(sheet);
+    window.addSubview(b);
+    EXPECT_EQ(window.subviews(), (Views{a, sheet, b}));
+}
+
+TEST_F(Tree, PresentsTheLatestAboveTheOthers)
+{
+    const UIWindow window = UIWindow::create({0, 0, 375, 812});
+    const UIView sheet = UIView::create();
+    window.addSubview(a);
+
+    present_over(b, a);
+    present_over(sheet, a);
+
+    EXPECT_EQ(window.subviews(), (Views{a, b, sheet}));
+}
+
+TEST_F(Tree, PresentsNothingOverAViewInNoWindow)
+{
+    root.addSubview(a);
+
+    present_over(b, a);
+    present_over(b, UIView());
+
+    EXPECT_FALSE(b.superview());
+}
+
+TEST_F(Tree, GivesAViewThatFillsItsParentItsSize)
+{
+    root.setFrame({10, 10, 100, 50});
+    a.node()->fills_parent = true;
+
+    root.addSubview(a);
+    EXPECT_EQ(a.frame(), (CGRect{0, 0, 100, 50}));
+
+    root.setFrame({0, 0, 30, 40});
+    EXPECT_EQ(a.frame(), (CGRect{0, 0, 30, 40}));
+}
+
+TEST_F(Tree, TellsOfANewSizeAndOfNothingElse)
+{
+    int told = 0;
+    a.node()->on_resize = [&] { ++told; };
+
+    a.setFrame({0, 0, 30, 40});
+    EXPECT_EQ(told, 1);
+    a.setFrame({10, 20, 30, 40});
+    a.setTransform(CGAffineTransformMakeRotation(QuarterTurn));
+    EXPECT_EQ(told, 1);
+}

@@ -121,3 +121,17 @@ TEST_F(Controllers, TellNothingOfThemselves)
 
     EXPECT_EQ(platform.transcript, Lines{});
 }
+
+TEST_F(Controllers, PresentTheirViewInTheWindowOfThePresenters)
+{
+    const UIWindow window = UIWindow::create({0, 0, 375, 812});
+    host->loadView();
+    window.addSubview(host->view());
+
+    host->presentViewController(sheet, true, nullptr);
+    EXPECT_TRUE(is_on_top(sheet->view()));
+    EXPECT_EQ(sheet->view().superview(), window);
+
+    host->dismissViewController(true, nullptr);
+    EXPECT_FALSE(sheet->view().superview());
+}

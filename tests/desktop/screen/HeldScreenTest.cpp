@@ -9,28 +9,6 @@ namespace
 
 constexpr CGSize Phone{375, 812};
 
-TEST(HeldTurn, turns_the_screen_against_what_is_turned_on_it)
-{
-    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, 1, Phone, HalfTurn), 0);
-    EXPECT_EQ(held_turn(UIDeviceOrientationPortraitUpsideDown, 1, Phone, 0), HalfTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeLeft, 1, Phone, 0), -QuarterTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeRight, 1, Phone, 0), QuarterTurn);
-}
-
-TEST(HeldTurn, stays_while_the_device_lies_flat)
-{
-    EXPECT_EQ(held_turn(UIDeviceOrientationUnknown, 1, Phone, QuarterTurn), QuarterTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationFaceUp, 1, Phone, -QuarterTurn), -QuarterTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationFaceDown, 1, Phone, 0), 0);
-}
-
-TEST(HeldTurn, of_a_host_in_landscape_follows_the_side_alone)
-{
-    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, UIInterfaceOrientationLandscapeRight, {812, 375}, 0), 0);
-    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, UIInterfaceOrientationLandscapeLeft, {812, 375}, 0), HalfTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeLeft, UIInterfaceOrientationLandscapeRight, {812, 375}, 0), 0);
-}
-
 TEST(HeldScreen, takes_its_extents_turned)
 {
     EXPECT_EQ((HeldScreen{Phone, 0}.extents()), (CGSize{375, 812}));

@@ -1,0 +1,34 @@
+#include "views/HeldTurn.h"
+
+#include "platform/UIKit.h"
+
+#include <gtest/gtest.h>
+
+using namespace qoro;
+
+namespace
+{
+constexpr CGSize Phone{375, 812};
+} // namespace
+
+TEST(HeldTurn, TurnsTheScreenAgainstWhatIsTurnedOnIt)
+{
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, 1, Phone, HalfTurn), 0);
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortraitUpsideDown, 1, Phone, 0), HalfTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeLeft, 1, Phone, 0), -QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeRight, 1, Phone, 0), QuarterTurn);
+}
+
+TEST(HeldTurn, StaysWhileTheDeviceLiesFlat)
+{
+    EXPECT_EQ(held_turn(UIDeviceOrientationUnknown, 1, Phone, QuarterTurn), QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationFaceUp, 1, Phone, -QuarterTurn), -QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationFaceDown, 1, Phone, 0), 0);
+}
+
+TEST(HeldTurn, OfAHostInLandscapeFollowsTheSideAlone)
+{
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, UIInterfaceOrientationLandscapeRight, {812, 375}, 0), 0);
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, UIInterfaceOrientationLandscapeLeft, {812, 375}, 0), HalfTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeLeft, UIInterfaceOrientationLandscapeRight, {812, 375}, 0), 0);
+}
