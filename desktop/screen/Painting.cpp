@@ -42,6 +42,18 @@ void fill(GtkSnapshot* snapshot, const UIColor& color, const CGRect& rect)
     gtk_snapshot_append_color(snapshot, &paint_color, &area);
 }
 
+void paint_background(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area)
+{
+    if (view.corner_radius <= 0)
+        return fill(snapshot, view.background, area);
+    const graphene_rect_t bounds = rect_of(area);
+    GskRoundedRect rounded;
+    gsk_rounded_rect_init_from_rect(&rounded, &bounds, single(view.corner_radius));
+    gtk_snapshot_push_rounded_clip(snapshot, &rounded);
+    fill(snapshot, view.background, area);
+    gtk_snapshot_pop(snapshot);
+}
+
 // ------------------------------------------------------------------------------------------------------- pictures
 
 /// As much of a rectangle as a picture fills without being stretched, in the middle.
@@ -205,6 +217,75 @@ void paint_title(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& b
     g_object_unref(layout);
 }
 
+// -------------------------------------------------------------------------------------------------------- symbols
+
+/// Lines of a symbol in a box of 24 by 24 around the middle.
+void trace_symbol(cairo_t* cairo, Symbol symbol)
+{
+    const auto line = [cairo](std::initializer_list<CGPoint> points) {
+        cairo_new_sub_path(cairo);
+        for (const CGPoint& point : points)
+            cairo_line_to(cairo, point.x, point.y);
+        cairo_stroke(cairo);
+    };
+    switch (symbol) {
+    case Symbol::Close:
+        line({{-7, -7}, {7, 7}});
+        line({{7, -7}, {-7, 7}});
+        break;
+    case Symbol::CloseOnDisc:
+        line({{-5, -5}, {5, 5}});
+        line({{5, -5}, {-5, 5}});
+        break;
+    case Symbol::Back:
+        line({{4, -8}, {-4, 0}, {4, 8}});
+        break;
+    case Symbol::Forward:
+        line({{-4, -8}, {4, 0}, {-4, 8}});
+        break;
+    case Symbol::Reload:
+        cairo_arc(cairo, 0, 0, 7.5, FullTurn * 0.02, FullTurn * 0.86);
+        cairo_stroke(cairo);
+        line({{6.5, -9.5}, {5.5, -4.5}, {0.5, -5.5}});
+        break;
+    case Symbol::Lock:
+    case Symbol::OpenLock:
+        cairo_rectangle(cairo, -5, -1, 10, 8);
+        cairo_fill(cairo);
+        cairo_arc(cairo, symbol == Symbol::Lock ? 0 : 5, -2.5, 3, FullTurn / 2, FullTurn);
+        cairo_stroke(cairo);
+        break;
+    case Symbol::None:
+        break;
+    }
+}
+
+void paint_symbol(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area)
+{
+    constexpr double DiscRadius = 15;
+    if (view.symbol == Symbol::None)
+        return;
+    const graphene_rect_t box = rect_of(area);
+    const UIColor color = view.text_color ? view.text_color : UIColor::blackColor();
+    cairo_t* cairo = gtk_snapshot_append_cairo(snapshot, &box);
+    cairo_translate(cairo, area.width / 2, area.height / 2);
+    if (view.symbol == Symbol::CloseOnDisc) {
+        // Dark with a light rim: seen on any page.
+        cairo_set_source_rgba(cairo, 0, 0, 0, 0.65);
+        cairo_arc(cairo, 0, 0, DiscRadius, 0, FullTurn);
+        cairo_fill_preserve(cairo);
+        cairo_set_source_rgba(cairo, 1, 1, 1, 0.85);
+        cairo_set_line_width(cairo, 1.5);
+        cairo_stroke(cairo);
+    }
+    cairo_set_source_rgba(cairo, color.red, color.green, color.blue, color.alpha);
+    cairo_set_line_width(cairo, 2);
+    cairo_set_line_cap(cairo, CAIRO_LINE_CAP_ROUND);
+    cairo_set_line_join(cairo, CAIRO_LINE_JOIN_ROUND);
+    trace_symbol(cairo, view.symbol);
+    cairo_destroy(cairo);
+}
+
 /// The light under a finger.
 void paint_glow(GtkSnapshot* snapshot, const CGRect& area)
 {
@@ -275,11 +356,12 @@ void paint_spinner(GtkSnapshot* snapshot, const CGRect& area, int step)
 void paint(GtkSnapshot* snapshot, PangoContext* text, const ViewNode& view, CGSize size, const PaintState& state)
 {
     const CGRect area{0, 0, size.width, size.height};
-    fill(snapshot, view.background, area);
+    paint_background(snapshot, view, area);
     switch (view.kind) {
     case ViewNode::Kind::Button:
         paint_image(snapshot, view, area, state);
         paint_title(snapshot, text, view, area);
+        paint_symbol(snapshot, view, area);
         if (state.pressed && view.shows_touch)
             paint_glow(snapshot, area);
         break;
@@ -288,6 +370,7 @@ void paint(GtkSnapshot* snapshot, PangoContext* text, const ViewNode& view, CGSi
         break;
     case ViewNode::Kind::ImageView:
         paint_image(snapshot, view, area, state);
+        paint_symbol(snapshot, view, area);
         break;
     case ViewNode::Kind::Video:
         paint_video(snapshot, view, area, state);
