@@ -1,8 +1,10 @@
 #include "platform/QoroAdManager.h"
 
+#include "kit/WebText.h"
 #include "platform/Platform.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 namespace qoro
@@ -98,6 +100,29 @@ void QoroAdManager::forget_extra_view(const UIViewController* controller)
     // Taken out first: its end may ask for the manager.
     const std::shared_ptr<UIViewController> gone = std::move(*known);
     extra_views_.erase(known);
+}
+
+NSURL QoroAdManager::store_page(const StoreItem& item) const
+{
+    struct Placeholder {
+        std::string_view name;
+        NSString StoreItem::*value;
+    };
+    constexpr std::array Placeholders{
+        Placeholder{"{id}", &StoreItem::id},
+        Placeholder{"{campaign}", &StoreItem::campaign},
+        Placeholder{"{provider}", &StoreItem::provider},
+        Placeholder{"{adProvider}", &StoreItem::ad_provider},
+    };
+    if (item.id.length() == 0)
+        return nullptr;
+    std::string address = store_page_;
+    for (const Placeholder& placeholder : Placeholders) {
+        const std::string value = percent_encoded((item.*placeholder.value).text());
+        for (std::size_t at = 0; (at = address.find(placeholder.name, at)) != std::string::npos; at += value.size())
+            address.replace(at, placeholder.name.size(), value);
+    }
+    return NSURL::URLWithString(address);
 }
 
 } // namespace qoro

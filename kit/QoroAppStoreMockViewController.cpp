@@ -1,5 +1,9 @@
 #include "platform/QoroAppStoreMockViewController.h"
 
+#include "kit/PageScreen.h"
+#include "platform/QoroAdManager.h"
+#include "views/ViewNode.h"
+
 namespace qoro
 {
 
@@ -11,13 +15,29 @@ QoroAppStoreMockViewController::initWithStoreId(const NSString& storeId, const N
     Platform::current().tell("kit", {{"do", "store.create"}, {"ids", ids}});
     auto page = std::make_shared<QoroAppStoreMockViewController>();
     page->loadView();
+    page->view().setBackgroundColor(UIColor::whiteColor());
+    page->view().node()->fills_parent = true;
+    page->screen_ = PageScreen::create(page->view(), {.bar = PageScreen::Bar::Title, .progress = true},
+                                       [weak = std::weak_ptr(page)] {
+                                           if (const auto left = weak.lock())
+                                               left->dismissed_by_viewer();
+                                       });
+    page->screen_->show_address(
+        QoroAdManager::sharedInstance().store_page({storeId, CampaignId, ProviderId, AdProviderId}));
     return page;
+}
+
+QoroAppStoreMockViewController::~QoroAppStoreMockViewController()
+{
+    // Its window may go on with another page.
+    view().removeFromSuperview();
 }
 
 void QoroAppStoreMockViewController::dismissViewController(bool animated, std::function<void()> completion)
 {
     Platform::current().tell("kit", {{"do", "store.dismiss"}});
     UIViewController::dismissViewController(animated, std::move(completion));
+    screen_ = nullptr;
 }
 
 void QoroAppStoreMockViewController::dismissed_by_viewer()

@@ -351,8 +351,10 @@ void QoroPhoneGapViewController::closeInAppApplication()
     // The manager keeps the screen alive as long as it is known; it goes once nothing here needs it.
     const auto closed = std::move(openInAppApplicationViewController);
     openInAppApplicationViewController = nullptr;
-    if (closed)
-        QoroAdManager::sharedInstance().forget_extra_view(closed.get());
+    if (!closed)
+        return;
+    closed->leave();
+    QoroAdManager::sharedInstance().forget_extra_view(closed.get());
 }
 
 // The ad's players never enter the system's own full screen, so there is nothing to take back from it.

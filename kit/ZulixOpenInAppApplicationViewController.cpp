@@ -1,6 +1,12 @@
 #include "platform/ZulixOpenInAppApplicationViewController.h"
 
+#include "kit/PageScreen.h"
+#include "kit/WebText.h"
+#include "platform/QoroAdManager.h"
 #include "platform/QoroPhoneGapViewController.h"
+#include "views/ViewNode.h"
+
+#include <string>
 
 namespace qoro
 {
@@ -14,18 +20,80 @@ std::shared_ptr<ZulixOpenInAppApplicationViewController> ZulixOpenInAppApplicati
 void ZulixOpenInAppApplicationViewController::sendSmsMsg(const NSString& number, const NSString& smsBody)
 {
     Platform::current().tell("kit", {{"do", "sendSms"}, {"number", number}, {"body", smsBody}});
+    wait_for(message_address(number, smsBody));
 }
 
 void ZulixOpenInAppApplicationViewController::open_store(const NSString& url, std::int32_t downloadId)
 {
     Platform::current().tell("kit", {{"do", "openStore"}, {"url", url}, {"id", downloadId}});
+    if (url)
+        wait_for(NSURL::URLWithString(url));
+    else
+        show_store_page(downloadId);
+}
+
+void ZulixOpenInAppApplicationViewController::wait_for(const NSURL& address)
+{
+    const auto self = std::static_pointer_cast<ZulixOpenInAppApplicationViewController>(shared_from_this());
+    Platform::current().device().open_and_wait(address, [weak = std::weak_ptr(self)] {
+        if (const auto screen = weak.lock())
+            screen->returned();
+    });
+}
+
+void ZulixOpenInAppApplicationViewController::returned()
+{
+    has_returned_ = true;
+    if (covered_)
+        return;
+    // By now another sheet may be open, or the ad have closed: this one's end is no longer news.
+    const auto parent = parent_.lock();
+    if (parent && parent->openInAppApplicationViewController.get() == this && parent->dicEventListener)
+        finished();
+}
+
+void ZulixOpenInAppApplicationViewController::set_covered(bool covered)
+{
+    covered_ = covered;
+    if (!covered && has_returned_)
+        returned();
+}
+
+void ZulixOpenInAppApplicationViewController::show_store_page(std::int32_t item)
+{
+    screen_ = nullptr;
+    loadView();
+    view().setBackgroundColor(UIColor::whiteColor());
+    view().node()->fills_parent = true;
+    const auto self = std::static_pointer_cast<ZulixOpenInAppApplicationViewController>(shared_from_this());
+    screen_ =
+        PageScreen::create(view(), {.bar = PageScreen::Bar::Title, .progress = true}, [weak = std::weak_ptr(self)] {
+            if (const auto screen = weak.lock())
+                screen->finished();
+        });
+    const NSString id = item == 0 ? NSString() : NSString(std::to_string(item));
+    screen_->show_address(QoroAdManager::sharedInstance().store_page({id, nullptr, nullptr, nullptr}));
+    const auto parent = parent_.lock();
+    if (!parent)
+        return;
+    present_over(view(), parent->view());
+    // The ad stands in no window: the page must be seen all the same, or nothing would ever end it.
+    if (!view().superview())
+        present_over(view(), parent->windowDefaultWindow);
 }
 
 void ZulixOpenInAppApplicationViewController::finished()
 {
     const std::shared_ptr<Object> held = weak_from_this().lock();
+    leave();
     if (const auto parent = parent_.lock())
         parent->closeInAppApplication();
+}
+
+void ZulixOpenInAppApplicationViewController::leave()
+{
+    screen_ = nullptr;
+    end_presentation_of(view());
 }
 
 } // namespace qoro

@@ -28,6 +28,17 @@ struct QoroAdRequest {
     NSError error;
 };
 
+/// Shows an item by its AppStream identifier, where the host has no store of its own.
+inline constexpr const char* DefaultStorePage = "https://flathub.org/apps/{id}";
+
+/// A store's item, and what the store is to be told. Any of them may be null.
+struct StoreItem {
+    NSString id;
+    NSString campaign;
+    NSString provider;
+    NSString ad_provider;
+};
+
 /// The kit's shared manager: requests, the log, facts of the device. One per platform.
 class QoroAdManager
 {
@@ -54,8 +65,15 @@ public:
     void forget_extra_view(const UIViewController* controller);
     std::size_t extra_view_count() const { return extra_views_.size(); }
 
+    /// Says which address shows a store's item: {id}, {campaign}, {provider} and {adProvider} stand for an item's own,
+    /// as parts of an address; what an item lacks is empty.
+    void set_store_page(std::string pattern) { store_page_ = std::move(pattern); }
+    /// The address that shows an item; null for an item without an id.
+    NSURL store_page(const StoreItem& item) const;
+
 private:
     std::vector<std::shared_ptr<UIViewController>> extra_views_;
+    std::string store_page_ = DefaultStorePage;
 };
 
 } // namespace qoro

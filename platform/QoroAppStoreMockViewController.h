@@ -5,6 +5,7 @@
 namespace qoro
 {
 
+class PageScreen;
 class QoroAppStoreMockViewController;
 
 class QoroAppStoreMockViewControllerDelegate
@@ -15,7 +16,8 @@ public:
     virtual void didDismissStoreViewController(const std::shared_ptr<QoroAppStoreMockViewController>& page) = 0;
 };
 
-/// The kit's store product page.
+/// The kit's store product page, with a bar to dismiss it. Which address shows an item is the host's to say
+/// (QoroAdManager::set_store_page).
 class QoroAppStoreMockViewController : public UIViewController
 {
 public:
@@ -24,6 +26,8 @@ public:
                                                                            const NSString& CampaignId,
                                                                            const NSString& ProviderId,
                                                                            const NSString& AdProviderId);
+
+    ~QoroAppStoreMockViewController() override;
 
     /// Held weakly; null clears it.
     void setDelegate(const std::weak_ptr<QoroAppStoreMockViewControllerDelegate>& delegate) { delegate_ = delegate; }
@@ -34,6 +38,7 @@ public:
 
 private:
     std::weak_ptr<QoroAppStoreMockViewControllerDelegate> delegate_;
+    std::shared_ptr<PageScreen> screen_;
 };
 
 } // namespace qoro

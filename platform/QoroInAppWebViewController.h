@@ -5,6 +5,7 @@
 namespace qoro
 {
 
+class PageScreen;
 class QoroPhoneGapViewController;
 class QoroAdDelegate;
 
@@ -13,6 +14,7 @@ class QoroInAppWebViewController : public UIViewController
 {
 public:
     static std::shared_ptr<QoroInAppWebViewController> create();
+    ~QoroInAppWebViewController() override;
 
     /// Ends the browser without telling its delegate.
     void closeAction();
@@ -29,10 +31,10 @@ public:
     void setSeqNo(std::int32_t number) { iSeqNo = number; }
     void setTheRootView(const std::shared_ptr<UIViewController>& root) { rootViewController = root; }
 
-    /// Opens a page and shows it over the ad.
+    /// Opens a page and shows it over the ad, in the size that is given.
     /// @param url the page's address; null for none
     /// @param withHtml the page itself instead of an address; null for none
-    /// @param customClose whether the page draws its own close control
+    /// @param customClose whether the page draws its own close control; its top right corner closes all the same
     /// @param Delegate is told when the viewer closes the browser (closeInAppWebView); held weakly
     void expand(const NSString& url, const NSString& withHtml, bool customClose, double customHeight,
                 double customWidth, const std::shared_ptr<QoroPhoneGapViewController>& Delegate,
@@ -54,6 +56,7 @@ private:
     void leave();
 
     std::weak_ptr<QoroPhoneGapViewController> opener_;
+    std::shared_ptr<PageScreen> screen_;
 };
 
 } // namespace qoro

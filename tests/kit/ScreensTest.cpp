@@ -1,8 +1,11 @@
+#include "kit/PageScreen.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/QoroInAppWebViewController.h"
 #include "platform/QoroPhoneGapViewController.h"
 #include "platform/ZulixOpenInAppApplicationViewController.h"
 #include "tests/support/RecordingPlatform.h"
+#include "tests/support/Views.h"
+#include "views/ViewNode.h"
 
 #include <gtest/gtest.h>
 
@@ -101,7 +104,208 @@ TEST_F(ScreensTest, ABrowserWhoseAdIsGoneTellsNobody)
     EXPECT_EQ(opener->browsers_closed, 0);
 }
 
+TEST_F(ScreensTest, ABrowserLoadsItsPageUnseenByTheWitness)
+{
+    const auto browser = QoroInAppWebViewController::create();
+    platform.transcript.clear();
+
+    browser->expand("http://shop/", nullptr, false, 812, 375, opener, UIColor());
+
+    EXPECT_EQ(platform.web->address.absoluteString(), "http://shop/");
+    EXPECT_EQ(platform.transcript.size(), 1U) << "the expansion alone";
+}
+
+TEST_F(ScreensTest, ABrowserShowsAPageThatItIsGivenInsteadOfAnAddress)
+{
+    const auto browser = QoroInAppWebViewController::create();
+
+    browser->expand(nullptr, "<p>hello", false, 812, 375, opener, UIColor());
+
+    EXPECT_EQ(platform.web->html, "<p>hello");
+}
+
+TEST_F(ScreensTest, ATapOnTheBrowsersWayOutClosesIt)
+{
+    opener->windowTempWindow = UIWindow::create({0, 0, 375, 812});
+    opener->windowTempWindow.makeKeyAndVisible();
+    const auto browser = QoroInAppWebViewController::create();
+    browser->expand("http://shop/", nullptr, false, 812, 375, opener, UIColor());
+
+    touch(platform, {355, 20});
+
+    EXPECT_EQ(opener->browsers_closed, 1);
+    EXPECT_FALSE(browser->view().superview());
+    EXPECT_EQ(platform.web, nullptr) << "its page is silent";
+}
+
+TEST_F(ScreensTest, ABrowserMovedToAnotherWindowIsLeftThere)
+{
+    const UIWindow host = UIWindow::create({0, 0, 375, 812});
+    host.makeKeyAndVisible();
+    const auto browser = QoroInAppWebViewController::create();
+    browser->setBIsUseNavigationBar(true);
+    browser->expand("http://shop/", nullptr, false, 812, 375, opener, UIColor());
+    browser->view().removeFromSuperview();
+    host.addSubview(browser->view());
+    platform.device_orientation = UIDeviceOrientationLandscapeRight;
+    platform.device_orientation_changed();
+
+    touch(platform, {20, 20});
+
+    EXPECT_EQ(opener->browsers_closed, 1);
+}
+
+TEST_F(ScreensTest, ABrowserThatGoesTakesItsViewAlong)
+{
+    const UIWindow host = UIWindow::create({0, 0, 375, 812});
+    auto browser = QoroInAppWebViewController::create();
+    browser->expand("http://shop/", nullptr, false, 812, 375, opener, UIColor());
+    host.addSubview(browser->view());
+
+    browser = nullptr;
+
+    EXPECT_TRUE(host.subviews().empty());
+}
+
 // -------------------------------------------------------------------------------------------------- application sheets
+
+struct SheetTest : ScreensTest {
+    SheetTest()
+    {
+        opener->init();
+        opener->loadView();
+        opener->windowTempWindow = UIWindow::create({0, 0, 375, 812});
+        opener->windowTempWindow.makeKeyAndVisible();
+        opener->windowTempWindow.addSubview(opener->view());
+        opener->openInAppApplicationViewController = sheet;
+        sheet->setParentViewController(opener);
+    }
+
+    std::shared_ptr<ZulixOpenInAppApplicationViewController> sheet = ZulixOpenInAppApplicationViewController::create();
+};
+
+TEST_F(SheetTest, AMessageIsHandedToTheSystemsProgram)
+{
+    sheet->sendSmsMsg("tel:+15551234", "Hi & bye");
+
+    EXPECT_EQ(platform.opened, Texts{"sms:+15551234?body=Hi%20%26%20bye"});
+    EXPECT_EQ(opener->applications_closed, 0) << "the viewer is still writing";
+
+    platform.return_of_viewer();
+    EXPECT_EQ(opener->applications_closed, 1);
+}
+
+TEST_F(SheetTest, TheEndOfAMessageWaitsForTheBrowserThatLiesOverIt)
+{
+    sheet->sendSmsMsg("tel:1", nullptr);
+    const auto browser = QoroInAppWebViewController::create();
+    browser->expand("http://shop/", nullptr, false, 812, 375, opener, UIColor());
+
+    platform.return_of_viewer();
+    EXPECT_EQ(opener->applications_closed, 0);
+
+    browser->closed_by_viewer();
+    EXPECT_EQ(opener->browsers_closed, 1);
+    EXPECT_EQ(opener->applications_closed, 1);
+}
+
+TEST_F(SheetTest, ABrowserThatClosesWhileTheViewerStillWritesEndsNoMessage)
+{
+    sheet->sendSmsMsg("tel:1", nullptr);
+    const auto browser = QoroInAppWebViewController::create();
+    browser->expand("http://shop/", nullptr, false, 812, 375, opener, UIColor());
+
+    browser->closed_by_viewer();
+    EXPECT_EQ(opener->applications_closed, 0);
+
+    platform.return_of_viewer();
+    EXPECT_EQ(opener->applications_closed, 1);
+}
+
+TEST_F(SheetTest, TheEndOfAMessageIsNoNewsToAnAdWithAnotherSheet)
+{
+    sheet->sendSmsMsg("tel:1", nullptr);
+    opener->openInAppApplicationViewController = ZulixOpenInAppApplicationViewController::create();
+
+    platform.return_of_viewer();
+
+    EXPECT_EQ(opener->applications_closed, 0);
+}
+
+TEST_F(SheetTest, TheEndOfAMessageIsNoNewsToAnAdThatHasClosed)
+{
+    sheet->sendSmsMsg("tel:1", nullptr);
+    opener->dicEventListener = nullptr;
+
+    platform.return_of_viewer();
+
+    EXPECT_EQ(opener->applications_closed, 0);
+}
+
+TEST_F(SheetTest, TheEndOfAMessageAfterItsSheetIsLost)
+{
+    sheet->sendSmsMsg("tel:1", nullptr);
+    opener->openInAppApplicationViewController = nullptr;
+    sheet = nullptr;
+
+    platform.return_of_viewer();
+
+    EXPECT_EQ(opener->applications_closed, 0);
+}
+
+TEST_F(SheetTest, AStoresAddressIsOpenedByTheSystem)
+{
+    sheet->open_store("https://store.example/42", 7);
+
+    EXPECT_EQ(platform.opened, Texts{"https://store.example/42"});
+    EXPECT_EQ(PageScreen::topmost(platform), nullptr);
+
+    platform.return_of_viewer();
+    EXPECT_EQ(opener->applications_closed, 1);
+}
+
+TEST_F(SheetTest, AnItemsPageLiesOverTheAdUntilTheViewerClosesIt)
+{
+    sheet->open_store(nullptr, 42);
+    EXPECT_EQ(platform.web->address.absoluteString(), "https://flathub.org/apps/42");
+    EXPECT_EQ(platform.opened, Texts{});
+
+    opener->windowTempWindow.addSubview(UIView::create()); // the ad's layout goes on beneath
+    touch(platform, {355, 20});
+
+    EXPECT_EQ(opener->applications_closed, 1);
+    EXPECT_FALSE(sheet->view().superview());
+    EXPECT_EQ(platform.web, nullptr);
+}
+
+TEST_F(SheetTest, AnItemsPageOverAnAdInNoWindowLiesOverTheHost)
+{
+    opener->view().removeFromSuperview();
+    opener->windowDefaultWindow = UIWindow::create({0, 0, 375, 812});
+    opener->windowDefaultWindow.setHidden(false);
+
+    sheet->open_store(nullptr, 42);
+
+    EXPECT_EQ(sheet->view().superview(), opener->windowDefaultWindow);
+}
+
+TEST_F(SheetTest, AnItemWithoutANumberIsSaidToHaveNoPage)
+{
+    sheet->open_store(nullptr, 0);
+
+    EXPECT_FALSE(platform.web->address);
+    EXPECT_NE(PageScreen::topmost(platform), nullptr);
+}
+
+TEST_F(SheetTest, AnAdThatClosesItsSheetTakesThePageOffTheScreen)
+{
+    sheet->open_store(nullptr, 42);
+
+    opener->QoroPhoneGapViewController::closeInAppApplication();
+
+    EXPECT_FALSE(sheet->view().superview());
+    EXPECT_EQ(PageScreen::topmost(platform), nullptr);
+}
 
 TEST_F(ScreensTest, AnApplicationScreenTellsItsSheets)
 {
@@ -127,6 +331,71 @@ TEST_F(ScreensTest, AnApplicationScreenThatEndsTellsItsParentWhileItHasOne)
 }
 
 // --------------------------------------------------------------------------------------------------------- store page
+
+TEST_F(ScreensTest, AStorePageShowsItsItemWhereTheHostSays)
+{
+    QoroAdManager::sharedInstance().set_store_page(
+        "http://store.example/{id}?again={id}&c={campaign}&p={provider}&a={adProvider}");
+
+    const auto page = QoroAppStoreMockViewController::initWithStoreId("a b/c", "{id}", nullptr, "x&y");
+
+    EXPECT_EQ(platform.web->address.absoluteString(),
+              "http://store.example/a%20b%2Fc?again=a%20b%2Fc&c=%7Bid%7D&p=&a=x%26y");
+}
+
+TEST_F(ScreensTest, AStorePageWithoutAnAddressOfTheHostsIsTheUsualOne)
+{
+    const auto page = QoroAppStoreMockViewController::initWithStoreId("org.example.Lamps", nullptr, nullptr, nullptr);
+
+    EXPECT_EQ(platform.web->address.absoluteString(), "https://flathub.org/apps/org.example.Lamps");
+}
+
+TEST_F(ScreensTest, AStorePageFillsItsWindowAndFollowsIt)
+{
+    const UIWindow window = UIWindow::create();
+    const auto delegate = std::make_shared<StoreDelegate>();
+    const auto page = QoroAppStoreMockViewController::initWithStoreId("42", nullptr, nullptr, nullptr);
+    page->setDelegate(delegate);
+    window.setRootViewController(page);
+    window.makeKeyAndVisible();
+    EXPECT_EQ(page->view().frame(), (CGRect{0, 0, 375, 812})) << "a window without a frame fills the screen";
+
+    window.setFrame({0, 255, 375, 557});
+    EXPECT_EQ(page->view().frame(), (CGRect{0, 0, 375, 557}));
+    touch(platform, {355, 275});
+
+    EXPECT_EQ(delegate->dismissed, page);
+}
+
+TEST_F(ScreensTest, AStorePageThatGivesWayToAnotherLeavesItsWindow)
+{
+    const UIWindow window = UIWindow::create();
+    window.setRootViewController(QoroAppStoreMockViewController::initWithStoreId("42", nullptr, nullptr, nullptr));
+    window.setRootViewController(QoroAppStoreMockViewController::initWithStoreId("43", nullptr, nullptr, nullptr));
+
+    EXPECT_EQ(window.subviews(), std::vector<UIView>{window.rootViewController()->view()});
+}
+
+TEST_F(ScreensTest, APresentedStorePageLiesOverAllThatIsAddedLater)
+{
+    const auto delegate = std::make_shared<StoreDelegate>();
+    opener->loadView();
+    const UIWindow window = UIWindow::create({0, 0, 768, 1024});
+    window.makeKeyAndVisible();
+    window.addSubview(opener->view());
+    const auto page = QoroAppStoreMockViewController::initWithStoreId("42", nullptr, nullptr, nullptr);
+    page->setDelegate(delegate);
+
+    opener->presentViewController(page, true, nullptr);
+    const UIView later = UIView::create();
+    later.setFrame({0, 0, 768, 1024});
+    window.addSubview(later);
+    touch(platform, {748, 20});
+
+    EXPECT_EQ(delegate->dismissed, page);
+    page->dismissViewController(true, nullptr);
+    EXPECT_FALSE(page->view().superview());
+}
 
 TEST_F(ScreensTest, AStorePageTellsItsIdsAndItsPresentation)
 {
