@@ -173,10 +173,14 @@ bool Player::key_pressed(unsigned keyval)
         return true;
     case GDK_KEY_h:
     case GDK_KEY_H:
+        // A page over the ad may have something to be written into.
+        if (session_->has_screen())
+            return false;
         leave_or_return(!is_away_);
         return true;
     case GDK_KEY_Escape:
-        close_ad();
+        if (!session_->leave_screen())
+            close_ad();
         return true;
     default:
         return false;

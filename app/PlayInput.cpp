@@ -81,6 +81,8 @@ PlayInput read_play_input(const PlayOptions& options)
     choose_device(options, surroundings);
     if (options.locked_landscape)
         lock_to_landscape(surroundings);
+    if (!options.store_page.empty())
+        surroundings.host.store_page = options.store_page;
     input.platform = platform_options(options, surroundings);
     input.host = surroundings.host;
     input.orientation = device_orientation(options.orientation).value_or(UIDeviceOrientationPortrait);

@@ -1,6 +1,7 @@
 #include "app/PlayOptions.h"
 
 #include "platform/UIKit.h"
+#include "session/Host.h"
 
 #include <CLI/CLI.hpp>
 
@@ -74,6 +75,13 @@ std::string check_orientation(const std::string& name)
     return "expected one of portrait, upside-down, landscape-left, landscape-right, got \"" + name + "\"";
 }
 
+std::string check_store_page(const std::string& pattern)
+{
+    return is_store_page(pattern)
+               ? ""
+               : "expected an address that begins with http:// or https://, with {id} in it, got \"" + pattern + "\"";
+}
+
 std::string check_seconds(const std::string& text)
 {
     double number = 0;
@@ -101,6 +109,11 @@ void add_play_options(CLI::App& command, PlayOptions& options)
     command.add_flag("--locked-landscape", options.locked_landscape, "The host application is locked to landscape");
     command.add_option("--host", options.host_file, "The device and the host around the ad: a JSON file")
         ->type_name("FILE");
+    command
+        .add_option("--store-page", options.store_page,
+                    "The address at which the host's store shows an item, {id} being the item's")
+        ->type_name("ADDRESS")
+        ->check(CLI::Validator(check_store_page, ""));
     command.add_flag("--mute-output", options.mute_output, "Play without a sound; the ad's volume works all the same");
     command.add_flag("--system-volume", options.system_volume,
                      "The ad's volume is the machine's, not only this program's");

@@ -26,6 +26,8 @@ struct PlayOptions {
     bool locked_landscape = false;
     /// Empty for none, like every file below.
     std::string host_file;
+    /// Empty for the host file's, or the usual one.
+    std::string store_page;
     bool mute_output = false;
     bool system_volume = false;
     bool no_web_sandbox = false;

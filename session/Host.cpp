@@ -3,6 +3,13 @@
 namespace qoro
 {
 
+bool is_store_page(const std::string& pattern)
+{
+    QoroAdManager with_pattern;
+    with_pattern.set_store_page(pattern);
+    return pattern.find("{id}") != std::string::npos && with_pattern.store_page({"id", "", "", ""}).is_web();
+}
+
 void ParentController::clickRequester()
 {
     platform().tell("parent", {{"do", "clickRequester"}});

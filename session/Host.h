@@ -1,11 +1,13 @@
 #pragma once
 
 #include "platform/Geometry.h"
+#include "platform/QoroAdManager.h"
 #include "platform/QoroPhoneGapViewController.h"
 #include "platform/Value.h"
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace qoro
@@ -39,7 +41,12 @@ struct HostSetup {
     std::int32_t sequence = 7;
     /// Path of the kit's script library, as a page names it.
     NSString script = "kit://script.js";
+    /// Which address shows a store's item, as QoroAdManager::set_store_page takes it.
+    std::string store_page = DefaultStorePage;
 };
+
+/// Whether a text says which address shows a store's item: one on the web that names the item.
+bool is_store_page(const std::string& pattern);
 
 /// The ad controller that opened the ad: it only tells what it is asked.
 class ParentController final : public QoroPhoneGapViewController

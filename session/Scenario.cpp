@@ -107,10 +107,19 @@ void read_delegates(const Reader& delegates, HostSetup& setup)
     }
 }
 
+std::string read_store_page(const Reader& page)
+{
+    const std::string expected = "an address that begins with http:// or https://, with {id} in it";
+    const std::string& pattern = page.text(expected);
+    if (!is_store_page(pattern))
+        page.refuse(expected);
+    return pattern;
+}
+
 HostSetup read_host(const Reader& host)
 {
     host.with_keys({"autorotates", "rootView", "keyWindow", "parent", "parentWindow", "delegates", "flags", "guid",
-                    "session", "sequence", "script", "cached"});
+                    "session", "sequence", "script", "storePage", "cached"});
     HostSetup setup;
     if (const auto orientations = host.at("autorotates")) {
         setup.autorotates.clear();
@@ -137,6 +146,8 @@ HostSetup read_host(const Reader& host)
         setup.sequence = sequence->whole();
     if (const auto script = host.at("script"))
         setup.script = script->text_or_null();
+    if (const auto page = host.at("storePage"))
+        setup.store_page = read_store_page(*page);
     return setup;
 }
 

@@ -1,5 +1,6 @@
 #include "session/Session.h"
 
+#include "kit/PageScreen.h"
 #include "session/Fields.h"
 #include "session/Operations.h"
 #include "session/Snapshot.h"
@@ -57,6 +58,7 @@ void Session::make_host(const HostSetup& host)
         host_window_.makeKeyAndVisible();
     else
         host_window_.setHidden(false);
+    QoroAdManager::sharedInstance().set_store_page(host.store_page);
     if (host.parent)
         parent_ = std::make_shared<ParentController>();
     if (host.delegate)
@@ -97,6 +99,19 @@ void Session::open(float y)
 {
     if (const auto controller = controller_)
         controller->openInAppVideoView(ad_, y);
+}
+
+bool Session::leave_screen()
+{
+    const auto screen = PageScreen::topmost(platform_);
+    if (screen)
+        platform_.dispatch([&] { screen->close(); });
+    return screen != nullptr;
+}
+
+bool Session::has_screen() const
+{
+    return PageScreen::topmost(platform_) != nullptr;
 }
 
 void Session::release()

@@ -45,6 +45,7 @@ TEST(Scenario, LeavesEverythingButAdAndStepsAtItsDefault)
     EXPECT_EQ(scenario.host.session, 1700000000.0);
     EXPECT_EQ(scenario.host.sequence, 7);
     EXPECT_EQ(scenario.host.script, NSString("kit://script.js"));
+    EXPECT_EQ(scenario.host.store_page, "https://flathub.org/apps/{id}");
     EXPECT_FALSE(scenario.world.video.manual);
     EXPECT_EQ(scenario.world.video.duration, 30);
     EXPECT_EQ(scenario.world.video.load_after, 0.3);
@@ -98,6 +99,17 @@ TEST(Scenario, ReadsTheHost)
     EXPECT_EQ(scenario.host.session, 12.5);
     EXPECT_EQ(scenario.host.sequence, 9);
     EXPECT_EQ(scenario.world.cached.at("http://ad/v.mp4"), "/cache/v.mp4");
+}
+
+TEST(Scenario, ReadsWhereTheHostsStoreIs)
+{
+    EXPECT_EQ(read(R"("host": {"storePage": "http://store.example/?item={id}"},)").host.store_page,
+              "http://store.example/?item={id}");
+    EXPECT_EQ(complaint_about(R"({"host": {"storePage": "file:///{id}"}, "ad": {}, "steps": []})"),
+              "scenario.json: /host/storePage: expected an address that begins with http:// or https://, with {id} in "
+              "it, got \"file:///{id}\"");
+    EXPECT_NE(complaint_about(R"({"host": {"storePage": "http://store.example/"}, "ad": {}, "steps": []})"), "");
+    EXPECT_NE(complaint_about(R"({"host": {"storePage": null}, "ad": {}, "steps": []})"), "");
 }
 
 TEST(Scenario, ReadsWhatAddressesAnswer)

@@ -89,3 +89,12 @@ TEST_F(PlayInputTest, TheAdsFolderIsTheOneItsFileIsIn)
 {
     EXPECT_EQ(read_play_input(options).folder + "/ad.json", options.ad_file);
 }
+
+TEST_F(PlayInputTest, AStorePageOnTheCommandLineGoesBeforeTheHostFiles)
+{
+    EXPECT_EQ(read_play_input(options).host.store_page, "https://flathub.org/apps/{id}");
+    options.host_file = folder.write("host.json", R"({"host": {"storePage": "http://host.example/{id}"}})");
+    EXPECT_EQ(read_play_input(options).host.store_page, "http://host.example/{id}");
+    options.store_page = "http://line.example/{id}";
+    EXPECT_EQ(read_play_input(options).host.store_page, "http://line.example/{id}");
+}
