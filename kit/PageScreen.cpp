@@ -35,6 +35,8 @@ constexpr double NoticeSize = 16;
 
 /// NSTextAlignmentCenter
 constexpr int Centered = 1;
+/// NSLineBreakByTruncatingHead
+constexpr int CutAtStart = 3;
 /// NSLineBreakByTruncatingTail
 constexpr int CutAtEnd = 4;
 /// UIWebViewNavigationTypeLinkClicked
@@ -316,6 +318,16 @@ void PageScreen::tell_viewer(const char* text)
     notice_.setHidden(false);
 }
 
+/// A host that is too long is cut at its start: its end says whose it is.
+void PageScreen::show_in_field(const std::string& address)
+{
+    constexpr CGSize Unbounded{1e6, 1e6};
+    const std::string host = address.substr(0, address.find_first_of("/?#"));
+    const bool fits = sizeWithFont(host, text_.font(), Unbounded).width <= text_.bounds().width;
+    text_.setLineBreakMode(fits ? CutAtEnd : CutAtStart);
+    text_.setText(fits ? address : host);
+}
+
 void PageScreen::update()
 {
     const WebEngine* engine = page_.engine();
@@ -327,7 +339,7 @@ void PageScreen::update()
         set_usable(forward_, Symbol::Forward, state.can_go_forward);
         const Symbol lock = state.secure ? Symbol::Lock : Symbol::OpenLock;
         set_symbol(lock_, state.has_content ? lock : Symbol::None, state.secure ? InkColor : FaintColor);
-        text_.setText(shown_address(state.address));
+        show_in_field(shown_address(state.address));
     } else {
         text_.setText(state.title.empty() ? screen_texts::Store : state.title);
     }

@@ -5,6 +5,7 @@
 
 #include <functional>
 #include <memory>
+#include <string>
 
 namespace qoro
 {
@@ -67,6 +68,7 @@ private:
     void follow();
     void lay_out();
     void update();
+    void show_in_field(const std::string& address);
     void tell_viewer(const char* text);
     bool is_seen() const;
 

@@ -294,6 +294,27 @@ TEST_F(PageScreenTest, TheNavigationBarShowsTheAddressAndWhetherItIsSafe)
     EXPECT_FALSE(shows(Symbol::Lock));
 }
 
+TEST_F(PageScreenTest, AHostThatDoesNotFitShowsItsEndAlone)
+{
+    open({.bar = Bar::Navigation});
+    int cut = 0;
+    const auto look = [&] {
+        walk(window, [&](const ViewNode& node) {
+            if (node.kind == ViewNode::Kind::Label && node.text)
+                cut = node.line_break_mode;
+        });
+        return cut;
+    };
+
+    page_is({.address = url("http://shop.example/a/long/way/to/the/lamps")});
+    EXPECT_EQ(texts(), Texts{"shop.example/a/long/way/to/the/lamps"});
+    EXPECT_EQ(look(), 4) << "cut at its end";
+
+    page_is({.address = url("http://www.bank.example.evil.example/login")});
+    EXPECT_EQ(texts(), Texts{"www.bank.example.evil.example"});
+    EXPECT_EQ(look(), 3) << "cut at its start";
+}
+
 TEST_F(PageScreenTest, EveryButtonIsLargeEnoughForAFinger)
 {
     open({.bar = Bar::Navigation});
