@@ -341,5 +341,14 @@ TEST(AdActionView, WithoutAScreenTheWindowHasNoSize)
     session->removeTempWindow();
 }
 
+TEST(ActionButtons, ATitleOfOneLetterIsATitle)
+{
+    AdSession session;
+    session.ad().arrayButtonsInfo = {NSDictionary{{"btn_text", "X"}}};
+    session.open();
+
+    EXPECT_EQ(session->btnActionOne.title(), "X");
+}
+
 } // namespace
 } // namespace qoro

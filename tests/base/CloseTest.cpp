@@ -652,5 +652,17 @@ TEST(RemoveBtnClose, ALandscapeArrangementOfTheVideoAloneHasNoButtonThatHidesIt)
     EXPECT_FALSE(session->btnClose.superview());
 }
 
+TEST(RemoveBtnClose, ALockedHostWithAnUprightStatusBarDoesNotCount)
+{
+    AdSession session;
+    has_hide_button(session);
+    session.open();
+    session->bIsLockOneSide = true;
+
+    session->removeBtnClose();
+
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
 } // namespace
 } // namespace qoro

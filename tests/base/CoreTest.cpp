@@ -6,6 +6,8 @@
 
 #include <gmock/gmock.h>
 
+#include <array>
+
 namespace qoro
 {
 namespace
@@ -535,6 +537,25 @@ TEST(Core, ThePageIsScaledToFitOnceTheViewHasLoaded)
     AdSession session;
 
     EXPECT_TRUE(session->webView().node()->scales_page_to_fit);
+}
+
+TEST(Core, BeforeItIsInitialisedAControllerHoldsNothing)
+{
+    AdSession session;
+    const auto made = QoroVideoWebViewController::create();
+
+    EXPECT_THAT(
+        (std::array{made->bIsPlay, made->bIsPlayFinish, made->bIsInitVideoBeginStep, made->bPlayNextVideo,
+                    made->bIsMute, made->bIsPortraitOnly, made->bIsPortraitNow, made->bOnlyOneSideVideo,
+                    made->bIsVideoOrientationLandscape, made->bHideVideoToShowWebViewInLandscapeMode,
+                    made->bHideVideoToShowWebViewInPortraitMode, made->bDefaultStatusBarHidden,
+                    made->bIsStopProgreeebar, made->bIsHideControlbutton, made->bIsUseVideoCustomClose,
+                    made->getBDoButtonAction(), made->getBIsOpenInAppApplication(), made->bGoOutApp, made->isShowMI}),
+        testing::Each(false));
+    EXPECT_THAT((std::array{made->fScreenWidth, made->fScreenHeight, made->fPortraitModeVideoPosY}),
+                testing::Each(0.0F));
+    EXPECT_EQ(made->changeModeOrientation, 0);
+    EXPECT_EQ(made->miWatchDog, 0);
 }
 
 } // namespace

@@ -199,5 +199,13 @@ TEST(Macros, ValuesAreNotEncoded)
     EXPECT_EQ(session->getTrackingUniqueInfo("?g={Zulix-Guid}"), "?g=a b&c");
 }
 
+TEST(Macros, AVideoOfLessThanASecondHasATotalTime)
+{
+    AdSession session;
+    session->fTotalTime = 0.5F;
+
+    EXPECT_EQ(session->getTrackingUniqueInfo("{TotalTime}"), "0.500000");
+}
+
 } // namespace
 } // namespace qoro

@@ -440,5 +440,16 @@ TEST(VolumeChanged, BeforeThePlumbingIsBuiltDoesNothing)
     EXPECT_TRUE(session->bIsMute);
 }
 
+TEST(TotalTime, OfLessThanASecondIsNotAskedForAgain)
+{
+    AdSession session;
+    session.open();
+    session->fTotalTime = 0.5F;
+    session.player_lasts(30);
+
+    EXPECT_EQ(session->getVideoTotalTime(), 0);
+    EXPECT_EQ(session->fTotalTime, 0.5F);
+}
+
 } // namespace
 } // namespace qoro

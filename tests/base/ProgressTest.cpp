@@ -439,5 +439,19 @@ TEST(TimeOffsets, WithoutMilestonesAreNeverSent)
     EXPECT_THAT(session.fetched(), IsEmpty());
 }
 
+TEST(Milestones, OfAVideoOfLessThanASecondAreSharesAllTheSame)
+{
+    AdSession session;
+    session.ad().dicTrackingUrls = {{"midpoint", NSArray::of_strings({"http://t/half"})}};
+    session.open();
+    session.plays(0.8);
+    session.player_is_at(0.5);
+    session.forget();
+
+    session->checkSendVideoTracking();
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://t/half"));
+}
+
 } // namespace
 } // namespace qoro

@@ -1,4 +1,5 @@
 #include "tests/support/AdSession.h"
+#include "tests/support/Allocations.h"
 #include "tests/support/Views.h"
 #include "views/ViewNode.h"
 
@@ -631,6 +632,20 @@ TEST(ButtonTitle, IsDecodedAndStyled)
     EXPECT_EQ(label.text_shadow_offset, (CGSize{0.5, 0.5}));
     EXPECT_EQ(button.node()->title_shadow_color, UIColor::colorWithRed(0, 0, 0, 0.3));
     EXPECT_TRUE(button.node()->shows_touch);
+}
+
+TEST(Tick, ThatChangesNothingVisibleAsksForNoMemory)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.pauses_at(3.2);
+    session->updateRemainderTime();
+    const std::size_t before = test::allocations_so_far();
+
+    session->updateRemainderTime();
+
+    EXPECT_EQ(test::allocations_so_far(), before);
 }
 
 } // namespace

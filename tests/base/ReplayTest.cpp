@@ -590,5 +590,19 @@ TEST(ReloadVideo, AfterAnEndTheBarsAreToHideToo)
     EXPECT_TRUE(session->timerSetControllerButtonHide.isValid());
 }
 
+TEST(VideoReplay, AnAddressOfOneCharacterCountsToo)
+{
+    HostApp host;
+    host.parent = true;
+    AdSession session(AdSession::manual_world(), host);
+    session.ad().arrayReplayTrackingUrls = {"c", "x"};
+    play_to_the_end(session);
+
+    session.tap(session->btnReplay);
+
+    EXPECT_THAT(session.fetched(), ElementsAre("x"));
+    EXPECT_THAT(session.lines("parent"), ElementsAre("clickRequester"));
+}
+
 } // namespace
 } // namespace qoro

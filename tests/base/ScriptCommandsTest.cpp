@@ -243,5 +243,16 @@ TEST(ScriptCommands, SuperfluousArgumentsAreIgnored)
     EXPECT_THAT(session.lines("player"), ElementsAre("seek 3"));
 }
 
+TEST(ScriptCommands, WithoutTheirArgumentsTheySayHowManyTheyTake)
+{
+    AdSession session;
+
+    EXPECT_EQ(session.script_says("addEventListener", {"video_play"}).error,
+              "addEventListener takes 2 arguments, not 1");
+    EXPECT_EQ(session.script_says("removeEventListener", {"video_play"}).error,
+              "removeEventListener takes 2 arguments, not 1");
+    EXPECT_EQ(session.script_says("setVideoSeekToTime").error, "setVideoSeekToTime takes 1 arguments, not 0");
+}
+
 } // namespace
 } // namespace qoro
