@@ -554,5 +554,18 @@ TEST(SidewaysButtonPosition, AHostLockedToPortraitIsSeenUpright)
     EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 762, 375, 50}));
 }
 
+TEST(ButtonBar, WithoutButtonsATitleThatIsLeftOverMovesNothing)
+{
+    AdSession session;
+    session.ad().arrayButtonsInfo = {NSDictionary{{"btn_text", "Buy"}}};
+    session.open();
+    session->buttonPosMode = {};
+    session->btnActionOne.setFrame({1, 2, 3, 4});
+
+    session->setButtonPosition();
+
+    EXPECT_EQ(session->btnActionOne.frame(), (CGRect{1, 2, 3, 4}));
+}
+
 } // namespace
 } // namespace qoro

@@ -593,5 +593,35 @@ TEST(CustomClose, TakesTheButtonAwayWithEachNewPicture)
     EXPECT_FALSE(session->btnClose.superview());
 }
 
+TEST(CloseButton, AVideoShorterThanTheCountdownCountsOnAfterItsEnd)
+{
+    AdSession session;
+    session.ad().iCloseBtnCountdown = 5;
+    session.open();
+    session.plays(1);
+    session.let_pass(1);
+    session.ends();
+    session->btnClose.setHidden(true);
+
+    session.let_pass(3);
+    EXPECT_TRUE(session->btnClose.isHidden());
+    session.let_pass(2);
+
+    EXPECT_FALSE(session->btnClose.isHidden());
+}
+
+TEST(CloseButton, IsOnAFullVideoOnADeviceHeldInLandscapeToo)
+{
+    AdSession session;
+    session.ad().portraitVideoPos = FULL;
+    session.rotate(UIDeviceOrientationLandscapeLeft);
+    session.open();
+
+    session->setPortraitModeScreen();
+
+    EXPECT_TRUE(session->bIsPortraitNow);
+    EXPECT_EQ(session->btnClose.superview(), session->qoroMoviePlayer.view());
+}
+
 } // namespace
 } // namespace qoro

@@ -330,5 +330,18 @@ TEST(LayoutFrames, ControlsAreSmallerInLandscape)
     EXPECT_EQ(controlSize(false), 44.0);
 }
 
+TEST(VideoAreaOf, AFullVideoInLandscapeOnAnUprightDeviceIsTurned)
+{
+    AreaConditions now = upright_screen();
+    now.portraitNow = false;
+    now.videoPosition = FULL;
+    now.fullScreen = true;
+
+    const VideoArea area = videoArea(now);
+
+    EXPECT_EQ(area.across, 812.0F);
+    EXPECT_EQ(area.down, 375.0F);
+}
+
 } // namespace
 } // namespace qoro

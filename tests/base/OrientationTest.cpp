@@ -673,5 +673,32 @@ TEST(StatusBarProbe, AnswersWhatTheApplicationSays)
     EXPECT_FALSE(shown->bDefaultStatusBarHidden);
 }
 
+TEST(CheckVideoSize, AnUprightDeviceWithoutAWideScreenIsInNoLockedHost)
+{
+    AdSession session;
+    session.open();
+    session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
+    session->bIsLockOneSide = false;
+    session->fScreenWidth = 375;
+    session->fScreenHeight = 812;
+
+    session->checkVideoSize();
+
+    EXPECT_FALSE(session->bIsLockOneSide);
+}
+
+TEST(CheckVideoSize, AWideScreenUnderAnUprightStatusBarIsInNoLockedHost)
+{
+    AdSession session;
+    session.open();
+    session->bIsLockOneSide = false;
+    session->fScreenWidth = 812;
+    session->fScreenHeight = 375;
+
+    session->checkVideoSize();
+
+    EXPECT_FALSE(session->bIsLockOneSide);
+}
+
 } // namespace
 } // namespace qoro

@@ -638,5 +638,20 @@ TEST(PortraitLayout, WithoutViewsThePageBeginsAtTheTop)
     EXPECT_EQ(session->miImageView.frame(), CGRect{});
 }
 
+TEST(PortraitLayout, BeforeIOS8AFullVideoInALockedHostIsNotTurnedBack)
+{
+    World world = AdSession::manual_world();
+    world.device.facts.ios8 = false;
+    AdSession session(world);
+    session.ad().portraitVideoPos = FULL;
+    session.open();
+    session->bIsLockOneSide = true;
+    session->bIsLockOneSideAndIsPortrait = false;
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session->webView().transform().angle, 0);
+}
+
 } // namespace
 } // namespace qoro

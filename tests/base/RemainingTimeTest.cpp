@@ -648,5 +648,21 @@ TEST(Tick, ThatChangesNothingVisibleAsksForNoMemory)
     EXPECT_EQ(test::allocations_so_far(), before);
 }
 
+TEST(RemainingTimeLabel, InALockedHostOnADeviceUpsideDownItStandsOnTheScreensHeight)
+{
+    AdSession session;
+    session.open();
+    session.plays();
+    session.rotate(UIDeviceOrientationPortraitUpsideDown);
+    session->bIsLockOneSide = true;
+    session->bIsFullScreen = true;
+    session->bIsLockOneSideAndIsLandscape = false;
+
+    session->updateRemainderTime();
+
+    const CGRect label = session->labelRemainderTime.frame();
+    EXPECT_EQ(label.y + label.height, session->getCurrnetScreenSize().height - 10.5);
+}
+
 } // namespace
 } // namespace qoro

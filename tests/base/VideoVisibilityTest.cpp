@@ -474,5 +474,21 @@ TEST(Spinner, AVideoWithoutAMeasureHasOneAtTheCorner)
     EXPECT_THAT(session.transcript(), ElementsAre("super showProgressbar 167 0"));
 }
 
+TEST(ShowingTheVideo, LeavesThePortraitFlagOfAVideoThatIsNotFull)
+{
+    AdSession session;
+    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+    session.ad().portraitModeType = VIDEO_AND_WEBVIEW;
+    session.ad().portraitVideoPos = TOP;
+    session.open();
+    session->qoroMoviePlayer.view().setHidden(true);
+    session->bHideVideoToShowWebViewInPortraitMode = true;
+
+    session->setVideoVisible();
+
+    EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
+    EXPECT_TRUE(session->bHideVideoToShowWebViewInPortraitMode);
+}
+
 } // namespace
 } // namespace qoro
