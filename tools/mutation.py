@@ -416,9 +416,7 @@ def reach(program, scratch):
             start = {int(number) for number in numbers}
         else:
             tests.append((name, int(milliseconds), {int(number) for number in numbers}))
-    # What a table holds was read before the first test; any test may depend on it.
-    in_process = [(name, cost, numbers) for name, cost, numbers in tests]
-    return start, sorted(in_process, key=lambda test: test[1])
+    return start, sorted(tests, key=lambda test: test[1])
 
 
 def run(tree, program, jobs=os.cpu_count()):
@@ -427,6 +425,7 @@ def run(tree, program, jobs=os.cpu_count()):
     with tempfile.TemporaryDirectory() as folder:
         scratch = Path(folder)
         start, tests = reach(program, scratch)
+        # What a table holds was read before the first test; any test may depend on it.
         everything = [(name, cost) for name, cost, numbers in tests if numbers]
 
         def judge(mutant):
@@ -471,9 +470,11 @@ def run(tree, program, jobs=os.cpu_count()):
     if not chosen:
         for key in reasons.keys() - used:
             print(f"{EQUIVALENT.name}: no such survivor: {' | '.join(key)}")
-    share = 100 * counts["caught"] / max(1, len(wanted))
-    print(f"{len(wanted)} mutants, {counts['caught']} caught ({share:.1f} %), {counts['equivalent']} equivalent, "
-          f"{counts['survived']} survived, {counts['not reached']} not reached, {time.monotonic() - began:.0f} s")
+    apart = len(wanted) - counts["equivalent"]
+    print(f"{len(wanted)} mutants: {counts['caught']} caught, {counts['equivalent']} equivalent, {counts['survived']} survived, "
+          f"{counts['not reached']} not reached, in {time.monotonic() - began:.0f} s; caught of all "
+          f"{100 * counts['caught'] / max(1, len(wanted)):.1f} %, of those that are not equivalent "
+          f"{100 * counts['caught'] / max(1, apart):.1f} %")
 
 
 if __name__ == "__main__":

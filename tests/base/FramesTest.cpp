@@ -343,5 +343,16 @@ TEST(VideoAreaOf, AFullVideoInLandscapeOnAnUprightDeviceIsTurned)
     EXPECT_EQ(area.down, 375.0F);
 }
 
+TEST(LayoutFrames, OfWhatNobodyMeasuredAreEmpty)
+{
+    EXPECT_EQ(webViewFrame({}), (CGRect{0, 0, 0, 0}));
+    EXPECT_EQ(videoArea({}).across, 0);
+    EXPECT_EQ(videoArea({}).down, 0);
+    EXPECT_EQ(VideoArea{}.across, 0);
+    EXPECT_EQ(VideoArea{}.down, 0);
+    EXPECT_EQ(TitleSize{}.width, 0);
+    EXPECT_EQ(TitleSize{}.height, 0);
+}
+
 } // namespace
 } // namespace qoro
