@@ -653,5 +653,19 @@ TEST(PortraitLayout, BeforeIOS8AFullVideoInALockedHostIsNotTurnedBack)
     EXPECT_EQ(session->webView().transform().angle, 0);
 }
 
+TEST(PortraitLayout, AFullVideoInAHostThatTurnsIsNotTurnedBack)
+{
+    AdSession session(AdSession::manual_world(), rotating_host());
+    session.ad().portraitVideoPos = FULL;
+    session.open();
+    session->bIsLockOneSide = false;
+    session->bIsLockOneSideAndIsPortrait = false;
+
+    session->setPortraitModeScreen();
+
+    EXPECT_EQ(session->webView().transform().angle, 0);
+    EXPECT_EQ(session->playerViewController.view().transform().angle, 0);
+}
+
 } // namespace
 } // namespace qoro
