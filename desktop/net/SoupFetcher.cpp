@@ -1,11 +1,15 @@
 #include "desktop/net/SoupFetcher.h"
 
 #include "desktop/net/ContextThread.h"
+#include "desktop/net/UserAgent.h"
 
 #include <libsoup/soup.h>
 
+#include <algorithm>
 #include <chrono>
+#include <deque>
 #include <future>
+#include <map>
 #include <set>
 #include <string_view>
 #include <unordered_map>
@@ -16,11 +20,7 @@ namespace qoro
 
 namespace
 {
-constexpr const char* UserAgent = "QoroVideoAd/0.1";
 constexpr std::size_t PieceSize = 64u << 10;
-/// Trackers of one moment go to one host together, and none is to wait for another.
-constexpr int ConnectionsPerHost = 64;
-constexpr int Connections = 256;
 
 FetchAnswer failure(std::string error)
 {
@@ -43,6 +43,12 @@ GUri* http_uri(const std::string& address)
     return nullptr;
 }
 
+/// Whom a connection is made to.
+std::string host_of(GUri* uri)
+{
+    return std::string(g_uri_get_scheme(uri)) + "://" + g_uri_get_host(uri) + ":" + std::to_string(g_uri_get_port(uri));
+}
+
 std::string uri_text(GUri* uri)
 {
     char* text = g_uri_to_string(uri);
@@ -58,22 +64,28 @@ struct SoupFetcher::Waiting {
 };
 
 /// The thread with the session. Everything but start() and the destructor runs on it.
+///
+/// What has to wait waits here: libsoup walks through all that it was given whenever one of them ends.
 class SoupFetcher::Worker
 {
 public:
     using Done = std::function<void(FetchAnswer)>;
 
-    explicit Worker(std::size_t body_limit) : body_limit_(body_limit), thread_("qoro fetch")
+    explicit Worker(const Limits& limits) : limits_(limits), thread_("qoro fetch")
     {
         thread_.run([this] {
-            session_ = soup_session_new_with_options("user-agent", UserAgent, "max-conns", Connections,
-                                                     "max-conns-per-host", ConnectionsPerHost, nullptr);
+            // One more than in our own count: what the main thread waits for is not counted.
+            session_ = soup_session_new_with_options("user-agent", UserAgent, "max-conns", limits_.in_all + 1,
+                                                     "max-conns-per-host", limits_.per_host + 1, "idle-timeout",
+                                                     limits_.idle_seconds, nullptr);
+            soup_session_add_feature_by_type(session_, SOUP_TYPE_COOKIE_JAR);
         });
     }
 
     ~Worker()
     {
         thread_.run([this] {
+            waiting_.clear();
             for (Transfer* transfer : transfers_)
                 g_cancellable_cancel(transfer->cancellable);
         });
@@ -84,39 +96,82 @@ public:
         });
     }
 
+    /// @param urgent whether the main thread waits for it
     /// @param done called on the worker's thread
-    void start(std::string address, double seconds, Done done)
+    void start(std::string address, bool urgent, Done done)
     {
         thread_.post(
-            [this, address = std::move(address), seconds, done = std::move(done)] { begin(address, seconds, done); });
+            [this, address = std::move(address), urgent, done = std::move(done)] { begin(address, urgent, done); });
+    }
+
+    void finish(double seconds)
+    {
+        bool expired = false;
+        GSource* deadline = g_timeout_source_new(static_cast<guint>(seconds * 1000));
+        g_source_set_callback(
+            deadline,
+            [](gpointer over) -> gboolean {
+                *static_cast<bool*>(over) = true;
+                return G_SOURCE_REMOVE;
+            },
+            &expired, nullptr);
+        g_source_attach(deadline, thread_.context());
+        thread_.run_while([this, &expired] { return !expired && !transfers_.empty(); });
+        g_source_destroy(deadline);
+        g_source_unref(deadline);
     }
 
 private:
+    struct Asked {
+        std::string address;
+        Done done;
+    };
     struct Transfer {
         Worker& worker;
         std::string address;
         Done done;
+        /// Whose count it is in; empty for none.
+        std::string host;
         GUri* asked;
         SoupMessage* message;
         GCancellable* cancellable;
         GSource* time_out;
         double seconds;
         bool timed_out = false;
+        bool hung_up_on = false;
         GInputStream* stream = nullptr;
         std::string body = {};
     };
 
-    void begin(const std::string& address, double seconds, const Done& done)
+    void begin(const std::string& address, bool urgent, const Done& done)
     {
         GUri* uri = http_uri(address);
         if (!uri) {
             done(failure("not an http address"));
             return;
         }
+        const std::string host = urgent ? "" : host_of(uri);
+        if (urgent || (active_ < limits_.in_all && may_have_more(host))) {
+            send({address, done}, host, uri);
+            return;
+        }
+        g_uri_unref(uri);
+        waiting_[host].push_back({address, done});
+    }
+
+    /// @param uri is taken
+    void send(const Asked& asked, const std::string& host, GUri* uri)
+    {
+        if (!host.empty()) {
+            ++active_;
+            ++active_by_host_[host];
+        }
+        const double seconds = host.empty() ? limits_.waiting_seconds : limits_.background_seconds;
         SoupMessage* message = soup_message_new_from_uri(SOUP_METHOD_GET, uri);
         auto* transfer = new Transfer{.worker = *this,
-                                      .address = address,
-                                      .done = done,
+                                      .address = asked.address,
+                                      .done = asked.done,
+                                      .host = host,
                                       .asked = uri,
                                       .message = message,
                                       .cancellable = g_cancellable_new(),
@@ -132,8 +187,51 @@ private:
             },
             transfer, nullptr);
         g_source_attach(transfer->time_out, thread_.context());
+        g_signal_connect(message, "restarted", G_CALLBACK(restarted), transfer);
         transfers_.insert(transfer);
         soup_session_send_async(session_, message, G_PRIORITY_DEFAULT, transfer->cancellable, answered, transfer);
+    }
+
+    bool may_have_more(const std::string& host) const
+    {
+        const auto count = active_by_host_.find(host);
+        return count == active_by_host_.end() || count->second < limits_.per_host;
+    }
+
+    /// Lets one that waits go out in the place of one that has ended: of the same host, else of any that may have more.
+    void send_next(const std::string& host)
+    {
+        auto next = waiting_.find(host);
+        if (next == waiting_.end())
+            next = std::ranges::find_if(waiting_, [this](const auto& each) { return may_have_more(each.first); });
+        if (next == waiting_.end())
+            return;
+        const std::string its_host = next->first;
+        const Asked asked = std::move(next->second.front());
+        next->second.pop_front();
+        if (next->second.empty())
+            waiting_.erase(next);
+        send(asked, its_host, http_uri(asked.address));
+    }
+
+    void leave(const std::string& host)
+    {
+        if (host.empty())
+            return;
+        --active_;
+        if (const auto count = active_by_host_.find(host); --count->second == 0)
+            active_by_host_.erase(count);
+        send_next(host);
+    }
+
+    /// A redirect has been answered. Without an answer it is libsoup that would send the request once more.
+    static void restarted(SoupMessage* message, gpointer data)
+    {
+        if (soup_message_get_status(message) != SOUP_STATUS_NONE)
+            return;
+        auto* transfer = static_cast<Transfer*>(data);
+        transfer->hung_up_on = true;
+        g_cancellable_cancel(transfer->cancellable);
     }
 
     static void answered(GObject*, GAsyncResult* result, gpointer data)
@@ -166,7 +264,7 @@ private:
         const void* bytes = g_bytes_get_data(piece, &length);
         transfer->body.append(static_cast<const char*>(bytes), length);
         g_bytes_unref(piece);
-        const std::size_t limit = transfer->worker.body_limit_;
+        const std::size_t limit = transfer->worker.limits_.body;
         if (transfer->body.size() > limit)
             end(transfer, failure("the answer is larger than " + std::to_string(limit) + " bytes"));
         else if (length == 0)
@@ -181,6 +279,8 @@ private:
         g_error_free(error);
         if (transfer->timed_out)
             words = "no complete answer within " + std::to_string(static_cast<int>(transfer->seconds)) + " seconds";
+        else if (transfer->hung_up_on)
+            words = "the server hung up without an answer";
         end(transfer, failure(std::move(words)));
     }
 
@@ -202,22 +302,30 @@ private:
 
     static void end(Transfer* transfer, FetchAnswer answer)
     {
-        transfer->worker.transfers_.erase(transfer);
+        Worker& worker = transfer->worker;
+        worker.transfers_.erase(transfer);
         g_source_destroy(transfer->time_out);
         g_source_unref(transfer->time_out);
         g_cancellable_cancel(transfer->cancellable); // a body that is not wanted whole
         g_clear_object(&transfer->stream);
+        g_signal_handlers_disconnect_by_data(transfer->message, transfer);
         g_object_unref(transfer->message);
         g_uri_unref(transfer->asked);
         g_object_unref(transfer->cancellable);
         const Done done = std::move(transfer->done);
+        const std::string host = std::move(transfer->host);
         delete transfer;
         done(std::move(answer));
+        worker.leave(host);
     }
 
-    const std::size_t body_limit_;
+    const Limits limits_;
     SoupSession* session_ = nullptr;
     std::set<Transfer*> transfers_;
+    // What is under way in the background, and what waits, by host.
+    int active_ = 0;
+    std::map<std::string, int> active_by_host_;
+    std::map<std::string, std::deque<Asked>> waiting_;
     ContextThread thread_; // last: it ends before what it uses
 };
 
@@ -226,8 +334,7 @@ SoupFetcher::SoupFetcher(MainLoop& loop) : SoupFetcher(loop, Limits{})
 }
 
 SoupFetcher::SoupFetcher(MainLoop& loop, const Limits& limits)
-    : loop_(loop), limits_(limits), waiting_(std::make_shared<Waiting>()),
-      worker_(std::make_unique<Worker>(limits.body))
+    : loop_(loop), limits_(limits), waiting_(std::make_shared<Waiting>()), worker_(std::make_unique<Worker>(limits))
 {
 }
 
@@ -240,16 +347,15 @@ void SoupFetcher::fetch(const std::string& address, std::function<void(FetchAnsw
 {
     const std::uint64_t number = waiting_->next_number++;
     waiting_->answers.emplace(number, std::move(answer));
-    worker_->start(address, limits_.background_seconds,
-                   [&loop = loop_, waiting = std::weak_ptr(waiting_), number](FetchAnswer arrived) {
-                       loop.post([waiting, number, arrived = std::move(arrived)]() mutable {
-                           const auto still = waiting.lock();
-                           if (!still)
-                               return;
-                           if (auto entry = still->answers.extract(number))
-                               entry.mapped()(std::move(arrived));
-                       });
-                   });
+    worker_->start(address, false, [&loop = loop_, waiting = std::weak_ptr(waiting_), number](FetchAnswer arrived) {
+        loop.post([waiting, number, arrived = std::move(arrived)]() mutable {
+            const auto still = waiting.lock();
+            if (!still)
+                return;
+            if (auto entry = still->answers.extract(number))
+                entry.mapped()(std::move(arrived));
+        });
+    });
 }
 
 FetchAnswer SoupFetcher::fetch_now(const std::string& address)
@@ -257,8 +363,7 @@ FetchAnswer SoupFetcher::fetch_now(const std::string& address)
     // Shared with the worker, so that whoever leaves last lets it go.
     const auto promise = std::make_shared<std::promise<FetchAnswer>>();
     std::future<FetchAnswer> answer = promise->get_future();
-    worker_->start(address, limits_.waiting_seconds,
-                   [promise](FetchAnswer arrived) { promise->set_value(std::move(arrived)); });
+    worker_->start(address, true, [promise](FetchAnswer arrived) { promise->set_value(std::move(arrived)); });
     // The worker keeps the time; the second more is for a worker that is stuck itself.
     if (answer.wait_for(std::chrono::duration<double>(limits_.waiting_seconds + 1)) != std::future_status::ready)
         return failure("the fetch did not end in time");
@@ -269,6 +374,11 @@ void SoupFetcher::abandon()
 {
     // Whoever goes with his answer may come back here.
     const auto gone = std::exchange(waiting_->answers, {});
+}
+
+void SoupFetcher::finish(double seconds)
+{
+    worker_->finish(seconds);
 }
 
 std::size_t SoupFetcher::pending() const

@@ -8,18 +8,37 @@ namespace qoro
 {
 
 /// Fetches over HTTP with libsoup, on a thread and session of its own, so that a fetch for which the main thread waits
-/// and those in the background share connections, and neither holds the other up. Redirects are followed. A status of
-/// 400 or more, a body above the bound and a server that takes too long are failures.
+/// and those in the background share connections, and neither holds the other up.
+///
+/// A fetch goes out at once unless its host is busy with as many as it may have; then it waits for one of these, and
+/// its time begins when it goes out. One for which the main thread waits goes before all others.
+///
+/// Each request goes out at most once: a tracker that is sent again when a server has hung up without a word may be
+/// counted twice. So that a server's ordinary hanging up meets no request, a connection that was idle for a few seconds
+/// is not used again; servers wait longer.
+///
+/// Redirects are followed, twenty at most. Cookies are kept as long as the fetcher lives, so that a server can tell
+/// that the requests of a session belong together, and nothing of the viewer is left when the program has ended.
+///
+/// A status of 400 or more, a body above the bound and a server that takes too long are failures.
 class SoupFetcher : public Fetcher
 {
 public:
     struct Limits {
-        /// Seconds for a fetch from its start to the end of its body.
+        /// Seconds for a fetch from its going out to the end of its body.
         double background_seconds = 10;
         /// The same while the main thread waits.
         double waiting_seconds = 5;
         /// Bytes.
         std::size_t body = 16u << 20;
+        /// Fetches that one host may have under way. Trackers of one moment go to one host together, and none is to
+        /// wait for another.
+        int per_host = 64;
+        /// Whole seconds after which a connection that is idle is not used again.
+        unsigned idle_seconds = 4;
+        /// Fetches under way in all: eight hosts that answer nothing do not keep out a ninth. Each is an open
+        /// file.
+        int in_all = 576;
     };
 
     /// @param loop gets the answers; its post() must take them from any thread, and it outlives the fetcher
@@ -31,8 +50,11 @@ public:
     void fetch(const std::string& address, std::function<void(FetchAnswer)> answer) override;
     FetchAnswer fetch_now(const std::string& address) override;
 
-    /// Lets go of everyone who waits for an answer.
+    /// Lets go of everyone who waits for an answer; what is under way goes on.
     void abandon();
+    /// Waits until nothing is under way any more.
+    /// @param seconds how long at most
+    void finish(double seconds);
     /// How many fetches have not been answered yet.
     std::size_t pending() const;
 

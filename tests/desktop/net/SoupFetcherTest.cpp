@@ -4,9 +4,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <array>
+#include <atomic>
+#include <memory>
 #include <optional>
+#include <string>
 #include <thread>
+#include <vector>
 
 using namespace qoro;
 using qoro::test::RawServer;
@@ -29,7 +34,7 @@ protected:
     }
 
     GlibLoop loop;
-    SoupFetcher fetcher{loop, {.background_seconds = 1, .waiting_seconds = 0.5, .body = 1000}};
+    SoupFetcher fetcher{loop, {.background_seconds = 1, .waiting_seconds = 0.5, .body = 1000, .idle_seconds = 1}};
 };
 
 void answer_ok(const RawServer::Connection& connection, const std::string& body)
@@ -63,7 +68,7 @@ TEST_F(SoupFetcherTest, NamesItselfToServers)
         answer_ok(connection, "");
     });
     fetch(server.base() + "/");
-    EXPECT_NE(head.find("User-Agent: QoroVideoAd/0.1\r\n"), std::string::npos) << head;
+    EXPECT_NE(head.find("User-Agent: QoroVideoAd/0.1 (Linux)\r\n"), std::string::npos) << head;
 }
 
 TEST_F(SoupFetcherTest, FollowsARedirectAndSaysWhereItEnded)
@@ -78,6 +83,87 @@ TEST_F(SoupFetcherTest, FollowsARedirectAndSaysWhereItEnded)
     EXPECT_TRUE(answer.ok);
     EXPECT_EQ(answer.body, "there");
     EXPECT_EQ(answer.final_address, server.base() + "/to?x=1");
+}
+
+TEST_F(SoupFetcherTest, RedirectsWithoutAnEndAreFollowedTwentyTimesAndFail)
+{
+    std::atomic<int> requests = 0;
+    RawServer server([&requests](const auto&, const auto& connection) {
+        ++requests;
+        connection.send("HTTP/1.1 302 Found\r\nLocation: /again\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    });
+    const FetchAnswer answer = fetch(server.base() + "/");
+    EXPECT_FALSE(answer.ok);
+    EXPECT_EQ(answer.error, "Too many redirects");
+    EXPECT_EQ(requests, 21);
+}
+
+TEST_F(SoupFetcherTest, ACookieIsSentBackToItsServerAsLongAsTheFetcherLives)
+{
+    std::vector<std::string> heads;
+    RawServer server([&heads](const auto& head, const auto& connection) {
+        heads.push_back(head);
+        connection.send("HTTP/1.1 204 No Content\r\nSet-Cookie: seen=1; Max-Age=3600\r\nConnection: close\r\n\r\n");
+    });
+    fetch(server.base() + "/first");
+    fetch(server.base() + "/second");
+    SoupFetcher(loop).fetch_now(server.base() + "/of another");
+    ASSERT_EQ(heads.size(), 3U);
+    EXPECT_EQ(heads[0].find("Cookie:"), std::string::npos) << heads[0];
+    EXPECT_NE(heads[1].find("Cookie: seen=1\r\n"), std::string::npos) << heads[1];
+    EXPECT_EQ(heads[2].find("Cookie:"), std::string::npos) << heads[2];
+}
+
+TEST_F(SoupFetcherTest, ACookieOfARedirectIsSentToWhereItLeads)
+{
+    std::string head;
+    RawServer server([&head](const auto& request, const auto& connection) {
+        head = request;
+        if (request.starts_with("GET /from "))
+            connection.send("HTTP/1.1 302 Found\r\nLocation: /to\r\nSet-Cookie: from=1\r\nContent-Length: 0\r\n"
+                            "Connection: close\r\n\r\n");
+        else
+            answer_ok(connection, "");
+    });
+    fetch(server.base() + "/from");
+    EXPECT_TRUE(head.starts_with("GET /to ")) << head;
+    EXPECT_NE(head.find("Cookie: from=1\r\n"), std::string::npos) << head;
+}
+
+TEST_F(SoupFetcherTest, ARequestOnAKeptConnectionIsNotSentAgainWhenTheServerHangsUp)
+{
+    std::atomic<int> requests = 0;
+    RawServer server([&requests](const auto&, const auto& connection) {
+        ++requests;
+        answer_ok(connection, "one");
+        if (!connection.next_head().empty())
+            ++requests;
+    });
+    EXPECT_TRUE(fetch(server.base() + "/1").ok);
+    const FetchAnswer second = fetch(server.base() + "/2");
+    EXPECT_FALSE(second.ok);
+    EXPECT_EQ(second.error, "the server hung up without an answer");
+    EXPECT_EQ(requests, 2);
+    EXPECT_EQ(server.connections(), 1);
+}
+
+TEST_F(SoupFetcherTest, ARequestOnANewConnectionIsNotSentAgainWhenTheServerHangsUp)
+{
+    RawServer server([](const auto&, const auto&) {});
+    EXPECT_FALSE(fetch(server.base() + "/").ok);
+    EXPECT_EQ(server.connections(), 1);
+}
+
+TEST_F(SoupFetcherTest, AConnectionThatWasIdleForLongIsNotUsedAgain)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        answer_ok(connection, "one");
+        connection.wait_for_close();
+    });
+    EXPECT_TRUE(fetch(server.base() + "/1").ok);
+    loop.run_until([] { return false; }, 2.5); // idle for one second, which libsoup counts in whole ones
+    EXPECT_TRUE(fetch(server.base() + "/2").ok);
+    EXPECT_EQ(server.connections(), 2);
 }
 
 TEST_F(SoupFetcherTest, AStatusOf404IsAFailure)
@@ -212,6 +298,117 @@ TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForDoesNotStandBehindASlowOn
     });
     fetcher.fetch(server.base() + "/slow", [](const FetchAnswer&) {});
     EXPECT_EQ(fetcher.fetch_now(server.base() + "/quick").body, "quick");
+}
+
+TEST(SoupFetcherBoundTest, HostsThatNeverAnswerDelayNoOther)
+{
+    GlibLoop loop;
+    std::array<std::unique_ptr<RawServer>, 5> silent;
+    for (auto& server : silent)
+        server = std::make_unique<RawServer>([](const auto&, const auto& connection) { connection.wait_for_close(); });
+    RawServer other([](const auto&, const auto& connection) { answer_ok(connection, "there"); });
+    SoupFetcher fetcher(loop);
+    std::string body;
+
+    for (int i = 0; i < 100; ++i)
+        for (const auto& server : silent)
+            fetcher.fetch(server->base() + "/", [](const FetchAnswer&) {});
+    fetcher.fetch(other.base() + "/", [&body](const FetchAnswer& answer) { body = answer.body; });
+
+    EXPECT_TRUE(loop.run_until([&body] { return !body.empty(); }, 5)) << "before any of the others can be given up";
+}
+
+TEST(SoupFetcherBoundTest, BeyondAHostsBoundTheyGoOutAsOthersEndAndNoneIsLost)
+{
+    GlibLoop loop;
+    std::atomic<int> at_once = 0;
+    std::atomic<int> most = 0;
+    std::atomic<int> requests = 0;
+    RawServer server([&](const auto&, const auto& connection) {
+        most = std::max<int>(most, ++at_once);
+        ++requests;
+        --at_once;
+        connection.send("HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n");
+    });
+    SoupFetcher fetcher(loop, {.per_host = 2});
+    int succeeded = 0;
+
+    for (int i = 0; i < 100; ++i)
+        fetcher.fetch(server.base() + "/", [&succeeded](const FetchAnswer& answer) { succeeded += answer.ok; });
+
+    EXPECT_TRUE(loop.run_until([&fetcher] { return fetcher.pending() == 0; }, Deadline));
+    EXPECT_EQ(succeeded, 100);
+    EXPECT_EQ(requests, 100);
+    EXPECT_LE(most, 2);
+}
+
+TEST(SoupFetcherBoundTest, BeyondTheBoundInAllHostsTakeTurnsAndNoneIsLost)
+{
+    GlibLoop loop;
+    const auto answer = [](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n");
+    };
+    RawServer one(answer);
+    RawServer two(answer);
+    SoupFetcher fetcher(loop, {.per_host = 2, .in_all = 3});
+    int succeeded = 0;
+
+    for (int i = 0; i < 50; ++i) {
+        fetcher.fetch(one.base() + "/", [&succeeded](const FetchAnswer& got) { succeeded += got.ok; });
+        fetcher.fetch(two.base() + "/", [&succeeded](const FetchAnswer& got) { succeeded += got.ok; });
+    }
+
+    EXPECT_TRUE(loop.run_until([&fetcher] { return fetcher.pending() == 0; }, Deadline));
+    EXPECT_EQ(succeeded, 100);
+}
+
+TEST(SoupFetcherBoundTest, AFetchThatTheMainThreadWaitsForGoesBeforeThoseThatWait)
+{
+    GlibLoop loop;
+    RawServer server([](const auto& head, const auto& connection) {
+        if (head.starts_with("GET /icon "))
+            answer_ok(connection, "icon");
+        else
+            connection.wait_for_close();
+    });
+    SoupFetcher fetcher(loop, {.per_host = 2, .in_all = 2});
+
+    for (int i = 0; i < 10; ++i)
+        fetcher.fetch(server.base() + "/silent", [](const FetchAnswer&) {});
+
+    EXPECT_EQ(fetcher.fetch_now(server.base() + "/icon").body, "icon");
+}
+
+TEST(SoupFetcherEndTest, FinishingLetsAllThatWasAskedForGoOutAlthoughNobodyWaitsForItAnyMore)
+{
+    GlibLoop loop;
+    std::atomic<int> requests = 0;
+    RawServer server([&requests](const auto&, const auto& connection) {
+        ++requests;
+        connection.send("HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n");
+    });
+    SoupFetcher fetcher(loop, {.per_host = 2});
+    for (int i = 0; i < 50; ++i)
+        fetcher.fetch(server.base() + "/", [](const FetchAnswer&) { ADD_FAILURE(); });
+    fetcher.abandon();
+
+    fetcher.finish(Deadline);
+
+    EXPECT_EQ(requests, 50);
+}
+
+TEST(SoupFetcherEndTest, FinishingWaitsForAServerThatNeverAnswersNoLongerThanItIsTold)
+{
+    GlibLoop loop;
+    RawServer server([](const auto&, const auto& connection) { connection.wait_for_close(); });
+    SoupFetcher fetcher(loop);
+    fetcher.fetch(server.base() + "/", [](const FetchAnswer&) {});
+    const double begun = loop.now();
+
+    fetcher.finish(0.2);
+
+    EXPECT_GE(loop.now() - begun, 0.15);
+    EXPECT_LT(loop.now() - begun, 2);
 }
 
 TEST(SoupFetcherEndTest, EndingBreaksOffWhatIsUnderWayAndLetsItsTargetsGo)
