@@ -58,6 +58,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
                        .autorotates = surroundings.host.autorotates};
     platform.system_volume = options.system_volume;
     platform.silent = options.mute_output;
+    platform.last_requests_seconds = 0; // the loop has waited for them
     if (options.host_file.empty())
         return platform;
     // A host file says these, if only by leaving them at what they are by default.

@@ -9,7 +9,7 @@ namespace qoro
 {
 
 DesktopPlatform::DesktopPlatform(const Options& options)
-    : device_(*this, options.device),
+    : last_requests_seconds_(options.last_requests_seconds), device_(*this, options.device),
       output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
       volume_(output_volume_, options.volume_slider)
 {
@@ -37,6 +37,7 @@ DesktopPlatform::~DesktopPlatform()
     }
     drop_shared();
     loop_.clear();
+    fetcher_.finish(last_requests_seconds_);
 }
 
 void DesktopPlatform::leave_app()

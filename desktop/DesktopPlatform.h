@@ -31,6 +31,9 @@ public:
         bool volume_slider = true;
         /// The output volume to begin with, 0 to 1; absent for the one that is found.
         std::optional<float> volume = {};
+        /// Seconds that the platform's end waits at most for requests under way: trackers of an ad that closed just
+        /// before. Their answers come to nobody any more.
+        double last_requests_seconds = 2;
     };
 
     explicit DesktopPlatform(const Options& options);
@@ -77,6 +80,7 @@ private:
         NSString path_for(const NSString&) override { return nullptr; }
     };
 
+    const double last_requests_seconds_;
     GlibLoop loop_{this};
     DesktopDevice device_;
     PulseVolume output_volume_;

@@ -58,6 +58,7 @@ DesktopPlatform::Options options_for(const ContractNeeds& needs)
 {
     DesktopPlatform::Options options;
     options.silent = true;
+    options.last_requests_seconds = 0;    // some servers here never answer
     options.system_volume = needs.volume; // what the viewer can change from outside
     return options;
 }

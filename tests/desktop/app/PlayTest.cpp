@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <atomic>
+#include <chrono>
 #include <cstdlib>
 
 using namespace qoro::test;
@@ -38,8 +40,8 @@ protected:
         folder.write("ad.json", R"({"strVideoUrl": ")" + of_video + R"(", "strWebViewUrl": ")" + of_page + R"(",
             "fVideoWidth": 320, "fVideoHeight": 180, "portraitModeType": 2, "landscapeModeType": 2,
             "portraitVideoPos": "TOP", "bIsAutoStart": true, "iCloseBtnCountdown": 1, "strBackgroundColor": "4294967295",
-            "arrayCloseTrackingUrls": ["/t/close"])" +
-                                    more + "}");
+            "arrayCloseTrackingUrls": ["/t/close", ")" +
+                                    last_tracker + "\"]" + more + "}");
         std::vector<std::string> arguments{"play",    folder.path("ad.json"), "--for", ClosedAfter, "--mute-output",
                                            "--trace", folder.path("trace")};
         if (const char* option = std::getenv("QORO_WEB_SANDBOX_OPTION"); option && *option)
@@ -57,6 +59,8 @@ protected:
     }
 
     ScratchFolder folder;
+    /// What a close sends after /t/close.
+    std::string last_tracker = "/t/close/2";
     std::string trace;
     const std::string video = (folder.write("clip.mp4", clip()), "clip.mp4");
     const std::string page =
@@ -110,6 +114,35 @@ TEST_F(PlayTest, AServerThatSaysNothingHoldsTheCloseUpByLittle)
     RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
     play(silent.base() + "/clip.mp4", silent.base() + "/page.html");
     EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, TheLastTrackerIsFollowedToWhereItLeadsBeforeTheProgramEnds)
+{
+    std::atomic<int> counted = 0;
+    RawServer server([&counted](const auto& head, const auto& connection) {
+        if (head.starts_with("GET /count ")) {
+            ++counted;
+            connection.send("HTTP/1.1 204 No Content\r\n\r\n");
+        } else {
+            connection.send("HTTP/1.1 302 Found\r\nLocation: /count\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+        }
+    });
+    last_tracker = server.base() + "/close";
+    play(video, page);
+    EXPECT_TRUE(was_closed()) << trace;
+    EXPECT_EQ(counted, 1);
+}
+
+TEST_F(PlayTest, ALastTrackerThatIsNeverAnsweredHoldsTheProgramUpByLittle)
+{
+    RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
+    last_tracker = silent.base() + "/close";
+    const auto begun = std::chrono::steady_clock::now();
+    play(video, page);
+    EXPECT_TRUE(was_closed()) << trace;
+    EXPECT_EQ(silent.connections(), 1);
+    EXPECT_LT(std::chrono::steady_clock::now() - begun, std::chrono::seconds(12))
+        << "four to the close, two of grace, and what a busy machine takes to start; a request may take ten";
 }
 
 TEST_F(PlayTest, AServerThatStallsInMidFileIsSurvived)
