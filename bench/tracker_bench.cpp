@@ -1,0 +1,221 @@
+// Ten thousand trackers to a server on this machine: whether each arrives once, and how long the main loop stands still
+// meanwhile:
+//
+//   tracker_bench [TRACKERS]
+//
+// TRACKERS: 10000 unless told. They are asked for in lists of ten, a list in each turn of the loop, as fast as it
+// turns. Beside this program's fetcher: libsoup alone, on the main loop, given 64 at a time; and `curl --parallel` with
+// 64 at a time, which has no loop to hold up. The loop at rest tells how long it stands still on this machine anyway.
+// Prints for each the trackers sent, answered with success and received by the server (each counted once), the longest
+// time that the loop stood still, and the time to the last answer; then the ratios to the peers.
+
+#include "desktop/GlibLoop.h"
+#include "desktop/net/AdServer.h"
+#include "desktop/net/SoupFetcher.h"
+
+#include <glib/gstdio.h>
+#include <libsoup/soup.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <set>
+#include <string>
+
+namespace
+{
+
+constexpr int ListLength = 10;
+/// Seconds between two looks at the loop, and after which a run that does not end is given up.
+constexpr double Look = 0.0005;
+constexpr double Patience = 120;
+constexpr double RestSeconds = 3;
+/// Connections of each of the three.
+constexpr int AtATime = 64;
+
+struct Figures {
+    const char* name;
+    int sent = 0;
+    int succeeded = 0;
+    std::size_t received = 0;
+    /// Seconds; negative where there is no loop.
+    double longest_stall = -1;
+    double seconds = 0;
+};
+
+std::string path_of(const std::string& run, int number)
+{
+    return "/t/" + run + "/" + std::to_string(number);
+}
+
+/// How many different trackers of a run the server got.
+std::size_t received(const qoro::AdServer& server, const std::string& run)
+{
+    std::set<std::string> targets;
+    for (const qoro::AdServerHit& hit : server.hits())
+        if (hit.target.starts_with("/t/" + run + "/"))
+            targets.insert(hit.target);
+    return targets.size();
+}
+
+/// Notes how long a loop stands still, as long as it lives.
+class Watch
+{
+public:
+    explicit Watch(qoro::GlibLoop& loop) : loop_(loop), last_(loop.now())
+    {
+        timer_ = loop_.start_timer(Look, true, [this] {
+            longest_ = std::max(longest_, loop_.now() - last_);
+            last_ = loop_.now();
+        });
+    }
+    ~Watch() { loop_.stop_timer(timer_); }
+    Watch(const Watch&) = delete;
+    Watch& operator=(const Watch&) = delete;
+
+    double longest() const { return longest_; }
+
+private:
+    qoro::GlibLoop& loop_;
+    qoro::TimerId timer_;
+    double last_;
+    double longest_ = 0;
+};
+
+Figures run_at_rest(qoro::GlibLoop& loop)
+{
+    Figures figures{.name = "at rest"};
+    const Watch watch(loop);
+    loop.run_until([] { return false; }, RestSeconds);
+    figures.longest_stall = watch.longest();
+    figures.seconds = RestSeconds;
+    return figures;
+}
+
+Figures run_ours(qoro::GlibLoop& loop, const qoro::AdServer& server, int trackers)
+{
+    Figures figures{.name = "this program's"};
+    qoro::SoupFetcher fetcher(loop);
+    const Watch watch(loop);
+    int answered = 0;
+    const std::function<void()> send_list = [&] {
+        for (int i = 0; i < ListLength && figures.sent < trackers; ++i)
+            fetcher.fetch(server.base() + path_of("ours", figures.sent++), [&](const qoro::FetchAnswer& answer) {
+                ++answered;
+                figures.succeeded += answer.ok;
+            });
+        if (figures.sent < trackers)
+            loop.post(send_list);
+    };
+    const double begun = loop.now();
+    loop.post(send_list);
+    loop.run_until([&] { return answered == trackers; }, Patience);
+    figures.seconds = loop.now() - begun;
+    figures.longest_stall = watch.longest();
+    figures.received = received(server, "ours");
+    return figures;
+}
+
+/// libsoup on the main loop: each answer lets the next tracker go out.
+struct Libsoup {
+    const qoro::AdServer& server;
+    const int trackers;
+    SoupSession* session = soup_session_new_with_options("max-conns", AtATime, "max-conns-per-host", AtATime, nullptr);
+    Figures figures{.name = "libsoup's"};
+    int answered = 0;
+
+    void send_one()
+    {
+        if (figures.sent == trackers)
+            return;
+        SoupMessage* message =
+            soup_message_new(SOUP_METHOD_GET, (server.base() + path_of("libsoup", figures.sent++)).c_str());
+        soup_session_send_and_read_async(session, message, G_PRIORITY_DEFAULT, nullptr, was_answered, this);
+        g_object_unref(message);
+    }
+
+    static void was_answered(GObject*, GAsyncResult* result, gpointer data)
+    {
+        auto& self = *static_cast<Libsoup*>(data);
+        GBytes* body = soup_session_send_and_read_finish(self.session, result, nullptr);
+        self.figures.succeeded += body != nullptr;
+        g_clear_pointer(&body, g_bytes_unref);
+        ++self.answered;
+        self.send_one();
+    }
+};
+
+Figures run_libsoup(qoro::GlibLoop& loop, const qoro::AdServer& server, int trackers)
+{
+    Libsoup libsoup{.server = server, .trackers = trackers};
+    const Watch watch(loop);
+    const double begun = loop.now();
+    for (int i = 0; i < AtATime; ++i)
+        libsoup.send_one();
+    loop.run_until([&] { return libsoup.answered == trackers; }, Patience);
+    libsoup.figures.seconds = loop.now() - begun;
+    libsoup.figures.longest_stall = watch.longest();
+    libsoup.figures.received = received(server, "libsoup");
+    g_object_unref(libsoup.session);
+    return libsoup.figures;
+}
+
+Figures run_curl(qoro::GlibLoop& loop, const qoro::AdServer& server, int trackers)
+{
+    Figures figures{.name = "curl's"};
+    char* list = nullptr;
+    g_close(g_file_open_tmp("trackers-XXXXXX", &list, nullptr), nullptr);
+    {
+        std::ofstream file(list);
+        for (; figures.sent < trackers; ++figures.sent)
+            file << "url = " << server.base() << path_of("curl", figures.sent) << "\noutput = /dev/null\n";
+    }
+    const double begun = loop.now();
+    const std::string command = "curl --no-progress-meter --parallel --parallel-max " + std::to_string(AtATime) +
+                                " --config " + std::string(list);
+    const bool ended_well = std::system(command.c_str()) == 0;
+    figures.seconds = loop.now() - begun;
+    g_remove(list);
+    g_free(list);
+    figures.received = received(server, "curl");
+    figures.succeeded = ended_well ? static_cast<int>(figures.received) : 0;
+    return figures;
+}
+
+void print(const Figures& figures)
+{
+    std::printf("%-16s %7d %10d %9zu ", figures.name, figures.sent, figures.succeeded, figures.received);
+    if (figures.longest_stall < 0)
+        std::printf("%14s", "-");
+    else
+        std::printf("%14.2f", figures.longest_stall * 1000);
+    std::printf(" %9.3f\n", figures.seconds);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const int trackers = argc > 1 ? std::atoi(argv[1]) : 10000;
+    const qoro::AdServer server({.folder = "", .trackers = {"/t/{n}"}, .script = ""});
+    if (!server.listens())
+        return 1;
+    qoro::GlibLoop loop;
+    const Figures rest = run_at_rest(loop);
+    const Figures ours = run_ours(loop, server, trackers);
+    const Figures libsoup = run_libsoup(loop, server, trackers);
+    const Figures curl = run_curl(loop, server, trackers);
+
+    std::printf("%-16s %7s %10s %9s %14s %9s\n", "trackers", "sent", "succeeded", "received", "longest stall",
+                "seconds");
+    std::printf("%-16s %7s %10s %9s %14s %9s\n", "", "", "", "", "ms", "");
+    print(rest);
+    print(ours);
+    print(libsoup);
+    print(curl);
+    std::printf("time to libsoup's: %.2f, to curl's: %.2f; stall to libsoup's: %.2f\n", ours.seconds / libsoup.seconds,
+                ours.seconds / curl.seconds, ours.longest_stall / libsoup.longest_stall);
+    return ours.received == static_cast<std::size_t>(trackers) && ours.succeeded == trackers ? 0 : 1;
+}
