@@ -1,6 +1,7 @@
 #include "desktop/net/SoupFetcher.h"
 
 #include "desktop/net/ContextThread.h"
+#include "desktop/net/HttpAddress.h"
 #include "desktop/net/UserAgent.h"
 
 #include <libsoup/soup.h>
@@ -11,7 +12,6 @@
 #include <future>
 #include <map>
 #include <set>
-#include <string_view>
 #include <unordered_map>
 #include <utility>
 
@@ -27,20 +27,6 @@ FetchAnswer failure(std::string error)
     FetchAnswer answer;
     answer.error = std::move(error);
     return answer;
-}
-
-/// Null when the text is no address of HTTP. The caller frees it.
-GUri* http_uri(const std::string& address)
-{
-    GUri* uri = g_uri_parse(address.c_str(), static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS), nullptr);
-    if (!uri)
-        return nullptr;
-    const std::string_view scheme = g_uri_get_scheme(uri);
-    const char* host = g_uri_get_host(uri);
-    if ((scheme == "http" || scheme == "https") && host && *host)
-        return uri;
-    g_uri_unref(uri);
-    return nullptr;
 }
 
 /// Whom a connection is made to.

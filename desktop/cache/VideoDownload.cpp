@@ -1,0 +1,127 @@
+#include "desktop/cache/VideoDownload.h"
+
+#include "desktop/cache/VideoCache.h"
+#include "desktop/net/HttpAddress.h"
+#include "desktop/net/UserAgent.h"
+#include "platform/Numbers.h"
+
+#include <libsoup/soup.h>
+
+#include <filesystem>
+#include <memory>
+#include <string_view>
+#include <system_error>
+
+namespace qoro
+{
+
+namespace
+{
+constexpr std::size_t PieceSize = 64u << 10;
+
+struct Unref {
+    void operator()(gpointer object) const { g_object_unref(object); }
+};
+using Message = std::unique_ptr<SoupMessage, Unref>;
+using Stream = std::unique_ptr<GInputStream, Unref>;
+
+std::string words_of(GError* error)
+{
+    std::string words = error->message;
+    g_error_free(error);
+    return words;
+}
+
+/// What is wrong with an answer before its body has come; empty for one that can become a copy.
+std::string fault_of(SoupMessage* message, std::uint64_t most_bytes)
+{
+    SoupMessageHeaders* headers = soup_message_get_response_headers(message);
+    const guint status = soup_message_get_status(message);
+    if (status != SOUP_STATUS_OK)
+        return "HTTP status " + std::to_string(status);
+    const char* type = soup_message_headers_get_content_type(headers, nullptr);
+    if (type && std::string_view(type) == "text/html")
+        return "the server sent a page, expected a video";
+    if (soup_message_headers_get_one(headers, "Content-Encoding"))
+        return "the server sent the video packed, expected it as it is";
+    if (soup_message_headers_get_encoding(headers) != SOUP_ENCODING_CONTENT_LENGTH)
+        return "the server did not say how long the video is";
+    const goffset length = soup_message_headers_get_content_length(headers);
+    if (length == 0)
+        return "the video is empty";
+    if (static_cast<std::uint64_t>(length) > most_bytes)
+        return "the video has " + std::to_string(length) + " bytes, more than the whole cache may have (" +
+               std::to_string(most_bytes) + ")";
+    return "";
+}
+} // namespace
+
+VideoDownload::VideoDownload() : VideoDownload(Limits{})
+{
+}
+
+VideoDownload::VideoDownload(const Limits& limits)
+    : limits_(limits),
+      session_(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))
+{
+    // The length that a server tells is that of what it sends.
+    soup_session_remove_feature_by_type(session_, SOUP_TYPE_CONTENT_DECODER);
+}
+
+VideoDownload::~VideoDownload()
+{
+    g_object_unref(session_);
+}
+
+VideoDownload::Result VideoDownload::fetch(VideoCache& cache, const std::string& address)
+{
+    if (const NSString path = cache.path_for(address)) {
+        std::error_code gone;
+        const std::uint64_t length = std::filesystem::file_size(path.text(), gone);
+        return {.length = gone ? 0 : length, .was_there = true};
+    }
+    try {
+        return receive(cache, address);
+    } catch (const std::system_error& error) {
+        return {.error = error.what()};
+    }
+}
+
+VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::string& address)
+{
+    GUri* uri = http_uri(address);
+    if (!uri)
+        return {.error = "not an address of http or https"};
+    const Message message(soup_message_new_from_uri(SOUP_METHOD_GET, uri));
+    g_uri_unref(uri);
+
+    const std::int64_t deadline = g_get_monotonic_time() + static_cast<std::int64_t>(limits_.all_seconds * 1e6);
+    GError* error = nullptr;
+    const Stream stream(soup_session_send(session_, message.get(), nullptr, &error));
+    if (!stream)
+        return {.error = words_of(error)};
+    if (std::string fault = fault_of(message.get(), cache.most_bytes()); !fault.empty())
+        return {.error = std::move(fault)};
+
+    const auto length = static_cast<std::uint64_t>(
+        soup_message_headers_get_content_length(soup_message_get_response_headers(message.get())));
+    IncomingVideo video(cache, address);
+    const std::unique_ptr<char[]> piece(new char[PieceSize]);
+    for (;;) {
+        const gssize got = g_input_stream_read(stream.get(), piece.get(), PieceSize, nullptr, &error);
+        if (got < 0)
+            return {.error = words_of(error)};
+        if (got == 0)
+            break;
+        video.write({piece.get(), static_cast<std::size_t>(got)});
+        if (g_get_monotonic_time() > deadline)
+            return {.error = "not whole within " + shortest_text(limits_.all_seconds) + " seconds"};
+    }
+    if (video.length() != length)
+        return {.error = "the server sent " + std::to_string(video.length()) + " bytes, and had said " +
+                         std::to_string(length)};
+    video.keep();
+    return {.length = length};
+}
+
+} // namespace qoro
