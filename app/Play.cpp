@@ -6,6 +6,7 @@
 #include "desktop/DesktopPlatform.h"
 #include "desktop/screen/Toolkit.h"
 #include "platform/Numbers.h"
+#include "session/AdAddresses.h"
 #include "session/InputError.h"
 #include "session/Session.h"
 
@@ -88,6 +89,8 @@ Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceF
                 platform_.tell("hit", {{"method", hit.method}, {"url", hit.target}});
             });
     });
+    for (const auto& [address, path] : input_.copies)
+        platform_.add_video_copy(address_on_server(address, served_->server().base()), path);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         signals_.push_back(g_unix_signal_add(number, signalled, this));
 }

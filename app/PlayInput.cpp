@@ -2,8 +2,10 @@
 
 #include "app/InputFile.h"
 #include "session/AdFile.h"
+#include "session/InputError.h"
 
 #include <filesystem>
+#include <iostream>
 #include <utility>
 
 namespace qoro
@@ -58,6 +60,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
                        .autorotates = surroundings.host.autorotates};
     platform.system_volume = options.system_volume;
     platform.silent = options.mute_output;
+    platform.video_cache.warn = [](const std::string& line) { std::cerr << "qoro-ad: " << line << '\n'; };
     platform.last_requests_seconds = 0; // the loop has waited for them
     if (options.host_file.empty())
         return platform;
@@ -66,6 +69,21 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
     platform.volume = device.output_volume;
     platform.volume_slider = device.volume_slider;
     return platform;
+}
+
+/// Relative paths are relative to the host file.
+std::map<std::string, std::string> copies_of(const Surroundings& surroundings, const std::string& host_file)
+{
+    std::map<std::string, std::string> copies;
+    for (const auto& [address, path] : surroundings.cached) {
+        const std::filesystem::path file = std::filesystem::absolute(host_file).parent_path() / path;
+        std::error_code unknown;
+        if (!std::filesystem::is_regular_file(file, unknown))
+            throw InputError(host_file, "/host/cached",
+                             "expected the path of a file for " + address + ", got \"" + path + "\"");
+        copies.insert_or_assign(address, file.string());
+    }
+    return copies;
 }
 } // namespace
 
@@ -86,6 +104,7 @@ PlayInput read_play_input(const PlayOptions& options)
         surroundings.host.store_page = options.store_page;
     input.platform = platform_options(options, surroundings);
     input.host = surroundings.host;
+    input.copies = copies_of(surroundings, options.host_file);
     input.orientation = device_orientation(options.orientation).value_or(UIDeviceOrientationPortrait);
 
     if (!options.steps_file.empty())

@@ -4,6 +4,7 @@
 #include "desktop/DesktopPlatform.h"
 #include "session/Scenario.h"
 
+#include <map>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +19,8 @@ struct PlayInput {
     std::string folder;
     DesktopPlatform::Options platform;
     HostSetup host;
+    /// Files of the host's own copies of videos, by address; a relative one is of the ad's folder.
+    std::map<std::string, std::string> copies;
     /// UIDeviceOrientation: how the device is held when the ad opens.
     int orientation = 1;
     std::vector<Step> steps;

@@ -11,7 +11,7 @@ namespace qoro
 DesktopPlatform::DesktopPlatform(const Options& options)
     : last_requests_seconds_(options.last_requests_seconds), device_(*this, options.device),
       output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
-      volume_(output_volume_, options.volume_slider)
+      volume_(output_volume_, options.volume_slider), video_cache_(options.video_cache)
 {
     if (options.volume)
         output_volume_.set_value(*options.volume);
@@ -38,6 +38,12 @@ DesktopPlatform::~DesktopPlatform()
     drop_shared();
     loop_.clear();
     fetcher_.finish(last_requests_seconds_);
+}
+
+NSString DesktopPlatform::VideoCopies::path_for(const NSString& address)
+{
+    const auto named = address ? named_.find(address.text()) : named_.end();
+    return named == named_.end() ? cache_.path_for(address) : NSString(named->second);
 }
 
 void DesktopPlatform::leave_app()

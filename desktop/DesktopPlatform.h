@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/GlibLoop.h"
+#include "desktop/cache/VideoCache.h"
 #include "desktop/device/DesktopDevice.h"
 #include "desktop/images/GdkImages.h"
 #include "desktop/media/GstPlayer.h"
@@ -11,7 +12,10 @@
 #include "desktop/web/WebKitEngine.h"
 #include "platform/Platform.h"
 
+#include <map>
 #include <optional>
+#include <string>
+#include <utility>
 
 namespace qoro
 {
@@ -34,6 +38,7 @@ public:
         /// Seconds that the platform's end waits at most for requests under way: trackers of an ad that closed just
         /// before. Their answers come to nobody any more.
         double last_requests_seconds = 2;
+        VideoCache::Options video_cache = {};
     };
 
     explicit DesktopPlatform(const Options& options);
@@ -59,6 +64,10 @@ public:
     /// @param step what is added, within 0 and 1
     void change_volume(float step);
 
+    /// The host has a copy of a video of its own.
+    /// @param path of a file
+    void add_video_copy(const std::string& address, const std::string& path) { video_cache_.add(address, path); }
+
 private:
     /// The output volume of a device that may have no slider.
     class Volume final : public OutputVolume
@@ -74,10 +83,17 @@ private:
         const bool has_slider_;
     };
 
-    /// No video is kept beyond its session.
-    class NoVideoCache final : public VideoCacheStore
+    /// Copies that the host has, before those of the cache.
+    class VideoCopies final : public VideoCacheStore
     {
-        NSString path_for(const NSString&) override { return nullptr; }
+    public:
+        explicit VideoCopies(VideoCache::Options options) : cache_(std::move(options)) {}
+        void add(const std::string& address, const std::string& path) { named_.insert_or_assign(address, path); }
+        NSString path_for(const NSString& address) override;
+
+    private:
+        std::map<std::string, std::string> named_;
+        VideoCache cache_;
     };
 
     const double last_requests_seconds_;
@@ -90,7 +106,7 @@ private:
     SoupFetcher fetcher_{loop_};
     PangoText text_;
     GdkImages images_;
-    NoVideoCache video_cache_;
+    VideoCopies video_cache_;
     Screen screen_{*this};
 };
 

@@ -116,6 +116,15 @@ std::string read_store_page(const Reader& page)
     return pattern;
 }
 
+std::map<std::string, std::string, std::less<>> read_cached(const Reader& host)
+{
+    std::map<std::string, std::string, std::less<>> copies;
+    if (const auto cached = host.at("cached"))
+        for (const auto& [address, path] : cached->entries())
+            copies.insert_or_assign(address, path.text());
+    return copies;
+}
+
 HostSetup read_host(const Reader& host)
 {
     host.with_keys({"autorotates", "rootView", "keyWindow", "parent", "parentWindow", "delegates", "flags", "guid",
@@ -250,9 +259,7 @@ Scenario read_scenario(std::string_view text, const std::string& file)
         scenario.world.device = read_device(*device);
     if (const auto host = reader.at("host")) {
         scenario.host = read_host(*host);
-        if (const auto cached = host->at("cached"))
-            for (const auto& [address, path] : cached->entries())
-                scenario.world.cached.insert_or_assign(address, path.text());
+        scenario.world.cached = read_cached(*host);
     }
     if (const auto sizes = reader.at("text"))
         for (const auto& [of_text, size] : sizes->entries())
@@ -281,8 +288,10 @@ Surroundings read_surroundings(std::string_view text, const std::string& file)
     Surroundings surroundings;
     if (const auto device = reader.at("device"))
         surroundings.device = read_device(*device);
-    if (const auto host = reader.at("host"))
+    if (const auto host = reader.at("host")) {
         surroundings.host = read_host(*host);
+        surroundings.cached = read_cached(*host);
+    }
     return surroundings;
 }
 

@@ -5,6 +5,8 @@
 #include "session/Steps.h"
 #include "session/World.h"
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -31,6 +33,8 @@ Scenario read_scenario(std::string_view text, const std::string& file);
 struct Surroundings {
     DeviceSetup device;
     HostSetup host;
+    /// Paths of local copies by address.
+    std::map<std::string, std::string, std::less<>> cached;
 };
 
 /// @throws InputError

@@ -44,6 +44,8 @@ struct ContractNeeds {
     Clip clip = Clip::Whole;
     /// Whether the test is about the output volume: a platform with a real one then brings a sound server of its own.
     bool volume = false;
+    /// Whether there is a local copy of the video.
+    bool copy = false;
 };
 
 /// A platform under test with the world around it. Each kind of platform has one; where two kinds differ by right (how
@@ -70,6 +72,8 @@ public:
     virtual void data_comes_again() = 0;
 
     virtual std::string address(Address what) = 0;
+    /// The video of which there is a local copy, when the needs say so.
+    virtual std::string copied_address() = 0;
 
     /// The viewer sets the output volume, by whatever the machine has for it.
     /// @param volume 0 to 1
@@ -137,6 +141,12 @@ class LoopContract : public ContractTest
 
 class FetchContract : public ContractTest
 {
+};
+
+class CacheContract : public ContractTest
+{
+protected:
+    CacheContract() : ContractTest({.copy = true}) {}
 };
 
 class TextContract : public ContractTest

@@ -4,6 +4,9 @@
 #include "tests/desktop/support/Desktop.h"
 
 #include "desktop/DesktopPlatform.h"
+#include "desktop/cache/VideoCache.h"
+#include "desktop/cache/VideoDownload.h"
+#include "tests/desktop/app/Command.h"
 #include "tests/desktop/media/SoundServer.h"
 #include "tests/desktop/media/VideoServer.h"
 #include "views/ViewNode.h"
@@ -54,10 +57,11 @@ std::unique_ptr<SoundServer> sound_for(const ContractNeeds& needs)
     return nullptr;
 }
 
-DesktopPlatform::Options options_for(const ContractNeeds& needs)
+DesktopPlatform::Options options_for(const ContractNeeds& needs, const ScratchFolder& scratch)
 {
     DesktopPlatform::Options options;
     options.silent = true;
+    options.video_cache.folder = scratch.path("videos");
     options.last_requests_seconds = 0;    // some servers here never answer
     options.system_volume = needs.volume; // what the viewer can change from outside
     return options;
@@ -66,7 +70,8 @@ DesktopPlatform::Options options_for(const ContractNeeds& needs)
 class DesktopContract final : public ContractPlatform
 {
 public:
-    explicit DesktopContract(const ContractNeeds& needs) : sound_(sound_for(needs)), platform_(options_for(needs))
+    explicit DesktopContract(const ContractNeeds& needs)
+        : sound_(sound_for(needs)), platform_(options_for(needs, scratch_))
     {
         VideoServer::Answer video;
         video.body = clip();
@@ -78,6 +83,10 @@ public:
         server_.serve("/found", {.body = FoundBody, .type = "text/plain"});
         server_.serve("/silent", {.body = "", .silent = true});
         server_.serve("/page.html", {.body = "<html><head></head><body>mraid.js</body></html>", .type = "text/html"});
+        if (needs.copy) {
+            VideoCache cache({.folder = scratch_.path("videos")});
+            EXPECT_EQ(VideoDownload().fetch(cache, copied_address()).error, "");
+        }
         if (sound_) {
             EXPECT_TRUE(sound_->runs());
             // The connection that follows the viewer comes about within the loop.
@@ -117,6 +126,8 @@ public:
         }
         std::abort();
     }
+
+    std::string copied_address() override { return server_.address("/v.mp4"); }
 
     void viewer_sets_volume(float volume) override
     {
@@ -198,6 +209,7 @@ private:
         return result->text;
     }
 
+    const ScratchFolder scratch_;
     const std::unique_ptr<SoundServer> sound_;
     VideoServer server_;
     NoControls controls_;
@@ -219,6 +231,7 @@ INSTANTIATE_TEST_SUITE_P(On, LoopContract, testing::Values(DesktopKind), name_of
 INSTANTIATE_TEST_SUITE_P(On, PlayerContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, VolumeContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, FetchContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, CacheContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, TextContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, PageContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, BrowserContract, testing::Values(DesktopKind), name_of_kind);

@@ -166,11 +166,13 @@ TEST(Scenario, GivesEachSessionACopyOfTheAdWithMappingsOfItsOwn)
 
 TEST(Scenario, ReadsSurroundingsAlone)
 {
-    const Surroundings around =
-        read_surroundings(R"({"device": {"phone": false}, "host": {"parent": true}})", "host.json");
+    const Surroundings around = read_surroundings(R"({"device": {"phone": false},
+                              "host": {"parent": true, "cached": {"http://ad/v.mp4": "v.mp4"}}})",
+                                                  "host.json");
 
     EXPECT_FALSE(around.device.facts.phone);
     EXPECT_TRUE(around.host.parent);
+    EXPECT_EQ(around.cached.at("http://ad/v.mp4"), "v.mp4");
     EXPECT_THROW(read_surroundings(R"({"ad": {}})", "host.json"), InputError);
 }
 

@@ -32,6 +32,8 @@ const std::map<Address, std::string> Addresses{
     {Address::Silent, "http://net.example/silent"},
 };
 
+constexpr const char* CopiedAddress = "http://net.example/v.mp4";
+
 World world_for(const ContractNeeds& needs)
 {
     World world;
@@ -45,6 +47,8 @@ World world_for(const ContractNeeds& needs)
     world.net[Addresses.at(Address::NotFound)] = {false, "not found", "", 0.1};
     world.net[Addresses.at(Address::NobodyThere)] = {false, "no such host", "", 0.1};
     world.net[Addresses.at(Address::Silent)].after = Forever;
+    if (needs.copy)
+        world.cached[CopiedAddress] = "/copies/v.mp4";
     return world;
 }
 
@@ -68,10 +72,11 @@ public:
     }
     void let_pass(double seconds) override { platform_.run_until(platform_.loop().now() + seconds); }
 
-    NSURL video() override { return NSURL::URLWithString("http://net.example/v.mp4"); }
+    NSURL video() override { return NSURL::URLWithString(CopiedAddress); }
     void data_comes_again() override {} // by itself, after StallSeconds
 
     std::string address(Address what) override { return Addresses.at(what); }
+    std::string copied_address() override { return CopiedAddress; }
 
     void viewer_sets_volume(float volume) override
     {
@@ -159,6 +164,7 @@ INSTANTIATE_TEST_SUITE_P(On, LoopContract, testing::Values(SimulatorKind), name_
 INSTANTIATE_TEST_SUITE_P(On, PlayerContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, VolumeContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, FetchContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, CacheContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, TextContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, PageContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, BrowserContract, testing::Values(SimulatorKind), name_of_kind);

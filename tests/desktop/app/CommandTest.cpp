@@ -72,6 +72,9 @@ TEST_F(CommandTest, OtherFilesAreCheckedBeforeAWindowOpensToo)
     EXPECT_NE(complaint({"play", good, "--steps", steps}).find("/0/player"), std::string::npos);
     const std::string host = folder.write("host.json", R"({"devices": {}})");
     EXPECT_NE(complaint({"play", good, "--host", host}).find("/devices"), std::string::npos);
+    const std::string copies = folder.write("copies.json", R"({"host": {"cached": {"v.mp4": "missing.mp4"}}})");
+    EXPECT_EQ(complaint({"play", good, "--host", copies}),
+              "qoro-ad: " + copies + ": /host/cached: expected the path of a file for v.mp4, got \"missing.mp4\"\n");
     EXPECT_NE(complaint({"play", good, "--trace", "/nowhere/trace"}).find("/nowhere/trace: No such"),
               std::string::npos);
     EXPECT_NE(complaint({"play", good, "--snapshot", "1", "--out", good}).find(good), std::string::npos);

@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 
 using namespace qoro::test;
 
@@ -44,11 +45,14 @@ protected:
                                     last_tracker + "\"]" + more + "}");
         std::vector<std::string> arguments{"play",    folder.path("ad.json"), "--for", ClosedAfter, "--mute-output",
                                            "--trace", folder.path("trace")};
+        if (!host_file.empty())
+            arguments.insert(arguments.end(), {"--host", host_file});
         if (const char* option = std::getenv("QORO_WEB_SANDBOX_OPTION"); option && *option)
             arguments.emplace_back(option);
         const CommandResult result = run_command(arguments, Deadline);
         EXPECT_EQ(result.status, 0) << result.errors;
         trace = folder.read("trace");
+        errors = result.errors;
     }
 
     bool says(const std::string& part) const { return trace.find(part) != std::string::npos; }
@@ -61,7 +65,9 @@ protected:
     ScratchFolder folder;
     /// What a close sends after /t/close.
     std::string last_tracker = "/t/close/2";
+    std::string host_file;
     std::string trace;
+    std::string errors;
     const std::string video = (folder.write("clip.mp4", clip()), "clip.mp4");
     const std::string page =
         (folder.write("page.html", "<html><head></head><body>mraid.js</body></html>"), "page.html");
@@ -209,6 +215,94 @@ TEST_F(PlayTest, AnIconThatIsNoPictureIsNone)
     folder.write("icon.png", "not a picture");
     play(video, page, R"(, "strBrandIconUrl": "icon.png")");
     EXPECT_TRUE(says(R"("for":"brandIcon")")) << trace;
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+// ------------------------------------------------------------------------------------------------- copies of videos
+
+namespace
+{
+constexpr const char* MayBeCopied = R"(, "bIsUseVideoCache": true)";
+const std::string PlaysAFile = R"("file":true)";
+
+/// The program's own cache, for as long as the test runs.
+class PlayFromCacheTest : public PlayTest
+{
+protected:
+    PlayFromCacheTest() { setenv("XDG_CACHE_HOME", folder.path("cache").c_str(), 1); }
+    ~PlayFromCacheTest() override { unsetenv("XDG_CACHE_HOME"); }
+
+    /// Prefetches the clip, and ends the server that had it.
+    /// @return its address
+    static std::string prefetched()
+    {
+        RawServer server([](const auto&, const auto& connection) {
+            connection.send("HTTP/1.1 200 OK\r\nContent-Type: video/mp4\r\nConnection: close\r\nContent-Length: " +
+                            std::to_string(clip().size()) + "\r\n\r\n" + clip());
+        });
+        const std::string address = server.base() + "/clip.mp4";
+        EXPECT_EQ(run_command({"cache", "prefetch", address}, Deadline).status, 0);
+        return address;
+    }
+};
+} // namespace
+
+TEST_F(PlayFromCacheTest, APrefetchedVideoPlaysAlthoughItsServerIsGone)
+{
+    play(prefetched(), page, MayBeCopied);
+    EXPECT_TRUE(says(PlaysAFile)) << trace;
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayFromCacheTest, AnAdThatMayNotUseTheCacheStreams)
+{
+    play(prefetched(), page);
+    EXPECT_FALSE(says(PlaysAFile)) << trace;
+    EXPECT_TRUE(says(Failed)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayFromCacheTest, AVideoWithoutACopyStreamsAndPlayingItMakesNone)
+{
+    play(video, page, MayBeCopied);
+    EXPECT_FALSE(says(PlaysAFile)) << trace;
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+    EXPECT_FALSE(std::filesystem::exists(folder.path("cache/qoro-ad")));
+}
+
+TEST_F(PlayFromCacheTest, ADamagedCopyIsNotPlayed)
+{
+    const std::string address = prefetched();
+    for (const auto& file : std::filesystem::directory_iterator(folder.path("cache/qoro-ad/videos")))
+        if (file.path().extension() == ".video")
+            std::filesystem::resize_file(file.path(), 1000);
+    play(address, page, MayBeCopied);
+    EXPECT_FALSE(says(PlaysAFile)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayFromCacheTest, ACacheThatCannotBeUsedIsOneLineAndTheVideoStreams)
+{
+    std::filesystem::create_directory(folder.path("cache"));
+    folder.write("cache/qoro-ad", "a file");
+    play(video, page, MayBeCopied);
+    EXPECT_NE(errors.find("qoro-ad: the video cache can't be used: " + folder.path("cache/qoro-ad/videos") +
+                          ": Not a directory\n"),
+              std::string::npos)
+        << errors;
+    EXPECT_EQ(errors.find("video cache"), errors.rfind("video cache")) << errors;
+    EXPECT_TRUE(says(Ended)) << trace;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayFromCacheTest, ACopyThatTheHostHasIsPlayed)
+{
+    host_file = folder.write("host.json", R"({"host": {"parent": true, "cached": {"remote.mp4": "clip.mp4"}}})");
+    play("remote.mp4", page, MayBeCopied);
+    EXPECT_TRUE(says(PlaysAFile)) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
 }
