@@ -2,6 +2,7 @@
 #include "session/InputError.h"
 
 #ifdef QORO_DESKTOP
+#include "app/Cache.h"
 #include "app/Play.h"
 #include "app/PlayOptions.h"
 #endif
@@ -50,6 +51,9 @@ int main(int argc, char** argv)
     qoro::PlayOptions play_options;
     CLI::App* const play = app.add_subcommand("play", "Play an ad in a window");
     qoro::add_play_options(*play, play_options);
+    qoro::CacheOptions cache_options;
+    CLI::App* const cache = app.add_subcommand("cache");
+    qoro::add_cache_options(*cache, cache_options);
 #endif
     qoro::SimulateOptions simulate_options;
     qoro::add_simulate_options(*app.add_subcommand("simulate"), simulate_options);
@@ -66,6 +70,8 @@ int main(int argc, char** argv)
 #ifdef QORO_DESKTOP
         if (play->parsed())
             return qoro::play(play_options);
+        if (cache->parsed())
+            return qoro::cache_command(cache_options);
 #endif
         return qoro::simulate_command(simulate_options);
     } catch (const qoro::InputError& error) {

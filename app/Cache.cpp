@@ -1,0 +1,161 @@
+#include "app/Cache.h"
+
+#include "desktop/cache/VideoCache.h"
+#include "desktop/cache/VideoDownload.h"
+#include "desktop/net/HttpAddress.h"
+#include "session/InputError.h"
+
+#include <CLI/CLI.hpp>
+#include <glib.h>
+#include <nlohmann/json.hpp>
+
+#include <charconv>
+#include <iostream>
+
+namespace qoro
+{
+
+namespace
+{
+constexpr const char* Description = "List, fill or empty the cache of videos that ads may play instead of streaming";
+
+constexpr const char* Advice =
+    "An ad with \"bIsUseVideoCache\" plays the copy of its video when there is one; playing an ad makes none.\n"
+    "docs/cache.md says what is kept and how.\n\n"
+    "Exit status: 0; 1 a video could not be had, or the cache can't be used (a line on standard error for each);\n"
+    "2 an address or an option is not usable.\n";
+
+constexpr std::uint64_t Megabyte = 1'000'000;
+constexpr std::int64_t Microsecond = 1000;
+
+/// "2026-03-01T09:30:00Z"
+std::string date_of(std::int64_t nanoseconds)
+{
+    GDateTime* moment = g_date_time_new_from_unix_utc(nanoseconds / 1'000'000 / Microsecond);
+    char* text = g_date_time_format(moment, "%Y-%m-%dT%H:%M:%SZ");
+    g_date_time_unref(moment);
+    std::string date = text ? text : "";
+    g_free(text);
+    return date;
+}
+
+std::string size_of(std::uint64_t bytes)
+{
+    char* text = g_format_size(bytes);
+    std::string size = text;
+    g_free(text);
+    return size;
+}
+
+void list(const VideoCache& cache, bool as_json)
+{
+    for (const CachedVideo& video : cache.videos()) {
+        if (as_json)
+            std::cout << nlohmann::ordered_json{{"address", video.address},
+                                                {"bytes", video.length},
+                                                {"lastUse", date_of(video.last_use)},
+                                                {"path", video.path}}
+                             .dump(-1, ' ', false, nlohmann::json::error_handler_t::replace)
+                      << '\n';
+        else
+            std::cout << date_of(video.last_use) << "  " << video.length << " bytes  " << video.address << '\n';
+    }
+}
+
+int prefetch(VideoCache& cache, const std::vector<std::string>& addresses)
+{
+    for (const std::string& address : addresses)
+        if (!is_http_address(address))
+            throw InputError("cache prefetch", "", "expected an address of http or https, got \"" + address + "\"");
+    int status = 0;
+    VideoDownload download;
+    for (const std::string& address : addresses) {
+        const VideoDownload::Result result = download.fetch(cache, address);
+        if (!result.error.empty()) {
+            std::cerr << "qoro-ad: " << address << ": " << result.error << std::endl;
+            status = 1;
+            continue;
+        }
+        std::cout << (result.was_there ? "there already  " : "fetched  ") << result.length << " bytes  " << address
+                  << std::endl;
+    }
+    return status;
+}
+
+void empty(VideoCache& cache)
+{
+    const VideoCache::Removed removed = cache.empty();
+    std::cout << "removed " << removed.videos << (removed.videos == 1 ? " video, " : " videos, ")
+              << size_of(removed.bytes) << '\n';
+}
+
+std::string check_format(const std::string& name)
+{
+    return name == "json" || name == "text" ? "" : "expected json or text, got \"" + name + "\"";
+}
+
+std::string check_megabytes(const std::string& text)
+{
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool good = error == std::errc() && end == text.data() + text.size() && number >= 1 && number <= 1'000'000;
+    return good ? "" : "expected a whole number of megabytes from 1 to 1000000, got \"" + text + "\"";
+}
+} // namespace
+
+void add_cache_options(CLI::App& command, CacheOptions& options)
+{
+    command.description(Description);
+    command.footer(Advice);
+    command.require_subcommand(1);
+    command.add_option("--dir", options.folder, "The cache's folder; " + VideoCache::default_folder() + " unless told")
+        ->type_name("DIR");
+
+    CLI::App& list = *command.add_subcommand("list", "A line for each copy: its last use, its size, its address");
+    list.fallthrough();
+    list.add_option_function<std::string>(
+            "--format", [&options](const std::string& name) { options.json = name == "json"; },
+            "An object a line, or a line to read; text unless told")
+        ->type_name("json|text")
+        ->check(CLI::Validator(check_format, ""));
+    list.callback([&options] { options.what = CacheOptions::Do::List; });
+
+    CLI::App& prefetch = *command.add_subcommand("prefetch", "Fetch videos that are not there yet; a line for each");
+    prefetch.fallthrough();
+    prefetch.add_option("addresses", options.addresses, "The videos, as the ads name them: http or https")
+        ->type_name("ADDRESS")
+        ->required();
+    prefetch
+        .add_option("--limit", options.most_megabytes,
+                    "Megabytes of all copies together; those not used for the longest time go first")
+        ->type_name("MB")
+        ->check(CLI::Validator(check_megabytes, ""));
+    prefetch.callback([&options] { options.what = CacheOptions::Do::Prefetch; });
+
+    CLI::App& empty = *command.add_subcommand("empty", "Remove all copies, and say how many there were");
+    empty.fallthrough();
+    empty.callback([&options] { options.what = CacheOptions::Do::Empty; });
+}
+
+int cache_command(const CacheOptions& options)
+{
+    VideoCache::Options of_cache;
+    if (!options.folder.empty())
+        of_cache.folder = options.folder;
+    if (options.most_megabytes)
+        of_cache.most_bytes = *options.most_megabytes * Megabyte;
+    VideoCache cache(std::move(of_cache));
+    switch (options.what) {
+    case CacheOptions::Do::List:
+        list(cache, options.json);
+        return 0;
+    case CacheOptions::Do::Prefetch:
+        return prefetch(cache, options.addresses);
+    case CacheOptions::Do::Empty:
+        empty(cache);
+        return 0;
+    }
+    return 0;
+}
+
+} // namespace qoro

@@ -1,0 +1,192 @@
+#include "tests/desktop/app/Command.h"
+#include "tests/desktop/media/VideoServer.h"
+#include "tests/desktop/net/RawHttp.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <future>
+
+using namespace qoro::test;
+
+// The command as its user meets it.
+
+namespace
+{
+constexpr double Deadline = 30;
+
+class CacheTest : public testing::Test
+{
+protected:
+    CommandResult cache(std::vector<std::string> arguments, double seconds = Deadline) const
+    {
+        arguments.insert(arguments.begin(), "cache");
+        arguments.insert(arguments.end(), {"--dir", folder.path("videos")});
+        return run_command(arguments, seconds);
+    }
+    /// What the command complains of when it can't be done as it was asked for.
+    std::string complaint(const std::vector<std::string>& arguments, int status) const
+    {
+        const CommandResult result = cache(arguments);
+        EXPECT_EQ(result.status, status) << result.errors;
+        EXPECT_EQ(result.output, "");
+        EXPECT_EQ(std::ranges::count(result.errors, '\n'), 1) << result.errors;
+        return result.errors;
+    }
+    std::string video(const std::string& path, const std::string& content)
+    {
+        server.serve(path, {.body = content});
+        return server.address(path);
+    }
+    /// How many parts of videos lie there.
+    std::ptrdiff_t parts() const
+    {
+        return std::ranges::count_if(std::filesystem::directory_iterator(folder.path("videos")),
+                                     [](const auto& entry) { return entry.path().extension() == ".part"; });
+    }
+
+    ScratchFolder folder;
+    VideoServer server;
+};
+} // namespace
+
+TEST_F(CacheTest, WhatIsPrefetchedIsListedAndEmptied)
+{
+    const std::string one = video("/1.mp4", "one video");
+    const std::string two = video("/2.mp4", "another video");
+
+    const CommandResult prefetched = cache({"prefetch", one, two});
+    EXPECT_EQ(prefetched.status, 0) << prefetched.errors;
+    EXPECT_EQ(prefetched.output, "fetched  9 bytes  " + one + "\nfetched  13 bytes  " + two + "\n");
+    EXPECT_EQ(prefetched.errors, "");
+    EXPECT_EQ(cache({"prefetch", one}).output, "there already  9 bytes  " + one + "\n");
+
+    const CommandResult listed = cache({"list"});
+    EXPECT_EQ(listed.status, 0);
+    EXPECT_EQ(std::ranges::count(listed.output, '\n'), 2);
+    EXPECT_LT(listed.output.find("Z  9 bytes  " + one), listed.output.find("Z  13 bytes  " + two)) << listed.output;
+
+    EXPECT_EQ(cache({"empty"}).output, "removed 2 videos, 22 bytes\n");
+    EXPECT_EQ(cache({"list"}).output, "");
+    EXPECT_EQ(cache({"empty"}).output, "removed 0 videos, 0 bytes\n");
+}
+
+TEST_F(CacheTest, AListAsJsonIsAnObjectALine)
+{
+    const std::string address = video("/1.mp4", "one video");
+    cache({"prefetch", address});
+    const CommandResult listed = cache({"list", "--format", "json"});
+    EXPECT_EQ(listed.status, 0);
+    EXPECT_TRUE(listed.output.starts_with(R"({"address":")" + address + R"(","bytes":9,"lastUse":"2)"))
+        << listed.output;
+    EXPECT_NE(listed.output.find(R"(,"path":")" + folder.path("videos/")), std::string::npos) << listed.output;
+    EXPECT_TRUE(listed.output.ends_with(".video\"}\n")) << listed.output;
+}
+
+TEST_F(CacheTest, AVideoThatCannotBeHadIsALineAndTheOthersAreFetched)
+{
+    const std::string good = video("/1.mp4", "one video");
+    const std::string missing = server.address("/missing.mp4");
+    const CommandResult result = cache({"prefetch", missing, good});
+    EXPECT_EQ(result.status, 1);
+    EXPECT_EQ(result.errors, "qoro-ad: " + missing + ": HTTP status 404\n");
+    EXPECT_EQ(result.output, "fetched  9 bytes  " + good + "\n");
+}
+
+TEST_F(CacheTest, WhatIsNoAddressIsRefusedBeforeAnythingIsFetched)
+{
+    const std::string good = video("/1.mp4", "one video");
+    EXPECT_EQ(complaint({"prefetch", good, "clip.mp4"}, 2),
+              "qoro-ad: cache prefetch: expected an address of http or https, got \"clip.mp4\"\n");
+    EXPECT_EQ(complaint({"prefetch", "file:///etc/hostname"}, 2),
+              "qoro-ad: cache prefetch: expected an address of http or https, got \"file:///etc/hostname\"\n");
+    EXPECT_EQ(server.requests(), 0);
+}
+
+TEST_F(CacheTest, OptionsThatMakeNoSenseAreRefused)
+{
+    complaint({}, 2);
+    complaint({"prefetch"}, 2);
+    complaint({"list", "http://ad.example/v.mp4"}, 2);
+    EXPECT_EQ(complaint({"list", "--format", "xml"}, 2), "qoro-ad: --format: expected json or text, got \"xml\"\n");
+    EXPECT_EQ(complaint({"prefetch", "http://ad.example/v.mp4", "--limit", "much"}, 2),
+              "qoro-ad: --limit: expected a whole number of megabytes from 1 to 1000000, got \"much\"\n");
+}
+
+TEST_F(CacheTest, AFolderThatIsNoneIsALine)
+{
+    folder.write("videos", "a file");
+    const std::string said = "qoro-ad: " + folder.path("videos") + ": Not a directory\n";
+    EXPECT_EQ(complaint({"list"}, 1), said);
+    EXPECT_EQ(complaint({"empty"}, 1), said);
+    const std::string address = video("/1.mp4", "one video");
+    EXPECT_EQ(complaint({"prefetch", address}, 1),
+              "qoro-ad: " + address + ": " + folder.path("videos") + ": Not a directory\n");
+}
+
+TEST_F(CacheTest, TheLimitHoldsAndTheLastUsedStay)
+{
+    const std::string content(400'000, 'x');
+    std::vector<std::string> arguments{"prefetch", "--limit", "1"};
+    for (const char* path : {"/1.mp4", "/2.mp4", "/3.mp4", "/4.mp4"})
+        arguments.push_back(video(path, content));
+    cache(arguments);
+    const std::string listed = cache({"list"}).output;
+    EXPECT_EQ(std::ranges::count(listed, '\n'), 2) << listed;
+    EXPECT_LT(listed.find("/4.mp4"), listed.find("/3.mp4")) << listed;
+}
+
+TEST_F(CacheTest, ManyProcessesAtOnceLeaveWholeCopiesWithinTheBound)
+{
+    // Each wants all of them, in its own order, and there is room for less than half.
+    const std::vector<std::string> names{"/0", "/1", "/2", "/3", "/4", "/5"};
+    std::vector<std::string> addresses;
+    for (std::size_t i = 0; i < names.size(); ++i)
+        addresses.push_back(video(names[i], std::string(400'000, static_cast<char>('a' + i))));
+    std::vector<std::future<CommandResult>> processes;
+    for (int p = 0; p < 6; ++p) {
+        std::ranges::rotate(addresses, addresses.begin() + 1);
+        std::vector<std::string> arguments{"prefetch", "--limit", "1"};
+        arguments.insert(arguments.end(), addresses.begin(), addresses.end());
+        processes.push_back(std::async(std::launch::async, [this, arguments] { return cache(arguments); }));
+    }
+    for (auto& process : processes) {
+        const CommandResult result = process.get();
+        EXPECT_EQ(result.status, 0) << result.errors;
+    }
+
+    const std::string listed = cache({"list"}).output;
+    EXPECT_EQ(std::ranges::count(listed, '\n'), 2) << listed;
+    EXPECT_EQ(parts(), 0);
+    std::ptrdiff_t videos = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(folder.path("videos"))) {
+        if (entry.path().extension() != ".video")
+            continue;
+        ++videos;
+        const std::string content = folder.read("videos/" + entry.path().filename().string());
+        EXPECT_EQ(content, std::string(400'000, content.at(0)));
+    }
+    EXPECT_EQ(videos, 2);
+}
+
+TEST_F(CacheTest, WhatAKilledProcessLeavesIsNeverACopyAndGoesWithTheNextVideo)
+{
+    server.serve("/stalls.mp4", {.body = std::string(100'000, 'x'), .holds_at = 50'000});
+    const std::string stalls = server.address("/stalls.mp4");
+
+    EXPECT_EQ(cache({"prefetch", stalls}, 2).status, -1) << "killed after two seconds";
+
+    EXPECT_EQ(parts(), 1);
+    EXPECT_EQ(cache({"list"}).output, "");
+    cache({"prefetch", video("/1.mp4", "one video")});
+    EXPECT_EQ(parts(), 0);
+}
+
+TEST_F(CacheTest, HelpSaysWhatThereIs)
+{
+    const CommandResult result = run_command({"cache", "--help"}, Deadline);
+    EXPECT_EQ(result.status, 0);
+    for (const char* word : {"list", "prefetch", "empty", "--dir", "docs/cache.md"})
+        EXPECT_NE(result.output.find(word), std::string::npos) << word;
+}
