@@ -212,6 +212,8 @@ private:
                                           [&path](const std::string& tracker) { return stands_for(tracker, path); });
         const bool reads = hit.method == SOUP_METHOD_GET || hit.method == SOUP_METHOD_HEAD;
         if (hit.tracker) {
+            // libsoup closes after an answer without a length; a client that is told sends nothing more on it.
+            soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
             answer_with(message, SOUP_STATUS_NO_CONTENT);
             return;
         }

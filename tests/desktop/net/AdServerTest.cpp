@@ -69,6 +69,15 @@ bool has_header(const std::string& answer, const std::string& header)
 }
 } // namespace
 
+TEST_F(AdServerTest, ATrackersAnswerSaysThatItsConnectionEnds)
+{
+    const int port = test::port_of(server->base());
+    const std::string answer =
+        converse(port, "GET /t/start HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) + "\r\n\r\n");
+    EXPECT_EQ(status_of(answer), "HTTP/1.1 204");
+    EXPECT_NE(answer.find("\r\nConnection: close\r\n"), std::string::npos) << answer;
+}
+
 TEST_F(AdServerTest, ServesAFileOfTheFolderWithItsType)
 {
     const std::string answer = get("/page.html");
