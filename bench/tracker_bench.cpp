@@ -6,8 +6,10 @@
 // TRACKERS: 10000 unless told. They are asked for in lists of ten, a list in each turn of the loop, as fast as it
 // turns. Beside this program's fetcher: libsoup alone, on the main loop, given 64 at a time; and `curl --parallel` with
 // 64 at a time, which has no loop to hold up. The loop at rest tells how long it stands still on this machine anyway.
-// Prints for each the trackers sent, answered with success and received by the server (each counted once), the longest
-// time that the loop stood still, and the time to the last answer; then the ratios to the peers.
+// Prints for each the trackers sent, answered with success and received by the server, the longest time that the loop
+// stood still, the most that its own thread computed in such a time (the rest is other threads' and programs'), and the
+// time to the last answer; then the ratios to the peers. Exits with 1 when a tracker of this program's was lost or came
+// twice.
 
 #include "desktop/GlibLoop.h"
 #include "desktop/net/AdServer.h"
@@ -19,6 +21,8 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <set>
@@ -39,49 +43,86 @@ struct Figures {
     const char* name;
     int sent = 0;
     int succeeded = 0;
-    std::size_t received = 0;
+    /// Negative when one came twice.
+    int received = 0;
     /// Seconds; negative where there is no loop.
     double longest_stall = -1;
+    /// Seconds that the loop's own thread computed in the turn in which it computed most.
+    double longest_work = -1;
     double seconds = 0;
 };
 
 std::string path_of(const std::string& run, int number)
 {
-    return "/t/" + run + "/" + std::to_string(number);
+    return "/t?" + run + "=" + std::to_string(number);
 }
 
-/// How many different trackers of a run the server got.
-std::size_t received(const qoro::AdServer& server, const std::string& run)
+/// A folder with an empty file "t", gone with the object.
+struct Folder {
+    const std::string path = [] {
+        char* made = g_dir_make_tmp("trackers-XXXXXX", nullptr);
+        const std::string text = made ? made : "";
+        g_free(made);
+        std::ofstream(text + "/t");
+        return text;
+    }();
+    Folder() = default;
+    ~Folder() { std::filesystem::remove_all(path); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+};
+
+/// How many trackers of a run the server got; all of them are different, or the answer is negative.
+int received(const qoro::AdServer& server, const std::string& run)
 {
+    int count = 0;
     std::set<std::string> targets;
     for (const qoro::AdServerHit& hit : server.hits())
-        if (hit.target.starts_with("/t/" + run + "/"))
+        if (hit.target.starts_with("/t?" + run + "=")) {
+            ++count;
             targets.insert(hit.target);
-    return targets.size();
+        }
+    return targets.size() == static_cast<std::size_t>(count) ? count : -count;
 }
 
 /// Notes how long a loop stands still, as long as it lives.
 class Watch
 {
 public:
-    explicit Watch(qoro::GlibLoop& loop) : loop_(loop), last_(loop.now())
+    explicit Watch(qoro::GlibLoop& loop) : loop_(loop), last_(loop.now()), last_work_(thread_seconds())
     {
         timer_ = loop_.start_timer(Look, true, [this] {
             longest_ = std::max(longest_, loop_.now() - last_);
+            longest_work_ = std::max(longest_work_, thread_seconds() - last_work_);
             last_ = loop_.now();
+            last_work_ = thread_seconds();
         });
     }
     ~Watch() { loop_.stop_timer(timer_); }
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    double longest() const { return longest_; }
+    void tell(Figures& figures) const
+    {
+        figures.longest_stall = longest_;
+        figures.longest_work = longest_work_;
+    }
 
 private:
+    /// Processor time of the thread that asks.
+    static double thread_seconds()
+    {
+        timespec time{};
+        clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+        return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+    }
+
     qoro::GlibLoop& loop_;
     qoro::TimerId timer_;
     double last_;
+    double last_work_;
     double longest_ = 0;
+    double longest_work_ = 0;
 };
 
 Figures run_at_rest(qoro::GlibLoop& loop)
@@ -89,7 +130,7 @@ Figures run_at_rest(qoro::GlibLoop& loop)
     Figures figures{.name = "at rest"};
     const Watch watch(loop);
     loop.run_until([] { return false; }, RestSeconds);
-    figures.longest_stall = watch.longest();
+    watch.tell(figures);
     figures.seconds = RestSeconds;
     return figures;
 }
@@ -113,7 +154,7 @@ Figures run_ours(qoro::GlibLoop& loop, const qoro::AdServer& server, int tracker
     loop.post(send_list);
     loop.run_until([&] { return answered == trackers; }, Patience);
     figures.seconds = loop.now() - begun;
-    figures.longest_stall = watch.longest();
+    watch.tell(figures);
     figures.received = received(server, "ours");
     return figures;
 }
@@ -156,7 +197,7 @@ Figures run_libsoup(qoro::GlibLoop& loop, const qoro::AdServer& server, int trac
         libsoup.send_one();
     loop.run_until([&] { return libsoup.answered == trackers; }, Patience);
     libsoup.figures.seconds = loop.now() - begun;
-    libsoup.figures.longest_stall = watch.longest();
+    watch.tell(libsoup.figures);
     libsoup.figures.received = received(server, "libsoup");
     g_object_unref(libsoup.session);
     return libsoup.figures;
@@ -180,17 +221,17 @@ Figures run_curl(qoro::GlibLoop& loop, const qoro::AdServer& server, int tracker
     g_remove(list);
     g_free(list);
     figures.received = received(server, "curl");
-    figures.succeeded = ended_well ? static_cast<int>(figures.received) : 0;
+    figures.succeeded = ended_well ? figures.received : 0;
     return figures;
 }
 
 void print(const Figures& figures)
 {
-    std::printf("%-16s %7d %10d %9zu ", figures.name, figures.sent, figures.succeeded, figures.received);
+    std::printf("%-16s %7d %10d %9d ", figures.name, figures.sent, figures.succeeded, figures.received);
     if (figures.longest_stall < 0)
-        std::printf("%14s", "-");
+        std::printf("%14s %13s", "-", "-");
     else
-        std::printf("%14.2f", figures.longest_stall * 1000);
+        std::printf("%14.2f %13.2f", figures.longest_stall * 1000, figures.longest_work * 1000);
     std::printf(" %9.3f\n", figures.seconds);
 }
 
@@ -199,7 +240,9 @@ void print(const Figures& figures)
 int main(int argc, char** argv)
 {
     const int trackers = argc > 1 ? std::atoi(argv[1]) : 10000;
-    const qoro::AdServer server({.folder = "", .trackers = {"/t/{n}"}, .script = ""});
+    // A file, since the server keeps the connection after an answer that has a length.
+    const Folder folder;
+    const qoro::AdServer server({.folder = folder.path, .trackers = {}, .script = ""});
     if (!server.listens())
         return 1;
     qoro::GlibLoop loop;
@@ -208,14 +251,14 @@ int main(int argc, char** argv)
     const Figures libsoup = run_libsoup(loop, server, trackers);
     const Figures curl = run_curl(loop, server, trackers);
 
-    std::printf("%-16s %7s %10s %9s %14s %9s\n", "trackers", "sent", "succeeded", "received", "longest stall",
-                "seconds");
-    std::printf("%-16s %7s %10s %9s %14s %9s\n", "", "", "", "", "ms", "");
+    std::printf("%-16s %7s %10s %9s %14s %13s %9s\n", "", "sent", "succeeded", "received", "longest stall",
+                "longest work", "time");
+    std::printf("%-16s %7s %10s %9s %14s %13s %9s\n", "", "", "", "", "ms", "ms", "s");
     print(rest);
     print(ours);
     print(libsoup);
     print(curl);
-    std::printf("time to libsoup's: %.2f, to curl's: %.2f; stall to libsoup's: %.2f\n", ours.seconds / libsoup.seconds,
-                ours.seconds / curl.seconds, ours.longest_stall / libsoup.longest_stall);
-    return ours.received == static_cast<std::size_t>(trackers) && ours.succeeded == trackers ? 0 : 1;
+    std::printf("time to libsoup's: %.2f, to curl's: %.2f; work to libsoup's: %.2f\n", ours.seconds / libsoup.seconds,
+                ours.seconds / curl.seconds, ours.longest_work / libsoup.longest_work);
+    return ours.received == trackers && ours.succeeded == trackers ? 0 : 1;
 }
