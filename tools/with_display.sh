@@ -5,7 +5,8 @@ set -eu
 scratch=$(mktemp -d)
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
 server=$!
-trap 'kill $server 2>/dev/null || true; rm -rf "$scratch"' EXIT
+# Waited for: a server that is still going takes the next one's socket with it.
+trap 'kill $server 2>/dev/null || true; wait $server 2>/dev/null || true; rm -rf "$scratch"' EXIT
 trap 'exit 143' TERM
 trap 'exit 130' INT
 waited=0
