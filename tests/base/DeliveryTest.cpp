@@ -153,7 +153,7 @@ TEST(SendImpression, TellsTheSuperclassThenTheParent)
 
     session->sendImpression();
 
-    EXPECT_THAT(session.transcript(), ElementsAre("super sendImpression", "parent bIsSendImpression"));
+    EXPECT_THAT(session.transcript(), ElementsAre("super sendImpression", "parent bIsSendImpression true"));
 }
 
 TEST(SendImpression, WithoutAParentTellsTheSuperclassAlone)

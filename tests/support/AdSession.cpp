@@ -39,7 +39,10 @@ public:
     {
         platform().tell("parent", {{"do", "closeVideoAdUnit"}, {"close", close}});
     }
-    void setBIsSendImpression(bool) override { tell("bIsSendImpression"); }
+    void setBIsSendImpression(bool sent) override
+    {
+        platform().tell("parent", {{"do", "bIsSendImpression"}, {"sent", sent}});
+    }
 
 private:
     void tell(std::string_view what) { platform().tell("parent", {{"do", what}}); }
