@@ -49,6 +49,7 @@ NSString DesktopPlatform::VideoCopies::path_for(const NSString& address)
 void DesktopPlatform::leave_app()
 {
     players_.leave_app();
+    loop_.post([this] { application_did_enter_background(); });
 }
 
 void DesktopPlatform::return_to_app()

@@ -55,7 +55,7 @@ public:
     VideoCacheStore& video_cache() override { return video_cache_; }
     Screen& display() override { return screen_; }
 
-    /// The user leaves the application: what plays pauses, and nothing is posted.
+    /// The user leaves the application: what plays pauses, and the kit alone is told.
     void leave_app();
     /// The user comes back: will-enter-foreground, then did-become-active, each as an event of its own. The players
     /// stay paused until they are told to play.

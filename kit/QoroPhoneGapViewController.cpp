@@ -1,5 +1,7 @@
 #include "platform/QoroPhoneGapViewController.h"
 
+#include "kit/MessageBudget.h"
+#include "kit/Mraid.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/ZulixOpenInAppApplicationViewController.h"
 #include "views/ViewNode.h"
@@ -27,7 +29,8 @@ std::string_view document_of(const NSURL& address)
 
 } // namespace
 
-QoroPhoneGapViewController::QoroPhoneGapViewController() : platform_(Platform::current())
+QoroPhoneGapViewController::QoroPhoneGapViewController()
+    : platform_(Platform::current()), messages_(std::make_unique<MessageBudget>())
 {
 }
 
@@ -100,6 +103,34 @@ void QoroPhoneGapViewController::listenerCallbackToJS(const NSString& event, con
     for (const Value& listener : listeners)
         callbacks.push_back(listener.array()[1]);
     webView_.callListeners(event.text(), NSArray(std::move(callbacks)), withData);
+}
+
+ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage& message)
+{
+    if (!has_room_for_a_message())
+        return {"too many messages", nullptr};
+    if (!Mraid::is_for(message))
+        return callFromScript(message);
+    if (!mraid_)
+        mraid_ = std::make_shared<Mraid>(*this, platform_);
+    const auto held = mraid_;
+    return held->carry_out(message);
+}
+
+bool QoroPhoneGapViewController::has_room_for_a_message()
+{
+    const double now = platform_.loop().now();
+    if (messages_->take(now))
+        return true;
+    // A page that floods its ad does not flood the trace: a line tells of all that a second refused.
+    ++refused_untold_;
+    if (now - refusal_told_ >= 1) {
+        platform_.tell("web",
+                       {{"do", "refused"}, {"what", "message"}, {"why", "too many"}, {"times", refused_untold_}});
+        refusal_told_ = now;
+        refused_untold_ = 0;
+    }
+    return false;
 }
 
 ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& message)
@@ -195,7 +226,7 @@ bool QoroPhoneGapViewController::should_start_load(const NSURL& address, int nav
 ScriptAnswer QoroPhoneGapViewController::message(const ScriptMessage& message)
 {
     const auto held = weak_from_this().lock();
-    return callFromScript(message);
+    return take_script_message(message);
 }
 
 void QoroPhoneGapViewController::died(const std::string& reason)

@@ -183,6 +183,8 @@ NSString bundleDisplayName();
 std::string CC_MD5(std::string_view bytes);
 
 // Notifications of the platform.
+inline constexpr std::string_view UIApplicationDidEnterBackgroundNotification =
+    "UIApplicationDidEnterBackgroundNotification";
 inline constexpr std::string_view UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";
 inline constexpr std::string_view UIApplicationWillEnterForegroundNotification =
     "UIApplicationWillEnterForegroundNotification";

@@ -5,6 +5,7 @@
 
 #include <cstdio>
 #include <cstdlib>
+#include <utility>
 
 namespace qoro
 {
@@ -41,6 +42,13 @@ void Platform::drop_shared()
     }
 }
 
+void Platform::views_changed()
+{
+    display().needs_display();
+    for (const ViewWatch* watch : view_watches_)
+        watch->changed_();
+}
+
 void Platform::output_volume_changed()
 {
     dispatch([this] { shared<NSNotificationCenter>().deliver(SystemVolumeDidChangeNotification); });
@@ -54,6 +62,11 @@ void Platform::device_orientation_changed()
 void Platform::status_bar_frame_changed()
 {
     dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidChangeStatusBarFrameNotification); });
+}
+
+void Platform::application_did_enter_background()
+{
+    dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidEnterBackgroundNotification); });
 }
 
 void Platform::application_will_enter_foreground()
@@ -77,6 +90,17 @@ void Platform::audio_interrupted(int type)
 void Platform::fault(std::string_view operation, std::string_view message)
 {
     tell("fault", {{"operation", operation}, {"message", message}});
+}
+
+ViewWatch::ViewWatch(Platform& platform, std::function<void()> changed)
+    : platform_(platform), changed_(std::move(changed))
+{
+    platform_.view_watches_.push_back(this);
+}
+
+ViewWatch::~ViewWatch()
+{
+    std::erase(platform_.view_watches_, this);
 }
 
 PlatformScope::PlatformScope(Platform& platform) : before_(current_platform)

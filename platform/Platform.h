@@ -2,6 +2,7 @@
 
 #include "platform/Ports.h"
 
+#include <functional>
 #include <memory>
 #include <type_traits>
 #include <typeindex>
@@ -10,6 +11,8 @@
 
 namespace qoro
 {
+
+class ViewWatch;
 
 /// One platform with its ports: a simulated one, or the machine's own. It belongs to the thread that made it current.
 /// Only making an object and asking for a shared one consult the current platform; an object keeps the one that it
@@ -59,6 +62,9 @@ public:
     template <typename F>
     void dispatch(F&& event);
 
+    /// Something that can be seen has changed: the display is told, and whoever watches (ViewWatch).
+    void views_changed();
+
     // What a platform reports to the controller's side, each inside an event of its own.
 
     /// The output volume changed, by whomever.
@@ -67,17 +73,37 @@ public:
     void device_orientation_changed();
     /// The status bar's orientation changed.
     void status_bar_frame_changed();
+    /// Heard by the kit alone.
+    void application_did_enter_background();
     void application_will_enter_foreground();
     void application_did_become_active();
     /// @param type AVAudioSessionInterruptionType: 1 began, 0 ended
     void audio_interrupted(int type);
 
 private:
+    friend class ViewWatch;
     void fault(std::string_view operation, std::string_view message);
 
     Witness* witness_ = nullptr;
+    std::vector<ViewWatch*> view_watches_;
     /// In the order of their making. A handful: a search by hand is the quickest, and their end has an order.
     std::vector<std::pair<std::type_index, std::shared_ptr<void>>> shared_;
+};
+
+/// Calls back, inside whatever is running, for every change of what can be seen, as long as it lives. Who looks at the
+/// view tree looks later, when the event that changes it has ended.
+class ViewWatch
+{
+public:
+    ViewWatch(Platform& platform, std::function<void()> changed);
+    ~ViewWatch();
+    ViewWatch(const ViewWatch&) = delete;
+    ViewWatch& operator=(const ViewWatch&) = delete;
+
+private:
+    friend class Platform;
+    Platform& platform_;
+    const std::function<void()> changed_;
 };
 
 /// Makes a platform the thread's current one for as long as the scope lives.

@@ -232,6 +232,8 @@ public:
     /// The address of the page that is shown; null before any.
     virtual NSURL current_address() const = 0;
     virtual void set_scales_page_to_fit(bool scales) = 0;
+    /// Points of the view to a point of the page: less than 1 where a page was shrunk to fit.
+    virtual double page_scale() const { return 1; }
 };
 
 class WebEngineFactory

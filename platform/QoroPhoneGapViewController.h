@@ -12,6 +12,8 @@
 namespace qoro
 {
 
+class MessageBudget;
+class Mraid;
 class QoroVideoAd;
 class ZulixOpenInAppApplicationViewController;
 
@@ -132,6 +134,9 @@ public:
     /// Calls every listener of the event in the script. Told to the witness.
     /// @param withData a mapping, or null for none
     virtual void listenerCallbackToJS(const NSString& event, const NSDictionary& withData);
+    /// Takes a message of the page's script: one for the kit's `mraid` object is carried out there, any other is a
+    /// command for callFromScript. A page that sends too many is refused, and the refusal told to the witness.
+    ScriptAnswer take_script_message(const ScriptMessage& message);
     /// Carries out a command of the page's script.
     virtual ScriptAnswer callFromScript(const ScriptMessage& message);
     /// Gives the button its tap: closeAction, or, while the script wants the taps, a report to the script.
@@ -209,8 +214,16 @@ private:
     void died(const std::string& reason) override;
     void report_close_tap();
 
+    bool has_room_for_a_message();
+
     Platform& platform_;
     UIWebView webView_;
+    /// Made with the page's first message for it.
+    std::shared_ptr<Mraid> mraid_;
+    std::unique_ptr<MessageBudget> messages_;
+    /// When a refused message was last told, in seconds of the main loop, and how many have been refused since.
+    double refusal_told_ = -1;
+    std::int64_t refused_untold_ = 0;
     UIView progressbar_;
 };
 

@@ -140,7 +140,7 @@ struct Session::Performer {
     void operator()(const ScriptStep& step) const
     {
         if (controller)
-            tell_return(step.message.command, controller->callFromScript(step.message).value);
+            tell_return(step.message.command, controller->take_script_message(step.message).value);
     }
 
     void operator()(const PlayerStep& step) const

@@ -22,11 +22,34 @@ using detail::to_value;
 using What = decltype(Step::what);
 
 /// The commands that a creative's script may give.
-constexpr std::array<std::string_view, 16> ScriptCommands{
-    "addEventListener",  "removeEventListener", "MRAIDClose",     "MRAIDUseCustomClose",   "setVideoPlay",
-    "setVideoPause",     "setVideoMute",        "setVideoUnmute", "setVideoSeekToTime",    "getVideoTotalTime",
-    "getVideoIsMute",    "checkVideoPlay",      "playNextVideo",  "checkCanPlayNextVideo", "cancelPrePauseLocations",
+constexpr std::array<std::string_view, 27> ScriptCommands{
+    "addEventListener",
+    "removeEventListener",
+    "MRAIDClose",
+    "MRAIDUseCustomClose",
+    "setVideoPlay",
+    "setVideoPause",
+    "setVideoMute",
+    "setVideoUnmute",
+    "setVideoSeekToTime",
+    "getVideoTotalTime",
+    "getVideoIsMute",
+    "checkVideoPlay",
+    "playNextVideo",
+    "checkCanPlayNextVideo",
+    "cancelPrePauseLocations",
     "changeOrientation",
+    "mraid.load",
+    "mraid.open",
+    "mraid.close",
+    "mraid.unload",
+    "mraid.useCustomClose",
+    "mraid.playVideo",
+    "mraid.createCalendarEvent",
+    "mraid.storePicture",
+    "mraid.expand",
+    "mraid.resize",
+    "mraid.setOrientationProperties",
 };
 
 constexpr std::array<std::pair<std::string_view, AppStep::Event>, 3> AppEvents{{

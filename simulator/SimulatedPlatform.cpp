@@ -36,6 +36,12 @@ void SimulatedPlatform::bring_news(const MPMoviePlayerController& player, const 
         engine->take(news);
 }
 
+void SimulatedPlatform::leave_app()
+{
+    players_.leave_app();
+    application_did_enter_background();
+}
+
 void SimulatedPlatform::change_device(const DeviceChange& change)
 {
     const int held_before = device_.orientation();

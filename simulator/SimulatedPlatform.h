@@ -44,7 +44,7 @@ public:
 
     void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) override;
     void change_device(const DeviceChange& change) override;
-    void leave_app() override { players_.leave_app(); }
+    void leave_app() override;
 
 private:
     /// Nothing is drawn.

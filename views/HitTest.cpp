@@ -78,6 +78,8 @@ std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point)
         view = hit_test(platform, point);
         if (view && view->kind == ViewNode::Kind::Button)
             UIButton(view).sendTouchUpInside();
+        else if (view && view->kind == ViewNode::Kind::WebView)
+            view->page_touched = platform.loop().now();
     });
     return view;
 }

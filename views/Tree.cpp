@@ -54,13 +54,13 @@ ViewNode::~ViewNode()
         subview->parent = nullptr;
     // Any other view leaves the screen with a change of its parent.
     if (kind == Kind::Window && !hidden)
-        platform.display().needs_display();
+        platform.views_changed();
 }
 
 void ViewNode::changed()
 {
     ++revision;
-    platform.display().needs_display();
+    platform.views_changed();
 }
 
 UIView UIView::create()

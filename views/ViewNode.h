@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -102,6 +103,9 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     bool shows_route_button = true;  // volume views
     std::unique_ptr<WebEngine> web;  // web views
     bool scales_page_to_fit = false; // web views
+    /// Web views: when the viewer last touched the page, in seconds of the main loop; absent when nobody has, or the
+    /// page has made use of it.
+    std::optional<double> page_touched;
     /// Video views: the engine whose picture is shown, owned by the player, which outlives or clears it; and how.
     PlayerEngine* player = nullptr;
     int scaling_mode = MPMovieScalingModeAspectFit;
@@ -153,7 +157,8 @@ void present_over(const UIView& view, const UIView& presenter);
 /// Takes a presented view off the screen.
 void end_presentation_of(const UIView& view);
 
-/// A touch and release at a point of the screen: a button's targets run. Tells what was reached; null for nothing.
+/// A touch and release at a point of the screen: a button's targets run, a page is touched. Tells what was reached;
+/// null for nothing.
 std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point);
 
 } // namespace qoro

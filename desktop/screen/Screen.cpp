@@ -79,6 +79,25 @@ struct Screen::Signals {
         return screen->on_key && screen->on_key(keyval, static_cast<unsigned>(state));
     }
 
+    /// Sees what passes on its way to the page, and takes nothing.
+    static gboolean input_passes(GtkEventControllerLegacy*, GdkEvent* event, Screen* screen)
+    {
+        switch (gdk_event_get_event_type(event)) {
+        case GDK_BUTTON_PRESS:
+        case GDK_BUTTON_RELEASE:
+        case GDK_TOUCH_BEGIN:
+        case GDK_TOUCH_END:
+            screen->note_touch(event);
+            break;
+        case GDK_KEY_PRESS:
+            screen->note_key(event);
+            break;
+        default:
+            break;
+        }
+        return GDK_EVENT_PROPAGATE;
+    }
+
     static void drag_begin(GtkGestureDrag* gesture, double x, double y, Screen* screen)
     {
         // What is the page's to take goes on to it; everything else ends here.
@@ -163,6 +182,11 @@ Screen::Screen(Platform& platform)
     gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
     g_signal_connect(keys, "key-pressed", G_CALLBACK(Signals::key_pressed), this);
     gtk_widget_add_controller(GTK_WIDGET(window_), keys);
+
+    GtkEventController* input = gtk_event_controller_legacy_new();
+    gtk_event_controller_set_propagation_phase(input, GTK_PHASE_CAPTURE);
+    g_signal_connect(input, "event", G_CALLBACK(Signals::input_passes), this);
+    gtk_widget_add_controller(surface_, input);
 
     GtkGesture* finger = gtk_gesture_drag_new();
     gtk_event_controller_set_propagation_phase(GTK_EVENT_CONTROLLER(finger), GTK_PHASE_CAPTURE);
@@ -456,6 +480,38 @@ bool Screen::keeps(double x, double y) const
 {
     const std::shared_ptr<ViewNode> view = touched_at(x, y);
     return !view || view->kind != ViewNode::Kind::WebView;
+}
+
+/// A page may ask for more when its viewer has just touched it: what counts is what the window system reports.
+void Screen::note_touch(GdkEvent* event)
+{
+    double x = 0;
+    double y = 0;
+    GtkNative* native = GTK_NATIVE(window_);
+    if (!gdk_event_get_position(event, &x, &y))
+        return;
+    double left = 0;
+    double top = 0;
+    gtk_native_get_surface_transform(native, &left, &top);
+    const graphene_point_t in_window = point_of({x - left, y - top});
+    graphene_point_t in_surface;
+    if (!gtk_widget_compute_point(GTK_WIDGET(native), surface_, &in_window, &in_surface))
+        return;
+    const auto view = touched_at(static_cast<double>(in_surface.x), static_cast<double>(in_surface.y));
+    if (view && view->kind == ViewNode::Kind::WebView)
+        view->page_touched = platform_.loop().now();
+}
+
+void Screen::note_key(GdkEvent* event)
+{
+    GtkWidget* focus = gtk_window_get_focus(window_);
+    if (!focus || gdk_key_event_is_modifier(event) || gdk_key_event_get_keyval(event) == GDK_KEY_Escape)
+        return;
+    for (const auto& [serial, layer] : layers_) {
+        const auto view = layer.view.lock();
+        if (view && view->kind == ViewNode::Kind::WebView && gtk_widget_is_ancestor(focus, layer.widget))
+            view->page_touched = platform_.loop().now();
+    }
 }
 
 bool Screen::press(double x, double y)

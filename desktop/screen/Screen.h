@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <vector>
 
+typedef struct _GdkEvent GdkEvent;
 typedef struct _GtkWindow GtkWindow;
 
 namespace qoro
@@ -90,6 +91,8 @@ private:
     CGPoint screen_point(double x, double y) const;
     std::shared_ptr<ViewNode> touched_at(double x, double y) const;
 
+    void note_touch(GdkEvent* event);
+    void note_key(GdkEvent* event);
     bool press(double x, double y);
     void drag(double x, double y);
     void release(double x, double y);

@@ -15,7 +15,11 @@ namespace
 
 /// The name under which the script library finds the bridge.
 constexpr const char* bridge_name = "qoroPlayer";
+/// The script library's question for the events that come next.
+constexpr const char* next_events = "nextEvents";
 constexpr std::size_t longest_message = 64 * 1024;
+/// Calls that are kept for a page whose script does not ask for them.
+constexpr std::size_t most_pending = 4096;
 constexpr int LinkFollowed = 0;
 constexpr int OtherNavigation = 5;
 
@@ -296,6 +300,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
 WebKitEngine::~WebKitEngine()
 {
     *self_ = nullptr;
+    dismiss_script();
     g_signal_handlers_disconnect_by_data(view_, this);
     g_signal_handlers_disconnect_by_data(content_, this);
     auto* widget = GTK_WIDGET(view_);
@@ -366,6 +371,7 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
     const std::string& address = base.absoluteString().text();
     const bool has_origin = !base.is_file() && is_web_address(address.c_str());
     pending_.clear(); // the callbacks were the earlier page's
+    dismiss_script();
     has_page_ = true;
     own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
     loading_ = false;
@@ -528,6 +534,7 @@ void WebKitEngine::process_ended(int reason)
     loading_ = false;
     own_load_.clear();
     pending_.clear();
+    dismiss_script();
     platform_.dispatch([&] { listener_.died(words_for(static_cast<WebKitWebProcessTerminationReason>(reason))); });
 }
 
@@ -536,6 +543,11 @@ void WebKitEngine::set_scales_page_to_fit(bool scales)
     scales_page_to_fit_ = scales;
     if (!scales)
         webkit_web_view_set_zoom_level(view_, 1);
+}
+
+double WebKitEngine::page_scale() const
+{
+    return webkit_web_view_get_zoom_level(view_);
 }
 
 void WebKitEngine::fit_page()
@@ -548,8 +560,10 @@ void WebKitEngine::fit_page()
             return;
         const double ratio = jsc_value_to_double(wide);
         g_object_unref(wide);
-        if (**self && ratio > 0 && ratio < 1)
+        if (**self && ratio > 0 && ratio < 1) {
             webkit_web_view_set_zoom_level(WEBKIT_WEB_VIEW(view), ratio);
+            (**self)->platform_.views_changed();
+        }
     };
     webkit_web_view_set_zoom_level(view_, 1);
     webkit_web_view_evaluate_javascript(view_, "innerWidth / document.documentElement.scrollWidth", -1, nullptr,
@@ -565,6 +579,10 @@ void WebKitEngine::answer_message(JSCValue* value, WebKitScriptMessageReply* rep
         webkit_script_message_reply_return_error_message(reply, "not a message of the script library");
         return;
     }
+    if (message->command == next_events) {
+        wait_for_events(value, reply);
+        return;
+    }
     ScriptAnswer answer{"the command could not be carried out", nullptr}; // what stays when the platform rejects it
     platform_.dispatch([&] { answer = listener_.message(*message); });
     if (answer.error) {
@@ -578,9 +596,9 @@ void WebKitEngine::answer_message(JSCValue* value, WebKitScriptMessageReply* rep
 
 void WebKitEngine::call_listeners(const std::string&, const NSArray& callbacks, const NSDictionary& data)
 {
-    if (!has_page_ || callbacks.count() == 0)
+    if (!has_page_ || callbacks.count() == 0 || pending_.size() == most_pending)
         return;
-    // What one event of the loop causes leaves in one call.
+    // What one event of the loop causes leaves in one answer.
     if (pending_.empty())
         platform_.loop().post([self = self_] {
             if (WebKitEngine* engine = *self)
@@ -589,17 +607,41 @@ void WebKitEngine::call_listeners(const std::string&, const NSArray& callbacks, 
     pending_.push_back("[" + json_of(callbacks) + "," + json_of(data) + "]");
 }
 
+/// The library asks, and is answered when there is something: so the page gets no function through which events come.
+void WebKitEngine::wait_for_events(JSCValue* message, WebKitScriptMessageReply* reply)
+{
+    if (waiting_)
+        dismiss_script();
+    waiting_ = webkit_script_message_reply_ref(reply);
+    waiting_in_ = JSC_CONTEXT(g_object_ref(jsc_value_get_context(message)));
+    deliver_pending();
+}
+
 void WebKitEngine::deliver_pending()
 {
-    if (pending_.empty())
+    if (pending_.empty() || !waiting_)
         return;
-    std::string script = "if (window.qoroPlayer && qoroPlayer.deliver) qoroPlayer.deliver([";
+    std::string events = "[";
     for (const std::string& call : pending_)
-        script += call + ",";
-    script += "]);";
+        events += (events.size() > 1 ? "," : "") + call;
+    events += "]";
     pending_.clear();
-    webkit_web_view_evaluate_javascript(view_, script.data(), static_cast<gssize>(script.size()), nullptr, nullptr,
-                                        nullptr, nullptr, nullptr);
+    // As text, because WebKit sorts the names of what it hands over by itself.
+    JSCValue* answer = jsc_value_new_string(waiting_in_, events.c_str());
+    webkit_script_message_reply_return_value(waiting_, answer);
+    g_object_unref(answer);
+    g_clear_pointer(&waiting_, webkit_script_message_reply_unref);
+    g_clear_object(&waiting_in_);
+}
+
+/// Nothing comes any more for the script that waits.
+void WebKitEngine::dismiss_script()
+{
+    if (!waiting_)
+        return;
+    webkit_script_message_reply_return_error_message(waiting_, "no more events");
+    g_clear_pointer(&waiting_, webkit_script_message_reply_unref);
+    g_clear_object(&waiting_in_);
 }
 
 // -------------------------------------------------------------------------------------------------------- factory

@@ -13,6 +13,7 @@ typedef struct _WebKitScriptMessageReply WebKitScriptMessageReply;
 typedef struct _WebKitUserContentManager WebKitUserContentManager;
 typedef struct _WebKitWebContext WebKitWebContext;
 typedef struct _WebKitWebView WebKitWebView;
+typedef struct _JSCContext JSCContext;
 typedef struct _JSCValue JSCValue;
 struct _GError;
 
@@ -53,6 +54,7 @@ public:
     NSURL current_address() const override;
     /// A page wider than the view is shrunk to its width once it has loaded.
     void set_scales_page_to_fit(bool scales) override;
+    double page_scale() const override;
 
     GtkWidget* widget() const override;
     void set_transparent(bool transparent) override;
@@ -72,7 +74,9 @@ private:
     bool listener_allows(const char* address, int navigation_type);
     void answer_message(JSCValue* message, WebKitScriptMessageReply* reply);
     void process_ended(int reason);
+    void wait_for_events(JSCValue* message, WebKitScriptMessageReply* reply);
     void deliver_pending();
+    void dismiss_script();
     void fit_page();
     /// Tells the listener, as an event of its own.
     /// @param reason in words, of a failure
@@ -102,8 +106,12 @@ private:
     bool scales_page_to_fit_ = false;
     /// How many of WebKit's calls are running into us.
     int inside_ = 0;
-    /// Calls for the script, in JSON, that leave together.
+    /// Calls for the script, in JSON, that leave together with the next answer to its library.
     std::vector<std::string> pending_;
+    /// The library's question for the events that come next, and the context of its answer; null while it asks for
+    /// none.
+    WebKitScriptMessageReply* waiting_ = nullptr;
+    JSCContext* waiting_in_ = nullptr;
 };
 
 /// Web engines, of which those of one kind share one process family and one memory-only session.

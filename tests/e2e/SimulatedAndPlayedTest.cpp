@@ -37,8 +37,8 @@ using nlohmann::json;
 
 const std::string DemoFolder = QORO_SOURCE_DIR "/examples/demo";
 
-/// What the ad's own server got, and what the web view refused or lost.
-constexpr std::array<std::string_view, 2> OnlyOnDesktop{"hit", "web"};
+/// What the ad's own server got, what the web view refused or lost, and what the script library asks for by itself.
+constexpr std::array<std::string_view, 3> OnlyOnDesktop{"hit", "web", "mraid"};
 
 /// What examples/demo/page.html listens to, in its order.
 constexpr std::array Subscriptions{"video_loading",

@@ -111,7 +111,7 @@ public:
             return {};
         }
         ScriptAnswer answer;
-        platform_.dispatch([&] { answer = ad.callFromScript(std::get<ScriptStep>(steps[0].what).message); });
+        platform_.dispatch([&] { answer = ad.take_script_message(std::get<ScriptStep>(steps[0].what).message); });
         if (answer.error)
             return {};
         std::string json;

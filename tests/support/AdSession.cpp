@@ -230,7 +230,7 @@ void AdSession::interrupt(int type)
 ScriptAnswer AdSession::script_says(const std::string& command, const NSArray& arguments)
 {
     ScriptAnswer answer;
-    as_event([&] { answer = controller_->callFromScript({command, arguments}); });
+    as_event([&] { answer = controller_->take_script_message({command, arguments}); });
     return answer;
 }
 

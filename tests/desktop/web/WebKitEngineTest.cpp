@@ -1,126 +1,17 @@
-#include "desktop/web/WebKitEngine.h"
-
-#include "desktop/web/ScriptLibrary.h"
-#include "desktop/web/ValueJson.h"
-#include "tests/desktop/support/BarePlatform.h"
-#include "tests/desktop/support/Desktop.h"
-
-#include <gtest/gtest.h>
-#include <libsoup/soup.h>
-#include <webkit/webkit.h>
+#include "tests/desktop/web/PageTest.h"
 
 #include <filesystem>
 #include <fstream>
 #include <set>
 #include <signal.h>
-#include <sstream>
 
 namespace qoro::test
 {
 namespace
 {
 
-/// A server of the test's own. What it is not told of it answers with 404; "/never" it never answers.
-class LocalServer
+class WebKitEngineTest : public PageTest
 {
-public:
-    LocalServer() : server_(soup_server_new(nullptr, nullptr))
-    {
-        soup_server_listen_local(server_, 0, static_cast<SoupServerListenOptions>(0), nullptr);
-        soup_server_add_handler(server_, nullptr, answer, this, nullptr);
-        GSList* addresses = soup_server_get_uris(server_);
-        char* text = g_uri_to_string(static_cast<GUri*>(addresses->data));
-        base_ = text;
-        g_free(text);
-        g_slist_free_full(addresses, [](void* uri) { g_uri_unref(static_cast<GUri*>(uri)); });
-    }
-    ~LocalServer()
-    {
-        soup_server_disconnect(server_);
-        g_object_unref(server_);
-    }
-
-    const std::string& base() const { return base_; }
-    std::map<std::string, std::pair<std::string, std::string>> pages; // path → content type and body
-    std::vector<std::string> asked;
-
-private:
-    static void answer(SoupServer*, SoupServerMessage* message, const char* path, GHashTable*, void* data)
-    {
-        auto* self = static_cast<LocalServer*>(data);
-        self->asked.emplace_back(path);
-        if (std::string(path) == "/never") {
-            soup_server_message_pause(message);
-            return;
-        }
-        const auto page = self->pages.find(path);
-        soup_server_message_set_status(message, page == self->pages.end() ? 404 : 200, nullptr);
-        if (page != self->pages.end())
-            soup_server_message_set_response(message, page->second.first.c_str(), SOUP_MEMORY_COPY,
-                                             page->second.second.data(), page->second.second.size());
-    }
-
-    SoupServer* server_;
-    std::string base_;
-};
-
-/// Writes down what it hears, and answers as it is told.
-struct Recorder : WebListener {
-    void did_start_load() override { heard.emplace_back("start"); }
-    void did_finish_load() override { heard.emplace_back("finish"); }
-    bool should_start_load(const NSURL& address, int type) override
-    {
-        heard.push_back("ask " + std::to_string(type) + " " + address.absoluteString().text());
-        return allow_loads;
-    }
-    ScriptAnswer message(const ScriptMessage& message) override
-    {
-        const std::string line = message.command + json_of(message.arguments);
-        heard.push_back(line);
-        return answer(message);
-    }
-    void did_fail_load(const std::string&) override { heard.emplace_back("fail"); }
-    void died(const std::string& reason) override { heard.push_back("died: " + reason); }
-
-    bool has(const std::string& line) const { return std::find(heard.begin(), heard.end(), line) != heard.end(); }
-    long count(const std::string& line) const { return std::count(heard.begin(), heard.end(), line); }
-
-    std::vector<std::string> heard;
-    bool allow_loads = false;
-    std::function<ScriptAnswer(const ScriptMessage&)> answer = [](const ScriptMessage&) { return ScriptAnswer{}; };
-};
-
-class WebKitEngineTest : public testing::Test
-{
-protected:
-    static void SetUpTestSuite() { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
-
-    void load(const std::string& html) { engine->load_html(html, NSURL::URLWithString(server.base())); }
-
-    /// A page with the library, whose body is a script. note(…) in it tells the test.
-    void load_script(const std::string& script, const std::string& head = "")
-    {
-        load("<!DOCTYPE html><html><head><script src='kit://script.js'></script>" + head +
-             "</head><body><script>const note = (...args) => "
-             "webkit.messageHandlers.qoroPlayer.postMessage({command: 'note', args});" +
-             script + "</script></body></html>");
-    }
-
-    /// Runs the main loop until a line was heard.
-    void wait_for(const std::string& line)
-    {
-        const bool came = platform.loop().run_until([&] { return recorder.has(line); }, 15);
-        std::ostringstream all;
-        for (const std::string& heard : recorder.heard)
-            all << "  " << heard << "\n";
-        ASSERT_TRUE(came) << "never heard: " << line << "\nheard:\n" << all.str();
-    }
-
-    BarePlatform platform;
-    LocalServer server;
-    Recorder recorder;
-    WebKitEngineFactory factory{platform};
-    std::unique_ptr<WebEngine> engine = factory.make_web_engine(recorder, PageKind::Creative);
 };
 
 TEST_F(WebKitEngineTest, a_pages_start_and_end_are_reported_once_each)

@@ -1,0 +1,292 @@
+#include "kit/Mraid.h"
+
+#include "kit/Loopback.h"
+#include "kit/PagePlace.h"
+#include "platform/QoroPhoneGapViewController.h"
+#include "platform/UIKit.h"
+#include "views/ViewNode.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// Seconds for which a touch of the page lets it do what needs one.
+constexpr double TouchLasts = 1;
+/// Where a page may lead its viewer.
+constexpr std::array<std::string_view, 4> OpenableSchemes{"http", "https", "tel", "sms"};
+
+bool has_scheme(const NSURL& address, std::string_view scheme)
+{
+    const std::string& text = address.absoluteString().text();
+    return text.size() > scheme.size() && text[scheme.size()] == ':' &&
+           std::equal(scheme.begin(), scheme.end(), text.begin(),
+                      [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b - 'A' + 'a' : b); });
+}
+
+bool can_open(std::string_view beginning)
+{
+    return UIApplication::sharedApplication().canOpenURL(NSURL::URLWithString(beginning));
+}
+
+NSDictionary record_of(const CGRect& rect)
+{
+    return {{"x", rect.x}, {"y", rect.y}, {"width", rect.width}, {"height", rect.height}};
+}
+
+NSDictionary record_of(CGSize size)
+{
+    return {{"width", size.width}, {"height", size.height}};
+}
+
+double to_a_tenth(double percentage)
+{
+    return std::round(percentage * 10) / 10;
+}
+
+} // namespace
+
+// ----------------------------------------------------------------------------------------------------------- commands
+
+struct Mraid::Command {
+    std::string_view name;
+    /// How many arguments it cannot do without.
+    std::size_t arguments;
+    bool needs_touch;
+    NSString (Mraid::*run)(const NSArray& arguments);
+};
+
+const Mraid::Command* Mraid::command_named(std::string_view name)
+{
+    static constexpr std::array Commands{
+        Command{"load", 0, false, &Mraid::load},
+        Command{"close", 0, false, &Mraid::close},
+        Command{"unload", 0, false, &Mraid::close},
+        Command{"useCustomClose", 1, false, &Mraid::use_custom_close},
+        Command{"setOrientationProperties", 1, false, &Mraid::set_orientation},
+        Command{"open", 1, true, &Mraid::open},
+        Command{"playVideo", 1, true, &Mraid::play_video},
+        Command{"createCalendarEvent", 1, true, &Mraid::create_calendar_event},
+        Command{"expand", 0, false, &Mraid::refuse_size},
+        Command{"resize", 0, false, &Mraid::refuse_size},
+        Command{"storePicture", 0, false, &Mraid::refuse_picture},
+    };
+    const auto* const found = std::ranges::find(Commands, name, &Command::name);
+    return found == Commands.end() ? nullptr : found;
+}
+
+Mraid::Mraid(QoroPhoneGapViewController& ad, Platform& platform) : ad_(ad), platform_(platform)
+{
+}
+
+ScriptAnswer Mraid::carry_out(const ScriptMessage& message)
+{
+    const std::string_view name = std::string_view(message.command).substr(Prefix.size());
+    const Value arguments(message.arguments);
+    const Command* command = command_named(name);
+    NSString refusal;
+    if (!command)
+        refusal = "unknown command " + message.command;
+    else if (!ad_.dicEventListener)
+        refusal = "the ad has closed";
+    else if (message.arguments.count() < command->arguments)
+        refusal = message.command + " takes " + std::to_string(command->arguments) + " arguments, not " +
+                  std::to_string(message.arguments.count());
+    else if (command->needs_touch && !page_was_touched())
+        refusal = "this needs a new touch of the page, not older than a second";
+    else
+        refusal = (this->*command->run)(message.arguments);
+    if (refusal)
+        platform_.tell("mraid", {{"do", "refused"}, {"command", name}, {"arguments", arguments}, {"why", refusal}});
+    return {.error = refusal, .value = {}};
+}
+
+bool Mraid::page_was_touched()
+{
+    const auto page = ad_.webView().node();
+    if (!page || !page->page_touched)
+        return false;
+    // One touch serves one request.
+    const double touched = *std::exchange(page->page_touched, std::nullopt);
+    return platform_.loop().now() - touched <= TouchLasts;
+}
+
+NSString Mraid::close(const NSArray&)
+{
+    platform_.tell("mraid", {{"do", "close"}});
+    ad_.MRAIDClose();
+    return nullptr;
+}
+
+NSString Mraid::use_custom_close(const NSArray& arguments)
+{
+    platform_.tell("mraid", {{"do", "useCustomClose"}, {"flag", arguments[0].boolValue()}});
+    return ad_.callFromScript({"MRAIDUseCustomClose", arguments}).error;
+}
+
+NSString Mraid::set_orientation(const NSArray& arguments)
+{
+    const NSString forced = arguments[0].dictionary()["forceOrientation"].string();
+    if (!forced.isEqualToString("portrait") && !forced.isEqualToString("landscape"))
+        return nullptr; // the device decides
+    platform_.tell("mraid", {{"do", "forceOrientation"}, {"orientation", forced}});
+    return ad_.callFromScript({"changeOrientation", NSArray{forced}}).error;
+}
+
+NSString Mraid::open(const NSArray& arguments)
+{
+    const NSURL address = NSURL::URLWithString(arguments[0].string());
+    if (!std::ranges::any_of(OpenableSchemes, [&](std::string_view scheme) { return has_scheme(address, scheme); }))
+        return "an address begins with http:, https:, tel: or sms:";
+    return leave_for(address);
+}
+
+NSString Mraid::play_video(const NSArray& arguments)
+{
+    const NSURL address = NSURL::URLWithString(arguments[0].string());
+    if (!has_scheme(address, "http") && !has_scheme(address, "https"))
+        return "a video's address begins with http: or https:";
+    return leave_for(address);
+}
+
+/// Opens an address outside the application, with whatever the system has for it.
+NSString Mraid::leave_for(const NSURL& address)
+{
+    const NSString& text = address.absoluteString();
+    if (is_loopback_address(text.text()) && !is_loopback_address(ad_.strBaseUrl.text()))
+        return "this machine's own addresses are out of reach";
+    if (!UIApplication::sharedApplication().canOpenURL(address))
+        return "nothing here opens " + text.text();
+    platform_.tell("mraid", {{"do", "open"}, {"url", text}});
+    UIApplication::sharedApplication().openURL(address);
+    ad_.qoroPresent();
+    ad_.qoroLeaveApplication();
+    return nullptr;
+}
+
+NSString Mraid::create_calendar_event(const NSArray& arguments)
+{
+    if (!arguments[0].is_dictionary())
+        return "a calendar event is a record";
+    platform_.tell("mraid", {{"do", "createCalendarEvent"}});
+    ad_.MRAIDCreateCalendarEvent(arguments[0]);
+    return nullptr;
+}
+
+NSString Mraid::refuse_size(const NSArray&)
+{
+    return "an interstitial neither expands nor resizes";
+}
+
+NSString Mraid::refuse_picture(const NSArray&)
+{
+    return "pictures are not stored";
+}
+
+// -------------------------------------------------------------------------------------------------------------- facts
+
+NSString Mraid::load(const NSArray& arguments)
+{
+    platform_.tell("mraid", {{"do", "load"}});
+    callback_ = arguments[0];
+    told_ = NSDictionary::dictionary();
+    if (!watch_) {
+        watch_ = std::make_unique<ViewWatch>(platform_, [this] { look_later(); });
+        NSNotificationCenter& news = platform_.shared<NSNotificationCenter>();
+        news.addObserver(action<&Mraid::volume_changed>(this, "volume_changed"), SystemVolumeDidChangeNotification);
+        news.addObserver(action<&Mraid::went_to_background>(this, "went_to_background"),
+                         UIApplicationDidEnterBackgroundNotification);
+        news.addObserver(action<&Mraid::came_back>(this, "came_back"), UIApplicationWillEnterForegroundNotification);
+    }
+    tell_changes();
+    return nullptr;
+}
+
+/// What does not change while the ad runs.
+NSDictionary Mraid::features()
+{
+    return {
+        {"sms", can_open("sms:1")}, {"tel", can_open("tel:1")}, {"calendar", true},  {"storePicture", false},
+        {"inlineVideo", true},      {"vpaid", false},           {"location", false},
+    };
+}
+
+NSDictionary Mraid::facts() const
+{
+    const auto page = ad_.webView().node();
+    const CGSize screen = platform_.device().facts().screen.value_or(CGSize{});
+    const PagePlace place =
+        page ? place_of_page(*page, screen, page->web ? page->web->page_scale() : 1) : PagePlace{.screen = screen};
+    const bool closed = !ad_.dicEventListener;
+    const bool seen = place.visible && !in_background_ && !closed;
+    return {
+        {"orientation",
+         NSDictionary{{"orientation", place.screen.width > place.screen.height ? "landscape" : "portrait"},
+                      {"locked", ad_.allowedInterfaceOrientations.size() <= 1}}},
+        {"screen", record_of(place.screen)},
+        {"position", record_of(place.position)},
+        {"exposure", NSDictionary{{"exposedPercentage", seen ? to_a_tenth(place.exposed_percentage) : 0},
+                                  {"visibleRectangle", seen ? Value(record_of(*place.visible)) : Value()}}},
+        {"viewable", seen},
+        {"volume", to_a_tenth(100 * static_cast<double>(platform_.volume().value()))},
+        {"state", closed ? "hidden" : "default"},
+    };
+}
+
+/// The event that changes what can be seen goes on: what it comes to is told once it has ended.
+void Mraid::look_later()
+{
+    if (std::exchange(looks_, true))
+        return;
+    platform_.loop().post([weak = std::weak_ptr(std::static_pointer_cast<Mraid>(shared_from_this()))] {
+        if (const auto self = weak.lock()) {
+            self->looks_ = false;
+            self->tell_changes();
+        }
+    });
+}
+
+void Mraid::tell_changes()
+{
+    if (!watch_)
+        return;
+    NSDictionary news = NSDictionary::dictionary();
+    if (told_.count() == 0)
+        news.setObject(features(), "supports");
+    for (const NSDictionary::Entry& fact : facts())
+        if (!told_.contains(fact.key) || !(told_[fact.key] == fact.value))
+            news.setObject(fact.value, fact.key);
+    if (news.count() == 0)
+        return;
+    for (const NSDictionary::Entry& fact : news)
+        told_.setObject(fact.value, fact.key);
+    platform_.tell("mraid", {{"do", "tell"}, {"facts", Value(news)}});
+    ad_.webView().callListeners("mraid", NSArray{callback_}, news);
+    if (!ad_.dicEventListener)
+        watch_.reset();
+}
+
+void Mraid::volume_changed()
+{
+    tell_changes();
+}
+
+void Mraid::went_to_background()
+{
+    in_background_ = true;
+    tell_changes();
+}
+
+void Mraid::came_back()
+{
+    in_background_ = false;
+    tell_changes();
+}
+
+} // namespace qoro

@@ -1,0 +1,68 @@
+#pragma once
+
+#include "platform/Foundation.h"
+#include "platform/Platform.h"
+
+#include <memory>
+#include <optional>
+
+namespace qoro
+{
+
+class QoroPhoneGapViewController;
+
+/// The ad as the page's `mraid` object has it (IAB's MRAID 3.0, for an interstitial): carries out what the page asks
+/// for, and tells the page what has changed about the ad, its place on the screen and the sound. It tells nothing
+/// before the page's library has asked for it (mraid.load), and nothing after the ad has closed. Every request and
+/// everything told is told to the witness too.
+class Mraid : public Object
+{
+public:
+    /// @param ad outlives this object
+    explicit Mraid(QoroPhoneGapViewController& ad, Platform& platform);
+
+    /// Whether a message is for this object: its command begins with "mraid.".
+    static bool is_for(const ScriptMessage& message) { return message.command.starts_with(Prefix); }
+    /// Carries it out. What is refused is answered with an error.
+    ScriptAnswer carry_out(const ScriptMessage& message);
+
+private:
+    static constexpr std::string_view Prefix = "mraid.";
+
+    struct Command;
+    static const Command* command_named(std::string_view name);
+
+    // Each answers why it was refused; null when it was carried out.
+    NSString load(const NSArray& arguments);
+    NSString close(const NSArray& arguments);
+    NSString use_custom_close(const NSArray& arguments);
+    NSString set_orientation(const NSArray& arguments);
+    NSString open(const NSArray& arguments);
+    NSString play_video(const NSArray& arguments);
+    NSString create_calendar_event(const NSArray& arguments);
+    NSString refuse_size(const NSArray& arguments);
+    NSString refuse_picture(const NSArray& arguments);
+
+    NSString leave_for(const NSURL& address);
+    bool page_was_touched();
+
+    static NSDictionary features();
+    NSDictionary facts() const;
+    void look_later();
+    void tell_changes();
+    void volume_changed();
+    void went_to_background();
+    void came_back();
+
+    QoroPhoneGapViewController& ad_;
+    Platform& platform_;
+    /// The script's callback; null before the page has asked for anything.
+    Value callback_;
+    /// What the page knows.
+    NSDictionary told_;
+    std::unique_ptr<ViewWatch> watch_;
+    bool looks_ = false;
+    bool in_background_ = false;
+};
+
+} // namespace qoro

@@ -1,0 +1,438 @@
+// The kit's script library: what a creative's page says to the video ad that it belongs to, and hears from it.
+//
+//   mraid        the ad as IAB's MRAID 3.0 has it, for an interstitial
+//   qoroPlayer   the video: qoroPlayer.addEventListener('video_timeupdate', data => show(data.e.current_time));
+//   MRAID_ENV    who shows the ad
+//
+// A page may replace any built-in once this has run, and only harms itself: what the library needs is kept below, it
+// reads nothing through a prototype that a page can reach, and it builds lists and records without setters.
+(() => {
+    'use strict';
+
+    const { create, defineProperty, freeze, hasOwn, keys } = Object;
+
+    // A page may hold the library twice: by the kit's own script element and by its own reference. The first one stays.
+    // Asked as an own property, because an element with that id would answer for the bare name.
+    if (hasOwn(window, 'qoroPlayer'))
+        return;
+
+    const { Error, Promise, isFinite, setTimeout } = window;
+    const { isArray } = Array;
+    const { parse } = JSON;
+    const { apply } = Reflect;
+    const { then } = Promise.prototype;
+    const { toISOString } = Date.prototype;
+    const reject = Promise.reject.bind(Promise);
+    const bridge = window.webkit && window.webkit.messageHandlers && window.webkit.messageHandlers.qoroPlayer;
+    const post = bridge && bridge.postMessage.bind(bridge);
+
+    // ---------------------------------------------------------------------------------------------------- the bridge
+
+    const deepest = 30;
+
+    // Calls one of two functions with what becomes of a promise. Its own constructor stands in for the page's, which
+    // then() would ask.
+    function after(promise, done, failed) {
+        defineProperty(promise, 'constructor', { __proto__: null, value: undefined });
+        apply(then, promise, [done, failed]);
+    }
+
+    // Calls a page's function. What it throws is reported as any uncaught error; nobody else is disturbed.
+    function call(listener, args) {
+        try {
+            apply(listener, undefined, args);
+        } catch (thrown) {
+            setTimeout(() => { throw thrown; });
+        }
+    }
+
+    // The text of a date; null for anything else.
+    function dateText(value) {
+        try {
+            return apply(toISOString, value, []);
+        } catch (none) {
+            return null;
+        }
+    }
+
+    // A value as plain data, undefined where there is none: WebKit never answers a message with, say, a function in it.
+    function plain(value, depth) {
+        if (value === null || typeof value === 'string' || typeof value === 'boolean')
+            return value;
+        if (typeof value === 'number')
+            return isFinite(value) ? value : null;
+        if (typeof value !== 'object')
+            return undefined;
+        if (depth > deepest)
+            throw new Error('The arguments are nested too deeply.');
+        const date = dateText(value);
+        if (date !== null)
+            return date;
+        if (!isArray(value)) {
+            const record = create(null);
+            const names = keys(value);
+            for (let i = 0; i < names.length; ++i) {
+                const entry = plain(value[names[i]], depth + 1);
+                if (entry !== undefined)
+                    record[names[i]] = entry;
+            }
+            return record;
+        }
+        const list = [];
+        for (let i = 0; i < value.length; ++i) {
+            const entry = plain(value[i], depth + 1);
+            defineProperty(list, i, { __proto__: null, enumerable: true, value: entry === undefined ? null : entry });
+        }
+        return list;
+    }
+
+    // Gives the kit a command. The promise gets its answer, or an error whose text says what was wrong.
+    function send(command, args) {
+        if (!post)
+            return reject(new Error('There is no video ad around this page.'));
+        try {
+            return post({ command, args: plain(args, 0) });
+        } catch (unsendable) { // a record that holds itself, for example
+            return reject(unsendable);
+        }
+    }
+
+    // Identifiers differ from page to page: an event that was on its way to an earlier page finds nobody here.
+    const page = Math.random().toString(36).slice(2);
+    let made = 0;
+    const callbacks = create(null); // callback id → function of an event's data
+
+    // Asks for the events that come next, again and again: JSON, in the order in which they happened, each as
+    // [ids, data].
+    function listen() {
+        after(send('nextEvents', []), json => {
+            const events = parse(json);
+            for (let e = 0; e < events.length; ++e) {
+                const ids = events[e][0];
+                for (let i = 0; i < ids.length; ++i)
+                    if (callbacks[ids[i]])
+                        call(callbacks[ids[i]], [events[e][1]]);
+            }
+            listen();
+        }, () => {}); // this page is not the ad's any more
+    }
+
+    // Listeners by name; a function stands under a name once.
+    function makeListeners() {
+        const ids = create(null); // name → id → function, in the order in which they came
+        return {
+            __proto__: null,
+            idOf(name, listener) {
+                for (const id in ids[name])
+                    if (ids[name][id] === listener)
+                        return id;
+                return null;
+            },
+            add(name, listener) {
+                const id = `${page}-${++made}`;
+                if (!ids[name])
+                    ids[name] = create(null);
+                ids[name][id] = listener;
+                return id;
+            },
+            remove(name, id) {
+                delete ids[name][id];
+            },
+            removeAll(name) {
+                delete ids[name];
+            },
+            tell(name, args) {
+                for (const id in ids[name])
+                    call(ids[name][id], args);
+            },
+        };
+    }
+
+    // ---------------------------------------------------------------------------------------------------- the player
+
+    const playerListeners = makeListeners();
+
+    function addPlayerListener(name, listener) {
+        name = `${name}`;
+        if (typeof listener !== 'function')
+            return reject(new Error('A listener is a function.'));
+        const known = playerListeners.idOf(name, listener);
+        const id = known === null ? playerListeners.add(name, listener) : known;
+        callbacks[id] = listener;
+        return send('addEventListener', [name, id, id]); // one identifier serves as the listener's and the callback's
+    }
+
+    function removePlayerListener(name, listener) {
+        name = `${name}`;
+        const id = playerListeners.idOf(name, listener);
+        if (id !== null) {
+            playerListeners.remove(name, id);
+            delete callbacks[id];
+        }
+        return send('removeEventListener', [name, id]);
+    }
+
+    // Every command answers with a promise; it is rejected, with a line that says why, when the ad does not know the
+    // command or its arguments.
+    const qoroPlayer = {
+        // A listener gets what the event carries: {e: {…}}, or the bare record, or null.
+        addEventListener: addPlayerListener,
+        removeEventListener: removePlayerListener,
+
+        setVideoPlay: () => send('setVideoPlay', []),
+        setVideoPause: () => send('setVideoPause', []),
+        setVideoMute: () => send('setVideoMute', []),
+        setVideoUnmute: () => send('setVideoUnmute', []),
+        // seconds from the start
+        setVideoSeekToTime: seconds => send('setVideoSeekToTime', [seconds]),
+        // whole seconds; 0 until they are known
+        getVideoTotalTime: () => send('getVideoTotalTime', []),
+        getVideoIsMute: () => send('getVideoIsMute', []),
+        // shows the controls while the video does not play
+        checkVideoPlay: () => send('checkVideoPlay', []),
+
+        // the next video's addresses and trackers
+        playNextVideo: record => send('playNextVideo', [record]),
+        // whether this is another video than the one that plays
+        checkCanPlayNextVideo: address => send('checkCanPlayNextVideo', [address]),
+        cancelPrePauseLocations: () => send('cancelPrePauseLocations', []),
+
+        // 'portrait' or 'landscape'
+        changeOrientation: orientation => send('changeOrientation', [orientation]),
+        MRAIDClose: () => send('MRAIDClose', []),
+        // whether the page draws the close control itself
+        MRAIDUseCustomClose: flag => send('MRAIDUseCustomClose', [flag]),
+    };
+
+    // --------------------------------------------------------------------------------------------------------- mraid
+
+    const listeners = makeListeners();
+    const eventNames = {
+        __proto__: null, ready: true, error: true, stateChange: true, viewableChange: true, sizeChange: true,
+        exposureChange: true, audioVolumeChange: true,
+    };
+
+    // What the kit has told; until it has told something, the state is 'loading'.
+    let state = 'loading';
+    let viewable = false;
+    let exposure = { exposedPercentage: 0, visibleRectangle: null };
+    let volume = null; // in percent; null while unknown
+    let position = { x: 0, y: 0, width: 0, height: 0 };
+    let screenSize = { width: 0, height: 0 };
+    let appOrientation = { orientation: 'portrait', locked: false };
+    let features = create(null);
+
+    const orientationProperties = { __proto__: null, allowOrientationChange: true, forceOrientation: 'none' };
+    const expandProperties = { __proto__: null, width: null, height: null, useCustomClose: false };
+    let resizeProperties = null;
+
+    function fail(message, action) {
+        listeners.tell('error', [message, action]);
+    }
+
+    // Gives the kit a command of the standard's; what it refuses becomes an error event.
+    function ask(action, args) {
+        if (state === 'loading')
+            fail('The ad is not ready.', action);
+        else
+            after(send(`mraid.${action}`, args), () => {},
+                refused => fail(typeof refused === 'string' ? refused : refused.message, action));
+    }
+
+    const copyOf = rectangle => rectangle &&
+        { x: rectangle.x, y: rectangle.y, width: rectangle.width, height: rectangle.height };
+    const copyOfSize = size => ({ width: size.width, height: size.height });
+
+    // What a listener of an event is called with, as things stand.
+    const present = {
+        __proto__: null,
+        ready: () => [],
+        stateChange: () => [state],
+        viewableChange: () => [viewable],
+        sizeChange: () => [position.width, position.height],
+        exposureChange: () => [exposure.exposedPercentage, copyOf(exposure.visibleRectangle), null],
+        audioVolumeChange: () => [volume],
+    };
+    // Whoever comes late to one of these is told how things stand.
+    const toldLate = { __proto__: null, ready: true, exposureChange: true, audioVolumeChange: true };
+
+    // Takes over what the kit tells: what has changed, all at once the first time.
+    function learn(facts) {
+        const begins = state === 'loading';
+        const before = copyOfSize(position);
+        const told = name => hasOwn(facts, name);
+        if (told('supports'))
+            features = facts.supports;
+        if (told('orientation'))
+            appOrientation = facts.orientation;
+        if (told('screen'))
+            screenSize = facts.screen;
+        if (told('position'))
+            position = facts.position;
+        if (told('exposure'))
+            exposure = facts.exposure;
+        if (told('viewable'))
+            viewable = facts.viewable;
+        if (told('volume'))
+            volume = facts.volume;
+        if (told('state'))
+            state = facts.state;
+
+        const tell = name => listeners.tell(name, present[name]());
+        if (told('state'))
+            tell('stateChange');
+        if (begins)
+            tell('ready');
+        if (!begins && (position.width !== before.width || position.height !== before.height))
+            tell('sizeChange');
+        if (told('exposure'))
+            tell('exposureChange');
+        if (told('viewable') && (viewable || !begins))
+            tell('viewableChange');
+        if (told('volume'))
+            tell('audioVolumeChange');
+    }
+
+    function addListener(name, listener) {
+        name = `${name}`;
+        if (!eventNames[name] || typeof listener !== 'function') {
+            fail(eventNames[name] ? 'A listener is a function.' : `There is no event ${name}.`, 'addEventListener');
+            return;
+        }
+        if (listeners.idOf(name, listener) !== null)
+            return;
+        listeners.add(name, listener);
+        if (state === 'loading' || !toldLate[name])
+            return;
+        setTimeout(() => {
+            if (listeners.idOf(name, listener) !== null)
+                call(listener, present[name]());
+        });
+    }
+
+    function removeListener(name, listener) {
+        name = `${name}`;
+        if (listener === undefined) {
+            listeners.removeAll(name);
+            return;
+        }
+        const id = listeners.idOf(name, listener);
+        if (id === null)
+            fail('There is no such listener.', 'removeEventListener');
+        else
+            listeners.remove(name, id);
+    }
+
+    // The entry that a record itself has under a name, when it is of a type; else what stands there already.
+    function entryOf(record, name, type, otherwise) {
+        return record && hasOwn(record, name) && typeof record[name] === type ? record[name] : otherwise;
+    }
+
+    function setOrientationProperties(given) {
+        const forced = entryOf(given, 'forceOrientation', 'string', orientationProperties.forceOrientation);
+        if (forced !== 'portrait' && forced !== 'landscape' && forced !== 'none') {
+            fail('forceOrientation is portrait, landscape or none.', 'setOrientationProperties');
+            return;
+        }
+        orientationProperties.allowOrientationChange =
+            entryOf(given, 'allowOrientationChange', 'boolean', orientationProperties.allowOrientationChange);
+        orientationProperties.forceOrientation = forced;
+        ask('setOrientationProperties', [orientationProperties]);
+    }
+
+    function setExpandProperties(given) {
+        expandProperties.width = entryOf(given, 'width', 'number', expandProperties.width);
+        expandProperties.height = entryOf(given, 'height', 'number', expandProperties.height);
+        expandProperties.useCustomClose = entryOf(given, 'useCustomClose', 'boolean', expandProperties.useCustomClose);
+    }
+
+    function setResizeProperties(given) {
+        const width = entryOf(given, 'width', 'number', null);
+        const height = entryOf(given, 'height', 'number', null);
+        if (width === null || height === null) {
+            fail('width and height are numbers.', 'setResizeProperties');
+            return;
+        }
+        resizeProperties = {
+            __proto__: null, width, height,
+            offsetX: entryOf(given, 'offsetX', 'number', 0),
+            offsetY: entryOf(given, 'offsetY', 'number', 0),
+            customClosePosition: entryOf(given, 'customClosePosition', 'string', 'top-right'),
+            allowOffscreen: entryOf(given, 'allowOffscreen', 'boolean', true),
+        };
+    }
+
+    const mraid = {
+        getVersion: () => '3.0',
+        getPlacementType: () => 'interstitial',
+        getState: () => state,
+        isViewable: () => viewable, // deprecated by the standard, for exposureChange
+        supports: feature => features[`${feature}`] === true,
+
+        addEventListener: addListener,
+        removeEventListener: removeListener,
+
+        // In the page's own points; the origin is the upper left corner of the screen as the page stands on it.
+        getCurrentPosition: () => copyOf(position),
+        getDefaultPosition: () => copyOf(position), // an interstitial has one size
+        getMaxSize: () => copyOfSize(screenSize),
+        getScreenSize: () => copyOfSize(screenSize),
+        getCurrentAppOrientation: () => ({ orientation: appOrientation.orientation, locked: appOrientation.locked }),
+        getLocation: () => -1,
+
+        getOrientationProperties: () => ({
+            allowOrientationChange: orientationProperties.allowOrientationChange,
+            forceOrientation: orientationProperties.forceOrientation,
+        }),
+        setOrientationProperties,
+        getExpandProperties: () => ({
+            width: expandProperties.width === null ? screenSize.width : expandProperties.width,
+            height: expandProperties.height === null ? screenSize.height : expandProperties.height,
+            useCustomClose: expandProperties.useCustomClose,
+            isModal: true,
+        }),
+        setExpandProperties,
+        getResizeProperties: () => resizeProperties && {
+            width: resizeProperties.width, height: resizeProperties.height,
+            offsetX: resizeProperties.offsetX, offsetY: resizeProperties.offsetY,
+            customClosePosition: resizeProperties.customClosePosition,
+            allowOffscreen: resizeProperties.allowOffscreen,
+        },
+        setResizeProperties,
+
+        close: () => ask('close', []),
+        unload: () => ask('unload', []),
+        useCustomClose: flag => ask('useCustomClose', [flag]), // deprecated by the standard
+        // Each of these needs the viewer's touch, not longer ago than a second.
+        open: address => ask('open', [address]),
+        playVideo: address => ask('playVideo', [address]),
+        createCalendarEvent: event => ask('createCalendarEvent', [event]),
+        // Refused: an interstitial neither grows nor moves, and the kit keeps no pictures.
+        expand: address => ask('expand', [address === undefined ? null : address]),
+        resize: () => ask('resize', []),
+        storePicture: address => ask('storePicture', [address]),
+    };
+
+    const environment = {
+        version: '3.0',
+        sdk: 'Qoro Video Ad',
+        sdkVersion: '0.1.0',
+        appId: '',
+        ifa: '', // a page gets no identifier of the device
+        limitAdTracking: true,
+        coppa: false,
+    };
+
+    // ----------------------------------------------------------------------------------------------- what a page gets
+
+    defineProperty(window, 'MRAID_ENV', { value: freeze(environment), enumerable: true });
+    defineProperty(window, 'mraid', { value: freeze(mraid), enumerable: true });
+    defineProperty(window, 'qoroPlayer', { value: freeze(qoroPlayer), enumerable: true });
+
+    if (post) {
+        const id = `${page}-mraid`;
+        callbacks[id] = learn;
+        listen();
+        after(send('mraid.load', [id]), () => {}, () => {});
+    }
+})();

@@ -1,0 +1,254 @@
+#include "tests/desktop/web/PageTest.h"
+
+// The page's `mraid` object in the real engine: the test tells what the kit would.
+
+namespace qoro::test
+{
+namespace
+{
+
+/// What the kit tells first.
+NSDictionary first_facts()
+{
+    return {
+        {"supports", NSDictionary{{"tel", true}, {"sms", false}, {"calendar", true}, {"inlineVideo", true}}},
+        {"orientation", NSDictionary{{"orientation", "portrait"}, {"locked", true}}},
+        {"screen", NSDictionary{{"width", 375}, {"height", 812}}},
+        {"position", NSDictionary{{"x", 0}, {"y", 254.5}, {"width", 375}, {"height", 523}}},
+        {"exposure",
+         NSDictionary{{"exposedPercentage", 100},
+                      {"visibleRectangle", NSDictionary{{"x", 0}, {"y", 0}, {"width", 375}, {"height", 523}}}}},
+        {"viewable", true},
+        {"volume", 60},
+        {"state", "default"},
+    };
+}
+
+class ScriptLibraryTest : public PageTest
+{
+protected:
+    /// The kit tells the page's `mraid` object something.
+    void tell(const NSDictionary& facts) { engine->call_listeners("mraid", recorder.mraid, facts); }
+
+    /// Loads a page whose body is a script, and tells it what an ad tells.
+    void begin(const std::string& script)
+    {
+        load_script(script);
+        wait_for("finish");
+        ASSERT_EQ(recorder.mraid.count(), 1U);
+        tell(first_facts());
+    }
+};
+
+TEST_F(ScriptLibraryTest, a_page_finds_the_documented_calls_and_nothing_else)
+{
+    load_script("const names = object => Reflect.ownKeys(object).map(String).sort().join(' ');"
+                "note(names(mraid)); note(names(qoroPlayer)); note(names(MRAID_ENV));");
+    wait_for("finish");
+    EXPECT_TRUE(recorder.has(
+        "note[\"addEventListener close createCalendarEvent expand getCurrentAppOrientation getCurrentPosition "
+        "getDefaultPosition getExpandProperties getLocation getMaxSize getOrientationProperties getPlacementType "
+        "getResizeProperties getScreenSize getState getVersion isViewable open playVideo removeEventListener resize "
+        "setExpandProperties setOrientationProperties setResizeProperties storePicture supports unload "
+        "useCustomClose\"]"));
+    EXPECT_TRUE(recorder.has("note[\"MRAIDClose MRAIDUseCustomClose addEventListener cancelPrePauseLocations "
+                             "changeOrientation checkCanPlayNextVideo checkVideoPlay getVideoIsMute getVideoTotalTime "
+                             "playNextVideo removeEventListener setVideoMute setVideoPause setVideoPlay "
+                             "setVideoSeekToTime setVideoUnmute\"]"));
+    EXPECT_TRUE(recorder.has("note[\"appId coppa ifa limitAdTracking sdk sdkVersion version\"]"));
+}
+
+TEST_F(ScriptLibraryTest, the_environment_names_the_standard_and_no_device)
+{
+    load_script("note(MRAID_ENV)");
+    wait_for(
+        R"(note[{"appId":"","coppa":false,"ifa":"","limitAdTracking":true,"sdk":"Qoro Video Ad","sdkVersion":")" QORO_VERSION
+        R"(","version":"3.0"}])");
+}
+
+TEST_F(ScriptLibraryTest, an_ad_is_loading_until_the_kit_has_told_of_it)
+{
+    load_script("note(mraid.getVersion(), mraid.getPlacementType(), mraid.getState(), mraid.isViewable())");
+    wait_for(R"(note["3.0","interstitial","loading",false])");
+}
+
+TEST_F(ScriptLibraryTest, the_first_news_make_it_ready_in_the_order_of_the_standard)
+{
+    begin("for (const name of ['ready', 'stateChange', 'viewableChange', 'exposureChange', 'audioVolumeChange', "
+          "'sizeChange', 'error']) mraid.addEventListener(name, (...args) => note(name, ...args));");
+    wait_for(R"(note["audioVolumeChange",60])");
+    const std::vector<std::string> heard(recorder.heard.begin() + 2, recorder.heard.end());
+    EXPECT_EQ(heard,
+              (std::vector<std::string>{R"(note["stateChange","default"])", R"(note["ready"])",
+                                        R"(note["exposureChange",100,{"height":523,"width":375,"x":0,"y":0},null])",
+                                        R"(note["viewableChange",true])", R"(note["audioVolumeChange",60])"}));
+}
+
+TEST_F(ScriptLibraryTest, what_the_kit_told_is_what_the_page_reads)
+{
+    begin("mraid.addEventListener('ready', () => note(mraid.getState(), mraid.isViewable(), "
+          "mraid.getCurrentPosition(), mraid.getDefaultPosition(), mraid.getMaxSize(), mraid.getScreenSize(), "
+          "mraid.getCurrentAppOrientation(), mraid.getLocation(), mraid.getExpandProperties(), "
+          "mraid.getOrientationProperties(), mraid.getResizeProperties(), ['sms', 'tel', 'calendar', 'storePicture', "
+          "'inlineVideo', 'vpaid', 'location', 'toString'].filter(mraid.supports)));");
+    wait_for(R"(note["default",true,{"height":523,"width":375,"x":0,"y":254.5},)"
+             R"({"height":523,"width":375,"x":0,"y":254.5},{"height":812,"width":375},{"height":812,"width":375},)"
+             R"({"locked":true,"orientation":"portrait"},-1,)"
+             R"({"height":812,"isModal":true,"useCustomClose":false,"width":375},)"
+             R"({"allowOrientationChange":true,"forceOrientation":"none"},null,["tel","calendar","inlineVideo"]])");
+}
+
+TEST_F(ScriptLibraryTest, only_what_changes_is_reported)
+{
+    begin("for (const name of ['ready', 'stateChange', 'viewableChange', 'exposureChange', 'audioVolumeChange', "
+          "'sizeChange']) mraid.addEventListener(name, (...args) => note(name, ...args));");
+    wait_for(R"(note["audioVolumeChange",60])");
+    recorder.heard.clear();
+    tell({{"position", NSDictionary{{"x", 0}, {"y", 100}, {"width", 375}, {"height", 523}}}});
+    tell({{"position", NSDictionary{{"x", 0}, {"y", 0}, {"width", 812}, {"height", 375}}}});
+    tell({{"exposure", NSDictionary{{"exposedPercentage", 0}, {"visibleRectangle", nullptr}}}, {"viewable", false}});
+    tell({{"volume", 0}});
+    tell({{"state", "hidden"}});
+    wait_for(R"(note["stateChange","hidden"])");
+    EXPECT_EQ(recorder.heard,
+              (std::vector<std::string>{R"(note["sizeChange",812,375])", R"(note["exposureChange",0,null,null])",
+                                        R"(note["viewableChange",false])", R"(note["audioVolumeChange",0])",
+                                        R"(note["stateChange","hidden"])"}));
+}
+
+TEST_F(ScriptLibraryTest, who_comes_late_is_told_how_things_stand_and_once)
+{
+    begin("mraid.addEventListener('ready', () => setTimeout(() => {"
+          "const late = (...args) => note('late', ...args);"
+          "for (const name of ['ready', 'exposureChange', 'audioVolumeChange', 'stateChange', 'viewableChange'])"
+          "  mraid.addEventListener(name, late);"
+          "mraid.addEventListener('ready', late); setTimeout(() => note('end'), 50); }));");
+    wait_for("note[\"end\"]");
+    const std::vector<std::string> heard(recorder.heard.begin() + 2, recorder.heard.end());
+    EXPECT_EQ(heard, (std::vector<std::string>{R"(note["late"])",
+                                               R"(note["late",100,{"height":523,"width":375,"x":0,"y":0},null])",
+                                               R"(note["late",60])", R"(note["end"])"}));
+}
+
+TEST_F(ScriptLibraryTest, a_removed_listener_of_the_ad_hears_nothing_more)
+{
+    begin("const gone = () => note('gone'); mraid.addEventListener('stateChange', gone);"
+          "mraid.removeEventListener('stateChange', gone);"
+          "mraid.addEventListener('viewableChange', gone); mraid.removeEventListener('viewableChange');"
+          "mraid.addEventListener('audioVolumeChange', () => note('stays'));");
+    wait_for("note[\"stays\"]");
+    EXPECT_FALSE(recorder.has("note[\"gone\"]"));
+}
+
+TEST_F(ScriptLibraryTest, every_request_carries_its_arguments)
+{
+    begin("mraid.addEventListener('ready', () => { mraid.open('https://shop/'); mraid.playVideo('https://v/');"
+          "mraid.useCustomClose(true); mraid.createCalendarEvent({description: 'party', start: new Date(0)});"
+          "mraid.setOrientationProperties({forceOrientation: 'landscape'}); mraid.storePicture('https://p/');"
+          "mraid.expand(); mraid.resize(); mraid.unload(); mraid.close(); });");
+    wait_for("mraid.close[]");
+    const std::vector<std::string> heard(recorder.heard.begin() + 2, recorder.heard.end());
+    EXPECT_EQ(heard,
+              (std::vector<std::string>{
+                  R"(mraid.open["https://shop/"])", R"(mraid.playVideo["https://v/"])", "mraid.useCustomClose[true]",
+                  R"(mraid.createCalendarEvent[{"description":"party","start":"1970-01-01T00:00:00.000Z"}])",
+                  R"(mraid.setOrientationProperties[{"allowOrientationChange":true,"forceOrientation":"landscape"}])",
+                  R"(mraid.storePicture["https://p/"])", "mraid.expand[null]", "mraid.resize[]", "mraid.unload[]",
+                  "mraid.close[]"}));
+}
+
+TEST_F(ScriptLibraryTest, what_the_kit_refuses_is_an_error_event_with_the_action)
+{
+    recorder.answer = [](const ScriptMessage& message) {
+        return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{"no touch", nullptr};
+    };
+    begin("mraid.addEventListener('error', (...args) => note('error', ...args));"
+          "mraid.addEventListener('ready', () => mraid.open('https://shop/'));");
+    wait_for(R"(note["error","no touch","open"])");
+}
+
+TEST_F(ScriptLibraryTest, what_the_library_refuses_is_an_error_event_and_reaches_nobody)
+{
+    load_script("mraid.addEventListener('error', (message, action) => note('error', action));"
+                "mraid.open('https://shop/'); mraid.addEventListener('shake', () => {});"
+                "mraid.addEventListener('ready', 7); mraid.removeEventListener('ready', () => {});"
+                "mraid.setOrientationProperties({forceOrientation: 'sideways'});"
+                "mraid.setResizeProperties({width: '100'}); note('end');");
+    wait_for("note[\"end\"]");
+    std::erase(recorder.heard, "start");
+    std::erase(recorder.heard, "finish");
+    EXPECT_EQ(recorder.heard,
+              (std::vector<std::string>{R"(note["error","open"])", R"(note["error","addEventListener"])",
+                                        R"(note["error","addEventListener"])", R"(note["error","removeEventListener"])",
+                                        R"(note["error","setOrientationProperties"])",
+                                        R"(note["error","setResizeProperties"])", R"(note["end"])"}));
+}
+
+TEST_F(ScriptLibraryTest, properties_that_are_set_are_read_back)
+{
+    load_script("mraid.setExpandProperties({width: 320, isModal: false, useCustomClose: true});"
+                "mraid.setResizeProperties({width: 100, height: 50, offsetX: 5, offsetY: 6, allowOffscreen: false});"
+                "note(mraid.getExpandProperties(), mraid.getResizeProperties());");
+    wait_for(R"(note[{"height":0,"isModal":true,"useCustomClose":true,"width":320},)"
+             R"({"allowOffscreen":false,"customClosePosition":"top-right","height":50,"offsetX":5,)"
+             R"("offsetY":6,"width":100}])");
+}
+
+TEST_F(ScriptLibraryTest, a_page_that_replaces_every_built_in_keeps_its_ad)
+{
+    recorder.answer = [](const ScriptMessage& message) {
+        return message.command == "mraid.open" ? ScriptAnswer{"no touch", nullptr} : ScriptAnswer{};
+    };
+    begin(R"(
+        const handler = webkit.messageHandlers.qoroPlayer;
+        const tell = (...args) => { handler.postMessage({ command: 'note', args }); };
+        const { ownKeys } = Reflect;
+        const { defineProperty } = Object;
+        const throws = () => { throw 'replaced'; };
+        const trap = { get: throws, set: throws, configurable: true };
+        const parts = [String, Number, Boolean, Promise, JSON, Reflect, Date, Math, Symbol, Map, Set, Error, Array,
+            Object, String.prototype, Promise.prototype, Date.prototype, Error.prototype, Function.prototype,
+            Array.prototype, Object.prototype];
+        const names = parts.map(part => ownKeys(part));
+        defineProperty(Array.prototype, 0, trap);
+        defineProperty(Array.prototype, 1, trap);
+        defineProperty(Object.prototype, 'state', trap);
+        for (let i = 0; i < parts.length; ++i)
+            for (let n = 0; n < names[i].length; ++n)
+                try { parts[i][names[i][n]] = throws; } catch {}
+        Object.prototype.toJSON = Array.prototype.toJSON = Object.prototype.get = Object.prototype.set = throws;
+        Object = Array = Promise = JSON = Reflect = Error = Date = setTimeout = isFinite = null;
+        window.webkit = null;
+
+        mraid.addEventListener('error', (message, action) => tell('error', message, action));
+        mraid.addEventListener('audioVolumeChange', volume => {
+            tell('volume', volume, mraid.getState(), mraid.getCurrentPosition().y);
+            mraid.open('https://shop/');
+            mraid.createCalendarEvent({ description: 'party', reminder: [1, 2] });
+            qoroPlayer.setVideoSeekToTime(2.5);
+        });)");
+    wait_for(R"(note["error","no touch","open"])");
+    EXPECT_TRUE(recorder.has(R"(note["volume",60,"default",254.5])"));
+    EXPECT_TRUE(recorder.has(R"(mraid.open["https://shop/"])"));
+    EXPECT_TRUE(recorder.has(R"(mraid.createCalendarEvent[{"description":"party","reminder":[1,2]}])"));
+    EXPECT_TRUE(recorder.has("setVideoSeekToTime[2.5]"));
+}
+
+TEST_F(ScriptLibraryTest, a_listener_of_the_ad_that_throws_does_not_stop_the_others)
+{
+    begin("mraid.addEventListener('ready', () => { throw new Error('mine'); });"
+          "mraid.addEventListener('ready', () => note('heard'));"
+          "addEventListener('error', () => note('error reported'));");
+    wait_for("note[\"heard\"]");
+    wait_for("note[\"error reported\"]");
+}
+
+TEST_F(ScriptLibraryTest, the_page_cannot_replace_the_ad)
+{
+    load_script("try { mraid = 1; } catch {} try { mraid.close = 1; } catch {} try { MRAID_ENV.ifa = 'x'; } catch {}"
+                "note(typeof mraid.close, MRAID_ENV.ifa)");
+    wait_for(R"(note["function",""])");
+}
+
+} // namespace
+} // namespace qoro::test

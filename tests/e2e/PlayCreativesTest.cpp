@@ -1,0 +1,116 @@
+#include "tests/e2e/PlayedAd.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+// The creatives of docs/creative.md as they stand in examples/creatives, on a phone of 375x812 points: their page
+// begins at 255 points, below the band of the video.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+using nlohmann::json;
+
+/// A creative's ad, on a device that has something for every address of the web.
+class Creative
+{
+public:
+    explicit Creative(const std::string& name)
+    {
+        std::string folder = (std::filesystem::temp_directory_path() / "creative-XXXXXX").string();
+        if (!mkdtemp(folder.data()))
+            throw std::runtime_error("no folder could be made");
+        folder_ = folder;
+        std::ofstream(folder_ / "host.json") << R"({"device": {"canOpen": ["https:"]}})";
+        ad.emplace(std::vector<std::string>{"--host", (folder_ / "host.json").string(),
+                                            QORO_SOURCE_DIR "/examples/creatives/" + name + ".json"});
+    }
+    ~Creative() { std::filesystem::remove_all(folder_); }
+    Creative(const Creative&) = delete;
+    Creative& operator=(const Creative&) = delete;
+
+    /// Waits for a line of the trace with these members.
+    bool tells(const json& members)
+    {
+        return !ad->wait_for([&](const json& line) {
+                      json merged = line;
+                      merged.merge_patch(members);
+                      return merged == line;
+                  }).is_null();
+    }
+
+    std::optional<PlayedAd> ad;
+
+private:
+    std::filesystem::path folder_;
+};
+
+} // namespace
+
+TEST(PlayCreatives, TheMinimalOneOpensItsShopWhenTheViewerTouchesIt)
+{
+    Creative minimal("minimal");
+    ASSERT_TRUE(minimal.tells({{"what", "mraid"}, {"facts", {{"state", "default"}, {"viewable", true}}}}))
+        << minimal.ad->complaints();
+
+    minimal.ad->click(187, 300);
+
+    EXPECT_TRUE(minimal.tells({{"what", "mraid"}, {"do", "open"}, {"url", "https://lumo.example/lamps"}}));
+    EXPECT_TRUE(minimal.tells({{"what", "openURL"}, {"url", "https://lumo.example/lamps"}}));
+    EXPECT_TRUE(minimal.tells({{"what", "super"}, {"do", "qoroLeaveApplication"}}));
+}
+
+TEST(PlayCreatives, TheEndCardComesWithTheEndPlaysAgainAndCloses)
+{
+    Creative card("end-card");
+    ASSERT_TRUE(card.ad->hears("video_ended")) << card.ad->complaints();
+
+    card.ad->click(187, 300); // watch again
+    ASSERT_TRUE(card.ad
+                    ->wait_for([&](const json&) {
+                        const auto lines = card.ad->trace();
+                        return std::ranges::count_if(lines, [](const json& line) {
+                                   return line.value("event", "") == "video_ended";
+                               }) == 2;
+                    })
+                    .is_object());
+    card.ad->click(187, 300 + 2 * 110); // close
+
+    EXPECT_TRUE(card.tells({{"what", "mraid"}, {"do", "close"}}));
+    EXPECT_EQ(card.ad->exit_status(), 0);
+}
+
+TEST(PlayCreatives, TheOneWithTwoVideosPlaysTheOther)
+{
+    Creative two("two-videos");
+    ASSERT_TRUE(two.ad->hears("video_play")) << two.ad->complaints();
+    ASSERT_TRUE(two.ad->reaches_second(1));
+
+    two.ad->click(187, 300 + 110);
+
+    EXPECT_FALSE(two.ad
+                     ->wait_for([](const json& line) {
+                         return line.value("do", "") == "create" &&
+                                line["url"].get<std::string>().ends_with("/second.mp4");
+                     })
+                     .is_null());
+    EXPECT_FALSE(two.ad
+                     ->wait_for([](const json& line) {
+                         return line.value("what", "") == "request" &&
+                                line["url"].get<std::string>().ends_with("/t/start?video=second.mp4");
+                     })
+                     .is_null());
+}
+
+} // namespace qoro::test

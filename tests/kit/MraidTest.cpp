@@ -1,0 +1,320 @@
+#include "tests/support/AdSession.h"
+
+#include <gmock/gmock.h>
+
+namespace qoro
+{
+namespace
+{
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+/// An open ad whose page stands below the video, at (0, 254.9375, 375, 523.0625).
+class MraidTest : public testing::Test
+{
+protected:
+    explicit MraidTest(World world = AdSession::manual_world()) : session(std::move(world))
+    {
+        session.ad().strVideoUrl = "http://ad/v.mp4";
+        session.ad().fVideoWidth = 1280;
+        session.ad().fVideoHeight = 720;
+        session.ad().portraitModeType = VIDEO_AND_WEBVIEW;
+        session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
+        session.ad().portraitVideoPos = TOP;
+        session.ad().strBackgroundColor = "4279704105";
+        session.open();
+        session.plays();
+        session.forget();
+    }
+
+    std::string refusal(const std::string& command, const NSArray& arguments = {})
+    {
+        return session.script_says(command, arguments).error.text();
+    }
+    void touch_page() { session.touch(187, 500); }
+
+    static constexpr const char* NoTouch = "this needs a new touch of the page, not older than a second";
+    AdSession session;
+};
+
+TEST_F(MraidTest, NothingIsToldBeforeThePageAsks)
+{
+    session.set_volume(0.2F);
+    session.rotate(3);
+    session.script_says("changeOrientation", {"landscape"});
+    session.let_pass(1);
+
+    EXPECT_THAT(session.lines("mraid"), IsEmpty());
+}
+
+TEST_F(MraidTest, ThePageThatAsksIsToldEverything)
+{
+    session.script_says("mraid.load", {"id"});
+
+    EXPECT_THAT(session.lines("mraid"),
+                ElementsAre("load", R"(tell {"supports":{"sms":false,"tel":true,"calendar":true,"storePicture":false,)"
+                                    R"("inlineVideo":true,"vpaid":false,"location":false},)"
+                                    R"("orientation":{"orientation":"portrait","locked":true},)"
+                                    R"("screen":{"width":375,"height":812},)"
+                                    R"("position":{"x":0,"y":254.9375,"width":375,"height":523.0625},)"
+                                    R"("exposure":{"exposedPercentage":100,)"
+                                    R"("visibleRectangle":{"x":0,"y":0,"width":375,"height":523.0625}},)"
+                                    R"("viewable":true,"volume":60,"state":"default"})"));
+}
+
+TEST_F(MraidTest, APageThatAsksAgainIsToldEverythingAgain)
+{
+    session.script_says("mraid.load", {"first"});
+    session.forget();
+
+    session.script_says("mraid.load", {"second"});
+
+    EXPECT_EQ(session.lines("mraid").size(), 2U);
+    EXPECT_THAT(session.lines("mraid")[1], testing::HasSubstr(R"("supports")"));
+}
+
+TEST_F(MraidTest, AVideoOverThePageHidesItAtTheMomentAtWhichItTurns)
+{
+    session.script_says("mraid.load", {"id"});
+    session.forget();
+
+    session.script_says("changeOrientation", {"landscape"});
+    session.let_pass(0);
+
+    EXPECT_THAT(session.lines("mraid"),
+                ElementsAre(R"(tell {"orientation":{"orientation":"landscape","locked":true},)"
+                            R"("screen":{"width":812,"height":375},)"
+                            R"("position":{"x":44,"y":0,"width":812,"height":375},)"
+                            R"("exposure":{"exposedPercentage":0,"visibleRectangle":null},"viewable":false})"));
+}
+
+TEST_F(MraidTest, ALayoutThatChangesNothingTellsNothing)
+{
+    session.script_says("mraid.load", {"id"});
+    session.forget();
+
+    session.script_says("changeOrientation", {"portrait"});
+    session.let_pass(1);
+
+    EXPECT_THAT(session.lines("mraid"), IsEmpty());
+}
+
+TEST_F(MraidTest, TheVolumeIsToldInPercent)
+{
+    session.script_says("mraid.load", {"id"});
+    session.forget();
+
+    session.set_volume(0.25F);
+
+    EXPECT_THAT(session.lines("mraid"), ElementsAre(R"(tell {"volume":25})"));
+}
+
+TEST_F(MraidTest, NothingIsSeenWhileTheViewerIsAway)
+{
+    session.script_says("mraid.load", {"id"});
+    session.forget();
+
+    session.leave_app();
+    EXPECT_THAT(session.lines("mraid"),
+                ElementsAre(R"(tell {"exposure":{"exposedPercentage":0,"visibleRectangle":null},"viewable":false})"));
+    session.forget();
+    session.return_to_app();
+
+    EXPECT_THAT(session.lines("mraid"),
+                ElementsAre(R"(tell {"exposure":{"exposedPercentage":100,)"
+                            R"("visibleRectangle":{"x":0,"y":0,"width":375,"height":523.0625}},"viewable":true})"));
+}
+
+TEST_F(MraidTest, ClosingHidesTheAdAndIsTheLastThatIsTold)
+{
+    session.script_says("mraid.load", {"id"});
+    session.forget();
+
+    EXPECT_EQ(refusal("mraid.close"), "");
+    session.let_pass(1);
+    session.set_volume(0.1F);
+
+    EXPECT_THAT(session.lines("super"), Contains("MRAIDClose"));
+    EXPECT_THAT(session.lines("mraid"),
+                ElementsAre("close", R"(tell {"exposure":{"exposedPercentage":0,"visibleRectangle":null},)"
+                                     R"("viewable":false,"state":"hidden"})"));
+}
+
+TEST_F(MraidTest, UnloadingClosesToo)
+{
+    session.script_says("mraid.unload");
+
+    EXPECT_FALSE(session->dicEventListener);
+}
+
+TEST_F(MraidTest, AClosedAdRefusesEverything)
+{
+    session.script_says("mraid.close");
+    session.forget();
+
+    EXPECT_EQ(refusal("mraid.useCustomClose", {true}), "the ad has closed");
+    EXPECT_THAT(session.lines("mraid"), ElementsAre("refused useCustomClose [true] the ad has closed"));
+}
+
+TEST_F(MraidTest, CustomCloseIsTheControllers)
+{
+    EXPECT_EQ(refusal("mraid.useCustomClose", {true}), "");
+
+    EXPECT_FALSE(session->btnClose.superview());
+}
+
+TEST_F(MraidTest, AForcedOrientationIsLaidOut)
+{
+    EXPECT_EQ(refusal("mraid.setOrientationProperties", {NSDictionary{{"forceOrientation", "landscape"}}}), "");
+
+    EXPECT_THAT(session.events(), Contains(R"(video_orientation {"e":{"orientation":"landscape"}})"));
+}
+
+TEST_F(MraidTest, AnOrientationThatTheDeviceDecidesChangesNothing)
+{
+    EXPECT_EQ(refusal("mraid.setOrientationProperties", {NSDictionary{{"forceOrientation", "none"}}}), "");
+
+    EXPECT_THAT(session.events(), IsEmpty());
+}
+
+TEST_F(MraidTest, AnInterstitialKeepsItsSizeAndThePicturesStayWhereTheyAre)
+{
+    touch_page();
+
+    EXPECT_EQ(refusal("mraid.expand", {nullptr}), "an interstitial neither expands nor resizes");
+    EXPECT_EQ(refusal("mraid.resize"), "an interstitial neither expands nor resizes");
+    EXPECT_EQ(refusal("mraid.storePicture", {"https://p/"}), "pictures are not stored");
+}
+
+TEST_F(MraidTest, WhatIsNoRequestIsRefused)
+{
+    EXPECT_EQ(refusal("mraid.dance"), "unknown command mraid.dance");
+    EXPECT_EQ(refusal("mraid."), "unknown command mraid.");
+    EXPECT_EQ(refusal("mraid.open"), "mraid.open takes 1 arguments, not 0");
+}
+
+// ---------------------------------------------------------------------------------------------------- with a touch
+
+TEST_F(MraidTest, AnAddressOpensOutsideTheAppAndPausesTheVideo)
+{
+    touch_page();
+    session.forget();
+
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), "");
+
+    EXPECT_THAT(session.transcript(), ElementsAre("mraid open https://shop/", "openURL https://shop/", "player pause",
+                                                  "super qoroPresent", "super qoroLeaveApplication"));
+}
+
+TEST_F(MraidTest, ACallAndAVideoOpenAsAddressesDo)
+{
+    touch_page();
+    EXPECT_EQ(refusal("mraid.open", {"TEL:+4930"}), "nothing here opens TEL:+4930"); // the device knows "tel:"
+    touch_page();
+    EXPECT_EQ(refusal("mraid.open", {"tel:+4930"}), "");
+    touch_page();
+    EXPECT_EQ(refusal("mraid.playVideo", {"https://v/"}), "");
+    EXPECT_THAT(session.lines("openURL"), ElementsAre("tel:+4930", "https://v/"));
+}
+
+TEST_F(MraidTest, WithoutATouchNothingOpens)
+{
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
+    EXPECT_EQ(refusal("mraid.open", {"tel:1"}), NoTouch);
+    EXPECT_EQ(refusal("mraid.playVideo", {"https://v/"}), NoTouch);
+    EXPECT_EQ(refusal("mraid.createCalendarEvent", {NSDictionary{{"description", "party"}}}), NoTouch);
+
+    EXPECT_THAT(session.lines("openURL"), IsEmpty());
+    EXPECT_THAT(session.lines("super"), IsEmpty());
+    EXPECT_EQ(session.lines("mraid")[0], "refused open [\"https://shop/\"] " + std::string(NoTouch));
+}
+
+TEST_F(MraidTest, ATouchLastsASecond)
+{
+    touch_page();
+    session.let_pass(1);
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), "");
+
+    touch_page();
+    session.let_pass(1.001);
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
+}
+
+TEST_F(MraidTest, ATouchServesOnce)
+{
+    touch_page();
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), "");
+
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
+}
+
+TEST_F(MraidTest, ATouchOfTheVideoIsNoTouchOfThePage)
+{
+    session.touch(187, 150);
+
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
+}
+
+TEST_F(MraidTest, ACalendarEventGoesToTheKit)
+{
+    touch_page();
+
+    EXPECT_EQ(refusal("mraid.createCalendarEvent", {NSDictionary{{"description", "party"}}}), "");
+
+    EXPECT_THAT(session.lines("super"), ElementsAre(R"(createCalendarEvent {"description":"party"})"));
+}
+
+TEST_F(MraidTest, ACalendarEventIsARecord)
+{
+    touch_page();
+
+    EXPECT_EQ(refusal("mraid.createCalendarEvent", {"party"}), "a calendar event is a record");
+}
+
+TEST_F(MraidTest, OnlyTheWebAndTheTelephoneOpen)
+{
+    for (const char* address : {"file:///etc/passwd", "javascript:alert(1)", "intent:x", "ssh://host/", "shop", ""}) {
+        touch_page();
+        EXPECT_EQ(refusal("mraid.open", {address}), "an address begins with http:, https:, tel: or sms:") << address;
+    }
+    touch_page();
+    EXPECT_EQ(refusal("mraid.playVideo", {"tel:1"}), "a video's address begins with http: or https:");
+    EXPECT_THAT(session.lines("openURL"), IsEmpty());
+}
+
+TEST_F(MraidTest, APageFromElsewhereOpensNothingOnThisMachine)
+{
+    session->strBaseUrl = "https://ads.example/page.html";
+    touch_page();
+    EXPECT_EQ(refusal("mraid.open", {"http://127.0.0.1:8080/"}), "this machine's own addresses are out of reach");
+
+    session->strBaseUrl = "http://127.0.0.1:4000/page.html";
+    touch_page();
+    EXPECT_EQ(refusal("mraid.open", {"http://127.0.0.1:8080/"}), "");
+}
+
+// ------------------------------------------------------------------------------------------------------------- floods
+
+TEST_F(MraidTest, AFloodOfMessagesIsRefusedWithOneLineASecond)
+{
+    for (int n = 0; n < 300; ++n)
+        ASSERT_EQ(refusal("getVideoIsMute"), "");
+    for (int n = 0; n < 50; ++n)
+        ASSERT_EQ(refusal("getVideoIsMute"), "too many messages");
+    EXPECT_THAT(session.lines("web"), ElementsAre("refused message too many 1"));
+
+    session.let_pass(0.1);
+    for (int n = 0; n < 10; ++n)
+        EXPECT_EQ(refusal("getVideoIsMute"), "");
+    EXPECT_EQ(refusal("getVideoIsMute"), "too many messages");
+    session.let_pass(1);
+    for (int n = 0; n < 100; ++n)
+        EXPECT_EQ(refusal("getVideoIsMute"), "");
+    EXPECT_EQ(refusal("getVideoIsMute"), "too many messages");
+    EXPECT_THAT(session.lines("web"), ElementsAre("refused message too many 1", "refused message too many 51"));
+}
+
+} // namespace
+} // namespace qoro
