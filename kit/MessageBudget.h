@@ -5,18 +5,17 @@
 namespace qoro
 {
 
-/// How many messages of a page are heard: so many at once, and so many a second in the long run.
+/// How many of a page's doings are heard: so many at once, and so many a second in the long run.
 class MessageBudget
 {
 public:
-    static constexpr double AtOnce = 300;
-    static constexpr double PerSecond = 100;
+    MessageBudget(double at_once, double per_second) : at_once_(at_once), per_second_(per_second), left_(at_once) {}
 
-    /// Takes one message at a moment, in seconds that only grow.
+    /// Takes one, at a moment in seconds that only grow.
     /// @return false when there are too many
     bool take(double now)
     {
-        left_ = std::min(AtOnce, left_ + (now - last_) * PerSecond);
+        left_ = std::min(at_once_, left_ + (now - last_) * per_second_);
         last_ = now;
         if (left_ < 1)
             return false;
@@ -25,7 +24,9 @@ public:
     }
 
 private:
-    double left_ = AtOnce;
+    const double at_once_;
+    const double per_second_;
+    double left_;
     double last_ = 0;
 };
 

@@ -35,14 +35,21 @@ bool can_open(std::string_view beginning)
     return UIApplication::sharedApplication().canOpenURL(NSURL::URLWithString(beginning));
 }
 
+/// A layout of nothing, such as a video without a size, has numbers that are none.
+double number(double points)
+{
+    return std::isfinite(points) ? points : 0;
+}
+
 NSDictionary record_of(const CGRect& rect)
 {
-    return {{"x", rect.x}, {"y", rect.y}, {"width", rect.width}, {"height", rect.height}};
+    return {
+        {"x", number(rect.x)}, {"y", number(rect.y)}, {"width", number(rect.width)}, {"height", number(rect.height)}};
 }
 
 NSDictionary record_of(CGSize size)
 {
-    return {{"width", size.width}, {"height", size.height}};
+    return {{"width", number(size.width)}, {"height", number(size.height)}};
 }
 
 double to_a_tenth(double percentage)

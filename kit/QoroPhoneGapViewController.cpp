@@ -17,6 +17,11 @@ namespace
 {
 
 constexpr double SpinnerExtent = 40;
+// What a page may say, and how much of what it is refused is written down.
+constexpr double MessagesAtOnce = 300;
+constexpr double MessagesPerSecond = 100;
+constexpr double RefusalsAtOnce = 20;
+constexpr double RefusalsPerSecond = 1;
 /// UIWebViewNavigationTypeOther: neither a followed link nor a form.
 constexpr std::int64_t NavigationTypeOther = 5;
 
@@ -30,7 +35,8 @@ std::string_view document_of(const NSURL& address)
 } // namespace
 
 QoroPhoneGapViewController::QoroPhoneGapViewController()
-    : platform_(Platform::current()), messages_(std::make_unique<MessageBudget>())
+    : platform_(Platform::current()), messages_(std::make_unique<MessageBudget>(MessagesAtOnce, MessagesPerSecond)),
+      refusals_(std::make_unique<MessageBudget>(RefusalsAtOnce, RefusalsPerSecond))
 {
 }
 
@@ -107,30 +113,16 @@ void QoroPhoneGapViewController::listenerCallbackToJS(const NSString& event, con
 
 ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage& message)
 {
-    if (!has_room_for_a_message())
+    if (!messages_->take(platform_.loop().now())) {
+        refused("message", "too many");
         return {"too many messages", nullptr};
+    }
     if (!Mraid::is_for(message))
         return callFromScript(message);
     if (!mraid_)
         mraid_ = std::make_shared<Mraid>(*this, platform_);
     const auto held = mraid_;
     return held->carry_out(message);
-}
-
-bool QoroPhoneGapViewController::has_room_for_a_message()
-{
-    const double now = platform_.loop().now();
-    if (messages_->take(now))
-        return true;
-    // A page that floods its ad does not flood the trace: a line tells of all that a second refused.
-    ++refused_untold_;
-    if (now - refusal_told_ >= 1) {
-        platform_.tell("web",
-                       {{"do", "refused"}, {"what", "message"}, {"why", "too many"}, {"times", refused_untold_}});
-        refusal_told_ = now;
-        refused_untold_ = 0;
-    }
-    return false;
 }
 
 ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& message)
@@ -227,6 +219,16 @@ ScriptAnswer QoroPhoneGapViewController::message(const ScriptMessage& message)
 {
     const auto held = weak_from_this().lock();
     return take_script_message(message);
+}
+
+/// A page that floods its ad does not flood the trace: a line tells how many it stands for.
+void QoroPhoneGapViewController::refused(const std::string& what, const std::string& detail)
+{
+    ++refusals_untold_;
+    if (refusals_->take(platform_.loop().now()))
+        platform_.tell(
+            "web",
+            {{"do", "refused"}, {"what", what}, {"detail", detail}, {"times", std::exchange(refusals_untold_, 0)}});
 }
 
 void QoroPhoneGapViewController::died(const std::string& reason)

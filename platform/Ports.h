@@ -180,6 +180,14 @@ public:
     virtual void did_fail_load(const std::string&) {}
     /// Something that page_state() tells has changed, beside the start and the end of a load.
     virtual void page_state_changed() {}
+    /// The page wanted what no page gets, and has not got it.
+    /// @param what "window", "download", "message", "navigation" or "request"
+    /// @param detail the address that it was about; for a message what was wrong with it
+    virtual void refused(const std::string& what, const std::string& detail)
+    {
+        static_cast<void>(what);
+        static_cast<void>(detail);
+    }
     /// The page's process ended by itself: the page is gone, the ad goes on.
     virtual void died(const std::string& reason) = 0;
 };

@@ -211,19 +211,19 @@ private:
     void did_finish_load() override;
     bool should_start_load(const NSURL& address, int navigation_type) override;
     ScriptAnswer message(const ScriptMessage& message) override;
+    void refused(const std::string& what, const std::string& detail) override;
     void died(const std::string& reason) override;
     void report_close_tap();
-
-    bool has_room_for_a_message();
 
     Platform& platform_;
     UIWebView webView_;
     /// Made with the page's first message for it.
     std::shared_ptr<Mraid> mraid_;
+    /// What the page may say, and how many refusals become a line of their own.
     std::unique_ptr<MessageBudget> messages_;
-    /// When a refused message was last told, in seconds of the main loop, and how many have been refused since.
-    double refusal_told_ = -1;
-    std::int64_t refused_untold_ = 0;
+    std::unique_ptr<MessageBudget> refusals_;
+    /// Refusals without a line since the last line.
+    std::int64_t refusals_untold_ = 0;
     UIView progressbar_;
 };
 

@@ -1,7 +1,10 @@
 #include "desktop/web/WebKitEngine.h"
 
+#include "desktop/web/GuardFolder.h"
 #include "desktop/web/ScriptLibrary.h"
+#include "desktop/web/SocketFilter.h"
 #include "desktop/web/ValueJson.h"
+#include "kit/Loopback.h"
 
 #include <webkit/webkit.h>
 
@@ -25,6 +28,7 @@ constexpr int OtherNavigation = 5;
 
 // ------------------------------------------------------------------------------------------------ what pages may do
 
+/// Windows that a script opens by itself are let through to the engine, which refuses all and says so.
 WebKitSettings* make_settings()
 {
     return webkit_settings_new_with_settings(
@@ -32,7 +36,7 @@ WebKitSettings* make_settings()
         "enable-back-forward-navigation-gestures", FALSE, "enable-html5-database", FALSE, "enable-webrtc", FALSE,
         "enable-media-stream", FALSE, "enable-encrypted-media", FALSE, "allow-file-access-from-file-urls", FALSE,
         "allow-universal-access-from-file-urls", FALSE, "allow-modal-dialogs", FALSE, "javascript-can-access-clipboard",
-        FALSE, "javascript-can-open-windows-automatically", FALSE, "media-playback-requires-user-gesture", FALSE,
+        FALSE, "javascript-can-open-windows-automatically", TRUE, "media-playback-requires-user-gesture", FALSE,
         "media-playback-allows-inline", TRUE, nullptr);
 }
 
@@ -90,10 +94,8 @@ void serve_library(WebKitURISchemeRequest* request, void*)
     g_object_unref(stream);
 }
 
-void cancel_download(WebKitNetworkSession*, WebKitDownload* download, void*)
-{
-    webkit_download_cancel(download);
-}
+/// Under which a view knows its engine.
+constexpr const char* engine_key = "qoro-engine";
 
 // ------------------------------------------------------------------------------------------------------- messages
 
@@ -241,7 +243,30 @@ struct WebKitEngine::Signals {
         engine->process_ended(reason);
     }
 
-    static GtkWidget* create_window(WebKitWebView*, WebKitNavigationAction*, WebKitEngine*) { return nullptr; }
+    static gboolean guard_spoke(WebKitWebView*, WebKitUserMessage* message, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        if (g_strcmp0(webkit_user_message_get_name(message), "refused") == 0)
+            engine->refuse("request", g_variant_get_string(webkit_user_message_get_parameters(message), nullptr));
+        return TRUE;
+    }
+
+    static void download_started(WebKitNetworkSession*, WebKitDownload* download, void*)
+    {
+        webkit_download_cancel(download);
+        WebKitWebView* view = webkit_download_get_web_view(download);
+        auto* engine = view ? static_cast<WebKitEngine*>(g_object_get_data(G_OBJECT(view), engine_key)) : nullptr;
+        if (engine)
+            engine->refuse("download", webkit_uri_request_get_uri(webkit_download_get_request(download)));
+    }
+
+    /// What a script opens by itself comes here, past decide_policy.
+    static GtkWidget* create_window(WebKitWebView*, WebKitNavigationAction* action, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->refuse("window", webkit_uri_request_get_uri(webkit_navigation_action_get_request(action)));
+        return nullptr;
+    }
 
     static gboolean deny_permission(WebKitWebView*, WebKitPermissionRequest* request, WebKitEngine*)
     {
@@ -266,8 +291,9 @@ struct WebKitEngine::Signals {
 };
 
 WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
-                           WebKitNetworkSession* session)
-    : platform_(platform), listener_(listener), kind_(kind), content_(webkit_user_content_manager_new()), view_([&] {
+                           WebKitNetworkSession* session, std::shared_ptr<SocketFilter> sockets)
+    : platform_(platform), listener_(listener), kind_(kind), sockets_(std::move(sockets)),
+      content_(webkit_user_content_manager_new()), view_([&] {
           WebKitSettings* settings = make_settings();
           auto* view =
               WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session,
@@ -278,6 +304,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
       }()),
       self_(std::make_shared<WebKitEngine*>(this))
 {
+    sockets_->apply(content_, true);
     if (kind == PageKind::Creative) {
         connect_bridge();
     } else {
@@ -293,6 +320,8 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
     g_signal_connect(view_, "permission-request", G_CALLBACK(Signals::deny_permission), this);
     g_signal_connect(view_, "run-file-chooser", G_CALLBACK(Signals::refuse_files), this);
     g_signal_connect(view_, "authenticate", G_CALLBACK(Signals::refuse_login), this);
+    g_signal_connect(view_, "user-message-received", G_CALLBACK(Signals::guard_spoke), this);
+    g_object_set_data(G_OBJECT(view_), engine_key, this);
     for (const char* browser_manners : {"context-menu", "script-dialog", "print", "show-notification"})
         g_signal_connect(view_, browser_manners, G_CALLBACK(Signals::suppress), this);
 }
@@ -301,7 +330,9 @@ WebKitEngine::~WebKitEngine()
 {
     *self_ = nullptr;
     dismiss_script();
+    sockets_->forget(content_);
     g_signal_handlers_disconnect_by_data(view_, this);
+    g_object_set_data(G_OBJECT(view_), engine_key, nullptr);
     g_signal_handlers_disconnect_by_data(content_, this);
     auto* widget = GTK_WIDGET(view_);
     if (gtk_widget_get_parent(widget))
@@ -374,6 +405,7 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
     dismiss_script();
     has_page_ = true;
     own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
+    sockets_->apply(content_, !is_loopback_address(own_load_));
     loading_ = false;
     wanted_.clear();
     const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit refuses no bytes
@@ -390,6 +422,7 @@ void WebKitEngine::load_address(const NSURL& address)
     has_page_ = true;
     loading_ = false;
     wanted_ = own_load_ = as_webkit_spells(address.absoluteString().text().c_str());
+    sockets_->apply(content_, !is_loopback_address(own_load_));
     ask([&] { webkit_web_view_load_uri(view_, own_load_.c_str()); });
 }
 
@@ -446,6 +479,11 @@ void WebKitEngine::state_changed()
         platform_.dispatch([&] { listener_.page_state_changed(); });
 }
 
+void WebKitEngine::refuse(const char* what, const std::string& detail)
+{
+    platform_.dispatch([&] { listener_.refused(what, detail); });
+}
+
 void WebKitEngine::load_changed(int event)
 {
     if (event == WEBKIT_LOAD_STARTED) {
@@ -462,6 +500,7 @@ void WebKitEngine::load_changed(int event)
         has_content_ = true;
         has_insecure_parts_ = false;
         wanted_.clear();
+        sockets_->apply(content_, !is_loopback_address(webkit_web_view_get_uri(view_)));
         if (kind_ == PageKind::Browsed)
             state_changed();
     }
@@ -494,11 +533,19 @@ bool WebKitEngine::listener_allows(const char* address, int navigation_type)
     return allowed;
 }
 
+/// What cannot be shown would become a download.
+bool WebKitEngine::may_be_shown(WebKitResponsePolicyDecision* decision)
+{
+    if (webkit_response_policy_decision_is_mime_type_supported(decision))
+        return true;
+    refuse("download", webkit_uri_request_get_uri(webkit_response_policy_decision_get_request(decision)));
+    return false;
+}
+
 bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
 {
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
-        // What cannot be shown would become a download.
-        return webkit_response_policy_decision_is_mime_type_supported(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+        return may_be_shown(WEBKIT_RESPONSE_POLICY_DECISION(decision));
 
     WebKitNavigationAction* action =
         webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
@@ -509,9 +556,12 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
 
     if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
         // No windows. A link that the viewer followed into one is a link all the same, and shown in place if it may.
+        if (!link || !webkit_navigation_action_is_user_gesture(action)) {
+            refuse("window", address);
+            return false;
+        }
         const std::shared_ptr<WebKitEngine*> self = self_;
-        if (link && webkit_navigation_action_is_user_gesture(action) &&
-            listener_allows(address.c_str(), LinkFollowed) && *self && is_web_address(address.c_str())) {
+        if (listener_allows(address.c_str(), LinkFollowed) && *self && is_web_address(address.c_str())) {
             own_load_ = address;
             webkit_web_view_load_uri(view_, address.c_str());
         }
@@ -520,6 +570,11 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     // The page before may ask for something at the very moment: the address tells.
     if (!link && address == own_load_)
         return true;
+    if (address == "about:blank") {
+        // A frame begins as one and loses nothing; the page itself would be gone.
+        refuse("navigation", address);
+        return false;
+    }
     if (is_blank_address(address.c_str()) && !link)
         return true;
     return listener_allows(address.c_str(), link ? LinkFollowed : OtherNavigation) && is_loadable(address.c_str());
@@ -577,6 +632,7 @@ void WebKitEngine::answer_message(JSCValue* value, WebKitScriptMessageReply* rep
     const std::optional<ScriptMessage> message = parse_message(value);
     if (!message) {
         webkit_script_message_reply_return_error_message(reply, "not a message of the script library");
+        refuse("message", "it is none of the script library's");
         return;
     }
     if (message->command == next_events) {
@@ -653,6 +709,9 @@ WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platfor
 WebKitEngineFactory::~WebKitEngineFactory()
 {
     for (Family* family : {&creatives_, &browsed_}) {
+        if (family->session)
+            g_signal_handlers_disconnect_by_func(
+                family->session, reinterpret_cast<void*>(WebKitEngine::Signals::download_started), nullptr);
         g_clear_object(&family->session);
         g_clear_object(&family->context);
     }
@@ -663,12 +722,17 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
     if (!family.context)
         found(family, kind);
-    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session);
+    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, sockets_);
 }
 
 void WebKitEngineFactory::found(Family& family, PageKind kind)
 {
+    if (!guard_) {
+        guard_ = std::make_unique<GuardFolder>();
+        sockets_ = std::make_shared<SocketFilter>(guard_->path() + "/filters");
+    }
     family.context = webkit_web_context_new();
+    webkit_web_context_set_web_process_extensions_directory(family.context, guard_->path().c_str());
     if (kind == PageKind::Creative) {
         webkit_web_context_register_uri_scheme(family.context, "kit", serve_library, nullptr, nullptr);
         WebKitSecurityManager* security = webkit_web_context_get_security_manager(family.context);
@@ -677,7 +741,7 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
     }
     family.session = webkit_network_session_new_ephemeral();
     webkit_network_session_set_persistent_credential_storage_enabled(family.session, FALSE);
-    g_signal_connect(family.session, "download-started", G_CALLBACK(cancel_download), nullptr);
+    g_signal_connect(family.session, "download-started", G_CALLBACK(WebKitEngine::Signals::download_started), nullptr);
 }
 
 } // namespace qoro

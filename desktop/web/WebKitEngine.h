@@ -9,6 +9,7 @@
 
 typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
+typedef struct _WebKitResponsePolicyDecision WebKitResponsePolicyDecision;
 typedef struct _WebKitScriptMessageReply WebKitScriptMessageReply;
 typedef struct _WebKitUserContentManager WebKitUserContentManager;
 typedef struct _WebKitWebContext WebKitWebContext;
@@ -19,6 +20,9 @@ struct _GError;
 
 namespace qoro
 {
+
+class GuardFolder;
+class SocketFilter;
 
 /// The address under which every page finds the kit's script library.
 inline constexpr const char* script_library_address = "kit://script.js";
@@ -38,7 +42,7 @@ class WebKitEngine : public WebEngine, public WidgetSource
 public:
     /// The platform dispatches every event, and outlives the engine, as the listener does.
     WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
-                 WebKitNetworkSession* session);
+                 WebKitNetworkSession* session, std::shared_ptr<SocketFilter> sockets);
     ~WebKitEngine() override;
     WebKitEngine(const WebKitEngine&) = delete;
     WebKitEngine& operator=(const WebKitEngine&) = delete;
@@ -60,6 +64,7 @@ public:
     void set_transparent(bool transparent) override;
 
 private:
+    friend class WebKitEngineFactory;
     struct Signals;
     enum class News { Started, Finished, Failed };
 
@@ -70,6 +75,9 @@ private:
     /// What the engine itself asks of WebKit, whose news may come inside the call.
     template <typename F>
     void ask(F&& call);
+    /// Tells the listener what the page has not got, as an event of its own.
+    void refuse(const char* what, const std::string& detail);
+    bool may_be_shown(WebKitResponsePolicyDecision* decision);
     bool decide_policy(WebKitPolicyDecision* decision, int type);
     bool listener_allows(const char* address, int navigation_type);
     void answer_message(JSCValue* message, WebKitScriptMessageReply* reply);
@@ -85,6 +93,7 @@ private:
     Platform& platform_;
     WebListener& listener_;
     const PageKind kind_;
+    const std::shared_ptr<SocketFilter> sockets_;
     WebKitUserContentManager* const content_;
     WebKitWebView* const view_;
     /// Dies with the engine; what waits for the main loop or for the page's process watches it.
@@ -124,6 +133,7 @@ public:
     WebKitEngineFactory& operator=(const WebKitEngineFactory&) = delete;
 
     /// GTK must have been started.
+    /// @throws std::runtime_error when pages cannot be guarded
     std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
 
 private:
@@ -131,9 +141,11 @@ private:
         WebKitWebContext* context = nullptr;
         WebKitNetworkSession* session = nullptr;
     };
-    static void found(Family& family, PageKind kind);
+    void found(Family& family, PageKind kind);
 
     Platform& platform_;
+    std::unique_ptr<GuardFolder> guard_;
+    std::shared_ptr<SocketFilter> sockets_;
     Family creatives_;
     Family browsed_;
 };

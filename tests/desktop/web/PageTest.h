@@ -105,12 +105,18 @@ struct Recorder : WebListener {
         return answer(message);
     }
     void did_fail_load(const std::string&) override { heard.emplace_back("fail"); }
+    void refused(const std::string& what, const std::string& detail) override
+    {
+        refusals.push_back(what + " " + detail);
+    }
     void died(const std::string& reason) override { heard.push_back("died: " + reason); }
 
     bool has(const std::string& line) const { return std::find(heard.begin(), heard.end(), line) != heard.end(); }
     long count(const std::string& line) const { return std::count(heard.begin(), heard.end(), line); }
 
     std::vector<std::string> heard;
+    /// What the page has not got.
+    std::vector<std::string> refusals;
     /// What the page's `mraid` object hears by; null before it has asked for anything.
     NSArray mraid;
     bool allow_loads = false;

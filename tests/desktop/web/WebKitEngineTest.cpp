@@ -403,6 +403,7 @@ TEST_F(WebKitEngineTest, no_window_is_opened)
 {
     load_script("onload = () => note(window.open('/other.html') === null)");
     wait_for("note[true]");
+    EXPECT_EQ(recorder.refusals, std::vector<std::string>{"window " + server.base() + "other.html"});
     EXPECT_TRUE(server.asked.empty());
 }
 
@@ -419,6 +420,20 @@ TEST_F(WebKitEngineTest, what_cannot_be_shown_is_not_downloaded)
     load_script("onload = () => { location = '/app.apk'; setTimeout(() => note('still here'), 300); }");
     wait_for("note[\"still here\"]");
     EXPECT_EQ(server.asked, std::vector<std::string>{"/app.apk"});
+    EXPECT_EQ(recorder.refusals, std::vector<std::string>{"download " + server.base() + "app.apk"});
+}
+
+TEST_F(WebKitEngineTest, a_page_does_not_blank_itself_and_its_blank_frames_work)
+{
+    load_script("const frame = document.createElement('iframe');"
+                "frame.onload = () => note('frame', frame.contentDocument.location.href);"
+                "document.body.append(frame); frame.contentDocument.body.textContent = 'x';"
+                "note(frame.contentDocument.body.textContent);"
+                "onload = () => { location = 'about:blank'; setTimeout(() => note('still here'), 300); }");
+    wait_for("note[\"still here\"]");
+    EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", R"(note["frame","about:blank"])", R"(note["x"])",
+                                                        "finish", R"(note["still here"])"}));
+    EXPECT_EQ(recorder.refusals.back(), "navigation about:blank");
 }
 
 TEST_F(WebKitEngineTest, local_files_are_out_of_reach)

@@ -1,23 +1,24 @@
-# Writes a C++ source that holds a text file: cmake -D INPUT=… -D OUTPUT=… -P EmbedScript.cmake
+# Writes a C++ source whose function gives a file's bytes:
+#   cmake -D INPUT=… -D OUTPUT=… -D HEADER=… -D FUNCTION=… -P EmbedFile.cmake
 # As bytes, because a string literal may not be as long as a library.
 file(READ ${INPUT} bytes HEX)
 string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," bytes "${bytes}")
 string(REGEX REPLACE "((0x[0-9a-f][0-9a-f],){20})" "\\1\n    " bytes "${bytes}")
-file(WRITE ${OUTPUT} "#include \"desktop/web/ScriptLibrary.h\"
+file(WRITE ${OUTPUT} "#include \"${HEADER}\"
 
 namespace qoro
 {
 
 namespace
 {
-constexpr unsigned char library[] = {
+constexpr unsigned char content[] = {
     ${bytes}
 };
 } // namespace
 
-std::string_view script_library()
+std::string_view ${FUNCTION}()
 {
-    return {reinterpret_cast<const char*>(library), sizeof library};
+    return {reinterpret_cast<const char*>(content), sizeof content};
 }
 
 } // namespace qoro

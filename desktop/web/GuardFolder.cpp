@@ -1,0 +1,56 @@
+#include "desktop/web/GuardFolder.h"
+
+#include "desktop/web/Embedded.h"
+
+#include <dlfcn.h>
+#include <glib.h>
+
+#include <array>
+#include <filesystem>
+#include <stdexcept>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// Writes the module into a new folder under a place.
+/// @return the folder; empty when nothing can be run from there
+std::string try_place(const std::string& place)
+{
+    std::string folder = place + "/qoro-ad-XXXXXX";
+    if (!g_mkdtemp(folder.data()))
+        return "";
+    const std::string file = folder + "/page-guard.so";
+    const std::string_view module = page_guard();
+    const bool written =
+        g_file_set_contents(file.c_str(), module.data(), static_cast<gssize>(module.size()), nullptr) != FALSE;
+    void* loaded = written ? dlopen(file.c_str(), RTLD_LAZY | RTLD_LOCAL) : nullptr;
+    if (loaded) {
+        dlclose(loaded);
+        return folder;
+    }
+    std::error_code gone_already;
+    std::filesystem::remove_all(folder, gone_already);
+    return "";
+}
+
+} // namespace
+
+GuardFolder::GuardFolder()
+{
+    for (const char* place : std::array{g_get_tmp_dir(), g_get_user_runtime_dir(), g_get_user_cache_dir()})
+        if (path_ = try_place(place); !path_.empty())
+            return;
+    throw std::runtime_error("the guard of pages can be placed nowhere: a temporary folder that programs may run from "
+                             "is needed");
+}
+
+GuardFolder::~GuardFolder()
+{
+    std::error_code gone_already;
+    std::filesystem::remove_all(path_, gone_already);
+}
+
+} // namespace qoro

@@ -1,0 +1,101 @@
+#include "kit/Loopback.h"
+
+#include <webkit/webkit-web-process-extension.h>
+
+// Runs within the page's process, where every request of a page passes before it is sent, redirects included: what the
+// program outside could not see. What it refuses it tells the page's web view.
+
+namespace
+{
+
+void tell(WebKitWebPage* page, const char* address)
+{
+    webkit_web_page_send_message_to_view(page, webkit_user_message_new("refused", g_variant_new_string(address)),
+                                         nullptr, nullptr, nullptr);
+}
+
+bool is_out_of_reach(const char* address, const char* page)
+{
+    return address && qoro::is_loopback_address(address) && !(page && qoro::is_loopback_address(page));
+}
+
+gboolean send_request(WebKitWebPage* page, WebKitURIRequest* request, WebKitURIResponse*, void*)
+{
+    const char* address = webkit_uri_request_get_uri(request);
+    if (!is_out_of_reach(address, webkit_web_page_get_uri(page)))
+        return FALSE;
+    tell(page, address);
+    return TRUE;
+}
+
+void file_failed(const char* address, WebKitWebPage* page)
+{
+    tell(page, address);
+}
+
+/// A file is refused by WebKit itself, before there is a request: the element that asked for it says so.
+constexpr const char* watch_files = "addEventListener('error', event => {"
+                                    "  const { src, href, data } = event.target;"
+                                    "  for (const address of [src, href, data])"
+                                    "    if (typeof address === 'string' && address.startsWith('file:'))"
+                                    "      told(address);"
+                                    "}, true);";
+
+/// In a world of its own: the page shares its elements with it, and nothing else.
+void window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
+{
+    JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
+    JSCValue* told = jsc_value_new_function(context, "told", G_CALLBACK(file_failed), g_object_ref(page),
+                                            g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING);
+    jsc_context_set_value(context, "told", told);
+    g_object_unref(told);
+    JSCValue* nothing = jsc_context_evaluate(context, watch_files, -1);
+    g_object_unref(nothing);
+    g_object_unref(context);
+}
+
+void socket_wanted(const char* address, WebKitWebPage* page)
+{
+    if (is_out_of_reach(address, webkit_web_page_get_uri(page)))
+        tell(page, address);
+}
+
+/// WebKit's filter refuses sockets and says nothing. (Those of a page's workers are refused in silence.)
+constexpr const char* watch_sockets = "(told => {"
+                                      "  const { construct } = Reflect;"
+                                      "  window.WebSocket = new Proxy(WebSocket, {"
+                                      "    construct(type, args, made) {"
+                                      "      told(`${args[0]}`);"
+                                      "      return construct(type, args, made);"
+                                      "    },"
+                                      "  });"
+                                      "})";
+
+/// In the page's own world.
+void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
+{
+    JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
+    JSCValue* told = jsc_value_new_function(context, "told", G_CALLBACK(socket_wanted), g_object_ref(page),
+                                            g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING);
+    JSCValue* watch = jsc_context_evaluate(context, watch_sockets, -1);
+    JSCValue* nothing = jsc_value_function_call(watch, JSC_TYPE_VALUE, told, G_TYPE_NONE);
+    for (JSCValue* value : {nothing, watch, told})
+        g_object_unref(value);
+    g_object_unref(context);
+}
+
+void page_created(WebKitWebProcessExtension*, WebKitWebPage* page, void*)
+{
+    g_signal_connect(page, "send-request", G_CALLBACK(send_request), nullptr);
+}
+
+} // namespace
+
+extern "C" G_MODULE_EXPORT void webkit_web_process_extension_initialize(WebKitWebProcessExtension* extension)
+{
+    g_signal_connect(extension, "page-created", G_CALLBACK(page_created), nullptr);
+    g_signal_connect(webkit_script_world_get_default(), "window-object-cleared", G_CALLBACK(page_window_cleared),
+                     nullptr);
+    g_signal_connect(webkit_script_world_new_with_name("kit-guard"), "window-object-cleared",
+                     G_CALLBACK(window_cleared), nullptr);
+}

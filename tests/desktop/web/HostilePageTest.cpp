@@ -1,0 +1,157 @@
+#include "desktop/DesktopPlatform.h"
+#include "session/JsonText.h"
+#include "session/Session.h"
+#include "tests/desktop/web/PageTest.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace qoro::test
+{
+namespace
+{
+
+struct NoControls final : SessionControls {
+    void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
+    void change_device(const DeviceChange&) override {}
+    void leave_app() override {}
+};
+
+DesktopPlatform::Options silent()
+{
+    DesktopPlatform::Options options;
+    options.silent = true;
+    options.device.can_open = std::vector<std::string>{"https:", "tel:", "sms:"};
+    return options;
+}
+
+std::string replaced(std::string text, const std::string& what, const std::string& by)
+{
+    return text.replace(text.find(what), what.size(), by);
+}
+
+/// An ad whose page is tests/desktop/web/hostile.html; what is written down of it.
+class HostilePage : public testing::Test, private Witness
+{
+protected:
+    static void SetUpTestSuite() { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
+
+    HostilePage()
+    {
+        std::ofstream(file_) << "a secret";
+        platform_.display().show(); // a page that nobody sees loads no video
+        platform_.set_witness(this);
+        const auto ad = std::make_shared<QoroVideoAd>();
+        ad->strVideoUrl = server.base() + "ad.mp4";
+        ad->fVideoWidth = 320;
+        ad->fVideoHeight = 180;
+        ad->portraitModeType = VIDEO_AND_WEBVIEW;
+        ad->portraitVideoPos = TOP;
+        ad->strBackgroundColor = "4279704105";
+        session_ = std::make_unique<Session>(platform_, controls_, HostSetup{}, ad);
+        platform_.dispatch([&] { session_->open(0); });
+        platform_.loop().run_until([&] { return !server.asked.empty(); }, 5);
+        server.asked.clear(); // the ad's own
+    }
+    ~HostilePage() override
+    {
+        platform_.set_witness(nullptr);
+        session_.reset();
+        std::filesystem::remove(file_);
+    }
+
+    /// Shows the page as if it had come from an address, and waits until it has done all it wanted to.
+    void show_from(const std::string& address)
+    {
+        std::ostringstream page;
+        page << std::ifstream(QORO_SOURCE_DIR "/tests/desktop/web/hostile.html").rdbuf();
+        std::string html = replaced(page.str(), "mraid.js", script_library_address);
+        html =
+            replaced(replaced(html, "\"SERVER\"", "\"" + server.base() + "\""), "\"FILE\"", "\"file://" + file_ + "\"");
+        platform_.dispatch([&] {
+            session_->controller()->strBaseUrl = address;
+            session_->controller()->webView().loadHTMLString(html, NSURL::URLWithString(address));
+        });
+        EXPECT_TRUE(platform_.loop().run_until([&] { return has("web", "too many"); }, 20));
+    }
+
+    bool has(const std::string& what, const std::string& part) const
+    {
+        return std::any_of(told.begin(), told.end(), [&](const std::string& line) {
+            return line.starts_with(what + " ") && line.find(part) != std::string::npos;
+        });
+    }
+    std::string all() const
+    {
+        std::string text;
+        for (const std::string& line : told)
+            text += "  " + line + "\n";
+        return text;
+    }
+
+    std::vector<std::string> told;
+    LocalServer server;
+
+private:
+    void tell(std::string_view what, std::initializer_list<Field> fields) override
+    {
+        std::string line(what);
+        for (const Field& field : fields) {
+            line += " ";
+            append_json(line, field.content);
+        }
+        told.push_back(line);
+    }
+
+    const std::string file_ =
+        (std::filesystem::temp_directory_path() / ("qoro-hostile-" + std::to_string(getpid()) + ".txt")).string();
+    NoControls controls_;
+    DesktopPlatform platform_{silent()};
+    std::unique_ptr<Session> session_;
+};
+
+TEST_F(HostilePage, gets_nothing_and_each_refusal_is_written_down)
+{
+    show_from("http://ads.example/hostile.html");
+
+    for (const char* call : {R"("open" ["https://shop.example/by-click"])", R"("open" ["tel:+49301234"])",
+                             R"("open" ["sms:+49301234?body=x"])", R"("playVideo" ["https://shop.example/video.mp4"])",
+                             R"("createCalendarEvent")", R"("storePicture")"})
+        EXPECT_TRUE(has("mraid", std::string(R"("refused" )") + call)) << call;
+    EXPECT_TRUE(has("mraid", "\"open open open playVideo createCalendarEvent storePicture\""))
+        << "the page hears of each as an error";
+    for (const char* path : {"img", "script", "style", "fetch", "xhr", "beacon", "events", "worker", "video.mp4"})
+        EXPECT_TRUE(has("web", R"("refused" "request" ")" + server.base() + path)) << path;
+    EXPECT_TRUE(has("web", R"("refused" "request" ")" + replaced(server.base(), "http", "ws") + "socket"));
+    EXPECT_TRUE(has("web", R"("refused" ")" + server.base() + "frame")) << "a frame asks as a navigation does";
+    for (const char* element : {"?img", "?script"})
+        EXPECT_TRUE(has("web", element)) << element;
+    EXPECT_TRUE(has("web", R"("window" "https://popup.example/by-script")"));
+    EXPECT_TRUE(has("web", R"("window" "https://popup.example/by-link")"));
+    EXPECT_TRUE(has("web", R"("refused" "https://away.example/by-link")"));
+    EXPECT_TRUE(has("web", R"("refused" "https://away.example/by-script")"));
+    EXPECT_TRUE(has("web", R"("refused" "data:text/html,gone")"));
+    EXPECT_TRUE(has("web", R"("refused" "navigation" "about:blank")"));
+    EXPECT_TRUE(has("web", R"("refused" "data:application/octet-stream,x")"));
+    EXPECT_TRUE(has("web", R"("refused" "message" "it is none of the script library's")"));
+    EXPECT_TRUE(has("mraid", "still here")) << "the page stands where it stood";
+
+    EXPECT_TRUE(server.asked.empty()) << "asked for " << server.asked.front();
+    EXPECT_FALSE(has("openURL", ""));
+    EXPECT_FALSE(has("super", "createCalendarEvent"));
+    if (HasFailure())
+        ADD_FAILURE() << all();
+}
+
+TEST_F(HostilePage, reaches_the_machine_that_it_comes_from)
+{
+    show_from(server.base() + "hostile.html");
+
+    for (const char* path :
+         {"/img", "/script", "/style", "/fetch", "/xhr", "/beacon", "/worker", "/video.mp4", "/socket", "/hidden"})
+        EXPECT_TRUE(std::find(server.asked.begin(), server.asked.end(), path) != server.asked.end()) << path;
+    EXPECT_FALSE(has("web", R"("refused" "request" "http)"));
+}
+
+} // namespace
+} // namespace qoro::test
