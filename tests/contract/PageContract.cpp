@@ -1,5 +1,7 @@
 #include "tests/contract/PageContract.h"
 
+#include "views/ViewNode.h"
+
 namespace qoro::test
 {
 
@@ -199,6 +201,7 @@ ScriptContract::ScriptContract()
     ad->portraitVideoPos = TOP;
     ad->fVideoWidth = 320;
     ad->fVideoHeight = 180;
+    ad->strBackgroundColor = "4279704105"; // without one the page is not to be seen
     platform().set_witness(this);
     session_ = std::make_unique<Session>(platform(), world().controls(), HostSetup{}, ad);
     platform().dispatch([&] { session_->open(0); });
@@ -300,6 +303,24 @@ TEST_P(ScriptContract, WhatIsNoMessageIsRefusedAndHasNoEffect)
         EXPECT_EQ(world().script_says(ad(), message), std::nullopt) << message;
 
     EXPECT_EQ(told, Lines{});
+}
+
+TEST_P(ScriptContract, WhatNeedsATouchOfThePageIsRefusedWithoutOne)
+{
+    EXPECT_EQ(world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party"}])"), std::nullopt);
+
+    touch(platform(), {187, 500});
+
+    EXPECT_EQ(world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party"}])"), "null");
+    EXPECT_EQ(world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party"}])"), std::nullopt);
+}
+
+TEST_P(ScriptContract, ATouchIsForgottenAfterASecond)
+{
+    touch(platform(), {187, 500});
+    let_pass(1.1);
+
+    EXPECT_EQ(world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party"}])"), std::nullopt);
 }
 
 } // namespace qoro::test
