@@ -3,6 +3,7 @@
 #include "desktop/media/Mailbox.h"
 #include "desktop/media/ServerWait.h"
 #include "desktop/media/Workers.h"
+#include "desktop/net/UserAgent.h"
 
 #include <gst/app/gstappsink.h>
 #include <gst/gst.h>
@@ -27,7 +28,6 @@ namespace qoro
 
 namespace
 {
-constexpr const char* UserAgent = "QoroVideoAd/0.1";
 /// Seconds without a byte after which a server is given up on, and how often it is asked again.
 constexpr guint ServerTimeOut = 10;
 constexpr int ServerRetries = 1;

@@ -4,6 +4,6 @@ namespace qoro
 {
 
 /// How this program names itself to servers: product, version, system.
-inline constexpr const char* UserAgent = "QoroVideoAd/" QORO_VERSION " (Linux)";
+extern const char* const UserAgent;
 
 } // namespace qoro

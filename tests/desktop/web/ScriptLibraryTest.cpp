@@ -62,7 +62,7 @@ TEST_F(ScriptLibraryTest, the_environment_names_the_standard_and_no_device)
 {
     load_script("note(MRAID_ENV)");
     wait_for(
-        R"(note[{"appId":"","coppa":false,"ifa":"","limitAdTracking":true,"sdk":"Qoro Video Ad","sdkVersion":")" QORO_VERSION
+        R"(note[{"appId":"","coppa":false,"ifa":"","limitAdTracking":true,"sdk":"Qoro Video Ad","sdkVersion":")" QORO_LIBRARY_VERSION
         R"(","version":"3.0"}])");
 }
 
