@@ -5,6 +5,7 @@
 #include "app/TraceFile.h"
 #include "desktop/DesktopPlatform.h"
 #include "desktop/screen/Toolkit.h"
+#include "desktop/web/WebSandbox.h"
 #include "platform/Numbers.h"
 #include "session/AdAddresses.h"
 #include "session/InputError.h"

@@ -9,7 +9,7 @@
 #include "desktop/net/SoupFetcher.h"
 #include "desktop/screen/Screen.h"
 #include "desktop/text/PangoText.h"
-#include "desktop/web/WebKitEngine.h"
+#include "desktop/web/WebKitEngineFactory.h"
 #include "platform/Platform.h"
 
 #include <map>

@@ -1,5 +1,6 @@
 #include "desktop/media/Pipeline.h"
 
+#include "desktop/disk/ScratchFolders.h"
 #include "desktop/media/Mailbox.h"
 #include "desktop/media/ServerWait.h"
 #include "desktop/media/Workers.h"
@@ -22,6 +23,7 @@
 #include <mutex>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -304,7 +306,12 @@ bool Pipeline::Core::open()
             return false;
         g_object_set(source, "user-agent", UserAgent, "timeout", ServerTimeOut, "retries", ServerRetries, nullptr);
         // In a file: its ring of memory writes past the reader's buffer when a server is done while a read jumps.
-        const std::string file = (std::filesystem::temp_directory_path() / "qoro-video-XXXXXX").string();
+        const std::vector<std::string> folders = scratch_folders(MostBytes);
+        if (folders.empty()) {
+            fail("there is no folder to keep it in");
+            return false;
+        }
+        const std::string file = folders.front() + "/qoro-video-XXXXXX";
         g_object_set(keeper, "temp-template", file.c_str(), "max-size-buffers", 0U, "max-size-bytes", 0U,
                      "max-size-time", G_GUINT64_CONSTANT(0), nullptr);
         g_signal_connect(keeper, "notify::temp-location", G_CALLBACK(on_file), nullptr);

@@ -1,11 +1,12 @@
 #include "desktop/web/GuardFolder.h"
 
+#include "desktop/disk/ScratchFolders.h"
 #include "desktop/web/Embedded.h"
 
 #include <dlfcn.h>
 #include <glib.h>
 
-#include <array>
+#include <cstdint>
 #include <filesystem>
 #include <stdexcept>
 
@@ -14,6 +15,9 @@ namespace qoro
 
 namespace
 {
+
+/// Bytes for what WebKit keeps beside the module.
+constexpr std::uint64_t RoomForFilters = 100'000;
 
 /// Writes the module into a new folder under a place.
 /// @return the folder; empty when nothing can be run from there
@@ -40,7 +44,7 @@ std::string try_place(const std::string& place)
 
 GuardFolder::GuardFolder()
 {
-    for (const char* place : std::array{g_get_tmp_dir(), g_get_user_runtime_dir(), g_get_user_cache_dir()})
+    for (const std::string& place : scratch_folders(page_guard().size() + RoomForFilters))
         if (path_ = try_place(place); !path_.empty())
             return;
     throw std::runtime_error("the guard of pages can be placed nowhere: a temporary folder that programs may run from "

@@ -1,14 +1,9 @@
 #include "desktop/web/WebKitEngine.h"
 
-#include "desktop/web/GuardFolder.h"
-#include "desktop/web/ScriptLibrary.h"
 #include "desktop/web/SocketFilter.h"
-#include "desktop/web/ValueJson.h"
 #include "kit/Loopback.h"
 
 #include <webkit/webkit.h>
-
-#include <cstring>
 
 namespace qoro
 {
@@ -16,15 +11,10 @@ namespace qoro
 namespace
 {
 
-/// The name under which the script library finds the bridge.
-constexpr const char* bridge_name = "qoroPlayer";
-/// The script library's question for the events that come next.
-constexpr const char* next_events = "nextEvents";
-constexpr std::size_t longest_message = 64 * 1024;
-/// Calls that are kept for a page whose script does not ask for them.
-constexpr std::size_t most_pending = 4096;
 constexpr int LinkFollowed = 0;
 constexpr int OtherNavigation = 5;
+/// Under which a view knows its engine.
+constexpr const char* engine_key = "qoro-engine";
 
 // ------------------------------------------------------------------------------------------------ what pages may do
 
@@ -69,56 +59,6 @@ std::string as_webkit_spells(const char* address)
     return spelt;
 }
 
-void serve_library(WebKitURISchemeRequest* request, void*)
-{
-    std::string address = webkit_uri_scheme_request_get_uri(request);
-    if (!address.empty() && address.back() == '/')
-        address.pop_back();
-    if (address != script_library_address) {
-        GError* error = g_error_new(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "there is nothing at %s", address.c_str());
-        webkit_uri_scheme_request_finish_error(request, error);
-        g_error_free(error);
-        return;
-    }
-    const std::string_view source = script_library();
-    GInputStream* stream =
-        g_memory_input_stream_new_from_data(source.data(), static_cast<gssize>(source.size()), nullptr);
-    WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(stream, static_cast<gint64>(source.size()));
-    webkit_uri_scheme_response_set_content_type(response, "text/javascript; charset=utf-8");
-    // For pages that name the library with a crossorigin attribute.
-    SoupMessageHeaders* headers = soup_message_headers_new(SOUP_MESSAGE_HEADERS_RESPONSE);
-    soup_message_headers_append(headers, "Access-Control-Allow-Origin", "*");
-    webkit_uri_scheme_response_set_http_headers(response, headers);
-    webkit_uri_scheme_request_finish_with_response(request, response);
-    g_object_unref(response);
-    g_object_unref(stream);
-}
-
-/// Under which a view knows its engine.
-constexpr const char* engine_key = "qoro-engine";
-
-// ------------------------------------------------------------------------------------------------------- messages
-
-/// The message of a page; null when it is none.
-std::optional<ScriptMessage> parse_message(JSCValue* value)
-{
-    char* json = jsc_value_to_json(value, 0);
-    if (!json)
-        return std::nullopt;
-    std::optional<Value> content;
-    if (std::strlen(json) <= longest_message)
-        content = value_of_json(json);
-    g_free(json);
-    if (!content || !content->is_dictionary())
-        return std::nullopt;
-    const NSDictionary message = content->dictionary();
-    const NSString command = message["command"].string();
-    const NSArray arguments = message["args"].array();
-    if (!command || !arguments)
-        return std::nullopt;
-    return ScriptMessage{command.text(), arguments};
-}
-
 const char* words_for(WebKitWebProcessTerminationReason reason)
 {
     switch (reason) {
@@ -132,44 +72,6 @@ const char* words_for(WebKitWebProcessTerminationReason reason)
 }
 
 } // namespace
-
-// -------------------------------------------------------------------------------------------------------- sandbox
-
-bool sandbox_works()
-{
-    const char* proxy[] = {"xdg-dbus-proxy", "--version", nullptr};
-    // The locks that WebKit uses. A container that withholds one of them fails here.
-    const char* shut_away[] = {"bwrap",
-                               "--die-with-parent",
-                               "--unshare-pid",
-                               "--unshare-ipc",
-                               "--unshare-uts",
-                               "--unshare-net",
-                               "--ro-bind",
-                               "/",
-                               "/",
-                               "--proc",
-                               "/proc",
-                               "--dev",
-                               "/dev",
-                               "true",
-                               nullptr};
-    for (const char** command : {proxy, shut_away}) {
-        int status = 0;
-        const gboolean ran = g_spawn_sync(
-            nullptr, const_cast<char**>(command), nullptr,
-            static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_STDOUT_TO_DEV_NULL | G_SPAWN_STDERR_TO_DEV_NULL),
-            nullptr, nullptr, nullptr, nullptr, &status, nullptr);
-        if (!ran || !g_spawn_check_wait_status(status, nullptr))
-            return false;
-    }
-    return true;
-}
-
-void give_up_sandbox()
-{
-    g_setenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS", "1", TRUE);
-}
 
 // --------------------------------------------------------------------------------------------------------- engine
 
@@ -233,7 +135,7 @@ struct WebKitEngine::Signals {
                             WebKitEngine* engine)
     {
         const Entry entry(engine);
-        engine->answer_message(value, reply);
+        engine->bridge_.answer(value, reply);
         return TRUE;
     }
 
@@ -302,7 +204,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
           g_object_ref_sink(view);
           return view;
       }()),
-      self_(std::make_shared<WebKitEngine*>(this))
+      bridge_(platform, listener), self_(std::make_shared<WebKitEngine*>(this))
 {
     sockets_->apply(content_, true);
     if (kind == PageKind::Creative) {
@@ -329,7 +231,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
 WebKitEngine::~WebKitEngine()
 {
     *self_ = nullptr;
-    dismiss_script();
+    bridge_.leave_page();
     sockets_->forget(content_);
     g_signal_handlers_disconnect_by_data(view_, this);
     g_object_set_data(G_OBJECT(view_), engine_key, nullptr);
@@ -350,9 +252,14 @@ WebKitEngine::~WebKitEngine()
 
 void WebKitEngine::connect_bridge()
 {
-    const std::string with_bridge = std::string("script-message-with-reply-received::") + bridge_name;
+    const std::string with_bridge = std::string("script-message-with-reply-received::") + PageBridge::Name;
     g_signal_connect(content_, with_bridge.c_str(), G_CALLBACK(Signals::message), this);
-    webkit_user_content_manager_register_script_message_handler_with_reply(content_, bridge_name, nullptr);
+    webkit_user_content_manager_register_script_message_handler_with_reply(content_, PageBridge::Name, nullptr);
+}
+
+void WebKitEngine::refuse_downloads(WebKitNetworkSession* session)
+{
+    g_signal_connect(session, "download-started", G_CALLBACK(Signals::download_started), nullptr);
 }
 
 GtkWidget* WebKitEngine::widget() const
@@ -401,8 +308,7 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
 {
     const std::string& address = base.absoluteString().text();
     const bool has_origin = !base.is_file() && is_web_address(address.c_str());
-    pending_.clear(); // the callbacks were the earlier page's
-    dismiss_script();
+    bridge_.leave_page(); // the callbacks were the earlier page's
     has_page_ = true;
     own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
     sockets_->apply(content_, !is_loopback_address(own_load_));
@@ -418,7 +324,7 @@ void WebKitEngine::load_address(const NSURL& address)
 {
     if (!address.is_web())
         return;
-    pending_.clear();
+    bridge_.leave_page();
     has_page_ = true;
     loading_ = false;
     wanted_ = own_load_ = as_webkit_spells(address.absoluteString().text().c_str());
@@ -521,6 +427,12 @@ void WebKitEngine::load_failed(const GError& error)
     report(News::Failed, error.message);
 }
 
+void WebKitEngine::call_listeners(const std::string&, const NSArray& callbacks, const NSDictionary& data)
+{
+    if (has_page_)
+        bridge_.call(callbacks, data);
+}
+
 NSURL WebKitEngine::current_address() const
 {
     return has_page_ ? NSURL::URLWithString(webkit_web_view_get_uri(view_)) : NSURL();
@@ -588,8 +500,7 @@ void WebKitEngine::process_ended(int reason)
     has_content_ = false;
     loading_ = false;
     own_load_.clear();
-    pending_.clear();
-    dismiss_script();
+    bridge_.leave_page();
     platform_.dispatch([&] { listener_.died(words_for(static_cast<WebKitWebProcessTerminationReason>(reason))); });
 }
 
@@ -623,125 +534,6 @@ void WebKitEngine::fit_page()
     webkit_web_view_set_zoom_level(view_, 1);
     webkit_web_view_evaluate_javascript(view_, "innerWidth / document.documentElement.scrollWidth", -1, nullptr,
                                         nullptr, nullptr, shrink, new Self(self_));
-}
-
-// --------------------------------------------------------------------------------------------------------- bridge
-
-void WebKitEngine::answer_message(JSCValue* value, WebKitScriptMessageReply* reply)
-{
-    const std::optional<ScriptMessage> message = parse_message(value);
-    if (!message) {
-        webkit_script_message_reply_return_error_message(reply, "not a message of the script library");
-        refuse("message", "it is none of the script library's");
-        return;
-    }
-    if (message->command == next_events) {
-        wait_for_events(value, reply);
-        return;
-    }
-    ScriptAnswer answer{"the command could not be carried out", nullptr}; // what stays when the platform rejects it
-    platform_.dispatch([&] { answer = listener_.message(*message); });
-    if (answer.error) {
-        webkit_script_message_reply_return_error_message(reply, answer.error.text().c_str());
-        return;
-    }
-    JSCValue* result = jsc_value_new_from_json(jsc_value_get_context(value), json_of(answer.value).c_str());
-    webkit_script_message_reply_return_value(reply, result);
-    g_object_unref(result);
-}
-
-void WebKitEngine::call_listeners(const std::string&, const NSArray& callbacks, const NSDictionary& data)
-{
-    if (!has_page_ || callbacks.count() == 0 || pending_.size() == most_pending)
-        return;
-    // What one event of the loop causes leaves in one answer.
-    if (pending_.empty())
-        platform_.loop().post([self = self_] {
-            if (WebKitEngine* engine = *self)
-                engine->deliver_pending();
-        });
-    pending_.push_back("[" + json_of(callbacks) + "," + json_of(data) + "]");
-}
-
-/// The library asks, and is answered when there is something: so the page gets no function through which events come.
-void WebKitEngine::wait_for_events(JSCValue* message, WebKitScriptMessageReply* reply)
-{
-    if (waiting_)
-        dismiss_script();
-    waiting_ = webkit_script_message_reply_ref(reply);
-    waiting_in_ = JSC_CONTEXT(g_object_ref(jsc_value_get_context(message)));
-    deliver_pending();
-}
-
-void WebKitEngine::deliver_pending()
-{
-    if (pending_.empty() || !waiting_)
-        return;
-    std::string events = "[";
-    for (const std::string& call : pending_)
-        events += (events.size() > 1 ? "," : "") + call;
-    events += "]";
-    pending_.clear();
-    // As text, because WebKit sorts the names of what it hands over by itself.
-    JSCValue* answer = jsc_value_new_string(waiting_in_, events.c_str());
-    webkit_script_message_reply_return_value(waiting_, answer);
-    g_object_unref(answer);
-    g_clear_pointer(&waiting_, webkit_script_message_reply_unref);
-    g_clear_object(&waiting_in_);
-}
-
-/// Nothing comes any more for the script that waits.
-void WebKitEngine::dismiss_script()
-{
-    if (!waiting_)
-        return;
-    webkit_script_message_reply_return_error_message(waiting_, "no more events");
-    g_clear_pointer(&waiting_, webkit_script_message_reply_unref);
-    g_clear_object(&waiting_in_);
-}
-
-// -------------------------------------------------------------------------------------------------------- factory
-
-WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platform)
-{
-}
-
-WebKitEngineFactory::~WebKitEngineFactory()
-{
-    for (Family* family : {&creatives_, &browsed_}) {
-        if (family->session)
-            g_signal_handlers_disconnect_by_func(
-                family->session, reinterpret_cast<void*>(WebKitEngine::Signals::download_started), nullptr);
-        g_clear_object(&family->session);
-        g_clear_object(&family->context);
-    }
-}
-
-std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& listener, PageKind kind)
-{
-    Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
-    if (!family.context)
-        found(family, kind);
-    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, sockets_);
-}
-
-void WebKitEngineFactory::found(Family& family, PageKind kind)
-{
-    if (!guard_) {
-        guard_ = std::make_unique<GuardFolder>();
-        sockets_ = std::make_shared<SocketFilter>(guard_->path() + "/filters");
-    }
-    family.context = webkit_web_context_new();
-    webkit_web_context_set_web_process_extensions_directory(family.context, guard_->path().c_str());
-    if (kind == PageKind::Creative) {
-        webkit_web_context_register_uri_scheme(family.context, "kit", serve_library, nullptr, nullptr);
-        WebKitSecurityManager* security = webkit_web_context_get_security_manager(family.context);
-        webkit_security_manager_register_uri_scheme_as_secure(security, "kit");
-        webkit_security_manager_register_uri_scheme_as_cors_enabled(security, "kit");
-    }
-    family.session = webkit_network_session_new_ephemeral();
-    webkit_network_session_set_persistent_credential_storage_enabled(family.session, FALSE);
-    g_signal_connect(family.session, "download-started", G_CALLBACK(WebKitEngine::Signals::download_started), nullptr);
 }
 
 } // namespace qoro

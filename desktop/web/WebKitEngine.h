@@ -1,38 +1,24 @@
 #pragma once
 
 #include "desktop/screen/WidgetSource.h"
+#include "desktop/web/PageBridge.h"
 #include "platform/Platform.h"
 
 #include <memory>
 #include <string>
-#include <vector>
 
 typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
 typedef struct _WebKitResponsePolicyDecision WebKitResponsePolicyDecision;
-typedef struct _WebKitScriptMessageReply WebKitScriptMessageReply;
 typedef struct _WebKitUserContentManager WebKitUserContentManager;
 typedef struct _WebKitWebContext WebKitWebContext;
 typedef struct _WebKitWebView WebKitWebView;
-typedef struct _JSCContext JSCContext;
-typedef struct _JSCValue JSCValue;
 struct _GError;
 
 namespace qoro
 {
 
-class GuardFolder;
 class SocketFilter;
-
-/// The address under which every page finds the kit's script library.
-inline constexpr const char* script_library_address = "kit://script.js";
-
-/// Whether the web engine's processes can be locked away on this machine. Asked before the first engine is made,
-/// because WebKit ends the whole program where they cannot.
-bool sandbox_works();
-
-/// Goes on without the sandbox. To be called before the first engine is made; for trusted pages alone.
-void give_up_sandbox();
 
 /// One web view, drawn by WebKitGTK. Pages are other people's code: they keep nothing, read no local file, open no
 /// window, download nothing, are granted no permission, and reach the ad through the bridge alone; browsed pages have
@@ -60,11 +46,13 @@ public:
     void set_scales_page_to_fit(bool scales) override;
     double page_scale() const override;
 
+    /// Cancels every download of the session's pages, and tells it as what they were refused.
+    static void refuse_downloads(WebKitNetworkSession* session);
+
     GtkWidget* widget() const override;
     void set_transparent(bool transparent) override;
 
 private:
-    friend class WebKitEngineFactory;
     struct Signals;
     enum class News { Started, Finished, Failed };
 
@@ -80,11 +68,7 @@ private:
     bool may_be_shown(WebKitResponsePolicyDecision* decision);
     bool decide_policy(WebKitPolicyDecision* decision, int type);
     bool listener_allows(const char* address, int navigation_type);
-    void answer_message(JSCValue* message, WebKitScriptMessageReply* reply);
     void process_ended(int reason);
-    void wait_for_events(JSCValue* message, WebKitScriptMessageReply* reply);
-    void deliver_pending();
-    void dismiss_script();
     void fit_page();
     /// Tells the listener, as an event of its own.
     /// @param reason in words, of a failure
@@ -96,6 +80,7 @@ private:
     const std::shared_ptr<SocketFilter> sockets_;
     WebKitUserContentManager* const content_;
     WebKitWebView* const view_;
+    PageBridge bridge_;
     /// Dies with the engine; what waits for the main loop or for the page's process watches it.
     const std::shared_ptr<WebKitEngine*> self_;
 
@@ -115,39 +100,6 @@ private:
     bool scales_page_to_fit_ = false;
     /// How many of WebKit's calls are running into us.
     int inside_ = 0;
-    /// Calls for the script, in JSON, that leave together with the next answer to its library.
-    std::vector<std::string> pending_;
-    /// The library's question for the events that come next, and the context of its answer; null while it asks for
-    /// none.
-    WebKitScriptMessageReply* waiting_ = nullptr;
-    JSCContext* waiting_in_ = nullptr;
-};
-
-/// Web engines, of which those of one kind share one process family and one memory-only session.
-class WebKitEngineFactory : public WebEngineFactory
-{
-public:
-    explicit WebKitEngineFactory(Platform& platform);
-    ~WebKitEngineFactory() override;
-    WebKitEngineFactory(const WebKitEngineFactory&) = delete;
-    WebKitEngineFactory& operator=(const WebKitEngineFactory&) = delete;
-
-    /// GTK must have been started.
-    /// @throws std::runtime_error when pages cannot be guarded
-    std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
-
-private:
-    struct Family {
-        WebKitWebContext* context = nullptr;
-        WebKitNetworkSession* session = nullptr;
-    };
-    void found(Family& family, PageKind kind);
-
-    Platform& platform_;
-    std::unique_ptr<GuardFolder> guard_;
-    std::shared_ptr<SocketFilter> sockets_;
-    Family creatives_;
-    Family browsed_;
 };
 
 } // namespace qoro

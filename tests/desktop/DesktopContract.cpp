@@ -6,6 +6,7 @@
 #include "desktop/DesktopPlatform.h"
 #include "desktop/cache/VideoCache.h"
 #include "desktop/cache/VideoDownload.h"
+#include "desktop/screen/WidgetSource.h"
 #include "tests/desktop/app/Command.h"
 #include "tests/desktop/media/SoundServer.h"
 #include "tests/desktop/media/VideoServer.h"

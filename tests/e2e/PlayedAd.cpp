@@ -13,6 +13,7 @@
 
 #include <chrono>
 #include <thread>
+#include <utility>
 
 namespace qoro::test
 {
@@ -109,13 +110,16 @@ void run(const std::vector<std::string>& command)
 
 } // namespace
 
-PlayedAd::PlayedAd(std::vector<std::string> arguments)
+PlayedAd::PlayedAd(std::vector<std::string> arguments, std::vector<std::string> launcher, bool silent)
 {
     std::string name = (std::filesystem::temp_directory_path() / "played-ad-XXXXXX").string();
     if (!mkdtemp(name.data()))
         throw std::runtime_error("no folder could be made");
     folder_ = name;
-    std::vector<std::string> command{QORO_AD_PROGRAM, "play", "--mute-output", "--trace", folder_ + "/trace.jsonl"};
+    std::vector<std::string> command = std::move(launcher);
+    command.insert(command.end(), {QORO_AD_PROGRAM, "play", "--trace", folder_ + "/trace.jsonl"});
+    if (silent)
+        command.emplace_back("--mute-output");
     if (const char* option = std::getenv("QORO_WEB_SANDBOX_OPTION"); option && *option)
         command.emplace_back(option);
     command.insert(command.end(), arguments.begin(), arguments.end());

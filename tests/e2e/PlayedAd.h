@@ -16,7 +16,9 @@ class PlayedAd
 public:
     /// Starts the program.
     /// @param arguments what follows "qoro-ad play"
-    explicit PlayedAd(std::vector<std::string> arguments);
+    /// @param launcher a command that starts the command that follows it; none for none
+    /// @param silent whether the video has no sound, whatever sound server there is
+    explicit PlayedAd(std::vector<std::string> arguments, std::vector<std::string> launcher = {}, bool silent = true);
     /// Ends the program if it still runs.
     ~PlayedAd();
     PlayedAd(const PlayedAd&) = delete;

@@ -2,7 +2,8 @@
 
 #include "desktop/images/GdkImages.h"
 #include "desktop/screen/PictureSource.h"
-#include "desktop/web/WebKitEngine.h"
+#include "desktop/screen/WidgetSource.h"
+#include "desktop/web/WebKitEngineFactory.h"
 #include "platform/MediaPlayer.h"
 #include "tests/desktop/support/BarePlatform.h"
 #include "tests/desktop/support/Desktop.h"

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "desktop/screen/Toolkit.h"
-#include "desktop/web/WebKitEngine.h"
+#include "desktop/web/WebSandbox.h"
 
 namespace qoro::test
 {

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "desktop/screen/WidgetSource.h"
 #include "desktop/web/ScriptLibrary.h"
 #include "desktop/web/ValueJson.h"
-#include "desktop/web/WebKitEngine.h"
+#include "desktop/web/WebKitEngineFactory.h"
 #include "tests/desktop/support/BarePlatform.h"
 #include "tests/desktop/support/Desktop.h"
 

@@ -1,0 +1,53 @@
+#pragma once
+
+#include "platform/Platform.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+typedef struct _WebKitScriptMessageReply WebKitScriptMessageReply;
+typedef struct _JSCContext JSCContext;
+typedef struct _JSCValue JSCValue;
+
+namespace qoro
+{
+
+/// Carries a page's messages to its listener and the listener's events to the page's script library.
+class PageBridge
+{
+public:
+    /// The name under which the script library finds the bridge.
+    static constexpr const char* Name = "qoroPlayer";
+
+    /// The platform dispatches every message, and outlives the bridge, as the listener does.
+    PageBridge(Platform& platform, WebListener& listener);
+    ~PageBridge();
+    PageBridge(const PageBridge&) = delete;
+    PageBridge& operator=(const PageBridge&) = delete;
+
+    /// Gives the listener a message, and the page its answer; the bridge may be gone afterwards.
+    void answer(JSCValue* message, WebKitScriptMessageReply* reply);
+    /// Sends callbacks what they are called with. What one event of the loop causes leaves in one answer.
+    void call(const NSArray& callbacks, const NSDictionary& data);
+    /// The page goes: nothing comes any more for its script.
+    void leave_page();
+
+private:
+    void wait_for_events(JSCValue* message, WebKitScriptMessageReply* reply);
+    void deliver();
+    void dismiss_script();
+
+    Platform& platform_;
+    WebListener& listener_;
+    /// Dies with the bridge; what waits for the main loop watches it.
+    const std::shared_ptr<PageBridge*> self_;
+    /// Calls for the script, in JSON, that leave together with the next answer to its library.
+    std::vector<std::string> pending_;
+    /// The library's question for the events that come next, and the context of its answer; null while it asks for
+    /// none.
+    WebKitScriptMessageReply* waiting_ = nullptr;
+    JSCContext* waiting_in_ = nullptr;
+};
+
+} // namespace qoro

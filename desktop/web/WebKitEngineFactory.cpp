@@ -1,0 +1,142 @@
+#include "desktop/web/WebKitEngineFactory.h"
+
+#include "desktop/web/GuardFolder.h"
+#include "desktop/web/ScriptLibrary.h"
+#include "desktop/web/SocketFilter.h"
+#include "desktop/web/WebKitEngine.h"
+#include "desktop/web/WebSandbox.h"
+
+#include <webkit/webkit.h>
+
+#include <functional>
+#include <stdexcept>
+#include <string>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+void serve_library(WebKitURISchemeRequest* request, void*)
+{
+    std::string address = webkit_uri_scheme_request_get_uri(request);
+    if (!address.empty() && address.back() == '/')
+        address.pop_back();
+    if (address != script_library_address) {
+        GError* error = g_error_new(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "there is nothing at %s", address.c_str());
+        webkit_uri_scheme_request_finish_error(request, error);
+        g_error_free(error);
+        return;
+    }
+    const std::string_view source = script_library();
+    GInputStream* stream =
+        g_memory_input_stream_new_from_data(source.data(), static_cast<gssize>(source.size()), nullptr);
+    WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(stream, static_cast<gint64>(source.size()));
+    webkit_uri_scheme_response_set_content_type(response, "text/javascript; charset=utf-8");
+    // For pages that name the library with a crossorigin attribute.
+    SoupMessageHeaders* headers = soup_message_headers_new(SOUP_MESSAGE_HEADERS_RESPONSE);
+    soup_message_headers_append(headers, "Access-Control-Allow-Origin", "*");
+    webkit_uri_scheme_response_set_http_headers(response, headers);
+    webkit_uri_scheme_request_finish_with_response(request, response);
+    g_object_unref(response);
+    g_object_unref(stream);
+}
+
+/// Stands where no page can be shown. The ad goes on without one.
+class NoPage : public WebEngine
+{
+public:
+    NoPage(Platform& platform, WebListener& listener, std::string reason)
+        : platform_(platform), listener_(listener), reason_(std::move(reason))
+    {
+    }
+
+    void load_html(const NSString&, const NSURL&) override
+    {
+        later([](NoPage& self) { self.listener_.died(self.reason_); });
+    }
+    void load_address(const NSURL& address) override
+    {
+        address_ = address;
+        later([](NoPage& self) { self.listener_.did_fail_load(self.reason_); });
+    }
+    void reload() override { load_address(address_); }
+    void go_back() override {}
+    void go_forward() override {}
+    PageState page_state() const override
+    {
+        PageState state;
+        state.address = address_;
+        return state;
+    }
+    void call_listeners(const std::string&, const NSArray&, const NSDictionary&) override {}
+    NSURL current_address() const override { return {}; }
+    void set_scales_page_to_fit(bool) override {}
+
+private:
+    void later(std::function<void(NoPage&)> event)
+    {
+        platform_.loop().post([alive = std::weak_ptr(alive_), event, this] {
+            if (!alive.expired())
+                event(*this);
+        });
+    }
+
+    Platform& platform_;
+    WebListener& listener_;
+    const std::string reason_;
+    NSURL address_;
+    const std::shared_ptr<bool> alive_ = std::make_shared<bool>();
+};
+
+} // namespace
+
+WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platform)
+{
+}
+
+WebKitEngineFactory::~WebKitEngineFactory()
+{
+    for (Family* family : {&creatives_, &browsed_}) {
+        g_clear_object(&family->session);
+        g_clear_object(&family->context);
+    }
+}
+
+std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& listener, PageKind kind)
+{
+    Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
+    try {
+        if (!family.context)
+            found(family, kind);
+    } catch (const std::runtime_error& unguarded) {
+        return std::make_unique<NoPage>(platform_, listener, unguarded.what());
+    }
+    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, sockets_);
+}
+
+void WebKitEngineFactory::found(Family& family, PageKind kind)
+{
+    if (!sandbox_has_room())
+        throw std::runtime_error("pages can't be locked away: the folder " + std::string(g_get_user_runtime_dir()) +
+                                 " is full");
+    if (!guard_) {
+        guard_ = std::make_unique<GuardFolder>();
+        sockets_ = std::make_shared<SocketFilter>(guard_->path() + "/filters");
+    }
+    family.context = webkit_web_context_new();
+    webkit_web_context_set_web_process_extensions_directory(family.context, guard_->path().c_str());
+    if (kind == PageKind::Creative) {
+        webkit_web_context_register_uri_scheme(family.context, "kit", serve_library, nullptr, nullptr);
+        WebKitSecurityManager* security = webkit_web_context_get_security_manager(family.context);
+        webkit_security_manager_register_uri_scheme_as_secure(security, "kit");
+        webkit_security_manager_register_uri_scheme_as_cors_enabled(security, "kit");
+    }
+    family.session = webkit_network_session_new_ephemeral();
+    webkit_network_session_set_persistent_credential_storage_enabled(family.session, FALSE);
+    WebKitEngine::refuse_downloads(family.session);
+}
+
+} // namespace qoro
