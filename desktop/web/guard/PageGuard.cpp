@@ -33,13 +33,25 @@ void file_failed(const char* address, WebKitWebPage* page)
     tell(page, address);
 }
 
-/// A file is refused by WebKit itself, before there is a request: the element that asked for it says so.
-constexpr const char* watch_files = "addEventListener('error', event => {"
-                                    "  const { src, href, data } = event.target;"
-                                    "  for (const address of [src, href, data])"
-                                    "    if (typeof address === 'string' && address.startsWith('file:'))"
-                                    "      told(address);"
-                                    "}, true);";
+/// A file is refused by WebKit itself, before there is a request: the element that asked for it says so, but for
+/// frames, which are looked at as they come.
+constexpr const char* watch_files = R"(
+    const tellOf = address => {
+        if (typeof address === 'string' && address.startsWith('file:'))
+            told(address);
+    };
+    addEventListener('error', ({ target }) => [target.src, target.href, target.data].forEach(tellOf), true);
+    const frames = 'iframe, frame, embed';
+    new MutationObserver(changes => {
+        for (const { target, addedNodes } of changes)
+            for (const element of [target, ...addedNodes].filter(node => node instanceof Element)) {
+                const inside = element === target ? [] : element.querySelectorAll(frames);
+                for (const frame of [element, ...inside])
+                    if (frame.matches(frames))
+                        tellOf(frame.src);
+            }
+    }).observe(document, { subtree: true, childList: true, attributes: true, attributeFilter: ['src'] });
+)";
 
 /// In a world of its own: the page shares its elements with it, and nothing else.
 void window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
@@ -54,30 +66,47 @@ void window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* 
     g_object_unref(context);
 }
 
-void socket_wanted(const char* address, WebKitWebPage* page)
+void wanted_by_script(const char* address, WebKitWebPage* page)
 {
-    if (is_out_of_reach(address, webkit_web_page_get_uri(page)))
+    if (g_ascii_strncasecmp(address, "file:", 5) == 0 || is_out_of_reach(address, webkit_web_page_get_uri(page)))
         tell(page, address);
 }
 
-/// WebKit's filter refuses sockets and says nothing. (Those of a page's workers are refused in silence.)
-constexpr const char* watch_sockets = "(told => {"
-                                      "  const { construct } = Reflect;"
-                                      "  window.WebSocket = new Proxy(WebSocket, {"
-                                      "    construct(type, args, made) {"
-                                      "      told(`${args[0]}`);"
-                                      "      return construct(type, args, made);"
-                                      "    },"
-                                      "  });"
-                                      "})";
+/// WebKit refuses scripts a file, and its filter refuses them sockets, and neither says so. (Those of a page's workers
+/// are refused in silence, and so is a page that wants to be replaced by a file.)
+constexpr const char* watch_scripts = R"(told => {
+    const { apply, construct } = Reflect;
+    const isFile = address => address.slice(0, 5).toLowerCase() === 'file:';
+    window.WebSocket = new Proxy(WebSocket, {
+        construct(type, args, made) {
+            told(`${args[0]}`);
+            return construct(type, args, made);
+        },
+    });
+    window.fetch = new Proxy(fetch, {
+        apply(call, self, args) {
+            const address = args[0] instanceof Request ? args[0].url : `${args[0]}`;
+            if (isFile(address))
+                told(address);
+            return apply(call, self, args);
+        },
+    });
+    XMLHttpRequest.prototype.open = new Proxy(XMLHttpRequest.prototype.open, {
+        apply(call, self, args) {
+            if (isFile(`${args[1]}`))
+                told(`${args[1]}`);
+            return apply(call, self, args);
+        },
+    });
+})";
 
 /// In the page's own world.
 void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
 {
     JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
-    JSCValue* told = jsc_value_new_function(context, "told", G_CALLBACK(socket_wanted), g_object_ref(page),
+    JSCValue* told = jsc_value_new_function(context, "told", G_CALLBACK(wanted_by_script), g_object_ref(page),
                                             g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING);
-    JSCValue* watch = jsc_context_evaluate(context, watch_sockets, -1);
+    JSCValue* watch = jsc_context_evaluate(context, watch_scripts, -1);
     JSCValue* nothing = jsc_value_function_call(watch, JSC_TYPE_VALUE, told, G_TYPE_NONE);
     for (JSCValue* value : {nothing, watch, told})
         g_object_unref(value);

@@ -124,7 +124,7 @@ TEST_F(HostilePage, gets_nothing_and_each_refusal_is_written_down)
         EXPECT_TRUE(has("web", R"("refused" "request" ")" + server.base() + path)) << path;
     EXPECT_TRUE(has("web", R"("refused" "request" ")" + replaced(server.base(), "http", "ws") + "socket"));
     EXPECT_TRUE(has("web", R"("refused" ")" + server.base() + "frame")) << "a frame asks as a navigation does";
-    for (const char* element : {"?img", "?script"})
+    for (const char* element : {"?img", "?script", "?frame", "?fetch", "?xhr"})
         EXPECT_TRUE(has("web", element)) << element;
     EXPECT_TRUE(has("web", R"("window" "https://popup.example/by-script")"));
     EXPECT_TRUE(has("web", R"("window" "https://popup.example/by-link")"));
