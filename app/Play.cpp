@@ -1,11 +1,11 @@
 #include "app/Play.h"
 
 #include "app/PlayInput.h"
-#include "app/ServedAd.h"
 #include "app/TraceFile.h"
 #include "desktop/DesktopPlatform.h"
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
+#include "embedding/ServedAd.h"
 #include "platform/Numbers.h"
 #include "session/AdAddresses.h"
 #include "session/InputError.h"

@@ -1,8 +1,8 @@
 #include "app/PlayInput.h"
 
-#include "app/InputFile.h"
 #include "session/AdFile.h"
 #include "session/InputError.h"
+#include "session/InputFile.h"
 
 #include <filesystem>
 #include <iostream>
@@ -90,8 +90,7 @@ std::map<std::string, std::string> copies_of(const Surroundings& surroundings, c
 PlayInput read_play_input(const PlayOptions& options)
 {
     PlayInput input;
-    input.ad = read_ad(read_input_file(options.ad_file), options.ad_file, AdTypes::Strict);
-    require_playable(*input.ad, options.ad_file);
+    input.ad = read_ad_file(options.ad_file);
     input.folder = std::filesystem::absolute(options.ad_file).parent_path().string();
 
     Surroundings surroundings = default_surroundings();

@@ -1,8 +1,8 @@
 #include "app/Simulate.h"
 
-#include "app/InputFile.h"
 #include "app/OrderedWork.h"
 #include "session/InputError.h"
+#include "session/InputFile.h"
 #include "session/JsonText.h"
 #include "simulator/Simulation.h"
 #include "simulator/Summary.h"

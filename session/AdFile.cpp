@@ -3,6 +3,7 @@
 #include "platform/Numbers.h"
 #include "session/AdAddresses.h"
 #include "session/InputError.h"
+#include "session/InputFile.h"
 #include "session/detail/AdJson.h"
 #include "session/detail/AdProperties.h"
 #include "session/detail/Names.h"
@@ -269,6 +270,13 @@ void require_playable(const QoroVideoAd& ad, const std::string& file)
                                  shown(Json(address)));
         return address;
     });
+}
+
+std::shared_ptr<QoroVideoAd> read_ad_file(const std::string& file)
+{
+    auto ad = read_ad(read_input_file(file), file, AdTypes::Strict);
+    require_playable(*ad, file);
+    return ad;
 }
 
 } // namespace qoro

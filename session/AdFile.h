@@ -30,4 +30,9 @@ std::shared_ptr<QoroVideoAd> read_ad(std::string_view text, const std::string& f
 /// @throws InputError
 void require_playable(const QoroVideoAd& ad, const std::string& file);
 
+/// Reads a file, strictly, that holds an ad to be shown.
+/// @param file its path; "-" for standard input
+/// @throws InputError
+std::shared_ptr<QoroVideoAd> read_ad_file(const std::string& file);
+
 } // namespace qoro

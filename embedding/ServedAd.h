@@ -17,7 +17,11 @@ public:
     /// @param folder what they are relative to
     /// @param on_hit as AdServer's
     /// @throws std::runtime_error when there can be no server
-    ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, AdServer::OnHit on_hit);
+    ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, AdServer::OnHit on_hit = nullptr);
+    /// Reads the ad from a file, whose folder is served.
+    /// @throws InputError for a file that can't be read, or holds no ad that could be shown
+    /// @throws std::runtime_error when there can be no server
+    explicit ServedAd(const std::string& file, AdServer::OnHit on_hit = nullptr);
 
     const std::shared_ptr<QoroVideoAd>& ad() const { return ad_; }
     const AdServer& server() const { return *server_; }

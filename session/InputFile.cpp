@@ -1,4 +1,4 @@
-#include "app/InputFile.h"
+#include "session/InputFile.h"
 
 #include "session/InputError.h"
 

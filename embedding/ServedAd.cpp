@@ -1,8 +1,10 @@
-#include "app/ServedAd.h"
+#include "embedding/ServedAd.h"
 
 #include "desktop/web/ScriptLibrary.h"
 #include "session/AdAddresses.h"
+#include "session/AdFile.h"
 
+#include <filesystem>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -36,6 +38,11 @@ ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, A
     rewrite_addresses(*ad_, [base = server_->base()](AdAddressUse, const std::string&, const std::string& address) {
         return address_on_server(address, base);
     });
+}
+
+ServedAd::ServedAd(const std::string& file, AdServer::OnHit on_hit)
+    : ServedAd(read_ad_file(file), std::filesystem::absolute(file).parent_path().string(), std::move(on_hit))
+{
 }
 
 } // namespace qoro
