@@ -1,0 +1,45 @@
+# What a host application is given: find_package(QoroVideoAd COMPONENTS Controller Simulator Desktop).
+include(GNUInstallDirs)
+include(CMakePackageConfigHelpers)
+set(QORO_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/qoro-video-ad)
+set(QORO_PACKAGE ${CMAKE_INSTALL_LIBDIR}/cmake/QoroVideoAd)
+
+# Every library of ours stands on this one.
+target_compile_features(qoro_platform PUBLIC cxx_std_20)
+target_include_directories(qoro_platform INTERFACE $<INSTALL_INTERFACE:${QORO_HEADERS}>)
+
+# A component: the target that a host links, and the libraries behind it.
+function(qoro_install_component name entry)
+    add_library(qoro_package_${name} INTERFACE)
+    target_link_libraries(qoro_package_${name} INTERFACE ${entry})
+    set_target_properties(qoro_package_${name} PROPERTIES EXPORT_NAME ${name})
+    install(TARGETS qoro_package_${name} ${ARGN} EXPORT QoroVideoAd${name}
+            ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR})
+    install(EXPORT QoroVideoAd${name} NAMESPACE QoroVideoAd:: DESTINATION ${QORO_PACKAGE}
+            FILE QoroVideoAd${name}Targets.cmake)
+endfunction()
+
+function(qoro_install_headers)
+    foreach(folder IN LISTS ARGN)
+        install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder} DESTINATION ${QORO_HEADERS} FILES_MATCHING PATTERN "*.h")
+    endforeach()
+endfunction()
+
+qoro_install_component(Controller qoro_session qoro_platform qoro_views qoro_kit qoro_controller qoro_session)
+qoro_install_headers(platform views kit Base session)
+qoro_install_component(Simulator qoro_simulator qoro_simulator)
+qoro_install_headers(simulator)
+if(QORO_DESKTOP)
+    qoro_install_component(Desktop qoro_embedding
+        qoro_desktop qoro_desktop_cache qoro_desktop_device qoro_desktop_images qoro_desktop_loop qoro_desktop_media
+        qoro_desktop_net qoro_desktop_screen qoro_desktop_text qoro_desktop_web qoro_embedding qoro_script_library)
+    qoro_install_headers(desktop embedding)
+endif()
+install(TARGETS qoro-ad RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+
+configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/QoroVideoAdConfig.cmake.in
+    ${PROJECT_BINARY_DIR}/QoroVideoAdConfig.cmake INSTALL_DESTINATION ${QORO_PACKAGE}
+    NO_SET_AND_CHECK_MACRO)
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/QoroVideoAdConfigVersion.cmake COMPATIBILITY SameMinorVersion)
+install(FILES ${PROJECT_BINARY_DIR}/QoroVideoAdConfig.cmake ${PROJECT_BINARY_DIR}/QoroVideoAdConfigVersion.cmake
+        DESTINATION ${QORO_PACKAGE})

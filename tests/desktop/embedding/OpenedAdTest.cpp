@@ -1,0 +1,117 @@
+#include "session/OpenedAd.h"
+
+#include "desktop/DesktopPlatform.h"
+#include "embedding/ServedAd.h"
+#include "tests/desktop/app/Command.h"
+#include "tests/desktop/support/Desktop.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <vector>
+
+using namespace qoro;
+using namespace qoro::test;
+
+// As tests/session/OpenedAdTest.cpp, with a real video, a real page and a real screen.
+
+namespace
+{
+using testing::SizeIs;
+
+constexpr double Deadline = 60;
+
+DesktopPlatform::Options silent_options()
+{
+    DesktopPlatform::Options options;
+    options.silent = true;
+    return options;
+}
+
+/// What has failed so far.
+struct FailureCount final : Witness {
+    void tell(std::string_view what, std::initializer_list<Field> fields) override
+    {
+        const bool names = fields.size() > 0 && fields.begin()->key == "do";
+        const auto* does = names ? std::get_if<std::string_view>(&fields.begin()->content) : nullptr;
+        video |= what == "player" && does && *does == "failed";
+        page |= what == "kit" && does && *does == "adFailed";
+    }
+    bool video = false;
+    bool page = false;
+};
+
+class OpenedAdOnTheDesktopTest : public testing::Test
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
+
+    /// Opens an ad whose video lasts four seconds, and waits until the host is told of its end.
+    /// @param more further properties, each with a comma before it
+    void play(const std::string& more)
+    {
+        std::filesystem::copy_file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", folder.path("clip.mp4"));
+        folder.write("ad.json", R"({"strVideoUrl": "clip.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
+            "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true)" +
+                                    more + "}");
+        DesktopPlatform platform(silent_options());
+        const ServedAd served(folder.path("ad.json"));
+        platform.display().show();
+        const OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
+        platform.loop().run_until([this] { return !told.empty(); }, Deadline);
+        platform.loop().run_until([] { return false; }, 0.2);
+    }
+
+    const ScratchFolder folder;
+    std::vector<AdOutcome> told;
+};
+} // namespace
+
+TEST_F(OpenedAdOnTheDesktopTest, AnAdThatClosesAtItsVideosEndSaysHowMuchItPlayed)
+{
+    play(R"(, "bIsAutoClose": true)");
+
+    ASSERT_THAT(told, SizeIs(1));
+    EXPECT_EQ(told[0].end, AdEnd::Video);
+    ASSERT_THAT(told[0].videos, SizeIs(1));
+    EXPECT_TRUE(told[0].videos[0].reached_end);
+    EXPECT_NEAR(told[0].videos[0].duration.value_or(0), 4, 0.1);
+    EXPECT_NEAR(told[0].videos[0].played, 4, 0.1);
+    EXPECT_EQ(told[0].videos[0].error, std::nullopt);
+    EXPECT_EQ(told[0].page_error, std::nullopt);
+}
+
+TEST_F(OpenedAdOnTheDesktopTest, APageThatClosesItsAdIsNamedAsTheOneWhoDid)
+{
+    folder.write("page.html", R"(<!DOCTYPE html><html><head><script src="mraid.js"></script></head><body><script>
+        qoroPlayer.addEventListener("video_timeupdate", () => qoroPlayer.MRAIDClose());
+        </script></body></html>)");
+
+    play(R"(, "strWebViewUrl": "page.html", "fTrackingInterval": 1)");
+
+    ASSERT_THAT(told, SizeIs(1));
+    EXPECT_EQ(told[0].end, AdEnd::Page);
+    ASSERT_THAT(told[0].videos, SizeIs(1));
+    EXPECT_FALSE(told[0].videos[0].reached_end);
+}
+
+TEST_F(OpenedAdOnTheDesktopTest, AVideoAndAPageThatAreNotThereSayWhy)
+{
+    folder.write("ad.json", R"({"strVideoUrl": "none.mp4", "strWebViewUrl": "none.html", "fVideoWidth": 16,
+        "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})");
+    DesktopPlatform platform(silent_options());
+    FailureCount failures;
+    platform.set_witness(&failures);
+    const ServedAd served(folder.path("ad.json"));
+    OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
+    platform.loop().run_until([&] { return failures.video && failures.page; }, Deadline);
+
+    ad.close();
+    platform.loop().run_until([this] { return !told.empty(); }, Deadline);
+
+    ASSERT_THAT(told, SizeIs(1));
+    EXPECT_EQ(told[0].end, AdEnd::Host);
+    EXPECT_NE(told[0].page_error.value_or(""), "");
+    ASSERT_THAT(told[0].videos, SizeIs(1));
+    EXPECT_NE(told[0].videos[0].error.value_or(""), "");
+}
