@@ -7,6 +7,7 @@
 
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <vector>
 
 // Views are small handles: an empty one is null, a copy is the same view. Asking a null handle does nothing and answers
@@ -84,9 +85,14 @@ public:
     explicit operator bool() const { return decoded_ != nullptr; }
     const std::shared_ptr<const DecodedImage>& decoded() const { return decoded_; }
     const NSData& data() const { return data_; }
+    /// Which of the program's own pictures it is, for whoever can't see it; empty for any other.
+    std::string_view accessibilityIdentifier() const { return identifier_; }
+    /// @param identifier lasts as long as the program
+    void setAccessibilityIdentifier(std::string_view identifier) { identifier_ = identifier; }
 
 private:
     NSData data_;
+    std::string_view identifier_;
     std::shared_ptr<const DecodedImage> decoded_;
 };
 
@@ -130,6 +136,9 @@ public:
     void setUserInteractionEnabled(bool enabled) const;
     int contentMode() const;
     void setContentMode(int mode) const;
+    /// What it is called for whoever can't see it; null where its look says it.
+    NSString accessibilityLabel() const;
+    void setAccessibilityLabel(const NSString& label) const;
 
     /// Null when it stands in none.
     UIView superview() const;

@@ -1,7 +1,6 @@
 #include "session/Snapshot.h"
 
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
-#include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "platform/Platform.h"
 #include "session/Fields.h"
 #include "views/ViewNode.h"
@@ -184,27 +183,6 @@ constexpr std::array TimerFields{
     TimerField{"timerVideoLoaded", &Controller::timerVideoLoaded},
 };
 
-struct EmbeddedPicture {
-    std::string_view name;
-    const unsigned char* bytes;
-};
-
-const std::array EmbeddedPictures{
-    EmbeddedPicture{"arrayVideoBigCloseButton", arrayVideoBigCloseButton},
-    EmbeddedPicture{"arrayVideoCloseButton", arrayVideoCloseButton},
-    EmbeddedPicture{"arrayVideoFullscreenButton", arrayVideoFullscreenButton},
-    EmbeddedPicture{"arrayVideoPauseButton", arrayVideoPauseButton},
-    EmbeddedPicture{"arrayVideoPlayButton", arrayVideoPlayButton},
-    EmbeddedPicture{"arrayVideoReplayButton", arrayVideoReplayButton},
-    EmbeddedPicture{"arrayVideoSoundOffButton", arrayVideoSoundOffButton},
-    EmbeddedPicture{"arrayVideoSounOnButton", arrayVideoSounOnButton},
-    EmbeddedPicture{"arrayTopBackGround", arrayTopBackGround},
-    EmbeddedPicture{"arrayVideoScaleToPortraitButton", arrayVideoScaleToPortraitButton},
-    EmbeddedPicture{"arrayBottomBackGround", arrayBottomBackGround},
-    EmbeddedPicture{"arrayHideVideo", arrayHideVideo},
-    EmbeddedPicture{"arrayShowVideo", arrayShowVideo},
-};
-
 #undef QORO_FIELD
 
 // -------------------------------------------------------------------------------------------------------------- views
@@ -219,10 +197,8 @@ Value picture_name(const UIImage& image)
 {
     if (!image)
         return nullptr;
-    for (const EmbeddedPicture& embedded : EmbeddedPictures)
-        if (embedded.bytes == image.data().bytes())
-            return embedded.name;
-    return "fetched";
+    const std::string_view name = image.accessibilityIdentifier();
+    return name.empty() ? "fetched" : name;
 }
 
 Value color(const UIColor& of_color)

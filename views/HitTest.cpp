@@ -1,6 +1,7 @@
 #include "views/Turns.h"
 #include "views/ViewNode.h"
 
+#include <array>
 #include <cmath>
 #include <optional>
 
@@ -69,6 +70,24 @@ std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point)
         if (const auto own = point_in_window(**window, point))
             return reached(*window, own);
     return nullptr;
+}
+
+std::optional<CGPoint> touchable_point(const ViewNode& view)
+{
+    // Of the view's extents, from its middle: a control may be covered in part, by another that lies in its middle.
+    constexpr std::array<double, 3> Shares{0, -0.35, 0.35};
+    const Placement place = placement_on_screen(view);
+    const std::optional<CGSize> screen = view.platform.device().facts().screen;
+    for (const double down : Shares)
+        for (const double across : Shares) {
+            const CGPoint offset = turned({across * place.bounds.width, down * place.bounds.height}, place.angle);
+            const CGPoint point{place.center.x + offset.x, place.center.y + offset.y};
+            if (screen && !inside({0, 0, screen->width, screen->height}, point))
+                continue;
+            if (hit_test(view.platform, point).get() == &view)
+                return point;
+        }
+    return {};
 }
 
 std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point)

@@ -140,6 +140,16 @@ void UIView::setContentMode(int mode) const
     assign(node_, &ViewNode::content_mode, mode);
 }
 
+NSString UIView::accessibilityLabel() const
+{
+    return read(node_, &ViewNode::accessibility_label);
+}
+
+void UIView::setAccessibilityLabel(const NSString& label) const
+{
+    assign(node_, &ViewNode::accessibility_label, label);
+}
+
 // -------------------------------------------------------------------------------------------------------------- tree
 
 UIView UIView::superview() const

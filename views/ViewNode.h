@@ -59,6 +59,8 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     double corner_radius = 0;
     int autoresizing_mask = 0;
     int content_mode = 0;
+    /// What it is called for whoever can't see it; null where its look says it.
+    NSString accessibility_label;
     /// Whether touches reach it. Labels, image views, spinners and the countdown take none by default.
     bool takes_touches = true;
 
@@ -142,6 +144,10 @@ Placement placement_on_screen(const ViewNode& view);
 /// What a finger at a point of the screen reaches: the topmost view, by the rules of touch; null when nothing does. A
 /// web view takes what its own subviews do not.
 std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point);
+
+/// A point of the screen at which a finger reaches a view; absent where it reaches it nowhere: it is hidden, covered,
+/// away from the screen, or takes no touches. What is covered but for a sliver counts as covered.
+std::optional<CGPoint> touchable_point(const ViewNode& view);
 
 /// Whether a window is as large as the screen because nobody ever said how large it is.
 inline bool fills_screen(const ViewNode& window)

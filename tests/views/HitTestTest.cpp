@@ -247,3 +247,43 @@ TEST_F(Touches, AWindowThatWasGivenNoFrameFillsTheScreen)
     EXPECT_EQ(at(10, 200), over);
     EXPECT_EQ(over.frame(), CGRect());
 }
+
+TEST_F(Touches, FindTheirPointInTheMiddleOfAViewThatLiesFree)
+{
+    view.addSubview(button);
+    button.setFrame({100, 200, 50, 40});
+
+    EXPECT_EQ(touchable_point(*button.node()), (CGPoint{125, 220}));
+}
+
+TEST_F(Touches, FindTheirPointBesideWhatLiesInTheMiddle)
+{
+    const UIView above = UIView::create();
+    view.addSubview(button);
+    view.addSubview(above);
+    button.setFrame({0, 0, 300, 200});
+    above.setFrame({120, 80, 60, 40});
+
+    EXPECT_EQ(touchable_point(*button.node()), (CGPoint{45, 100}));
+}
+
+TEST_F(Touches, FindNoPointOfWhatIsCoveredHiddenOrAwayFromTheScreen)
+{
+    const UIView above = UIView::create();
+    view.addSubview(button);
+    button.setFrame({0, 0, 50, 50});
+    EXPECT_TRUE(touchable_point(*button.node()));
+
+    button.setHidden(true);
+    EXPECT_FALSE(touchable_point(*button.node()));
+    button.setHidden(false);
+    button.setUserInteractionEnabled(false);
+    EXPECT_FALSE(touchable_point(*button.node()));
+    button.setUserInteractionEnabled(true);
+    button.setFrame({-60, 0, 50, 50});
+    EXPECT_FALSE(touchable_point(*button.node()));
+    button.setFrame({0, 0, 50, 50});
+    view.addSubview(above);
+    above.setFrame({0, 0, 375, 812});
+    EXPECT_FALSE(touchable_point(*button.node()));
+}
