@@ -13,6 +13,16 @@ namespace qoro
 namespace
 {
 thread_local Platform* current_platform = nullptr;
+
+class Untranslated final : public Translation
+{
+public:
+    std::string translate(const char* text) override { return text; }
+    std::string translate(const char* one, const char* many, unsigned long number) override
+    {
+        return number == 1 ? one : many;
+    }
+};
 } // namespace
 
 Platform::Platform() = default;
@@ -30,6 +40,12 @@ Platform& Platform::current()
 Platform* Platform::current_or_null()
 {
     return current_platform;
+}
+
+Translation& Platform::translation()
+{
+    static Untranslated untranslated;
+    return untranslated;
 }
 
 void Platform::drop_shared()

@@ -40,6 +40,8 @@ public:
     virtual Device& device() = 0;
     virtual VideoCacheStore& video_cache() = 0;
     virtual Display& display() = 0;
+    /// A platform without one shows every text as it is written.
+    virtual Translation& translation();
 
     /// Null when nobody listens.
     Witness* witness() const { return witness_; }

@@ -352,6 +352,19 @@ public:
     virtual NSString path_for(const NSString& address) = 0;
 };
 
+/// The viewer's language.
+class Translation
+{
+public:
+    virtual ~Translation() = default;
+    /// A text of the kit's own in the viewer's language; the text itself where there is no translation.
+    virtual std::string translate(const char* text) = 0;
+    /// The same for a text that depends on a number, which it may name as "%d".
+    /// @param one for 1, in English
+    /// @param many for any other number
+    virtual std::string translate(const char* one, const char* many, unsigned long number) = 0;
+};
+
 // -------------------------------------------------------------------------------------------------------- display
 
 /// Shows the view tree. Called whenever something in it changed; a display draws once per frame whatever the count.
