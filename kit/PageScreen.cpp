@@ -149,17 +149,18 @@ void PageScreen::build()
     bar_ = plain(BarColor, upright_);
     bar_.setHidden(style_.bar == Bar::None);
     bar_edge_ = plain(EdgeColor, bar_);
-    const auto button = [this](const Action& tap) {
+    const auto button = [this](const Action& tap, const char* name) {
         const UIButton made = UIButton::create();
+        made.setAccessibilityLabel(platform_.translation().translate(name));
         made.addTarget(tap);
         made.setShowsTouchWhenHighlighted(true);
         bar_.addSubview(made);
         return made;
     };
     if (style_.bar == Bar::Navigation) {
-        back_ = button(action<&PageScreen::go_back>(this, "go_back"));
-        forward_ = button(action<&PageScreen::go_forward>(this, "go_forward"));
-        reload_ = button(action<&PageScreen::reload>(this, "reload"));
+        back_ = button(action<&PageScreen::go_back>(this, "go_back"), screen_texts::Back);
+        forward_ = button(action<&PageScreen::go_forward>(this, "go_forward"), screen_texts::Forward);
+        reload_ = button(action<&PageScreen::reload>(this, "reload"), screen_texts::Reload);
         set_symbol(reload_, Symbol::Reload, InkColor);
         address_field_ = plain(FieldColor, bar_);
         address_field_.node()->corner_radius = FieldHeight / 2;
@@ -173,7 +174,7 @@ void PageScreen::build()
     text_.setLineBreakMode(CutAtEnd);
 
     progress_ = plain(ProgressColor, upright_);
-    close_ = button(action<&PageScreen::close>(this, "close"));
+    close_ = button(action<&PageScreen::close>(this, "close"), screen_texts::Close);
     if (style_.bar == Bar::None)
         upright_.addSubview(close_);
     const Symbol sign = style_.bar == Bar::None ? Symbol::CloseOnDisc : Symbol::Close;
@@ -314,7 +315,7 @@ ScriptAnswer PageScreen::message(const ScriptMessage&)
 
 void PageScreen::tell_viewer(const char* text)
 {
-    notice_text_.setText(text);
+    notice_text_.setText(platform_.translation().translate(text));
     notice_.setHidden(false);
 }
 
@@ -332,6 +333,7 @@ void PageScreen::update()
 {
     const WebEngine* engine = page_.engine();
     const PageState state = engine ? engine->page_state() : PageState();
+    page_.setAccessibilityLabel(state.title.empty() ? shown_address(state.address) : state.title);
     // Until something comes, what lies beneath is to be seen.
     page_.setOpaque(state.has_content);
     if (style_.bar == Bar::Navigation) {
@@ -339,9 +341,11 @@ void PageScreen::update()
         set_usable(forward_, Symbol::Forward, state.can_go_forward);
         const Symbol lock = state.secure ? Symbol::Lock : Symbol::OpenLock;
         set_symbol(lock_, state.has_content ? lock : Symbol::None, state.secure ? InkColor : FaintColor);
+        const char* said = state.secure ? screen_texts::SafeConnection : screen_texts::UnsafeConnection;
+        lock_.setAccessibilityLabel(state.has_content ? NSString(platform_.translation().translate(said)) : nullptr);
         show_in_field(shown_address(state.address));
     } else {
-        text_.setText(state.title.empty() ? screen_texts::Store : state.title);
+        text_.setText(state.title.empty() ? platform_.translation().translate(screen_texts::Store) : state.title);
     }
     progress_.setHidden(!style_.progress || !loading_);
     const double top = style_.bar == Bar::None ? 0 : BarHeight;
