@@ -14,6 +14,8 @@ public:
     virtual GtkWidget* widget() const = 0;
     /// Whether what lies beneath shows through where the page paints nothing; else that is white.
     virtual void set_transparent(bool transparent) = 0;
+    /// Whether keys are the page's to write with: a text field or the like in it has the keyboard.
+    virtual bool takes_text() const = 0;
 };
 
 } // namespace qoro

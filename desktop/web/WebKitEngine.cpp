@@ -142,6 +142,7 @@ struct WebKitEngine::Signals {
     static void process_ended(WebKitWebView*, WebKitWebProcessTerminationReason reason, WebKitEngine* engine)
     {
         const Entry entry(engine);
+        engine->text_entry_.end();
         engine->process_ended(reason);
     }
 

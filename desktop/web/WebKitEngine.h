@@ -2,6 +2,7 @@
 
 #include "desktop/screen/WidgetSource.h"
 #include "desktop/web/PageBridge.h"
+#include "desktop/web/TextEntry.h"
 #include "platform/Platform.h"
 
 #include <memory>
@@ -51,6 +52,7 @@ public:
 
     GtkWidget* widget() const override;
     void set_transparent(bool transparent) override;
+    bool takes_text() const override { return text_entry_.active(); }
 
 private:
     struct Signals;
@@ -81,6 +83,7 @@ private:
     WebKitUserContentManager* const content_;
     WebKitWebView* const view_;
     PageBridge bridge_;
+    TextEntry text_entry_{content_};
     /// Dies with the engine; what waits for the main loop or for the page's process watches it.
     const std::shared_ptr<WebKitEngine*> self_;
 

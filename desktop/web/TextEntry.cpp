@@ -1,0 +1,51 @@
+#include "desktop/web/TextEntry.h"
+
+#include <webkit/webkit.h>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr const char* World = "qoro-keyboard";
+constexpr const char* Channel = "textEntry";
+
+constexpr const char* Watch = R"js("use strict";
+(() => {
+    const withoutKeys = ["button", "checkbox", "color", "file", "image", "reset", "submit"];
+    const takesKeys = element =>
+        element.isContentEditable || element instanceof HTMLTextAreaElement || element instanceof HTMLSelectElement ||
+        (element instanceof HTMLInputElement && !withoutKeys.includes(element.type));
+    const tell = active => window.webkit.messageHandlers.textEntry.postMessage(active);
+    addEventListener("focusin", event => tell(takesKeys(event.composedPath()[0])), true);
+    addEventListener("focusout", () => tell(false), true);
+    if (window === window.top)
+        tell(false);
+})();
+)js";
+
+} // namespace
+
+TextEntry::TextEntry(WebKitUserContentManager* content) : content_(content)
+{
+    g_signal_connect(content, "script-message-received::textEntry", G_CALLBACK(told), this);
+    webkit_user_content_manager_register_script_message_handler(content, Channel, World);
+    WebKitUserScript* watch =
+        webkit_user_script_new_for_world(Watch, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
+                                         WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, World, nullptr, nullptr);
+    webkit_user_content_manager_add_script(content, watch);
+    webkit_user_script_unref(watch);
+}
+
+TextEntry::~TextEntry()
+{
+    g_signal_handlers_disconnect_by_data(content_, this);
+}
+
+void TextEntry::told(WebKitUserContentManager*, JSCValue* value, TextEntry* self)
+{
+    self->active_ = jsc_value_is_boolean(value) && jsc_value_to_boolean(value);
+}
+
+} // namespace qoro
