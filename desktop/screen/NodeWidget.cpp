@@ -4,6 +4,7 @@
 #include "desktop/screen/Painting.h"
 #include "desktop/screen/PictureSource.h"
 #include "desktop/screen/WidgetSource.h"
+#include "kit/Accessible.h"
 
 #include <gtk/gtk.h>
 
@@ -27,7 +28,9 @@ struct NodeState {
     std::shared_ptr<const DecodedImage> image; // what the picture of a button or an image view shows
     PaintState look;
     guint spinning = 0;
-    std::function<void()> on_picture;
+    NodeNews news;
+    Accessible said; // what assistive technology was told
+    NodeReach reach = NodeReach::Away;
     /// Dies with the widget; a player that outlives it watches it.
     std::shared_ptr<bool> alive = std::make_shared<bool>();
 };
@@ -130,22 +133,54 @@ void finalize_node(GObject* object)
     G_OBJECT_CLASS(qoro_node_widget_parent_class)->finalize(object);
 }
 
+// ---------------------------------------------------------------------------------------- assistive technology
+
 GtkAccessibleRole role_of(ViewNode::Kind kind)
 {
     switch (kind) {
     case ViewNode::Kind::Button:
         return GTK_ACCESSIBLE_ROLE_BUTTON;
     case ViewNode::Kind::Label:
-    case ViewNode::Kind::CountDown:
         return GTK_ACCESSIBLE_ROLE_LABEL;
+    case ViewNode::Kind::CountDown:
+        return GTK_ACCESSIBLE_ROLE_TIMER;
     case ViewNode::Kind::ImageView:
     case ViewNode::Kind::Video:
         return GTK_ACCESSIBLE_ROLE_IMG;
+    case ViewNode::Kind::WebView: // the page's own widget speaks for it
+        return GTK_ACCESSIBLE_ROLE_GENERIC;
     case ViewNode::Kind::Spinner:
         return GTK_ACCESSIBLE_ROLE_PROGRESS_BAR;
-    default:
+    default: // hidden, all of them
         return GTK_ACCESSIBLE_ROLE_GENERIC;
     }
+}
+
+/// Tells what has changed of what a view is to whoever can't see it. A countdown changes its name once a second.
+void speak(GtkWidget* widget, NodeState& state, const ViewNode& view)
+{
+    Accessible says = accessible(view);
+    GtkWidget* page = gtk_widget_get_first_child(widget);
+    GtkAccessible* speaker = GTK_ACCESSIBLE(page ? page : widget);
+    if (says.name != state.said.name)
+        gtk_accessible_update_property(speaker, GTK_ACCESSIBLE_PROPERTY_LABEL, says.name.c_str(), -1);
+    if (says.on != state.said.on && says.on)
+        gtk_accessible_update_state(speaker, GTK_ACCESSIBLE_STATE_PRESSED,
+                                    *says.on ? GTK_ACCESSIBLE_TRISTATE_TRUE : GTK_ACCESSIBLE_TRISTATE_FALSE, -1);
+    else if (says.on != state.said.on)
+        gtk_accessible_reset_state(speaker, GTK_ACCESSIBLE_STATE_PRESSED);
+    if (says.usable != state.said.usable || says.role != state.said.role)
+        gtk_accessible_update_state(speaker, GTK_ACCESSIBLE_STATE_DISABLED, !says.usable, -1);
+    state.said = std::move(says);
+}
+
+/// What is out of reach is not told of.
+void show_reach(GtkWidget* widget, const NodeState& state)
+{
+    const bool hidden = state.reach == NodeReach::Away || state.said.role == Accessible::Role::None;
+    gtk_accessible_update_state(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_STATE_HIDDEN, hidden, -1);
+    gtk_widget_set_focusable(widget,
+                             state.reach == NodeReach::Touchable && state.said.role == Accessible::Role::Button);
 }
 
 /// Text where the layout puts it, to the fraction of a point.
@@ -172,7 +207,7 @@ void hear_frames_of(GtkWidget* widget, PlayerEngine* player)
             if (alive.expired())
                 return;
             gtk_widget_queue_draw(widget);
-            self_of(widget)->state->on_picture();
+            self_of(widget)->state->news.picture();
         };
 }
 
@@ -187,6 +222,8 @@ void show_page(GtkWidget* widget, const ViewNode& view)
         return;
     if (gtk_widget_get_parent(page))
         gtk_widget_unparent(page);
+    else
+        g_object_set(page, "accessible-role", GTK_ACCESSIBLE_ROLE_DOCUMENT, nullptr);
     gtk_widget_set_parent(page, widget);
 }
 
@@ -205,6 +242,13 @@ void stop_spinner(NodeState& state)
     state.spinning = 0;
 }
 
+void activate_node(GtkWidget* widget, const char*, GVariant*)
+{
+    const NodeNews& news = self_of(widget)->state->news;
+    if (news.activated)
+        news.activated();
+}
+
 } // namespace
 
 static void qoro_node_widget_init(QoroNodeWidget* self)
@@ -220,14 +264,17 @@ static void qoro_node_widget_class_init(QoroNodeWidgetClass* type)
     GTK_WIDGET_CLASS(type)->snapshot = snapshot_node;
     GTK_WIDGET_CLASS(type)->measure = measure_node;
     GTK_WIDGET_CLASS(type)->size_allocate = allocate_node;
+    gtk_widget_class_install_action(GTK_WIDGET_CLASS(type), "control.activate", nullptr, activate_node);
 }
 
-GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view, std::function<void()> on_picture)
+GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view, NodeNews news)
 {
     auto* widget =
         GTK_WIDGET(g_object_new(qoro_node_widget_get_type(), "accessible-role", role_of(view->kind), nullptr));
-    self_of(widget)->state->view = view;
-    self_of(widget)->state->on_picture = std::move(on_picture);
+    NodeState& state = *self_of(widget)->state;
+    state.view = view;
+    state.news = std::move(news);
+    show_reach(widget, state);
     // A page takes input, where the surface lets it; everything else is the surface's.
     gtk_widget_set_can_target(widget, view->kind == ViewNode::Kind::WebView);
     return widget;
@@ -243,10 +290,30 @@ void node_widget_update(GtkWidget* widget)
     state.revision = view->revision;
     hear_frames_of(widget, view->player);
     show_page(widget, *view);
-    if (view->text)
-        gtk_accessible_update_property(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_PROPERTY_LABEL, view->text.text().c_str(),
-                                       -1);
+    const Accessible::Role before = state.said.role;
+    speak(widget, state, *view);
+    if (state.said.role != before)
+        show_reach(widget, state);
     gtk_widget_queue_draw(widget);
+}
+
+void node_widget_set_reach(GtkWidget* widget, NodeReach reach)
+{
+    NodeState& state = *self_of(widget)->state;
+    if (state.reach == reach)
+        return;
+    state.reach = reach;
+    show_reach(widget, state);
+}
+
+GtkWidget* node_widget_focus_target(GtkWidget* widget)
+{
+    const NodeState& state = *self_of(widget)->state;
+    if (state.reach != NodeReach::Touchable)
+        return nullptr;
+    if (GtkWidget* page = gtk_widget_get_first_child(widget))
+        return page;
+    return state.said.role == Accessible::Role::Button ? widget : nullptr;
 }
 
 void node_widget_set_pressed(GtkWidget* widget, bool pressed)

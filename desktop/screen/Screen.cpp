@@ -1,6 +1,8 @@
 #include "desktop/screen/Screen.h"
 
-#include "desktop/screen/NodeWidget.h"
+#include "desktop/screen/FocusOrder.h"
+#include "desktop/screen/FocusRing.h"
+#include "desktop/screen/WidgetSource.h"
 #include "views/Turns.h"
 
 #include <gtk/gtk.h>
@@ -46,6 +48,11 @@ bool meets(const CGRect& rect, CGSize area)
     return rect.x < area.width && rect.y < area.height && rect.x + rect.width > 0 && CGRectGetMaxY(rect) > 0;
 }
 
+bool uses_control(unsigned keyval)
+{
+    return keyval == GDK_KEY_space || keyval == GDK_KEY_Return || keyval == GDK_KEY_KP_Enter;
+}
+
 } // namespace
 
 struct Screen::Signals {
@@ -76,7 +83,7 @@ struct Screen::Signals {
     static gboolean key_pressed(GtkEventControllerKey*, unsigned keyval, unsigned, GdkModifierType state,
                                 Screen* screen)
     {
-        return screen->on_key && screen->on_key(keyval, static_cast<unsigned>(state));
+        return screen->capture_key(keyval, static_cast<unsigned>(state));
     }
 
     /// Sees what passes on its way to the page, and takes nothing.
@@ -97,6 +104,18 @@ struct Screen::Signals {
         }
         return GDK_EVENT_PROPAGATE;
     }
+
+    static gboolean key_left_over(GtkEventControllerKey*, unsigned keyval, unsigned, GdkModifierType, Screen* screen)
+    {
+        return screen->take_key(keyval);
+    }
+
+    static void key_released(GtkEventControllerKey*, unsigned keyval, unsigned, GdkModifierType, Screen* screen)
+    {
+        screen->let_key_go(keyval);
+    }
+
+    static void focus_moved(GtkWindow*, GParamSpec*, Screen* screen) { gtk_widget_queue_draw(screen->surface_); }
 
     static void drag_begin(GtkGestureDrag* gesture, double x, double y, Screen* screen)
     {
@@ -182,6 +201,12 @@ Screen::Screen(Platform& platform)
     gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
     g_signal_connect(keys, "key-pressed", G_CALLBACK(Signals::key_pressed), this);
     gtk_widget_add_controller(GTK_WIDGET(window_), keys);
+    // A page gets a key before anyone else does, and gives back what it has no use for.
+    GtkEventController* keys_left_over = gtk_event_controller_key_new();
+    g_signal_connect(keys_left_over, "key-pressed", G_CALLBACK(Signals::key_left_over), this);
+    g_signal_connect(keys_left_over, "key-released", G_CALLBACK(Signals::key_released), this);
+    gtk_widget_add_controller(GTK_WIDGET(window_), keys_left_over);
+    g_signal_connect(window_, "notify::focus-widget", G_CALLBACK(Signals::focus_moved), this);
 
     GtkEventController* input = gtk_event_controller_legacy_new();
     gtk_event_controller_set_propagation_phase(input, GTK_PHASE_CAPTURE);
@@ -229,7 +254,10 @@ void Screen::show()
     if (!window_)
         return;
     update();
+    // GTK would give the keyboard to something as the window opens; nobody has asked for it yet.
+    opening_ = true;
     gtk_window_present(window_);
+    opening_ = false;
 }
 
 void Screen::needs_display()
@@ -282,22 +310,29 @@ void Screen::update()
     for (auto& [serial, layer] : layers_)
         layer.shown = false;
     from_below_.clear();
+    std::size_t number = 0;
     for (const auto& window : platform_.shared<WindowList>().visible_from_below())
-        add_layers(window, 1, *window);
+        add_layers(window, 1, *window, number++);
+    find_reach();
     retire_layers();
     order_widgets();
+    keep_focus();
     gtk_widget_queue_allocate(surface_);
     gtk_widget_queue_draw(surface_);
 }
 
-void Screen::add_layers(const std::shared_ptr<ViewNode>& view, double opacity, const ViewNode& in_window)
+void Screen::add_layers(const std::shared_ptr<ViewNode>& view, double opacity, const ViewNode& in_window,
+                        std::size_t window_number)
 {
     if (view->hidden)
         return;
     Layer& layer = layers_[view->serial];
     if (!layer.widget) {
         layer.view = view;
-        layer.widget = node_widget_new(view, [this] { picture_arrived(); });
+        NodeNews news;
+        news.picture = [this] { picture_arrived(); };
+        news.activated = [this, seen = layer.view] { activate(seen.lock()); };
+        layer.widget = node_widget_new(view, std::move(news));
         gtk_widget_set_parent(layer.widget, surface_);
     }
     node_widget_update(layer.widget);
@@ -308,9 +343,36 @@ void Screen::add_layers(const std::shared_ptr<ViewNode>& view, double opacity, c
     const WidgetPlace window = place_in_window(placement_on_screen(in_window), held_);
     layer.clip = window.around();
     layer.clipped = !fills_screen(in_window) && is_whole_turn(window.angle) && !covers(layer.clip, held_.extents());
+    layer.window = window_number;
+    layer.height = from_below_.size();
     from_below_.push_back(&layer);
     for (const auto& subview : view->subviews)
-        add_layers(subview, layer.opacity, in_window);
+        add_layers(subview, layer.opacity, in_window, window_number);
+}
+
+void Screen::find_reach()
+{
+    for (auto& [serial, layer] : layers_)
+        node_widget_set_reach(layer.widget, layer.shown ? reach_of(layer) : NodeReach::Away);
+}
+
+NodeReach Screen::reach_of(const Layer& layer)
+{
+    const std::shared_ptr<ViewNode> view = layer.view.lock();
+    if (layer.opacity <= 0 || !meets(layer.place.around(), held_.extents()))
+        return NodeReach::Away;
+    const bool to_be_used = view->kind == ViewNode::Kind::Button || view->kind == ViewNode::Kind::WebView;
+    if (to_be_used && view->takes_touches)
+        return touchable_point(*view) ? NodeReach::Touchable : NodeReach::Away;
+    // Everything else is covered by what is touched in its place, if that lies higher and is no part of it.
+    const std::shared_ptr<ViewNode> touched = hit_test(platform_, placement_on_screen(*view).center);
+    const Layer* cover = touched ? layer_of(*touched) : nullptr;
+    if (!cover || cover->height <= layer.height)
+        return NodeReach::Seen;
+    const ViewNode* part = touched.get();
+    while (part && part != view.get())
+        part = part->parent;
+    return part ? NodeReach::Seen : NodeReach::Away;
 }
 
 /// Views that are not shown keep their widget, out of sight, as long as they live: a page goes on where it was.
@@ -417,6 +479,7 @@ void Screen::draw(GtkSnapshot* snapshot)
     const graphene_rect_t area = rect_of({origin_.x, origin_.y, device.width * scale_, device.height * scale_});
     gtk_snapshot_append_color(snapshot, &black, &area);
     draw_layers(snapshot);
+    draw_focus(snapshot);
 }
 
 void Screen::draw_layers(GtkSnapshot* snapshot)
@@ -439,6 +502,18 @@ void Screen::draw_layers(GtkSnapshot* snapshot)
         if (layer->clipped)
             gtk_snapshot_pop(snapshot);
     }
+}
+
+void Screen::draw_focus(GtkSnapshot* snapshot)
+{
+    const Layer* layer = shows_focus_ ? focused_layer() : nullptr;
+    if (!layer)
+        return;
+    const auto in_surface = [this](const CGRect& box) {
+        return CGRect{origin_.x + box.x * scale_, origin_.y + box.y * scale_, box.width * scale_, box.height * scale_};
+    };
+    const CGSize device = held_.extents();
+    draw_focus_ring(snapshot, in_surface(layer->place.around()), in_surface({0, 0, device.width, device.height}));
 }
 
 bool Screen::snapshot_png(const std::string& path)
@@ -517,9 +592,16 @@ void Screen::note_key(GdkEvent* event)
 bool Screen::press(double x, double y)
 {
     touch_began_ = {x, y};
+    shows_focus_ = false;
+    gtk_widget_queue_draw(surface_);
+    chosen_ = touched_at(x, y);
     if (!keeps(x, y))
         return false;
     touched_ = touched_at(x, y);
+    // The keyboard is where the finger was last: no longer with a page that it has left.
+    const std::shared_ptr<ViewNode> view = touched_.lock();
+    if (!give_focus(view ? layer_of(*view) : nullptr))
+        gtk_window_set_focus(window_, nullptr);
     set_pressed(true);
     return true;
 }
@@ -542,11 +624,144 @@ void Screen::release(double x, double y)
 void Screen::set_pressed(bool pressed)
 {
     const std::shared_ptr<ViewNode> view = touched_.lock();
-    if (!view)
+    if (const Layer* layer = view ? layer_of(*view) : nullptr)
+        node_widget_set_pressed(layer->widget, pressed);
+}
+
+// -------------------------------------------------------------------------------------------------------- keyboard
+
+Screen::Layer* Screen::layer_of(const ViewNode& view)
+{
+    const auto found = layers_.find(view.serial);
+    return found == layers_.end() ? nullptr : &found->second;
+}
+
+/// The shown one that has the keyboard, itself or its page.
+Screen::Layer* Screen::focused_layer() const
+{
+    GtkWidget* focus = gtk_window_get_focus(window_);
+    if (!focus)
+        return nullptr;
+    const auto has_it = [&](const Layer* layer) {
+        return focus == layer->widget || gtk_widget_is_ancestor(focus, layer->widget);
+    };
+    const auto found = std::ranges::find_if(from_below_, has_it);
+    return found == from_below_.end() ? nullptr : *found;
+}
+
+std::shared_ptr<ViewNode> Screen::focused_view() const
+{
+    const Layer* layer = window_ ? focused_layer() : nullptr;
+    return layer ? layer->view.lock() : nullptr;
+}
+
+bool Screen::is_written_into() const
+{
+    const std::shared_ptr<ViewNode> view = focused_view();
+    const auto* page = view ? dynamic_cast<const WidgetSource*>(view->web.get()) : nullptr;
+    return page && page->takes_text();
+}
+
+/// Gives the keyboard to a control or a page. Answers whether it takes it.
+bool Screen::give_focus(Layer* layer)
+{
+    GtkWidget* target = layer ? node_widget_focus_target(layer->widget) : nullptr;
+    if (!target)
+        return false;
+    if (gtk_window_get_focus(window_) != target)
+        gtk_widget_grab_focus(target);
+    focus_place_ = held_.to_screen(layer->place.center);
+    return true;
+}
+
+bool Screen::move_focus(bool forward)
+{
+    if (opening_)
+        return false;
+    std::vector<Layer*> reached;
+    std::vector<FocusStop> stops;
+    for (Layer* layer : from_below_)
+        if (node_widget_focus_target(layer->widget)) {
+            reached.push_back(layer);
+            stops.push_back({layer->window, layer->place.around()});
+        }
+    if (reached.empty())
+        return false;
+    const std::vector<std::size_t> order = focus_order(stops);
+    const auto here = std::ranges::find(order, focused_layer(), [&](std::size_t n) { return reached[n]; });
+    const std::size_t last = order.size() - 1;
+    const auto place = static_cast<std::size_t>(here - order.begin());
+    const std::size_t next = here == order.end() ? (forward ? 0 : last)
+                             : forward           ? (place == last ? 0 : place + 1)
+                                                 : (place == 0 ? last : place - 1);
+    Layer* layer = reached[order[next]];
+    chosen_ = layer->view;
+    shows_focus_ = true;
+    gtk_widget_queue_draw(surface_);
+    return give_focus(layer);
+}
+
+/// Controls hide themselves and come back, pages come over others and go. The viewer stays where he was, as far as
+/// there is something.
+void Screen::keep_focus()
+{
+    const std::shared_ptr<ViewNode> chosen = chosen_.lock();
+    if (!chosen || give_focus(layer_of(*chosen)))
         return;
-    const auto layer = layers_.find(view->serial);
-    if (layer != layers_.end())
-        node_widget_set_pressed(layer->second.widget, pressed);
+    Layer* layer = focused_layer();
+    if (layer && give_focus(layer))
+        return;
+    const std::shared_ptr<ViewNode> instead = hit_test(platform_, focus_place_);
+    if (!give_focus(instead ? layer_of(*instead) : nullptr))
+        gtk_window_set_focus(window_, nullptr);
+}
+
+bool Screen::capture_key(unsigned keyval, unsigned state)
+{
+    if (on_key && on_key(keyval, state))
+        return true;
+    // The way out of any page, whatever it does with the key.
+    const bool back = keyval == GDK_KEY_ISO_Left_Tab || (state & GDK_SHIFT_MASK) != 0;
+    const bool tab = keyval == GDK_KEY_Tab || keyval == GDK_KEY_ISO_Left_Tab;
+    if (!tab || (state & GDK_CONTROL_MASK) == 0)
+        return false;
+    const std::shared_ptr<ViewNode> view = focused_view();
+    return view && view->kind == ViewNode::Kind::WebView && move_focus(!back);
+}
+
+bool Screen::take_key(unsigned keyval)
+{
+    if (!uses_control(keyval))
+        return false;
+    const std::shared_ptr<ViewNode> view = focused_view();
+    if (!view || view->kind != ViewNode::Kind::Button)
+        return false;
+    shows_focus_ = true;
+    key_held_ = view;
+    node_widget_set_pressed(layer_of(*view)->widget, true);
+    return true;
+}
+
+/// A key that is held down repeats itself: only letting it go uses the control, once.
+void Screen::let_key_go(unsigned keyval)
+{
+    if (!uses_control(keyval))
+        return;
+    const std::shared_ptr<ViewNode> view = key_held_.lock();
+    key_held_.reset();
+    const Layer* layer = view ? layer_of(*view) : nullptr;
+    if (!layer)
+        return;
+    node_widget_set_pressed(layer->widget, false);
+    if (view == focused_view())
+        activate(view);
+}
+
+/// As a finger would: only where one reaches the control.
+void Screen::activate(const std::shared_ptr<ViewNode>& view)
+{
+    if (const auto point = view ? touchable_point(*view) : std::nullopt)
+        touch(platform_, *point);
 }
 
 } // namespace qoro

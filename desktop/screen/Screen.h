@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/screen/HeldScreen.h"
+#include "desktop/screen/NodeWidget.h"
 #include "desktop/screen/Surface.h"
 #include "desktop/screen/UploadMemory.h"
 #include "platform/Platform.h"
@@ -49,6 +50,8 @@ public:
     /// @param keyval GDK's key value
     /// @param state GDK's modifiers
     std::function<bool(unsigned keyval, unsigned state)> on_key;
+    /// Whether the viewer writes into a page: whatever else keys mean, they mean it elsewhere.
+    bool is_written_into() const;
     /// The viewer closes the window; it stays open until the screen goes. Without a function it closes.
     std::function<void()> on_close;
     /// The window was iconified (true) or came back (false).
@@ -66,6 +69,9 @@ private:
         bool shown = false;
         WidgetPlace place;
         double opacity = 1;
+        /// How high its window lies, and it in there.
+        std::size_t window = 0;
+        std::size_t height = 0;
         /// What its window lets be seen, in window points, where that is not everything.
         bool clipped = false;
         CGRect clip;
@@ -76,17 +82,22 @@ private:
     void allocate(int width, int height) override;
     void draw(GtkSnapshot* snapshot) override;
     bool keeps(double x, double y) const override;
+    bool move_focus(bool forward) override;
 
     void walk_with_next_frame();
     void stop_waiting();
     void picture_arrived();
     void update();
-    void add_layers(const std::shared_ptr<ViewNode>& view, double opacity, const ViewNode& in_window);
+    void add_layers(const std::shared_ptr<ViewNode>& view, double opacity, const ViewNode& in_window,
+                    std::size_t window_number);
     void retire_layers();
     void order_widgets();
+    void find_reach();
+    NodeReach reach_of(const Layer& layer);
     void place_layers();
     void place_layer(Layer& layer);
     void draw_layers(GtkSnapshot* snapshot);
+    void draw_focus(GtkSnapshot* snapshot);
     double monitor_scale() const;
     CGPoint screen_point(double x, double y) const;
     std::shared_ptr<ViewNode> touched_at(double x, double y) const;
@@ -97,6 +108,16 @@ private:
     void drag(double x, double y);
     void release(double x, double y);
     void set_pressed(bool pressed);
+
+    std::shared_ptr<ViewNode> focused_view() const;
+    Layer* layer_of(const ViewNode& view);
+    Layer* focused_layer() const;
+    bool give_focus(Layer* layer);
+    void keep_focus();
+    bool capture_key(unsigned keyval, unsigned state);
+    bool take_key(unsigned keyval);
+    void let_key_go(unsigned keyval);
+    void activate(const std::shared_ptr<ViewNode>& view);
 
     Platform& platform_;
     GtkWindow* window_ = nullptr;
@@ -119,7 +140,17 @@ private:
 
     std::weak_ptr<ViewNode> touched_;
     CGPoint touch_began_; // in the surface
+
+    /// Who the viewer gave the keyboard to. While that is out of reach, what lies in its place has it.
+    std::weak_ptr<ViewNode> chosen_;
+    /// Where the one that has the keyboard was last seen, on the device's screen.
+    CGPoint focus_place_;
+    /// The viewer goes by keyboard, and is to see where.
+    bool shows_focus_ = false;
+    /// The control that is held down by a key.
+    std::weak_ptr<ViewNode> key_held_;
     bool iconified_ = false;
+    bool opening_ = false;
 };
 
 } // namespace qoro

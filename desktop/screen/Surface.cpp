@@ -57,6 +57,12 @@ void snapshot_surface(GtkWidget* widget, GtkSnapshot* snapshot)
         owner->draw(snapshot);
 }
 
+gboolean focus_surface(GtkWidget* widget, GtkDirectionType direction)
+{
+    SurfaceOwner* owner = owner_of(widget);
+    return owner && owner->move_focus(direction != GTK_DIR_TAB_BACKWARD);
+}
+
 gboolean glass_contains(GtkWidget* glass, double x, double y)
 {
     const SurfaceOwner* owner = owner_of(gtk_widget_get_parent(glass));
@@ -84,12 +90,15 @@ static void qoro_surface_init(QoroSurface* self)
 {
     gtk_widget_set_overflow(GTK_WIDGET(self), GTK_OVERFLOW_HIDDEN);
     self->glass = GTK_WIDGET(g_object_new(qoro_glass_get_type(), nullptr));
+    // Hidden from assistive technology, and not of the role "none": GTK counts that as a child, and then can't name it.
+    gtk_accessible_update_state(GTK_ACCESSIBLE(self->glass), GTK_ACCESSIBLE_STATE_HIDDEN, TRUE, -1);
     gtk_widget_set_parent(self->glass, GTK_WIDGET(self));
 }
 
 static void qoro_surface_class_init(QoroSurfaceClass* type)
 {
     G_OBJECT_CLASS(type)->dispose = dispose_surface;
+    GTK_WIDGET_CLASS(type)->focus = focus_surface;
     GTK_WIDGET_CLASS(type)->measure = measure_surface;
     GTK_WIDGET_CLASS(type)->size_allocate = allocate_surface;
     GTK_WIDGET_CLASS(type)->snapshot = snapshot_surface;
@@ -97,7 +106,8 @@ static void qoro_surface_class_init(QoroSurfaceClass* type)
 
 GtkWidget* surface_new(SurfaceOwner& owner)
 {
-    auto* surface = GTK_WIDGET(g_object_new(qoro_surface_get_type(), nullptr));
+    auto* surface =
+        GTK_WIDGET(g_object_new(qoro_surface_get_type(), "accessible-role", GTK_ACCESSIBLE_ROLE_GROUP, nullptr));
     reinterpret_cast<QoroSurface*>(surface)->owner = &owner;
     return surface;
 }

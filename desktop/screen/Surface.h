@@ -18,6 +18,8 @@ public:
     virtual void draw(GtkSnapshot* snapshot) = 0;
     /// Whether what happens at a point is the surface's own; else it goes to the child that lies there.
     virtual bool keeps(double x, double y) const = 0;
+    /// The viewer goes on to the next control, or back to the one before. Answers whether there is one.
+    virtual bool move_focus(bool forward) = 0;
 };
 
 /// A widget whose children its owner adds, orders, places and draws. It hides what overflows. A pane of glass lies
