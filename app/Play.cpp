@@ -162,6 +162,9 @@ void Player::change_device(const DeviceChange& change)
 
 bool Player::key_pressed(unsigned keyval)
 {
+    // The way out stays the viewer's, whatever he was about.
+    if (keyval != GDK_KEY_Escape && platform_.display().is_written_into())
+        return false;
     switch (keyval) {
     case GDK_KEY_Left:
         platform_.device().turn_counterclockwise();
@@ -177,9 +180,6 @@ bool Player::key_pressed(unsigned keyval)
         return true;
     case GDK_KEY_h:
     case GDK_KEY_H:
-        // A page over the ad may have something to be written into.
-        if (session_->has_screen())
-            return false;
         leave_or_return(!is_away_);
         return true;
     case GDK_KEY_Escape:

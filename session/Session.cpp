@@ -109,11 +109,6 @@ bool Session::leave_screen()
     return screen != nullptr;
 }
 
-bool Session::has_screen() const
-{
-    return PageScreen::topmost(platform_) != nullptr;
-}
-
 void Session::release()
 {
     const auto released = std::exchange(controller_, nullptr);

@@ -32,8 +32,6 @@ public:
     /// The viewer leaves the screen that the kit shows above all: the browser, a store page.
     /// @return false when there is none
     bool leave_screen();
-    /// Whether the kit shows such a screen.
-    bool has_screen() const;
     /// The host lets the controller go; something else may keep it.
     void release();
 
