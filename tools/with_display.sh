@@ -22,6 +22,7 @@ DISPLAY=":$(cat "$scratch/display")"
 export DISPLAY
 unset WAYLAND_DISPLAY
 export GDK_BACKEND=x11
-# No assistive technology reads the windows of this server.
-export GTK_A11Y=none
+# No assistive technology reads the windows of this server, unless the caller says so (GTK_A11Y=atspi): the session bus
+# then brings the accessibility bus up, and takes it down with itself.
+export GTK_A11Y=${GTK_A11Y-none}
 dbus-run-session -- "$@"

@@ -27,7 +27,7 @@ constexpr const char* Watch = R"js("use strict";
 
 } // namespace
 
-TextEntry::TextEntry(WebKitUserContentManager* content) : content_(content)
+TextEntry::TextEntry(WebKitUserContentManager* content) : content_(WEBKIT_USER_CONTENT_MANAGER(g_object_ref(content)))
 {
     g_signal_connect(content, "script-message-received::textEntry", G_CALLBACK(told), this);
     webkit_user_content_manager_register_script_message_handler(content, Channel, World);
@@ -41,6 +41,7 @@ TextEntry::TextEntry(WebKitUserContentManager* content) : content_(content)
 TextEntry::~TextEntry()
 {
     g_signal_handlers_disconnect_by_data(content_, this);
+    g_object_unref(content_);
 }
 
 void TextEntry::told(WebKitUserContentManager*, JSCValue* value, TextEntry* self)

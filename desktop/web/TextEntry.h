@@ -11,7 +11,7 @@ namespace qoro
 class TextEntry
 {
 public:
-    /// @param content of the one view whose page it is; outlives this
+    /// @param content of the one view whose page it is
     explicit TextEntry(WebKitUserContentManager* content);
     ~TextEntry();
     TextEntry(const TextEntry&) = delete;

@@ -58,6 +58,8 @@ public:
     int exit_status(double seconds = 20);
     /// The numbers of the program's process, first, and of all that it has started, as far as they still run.
     std::vector<int> processes() const;
+    /// The number of the program's own process.
+    int process() const { return process_; }
     /// What it wrote to standard error.
     std::string complaints() const;
     const std::string& folder() const { return folder_; }

@@ -1,0 +1,273 @@
+#include "tests/desktop/media/VideoServer.h"
+#include "tests/e2e/Picture.h"
+#include "tests/e2e/PlayedAd.h"
+#include "tests/e2e/ScreenReader.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+
+// The ad and the kit's screens for viewers who can't see them, or have no finger to touch them with. The device is a
+// phone of 375x812 points: points of the screen are pixels of the X server.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+constexpr Colour PageColour{0x20, 0xa0, 0x40};
+constexpr Colour OtherColour{0x40, 0x20, 0xa0};
+
+class PlayAccessible : public testing::Test
+{
+protected:
+    PlayAccessible()
+    {
+        setenv("GTK_A11Y", "atspi", 1);
+        std::string name = (std::filesystem::temp_directory_path() / "accessible-XXXXXX").string();
+        folder_ = mkdtemp(name.data());
+        std::filesystem::copy_file(QORO_SOURCE_DIR "/examples/demo/clip.mp4", folder_ + "/clip.mp4");
+        server_.serve("/landing", {.body = "<title>Lamps</title><body style='background:#20a040'>"
+                                           "<a href='/other'>further</a>",
+                                   .type = "text/html"});
+        server_.serve("/form", {.body = "<body style='background:#20a040'><input autofocus style='position:fixed;"
+                                        "left:20px;top:100px;width:200px;height:60px' "
+                                        "oninput='if (value === \"ha\") location = \"/other\"'>",
+                                .type = "text/html"});
+        server_.serve("/other", {.body = "<body style='background:#4020a0'><p>Further lamps", .type = "text/html"});
+    }
+    ~PlayAccessible() override
+    {
+        unsetenv("GTK_A11Y");
+        std::filesystem::remove_all(folder_);
+    }
+
+    static std::unique_ptr<PlayedAd> play_demo()
+    {
+        return std::make_unique<PlayedAd>(std::vector<std::string>{QORO_SOURCE_DIR "/examples/demo/ad.json"});
+    }
+    /// An ad whose button has been tapped: the browser lies over it.
+    std::unique_ptr<PlayedAd> play_browser(const std::string& path) const
+    {
+        const nlohmann::json button{{"btn_text", "Go"},
+                                    {"launch_type", "inapp"},
+                                    {"data", {{"u", server_.address(path)}, {"show_nav_bar", true}}}};
+        const nlohmann::json ad{{"strVideoUrl", "clip.mp4"},  {"fVideoWidth", 1280},
+                                {"fVideoHeight", 720},        {"portraitModeType", 2},
+                                {"portraitVideoPos", "TOP"},  {"bIsAutoStart", true},
+                                {"landscapeModeType", 2},     {"iCloseBtnCountdown", 5},
+                                {"iBufferingSufferTime", -1}, {"arrayButtonsInfo", {button}}};
+        std::ofstream(folder_ + "/ad.json") << ad;
+        std::ofstream(folder_ + "/steps.json") << nlohmann::json{{{"at", 1.2}, {"tap", "btnActionOne"}}};
+        return std::make_unique<PlayedAd>(
+            std::vector<std::string>{folder_ + "/ad.json", "--steps", folder_ + "/steps.json"});
+    }
+
+    /// Goes on with Tab until something of a name has the keyboard.
+    static bool tab_to(PlayedAd& ad, ScreenReader& reader, const std::string& name)
+    {
+        for (int presses = 0; presses < 12; ++presses) {
+            if (focused(reader) == name)
+                return true;
+            ad.press("Tab");
+        }
+        return focused(reader) == name;
+    }
+    static std::string focused(ScreenReader& reader)
+    {
+        for (const Spoken& each : reader.everything())
+            if (each.focused)
+                return each.name;
+        return "";
+    }
+    static bool tells(PlayedAd& ad, const std::string& what, const std::string& does)
+    {
+        return ad
+            .wait_for([&](const nlohmann::json& line) { return line["what"] == what && line.value("do", "") == does; })
+            .is_object();
+    }
+    /// Looks again and again until a point of the screen has a colour.
+    static bool becomes(PlayedAd& ad, int x, int y, Colour colour)
+    {
+        const std::string png = ad.folder() + "/look.png";
+        for (int looks = 0; looks < 60; ++looks) {
+            ad.photograph(png);
+            if (alike(Picture(png).at(x, y), colour))
+                return true;
+        }
+        return false;
+    }
+
+    std::string folder_;
+    VideoServer server_;
+};
+
+} // namespace
+
+TEST_F(PlayAccessible, EveryControlOfTheDemoHasItsNameAndItsRole)
+{
+    const auto ad = play_demo();
+    ScreenReader reader(ad->process());
+
+    ASSERT_TRUE(reader.find("push button", "Pause")) << ad->complaints();
+    EXPECT_TRUE(reader.find("push button", "Mute", 1));
+    EXPECT_TRUE(reader.find("push button", "Show the controls", 1));
+    EXPECT_TRUE(reader.find("push button", "See all lamps", 1));
+    EXPECT_TRUE(reader.find("push button", "Get one!", 1));
+    EXPECT_TRUE(reader.find("image", "Video", 1));
+    EXPECT_TRUE(reader.find("document text", "Page of the ad", 1));
+    EXPECT_TRUE(reader.find("timer", "Can be closed in 3 seconds"));
+    EXPECT_FALSE(reader.find("push button", "Close", 0)) << "it is not there yet";
+
+    EXPECT_TRUE(reader.find("push button", "Close"));
+    EXPECT_TRUE(reader.loses("timer", "Can be closed in 1 second"));
+}
+
+TEST_F(PlayAccessible, MuteTellsWhetherItIsOnAndCanBeUsedWithoutAPointer)
+{
+    const auto ad = play_demo();
+    ScreenReader reader(ad->process());
+    const auto before = reader.find("push button", "Mute");
+    ASSERT_TRUE(before) << ad->complaints();
+    EXPECT_FALSE(before->pressed);
+
+    EXPECT_TRUE(reader.use("Mute"));
+
+    EXPECT_TRUE(ad->server_gets("/t/mute"));
+    const auto after = reader.find("push button", "Mute");
+    ASSERT_TRUE(after);
+    EXPECT_TRUE(after->pressed);
+}
+
+TEST_F(PlayAccessible, HiddenControlsAreNotToldOf)
+{
+    const auto ad = play_demo();
+    ScreenReader reader(ad->process());
+    ASSERT_TRUE(reader.find("push button", "Pause")) << ad->complaints();
+
+    EXPECT_TRUE(reader.loses("push button", "Pause"));
+    EXPECT_TRUE(reader.use("Show the controls"));
+    EXPECT_TRUE(reader.find("push button", "Pause"));
+}
+
+TEST_F(PlayAccessible, TabReachesPlayAndPauseAndTheSpaceBarUsesIt)
+{
+    const auto ad = play_demo();
+    ScreenReader reader(ad->process());
+    ASSERT_TRUE(reader.find("push button", "Pause")) << ad->complaints();
+    ASSERT_TRUE(tab_to(*ad, reader, "Pause"));
+
+    ad->press("space");
+
+    EXPECT_TRUE(ad->hears("video_pause"));
+    EXPECT_TRUE(reader.find("push button", "Play"));
+    EXPECT_EQ(focused(reader), "Play") << "the keyboard stays where it was";
+}
+
+TEST_F(PlayAccessible, TheKeyboardComesBackToAControlThatHidAndShowedItself)
+{
+    const auto ad = play_demo();
+    ScreenReader reader(ad->process());
+    ASSERT_TRUE(reader.find("push button", "Pause")) << ad->complaints();
+    ASSERT_TRUE(tab_to(*ad, reader, "Pause"));
+    ASSERT_TRUE(reader.loses("push button", "Pause"));
+    EXPECT_EQ(focused(reader), "Show the controls") << "what a finger would reach there";
+
+    ad->press("Return");
+
+    EXPECT_TRUE(reader.find("push button", "Pause"));
+    EXPECT_EQ(focused(reader), "Pause");
+}
+
+TEST_F(PlayAccessible, ARingOfTwoTonesShowsWhereTheKeyboardIsUntilThePointerIsUsed)
+{
+    const auto ad = play_demo();
+    ScreenReader reader(ad->process());
+    ASSERT_TRUE(reader.find("push button", "Close")) << ad->complaints();
+    ASSERT_TRUE(tab_to(*ad, reader, "Close"));
+
+    // The close button is at the left edge of the video, 50 points wide: the ring's right side stands beside it.
+    EXPECT_TRUE(becomes(*ad, 52, 70, {255, 255, 255}));
+    const Picture ring(ad->folder() + "/look.png");
+    EXPECT_TRUE(alike(ring.at(50, 70), {5, 5, 10}));
+    EXPECT_TRUE(alike(ring.at(54, 70), {5, 5, 10}));
+
+    ad->click(187, 400);
+    bool gone = false;
+    for (int looks = 0; looks < 60 && !gone; ++looks) {
+        ad->photograph(ad->folder() + "/look.png");
+        gone = !alike(Picture(ad->folder() + "/look.png").at(52, 70), {255, 255, 255});
+    }
+    EXPECT_TRUE(gone);
+}
+
+TEST_F(PlayAccessible, TheBrowserTellsItsControlsAndNoneOfTheAdBeneath)
+{
+    const auto ad = play_browser("/landing");
+    ScreenReader reader(ad->process());
+
+    ASSERT_TRUE(reader.find("document text", "Lamps")) << ad->complaints();
+    const auto back = reader.find("push button", "Back", 1);
+    ASSERT_TRUE(back);
+    EXPECT_FALSE(back->enabled) << "there is no page to go back to";
+    EXPECT_TRUE(reader.find("push button", "Forward", 1));
+    EXPECT_TRUE(reader.find("push button", "Reload", 1));
+    EXPECT_TRUE(reader.find("push button", "Close", 1));
+    EXPECT_TRUE(reader.find("image", "The connection is not secure", 1));
+    EXPECT_TRUE(reader.find("label", server_.address("/landing").substr(7), 1));
+    EXPECT_FALSE(reader.find("push button", "Go", 0));
+    EXPECT_FALSE(reader.find("push button", "Show the controls", 0));
+}
+
+TEST_F(PlayAccessible, TheBrowserKeepsTheKeyboardInsideAndIsLeftWithIt)
+{
+    const auto ad = play_browser("/landing");
+    ScreenReader reader(ad->process());
+    ASSERT_TRUE(reader.find("document text", "Lamps")) << ad->complaints();
+
+    ad->press("Tab");
+    EXPECT_EQ(focused(reader), "Reload") << "back and forward lead nowhere";
+    ad->press("Tab");
+    EXPECT_EQ(focused(reader), "Close");
+    ad->press("Tab");
+    EXPECT_EQ(focused(reader), "Lamps");
+    ad->press("ctrl+Tab");
+    EXPECT_EQ(focused(reader), "Reload") << "the way out of a page, and around";
+    ad->press("shift+Tab");
+    ad->press("ctrl+shift+Tab");
+    ASSERT_EQ(focused(reader), "Close");
+    ad->press("Return");
+
+    EXPECT_TRUE(tells(*ad, "super", "checkViewSizeAfterOpenOtherApp"));
+}
+
+TEST_F(PlayAccessible, InATextFieldArrowsAndLettersAreThePagesAndTheDeviceStaysAsItIs)
+{
+    const auto ad = play_browser("/form");
+    ASSERT_TRUE(becomes(*ad, 187, 400, PageColour)) << ad->complaints();
+
+    ad->click(100, 178);
+    ad->press("a");
+    ad->press("Left");
+    ad->press("h");
+    ASSERT_TRUE(becomes(*ad, 187, 400, OtherColour)) << "the h stands before the a";
+    EXPECT_TRUE(becomes(*ad, 187, 700, OtherColour)) << "the device is upright";
+}
+
+TEST_F(PlayAccessible, APageWithoutATextFieldGivesTheArrowsBackToTheDevice)
+{
+    const auto ad = play_browser("/other");
+    ASSERT_TRUE(becomes(*ad, 187, 400, OtherColour)) << ad->complaints();
+
+    ad->click(187, 400);
+    ad->press("Left");
+
+    EXPECT_TRUE(becomes(*ad, 700, 300, OtherColour));
+}
+
+} // namespace qoro::test
