@@ -128,9 +128,14 @@ ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage
 ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& message)
 {
     const NSArray& arguments = message.arguments;
-    if (message.command == "addEventListener")
+    const bool adds = message.command == "addEventListener";
+    const bool removes = message.command == "removeEventListener";
+    if ((adds || removes) && arguments.count() < 2)
+        return {message.command + " takes 2 arguments, not " + std::to_string(arguments.count()), nullptr};
+    // The listener's id serves for its callback's where the script names none.
+    if (adds)
         addEventListener(arguments[0].string(), arguments[1], arguments[2] ? arguments[2] : arguments[1]);
-    else if (message.command == "removeEventListener")
+    else if (removes)
         return {nullptr, removeEventListener(arguments[0].string(), arguments[1])};
     else if (message.command == "MRAIDClose")
         MRAIDClose();

@@ -2,6 +2,7 @@
 // host AD.json [--no-web-sandbox]
 #include "desktop/DesktopPlatform.h"
 #include "desktop/screen/Toolkit.h"
+#include "desktop/web/WebSandbox.h"
 #include "embedding/ServedAd.h"
 #include "session/OpenedAd.h"
 

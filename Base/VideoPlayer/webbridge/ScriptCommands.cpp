@@ -29,18 +29,6 @@ Value plain(Ad& ad, Arguments)
     return {};
 }
 
-Value addEventListener(Ad& ad, Arguments given)
-{
-    // The listener's id serves for its callback's where the script names none.
-    ad.addEventListener(given[0].string(), given[1], given[2] ? given[2] : given[1]);
-    return {};
-}
-
-Value removeEventListener(Ad& ad, Arguments given)
-{
-    return ad.removeEventListener(given[0].string(), given[1]);
-}
-
 Value useCustomClose(Ad& ad, Arguments given)
 {
     ad.MRAIDUseCustomClose(given[0].boolValue());
@@ -81,9 +69,6 @@ Value changeOrientation(Ad& ad, Arguments given)
 }
 
 constexpr Command commands[] = {
-    {"addEventListener", 2, addEventListener},
-    {"removeEventListener", 2, removeEventListener},
-    {"MRAIDClose", 0, plain<&Ad::MRAIDClose>},
     {"MRAIDUseCustomClose", 1, useCustomClose},
     {"setVideoPlay", 0, plain<&Ad::setVideoPlay>},
     {"setVideoPause", 0, plain<&Ad::setVideoPause>},
