@@ -46,6 +46,19 @@ std::string scheme_of(const NSURL& address)
     return scheme;
 }
 
+NSString appstream_id_of(const NSURL& address)
+{
+    if (scheme_of(address) != "appstream")
+        return nullptr;
+    std::string_view id = address.absoluteString().text();
+    id.remove_prefix(id.find(':') + 1);
+    if (id.starts_with("//"))
+        id.remove_prefix(2);
+    if (id.ends_with('/'))
+        id.remove_suffix(1);
+    return id.empty() ? NSString() : NSString(std::string(id));
+}
+
 std::string shown_address(const NSURL& address)
 {
     std::string shown = address.absoluteString().text();

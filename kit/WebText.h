@@ -16,6 +16,10 @@ std::string percent_encoded(std::string_view text);
 /// What stands before the first colon, in lower case; empty for a null address.
 std::string scheme_of(const NSURL& address);
 
+/// The identifier in an address of the software centre (AppStream's "appstream:" and an identifier, with or without two
+/// slashes before it and one after it); null for any other address.
+NSString appstream_id_of(const NSURL& address);
+
 /// An address as a browser's bar shows it: the host and what follows, without scheme and user, and without the slash of
 /// a site's first page. Empty for a null address.
 std::string shown_address(const NSURL& address);

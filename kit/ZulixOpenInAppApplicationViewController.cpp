@@ -26,10 +26,14 @@ void ZulixOpenInAppApplicationViewController::sendSmsMsg(const NSString& number,
 void ZulixOpenInAppApplicationViewController::open_store(const NSString& url, std::int32_t downloadId)
 {
     Platform::current().tell("kit", {{"do", "openStore"}, {"url", url}, {"id", downloadId}});
-    if (url)
-        wait_for(NSURL::URLWithString(url));
+    const NSURL address = NSURL::URLWithString(url);
+    const NSString product = appstream_id_of(address);
+    if (url && !(product && !Platform::current().device().can_open(address)))
+        wait_for(address);
+    else if (product || downloadId == 0)
+        show_store_page(product);
     else
-        show_store_page(downloadId);
+        show_store_page(std::to_string(downloadId));
 }
 
 void ZulixOpenInAppApplicationViewController::wait_for(const NSURL& address)
@@ -59,7 +63,7 @@ void ZulixOpenInAppApplicationViewController::set_covered(bool covered)
         returned();
 }
 
-void ZulixOpenInAppApplicationViewController::show_store_page(std::int32_t item)
+void ZulixOpenInAppApplicationViewController::show_store_page(const NSString& item)
 {
     screen_ = nullptr;
     loadView();
@@ -71,8 +75,7 @@ void ZulixOpenInAppApplicationViewController::show_store_page(std::int32_t item)
             if (const auto screen = weak.lock())
                 screen->finished();
         });
-    const NSString id = item == 0 ? NSString() : NSString(std::to_string(item));
-    screen_->show_address(QoroAdManager::sharedInstance().store_page({id, nullptr, nullptr, nullptr}));
+    screen_->show_address(QoroAdManager::sharedInstance().store_page({item, nullptr, nullptr, nullptr}));
     const auto parent = parent_.lock();
     if (!parent)
         return;

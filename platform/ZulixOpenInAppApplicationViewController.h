@@ -20,8 +20,9 @@ public:
     /// @param number the address to send to, "tel:" and digits; null for none
     /// @param smsBody the text; null for none
     void sendSmsMsg(const NSString& number, const NSString& smsBody);
-    /// Shows a store page: in the system's own program when there is an address, else in a page over the ad.
-    /// @param url the store's address; null for none
+    /// Shows a store page: in the system's own program when there is an address, else in a page over the ad; so too a
+    /// product that is named by its AppStream identifier where no program knows such.
+    /// @param url the store's address, or "appstream:" and an identifier; null for none
     /// @param downloadId the item; 0 for none
     void open_store(const NSString& url, std::int32_t downloadId);
     /// The sheet has ended: who opened it is told.
@@ -34,7 +35,7 @@ public:
 private:
     void wait_for(const NSURL& address);
     void returned();
-    void show_store_page(std::int32_t item);
+    void show_store_page(const NSString& item);
 
     std::shared_ptr<PageScreen> screen_;
     bool covered_ = false;

@@ -264,6 +264,24 @@ TEST_F(SheetTest, AStoresAddressIsOpenedByTheSystem)
     EXPECT_EQ(opener->applications_closed, 1);
 }
 
+TEST_F(SheetTest, AProductIsShownByTheSoftwareCentreWhereThereIsOne)
+{
+    platform.opens = "appstream:";
+
+    sheet->open_store("appstream://org.gnome.Maps", 7);
+
+    EXPECT_EQ(platform.opened, Texts{"appstream://org.gnome.Maps"});
+    EXPECT_EQ(PageScreen::topmost(platform), nullptr);
+}
+
+TEST_F(SheetTest, AProductHasItsPageOverTheAdWhereThereIsNoSoftwareCentre)
+{
+    sheet->open_store("appstream://org.gnome.Maps", 7);
+
+    EXPECT_EQ(platform.opened, Texts{});
+    EXPECT_EQ(platform.web->address.absoluteString(), "https://flathub.org/apps/org.gnome.Maps");
+}
+
 TEST_F(SheetTest, AnItemsPageLiesOverTheAdUntilTheViewerClosesIt)
 {
     sheet->open_store(nullptr, 42);

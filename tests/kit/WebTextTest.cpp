@@ -45,6 +45,15 @@ TEST(ShownAddress, HidesAUserThatPretendsToBeTheHost)
     EXPECT_EQ(shown("https://shop.example/@lumo"), "shop.example/@lumo");
 }
 
+TEST(AppStreamId, IsWhatFollowsTheSchemeWithoutSlashesAround)
+{
+    EXPECT_EQ(appstream_id_of(NSURL::URLWithString("appstream://org.gnome.Maps")), NSString("org.gnome.Maps"));
+    EXPECT_EQ(appstream_id_of(NSURL::URLWithString("appstream:org.gnome.Maps/")), NSString("org.gnome.Maps"));
+    EXPECT_FALSE(appstream_id_of(NSURL::URLWithString("appstream://")));
+    EXPECT_FALSE(appstream_id_of(NSURL::URLWithString("https://org.gnome.Maps")));
+    EXPECT_FALSE(appstream_id_of(NSURL()));
+}
+
 TEST(MessageAddress, NamesTheNumberAndTheTextAsPartsOfAnAddress)
 {
     EXPECT_EQ(message("tel:+15551234", "Hi & bye"), "sms:+15551234?body=Hi%20%26%20bye");

@@ -117,6 +117,8 @@ public:
     int device_orientation = 1;
     int bar_orientation = 1;
     bool bar_hidden = false;
+    /// What the addresses contain that can be opened.
+    std::string opens = "http";
     std::vector<std::string> opened;
     /// What is called when the viewer is back from what was opened; empty when nobody waits.
     std::function<void()> return_of_viewer;
@@ -137,7 +139,7 @@ private:
     void force_orientation(int orientation) override { device_orientation = orientation; }
     int status_bar_orientation() const override { return bar_orientation; }
     bool status_bar_hidden() const override { return bar_hidden; }
-    bool can_open(const NSURL& address) override { return address.absoluteString().contains("http"); }
+    bool can_open(const NSURL& address) override { return address.absoluteString().contains(opens); }
     void open(const NSURL& address) override { opened.push_back(address.absoluteString().text()); }
     void open_and_wait(const NSURL& address, std::function<void()> done) override
     {
