@@ -66,6 +66,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
         return platform;
     // A host file says these, if only by leaving them at what they are by default.
     platform.device.can_open = device.can_open;
+    platform.calendar.allowed = device.calendar;
     platform.volume = device.output_volume;
     platform.volume_slider = device.volume_slider;
     return platform;

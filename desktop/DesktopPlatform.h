@@ -2,6 +2,7 @@
 
 #include "desktop/GlibLoop.h"
 #include "desktop/cache/VideoCache.h"
+#include "desktop/calendar/DesktopCalendar.h"
 #include "desktop/device/DesktopDevice.h"
 #include "desktop/images/GdkImages.h"
 #include "desktop/media/GstPlayer.h"
@@ -39,6 +40,7 @@ public:
         /// before. Their answers come to nobody any more.
         double last_requests_seconds = 2;
         VideoCache::Options video_cache = {};
+        DesktopCalendar::Options calendar = {};
     };
 
     explicit DesktopPlatform(const Options& options);
@@ -53,6 +55,7 @@ public:
     GdkImages& images() override { return images_; }
     DesktopDevice& device() override { return device_; }
     VideoCacheStore& video_cache() override { return video_cache_; }
+    DesktopCalendar& calendar() override { return calendar_; }
     Screen& display() override { return screen_; }
 
     /// The user leaves the application: what plays pauses, and the kit alone is told.
@@ -107,6 +110,7 @@ private:
     PangoText text_;
     GdkImages images_;
     VideoCopies video_cache_;
+    DesktopCalendar calendar_;
     Screen screen_{*this};
 };
 

@@ -39,6 +39,7 @@ public:
     virtual ImageDecoder& images() = 0;
     virtual Device& device() = 0;
     virtual VideoCacheStore& video_cache() = 0;
+    virtual Calendar& calendar() = 0;
     virtual Display& display() = 0;
     /// A platform without one shows every text as it is written.
     virtual Translation& translation();

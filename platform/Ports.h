@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/CalendarEvent.h"
 #include "platform/Geometry.h"
 #include "platform/Value.h"
 
@@ -363,6 +364,18 @@ public:
     /// @param one for 1, in English
     /// @param many for any other number
     virtual std::string translate(const char* one, const char* many, unsigned long number) = 0;
+};
+
+/// The viewer's calendar. An event is handed over; whether it is kept is the viewer's decision, which nobody tells.
+class Calendar
+{
+public:
+    virtual ~Calendar() = default;
+    /// Whether there is one that takes events.
+    virtual bool available() = 0;
+    /// Hands an event over.
+    /// @return null when it was; else one line that says why not
+    virtual NSString add(const CalendarEvent& event) = 0;
 };
 
 // -------------------------------------------------------------------------------------------------------- display

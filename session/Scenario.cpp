@@ -25,7 +25,8 @@ using detail::Reader;
 DeviceSetup read_device(const Reader& device)
 {
     device.with_keys({"screen", "currentScreen", "orientation", "statusBarOrientation", "statusBarHidden", "phone",
-                      "iOS8", "outputVolume", "volumeSlider", "canOpen", "canSendText", "imei", "displayName"});
+                      "iOS8", "outputVolume", "volumeSlider", "canOpen", "canSendText", "calendar", "imei",
+                      "displayName"});
     DeviceSetup setup;
     if (const auto screen = device.at("screen"))
         setup.facts.screen = screen->size_or_null();
@@ -52,6 +53,8 @@ DeviceSetup read_device(const Reader& device)
     }
     if (const auto can = device.at("canSendText"))
         setup.facts.can_send_text = can->is_null() ? std::nullopt : std::optional(can->flag());
+    if (const auto calendar = device.at("calendar"))
+        setup.calendar = calendar->flag();
     if (const auto imei = device.at("imei"))
         setup.facts.imei = imei->text_or_null();
     if (const auto name = device.at("displayName"))

@@ -35,6 +35,8 @@ struct DeviceSetup {
     bool volume_slider = true;
     /// Addresses that begin so can be opened.
     std::vector<std::string> can_open{"http:", "https:", "tel:"};
+    /// Whether there is a calendar that takes events.
+    bool calendar = true;
 };
 
 /// A lack of data, once a player.

@@ -36,6 +36,19 @@ private:
     bool status_bar_hidden_;
 };
 
+/// A calendar that takes every event, where the setup has one, and keeps none.
+class SimulatedCalendar final : public Calendar
+{
+public:
+    explicit SimulatedCalendar(const DeviceSetup& setup) : available_(setup.calendar) {}
+
+    bool available() override { return available_; }
+    NSString add(const CalendarEvent&) override { return available_ ? NSString() : "this device has no calendar"; }
+
+private:
+    const bool available_;
+};
+
 /// The output volume; each change is reported as an event of its own at the same moment.
 class SimulatedVolume final : public OutputVolume
 {

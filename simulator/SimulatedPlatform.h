@@ -33,6 +33,7 @@ public:
     ImageDecoder& images() override { return images_; }
     SimulatedDevice& device() override { return device_; }
     VideoCacheStore& video_cache() override { return video_cache_; }
+    Calendar& calendar() override { return calendar_; }
     Display& display() override { return display_; }
 
     /// Runs everything that is due at or before a moment.
@@ -67,6 +68,7 @@ private:
     SimulatedText text_;
     SimulatedImages images_;
     SimulatedVideoCache video_cache_;
+    SimulatedCalendar calendar_;
     NoDisplay display_;
 };
 

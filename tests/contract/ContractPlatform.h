@@ -46,6 +46,8 @@ struct ContractNeeds {
     bool volume = false;
     /// Whether there is a local copy of the video.
     bool copy = false;
+    /// Whether there is a calendar.
+    bool calendar = true;
 };
 
 /// A platform under test with the world around it. Each kind of platform has one; where two kinds differ by right (how
@@ -147,6 +149,10 @@ class CacheContract : public ContractTest
 {
 protected:
     CacheContract() : ContractTest({.copy = true}) {}
+};
+
+class CalendarContract : public ContractTest
+{
 };
 
 class TextContract : public ContractTest

@@ -63,6 +63,7 @@ DesktopPlatform::Options options_for(const ContractNeeds& needs, const ScratchFo
     DesktopPlatform::Options options;
     options.silent = true;
     options.video_cache.folder = scratch.path("videos");
+    options.calendar = {.folder = scratch.path("calendar"), .allowed = needs.calendar};
     options.last_requests_seconds = 0;    // some servers here never answer
     options.system_volume = needs.volume; // what the viewer can change from outside
     return options;
@@ -233,6 +234,7 @@ INSTANTIATE_TEST_SUITE_P(On, PlayerContract, testing::Values(DesktopKind), name_
 INSTANTIATE_TEST_SUITE_P(On, VolumeContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, FetchContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, CacheContract, testing::Values(DesktopKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, CalendarContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, TextContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, PageContract, testing::Values(DesktopKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, BrowserContract, testing::Values(DesktopKind), name_of_kind);

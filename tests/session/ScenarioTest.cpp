@@ -31,6 +31,7 @@ TEST(Scenario, LeavesEverythingButAdAndStepsAtItsDefault)
     EXPECT_EQ(scenario.world.device.output_volume, 0.6F);
     EXPECT_TRUE(scenario.world.device.volume_slider);
     EXPECT_EQ(scenario.world.device.can_open, (std::vector<std::string>{"http:", "https:", "tel:"}));
+    EXPECT_TRUE(scenario.world.device.calendar);
     EXPECT_EQ(scenario.world.device.facts.can_send_text, true);
     EXPECT_EQ(scenario.world.device.facts.imei, NSString("356938035643809"));
     EXPECT_EQ(scenario.world.device.facts.display_name, NSString("Host App"));
@@ -57,7 +58,8 @@ TEST(Scenario, ReadsTheDevice)
     const DeviceSetup device =
         read(R"("device": {"screen": null, "currentScreen": [812, 375], "orientation": 3, "statusBarOrientation": 4,
                 "statusBarHidden": true, "phone": false, "iOS8": false, "outputVolume": 0.1, "volumeSlider": false,
-                "canOpen": ["sms:"], "canSendText": null, "imei": null, "displayName": null},)")
+                "canOpen": ["sms:"], "canSendText": null, "calendar": false, "imei": null,
+                "displayName": null},)")
             .world.device;
 
     EXPECT_EQ(device.facts.screen, std::nullopt);
@@ -71,6 +73,7 @@ TEST(Scenario, ReadsTheDevice)
     EXPECT_FALSE(device.volume_slider);
     EXPECT_EQ(device.can_open, std::vector<std::string>{"sms:"});
     EXPECT_EQ(device.facts.can_send_text, std::nullopt);
+    EXPECT_FALSE(device.calendar);
     EXPECT_EQ(device.facts.imei, NSString());
     EXPECT_EQ(device.facts.display_name, NSString());
 }

@@ -37,6 +37,7 @@ constexpr const char* CopiedAddress = "http://net.example/v.mp4";
 World world_for(const ContractNeeds& needs)
 {
     World world;
+    world.device.calendar = needs.calendar;
     world.video.duration = VideoSeconds;
     if (needs.clip == Clip::Stalling)
         world.video.stalls = {{Middle, StallSeconds}};
@@ -165,6 +166,7 @@ INSTANTIATE_TEST_SUITE_P(On, PlayerContract, testing::Values(SimulatorKind), nam
 INSTANTIATE_TEST_SUITE_P(On, VolumeContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, FetchContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, CacheContract, testing::Values(SimulatorKind), name_of_kind);
+INSTANTIATE_TEST_SUITE_P(On, CalendarContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, TextContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, PageContract, testing::Values(SimulatorKind), name_of_kind);
 INSTANTIATE_TEST_SUITE_P(On, BrowserContract, testing::Values(SimulatorKind), name_of_kind);

@@ -77,6 +77,7 @@ class RecordingPlatform : public Platform,
                           private OutputVolume,
                           private ImageDecoder,
                           private Device,
+                          private Calendar,
                           private Display,
                           private Witness
 {
@@ -97,6 +98,7 @@ public:
     ImageDecoder& images() override { return *this; }
     Device& device() override { return *this; }
     VideoCacheStore& video_cache() override { return video_cache_; }
+    Calendar& calendar() override { return *this; }
     Display& display() override { return *this; }
 
     /// Seconds go by.
@@ -120,6 +122,10 @@ public:
     /// What the addresses contain that can be opened.
     std::string opens = "http";
     std::vector<std::string> opened;
+    bool has_calendar = true;
+    /// What the calendar says to an event; null for nothing against it.
+    NSString calendar_answer;
+    std::vector<CalendarEvent> calendar_events;
     /// What is called when the viewer is back from what was opened; empty when nobody waits.
     std::function<void()> return_of_viewer;
 
@@ -145,6 +151,12 @@ private:
     {
         open(address);
         return_of_viewer = std::move(done);
+    }
+    bool available() override { return has_calendar; }
+    NSString add(const CalendarEvent& event) override
+    {
+        calendar_events.push_back(event);
+        return calendar_answer;
     }
     void needs_display() override { ++display_requests; }
     void tell(std::string_view what, std::initializer_list<Field> fields) override;

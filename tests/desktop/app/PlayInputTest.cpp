@@ -44,6 +44,7 @@ TEST_F(PlayInputTest, ByDefaultTheHostFollowsTheDeviceAndIdentifiersAreInvented)
     EXPECT_EQ(input.platform.device.facts.imei, "356938035643809");
     EXPECT_EQ(input.host.guid, "g-1");
     EXPECT_FALSE(input.platform.device.can_open);
+    EXPECT_TRUE(input.platform.calendar.allowed);
     EXPECT_FALSE(input.platform.volume);
     EXPECT_EQ(input.orientation, 1);
 }
@@ -52,13 +53,14 @@ TEST_F(PlayInputTest, AHostFileSaysWhatTheDeviceAndTheHostAre)
 {
     options.host_file =
         folder.write("host.json", R"({"device": {"screen": [320, 568], "imei": null, "canOpen": ["tel:"],
-        "outputVolume": 0.25, "volumeSlider": false}, "host": {"autorotates": [1, 2], "guid": "other"}})");
+        "outputVolume": 0.25, "volumeSlider": false, "calendar": false}, "host": {"autorotates": [1, 2], "guid": "other"}})");
     const PlayInput input = read_play_input(options);
     EXPECT_EQ(input.platform.device.facts.screen, (CGSize{320, 568}));
     EXPECT_FALSE(input.platform.device.facts.imei);
     EXPECT_EQ(input.platform.device.can_open, (std::vector<std::string>{"tel:"}));
     EXPECT_EQ(input.platform.volume, 0.25F);
     EXPECT_FALSE(input.platform.volume_slider);
+    EXPECT_FALSE(input.platform.calendar.allowed);
     EXPECT_EQ(input.platform.device.autorotates, (std::vector<std::int64_t>{1, 2}));
     EXPECT_EQ(input.host.guid, "other");
     EXPECT_FALSE(input.host.parent);

@@ -1,47 +1,15 @@
 #include "desktop/device/DesktopDevice.h"
 #include "platform/Foundation.h"
 #include "tests/desktop/support/BarePlatform.h"
+#include "tests/desktop/support/Programs.h"
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <sstream>
-
 using namespace qoro;
-
-namespace fs = std::filesystem;
 
 namespace
 {
 constexpr double Deadline = 10;
-
-/// A folder for programs that only this test process knows. It must stand before GLib looks for programs.
-class Programs
-{
-public:
-    Programs()
-    {
-        std::string pattern = (fs::temp_directory_path() / "qoro-programs-XXXXXX").string();
-        folder_ = mkdtemp(pattern.data());
-        fs::create_directories(folder_ / "applications");
-        setenv("XDG_DATA_HOME", folder_.c_str(), 1);
-        std::ofstream(folder_ / "opener") << "#!/bin/sh\necho \"$1\" > '" << opened().string() << "'\n";
-        fs::permissions(folder_ / "opener", fs::perms::owner_all);
-        std::ofstream(folder_ / "applications" / "qoro-test.desktop")
-            << "[Desktop Entry]\nType=Application\nName=Opener\nMimeType=x-scheme-handler/qoro-test;\nExec="
-            << (folder_ / "opener").string() << " %u\n";
-        std::ofstream(folder_ / "applications" / "mimeapps.list")
-            << "[Default Applications]\nx-scheme-handler/qoro-test=qoro-test.desktop\n";
-    }
-    ~Programs() { fs::remove_all(folder_); }
-
-    fs::path opened() const { return folder_ / "opened"; }
-
-private:
-    fs::path folder_;
-} programs;
 
 class Listener : public Object
 {
@@ -160,13 +128,9 @@ TEST_F(DesktopDeviceTest, FilesOfThisMachineAreNotOpened)
 TEST_F(DesktopDeviceTest, OpeningHandsTheAddressToTheSchemesProgram)
 {
     device.open(NSURL::URLWithString("qoro-test:some/where?x=1"));
-    const auto content = [] {
-        std::stringstream text;
-        text << std::ifstream(programs.opened()).rdbuf();
-        return text.str();
-    };
-    EXPECT_TRUE(platform.loop().run_until([&content] { return content() == "qoro-test:some/where?x=1\n"; }, Deadline))
-        << content();
+    const test::Programs& programs = test::Programs::instance();
+    EXPECT_TRUE(platform.loop().run_until([&] { return programs.opened() == "qoro-test:some/where?x=1\n"; }, Deadline))
+        << programs.opened();
 }
 
 TEST_F(DesktopDeviceTest, AScreenThatWaitsGoesOnWhenTheProgramHasBeenStartedOrThereIsNone)

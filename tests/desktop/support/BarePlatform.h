@@ -16,6 +16,7 @@ class BarePlatform : public Platform,
                      private ImageDecoder,
                      private Device,
                      private VideoCacheStore,
+                     private Calendar,
                      private Display
 {
 public:
@@ -31,6 +32,7 @@ public:
     ImageDecoder& images() override { return image_decoder ? *image_decoder : *this; }
     Device& device() override { return *this; }
     VideoCacheStore& video_cache() override { return *this; }
+    Calendar& calendar() override { return *this; }
     Display& display() override { return shown_on ? *shown_on : *this; }
 
     PlayerFactory* player_factory = nullptr;
@@ -60,6 +62,8 @@ private:
     void open(const NSURL&) override {}
     void open_and_wait(const NSURL&, std::function<void()>) override {}
     NSString path_for(const NSString&) override { return nullptr; }
+    bool available() override { return false; }
+    NSString add(const CalendarEvent&) override { return "there is none"; }
     void needs_display() override {}
 
     GlibLoop loop_{this};

@@ -1,0 +1,114 @@
+#include "desktop/calendar/DesktopCalendar.h"
+
+#include "desktop/cache/CacheFolder.h"
+#include "desktop/calendar/EventText.h"
+
+#include <gio/gio.h>
+
+#include <cstdint>
+#include <ctime>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <system_error>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr const char* CalendarType = "text/calendar";
+constexpr std::string_view FileEnd = ".ics";
+constexpr std::int64_t FilesLast = 86'400 * std::int64_t{1'000'000'000};
+
+struct Unref {
+    void operator()(gpointer object) const { g_object_unref(object); }
+};
+using Program = std::unique_ptr<GAppInfo, Unref>;
+
+/// The viewer's own choice comes first. One that only shows such a file as the plain text that it is too is none: it
+/// says nothing about calendars.
+Program calendar_program()
+{
+    Program chosen(g_app_info_get_default_for_type(CalendarType, FALSE));
+    const char** const types = chosen ? g_app_info_get_supported_types(chosen.get()) : nullptr;
+    if (types && g_strv_contains(types, CalendarType))
+        return chosen;
+    GList* const programs = g_app_info_get_recommended_for_type(CalendarType);
+    Program first(programs ? G_APP_INFO(g_object_ref(programs->data)) : nullptr);
+    g_list_free_full(programs, g_object_unref);
+    return first;
+}
+
+std::string new_identifier()
+{
+    char* const made = g_uuid_string_random();
+    const std::string identifier = made;
+    g_free(made);
+    return identifier;
+}
+
+void remove_old_files(const CacheFolder& folder)
+{
+    const std::int64_t now = std::time(nullptr) * std::int64_t{1'000'000'000};
+    for (const std::string& name : folder.names()) {
+        const bool ours = name.ends_with(FileEnd) || name.ends_with(std::string(FileEnd) + ".part");
+        const auto touched = ours ? folder.touched(name) : std::nullopt;
+        if (touched && now - *touched > FilesLast)
+            folder.remove(name);
+    }
+}
+
+/// @return whether the program was started
+bool open_with(const Program& program, const std::string& path)
+{
+    GFile* const file = g_file_new_for_path(path.c_str());
+    GList* const files = g_list_append(nullptr, file);
+    GError* error = nullptr;
+    const bool started = g_app_info_launch(program.get(), files, nullptr, &error);
+    if (!started) {
+        g_message("%s was not started: %s", g_app_info_get_id(program.get()), error->message);
+        g_error_free(error);
+    }
+    g_list_free_full(files, g_object_unref);
+    return started;
+}
+
+} // namespace
+
+std::string DesktopCalendar::default_folder()
+{
+    return (std::filesystem::path(g_get_user_cache_dir()) / "qoro-ad" / "calendar").string();
+}
+
+bool DesktopCalendar::available()
+{
+    return options_.allowed && calendar_program();
+}
+
+// A page hears the answer: it says nothing about where this machine's files are.
+NSString DesktopCalendar::add(const CalendarEvent& event)
+{
+    const Program program = options_.allowed ? calendar_program() : nullptr;
+    if (!program)
+        return "this device has no calendar";
+    const std::string identifier = new_identifier();
+    const NSString text = event_text(event, {.uid = identifier, .made = std::time(nullptr)});
+    if (!text)
+        return "timezone is \"" + event.clock.zone.text() + "\": expected one that this device knows";
+    const std::string name = identifier + std::string(FileEnd);
+    try {
+        const CacheFolder folder = CacheFolder::make(options_.folder);
+        remove_old_files(folder);
+        folder.write(name, text.text());
+        if (open_with(program, (std::filesystem::path(options_.folder) / name).string()))
+            return nullptr;
+        folder.remove(name);
+    } catch (const std::system_error& unwritable) {
+        return "the event could not be written: " + unwritable.code().message();
+    }
+    return "the calendar could not be started";
+}
+
+} // namespace qoro
