@@ -179,8 +179,6 @@ NSString Mraid::leave_for(const NSURL& address)
 
 NSString Mraid::create_calendar_event(const NSArray& arguments)
 {
-    if (!arguments[0].is_dictionary())
-        return "a calendar event is a record";
     platform_.tell("mraid", {{"do", "createCalendarEvent"}});
     ad_.MRAIDCreateCalendarEvent(arguments[0]);
     return nullptr;
@@ -216,11 +214,12 @@ NSString Mraid::load(const NSArray& arguments)
 }
 
 /// What does not change while the ad runs.
-NSDictionary Mraid::features()
+NSDictionary Mraid::features() const
 {
     return {
-        {"sms", can_open("sms:1")}, {"tel", can_open("tel:1")}, {"calendar", true},  {"storePicture", false},
-        {"inlineVideo", true},      {"vpaid", false},           {"location", false},
+        {"sms", can_open("sms:1")}, {"tel", can_open("tel:1")}, {"calendar", platform_.calendar().available()},
+        {"storePicture", false},    {"inlineVideo", true},      {"vpaid", false},
+        {"location", false},
     };
 }
 
@@ -277,6 +276,15 @@ void Mraid::tell_changes()
     ad_.webView().callListeners("mraid", NSArray{callback_}, news);
     if (!ad_.dicEventListener)
         watch_.reset();
+}
+
+void Mraid::tell_error(const NSString& why, std::string_view action)
+{
+    if (!watch_)
+        return;
+    const NSDictionary news{{"error", NSDictionary{{"message", why}, {"action", action}}}};
+    platform_.tell("mraid", {{"do", "tell"}, {"facts", Value(news)}});
+    ad_.webView().callListeners("mraid", NSArray{callback_}, news);
 }
 
 void Mraid::volume_changed()

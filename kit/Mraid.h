@@ -25,6 +25,10 @@ public:
     static bool is_for(const ScriptMessage& message) { return message.command.starts_with(Prefix); }
     /// Carries it out. What is refused is answered with an error.
     ScriptAnswer carry_out(const ScriptMessage& message);
+    /// The page hears an error event, if it listens to the ad at all: something was refused that it did not ask for
+    /// itself, or that was looked at only after its request had been accepted.
+    /// @param action the name of the standard's call
+    void tell_error(const NSString& why, std::string_view action);
 
 private:
     static constexpr std::string_view Prefix = "mraid.";
@@ -46,7 +50,7 @@ private:
     NSString leave_for(const NSURL& address);
     bool page_was_touched();
 
-    static NSDictionary features();
+    NSDictionary features() const;
     NSDictionary facts() const;
     void look_later();
     void tell_changes();

@@ -1,5 +1,6 @@
 #include "platform/QoroPhoneGapViewController.h"
 
+#include "kit/CalendarEvent.h"
 #include "kit/MessageBudget.h"
 #include "kit/Mraid.h"
 #include "platform/QoroAppStoreMockViewController.h"
@@ -165,6 +166,17 @@ void QoroPhoneGapViewController::MRAIDClose()
 void QoroPhoneGapViewController::MRAIDCreateCalendarEvent(const Value& event)
 {
     platform_.tell("super", {{"do", "createCalendarEvent"}, {"event", event}});
+    const CalendarEventReading read = read_calendar_event(event);
+    NSString why = read.error;
+    if (!why)
+        why = platform_.calendar().available() ? platform_.calendar().add(read.event) : "this device has no calendar";
+    if (!why) {
+        platform_.tell("kit", {{"do", "calendar.add"}});
+        return;
+    }
+    platform_.tell("kit", {{"do", "calendar.refused"}, {"why", why}});
+    if (mraid_)
+        mraid_->tell_error(why, "createCalendarEvent");
 }
 
 // ------------------------------------------------------------------------------------------------------- the web view

@@ -142,6 +142,8 @@ public:
     /// Gives the button its tap: closeAction, or, while the script wants the taps, a report to the script.
     void setCloseButtonAction(const UIButton& button);
     virtual void MRAIDClose();
+    /// Reads MRAID's calendar event and hands it to the device's calendar; what is refused is told to the witness, and
+    /// to the page as an error event.
     virtual void MRAIDCreateCalendarEvent(const Value& event);
 
     // ------------------------------------------------------------------------------------------------ the web view

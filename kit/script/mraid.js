@@ -258,6 +258,10 @@
 
     // Takes over what the kit tells: what has changed, all at once the first time.
     function learn(facts) {
+        if (hasOwn(facts, 'error')) {
+            fail(facts.error.message, facts.error.action);
+            return;
+        }
         const begins = state === 'loading';
         const before = copyOfSize(position);
         const told = name => hasOwn(facts, name);
@@ -340,6 +344,15 @@
         ask('setOrientationProperties', [orientationProperties]);
     }
 
+    // What a JSON text holds; a text that is none as it is, for the kit to say so.
+    function read(text) {
+        try {
+            return parse(text);
+        } catch (malformed) {
+            return text;
+        }
+    }
+
     function setExpandProperties(given) {
         expandProperties.width = entryOf(given, 'width', 'number', expandProperties.width);
         expandProperties.height = entryOf(given, 'height', 'number', expandProperties.height);
@@ -406,7 +419,8 @@
         // Each of these needs the viewer's touch, not longer ago than a second.
         open: address => ask('open', [address]),
         playVideo: address => ask('playVideo', [address]),
-        createCalendarEvent: event => ask('createCalendarEvent', [event]),
+        // a record, or the JSON text of one
+        createCalendarEvent: event => ask('createCalendarEvent', [typeof event === 'string' ? read(event) : event]),
         // Refused: an interstitial neither grows nor moves, and the kit keeps no pictures.
         expand: address => ask('expand', [address === undefined ? null : address]),
         resize: () => ask('resize', []),

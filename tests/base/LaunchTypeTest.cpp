@@ -212,11 +212,14 @@ TEST(CalendarEvent, IsPassedOnAndDoneAtOnce)
 {
     OpenAd session;
 
-    session->checkLaunchType({{"action", "cre_cal_event"},
-                              {"app_u", "app://x"},
-                              {"data", NSDictionary{{"e", NSDictionary{{"description", "Sale"}}}}}});
+    session->checkLaunchType(
+        {{"action", "cre_cal_event"},
+         {"app_u", "app://x"},
+         {"data", NSDictionary{{"e", NSDictionary{{"description", "Sale"}, {"start", "2027-03-24"}}}}}});
 
-    EXPECT_THAT(session.transcript(), ElementsAre(R"(super createCalendarEvent {"description":"Sale"})"));
+    EXPECT_THAT(
+        session.transcript(),
+        ElementsAre(R"(super createCalendarEvent {"description":"Sale","start":"2027-03-24"})", "kit calendar.add"));
     EXPECT_FALSE(session->getBDoButtonAction());
 }
 

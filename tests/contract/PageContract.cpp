@@ -307,12 +307,18 @@ TEST_P(ScriptContract, WhatIsNoMessageIsRefusedAndHasNoEffect)
 
 TEST_P(ScriptContract, WhatNeedsATouchOfThePageIsRefusedWithoutOne)
 {
-    EXPECT_EQ(world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party"}])"), std::nullopt);
+    EXPECT_EQ(
+        world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party", "start": "2027-03-24"}])"),
+        std::nullopt);
 
     touch(platform(), {187, 500});
 
-    EXPECT_EQ(world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party"}])"), "null");
-    EXPECT_EQ(world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party"}])"), std::nullopt);
+    EXPECT_EQ(
+        world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party", "start": "2027-03-24"}])"),
+        "null");
+    EXPECT_EQ(
+        world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party", "start": "2027-03-24"}])"),
+        std::nullopt);
 }
 
 TEST_P(ScriptContract, ATouchIsForgottenAfterASecond)
@@ -320,7 +326,9 @@ TEST_P(ScriptContract, ATouchIsForgottenAfterASecond)
     touch(platform(), {187, 500});
     let_pass(1.1);
 
-    EXPECT_EQ(world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party"}])"), std::nullopt);
+    EXPECT_EQ(
+        world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party", "start": "2027-03-24"}])"),
+        std::nullopt);
 }
 
 } // namespace qoro::test

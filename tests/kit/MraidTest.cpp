@@ -261,16 +261,86 @@ TEST_F(MraidTest, ACalendarEventGoesToTheKit)
 {
     touch_page();
 
-    EXPECT_EQ(refusal("mraid.createCalendarEvent", {NSDictionary{{"description", "party"}}}), "");
+    session.forget();
 
-    EXPECT_THAT(session.lines("super"), ElementsAre(R"(createCalendarEvent {"description":"party"})"));
+    EXPECT_EQ(
+        refusal("mraid.createCalendarEvent", {NSDictionary{{"description", "party"}, {"start", "2027-03-24T20:00Z"}}}),
+        "");
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("mraid createCalendarEvent",
+                            R"(super createCalendarEvent {"description":"party","start":"2027-03-24T20:00Z"})",
+                            "kit calendar.add"));
 }
 
-TEST_F(MraidTest, ACalendarEventIsARecord)
+TEST_F(MraidTest, ACalendarEventThatIsNoneIsAnErrorOfThePage)
+{
+    session.script_says("mraid.load", {"id"});
+    touch_page();
+    session.forget();
+
+    EXPECT_EQ(refusal("mraid.createCalendarEvent", {"party"}), "");
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre("mraid createCalendarEvent", R"(super createCalendarEvent "party")",
+                            "kit calendar.refused the event is \"party\": expected a record",
+                            R"(mraid tell {"error":{"message":"the event is \"party\": expected a record",)"
+                            R"("action":"createCalendarEvent"}})"));
+}
+
+TEST_F(MraidTest, AnActionButtonsCalendarEventThatIsNoneIsAnErrorOfThePageToo)
+{
+    session.script_says("mraid.load", {"id"});
+    session.forget();
+
+    session->checkLaunchType({{"action", "cre_cal_event"},
+                              {"data", NSDictionary{{"e", NSDictionary{{"description", "Sale"}, {"start", "soon"}}}}}});
+
+    EXPECT_THAT(session.lines("kit"),
+                ElementsAre("calendar.refused start is \"soon\": expected a date that there is, such as 2027-03-24 or "
+                            "2027-03-24T09:00-08:00"));
+    EXPECT_THAT(session.lines("mraid"),
+                ElementsAre(R"(tell {"error":{"message":"start is \"soon\": expected a date that there is, such as )"
+                            R"(2027-03-24 or 2027-03-24T09:00-08:00","action":"createCalendarEvent"}})"));
+}
+
+TEST_F(MraidTest, APageThatDoesNotListenToItsAdHearsOfNoCalendarEvent)
 {
     touch_page();
+    session.forget();
 
-    EXPECT_EQ(refusal("mraid.createCalendarEvent", {"party"}), "a calendar event is a record");
+    EXPECT_EQ(refusal("mraid.createCalendarEvent", {"party"}), "");
+
+    EXPECT_THAT(session.lines("mraid"), ElementsAre("createCalendarEvent"));
+}
+
+class WithoutCalendar : public MraidTest
+{
+protected:
+    WithoutCalendar() : MraidTest(world()) {}
+
+private:
+    static World world()
+    {
+        World made = AdSession::manual_world();
+        made.device.calendar = false;
+        return made;
+    }
+};
+
+TEST_F(WithoutCalendar, ADeviceSupportsNoEventsAndRefusesThem)
+{
+    session.script_says("mraid.load", {"id"});
+    EXPECT_THAT(session.lines("mraid")[1], testing::HasSubstr(R"("calendar":false)"));
+    touch_page();
+    session.forget();
+
+    session.script_says("mraid.createCalendarEvent",
+                        {NSDictionary{{"description", "party"}, {"start", "2027-03-24T20:00Z"}}});
+
+    EXPECT_THAT(session.lines("kit"), ElementsAre("calendar.refused this device has no calendar"));
+    EXPECT_THAT(session.lines("mraid"), Contains(R"(tell {"error":{"message":"this device has no calendar",)"
+                                                 R"("action":"createCalendarEvent"}})"));
 }
 
 TEST_F(MraidTest, OnlyTheWebAndTheTelephoneOpen)

@@ -325,12 +325,55 @@ TEST_F(PhoneGapTest, ItsNoticesWriteTheirLineAndDoNothingElse)
     controller->sendImpression();
     controller->stopUpdateTimer();
     controller->MRAIDClose();
-    controller->MRAIDCreateCalendarEvent("party");
 
     EXPECT_EQ(platform.transcript,
               (Texts{"super do=updateStatusbar", "super do=qoroPresent", "super do=qoroLeaveApplication",
-                     "super do=sendImpression", "super do=stopUpdateTimer", "super do=MRAIDClose",
-                     "super do=createCalendarEvent event=party"}));
+                     "super do=sendImpression", "super do=stopUpdateTimer", "super do=MRAIDClose"}));
+}
+
+TEST_F(PhoneGapTest, HandsACalendarEventToTheCalendar)
+{
+    platform.transcript.clear();
+
+    controller->MRAIDCreateCalendarEvent(
+        NSDictionary{{"summary", "Party"}, {"start", "2027-03-24T20:00Z"}, {"end", "2027-03-24T22:00Z"}});
+
+    ASSERT_EQ(platform.calendar_events.size(), 1U);
+    const CalendarEvent& event = platform.calendar_events[0];
+    EXPECT_EQ(event.title, "Party");
+    EXPECT_EQ(event.clock.offset, 0);
+    EXPECT_EQ(event.end.value_or(0) - event.start, 2 * 3600);
+    EXPECT_EQ(platform.transcript,
+              (Texts{"super do=createCalendarEvent event=summary:Party,start:2027-03-24T20:00Z,end:2027-03-24T22:00Z",
+                     "kit do=calendar.add"}));
+}
+
+TEST_F(PhoneGapTest, ACalendarGetsNoEventThatIsNone)
+{
+    platform.transcript.clear();
+
+    controller->MRAIDCreateCalendarEvent("party");
+
+    EXPECT_TRUE(platform.calendar_events.empty());
+    EXPECT_EQ(platform.transcript, (Texts{"super do=createCalendarEvent event=party",
+                                          "kit do=calendar.refused why=the event is \"party\": expected a record"}));
+}
+
+TEST_F(PhoneGapTest, WhatTheCalendarSaysAgainstAnEventIsTold)
+{
+    platform.calendar_answer = "no room";
+    const NSDictionary party{{"summary", "Party"}, {"start", "2027-03-24"}};
+    platform.transcript.clear();
+
+    controller->MRAIDCreateCalendarEvent(party);
+    platform.has_calendar = false;
+    controller->MRAIDCreateCalendarEvent(party);
+
+    EXPECT_EQ(platform.calendar_events.size(), 1U) << "a device without a calendar is not asked";
+    EXPECT_EQ(platform.transcript, (Texts{"super do=createCalendarEvent event=summary:Party,start:2027-03-24",
+                                          "kit do=calendar.refused why=no room",
+                                          "super do=createCalendarEvent event=summary:Party,start:2027-03-24",
+                                          "kit do=calendar.refused why=this device has no calendar"}));
 }
 
 } // namespace

@@ -167,6 +167,31 @@ TEST_F(ScriptLibraryTest, what_the_kit_refuses_is_an_error_event_with_the_action
     wait_for(R"(note["error","no touch","open"])");
 }
 
+TEST_F(ScriptLibraryTest, a_calendar_event_may_be_json_text_and_a_text_that_is_none_goes_on_as_it_is)
+{
+    begin(R"(mraid.addEventListener('ready', () => {
+                 mraid.createCalendarEvent('{"description":"party","start":"2027-03-24"}');
+                 mraid.createCalendarEvent('{"description":'); note('end'); });)");
+    wait_for("note[\"end\"]");
+    const std::vector<std::string> heard(recorder.heard.begin() + 2, recorder.heard.end());
+    EXPECT_EQ(heard,
+              (std::vector<std::string>{R"(mraid.createCalendarEvent[{"description":"party","start":"2027-03-24"}])",
+                                        R"(mraid.createCalendarEvent["{\"description\":"])", "note[\"end\"]"}));
+}
+
+TEST_F(ScriptLibraryTest, what_the_kit_refuses_later_is_an_error_event_and_no_other_news)
+{
+    begin("for (const name of ['ready', 'stateChange', 'viewableChange', 'exposureChange', 'audioVolumeChange', "
+          "'sizeChange', 'error']) mraid.addEventListener(name, (...args) => note(name, ...args));");
+    wait_for(R"(note["audioVolumeChange",60])");
+    recorder.heard.clear();
+
+    tell({{"error", NSDictionary{{"message", "start is missing"}, {"action", "createCalendarEvent"}}}});
+    wait_for(R"(note["error","start is missing","createCalendarEvent"])");
+
+    EXPECT_EQ(recorder.heard.size(), 1U);
+}
+
 TEST_F(ScriptLibraryTest, what_the_library_refuses_is_an_error_event_and_reaches_nobody)
 {
     load_script("mraid.addEventListener('error', (message, action) => note('error', action));"
@@ -225,12 +250,14 @@ TEST_F(ScriptLibraryTest, a_page_that_replaces_every_built_in_keeps_its_ad)
             tell('volume', volume, mraid.getState(), mraid.getCurrentPosition().y);
             mraid.open('https://shop/');
             mraid.createCalendarEvent({ description: 'party', reminder: [1, 2] });
+            mraid.createCalendarEvent('{"description": "as text"}');
             qoroPlayer.setVideoSeekToTime(2.5);
         });)");
     wait_for(R"(note["error","no touch","open"])");
     EXPECT_TRUE(recorder.has(R"(note["volume",60,"default",254.5])"));
     EXPECT_TRUE(recorder.has(R"(mraid.open["https://shop/"])"));
     EXPECT_TRUE(recorder.has(R"(mraid.createCalendarEvent[{"description":"party","reminder":[1,2]}])"));
+    EXPECT_TRUE(recorder.has(R"(mraid.createCalendarEvent[{"description":"as text"}])"));
     EXPECT_TRUE(recorder.has("setVideoSeekToTime[2.5]"));
 }
 
