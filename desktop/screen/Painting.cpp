@@ -1,6 +1,7 @@
 #include "desktop/screen/Painting.h"
 
 #include "desktop/text/PangoText.h"
+#include "kit/CountDownLook.h"
 
 #include <gtk/gtk.h>
 
@@ -300,29 +301,33 @@ void paint_glow(GtkSnapshot* snapshot, const CGRect& area)
 
 void paint_countdown(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& view, const CGRect& area)
 {
+    const CountDownLook look =
+        count_down_look({area.width, area.height}, view.ring_width, view.seconds, view.seconds_full);
+    if (look.disc_radius <= 0)
+        return;
     const graphene_rect_t box = rect_of(area);
-    const double radius = std::min(area.width, area.height) / 2;
-    const double left = view.seconds_full > 0 ? std::clamp(view.seconds / view.seconds_full, 0.0, 1.0) : 0;
     cairo_t* cairo = gtk_snapshot_append_cairo(snapshot, &box);
     cairo_translate(cairo, area.width / 2, area.height / 2);
-    cairo_set_source_rgba(cairo, 0, 0, 0, 0.6);
-    cairo_arc(cairo, 0, 0, radius, 0, FullTurn);
+    // Dark enough for white on any video: on a white one the contrast is nearly 8 to 1.
+    cairo_set_source_rgba(cairo, 0, 0, 0, 0.68);
+    cairo_arc(cairo, 0, 0, look.disc_radius, 0, FullTurn);
     cairo_fill(cairo);
-    const double ring = radius - view.ring_width / 2 - 1;
-    cairo_set_line_width(cairo, view.ring_width);
-    cairo_set_source_rgba(cairo, 1, 1, 1, 0.25);
-    cairo_arc(cairo, 0, 0, std::max(ring, 0.0), 0, FullTurn);
+    cairo_set_line_width(cairo, look.ring_width);
+    cairo_set_source_rgba(cairo, 1, 1, 1, 0.22);
+    cairo_arc(cairo, 0, 0, look.ring_radius, 0, FullTurn);
     cairo_stroke(cairo);
-    // What is left, from the top clockwise: the gap grows from the top.
     cairo_set_source_rgb(cairo, 1, 1, 1);
-    cairo_arc(cairo, 0, 0, std::max(ring, 0.0), FullTurn * (0.75 - left), FullTurn * 0.75);
+    cairo_arc(cairo, 0, 0, look.ring_radius, look.arc_begin, look.arc_end);
     cairo_stroke(cairo);
     cairo_destroy(cairo);
 
-    const double seconds = std::ceil(std::clamp(view.seconds, 0.0, 1e9));
-    PangoLayout* layout = line_layout(context, std::to_string(static_cast<long>(seconds)), {"Arial", radius * 0.9});
-    const CGSize size = size_of(layout);
-    append_text(snapshot, layout, {(area.width - size.width) / 2, (area.height - size.height) / 2}, {White, {}, {}});
+    if (look.font_size <= 0)
+        return;
+    PangoLayout* layout = line_layout(context, look.seconds, {"Arial", look.font_size});
+    const double baseline = pango_layout_get_baseline(layout) / static_cast<double>(PANGO_SCALE);
+    append_text(snapshot, layout,
+                {(area.width - size_of(layout).width) / 2, area.height / 2 + look.baseline - baseline},
+                {White, {}, {}});
     g_object_unref(layout);
 }
 

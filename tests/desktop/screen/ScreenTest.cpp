@@ -571,6 +571,26 @@ TEST_F(ScreenTest, a_countdown_draws_what_is_left_of_its_ring)
     EXPECT_EQ(picture.at(100, 100), Black); // beside the disc
 }
 
+TEST_F(ScreenTest, a_countdown_over_white_has_a_white_ring_between_dark_rim_and_dark_disc)
+{
+    window.setBackgroundColor(color(White));
+    const auto countdown = std::make_shared<ViewNode>(ViewNode::Kind::CountDown);
+    countdown->seconds_full = 5;
+    countdown->seconds = 5;
+    countdown->ring_width = 3;
+    const UIView view(countdown);
+    view.setFrame({100, 100, 50, 50});
+    window.addSubview(view);
+    open();
+    const Shown picture = shown();
+    EXPECT_EQ(picture.at(99, 125), White); // beside it
+    EXPECT_LT(picture.at(100, 125) & 0xff, 0x60U);
+    EXPECT_EQ(picture.at(102, 125), White);
+    EXPECT_EQ(picture.at(103, 125), White);
+    EXPECT_LT(picture.at(106, 125) & 0xff, 0x60U);
+    EXPECT_LT(picture.at(110, 125) & 0xff, 0x60U);
+}
+
 // ------------------------------------------------------------------------------------------------------- the video
 
 class VideoOnScreen : public ScreenTest
