@@ -31,7 +31,8 @@ qoro_install_component(Simulator qoro_simulator qoro_simulator)
 qoro_install_headers(simulator)
 if(QORO_DESKTOP)
     qoro_install_component(Desktop qoro_embedding
-        qoro_desktop qoro_desktop_cache qoro_desktop_device qoro_desktop_disk qoro_desktop_images qoro_desktop_loop qoro_desktop_media
+        qoro_desktop qoro_desktop_cache qoro_desktop_calendar qoro_desktop_device qoro_desktop_disk qoro_desktop_images
+        qoro_desktop_loop qoro_desktop_media
         qoro_desktop_net qoro_desktop_screen qoro_desktop_text qoro_desktop_web qoro_embedding qoro_script_library)
     qoro_install_headers(desktop embedding)
 endif()
