@@ -97,8 +97,7 @@ Accessible named(const ViewNode& view, Accessible::Role role, const char* otherw
 std::string time_left(const ViewNode& countdown)
 {
     const long seconds = whole_seconds_left(countdown.seconds);
-    std::string text =
-        countdown.platform.translation().translate(SecondLeft, SecondsLeft, static_cast<unsigned long>(seconds));
+    std::string text = countdown.platform.translation().translate(SecondsLeft, static_cast<unsigned long>(seconds));
     if (const std::size_t number = text.find("%d"); number != std::string::npos)
         text.replace(number, 2, std::to_string(seconds));
     return text;

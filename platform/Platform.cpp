@@ -18,9 +18,9 @@ class Untranslated final : public Translation
 {
 public:
     std::string translate(const char* text) override { return text; }
-    std::string translate(const char* one, const char* many, unsigned long number) override
+    std::string translate(const CountedText& text, unsigned long number) override
     {
-        return number == 1 ? one : many;
+        return number == 1 ? text.one : text.many;
     }
 };
 } // namespace

@@ -2,6 +2,7 @@
 
 #include "platform/CalendarEvent.h"
 #include "platform/Geometry.h"
+#include "platform/Translatable.h"
 #include "platform/Value.h"
 
 #include <cstdint>
@@ -360,10 +361,8 @@ public:
     virtual ~Translation() = default;
     /// A text of the kit's own in the viewer's language; the text itself where there is no translation.
     virtual std::string translate(const char* text) = 0;
-    /// The same for a text that depends on a number, which it may name as "%d".
-    /// @param one for 1, in English
-    /// @param many for any other number
-    virtual std::string translate(const char* one, const char* many, unsigned long number) = 0;
+    /// The same for a text that depends on a number; "%d" in it stays as it is.
+    virtual std::string translate(const CountedText& text, unsigned long number) = 0;
 };
 
 /// The viewer's calendar. An event is handed over; whether it is kept is the viewer's decision, which nobody tells.

@@ -6,6 +6,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cctype>
+
 namespace qoro
 {
 namespace
@@ -16,6 +19,21 @@ using Role = Accessible::Role;
 struct Target : Object {
     void setMute() {}
     void doButtonOneAction() {}
+};
+
+/// Says in capitals what it was asked to translate.
+struct Loud : test::RecordingPlatform, private Translation {
+    Translation& translation() override { return *this; }
+    std::string translate(const char* text) override
+    {
+        std::string loud = text;
+        std::ranges::transform(loud, loud.begin(), [](unsigned char each) { return std::toupper(each); });
+        return loud;
+    }
+    std::string translate(const CountedText& text, unsigned long number) override
+    {
+        return translate(number == 1 ? text.one : text.many);
+    }
 };
 
 struct AccessibleTest : testing::Test {
@@ -126,6 +144,21 @@ TEST_F(AccessibleTest, APictureWithoutALabelOnlyAdorns)
     EXPECT_EQ(of(view).role, Role::None);
     view.setAccessibilityLabel("A lamp");
     EXPECT_EQ(of(view).role, Role::Image);
+}
+
+TEST(AccessibleInAnotherLanguage, OwnNamesAreTranslatedAndTheAdsWordsNever)
+{
+    const Loud platform;
+    const auto target = std::make_shared<Target>();
+    const UIButton offer = UIButton::create();
+    offer.addTarget(action<&Target::doButtonOneAction>(target.get(), "doButtonOneAction"));
+
+    EXPECT_EQ(accessible(*offer.node()).name, "LEARN MORE");
+    offer.setTitle("Close");
+    EXPECT_EQ(accessible(*offer.node()).name, "Close");
+    EXPECT_EQ(accessible(*UIWebView(std::make_shared<ViewNode>(ViewNode::Kind::WebView)).node()).name,
+              "PAGE OF THE AD");
+    EXPECT_EQ(accessible(*QoroCountDownView::initWithFrame({}, 5, 3).node()).name, "CAN BE CLOSED IN %D SECONDS");
 }
 
 TEST_F(AccessibleTest, BackgroundsAndWindowsSayNothing)
