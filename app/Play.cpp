@@ -29,8 +29,9 @@ namespace qoro
 
 namespace
 {
-constexpr const char* Title = "Qoro Video Ad: ←→ turn, ↑↓ volume, H leave and return, Esc close";
-constexpr const char* Help = "←→ turn the device   ↑↓ volume   H leave the app and return   Esc close the ad";
+constexpr const char* Title = translatable("Qoro Video Ad: ←→ turn, ↑↓ volume, H leave and return, Esc close");
+constexpr const char* Help =
+    translatable("←→ turn the device   ↑↓ volume   H leave the app and return   Esc close the ad");
 constexpr float VolumeStep = 0.05F;
 /// Seconds for trackers that are still on their way when the ad has closed.
 constexpr double LastRequestsPatience = 2;
@@ -123,8 +124,8 @@ void Player::run()
 void Player::connect_window()
 {
     Screen& screen = platform_.display();
-    screen.set_title(Title);
-    screen.set_help(Help);
+    screen.set_title(platform_.translation().translate(Title));
+    screen.set_help(platform_.translation().translate(Help));
     screen.on_key = [this](unsigned keyval, unsigned) { return key_pressed(keyval); };
     screen.on_close = [this] { close_ad(); };
     screen.on_iconified = [this](bool iconified) { leave_or_return(iconified); };

@@ -9,6 +9,7 @@
 #include "desktop/media/PulseVolume.h"
 #include "desktop/net/SoupFetcher.h"
 #include "desktop/screen/Screen.h"
+#include "desktop/text/GettextTranslation.h"
 #include "desktop/text/PangoText.h"
 #include "desktop/web/WebKitEngineFactory.h"
 #include "platform/Platform.h"
@@ -57,6 +58,7 @@ public:
     VideoCacheStore& video_cache() override { return video_cache_; }
     DesktopCalendar& calendar() override { return calendar_; }
     Screen& display() override { return screen_; }
+    Translation& translation() override { return translation_; }
 
     /// The user leaves the application: what plays pauses, and the kit alone is told.
     void leave_app();
@@ -108,6 +110,7 @@ private:
     WebKitEngineFactory web_engines_{*this};
     SoupFetcher fetcher_{loop_};
     PangoText text_;
+    GettextTranslation translation_;
     GdkImages images_;
     VideoCopies video_cache_;
     DesktopCalendar calendar_;

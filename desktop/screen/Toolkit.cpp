@@ -40,8 +40,10 @@ void prepare_toolkit()
     // it to the kernel each time, which costs more than the drawing.
     mallopt(M_MMAP_THRESHOLD, frame_memory);
     mallopt(M_TRIM_THRESHOLD, 2 * frame_memory);
-    // GTK would do so later, under the feet of the other threads.
-    std::setlocale(LC_ALL, "");
+    // GTK would do so later, under the feet of the other threads; and for numbers too, whose decimal point trackers and
+    // scripts are sent.
+    std::setlocale(LC_CTYPE, "");
+    std::setlocale(LC_MESSAGES, "");
     gtk_disable_setlocale();
 }
 

@@ -1,0 +1,9 @@
+#!/bin/sh
+# Writes the template of all texts that are marked for translation: tools/list_texts.sh FILE.pot
+# A new language begins with "msginit -i FILE.pot -o po/LANGUAGE.po", one that is there goes on with
+# "msgmerge -U po/LANGUAGE.po FILE.pot".
+set -eu
+cd "$(dirname "$0")/.."
+find app desktop kit platform -name '*.cpp' -o -name '*.h' | LC_ALL=C sort |
+    xgettext --language=C++ --from-code=UTF-8 --keyword --keyword=translatable --keyword=translatable_count:1,2 \
+        --sort-by-file --add-location=file --no-wrap --package-name=qoro-video-ad --files-from=- --output="$1"
