@@ -3,7 +3,7 @@
 # Says what it installs before it does; installs nothing, and says nothing, when everything is there.
 set -eu
 
-build="g++ cmake ninja-build ccache pkg-config git
+build="g++ cmake ninja-build ccache pkg-config git gettext
     nlohmann-json3-dev libcli11-dev libmd-dev libical-dev
     libgtk-4-dev libwebkitgtk-6.0-dev libsoup-3.0-dev libpulse-dev
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev"
@@ -11,7 +11,7 @@ run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ba
     gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap xdg-dbus-proxy glib-networking
     xvfb dbus"
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg clang-format eslint
-    at-spi2-core libatspi2.0-dev"
+    at-spi2-core libatspi2.0-dev locales"
 fuzz="clang libclang-rt-14-dev"
 coverage="libgtest-dev libgmock-dev gcovr"
 mutation="libgtest-dev libgmock-dev python3-clang-14"
