@@ -298,6 +298,20 @@ TEST(EventText, TheLastTimeIsTheOneOnTheDayOnWhichItExpires)
               "RRULE:FREQ=DAILY;UNTIL=20270323T220000");
 }
 
+TEST(EventText, TheEndOfARuleIsInUtcWhereTheClockIsKnown)
+{
+    EXPECT_EQ(ReadBack(repeated("2027-03-22T22:00-08:00", {{"frequency", "daily"}, {"expires", "2027-03-24"}}))
+                  .property(ICAL_RRULE_PROPERTY),
+              "RRULE:FREQ=DAILY;UNTIL=20270325T075959Z");
+    EXPECT_EQ(ReadBack(with(repeated("2027-03-26T23:30", {{"frequency", "daily"}, {"expires", "2027-03-28"}}),
+                            "timezone", "Europe/Berlin"))
+                  .property(ICAL_RRULE_PROPERTY),
+              "RRULE:FREQ=DAILY;UNTIL=20270328T215959Z");
+    EXPECT_EQ(ReadBack(repeated("2027-03-22T22:00Z", {{"frequency", "daily"}, {"expires", "2027-03-24"}}))
+                  .property(ICAL_RRULE_PROPERTY),
+              "RRULE:FREQ=DAILY;UNTIL=20270324T235959Z");
+}
+
 TEST(EventText, ExceptionsAreLeftOut)
 {
     const ReadBack moments(
