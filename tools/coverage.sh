@@ -1,6 +1,6 @@
 #!/bin/sh
-# Says how much of the controller the tests without a display run through: tools/coverage.sh
-# Builds without the desktop, runs the tests, prints lines and branches of Base/ and each line that never ran.
+# Says how much of the controller and the kit the tests without a display run through: tools/coverage.sh
+# Builds without the desktop, runs the tests, prints lines and branches of Base/ and kit/ and each line that never ran.
 # Branches that only an exception takes are left out.
 set -eu
 cd "$(dirname "$0")/.."
@@ -15,5 +15,5 @@ log=$build/tests.log
     cat "$log" >&2
     exit 1
 }
-gcovr --root . --object-directory "$build" --filter Base/ --exclude-throw-branches --exclude-unreachable-branches \
-    --txt --print-summary "$build"
+gcovr --root . --object-directory "$build" --filter Base/ --filter kit/ --exclude-throw-branches \
+    --exclude-unreachable-branches --txt --print-summary "$build"
