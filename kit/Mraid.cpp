@@ -52,6 +52,44 @@ NSDictionary record_of(CGSize size)
     return {{"width", number(size.width)}, {"height", number(size.height)}};
 }
 
+/// As much of a value as a line of the trace has use for.
+/// @param room bytes of text, and one for everything else; what finds none is left out
+Value shortened(const Value& value, std::size_t& room)
+{
+    if (value.is_string()) {
+        const NSString text = value.string();
+        if (text.text().size() <= room) {
+            room -= text.text().size();
+            return text;
+        }
+        room = 0;
+        return "(too long)";
+    }
+    if (value.is_array()) {
+        std::vector<Value> entries;
+        for (const Value& entry : value.array())
+            if (room > 0)
+                entries.push_back(shortened(entry, --room));
+        return NSArray(std::move(entries));
+    }
+    if (value.is_dictionary()) {
+        NSDictionary entries = NSDictionary::dictionary();
+        for (const NSDictionary::Entry& entry : value.dictionary())
+            if (room > entry.key.size()) {
+                room -= entry.key.size();
+                entries.setObject(shortened(entry.value, room), entry.key);
+            }
+        return entries;
+    }
+    return value;
+}
+
+Value shown(const Value& arguments)
+{
+    std::size_t room = 1000;
+    return shortened(arguments, room);
+}
+
 double to_a_tenth(double percentage)
 {
     return std::round(percentage * 10) / 10;
@@ -109,8 +147,13 @@ ScriptAnswer Mraid::carry_out(const ScriptMessage& message)
         refusal = "this needs a new touch of the page, not older than a second";
     else
         refusal = (this->*command->run)(message.arguments);
-    if (refusal)
-        platform_.tell("mraid", {{"do", "refused"}, {"command", name}, {"arguments", arguments}, {"why", refusal}});
+    const auto times = refusal ? ad_.count_refusal() : std::nullopt;
+    if (times)
+        platform_.tell("mraid", {{"do", "refused"},
+                                 {"command", name},
+                                 {"arguments", shown(arguments)},
+                                 {"why", refusal},
+                                 {"times", *times}});
     return {.error = refusal, .value = {}};
 }
 

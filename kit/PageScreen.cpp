@@ -287,6 +287,12 @@ void PageScreen::page_state_changed()
     update();
 }
 
+void PageScreen::refused(const std::string& what, const std::string& detail)
+{
+    if (const auto times = refusals_.count(platform_.loop().now()))
+        platform_.tell("web", {{"do", "refused"}, {"what", what}, {"detail", detail}, {"times", *times}});
+}
+
 void PageScreen::died(const std::string&)
 {
     loading_ = false;

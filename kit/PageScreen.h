@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kit/RefusalLog.h"
 #include "platform/Foundation.h"
 #include "platform/UIKit.h"
 
@@ -57,6 +58,7 @@ private:
     ScriptAnswer message(const ScriptMessage& message) override;
     void did_fail_load(const std::string& reason) override;
     void page_state_changed() override;
+    void refused(const std::string& what, const std::string& detail) override;
     void died(const std::string& reason) override;
 
     void build();
@@ -76,6 +78,7 @@ private:
     const UIView filled_;
     const Style style_;
     const std::function<void()> on_close_;
+    RefusalLog refusals_;
     bool loading_ = false;
     /// How the device is turned to its viewer, clockwise.
     double turn_ = 0;

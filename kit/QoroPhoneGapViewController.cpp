@@ -1,8 +1,11 @@
 #include "platform/QoroPhoneGapViewController.h"
 
 #include "kit/CalendarEvent.h"
+#include "kit/Loopback.h"
 #include "kit/MessageBudget.h"
 #include "kit/Mraid.h"
+#include "kit/RefusalLog.h"
+#include "kit/WebText.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/ZulixOpenInAppApplicationViewController.h"
 #include "views/ViewNode.h"
@@ -18,13 +21,35 @@ namespace
 {
 
 constexpr double SpinnerExtent = 40;
-// What a page may say, and how much of what it is refused is written down.
+// What a page may say.
 constexpr double MessagesAtOnce = 300;
 constexpr double MessagesPerSecond = 100;
-constexpr double RefusalsAtOnce = 20;
-constexpr double RefusalsPerSecond = 1;
+constexpr std::size_t MostListeners = 256;
+constexpr std::size_t LongestListenerId = 128;
 /// UIWebViewNavigationTypeOther: neither a followed link nor a form.
 constexpr std::int64_t NavigationTypeOther = 5;
+
+/// Whether an identifier is one that a page may give: every event carries those of its listeners.
+bool is_long(const Value& id)
+{
+    return id.is_array() || id.is_dictionary() || id.stringValue().length() > LongestListenerId;
+}
+
+/// The first address of this machine (a file, or a server of its own) in a record that a page sends; null for none.
+NSString machine_address_in(const Value& value)
+{
+    if (value.is_string()) {
+        const NSURL address = NSURL::URLWithString(value.string());
+        return scheme_of(address) == "file" || is_loopback_address(value.string().text()) ? value.string() : NSString();
+    }
+    for (const Value& entry : value.array())
+        if (const NSString found = machine_address_in(entry))
+            return found;
+    for (const NSDictionary::Entry& entry : value.dictionary())
+        if (const NSString found = machine_address_in(entry.value))
+            return found;
+    return nullptr;
+}
 
 /// An address up to its fragment: what names a document.
 std::string_view document_of(const NSURL& address)
@@ -37,7 +62,7 @@ std::string_view document_of(const NSURL& address)
 
 QoroPhoneGapViewController::QoroPhoneGapViewController()
     : platform_(Platform::current()), messages_(std::make_unique<MessageBudget>(MessagesAtOnce, MessagesPerSecond)),
-      refusals_(std::make_unique<MessageBudget>(RefusalsAtOnce, RefusalsPerSecond))
+      refusals_(std::make_unique<RefusalLog>())
 {
 }
 
@@ -118,12 +143,35 @@ ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage
         refused("message", "too many");
         return {"too many messages", nullptr};
     }
-    if (!Mraid::is_for(message))
-        return callFromScript(message);
-    if (!mraid_)
-        mraid_ = std::make_shared<Mraid>(*this, platform_);
-    const auto held = mraid_;
-    return held->carry_out(message);
+    if (Mraid::is_for(message)) {
+        if (!mraid_)
+            mraid_ = std::make_shared<Mraid>(*this, platform_);
+        const auto held = mraid_;
+        return held->carry_out(message);
+    }
+    ScriptAnswer answer;
+    const NSString machine =
+        is_loopback_address(strBaseUrl.text()) ? NSString() : machine_address_in(message.arguments);
+    if (machine)
+        answer.error = "this machine's own addresses are out of reach: " + machine.text();
+    else
+        answer = callFromScript(message);
+    if (answer.error)
+        refused("command", message.command + ": " + answer.error.text());
+    return answer;
+}
+
+std::optional<std::int64_t> QoroPhoneGapViewController::count_refusal()
+{
+    return refusals_->count(platform_.loop().now());
+}
+
+std::size_t QoroPhoneGapViewController::count_of_listeners() const
+{
+    std::size_t count = 0;
+    for (const NSDictionary::Entry& event : dicEventListener)
+        count += event.value.array().count();
+    return count;
 }
 
 ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& message)
@@ -133,6 +181,11 @@ ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& mes
     const bool removes = message.command == "removeEventListener";
     if ((adds || removes) && arguments.count() < 2)
         return {message.command + " takes 2 arguments, not " + std::to_string(arguments.count()), nullptr};
+    if (adds && (is_long(arguments[1]) || is_long(arguments[2])))
+        return {"a listener's id is a number, or a text of at most " + std::to_string(LongestListenerId) + " bytes",
+                nullptr};
+    if (adds && count_of_listeners() >= MostListeners)
+        return {"a page has at most " + std::to_string(MostListeners) + " listeners", nullptr};
     // The listener's id serves for its callback's where the script names none.
     if (adds)
         addEventListener(arguments[0].string(), arguments[1], arguments[2] ? arguments[2] : arguments[1]);
@@ -238,14 +291,10 @@ ScriptAnswer QoroPhoneGapViewController::message(const ScriptMessage& message)
     return take_script_message(message);
 }
 
-/// A page that floods its ad does not flood the trace: a line tells how many it stands for.
 void QoroPhoneGapViewController::refused(const std::string& what, const std::string& detail)
 {
-    ++refusals_untold_;
-    if (refusals_->take(platform_.loop().now()))
-        platform_.tell(
-            "web",
-            {{"do", "refused"}, {"what", what}, {"detail", detail}, {"times", std::exchange(refusals_untold_, 0)}});
+    if (const auto times = count_refusal())
+        platform_.tell("web", {{"do", "refused"}, {"what", what}, {"detail", detail}, {"times", *times}});
 }
 
 void QoroPhoneGapViewController::died(const std::string& reason)

@@ -6,13 +6,16 @@
 #include "platform/QoroCountDownView.h"
 #include "platform/UIKit.h"
 
+#include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace qoro
 {
 
 class MessageBudget;
+class RefusalLog;
 class Mraid;
 class QoroVideoAd;
 class ZulixOpenInAppApplicationViewController;
@@ -136,7 +139,11 @@ public:
     virtual void listenerCallbackToJS(const NSString& event, const NSDictionary& withData);
     /// Takes a message of the page's script: one for the kit's `mraid` object is carried out there, any other is a
     /// command for callFromScript. A page that sends too many is refused, and the refusal told to the witness.
+    /// From a page that did not come from this machine, so is a command that names a file or a server of this machine.
     ScriptAnswer take_script_message(const ScriptMessage& message);
+    /// One more refusal of what the page wants.
+    /// @return for how many a line of the trace stands that is to be written now; absent when none is
+    std::optional<std::int64_t> count_refusal();
     /// Carries out a command of the page's script.
     virtual ScriptAnswer callFromScript(const ScriptMessage& message);
     /// Gives the button its tap: closeAction, or, while the script wants the taps, a report to the script.
@@ -214,6 +221,7 @@ private:
     bool should_start_load(const NSURL& address, int navigation_type) override;
     ScriptAnswer message(const ScriptMessage& message) override;
     void refused(const std::string& what, const std::string& detail) override;
+    std::size_t count_of_listeners() const;
     void died(const std::string& reason) override;
     void report_close_tap();
 
@@ -223,9 +231,7 @@ private:
     std::shared_ptr<Mraid> mraid_;
     /// What the page may say, and how many refusals become a line of their own.
     std::unique_ptr<MessageBudget> messages_;
-    std::unique_ptr<MessageBudget> refusals_;
-    /// Refusals without a line since the last line.
-    std::int64_t refusals_untold_ = 0;
+    std::unique_ptr<RefusalLog> refusals_;
     UIView progressbar_;
 };
 

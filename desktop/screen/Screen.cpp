@@ -97,6 +97,7 @@ struct Screen::Signals {
             screen->note_touch(event);
             break;
         case GDK_KEY_PRESS:
+        case GDK_KEY_RELEASE:
             screen->note_key(event);
             break;
         default:
@@ -573,12 +574,25 @@ void Screen::note_touch(GdkEvent* event)
     if (!gtk_widget_compute_point(GTK_WIDGET(native), surface_, &in_window, &in_surface))
         return;
     const auto view = touched_at(static_cast<double>(in_surface.x), static_cast<double>(in_surface.y));
-    if (view && view->kind == ViewNode::Kind::WebView)
+    if (!view || view->kind != ViewNode::Kind::WebView)
+        return;
+    // Press and release are one touch: the release counts unless the page has made use of it already.
+    const GdkEventType type = gdk_event_get_event_type(event);
+    const bool begins = type == GDK_BUTTON_PRESS || type == GDK_TOUCH_BEGIN;
+    if (begins || view->page_touched)
         view->page_touched = platform_.loop().now();
 }
 
 void Screen::note_key(GdkEvent* event)
 {
+    const unsigned code = gdk_key_event_get_keycode(event);
+    if (gdk_event_get_event_type(event) == GDK_KEY_RELEASE) {
+        held_key_.reset();
+        return;
+    }
+    // A key that is held repeats itself, and is one touch all the same.
+    if (std::exchange(held_key_, code) == code)
+        return;
     GtkWidget* focus = gtk_window_get_focus(window_);
     if (!focus || gdk_key_event_is_modifier(event) || gdk_key_event_get_keyval(event) == GDK_KEY_Escape)
         return;

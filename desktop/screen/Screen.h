@@ -140,6 +140,8 @@ private:
 
     std::weak_ptr<ViewNode> touched_;
     CGPoint touch_began_; // in the surface
+    /// The key that went down last and is not up yet, by its place on the keyboard.
+    std::optional<unsigned> held_key_;
 
     /// Who the viewer gave the keyboard to. While that is out of reach, what lies in its place has it.
     std::weak_ptr<ViewNode> chosen_;

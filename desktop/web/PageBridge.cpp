@@ -18,6 +18,7 @@ constexpr const char* NextEvents = "nextEvents";
 constexpr std::size_t LongestMessage = 64 * 1024;
 /// Calls that are kept for a page whose script does not ask for them.
 constexpr std::size_t MostPending = 4096;
+constexpr std::size_t MostPendingBytes = 1'000'000;
 
 /// The message of a page; null when it is none.
 std::optional<ScriptMessage> parse_message(JSCValue* value)
@@ -39,6 +40,19 @@ std::optional<ScriptMessage> parse_message(JSCValue* value)
     return ScriptMessage{command.text(), arguments};
 }
 
+/// Told without a look at the rest: it is asked after every event.
+bool asks_for_events(JSCValue* value)
+{
+    if (!jsc_value_is_object(value))
+        return false;
+    JSCValue* command = jsc_value_object_get_property(value, "command");
+    char* name = jsc_value_is_string(command) ? jsc_value_to_string(command) : nullptr;
+    const bool asks = g_strcmp0(name, NextEvents) == 0;
+    g_free(name);
+    g_object_unref(command);
+    return asks;
+}
+
 } // namespace
 
 PageBridge::PageBridge(Platform& platform, WebListener& listener)
@@ -54,14 +68,14 @@ PageBridge::~PageBridge()
 
 void PageBridge::answer(JSCValue* value, WebKitScriptMessageReply* reply)
 {
+    if (asks_for_events(value)) {
+        wait_for_events(value, reply);
+        return;
+    }
     const std::optional<ScriptMessage> message = parse_message(value);
     if (!message) {
         webkit_script_message_reply_return_error_message(reply, "not a message of the script library");
         platform_.dispatch([&] { listener_.refused("message", "it is none of the script library's"); });
-        return;
-    }
-    if (message->command == NextEvents) {
-        wait_for_events(value, reply);
         return;
     }
     ScriptAnswer answer{"the command could not be carried out", nullptr}; // what stays when the platform rejects it
@@ -77,7 +91,7 @@ void PageBridge::answer(JSCValue* value, WebKitScriptMessageReply* reply)
 
 void PageBridge::call(const NSArray& callbacks, const NSDictionary& data)
 {
-    if (callbacks.count() == 0 || pending_.size() == MostPending)
+    if (callbacks.count() == 0 || pending_.size() == MostPending || pending_bytes_ > MostPendingBytes)
         return;
     if (pending_.empty())
         platform_.loop().post([self = self_] {
@@ -85,6 +99,7 @@ void PageBridge::call(const NSArray& callbacks, const NSDictionary& data)
                 bridge->deliver();
         });
     pending_.push_back("[" + json_of(callbacks) + "," + json_of(data) + "]");
+    pending_bytes_ += pending_.back().size();
 }
 
 /// The library asks, and is answered when there is something: so the page gets no function through which events come.
@@ -106,6 +121,7 @@ void PageBridge::deliver()
         events += (events.size() > 1 ? "," : "") + call;
     events += "]";
     pending_.clear();
+    pending_bytes_ = 0;
     // As text, because WebKit sorts the names of what it hands over by itself.
     JSCValue* answer = jsc_value_new_string(waiting_in_, events.c_str());
     webkit_script_message_reply_return_value(waiting_, answer);
@@ -127,6 +143,7 @@ void PageBridge::dismiss_script()
 void PageBridge::leave_page()
 {
     pending_.clear();
+    pending_bytes_ = 0;
     dismiss_script();
 }
 

@@ -2,6 +2,7 @@
 
 #include "platform/Platform.h"
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <vector>
@@ -44,6 +45,7 @@ private:
     const std::shared_ptr<PageBridge*> self_;
     /// Calls for the script, in JSON, that leave together with the next answer to its library.
     std::vector<std::string> pending_;
+    std::size_t pending_bytes_ = 0;
     /// The library's question for the events that come next, and the context of its answer; null while it asks for
     /// none.
     WebKitScriptMessageReply* waiting_ = nullptr;

@@ -13,6 +13,8 @@ namespace
 using Json = nlohmann::ordered_json;
 
 constexpr int deepest = 32;
+/// A mapping is searched from its front for each name that comes.
+constexpr int most_names = 256;
 
 Json to_json(const Value& value);
 
@@ -110,15 +112,18 @@ std::string json_of(const NSDictionary& mapping)
 
 std::optional<Value> value_of_json(std::string_view text)
 {
-    // Depth is bounded while parsing, before anything recursive meets it.
+    // Depth is bounded while parsing, before anything recursive meets it; names before they cost time.
     bool too_deep = false;
+    int names = 0;
     const Json::parser_callback_t bound = [&](int around, Json::parse_event_t event, Json&) {
         const bool opens = event == Json::parse_event_t::array_start || event == Json::parse_event_t::object_start;
         too_deep = too_deep || (opens && around >= deepest);
-        return !too_deep;
+        if (event == Json::parse_event_t::key)
+            ++names;
+        return !too_deep && names <= most_names;
     };
     const Json json = Json::parse(text, bound, false);
-    if (json.is_discarded() || too_deep)
+    if (json.is_discarded() || too_deep || names > most_names)
         return std::nullopt;
     return to_value(json);
 }

@@ -5,6 +5,10 @@
 
 #include <webkit/webkit.h>
 
+#include <algorithm>
+#include <array>
+#include <string_view>
+
 namespace qoro
 {
 
@@ -17,6 +21,21 @@ constexpr int OtherNavigation = 5;
 constexpr const char* engine_key = "qoro-engine";
 
 // ------------------------------------------------------------------------------------------------ what pages may do
+
+/// What WebKit does past the eyes of the page's guard: for a worker that belongs to no page, or before there is a
+/// request.
+constexpr std::array<std::string_view, 3> BeyondTheGuard{"LinkPreconnect", "ServiceWorkers", "SharedWorker"};
+
+void forbid_what_is_beyond_the_guard(WebKitSettings* settings)
+{
+    WebKitFeatureList* features = webkit_settings_get_all_features();
+    for (gsize n = 0; n < webkit_feature_list_get_length(features); ++n) {
+        WebKitFeature* feature = webkit_feature_list_get(features, n);
+        if (std::ranges::find(BeyondTheGuard, webkit_feature_get_identifier(feature)) != BeyondTheGuard.end())
+            webkit_settings_set_feature_enabled(settings, feature, FALSE);
+    }
+    webkit_feature_list_unref(features);
+}
 
 /// Windows that a script opens by itself are let through to the engine, which refuses all and says so.
 WebKitSettings* make_settings()
@@ -198,6 +217,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
     : platform_(platform), listener_(listener), kind_(kind), sockets_(std::move(sockets)),
       content_(webkit_user_content_manager_new()), view_([&] {
           WebKitSettings* settings = make_settings();
+          forbid_what_is_beyond_the_guard(settings);
           auto* view =
               WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session,
                                            "user-content-manager", content_, "settings", settings, nullptr));
@@ -312,6 +332,8 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
     bridge_.leave_page(); // the callbacks were the earlier page's
     has_page_ = true;
     own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
+    own_loading_ = true;
+    document_ = own_load_;
     sockets_->apply(content_, !is_loopback_address(own_load_));
     loading_ = false;
     wanted_.clear();
@@ -329,6 +351,7 @@ void WebKitEngine::load_address(const NSURL& address)
     has_page_ = true;
     loading_ = false;
     wanted_ = own_load_ = as_webkit_spells(address.absoluteString().text().c_str());
+    own_loading_ = true;
     sockets_->apply(content_, !is_loopback_address(own_load_));
     ask([&] { webkit_web_view_load_uri(view_, own_load_.c_str()); });
 }
@@ -407,7 +430,9 @@ void WebKitEngine::load_changed(int event)
         has_content_ = true;
         has_insecure_parts_ = false;
         wanted_.clear();
-        sockets_->apply(content_, !is_loopback_address(webkit_web_view_get_uri(view_)));
+        own_loading_ = false;
+        document_ = webkit_web_view_get_uri(view_);
+        sockets_->apply(content_, !is_loopback_address(document_));
         if (kind_ == PageKind::Browsed)
             state_changed();
     }
@@ -436,7 +461,7 @@ void WebKitEngine::call_listeners(const std::string&, const NSArray& callbacks, 
 
 NSURL WebKitEngine::current_address() const
 {
-    return has_page_ ? NSURL::URLWithString(webkit_web_view_get_uri(view_)) : NSURL();
+    return has_page_ ? NSURL::URLWithString(document_) : NSURL();
 }
 
 bool WebKitEngine::listener_allows(const char* address, int navigation_type)
@@ -444,6 +469,16 @@ bool WebKitEngine::listener_allows(const char* address, int navigation_type)
     bool allowed = false;
     platform_.dispatch([&] { allowed = listener_.should_start_load(NSURL::URLWithString(address), navigation_type); });
     return allowed;
+}
+
+/// Nothing leads a page from elsewhere to this machine, and nothing loads a creative anew, or what its server wants in
+/// its place.
+bool WebKitEngine::is_out_of_reach(WebKitNavigationAction* action, const std::string& address) const
+{
+    const bool again = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_RELOAD;
+    const bool elsewhere = webkit_navigation_action_is_redirect(action) && !own_loading_;
+    return (kind_ == PageKind::Creative && (again || elsewhere)) ||
+           (is_loopback_address(address) && !is_loopback_address(document_));
 }
 
 /// What cannot be shown would become a download.
@@ -476,6 +511,7 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
         const std::shared_ptr<WebKitEngine*> self = self_;
         if (listener_allows(address.c_str(), LinkFollowed) && *self && is_web_address(address.c_str())) {
             own_load_ = address;
+            own_loading_ = true;
             webkit_web_view_load_uri(view_, address.c_str());
         }
         return false;
@@ -483,6 +519,10 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     // The page before may ask for something at the very moment: the address tells.
     if (!link && address == own_load_)
         return true;
+    if (is_out_of_reach(action, address)) {
+        refuse("navigation", address);
+        return false;
+    }
     if (address == "about:blank") {
         // A frame begins as one and loses nothing; the page itself would be gone.
         refuse("navigation", address);

@@ -8,6 +8,7 @@
 #include <memory>
 #include <string>
 
+typedef struct _WebKitNavigationAction WebKitNavigationAction;
 typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
 typedef struct _WebKitResponsePolicyDecision WebKitResponsePolicyDecision;
@@ -68,6 +69,7 @@ private:
     /// Tells the listener what the page has not got, as an event of its own.
     void refuse(const char* what, const std::string& detail);
     bool may_be_shown(WebKitResponsePolicyDecision* decision);
+    bool is_out_of_reach(WebKitNavigationAction* action, const std::string& address) const;
     bool decide_policy(WebKitPolicyDecision* decision, int type);
     bool listener_allows(const char* address, int navigation_type);
     void process_ended(int reason);
@@ -96,6 +98,10 @@ private:
     std::string wanted_;
     /// The address of a load that the engine itself asked for and that has not begun: nobody is asked about it.
     std::string own_load_;
+    /// A load that the engine itself asked for has not arrived yet.
+    bool own_loading_ = false;
+    /// The address of the page that is there, whatever its script calls itself.
+    std::string document_;
     /// A start was reported and its end is due.
     bool loading_ = false;
     /// The engine itself is asking something of WebKit.

@@ -139,11 +139,14 @@
                 delete ids[name][id];
             },
             removeAll(name) {
-                delete ids[name];
-            },
-            tell(name, args) {
                 for (const id in ids[name])
-                    call(ids[name][id], args);
+                    delete ids[name][id];
+            },
+            // A listener that is removed meanwhile is not called any more.
+            tell(name, args) {
+                const known = ids[name];
+                for (const id in known)
+                    call(known[id], args);
             },
         };
     }

@@ -9,7 +9,9 @@ namespace
 
 using testing::Contains;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 
 /// An open ad whose page stands below the video, at (0, 254.9375, 375, 523.0625).
 class MraidTest : public testing::Test
@@ -155,7 +157,7 @@ TEST_F(MraidTest, AClosedAdRefusesEverything)
     session.forget();
 
     EXPECT_EQ(refusal("mraid.useCustomClose", {true}), "the ad has closed");
-    EXPECT_THAT(session.lines("mraid"), ElementsAre("refused useCustomClose [true] the ad has closed"));
+    EXPECT_THAT(session.lines("mraid"), ElementsAre("refused useCustomClose [true] the ad has closed 1"));
 }
 
 TEST_F(MraidTest, CustomCloseIsTheControllers)
@@ -228,7 +230,7 @@ TEST_F(MraidTest, WithoutATouchNothingOpens)
 
     EXPECT_THAT(session.lines("openURL"), IsEmpty());
     EXPECT_THAT(session.lines("super"), IsEmpty());
-    EXPECT_EQ(session.lines("mraid")[0], "refused open [\"https://shop/\"] " + std::string(NoTouch));
+    EXPECT_EQ(session.lines("mraid")[0], "refused open [\"https://shop/\"] " + std::string(NoTouch) + " 1");
 }
 
 TEST_F(MraidTest, ATouchLastsASecond)
@@ -365,6 +367,37 @@ TEST_F(MraidTest, APageFromElsewhereOpensNothingOnThisMachine)
     EXPECT_EQ(refusal("mraid.open", {"http://127.0.0.1:8080/"}), "");
 }
 
+TEST_F(MraidTest, ARecordThatNamesThisMachineIsRefusedFromElsewhere)
+{
+    const NSDictionary file{{"v_u", "file:///home/viewer/film.mp4"}};
+    const NSDictionary tracker{{"v_u", "http://ads.example/next.mp4"},
+                               {"btns", NSArray{NSDictionary{{"data", NSDictionary{{"u", "http://localhost/x"}}}}}}};
+    EXPECT_EQ(refusal("playNextVideo", {file}),
+              "this machine's own addresses are out of reach: file:///home/viewer/film.mp4");
+    EXPECT_EQ(refusal("playNextVideo", {tracker}), "this machine's own addresses are out of reach: http://localhost/x");
+    EXPECT_THAT(session.lines("player"), Not(Contains(HasSubstr("film.mp4"))));
+
+    session->strBaseUrl = "http://127.0.0.1:4000/page.html";
+    EXPECT_EQ(refusal("playNextVideo", {tracker}), "");
+}
+
+TEST_F(MraidTest, ListenersAreBoundedInNumberAndInTheLengthOfTheirIds)
+{
+    EXPECT_EQ(refusal("addEventListener", {"video_play", std::string(129, 'x')}),
+              "a listener's id is a number, or a text of at most 128 bytes");
+    EXPECT_EQ(refusal("addEventListener", {"video_play", "a", NSArray{"b"}}),
+              "a listener's id is a number, or a text of at most 128 bytes");
+    for (int n = 0; n < 256; ++n)
+        ASSERT_EQ(refusal("addEventListener", {"video_play", n}), "");
+    EXPECT_EQ(refusal("addEventListener", {"video_pause", 256}), "a page has at most 256 listeners");
+}
+
+TEST_F(MraidTest, ALongRefusedArgumentIsALineOfItsOwnLength)
+{
+    refusal("mraid.open", {std::string(60'000, 'x'), "short"});
+    EXPECT_EQ(session.lines("mraid")[0], "refused open [\"(too long)\"] " + std::string(NoTouch) + " 1");
+}
+
 // ------------------------------------------------------------------------------------------------------------- floods
 
 TEST_F(MraidTest, AFloodOfMessagesIsRefused)
@@ -387,16 +420,16 @@ TEST_F(MraidTest, AFloodOfMessagesIsRefused)
 
 TEST_F(MraidTest, AFloodDoesNotFloodTheTrace)
 {
-    for (int n = 0; n < 400; ++n)
+    for (int n = 0; n < 450; ++n)
         session.script_says("getVideoIsMute");
-    EXPECT_EQ(session.lines("web").size(), 20U);
+    EXPECT_EQ(session.lines("web").size(), 100U);
     session.forget();
 
     session.let_pass(1);
     for (int n = 0; n < 101; ++n)
         session.script_says("getVideoIsMute");
 
-    EXPECT_THAT(session.lines("web"), ElementsAre("refused message too many 81"));
+    EXPECT_THAT(session.lines("web"), ElementsAre("refused message too many 51"));
 }
 
 } // namespace

@@ -123,7 +123,7 @@ TEST_F(HostilePage, gets_nothing_and_each_refusal_is_written_down)
     for (const char* path : {"img", "script", "style", "fetch", "xhr", "beacon", "events", "worker", "video.mp4"})
         EXPECT_TRUE(has("web", R"("refused" "request" ")" + server.base() + path)) << path;
     EXPECT_TRUE(has("web", R"("refused" "request" ")" + replaced(server.base(), "http", "ws") + "socket"));
-    EXPECT_TRUE(has("web", R"("refused" ")" + server.base() + "frame")) << "a frame asks as a navigation does";
+    EXPECT_TRUE(has("web", R"("refused" "navigation" ")" + server.base() + "frame"));
     for (const char* element : {"?img", "?script", "?frame", "?fetch", "?xhr"})
         EXPECT_TRUE(has("web", element)) << element;
     EXPECT_TRUE(has("web", R"("window" "https://popup.example/by-script")"));
@@ -132,6 +132,10 @@ TEST_F(HostilePage, gets_nothing_and_each_refusal_is_written_down)
     EXPECT_TRUE(has("web", R"("refused" "https://away.example/by-script")"));
     EXPECT_TRUE(has("web", R"("refused" "data:text/html,gone")"));
     EXPECT_TRUE(has("web", R"("refused" "navigation" "about:blank")"));
+    EXPECT_TRUE(has("web", R"("refused" "navigation" "http://ads.example/by-name.html")"));
+    EXPECT_TRUE(has("web", R"("refused" "navigation" ")" + server.base() + "by-script"));
+    for (const char* video : {"?video", "next.mp4"})
+        EXPECT_TRUE(has("web", video)) << video;
     EXPECT_TRUE(has("web", R"("refused" "data:application/octet-stream,x")"));
     EXPECT_TRUE(has("web", R"("refused" "message" "it is none of the script library's")"));
     EXPECT_TRUE(has("mraid", "still here")) << "the page stands where it stood";

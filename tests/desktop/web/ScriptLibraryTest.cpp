@@ -270,6 +270,15 @@ TEST_F(ScriptLibraryTest, a_listener_of_the_ad_that_throws_does_not_stop_the_oth
     wait_for("note[\"error reported\"]");
 }
 
+TEST_F(ScriptLibraryTest, a_listener_may_remove_all_of_its_event_while_it_is_told)
+{
+    begin("mraid.addEventListener('stateChange', () => mraid.removeEventListener('stateChange'));"
+          "mraid.addEventListener('stateChange', () => note('removed, and called all the same'));"
+          "mraid.addEventListener('ready', () => note('ready'));");
+    wait_for("note[\"ready\"]");
+    EXPECT_FALSE(recorder.has("note[\"removed, and called all the same\"]"));
+}
+
 TEST_F(ScriptLibraryTest, the_page_cannot_replace_the_ad)
 {
     load_script("try { mraid = 1; } catch {} try { mraid.close = 1; } catch {} try { MRAID_ENV.ifa = 'x'; } catch {}"

@@ -68,6 +68,15 @@ TEST(ValueJson, refuses_what_is_no_json)
     EXPECT_FALSE(value_of_json("undefined"));
 }
 
+TEST(ValueJson, refuses_more_than_256_names)
+{
+    std::string names = "\"n0\":0";
+    for (int n = 1; n < 256; ++n)
+        names += ",\"n" + std::to_string(n) + "\":0";
+    EXPECT_TRUE(value_of_json("{" + names + "}"));
+    EXPECT_FALSE(value_of_json("[{" + names + "},{\"one more\":0}]"));
+}
+
 TEST(ValueJson, refuses_what_is_nested_too_deep)
 {
     EXPECT_TRUE(value_of_json(std::string(32, '[') + std::string(32, ']')));

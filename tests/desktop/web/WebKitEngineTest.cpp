@@ -524,6 +524,19 @@ TEST_F(BrowsedPageTest, cannot_read_files)
     wait_for_title("refused");
 }
 
+TEST_F(BrowsedPageTest, from_elsewhere_cannot_lead_to_this_machine)
+{
+    recorder.allow_loads = true;
+    server.pages["/secret.html"] = {"text/html", "a secret"};
+    engine->load_html("<script>setTimeout(() => location = '" + server.base() + "secret.html', 100)</script>",
+                      NSURL::URLWithString("http://elsewhere.example/"));
+    wait_for("finish");
+
+    ASSERT_TRUE(platform.loop().run_until([&] { return !recorder.refusals.empty(); }, 5));
+    EXPECT_EQ(recorder.refusals[0], "navigation " + server.base() + "secret.html");
+    EXPECT_TRUE(server.asked.empty());
+}
+
 TEST_F(BrowsedPageTest, whose_process_is_killed_is_reported_and_comes_again)
 {
     browse("<title>here</title>");
