@@ -8,8 +8,8 @@
 namespace qoro
 {
 
-/// How much of what a page is refused is written down: a hundred lines at once and one a second in the long run, each of
-/// which tells how many refusals it stands for. A page that floods its ad does not flood the trace.
+/// How much of what a page is refused is written down: a hundred lines at once and one a second in the long run, each
+/// of which tells how many refusals it stands for. A page that floods its ad does not flood the trace.
 class RefusalLog
 {
 public:

@@ -3,7 +3,8 @@
 # tools/with_display.sh COMMAND…
 set -eu
 scratch=$(mktemp -d)
-Xvfb -displayfd 3 -screen 0 1280x1024x24 -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
+# A server that begins anew when its last client leaves turns away whoever comes at that moment.
+Xvfb -displayfd 3 -screen 0 1280x1024x24 -noreset -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
 server=$!
 # Waited for: a server that is still going takes the next one's socket with it.
 trap 'kill $server 2>/dev/null || true; wait $server 2>/dev/null || true; rm -rf "$scratch"' EXIT

@@ -7,6 +7,24 @@
 #include <memory>
 #include <thread>
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/asan_interface.h>
+#include <sanitizer/lsan_interface.h>
+
+/// libatspi loses a path now and then when a control goes while it is being read. Only a slow look shows whose memory
+/// it is; the programs that the tests start are not slowed down by it.
+extern "C" const char* __lsan_default_suppressions();
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libatspi\n";
+}
+extern "C" const char* __asan_default_options();
+extern "C" const char* __asan_default_options()
+{
+    return "fast_unwind_on_malloc=0";
+}
+#endif
+
 namespace qoro::test
 {
 
