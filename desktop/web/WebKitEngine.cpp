@@ -154,6 +154,11 @@ struct WebKitEngine::Signals {
                             WebKitEngine* engine)
     {
         const Entry entry(engine);
+        if (engine->load_.is_too_much()) {
+            webkit_script_message_reply_return_error_message(reply, "too many messages");
+            webkit_web_view_terminate_web_process(engine->view_);
+            return TRUE;
+        }
         engine->bridge_.answer(value, reply);
         return TRUE;
     }

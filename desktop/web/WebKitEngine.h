@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/screen/WidgetSource.h"
+#include "desktop/web/MessageLoad.h"
 #include "desktop/web/PageBridge.h"
 #include "desktop/web/TextEntry.h"
 #include "platform/Platform.h"
@@ -85,6 +86,7 @@ private:
     WebKitUserContentManager* const content_;
     WebKitWebView* const view_;
     PageBridge bridge_;
+    MessageLoad load_;
     TextEntry text_entry_{content_};
     /// Dies with the engine; what waits for the main loop or for the page's process watches it.
     const std::shared_ptr<WebKitEngine*> self_;

@@ -236,6 +236,32 @@ TEST(PlayProcessesTest, APageThatIsKilledIsToldTheVideoGoesOnAndTheViewerLeaves)
     EXPECT_EQ(ad.hits_of("/t/close"), 1);
 }
 
+TEST(PlayProcessesTest, APageThatKeepsTheProgramBusyWithMessagesIsEndedAndTheViewerLeaves)
+{
+    const std::string folder = std::filesystem::path(testing::TempDir()) / "busy-page";
+    std::filesystem::create_directories(folder);
+    VideoServer server;
+    server.serve("/v.mp4", whole_video());
+    server.serve("/page.html", page_of(R"(<html><head></head><body>mraid.js<script>
+const costly = Object.fromEntries([...Array(6500).keys()].map(n => [`k${n}`, 0]));
+const say = () => webkit.messageHandlers.qoroPlayer.postMessage({ command: "nextEvents", args: [costly] });
+const again = () => say().then(again, again);
+for (let n = 0; n < 300; ++n)
+    again();
+</script></body></html>)"));
+    PlayedAd ad({ad_file(folder, server)});
+
+    EXPECT_TRUE(ad.wait_for([](const nlohmann::json& line) {
+                      return holds(line, {{"what", "web"}, {"do", "died"}});
+                  }).is_object())
+        << ad.complaints();
+    ad.press("Escape");
+
+    EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
+    EXPECT_EQ(ad.hits_of("/t/close"), 1);
+    std::filesystem::remove_all(folder);
+}
+
 TEST(PlayProcessesTest, AfterAnOrdinaryCloseNothingIsLeftRunning)
 {
     PlayedAd ad({DemoAd});
