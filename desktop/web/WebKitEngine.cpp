@@ -154,12 +154,10 @@ struct WebKitEngine::Signals {
                             WebKitEngine* engine)
     {
         const Entry entry(engine);
-        if (engine->load_.is_too_much()) {
-            webkit_script_message_reply_return_error_message(reply, "too many messages");
-            webkit_web_view_terminate_web_process(engine->view_);
-            return TRUE;
-        }
+        const std::shared_ptr<WebKitEngine*> still = engine->self_;
         engine->bridge_.answer(value, reply);
+        if (*still && engine->load_.is_too_much(engine->turn_.woke(), LoopTurn::now()))
+            webkit_web_view_terminate_web_process(engine->view_);
         return TRUE;
     }
 

@@ -1,9 +1,10 @@
 #pragma once
 
 #include "desktop/screen/WidgetSource.h"
-#include "desktop/web/MessageLoad.h"
+#include "desktop/web/LoopTurn.h"
 #include "desktop/web/PageBridge.h"
 #include "desktop/web/TextEntry.h"
+#include "kit/MessageLoad.h"
 #include "platform/Platform.h"
 
 #include <memory>
@@ -86,6 +87,7 @@ private:
     WebKitUserContentManager* const content_;
     WebKitWebView* const view_;
     PageBridge bridge_;
+    LoopTurn turn_;
     MessageLoad load_;
     TextEntry text_entry_{content_};
     /// Dies with the engine; what waits for the main loop or for the page's process watches it.

@@ -251,10 +251,8 @@ for (let n = 0; n < 300; ++n)
 </script></body></html>)"));
     PlayedAd ad({ad_file(folder, server)});
 
-    EXPECT_TRUE(ad.wait_for([](const nlohmann::json& line) {
-                      return holds(line, {{"what", "web"}, {"do", "died"}});
-                  }).is_object())
-        << ad.complaints();
+    const auto died = [](const nlohmann::json& line) { return holds(line, {{"what", "web"}, {"do", "died"}}); };
+    EXPECT_TRUE(ad.wait_for(died, 60).is_object()) << ad.complaints();
     ad.press("Escape");
 
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();

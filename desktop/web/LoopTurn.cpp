@@ -1,0 +1,56 @@
+#include "desktop/web/LoopTurn.h"
+
+#include <glib.h>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// A source that has never anything to do, and is asked at every turn.
+struct Watch {
+    GSource source;
+    double woke;
+};
+
+gboolean woke_up(GSource* source)
+{
+    reinterpret_cast<Watch*>(source)->woke = LoopTurn::now();
+    return FALSE;
+}
+
+gboolean has_nothing(GSource*, GSourceFunc, gpointer)
+{
+    return G_SOURCE_CONTINUE;
+}
+
+GSourceFuncs functions = {nullptr, woke_up, has_nothing, nullptr, nullptr, nullptr};
+
+} // namespace
+
+LoopTurn::LoopTurn() : source_(g_source_new(&functions, sizeof(Watch)))
+{
+    g_source_set_static_name(source_, "turns of the main loop");
+    // Sources behind one that is ready are not asked.
+    g_source_set_priority(source_, G_MININT);
+    g_source_attach(source_, nullptr);
+}
+
+LoopTurn::~LoopTurn()
+{
+    g_source_destroy(source_);
+    g_source_unref(source_);
+}
+
+double LoopTurn::woke() const
+{
+    return reinterpret_cast<const Watch*>(source_)->woke;
+}
+
+double LoopTurn::now()
+{
+    return static_cast<double>(g_get_monotonic_time()) * 1e-6;
+}
+
+} // namespace qoro
