@@ -2,6 +2,7 @@
 
 #include "desktop/cache/VideoCache.h"
 #include "desktop/net/HttpAddress.h"
+#include "desktop/net/RedirectGuard.h"
 #include "desktop/net/UserAgent.h"
 #include "platform/Numbers.h"
 
@@ -93,13 +94,17 @@ VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::strin
     if (!uri)
         return {.error = "not an address of http or https"};
     const Message message(soup_message_new_from_uri(SOUP_METHOD_GET, uri));
+    const std::unique_ptr<GCancellable, Unref> request(g_cancellable_new());
+    const RedirectGuard redirects(message.get(), uri, request.get());
     g_uri_unref(uri);
 
     const std::int64_t deadline = g_get_monotonic_time() + static_cast<std::int64_t>(limits_.all_seconds * 1e6);
     GError* error = nullptr;
-    const Stream stream(soup_session_send(session_, message.get(), nullptr, &error));
-    if (!stream)
-        return {.error = words_of(error)};
+    const Stream stream(soup_session_send(session_, message.get(), request.get(), &error));
+    if (!stream) {
+        const std::string words = words_of(error);
+        return {.error = redirects.has_acted() ? RedirectGuard::Reason : words};
+    }
     if (std::string fault = fault_of(message.get(), cache.most_bytes()); !fault.empty())
         return {.error = std::move(fault)};
 

@@ -2,6 +2,7 @@
 
 #include "desktop/net/ContextThread.h"
 #include "desktop/net/HttpAddress.h"
+#include "desktop/net/RedirectGuard.h"
 #include "desktop/net/UserAgent.h"
 
 #include <libsoup/soup.h>
@@ -123,6 +124,7 @@ private:
         GCancellable* cancellable;
         GSource* time_out;
         double seconds;
+        RedirectGuard redirects{message, asked, cancellable};
         bool timed_out = false;
         bool hung_up_on = false;
         GInputStream* stream = nullptr;
@@ -267,6 +269,8 @@ private:
             words = "no complete answer within " + std::to_string(static_cast<int>(transfer->seconds)) + " seconds";
         else if (transfer->hung_up_on)
             words = "the server hung up without an answer";
+        else if (transfer->redirects.has_acted())
+            words = RedirectGuard::Reason;
         end(transfer, failure(std::move(words)));
     }
 

@@ -1,6 +1,7 @@
 #include "desktop/cache/VideoDownload.h"
 #include "desktop/cache/VideoCache.h"
 #include "tests/desktop/app/Command.h"
+#include "tests/desktop/net/NamesHere.h"
 #include "tests/desktop/net/RawHttp.h"
 
 #include <gtest/gtest.h>
@@ -163,6 +164,21 @@ TEST_F(VideoDownloadTest, WhatIsNoVideoIsRefusedInWords)
               "the server did not say how long the video is");
     EXPECT_EQ(fetch("HTTP/1.1 200 OK\r\nContent-Length: 1000001\r\nConnection: close\r\n\r\n").error,
               "the video has 1000001 bytes, more than the whole cache may have (1000000)");
+    EXPECT_TRUE(left_nothing());
+}
+
+TEST_F(VideoDownloadTest, AServerElsewhereLeadsItNotToThisMachine)
+{
+    const test::NamesHere names;
+    RawServer server([](const auto& head, const auto& connection) {
+        connection.send(head.starts_with("GET /secret ")
+                            ? answer_of("the video")
+                            : "HTTP/1.1 302 Found\r\nLocation: http://localhost:" +
+                                  head.substr(head.find("example:") + 8, 5) + "/secret\r\nContent-Length: 0\r\n\r\n");
+    });
+    const std::string port = std::to_string(test::port_of(server.base()));
+    EXPECT_EQ(VideoDownload().fetch(cache, "http://ads.example:" + port + "/v.mp4").error,
+              "its server redirects to this machine");
     EXPECT_TRUE(left_nothing());
 }
 

@@ -1,5 +1,6 @@
 #include "desktop/net/SoupFetcher.h"
 #include "desktop/GlibLoop.h"
+#include "tests/desktop/net/NamesHere.h"
 #include "tests/desktop/net/RawHttp.h"
 
 #include <gtest/gtest.h>
@@ -14,6 +15,7 @@
 #include <vector>
 
 using namespace qoro;
+using qoro::test::NamesHere;
 using qoro::test::RawServer;
 
 namespace
@@ -96,6 +98,40 @@ TEST_F(SoupFetcherTest, RedirectsWithoutAnEndAreFollowedTwentyTimesAndFail)
     EXPECT_FALSE(answer.ok);
     EXPECT_EQ(answer.error, "Too many redirects");
     EXPECT_EQ(requests, 21);
+}
+
+TEST_F(SoupFetcherTest, AServerElsewhereLeadsNoRequestToThisMachine)
+{
+    const NamesHere names;
+    std::vector<std::string> heads;
+    RawServer server([&heads](const auto& head, const auto& connection) {
+        heads.push_back(head.substr(0, head.find(" HTTP")));
+        const bool here = head.starts_with("GET /to-here ");
+        const std::string port = head.substr(head.find("example:") + 8, 5);
+        const std::string to = here ? "http://localhost:" + port + "/secret" : "/to-here";
+        connection.send("HTTP/1.1 302 Found\r\nLocation: " + to + "\r\nContent-Length: 0\r\n\r\n");
+    });
+    const std::string port = std::to_string(qoro::test::port_of(server.base()));
+
+    const FetchAnswer answer = fetch("http://ads.example:" + port + "/from");
+
+    EXPECT_FALSE(answer.ok);
+    EXPECT_EQ(answer.error, "its server redirects to this machine");
+    EXPECT_EQ(heads, (std::vector<std::string>{"GET /from", "GET /to-here"})) << "at once, or by a detour";
+}
+
+TEST_F(SoupFetcherTest, AServerElsewhereRedirectsElsewhere)
+{
+    const NamesHere names;
+    RawServer server([](const auto& head, const auto& connection) {
+        if (head.starts_with("GET /to "))
+            answer_ok(connection, "there");
+        else
+            connection.send("HTTP/1.1 302 Found\r\nLocation: http://more.example:" +
+                            head.substr(head.find("example:") + 8, 5) + "/to\r\nContent-Length: 0\r\n\r\n");
+    });
+    const std::string port = std::to_string(qoro::test::port_of(server.base()));
+    EXPECT_EQ(fetch("http://ads.example:" + port + "/from").body, "there");
 }
 
 TEST_F(SoupFetcherTest, ACookieIsSentBackToItsServerAsLongAsTheFetcherLives)

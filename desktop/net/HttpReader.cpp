@@ -1,0 +1,214 @@
+#include "desktop/net/HttpReader.h"
+
+#include "desktop/net/HttpAddress.h"
+#include "desktop/net/UserAgent.h"
+
+#include <libsoup/soup.h>
+
+#include <string_view>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// What the answer calls this version of the file, if it stands for the file byte for byte (RFC 9110, 8.8.3).
+std::string version_in(SoupMessageHeaders* headers)
+{
+    const char* tag = soup_message_headers_get_one(headers, "ETag");
+    return tag && *tag == '"' ? tag : "";
+}
+
+bool tells_length(SoupMessageHeaders* headers)
+{
+    return soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH;
+}
+
+} // namespace
+
+HttpReader::HttpReader(const std::string& address) : HttpReader(address, Limits{})
+{
+}
+
+HttpReader::HttpReader(const std::string& address, const Limits& limits)
+    : limits_(limits), uri_(http_uri(address)),
+      session_(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))
+{
+    // Positions count the bytes that a server sends.
+    soup_session_remove_feature_by_type(session_, SOUP_TYPE_CONTENT_DECODER);
+}
+
+HttpReader::~HttpReader()
+{
+    disconnect();
+    soup_session_abort(session_);
+    g_object_unref(session_);
+    if (uri_)
+        g_uri_unref(uri_);
+}
+
+HttpReader::Outcome HttpReader::read(std::uint64_t position, char* to, std::size_t room, std::size_t& got)
+{
+    got = 0;
+    if (refused_)
+        return Outcome::Failed;
+    if (size_ && position >= *size_)
+        return Outcome::End;
+    for (int attempt = 0; attempt < limits_.attempts; ++attempt) {
+        Connection state = Connection::Open;
+        if (!stream_ || at_ != position)
+            state = connect(position);
+        if (state == Connection::Open) {
+            GError* error = nullptr;
+            const gssize count = g_input_stream_read(stream_, to, room, cancellable_, &error);
+            if (count > 0) {
+                got = static_cast<std::size_t>(count);
+                at_ += got;
+                return Outcome::Bytes;
+            }
+            if (count == 0 && !size_)
+                size_ = at_;
+            if (count == 0 && at_ >= *size_)
+                return Outcome::End;
+            g_clear_error(&error);
+            state = broken("its server hung up");
+        }
+        disconnect();
+        if (state == Connection::Stopped)
+            return Outcome::Stopped;
+        if (state == Connection::Refused)
+            break;
+    }
+    return Outcome::Failed;
+}
+
+HttpReader::Connection HttpReader::connect(std::uint64_t position)
+{
+    disconnect();
+    if (!uri_)
+        return refuse("its address is none of http or https");
+    {
+        const std::scoped_lock lock(mutex_);
+        if (stopped_)
+            return Connection::Stopped;
+        cancellable_ = g_cancellable_new();
+    }
+    message_ = soup_message_new_from_uri(SOUP_METHOD_GET, uri_);
+    SoupMessageHeaders* asked = soup_message_get_request_headers(message_);
+    soup_message_headers_replace(asked, "Accept-Encoding", "identity");
+    if (position > 0) {
+        soup_message_headers_set_range(asked, static_cast<goffset>(position), -1);
+        if (!version_.empty())
+            soup_message_headers_replace(asked, "If-Range", version_.c_str());
+    }
+    redirects_.emplace(message_, uri_, cancellable_);
+    GError* error = nullptr;
+    stream_ = soup_session_send(session_, message_, cancellable_, &error);
+    if (redirects_->has_acted()) {
+        g_clear_error(&error);
+        return refuse(RedirectGuard::Reason);
+    }
+    if (!stream_) {
+        const bool silent = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
+        g_clear_error(&error);
+        return broken(silent ? "its server does not answer" : "its server can't be reached");
+    }
+    return take_answer(position);
+}
+
+HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
+{
+    SoupMessageHeaders* headers = soup_message_get_response_headers(message_);
+    const guint status = soup_message_get_status(message_);
+    std::optional<std::uint64_t> size;
+    at_ = 0;
+    if (status == SOUP_STATUS_PARTIAL_CONTENT) {
+        goffset first = 0;
+        goffset last = 0;
+        goffset whole = -1;
+        if (!soup_message_headers_get_content_range(headers, &first, &last, &whole) ||
+            static_cast<std::uint64_t>(first) != position)
+            return refuse("its server sent another part than was asked for");
+        at_ = position;
+        if (whole >= 0)
+            size = static_cast<std::uint64_t>(whole);
+    } else if (status != SOUP_STATUS_OK) {
+        return refuse("HTTP status " + std::to_string(status));
+    } else if (tells_length(headers)) {
+        size = static_cast<std::uint64_t>(soup_message_headers_get_content_length(headers));
+    }
+    if (size_ && size && *size_ != *size)
+        return refuse("it has changed at its server");
+    if (size)
+        size_ = size;
+    version_ = version_in(headers);
+    const char* ranges = soup_message_headers_get_one(headers, "Accept-Ranges");
+    can_jump_ = size_ && !(ranges && std::string_view(ranges) == "none");
+
+    // A server that can only send everything is read up to there.
+    while (at_ < position) {
+        GError* error = nullptr;
+        const gssize count = g_input_stream_skip(stream_, static_cast<gsize>(position - at_), cancellable_, &error);
+        g_clear_error(&error);
+        if (count <= 0)
+            return broken("its server hung up");
+        at_ += static_cast<std::uint64_t>(count);
+    }
+    return Connection::Open;
+}
+
+HttpReader::Connection HttpReader::refuse(std::string reason)
+{
+    error_ = std::move(reason);
+    refused_ = true;
+    return Connection::Refused;
+}
+
+HttpReader::Connection HttpReader::broken(const char* reason)
+{
+    if (is_stopped())
+        return Connection::Stopped;
+    error_ = reason;
+    return Connection::Broken;
+}
+
+void HttpReader::disconnect()
+{
+    {
+        // Closed in peace, libsoup would wait for the rest of the body.
+        const std::scoped_lock lock(mutex_);
+        if (cancellable_)
+            g_cancellable_cancel(cancellable_);
+    }
+    if (stream_)
+        g_input_stream_close(stream_, cancellable_, nullptr);
+    g_clear_object(&stream_);
+    redirects_.reset();
+    g_clear_object(&message_);
+    const std::scoped_lock lock(mutex_);
+    g_clear_object(&cancellable_);
+}
+
+bool HttpReader::is_stopped()
+{
+    const std::scoped_lock lock(mutex_);
+    return stopped_;
+}
+
+void HttpReader::stop()
+{
+    const std::scoped_lock lock(mutex_);
+    stopped_ = true;
+    if (cancellable_)
+        g_cancellable_cancel(cancellable_);
+}
+
+void HttpReader::resume()
+{
+    const std::scoped_lock lock(mutex_);
+    stopped_ = false;
+}
+
+} // namespace qoro
