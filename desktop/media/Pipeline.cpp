@@ -1,15 +1,12 @@
 #include "desktop/media/Pipeline.h"
 
-#include "desktop/disk/ScratchFolders.h"
 #include "desktop/media/Mailbox.h"
-#include "desktop/media/ServerWait.h"
+#include "desktop/media/StreamKind.h"
+#include "desktop/media/StreamSinks.h"
+#include "desktop/media/VideoFeed.h"
 #include "desktop/media/Workers.h"
-#include "desktop/net/UserAgent.h"
 
-#include <gst/app/gstappsink.h>
 #include <gst/gst.h>
-
-#include <unistd.h>
 
 #include <algorithm>
 #include <array>
@@ -17,31 +14,19 @@
 #include <chrono>
 #include <cmath>
 #include <condition_variable>
-#include <cstdint>
-#include <filesystem>
 #include <functional>
 #include <mutex>
 #include <string_view>
 #include <utility>
-#include <vector>
 
 namespace qoro
 {
 
 namespace
 {
-/// Seconds without a byte after which a server is given up on, and how often it is asked again.
-constexpr guint ServerTimeOut = 10;
-constexpr int ServerRetries = 1;
-/// All bytes of a video are kept, so that a replay or a seek asks no server again; a server that sends more is refused.
-constexpr std::uint64_t MostBytes = 1'000'000'000;
 /// Seconds of a video from a server that have to lie ready before it starts, or goes on after a lack of data; counted
 /// in bytes, by the video's own rate.
 constexpr double ReadyTime = 2.0;
-/// Bytes a second of a video whose size the server does not tell.
-constexpr double UsualRate = 150e3;
-/// Seconds of a video that is not read but poured in, below which there is nothing left.
-constexpr double NothingReady = 0.02;
 /// Seconds by which a video may end before its duration says, and still be complete.
 constexpr double MissingAtMost = 0.5;
 /// How long opening the sound may take, and how long a file may take to fail after its source did.
@@ -62,9 +47,6 @@ constexpr std::array<std::string_view, 6> Manifests = {
     "application/sdp",   "text/uri-list",        "application/x-rtsp",
 };
 
-struct FreeElement {
-    void operator()(GstElement* element) const { gst_object_unref(element); }
-};
 struct FreeError {
     void operator()(GError* error) const { g_error_free(error); }
 };
@@ -79,23 +61,17 @@ gint64 gst_time(double time)
     return std::llround(std::max(time, 0.0) * static_cast<double>(GST_SECOND));
 }
 
-std::string_view kind_of(const GstCaps* caps)
-{
-    if (!caps || gst_caps_get_size(caps) == 0)
-        return {};
-    return gst_structure_get_name(gst_caps_get_structure(caps, 0));
-}
 } // namespace
 
 struct Pipeline::Core {
     Core(Opening how, std::shared_ptr<VideoPictures> to, MainLoop& loop, Listener& heard)
-        : opening(std::move(how)), pictures(std::move(to)), mailbox(std::make_shared<Mailbox>(loop)), listener(heard),
-          low(!opening.is_file), complete(opening.is_file)
+        : mailbox(std::make_shared<Mailbox>(loop)), listener(heard), low(!how.is_file),
+          feed(how.location, how.is_file,
+               {.changed = [this] { wake(); }, .failed = [this](const std::string& reason) { fail(reason); }}),
+          sinks(std::move(to), how.silent, how.volume), is_file(how.is_file)
     {
     }
 
-    const Opening opening;
-    const std::shared_ptr<VideoPictures> pictures;
     const std::shared_ptr<Mailbox> mailbox;
     /// For the main thread.
     Listener& listener;
@@ -114,24 +90,13 @@ struct Pipeline::Core {
 
     /// Set once, by the worker; valid until it has closed.
     std::atomic<GstElement*> pipeline = nullptr;
-    GstElement* source = nullptr;
-    /// Keeps what a server has sent; null for a file.
-    GstElement* keeper = nullptr;
-    /// What the source has sent, in bytes.
-    std::atomic<std::uint64_t> received = 0;
-    /// Bytes a second.
-    double rate = UsualRate;
     /// The duration in seconds, 0 before it is known.
     std::atomic<double> duration = 0;
     std::atomic<unsigned> seeks_done = 0;
-    /// When opening the sound began; 0 when it is not being opened.
-    std::atomic<Clock::rep> sound_opening = 0;
-    std::atomic<GstElement*> sound = nullptr;
-    std::atomic<GstElement*> picture_sink = nullptr;
-    ServerWait server_wait;
     std::atomic<bool> low;
-    /// Everything that the source has was read.
-    std::atomic<bool> complete;
+    VideoFeed feed;
+    StreamSinks sinks;
+    const bool is_file;
     std::atomic<double> pixel_rate = 0;
     /// Every stream of the video has its sink.
     std::atomic<bool> streams_known = false;
@@ -142,8 +107,6 @@ struct Pipeline::Core {
     bool settle(unsigned for_seek);
     void obey();
     void watch_data(bool runs);
-    bool starved();
-    double seconds_ready();
     bool seek(double time);
     void close();
 
@@ -154,6 +117,7 @@ struct Pipeline::Core {
     }
     void fail(const std::string& reason);
     void set_low(bool is_low);
+    void wake();
     bool wanted_otherwise(unsigned for_seek);
 
     // GStreamer's threads.
@@ -161,9 +125,6 @@ struct Pipeline::Core {
     void hear_error(GstMessage* message);
     void hear_end();
     void add_stream(GstPad* pad);
-    void add_picture(GstPad* pad);
-    void add_sound(GstPad* pad);
-    GstElement* open_sound();
 
     static GstBusSyncReply on_message(GstBus*, GstMessage* message, gpointer core)
     {
@@ -175,12 +136,6 @@ struct Pipeline::Core {
     static void on_all_pads(GstElement*, gpointer core);
     static gboolean on_kind(GstElement*, GstPad*, GstCaps* caps, gpointer core);
     static void on_element(GstBin*, GstBin*, GstElement* element, gpointer core);
-    static void on_file(GstElement* keeper, GParamSpec*, gpointer);
-    static GstPadProbeReturn on_source_event(GstPad*, GstPadProbeInfo* info, gpointer core);
-    static GstPadProbeReturn on_source_query(GstPad*, GstPadProbeInfo* info, gpointer);
-    static GstPadProbeReturn on_source_data(GstPad*, GstPadProbeInfo* info, gpointer core);
-    static GstFlowReturn on_preroll(GstAppSink* sink, gpointer core);
-    static GstFlowReturn on_sample(GstAppSink* sink, gpointer core);
 };
 
 // --------------------------------------------------------------------------------------------------- main thread
@@ -242,8 +197,8 @@ void Pipeline::warm_up()
         // Most of the time to a first picture in a new program is the loading of these.
         Workers::all().start([] {
             for (const char* name :
-                 {"souphttpsrc", "filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse",
-                  "avdec_h264", "avdec_aac", "appsink", "audioconvert", "audioresample", "pulsesink"}) {
+                 {"filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse", "avdec_h264",
+                  "avdec_aac", "appsink", "audioconvert", "audioresample", "pulsesink"}) {
                 if (GstElement* element = gst_element_factory_make(name, nullptr))
                     gst_object_unref(element);
             }
@@ -266,10 +221,7 @@ void Pipeline::Core::work()
             fail("its duration is not known");
         } else {
             duration = seconds(length);
-            gint64 size = 0;
-            if ((gst_element_query_duration(source, GST_FORMAT_BYTES, &size) && size > 0) ||
-                (complete && (size = static_cast<gint64>(received.load())) > 0))
-                rate = static_cast<double>(size) / duration;
+            feed.learn_rate(duration);
             watch_data(false);
             mailbox->post([this] { listener.loaded(duration); });
         }
@@ -286,46 +238,15 @@ bool Pipeline::Core::open()
     gst_bus_set_sync_handler(bus, on_message, this, nullptr);
     gst_object_unref(bus);
 
-    const auto make = [this, whole](const char* name) {
-        GstElement* element = gst_element_factory_make(name, nullptr);
-        if (element)
-            gst_bin_add(GST_BIN(whole), element);
-        else
-            fail(std::string("GStreamer has no element ") + name);
-        return element;
-    };
-    source = make(opening.is_file ? "filesrc" : "souphttpsrc");
-    GstElement* decoder = make("decodebin");
-    GstElement* before_decoder = source;
-    if (!source || !decoder)
+    GstElement* before_decoder = feed.add_to(GST_BIN(whole));
+    if (!before_decoder)
         return false;
-    g_object_set(source, "location", opening.location.c_str(), nullptr);
-    if (!opening.is_file) {
-        keeper = make("queue2");
-        if (!keeper)
-            return false;
-        g_object_set(source, "user-agent", UserAgent, "timeout", ServerTimeOut, "retries", ServerRetries, nullptr);
-        // In a file: its ring of memory writes past the reader's buffer when a server is done while a read jumps.
-        const std::vector<std::string> folders = scratch_folders(MostBytes);
-        if (folders.empty()) {
-            fail("there is no folder to keep it in");
-            return false;
-        }
-        const std::string file = folders.front() + "/qoro-video-XXXXXX";
-        g_object_set(keeper, "temp-template", file.c_str(), "max-size-buffers", 0U, "max-size-bytes", 0U,
-                     "max-size-time", G_GUINT64_CONSTANT(0), nullptr);
-        g_signal_connect(keeper, "notify::temp-location", G_CALLBACK(on_file), nullptr);
-        gst_element_link(source, keeper);
-        before_decoder = keeper;
-        GstPad* entry = gst_element_get_static_pad(keeper, "sink");
-        gst_pad_add_probe(entry, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_source_event, this, nullptr);
-        gst_pad_add_probe(entry, GST_PAD_PROBE_TYPE_BUFFER, on_source_data, this, nullptr);
-        gst_object_unref(entry);
-        GstPad* exit = gst_element_get_static_pad(keeper, "src");
-        server_wait.watch(exit);
-        gst_pad_add_probe(exit, GST_PAD_PROBE_TYPE_QUERY_UPSTREAM, on_source_query, nullptr, nullptr);
-        gst_object_unref(exit);
+    GstElement* decoder = gst_element_factory_make("decodebin", nullptr);
+    if (!decoder) {
+        fail("GStreamer has no element decodebin");
+        return false;
     }
+    gst_bin_add(GST_BIN(whole), decoder);
     gst_element_link(before_decoder, decoder);
     g_signal_connect(decoder, "autoplug-continue", G_CALLBACK(on_kind), this);
     g_signal_connect(decoder, "pad-added", G_CALLBACK(on_pad), this);
@@ -372,10 +293,9 @@ bool Pipeline::Core::settle(unsigned for_seek)
             fail("it can't be played");
             return false;
         }
-        if (duration > 0 && !complete && starved())
+        if (duration > 0 && !feed.complete() && feed.starved())
             set_low(true);
-        const Clock::rep opening_since = sound_opening;
-        if (opening_since && Clock::now() - Clock::time_point(Clock::duration(opening_since)) > SoundTimeOut) {
+        if (sinks.opening_sound_since() > SoundTimeOut) {
             tell(&Listener::sound_failed);
             return false;
         }
@@ -418,7 +338,7 @@ void Pipeline::Core::obey()
             if (changed == GST_STATE_CHANGE_FAILURE)
                 fail("it can't be played");
             lock.lock();
-        } else if (able && (low || (runs && !complete))) {
+        } else if (able && (low || (runs && !feed.complete()))) {
             wishes_changed.wait_for(lock, Glance);
             lock.unlock();
             watch_data(runs);
@@ -432,24 +352,12 @@ void Pipeline::Core::obey()
 // Data is short when it is waited for; there is enough again when nothing is waited for and more lies ready.
 void Pipeline::Core::watch_data(bool runs)
 {
-    if (complete)
+    if (feed.complete())
         set_low(false);
     else if (low)
-        set_low(seconds_ready() < ReadyTime || starved());
+        set_low(feed.seconds_ready() < ReadyTime || feed.starved());
     else
-        set_low(runs && starved());
-}
-
-bool Pipeline::Core::starved()
-{
-    return server_wait.reads() ? server_wait.prevails() : seconds_ready() < NothingReady;
-}
-
-double Pipeline::Core::seconds_ready()
-{
-    guint bytes = 0;
-    g_object_get(keeper, "current-level-bytes", &bytes, nullptr);
-    return static_cast<double>(bytes) / rate;
+        set_low(runs && feed.starved());
 }
 
 bool Pipeline::Core::seek(double time)
@@ -498,6 +406,12 @@ void Pipeline::Core::set_low(bool is_low)
     tell(&Listener::data_changed);
 }
 
+void Pipeline::Core::wake()
+{
+    std::scoped_lock lock(mutex);
+    wishes_changed.notify_all();
+}
+
 // ---------------------------------------------------------------------------------------------- GStreamer's threads
 
 void Pipeline::Core::hear(GstMessage* message)
@@ -522,15 +436,14 @@ void Pipeline::Core::hear_error(GstMessage* message)
     const std::unique_ptr<GError, FreeError> error(raw);
     std::string reason = error ? error->message : "an unknown fault";
     GstObject* from = GST_MESSAGE_SRC(message);
-    GstElement* sound_sink = sound;
-    if (sound_sink && gst_object_has_as_ancestor(from, GST_OBJECT(sound_sink))) {
+    if (sinks.is_of_sound(from)) {
         tell(&Listener::sound_failed);
         return;
     }
-    if (from == GST_OBJECT(source)) {
-        // GStreamer has no better words for a server that refuses, or can't be found.
-        if (g_error_matches(raw, GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED))
-            reason = opening.is_file ? "it can't be read" : "its server can't be reached";
+    if (feed.is_source(from)) {
+        // GStreamer has no better words.
+        if (is_file && g_error_matches(raw, GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED))
+            reason = "it can't be read";
         // What came before can still be played; the end that follows is the fault's.
         std::scoped_lock lock(mutex);
         if (source_failure.empty()) {
@@ -565,7 +478,7 @@ void Pipeline::Core::hear_end()
 
 gboolean Pipeline::Core::on_kind(GstElement*, GstPad*, GstCaps* caps, gpointer core)
 {
-    const std::string_view kind = kind_of(caps);
+    const std::string_view kind = stream_kind(caps);
     if (std::find(Manifests.begin(), Manifests.end(), kind) != Manifests.end())
         return FALSE;
     if (kind.starts_with("video/")) {
@@ -590,161 +503,19 @@ void Pipeline::Core::on_element(GstBin*, GstBin*, GstElement* element, gpointer 
         g_object_set(element, "max-threads", 1, nullptr);
 }
 
-GstPadProbeReturn Pipeline::Core::on_source_event(GstPad*, GstPadProbeInfo* info, gpointer core)
-{
-    Core& self = *static_cast<Core*>(core);
-    const GstEventType event = GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info));
-    if (event != GST_EVENT_EOS && event != GST_EVENT_SEGMENT)
-        return GST_PAD_PROBE_OK;
-    // The source's end; a new segment begins where it was sent to instead.
-    std::scoped_lock lock(self.mutex);
-    self.complete = event == GST_EVENT_EOS;
-    self.wishes_changed.notify_all();
-    return GST_PAD_PROBE_OK;
-}
-
-// A source of bytes that does not know its size answers that its time is unknown, and is believed before the video.
-GstPadProbeReturn Pipeline::Core::on_source_query(GstPad*, GstPadProbeInfo* info, gpointer)
-{
-    GstQuery* query = GST_PAD_PROBE_INFO_QUERY(info);
-    GstFormat format = GST_FORMAT_UNDEFINED;
-    if (GST_QUERY_TYPE(query) == GST_QUERY_DURATION)
-        gst_query_parse_duration(query, &format, nullptr);
-    return format == GST_FORMAT_TIME ? GST_PAD_PROBE_DROP : GST_PAD_PROBE_OK;
-}
-
-GstPadProbeReturn Pipeline::Core::on_source_data(GstPad*, GstPadProbeInfo* info, gpointer core)
-{
-    Core& self = *static_cast<Core*>(core);
-    self.received += gst_buffer_get_size(GST_PAD_PROBE_INFO_BUFFER(info));
-    if (self.received <= MostBytes)
-        return GST_PAD_PROBE_OK;
-    self.fail("it is larger than 1 GB");
-    return GST_PAD_PROBE_DROP;
-}
-
-// The file is used by its descriptor alone; without a name it goes with this program, however that ends.
-void Pipeline::Core::on_file(GstElement* keeper, GParamSpec*, gpointer)
-{
-    gchar* file = nullptr;
-    g_object_get(keeper, "temp-location", &file, nullptr);
-    if (file) {
-        std::error_code no_matter;
-        std::filesystem::remove(file, no_matter);
-    }
-    g_free(file);
-}
-
 void Pipeline::Core::add_stream(GstPad* pad)
 {
-    GstCaps* caps = gst_pad_get_current_caps(pad);
-    const std::string_view kind = kind_of(caps);
-    if (kind == "video/x-raw" && !picture_sink)
-        add_picture(pad);
-    else if (kind == "audio/x-raw" && !sound)
-        add_sound(pad);
-    if (caps)
-        gst_caps_unref(caps);
+    if (!sinks.add(GST_BIN(pipeline.load()), pad))
+        fail("GStreamer has no element appsink");
 }
 
 void Pipeline::Core::on_all_pads(GstElement*, gpointer core)
 {
     Core& self = *static_cast<Core*>(core);
-    if (!self.picture_sink && !self.sound)
+    if (!self.sinks.has_any())
         self.fail("it is no video");
-    std::scoped_lock lock(self.mutex);
     self.streams_known = true;
-    self.wishes_changed.notify_all();
-}
-
-void Pipeline::Core::add_picture(GstPad* pad)
-{
-    GstElement* sink = gst_element_factory_make("appsink", nullptr);
-    if (!sink) {
-        fail("GStreamer has no element appsink");
-        return;
-    }
-    GstCaps* readable = gst_caps_new_empty_simple("video/x-raw");
-    // A decoder that falls behind is told, and leaves frames out; a frame that is too late to be seen is not shown.
-    g_object_set(sink, "caps", readable, "max-buffers", 1U, "enable-last-sample", FALSE, "qos", TRUE, "max-lateness",
-                 static_cast<gint64>(50 * GST_MSECOND), nullptr);
-    gst_caps_unref(readable);
-    GstAppSinkCallbacks callbacks{};
-    callbacks.new_preroll = on_preroll;
-    callbacks.new_sample = on_sample;
-    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
-    picture_sink = sink;
-    gst_bin_add(GST_BIN(pipeline.load()), sink);
-    GstPad* entry = gst_element_get_static_pad(sink, "sink");
-    gst_pad_link(pad, entry);
-    gst_object_unref(entry);
-    gst_element_sync_state_with_parent(sink);
-}
-
-GstElement* Pipeline::Core::open_sound()
-{
-    GstElement* sink = opening.silent ? nullptr : gst_element_factory_make("pulsesink", nullptr);
-    if (!sink)
-        return nullptr;
-    // With a sound server's clock a device that sleeps stops the picture for about a second.
-    g_object_set(sink, "provide-clock", FALSE, nullptr);
-    GstStructure* tags =
-        gst_structure_new("tags", "qoro.player", G_TYPE_STRING, std::to_string(getpid()).c_str(), nullptr);
-    g_object_set(sink, "stream-properties", tags, nullptr);
-    gst_structure_free(tags);
-    if (opening.volume) {
-        const double slider = *opening.volume;
-        g_object_set(sink, "volume", slider * slider * slider, nullptr);
-    }
-    gst_object_ref_sink(sink);
-    sound_opening = Clock::now().time_since_epoch().count();
-    // Outside the pipeline, where its failure to open is nobody's fault.
-    const bool opened = gst_element_set_state(sink, GST_STATE_READY) == GST_STATE_CHANGE_SUCCESS;
-    sound_opening = 0;
-    if (opened)
-        return sink;
-    gst_element_set_state(sink, GST_STATE_NULL);
-    gst_object_unref(sink);
-    return nullptr;
-}
-
-void Pipeline::Core::add_sound(GstPad* pad)
-{
-    GstElement* sink = open_sound();
-    if (!sink) {
-        sink = gst_element_factory_make("fakesink", nullptr);
-        g_object_set(sink, "sync", TRUE, nullptr);
-        gst_object_ref_sink(sink);
-    }
-    GstElement* convert = gst_element_factory_make("audioconvert", nullptr);
-    GstElement* resample = gst_element_factory_make("audioresample", nullptr);
-    sound = sink;
-    gst_bin_add_many(GST_BIN(pipeline.load()), convert, resample, sink, nullptr);
-    gst_object_unref(sink);
-    gst_element_link_many(convert, resample, sink, nullptr);
-    GstPad* entry = gst_element_get_static_pad(convert, "sink");
-    gst_pad_link(pad, entry);
-    gst_object_unref(entry);
-    for (GstElement* element : {sink, resample, convert})
-        gst_element_sync_state_with_parent(element);
-}
-
-GstFlowReturn Pipeline::Core::on_preroll(GstAppSink* sink, gpointer core)
-{
-    if (GstSample* sample = gst_app_sink_pull_preroll(sink)) {
-        static_cast<Core*>(core)->pictures->put(sample);
-        gst_sample_unref(sample);
-    }
-    return GST_FLOW_OK;
-}
-
-GstFlowReturn Pipeline::Core::on_sample(GstAppSink* sink, gpointer core)
-{
-    if (GstSample* sample = gst_app_sink_pull_sample(sink)) {
-        static_cast<Core*>(core)->pictures->put(sample);
-        gst_sample_unref(sample);
-    }
-    return GST_FLOW_OK;
+    self.wake();
 }
 
 } // namespace qoro

@@ -17,8 +17,9 @@ namespace qoro
 /// counted twice. So that a server's ordinary hanging up meets no request, a connection that was idle for a few seconds
 /// is not used again; servers wait longer.
 ///
-/// Redirects are followed, twenty at most; none of a server elsewhere to this machine. Cookies are kept as long as the fetcher lives, so that a server can tell
-/// that the requests of a session belong together, and nothing of the viewer is left when the program has ended.
+/// Redirects are followed, twenty at most; none of a server elsewhere to this machine. Cookies are kept as long as the
+/// fetcher lives, so that a server can tell that the requests of a session belong together, and nothing of the viewer
+/// is left when the program has ended.
 ///
 /// A status of 400 or more, a body above the bound and a server that takes too long are failures.
 class SoupFetcher : public Fetcher

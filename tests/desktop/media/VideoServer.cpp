@@ -117,20 +117,23 @@ void VideoServer::talk(int connection)
     lock.unlock();
 
     std::size_t from = 0;
-    const bool part = request.find("Range: bytes=") != std::string::npos && answer.status == 200;
+    const bool part = answer.knows_ranges && request.find("Range: bytes=") != std::string::npos && answer.status == 200;
     if (part)
         from = std::min<std::size_t>(std::strtoul(request.c_str() + request.find("Range: bytes=") + 13, nullptr, 10),
                                      answer.body.size());
     const std::string all = std::to_string(answer.body.size());
     std::string head = "HTTP/1.1 " + std::to_string(part ? 206 : answer.status) + " As asked\r\nContent-Type: ";
     head += answer.type + "\r\nContent-Length: " + std::to_string(answer.body.size() - from);
-    head += "\r\nAccept-Ranges: bytes\r\nConnection: close\r\n";
+    head += std::string("\r\nAccept-Ranges: ") + (answer.knows_ranges ? "bytes" : "none") + "\r\nConnection: close\r\n";
     if (part)
         head += "Content-Range: bytes " + std::to_string(from) + "-" + std::to_string(answer.body.size() - 1) + "/" +
                 all + "\r\n";
     if (!send_all(connection, head + "\r\n"))
         return;
-    const std::size_t until = std::max(from, std::min({answer.holds_at, answer.cuts_at, answer.body.size()}));
+    const std::size_t breaks_at =
+        answer.breaks_after == VideoServer::Never ? VideoServer::Never : from + answer.breaks_after;
+    const std::size_t until =
+        std::max(from, std::min({answer.holds_at, answer.cuts_at, breaks_at, answer.body.size()}));
     if (!send_all(connection, answer.body.substr(from, until - from)) || until == answer.body.size())
         return;
     if (answer.holds_at == Never)

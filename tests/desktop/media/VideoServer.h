@@ -27,6 +27,10 @@ public:
         std::size_t holds_at = Never;
         /// Byte of the body at which it hangs up.
         std::size_t cuts_at = Never;
+        /// Bytes of the body after which each connection ends, wherever it began.
+        std::size_t breaks_after = Never;
+        /// Whether it can begin elsewhere than at the first byte.
+        bool knows_ranges = true;
         /// Whether it takes the request and never says a word.
         bool silent = false;
     };

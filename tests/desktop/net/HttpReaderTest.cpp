@@ -329,8 +329,8 @@ TEST_F(HttpReaderTest, AServerElsewhereLeadsItNotToThisMachine)
 {
     const NamesHere names;
     serve([](const std::string& head, const auto& connection) {
-        connection.send("HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:" + head.substr(head.find("example:") + 8, 5) +
-                        "/secret\r\nContent-Length: 0\r\n\r\n");
+        connection.send("HTTP/1.1 302 Found\r\nLocation: http://127.0.0.1:" +
+                        head.substr(head.find("example:") + 8, 5) + "/secret\r\nContent-Length: 0\r\n\r\n");
     });
     HttpReader reader("http://ads.example:" + std::to_string(port_of(server->base())) + "/v.mp4");
 
@@ -349,6 +349,23 @@ TEST_F(HttpReaderTest, OtherRedirectsAreFollowed)
     }));
     EXPECT_TRUE(read_all(reader, 99'000) == file.substr(99'000));
     EXPECT_EQ(heads.size(), 2U);
+}
+
+TEST_F(HttpReaderTest, WhatHasComeIsGivenBeforeMoreComes)
+{
+    HttpReader reader(serve([this](const std::string& head, const auto& connection) {
+        connection.send(answer_of(file, head, {.hangs_up_after = 30'000}));
+        connection.wait_for_close();
+    }));
+    std::string bytes(file.size(), '\0');
+    std::size_t all = 0;
+    while (all < 30'000) {
+        std::size_t got = 0;
+        ASSERT_EQ(reader.read(all, bytes.data() + all, bytes.size() - all, got), Outcome::Bytes);
+        all += got;
+    }
+    EXPECT_TRUE(bytes.substr(0, all) == file.substr(0, 30'000));
+    EXPECT_EQ(heads.size(), 1U) << "without a second request";
 }
 
 TEST_F(HttpReaderTest, DroppedInMidFileItDoesNotWaitForTheRest)

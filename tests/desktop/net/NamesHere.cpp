@@ -56,7 +56,6 @@ GList* finish(GResolver*, GAsyncResult* result, GError** error)
     return static_cast<GList*>(g_task_propagate_pointer(G_TASK(result), error));
 }
 
-
 G_DEFINE_TYPE(Resolver, resolver, G_TYPE_RESOLVER)
 
 void resolver_init(Resolver*)

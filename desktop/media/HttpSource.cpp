@@ -1,0 +1,194 @@
+#include "desktop/media/HttpSource.h"
+
+#include "desktop/net/HttpReader.h"
+
+#include <gst/base/gstpushsrc.h>
+#include <gst/gst.h>
+
+#include <cstdint>
+
+struct QoroHttpSource {
+    GstPushSrc parent;
+    std::string* address;
+    /// While the element is started.
+    qoro::HttpReader* reader;
+    /// The byte that comes next.
+    std::uint64_t position;
+    bool size_told;
+};
+
+struct QoroHttpSourceClass {
+    GstPushSrcClass parent;
+};
+
+G_DEFINE_TYPE(QoroHttpSource, qoro_http_source, GST_TYPE_PUSH_SRC)
+
+namespace
+{
+
+constexpr gsize PieceSize = 64u << 10;
+
+QoroHttpSource& self_of(void* element)
+{
+    return *static_cast<QoroHttpSource*>(element);
+}
+
+gboolean start(GstBaseSrc* source)
+{
+    QoroHttpSource& self = self_of(source);
+    self.reader = new qoro::HttpReader(*self.address);
+    self.position = 0;
+    self.size_told = false;
+    return TRUE;
+}
+
+gboolean stop(GstBaseSrc* source)
+{
+    QoroHttpSource& self = self_of(source);
+    delete self.reader;
+    self.reader = nullptr;
+    return TRUE;
+}
+
+gboolean unlock(GstBaseSrc* source)
+{
+    self_of(source).reader->stop();
+    return TRUE;
+}
+
+gboolean unlock_stop(GstBaseSrc* source)
+{
+    self_of(source).reader->resume();
+    return TRUE;
+}
+
+gboolean is_seekable(GstBaseSrc* source)
+{
+    const QoroHttpSource& self = self_of(source);
+    return self.reader && self.reader->can_jump();
+}
+
+gboolean get_size(GstBaseSrc* source, guint64* size)
+{
+    const QoroHttpSource& self = self_of(source);
+    if (!self.reader || !self.reader->size())
+        return FALSE;
+    *size = *self.reader->size();
+    return TRUE;
+}
+
+gboolean do_seek(GstBaseSrc* source, GstSegment* segment)
+{
+    if (segment->format != GST_FORMAT_BYTES)
+        return FALSE;
+    self_of(source).position = segment->start;
+    return TRUE;
+}
+
+gboolean query(GstBaseSrc* source, GstQuery* asked)
+{
+    // By the ending of its name a video is recognised before much of it has come.
+    if (GST_QUERY_TYPE(asked) == GST_QUERY_URI) {
+        gst_query_set_uri(asked, self_of(source).address->c_str());
+        return TRUE;
+    }
+    const gboolean known = GST_BASE_SRC_CLASS(qoro_http_source_parent_class)->query(source, asked);
+    if (GST_QUERY_TYPE(asked) != GST_QUERY_SCHEDULING)
+        return known;
+    // Whoever reads ahead is told that it is not for free.
+    GstSchedulingFlags flags = GST_SCHEDULING_FLAG_SEQUENTIAL;
+    gint least = 1;
+    gint most = -1;
+    gint align = 0;
+    gst_query_parse_scheduling(asked, &flags, &least, &most, &align);
+    const int limited = static_cast<int>(flags) | static_cast<int>(GST_SCHEDULING_FLAG_BANDWIDTH_LIMITED);
+    gst_query_set_scheduling(asked, static_cast<GstSchedulingFlags>(limited), least, most, align);
+    return TRUE;
+}
+
+void tell_size(QoroHttpSource& self)
+{
+    GST_OBJECT_LOCK(&self);
+    GST_BASE_SRC(&self)->segment.duration = *self.reader->size();
+    GST_OBJECT_UNLOCK(&self);
+    gst_element_post_message(GST_ELEMENT(&self), gst_message_new_duration_changed(GST_OBJECT(&self)));
+    self.size_told = true;
+}
+
+GstFlowReturn create(GstPushSrc* source, GstBuffer** made)
+{
+    using Outcome = qoro::HttpReader::Outcome;
+
+    QoroHttpSource& self = self_of(source);
+    GstBuffer* buffer = gst_buffer_new_allocate(nullptr, PieceSize, nullptr);
+    GstMapInfo room;
+    gst_buffer_map(buffer, &room, GST_MAP_WRITE);
+    std::size_t got = 0;
+    const Outcome outcome =
+        self.reader->read(self.position, reinterpret_cast<char*>(room.data), static_cast<std::size_t>(room.size), got);
+    gst_buffer_unmap(buffer, &room);
+    if (self.reader->size() && !self.size_told)
+        tell_size(self);
+    if (outcome == Outcome::Bytes) {
+        gst_buffer_resize(buffer, 0, static_cast<gssize>(got));
+        GST_BUFFER_OFFSET(buffer) = self.position;
+        self.position += got;
+        *made = buffer;
+        return GST_FLOW_OK;
+    }
+    gst_buffer_unref(buffer);
+    if (outcome == Outcome::End)
+        return GST_FLOW_EOS;
+    if (outcome == Outcome::Stopped)
+        return GST_FLOW_FLUSHING;
+    GST_ELEMENT_ERROR(&self, RESOURCE, READ, ("%s", self.reader->error().c_str()), (nullptr));
+    return GST_FLOW_ERROR;
+}
+
+void finalize(GObject* object)
+{
+    QoroHttpSource& self = self_of(object);
+    delete self.reader;
+    delete self.address;
+    G_OBJECT_CLASS(qoro_http_source_parent_class)->finalize(object);
+}
+
+GstStaticPadTemplate exit_pad = GST_STATIC_PAD_TEMPLATE("src", GST_PAD_SRC, GST_PAD_ALWAYS, GST_STATIC_CAPS_ANY);
+
+} // namespace
+
+static void qoro_http_source_class_init(QoroHttpSourceClass* type)
+{
+    G_OBJECT_CLASS(type)->finalize = finalize;
+    gst_element_class_add_static_pad_template(GST_ELEMENT_CLASS(type), &exit_pad);
+    gst_element_class_set_static_metadata(GST_ELEMENT_CLASS(type), "Video of a server", "Source/Network",
+                                          "Reads from an HTTP server", "Qoro Video Ad");
+    GstBaseSrcClass* base = GST_BASE_SRC_CLASS(type);
+    base->start = start;
+    base->stop = stop;
+    base->unlock = unlock;
+    base->unlock_stop = unlock_stop;
+    base->is_seekable = is_seekable;
+    base->get_size = get_size;
+    base->do_seek = do_seek;
+    base->query = query;
+    GST_PUSH_SRC_CLASS(type)->create = create;
+}
+
+static void qoro_http_source_init(QoroHttpSource* self)
+{
+    self->address = new std::string;
+    gst_base_src_set_format(GST_BASE_SRC(self), GST_FORMAT_BYTES);
+}
+
+namespace qoro
+{
+
+GstElement* make_http_source(const std::string& address)
+{
+    auto* source = static_cast<QoroHttpSource*>(g_object_new(qoro_http_source_get_type(), nullptr));
+    *source->address = address;
+    return GST_ELEMENT(source);
+}
+
+} // namespace qoro

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <gst/gst.h>
+
+#include <string_view>
+
+namespace qoro
+{
+
+/// What a stream is, as GStreamer names it ("video/x-h264"); empty when that is not known.
+inline std::string_view stream_kind(const GstCaps* caps)
+{
+    if (!caps || gst_caps_get_size(caps) == 0)
+        return {};
+    return gst_structure_get_name(gst_caps_get_structure(caps, 0));
+}
+
+} // namespace qoro

@@ -1,0 +1,133 @@
+#include "desktop/media/StreamSinks.h"
+
+#include "desktop/media/StreamKind.h"
+
+#include <unistd.h>
+
+#include <string>
+#include <utility>
+
+namespace qoro
+{
+
+StreamSinks::StreamSinks(std::shared_ptr<VideoPictures> pictures, bool silent, std::optional<float> volume)
+    : pictures_(std::move(pictures)), silent_(silent), volume_(volume)
+{
+}
+
+bool StreamSinks::add(GstBin* pipeline, GstPad* pad)
+{
+    GstCaps* caps = gst_pad_get_current_caps(pad);
+    const std::string_view kind = stream_kind(caps);
+    bool added = true;
+    if (kind == "video/x-raw" && !picture_)
+        added = add_picture(pipeline, pad);
+    else if (kind == "audio/x-raw" && !sound_)
+        add_sound(pipeline, pad);
+    if (caps)
+        gst_caps_unref(caps);
+    return added;
+}
+
+bool StreamSinks::is_of_sound(GstObject* from) const
+{
+    GstElement* sink = sound_;
+    return sink && gst_object_has_as_ancestor(from, GST_OBJECT(sink));
+}
+
+std::chrono::duration<double> StreamSinks::opening_sound_since() const
+{
+    const Clock::rep since = sound_opening_;
+    return since ? Clock::now() - Clock::time_point(Clock::duration(since)) : Clock::duration(0);
+}
+
+bool StreamSinks::add_picture(GstBin* pipeline, GstPad* pad)
+{
+    GstElement* sink = gst_element_factory_make("appsink", nullptr);
+    if (!sink)
+        return false;
+    GstCaps* readable = gst_caps_new_empty_simple("video/x-raw");
+    // A decoder that falls behind is told, and leaves frames out; a frame that is too late to be seen is not shown.
+    g_object_set(sink, "caps", readable, "max-buffers", 1U, "enable-last-sample", FALSE, "qos", TRUE, "max-lateness",
+                 static_cast<gint64>(50 * GST_MSECOND), nullptr);
+    gst_caps_unref(readable);
+    GstAppSinkCallbacks callbacks{};
+    callbacks.new_preroll = on_preroll;
+    callbacks.new_sample = on_sample;
+    gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
+    picture_ = sink;
+    gst_bin_add(pipeline, sink);
+    GstPad* entry = gst_element_get_static_pad(sink, "sink");
+    gst_pad_link(pad, entry);
+    gst_object_unref(entry);
+    gst_element_sync_state_with_parent(sink);
+    return true;
+}
+
+GstElement* StreamSinks::open_sound()
+{
+    GstElement* sink = silent_ ? nullptr : gst_element_factory_make("pulsesink", nullptr);
+    if (!sink)
+        return nullptr;
+    // With a sound server's clock a device that sleeps stops the picture for about a second.
+    g_object_set(sink, "provide-clock", FALSE, nullptr);
+    GstStructure* tags =
+        gst_structure_new("tags", "qoro.player", G_TYPE_STRING, std::to_string(getpid()).c_str(), nullptr);
+    g_object_set(sink, "stream-properties", tags, nullptr);
+    gst_structure_free(tags);
+    if (volume_) {
+        const double slider = *volume_;
+        g_object_set(sink, "volume", slider * slider * slider, nullptr);
+    }
+    gst_object_ref_sink(sink);
+    sound_opening_ = Clock::now().time_since_epoch().count();
+    // Outside the pipeline, where its failure to open is nobody's fault.
+    const bool opened = gst_element_set_state(sink, GST_STATE_READY) == GST_STATE_CHANGE_SUCCESS;
+    sound_opening_ = 0;
+    if (opened)
+        return sink;
+    gst_element_set_state(sink, GST_STATE_NULL);
+    gst_object_unref(sink);
+    return nullptr;
+}
+
+void StreamSinks::add_sound(GstBin* pipeline, GstPad* pad)
+{
+    GstElement* sink = open_sound();
+    if (!sink) {
+        sink = gst_element_factory_make("fakesink", nullptr);
+        g_object_set(sink, "sync", TRUE, nullptr);
+        gst_object_ref_sink(sink);
+    }
+    GstElement* convert = gst_element_factory_make("audioconvert", nullptr);
+    GstElement* resample = gst_element_factory_make("audioresample", nullptr);
+    sound_ = sink;
+    gst_bin_add_many(pipeline, convert, resample, sink, nullptr);
+    gst_object_unref(sink);
+    gst_element_link_many(convert, resample, sink, nullptr);
+    GstPad* entry = gst_element_get_static_pad(convert, "sink");
+    gst_pad_link(pad, entry);
+    gst_object_unref(entry);
+    for (GstElement* element : {sink, resample, convert})
+        gst_element_sync_state_with_parent(element);
+}
+
+GstFlowReturn StreamSinks::on_preroll(GstAppSink* sink, gpointer sinks)
+{
+    if (GstSample* sample = gst_app_sink_pull_preroll(sink)) {
+        static_cast<StreamSinks*>(sinks)->pictures_->put(sample);
+        gst_sample_unref(sample);
+    }
+    return GST_FLOW_OK;
+}
+
+GstFlowReturn StreamSinks::on_sample(GstAppSink* sink, gpointer sinks)
+{
+    if (GstSample* sample = gst_app_sink_pull_sample(sink)) {
+        static_cast<StreamSinks*>(sinks)->pictures_->put(sample);
+        gst_sample_unref(sample);
+    }
+    return GST_FLOW_OK;
+}
+
+} // namespace qoro

@@ -1,0 +1,277 @@
+#include "PlayerTest.h"
+#include "tests/desktop/net/NamesHere.h"
+#include "tests/desktop/net/RawHttp.h"
+
+#include <filesystem>
+#include <fstream>
+
+namespace qoro::test
+{
+namespace
+{
+
+// ---------------------------------------------------------------------------------------------------- lack of data
+
+TEST_F(GstPlayerTest, a_server_that_stalls_is_a_lack_of_data_that_ends_with_it)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.holds_at = answer.body.size() * 7 / 10;
+    GstPlayer& player = watch.open(served(answer));
+    ASSERT_TRUE(watch.until("state 3"));
+    const double stood = player.current_time();
+    EXPECT_EQ(player.load_state(), MPMovieLoadStateStalled);
+    watch.let_pass(0.3);
+    EXPECT_EQ(player.current_time(), stood);
+
+    server.release();
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "load 4", "state 3", "load 3", "state 1",
+                                      "state 2", "finished 0"}));
+    EXPECT_GT(stood, 1);
+    EXPECT_LT(stood, 3.5);
+}
+
+TEST_F(GstPlayerTest, a_pause_while_data_is_lacking_is_kept_when_it_comes)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.holds_at = answer.body.size() * 7 / 10;
+    GstPlayer& player = watch.open(served(answer));
+    ASSERT_TRUE(watch.until("state 3"));
+    watch.reports.clear();
+
+    player.pause();
+    ASSERT_TRUE(watch.until("state 2"));
+    server.release();
+    ASSERT_TRUE(watch.until("load 3"));
+    watch.let_pass(0.2);
+
+    EXPECT_EQ(watch.reports, (Reports{"state 2", "load 3"}));
+}
+
+TEST_F(GstPlayerTest, a_player_without_data_can_be_dropped_at_once)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.holds_at = answer.body.size() * 7 / 10;
+    watch.open(served(answer));
+    ASSERT_TRUE(watch.until("state 3"));
+
+    const double before = loop.now();
+    watch.drop();
+    const double took = loop.now() - before;
+    const std::size_t reports = watch.reports.size();
+    server.release();
+    watch.let_pass(0.3);
+
+    EXPECT_LT(took, 0.02);
+    EXPECT_EQ(watch.reports.size(), reports);
+}
+
+TEST_F(GstPlayerTest, a_video_that_is_there_as_a_whole_never_lacks_data)
+{
+    GstPlayer& player = watch.open(served());
+    ASSERT_TRUE(watch.until("state 1"));
+
+    for (const double time : {3.0, 0.5, 2.0, 3.5}) {
+        player.seek(time);
+        watch.let_pass(0.15);
+    }
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "finished 0"}));
+}
+
+TEST_F(GstPlayerTest, starts_only_when_enough_has_come)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.holds_at = answer.body.size() * 3 / 10;
+    watch.open(served(answer));
+    ASSERT_TRUE(watch.until("load 1"));
+    watch.let_pass(0.5);
+    EXPECT_EQ(watch.reports, (Reports{"load 1"}));
+
+    server.release();
+
+    ASSERT_TRUE(watch.until("state 1"));
+    EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1"}));
+}
+
+// -------------------------------------------------------------------------------------------------------- failures
+
+class GstPlayerFailureTest : public GstPlayerTest
+{
+protected:
+    void expect_failure(const NSURL& source)
+    {
+        GstPlayer& player = watch.open(source);
+        EXPECT_TRUE(watch.reports.empty());
+        ASSERT_TRUE(watch.until("finished 1"));
+        // The controller asks once more; that is no second failure.
+        player.play();
+        player.seek(1);
+        player.pause();
+        watch.let_pass(0.2);
+        EXPECT_EQ(watch.reports, (Reports{"state 0", "finished 1"}));
+        EXPECT_EQ(player.duration(), 0);
+        EXPECT_NE(watch.failure, "");
+    }
+};
+
+TEST_F(GstPlayerFailureTest, a_missing_file)
+{
+    expect_failure(NSURL::fileURLWithPath("/nonexistent/v.mp4"));
+}
+
+TEST_F(GstPlayerFailureTest, no_address)
+{
+    expect_failure(nullptr);
+}
+
+TEST_F(GstPlayerFailureTest, an_address_that_is_neither_http_nor_a_file)
+{
+    expect_failure(NSURL::URLWithString("rtsp://127.0.0.1/v.mp4"));
+}
+
+TEST_F(GstPlayerFailureTest, a_video_that_the_server_does_not_have)
+{
+    expect_failure(NSURL::URLWithString(server.address("/missing.mp4")));
+    EXPECT_EQ(watch.failure, "HTTP status 404");
+    EXPECT_EQ(server.requests(), 1);
+}
+
+TEST_F(GstPlayerFailureTest, a_server_that_does_not_answer_its_door)
+{
+    expect_failure(NSURL::URLWithString("http://127.0.0.1:9/v.mp4"));
+    EXPECT_EQ(watch.failure, "its server can't be reached");
+}
+
+TEST_F(GstPlayerFailureTest, a_page_instead_of_a_video)
+{
+    VideoServer::Answer answer;
+    answer.body = "<!DOCTYPE html><html><body>Sorry</body></html>";
+    answer.type = "text/html";
+    expect_failure(served(answer));
+}
+
+TEST_F(GstPlayerFailureTest, a_picture_instead_of_a_video)
+{
+    VideoServer::Answer answer;
+    answer.body = std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\10\2\0\0\0\x90wS\xde\0\0\0\14IDAT\10\xd7"
+                              "c\xf8\xcf\xc0\0\0\3\1\1\0\x18\xdd\x8d\xb0\0\0\0\0IEND\xae"
+                              "B`\x82",
+                              69);
+    answer.type = "image/png";
+    expect_failure(served(answer));
+}
+
+TEST_F(GstPlayerFailureTest, a_list_of_other_addresses)
+{
+    VideoServer::Answer answer;
+    answer.body = "#EXTM3U\n#EXT-X-TARGETDURATION:4\n#EXTINF:4,\n" + server.address("/other.ts") + "\n#EXT-X-ENDLIST\n";
+    answer.type = "application/vnd.apple.mpegurl";
+    expect_failure(served(answer));
+    EXPECT_EQ(server.requests(), 1);
+}
+
+TEST_F(GstPlayerFailureTest, nothing_at_all)
+{
+    VideoServer::Answer answer;
+    answer.body = std::string(1, '\0');
+    expect_failure(served(answer));
+}
+
+TEST_F(GstPlayerTest, half_a_file_plays_and_then_fails_once)
+{
+    const std::string whole = bytes_of(Clip);
+    const std::string path = testing::TempDir() + "/half.mp4";
+    std::ofstream(path, std::ios::binary) << whole.substr(0, whole.size() * 6 / 10);
+    GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
+
+    ASSERT_TRUE(watch.until("finished 1"));
+    player.play();
+    watch.let_pass(0.2);
+
+    EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
+    EXPECT_GT(player.current_time(), 1);
+    EXPECT_LT(player.current_time(), 3.5);
+    std::filesystem::remove(path);
+}
+
+TEST_F(GstPlayerTest, a_server_that_hangs_up_in_the_middle_fails_after_what_it_sent)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.cuts_at = answer.body.size() * 6 / 10;
+    GstPlayer& player = watch.open(served(answer));
+
+    ASSERT_TRUE(watch.until("finished 1"));
+
+    EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
+    EXPECT_GT(player.current_time(), 1);
+}
+
+TEST_F(GstPlayerTest, a_connection_that_breaks_is_taken_up_again)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.breaks_after = answer.body.size() / 4;
+    watch.open(served(answer));
+
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_EQ(watch.failure, "");
+    EXPECT_GE(server.requests(), 4);
+}
+
+TEST_F(GstPlayerTest, a_server_that_only_sends_from_the_start_is_enough)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.knows_ranges = false;
+    GstPlayer& player = watch.open(served(answer));
+    ASSERT_TRUE(watch.until("state 1"));
+    player.seek(3.5);
+    ASSERT_TRUE(watch.until("finished 0"));
+    player.play();
+    ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.2; }));
+
+    EXPECT_EQ(watch.failure, "");
+}
+
+TEST_F(GstPlayerTest, a_server_elsewhere_leads_it_not_to_this_machine)
+{
+    const NamesHere names;
+    served();
+    const std::string here = server.address("/v.mp4");
+    RawServer elsewhere([&](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 302 Found\r\nLocation: " + here + "\r\nContent-Length: 0\r\n\r\n");
+    });
+    watch.open(NSURL::URLWithString("http://ads.example:" + std::to_string(port_of(elsewhere.base())) + "/v.mp4"));
+
+    ASSERT_TRUE(watch.until("finished 1"));
+
+    EXPECT_EQ(watch.failure, "its server redirects to this machine");
+    EXPECT_EQ(server.requests(), 0);
+}
+
+TEST_F(GstPlayerTest, a_server_that_never_speaks_holds_up_nothing)
+{
+    VideoServer::Answer answer;
+    answer.silent = true;
+    answer.body = "x";
+    watch.open(served(answer));
+    ASSERT_TRUE(watch.until([&] { return server.requests() == 1; }));
+
+    const double before = loop.now();
+    watch.drop();
+
+    EXPECT_LT(loop.now() - before, 0.02);
+    EXPECT_TRUE(watch.reports.empty());
+}
+
+} // namespace
+} // namespace qoro::test

@@ -1,0 +1,96 @@
+#include "PlayerTest.h"
+
+#include <filesystem>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+
+namespace qoro::test
+{
+namespace
+{
+
+TEST_F(GstPlayerTest, plays_on_time_with_sound)
+{
+    const SoundServer sound;
+    ASSERT_TRUE(sound.runs());
+    GstPlayer& player = watch.open(file());
+    ASSERT_TRUE(watch.until("state 1"));
+    const double started = loop.now();
+
+    ASSERT_TRUE(watch.until([&] { return !sound.stream_volume().empty(); }));
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_NEAR(loop.now() - started, Duration, 0.3);
+    EXPECT_EQ(player.current_time(), Duration);
+}
+
+TEST_F(GstPlayerTest, its_sound_begins_with_the_volume_that_it_is_given)
+{
+    const SoundServer sound;
+    ASSERT_TRUE(sound.runs());
+    watch.factory().options.volume = [] { return std::optional<float>(0.4F); };
+    watch.open(file());
+
+    std::string first;
+    ASSERT_TRUE(watch.until([&] {
+        first = sound.stream_volume();
+        return !first.empty();
+    }));
+
+    EXPECT_EQ(first, "40%");
+}
+
+TEST_F(GstPlayerTest, a_silent_player_opens_no_sound)
+{
+    const SoundServer sound;
+    ASSERT_TRUE(sound.runs());
+    watch.factory().options.silent = true;
+    GstPlayer& player = watch.open(file());
+
+    ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.3; }));
+
+    EXPECT_EQ(sound.pactl("list short sink-inputs"), "");
+}
+
+TEST_F(GstPlayerTest, a_sound_server_that_ends_leaves_a_silent_video)
+{
+    SoundServer sound;
+    ASSERT_TRUE(sound.runs());
+    GstPlayer& player = watch.open(file());
+    ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.5; }));
+
+    sound.end();
+    const double at = player.current_time();
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_LT(at, 2);
+    EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "finished 0"}));
+}
+
+TEST_F(GstPlayerTest, a_sound_server_that_says_nothing_leaves_a_silent_video)
+{
+    const std::string path = testing::TempDir() + "/mute-server";
+    std::filesystem::remove(path);
+    const int listener = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_un here{};
+    here.sun_family = AF_UNIX;
+    path.copy(here.sun_path, sizeof here.sun_path - 1);
+    ASSERT_EQ(bind(listener, reinterpret_cast<sockaddr*>(&here), sizeof here), 0);
+    ASSERT_EQ(listen(listener, 4), 0);
+    setenv("PULSE_SERVER", ("unix:" + path).c_str(), 1);
+    const double before = loop.now();
+
+    watch.open(file());
+    const bool plays = watch.until("state 1");
+    const double took = loop.now() - before;
+
+    EXPECT_TRUE(plays);
+    EXPECT_LT(took, 3);
+    watch.drop();
+    close(listener);
+    std::filesystem::remove(path);
+}
+
+} // namespace
+} // namespace qoro::test
