@@ -1,7 +1,8 @@
 #include "tests/support/AdSession.h"
-#include "views/ViewNode.h"
 
 #include <gmock/gmock.h>
+
+#include <vector>
 
 namespace qoro
 {
@@ -14,20 +15,6 @@ using testing::IsEmpty;
 using testing::StartsWith;
 
 constexpr std::string_view opened = R"(notification NotifyOpenVideoExResult {"Result":"1"})";
-
-World world_with_screen(double width, double height)
-{
-    World world = AdSession::manual_world();
-    world.device.facts.screen = CGSize{width, height};
-    return world;
-}
-
-World world_with_volume(float volume)
-{
-    World world = AdSession::manual_world();
-    world.device.output_volume = volume;
-    return world;
-}
 
 World world_with_cached_video()
 {
@@ -48,12 +35,6 @@ HostApp host_that_allows(std::vector<std::int64_t> orientations)
     HostApp host;
     host.autorotates = std::move(orientations);
     return host;
-}
-
-void load(AdSession& session)
-{
-    session.open();
-    session.player_reports_load(MPMovieLoadStatePlayable);
 }
 
 TEST(PlayVideo, RunsItsStepsInOrder)
@@ -303,113 +284,6 @@ TEST(PlayVideo, AVideoThatIsNotCachedComesFromItsAddress)
     EXPECT_THAT(session.lines("player"), ElementsAre("create http://ad/v.mp4 false"));
 }
 
-TEST(PlayVideo, TheVolumesSliderIsFoundAndItsVolumeRemembered)
-{
-    AdSession session(world_with_volume(0.25F));
-
-    session.open();
-
-    EXPECT_TRUE(session->volumeSlider);
-    EXPECT_TRUE(session->musicPlayer);
-    EXPECT_EQ(session->fDefaultVolume, 0.25F);
-}
-
-TEST(PlayVideo, TheVolumeViewStandsFortyPointsNarrowerInTheView)
-{
-    AdSession session;
-
-    session.open();
-
-    EXPECT_EQ(session->volumeSlider.superview().superview(), session->view());
-    EXPECT_EQ(session->volumeSlider.superview().frame(), (CGRect{20, 100, 335, 50}));
-}
-
-TEST(PlayVideo, WithoutASliderTheFieldStaysAsItWas)
-{
-    World world = AdSession::manual_world();
-    world.device.volume_slider = false;
-    AdSession session(world);
-    const UISlider before(std::make_shared<ViewNode>(ViewNode::Kind::Slider));
-    session->volumeSlider = before;
-
-    session.open();
-
-    EXPECT_EQ(session->volumeSlider, before);
-    EXPECT_TRUE(session->musicPlayer);
-}
-
-TEST(PlayVideo, AnAdThatStartsMutedIsMutedOnceLoaded)
-{
-    AdSession session;
-    session.ad().bIsDefaultMute = true;
-    session.ad().arrayMuteTrackingUrls = NSArray::of_strings({"http://t/mute"});
-
-    load(session);
-
-    EXPECT_TRUE(session->bIsMute);
-    EXPECT_THAT(session.lines("volume"), ElementsAre("0"));
-    EXPECT_THAT(session.fetched(), IsEmpty());
-}
-
-TEST(PlayVideo, AnAdThatStartsWithSoundIsAtTheStartsVolumeOnceLoaded)
-{
-    AdSession session;
-    session.ad().arrayUnmuteTrackingUrls = NSArray::of_strings({"http://t/unmute"});
-
-    load(session);
-
-    EXPECT_FALSE(session->bIsMute);
-    EXPECT_THAT(session.lines("volume"), ElementsAre("0.6"));
-    EXPECT_THAT(session.fetched(), IsEmpty());
-}
-
-TEST(PlayVideo, OnlyAnAdThatStartsMutedTouchesTheMuteFlag)
-{
-    const struct {
-        bool before, starts_muted;
-        bool afterwards;
-    } rows[] = {
-        {true, true, false},
-        {true, false, true},
-        {false, true, false},
-        // A second video of one session: its first toggle turns the sound off.
-        {false, false, false},
-    };
-    for (const auto& row : rows) {
-        AdSession session;
-        session->bIsMute = row.before;
-        session.ad().bIsDefaultMute = row.starts_muted;
-        session.open();
-        EXPECT_EQ(session->bIsMute, row.afterwards) << row.before << ' ' << row.starts_muted;
-    }
-}
-
-TEST(PlayVideo, AnAdWithSoundOnASilentDeviceIsAtHalfVolumeOnceLoaded)
-{
-    AdSession session(world_with_volume(0));
-
-    load(session);
-
-    EXPECT_THAT(session.lines("volume"), ElementsAre("0.5"));
-}
-
-TEST(PlayVideo, ThePlayerIsSetUpForTheLayouts)
-{
-    AdSession session;
-    session.ad().portraitVideoPos = TOP;
-
-    session.open();
-
-    const PlayerSettings settings = session->qoroMoviePlayer.settings();
-    EXPECT_FALSE(settings.fullscreen);
-    EXPECT_FALSE(settings.should_autoplay);
-    EXPECT_EQ(settings.repeat_mode, MPMovieRepeatModeNone);
-    EXPECT_EQ(settings.control_style, MPMovieControlStyleNone);
-    EXPECT_EQ(settings.source_type, MPMovieSourceTypeUnknown);
-    EXPECT_TRUE(session->qoroMoviePlayer.view().isOpaque());
-    EXPECT_EQ(session->btnClickListener.superview(), session->qoroMoviePlayer.view());
-}
-
 TEST(PlayVideo, AutoplayIsTheAdsWish)
 {
     AdSession session;
@@ -418,77 +292,6 @@ TEST(PlayVideo, AutoplayIsTheAdsWish)
     session.open();
 
     EXPECT_TRUE(session->qoroMoviePlayer.settings().should_autoplay);
-}
-
-TEST(PlayVideo, TheViewAndThePageAreSeeThrough)
-{
-    AdSession session(world_with_screen(375, 667));
-
-    session.open();
-
-    EXPECT_FALSE(session->view().isOpaque());
-    EXPECT_FALSE(session->webView().isOpaque());
-    EXPECT_EQ(session->view().backgroundColor(), UIColor::clearColor());
-    EXPECT_EQ(session->webView().backgroundColor(), UIColor::clearColor());
-}
-
-TEST(PlayVideo, AScreenOf812PointsGetsABlackBackdrop)
-{
-    AdSession session(world_with_screen(375, 812));
-
-    session.open();
-
-    EXPECT_EQ(session->view().backgroundColor(), UIColor::colorWithRed(0, 0, 0, 0.7));
-}
-
-TEST(PlayVideo, AScreenOf811PointsGetsNone)
-{
-    AdSession session(world_with_screen(375, 811));
-
-    session.open();
-
-    EXPECT_EQ(session->view().backgroundColor(), UIColor::clearColor());
-}
-
-TEST(PlayVideo, AScreenOf813PointsGetsNone)
-{
-    AdSession session(world_with_screen(375, 813));
-
-    session.open();
-
-    EXPECT_EQ(session->view().backgroundColor(), UIColor::clearColor());
-}
-
-TEST(PlayVideo, TheAdsBackgroundColourWins)
-{
-    AdSession session;
-    session.ad().strBackgroundColor = "4294901760";
-
-    session.open();
-
-    EXPECT_EQ(session->view().backgroundColor(), UIColor::colorWithRed(1, 0, 0, 1));
-    EXPECT_EQ(session->webView().backgroundColor(), UIColor::clearColor());
-    EXPECT_EQ(session->webView().alpha(), 1.0);
-}
-
-TEST(PlayVideo, WithoutABackgroundColourThePageIsTransparent)
-{
-    AdSession session;
-
-    session.open();
-
-    EXPECT_EQ(session->webView().alpha(), 0.0);
-}
-
-TEST(PlayVideo, ThePageStandsInTheViewAndTheViewInAWindowAboveTheStatusBar)
-{
-    AdSession session;
-
-    session.open();
-
-    EXPECT_EQ(session->webView().superview(), session->view());
-    EXPECT_EQ(session->view().superview(), session->windowTempWindow);
-    EXPECT_EQ(session->windowTempWindow.windowLevel(), 1001.0);
 }
 
 TEST(PlayVideo, AnAdWithBothArrangementsCanTurn)
@@ -568,108 +371,6 @@ TEST(PlayVideo, AfterAnEndTheBarsAreNotToHide)
     EXPECT_FALSE(session->timerSetControllerButtonHide);
 }
 
-TEST(PlayVideo, FourPlayerNotificationsAndTheInterruptionAreObserved)
-{
-    AdSession session;
-    const std::size_t before = NSNotificationCenter::defaultCenter().count_of(&session.controller());
-
-    session.open();
-
-    EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), before + 5);
-}
-
-TEST(PlayVideo, RemovingThePlayersObserversLeavesTheInterruption)
-{
-    AdSession session;
-    const std::size_t before = NSNotificationCenter::defaultCenter().count_of(&session.controller());
-    session.open();
-
-    session->removeObserverFromQoroMoviePlayer();
-
-    EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), before + 1);
-}
-
-TEST(PlayVideo, OfAnotherSenderNeitherLoadNorFinishIsHeardButThePlaybackState)
-{
-    const struct {
-        std::string_view notification;
-        std::vector<std::string> heard;
-    } rows[] = {
-        {MPMoviePlayerPlaybackDidFinishNotification, {}},
-        {MPMoviePlayerLoadStateDidChangeNotification, {}},
-        {MPMoviePlayerPlaybackStateDidChangeNotification, {"js video_ended null 0", "log 1 video stop"}},
-    };
-    for (const auto& row : rows) {
-        AdSession session;
-        session.open();
-        session.player_reports_load(MPMovieLoadStatePlayable);
-        // Another report of the load state would be told anew.
-        session->bIsLoaded = false;
-        session.forget();
-
-        NSNotificationCenter::defaultCenter().deliver(row.notification, &session);
-
-        EXPECT_EQ(session.transcript(), row.heard) << row.notification;
-    }
-}
-
-TEST(PlayVideo, TheRegistrationsOfTheVideoBeforeItStay)
-{
-    AdSession session;
-    session.open();
-    const std::size_t before = NSNotificationCenter::defaultCenter().count_of(&session.controller());
-    session.open();
-    session.forget();
-
-    session.plays();
-    session.interrupt(1);
-
-    EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), before + 5);
-    EXPECT_EQ(session.count_of("js video_loaded null 0"), 1U);
-    EXPECT_EQ(session.count_of("js video_play null 0"), 2U);
-    EXPECT_THAT(session.lines("player"), ElementsAre("pause", "pause"));
-}
-
-TEST(PlayVideo, TheVolumeViewShowsNothing)
-{
-    AdSession session;
-
-    session.open();
-
-    EXPECT_FALSE(session->volumeSlider.superview().node()->shows_volume_slider);
-    EXPECT_FALSE(session->volumeSlider.superview().node()->shows_route_button);
-}
-
-TEST(PlayVideo, BeforeAnyLayoutTheViewsFillTheScreenAndTheVideoTheHost)
-{
-    HostApp host;
-    host.root_view = CGSize{360, 640};
-    AdSession session(AdSession::manual_world(), host);
-    session->view().setFrame({1, 2, 3, 4});
-    session->webView().setFrame({1, 2, 3, 4});
-    // No layout runs during a click-through.
-    session->setBDoButtonAction(true);
-
-    session.open();
-
-    EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 375, 812}));
-    EXPECT_EQ(session->webView().frame(), (CGRect{0, 0, 375, 812}));
-    EXPECT_EQ(session->qoroMoviePlayer.view().frame(), (CGRect{0, 0, 360, 640}));
-    EXPECT_EQ(session->qoroMoviePlayer.settings().scaling_mode, MPMovieScalingModeAspectFill);
-}
-
-TEST(PlayVideo, WithoutAHostsViewTheVideoHasAZeroFrame)
-{
-    HostApp host;
-    host.root_view.reset();
-    AdSession session(AdSession::manual_world(), host);
-    session->setBDoButtonAction(true);
-
-    session.open();
-
-    EXPECT_EQ(session->qoroMoviePlayer.view().frame(), CGRect{});
-}
-
 TEST(PlayVideo, ASecondVideoLoadsAnewAndReplacesTheTimers)
 {
     AdSession session;
@@ -686,98 +387,6 @@ TEST(PlayVideo, ASecondVideoLoadsAnewAndReplacesTheTimers)
     EXPECT_FALSE(loaded.isValid());
     EXPECT_TRUE(session->timerBufferSufferTime.isValid());
     EXPECT_TRUE(session->timerVideoLoaded.isValid());
-}
-
-TEST(Interruption, ItsBeginPausesThePlayerAndTakesItsPictureAway)
-{
-    AdSession session;
-    session.open();
-    session.plays();
-    session.forget();
-
-    session.interrupt(1);
-
-    EXPECT_THAT(session.transcript(), ElementsAre("player pause"));
-    EXPECT_FALSE(session->qoroMoviePlayer.view().superview());
-}
-
-TEST(Interruption, ItsEndLaysTheVideoOutAndPlays)
-{
-    AdSession session;
-    session.open();
-    session.plays();
-    session.interrupt(1);
-    session.pauses_at(3);
-    session.forget();
-
-    session.interrupt(0);
-
-    EXPECT_THAT(session.events(), Contains(StartsWith("video_orientation")));
-    EXPECT_EQ(session.transcript().back(), "player play");
-    EXPECT_TRUE(session->qoroMoviePlayer.view().superview());
-}
-
-TEST(Interruption, ItsEndWhileTheVideoPlaysPausesIt)
-{
-    AdSession session;
-    session.open();
-    session.plays();
-    session.forget();
-
-    session.interrupt(0);
-
-    EXPECT_THAT(session.lines("player"), ElementsAre("pause"));
-}
-
-TEST(Interruption, ItsEndDuringAClickThroughPlaysNothing)
-{
-    AdSession session;
-    session.open();
-    session.plays();
-    session.pauses_at(3);
-    session->setBDoButtonAction(true);
-    session.forget();
-
-    session.interrupt(0);
-
-    EXPECT_THAT(session.transcript(), IsEmpty());
-}
-
-TEST(Interruption, AnyOtherTypeIsIgnored)
-{
-    AdSession session;
-    session.open();
-    session.plays();
-    session.forget();
-
-    session.interrupt(2);
-
-    EXPECT_THAT(session.transcript(), IsEmpty());
-}
-
-TEST(Interruption, OfAnotherAudioSessionIsNotHeard)
-{
-    AdSession session;
-    session.open();
-    session.plays();
-    session.forget();
-
-    NSNotificationCenter::defaultCenter().deliver(AVAudioSessionInterruptionNotification, &session,
-                                                  {{std::string(AVAudioSessionInterruptionTypeKey), 1}});
-
-    EXPECT_THAT(session.transcript(), IsEmpty());
-}
-
-TEST(Interruption, WithoutAPlayerItsBeginDoesNothing)
-{
-    AdSession session;
-    session.ad().strVideoUrl = "";
-    session.open();
-    session.forget();
-
-    session.interrupt(1);
-
-    EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
 } // namespace
