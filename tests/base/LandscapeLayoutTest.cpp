@@ -1,5 +1,5 @@
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
-#include "tests/support/AdSession.h"
+#include "tests/base/StartingPoints.h"
 #include "tests/support/Views.h"
 #include "tests/support/WhenTold.h"
 
@@ -29,13 +29,6 @@ World locked_host(int status_bar_orientation)
     world.device.facts.screen = CGSize{812, 375};
     world.device.status_bar_orientation = status_bar_orientation;
     return world;
-}
-
-HostApp rotating_host()
-{
-    HostApp host;
-    host.autorotates = {UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeRight};
-    return host;
 }
 
 /// Opens an ad that has only a landscape arrangement.
