@@ -1,6 +1,9 @@
-#include "tests/support/AdSession.h"
+#include "tests/base/StartingPoints.h"
 
 #include <gmock/gmock.h>
+
+#include <string>
+#include <vector>
 
 namespace qoro
 {
@@ -9,27 +12,6 @@ namespace
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-HostApp host_with_parent()
-{
-    HostApp host;
-    host.parent = true;
-    return host;
-}
-
-/// An ad that can be held in landscape, where its close button hides the video.
-void has_hide_button(AdSession& session)
-{
-    session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
-    session.ad().bShowHideVideoBtn = true;
-}
-
-/// Held in landscape, with a close button that hides the video.
-void show_hide_button(AdSession& session)
-{
-    has_hide_button(session);
-    session.rotate(UIDeviceOrientationLandscapeLeft);
-}
 
 /// What is left of an ad when its parent is told that it has closed.
 class LookingParent : public QoroPhoneGapViewController
@@ -480,188 +462,6 @@ TEST(Close, ASecondCloseSendsItsTrackersButFindsNothingToTakeDown)
     EXPECT_THAT(session.lines("player"), IsEmpty());
     EXPECT_THAT(session.lines("volume"), IsEmpty());
     EXPECT_THAT(session.lines("parent"), IsEmpty());
-}
-
-TEST(RemoveBtnClose, WithoutAPlayerTheButtonStays)
-{
-    AdSession session;
-    session.open();
-    session->qoroMoviePlayer = nullptr;
-
-    session->removeBtnClose();
-
-    EXPECT_TRUE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, InPortraitTheButtonLeavesTheScreenButIsKept)
-{
-    AdSession session;
-    session.open();
-
-    session->removeBtnClose();
-
-    EXPECT_TRUE(session->btnClose);
-    EXPECT_FALSE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, CustomCloseInLandscapeLeavesTheButtonThatHidesTheVideo)
-{
-    AdSession session;
-    show_hide_button(session);
-    session.open();
-
-    session->MRAIDUseCustomClose(true);
-
-    EXPECT_TRUE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, OnceTheVideoIsHiddenTheLandscapeButtonGoesToo)
-{
-    AdSession session;
-    show_hide_button(session);
-    session.open();
-    session->qoroMoviePlayer.view().setHidden(true);
-
-    session->removeBtnClose();
-
-    EXPECT_FALSE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, AnAdLaunchedInLandscapeLeftCountsAsLandscape)
-{
-    AdSession session;
-    has_hide_button(session);
-    session.ad().launchOrientation = UIDeviceOrientationLandscapeLeft;
-    session.open();
-
-    session->removeBtnClose();
-
-    EXPECT_TRUE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, AnAdLaunchedInLandscapeRightDoesNot)
-{
-    AdSession session;
-    has_hide_button(session);
-    session.ad().launchOrientation = UIDeviceOrientationLandscapeRight;
-    session.open();
-
-    session->removeBtnClose();
-
-    EXPECT_FALSE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, EitherLandscapeSideOfTheDeviceCounts)
-{
-    for (const int side : {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight}) {
-        AdSession session;
-        has_hide_button(session);
-        session.rotate(side);
-        session.open();
-
-        session->removeBtnClose();
-
-        EXPECT_TRUE(session->btnClose.superview()) << "device " << side;
-    }
-}
-
-TEST(RemoveBtnClose, InLandscapeTheButtonGoesUnlessItHidesTheVideo)
-{
-    AdSession session;
-    show_hide_button(session);
-    session.open();
-    session.ad().bShowHideVideoBtn = false;
-
-    session->removeBtnClose();
-
-    EXPECT_TRUE(session->btnClose);
-    EXPECT_FALSE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, WithoutAPortraitArrangementItCountsAsLandscape)
-{
-    AdSession session;
-    session.ad().portraitModeType = {};
-    has_hide_button(session);
-    session.open();
-
-    session->removeBtnClose();
-
-    EXPECT_TRUE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, AnUprightDeviceIsNotLandscapeAlthoughTheAdHasThatArrangement)
-{
-    AdSession session;
-    has_hide_button(session);
-    session.open();
-
-    session->removeBtnClose();
-
-    EXPECT_FALSE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, ALandscapeStatusBarCountsInALockedHost)
-{
-    for (const int side : {UIInterfaceOrientationLandscapeRight, UIInterfaceOrientationLandscapeLeft}) {
-        AdSession session;
-        has_hide_button(session);
-        session.open();
-        session.turn_status_bar(side);
-        session->bIsLockOneSide = true;
-
-        session->removeBtnClose();
-
-        EXPECT_TRUE(session->btnClose.superview()) << "status bar " << side;
-    }
-}
-
-TEST(RemoveBtnClose, ALandscapeStatusBarInAHostThatIsNotLockedDoesNotCount)
-{
-    AdSession session;
-    has_hide_button(session);
-    session.open();
-    session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
-
-    session->removeBtnClose();
-
-    EXPECT_FALSE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, ALandscapeDeviceDoesNotCountForAnAdWithoutThatArrangement)
-{
-    AdSession session;
-    show_hide_button(session);
-    session.ad().landscapeModeType = VideoAdMode{};
-    session.open();
-
-    session->removeBtnClose();
-
-    EXPECT_FALSE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, ALandscapeArrangementOfTheVideoAloneHasNoButtonThatHidesIt)
-{
-    AdSession session;
-    show_hide_button(session);
-    session.ad().landscapeModeType = ONLY_VIDEO;
-    session.open();
-
-    session->removeBtnClose();
-
-    EXPECT_FALSE(session->btnClose.superview());
-}
-
-TEST(RemoveBtnClose, ALockedHostWithAnUprightStatusBarDoesNotCount)
-{
-    AdSession session;
-    has_hide_button(session);
-    session.open();
-    session->bIsLockOneSide = true;
-
-    session->removeBtnClose();
-
-    EXPECT_FALSE(session->btnClose.superview());
 }
 
 } // namespace

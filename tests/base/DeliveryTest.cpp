@@ -1,4 +1,4 @@
-#include "tests/support/AdSession.h"
+#include "tests/base/StartingPoints.h"
 
 #include <gmock/gmock.h>
 
@@ -9,13 +9,6 @@ namespace
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-HostApp host_with_parent()
-{
-    HostApp host;
-    host.parent = true;
-    return host;
-}
 
 TEST(SendTrackingUrls, SendsTheListInOrderAtOnceWithItsMacros)
 {

@@ -1,4 +1,4 @@
-#include "tests/support/AdSession.h"
+#include "tests/base/StartingPoints.h"
 
 #include <gmock/gmock.h>
 
@@ -18,13 +18,6 @@ World world_with_video(double duration)
     World world;
     world.video.duration = duration;
     return world;
-}
-
-HostApp host_with_parent()
-{
-    HostApp host;
-    host.parent = true;
-    return host;
 }
 
 void track_everything(AdSession& session)
