@@ -1,5 +1,6 @@
 #include "tests/support/AdSession.h"
 #include "tests/support/Views.h"
+#include "views/ViewNode.h"
 
 #include <gmock/gmock.h>
 
@@ -348,6 +349,28 @@ TEST(ActionButtons, ATitleOfOneLetterIsATitle)
     session.open();
 
     EXPECT_EQ(session->btnActionOne.title(), "X");
+}
+
+TEST(ButtonTitle, IsDecodedAndStyled)
+{
+    AdSession session;
+    const UIButton button = UIButton::create();
+    button.titleLabel().setFont({"Times", 1.0});
+    button.titleLabel().setNumberOfLines(3);
+
+    session->setButtonText(button, "Buy+now%21%20");
+
+    EXPECT_EQ(button.title(), "Buy now!");
+    EXPECT_EQ(button.titleLabel().font(), (UIFont{"Arial", 17.0}));
+    EXPECT_EQ(button.titleLabel().textColor(), UIColor::whiteColor());
+    EXPECT_EQ(button.titleLabel().lineBreakMode(), NSLineBreakByCharWrapping);
+    EXPECT_EQ(button.titleLabel().textAlignment(), NSTextAlignmentRight);
+    const ViewNode& label = *button.node()->title_label;
+    EXPECT_EQ(label.number_of_lines, 1);
+    EXPECT_TRUE(label.highlighted);
+    EXPECT_EQ(label.text_shadow_offset, (CGSize{0.5, 0.5}));
+    EXPECT_EQ(button.node()->title_shadow_color, UIColor::colorWithRed(0, 0, 0, 0.3));
+    EXPECT_TRUE(button.node()->shows_touch);
 }
 
 } // namespace

@@ -1,4 +1,4 @@
-#include "tests/support/AdSession.h"
+#include "tests/base/StartingPoints.h"
 
 #include <gmock/gmock.h>
 
@@ -9,13 +9,6 @@ namespace
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-void play(AdSession& session)
-{
-    session.open();
-    session.plays();
-    session.forget();
-}
 
 TEST(PrePauseStatus, AnUnknownLocationHasNotPaused)
 {
@@ -201,6 +194,116 @@ TEST(PrePause, CancellingForgetsWhichLocationsHavePaused)
     session->cancelPrePauseLocations();
 
     EXPECT_FALSE(session->prePauseStatusDict);
+}
+
+TEST(PrePauseTick, PausesAtALocationThatIsReached)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    session.open();
+    session.plays();
+    session.player_is_at(4.9);
+    session.let_pass(0.1);
+    EXPECT_THAT(session.lines("player"), ElementsAre("create http://ad/v.mp4 false"));
+
+    session.player_is_at(5);
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("create http://ad/v.mp4 false", "pause"));
+    EXPECT_TRUE(session->prePauseStatusAtLocation(5));
+}
+
+TEST(PrePauseTick, PassesEveryLocationInOneTick)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5, 10};
+    session.open();
+    session.plays();
+    session.player_is_at(12);
+    session.forget();
+
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause", "pause"));
+    EXPECT_TRUE(session->prePauseStatusAtLocation(5));
+    EXPECT_TRUE(session->prePauseStatusAtLocation(10));
+}
+
+TEST(PrePauseTick, PausesAtEachLocationOnce)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    session.open();
+    session.plays();
+    session.player_is_at(5);
+    session.let_pass(0.1);
+    session.pauses_at(5);
+    session.plays_on();
+    session.forget();
+
+    session.let_pass(1);
+
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+}
+
+TEST(PrePauseTick, TellsTheTimeThenJumpsBackThenPauses)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5};
+    session.open();
+    session.plays();
+    session.pauses_at(7.5);
+    session.return_to_app();
+    session.plays_on();
+    session.forget();
+
+    session->updateRemainderTime();
+
+    EXPECT_THAT(session.transcript(),
+                ElementsAre(R"(js video_timeupdate {"e":{"current_time":"7"}} 0)", "player seek 7.5", "player pause"));
+}
+
+TEST(PrePauseTick, ALocationCountsByItsWholeSeconds)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {5.7};
+    session.open();
+    session.plays();
+    session.player_is_at(5);
+    session.forget();
+
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause"));
+    EXPECT_TRUE(session->prePauseStatusAtLocation(5));
+}
+
+TEST(PrePauseTick, ALocationBeforeTheStartIsReachedAtOnce)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {-3};
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.let_pass(0.1);
+
+    EXPECT_THAT(session.lines("player"), ElementsAre("pause"));
+    EXPECT_TRUE(session->prePauseStatusAtLocation(-3));
+}
+
+TEST(PrePauseTick, KnowsNoLocationZero)
+{
+    AdSession session;
+    session.ad().arrayPrePauseLocations = {0};
+    session.open();
+    session.plays();
+    session.forget();
+
+    session.let_pass(1);
+
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+    EXPECT_FALSE(session->prePauseStatusAtLocation(0));
 }
 
 } // namespace
