@@ -35,6 +35,12 @@ protected:
     {
         return session.script_says(command, arguments).error.text();
     }
+    /// The page asks for what it is to know, and is told it.
+    void page_asks()
+    {
+        session.script_says("mraid.load", {"id"});
+        session.forget();
+    }
     void touch_page() { session.touch(187, 500); }
 
     static constexpr const char* NoTouch = "this needs a new touch of the page, not older than a second";
@@ -79,8 +85,7 @@ TEST_F(MraidTest, APageThatAsksAgainIsToldEverythingAgain)
 
 TEST_F(MraidTest, AVideoOverThePageHidesItAtTheMomentAtWhichItTurns)
 {
-    session.script_says("mraid.load", {"id"});
-    session.forget();
+    page_asks();
 
     session.script_says("changeOrientation", {"landscape"});
     session.let_pass(0);
@@ -94,8 +99,7 @@ TEST_F(MraidTest, AVideoOverThePageHidesItAtTheMomentAtWhichItTurns)
 
 TEST_F(MraidTest, ALayoutThatChangesNothingTellsNothing)
 {
-    session.script_says("mraid.load", {"id"});
-    session.forget();
+    page_asks();
 
     session.script_says("changeOrientation", {"portrait"});
     session.let_pass(1);
@@ -105,8 +109,7 @@ TEST_F(MraidTest, ALayoutThatChangesNothingTellsNothing)
 
 TEST_F(MraidTest, TheVolumeIsToldInPercent)
 {
-    session.script_says("mraid.load", {"id"});
-    session.forget();
+    page_asks();
 
     session.set_volume(0.25F);
 
@@ -115,8 +118,7 @@ TEST_F(MraidTest, TheVolumeIsToldInPercent)
 
 TEST_F(MraidTest, NothingIsSeenWhileTheViewerIsAway)
 {
-    session.script_says("mraid.load", {"id"});
-    session.forget();
+    page_asks();
 
     session.leave_app();
     EXPECT_THAT(session.lines("mraid"),
@@ -131,8 +133,7 @@ TEST_F(MraidTest, NothingIsSeenWhileTheViewerIsAway)
 
 TEST_F(MraidTest, ClosingHidesTheAdAndIsTheLastThatIsTold)
 {
-    session.script_says("mraid.load", {"id"});
-    session.forget();
+    page_asks();
 
     EXPECT_EQ(refusal("mraid.close"), "");
     session.let_pass(1);
@@ -292,8 +293,7 @@ TEST_F(MraidTest, ACalendarEventThatIsNoneIsAnErrorOfThePage)
 
 TEST_F(MraidTest, AnActionButtonsCalendarEventThatIsNoneIsAnErrorOfThePageToo)
 {
-    session.script_says("mraid.load", {"id"});
-    session.forget();
+    page_asks();
 
     session->checkLaunchType({{"action", "cre_cal_event"},
                               {"data", NSDictionary{{"e", NSDictionary{{"description", "Sale"}, {"start", "soon"}}}}}});
