@@ -24,6 +24,12 @@ protected:
         view.setFrame({0, 0, 375, 812});
     }
 
+    /// Puts one on top of what the view holds.
+    void put(const UIView& subview, const CGRect& frame)
+    {
+        view.addSubview(subview);
+        subview.setFrame(frame);
+    }
     UIView at(double x, double y) { return UIView(hit_test(platform, {x, y})); }
 
     RecordingPlatform platform;
@@ -37,10 +43,8 @@ protected:
 TEST_F(Touches, ReachTheTopmostView)
 {
     const UIView above = UIView::create();
-    view.addSubview(button);
-    view.addSubview(above);
-    button.setFrame({0, 0, 50, 50});
-    above.setFrame({25, 0, 50, 50});
+    put(button, {0, 0, 50, 50});
+    put(above, {25, 0, 50, 50});
 
     EXPECT_EQ(at(10, 10), button);
     EXPECT_EQ(at(30, 10), above);
@@ -49,8 +53,7 @@ TEST_F(Touches, ReachTheTopmostView)
 
 TEST_F(Touches, CountLeftAndTopEdgesInRightAndBottomOut)
 {
-    view.addSubview(button);
-    button.setFrame({100.1, 200.2, 50.3, 50.4});
+    put(button, {100.1, 200.2, 50.3, 50.4});
 
     EXPECT_EQ(at(100.1, 200.2), button);
     EXPECT_EQ(at(100.1 + 50.3, 220), view);
@@ -61,8 +64,7 @@ TEST_F(Touches, CountLeftAndTopEdgesInRightAndBottomOut)
 
 TEST_F(Touches, PassByWhatIsHiddenFaintOrTakesNone)
 {
-    view.addSubview(button);
-    button.setFrame({0, 0, 50, 50});
+    put(button, {0, 0, 50, 50});
 
     button.setAlpha(0.009);
     EXPECT_EQ(at(10, 10), view);
@@ -92,10 +94,8 @@ TEST_F(Touches, PassByLabelsAndImageViews)
 {
     const UILabel label = UILabel::create();
     const UIImageView image = UIImageView::create();
-    label.setFrame({0, 0, 50, 50});
-    image.setFrame({0, 100, 50, 50});
-    view.addSubview(label);
-    view.addSubview(image);
+    put(label, {0, 0, 50, 50});
+    put(image, {0, 100, 50, 50});
 
     EXPECT_EQ(at(10, 10), view);
     EXPECT_EQ(at(10, 110), view);
@@ -119,8 +119,7 @@ TEST_F(Touches, FollowATurnedView)
 {
     view.setTransform(CGAffineTransformMakeRotation(QuarterTurn));
     view.setFrame({0, 0, 375, 812});
-    view.addSubview(button);
-    button.setFrame({0, 0, 50, 20});
+    put(button, {0, 0, 50, 20});
 
     EXPECT_EQ(at(370, 10), button);
     EXPECT_EQ(at(370, 60), view);
@@ -132,8 +131,7 @@ TEST_F(Touches, FollowAViewTurnedTheOtherWay)
 {
     view.setTransform(CGAffineTransformMakeRotation(-QuarterTurn));
     view.setFrame({0, 0, 375, 812});
-    view.addSubview(button);
-    button.setFrame({0, 0, 50, 20});
+    put(button, {0, 0, 50, 20});
 
     EXPECT_EQ(at(10, 800), button);
     EXPECT_EQ(at(30, 800), view);
@@ -143,8 +141,7 @@ TEST_F(Touches, FollowAViewTurnedTheOtherWay)
 TEST_F(Touches, FollowAViewThatStandsOnItsHead)
 {
     view.setTransform(CGAffineTransformMakeRotation(HalfTurn));
-    view.addSubview(button);
-    button.setFrame({0, 0, 50, 20});
+    put(button, {0, 0, 50, 20});
 
     EXPECT_EQ(at(370, 800), button);
     EXPECT_EQ(at(10, 10), view);
@@ -152,8 +149,7 @@ TEST_F(Touches, FollowAViewThatStandsOnItsHead)
 
 TEST_F(Touches, FollowAViewAtAnyAngle)
 {
-    view.addSubview(button);
-    button.setFrame({100, 100, 100, 100});
+    put(button, {100, 100, 100, 100});
     button.setTransform(CGAffineTransformMakeRotation(HalfTurn / 4));
 
     EXPECT_EQ(at(150, 82), button);
@@ -205,8 +201,7 @@ TEST_F(Touches, GoNoFurtherThanTheTopmostWindow)
 TEST_F(Touches, RunTheTargetsOfTheButtonThatTheyReach)
 {
     const auto finger = std::make_shared<Finger>();
-    view.addSubview(button);
-    button.setFrame({0, 0, 50, 50});
+    put(button, {0, 0, 50, 50});
     button.addTarget(action<&Finger::tap>(finger.get(), "tap"));
 
     EXPECT_EQ(touch(platform, {10, 10}), button.node());
@@ -250,8 +245,7 @@ TEST_F(Touches, AWindowThatWasGivenNoFrameFillsTheScreen)
 
 TEST_F(Touches, FindTheirPointInTheMiddleOfAViewThatLiesFree)
 {
-    view.addSubview(button);
-    button.setFrame({100, 200, 50, 40});
+    put(button, {100, 200, 50, 40});
 
     EXPECT_EQ(touchable_point(*button.node()), (CGPoint{125, 220}));
 }
@@ -259,10 +253,8 @@ TEST_F(Touches, FindTheirPointInTheMiddleOfAViewThatLiesFree)
 TEST_F(Touches, FindTheirPointBesideWhatLiesInTheMiddle)
 {
     const UIView above = UIView::create();
-    view.addSubview(button);
-    view.addSubview(above);
-    button.setFrame({0, 0, 300, 200});
-    above.setFrame({120, 80, 60, 40});
+    put(button, {0, 0, 300, 200});
+    put(above, {120, 80, 60, 40});
 
     EXPECT_EQ(touchable_point(*button.node()), (CGPoint{45, 100}));
 }
@@ -270,8 +262,7 @@ TEST_F(Touches, FindTheirPointBesideWhatLiesInTheMiddle)
 TEST_F(Touches, FindNoPointOfWhatIsCoveredHiddenOrAwayFromTheScreen)
 {
     const UIView above = UIView::create();
-    view.addSubview(button);
-    button.setFrame({0, 0, 50, 50});
+    put(button, {0, 0, 50, 50});
     EXPECT_TRUE(touchable_point(*button.node()));
 
     button.setHidden(true);
@@ -283,7 +274,6 @@ TEST_F(Touches, FindNoPointOfWhatIsCoveredHiddenOrAwayFromTheScreen)
     button.setFrame({-60, 0, 50, 50});
     EXPECT_FALSE(touchable_point(*button.node()));
     button.setFrame({0, 0, 50, 50});
-    view.addSubview(above);
-    above.setFrame({0, 0, 375, 812});
+    put(above, {0, 0, 375, 812});
     EXPECT_FALSE(touchable_point(*button.node()));
 }
