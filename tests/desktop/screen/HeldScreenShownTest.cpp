@@ -1,0 +1,87 @@
+#include "tests/desktop/screen/ScreenTest.h"
+
+namespace qoro::test
+{
+namespace
+{
+
+/// An ad as the landscape layout leaves it: turned by a quarter, red at its upper left, blue at its lower right.
+class HeldScreenShown : public ScreenTest
+{
+protected:
+    void show_ad_turned_by(double angle)
+    {
+        const UIView ad = UIView::create();
+        ad.setTransform(CGAffineTransformMakeRotation(angle));
+        ad.setFrame({0, 0, 300, 400});
+        ad.setBackgroundColor(color(White));
+        ad.addSubview(colored({0, 0, 40, 20}, Red));
+        ad.addSubview(colored({360, 280, 40, 20}, Blue));
+        window.addSubview(ad);
+    }
+};
+
+TEST_F(HeldScreenShown, an_ad_turned_for_landscape_left_stands_upright_there)
+{
+    show_ad_turned_by(QuarterTurn);
+    turn(UIDeviceOrientationLandscapeLeft);
+    open();
+    const Shown picture = shown();
+    EXPECT_EQ(picture.width, 400);
+    EXPECT_EQ(picture.height, 300);
+    EXPECT_EQ(picture.box_of(Red), (CGRect{0, 0, 40, 20}));
+    EXPECT_EQ(picture.box_of(Blue), (CGRect{360, 280, 40, 20}));
+}
+
+TEST_F(HeldScreenShown, an_ad_turned_for_landscape_right_stands_upright_there)
+{
+    show_ad_turned_by(-QuarterTurn);
+    turn(UIDeviceOrientationLandscapeRight);
+    open();
+    const Shown picture = shown();
+    EXPECT_EQ(picture.box_of(Red), (CGRect{0, 0, 40, 20}));
+    EXPECT_EQ(picture.box_of(Blue), (CGRect{360, 280, 40, 20}));
+}
+
+TEST_F(HeldScreenShown, an_ad_turned_on_a_device_held_upright_lies_on_its_side)
+{
+    show_ad_turned_by(QuarterTurn);
+    open();
+    const Shown picture = shown();
+    EXPECT_EQ(picture.width, 300);
+    EXPECT_EQ(picture.box_of(Red), (CGRect{280, 0, 20, 40}));
+    EXPECT_EQ(picture.box_of(Blue), (CGRect{0, 360, 20, 40}));
+}
+
+TEST_F(HeldScreenShown, a_device_upside_down_shows_everything_so)
+{
+    window.addSubview(colored({0, 0, 40, 20}, Red));
+    turn(UIDeviceOrientationPortraitUpsideDown);
+    open();
+    EXPECT_EQ(shown().box_of(Red), (CGRect{260, 380, 40, 20}));
+}
+
+TEST_F(HeldScreenShown, the_window_follows_the_turn)
+{
+    open();
+    EXPECT_EQ(surface_width(), 300);
+    turn(UIDeviceOrientationLandscapeLeft);
+    EXPECT_TRUE(platform.loop().run_until([&] { return surface_width() == 400; }, 10));
+    turn(UIDeviceOrientationPortrait);
+    EXPECT_TRUE(platform.loop().run_until([&] { return surface_width() == 300; }, 10));
+}
+
+TEST_F(HeldScreenShown, a_device_larger_than_the_monitor_is_shown_smaller_and_pictured_whole)
+{
+    platform.device_facts.screen = CGSize{1500, 3000};
+    window.setFrame({0, 0, 1500, 3000});
+    window.addSubview(colored({1000, 1000, 400, 500}, Red));
+    open();
+    EXPECT_LT(surface_width(), 1500);
+    const Shown picture = shown();
+    EXPECT_EQ(picture.width, 1500);
+    EXPECT_EQ(picture.box_of(Red), (CGRect{1000, 1000, 400, 500}));
+}
+
+} // namespace
+} // namespace qoro::test
