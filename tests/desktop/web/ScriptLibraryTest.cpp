@@ -38,6 +38,8 @@ protected:
         ASSERT_EQ(recorder.mraid.count(), 1U);
         tell(first_facts());
     }
+    /// What was heard after the page had begun and ended to load.
+    std::vector<std::string> heard_since_loading() const { return {recorder.heard.begin() + 2, recorder.heard.end()}; }
 };
 
 TEST_F(ScriptLibraryTest, a_page_finds_the_documented_calls_and_nothing_else)
@@ -77,8 +79,7 @@ TEST_F(ScriptLibraryTest, the_first_news_make_it_ready_in_the_order_of_the_stand
     begin("for (const name of ['ready', 'stateChange', 'viewableChange', 'exposureChange', 'audioVolumeChange', "
           "'sizeChange', 'error']) mraid.addEventListener(name, (...args) => note(name, ...args));");
     wait_for(R"(note["audioVolumeChange",60])");
-    const std::vector<std::string> heard(recorder.heard.begin() + 2, recorder.heard.end());
-    EXPECT_EQ(heard,
+    EXPECT_EQ(heard_since_loading(),
               (std::vector<std::string>{R"(note["stateChange","default"])", R"(note["ready"])",
                                         R"(note["exposureChange",100,{"height":523,"width":375,"x":0,"y":0},null])",
                                         R"(note["viewableChange",true])", R"(note["audioVolumeChange",60])"}));
@@ -124,10 +125,10 @@ TEST_F(ScriptLibraryTest, who_comes_late_is_told_how_things_stand_and_once)
           "  mraid.addEventListener(name, late);"
           "mraid.addEventListener('ready', late); setTimeout(() => note('end'), 50); }));");
     wait_for("note[\"end\"]");
-    const std::vector<std::string> heard(recorder.heard.begin() + 2, recorder.heard.end());
-    EXPECT_EQ(heard, (std::vector<std::string>{R"(note["late"])",
-                                               R"(note["late",100,{"height":523,"width":375,"x":0,"y":0},null])",
-                                               R"(note["late",60])", R"(note["end"])"}));
+    EXPECT_EQ(
+        heard_since_loading(),
+        (std::vector<std::string>{R"(note["late"])", R"(note["late",100,{"height":523,"width":375,"x":0,"y":0},null])",
+                                  R"(note["late",60])", R"(note["end"])"}));
 }
 
 TEST_F(ScriptLibraryTest, a_removed_listener_of_the_ad_hears_nothing_more)
@@ -147,8 +148,7 @@ TEST_F(ScriptLibraryTest, every_request_carries_its_arguments)
           "mraid.setOrientationProperties({forceOrientation: 'landscape'}); mraid.storePicture('https://p/');"
           "mraid.expand(); mraid.resize(); mraid.unload(); mraid.close(); });");
     wait_for("mraid.close[]");
-    const std::vector<std::string> heard(recorder.heard.begin() + 2, recorder.heard.end());
-    EXPECT_EQ(heard,
+    EXPECT_EQ(heard_since_loading(),
               (std::vector<std::string>{
                   R"(mraid.open["https://shop/"])", R"(mraid.playVideo["https://v/"])", "mraid.useCustomClose[true]",
                   R"(mraid.createCalendarEvent[{"description":"party","start":"1970-01-01T00:00:00.000Z"}])",
@@ -173,8 +173,7 @@ TEST_F(ScriptLibraryTest, a_calendar_event_may_be_json_text_and_a_text_that_is_n
                  mraid.createCalendarEvent('{"description":"party","start":"2027-03-24"}');
                  mraid.createCalendarEvent('{"description":'); note('end'); });)");
     wait_for("note[\"end\"]");
-    const std::vector<std::string> heard(recorder.heard.begin() + 2, recorder.heard.end());
-    EXPECT_EQ(heard,
+    EXPECT_EQ(heard_since_loading(),
               (std::vector<std::string>{R"(mraid.createCalendarEvent[{"description":"party","start":"2027-03-24"}])",
                                         R"(mraid.createCalendarEvent["{\"description\":"])", "note[\"end\"]"}));
 }
