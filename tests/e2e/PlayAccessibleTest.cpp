@@ -85,23 +85,6 @@ protected:
                 return each.name;
         return "";
     }
-    static bool tells(PlayedAd& ad, const std::string& what, const std::string& does)
-    {
-        return ad
-            .wait_for([&](const nlohmann::json& line) { return line["what"] == what && line.value("do", "") == does; })
-            .is_object();
-    }
-    /// Looks again and again until a point of the screen has a colour.
-    static bool becomes(PlayedAd& ad, int x, int y, Colour colour)
-    {
-        const std::string png = ad.folder() + "/look.png";
-        for (int looks = 0; looks < 60; ++looks) {
-            ad.photograph(png);
-            if (alike(Picture(png).at(x, y), colour))
-                return true;
-        }
-        return false;
-    }
 
     std::string folder_;
     VideoServer server_;
@@ -192,7 +175,7 @@ TEST_F(PlayAccessible, ARingOfTwoTonesShowsWhereTheKeyboardIsUntilThePointerIsUs
     ASSERT_TRUE(tab_to(*ad, reader, "Close"));
 
     // The close button is at the left edge of the video, 50 points wide: the ring's right side stands beside it.
-    EXPECT_TRUE(becomes(*ad, 52, 70, {255, 255, 255}));
+    EXPECT_TRUE(ad->shows(52, 70, {255, 255, 255}));
     const Picture ring(ad->folder() + "/look.png");
     EXPECT_TRUE(alike(ring.at(50, 70), {5, 5, 10}));
     EXPECT_TRUE(alike(ring.at(54, 70), {5, 5, 10}));
@@ -243,31 +226,31 @@ TEST_F(PlayAccessible, TheBrowserKeepsTheKeyboardInsideAndIsLeftWithIt)
     ASSERT_EQ(focused(reader), "Close");
     ad->press("Return");
 
-    EXPECT_TRUE(tells(*ad, "super", "checkViewSizeAfterOpenOtherApp"));
+    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
 TEST_F(PlayAccessible, InATextFieldArrowsAndLettersAreThePagesAndTheDeviceStaysAsItIs)
 {
     const auto ad = play_browser("/form");
-    ASSERT_TRUE(becomes(*ad, 187, 400, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
 
     ad->click(100, 178);
     ad->press("a");
     ad->press("Left");
     ad->press("h");
-    ASSERT_TRUE(becomes(*ad, 187, 400, OtherColour)) << "the h stands before the a";
-    EXPECT_TRUE(becomes(*ad, 187, 700, OtherColour)) << "the device is upright";
+    ASSERT_TRUE(ad->shows(187, 400, OtherColour)) << "the h stands before the a";
+    EXPECT_TRUE(ad->shows(187, 700, OtherColour)) << "the device is upright";
 }
 
 TEST_F(PlayAccessible, APageWithoutATextFieldGivesTheArrowsBackToTheDevice)
 {
     const auto ad = play_browser("/other");
-    ASSERT_TRUE(becomes(*ad, 187, 400, OtherColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 400, OtherColour)) << ad->complaints();
 
     ad->click(187, 400);
     ad->press("Left");
 
-    EXPECT_TRUE(becomes(*ad, 700, 300, OtherColour));
+    EXPECT_TRUE(ad->shows(700, 300, OtherColour));
 }
 
 TEST_F(PlayAccessible, OnAGermanDesktopTheBrowserSpeaksGerman)

@@ -81,24 +81,6 @@ protected:
         return {"--steps", steps({{{"at", 1.2}, {"tap", "btnActionOne"}}})};
     }
 
-    /// Looks again and again until a point of the screen has a colour.
-    static bool becomes(PlayedAd& ad, int x, int y, Colour colour)
-    {
-        const std::string png = ad.folder() + "/look.png";
-        for (int looks = 0; looks < 60; ++looks) {
-            ad.photograph(png);
-            if (alike(Picture(png).at(x, y), colour))
-                return true;
-        }
-        return false;
-    }
-    static bool tells(PlayedAd& ad, const std::string& what, const std::string& does)
-    {
-        return ad
-            .wait_for([&](const nlohmann::json& line) { return line["what"] == what && line.value("do", "") == does; })
-            .is_object();
-    }
-
     std::string folder_;
     VideoServer server_;
 };
@@ -108,13 +90,13 @@ protected:
 TEST_F(PlayScreens, ALandingPageLiesOverTheAdUntilItsWayOutIsClicked)
 {
     const auto ad = play(browser("/landing"), tap_at_second_one());
-    ASSERT_TRUE(becomes(*ad, 187, 400, PageColour)) << ad->complaints();
-    EXPECT_TRUE(becomes(*ad, 20, 20, PageColour)) << "it fills the screen";
+    ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
+    EXPECT_TRUE(ad->shows(20, 20, PageColour)) << "it fills the screen";
 
     ad->click(351, 24);
 
-    EXPECT_TRUE(tells(*ad, "super", "checkViewSizeAfterOpenOtherApp"));
-    EXPECT_TRUE(becomes(*ad, 3, 20, Black)) << "the ad is back, with its black edge above the video";
+    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
+    EXPECT_TRUE(ad->shows(3, 20, Black)) << "the ad is back, with its black edge above the video";
     ad->press("Escape");
     EXPECT_EQ(ad->exit_status(), 0);
 }
@@ -122,34 +104,34 @@ TEST_F(PlayScreens, ALandingPageLiesOverTheAdUntilItsWayOutIsClicked)
 TEST_F(PlayScreens, ANavigationBarStandsAboveThePageAndItsCloseButtonAnswers)
 {
     const auto ad = play(browser("/landing", {{"show_nav_bar", true}, {"show_prog_bar", true}}), tap_at_second_one());
-    ASSERT_TRUE(becomes(*ad, 187, 400, PageColour)) << ad->complaints();
-    EXPECT_TRUE(becomes(*ad, 187, 44, BarColour));
+    ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
+    EXPECT_TRUE(ad->shows(187, 44, BarColour));
 
     ad->click(351, 24);
 
-    EXPECT_TRUE(tells(*ad, "super", "checkViewSizeAfterOpenOtherApp"));
+    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
 TEST_F(PlayScreens, OnADeviceThatIsTurnedThePageFillsTheScreenAndCanBeLeft)
 {
     const auto ad = play(browser("/landing", {{"show_nav_bar", true}}), tap_at_second_one());
-    ASSERT_TRUE(becomes(*ad, 187, 400, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
 
     ad->press("Left");
-    ASSERT_TRUE(becomes(*ad, 700, 300, PageColour));
-    EXPECT_TRUE(becomes(*ad, 406, 44, BarColour));
+    ASSERT_TRUE(ad->shows(700, 300, PageColour));
+    EXPECT_TRUE(ad->shows(406, 44, BarColour));
     ad->click(788, 24);
 
-    EXPECT_TRUE(tells(*ad, "super", "checkViewSizeAfterOpenOtherApp"));
+    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
 TEST_F(PlayScreens, EscapeLeavesThePageFirstAndTheAdAfterIt)
 {
     const auto ad = play(browser("/landing", {{"custom_close", true}}), tap_at_second_one());
-    ASSERT_TRUE(becomes(*ad, 187, 400, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
 
     ad->press("Escape");
-    ASSERT_TRUE(tells(*ad, "super", "checkViewSizeAfterOpenOtherApp"));
+    ASSERT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
     EXPECT_EQ(ad->exit_status(0), -1) << "the ad goes on";
 
     ad->press("Escape");
@@ -159,55 +141,55 @@ TEST_F(PlayScreens, EscapeLeavesThePageFirstAndTheAdAfterIt)
 TEST_F(PlayScreens, AFollowedLinkLeadsFurtherAndTheBarLeadsBack)
 {
     const auto ad = play(browser("/links", {{"show_nav_bar", true}}), tap_at_second_one());
-    ASSERT_TRUE(becomes(*ad, 187, 600, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 600, PageColour)) << ad->complaints();
 
     ad->click(187, 350);
-    ASSERT_TRUE(becomes(*ad, 187, 600, OtherColour));
+    ASSERT_TRUE(ad->shows(187, 600, OtherColour));
     ad->click(24, 24);
-    EXPECT_TRUE(becomes(*ad, 187, 600, PageColour));
+    EXPECT_TRUE(ad->shows(187, 600, PageColour));
     ad->click(72, 24);
-    EXPECT_TRUE(becomes(*ad, 187, 600, OtherColour));
+    EXPECT_TRUE(ad->shows(187, 600, OtherColour));
 }
 
 TEST_F(PlayScreens, AFollowedLinkToATelephoneIsHandedOnAndThePageStays)
 {
     const auto ad = play(browser("/links"), tap_at_second_one());
-    ASSERT_TRUE(becomes(*ad, 187, 600, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 600, PageColour)) << ad->complaints();
 
     ad->click(187, 100);
 
-    EXPECT_TRUE(tells(*ad, "kit", "page.handOn"));
-    EXPECT_TRUE(becomes(*ad, 187, 600, PageColour));
+    EXPECT_TRUE(ad->tells({{"what", "kit"}, {"do", "page.handOn"}}));
+    EXPECT_TRUE(ad->shows(187, 600, PageColour));
 }
 
 TEST_F(PlayScreens, AFormOnThePageCanBeFilledIn)
 {
     const auto ad = play(browser("/form"), tap_at_second_one());
-    ASSERT_TRUE(becomes(*ad, 187, 400, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
 
     ad->click(100, 130);
     ad->press("h");
     ad->press("h");
 
-    EXPECT_TRUE(becomes(*ad, 187, 400, OtherColour)) << "the keys are the page's";
+    EXPECT_TRUE(ad->shows(187, 400, OtherColour)) << "the keys are the page's";
 }
 
 TEST_F(PlayScreens, ABrowserWhosePageDoesNotComeCanBeLeft)
 {
     const auto ad =
         play(button({{"launch_type", "inapp"}, {"data", {{"u", "http://127.0.0.1:1/"}}}}), tap_at_second_one());
-    ASSERT_TRUE(tells(*ad, "kit", "browser.expand")) << ad->complaints();
+    ASSERT_TRUE(ad->tells({{"what", "kit"}, {"do", "browser.expand"}})) << ad->complaints();
 
     ad->click(351, 24);
 
-    EXPECT_TRUE(tells(*ad, "super", "checkViewSizeAfterOpenOtherApp"));
+    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
 TEST_F(PlayScreens, OnAPhoneTheStorePageLiesBelowTheVideoAndItsWayOutClosesTheAd)
 {
     const auto ad = play({{"strStoreId", "org.example.Lamps"}}, {"--store-page", address("/landing") + "?{id}"});
     server_.serve("/landing?org.example.Lamps", {.body = "<body style='background:#20a040'>", .type = "text/html"});
-    ASSERT_TRUE(becomes(*ad, 187, 500, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 500, PageColour)) << ad->complaints();
 
     ad->click(351, 279);
 
@@ -220,11 +202,11 @@ TEST_F(PlayScreens, OnATabletTheStorePageLiesOverTheAdAndItsWayOutLeavesTheAd)
     server_.serve("/store/42", {.body = "<body style='background:#20a040'>", .type = "text/html"});
     const auto ad = play({{"strStoreId", "42"}}, {"--device", "600x800", "--store-page", address("/store/{id}"),
                                                   "--steps", steps({{{"at", 1.2}, {"tap", "btnPlayAndPause"}}})});
-    ASSERT_TRUE(becomes(*ad, 300, 400, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(300, 400, PageColour)) << ad->complaints();
 
     ad->click(576, 24);
 
-    EXPECT_TRUE(tells(*ad, "kit", "store.dismiss"));
+    EXPECT_TRUE(ad->tells({{"what", "kit"}, {"do", "store.dismiss"}}));
     EXPECT_EQ(ad->exit_status(0), -1) << "the ad stays";
 }
 
@@ -234,11 +216,11 @@ TEST_F(PlayScreens, AnItemsPageLiesOverTheAdAndItsWayOutBringsTheAdBack)
     std::vector<std::string> options = tap_at_second_one();
     options.insert(options.end(), {"--store-page", address("/store/{id}")});
     const auto ad = play(button({{"action", "open_store"}, {"id", 42}, {"data", nlohmann::json::object()}}), options);
-    ASSERT_TRUE(becomes(*ad, 187, 400, PageColour)) << ad->complaints();
+    ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
 
     ad->click(351, 24);
 
-    EXPECT_TRUE(tells(*ad, "super", "closeInAppApplication"));
+    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "closeInAppApplication"}}));
 }
 
 } // namespace qoro::test

@@ -187,6 +187,15 @@ nlohmann::json PlayedAd::wait_for(const std::function<bool(const nlohmann::json&
     }
 }
 
+bool PlayedAd::tells(const nlohmann::json& members)
+{
+    return !wait_for([&](const nlohmann::json& line) {
+                nlohmann::json merged = line;
+                merged.merge_patch(members);
+                return merged == line;
+            }).is_null();
+}
+
 bool PlayedAd::hears(const std::string& event, double seconds)
 {
     return !wait_for([&](const nlohmann::json& line) { return line.value("event", "") == event; }, seconds).is_null();
@@ -229,6 +238,17 @@ std::vector<nlohmann::json> PlayedAd::trace()
     for (std::string line; std::getline(text, line) && !text.eof();)
         lines.push_back(nlohmann::json::parse(line));
     return lines;
+}
+
+bool PlayedAd::shows(int x, int y, Colour colour)
+{
+    const std::string png = folder_ + "/look.png";
+    for (int looks = 0; looks < 60; ++looks) {
+        photograph(png);
+        if (alike(Picture(png).at(x, y), colour))
+            return true;
+    }
+    return false;
 }
 
 int PlayedAd::exit_status(double seconds)

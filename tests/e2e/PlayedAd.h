@@ -1,5 +1,7 @@
 #pragma once
 
+#include "tests/e2e/Picture.h"
+
 #include <nlohmann/json.hpp>
 
 #include <functional>
@@ -44,6 +46,8 @@ public:
     /// Waits for a line of the trace, and gives the first one that fits; a null one when none came within the seconds,
     /// or the program ended without one.
     nlohmann::json wait_for(const std::function<bool(const nlohmann::json&)>& fits, double seconds = 20);
+    /// Waits for a line of the trace with these members.
+    bool tells(const nlohmann::json& members);
     /// Waits for an event to the script.
     bool hears(const std::string& event, double seconds = 20);
     /// Waits for a line of the trace that tells the second the video has reached.
@@ -54,6 +58,8 @@ public:
     int hits_of(const std::string& path);
     /// All lines up to now.
     std::vector<nlohmann::json> trace();
+    /// Looks again and again, sixty times at most, until a point of the screen has a colour.
+    bool shows(int x, int y, Colour colour);
     /// Waits for the program's end: its exit status, −1 when it did not end in time or was killed.
     int exit_status(double seconds = 20);
     /// The numbers of the program's process, first, and of all that it has started, as far as they still run.
