@@ -9,7 +9,7 @@
 (() => {
     'use strict';
 
-    const { create, defineProperty, freeze, hasOwn, keys } = Object;
+    const { create, defineProperty, freeze, getOwnPropertyDescriptor, hasOwn, keys } = Object;
 
     // A page may hold the library twice: by the kit's own script element and by its own reference. The first one stays.
     // Asked as an own property, because an element with that id would answer for the bare name.
@@ -18,6 +18,7 @@
 
     const { Error, Promise, isFinite, setTimeout } = window;
     const { isArray } = Array;
+    const { round } = Math;
     const { parse } = JSON;
     const { apply } = Reflect;
     const { then } = Promise.prototype;
@@ -120,6 +121,7 @@
     // Listeners by name; a function stands under a name once.
     function makeListeners() {
         const ids = create(null); // name → id → function, in the order in which they came
+        const told = create(null); // id → whether tell() has called it
         return {
             __proto__: null,
             idOf(name, listener) {
@@ -137,16 +139,20 @@
             },
             remove(name, id) {
                 delete ids[name][id];
+                delete told[id];
             },
             removeAll(name) {
                 for (const id in ids[name])
-                    delete ids[name][id];
+                    this.remove(name, id);
             },
+            wasTold: id => told[id] === true,
             // A listener that is removed meanwhile is not called any more.
             tell(name, args) {
                 const known = ids[name];
-                for (const id in known)
+                for (const id in known) {
+                    told[id] = true;
                     call(known[id], args);
+                }
             },
         };
     }
@@ -187,7 +193,9 @@
         setVideoMute: () => send('setVideoMute', []),
         setVideoUnmute: () => send('setVideoUnmute', []),
         // seconds from the start
-        setVideoSeekToTime: seconds => send('setVideoSeekToTime', [seconds]),
+        setVideoSeekToTime: seconds => typeof seconds === 'number' && isFinite(seconds)
+            ? send('setVideoSeekToTime', [seconds])
+            : reject(new Error('The time is a number of seconds.')),
         // whole seconds; 0 until they are known
         getVideoTotalTime: () => send('getVideoTotalTime', []),
         getVideoIsMute: () => send('getVideoIsMute', []),
@@ -195,13 +203,17 @@
         checkVideoPlay: () => send('checkVideoPlay', []),
 
         // the next video's addresses and trackers
-        playNextVideo: record => send('playNextVideo', [record]),
+        playNextVideo: record => record !== null && typeof record === 'object'
+            ? send('playNextVideo', [record])
+            : reject(new Error('The next video is a record.')),
         // whether this is another video than the one that plays
         checkCanPlayNextVideo: address => send('checkCanPlayNextVideo', [address]),
         cancelPrePauseLocations: () => send('cancelPrePauseLocations', []),
 
         // 'portrait' or 'landscape'
-        changeOrientation: orientation => send('changeOrientation', [orientation]),
+        changeOrientation: orientation => orientation === 'portrait' || orientation === 'landscape'
+            ? send('changeOrientation', [orientation])
+            : reject(new Error('An orientation is portrait or landscape.')),
         MRAIDClose: () => send('MRAIDClose', []),
         // whether the page draws the close control itself
         MRAIDUseCustomClose: flag => send('MRAIDUseCustomClose', [flag]),
@@ -228,6 +240,10 @@
     const orientationProperties = { __proto__: null, allowOrientationChange: true, forceOrientation: 'none' };
     const expandProperties = { __proto__: null, width: null, height: null, useCustomClose: false };
     let resizeProperties = null;
+    const closePositions = {
+        __proto__: null, 'top-left': true, 'top-right': true, 'bottom-left': true, 'bottom-right': true, center: true,
+        'top-center': true, 'bottom-center': true,
+    };
 
     function fail(message, action) {
         listeners.tell('error', [message, action]);
@@ -242,9 +258,20 @@
                 refused => fail(typeof refused === 'string' ? refused : refused.message, action));
     }
 
-    const copyOf = rectangle => rectangle &&
-        { x: rectangle.x, y: rectangle.y, width: rectangle.width, height: rectangle.height };
-    const copyOfSize = size => ({ width: size.width, height: size.height });
+    // The text of an address, which may be a URL object.
+    function addressText(address) {
+        try {
+            return `${address}`;
+        } catch (none) {
+            return '';
+        }
+    }
+
+    // The standard counts in whole points.
+    const copyOf = rectangle => rectangle && {
+        x: round(rectangle.x), y: round(rectangle.y), width: round(rectangle.width), height: round(rectangle.height),
+    };
+    const copyOfSize = size => ({ width: round(size.width), height: round(size.height) });
 
     // What a listener of an event is called with, as things stand.
     const present = {
@@ -252,12 +279,37 @@
         ready: () => [],
         stateChange: () => [state],
         viewableChange: () => [viewable],
-        sizeChange: () => [position.width, position.height],
+        sizeChange: () => [round(position.width), round(position.height)],
         exposureChange: () => [exposure.exposedPercentage, copyOf(exposure.visibleRectangle), null],
         audioVolumeChange: () => [volume],
     };
     // Whoever comes late to one of these is told how things stand.
     const toldLate = { __proto__: null, ready: true, exposureChange: true, audioVolumeChange: true };
+
+    // The kit may know of a new size before the page has it: a listener that looks at its window is to find it there. A
+    // page that is not laid out at all is told a little later.
+    const longestResize = 250; // milliseconds
+    const widthOfWindow = getOwnPropertyDescriptor(window, 'innerWidth').get;
+    const heightOfWindow = getOwnPropertyDescriptor(window, 'innerHeight').get;
+    let sizeDue = false;
+
+    function tellDueSize() {
+        if (sizeDue)
+            listeners.tell('sizeChange', present.sizeChange());
+        sizeDue = false;
+    }
+
+    function tellSize() {
+        sizeDue = true;
+        const isThere = apply(widthOfWindow, window, []) === round(position.width) &&
+            apply(heightOfWindow, window, []) === round(position.height);
+        if (isThere)
+            tellDueSize();
+        else
+            setTimeout(tellDueSize, longestResize);
+    }
+
+    window.addEventListener('resize', tellDueSize);
 
     // Takes over what the kit tells: what has changed, all at once the first time.
     function learn(facts) {
@@ -290,8 +342,8 @@
             tell('stateChange');
         if (begins)
             tell('ready');
-        if (!begins && (position.width !== before.width || position.height !== before.height))
-            tell('sizeChange');
+        if (!begins && (round(position.width) !== before.width || round(position.height) !== before.height))
+            tellSize();
         if (told('exposure'))
             tell('exposureChange');
         if (told('viewable') && (viewable || !begins))
@@ -308,18 +360,19 @@
         }
         if (listeners.idOf(name, listener) !== null)
             return;
-        listeners.add(name, listener);
+        const id = listeners.add(name, listener);
         if (state === 'loading' || !toldLate[name])
             return;
+        // Unless it is removed, or told in the same breath as everyone, before.
         setTimeout(() => {
-            if (listeners.idOf(name, listener) !== null)
+            if (listeners.idOf(name, listener) === id && !listeners.wasTold(id))
                 call(listener, present[name]());
         });
     }
 
     function removeListener(name, listener) {
         name = `${name}`;
-        if (listener === undefined) {
+        if (listener === undefined || listener === null) {
             listeners.removeAll(name);
             return;
         }
@@ -336,6 +389,14 @@
     }
 
     function setOrientationProperties(given) {
+        if (given === null || typeof given !== 'object') {
+            fail('The properties are a record.', 'setOrientationProperties');
+            return;
+        }
+        if (state === 'loading') {
+            fail('The ad is not ready.', 'setOrientationProperties');
+            return;
+        }
         const forced = entryOf(given, 'forceOrientation', 'string', orientationProperties.forceOrientation);
         if (forced !== 'portrait' && forced !== 'landscape' && forced !== 'none') {
             fail('forceOrientation is portrait, landscape or none.', 'setOrientationProperties');
@@ -357,6 +418,10 @@
     }
 
     function setExpandProperties(given) {
+        if (entryOf(given, 'width', 'number', 0) < 0 || entryOf(given, 'height', 'number', 0) < 0) {
+            fail('width and height are not negative.', 'setExpandProperties');
+            return;
+        }
         expandProperties.width = entryOf(given, 'width', 'number', expandProperties.width);
         expandProperties.height = entryOf(given, 'height', 'number', expandProperties.height);
         expandProperties.useCustomClose = entryOf(given, 'useCustomClose', 'boolean', expandProperties.useCustomClose);
@@ -369,11 +434,16 @@
             fail('width and height are numbers.', 'setResizeProperties');
             return;
         }
+        const closePosition = entryOf(given, 'customClosePosition', 'string', 'top-right');
+        if (!closePositions[closePosition]) {
+            fail('customClosePosition is a corner, center, top-center or bottom-center.', 'setResizeProperties');
+            return;
+        }
         resizeProperties = {
             __proto__: null, width, height,
             offsetX: entryOf(given, 'offsetX', 'number', 0),
             offsetY: entryOf(given, 'offsetY', 'number', 0),
-            customClosePosition: entryOf(given, 'customClosePosition', 'string', 'top-right'),
+            customClosePosition: closePosition,
             allowOffscreen: entryOf(given, 'allowOffscreen', 'boolean', true),
         };
     }
@@ -417,17 +487,18 @@
         setResizeProperties,
 
         close: () => ask('close', []),
-        unload: () => ask('unload', []),
+        // Also for a creative that can't get ready.
+        unload: () => after(send('mraid.unload', []), () => {}, () => {}),
         useCustomClose: flag => ask('useCustomClose', [flag]), // deprecated by the standard
         // Each of these needs the viewer's touch, not longer ago than a second.
-        open: address => ask('open', [address]),
-        playVideo: address => ask('playVideo', [address]),
+        open: address => ask('open', [addressText(address)]),
+        playVideo: address => ask('playVideo', [addressText(address)]),
         // a record, or the JSON text of one
         createCalendarEvent: event => ask('createCalendarEvent', [typeof event === 'string' ? read(event) : event]),
         // Refused: an interstitial neither grows nor moves, and the kit keeps no pictures.
-        expand: address => ask('expand', [address === undefined ? null : address]),
+        expand: address => ask('expand', [address === undefined ? null : addressText(address)]),
         resize: () => ask('resize', []),
-        storePicture: address => ask('storePicture', [address]),
+        storePicture: address => ask('storePicture', [addressText(address)]),
     };
 
     const environment = {
@@ -442,9 +513,12 @@
 
     // ----------------------------------------------------------------------------------------------- what a page gets
 
-    defineProperty(window, 'MRAID_ENV', { value: freeze(environment), enumerable: true });
-    defineProperty(window, 'mraid', { value: freeze(mraid), enumerable: true });
-    defineProperty(window, 'qoroPlayer', { value: freeze(qoroPlayer), enumerable: true });
+    // A page may have names of its own for them: a script that declares "const mraid" takes over the name.
+    const give = (name, value) =>
+        defineProperty(window, name, { __proto__: null, value: freeze(value), enumerable: true, configurable: true });
+    give('MRAID_ENV', environment);
+    give('mraid', mraid);
+    give('qoroPlayer', qoroPlayer);
 
     if (post) {
         const id = `${page}-mraid`;
