@@ -87,14 +87,29 @@ bool is_loopback_6(std::string_view host)
 {
     in6_addr bytes{};
     if (host.size() < 2 || inet_pton(AF_INET6, std::string(host.substr(1, host.size() - 2)).c_str(), &bytes) != 1)
-        return true; // what nobody can read is nobody's address
+        return false;
     const auto zeros = [&](std::size_t count) {
         return std::all_of(bytes.s6_addr, bytes.s6_addr + count, [](unsigned char byte) { return byte == 0; });
     };
     if (zeros(15))
         return bytes.s6_addr[15] <= 1;
     const bool mapped = zeros(10) && bytes.s6_addr[10] == 0xFF && bytes.s6_addr[11] == 0xFF;
-    return mapped && (bytes.s6_addr[12] == 127 || bytes.s6_addr[12] == 0);
+    return (mapped && bytes.s6_addr[12] == 0) || ((mapped || zeros(12)) && bytes.s6_addr[12] == 127);
+}
+
+/// Whether it takes more than what stands here to say whose host it is.
+bool is_unreadable(std::string_view address)
+{
+    // A placeholder may stand for anything.
+    if (const std::size_t slashes = address.find("//"); slashes != std::string_view::npos)
+        if (address.substr(0, address.find_first_of("/\\?#", slashes + 2)).find('{') != std::string_view::npos)
+            return true;
+    const std::string host = host_of(address);
+    if (host.starts_with('[')) {
+        in6_addr bytes{};
+        return inet_pton(AF_INET6, host.substr(1, host.size() - 2).c_str(), &bytes) != 1;
+    }
+    return std::ranges::any_of(host, [](unsigned char c) { return c <= ' ' || c >= 0x7F || c == '%'; });
 }
 
 } // namespace
@@ -106,10 +121,15 @@ bool is_loopback_address(std::string_view address)
         return false;
     if (host.starts_with('['))
         return is_loopback_6(host);
-    if (host == "localhost" || host.ends_with(".localhost") || host.find('%') != std::string::npos)
+    if (host == "localhost" || host.ends_with(".localhost"))
         return true;
     const auto byte = first_byte(host);
     return byte == 127U || byte == 0U;
+}
+
+bool leads_to_this_machine(std::string_view from, std::string_view to)
+{
+    return (is_loopback_address(to) || is_unreadable(to)) && !is_loopback_address(from);
 }
 
 } // namespace qoro

@@ -143,10 +143,9 @@ ScriptAnswer Mraid::carry_out(const ScriptMessage& message)
     else if (message.arguments.count() < command->arguments)
         refusal = message.command + " takes " + std::to_string(command->arguments) + " arguments, not " +
                   std::to_string(message.arguments.count());
-    else if (command->needs_touch && !page_was_touched())
-        refusal = "this needs a new touch of the page, not older than a second";
     else
-        refusal = (this->*command->run)(message.arguments);
+        refusal =
+            command->needs_touch ? run_on_touch(*command, message.arguments) : (this->*command->run)(message.arguments);
     const auto times = refusal ? ad_.count_refusal() : std::nullopt;
     if (times)
         platform_.tell("mraid", {{"do", "refused"},
@@ -157,14 +156,17 @@ ScriptAnswer Mraid::carry_out(const ScriptMessage& message)
     return {.error = refusal, .value = {}};
 }
 
-bool Mraid::page_was_touched()
+/// One touch serves one request; what was refused has not used it.
+NSString Mraid::run_on_touch(const Command& command, const NSArray& arguments)
 {
     const auto page = ad_.webView().node();
-    if (!page || !page->page_touched)
-        return false;
-    // One touch serves one request.
-    const double touched = *std::exchange(page->page_touched, std::nullopt);
-    return platform_.loop().now() - touched <= TouchLasts;
+    const auto touched = page ? std::exchange(page->page_touched, std::nullopt) : std::nullopt;
+    if (!touched || platform_.loop().now() - *touched > TouchLasts)
+        return "this needs a new touch of the page, not older than a second";
+    const NSString refusal = (this->*command.run)(arguments);
+    if (refusal && !page->page_touched)
+        page->page_touched = touched;
+    return refusal;
 }
 
 NSString Mraid::close(const NSArray&)
@@ -209,7 +211,7 @@ NSString Mraid::play_video(const NSArray& arguments)
 NSString Mraid::leave_for(const NSURL& address)
 {
     const NSString& text = address.absoluteString();
-    if (is_loopback_address(text.text()) && !is_loopback_address(ad_.strBaseUrl.text()))
+    if (leads_to_this_machine(ad_.strBaseUrl.text(), text.text()))
         return "this machine's own addresses are out of reach";
     if (!UIApplication::sharedApplication().canOpenURL(address))
         return "nothing here opens " + text.text();

@@ -48,7 +48,7 @@ private:
     NSString refuse_picture(const NSArray& arguments);
 
     NSString leave_for(const NSURL& address);
-    bool page_was_touched();
+    NSString run_on_touch(const Command& command, const NSArray& arguments);
 
     NSDictionary features() const;
     NSDictionary facts() const;

@@ -10,21 +10,20 @@ namespace qoro
 namespace
 {
 
-bool leads_here(GUri* uri)
+std::string text_of(GUri* uri)
 {
     char* text = g_uri_to_string(uri);
-    const bool here = is_loopback_address(text);
+    std::string copy = text;
     g_free(text);
-    return here;
+    return copy;
 }
 
 } // namespace
 
 RedirectGuard::RedirectGuard(SoupMessage* message, GUri* asked, GCancellable* request)
-    : message_(static_cast<SoupMessage*>(g_object_ref(message))), request_(request)
+    : message_(static_cast<SoupMessage*>(g_object_ref(message))), asked_(text_of(asked)), request_(request)
 {
-    if (!leads_here(asked))
-        g_signal_connect(message_, "restarted", G_CALLBACK(restarted), this);
+    g_signal_connect(message_, "restarted", G_CALLBACK(restarted), this);
 }
 
 RedirectGuard::~RedirectGuard()
@@ -35,7 +34,7 @@ RedirectGuard::~RedirectGuard()
 
 void RedirectGuard::restarted(SoupMessage* message, RedirectGuard* guard)
 {
-    if (!leads_here(soup_message_get_uri(message)))
+    if (!leads_to_this_machine(guard->asked_, text_of(soup_message_get_uri(message))))
         return;
     guard->has_acted_ = true;
     g_cancellable_cancel(guard->request_);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 typedef struct _GCancellable GCancellable;
 typedef struct _GUri GUri;
 typedef struct _SoupMessage SoupMessage;
@@ -28,6 +30,7 @@ private:
     static void restarted(SoupMessage* message, RedirectGuard* guard);
 
     SoupMessage* const message_;
+    const std::string asked_;
     GCancellable* const request_;
     bool has_acted_ = false;
 };

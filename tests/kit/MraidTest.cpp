@@ -253,6 +253,26 @@ TEST_F(MraidTest, ATouchServesOnce)
     EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
 }
 
+TEST_F(MraidTest, WhatWasRefusedHasNotUsedTheTouch)
+{
+    touch_page();
+    EXPECT_NE(refusal("mraid.open", {"myapp://offer"}), "");
+    EXPECT_NE(refusal("mraid.playVideo", {"http://127.0.0.1/"}), "");
+
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), "") << "what a page falls back to";
+    EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
+}
+
+TEST_F(MraidTest, AHostThatCannotBeReadIsOutOfReach)
+{
+    for (const char* address :
+         {"http://%6cocalhost/", "http://\xEF\xBD\x8Cocalhost/", "http://127\xE3\x80\x82\x30.0.1/"}) {
+        touch_page();
+        EXPECT_EQ(refusal("mraid.open", {address}), "this machine's own addresses are out of reach") << address;
+    }
+    EXPECT_THAT(session.lines("openURL"), IsEmpty());
+}
+
 TEST_F(MraidTest, ATouchOfTheVideoIsNoTouchOfThePage)
 {
     session.touch(187, 150);

@@ -16,7 +16,7 @@ void tell(WebKitWebPage* page, const char* address)
 
 bool is_out_of_reach(const char* address, const char* page)
 {
-    return address && qoro::is_loopback_address(address) && !(page && qoro::is_loopback_address(page));
+    return address && qoro::leads_to_this_machine(page ? page : "", address);
 }
 
 gboolean send_request(WebKitWebPage* page, WebKitURIRequest* request, WebKitURIResponse*, void*)
