@@ -289,8 +289,7 @@ void PageScreen::page_state_changed()
 
 void PageScreen::refused(const std::string& what, const std::string& detail)
 {
-    if (const auto times = refusals_.count(platform_.loop().now()))
-        platform_.tell("web", {{"do", "refused"}, {"what", what}, {"detail", detail}, {"times", *times}});
+    refusals_.tell(platform_, what, detail);
 }
 
 void PageScreen::died(const std::string&)

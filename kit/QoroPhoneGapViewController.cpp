@@ -26,7 +26,8 @@ constexpr double MessagesAtOnce = 300;
 constexpr double MessagesPerSecond = 100;
 constexpr std::size_t MostListeners = 256;
 constexpr std::size_t LongestListenerId = 128;
-/// UIWebViewNavigationTypeOther: neither a followed link nor a form.
+/// UIWebViewNavigationTypeLinkClicked, and …Other: neither a followed link nor a form.
+constexpr std::int64_t NavigationTypeLink = 0;
 constexpr std::int64_t NavigationTypeOther = 5;
 
 /// Whether an identifier is one that a page may give: every event carries those of its listeners.
@@ -36,17 +37,19 @@ bool is_long(const Value& id)
 }
 
 /// The first address of this machine (a file, or a server of its own) in a record that a page sends; null for none.
-NSString machine_address_in(const Value& value)
+/// @param page where the page comes from
+NSString machine_address_in(const Value& value, const std::string& page)
 {
     if (value.is_string()) {
         const NSURL address = NSURL::URLWithString(value.string());
-        return scheme_of(address) == "file" || is_loopback_address(value.string().text()) ? value.string() : NSString();
+        const bool here = scheme_of(address) == "file" || leads_to_this_machine(page, value.string().text());
+        return here ? value.string() : NSString();
     }
     for (const Value& entry : value.array())
-        if (const NSString found = machine_address_in(entry))
+        if (const NSString found = machine_address_in(entry, page))
             return found;
     for (const NSDictionary::Entry& entry : value.dictionary())
-        if (const NSString found = machine_address_in(entry.value))
+        if (const NSString found = machine_address_in(entry.value, page))
             return found;
     return nullptr;
 }
@@ -151,7 +154,7 @@ ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage
     }
     ScriptAnswer answer;
     const NSString machine =
-        is_loopback_address(strBaseUrl.text()) ? NSString() : machine_address_in(message.arguments);
+        is_loopback_address(strBaseUrl.text()) ? NSString() : machine_address_in(message.arguments, strBaseUrl.text());
     if (machine)
         answer.error = "this machine's own addresses are out of reach: " + machine.text();
     else
@@ -245,7 +248,11 @@ bool QoroPhoneGapViewController::webView(const UIWebView& webView, const NSURL& 
     const bool blank = navigationType == NavigationTypeOther && (wanted.empty() || wanted == "about:blank");
     if (within || blank)
         return true;
-    platform_.tell("web", {{"do", "refused"}, {"url", shouldStartLoadWithRequest.absoluteString()}});
+    const std::string& address = shouldStartLoadWithRequest.absoluteString().text();
+    refused("navigation", address);
+    if (navigationType == NavigationTypeLink && mraid_)
+        mraid_->tell_error(
+            "a link leads nowhere, a page opens an address by mraid.open: " + RefusalLog::shortened(address), "open");
     return false;
 }
 
@@ -293,8 +300,7 @@ ScriptAnswer QoroPhoneGapViewController::message(const ScriptMessage& message)
 
 void QoroPhoneGapViewController::refused(const std::string& what, const std::string& detail)
 {
-    if (const auto times = count_refusal())
-        platform_.tell("web", {{"do", "refused"}, {"what", what}, {"detail", detail}, {"times", *times}});
+    refusals_->tell(platform_, what, detail);
 }
 
 void QoroPhoneGapViewController::died(const std::string& reason)

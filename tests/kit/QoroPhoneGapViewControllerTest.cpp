@@ -36,7 +36,7 @@ struct PhoneGapTest : testing::Test {
         controller->loadView();
         return controller;
     }
-    bool goes_on(const char* address, int navigation_type)
+    bool goes_on(const std::string& address, int navigation_type)
     {
         return controller->webView(controller->webView(), NSURL::URLWithString(address), navigation_type);
     }
@@ -166,7 +166,19 @@ TEST_F(PhoneGapTest, WhereElseAPageLeadsIsRefusedAndTold)
     EXPECT_FALSE(goes_on("about:blank", 0));
 
     EXPECT_EQ(platform.transcript.size(), 4U);
-    EXPECT_EQ(platform.transcript[0], "web do=refused url=http://shop/");
+    EXPECT_EQ(platform.transcript[0], "web do=refused kind=navigation detail=http://shop/ times=1");
+}
+
+TEST_F(PhoneGapTest, AFloodOfAddressesIsABoundedNumberOfBoundedLines)
+{
+    platform.transcript.clear();
+
+    for (int n = 0; n < 1000; ++n)
+        EXPECT_FALSE(goes_on("http://shop/" + std::string(5000, 'x'), 5));
+
+    EXPECT_EQ(platform.transcript.size(), 100U);
+    for (const std::string& line : platform.transcript)
+        EXPECT_LT(line.size(), 1100U);
 }
 
 TEST_F(PhoneGapTest, AFailedPageRequestIsToldAndReachesTheAdsOwnHandler)

@@ -1,0 +1,30 @@
+#include "kit/RefusalLog.h"
+
+#include "platform/Platform.h"
+
+#include <utility>
+
+namespace qoro
+{
+
+std::optional<std::int64_t> RefusalLog::count(double now)
+{
+    ++untold_;
+    if (!lines_.take(now))
+        return std::nullopt;
+    return std::exchange(untold_, 0);
+}
+
+void RefusalLog::tell(Platform& platform, const std::string& kind, const std::string& detail)
+{
+    if (const auto times = count(platform.loop().now()))
+        platform.tell("web", {{"do", "refused"}, {"kind", kind}, {"detail", shortened(detail)}, {"times", *times}});
+}
+
+std::string RefusalLog::shortened(const std::string& detail)
+{
+    constexpr std::size_t Most = 1000;
+    return detail.size() <= Most ? detail : detail.substr(0, Most) + "...";
+}
+
+} // namespace qoro
