@@ -193,24 +193,50 @@ struct WebKitEngine::Signals {
         return nullptr;
     }
 
-    static gboolean deny_permission(WebKitWebView*, WebKitPermissionRequest* request, WebKitEngine*)
+    static gboolean deny_permission(WebKitWebView*, WebKitPermissionRequest* request, WebKitEngine* engine)
     {
+        const Entry entry(engine);
         webkit_permission_request_deny(request);
+        engine->refuse("permission", G_OBJECT_TYPE_NAME(request));
         return TRUE;
     }
 
-    /// Menus, dialogs and sheets of a browser: an ad has none.
     static gboolean suppress() { return TRUE; }
 
-    static gboolean refuse_login(WebKitWebView*, WebKitAuthenticationRequest* request, WebKitEngine*)
+    static gboolean refuse_dialog(WebKitWebView*, WebKitScriptDialog* dialog, WebKitEngine* engine)
     {
+        const Entry entry(engine);
+        engine->refuse("dialog", webkit_script_dialog_get_message(dialog));
+        return TRUE;
+    }
+
+    static gboolean refuse_print(WebKitWebView*, WebKitPrintOperation*, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->refuse("dialog", "print");
+        return TRUE;
+    }
+
+    static gboolean refuse_notification(WebKitWebView*, WebKitNotification* notification, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->refuse("notification", webkit_notification_get_title(notification));
+        return TRUE;
+    }
+
+    static gboolean refuse_login(WebKitWebView*, WebKitAuthenticationRequest* request, WebKitEngine* engine)
+    {
+        const Entry entry(engine);
+        engine->refuse("login", webkit_authentication_request_get_host(request));
         webkit_authentication_request_cancel(request);
         return TRUE;
     }
 
-    static gboolean refuse_files(WebKitWebView*, WebKitFileChooserRequest* request, WebKitEngine*)
+    static gboolean refuse_files(WebKitWebView*, WebKitFileChooserRequest* request, WebKitEngine* engine)
     {
+        const Entry entry(engine);
         webkit_file_chooser_request_cancel(request);
+        engine->refuse("file chooser", "");
         return TRUE;
     }
 };
@@ -248,8 +274,10 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
     g_signal_connect(view_, "authenticate", G_CALLBACK(Signals::refuse_login), this);
     g_signal_connect(view_, "user-message-received", G_CALLBACK(Signals::guard_spoke), this);
     g_object_set_data(G_OBJECT(view_), engine_key, this);
-    for (const char* browser_manners : {"context-menu", "script-dialog", "print", "show-notification"})
-        g_signal_connect(view_, browser_manners, G_CALLBACK(Signals::suppress), this);
+    g_signal_connect(view_, "script-dialog", G_CALLBACK(Signals::refuse_dialog), this);
+    g_signal_connect(view_, "print", G_CALLBACK(Signals::refuse_print), this);
+    g_signal_connect(view_, "show-notification", G_CALLBACK(Signals::refuse_notification), this);
+    g_signal_connect(view_, "context-menu", G_CALLBACK(Signals::suppress), this);
 }
 
 WebKitEngine::~WebKitEngine()
@@ -335,7 +363,6 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
     bridge_.leave_page(); // the callbacks were the earlier page's
     has_page_ = true;
     own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
-    own_loading_ = true;
     document_ = own_load_;
     sockets_->apply(content_, !is_loopback_address(own_load_));
     loading_ = false;
@@ -354,7 +381,6 @@ void WebKitEngine::load_address(const NSURL& address)
     has_page_ = true;
     loading_ = false;
     wanted_ = own_load_ = as_webkit_spells(address.absoluteString().text().c_str());
-    own_loading_ = true;
     sockets_->apply(content_, !is_loopback_address(own_load_));
     ask([&] { webkit_web_view_load_uri(view_, own_load_.c_str()); });
 }
@@ -433,7 +459,6 @@ void WebKitEngine::load_changed(int event)
         has_content_ = true;
         has_insecure_parts_ = false;
         wanted_.clear();
-        own_loading_ = false;
         document_ = webkit_web_view_get_uri(view_);
         sockets_->apply(content_, !is_loopback_address(document_));
         if (kind_ == PageKind::Browsed)
@@ -474,14 +499,32 @@ bool WebKitEngine::listener_allows(const char* address, int navigation_type)
     return allowed;
 }
 
-/// Nothing leads a page from elsewhere to this machine, and nothing loads a creative anew, or what its server wants in
-/// its place.
-bool WebKitEngine::is_out_of_reach(WebKitNavigationAction* action, const std::string& address) const
+/// Whether a page only moves within itself, to another of its fragments: nothing is loaded then (HTML, fragment
+/// navigations). Anything else would replace it, by what its server sends now, by nothing, or by another page. A
+/// frame's own blank page cannot be told from that, and loses nothing: it is there without being asked for.
+bool WebKitEngine::moves_within(WebKitNavigationAction* action, const std::string& address) const
 {
-    const bool again = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_RELOAD;
-    const bool elsewhere = webkit_navigation_action_is_redirect(action) && !own_loading_;
-    return (kind_ == PageKind::Creative && (again || elsewhere)) ||
-           (is_loopback_address(address) && !is_loopback_address(document_));
+    const char* shown = webkit_web_view_get_uri(view_); // as the page's script calls it
+    WebKitURIRequest* request = webkit_navigation_action_get_request(action);
+    const std::size_t fragment = address.find('#');
+    const std::string_view here(shown ? shown : "");
+    return fragment != std::string::npos && address.substr(0, fragment) == here.substr(0, here.find('#')) &&
+           g_strcmp0(webkit_uri_request_get_http_method(request), "GET") == 0 &&
+           !webkit_navigation_action_is_redirect(action) &&
+           webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_RELOAD;
+}
+
+/// Where a creative wants to go: the listener hears of it, but for a blank page, and nothing is loaded whatever it
+/// says.
+bool WebKitEngine::may_move(WebKitNavigationAction* action, const std::string& address, bool link)
+{
+    const std::shared_ptr<WebKitEngine*> self = self_;
+    const bool within = moves_within(action, address);
+    const bool blank = is_blank_address(address.c_str()) && !within;
+    const bool allowed = blank || listener_allows(address.c_str(), link ? LinkFollowed : OtherNavigation);
+    if (allowed && !within && *self)
+        refuse("navigation", address);
+    return allowed && within;
 }
 
 /// What cannot be shown would become a download.
@@ -511,10 +554,13 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
             refuse("window", address);
             return false;
         }
+        if (kind_ == PageKind::Creative) {
+            may_move(action, address, true);
+            return false;
+        }
         const std::shared_ptr<WebKitEngine*> self = self_;
         if (listener_allows(address.c_str(), LinkFollowed) && *self && is_web_address(address.c_str())) {
             own_load_ = address;
-            own_loading_ = true;
             webkit_web_view_load_uri(view_, address.c_str());
         }
         return false;
@@ -522,15 +568,13 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     // The page before may ask for something at the very moment: the address tells.
     if (!link && address == own_load_)
         return true;
-    if (is_out_of_reach(action, address)) {
+    const bool redirect = webkit_navigation_action_is_redirect(action) && !wanted_.empty();
+    if (leads_to_this_machine(redirect ? wanted_ : document_, address)) {
         refuse("navigation", address);
         return false;
     }
-    if (address == "about:blank") {
-        // A frame begins as one and loses nothing; the page itself would be gone.
-        refuse("navigation", address);
-        return false;
-    }
+    if (kind_ == PageKind::Creative)
+        return may_move(action, address, link);
     if (is_blank_address(address.c_str()) && !link)
         return true;
     return listener_allows(address.c_str(), link ? LinkFollowed : OtherNavigation) && is_loadable(address.c_str());

@@ -71,7 +71,8 @@ private:
     /// Tells the listener what the page has not got, as an event of its own.
     void refuse(const char* what, const std::string& detail);
     bool may_be_shown(WebKitResponsePolicyDecision* decision);
-    bool is_out_of_reach(WebKitNavigationAction* action, const std::string& address) const;
+    bool moves_within(WebKitNavigationAction* action, const std::string& address) const;
+    bool may_move(WebKitNavigationAction* action, const std::string& address, bool link);
     bool decide_policy(WebKitPolicyDecision* decision, int type);
     bool listener_allows(const char* address, int navigation_type);
     void process_ended(int reason);
@@ -102,8 +103,6 @@ private:
     std::string wanted_;
     /// The address of a load that the engine itself asked for and that has not begun: nobody is asked about it.
     std::string own_load_;
-    /// A load that the engine itself asked for has not arrived yet.
-    bool own_loading_ = false;
     /// The address of the page that is there, whatever its script calls itself.
     std::string document_;
     /// A start was reported and its end is due.

@@ -155,7 +155,7 @@ TEST_F(WebKitEngineTest, a_refused_command_is_rejected_with_the_reason)
     recorder.answer = [](const ScriptMessage& message) {
         return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{"seconds expected", nullptr};
     };
-    load_script("qoroPlayer.setVideoSeekToTime('soon').catch(error => note(String(error.message ?? error)))");
+    load_script("qoroPlayer.setVideoSeekToTime(-1).catch(error => note(String(error.message ?? error)))");
     wait_for("note[\"seconds expected\"]");
 }
 
@@ -172,12 +172,12 @@ TEST_F(WebKitEngineTest, a_command_that_the_platform_rejects_is_answered_all_the
 
 TEST_F(WebKitEngineTest, arguments_are_sent_as_plain_data)
 {
-    load_script("qoroPlayer.playNextVideo({strVideoUrl() {}, iCloseBtnCountdown: 5}); qoroPlayer.setVideoSeekToTime();"
-                "qoroPlayer.setVideoSeekToTime(NaN);");
+    load_script("qoroPlayer.playNextVideo({strVideoUrl() {}, iCloseBtnCountdown: 5});"
+                "qoroPlayer.checkCanPlayNextVideo(); qoroPlayer.checkCanPlayNextVideo(NaN);");
     wait_for("finish");
     EXPECT_EQ(recorder.heard,
               (std::vector<std::string>{"start", R"(playNextVideo[{"iCloseBtnCountdown":5}])",
-                                        "setVideoSeekToTime[null]", "setVideoSeekToTime[null]", "finish"}));
+                                        "checkCanPlayNextVideo[null]", "checkCanPlayNextVideo[null]", "finish"}));
 }
 
 TEST_F(WebKitEngineTest, arguments_that_cannot_be_sent_reject_the_command)
@@ -380,14 +380,30 @@ TEST_F(WebKitEngineTest, a_followed_link_asks_as_a_link_and_stays_when_refused)
     EXPECT_TRUE(server.asked.empty());
 }
 
-TEST_F(WebKitEngineTest, a_load_by_the_script_asks_as_such_and_goes_on_when_allowed)
+TEST_F(WebKitEngineTest, where_a_script_leads_is_asked_about_and_not_loaded_even_when_allowed)
 {
     recorder.allow_loads = true;
-    server.pages["/other.html"] = {"text/html", "<script>webkit.messageHandlers.qoroPlayer.postMessage("
-                                                "{command: 'note', args: [location.pathname]})</script>"};
-    load_script("onload = () => { location = '/other.html'; }");
-    wait_for("note[\"/other.html\"]");
-    EXPECT_TRUE(recorder.has("ask 5 " + server.base() + "other.html"));
+    server.pages["/app.apk"] = {"application/octet-stream", "bytes"};
+    load_script("const go = (address, then) => { location = address; setTimeout(then, 300); };"
+                "onload = () => go('/other.html', () => go('/app.apk', () => go('/', () => note('still here'))));");
+    wait_for("note[\"still here\"]");
+    for (const char* path : {"other.html", "app.apk", ""}) {
+        EXPECT_TRUE(recorder.has("ask 5 " + server.base() + path)) << path;
+        EXPECT_TRUE(
+            std::count(recorder.refusals.begin(), recorder.refusals.end(), "navigation " + server.base() + path))
+            << path;
+    }
+    EXPECT_TRUE(server.asked.empty()) << "and nothing was downloaded";
+}
+
+TEST_F(WebKitEngineTest, a_page_moves_to_its_own_fragments_by_whatever_name_it_goes)
+{
+    recorder.allow_loads = true;
+    load_script("onload = () => { location = '#one'; history.pushState({}, '', '/name'); location = '#two';"
+                "setTimeout(() => note(location.pathname + location.hash), 300); }");
+    wait_for("note[\"/name#two\"]");
+    EXPECT_TRUE(recorder.refusals.empty());
+    EXPECT_TRUE(server.asked.empty());
 }
 
 TEST_F(WebKitEngineTest, a_telephone_link_is_asked_about_and_never_loaded)
@@ -411,16 +427,6 @@ TEST_F(WebKitEngineTest, dialogs_do_not_hold_the_page)
 {
     load_script("alert('stop'); note(confirm('stop?'), prompt('stop?'))");
     wait_for("note[false,null]");
-}
-
-TEST_F(WebKitEngineTest, what_cannot_be_shown_is_not_downloaded)
-{
-    recorder.allow_loads = true;
-    server.pages["/app.apk"] = {"application/octet-stream", "bytes"};
-    load_script("onload = () => { location = '/app.apk'; setTimeout(() => note('still here'), 300); }");
-    wait_for("note[\"still here\"]");
-    EXPECT_EQ(server.asked, std::vector<std::string>{"/app.apk"});
-    EXPECT_EQ(recorder.refusals, std::vector<std::string>{"download " + server.base() + "app.apk"});
 }
 
 TEST_F(WebKitEngineTest, a_page_does_not_blank_itself_and_its_blank_frames_work)
