@@ -36,6 +36,8 @@ constexpr float VolumeStep = 0.05F;
 /// Seconds for trackers that are still on their way when the ad has closed.
 constexpr double LastRequestsPatience = 2;
 constexpr double LastRequestsInterval = 0.01;
+/// Seconds that a page always has for hearing that the ad has closed.
+constexpr double LastNews = 0.25;
 
 /// One playing of one ad.
 class Player final : public SessionControls, public Witness
@@ -251,8 +253,8 @@ void Player::end()
     if (std::exchange(ends_, true))
         return;
     platform_.loop().start_timer(LastRequestsPatience, false, [this] { platform_.loop().quit(); });
-    platform_.loop().start_timer(LastRequestsInterval, true, [this] {
-        if (platform_.fetcher().pending() == 0)
+    platform_.loop().start_timer(LastRequestsInterval, true, [this, closed = platform_.loop().now()] {
+        if (platform_.fetcher().pending() == 0 && platform_.loop().now() - closed >= LastNews)
             platform_.loop().quit();
     });
 }

@@ -260,6 +260,32 @@ for (let n = 0; n < 300; ++n)
     std::filesystem::remove_all(folder);
 }
 
+TEST(PlayProcessesTest, APageHearsTheEndOfAnAdThatItsHostEnds)
+{
+    const std::string folder = std::filesystem::path(testing::TempDir()) / "last-news";
+    std::filesystem::create_directories(folder);
+    VideoServer server;
+    server.serve("/v.mp4", whole_video());
+    server.serve("/page.html", page_of(R"(<html><head></head><body>mraid.js<script>
+mraid.addEventListener("stateChange", state => mraid.expand(state));
+</script></body></html>)"));
+    const std::string file = folder + "/ad.json";
+    // No tracker that the program would wait for.
+    std::ofstream(file) << nlohmann::json{{"strVideoUrl", server.address("/v.mp4")},
+                                          {"strWebViewUrl", server.address("/page.html")},
+                                          {"fVideoWidth", 320},
+                                          {"fVideoHeight", 180},
+                                          {"portraitModeType", 2},
+                                          {"landscapeModeType", 2},
+                                          {"portraitVideoPos", "TOP"},
+                                          {"strBackgroundColor", "4279704105"}};
+    PlayedAd ad({"--for", "3", file});
+
+    EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
+    EXPECT_TRUE(ad.tells({{"what", "mraid"}, {"do", "refused"}, {"arguments", {"hidden"}}}));
+    std::filesystem::remove_all(folder);
+}
+
 TEST(PlayProcessesTest, AfterAnOrdinaryCloseNothingIsLeftRunning)
 {
     PlayedAd ad({DemoAd});

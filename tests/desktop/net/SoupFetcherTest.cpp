@@ -8,7 +8,9 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <thread>
@@ -305,6 +307,28 @@ TEST_F(SoupFetcherTest, ThirtyAtOnceDoNotWaitForEachOther)
                       [&](const FetchAnswer& answer) { succeeded += answer.ok; });
     EXPECT_TRUE(loop.run_until([this] { return fetcher.pending() == 0; }, Deadline));
     EXPECT_EQ(succeeded, 30);
+}
+
+TEST_F(SoupFetcherTest, AThousandAtOnceArriveOnceEach)
+{
+    std::mutex mutex;
+    std::map<std::string, int> came;
+    RawServer server([&](const std::string& head, const auto& connection) {
+        {
+            const std::scoped_lock lock(mutex);
+            ++came[head.substr(0, head.find(" HTTP"))];
+        }
+        answer_ok(connection, "");
+    });
+    SoupFetcher patient(loop, {.background_seconds = Deadline});
+    int succeeded = 0;
+    for (int i = 0; i < 1000; ++i)
+        patient.fetch(server.base() + "/" + std::to_string(i),
+                      [&](const FetchAnswer& answer) { succeeded += answer.ok; });
+    EXPECT_TRUE(loop.run_until([&] { return patient.pending() == 0; }, Deadline));
+    EXPECT_EQ(succeeded, 1000);
+    EXPECT_EQ(came.size(), 1000U);
+    EXPECT_TRUE(std::ranges::all_of(came, [](const auto& each) { return each.second == 1; }));
 }
 
 TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForIsAnsweredAtOnce)
