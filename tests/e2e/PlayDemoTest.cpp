@@ -3,6 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdlib>
+
 #include <string>
 
 // The demo ad on a phone of 375x812 points, whose band stands at (0, 44, 375, 210.9375) and whose page begins below it.
@@ -41,6 +44,28 @@ TEST(PlayDemo, TheBandThePageAndTheControlsStandWhereTheirFramesSay)
     EXPECT_GT(one.share_of(White, 162, 125, 50, 50), 0.05) << "the pause button in the band's middle";
     EXPECT_GT(one.share_of(White, 0, 44, 50, 50), 0.02) << "the countdown at the band's upper left";
     EXPECT_LT(five.share_of(White, 162, 125, 50, 50), 0.05) << "the bars are gone after three seconds";
+}
+
+/// How much the light of two neighbouring pixels differs at most.
+int sharpest_edge(const Picture& picture, int left, int top, int width, int height)
+{
+    int sharpest = 0;
+    for (int y = top; y < top + height; ++y)
+        for (int x = left; x < left + width; ++x)
+            sharpest = std::max(sharpest, std::abs(picture.at(x, y).green - picture.at(x + 1, y).green));
+    return sharpest;
+}
+
+TEST(PlayDemo, TheCountdownIsAsCrispWhereAPointHasFourPixels)
+{
+    PlayedAd ad({"--device", "phone-small", DemoAd}, {"env", "GDK_SCALE=2"});
+    ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    ad.photograph(ad.folder() + "/one.png");
+
+    const Picture one(ad.folder() + "/one.png");
+    EXPECT_GT(one.share_of(White, 0, 0, 82, 82), 0.02) << "the countdown, in pixels";
+    // Enlarged from half the size, no two neighbours differ by more than half of black and white.
+    EXPECT_GT(sharpest_edge(one, 0, 0, 80, 82), 160);
 }
 
 TEST(PlayDemo, ASessionUnderThePointerSendsEachTrackerOnceWithItsMacrosExpanded)
