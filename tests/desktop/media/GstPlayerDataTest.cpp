@@ -10,14 +10,20 @@ namespace qoro::test
 namespace
 {
 
+/// A server that stops sending after so many tenths of the video, until it is released.
+VideoServer::Answer stalling_at(std::size_t tenths)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.holds_at = answer.body.size() * tenths / 10;
+    return answer;
+}
+
 // ---------------------------------------------------------------------------------------------------- lack of data
 
 TEST_F(GstPlayerTest, a_server_that_stalls_is_a_lack_of_data_that_ends_with_it)
 {
-    VideoServer::Answer answer;
-    answer.body = bytes_of(Clip);
-    answer.holds_at = answer.body.size() * 7 / 10;
-    GstPlayer& player = watch.open(served(answer));
+    GstPlayer& player = watch.open(served(stalling_at(7)));
     ASSERT_TRUE(watch.until("state 3"));
     const double stood = player.current_time();
     EXPECT_EQ(player.load_state(), MPMovieLoadStateStalled);
@@ -35,10 +41,7 @@ TEST_F(GstPlayerTest, a_server_that_stalls_is_a_lack_of_data_that_ends_with_it)
 
 TEST_F(GstPlayerTest, a_pause_while_data_is_lacking_is_kept_when_it_comes)
 {
-    VideoServer::Answer answer;
-    answer.body = bytes_of(Clip);
-    answer.holds_at = answer.body.size() * 7 / 10;
-    GstPlayer& player = watch.open(served(answer));
+    GstPlayer& player = watch.open(served(stalling_at(7)));
     ASSERT_TRUE(watch.until("state 3"));
     watch.reports.clear();
 
@@ -53,10 +56,7 @@ TEST_F(GstPlayerTest, a_pause_while_data_is_lacking_is_kept_when_it_comes)
 
 TEST_F(GstPlayerTest, a_player_without_data_can_be_dropped_at_once)
 {
-    VideoServer::Answer answer;
-    answer.body = bytes_of(Clip);
-    answer.holds_at = answer.body.size() * 7 / 10;
-    watch.open(served(answer));
+    watch.open(served(stalling_at(7)));
     ASSERT_TRUE(watch.until("state 3"));
 
     const double before = loop.now();
@@ -86,10 +86,7 @@ TEST_F(GstPlayerTest, a_video_that_is_there_as_a_whole_never_lacks_data)
 
 TEST_F(GstPlayerTest, starts_only_when_enough_has_come)
 {
-    VideoServer::Answer answer;
-    answer.body = bytes_of(Clip);
-    answer.holds_at = answer.body.size() * 3 / 10;
-    watch.open(served(answer));
+    watch.open(served(stalling_at(3)));
     ASSERT_TRUE(watch.until("load 1"));
     watch.let_pass(0.5);
     EXPECT_EQ(watch.reports, (Reports{"load 1"}));
