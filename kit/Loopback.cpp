@@ -25,16 +25,31 @@ std::string in_lower_case(std::string_view text)
     return lower;
 }
 
-/// As a browser reads it: any number of slashes, of either kind, stands before the host.
-std::string host_of(std::string_view address)
+/// Where the authority of an address stands, user and port included.
+struct Span {
+    std::size_t begin;
+    std::size_t end;
+};
+
+/// As a browser reads it: any number of slashes, of either kind, stands before the host. Absent for what is no web
+/// address.
+std::optional<Span> authority_in(std::string_view address)
 {
     const std::size_t colon = address.find(':');
     if (colon == std::string_view::npos)
-        return "";
+        return std::nullopt;
     if (std::ranges::find(WebSchemes, in_lower_case(address.substr(0, colon))) == WebSchemes.end())
+        return std::nullopt;
+    const std::size_t begin = std::min(address.find_first_not_of("/\\", colon + 1), address.size());
+    return Span{begin, std::min(address.find_first_of("/\\?#", begin), address.size())};
+}
+
+std::string host_of(std::string_view address)
+{
+    const auto authority = authority_in(address);
+    if (!authority)
         return "";
-    address.remove_prefix(std::min(address.find_first_not_of("/\\", colon + 1), address.size()));
-    address = address.substr(0, address.find_first_of("/\\?#"));
+    address = address.substr(authority->begin, authority->end - authority->begin);
     if (const std::size_t user = address.rfind('@'); user != std::string_view::npos)
         address.remove_prefix(user + 1);
     if (address.starts_with('['))
@@ -43,6 +58,20 @@ std::string host_of(std::string_view address)
     if (address.ends_with('.'))
         address.remove_suffix(1);
     return in_lower_case(address);
+}
+
+/// A text in which no placeholder has a value.
+std::string without_placeholders(std::string_view text)
+{
+    std::string left;
+    while (true) {
+        const std::size_t begin = text.find('{');
+        const std::size_t end = begin == std::string_view::npos ? begin : text.find('}', begin);
+        left += text.substr(0, end == std::string_view::npos ? end : begin);
+        if (end == std::string_view::npos)
+            return left;
+        text.remove_prefix(end + 1);
+    }
 }
 
 /// A number as it may stand in an IPv4 address: decimal, or with a leading 0 octal, or with 0x hexadecimal.
@@ -97,19 +126,31 @@ bool is_loopback_6(std::string_view host)
     return (mapped && bytes.s6_addr[12] == 0) || ((mapped || zeros(12)) && bytes.s6_addr[12] == 127);
 }
 
-/// Whether it takes more than what stands here to say whose host it is.
-bool is_unreadable(std::string_view address)
+/// Whether a host can be read in more than one way, or only by who fills the placeholders.
+/// @param address as it stands
+/// @param empty the same without its placeholders
+bool is_unreadable(std::string_view address, std::string_view empty)
 {
-    // A placeholder may stand for anything.
-    if (const std::size_t slashes = address.find("//"); slashes != std::string_view::npos)
-        if (address.substr(0, address.find_first_of("/\\?#", slashes + 2)).find('{') != std::string_view::npos)
-            return true;
-    const std::string host = host_of(address);
+    const auto authority = authority_in(empty);
+    if (!authority) {
+        // A placeholder may still make a scheme of it.
+        const std::size_t slashes = address.find("//");
+        return slashes != std::string_view::npos && address.find('{') < slashes;
+    }
+    if (address.find('{') <= authority->end)
+        return true;
+    const std::string host = host_of(empty);
     if (host.starts_with('[')) {
         in6_addr bytes{};
-        return inet_pton(AF_INET6, host.substr(1, host.size() - 2).c_str(), &bytes) != 1;
+        if (inet_pton(AF_INET6, host.substr(1, host.size() - 2).c_str(), &bytes) != 1)
+            return true;
     }
-    return std::ranges::any_of(host, [](unsigned char c) { return c <= ' ' || c >= 0x7F || c == '%'; });
+    // Some end the host at a backslash, others (RFC 3986) take what stands before it for a part of the user's name.
+    const std::string_view until_path = empty.substr(0, empty.find_first_of("/?#", authority->begin));
+    const std::string_view beginning = empty.substr(0, authority->end);
+    return until_path.find('\\') != std::string_view::npos || std::ranges::count(beginning, '@') > 1 ||
+           std::ranges::any_of(beginning, [](unsigned char c) { return c <= ' ' || c == 0x7F; }) ||
+           std::ranges::any_of(host, [](unsigned char c) { return c >= 0x7F || c == '%'; });
 }
 
 } // namespace
@@ -129,7 +170,8 @@ bool is_loopback_address(std::string_view address)
 
 bool leads_to_this_machine(std::string_view from, std::string_view to)
 {
-    return (is_loopback_address(to) || is_unreadable(to)) && !is_loopback_address(from);
+    const std::string empty = without_placeholders(to);
+    return (is_loopback_address(empty) || is_unreadable(to, empty)) && !is_loopback_address(from);
 }
 
 } // namespace qoro

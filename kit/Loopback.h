@@ -11,9 +11,9 @@ namespace qoro
 bool is_loopback_address(std::string_view address);
 
 /// Whether one address must not lead to another: whatever comes from elsewhere reaches nothing on this machine, whose
-/// services trust who asks. A host that can't be read here (percent signs, letters beyond ASCII, which others may turn
-/// into digits, a placeholder that is yet to be filled) counts as this machine where something leads, and as elsewhere
-/// where it comes from.
+/// services trust who asks. A host that others may read otherwise (percent signs, backslashes, letters beyond ASCII,
+/// which become digits, a placeholder that is yet to be filled, "{…}") counts as this machine where something leads,
+/// and as elsewhere where it comes from.
 bool leads_to_this_machine(std::string_view from, std::string_view to);
 
 } // namespace qoro

@@ -9,6 +9,9 @@ namespace qoro
 
 GUri* http_uri(const std::string& address)
 {
+    // What stands before a backslash is a host to some, and a user's name to others.
+    if (address.find('\\') < address.find_first_of("?#"))
+        return nullptr;
     GUri* uri = g_uri_parse(address.c_str(), static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS), nullptr);
     if (!uri)
         return nullptr;

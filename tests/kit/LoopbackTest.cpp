@@ -69,7 +69,8 @@ TEST(Loopback, NothingFromElsewhereLeadsHere)
 {
     for (const char* address : {"http://127.0.0.1/", "wss://localhost/x", "http://[::1]/"})
         EXPECT_TRUE(leads_to_this_machine(Elsewhere, address)) << address;
-    for (const char* address : {"http://ads.example/127.0.0.1", "https://[2001:db8::1]/", "tel:127001", "", "Tea {n}"})
+    for (const char* address :
+         {"http://ads.example/127.0.0.1", "https://[2001:db8::1]/", "tel:127001", "", "Tea {n}: now", "back\\slash"})
         EXPECT_FALSE(leads_to_this_machine(Elsewhere, address)) << address;
 }
 
