@@ -10,7 +10,6 @@
 struct QoroHttpSource {
     GstPushSrc parent;
     std::string* address;
-    /// While the element is started.
     qoro::HttpReader* reader;
     /// The byte that comes next.
     std::uint64_t position;
@@ -36,17 +35,8 @@ QoroHttpSource& self_of(void* element)
 gboolean start(GstBaseSrc* source)
 {
     QoroHttpSource& self = self_of(source);
-    self.reader = new qoro::HttpReader(*self.address);
     self.position = 0;
     self.size_told = false;
-    return TRUE;
-}
-
-gboolean stop(GstBaseSrc* source)
-{
-    QoroHttpSource& self = self_of(source);
-    delete self.reader;
-    self.reader = nullptr;
     return TRUE;
 }
 
@@ -64,17 +54,14 @@ gboolean unlock_stop(GstBaseSrc* source)
 
 gboolean is_seekable(GstBaseSrc* source)
 {
-    const QoroHttpSource& self = self_of(source);
-    return self.reader && self.reader->can_jump();
+    return self_of(source).reader->can_jump();
 }
 
 gboolean get_size(GstBaseSrc* source, guint64* size)
 {
-    const QoroHttpSource& self = self_of(source);
-    if (!self.reader || !self.reader->size())
-        return FALSE;
-    *size = *self.reader->size();
-    return TRUE;
+    const auto known = self_of(source).reader->size();
+    *size = known.value_or(0);
+    return known.has_value();
 }
 
 gboolean do_seek(GstBaseSrc* source, GstSegment* segment)
@@ -137,6 +124,10 @@ GstFlowReturn create(GstPushSrc* source, GstBuffer** made)
         return GST_FLOW_OK;
     }
     gst_buffer_unref(buffer);
+    if (outcome == Outcome::End && self.position == 0) {
+        GST_ELEMENT_ERROR(&self, RESOURCE, READ, ("it is empty"), (nullptr));
+        return GST_FLOW_ERROR;
+    }
     if (outcome == Outcome::End)
         return GST_FLOW_EOS;
     if (outcome == Outcome::Stopped)
@@ -165,7 +156,6 @@ static void qoro_http_source_class_init(QoroHttpSourceClass* type)
                                           "Reads from an HTTP server", "Qoro Video Ad");
     GstBaseSrcClass* base = GST_BASE_SRC_CLASS(type);
     base->start = start;
-    base->stop = stop;
     base->unlock = unlock;
     base->unlock_stop = unlock_stop;
     base->is_seekable = is_seekable;
@@ -177,7 +167,6 @@ static void qoro_http_source_class_init(QoroHttpSourceClass* type)
 
 static void qoro_http_source_init(QoroHttpSource* self)
 {
-    self->address = new std::string;
     gst_base_src_set_format(GST_BASE_SRC(self), GST_FORMAT_BYTES);
 }
 
@@ -187,7 +176,8 @@ namespace qoro
 GstElement* make_http_source(const std::string& address)
 {
     auto* source = static_cast<QoroHttpSource*>(g_object_new(qoro_http_source_get_type(), nullptr));
-    *source->address = address;
+    source->address = new std::string(address);
+    source->reader = new HttpReader(address);
     return GST_ELEMENT(source);
 }
 

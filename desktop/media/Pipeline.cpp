@@ -463,7 +463,8 @@ void Pipeline::Core::hear_end()
     std::unique_lock lock(mutex);
     const bool cut = !source_failure.empty();
     lock.unlock();
-    if (cut || (known && seconds(position) < duration - MissingAtMost)) {
+    // A source that failed behind the last picture has taken nothing from anyone.
+    if (known ? seconds(position) < duration - MissingAtMost : cut) {
         fail("it ends before its duration says");
         return;
     }

@@ -21,6 +21,8 @@ std::string version_in(SoupMessageHeaders* headers)
     return tag && *tag == '"' ? tag : "";
 }
 
+constexpr std::uint64_t BytesForABreak = 64u << 10;
+
 bool tells_length(SoupMessageHeaders* headers)
 {
     return soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH;
@@ -66,10 +68,11 @@ HttpReader::Outcome HttpReader::read(std::uint64_t position, char* to, std::size
             if (count > 0) {
                 got = static_cast<std::size_t>(count);
                 at_ += got;
+                received_ += got;
                 return Outcome::Bytes;
             }
             if (count == 0 && !size_)
-                size_ = at_;
+                learn(at_, false);
             if (count == 0 && at_ >= *size_)
                 return Outcome::End;
             g_clear_error(&error);
@@ -78,7 +81,7 @@ HttpReader::Outcome HttpReader::read(std::uint64_t position, char* to, std::size
         disconnect();
         if (state == Connection::Stopped)
             return Outcome::Stopped;
-        if (state == Connection::Refused)
+        if (state == Connection::Refused || ++breaks_ > limits_.breaks + received_ / BytesForABreak)
             break;
     }
     return Outcome::Failed;
@@ -122,6 +125,10 @@ HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
 {
     SoupMessageHeaders* headers = soup_message_get_response_headers(message_);
     const guint status = soup_message_get_status(message_);
+    const char* ranges = soup_message_headers_get_one(headers, "Accept-Ranges");
+    const char* packed = soup_message_headers_get_one(headers, "Content-Encoding");
+    const std::string version = version_in(headers);
+    bool can_jump = !(ranges && std::string_view(ranges) == "none");
     std::optional<std::uint64_t> size;
     at_ = 0;
     if (status == SOUP_STATUS_PARTIAL_CONTENT) {
@@ -136,18 +143,25 @@ HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
             size = static_cast<std::uint64_t>(whole);
     } else if (status != SOUP_STATUS_OK) {
         return refuse("HTTP status " + std::to_string(status));
-    } else if (tells_length(headers)) {
-        size = static_cast<std::uint64_t>(soup_message_headers_get_content_length(headers));
+    } else {
+        can_jump = can_jump && position == 0; // it was asked for a part, and sends everything
+        if (tells_length(headers))
+            size = static_cast<std::uint64_t>(soup_message_headers_get_content_length(headers));
     }
-    if (size_ && size && *size_ != *size)
+    if (packed && std::string_view(packed) != "identity")
+        return refuse("its server sent it packed, expected it as it is");
+    if ((size_ && size && *size_ != *size) || (!version_.empty() && !version.empty() && version_ != version))
         return refuse("it has changed at its server");
-    if (size)
-        size_ = size;
-    version_ = version_in(headers);
-    const char* ranges = soup_message_headers_get_one(headers, "Accept-Ranges");
-    can_jump_ = size_ && !(ranges && std::string_view(ranges) == "none");
+    if (size && *size > limits_.size)
+        return refuse("it is larger than " + std::to_string(limits_.size) + " bytes");
+    version_ = version;
+    learn(size, can_jump);
+    return skip_to(position);
+}
 
-    // A server that can only send everything is read up to there.
+/// A server that can only send everything is read up to there.
+HttpReader::Connection HttpReader::skip_to(std::uint64_t position)
+{
     while (at_ < position) {
         GError* error = nullptr;
         const gssize count = g_input_stream_skip(stream_, static_cast<gsize>(position - at_), cancellable_, &error);
@@ -157,6 +171,16 @@ HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
         at_ += static_cast<std::uint64_t>(count);
     }
     return Connection::Open;
+}
+
+/// A server that has once not been able to jump is not asked to again.
+void HttpReader::learn(std::optional<std::uint64_t> size, bool can_jump)
+{
+    const std::scoped_lock lock(mutex_);
+    const bool could = !size_ || can_jump_;
+    if (size)
+        size_ = size;
+    can_jump_ = size_ && can_jump && could;
 }
 
 HttpReader::Connection HttpReader::refuse(std::string reason)
@@ -189,6 +213,18 @@ void HttpReader::disconnect()
     g_clear_object(&message_);
     const std::scoped_lock lock(mutex_);
     g_clear_object(&cancellable_);
+}
+
+std::optional<std::uint64_t> HttpReader::size() const
+{
+    const std::scoped_lock lock(mutex_);
+    return size_;
+}
+
+bool HttpReader::can_jump() const
+{
+    const std::scoped_lock lock(mutex_);
+    return can_jump_;
 }
 
 bool HttpReader::is_stopped()

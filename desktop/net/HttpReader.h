@@ -27,6 +27,10 @@ public:
         unsigned silent_seconds = 10;
         /// How often in a row the server may be asked without a byte that comes of it.
         int attempts = 2;
+        /// How many connections may break, and one more with each 64 KiB that have come.
+        std::uint64_t breaks = 20;
+        /// Bytes of a file; a larger one is refused.
+        std::uint64_t size = 1'000'000'000;
     };
     enum class Outcome { Bytes, End, Stopped, Failed };
 
@@ -44,9 +48,10 @@ public:
     const std::string& error() const { return error_; }
 
     /// Bytes of the file; absent before the server has answered, and when it does not tell.
-    std::optional<std::uint64_t> size() const { return size_; }
+    /// Any thread, as can_jump().
+    std::optional<std::uint64_t> size() const;
     /// Whether the server is likely to send from any byte on; false before it has answered.
-    bool can_jump() const { return can_jump_; }
+    bool can_jump() const;
 
     /// Any thread: breaks off what is being read, and everything that is read before resume().
     void stop();
@@ -57,6 +62,8 @@ private:
 
     Connection connect(std::uint64_t position);
     Connection take_answer(std::uint64_t position);
+    Connection skip_to(std::uint64_t position);
+    void learn(std::optional<std::uint64_t> size, bool can_jump);
     Connection refuse(std::string reason);
     /// @param reason unless it was broken off here
     Connection broken(const char* reason);
@@ -73,13 +80,15 @@ private:
     bool refused_ = false;
     /// The next byte of the stream.
     std::uint64_t at_ = 0;
-    std::optional<std::uint64_t> size_;
     /// What the server calls this version of the file; empty for nothing that could be relied on.
     std::string version_;
-    bool can_jump_ = false;
+    std::uint64_t received_ = 0;
+    std::uint64_t breaks_ = 0;
     std::string error_;
-    std::mutex mutex_;
-    // Under the mutex.
+    mutable std::mutex mutex_;
+    // Under the mutex; the first two are changed by the thread that reads alone.
+    std::optional<std::uint64_t> size_;
+    bool can_jump_ = false;
     bool stopped_ = false;
     /// Of the request under way; another one for each.
     GCancellable* cancellable_ = nullptr;

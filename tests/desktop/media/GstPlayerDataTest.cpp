@@ -174,6 +174,24 @@ TEST_F(GstPlayerFailureTest, a_list_of_other_addresses)
     EXPECT_EQ(server.requests(), 1);
 }
 
+TEST_F(GstPlayerFailureTest, an_empty_answer)
+{
+    server.serve("/v.mp4", {});
+    expect_failure(NSURL::URLWithString(server.address("/v.mp4")));
+    EXPECT_EQ(watch.failure, "it is empty");
+}
+
+TEST_F(GstPlayerTest, a_server_that_promises_more_than_the_video_has_does_not_take_its_end)
+{
+    VideoServer::Answer answer;
+    answer.cuts_at = bytes_of(Clip).size();
+    answer.body = bytes_of(Clip) + std::string(5000, '\0');
+    watch.open(served(answer));
+
+    ASSERT_TRUE(watch.until("finished 0"));
+    EXPECT_EQ(watch.failure, "");
+}
+
 TEST_F(GstPlayerFailureTest, nothing_at_all)
 {
     VideoServer::Answer answer;

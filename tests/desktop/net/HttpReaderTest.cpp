@@ -231,6 +231,59 @@ TEST_F(HttpReaderTest, AFileThatIsAnotherNowFails)
     EXPECT_EQ(reader.error(), "it has changed at its server");
 }
 
+TEST_F(HttpReaderTest, APartOfAnotherVersionFails)
+{
+    int answers = 0;
+    HttpReader reader(serve([&](const std::string& head, const auto& connection) {
+        const std::string tag = "ETag: \"" + std::to_string(++answers) + "\"\r\n";
+        connection.send(answer_of(file, head, {.hangs_up_after = 30'000, .more_headers = tag}));
+    }));
+
+    EXPECT_TRUE(read_all(reader) == file.substr(0, 30'000));
+    EXPECT_EQ(last, Outcome::Failed);
+    EXPECT_EQ(reader.error(), "it has changed at its server");
+}
+
+TEST_F(HttpReaderTest, AServerThatHangsUpAgainAndAgainIsLeftInTheEnd)
+{
+    HttpReader reader(serve(Manner{.hangs_up_after = 1}));
+
+    EXPECT_TRUE(read_all(reader) == file.substr(0, 21));
+    EXPECT_EQ(last, Outcome::Failed);
+    EXPECT_EQ(reader.error(), "its server hung up");
+}
+
+TEST_F(HttpReaderTest, ATooLargeFileIsRefusedBeforeItComes)
+{
+    HttpReader reader(serve(Manner{}), {.size = 99'999});
+    EXPECT_EQ(read_all(reader), "");
+    EXPECT_EQ(last, Outcome::Failed);
+    EXPECT_EQ(reader.error(), "it is larger than 99999 bytes");
+}
+
+TEST_F(HttpReaderTest, APackedFileIsRefused)
+{
+    HttpReader reader(serve(Manner{.more_headers = "Content-Encoding: gzip\r\n"}));
+    EXPECT_EQ(read_all(reader), "");
+    EXPECT_EQ(last, Outcome::Failed);
+    EXPECT_EQ(reader.error(), "its server sent it packed, expected it as it is");
+}
+
+TEST_F(HttpReaderTest, AServerThatSendsEverythingForAPartCannotJump)
+{
+    HttpReader reader(serve(Manner{.knows_ranges = false}));
+    std::string bytes(1000, '\0');
+    std::size_t got = 0;
+    ASSERT_EQ(reader.read(0, bytes.data(), bytes.size(), got), Outcome::Bytes);
+    EXPECT_TRUE(reader.can_jump()) << "it has not said otherwise";
+
+    EXPECT_TRUE(read_all(reader, 99'000) == file.substr(99'000));
+
+    EXPECT_FALSE(reader.can_jump());
+    EXPECT_TRUE(read_all(reader) == file);
+    EXPECT_FALSE(reader.can_jump()) << "for good";
+}
+
 TEST_F(HttpReaderTest, AnotherPartThanAskedForFails)
 {
     HttpReader reader(serve([](const std::string&, const auto& connection) {
