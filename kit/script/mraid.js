@@ -292,24 +292,32 @@
     const widthOfWindow = getOwnPropertyDescriptor(window, 'innerWidth').get;
     const heightOfWindow = getOwnPropertyDescriptor(window, 'innerHeight').get;
     let sizeDue = false;
+    let exposureDue = false;
+    let resizes = 0;
 
-    function tellDueSize() {
-        if (sizeDue)
-            listeners.tell('sizeChange', present.sizeChange());
-        sizeDue = false;
+    function tell(name) {
+        listeners.tell(name, present[name]());
     }
 
-    function tellSize() {
-        sizeDue = true;
-        const isThere = apply(widthOfWindow, window, []) === round(position.width) &&
+    function windowIsThere() {
+        return apply(widthOfWindow, window, []) === round(position.width) &&
             apply(heightOfWindow, window, []) === round(position.height);
-        if (isThere)
-            tellDueSize();
-        else
-            setTimeout(tellDueSize, longestResize);
     }
 
-    window.addEventListener('resize', tellDueSize);
+    function tellDue() {
+        const size = sizeDue;
+        const exposed = exposureDue;
+        sizeDue = exposureDue = false;
+        if (size)
+            tell('sizeChange');
+        if (exposed)
+            tell('exposureChange');
+    }
+
+    window.addEventListener('resize', () => {
+        if (windowIsThere())
+            tellDue();
+    });
 
     // Takes over what the kit tells: what has changed, all at once the first time.
     function learn(facts) {
@@ -337,15 +345,22 @@
         if (told('state'))
             state = facts.state;
 
-        const tell = name => listeners.tell(name, present[name]());
         if (told('state'))
             tell('stateChange');
         if (begins)
             tell('ready');
-        if (!begins && (round(position.width) !== before.width || round(position.height) !== before.height))
-            tellSize();
-        if (told('exposure'))
-            tell('exposureChange');
+        const resized = !begins && (round(position.width) !== before.width || round(position.height) !== before.height);
+        sizeDue = sizeDue || resized;
+        exposureDue = exposureDue || told('exposure');
+        if (!sizeDue || windowIsThere()) {
+            tellDue();
+        } else if (resized) {
+            const resize = ++resizes;
+            setTimeout(() => {
+                if (resize === resizes)
+                    tellDue();
+            }, longestResize);
+        }
         if (told('viewable') && (viewable || !begins))
             tell('viewableChange');
         if (told('volume'))
@@ -418,6 +433,10 @@
     }
 
     function setExpandProperties(given) {
+        if (given === null || typeof given !== 'object') {
+            fail('The properties are a record.', 'setExpandProperties');
+            return;
+        }
         if (entryOf(given, 'width', 'number', 0) < 0 || entryOf(given, 'height', 'number', 0) < 0) {
             fail('width and height are not negative.', 'setExpandProperties');
             return;
