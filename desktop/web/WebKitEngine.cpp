@@ -445,8 +445,15 @@ void WebKitEngine::refuse(const char* what, const std::string& detail)
 
 void WebKitEngine::load_changed(int event)
 {
+    if (event == WEBKIT_LOAD_STARTED && kind_ == PageKind::Creative && own_load_.empty()) {
+        // What was allowed as a move within the page turned out to replace it: a frameset has no fragments.
+        refuse("navigation", webkit_web_view_get_uri(view_));
+        webkit_web_view_stop_loading(view_);
+        return;
+    }
     if (event == WEBKIT_LOAD_STARTED) {
         own_load_.clear();
+        own_answer_due_ = true;
         loading_ = true;
         report(News::Started);
     }
@@ -457,6 +464,7 @@ void WebKitEngine::load_changed(int event)
     }
     if (event == WEBKIT_LOAD_COMMITTED) {
         has_content_ = true;
+        own_answer_due_ = false;
         has_insecure_parts_ = false;
         wanted_.clear();
         document_ = webkit_web_view_get_uri(view_);
@@ -521,18 +529,27 @@ bool WebKitEngine::may_move(WebKitNavigationAction* action, const std::string& a
     const std::shared_ptr<WebKitEngine*> self = self_;
     const bool within = moves_within(action, address);
     const bool blank = is_blank_address(address.c_str()) && !within;
-    const bool allowed = blank || listener_allows(address.c_str(), link ? LinkFollowed : OtherNavigation);
+    const std::string name =
+        within ? document_.substr(0, document_.find('#')) + address.substr(address.find('#')) : address;
+    const bool allowed = blank || listener_allows(name.c_str(), link ? LinkFollowed : OtherNavigation);
     if (allowed && !within && *self)
         refuse("navigation", address);
     return allowed && within;
 }
 
-/// What cannot be shown would become a download.
+/// What cannot be shown would become a download. Of a creative nothing comes as a page but the document that the engine
+/// itself loads: neither for itself nor for its frames.
 bool WebKitEngine::may_be_shown(WebKitResponsePolicyDecision* decision)
 {
-    if (webkit_response_policy_decision_is_mime_type_supported(decision))
+    const char* address = webkit_uri_request_get_uri(webkit_response_policy_decision_get_request(decision));
+    if (!webkit_response_policy_decision_is_mime_type_supported(decision)) {
+        refuse("download", address);
+        return false;
+    }
+    const bool own = webkit_response_policy_decision_is_main_frame_main_resource(decision) && own_answer_due_;
+    if (kind_ == PageKind::Browsed || own)
         return true;
-    refuse("download", webkit_uri_request_get_uri(webkit_response_policy_decision_get_request(decision)));
+    refuse("navigation", address);
     return false;
 }
 
@@ -555,7 +572,9 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
             return false;
         }
         if (kind_ == PageKind::Creative) {
-            may_move(action, address, true);
+            const std::shared_ptr<WebKitEngine*> self = self_;
+            if (may_move(action, address, true) && *self)
+                refuse("window", address);
             return false;
         }
         const std::shared_ptr<WebKitEngine*> self = self_;

@@ -103,6 +103,8 @@ private:
     std::string wanted_;
     /// The address of a load that the engine itself asked for and that has not begun: nobody is asked about it.
     std::string own_load_;
+    /// A load that the engine itself asked for has begun, and nothing of it has come.
+    bool own_answer_due_ = false;
     /// The address of the page that is there, whatever its script calls itself.
     std::string document_;
     /// A start was reported and its end is due.
