@@ -14,6 +14,8 @@ namespace qoro
 namespace
 {
 
+constexpr std::uint64_t BytesForABreak = 64u << 10;
+
 /// What the answer calls this version of the file, if it stands for the file byte for byte (RFC 9110, 8.8.3).
 std::string version_in(SoupMessageHeaders* headers)
 {
@@ -21,11 +23,17 @@ std::string version_in(SoupMessageHeaders* headers)
     return tag && *tag == '"' ? tag : "";
 }
 
-constexpr std::uint64_t BytesForABreak = 64u << 10;
-
 bool tells_length(SoupMessageHeaders* headers)
 {
     return soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH;
+}
+
+/// @param error is freed; null for a connection that ended in peace
+const char* words_for(GError* error, const char* usual)
+{
+    const bool silent = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
+    g_clear_error(&error);
+    return silent ? "its server does not answer" : usual;
 }
 
 } // namespace
@@ -75,8 +83,7 @@ HttpReader::Outcome HttpReader::read(std::uint64_t position, char* to, std::size
                 learn(at_, false);
             if (count == 0 && at_ >= *size_)
                 return Outcome::End;
-            g_clear_error(&error);
-            state = broken("its server hung up");
+            state = broken(words_for(error, "its server hung up"));
         }
         disconnect();
         if (state == Connection::Stopped)
@@ -113,11 +120,8 @@ HttpReader::Connection HttpReader::connect(std::uint64_t position)
         g_clear_error(&error);
         return refuse(RedirectGuard::Reason);
     }
-    if (!stream_) {
-        const bool silent = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
-        g_clear_error(&error);
-        return broken(silent ? "its server does not answer" : "its server can't be reached");
-    }
+    if (!stream_)
+        return broken(words_for(error, "its server can't be reached"));
     return take_answer(position);
 }
 
@@ -154,7 +158,8 @@ HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
         return refuse("it has changed at its server");
     if (size && *size > limits_.size)
         return refuse("it is larger than " + std::to_string(limits_.size) + " bytes");
-    version_ = version;
+    if (!version.empty())
+        version_ = version;
     learn(size, can_jump);
     return skip_to(position);
 }
@@ -165,9 +170,8 @@ HttpReader::Connection HttpReader::skip_to(std::uint64_t position)
     while (at_ < position) {
         GError* error = nullptr;
         const gssize count = g_input_stream_skip(stream_, static_cast<gsize>(position - at_), cancellable_, &error);
-        g_clear_error(&error);
         if (count <= 0)
-            return broken("its server hung up");
+            return broken(words_for(error, "its server hung up"));
         at_ += static_cast<std::uint64_t>(count);
     }
     return Connection::Open;

@@ -336,6 +336,19 @@ TEST_F(HttpReaderTest, ASilentServerFailsAfterItsTimeAndASecondTry)
     EXPECT_EQ(heads.size(), 2U);
 }
 
+TEST_F(HttpReaderTest, AServerThatFallsSilentInMidFileFailsAfterItsTimeAndASecondTry)
+{
+    HttpReader reader(serve([this](const std::string& head, const auto& connection) {
+                          connection.send(answer_of(file, head, {.hangs_up_after = range_of(head) ? 0U : 30'000U}));
+                          connection.wait_for_close();
+                      }),
+                      {.silent_seconds = 1, .attempts = 2});
+    EXPECT_TRUE(read_all(reader) == file.substr(0, 30'000));
+    EXPECT_EQ(last, Outcome::Failed);
+    EXPECT_EQ(reader.error(), "its server does not answer");
+    EXPECT_EQ(heads.size(), 2U);
+}
+
 TEST_F(HttpReaderTest, StoppedWhileAServerIsSilentItReturnsAtOnce)
 {
     std::mutex waiting;
