@@ -173,11 +173,11 @@ static void qoro_http_source_init(QoroHttpSource* self)
 namespace qoro
 {
 
-GstElement* make_http_source(const std::string& address)
+GstElement* make_http_source(const std::string& address, std::uint64_t most_bytes)
 {
     auto* source = static_cast<QoroHttpSource*>(g_object_new(qoro_http_source_get_type(), nullptr));
     source->address = new std::string(address);
-    source->reader = new HttpReader(address);
+    source->reader = new HttpReader(address, {.size = most_bytes});
     return GST_ELEMENT(source);
 }
 

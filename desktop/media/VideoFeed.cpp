@@ -13,7 +13,7 @@ namespace qoro
 
 namespace
 {
-/// A server that sends more is refused.
+/// A server that has, or sends, more is refused.
 constexpr std::uint64_t MostBytes = 1'000'000'000;
 /// Bytes a second of a video whose size the server does not tell.
 constexpr double UsualRate = 150e3;
@@ -44,7 +44,7 @@ GstElement* VideoFeed::add_to(GstBin* pipeline)
             g_object_set(source_, "location", location_.c_str(), nullptr);
         return source_;
     }
-    source_ = make_http_source(location_);
+    source_ = make_http_source(location_, MostBytes);
     gst_bin_add(pipeline, source_);
     return keep(pipeline) ? keeper_ : nullptr;
 }

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -30,7 +31,7 @@ public:
         /// How many connections may break, and one more with each 64 KiB that have come.
         std::uint64_t breaks = 20;
         /// Bytes of a file; a larger one is refused.
-        std::uint64_t size = 1'000'000'000;
+        std::uint64_t size = std::numeric_limits<std::uint64_t>::max();
     };
     enum class Outcome { Bytes, End, Stopped, Failed };
 
