@@ -1,0 +1,129 @@
+#include "desktop/web/WebAddress.h"
+#include "desktop/web/WebKitEngine.h"
+#include "kit/Loopback.h"
+
+#include <webkit/webkit.h>
+
+#include <string_view>
+
+// Where a page wants to go, and what may come of it.
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr int LinkFollowed = 0;
+constexpr int OtherNavigation = 5;
+
+/// Whether the engine shows what stands under an address at all. Anything else (a telephone number, a mail, a file) is
+/// at most a hint for the listener.
+bool is_loadable(const char* address)
+{
+    return is_web_address(address) || is_blank_address(address) || g_str_has_prefix(address, "data:") ||
+           g_str_has_prefix(address, "blob:");
+}
+
+} // namespace
+
+bool WebKitEngine::listener_allows(const char* address, int navigation_type)
+{
+    bool allowed = false;
+    platform_.dispatch([&] { allowed = listener_.should_start_load(NSURL::URLWithString(address), navigation_type); });
+    return allowed;
+}
+
+/// Whether a page only moves within itself, to another of its fragments: nothing is loaded then (HTML, fragment
+/// navigations). Anything else would replace it, by what its server sends now, by nothing, or by another page. A
+/// frame's own blank page cannot be told from that, and loses nothing: it is there without being asked for.
+bool WebKitEngine::moves_within(WebKitNavigationAction* action, const std::string& address) const
+{
+    const char* shown = webkit_web_view_get_uri(view_); // as the page's script calls it
+    WebKitURIRequest* request = webkit_navigation_action_get_request(action);
+    const std::size_t fragment = address.find('#');
+    const std::string_view here(shown ? shown : "");
+    return fragment != std::string::npos && address.substr(0, fragment) == here.substr(0, here.find('#')) &&
+           g_strcmp0(webkit_uri_request_get_http_method(request), "GET") == 0 &&
+           !webkit_navigation_action_is_redirect(action) &&
+           webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_RELOAD;
+}
+
+/// Where a creative wants to go: the listener hears of it, but for a blank page, and nothing is loaded whatever it
+/// says.
+bool WebKitEngine::may_move(WebKitNavigationAction* action, const std::string& address, bool link)
+{
+    const std::shared_ptr<WebKitEngine*> self = self_;
+    const bool within = moves_within(action, address);
+    const bool blank = is_blank_address(address.c_str()) && !within;
+    const std::string name =
+        within ? document_.substr(0, document_.find('#')) + address.substr(address.find('#')) : address;
+    const bool allowed = blank || listener_allows(name.c_str(), link ? LinkFollowed : OtherNavigation);
+    if (allowed && !within && *self)
+        refuse("navigation", address);
+    return allowed && within;
+}
+
+/// What cannot be shown would become a download. Of a creative nothing comes as a page but the document that the engine
+/// itself loads: neither for itself nor for its frames.
+bool WebKitEngine::may_be_shown(WebKitResponsePolicyDecision* decision)
+{
+    const char* address = webkit_uri_request_get_uri(webkit_response_policy_decision_get_request(decision));
+    if (!webkit_response_policy_decision_is_mime_type_supported(decision)) {
+        refuse("download", address);
+        return false;
+    }
+    const bool own = webkit_response_policy_decision_is_main_frame_main_resource(decision) && own_answer_due_;
+    if (kind_ == PageKind::Browsed || own)
+        return true;
+    refuse("navigation", address);
+    return false;
+}
+
+bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
+{
+    if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
+        return may_be_shown(WEBKIT_RESPONSE_POLICY_DECISION(decision));
+
+    WebKitNavigationAction* action =
+        webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
+    const std::string address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
+    // A link of a browser's page may lead to another program, so a script's click on it is none.
+    const bool link = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED &&
+                      (kind_ == PageKind::Creative || webkit_navigation_action_is_user_gesture(action));
+
+    if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
+        // No windows. A link that the viewer followed into one is a link all the same, and shown in place if it may.
+        if (!link || !webkit_navigation_action_is_user_gesture(action)) {
+            refuse("window", address);
+            return false;
+        }
+        if (kind_ == PageKind::Creative) {
+            const std::shared_ptr<WebKitEngine*> self = self_;
+            if (may_move(action, address, true) && *self)
+                refuse("window", address);
+            return false;
+        }
+        const std::shared_ptr<WebKitEngine*> self = self_;
+        if (listener_allows(address.c_str(), LinkFollowed) && *self && is_web_address(address.c_str())) {
+            own_load_ = address;
+            webkit_web_view_load_uri(view_, address.c_str());
+        }
+        return false;
+    }
+    // The page before may ask for something at the very moment: the address tells.
+    if (!link && address == own_load_)
+        return true;
+    const bool redirect = webkit_navigation_action_is_redirect(action) && !wanted_.empty();
+    if (leads_to_this_machine(redirect ? wanted_ : document_, address)) {
+        refuse("navigation", address);
+        return false;
+    }
+    if (kind_ == PageKind::Creative)
+        return may_move(action, address, link);
+    if (is_blank_address(address.c_str()) && !link)
+        return true;
+    return listener_allows(address.c_str(), link ? LinkFollowed : OtherNavigation) && is_loadable(address.c_str());
+}
+
+} // namespace qoro
