@@ -192,6 +192,9 @@ public:
     }
     /// The page's process ended by itself: the page is gone, the ad goes on.
     virtual void died(const std::string& reason) = 0;
+    /// The page's script has stopped answering, or answers again. Reported only while the engine watches for it
+    /// (WebEngine::watch_responsiveness). A page answers until the opposite is reported; a new page answers again.
+    virtual void responsiveness_changed(bool responds) { static_cast<void>(responds); }
 };
 
 /// What a browser shows of its page.
@@ -244,6 +247,9 @@ public:
     virtual void set_scales_page_to_fit(bool scales) = 0;
     /// Points of the view to a point of the page: less than 1 where a page was shrunk to fit.
     virtual double page_scale() const { return 1; }
+    /// Whether to look now and then if the page's script answers. Off in a new engine; a page that has not answered when
+    /// this is switched off counts as answering.
+    virtual void watch_responsiveness(bool watch) { static_cast<void>(watch); }
 };
 
 class WebEngineFactory
