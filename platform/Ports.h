@@ -247,8 +247,8 @@ public:
     virtual void set_scales_page_to_fit(bool scales) = 0;
     /// Points of the view to a point of the page: less than 1 where a page was shrunk to fit.
     virtual double page_scale() const { return 1; }
-    /// Whether to look now and then if the page's script answers. Off in a new engine; a page that has not answered when
-    /// this is switched off counts as answering.
+    /// Whether to look now and then if the page's script answers. Off in a new engine; a page that has not answered
+    /// when this is switched off counts as answering.
     virtual void watch_responsiveness(bool watch) { static_cast<void>(watch); }
 };
 

@@ -1,3 +1,5 @@
+#include "Places.h"
+
 #ifdef QORO_AD_AS_SHIPPED
 
 #include "tests/app/ShellRun.h"

@@ -1,5 +1,7 @@
 #include "tests/app/ShellRun.h"
 
+#include "Places.h"
+
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>

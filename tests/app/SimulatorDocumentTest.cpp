@@ -1,3 +1,4 @@
+#include "Places.h"
 #include "tests/app/ShellRun.h"
 
 #include <gtest/gtest.h>

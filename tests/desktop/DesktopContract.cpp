@@ -1,3 +1,4 @@
+#include "Places.h"
 #include "tests/contract/PageContract.h"
 #include "tests/contract/PlayerContract.h"
 #include "tests/contract/VolumeContract.h"

@@ -1,3 +1,4 @@
+#include "Places.h"
 #include "tests/desktop/media/VideoServer.h"
 #include "tests/e2e/Picture.h"
 #include "tests/e2e/PlayedAd.h"

@@ -1,5 +1,7 @@
 #include "tests/e2e/PlayedAd.h"
 
+#include "Places.h"
+
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -117,7 +119,7 @@ PlayedAd::PlayedAd(std::vector<std::string> arguments, std::vector<std::string> 
         throw std::runtime_error("no folder could be made");
     folder_ = name;
     std::vector<std::string> command = std::move(launcher);
-    command.insert(command.end(), {QORO_AD_PROGRAM, "play", "--trace", folder_ + "/trace.jsonl"});
+    command.insert(command.end(), {QORO_AD, "play", "--trace", folder_ + "/trace.jsonl"});
     if (silent)
         command.emplace_back("--mute-output");
     if (const char* option = std::getenv("QORO_WEB_SANDBOX_OPTION"); option && *option)

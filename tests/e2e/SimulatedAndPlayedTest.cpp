@@ -1,3 +1,4 @@
+#include "Places.h"
 #include "tests/e2e/PlayedAd.h"
 
 #include <gtest/gtest.h>
@@ -112,7 +113,7 @@ std::string content(const std::string& path)
 
 std::vector<json> simulated(const std::string& scenario)
 {
-    const std::string command = std::string(QORO_AD_PROGRAM) + " simulate " + scenario;
+    const std::string command = std::string(QORO_AD) + " simulate " + scenario;
     std::FILE* output = popen(command.c_str(), "r");
     std::string text;
     std::array<char, 4096> piece;

@@ -1,5 +1,7 @@
 #include "tests/desktop/app/Command.h"
 
+#include "Places.h"
+
 #include <array>
 #include <chrono>
 #include <csignal>

@@ -1,4 +1,5 @@
 #include "session/OpenedAd.h"
+#include "Places.h"
 
 #include "desktop/DesktopPlatform.h"
 #include "embedding/ServedAd.h"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "Places.h"
 #include "PlayerWatch.h"
 #include "SoundServer.h"
 #include "VideoServer.h"

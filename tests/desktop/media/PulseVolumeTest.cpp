@@ -1,3 +1,4 @@
+#include "Places.h"
 #include "PlayerWatch.h"
 #include "SoundServer.h"
 

@@ -1,3 +1,4 @@
+#include "Places.h"
 #include "desktop/DesktopPlatform.h"
 #include "session/JsonText.h"
 #include "session/Session.h"
