@@ -130,6 +130,11 @@ Mraid::Mraid(QoroPhoneGapViewController& ad, Platform& platform) : ad_(ad), plat
 {
 }
 
+Mraid::~Mraid()
+{
+    release_orientation();
+}
+
 ScriptAnswer Mraid::carry_out(const ScriptMessage& message)
 {
     const std::string_view name = std::string_view(message.command).substr(Prefix.size());
@@ -178,17 +183,49 @@ NSString Mraid::close(const NSArray&)
 
 NSString Mraid::use_custom_close(const NSArray& arguments)
 {
-    platform_.tell("mraid", {{"do", "useCustomClose"}, {"flag", arguments[0].boolValue()}});
-    return ad_.callFromScript({"MRAIDUseCustomClose", arguments}).error;
+    wants_custom_close_ = arguments[0].boolValue();
+    platform_.tell("mraid", {{"do", "useCustomClose"}, {"flag", wants_custom_close_}});
+    ad_.MRAIDUseCustomClose(wants_custom_close_);
+    return nullptr;
 }
 
 NSString Mraid::set_orientation(const NSArray& arguments)
 {
     const NSString forced = arguments[0].dictionary()["forceOrientation"].string();
-    if (!forced.isEqualToString("portrait") && !forced.isEqualToString("landscape"))
+    const bool landscape = forced.isEqualToString("landscape");
+    if (!landscape && !forced.isEqualToString("portrait")) {
+        if (release_orientation())
+            ad_.checkVideoSize();
         return nullptr; // the device decides
+    }
     platform_.tell("mraid", {{"do", "forceOrientation"}, {"orientation", forced}});
-    return ad_.callFromScript({"changeOrientation", NSArray{forced}}).error;
+    release_orientation();
+    const int before = platform_.device().orientation();
+    const int now = landscape ? UIDeviceOrientationLandscapeLeft : UIDeviceOrientationPortrait;
+    // The ad looks after five seconds whether the device was turned to the arrangement that it shows, and takes the
+    // device's own otherwise: it is answered as if the device had been. Either landscape side will do.
+    const bool held_so = landscape && isLandscape(before);
+    forced_ = Forced{.before = before, .now = held_so || !ad_.facts().both_arrangements ? before : now};
+    set_device_orientation(forced_->now);
+    ad_.changeOrientation(forced);
+    return nullptr;
+}
+
+bool Mraid::release_orientation()
+{
+    const auto forced = std::exchange(forced_, std::nullopt);
+    if (forced && platform_.device().orientation() == forced->now)
+        set_device_orientation(forced->before);
+    return forced.has_value();
+}
+
+void Mraid::set_device_orientation(int orientation)
+{
+    Device& device = platform_.device();
+    if (device.orientation() == orientation)
+        return;
+    device.force_orientation(orientation);
+    platform_.device_orientation_changed();
 }
 
 NSString Mraid::open(const NSArray& arguments)
@@ -319,8 +356,10 @@ void Mraid::tell_changes()
         told_.setObject(fact.value, fact.key);
     platform_.tell("mraid", {{"do", "tell"}, {"facts", Value(news)}});
     ad_.webView().callListeners("mraid", NSArray{callback_}, news);
-    if (!ad_.dicEventListener)
+    if (!ad_.dicEventListener) {
+        release_orientation();
         watch_.reset();
+    }
 }
 
 void Mraid::tell_error(const NSString& why, std::string_view action)

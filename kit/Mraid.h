@@ -20,6 +20,9 @@ class Mraid : public Object
 public:
     /// @param ad outlives this object
     explicit Mraid(QoroPhoneGapViewController& ad, Platform& platform);
+    ~Mraid() override;
+    Mraid(const Mraid&) = delete;
+    Mraid& operator=(const Mraid&) = delete;
 
     /// Whether a message is for this object: its command begins with "mraid.".
     static bool is_for(const ScriptMessage& message) { return message.command.starts_with(Prefix); }
@@ -29,6 +32,13 @@ public:
     /// itself, or that was looked at only after its request had been accepted.
     /// @param action the name of the standard's call
     void tell_error(const NSString& why, std::string_view action);
+
+    /// Whether the page has asked, by the standard's call, to draw its own close control. The layouts add the ad's
+    /// button again; here the page's wish holds whenever it came.
+    bool wants_custom_close() const { return wants_custom_close_; }
+    /// Gives an orientation that the page forced back to the device, unless it has been turned since.
+    /// @return whether one was forced
+    bool release_orientation();
 
 private:
     static constexpr std::string_view Prefix = "mraid.";
@@ -47,6 +57,7 @@ private:
     NSString refuse_size(const NSArray& arguments);
     NSString refuse_picture(const NSArray& arguments);
 
+    void set_device_orientation(int orientation);
     NSString leave_for(const NSURL& address);
     NSString run_on_touch(const Command& command, const NSArray& arguments);
 
@@ -67,6 +78,14 @@ private:
     std::unique_ptr<ViewWatch> watch_;
     bool looks_ = false;
     bool in_background_ = false;
+    bool wants_custom_close_ = false;
+    /// How the device was held before the page forced an orientation, and what it answers since; absent while none is
+    /// forced.
+    struct Forced {
+        int before = 0;
+        int now = 0;
+    };
+    std::optional<Forced> forced_;
 };
 
 } // namespace qoro

@@ -1,6 +1,7 @@
 #include "platform/QoroPhoneGapViewController.h"
 
 #include "kit/CalendarEvent.h"
+#include "kit/CloseGuard.h"
 #include "kit/Loopback.h"
 #include "kit/MessageBudget.h"
 #include "kit/Mraid.h"
@@ -13,6 +14,7 @@
 #include <algorithm>
 #include <charconv>
 #include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -21,6 +23,8 @@ namespace
 {
 
 constexpr double SpinnerExtent = 40;
+/// Seconds.
+constexpr double LayoutRetryInterval = 0.25;
 // What a page may say.
 constexpr double MessagesAtOnce = 300;
 constexpr double MessagesPerSecond = 100;
@@ -71,6 +75,7 @@ QoroPhoneGapViewController::QoroPhoneGapViewController()
 
 QoroPhoneGapViewController::~QoroPhoneGapViewController()
 {
+    layout_is_done();
     // A window may hold the web view longer than this, who hears its news.
     if (webView_)
         webView_.node()->web.reset();
@@ -203,20 +208,50 @@ ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& mes
 
 void QoroPhoneGapViewController::setCloseButtonAction(const UIButton& button)
 {
+    close_button_ = button.node();
+    // Every layout passes here, and then adds the button again.
+    layout_is_done();
+    if (mraid_ && mraid_->wants_custom_close() && !std::exchange(repeats_custom_close_, true))
+        platform_.loop().post([weak = weak_from_this()] {
+            if (const auto self = weak.lock())
+                static_cast<QoroPhoneGapViewController&>(*self).repeat_custom_close();
+        });
     button.removeAllTargets();
     button.addTarget(bIsClickCloseButton
                          ? action<&QoroPhoneGapViewController::report_close_tap>(this, "onclick_closebtn")
                          : action<&QoroPhoneGapViewController::closeAction>(this, "closeAction"));
 }
 
+void QoroPhoneGapViewController::repeat_custom_close()
+{
+    repeats_custom_close_ = false;
+    if (mraid_ && mraid_->wants_custom_close() && facts().custom_close && dicEventListener)
+        MRAIDUseCustomClose(true);
+}
+
 void QoroPhoneGapViewController::report_close_tap()
 {
     listenerCallbackToJS("onclick_closebtn", nullptr);
+    if (close_guard_)
+        close_guard_->page_took_close_tap();
 }
 
 void QoroPhoneGapViewController::MRAIDClose()
 {
     tell_super("MRAIDClose");
+}
+
+void QoroPhoneGapViewController::MRAIDUseCustomClose(bool)
+{
+}
+
+void QoroPhoneGapViewController::changeOrientation(const NSString&)
+{
+}
+
+AdFacts QoroPhoneGapViewController::facts() const
+{
+    return {};
 }
 
 void QoroPhoneGapViewController::MRAIDCreateCalendarEvent(const Value& event)
@@ -305,7 +340,61 @@ void QoroPhoneGapViewController::refused(const std::string& what, const std::str
 
 void QoroPhoneGapViewController::died(const std::string& reason)
 {
+    const auto held = weak_from_this().lock();
     platform_.tell("web", {{"do", "died"}, {"reason", reason}});
+    take_back_from_page();
+}
+
+/// A page that is gone closes nothing: what it took over of the ad returns.
+void QoroPhoneGapViewController::take_back_from_page()
+{
+    if (!dicEventListener)
+        return;
+    std::vector<std::pair<std::string, Value>> listeners;
+    for (const NSDictionary::Entry& event : dicEventListener)
+        for (const Value& listener : event.value.array())
+            listeners.emplace_back(event.key, listener.array()[0]);
+    std::ranges::stable_sort(listeners, {}, &std::pair<std::string, Value>::first);
+    for (const auto& [name, id] : listeners)
+        removeEventListener(name, id);
+
+    const bool suspended = facts().layout_suspended;
+    const bool custom_close = facts().custom_close;
+    if (custom_close)
+        MRAIDUseCustomClose(false);
+    const bool turned_back = mraid_ && mraid_->release_orientation();
+    mraid_ = nullptr;
+    if (turned_back)
+        checkVideoSize();
+    if (suspended && (custom_close || turned_back))
+        lay_out_when_possible();
+}
+
+/// What the page's death owes the ad is laid out as soon as that is possible. The suspension ends in silence.
+void QoroPhoneGapViewController::lay_out_when_possible()
+{
+    if (layout_due_)
+        return;
+    layout_due_ = platform_.loop().start_timer(LayoutRetryInterval, true, [weak = weak_from_this()] {
+        const auto self = std::static_pointer_cast<QoroPhoneGapViewController>(weak.lock());
+        if (!self || self->facts().layout_suspended)
+            return;
+        self->layout_is_done();
+        if (self->dicEventListener)
+            self->checkVideoSize();
+    });
+}
+
+void QoroPhoneGapViewController::layout_is_done()
+{
+    if (const TimerId due = std::exchange(layout_due_, 0))
+        platform_.loop().stop_timer(due);
+}
+
+void QoroPhoneGapViewController::responsiveness_changed(bool responds)
+{
+    if (close_guard_)
+        close_guard_->page_responds(responds);
 }
 
 void QoroPhoneGapViewController::populateView()
@@ -365,6 +454,9 @@ NSString QoroPhoneGapViewController::formatPhoneNumber(const NSString& number)
 void QoroPhoneGapViewController::updateStatusbar()
 {
     tell_super("updateStatusbar");
+    // The ad closes: the device is its host's again.
+    if (mraid_)
+        mraid_->release_orientation();
 }
 
 void QoroPhoneGapViewController::showProgressbarPosX(int x, int showPosY, const UIView& addOn)

@@ -14,6 +14,7 @@
 namespace qoro
 {
 
+class CloseGuard;
 class MessageBudget;
 class RefusalLog;
 class Mraid;
@@ -31,6 +32,20 @@ enum AdUnitType : int {
     VIDEO_AD = 4,
     NATIVE_AD = 5,
     SPLASH_AD = 6,
+};
+
+/// What the kit needs to know of an ad that runs.
+struct AdFacts {
+    /// The page draws its own close control (MRAIDUseCustomClose).
+    bool custom_close = false;
+    /// The close button is the page's: it draws its own, takes the button's taps, or covers the ad's controls.
+    bool page_closes = false;
+    /// The ad's own rule has the close button shown by now, wherever the page has put it.
+    bool close_due = false;
+    /// checkVideoSize does nothing now: a click-through is under way, or a browser is open.
+    bool layout_suspended = false;
+    /// The ad has a portrait and a landscape arrangement.
+    bool both_arrangements = false;
 };
 
 /// Told of what becomes of an ad: the ad's own delegate and the interstitial's.
@@ -137,6 +152,8 @@ public:
     /// Calls every listener of the event in the script. Told to the witness.
     /// @param withData a mapping, or null for none
     virtual void listenerCallbackToJS(const NSString& event, const NSDictionary& withData);
+    /// Hears of a tap that the page took, and of whether the page answers; null for no guard. It outlives its setting.
+    void set_close_guard(CloseGuard* guard) { close_guard_ = guard; }
     /// Takes a message of the page's script: one for the kit's `mraid` object is carried out there, any other is a
     /// command for callFromScript. A page that sends too many is refused, and the refusal told to the witness.
     /// From a page that did not come from this machine, so is a command that names a file or a server of this machine.
@@ -148,7 +165,16 @@ public:
     virtual ScriptAnswer callFromScript(const ScriptMessage& message);
     /// Gives the button its tap: closeAction, or, while the script wants the taps, a report to the script.
     void setCloseButtonAction(const UIButton& button);
+    /// The button that setCloseButtonAction was last called with; null before, and for one that is gone.
+    UIButton close_button() const { return UIButton(close_button_.lock()); }
     virtual void MRAIDClose();
+    /// The page draws its own close control, or no longer does. The kit's own controller has no close button.
+    virtual void MRAIDUseCustomClose(bool uses);
+    /// Lays the ad out as the page asks; the kit's own controller has no layout.
+    /// @param orientation "portrait" or "landscape"; any other text is ignored
+    virtual void changeOrientation(const NSString& orientation);
+    /// What the kit's own controller knows of itself: nothing of it applies.
+    virtual AdFacts facts() const;
     /// Reads MRAID's calendar event and hands it to the device's calendar; what is refused is told to the witness, and
     /// to the page as an error event.
     virtual void MRAIDCreateCalendarEvent(const Value& event);
@@ -223,12 +249,23 @@ private:
     void refused(const std::string& what, const std::string& detail) override;
     std::size_t count_of_listeners() const;
     void died(const std::string& reason) override;
+    void responsiveness_changed(bool responds) override;
     void report_close_tap();
+    void take_back_from_page();
+    void lay_out_when_possible();
+    void layout_is_done();
+    void repeat_custom_close();
 
     Platform& platform_;
     UIWebView webView_;
+    std::weak_ptr<ViewNode> close_button_;
+    /// Runs while a layout that the page's death asked for is suspended; 0 for none.
+    TimerId layout_due_ = 0;
+    /// A repetition of the page's custom close is under way.
+    bool repeats_custom_close_ = false;
     /// Made with the page's first message for it.
     std::shared_ptr<Mraid> mraid_;
+    CloseGuard* close_guard_ = nullptr;
     /// What the page may say, and how many refusals become a line of their own.
     std::unique_ptr<MessageBudget> messages_;
     std::unique_ptr<RefusalLog> refusals_;

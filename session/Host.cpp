@@ -3,6 +3,13 @@
 namespace qoro
 {
 
+HostSetup unguarded_host()
+{
+    HostSetup host;
+    host.guard.reset();
+    return host;
+}
+
 bool is_store_page(const std::string& pattern)
 {
     QoroAdManager with_pattern;

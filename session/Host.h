@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kit/CloseGuard.h"
 #include "platform/Geometry.h"
 #include "platform/QoroAdManager.h"
 #include "platform/QoroPhoneGapViewController.h"
@@ -34,6 +35,8 @@ struct HostSetup {
     bool lock_one_side_portrait = false;
     bool use_auto_rotate = false;
     SendImpPolicy impression_policy = CallShowFunc;
+    /// When a viewer whom the ad does not let go is shown a way out; absent for never.
+    std::optional<CloseGuardTimes> guard = CloseGuardTimes{};
 
     /// The kit's cookie identifier; null for none.
     NSString guid = "g-1";
@@ -44,6 +47,9 @@ struct HostSetup {
     /// Which address shows a store's item, as QoroAdManager::set_store_page takes it.
     std::string store_page = DefaultStorePage;
 };
+
+/// The host of a simulated session that asks for nothing: the ad alone, without the kit's guard.
+HostSetup unguarded_host();
 
 /// Whether a text says which address shows a store's item: one on the web that names the item.
 bool is_store_page(const std::string& pattern);

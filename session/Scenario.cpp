@@ -128,11 +128,11 @@ std::map<std::string, std::string, std::less<>> read_cached(const Reader& host)
     return copies;
 }
 
-HostSetup read_host(const Reader& host)
+/// @param setup what holds where the host says nothing
+HostSetup read_host(const Reader& host, HostSetup setup)
 {
     host.with_keys({"autorotates", "rootView", "keyWindow", "parent", "parentWindow", "delegates", "flags", "guid",
-                    "session", "sequence", "script", "storePage", "cached"});
-    HostSetup setup;
+                    "session", "sequence", "script", "storePage", "guard", "cached"});
     if (const auto orientations = host.at("autorotates")) {
         setup.autorotates.clear();
         for (const Reader& each : orientations->list("a list of interface orientations"))
@@ -160,6 +160,8 @@ HostSetup read_host(const Reader& host)
         setup.script = script->text_or_null();
     if (const auto page = host.at("storePage"))
         setup.store_page = read_store_page(*page);
+    if (const auto guard = host.at("guard"))
+        setup.guard = guard->flag() ? std::optional(CloseGuardTimes{}) : std::nullopt;
     return setup;
 }
 
@@ -261,7 +263,7 @@ Scenario read_scenario(std::string_view text, const std::string& file)
     if (const auto device = reader.at("device"))
         scenario.world.device = read_device(*device);
     if (const auto host = reader.at("host")) {
-        scenario.host = read_host(*host);
+        scenario.host = read_host(*host, unguarded_host());
         scenario.world.cached = read_cached(*host);
     }
     if (const auto sizes = reader.at("text"))
@@ -292,7 +294,7 @@ Surroundings read_surroundings(std::string_view text, const std::string& file)
     if (const auto device = reader.at("device"))
         surroundings.device = read_device(*device);
     if (const auto host = reader.at("host")) {
-        surroundings.host = read_host(*host);
+        surroundings.host = read_host(*host, {});
         surroundings.cached = read_cached(*host);
     }
     return surroundings;

@@ -18,7 +18,7 @@ namespace qoro
 /// One whole ad session as a file describes it.
 struct Scenario {
     World world;
-    HostSetup host;
+    HostSetup host = unguarded_host();
     /// As it was read; a session runs on a copy, since it changes its ad.
     std::shared_ptr<const QoroVideoAd> ad;
     std::vector<Step> steps;

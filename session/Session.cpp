@@ -39,6 +39,7 @@ Session::Session(Platform& platform, SessionControls& controls, const HostSetup&
 Session::~Session()
 {
     const PlatformScope scope(platform_);
+    guard_.reset();
     controller_.reset();
     parent_.reset();
     host_root_.reset();
@@ -87,6 +88,8 @@ void Session::make_controller(const HostSetup& host)
         return;
     controller_ = controller;
     living_ = controller;
+    if (host.guard)
+        guard_ = CloseGuard::create(controller, *host.guard);
     controller->loadView();
     if (parent_)
         controller->setParentViewController(parent_);
@@ -134,7 +137,7 @@ struct Session::Performer {
 
     void operator()(const ScriptStep& step) const
     {
-        if (controller)
+        if (controller && session.controls_.page_runs(controller->webView()))
             tell_return(step.message.command, controller->take_script_message(step.message).value);
     }
 
@@ -142,6 +145,12 @@ struct Session::Performer {
     {
         if (const auto living = session.living())
             session.controls_.bring_news(living->qoroMoviePlayer, step.news);
+    }
+
+    void operator()(const PageStep& step) const
+    {
+        if (const auto living = session.living())
+            session.controls_.break_page(living->webView(), step.fault);
     }
 
     void operator()(const DeviceStep& step) const { session.controls_.change_device(step.change); }

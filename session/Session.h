@@ -58,6 +58,7 @@ private:
     std::shared_ptr<HostDelegate> interstitial_delegate_;
     std::shared_ptr<QoroVideoWebViewController> controller_;
     std::weak_ptr<QoroVideoWebViewController> living_;
+    std::shared_ptr<CloseGuard> guard_;
 };
 
 } // namespace qoro

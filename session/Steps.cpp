@@ -133,6 +133,20 @@ What refuse_player(const Reader& reader)
     throw InputError(reader.file(), reader.path(), "the player here is a real one; its news can't be given in a step");
 }
 
+What read_page(const Reader& reader)
+{
+    const std::string expected = "\"dies\" or \"hangs\"";
+    const std::string& fault = reader.text(expected);
+    if (fault != "dies" && fault != "hangs")
+        reader.refuse(expected);
+    return PageStep{fault == "dies" ? PageFault::Dies : PageFault::Hangs};
+}
+
+What refuse_page(const Reader& reader)
+{
+    throw InputError(reader.file(), reader.path(), "the page here is a real one; a step can't make it hang or die");
+}
+
 What read_device(const Reader& reader)
 {
     reader.with_keys({"orientation", "statusBarOrientation", "statusBarHidden", "outputVolume"});
@@ -213,20 +227,28 @@ What read_release(const Reader& reader)
 struct StepKind {
     std::string_view key;
     What (*read)(const Reader& reader);
+    /// Where players and pages are real; the same for most.
+    What (*read_for_real)(const Reader& reader) = read;
 };
 
 constexpr std::array StepKinds{
-    StepKind{"open", read_open},       StepKind{"tap", read_tap},
-    StepKind{"touch", read_touch},     StepKind{"script", read_script},
-    StepKind{"player", read_player},   StepKind{"device", read_device},
-    StepKind{"app", read_app},         StepKind{"interrupt", read_interrupt},
-    StepKind{"call", read_call},       StepKind{"snapshot", read_snapshot},
+    StepKind{"open", read_open},
+    StepKind{"tap", read_tap},
+    StepKind{"touch", read_touch},
+    StepKind{"script", read_script},
+    StepKind{"player", read_player, refuse_player},
+    StepKind{"page", read_page, refuse_page},
+    StepKind{"device", read_device},
+    StepKind{"app", read_app},
+    StepKind{"interrupt", read_interrupt},
+    StepKind{"call", read_call},
+    StepKind{"snapshot", read_snapshot},
     StepKind{"release", read_release},
 };
 
-Step read_step(const Reader& reader, double earliest, bool player_steps)
+Step read_step(const Reader& reader, double earliest, bool simulated)
 {
-    reader.with_keys({"at", "open", "tap", "touch", "script", "player", "device", "app", "interrupt", "call",
+    reader.with_keys({"at", "open", "tap", "touch", "script", "player", "page", "device", "app", "interrupt", "call",
                       "snapshot", "release"});
     Step step;
     step.at = earliest;
@@ -244,7 +266,7 @@ Step read_step(const Reader& reader, double earliest, bool player_steps)
             break;
         step.key = kind.key;
         step.value = to_value(value->json());
-        step.what = kind.key == "player" && !player_steps ? refuse_player(*value) : kind.read(*value);
+        step.what = (simulated ? kind.read : kind.read_for_real)(*value);
     }
     if (found != 1)
         reader.refuse("\"at\" and exactly one thing to do");
@@ -253,21 +275,21 @@ Step read_step(const Reader& reader, double earliest, bool player_steps)
 
 } // namespace
 
-std::vector<Step> detail::read_steps(const Reader& list, bool player_steps)
+std::vector<Step> detail::read_steps(const Reader& list, bool simulated)
 {
     std::vector<Step> steps;
     double latest = 0;
     for (const Reader& each : list.list("a list of steps")) {
-        steps.push_back(read_step(each, latest, player_steps));
+        steps.push_back(read_step(each, latest, simulated));
         latest = steps.back().at;
     }
     return steps;
 }
 
-std::vector<Step> read_steps(std::string_view json, const std::string& file, bool player_steps)
+std::vector<Step> read_steps(std::string_view json, const std::string& file, bool simulated)
 {
     const detail::Json parsed = detail::parse_json(json, file);
-    return detail::read_steps(Reader(parsed, file), player_steps);
+    return detail::read_steps(Reader(parsed, file), simulated);
 }
 
 } // namespace qoro

@@ -57,6 +57,11 @@ struct ScriptStep {
 struct PlayerStep {
     PlayerNews news;
 };
+/// What goes wrong with the creative's page.
+enum class PageFault { Dies, Hangs };
+struct PageStep {
+    PageFault fault;
+};
 struct DeviceStep {
     DeviceChange change;
 };
@@ -82,8 +87,8 @@ struct ReleaseStep {
 struct Step {
     /// Seconds since the session's start.
     double at = 0;
-    std::variant<OpenStep, TapStep, TouchStep, ScriptStep, PlayerStep, DeviceStep, AppStep, InterruptStep, CallStep,
-                 SnapshotStep, ReleaseStep>
+    std::variant<OpenStep, TapStep, TouchStep, ScriptStep, PlayerStep, PageStep, DeviceStep, AppStep, InterruptStep,
+                 CallStep, SnapshotStep, ReleaseStep>
         what;
     /// The step's own key and its value, as they were written.
     std::string key;
@@ -93,8 +98,8 @@ struct Step {
 /// Reads a list of steps.
 /// @param json the text of a JSON list
 /// @param file what to call it in an error
-/// @param player_steps whether steps may bring a player its news: no on a platform whose players drive themselves
+/// @param simulated whether steps may bring a player its news and break a page: no where both are real
 /// @throws InputError
-std::vector<Step> read_steps(std::string_view json, const std::string& file, bool player_steps);
+std::vector<Step> read_steps(std::string_view json, const std::string& file, bool simulated);
 
 } // namespace qoro

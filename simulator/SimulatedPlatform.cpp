@@ -43,6 +43,18 @@ void SimulatedPlatform::leave_app()
     application_did_enter_background();
 }
 
+void SimulatedPlatform::break_page(const UIWebView& page, PageFault fault)
+{
+    if (auto* engine = static_cast<SimulatedWebEngine*>(page.engine()))
+        engine->break_page(fault);
+}
+
+bool SimulatedPlatform::page_runs(const UIWebView& page) const
+{
+    const auto* engine = static_cast<const SimulatedWebEngine*>(page.engine());
+    return engine && engine->script_runs();
+}
+
 void SimulatedPlatform::change_device(const DeviceChange& change)
 {
     const int held_before = device_.orientation();

@@ -2,6 +2,8 @@
 
 #include "simulator/VirtualLoop.h"
 
+#include <utility>
+
 namespace qoro
 {
 
@@ -81,8 +83,40 @@ void SimulatedWebEngine::visit(std::size_t place)
     begin(visited_[place]);
 }
 
+void SimulatedWebEngine::watch_responsiveness(bool watch)
+{
+    watched_ = watch;
+    silent_ = silent_ && watch;
+    if (watched_ && fault_ == PageFault::Hangs && !silent_)
+        after(0, Report::Silence);
+}
+
+void SimulatedWebEngine::break_page(PageFault fault)
+{
+    if (fault_ == PageFault::Dies)
+        return;
+    fault_ = fault;
+    if (fault == PageFault::Hangs) {
+        tell(Report::Silence);
+        return;
+    }
+    ++load_;
+    loading_ = false;
+    has_content_ = false;
+    silent_ = false;
+    listener_.died("the page's process was ended");
+}
+
+void SimulatedWebEngine::mend_page()
+{
+    fault_.reset();
+    if (std::exchange(silent_, false))
+        listener_.responsiveness_changed(true);
+}
+
 void SimulatedWebEngine::begin(const NSURL& address)
 {
+    mend_page();
     address_ = address;
     loading_ = true;
     ++load_;
@@ -107,6 +141,11 @@ void SimulatedWebEngine::after(std::int64_t microseconds, Report report)
 
 void SimulatedWebEngine::tell(Report report)
 {
+    if (report == Report::Silence) {
+        if (watched_ && fault_ == PageFault::Hangs && !std::exchange(silent_, true))
+            listener_.responsiveness_changed(false);
+        return;
+    }
     const NetAnswer* net = answer();
     if (report == Report::Start) {
         after(LoadMicroseconds + (net ? to_microseconds(net->after) : 0), Report::End);

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "platform/Ports.h"
+#include "session/Steps.h"
 #include "session/World.h"
 
 #include <cstdint>
+#include <optional>
 #include <vector>
 
 namespace qoro
@@ -44,15 +46,21 @@ public:
     void call_listeners(const std::string&, const NSArray&, const NSDictionary&) override {}
     NSURL current_address() const override { return address_; }
     void set_scales_page_to_fit(bool) override {}
+    void watch_responsiveness(bool watch) override;
+
+    /// The page's process dies, or its script hangs, inside the call. A further page begins anew.
+    void break_page(PageFault fault);
+    bool script_runs() const { return !fault_; }
 
 private:
     friend class SimulatedWebEngines;
-    enum class Report : std::uint16_t { Start, End };
+    enum class Report : std::uint16_t { Start, End, Silence };
     void begin(const NSURL& address);
     void visit(std::size_t place);
     void after(std::int64_t microseconds, Report report);
     void tell(Report report);
     const NetAnswer* answer() const;
+    void mend_page();
 
     SimulatedWebEngines& engines_;
     WebListener& listener_;
@@ -61,6 +69,10 @@ private:
     NSURL address_;
     bool loading_ = false;
     bool has_content_ = false;
+    std::optional<PageFault> fault_;
+    bool watched_ = false;
+    /// It was reported that the script does not answer.
+    bool silent_ = false;
     /// The addresses that were visited; html stands in none of them.
     std::vector<NSURL> visited_;
     /// The place among them of what is shown, or on its way; past the end before the first.

@@ -253,6 +253,22 @@ void QoroVideoWebViewController::MRAIDClose()
     closeAction();
 }
 
+AdFacts QoroVideoWebViewController::facts() const
+{
+    const QoroVideoAd& shown = ad();
+    // With the page in front there is no button that could show how far the countdown has come.
+    const bool countedDown =
+        shown.bIsEndedCloseBtn ? bIsPlayFinish : shown.iCloseBtnCountdown >= 0 && iCountdownCount <= 0;
+    const bool inFront = shown.bIsWebViewInFront && !btnClose;
+    return {
+        .custom_close = bIsUseVideoCustomClose,
+        .page_closes = bIsUseVideoCustomClose || bIsClickCloseButton || inFront,
+        .close_due = btnClose ? !btnClose.isHidden() : countedDown,
+        .layout_suspended = getBDoButtonAction() || qoroInAppWebViewController,
+        .both_arrangements = shown.portraitModeType != 0 && shown.landscapeModeType != 0,
+    };
+}
+
 void QoroVideoWebViewController::removeViewAndButton()
 {
     if (qoroMoviePlayer) {

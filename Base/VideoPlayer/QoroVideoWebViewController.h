@@ -55,6 +55,7 @@ public:
     void addOnParentWindow(const UIWindow& window);
     void closeAction() override;
     void MRAIDClose() override;
+    AdFacts facts() const override;
     void removeViewAndButton();
     void removeBtnClose();
     void removeTempWindow();
@@ -162,7 +163,7 @@ public:
     void checkIsDeviceOrientationEqualVideoOrientation();
     bool checkCanOrientation() const;
     /// @param orientation "portrait" or "landscape"; anything else is ignored
-    void changeOrientation(const NSString& orientation);
+    void changeOrientation(const NSString& orientation) override;
     void didRotateFromInterfaceOrientation(std::int64_t orientation) override;
     bool ckeckIsStatusbarHide() const;
 
@@ -196,7 +197,7 @@ public:
     void addCountDownView();
     void showCloseButton();
     void showCloseButtonWhenBufferingTimeOut();
-    void MRAIDUseCustomClose(bool uses);
+    void MRAIDUseCustomClose(bool uses) override;
 
     // ==================================================================================== overlay/ControlBar.cpp
 

@@ -245,8 +245,9 @@
         'top-center': true, 'bottom-center': true,
     };
 
+    // An error event comes after the call that caused it: a page may set its listener in between.
     function fail(message, action) {
-        listeners.tell('error', [message, action]);
+        setTimeout(() => listeners.tell('error', [message, action]));
     }
 
     // Gives the kit a command of the standard's; what it refuses becomes an error event.

@@ -10,6 +10,6 @@ namespace qoro::detail
 
 /// Reads the steps that stand in a file; see qoro::read_steps.
 /// @throws InputError
-std::vector<Step> read_steps(const Reader& list, bool player_steps);
+std::vector<Step> read_steps(const Reader& list, bool simulated);
 
 } // namespace qoro::detail

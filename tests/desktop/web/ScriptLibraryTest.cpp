@@ -185,6 +185,7 @@ TEST_F(ScriptLibraryTest, properties_that_are_none_are_an_error_and_not_kept)
           "  note(mraid.getOrientationProperties(), mraid.getExpandProperties().height, mraid.getResizeProperties());"
           "});");
     wait_for(R"(note[{"allowOrientationChange":true,"forceOrientation":"none"},812,null])");
+    wait_for("note[\"setResizeProperties\"]");
     EXPECT_EQ(recorder.count("note[\"setOrientationProperties\"]"), 2);
     EXPECT_EQ(recorder.count("note[\"setExpandProperties\"]"), 2);
     EXPECT_EQ(recorder.count("note[\"setResizeProperties\"]"), 1);
@@ -296,7 +297,7 @@ TEST_F(ScriptLibraryTest, what_the_library_refuses_is_an_error_event_and_reaches
                 "mraid.open('https://shop/'); mraid.addEventListener('shake', () => {});"
                 "mraid.addEventListener('ready', 7); mraid.removeEventListener('ready', () => {});"
                 "mraid.setOrientationProperties({forceOrientation: 'sideways'});"
-                "mraid.setResizeProperties({width: '100'}); note('end');");
+                "mraid.setResizeProperties({width: '100'}); setTimeout(() => note('end'));");
     wait_for("note[\"end\"]");
     std::erase(recorder.heard, "start");
     std::erase(recorder.heard, "finish");
@@ -305,6 +306,22 @@ TEST_F(ScriptLibraryTest, what_the_library_refuses_is_an_error_event_and_reaches
                                         R"(note["error","addEventListener"])", R"(note["error","removeEventListener"])",
                                         R"(note["error","setOrientationProperties"])",
                                         R"(note["error","setResizeProperties"])", R"(note["end"])"}));
+}
+
+TEST_F(ScriptLibraryTest, an_error_event_reaches_a_listener_that_is_set_after_the_call)
+{
+    recorder.answer = [](const ScriptMessage& message) {
+        return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{"an interstitial does not", nullptr};
+    };
+    begin("mraid.setResizeProperties(null);" // refused by the library
+          "mraid.addEventListener('error', (...args) => note(...args));"
+          "mraid.addEventListener('ready', () => {"
+          "  mraid.expand(); mraid.resize();" // refused by the kit
+          "  mraid.addEventListener('error', (message, action) => note('late', action));"
+          "});");
+    wait_for(R"(note["width and height are numbers.","setResizeProperties"])");
+    wait_for(R"(note["late","expand"])");
+    wait_for(R"(note["late","resize"])");
 }
 
 TEST_F(ScriptLibraryTest, properties_that_are_set_are_read_back)

@@ -1,0 +1,284 @@
+#include "kit/CloseGuard.h"
+
+#include "kit/PageScreen.h"
+#include "kit/ScreenTexts.h"
+#include "platform/QoroPhoneGapViewController.h"
+#include "views/HeldTurn.h"
+#include "views/Turns.h"
+#include "views/ViewNode.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// Seconds between two looks at what no view shows.
+constexpr double LookInterval = 0.5;
+/// Seconds: a difference of two moments of the loop may fall short by so much.
+constexpr double Rounding = 1e-6;
+/// Points, both ways: no finger needs more.
+constexpr double Touch = 48;
+/// Above the ad's own window, one above the status bar.
+constexpr double Level = UIWindowLevelStatusBar + 100;
+
+/// Keeps since when a condition holds.
+void keep(std::optional<double>& since, bool holds, double now)
+{
+    if (!holds)
+        since.reset();
+    else if (!since)
+        since = now;
+}
+
+bool lasts(const std::optional<double>& since, double now, double seconds)
+{
+    return since && now - *since >= seconds - Rounding;
+}
+
+} // namespace
+
+std::shared_ptr<CloseGuard> CloseGuard::create(const std::shared_ptr<QoroPhoneGapViewController>& ad,
+                                               const CloseGuardTimes& times)
+{
+    const std::shared_ptr<CloseGuard> guard(new CloseGuard(ad, times));
+    guard->start();
+    return guard;
+}
+
+CloseGuard::CloseGuard(const std::shared_ptr<QoroPhoneGapViewController>& ad, const CloseGuardTimes& times)
+    : platform_(Platform::current()), ad_(ad), times_(times)
+{
+}
+
+CloseGuard::~CloseGuard()
+{
+    platform_.shared<NSNotificationCenter>().removeObserver(this);
+    platform_.loop().stop_timer(timer_);
+    if (const auto ad = ad_.lock())
+        ad->set_close_guard(nullptr);
+}
+
+void CloseGuard::start()
+{
+    ad_.lock()->set_close_guard(this);
+    auto& news = platform_.shared<NSNotificationCenter>();
+    news.addObserver(action<&CloseGuard::went_to_background>(this, "went_to_background"),
+                     UIApplicationDidEnterBackgroundNotification);
+    news.addObserver(action<&CloseGuard::came_back>(this, "came_back"), UIApplicationWillEnterForegroundNotification);
+    for (const std::string_view turn :
+         {UIDeviceOrientationDidChangeNotification, UIApplicationDidChangeStatusBarFrameNotification})
+        news.addObserver(action<&CloseGuard::device_turned>(this, "device_turned"), turn);
+    watch_ = std::make_unique<ViewWatch>(platform_, [this] {
+        if (is_over())
+            hide(); // with the ad's own windows
+        else
+            look_later();
+    });
+    look();
+}
+
+/// The event that changes what can be seen goes on: it is judged by what it leaves.
+void CloseGuard::look_later()
+{
+    if (std::exchange(looks_, true))
+        return;
+    platform_.loop().post([weak = weak_from_this()] {
+        if (const auto self = std::static_pointer_cast<CloseGuard>(weak.lock())) {
+            self->looks_ = false;
+            self->look();
+        }
+    });
+}
+
+// --------------------------------------------------------------------------------------------------- when it is due
+
+void CloseGuard::look()
+{
+    platform_.loop().stop_timer(std::exchange(timer_, 0));
+    const auto ad = ad_.lock();
+    if (is_over()) {
+        hide();
+        return;
+    }
+    if (is_shown()) {
+        lay_out();
+        return;
+    }
+    look_at(*ad);
+    if (is_shown())
+        return;
+    timer_ = platform_.loop().start_timer(until_next_look(), false, [this] {
+        const auto self = shared_from_this();
+        look();
+    });
+}
+
+/// Seconds.
+double CloseGuard::until_next_look() const
+{
+    const double now = platform_.loop().now();
+    double wait = LookInterval;
+    for (const auto& [since, seconds] :
+         {std::pair(page_silent_, times_.page_silent), std::pair(tapped_, times_.tap_unanswered),
+          std::pair(control_owed_, times_.custom_close), std::pair(still_, times_.nothing_moves)})
+        if (since && *since + seconds > now)
+            wait = std::min(wait, *since + seconds - now);
+    return wait;
+}
+
+void CloseGuard::look_at(QoroPhoneGapViewController& ad)
+{
+    const double now = platform_.loop().now();
+    if (!is_on_screen() || in_background_ || PageScreen::topmost(platform_)) {
+        for (std::optional<double>* since : {&page_silent_, &control_owed_, &tapped_, &still_})
+            since->reset();
+        return;
+    }
+    const AdFacts facts = ad.facts();
+    watch_page(ad, facts.page_closes);
+    keep(page_silent_, !page_responds_, now);
+    // Of a page that takes no more than the button's taps, the button itself is there.
+    keep(control_owed_, facts.page_closes && facts.close_due && !ad.close_button().superview(), now);
+    if (tapped_ && video_is_hidden() && !video_hidden_at_tap_)
+        tapped_.reset();
+    const double media_time = ad.qoroMoviePlayer.currentPlaybackTime();
+    keep(still_, std::exchange(media_time_, media_time) == media_time, now);
+
+    if (lasts(page_silent_, now, times_.page_silent))
+        show("the page does not answer");
+    else if (lasts(tapped_, now, times_.tap_unanswered))
+        show("nothing came of a tap on the close button");
+    else if (lasts(control_owed_, now, times_.custom_close))
+        show("the page draws the close control");
+    else if (lasts(still_, now, times_.nothing_moves) && !can_be_left())
+        show("the video does not move, and the ad cannot be closed");
+}
+
+/// Only while the page owns a way to close does anything depend on its answers.
+void CloseGuard::watch_page(QoroPhoneGapViewController& ad, bool watch)
+{
+    if (std::exchange(watches_page_, watch) == watch)
+        return;
+    page_responds_ = true;
+    if (WebEngine* engine = ad.webView().engine())
+        engine->watch_responsiveness(watch);
+}
+
+bool CloseGuard::is_over() const
+{
+    const auto ad = ad_.lock();
+    return !ad || !ad->dicEventListener;
+}
+
+bool CloseGuard::is_on_screen() const
+{
+    const UIView view = ad_.lock()->view();
+    const ViewNode* top = view.node().get();
+    while (top && top->parent)
+        top = top->parent;
+    return top && top->kind == ViewNode::Kind::Window && !top->hidden;
+}
+
+/// Whether a finger reaches the ad's close button. What the page draws cannot be known.
+bool CloseGuard::can_be_left() const
+{
+    const UIButton button = ad_.lock()->close_button();
+    return button && touchable_point(*button.node());
+}
+
+bool CloseGuard::video_is_hidden() const
+{
+    return ad_.lock()->qoroMoviePlayer.view().isHidden();
+}
+
+void CloseGuard::page_took_close_tap()
+{
+    tapped_ = platform_.loop().now();
+    video_hidden_at_tap_ = video_is_hidden();
+    look_later();
+}
+
+void CloseGuard::page_responds(bool responds)
+{
+    page_responds_ = responds;
+    look_later();
+}
+
+void CloseGuard::went_to_background()
+{
+    in_background_ = true;
+}
+
+void CloseGuard::came_back()
+{
+    in_background_ = false;
+}
+
+// --------------------------------------------------------------------------------------------------------- the way out
+
+void CloseGuard::show(std::string_view why)
+{
+    if (is_shown())
+        return;
+    platform_.tell("guard", {{"do", "show"}, {"why", why}});
+    button_ = UIButton::create();
+    button_.setAccessibilityLabel(platform_.translation().translate(screen_texts::Close));
+    button_.addTarget(action<&CloseGuard::tapped>(this, "tapped"));
+    button_.setShowsTouchWhenHighlighted(true);
+    button_.node()->symbol = Symbol::CloseOnDisc;
+    button_.node()->text_color = UIColor::whiteColor();
+    window_ = UIWindow::create({0, 0, Touch, Touch});
+    window_.setWindowLevel(Level);
+    window_.addSubview(button_);
+    lay_out();
+}
+
+void CloseGuard::hide()
+{
+    if (const UIWindow shown = std::exchange(window_, nullptr))
+        shown.setHidden(true);
+    button_ = nullptr;
+}
+
+/// At the top right of the screen as the viewer holds it; out of sight under a screen of the kit's.
+void CloseGuard::lay_out()
+{
+    if (!is_shown())
+        return;
+    const Device& device = platform_.device();
+    const CGSize screen = device.facts().screen.value_or(CGSize{Touch, Touch});
+    turn_ = held_turn(device.orientation(), device.status_bar_orientation(), screen, turn_);
+    const CGSize held = turned_extents(screen, turn_);
+    const CGPoint corner = turned({held.width / 2 - Touch / 2, Touch / 2 - held.height / 2}, -turn_);
+    const CGRect frame{screen.width / 2 + corner.x - Touch / 2, screen.height / 2 + corner.y - Touch / 2, Touch, Touch};
+    if (!(window_.frame() == frame)) {
+        window_.setFrame(frame);
+        button_.setTransform(CGAffineTransformMakeRotation(-turn_));
+        button_.setFrame({0, 0, Touch, Touch});
+    }
+    const bool covered = PageScreen::topmost(platform_) != nullptr;
+    if (window_.isHidden() != covered)
+        window_.setHidden(covered);
+}
+
+void CloseGuard::device_turned(const NSNotification&)
+{
+    lay_out();
+}
+
+void CloseGuard::tapped()
+{
+    const auto self = shared_from_this();
+    const auto ad = ad_.lock();
+    platform_.tell("guard", {{"do", "close"}});
+    hide();
+    // The first close may hide a video that covers the page.
+    for (int closes = 0; closes < 2 && !is_over(); ++closes)
+        ad->closeAction();
+}
+
+} // namespace qoro

@@ -1,0 +1,250 @@
+#include "tests/support/ScenarioRun.h"
+
+#include <gmock/gmock.h>
+
+#include <algorithm>
+
+// The viewer's way out of an ad that has none, in virtual time.
+
+namespace qoro::test
+{
+namespace
+{
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using Lines = std::vector<std::string>;
+
+constexpr const char* Guarded = R"("host": {"guard": true}, )";
+/// The page beside a video of 30 seconds; the close button is due when the video has played for two.
+constexpr const char* Ad = R"("strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 1280, "fVideoHeight": 720,
+    "portraitModeType": 2, "portraitVideoPos": "TOP", "iCloseBtnCountdown": 2, "iBufferingSufferTime": -1,
+    "bIsAutoStart": true)";
+constexpr const char* EndOfPlay = R"({"at": 100, "device": {}})";
+
+/// Runs an ad whose video plays by itself from 0.3 s on.
+Lines auto_run(const std::string& steps, const std::string& ad = "", const std::string& video = "",
+               const std::string& host = Guarded)
+{
+    return trace_of("{" + host + R"("video": {)" + video + R"("duration": 30}, "ad": {)" + Ad + ad +
+                    R"(}, "steps": [{"open": 0}, )" + steps + "]}");
+}
+
+Lines guard_lines(const Lines& trace)
+{
+    return of_kind(trace, "guard");
+}
+
+// ------------------------------------------------------------------------------------------------ ads that need none
+
+TEST(CloseGuard, AnOrdinaryAdHasNone)
+{
+    EXPECT_THAT(guard_lines(auto_run(EndOfPlay)), IsEmpty());
+}
+
+TEST(CloseGuard, AVideoThatPlaysIsNotCutShort)
+{
+    const Lines trace = auto_run(R"({"at": 29, "device": {}})", R"(, "bIsEndedCloseBtn": true)");
+
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+}
+
+TEST(CloseGuard, ALongCountdownIsTheAdsToDecide)
+{
+    const Lines trace = trace_of(std::string("{") + Guarded + R"("video": {"duration": 300}, "ad": {)" + Ad +
+                                 R"(, "iCloseBtnCountdown": 200}, "steps": [{"open": 0}, {"at": 190, "device": {}}]})");
+
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+}
+
+TEST(CloseGuard, AScenarioThatDoesNotAskForItHasNone)
+{
+    const Lines trace = auto_run(EndOfPlay, R"(, "iBufferingSufferTime": -1)", R"("loadAfter": 90, )", "");
+
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+}
+
+TEST(CloseGuard, APageThatClosesWhenTheViewerAsksNeedsNone)
+{
+    const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
+        {"at": 5, "tap": "btnClose"}, {"at": 5.9, "script": ["MRAIDClose"]}, )" +
+                                 std::string(EndOfPlay));
+
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+}
+
+// -------------------------------------------------------------------------------------------- when the way out is due
+
+TEST(CloseGuard, APageThatOwnsTheCloseAndHangsForTwoSeconds)
+{
+    const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
+        {"at": 4, "page": "hangs"}, )" +
+                                 std::string(EndOfPlay));
+
+    EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"({"t":6,"what":"guard","do":"show",)"
+                                                          R"("why":"the page does not answer"})")));
+}
+
+TEST(CloseGuard, APageThatTakesTheCloseBeforeItHangs)
+{
+    const Lines trace = auto_run(R"({"at": 4, "script": ["MRAIDUseCustomClose", true]}, {"at": 4, "page": "hangs"}, )" +
+                                 std::string(EndOfPlay));
+
+    EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"({"t":6,"what":"guard")")));
+}
+
+TEST(CloseGuard, AHungPageThatOwnsNothingIsNoTrap)
+{
+    EXPECT_THAT(guard_lines(auto_run(R"({"at": 4, "page": "hangs"}, )" + std::string(EndOfPlay))), IsEmpty());
+}
+
+TEST(CloseGuard, ATapThatThePageIgnores)
+{
+    const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
+        {"at": 5, "tap": "btnClose"}, )" +
+                                 std::string(EndOfPlay));
+
+    EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"({"t":6,"what":"guard","do":"show",)"
+                                                          R"("why":"nothing came of a tap on the close button"})")));
+}
+
+TEST(CloseGuard, AHiddenVideoIsAnAnswerToATap)
+{
+    // In landscape, with the button that hides the video, the page may hide it by itself: the controller does.
+    const Lines trace = auto_run(R"({"at": 1, "device": {"orientation": 3, "statusBarOrientation": 3}},
+        {"at": 5, "tap": "btnClose"}, {"at": 20, "device": {}})",
+                                 R"(, "landscapeModeType": 2, "bShowHideVideoBtn": true)");
+
+    EXPECT_THAT(trace, Contains(HasSubstr(R"({"e":{"visibility":0}})")));
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+}
+
+TEST(CloseGuard, APageThatDrawsTheCloseControlFiveSecondsAfterTheCountdown)
+{
+    // The video plays from 0.3 s on; the twentieth tick of the countdown comes 2 s later.
+    const Lines trace = auto_run(R"({"at": 1, "script": ["mraid.useCustomClose", true]}, )" + std::string(EndOfPlay));
+
+    EXPECT_THAT(guard_lines(trace),
+                ElementsAre(AllOf(HasSubstr(R"("why":"the page draws the close control")"), HasSubstr(R"("t":7.3)"))));
+}
+
+TEST(CloseGuard, APageInFrontOfTheVideoFiveSecondsAfterTheCountdown)
+{
+    const Lines trace = auto_run(EndOfPlay, R"(, "bIsWebViewInFront": true, "strWebViewUrl": "http://ad/page.html")");
+
+    EXPECT_THAT(guard_lines(trace),
+                ElementsAre(AllOf(HasSubstr(R"("why":"the page draws the close control")"), HasSubstr(R"("t":7.)"))));
+}
+
+TEST(CloseGuard, AVideoThatNeverLoads)
+{
+    const Lines trace = auto_run(EndOfPlay, "", R"("loadAfter": 99, )");
+
+    EXPECT_THAT(guard_lines(trace),
+                ElementsAre(HasSubstr(R"({"t":30,"what":"guard","do":"show",)"
+                                      R"("why":"the video does not move, and the ad cannot be closed"})")));
+}
+
+TEST(CloseGuard, AStallBeforeTheEndOfAnAdThatMayBeClosedAtItsEnd)
+{
+    const Lines trace = auto_run(EndOfPlay, R"(, "bIsEndedCloseBtn": true)", R"("stalls": [[10, 80]], )");
+
+    // It played until 10.3 s.
+    EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"({"t":40.)")));
+}
+
+TEST(CloseGuard, AStallOfAnAdThatCanBeClosedIsNoTrap)
+{
+    EXPECT_THAT(guard_lines(auto_run(EndOfPlay, "", R"("stalls": [[10, 80]], )")), IsEmpty());
+}
+
+TEST(CloseGuard, TheTimeAwayFromTheAppDoesNotCount)
+{
+    const Lines trace = auto_run(R"({"at": 2, "app": "background"}, {"at": 60, "app": "foreground"},
+        {"at": 60, "app": "active"}, {"at": 89, "device": {}})",
+                                 "", R"("loadAfter": 99, )");
+
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+}
+
+TEST(CloseGuard, ABrowserOverTheAdHasAWayOutOfItsOwn)
+{
+    const std::string browser =
+        R"(, "bIsEndedCloseBtn": true, "arrayButtonsInfo": [{"btn_text": "Go", "launch_type": "inapp",)"
+        R"( "data": {"u": "http://shop.example/"}}])";
+    const Lines trace = auto_run(R"({"at": 2, "tap": "btnActionOne"}, {"at": 90, "device": {}})", browser);
+
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+}
+
+// -------------------------------------------------------------------------------------------------------- the way out
+
+TEST(CloseGuard, ATouchAtTheTopRightClosesTheAd)
+{
+    const Lines trace = auto_run(R"({"at": 31, "touch": [360, 15]}, {"at": 40, "device": {}})",
+                                 R"(, "arrayCloseTrackingUrls": ["http://t/close"])", R"("loadAfter": 99, )");
+
+    EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"("do":"show")"), HasSubstr(R"("do":"close")")));
+    EXPECT_THAT(trace, Contains(HasSubstr(R"("event":"onhide")")));
+    EXPECT_THAT(trace, Contains(AllOf(HasSubstr(R"("what":"request")"), HasSubstr("http://t/close"))));
+}
+
+TEST(CloseGuard, ItFollowsTheDevice)
+{
+    // Held with its top to the left: the viewer's top right is the device's bottom right.
+    const Lines trace = auto_run(R"({"at": 31, "device": {"orientation": 3}}, {"at": 32, "touch": [360, 797]},
+        {"at": 40, "device": {}})",
+                                 "", R"("loadAfter": 99, )");
+
+    EXPECT_THAT(guard_lines(trace), Contains(HasSubstr(R"("do":"close")")));
+}
+
+TEST(CloseGuard, ItClosesAnAdWhoseCloseHidesTheVideo)
+{
+    const Lines trace = auto_run(R"({"at": 0.1, "device": {"orientation": 3, "statusBarOrientation": 3}},
+        {"at": 31, "touch": [360, 797]}, {"at": 40, "device": {}})",
+                                 R"(, "landscapeModeType": 2, "bShowHideVideoBtn": true, "bIsEndedCloseBtn": true,
+                                     "arrayCloseTrackingUrls": ["http://t/close"])",
+                                 R"("loadAfter": 99, )");
+
+    ASSERT_THAT(guard_lines(trace), Contains(HasSubstr(R"("do":"close")")));
+    EXPECT_THAT(trace, Contains(AllOf(HasSubstr(R"("what":"request")"), HasSubstr("http://t/close"))));
+}
+
+TEST(CloseGuard, ItStaysOnceItIsThere)
+{
+    const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
+        {"at": 5, "tap": "btnClose"}, {"at": 8, "script": ["removeEventListener", "onclick_closebtn", 1]},
+        {"at": 9, "touch": [360, 15]}, {"at": 10, "device": {}})");
+
+    EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"("do":"show")"), HasSubstr(R"("do":"close")")));
+}
+
+TEST(CloseGuard, ItGoesWithTheAd)
+{
+    const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
+        {"at": 5, "tap": "btnClose"}, {"at": 8, "script": ["MRAIDClose"]}, {"at": 9, "touch": [360, 15]},
+        {"at": 10, "device": {}})");
+
+    EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"("do":"show")")));
+}
+
+TEST(CloseGuard, ItChangesNothingOfTheController)
+{
+    const std::string steps = R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
+        {"at": 5, "tap": "btnClose"}, {"at": 7, "snapshot": true}, {"at": 20, "snapshot": true})";
+    const Lines guarded = auto_run(steps);
+    Lines without_guard = guarded;
+    std::erase_if(without_guard,
+                  [](const std::string& line) { return line.find(R"("what":"guard")") != std::string::npos; });
+    ASSERT_LT(without_guard.size(), guarded.size());
+
+    EXPECT_EQ(without_guard, auto_run(steps, "", "", ""));
+}
+
+} // namespace
+} // namespace qoro::test
