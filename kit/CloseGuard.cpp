@@ -124,7 +124,8 @@ double CloseGuard::until_next_look() const
     double wait = LookInterval;
     for (const auto& [since, seconds] :
          {std::pair(page_silent_, times_.page_silent), std::pair(tapped_, times_.tap_unanswered),
-          std::pair(control_owed_, times_.custom_close), std::pair(still_, times_.nothing_moves)})
+          std::pair(control_owed_, times_.custom_close), std::pair(end_owed_, times_.custom_close),
+          std::pair(std::optional(motion_.still_since()), times_.nothing_moves)})
         if (since && *since + seconds > now)
             wait = std::min(wait, *since + seconds - now);
     return wait;
@@ -134,8 +135,9 @@ void CloseGuard::look_at(QoroPhoneGapViewController& ad)
 {
     const double now = platform_.loop().now();
     if (!is_on_screen() || in_background_ || PageScreen::topmost(platform_)) {
-        for (std::optional<double>* since : {&page_silent_, &control_owed_, &tapped_, &still_})
+        for (std::optional<double>* since : {&page_silent_, &control_owed_, &tapped_, &end_owed_})
             since->reset();
+        motion_.begin_anew(now);
         return;
     }
     const AdFacts facts = ad.facts();
@@ -145,8 +147,10 @@ void CloseGuard::look_at(QoroPhoneGapViewController& ad)
     keep(control_owed_, facts.page_closes && facts.close_due && !ad.close_button().superview(), now);
     if (tapped_ && video_is_hidden() && !video_hidden_at_tap_)
         tapped_.reset();
-    const double media_time = ad.qoroMoviePlayer.currentPlaybackTime();
-    keep(still_, std::exchange(media_time_, media_time) == media_time, now);
+    const MPMoviePlayerController& player = ad.qoroMoviePlayer;
+    motion_.look(player, now);
+    const double length = player.duration();
+    keep(end_owed_, facts.close_at_end && !facts.close_due && length > 0 && motion_.played() >= length, now);
 
     if (lasts(page_silent_, now, times_.page_silent))
         show("the page does not answer");
@@ -154,7 +158,9 @@ void CloseGuard::look_at(QoroPhoneGapViewController& ad)
         show("nothing came of a tap on the close button");
     else if (lasts(control_owed_, now, times_.custom_close))
         show("the page draws the close control");
-    else if (lasts(still_, now, times_.nothing_moves) && !can_be_left())
+    else if (lasts(end_owed_, now, times_.custom_close) && !can_be_left())
+        show("the video has run for its whole length, and does not end");
+    else if (lasts(motion_.still_since(), now, times_.nothing_moves) && !can_be_left())
         show("the video does not move, and the ad cannot be closed");
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kit/VideoMotion.h"
 #include "platform/Foundation.h"
 #include "platform/Platform.h"
 #include "platform/UIKit.h"
@@ -19,9 +20,11 @@ struct CloseGuardTimes {
     double page_silent = 2;
     /// For something to come of a tap on the close button that the page has taken.
     double tap_unanswered = 1;
-    /// After the moment at which the ad's own close button would be shown, while the page draws its own.
+    /// After the moment at which the ad's own close button would be shown, while the page draws its own; and after the
+    /// video has run for its whole length, while the page keeps it from its end.
     double custom_close = 5;
-    /// While the video does not move and no close button can be tapped.
+    /// While the video does not move and no close button can be tapped. A video that the page pauses or seeks in again
+    /// and again does not move.
     double nothing_moves = 30;
 };
 
@@ -86,10 +89,9 @@ private:
     /// A tap was given to the page, and nothing has come of it.
     std::optional<double> tapped_;
     bool video_hidden_at_tap_ = false;
-    /// The video has not moved.
-    std::optional<double> still_;
-    /// Seconds of media.
-    double media_time_ = 0;
+    /// The video has run for its whole length, and its end is yet to come.
+    std::optional<double> end_owed_;
+    VideoMotion motion_;
 
     UIWindow window_;
     UIButton button_;

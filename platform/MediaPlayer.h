@@ -2,6 +2,7 @@
 
 #include "platform/UIKit.h"
 
+#include <cstddef>
 #include <memory>
 
 namespace qoro
@@ -33,6 +34,8 @@ public:
     double duration() const;
     double currentPlaybackTime() const;
     void setCurrentPlaybackTime(double seconds) const;
+    /// How often a time was set; for the kit.
+    std::size_t seekCount() const;
     /// Null for a null player.
     UIView view() const;
     void setFullscreen(bool fullscreen) const;

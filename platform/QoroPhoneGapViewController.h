@@ -42,6 +42,8 @@ struct AdFacts {
     bool page_closes = false;
     /// The ad's own rule has the close button shown by now, wherever the page has put it.
     bool close_due = false;
+    /// No countdown: the ad's own rule shows the close button when the video has ended.
+    bool close_at_end = false;
     /// checkVideoSize does nothing now: a click-through is under way, or a browser is open.
     bool layout_suspended = false;
     /// The ad has a portrait and a landscape arrangement.

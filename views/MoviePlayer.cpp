@@ -26,6 +26,7 @@ struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared
     const std::shared_ptr<ViewNode> video;
     PlayerSettings settings;
     std::unique_ptr<PlayerEngine> engine;
+    std::size_t seeks = 0;
     /// No handle is left; only a report of the engine's is still coming to its end.
     bool let_go = false;
 
@@ -127,7 +128,13 @@ void MPMoviePlayerController::setCurrentPlaybackTime(double seconds) const
     if (!state_)
         return;
     state_->platform.tell("player", {{"do", "seek"}, {"to", seconds}});
+    ++state_->seeks;
     state_->engine->seek(seconds);
+}
+
+std::size_t MPMoviePlayerController::seekCount() const
+{
+    return state_ ? state_->seeks : 0;
 }
 
 UIView MPMoviePlayerController::view() const

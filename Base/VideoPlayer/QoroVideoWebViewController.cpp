@@ -264,6 +264,7 @@ AdFacts QoroVideoWebViewController::facts() const
         .custom_close = bIsUseVideoCustomClose,
         .page_closes = bIsUseVideoCustomClose || bIsClickCloseButton || inFront,
         .close_due = btnClose ? !btnClose.isHidden() : countedDown,
+        .close_at_end = shown.bIsEndedCloseBtn,
         .layout_suspended = getBDoButtonAction() || qoroInAppWebViewController,
         .both_arrangements = shown.portraitModeType != 0 && shown.landscapeModeType != 0,
     };

@@ -162,6 +162,49 @@ TEST(CloseGuard, AStallOfAnAdThatCanBeClosedIsNoTrap)
     EXPECT_THAT(guard_lines(auto_run(EndOfPlay, "", R"("stalls": [[10, 80]], )")), IsEmpty());
 }
 
+/// Steps of a script, again and again.
+std::string again_and_again(double from, double to, double every, const std::string& first, const std::string& second)
+{
+    std::string steps;
+    for (double at = from; at < to; at += every) {
+        steps += R"({"at": )" + std::to_string(at) + R"(, "script": )" + first + "}, ";
+        steps += R"({"at": )" + std::to_string(at + 0.05) + R"(, "script": )" + second + "}, ";
+    }
+    return steps + R"({"at": )" + std::to_string(to) + R"(, "device": {}})";
+}
+
+TEST(CloseGuard, APageThatPausesTheVideoBetweenTwoTicksOfTheCountdown)
+{
+    // Each time it plays for a twentieth of a second: no tick of the countdown falls into that.
+    const Lines trace = auto_run(again_and_again(1, 60, 0.2, R"(["setVideoPlay"])", R"(["setVideoPause"])"));
+
+    EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"("why":"the video does not move)")));
+}
+
+TEST(CloseGuard, APageThatSeeksTheVideoBackFromItsEnd)
+{
+    const Lines trace = auto_run(again_and_again(20, 100, 20, R"(["setVideoSeekToTime", 1])", R"(["setVideoPlay"])"),
+                                 R"(, "bIsEndedCloseBtn": true)");
+
+    // Of 30 seconds it has run 19.7, and 10.3 more at 30.3.
+    EXPECT_THAT(guard_lines(trace),
+                ElementsAre(AllOf(HasSubstr(R"("why":"the video has run for its whole length, and does not end")"),
+                                  HasSubstr(R"("t":35.)"))));
+}
+
+TEST(CloseGuard, AVideoWhoseTimeIsReportedMoves)
+{
+    std::string steps;
+    for (int second = 1; second < 60; ++second)
+        steps += R"({"at": )" + std::to_string(second) + R"(, "player": {"time": )" + std::to_string(second) + "}}, ";
+    const Lines trace = manual_run(R"({"open": 0}, {"at": 1, "player": {"duration": 90, "load": 1}},
+        {"at": 1, "player": {"time": 0, "state": 1}}, )" +
+                                       steps + R"({"at": 60, "device": {}})",
+                                   R"("bIsEndedCloseBtn": true, )", Guarded);
+
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+}
+
 TEST(CloseGuard, TheTimeAwayFromTheAppDoesNotCount)
 {
     const Lines trace = auto_run(R"({"at": 2, "app": "background"}, {"at": 60, "app": "foreground"},
