@@ -3,13 +3,11 @@
 
 #include <gtest/gtest.h>
 
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <memory>
 #include <sstream>
-#include <thread>
 
 // A creative that puts an event into the viewer's calendar, on a phone of 375x812 points: its page begins at 255
 // points, below the band of the video. A click on its left half gives a lesson, one on its right half what is none.
@@ -78,10 +76,9 @@ protected:
         std::ofstream(applications / "mimeapps.list") << "[Default Applications]\ntext/calendar=calendar.desktop\n";
     }
     /// The file that the calendar got, its folded lines put together; empty when none came.
-    std::string calendar_file() const
+    std::string calendar_file(PlayedAd& ad) const
     {
-        for (int looks = 0; looks < 500 && !fs::exists(folder_ / "event.ics"); ++looks)
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        ad.eventually([&] { return fs::exists(folder_ / "event.ics"); });
         std::ostringstream text;
         text << std::ifstream(folder_ / "event.ics").rdbuf();
         std::string file = text.str();
@@ -120,7 +117,7 @@ TEST_F(PlayCalendar, AClickBringsTheEventToTheSystemsCalendar)
 
     ad->click(90, 500);
 
-    const std::string file = calendar_file();
+    const std::string file = calendar_file(*ad);
     for (const char* line :
          {"BEGIN:VCALENDAR", "SUMMARY:Lesson\\; the first", "DESCRIPTION:Guitar\\,\\nroom 7", "LOCATION:Hall 3",
           "DTSTART;TZID=UTC-0800:20270322T220000", "DTEND;TZID=UTC-0800:20270322T230000",

@@ -201,8 +201,9 @@ TEST_F(PlayScreens, OnAPhoneTheStorePageLiesBelowTheVideoAndItsWayOutClosesTheAd
 TEST_F(PlayScreens, OnATabletTheStorePageLiesOverTheAdAndItsWayOutLeavesTheAd)
 {
     server_.serve("/store/42", {.body = "<body style='background:#20a040'>", .type = "text/html"});
-    const auto ad = play({{"strStoreId", "42"}}, {"--device", "600x800", "--store-page", address("/store/{id}"),
-                                                  "--steps", steps({{{"at", 1.2}, {"tap", "btnPlayAndPause"}}})});
+    // It comes when the video is paused, as it is here by itself.
+    const auto ad = play({{"strStoreId", "42"}, {"arrayPrePauseLocations", {1}}},
+                         {"--device", "600x800", "--store-page", address("/store/{id}")});
     ASSERT_TRUE(ad->shows(300, 400, PageColour)) << ad->complaints();
 
     ad->click(576, 24);

@@ -2,6 +2,7 @@
 
 #include "Places.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
@@ -102,11 +103,24 @@ int start(const std::vector<std::string>& command, const std::string& output, co
     return child;
 }
 
-void run(const std::vector<std::string>& command)
+/// The second that a line of the trace tells; −1 for another line.
+int second_of(const nlohmann::json& line)
+{
+    if (line.value("event", "") != "video_timeupdate")
+        return -1;
+    return std::stoi(line["data"]["e"]["current_time"].get<std::string>());
+}
+
+bool succeeds(const std::vector<std::string>& command)
 {
     const int child = start(command, "/dev/null", "/dev/null");
     int status = 0;
-    if (waitpid(child, &status, 0) != child || status != 0)
+    return waitpid(child, &status, 0) == child && status == 0;
+}
+
+void run(const std::vector<std::string>& command)
+{
+    if (!succeeds(command))
         throw std::runtime_error(command.front() + " failed");
 }
 
@@ -142,8 +156,19 @@ void PlayedAd::click(int x, int y)
     run({"xdotool", "mousemove", std::to_string(x), std::to_string(y), "click", "1"});
 }
 
+bool PlayedAd::clicks_until(int x, int y, const std::function<bool()>& holds)
+{
+    constexpr double one_click = 3;
+    return eventually([&] {
+        click(x, y);
+        return eventually(holds, one_click);
+    });
+}
+
 void PlayedAd::press(const std::string& key)
 {
+    // A key that comes before the window is lost.
+    has_keyboard_ = has_keyboard_ || eventually([] { return succeeds({"xdotool", "getwindowfocus"}); });
     run({"xdotool", "key", key});
 }
 
@@ -177,14 +202,28 @@ std::vector<int> PlayedAd::processes() const
 
 nlohmann::json PlayedAd::wait_for(const std::function<bool(const nlohmann::json&)>& fits, double seconds)
 {
+    nlohmann::json found;
+    std::size_t seen = 0;
+    eventually(
+        [&] {
+            for (const auto& lines = trace(); found.is_null() && seen < lines.size(); ++seen)
+                if (fits(lines[seen]))
+                    found = lines[seen];
+            return !found.is_null();
+        },
+        seconds);
+    return found;
+}
+
+bool PlayedAd::eventually(const std::function<bool()>& holds, double seconds)
+{
     const auto until = Clock::now() + std::chrono::duration<double>(seconds);
     while (true) {
         const bool last = exit_status(0) >= 0 || ended_ || Clock::now() >= until;
-        for (const nlohmann::json& line : trace())
-            if (fits(line))
-                return line;
+        if (holds())
+            return true;
         if (last)
-            return nullptr;
+            return false;
         std::this_thread::sleep_for(Glance);
     }
 }
@@ -203,25 +242,42 @@ bool PlayedAd::hears(const std::string& event, double seconds)
     return !wait_for([&](const nlohmann::json& line) { return line.value("event", "") == event; }, seconds).is_null();
 }
 
+bool PlayedAd::page_hears(const std::string& event)
+{
+    return !wait_for([&](const nlohmann::json& line) {
+                return line.value("event", "") == event && line.value("listeners", 0) > 0;
+            }).is_null();
+}
+
 bool PlayedAd::reaches_second(int second, double seconds)
 {
-    return !wait_for(
-                [&](const nlohmann::json& line) {
-                    return line.value("event", "") == "video_timeupdate" &&
-                           std::stoi(line["data"]["e"]["current_time"].get<std::string>()) >= second;
-                },
-                seconds)
-                .is_null();
+    return !wait_for([&](const nlohmann::json& line) { return second_of(line) >= second; }, seconds).is_null();
+}
+
+int PlayedAd::second()
+{
+    int second = 0;
+    for (const nlohmann::json& line : trace())
+        second = std::max(second, second_of(line));
+    return second;
+}
+
+bool PlayedAd::plays()
+{
+    bool plays = false;
+    for (const nlohmann::json& line : trace()) {
+        const std::string event = line.value("event", "");
+        if (event == "video_play")
+            plays = true;
+        else if (event == "video_pause" || event == "video_ended")
+            plays = false;
+    }
+    return plays;
 }
 
 bool PlayedAd::server_gets(const std::string& path, double seconds)
 {
-    return !wait_for(
-                [&](const nlohmann::json& line) {
-                    return line["what"] == "hit" && line["url"].get<std::string>().starts_with(path);
-                },
-                seconds)
-                .is_null();
+    return eventually([&] { return hits_of(path) > 0; }, seconds);
 }
 
 int PlayedAd::hits_of(const std::string& path)
@@ -233,24 +289,28 @@ int PlayedAd::hits_of(const std::string& path)
     return count;
 }
 
-std::vector<nlohmann::json> PlayedAd::trace()
+const std::vector<nlohmann::json>& PlayedAd::trace()
 {
-    std::vector<nlohmann::json> lines;
-    std::istringstream text(words_of(folder_ + "/trace.jsonl"));
-    for (std::string line; std::getline(text, line) && !text.eof();)
-        lines.push_back(nlohmann::json::parse(line));
-    return lines;
+    std::ifstream file(folder_ + "/trace.jsonl");
+    file.seekg(read_);
+    for (std::string line; std::getline(file, line) && !file.eof();) {
+        read_ += static_cast<std::streamoff>(line.size() + 1);
+        trace_.push_back(nlohmann::json::parse(line));
+    }
+    return trace_;
 }
 
 bool PlayedAd::shows(int x, int y, Colour colour)
 {
-    const std::string png = folder_ + "/look.png";
-    for (int looks = 0; looks < 60; ++looks) {
-        photograph(png);
-        if (alike(Picture(png).at(x, y), colour))
-            return true;
-    }
-    return false;
+    return shows([&](const Picture& look) { return alike(look.at(x, y), colour); });
+}
+
+bool PlayedAd::shows(const std::function<bool(const Picture&)>& wanted)
+{
+    return eventually([&] {
+        photograph(folder_ + "/look.png");
+        return wanted(Picture(folder_ + "/look.png"));
+    });
 }
 
 int PlayedAd::exit_status(double seconds)

@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 
 #include <functional>
+#include <ios>
 #include <string>
 #include <vector>
 
@@ -30,7 +31,10 @@ public:
 
     /// A click of the left button at a point of the screen.
     void click(int x, int y);
-    /// A key by its X name.
+    /// Clicks there again and again, each time waiting some seconds for a condition to come of it. For a click that may
+    /// come too early, and does no harm when it comes twice.
+    bool clicks_until(int x, int y, const std::function<bool()>& holds);
+    /// A key by its X name, as soon as a window of the program has the keyboard.
     void press(const std::string& key);
     /// Takes a picture of the X server's screen into a file.
     void photograph(const std::string& png);
@@ -43,25 +47,39 @@ public:
 
     // ---------------------------------------------------------------------------------------------- what is to be seen
 
+    /// Seconds that a slow machine may need for anything; only a hang takes so long.
+    static constexpr double Patience = 90;
+
     /// Waits for a line of the trace, and gives the first one that fits; a null one when none came within the seconds,
     /// or the program ended without one.
-    nlohmann::json wait_for(const std::function<bool(const nlohmann::json&)>& fits, double seconds = 20);
+    nlohmann::json wait_for(const std::function<bool(const nlohmann::json&)>& fits, double seconds = Patience);
+    /// Waits until a condition holds, which is asked again and again; false when the seconds are over, or the program
+    /// has ended without it.
+    bool eventually(const std::function<bool()>& holds, double seconds = Patience);
     /// Waits for a line of the trace with these members.
     bool tells(const nlohmann::json& members);
     /// Waits for an event to the script.
-    bool hears(const std::string& event, double seconds = 20);
+    bool hears(const std::string& event, double seconds = Patience);
+    /// Waits until the page's script has heard of an event.
+    bool page_hears(const std::string& event);
     /// Waits for a line of the trace that tells the second the video has reached.
-    bool reaches_second(int second, double seconds = 25);
+    bool reaches_second(int second, double seconds = Patience);
+    /// The last second that the trace tells; 0 before the first.
+    int second();
+    /// Whether the last news of the video were that it plays.
+    bool plays();
     /// Waits until the ad server got a request whose path begins so.
-    bool server_gets(const std::string& path, double seconds = 20);
+    bool server_gets(const std::string& path, double seconds = Patience);
     /// How often the ad server got a request whose path begins so, up to now.
     int hits_of(const std::string& path);
-    /// All lines up to now.
-    std::vector<nlohmann::json> trace();
-    /// Looks again and again, sixty times at most, until a point of the screen has a colour.
+    /// All lines up to now; the reference holds until the next question.
+    const std::vector<nlohmann::json>& trace();
+    /// Looks again and again until a point of the screen has a colour.
     bool shows(int x, int y, Colour colour);
+    /// Looks again and again until a picture of the screen is as it is wanted.
+    bool shows(const std::function<bool(const Picture&)>& wanted);
     /// Waits for the program's end: its exit status, −1 when it did not end in time or was killed.
-    int exit_status(double seconds = 20);
+    int exit_status(double seconds = Patience);
     /// The numbers of the program's process, first, and of all that it has started, as far as they still run.
     std::vector<int> processes() const;
     /// The number of the program's own process.
@@ -75,6 +93,10 @@ private:
     int process_ = 0;
     int status_ = -1;
     bool ended_ = false;
+    bool has_keyboard_ = false;
+    std::vector<nlohmann::json> trace_;
+    /// Bytes of the trace's file that have been read.
+    std::streamoff read_ = 0;
 };
 
 } // namespace qoro::test

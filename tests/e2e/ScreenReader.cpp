@@ -33,6 +33,8 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds Glance{50};
+/// Only something that never comes takes so long.
+constexpr std::chrono::seconds Patience{90};
 
 struct Unref {
     void operator()(void* object) const { g_object_unref(object); }
@@ -69,11 +71,19 @@ Accessible program(int process)
     return nullptr;
 }
 
-void walk(AtspiAccessible* thing, const std::function<void(AtspiAccessible*)>& meet)
+/// Meets a thing and what is in it, in the tree's order, until one is the one.
+/// @param is_it asked of each
+/// @return whether one was
+bool walk(AtspiAccessible* thing, const std::function<bool(AtspiAccessible*)>& is_it)
 {
-    meet(thing);
-    for (const Accessible& child : children_of(thing))
-        walk(child.get(), meet);
+    if (is_it(thing))
+        return true;
+    const int count = atspi_accessible_get_child_count(thing, nullptr);
+    for (int n = 0; n < count; ++n)
+        if (const Accessible child(atspi_accessible_get_child_at_index(thing, n, nullptr)); child)
+            if (walk(child.get(), is_it))
+                return true;
+    return false;
 }
 
 Spoken spoken(AtspiAccessible* thing)
@@ -89,9 +99,9 @@ Spoken spoken(AtspiAccessible* thing)
     return says;
 }
 
-bool waited_until(const std::function<bool()>& comes, double seconds)
+bool waited_until(const std::function<bool()>& comes)
 {
-    const auto until = Clock::now() + std::chrono::duration<double>(seconds);
+    const auto until = Clock::now() + Patience;
     while (!comes()) {
         if (Clock::now() >= until)
             return false;
@@ -106,33 +116,60 @@ std::vector<Spoken> ScreenReader::everything()
 {
     std::vector<Spoken> told;
     if (const Accessible found = program(process_))
-        walk(found.get(), [&](AtspiAccessible* thing) { told.push_back(spoken(thing)); });
+        walk(found.get(), [&](AtspiAccessible* thing) {
+            told.push_back(spoken(thing));
+            return false;
+        });
     return told;
 }
 
-std::optional<Spoken> ScreenReader::find(const std::string& role, const std::string& name, double seconds)
+std::optional<Spoken> ScreenReader::tells(const std::string& role, const std::string& name, Match match)
+{
+    std::optional<Spoken> told;
+    if (const Accessible found = program(process_))
+        walk(found.get(), [&](AtspiAccessible* thing) {
+            const std::string its = taken(atspi_accessible_get_name(thing, nullptr));
+            if (match == Whole ? its != name : !its.starts_with(name))
+                return false;
+            if (Spoken says = spoken(thing); says.role == role)
+                told = std::move(says);
+            return told.has_value();
+        });
+    return told;
+}
+
+std::optional<Spoken> ScreenReader::find(const std::string& role, const std::string& name, Match match)
 {
     std::optional<Spoken> found;
-    waited_until(
-        [&] {
-            for (const Spoken& each : everything())
-                if (each.role == role && each.name == name)
-                    found = each;
-            return found.has_value();
-        },
-        seconds);
+    waited_until([&] {
+        found = tells(role, name, match);
+        return found.has_value();
+    });
     return found;
 }
 
-bool ScreenReader::loses(const std::string& role, const std::string& name, double seconds)
+bool ScreenReader::loses(const std::string& role, const std::string& name)
 {
-    return waited_until(
-        [&] {
-            const std::vector<Spoken> told = everything();
-            return std::ranges::none_of(told,
-                                        [&](const Spoken& each) { return each.role == role && each.name == name; });
-        },
-        seconds);
+    return waited_until([&] { return !tells(role, name); });
+}
+
+std::string ScreenReader::focused()
+{
+    std::string name;
+    if (const Accessible found = program(process_))
+        walk(found.get(), [&](AtspiAccessible* thing) {
+            const std::unique_ptr<AtspiStateSet, Unref> states(atspi_accessible_get_state_set(thing));
+            const bool has_it = atspi_state_set_contains(states.get(), ATSPI_STATE_FOCUSED) != 0;
+            if (has_it)
+                name = taken(atspi_accessible_get_name(thing, nullptr));
+            return has_it;
+        });
+    return name;
+}
+
+bool ScreenReader::focuses(const std::string& name)
+{
+    return waited_until([&] { return focused() == name; });
 }
 
 bool ScreenReader::use(const std::string& name)
@@ -140,10 +177,11 @@ bool ScreenReader::use(const std::string& name)
     bool used = false;
     if (const Accessible found = program(process_))
         walk(found.get(), [&](AtspiAccessible* thing) {
-            if (used || taken(atspi_accessible_get_name(thing, nullptr)) != name)
-                return;
+            if (taken(atspi_accessible_get_name(thing, nullptr)) != name)
+                return false;
             const std::unique_ptr<AtspiAction, Unref> action(atspi_accessible_get_action_iface(thing));
             used = action && atspi_action_do_action(action.get(), 0, nullptr);
+            return used;
         });
     return used;
 }
