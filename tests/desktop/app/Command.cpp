@@ -30,16 +30,20 @@ struct Pipe {
     std::array<int, 2> ends{};
 };
 
+/// Between two questions whether a program has run long enough, in milliseconds.
+constexpr int Glance = 50;
+
 /// Reads both until both are closed, or the time is up.
+/// @param glance called now and then
 /// @return whether both were closed in time
-bool drain(std::array<pollfd, 2>& from, std::array<std::string*, 2> into, double seconds)
+bool drain(std::array<pollfd, 2>& from, std::array<std::string*, 2> into, double seconds,
+           const std::function<void()>& glance)
 {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
     while (from[0].fd >= 0 || from[1].fd >= 0) {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-        if (left.count() <= 0 || poll(from.data(), from.size(), static_cast<int>(left.count())) <= 0)
+        if (std::chrono::steady_clock::now() >= deadline || poll(from.data(), from.size(), Glance) < 0)
             return false;
+        glance();
         for (std::size_t i = 0; i < from.size(); ++i) {
             if (!from[i].revents)
                 continue;
@@ -55,7 +59,8 @@ bool drain(std::array<pollfd, 2>& from, std::array<std::string*, 2> into, double
 }
 } // namespace
 
-CommandResult run_command(const std::vector<std::string>& arguments, double seconds)
+CommandResult run_command(const std::vector<std::string>& arguments, double seconds,
+                          const std::function<bool()>& enough)
 {
     std::string program = QORO_AD;
     std::vector<char*> line{program.data()};
@@ -81,7 +86,14 @@ CommandResult run_command(const std::vector<std::string>& arguments, double seco
     CommandResult result;
     if (failed == 0) {
         std::array<pollfd, 2> from{{{output.ends[0], POLLIN, 0}, {errors.ends[0], POLLIN, 0}}};
-        if (!drain(from, {&result.output, &result.errors}, seconds))
+        bool asked_to_end = false;
+        const auto glance = [&] {
+            if (enough && !asked_to_end && enough()) {
+                asked_to_end = true;
+                kill(process, SIGTERM);
+            }
+        };
+        if (!drain(from, {&result.output, &result.errors}, seconds, glance))
             kill(process, SIGKILL);
         int status = 0;
         waitpid(process, &status, 0);

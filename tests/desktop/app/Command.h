@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,10 @@ struct CommandResult {
 
 /// Runs the qoro-ad that was built with these tests, to its end.
 /// @param seconds how long it may take
-CommandResult run_command(const std::vector<std::string>& arguments, double seconds);
+/// @param enough asked again and again while it runs; once it answers true the program is asked to end. Null: the
+///   program ends by itself
+CommandResult run_command(const std::vector<std::string>& arguments, double seconds,
+                          const std::function<bool()>& enough = nullptr);
 
 /// A folder of its own, gone with the object.
 class ScratchFolder

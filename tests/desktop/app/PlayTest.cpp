@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 
@@ -14,9 +14,11 @@ using namespace qoro::test;
 
 namespace
 {
-/// Seconds after which the viewer closes the ad, and that the whole playing may take.
-constexpr const char* ClosedAfter = "4";
-constexpr double Deadline = 60;
+/// Seconds that the whole playing may take; only a hang reaches it.
+constexpr double Deadline = 180;
+
+const std::string Ended = R"("message":"playbackFinished. Reason: Playback Ended)";
+const std::string Failed = R"("what":"player","do":"failed")";
 
 /// A clip of two seconds, made once.
 const std::string& clip()
@@ -35,22 +37,30 @@ const std::string& clip()
 class PlayTest : public testing::Test
 {
 protected:
-    /// Plays an ad and closes it. What it wrote is in trace.
-    void play(const std::string& of_video, const std::string& of_page, const std::string& more = "")
+    using Lines = std::vector<std::string>;
+
+    /// Plays an ad, and closes it when its trace has said all that is waited for. What it wrote is in trace.
+    /// @param until parts of lines of the trace
+    void play(const std::string& of_video, const std::string& of_page, const Lines& until, const std::string& more = "")
     {
+        trace.clear();
         folder.write("ad.json", R"({"strVideoUrl": ")" + of_video + R"(", "strWebViewUrl": ")" + of_page + R"(",
             "fVideoWidth": 320, "fVideoHeight": 180, "portraitModeType": 2, "landscapeModeType": 2,
             "portraitVideoPos": "TOP", "bIsAutoStart": true, "iCloseBtnCountdown": 1, "strBackgroundColor": "4294967295",
             "arrayCloseTrackingUrls": ["/t/close", ")" +
                                     last_tracker + "\"]" + more + "}");
-        std::vector<std::string> arguments{"play",    folder.path("ad.json"), "--for", ClosedAfter, "--mute-output",
-                                           "--trace", folder.path("trace")};
+        std::vector<std::string> arguments{"play", folder.path("ad.json"), "--mute-output", "--trace",
+                                           folder.path("trace")};
         if (!host_file.empty())
             arguments.insert(arguments.end(), {"--host", host_file});
         if (const char* option = std::getenv("QORO_WEB_SANDBOX_OPTION"); option && *option)
             arguments.emplace_back(option);
-        const CommandResult result = run_command(arguments, Deadline);
-        EXPECT_EQ(result.status, 0) << result.errors;
+        std::filesystem::remove(folder.path("trace"));
+        const CommandResult result = run_command(arguments, Deadline, [&] {
+            trace = folder.read("trace");
+            return std::ranges::all_of(until, [this](const std::string& part) { return says(part); });
+        });
+        EXPECT_EQ(result.status, 0) << result.errors << trace;
         trace = folder.read("trace");
         errors = result.errors;
     }
@@ -72,14 +82,12 @@ protected:
     const std::string page =
         (folder.write("page.html", "<html><head></head><body>mraid.js</body></html>"), "page.html");
 };
-
-const std::string Ended = R"("message":"playbackFinished. Reason: Playback Ended)";
-const std::string Failed = R"("what":"player","do":"failed")";
 } // namespace
 
 TEST_F(PlayTest, AnAdInOrderPlaysToItsEndAndCloses)
 {
-    play(video, page, R"(, "dicTrackingUrls": {"start": ["/t/start?at={CurrentTime}"], "complete": ["t/complete"]})");
+    play(video, page, {Ended, R"("url":"/t/start)"},
+         R"(, "dicTrackingUrls": {"start": ["/t/start?at={CurrentTime}"], "complete": ["t/complete"]})");
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(says(R"("url":"/t/complete")")) << trace;
     EXPECT_TRUE(says(R"("what":"hit","method":"GET","url":"/t/start?at=)")) << trace;
@@ -89,7 +97,7 @@ TEST_F(PlayTest, AnAdInOrderPlaysToItsEndAndCloses)
 
 TEST_F(PlayTest, AMissingVideoFailsAndTheAdCanBeClosed)
 {
-    play("missing.mp4", page);
+    play("missing.mp4", page, {Failed});
     EXPECT_TRUE(says(Failed)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
 }
@@ -97,7 +105,7 @@ TEST_F(PlayTest, AMissingVideoFailsAndTheAdCanBeClosed)
 TEST_F(PlayTest, AVideoThatIsNoneFailsAndTheAdCanBeClosed)
 {
     folder.write("false.mp4", "<html>not a video at all</html>");
-    play("false.mp4", page);
+    play("false.mp4", page, {Failed});
     EXPECT_TRUE(says(Failed)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
 }
@@ -109,7 +117,8 @@ TEST_F(PlayTest, AServerThatIsDeadFailsAndTheAdCanBeClosed)
         RawServer gone([](const auto&, const auto&) {});
         base = gone.base();
     }
-    play(base + "/clip.mp4", base + "/page.html", R"(, "strBrandIconUrl": ")" + base + R"(/icon.png")");
+    play(base + "/clip.mp4", base + "/page.html", {Failed, "InApp failAdRequest"},
+         R"(, "strBrandIconUrl": ")" + base + R"(/icon.png")");
     EXPECT_TRUE(says(Failed)) << trace;
     EXPECT_TRUE(says("InApp failAdRequest")) << trace;
     EXPECT_TRUE(was_closed()) << trace;
@@ -118,7 +127,7 @@ TEST_F(PlayTest, AServerThatIsDeadFailsAndTheAdCanBeClosed)
 TEST_F(PlayTest, AServerThatSaysNothingHoldsTheCloseUpByLittle)
 {
     RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
-    play(silent.base() + "/clip.mp4", silent.base() + "/page.html");
+    play(silent.base() + "/clip.mp4", silent.base() + "/page.html", {R"("for":"page")"});
     EXPECT_TRUE(was_closed()) << trace;
 }
 
@@ -134,25 +143,19 @@ TEST_F(PlayTest, TheLastTrackerIsFollowedToWhereItLeadsBeforeTheProgramEnds)
         }
     });
     last_tracker = server.base() + "/close";
-    play(video, page);
+    play(video, page, {Ended});
     EXPECT_TRUE(was_closed()) << trace;
     EXPECT_EQ(counted, 1);
 }
 
 TEST_F(PlayTest, ALastTrackerThatIsNeverAnsweredHoldsTheProgramUpByLittle)
 {
-    using Clock = std::chrono::steady_clock;
-    std::atomic<Clock::duration> held{Clock::duration::zero()};
-    RawServer silent([&held](const auto&, const auto& connection) {
-        const auto asked = Clock::now();
-        connection.wait_for_close();
-        held = Clock::now() - asked;
-    });
+    RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
     last_tracker = silent.base() + "/close";
-    play(video, page);
+    play(video, page, {Ended});
     EXPECT_TRUE(was_closed()) << trace;
     EXPECT_EQ(silent.connections(), 1);
-    EXPECT_LT(held.load(), std::chrono::seconds(6)) << "two, and what a busy machine adds; a request may take ten";
+    EXPECT_FALSE(says("no complete answer")) << "it does not wait for the request to be given up";
 }
 
 TEST_F(PlayTest, AServerThatStallsInMidFileIsSurvived)
@@ -163,7 +166,7 @@ TEST_F(PlayTest, AServerThatStallsInMidFileIsSurvived)
                         std::to_string(clip().size()) + "\r\n\r\n" + half);
         connection.wait_for_close();
     });
-    play(stalling.base() + "/clip.mp4", page);
+    play(stalling.base() + "/clip.mp4", page, {"video interrupted"});
     EXPECT_FALSE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
 }
@@ -171,14 +174,14 @@ TEST_F(PlayTest, AServerThatStallsInMidFileIsSurvived)
 TEST_F(PlayTest, HalfAFileEndsOneWayOrTheOther)
 {
     folder.write("half.mp4", clip().substr(0, clip().size() / 2));
-    play("half.mp4", page);
+    play("half.mp4", page, {"playbackFinished. Reason: "});
     EXPECT_TRUE(says(Failed) || says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
 }
 
 TEST_F(PlayTest, AMissingPageIsReportedAndTheVideoPlays)
 {
-    play(video, "missing.html");
+    play(video, "missing.html", {"InApp failAdRequest", Ended});
     EXPECT_TRUE(says("InApp failAdRequest")) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
@@ -187,7 +190,7 @@ TEST_F(PlayTest, AMissingPageIsReportedAndTheVideoPlays)
 TEST_F(PlayTest, APageThatIsNotUtf8StaysEmpty)
 {
     folder.write("latin.html", "<html><head></head>\xe4\xf6\xfc</html>");
-    play(video, "latin.html");
+    play(video, "latin.html", {Ended, R"("what":"page","html":null)"});
     EXPECT_TRUE(says(R"("what":"page","html":null)")) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
@@ -196,7 +199,7 @@ TEST_F(PlayTest, APageThatIsNotUtf8StaysEmpty)
 TEST_F(PlayTest, APageThatNamesTheLibraryWithoutAHeadIsAFaultAndTheAdGoesOn)
 {
     folder.write("headless.html", "<script src='mraid.js'></script>");
-    play(video, "headless.html");
+    play(video, "headless.html", {Ended, R"("what":"fault")"});
     EXPECT_TRUE(says(R"("what":"fault")")) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
@@ -205,11 +208,11 @@ TEST_F(PlayTest, APageThatNamesTheLibraryWithoutAHeadIsAFaultAndTheAdGoesOn)
 TEST_F(PlayTest, AHugePageIsRefusedAndALargeOneIsShown)
 {
     folder.write("huge.html", "<html><head></head>" + std::string(17u << 20, 'x'));
-    play(video, "huge.html");
+    play(video, "huge.html", {"InApp failAdRequest"});
     EXPECT_TRUE(says("InApp failAdRequest")) << trace;
     EXPECT_TRUE(was_closed());
     folder.write("large.html", "<html><head></head><!--" + std::string(2u << 20, 'x') + "-->");
-    play(video, "large.html");
+    play(video, "large.html", {R"("what":"page","html":"<html>)"});
     EXPECT_TRUE(says(R"("what":"page","html":"<html>)"));
     EXPECT_TRUE(was_closed());
 }
@@ -217,7 +220,7 @@ TEST_F(PlayTest, AHugePageIsRefusedAndALargeOneIsShown)
 TEST_F(PlayTest, AnIconThatIsNoPictureIsNone)
 {
     folder.write("icon.png", "not a picture");
-    play(video, page, R"(, "strBrandIconUrl": "icon.png")");
+    play(video, page, {Ended}, R"(, "strBrandIconUrl": "icon.png")");
     EXPECT_TRUE(says(R"("for":"brandIcon")")) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
@@ -254,7 +257,7 @@ protected:
 
 TEST_F(PlayFromCacheTest, APrefetchedVideoPlaysAlthoughItsServerIsGone)
 {
-    play(prefetched(), page, MayBeCopied);
+    play(prefetched(), page, {Ended}, MayBeCopied);
     EXPECT_TRUE(says(PlaysAFile)) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
@@ -262,7 +265,7 @@ TEST_F(PlayFromCacheTest, APrefetchedVideoPlaysAlthoughItsServerIsGone)
 
 TEST_F(PlayFromCacheTest, AnAdThatMayNotUseTheCacheStreams)
 {
-    play(prefetched(), page);
+    play(prefetched(), page, {Failed});
     EXPECT_FALSE(says(PlaysAFile)) << trace;
     EXPECT_TRUE(says(Failed)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
@@ -270,7 +273,7 @@ TEST_F(PlayFromCacheTest, AnAdThatMayNotUseTheCacheStreams)
 
 TEST_F(PlayFromCacheTest, AVideoWithoutACopyStreamsAndPlayingItMakesNone)
 {
-    play(video, page, MayBeCopied);
+    play(video, page, {Ended}, MayBeCopied);
     EXPECT_FALSE(says(PlaysAFile)) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
@@ -283,7 +286,7 @@ TEST_F(PlayFromCacheTest, ADamagedCopyIsNotPlayed)
     for (const auto& file : std::filesystem::directory_iterator(folder.path("cache/qoro-ad/videos")))
         if (file.path().extension() == ".video")
             std::filesystem::resize_file(file.path(), 1000);
-    play(address, page, MayBeCopied);
+    play(address, page, {Failed}, MayBeCopied);
     EXPECT_FALSE(says(PlaysAFile)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
 }
@@ -292,7 +295,7 @@ TEST_F(PlayFromCacheTest, ACacheThatCannotBeUsedIsOneLineAndTheVideoStreams)
 {
     std::filesystem::create_directory(folder.path("cache"));
     folder.write("cache/qoro-ad", "a file");
-    play(video, page, MayBeCopied);
+    play(video, page, {Ended}, MayBeCopied);
     EXPECT_NE(errors.find("qoro-ad: the video cache can't be used: " + folder.path("cache/qoro-ad/videos") +
                           ": Not a directory\n"),
               std::string::npos)
@@ -305,7 +308,7 @@ TEST_F(PlayFromCacheTest, ACacheThatCannotBeUsedIsOneLineAndTheVideoStreams)
 TEST_F(PlayFromCacheTest, ACopyThatTheHostHasIsPlayed)
 {
     host_file = folder.write("host.json", R"({"host": {"parent": true, "cached": {"remote.mp4": "clip.mp4"}}})");
-    play("remote.mp4", page, MayBeCopied);
+    play("remote.mp4", page, {Ended}, MayBeCopied);
     EXPECT_TRUE(says(PlaysAFile)) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
