@@ -1,5 +1,6 @@
 #include "desktop/web/WebKitEngine.h"
 
+#include "desktop/web/GuardMessages.h"
 #include "desktop/web/SocketFilter.h"
 #include "desktop/web/WebAddress.h"
 #include "kit/Loopback.h"
@@ -150,7 +151,7 @@ struct WebKitEngine::Signals {
     static gboolean guard_spoke(WebKitWebView*, WebKitUserMessage* message, WebKitEngine* engine)
     {
         const Entry entry(engine);
-        if (g_strcmp0(webkit_user_message_get_name(message), "refused") == 0)
+        if (g_strcmp0(webkit_user_message_get_name(message), guard_refused) == 0)
             engine->refuse("request", g_variant_get_string(webkit_user_message_get_parameters(message), nullptr));
         return TRUE;
     }
@@ -233,7 +234,10 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
           g_object_ref_sink(view);
           return view;
       }()),
-      bridge_(platform, listener), self_(std::make_shared<WebKitEngine*>(this))
+      bridge_(platform, listener),
+      pulse_(platform.loop(), view_,
+             [this](bool answers) { platform_.dispatch([&] { listener_.responsiveness_changed(answers); }); }),
+      self_(std::make_shared<WebKitEngine*>(this))
 {
     sockets_->apply(content_, true);
     if (kind == PageKind::Creative) {
@@ -447,6 +451,7 @@ void WebKitEngine::load_changed(int event)
         has_insecure_parts_ = false;
         wanted_.clear();
         document_ = webkit_web_view_get_uri(view_);
+        pulse_.reset(true);
         sockets_->apply(content_, !is_loopback_address(document_));
         if (kind_ == PageKind::Browsed)
             state_changed();
@@ -486,6 +491,7 @@ void WebKitEngine::process_ended(int reason)
     has_page_ = false;
     has_content_ = false;
     loading_ = false;
+    pulse_.reset(false);
     own_load_.clear();
     bridge_.leave_page();
     platform_.dispatch([&] { listener_.died(words_for(static_cast<WebKitWebProcessTerminationReason>(reason))); });

@@ -3,6 +3,7 @@
 #include "desktop/screen/WidgetSource.h"
 #include "desktop/web/LoopTurn.h"
 #include "desktop/web/PageBridge.h"
+#include "desktop/web/PagePulse.h"
 #include "desktop/web/TextEntry.h"
 #include "kit/MessageLoad.h"
 #include "platform/Platform.h"
@@ -49,6 +50,7 @@ public:
     /// A page wider than the view is shrunk to its width once it has loaded.
     void set_scales_page_to_fit(bool scales) override;
     double page_scale() const override;
+    void watch_responsiveness(bool watch) override { pulse_.watch(watch); }
 
     /// Cancels every download of the session's pages, and tells it as what they were refused.
     static void refuse_downloads(WebKitNetworkSession* session);
@@ -91,6 +93,7 @@ private:
     LoopTurn turn_;
     MessageLoad load_;
     TextEntry text_entry_{content_};
+    PagePulse pulse_;
     /// Dies with the engine; what waits for the main loop or for the page's process watches it.
     const std::shared_ptr<WebKitEngine*> self_;
 

@@ -1,3 +1,4 @@
+#include "desktop/web/GuardMessages.h"
 #include "kit/Loopback.h"
 
 #include <webkit/webkit-web-process-extension.h>
@@ -10,8 +11,8 @@ namespace
 
 void tell(WebKitWebPage* page, const char* address)
 {
-    webkit_web_page_send_message_to_view(page, webkit_user_message_new("refused", g_variant_new_string(address)),
-                                         nullptr, nullptr, nullptr);
+    webkit_web_page_send_message_to_view(
+        page, webkit_user_message_new(qoro::guard_refused, g_variant_new_string(address)), nullptr, nullptr, nullptr);
 }
 
 bool is_out_of_reach(const char* address, const char* page)
@@ -113,8 +114,16 @@ void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFr
     g_object_unref(context);
 }
 
+/// Whoever asks learns that the thread of the page's script is free to answer.
+gboolean asked(WebKitWebPage*, WebKitUserMessage* message, void*)
+{
+    webkit_user_message_send_reply(message, webkit_user_message_new(qoro::guard_question, nullptr));
+    return TRUE;
+}
+
 void page_created(WebKitWebProcessExtension*, WebKitWebPage* page, void*)
 {
+    g_signal_connect(page, "user-message-received", G_CALLBACK(asked), nullptr);
     g_signal_connect(page, "send-request", G_CALLBACK(send_request), nullptr);
 }
 

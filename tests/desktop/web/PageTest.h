@@ -111,6 +111,7 @@ struct Recorder : WebListener {
         refusals.push_back(what + " " + detail);
     }
     void died(const std::string& reason) override { heard.push_back("died: " + reason); }
+    void responsiveness_changed(bool responds) override { heard.emplace_back(responds ? "answers" : "silent"); }
 
     bool has(const std::string& line) const { return std::find(heard.begin(), heard.end(), line) != heard.end(); }
     long count(const std::string& line) const { return std::count(heard.begin(), heard.end(), line); }

@@ -1,0 +1,88 @@
+#include "desktop/web/PagePulse.h"
+
+#include "desktop/web/GuardMessages.h"
+
+#include <webkit/webkit.h>
+
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr double Interval = 1; // seconds
+/// Seconds between two ticks beyond which the loop itself was held up: the answer may be in its queue.
+constexpr double HeldUp = 1.5 * Interval;
+
+} // namespace
+
+struct PagePulse::Question {
+    PagePulse* asker;
+};
+
+PagePulse::PagePulse(MainLoop& loop, WebKitWebView* view, std::function<void(bool)> changed)
+    : loop_(loop), view_(view), changed_(std::move(changed))
+{
+}
+
+PagePulse::~PagePulse()
+{
+    watch(false);
+}
+
+void PagePulse::watch(bool watch)
+{
+    if (watch == (timer_ != 0))
+        return;
+    if (watch) {
+        last_tick_ = loop_.now();
+        timer_ = loop_.start_timer(Interval, true, [this] { tick(); });
+        return;
+    }
+    loop_.stop_timer(std::exchange(timer_, 0));
+    reset(present_);
+}
+
+void PagePulse::reset(bool present)
+{
+    present_ = present;
+    responds_ = true;
+    if (open_)
+        open_->asker = nullptr;
+    open_.reset();
+}
+
+void PagePulse::tick()
+{
+    const double since = loop_.now() - std::exchange(last_tick_, loop_.now());
+    if (!present_ || since > HeldUp)
+        return;
+    if (!open_)
+        ask();
+    else if (std::exchange(responds_, false))
+        changed_(false);
+}
+
+void PagePulse::ask()
+{
+    open_ = std::make_shared<Question>(Question{this});
+    const GAsyncReadyCallback answered = [](GObject* view, GAsyncResult* result, void* data) {
+        const std::unique_ptr<std::shared_ptr<Question>> question(static_cast<std::shared_ptr<Question>*>(data));
+        // Any answer will do, but none of a process that has ended.
+        WebKitUserMessage* answer = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
+        const bool alive = answer != nullptr;
+        g_clear_object(&answer);
+        PagePulse* self = (*question)->asker;
+        if (!alive || !self)
+            return;
+        self->open_.reset();
+        if (!std::exchange(self->responds_, true))
+            self->changed_(true);
+    };
+    webkit_web_view_send_message_to_page(view_, webkit_user_message_new(guard_question, nullptr), nullptr, answered,
+                                         new std::shared_ptr<Question>(open_));
+}
+
+} // namespace qoro
