@@ -1,6 +1,7 @@
 #include "desktop/web/WebKitEngine.h"
 
 #include "desktop/web/GuardMessages.h"
+#include "desktop/web/LaunchTrial.h"
 #include "desktop/web/SocketFilter.h"
 #include "desktop/web/WebAddress.h"
 #include "kit/Loopback.h"
@@ -19,6 +20,8 @@ namespace
 
 /// Under which a view knows its engine.
 constexpr const char* engine_key = "qoro-engine";
+/// Seconds between two looks at a trial that runs.
+constexpr double LaunchPoll = 0.01;
 
 // ------------------------------------------------------------------------------------------------ what pages may do
 
@@ -266,6 +269,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
 WebKitEngine::~WebKitEngine()
 {
     *self_ = nullptr;
+    forget_load();
     bridge_.leave_page();
     sockets_->forget(content_);
     g_signal_handlers_disconnect_by_data(view_, this);
@@ -351,9 +355,9 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
     loading_ = false;
     wanted_.clear();
     const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit refuses no bytes
-    GBytes* bytes = g_bytes_new(page.data(), page.size());
-    ask([&] { webkit_web_view_load_bytes(view_, bytes, "text/html", "UTF-8", own_load_.c_str()); });
-    g_bytes_unref(bytes);
+    const std::shared_ptr<GBytes> bytes(g_bytes_new(page.data(), page.size()), g_bytes_unref);
+    begin_load(
+        [this, bytes] { webkit_web_view_load_bytes(view_, bytes.get(), "text/html", "UTF-8", own_load_.c_str()); });
 }
 
 void WebKitEngine::load_address(const NSURL& address)
@@ -365,17 +369,17 @@ void WebKitEngine::load_address(const NSURL& address)
     loading_ = false;
     wanted_ = own_load_ = as_webkit_spells(address.absoluteString().text().c_str());
     sockets_->apply(content_, !is_loopback_address(own_load_));
-    ask([&] { webkit_web_view_load_uri(view_, own_load_.c_str()); });
+    begin_load([this] { webkit_web_view_load_uri(view_, own_load_.c_str()); });
 }
 
 void WebKitEngine::go_back()
 {
-    ask([&] { webkit_web_view_go_back(view_); });
+    begin_load([this] { webkit_web_view_go_back(view_); });
 }
 
 void WebKitEngine::go_forward()
 {
-    ask([&] { webkit_web_view_go_forward(view_); });
+    begin_load([this] { webkit_web_view_go_forward(view_); });
 }
 
 void WebKitEngine::reload()
@@ -383,8 +387,48 @@ void WebKitEngine::reload()
     // What never came stands in no history that could be gone through again.
     if (!wanted_.empty())
         load_address(NSURL::URLWithString(wanted_));
-    else if (has_page_)
-        ask([&] { webkit_web_view_reload(view_); });
+    else if (has_page_ && waiting_ == 0)
+        begin_load([this] { webkit_web_view_reload(view_); });
+}
+
+void WebKitEngine::begin_load(std::function<void()> load)
+{
+    forget_load();
+    if (has_process_)
+        return ask(load);
+    trial_ = try_launch(WebProcess::Page, lost_process_ ? 0 : LaunchCounts);
+    waiting_load_ = std::move(load);
+    if (is_known(trial_) && trial_.get().empty())
+        return end_wait();
+    waiting_ = platform_.loop().start_timer(LaunchPoll, true, [this] {
+        if (is_known(trial_))
+            end_wait();
+    });
+}
+
+void WebKitEngine::end_wait()
+{
+    const std::function<void()> load = std::move(waiting_load_);
+    forget_load();
+    const std::string& reason = trial_.get();
+    if (reason.empty()) {
+        has_process_ = true;
+        return ask(load);
+    }
+    const std::string words = "pages can't be shown here: " + reason;
+    has_page_ = false;
+    own_load_.clear();
+    if (wanted_.empty())
+        listener_.died(words);
+    else
+        listener_.did_fail_load(words);
+}
+
+void WebKitEngine::forget_load()
+{
+    waiting_load_ = nullptr;
+    if (waiting_ != 0)
+        platform_.loop().stop_timer(std::exchange(waiting_, 0));
 }
 
 PageState WebKitEngine::page_state() const
@@ -401,7 +445,7 @@ PageState WebKitEngine::page_state() const
     GTlsCertificateFlags errors{};
     state.secure = has_content_ && !has_insecure_parts_ && webkit_web_view_get_tls_info(view_, &certificate, &errors) &&
                    errors == 0;
-    state.loading = webkit_web_view_is_loading(view_);
+    state.loading = waiting_ != 0 || webkit_web_view_is_loading(view_);
     state.progress = webkit_web_view_get_estimated_load_progress(view_);
     state.has_content = has_content_;
     state.can_go_back = webkit_web_view_can_go_back(view_);
@@ -488,6 +532,8 @@ void WebKitEngine::process_ended(int reason)
 {
     if (kind_ == PageKind::Browsed && wanted_.empty())
         wanted_ = page_state().address.absoluteString().text(); // a reload is to bring it back
+    has_process_ = false;
+    lost_process_ = true;
     has_page_ = false;
     has_content_ = false;
     loading_ = false;

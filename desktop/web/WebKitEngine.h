@@ -8,6 +8,8 @@
 #include "kit/MessageLoad.h"
 #include "platform/Platform.h"
 
+#include <functional>
+#include <future>
 #include <memory>
 #include <string>
 
@@ -70,6 +72,10 @@ private:
     /// What the engine itself asks of WebKit, whose news may come inside the call.
     template <typename F>
     void ask(F&& call);
+    /// Loads, once it is known that the page's process starts; replaces a load that still waits for that.
+    void begin_load(std::function<void()> load);
+    void end_wait();
+    void forget_load();
     /// Tells the listener what the page has not got, as an event of its own.
     void refuse(const char* what, const std::string& detail);
     bool may_be_shown(WebKitResponsePolicyDecision* decision);
@@ -97,6 +103,13 @@ private:
     /// Dies with the engine; what waits for the main loop or for the page's process watches it.
     const std::shared_ptr<WebKitEngine*> self_;
 
+    /// A process was asked for, and has not ended.
+    bool has_process_ = false;
+    bool lost_process_ = false;
+    /// The load that waits, and the timer that looks whether it may begin; null and 0 for none.
+    std::function<void()> waiting_load_;
+    TimerId waiting_ = 0;
+    std::shared_future<std::string> trial_;
     bool has_page_ = false;
     /// Something of a page has arrived.
     bool has_content_ = false;

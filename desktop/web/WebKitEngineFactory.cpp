@@ -1,6 +1,7 @@
 #include "desktop/web/WebKitEngineFactory.h"
 
 #include "desktop/web/GuardFolder.h"
+#include "desktop/web/LaunchTrial.h"
 #include "desktop/web/ScriptLibrary.h"
 #include "desktop/web/SocketFilter.h"
 #include "desktop/web/WebKitEngine.h"
@@ -95,6 +96,9 @@ private:
 
 WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platform)
 {
+    // Their results are wanted a little later.
+    try_launch(WebProcess::Network, LaunchCounts);
+    try_launch(WebProcess::Page, LaunchCounts);
 }
 
 WebKitEngineFactory::~WebKitEngineFactory()
@@ -122,6 +126,9 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
     if (!sandbox_has_room())
         throw std::runtime_error("pages can't be locked away: the folder " + std::string(g_get_user_runtime_dir()) +
                                  " is full");
+    // The session below starts its process.
+    if (const std::string reason = try_launch(WebProcess::Network, LaunchCounts).get(); !reason.empty())
+        throw std::runtime_error("pages can't be shown here: " + reason);
     if (!guard_) {
         guard_ = std::make_unique<GuardFolder>();
         sockets_ = std::make_shared<SocketFilter>(guard_->path() + "/filters");

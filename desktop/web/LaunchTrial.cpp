@@ -1,0 +1,239 @@
+#include "desktop/web/LaunchTrial.h"
+
+#include <glib.h>
+#include <webkit/webkit.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <chrono>
+#include <csignal>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <map>
+#include <mutex>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+namespace qoro
+{
+
+namespace
+{
+
+using Clock = std::chrono::steady_clock;
+
+constexpr auto Patience = std::chrono::seconds(10);
+/// The last WebKit (2.x) whose processes are known to want their sockets as this file gives them. Of a later one, a
+/// process that leaves without a word may just want them otherwise.
+constexpr unsigned LastKnownMinor = 52;
+
+class Descriptor
+{
+public:
+    explicit Descriptor(int number = -1) : number_(number) {}
+    ~Descriptor() { reset(); }
+    Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+    Descriptor& operator=(Descriptor&& other) noexcept
+    {
+        reset(std::exchange(other.number_, -1));
+        return *this;
+    }
+    void reset(int number = -1)
+    {
+        if (number_ >= 0)
+            close(number_);
+        number_ = number;
+    }
+    int get() const { return number_; }
+
+private:
+    int number_;
+};
+
+/// The folder of WebKit's own programs; empty when they lie elsewhere than expected.
+std::string programs_folder()
+{
+    Dl_info library{};
+    void* symbol = dlsym(RTLD_DEFAULT, "webkit_get_major_version");
+    if (!symbol || dladdr(symbol, &library) == 0)
+        return "";
+    char* beside = g_path_get_dirname(library.dli_fname);
+    const std::string found = std::string(beside) + "/webkitgtk-6.0";
+    g_free(beside);
+    for (const std::string& folder : {found, std::string("/usr/libexec/webkitgtk-6.0")})
+        if (g_file_test(folder.c_str(), G_FILE_TEST_IS_DIR))
+            return folder;
+    return "";
+}
+
+std::string last_line_of(int descriptor)
+{
+    fcntl(descriptor, F_SETFL, O_NONBLOCK);
+    std::string text;
+    std::array<char, 4096> bytes;
+    for (ssize_t count; text.size() < 65536 && (count = read(descriptor, bytes.data(), bytes.size())) > 0;)
+        text.append(bytes.data(), static_cast<std::size_t>(count));
+    while (!text.empty() && g_ascii_isspace(text.back()))
+        text.pop_back();
+    return text.substr(text.rfind('\n') + 1);
+}
+
+/// One of WebKit's processes, or what it needs.
+class Launch
+{
+public:
+    /// @param command  a program of its own, which succeeds by its exit status; or a process of WebKit's, which says
+    ///                 that it is there
+    Launch(std::string name, std::vector<std::string> command, bool speaks) : name_(std::move(name)), speaks_(speaks)
+    {
+        // The process closes its end when it is through with it, or ends.
+        std::array<int, 2> connection{-1, -1};
+        std::array<int, 2> presence{-1, -1};
+        std::array<int, 2> complaints{-1, -1};
+        if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, connection.data()) != 0 ||
+            socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, presence.data()) != 0 ||
+            pipe2(complaints.data(), O_CLOEXEC) != 0)
+            reason_ = g_strerror(errno);
+        connection_ = Descriptor(connection[0]);
+        presence_ = Descriptor(presence[0]);
+        complaints_ = Descriptor(complaints[0]);
+        const Descriptor theirs[] = {Descriptor(connection[1]), Descriptor(presence[1]), Descriptor(complaints[1])};
+        if (!reason_.empty())
+            return;
+        std::vector<char*> words;
+        for (std::string& word : command)
+            words.push_back(word.data());
+        words.push_back(nullptr);
+        const std::array<int, 2> sources{theirs[0].get(), theirs[1].get()};
+        const std::array<int, 2> targets{3, 4};
+        GError* error = nullptr;
+        g_spawn_async_with_pipes_and_fds(
+            nullptr, words.data(), nullptr,
+            static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_STDOUT_TO_DEV_NULL),
+            nullptr, nullptr, -1, -1, theirs[2].get(), sources.data(), targets.data(), sources.size(), &process_,
+            nullptr, nullptr, nullptr, &error);
+        if (error)
+            reason_ = error->message;
+        g_clear_error(&error);
+    }
+    ~Launch()
+    {
+        if (process_ <= 0)
+            return;
+        kill(process_, SIGKILL);
+        waitpid(process_, nullptr, 0);
+    }
+    Launch(const Launch&) = delete;
+    Launch& operator=(const Launch&) = delete;
+
+    /// @return what went wrong; empty for nothing
+    std::string wait(Clock::time_point until)
+    {
+        if (reason_.empty())
+            reason_ = outcome(until);
+        return reason_.empty() ? "" : name_ + " does not start: " + reason_;
+    }
+
+private:
+    std::string outcome(Clock::time_point until)
+    {
+        pollfd presence{presence_.get(), POLLIN, 0};
+        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(until - Clock::now()).count();
+        int came = 0;
+        do
+            came = poll(&presence, 1, static_cast<int>(std::max<long>(left, 0)));
+        while (came < 0 && errno == EINTR);
+        char byte = 0;
+        if (came <= 0 || (speaks_ && recv(presence_.get(), &byte, 1, MSG_DONTWAIT) == 1))
+            return "";
+        int status = 0;
+        waitpid(std::exchange(process_, 0), &status, 0);
+        const std::string words = last_line_of(complaints_.get());
+        if (!speaks_ && status == 0)
+            return "";
+        if (speaks_ && words.empty() && WIFEXITED(status) && WEXITSTATUS(status) == 1 &&
+            webkit_get_minor_version() > LastKnownMinor)
+            return "";
+        if (!words.empty())
+            return words;
+        return WIFSIGNALED(status) ? "it was ended by signal " + std::to_string(WTERMSIG(status))
+                                   : "it ended at once, with exit status " + std::to_string(WEXITSTATUS(status));
+    }
+
+    const std::string name_;
+    const bool speaks_;
+    std::string reason_;
+    Descriptor connection_;
+    Descriptor presence_;
+    Descriptor complaints_;
+    GPid process_ = 0;
+};
+
+std::vector<std::string> locked_away(std::vector<std::string> command)
+{
+    std::vector<std::string> all{"bwrap",
+                                 "--die-with-parent",
+                                 "--unshare-pid",
+                                 "--unshare-ipc",
+                                 "--unshare-uts",
+                                 "--ro-bind",
+                                 "/",
+                                 "/",
+                                 "--proc",
+                                 "/proc",
+                                 "--dev",
+                                 "/dev"};
+    all.insert(all.end(), command.begin(), command.end());
+    return all;
+}
+
+std::string run_trial(WebProcess process)
+{
+    const std::string folder = programs_folder();
+    if (folder.empty())
+        return "";
+    const bool locked = !g_getenv("WEBKIT_DISABLE_SANDBOX_THIS_IS_DANGEROUS");
+    const char* program = process == WebProcess::Page ? "WebKitWebProcess" : "WebKitNetworkProcess";
+    const std::vector<std::string> command{folder + "/" + program, "1", "3", "4"};
+    const Clock::time_point until = Clock::now() + Patience;
+    Launch itself(program, locked ? locked_away(command) : command, true);
+    std::string reason;
+    if (locked)
+        reason = Launch("xdg-dbus-proxy", {"xdg-dbus-proxy", "--version"}, false).wait(until);
+    return reason.empty() ? itself.wait(until) : reason;
+}
+
+} // namespace
+
+std::shared_future<std::string> try_launch(WebProcess process, double max_age)
+{
+    struct Trial {
+        std::shared_future<std::string> result;
+        Clock::time_point began;
+    };
+    static std::mutex mutex;
+    static std::map<WebProcess, Trial> trials;
+    const std::scoped_lock lock(mutex);
+    Trial& latest = trials[process];
+    const bool known = latest.result.valid() && is_known(latest.result);
+    const bool counts =
+        known && latest.result.get().empty() && Clock::now() - latest.began <= std::chrono::duration<double>(max_age);
+    if (latest.result.valid() && (!known || counts))
+        return latest.result;
+    try {
+        latest = {std::async(std::launch::async, run_trial, process).share(), Clock::now()};
+    } catch (const std::system_error& no_thread) {
+        std::promise<std::string> refused;
+        refused.set_value(no_thread.what());
+        latest = {refused.get_future().share(), Clock::now()};
+    }
+    return latest.result;
+}
+
+} // namespace qoro
