@@ -5,21 +5,21 @@
 namespace qoro
 {
 
-/// How many of a page's doings are heard: so many at once, and so many a second in the long run.
+/// How many of a page's doings, or bytes of them, are heard: so many at once, and so many a second in the long run.
 class MessageBudget
 {
 public:
     MessageBudget(double at_once, double per_second) : at_once_(at_once), per_second_(per_second), left_(at_once) {}
 
-    /// Takes one, at a moment in seconds that only grow.
-    /// @return false when there are too many
-    bool take(double now)
+    /// Takes one, or as many as are wanted, at a moment in seconds that only grow.
+    /// @return false when there are too many: none is taken then
+    bool take(double now, double amount = 1)
     {
         left_ = std::min(at_once_, left_ + (now - last_) * per_second_);
         last_ = now;
-        if (left_ < 1)
+        if (left_ < amount)
             return false;
-        left_ -= 1;
+        left_ -= amount;
         return true;
     }
 

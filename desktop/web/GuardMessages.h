@@ -1,13 +1,25 @@
 #pragma once
 
-// The names of the messages between the engine and the guard of its page (guard/).
+#include <cstddef>
+
+// What the engine and the guard of its page (guard/) say to each other.
 
 namespace qoro
 {
 
 /// To the guard, without content: answered at once, without content, by the thread that runs the page's script.
 inline constexpr const char* guard_question = "are you there";
-/// From the guard: the address (s) of a request that it has not let through.
+/// From the guard: what the page has not got, and the address or the reason (ss).
 inline constexpr const char* guard_refused = "refused";
+/// From the guard: a message of the page's script (s), JSON of at most longest_message bytes. Answered by (bs): whether
+/// the command was carried out, and its result as JSON or what was wrong with it.
+inline constexpr const char* guard_message = "message";
+inline constexpr const char* guard_answer = "answer";
+
+/// Bytes of JSON in UTF-8.
+inline constexpr std::size_t longest_message = 64 * 1024;
+
+/// What a guard is started with (b): whether its pages are creatives, which have a bridge.
+inline constexpr const char* guard_settings = "b";
 
 } // namespace qoro

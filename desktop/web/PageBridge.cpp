@@ -1,11 +1,12 @@
 #include "desktop/web/PageBridge.h"
 
+#include "desktop/web/GuardMessages.h"
 #include "desktop/web/ValueJson.h"
 
 #include <webkit/webkit.h>
 
-#include <cstring>
 #include <optional>
+#include <string_view>
 
 namespace qoro
 {
@@ -15,21 +16,16 @@ namespace
 
 /// The script library's question for the events that come next.
 constexpr const char* NextEvents = "nextEvents";
-constexpr std::size_t LongestMessage = 64 * 1024;
 /// Calls that are kept for a page whose script does not ask for them.
 constexpr std::size_t MostPending = 4096;
 constexpr std::size_t MostPendingBytes = 1'000'000;
 
-/// The message of a page; null when it is none.
-std::optional<ScriptMessage> parse_message(JSCValue* value)
+/// The message of a page; absent when it is none.
+std::optional<ScriptMessage> parse_message(std::string_view json)
 {
-    char* json = jsc_value_to_json(value, 0);
-    if (!json)
+    if (json.size() > longest_message)
         return std::nullopt;
-    std::optional<Value> content;
-    if (std::strlen(json) <= LongestMessage)
-        content = value_of_json(json);
-    g_free(json);
+    const std::optional<Value> content = value_of_json(json);
     if (!content || !content->is_dictionary())
         return std::nullopt;
     const NSDictionary message = content->dictionary();
@@ -40,17 +36,12 @@ std::optional<ScriptMessage> parse_message(JSCValue* value)
     return ScriptMessage{command.text(), arguments};
 }
 
-/// Told without a look at the rest: it is asked after every event.
-bool asks_for_events(JSCValue* value)
+void reply(WebKitUserMessage* message, bool done, const std::string& words)
 {
-    if (!jsc_value_is_object(value))
-        return false;
-    JSCValue* command = jsc_value_object_get_property(value, "command");
-    char* name = jsc_value_is_string(command) ? jsc_value_to_string(command) : nullptr;
-    const bool asks = g_strcmp0(name, NextEvents) == 0;
-    g_free(name);
-    g_object_unref(command);
-    return asks;
+    char* valid = g_utf8_make_valid(words.data(), static_cast<gssize>(words.size()));
+    webkit_user_message_send_reply(
+        message, webkit_user_message_new(guard_answer, g_variant_new("(bs)", done ? TRUE : FALSE, valid)));
+    g_free(valid);
 }
 
 } // namespace
@@ -66,27 +57,25 @@ PageBridge::~PageBridge()
     dismiss_script();
 }
 
-void PageBridge::answer(JSCValue* value, WebKitScriptMessageReply* reply)
+void PageBridge::answer(WebKitUserMessage* message)
 {
-    if (asks_for_events(value)) {
-        wait_for_events(value, reply);
-        return;
-    }
-    const std::optional<ScriptMessage> message = parse_message(value);
-    if (!message) {
-        webkit_script_message_reply_return_error_message(reply, "not a message of the script library");
+    const std::optional<ScriptMessage> content =
+        parse_message(g_variant_get_string(webkit_user_message_get_parameters(message), nullptr));
+    if (!content) {
+        reply(message, false, "not a message of the script library");
         platform_.dispatch([&] { listener_.refused("message", "it is none of the script library's"); });
         return;
     }
-    ScriptAnswer answer{"the command could not be carried out", nullptr}; // what stays when the platform rejects it
-    platform_.dispatch([&] { answer = listener_.message(*message); });
-    if (answer.error) {
-        webkit_script_message_reply_return_error_message(reply, answer.error.text().c_str());
+    if (content->command == NextEvents) {
+        wait_for_events(message);
         return;
     }
-    JSCValue* result = jsc_value_new_from_json(jsc_value_get_context(value), json_of(answer.value).c_str());
-    webkit_script_message_reply_return_value(reply, result);
-    g_object_unref(result);
+    ScriptAnswer answer{"the command could not be carried out", nullptr}; // what stays when the platform rejects it
+    platform_.dispatch([&] { answer = listener_.message(*content); });
+    if (answer.error)
+        reply(message, false, answer.error.text());
+    else
+        reply(message, true, json_of(answer.value));
 }
 
 void PageBridge::call(const NSArray& callbacks, const NSDictionary& data)
@@ -103,12 +92,10 @@ void PageBridge::call(const NSArray& callbacks, const NSDictionary& data)
 }
 
 /// The library asks, and is answered when there is something: so the page gets no function through which events come.
-void PageBridge::wait_for_events(JSCValue* message, WebKitScriptMessageReply* reply)
+void PageBridge::wait_for_events(WebKitUserMessage* question)
 {
-    if (waiting_)
-        dismiss_script();
-    waiting_ = webkit_script_message_reply_ref(reply);
-    waiting_in_ = JSC_CONTEXT(g_object_ref(jsc_value_get_context(message)));
+    dismiss_script();
+    waiting_ = WEBKIT_USER_MESSAGE(g_object_ref(question));
     deliver();
 }
 
@@ -122,12 +109,8 @@ void PageBridge::deliver()
     events += "]";
     pending_.clear();
     pending_bytes_ = 0;
-    // As text, because WebKit sorts the names of what it hands over by itself.
-    JSCValue* answer = jsc_value_new_string(waiting_in_, events.c_str());
-    webkit_script_message_reply_return_value(waiting_, answer);
-    g_object_unref(answer);
-    g_clear_pointer(&waiting_, webkit_script_message_reply_unref);
-    g_clear_object(&waiting_in_);
+    reply(waiting_, true, events);
+    g_clear_object(&waiting_);
 }
 
 /// Nothing comes any more for the script that waits.
@@ -135,9 +118,8 @@ void PageBridge::dismiss_script()
 {
     if (!waiting_)
         return;
-    webkit_script_message_reply_return_error_message(waiting_, "no more events");
-    g_clear_pointer(&waiting_, webkit_script_message_reply_unref);
-    g_clear_object(&waiting_in_);
+    reply(waiting_, false, "no more events");
+    g_clear_object(&waiting_);
 }
 
 void PageBridge::leave_page()

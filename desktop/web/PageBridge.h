@@ -7,9 +7,7 @@
 #include <string>
 #include <vector>
 
-typedef struct _WebKitScriptMessageReply WebKitScriptMessageReply;
-typedef struct _JSCContext JSCContext;
-typedef struct _JSCValue JSCValue;
+typedef struct _WebKitUserMessage WebKitUserMessage;
 
 namespace qoro
 {
@@ -18,24 +16,22 @@ namespace qoro
 class PageBridge
 {
 public:
-    /// The name under which the script library finds the bridge.
-    static constexpr const char* Name = "qoroPlayer";
-
     /// The platform dispatches every message, and outlives the bridge, as the listener does.
     PageBridge(Platform& platform, WebListener& listener);
     ~PageBridge();
     PageBridge(const PageBridge&) = delete;
     PageBridge& operator=(const PageBridge&) = delete;
 
-    /// Gives the listener a message, and the page its answer; the bridge may be gone afterwards.
-    void answer(JSCValue* message, WebKitScriptMessageReply* reply);
+    /// Gives the listener a message (guard_message, with a text), and the page its answer; the bridge may be gone
+    /// afterwards.
+    void answer(WebKitUserMessage* message);
     /// Sends callbacks what they are called with. What one event of the loop causes leaves in one answer.
     void call(const NSArray& callbacks, const NSDictionary& data);
     /// The page goes: nothing comes any more for its script.
     void leave_page();
 
 private:
-    void wait_for_events(JSCValue* message, WebKitScriptMessageReply* reply);
+    void wait_for_events(WebKitUserMessage* question);
     void deliver();
     void dismiss_script();
 
@@ -46,10 +42,8 @@ private:
     /// Calls for the script, in JSON, that leave together with the next answer to its library.
     std::vector<std::string> pending_;
     std::size_t pending_bytes_ = 0;
-    /// The library's question for the events that come next, and the context of its answer; null while it asks for
-    /// none.
-    WebKitScriptMessageReply* waiting_ = nullptr;
-    JSCContext* waiting_in_ = nullptr;
+    /// The library's question for the events that come next; null while it asks for none.
+    WebKitUserMessage* waiting_ = nullptr;
 };
 
 } // namespace qoro

@@ -17,7 +17,23 @@ constexpr const char* Watch = R"js("use strict";
     const takesKeys = element =>
         element.isContentEditable || element instanceof HTMLTextAreaElement || element instanceof HTMLSelectElement ||
         (element instanceof HTMLInputElement && !withoutKeys.includes(element.type));
-    const tell = active => window.webkit.messageHandlers.textEntry.postMessage(active);
+    // A page may move its focus as often as it likes: what is told is how things stand, and not more often than people
+    // see.
+    const pause = 50;
+    let now = false, told = null, waits = false;
+    const report = () => {
+        if (now === told)
+            return;
+        told = now;
+        window.webkit.messageHandlers.textEntry.postMessage(told);
+        waits = true;
+        setTimeout(() => { waits = false; report(); }, pause);
+    };
+    const tell = active => {
+        now = active;
+        if (!waits)
+            report();
+    };
     addEventListener("focusin", event => tell(takesKeys(event.composedPath()[0])), true);
     addEventListener("focusout", () => tell(false), true);
     if (window === window.top)

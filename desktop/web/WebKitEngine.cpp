@@ -133,17 +133,6 @@ struct WebKitEngine::Signals {
         return TRUE;
     }
 
-    static gboolean message(WebKitUserContentManager*, JSCValue* value, WebKitScriptMessageReply* reply,
-                            WebKitEngine* engine)
-    {
-        const Entry entry(engine);
-        const std::shared_ptr<WebKitEngine*> still = engine->self_;
-        engine->bridge_.answer(value, reply);
-        if (*still && engine->load_.is_too_much(engine->turn_.woke(), LoopTurn::now()))
-            webkit_web_view_terminate_web_process(engine->view_);
-        return TRUE;
-    }
-
     static void process_ended(WebKitWebView*, WebKitWebProcessTerminationReason reason, WebKitEngine* engine)
     {
         const Entry entry(engine);
@@ -154,8 +143,7 @@ struct WebKitEngine::Signals {
     static gboolean guard_spoke(WebKitWebView*, WebKitUserMessage* message, WebKitEngine* engine)
     {
         const Entry entry(engine);
-        if (g_strcmp0(webkit_user_message_get_name(message), guard_refused) == 0)
-            engine->refuse("request", g_variant_get_string(webkit_user_message_get_parameters(message), nullptr));
+        engine->guard_spoke(message);
         return TRUE;
     }
 
@@ -243,9 +231,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
       self_(std::make_shared<WebKitEngine*>(this))
 {
     sockets_->apply(content_, true);
-    if (kind == PageKind::Creative) {
-        connect_bridge();
-    } else {
+    if (kind == PageKind::Browsed) {
         for (const char* shown : {"notify::uri", "notify::title", "notify::estimated-load-progress"})
             g_signal_connect(view_, shown, G_CALLBACK(Signals::state_changed), this);
         g_signal_connect(view_, "insecure-content-detected", G_CALLBACK(Signals::insecure_part), this);
@@ -289,11 +275,24 @@ WebKitEngine::~WebKitEngine()
             G_PRIORITY_HIGH, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, object, g_object_unref);
 }
 
-void WebKitEngine::connect_bridge()
+/// A page's process that was taken over could say anything here.
+void WebKitEngine::guard_spoke(WebKitUserMessage* message)
 {
-    const std::string with_bridge = std::string("script-message-with-reply-received::") + PageBridge::Name;
-    g_signal_connect(content_, with_bridge.c_str(), G_CALLBACK(Signals::message), this);
-    webkit_user_content_manager_register_script_message_handler_with_reply(content_, PageBridge::Name, nullptr);
+    const char* name = webkit_user_message_get_name(message);
+    GVariant* content = webkit_user_message_get_parameters(message);
+    if (g_strcmp0(name, guard_refused) == 0 && content && g_variant_is_of_type(content, G_VARIANT_TYPE("(ss)"))) {
+        const char* what = nullptr;
+        const char* detail = nullptr;
+        g_variant_get(content, "(&s&s)", &what, &detail);
+        refuse(what, detail);
+    }
+    if (g_strcmp0(name, guard_message) == 0 && content && g_variant_is_of_type(content, G_VARIANT_TYPE_STRING) &&
+        kind_ == PageKind::Creative) {
+        const std::shared_ptr<WebKitEngine*> still = self_;
+        bridge_.answer(message);
+        if (*still && load_.is_too_much(turn_.woke(), LoopTurn::now()))
+            webkit_web_view_terminate_web_process(view_);
+    }
 }
 
 void WebKitEngine::refuse_downloads(WebKitNetworkSession* session)

@@ -18,6 +18,7 @@ typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitPolicyDecision WebKitPolicyDecision;
 typedef struct _WebKitResponsePolicyDecision WebKitResponsePolicyDecision;
 typedef struct _WebKitUserContentManager WebKitUserContentManager;
+typedef struct _WebKitUserMessage WebKitUserMessage;
 typedef struct _WebKitWebContext WebKitWebContext;
 typedef struct _WebKitWebView WebKitWebView;
 struct _GError;
@@ -65,7 +66,7 @@ private:
     struct Signals;
     enum class News { Started, Finished, Failed };
 
-    void connect_bridge();
+    void guard_spoke(WebKitUserMessage* message);
     void load_changed(int event);
     void load_failed(const _GError& error);
     void state_changed();

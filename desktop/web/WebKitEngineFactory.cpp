@@ -1,6 +1,7 @@
 #include "desktop/web/WebKitEngineFactory.h"
 
 #include "desktop/web/GuardFolder.h"
+#include "desktop/web/GuardMessages.h"
 #include "desktop/web/LaunchTrial.h"
 #include "desktop/web/ScriptLibrary.h"
 #include "desktop/web/SocketFilter.h"
@@ -135,6 +136,8 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
     }
     family.context = webkit_web_context_new();
     webkit_web_context_set_web_process_extensions_directory(family.context, guard_->path().c_str());
+    webkit_web_context_set_web_process_extensions_initialization_user_data(
+        family.context, g_variant_new(guard_settings, kind == PageKind::Creative));
     if (kind == PageKind::Creative) {
         webkit_web_context_register_uri_scheme(family.context, "kit", serve_library, nullptr, nullptr);
         WebKitSecurityManager* security = webkit_web_context_get_security_manager(family.context);

@@ -19,17 +19,19 @@
     const { Error, Promise, isFinite, setTimeout } = window;
     const { isArray } = Array;
     const { round } = Math;
-    const { parse } = JSON;
+    const { parse, stringify } = JSON;
     const { apply } = Reflect;
     const { then } = Promise.prototype;
     const { toISOString } = Date.prototype;
     const reject = Promise.reject.bind(Promise);
-    const bridge = window.webkit && window.webkit.messageHandlers && window.webkit.messageHandlers.qoroPlayer;
-    const post = bridge && bridge.postMessage.bind(bridge);
+    const post = window.qoroBridge;
 
     // ---------------------------------------------------------------------------------------------------- the bridge
 
+    // What the ad takes. More than that is refused here, before it has cost more than the page's own time.
     const deepest = 30;
+    const mostNames = 254; // and the message's own two
+    const longest = 64 * 1024; // bytes of JSON, and so a bound for entries and letters
 
     // Calls one of two functions with what becomes of a promise. Its own constructor stands in for the page's, which
     // then() would ask.
@@ -56,8 +58,17 @@
         }
     }
 
-    // A value as plain data, undefined where there is none: WebKit never answers a message with, say, a function in it.
-    function plain(value, depth) {
+    function spend(left, what, amount) {
+        left[what] -= amount;
+        if (left[what] < 0)
+            throw new Error('The arguments are too long.');
+    }
+
+    // A value as plain data, undefined where there is none, and without what JSON would ask a page's functions for.
+    // What is left of the bounds is in a record.
+    function plain(value, depth, left) {
+        if (typeof value === 'string')
+            spend(left, 'letters', value.length);
         if (value === null || typeof value === 'string' || typeof value === 'boolean')
             return value;
         if (typeof value === 'number')
@@ -72,16 +83,20 @@
         if (!isArray(value)) {
             const record = create(null);
             const names = keys(value);
+            spend(left, 'names', names.length);
             for (let i = 0; i < names.length; ++i) {
-                const entry = plain(value[names[i]], depth + 1);
+                spend(left, 'letters', names[i].length);
+                const entry = plain(value[names[i]], depth + 1, left);
                 if (entry !== undefined)
                     record[names[i]] = entry;
             }
             return record;
         }
         const list = [];
+        defineProperty(list, 'toJSON', { __proto__: null, value: undefined });
+        spend(left, 'letters', value.length * 2);
         for (let i = 0; i < value.length; ++i) {
-            const entry = plain(value[i], depth + 1);
+            const entry = plain(value[i], depth + 1, left);
             defineProperty(list, i, { __proto__: null, enumerable: true, value: entry === undefined ? null : entry });
         }
         return list;
@@ -91,11 +106,23 @@
     function send(command, args) {
         if (!post)
             return reject(new Error('There is no video ad around this page.'));
+        let text;
         try {
-            return post({ command, args: plain(args, 0) });
+            const left = { __proto__: null, names: mostNames, letters: longest };
+            text = stringify({ __proto__: null, command, args: plain(args, 0, left) });
         } catch (unsendable) { // a record that holds itself, for example
             return reject(unsendable);
         }
+        if (text.length > longest)
+            return reject(new Error('The arguments are too long.'));
+        return new Promise((done, refused) => {
+            post(text, (error, json) => {
+                if (error === null)
+                    done(parse(json));
+                else
+                    refused(new Error(error));
+            });
+        });
     }
 
     // Identifiers differ from page to page: an event that was on its way to an earlier page finds nobody here.
@@ -106,8 +133,7 @@
     // Asks for the events that come next, again and again: JSON, in the order in which they happened, each as
     // [ids, data].
     function listen() {
-        after(send('nextEvents', []), json => {
-            const events = parse(json);
+        after(send('nextEvents', []), events => {
             for (let e = 0; e < events.length; ++e) {
                 const ids = events[e][0];
                 for (let i = 0; i < ids.length; ++i)

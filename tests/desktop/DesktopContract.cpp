@@ -167,8 +167,9 @@ public:
         // Past the library, which sends nothing but messages.
         return run(ad, "const said = " + message +
                            "; const sent = Array.isArray(said) && said.length ? {command: said[0], args: said.slice(1)}"
-                           " : said; return JSON.stringify("
-                           "await webkit.messageHandlers.qoroPlayer.postMessage(sent) ?? null);");
+                           " : said; return await new Promise((done, refused) =>"
+                           " qoroBridge(JSON.stringify(sent) ?? '', (error, json) =>"
+                           " error === null ? done(json) : refused(new Error(error))));");
     }
     std::vector<std::string> script_heard(QoroVideoWebViewController& ad) override
     {

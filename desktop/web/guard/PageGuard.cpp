@@ -1,4 +1,5 @@
 #include "desktop/web/GuardMessages.h"
+#include "desktop/web/guard/PageChannel.h"
 #include "kit/Loopback.h"
 
 #include <webkit/webkit-web-process-extension.h>
@@ -9,10 +10,12 @@
 namespace
 {
 
+/// Whether the guarded pages are creatives.
+bool has_bridge = false;
+
 void tell(WebKitWebPage* page, const char* address)
 {
-    webkit_web_page_send_message_to_view(
-        page, webkit_user_message_new(qoro::guard_refused, g_variant_new_string(address)), nullptr, nullptr, nullptr);
+    qoro::PageChannel::of(page).refuse("request", address);
 }
 
 bool is_out_of_reach(const char* address, const char* page)
@@ -23,9 +26,11 @@ bool is_out_of_reach(const char* address, const char* page)
 gboolean send_request(WebKitWebPage* page, WebKitURIRequest* request, WebKitURIResponse*, void*)
 {
     const char* address = webkit_uri_request_get_uri(request);
-    if (!is_out_of_reach(address, webkit_web_page_get_uri(page)))
+    if (address && g_str_has_prefix(address, "kit:") && qoro::PageChannel::of(page).may_load_library())
         return FALSE;
-    tell(page, address);
+    if (address && !g_str_has_prefix(address, "kit:") && !is_out_of_reach(address, webkit_web_page_get_uri(page)))
+        return FALSE;
+    tell(page, address ? address : "");
     return TRUE;
 }
 
@@ -105,6 +110,8 @@ constexpr const char* watch_scripts = R"(told => {
 void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
 {
     JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
+    if (has_bridge)
+        qoro::PageChannel::of(page).give_to(context);
     JSCValue* told = jsc_value_new_function(context, "told", G_CALLBACK(wanted_by_script), g_object_ref(page),
                                             g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING);
     JSCValue* watch = jsc_context_evaluate(context, watch_scripts, -1);
@@ -129,8 +136,10 @@ void page_created(WebKitWebProcessExtension*, WebKitWebPage* page, void*)
 
 } // namespace
 
-extern "C" G_MODULE_EXPORT void webkit_web_process_extension_initialize(WebKitWebProcessExtension* extension)
+extern "C" G_MODULE_EXPORT void
+webkit_web_process_extension_initialize_with_user_data(WebKitWebProcessExtension* extension, const GVariant* settings)
 {
+    has_bridge = g_variant_get_boolean(const_cast<GVariant*>(settings));
     g_signal_connect(extension, "page-created", G_CALLBACK(page_created), nullptr);
     g_signal_connect(webkit_script_world_get_default(), "window-object-cleared", G_CALLBACK(page_window_cleared),
                      nullptr);

@@ -163,8 +163,8 @@ TEST_F(HostilePage, gets_nothing_and_each_refusal_is_written_down)
 
 TEST_F(HostilePage, that_becomes_a_frameset_is_not_replaced_by_what_its_server_sends)
 {
-    server.pages["/hostile.html"] = {"text/html", "<script>webkit.messageHandlers.qoroPlayer.postMessage("
-                                                  "{command: 'evil', args: []})</script>"};
+    server.pages["/hostile.html"] = {"text/html", "<script>qoroBridge(JSON.stringify("
+                                                  "{command: 'evil', args: []}), () => {})</script>"};
     show("<!DOCTYPE html><html><head><script src='" + std::string(script_library_address) +
              "'></script></head><body><script>onload = () => setTimeout(() => {"
              "document.documentElement.replaceChild(document.createElement('frameset'), document.body);"
@@ -178,8 +178,8 @@ TEST_F(HostilePage, that_becomes_a_frameset_is_not_replaced_by_what_its_server_s
 
 TEST_F(HostilePage, reaches_the_machine_that_it_comes_from)
 {
-    server.pages["/hostile.html"] = {"text/html", "<script>webkit.messageHandlers.qoroPlayer.postMessage("
-                                                  "{command: 'evil', args: []})</script>"};
+    server.pages["/hostile.html"] = {"text/html", "<script>qoroBridge(JSON.stringify("
+                                                  "{command: 'evil', args: []}), () => {})</script>"};
     show_from(server.base() + "hostile.html");
 
     for (const char* path :

@@ -138,7 +138,7 @@ protected:
     {
         load("<!DOCTYPE html><html><head><script src='kit://script.js'></script>" + head +
              "</head><body><script>const note = (...args) => "
-             "webkit.messageHandlers.qoroPlayer.postMessage({command: 'note', args});" +
+             "qoroBridge(JSON.stringify({command: 'note', args}), () => {});" +
              script + "</script></body></html>");
     }
 

@@ -156,8 +156,8 @@ TEST_F(ScriptLibraryTest, who_comes_while_everyone_is_told_is_told_once)
 TEST_F(ScriptLibraryTest, a_page_may_take_over_the_names)
 {
     load_script("", "<script>const mraid = window.mraid, qoroPlayer = 1; note = 0;</script>"
-                    "<script>webkit.messageHandlers.qoroPlayer.postMessage("
-                    "  {command: 'taken', args: [mraid.getVersion(), qoroPlayer]});</script>");
+                    "<script>qoroBridge(JSON.stringify("
+                    "  {command: 'taken', args: [mraid.getVersion(), qoroPlayer]}), () => {});</script>");
     wait_for(R"(taken["3.0",1])");
 }
 
@@ -340,8 +340,12 @@ TEST_F(ScriptLibraryTest, a_page_that_replaces_every_built_in_keeps_its_ad)
         return message.command == "mraid.open" ? ScriptAnswer{"no touch", nullptr} : ScriptAnswer{};
     };
     begin(R"(
-        const handler = webkit.messageHandlers.qoroPlayer;
-        const tell = (...args) => { handler.postMessage({ command: 'note', args }); };
+        const post = qoroBridge;
+        const { stringify } = JSON;
+        const tell = (...args) => {
+            args.toJSON = undefined;
+            post(stringify({ __proto__: null, command: 'note', args }), () => {});
+        };
         const { ownKeys } = Reflect;
         const { defineProperty } = Object;
         const throws = () => { throw 'replaced'; };
@@ -358,7 +362,7 @@ TEST_F(ScriptLibraryTest, a_page_that_replaces_every_built_in_keeps_its_ad)
                 try { parts[i][names[i][n]] = throws; } catch {}
         Object.prototype.toJSON = Array.prototype.toJSON = Object.prototype.get = Object.prototype.set = throws;
         Object = Array = Promise = JSON = Reflect = Error = Date = setTimeout = isFinite = null;
-        window.webkit = null;
+        window.webkit = window.qoroBridge = null;
 
         mraid.addEventListener('error', (message, action) => tell('error', message, action));
         mraid.addEventListener('audioVolumeChange', volume => {

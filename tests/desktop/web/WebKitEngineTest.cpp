@@ -111,7 +111,7 @@ TEST_F(WebKitEngineTest, the_library_outlives_a_page_that_replaces_built_ins)
     recorder.answer = [](const ScriptMessage&) { return ScriptAnswer{nullptr, 30}; };
     load_script("Promise.reject = Object.create = Object.hasOwn = Error = setTimeout = null;"
                 "JSON.parse = JSON.stringify = null; Function.prototype.bind = Array.prototype[Symbol.iterator] = "
-                "null; window.webkit = null;"
+                "null; window.webkit = window.qoroBridge = null;"
                 "qoroPlayer.addEventListener('video_play', () => {}); qoroPlayer.getVideoTotalTime();");
     wait_for("getVideoTotalTime[]");
 }
@@ -192,8 +192,8 @@ TEST_F(WebKitEngineTest, arguments_that_cannot_be_sent_reject_the_command)
 
 TEST_F(WebKitEngineTest, messages_that_are_none_are_refused_and_reach_nobody)
 {
-    load_script("const refused = message => webkit.messageHandlers.qoroPlayer.postMessage(message)"
-                "  .then(() => note('taken', String(message))).catch(() => note('refused'));"
+    load_script("const refused = message => new Promise(done => qoroBridge(JSON.stringify(message) ?? '', error =>"
+                "  done(error === null ? note('taken', String(message)) : note('refused'))));"
                 "refused('setVideoPlay'); refused(null); refused(7); refused([]); refused({});"
                 "refused({command: 'setVideoPlay'}); refused({command: 1, args: []});"
                 "refused({command: 'setVideoPlay', args: {}}); refused({args: []});"
@@ -462,8 +462,8 @@ TEST_F(WebKitEngineTest, local_files_are_out_of_reach)
 
 TEST_F(WebKitEngineTest, a_file_as_base_gives_no_right_to_files)
 {
-    engine->load_html("<script>webkit.messageHandlers.qoroPlayer.postMessage({command: 'note', args: "
-                      "[location.href]})</script>",
+    engine->load_html("<script>qoroBridge(JSON.stringify({command: 'note', args: "
+                      "[location.href]}), () => {})</script>",
                       NSURL::fileURLWithPath("/etc/passwd"));
     wait_for("note[\"about:blank\"]");
 }
@@ -501,7 +501,7 @@ protected:
 TEST_F(BrowsedPageTest, finds_neither_the_library_nor_the_bridge)
 {
     browse("<title>?</title><script src='kit://script.js'></script><script>"
-           "document.title = [typeof qoroPlayer, typeof window.webkit?.messageHandlers?.qoroPlayer]</script>");
+           "document.title = [typeof qoroPlayer, typeof window.qoroBridge]</script>");
     wait_for_title("undefined,undefined");
 }
 

@@ -1,0 +1,141 @@
+#include "desktop/web/guard/PageChannel.h"
+
+#include "desktop/web/GuardMessages.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr const char* channel_key = "qoro-channel";
+/// Bytes of an address or a reason that are told.
+constexpr std::size_t LongestDetail = 1000;
+
+double now()
+{
+    return static_cast<double>(g_get_monotonic_time()) * 1e-6;
+}
+
+/// The beginning of a text, valid in UTF-8.
+std::string beginning_of(const std::string& text)
+{
+    char* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(std::min(text.size(), LongestDetail)));
+    std::string beginning = valid;
+    g_free(valid);
+    return beginning;
+}
+
+} // namespace
+
+/// A message that is on its way, and the page's function that gets the answer.
+struct PageChannel::Call {
+    explicit Call(JSCValue* function) : answered(JSC_VALUE(g_object_ref(function))) {}
+    ~Call() { g_object_unref(answered); }
+    Call(const Call&) = delete;
+    Call& operator=(const Call&) = delete;
+
+    void answer(const char* error, const char* result) const
+    {
+        JSCContext* context = JSC_CONTEXT(g_object_ref(jsc_value_get_context(answered)));
+        JSCValue* texts[2];
+        const char* contents[2] = {error, result};
+        for (int n = 0; n < 2; ++n)
+            texts[n] = contents[n] ? jsc_value_new_string(context, contents[n]) : jsc_value_new_null(context);
+        JSCValue* nothing = jsc_value_function_callv(answered, 2, texts);
+        for (JSCValue* value : {nothing, texts[0], texts[1]})
+            g_object_unref(value);
+        jsc_context_clear_exception(context); // what the page's function throws concerns nobody
+        g_object_unref(context);
+    }
+
+    JSCValue* const answered;
+};
+
+PageChannel& PageChannel::of(WebKitWebPage* page)
+{
+    auto* channel = static_cast<PageChannel*>(g_object_get_data(G_OBJECT(page), channel_key));
+    if (channel)
+        return *channel;
+    channel = new PageChannel(page);
+    g_object_set_data_full(G_OBJECT(page), channel_key, channel,
+                           [](void* gone) { delete static_cast<PageChannel*>(gone); });
+    return *channel;
+}
+
+void PageChannel::give_to(JSCContext* context)
+{
+    // The function keeps the page, and so the channel.
+    JSCValue* bridge = jsc_value_new_function(
+        context, "qoroBridge",
+        G_CALLBACK(+[](JSCValue* text, JSCValue* answered, WebKitWebPage* page) { post(text, answered, &of(page)); }),
+        g_object_ref(page_), g_object_unref, G_TYPE_NONE, 2, JSC_TYPE_VALUE, JSC_TYPE_VALUE);
+    jsc_context_set_value(context, "qoroBridge", bridge);
+    g_object_unref(bridge);
+}
+
+const char* PageChannel::objection(const std::string& text)
+{
+    if (text.size() > longest_message || !g_utf8_validate(text.data(), static_cast<gssize>(text.size()), nullptr))
+        return "it is none of the script library's";
+    if (!messages_.take(now()) || !bytes_.take(now(), static_cast<double>(text.size())))
+        return "too many";
+    return nullptr;
+}
+
+void PageChannel::post(JSCValue* text, JSCValue* answered, PageChannel* channel)
+{
+    if (!jsc_value_is_function(answered))
+        return;
+    std::string message;
+    if (jsc_value_is_string(text)) {
+        char* bytes = jsc_value_to_string(text);
+        message = bytes ? bytes : "";
+        g_free(bytes);
+    }
+    auto call = std::make_unique<Call>(answered);
+    if (const char* objection = channel->objection(message)) {
+        channel->refuse("message", objection);
+        // Not within the call: a page's own recursion ends at the page's own stack, and not at this one.
+        g_idle_add_full(
+            G_PRIORITY_DEFAULT,
+            [](void* refused) -> gboolean {
+                static_cast<Call*>(refused)->answer("the ad does not take this message", nullptr);
+                return G_SOURCE_REMOVE;
+            },
+            call.release(), [](void* refused) { delete static_cast<Call*>(refused); });
+        return;
+    }
+    const GAsyncReadyCallback came = [](GObject* page, GAsyncResult* result, void* data) {
+        const std::unique_ptr<Call> asked(static_cast<Call*>(data));
+        WebKitUserMessage* answer = webkit_web_page_send_message_to_view_finish(WEBKIT_WEB_PAGE(page), result, nullptr);
+        GVariant* content = answer ? webkit_user_message_get_parameters(answer) : nullptr;
+        gboolean done = FALSE;
+        const char* words = "the ad has gone";
+        if (content && g_variant_is_of_type(content, G_VARIANT_TYPE("(bs)")))
+            g_variant_get(content, "(b&s)", &done, &words);
+        asked->answer(done ? nullptr : words, done ? words : nullptr);
+        g_clear_object(&answer);
+    };
+    webkit_web_page_send_message_to_view(channel->page_,
+                                         webkit_user_message_new(guard_message, g_variant_new_string(message.c_str())),
+                                         nullptr, came, call.release());
+}
+
+void PageChannel::refuse(const char* what, const std::string& detail)
+{
+    if (refusals_.take(now()))
+        webkit_web_page_send_message_to_view(
+            page_, webkit_user_message_new(guard_refused, g_variant_new("(ss)", what, beginning_of(detail).c_str())),
+            nullptr, nullptr, nullptr);
+}
+
+bool PageChannel::may_load_library()
+{
+    return libraries_.take(now());
+}
+
+} // namespace qoro
