@@ -1,15 +1,15 @@
 #include "desktop/media/HttpSource.h"
 
-#include "desktop/net/HttpReader.h"
-
 #include <gst/base/gstpushsrc.h>
 #include <gst/gst.h>
 
+#include <algorithm>
 #include <cstdint>
 
 struct QoroHttpSource {
     GstPushSrc parent;
-    std::string* address;
+    /// What the other elements see instead of the address.
+    std::string* name;
     qoro::HttpReader* reader;
     /// The byte that comes next.
     std::uint64_t position;
@@ -26,6 +26,27 @@ namespace
 {
 
 constexpr gsize PieceSize = 64u << 10;
+
+/// The longest ending of a file's name that stands for a kind of video ("m2ts").
+constexpr std::size_t LongestEnding = 4;
+
+bool is_plain(char c)
+{
+    return g_ascii_isalnum(c) != FALSE;
+}
+
+/// The ending of an address's path with its dot; empty when it has none, or one that is more than letters and digits.
+/// Of an address that others chose GStreamer sees nothing else: its parser ends the program at an escaped zero byte.
+std::string ending_of(const std::string& address)
+{
+    const std::string path = address.substr(0, address.find_first_of("?#"));
+    const std::size_t dot = path.find_last_of("./");
+    if (dot == std::string::npos || path[dot] != '.')
+        return "";
+    const std::string ending = path.substr(dot + 1);
+    const bool usable = !ending.empty() && ending.size() <= LongestEnding && std::ranges::all_of(ending, is_plain);
+    return usable ? "." + ending : "";
+}
 
 QoroHttpSource& self_of(void* element)
 {
@@ -74,9 +95,8 @@ gboolean do_seek(GstBaseSrc* source, GstSegment* segment)
 
 gboolean query(GstBaseSrc* source, GstQuery* asked)
 {
-    // By the ending of its name a video is recognised before much of it has come.
     if (GST_QUERY_TYPE(asked) == GST_QUERY_URI) {
-        gst_query_set_uri(asked, self_of(source).address->c_str());
+        gst_query_set_uri(asked, self_of(source).name->c_str());
         return TRUE;
     }
     const gboolean known = GST_BASE_SRC_CLASS(qoro_http_source_parent_class)->query(source, asked);
@@ -140,7 +160,7 @@ void finalize(GObject* object)
 {
     QoroHttpSource& self = self_of(object);
     delete self.reader;
-    delete self.address;
+    delete self.name;
     G_OBJECT_CLASS(qoro_http_source_parent_class)->finalize(object);
 }
 
@@ -173,11 +193,11 @@ static void qoro_http_source_init(QoroHttpSource* self)
 namespace qoro
 {
 
-GstElement* make_http_source(const std::string& address, std::uint64_t most_bytes)
+GstElement* make_http_source(const std::string& address, const HttpReader::Limits& limits)
 {
     auto* source = static_cast<QoroHttpSource*>(g_object_new(qoro_http_source_get_type(), nullptr));
-    source->address = new std::string(address);
-    source->reader = new HttpReader(address, {.size = most_bytes});
+    source->name = new std::string("video:stream" + ending_of(address));
+    source->reader = new HttpReader(address, limits);
     return GST_ELEMENT(source);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include "desktop/net/HttpReader.h"
+
 #include <string>
 
 typedef struct _GstElement GstElement;
@@ -9,10 +10,10 @@ namespace qoro
 {
 
 /// A source of GStreamer's that reads a video from its server (HttpReader). What it fails with is in words a person
-/// understands.
+/// understands. It keeps its address to itself: asked for it, it answers with "video:stream" and the ending of the
+/// file's name (".mp4"), by which a video is recognised whose first bytes could be several kinds.
 /// @param address of http or https
-/// @param most_bytes of a video; a larger one is refused
 /// @return floating, as GStreamer's own are
-GstElement* make_http_source(const std::string& address, std::uint64_t most_bytes);
+GstElement* make_http_source(const std::string& address, const HttpReader::Limits& limits);
 
 } // namespace qoro

@@ -21,8 +21,9 @@ constexpr double UsualRate = 150e3;
 constexpr double NothingReady = 0.02;
 } // namespace
 
-VideoFeed::VideoFeed(std::string location, bool is_file, News news)
-    : location_(std::move(location)), is_file_(is_file), news_(std::move(news)), complete_(is_file), rate_(UsualRate)
+VideoFeed::VideoFeed(std::string location, bool is_file, unsigned server_seconds, News news)
+    : location_(std::move(location)), is_file_(is_file), server_seconds_(server_seconds), news_(std::move(news)),
+      complete_(is_file), rate_(UsualRate)
 {
 }
 
@@ -44,7 +45,7 @@ GstElement* VideoFeed::add_to(GstBin* pipeline)
             g_object_set(source_, "location", location_.c_str(), nullptr);
         return source_;
     }
-    source_ = make_http_source(location_, MostBytes);
+    source_ = make_http_source(location_, {.silent_seconds = server_seconds_, .size = MostBytes});
     gst_bin_add(pipeline, source_);
     return keep(pipeline) ? keeper_ : nullptr;
 }

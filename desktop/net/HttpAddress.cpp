@@ -9,6 +9,9 @@ namespace qoro
 
 GUri* http_uri(const std::string& address)
 {
+    // GLib would read up to a zero byte, and whoever compares addresses behind it.
+    if (address.find('\0') != std::string::npos)
+        return nullptr;
     // What stands before a backslash is a host to some, and a user's name to others.
     if (address.find('\\') < address.find_first_of("?#"))
         return nullptr;
