@@ -109,11 +109,18 @@ public:
 /// - at the end the time is exactly the duration, it reports paused, then finished with reason 0; play after that
 ///   starts at 0; a seek lifts the end, and play goes on from there;
 /// - a seek is held within 0 and the duration;
-/// - a failure is playback state 0, reported, then finished with reason 1, once a player.
+/// - a failure is playback state 0, reported, then finished with reason 1. A play after it loads the video anew,
+///   goes on from where it failed and reports playing; a seek before moves that place and reports nothing. Where a play
+///   leads to another failure, that is reported as the first, MostVainPlays times; a play after that does nothing. A
+///   null address fails so, and one that no player can play.
 /// Destroying it ends playback and all reports. It is never destroyed inside a report of its own.
 class PlayerEngine
 {
 public:
+    /// How many plays in a row may fail again after a failure before a player gives its video up. Who hears of a
+    /// failure may always play, and would never come to an end.
+    static constexpr int MostVainPlays = 3;
+
     virtual ~PlayerEngine() = default;
     virtual void apply(const PlayerSettings& settings) = 0;
     virtual void play() = 0;

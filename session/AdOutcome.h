@@ -36,7 +36,8 @@ struct PlayedVideo {
     double played = 0;
     /// Whether it came to its end, at least once.
     bool reached_end = false;
-    /// Why it failed, in the player's words, empty where the player has none; absent when it did not fail.
+    /// Why it failed last, in the player's words, empty where the player has none; absent when it did not fail. A video
+    /// that has failed may still have gone on.
     std::optional<std::string> error;
 };
 

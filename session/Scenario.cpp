@@ -229,7 +229,7 @@ std::vector<Stall> read_stalls(const Reader& reader)
 
 VideoSetup read_video(const Reader& reader)
 {
-    reader.with_keys({"mode", "duration", "loadAfter", "stalls", "error"});
+    reader.with_keys({"mode", "duration", "loadAfter", "stalls", "error", "errorForGood"});
     VideoSetup setup;
     if (const auto mode = reader.at("mode")) {
         const std::string& name = mode->text("\"manual\" or \"auto\"");
@@ -249,6 +249,8 @@ VideoSetup read_video(const Reader& reader)
         setup.stalls = read_stalls(*stalls);
     if (const auto error = reader.at("error"); error && !error->is_null())
         setup.error = error->seconds();
+    if (const auto error = reader.at("errorForGood"); error && !error->is_null())
+        setup.error_for_good = error->seconds();
     return setup;
 }
 

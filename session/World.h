@@ -56,8 +56,10 @@ struct VideoSetup {
     /// Seconds from the player's making until it can be played.
     double load_after = 0.3;
     std::vector<Stall> stalls;
-    /// Seconds of media time at which playback fails; absent for never.
+    /// Seconds of media time at which playback fails once a player: a play after that goes on. Absent for never.
     std::optional<double> error;
+    /// Seconds of media time at which playback fails for good. Absent for never.
+    std::optional<double> error_for_good;
 };
 
 /// Everything around a simulated session that answers: the device, the network, the text metrics, the cache, the video.

@@ -59,7 +59,12 @@ void SimulatedPlayer::play()
 {
     if (manual() || stalled_ || playing())
         return;
-    if (ready_)
+    if (failed_for_good_) {
+        if (vain_plays_ == MostVainPlays)
+            return;
+        ++vain_plays_;
+        fail();
+    } else if (ready_)
         begin_playing();
     else
         wants_play_ = true;
@@ -194,6 +199,13 @@ void SimulatedPlayer::begin_playing()
     set_playback_state(MPMoviePlaybackStatePlaying);
 }
 
+void SimulatedPlayer::fail()
+{
+    set_playback_state(MPMoviePlaybackStateStopped);
+    post(Event::ReportPlayback);
+    post(Event::ReportFailure);
+}
+
 void SimulatedPlayer::look_ahead()
 {
     players_.loop_.stop_timer(std::exchange(ahead_timer_, 0));
@@ -210,9 +222,16 @@ void SimulatedPlayer::look_ahead()
             ahead_ = Ahead::Error;
         }
     }
+    if (video.error_for_good) {
+        const std::int64_t at = to_microseconds(*video.error_for_good);
+        if (at >= position_ && at <= next && (at < next || ahead_ == Ahead::End)) {
+            next = at;
+            ahead_ = Ahead::ErrorForGood;
+        }
+    }
     for (std::size_t i = 0; i < video.stalls.size(); ++i) {
         const std::int64_t at = to_microseconds(video.stalls[i].at);
-        if (!stalls_done_[i] && at >= position_ && at < end && (at < next || (at == next && ahead_ == Ahead::Error))) {
+        if (!stalls_done_[i] && at >= position_ && at < end && (at < next || (at == next && ahead_ != Ahead::Stall))) {
             next = at;
             ahead_ = Ahead::Stall;
             ahead_stall_ = i;
@@ -226,8 +245,8 @@ void SimulatedPlayer::look_ahead()
 void SimulatedPlayer::loaded()
 {
     if (!has_source_) {
-        post(Event::ReportPlayback);
-        post(Event::ReportFailure);
+        failed_for_good_ = true;
+        fail();
         return;
     }
     duration_ = players_.video_.duration;
@@ -282,9 +301,11 @@ void SimulatedPlayer::come_to_it()
         break;
     case Ahead::Error:
         failed_ = true;
-        set_playback_state(MPMoviePlaybackStateStopped);
-        post(Event::ReportPlayback);
-        post(Event::ReportFailure);
+        fail();
+        break;
+    case Ahead::ErrorForGood:
+        failed_for_good_ = true;
+        fail();
         break;
     }
 }

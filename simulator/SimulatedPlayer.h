@@ -59,7 +59,7 @@ public:
 private:
     friend class SimulatedPlayers;
     /// What playing comes to next.
-    enum class Ahead { End, Stall, Error };
+    enum class Ahead { End, Stall, Error, ErrorForGood };
     enum class Event : std::uint32_t {
         Loaded,
         ReportPlayable,
@@ -82,6 +82,7 @@ private:
     void put(std::int64_t position);
     void set_playback_state(int state);
     void begin_playing();
+    void fail();
     /// Waits anew for what lies ahead: an end, a stall or a failure.
     void look_ahead();
 
@@ -114,6 +115,9 @@ private:
     bool ended_ = false;
     bool stalled_ = false;
     bool failed_ = false;
+    bool failed_for_good_ = false;
+    /// Plays since it has failed for good.
+    int vain_plays_ = 0;
     std::vector<bool> stalls_done_;
 };
 

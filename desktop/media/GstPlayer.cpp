@@ -15,6 +15,11 @@ namespace
 {
 /// Seconds to wait at the factory's end.
 constexpr double ClosingPatience = 2.0;
+/// Seconds that a video has to play on for its next failure to count as another one.
+constexpr double Progress = 1.0;
+/// Seconds by which a video may be shorter or longer when it is loaded anew, and still be the same.
+constexpr double SameDuration = 0.5;
+constexpr int Ready = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
 
 struct FreeText {
     void operator()(char* text) const { g_free(text); }
@@ -66,10 +71,7 @@ GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& lo
     Source found = source_of(source);
     location_ = std::move(found.location);
     is_file_ = found.is_file;
-    if (location_.empty())
-        mailbox_->post([this] { failed("it has no address that can be played"); });
-    else
-        open();
+    open();
 }
 
 GstPlayer::~GstPlayer()
@@ -81,7 +83,11 @@ GstPlayer::~GstPlayer()
 
 void GstPlayer::open()
 {
-    Pipeline::Opening opening{location_, is_file_, silent_, {}};
+    if (location_.empty()) {
+        mailbox_->post([this] { failed("it has no address that can be played"); });
+        return;
+    }
+    Pipeline::Opening opening{location_, is_file_, silent_, {}, options_.server_seconds};
     if (options_.volume)
         opening.volume = options_.volume();
     Pipeline::Listener& self = *this;
@@ -98,8 +104,10 @@ void GstPlayer::apply(const PlayerSettings& settings)
 
 void GstPlayer::play()
 {
-    if (failed_)
+    if (failed_) {
+        load_anew();
         return;
+    }
     if (!started_) {
         play_asked_ = true;
         return;
@@ -116,6 +124,29 @@ void GstPlayer::play()
     run(true);
 }
 
+void GstPlayer::load_anew()
+{
+    if (vain_plays_ == MostVainPlays)
+        return;
+    failed_ = false;
+    started_ = false;
+    play_asked_ = true;
+    reloading_ = duration_ > 0;
+    place_sought_ = false;
+    // A server that comes back needs a moment.
+    const int pause = is_file_ || location_.empty() ? 0 : vain_plays_;
+    ++vain_plays_;
+    ++loads_;
+    if (pause == 0) {
+        open();
+        return;
+    }
+    loop_.start_timer(pause, false, [this, mailbox = mailbox_] {
+        if (mailbox->is_open())
+            open();
+    });
+}
+
 void GstPlayer::pause()
 {
     if (!started_)
@@ -129,12 +160,16 @@ void GstPlayer::pause()
 
 void GstPlayer::seek(double time)
 {
-    if (failed_ || duration_ <= 0)
+    if (duration_ <= 0)
         return;
     time_ = std::isnan(time) ? 0 : std::clamp(time, 0.0, duration_);
     at_end_ = false;
     ends_on_play_ = false;
-    pipeline_->seek(time_);
+    if (failed_ || reloading_)
+        farthest_ = std::max(farthest_, time_);
+    // One that is being loaded is sent there then.
+    if (!failed_ && (!reloading_ || place_sought_))
+        pipeline_->seek(time_);
 }
 
 void GstPlayer::run(bool playing)
@@ -175,8 +210,8 @@ void GstPlayer::set_playback(int state)
 void GstPlayer::announce_playable()
 {
     set_load(MPMovieLoadStatePlayable);
-    mailbox_->post([this] {
-        if (failed_)
+    mailbox_->post([this, load = loads_] {
+        if (failed_ || load != loads_)
             return;
         awaits_data_ = pipeline_->short_of_data();
         if (!awaits_data_)
@@ -186,16 +221,18 @@ void GstPlayer::announce_playable()
 
 void GstPlayer::announce_playthrough()
 {
-    set_load(MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK);
-    mailbox_->post([this] { start(); });
+    set_load(Ready);
+    mailbox_->post([this, load = loads_] {
+        if (!failed_ && load == loads_)
+            start();
+    });
 }
 
 void GstPlayer::start()
 {
-    if (failed_)
-        return;
     started_ = true;
-    if (settings_.should_autoplay || play_asked_)
+    const bool anew = std::exchange(reloading_, false);
+    if (play_asked_ || (settings_.should_autoplay && !anew))
         play();
 }
 
@@ -206,6 +243,14 @@ void GstPlayer::loaded(double duration)
         announce_playable();
         return;
     }
+    if (reloading_) {
+        if (std::abs(duration - duration_) > SameDuration) {
+            failed("it is another video than before");
+            return;
+        }
+        awaits_data_ = true;
+        place_sought_ = true;
+    }
     // A new pipeline takes over where another one stood.
     if (time_ > 0)
         pipeline_->seek(time_);
@@ -215,13 +260,15 @@ void GstPlayer::loaded(double duration)
 
 void GstPlayer::sought(bool reached)
 {
-    if (reached)
-        return;
     // Without seeking, the only way back is to begin anew.
-    if (time_ <= 0)
+    if (!reached && time_ <= 0) {
         open();
-    else if (const std::optional<double> position = pipeline_->position())
-        time_ = *position;
+        return;
+    }
+    if (!reached)
+        time_ = pipeline_->position().value_or(time_);
+    if (reloading_)
+        data_changed();
 }
 
 void GstPlayer::ended()
@@ -235,6 +282,7 @@ void GstPlayer::ended()
     run(false);
     ends_on_play_ = false;
     at_end_ = true;
+    vain_plays_ = 0;
     time_ = duration_;
     set_playback(MPMoviePlaybackStatePaused);
     mailbox_->post([this] { listener_.finished(MPMovieFinishReasonPlaybackEnded); });
@@ -245,7 +293,13 @@ void GstPlayer::failed(const std::string& reason)
     if (failed_)
         return;
     time_ = current_time();
+    if (time_ >= farthest_ + Progress)
+        vain_plays_ = 0;
+    farthest_ = std::max(farthest_, time_);
     failed_ = true;
+    stalled_ = false;
+    awaits_data_ = false;
+    ends_on_play_ = false;
     pipeline_.reset();
     if (options_.on_failure)
         options_.on_failure(reason);
@@ -269,8 +323,14 @@ void GstPlayer::data_changed()
     if (pipeline_->short_of_data()) {
         stall();
     } else if (awaits_data_) {
+        // What lies ready where it is loaded says nothing of where it is to go on.
+        if (reloading_ && pipeline_->seeking())
+            return;
         awaits_data_ = false;
-        announce_playthrough();
+        if (load_state_ == Ready)
+            start();
+        else
+            announce_playthrough();
     } else if (stalled_) {
         go_on();
     }
@@ -290,11 +350,18 @@ void GstPlayer::stall()
 void GstPlayer::go_on()
 {
     stalled_ = false;
-    set_load(MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK);
+    set_load(Ready);
     if (playback_state_ != MPMoviePlaybackStateInterrupted)
         return;
     set_playback(MPMoviePlaybackStatePlaying);
     run(true);
+}
+
+void GstPlayer::leave_app()
+{
+    if (playback_state_ == MPMoviePlaybackStatePlaying || playback_state_ == MPMoviePlaybackStateInterrupted ||
+        reloading_)
+        pause();
 }
 
 // ------------------------------------------------------------------------------------------------------ the display
@@ -333,9 +400,7 @@ std::unique_ptr<PlayerEngine> GstPlayerFactory::make_player(const NSURL& source,
 void GstPlayerFactory::leave_app()
 {
     for (GstPlayer* player : *players_)
-        if (player->playback_state() == MPMoviePlaybackStatePlaying ||
-            player->playback_state() == MPMoviePlaybackStateInterrupted)
-            player->pause();
+        player->leave_app();
 }
 
 } // namespace qoro

@@ -18,7 +18,8 @@ namespace qoro
 class Mailbox;
 
 /// A player over GStreamer, for http and https addresses and files. A video from a server is kept as it comes
-/// in, so a replay asks for nothing again; one from a file never lacks data.
+/// in, so a replay asks for nothing again; one from a file never lacks data. After a failure a play asks the server
+/// again, the second and the third such play in a row a little later; another video than before is a failure too.
 class GstPlayer : public PlayerEngine, public PictureSource, private Pipeline::Listener
 {
 public:
@@ -29,6 +30,8 @@ public:
         std::function<std::optional<float>()> volume;
         /// Whether its sound is thrown away.
         bool silent = false;
+        /// Seconds that a server may send nothing before it is asked once more, and then given up.
+        unsigned server_seconds = 10;
         /// Told as it is destroyed; it is a player no more then.
         std::function<void(const GstPlayer&)> on_end = {};
     };
@@ -54,6 +57,9 @@ public:
     void set_picture_size(int width_px, int height_px) override;
     VideoFrame latest_frame() const override;
 
+    /// The user leaves the application: what plays, or is loaded anew to play on, pauses.
+    void leave_app();
+
 private:
     void loaded(double duration) override;
     void data_changed() override;
@@ -63,6 +69,7 @@ private:
     void sound_failed() override;
 
     void open();
+    void load_anew();
     void announce_playable();
     void announce_playthrough();
     void start();
@@ -99,7 +106,16 @@ private:
     /// Whether the end was reached by a video that had just been paused.
     bool ends_on_play_ = false;
     bool stalled_ = false;
+    /// Whether it has failed since it was loaded last.
     bool failed_ = false;
+    /// How often it was loaded anew.
+    unsigned loads_ = 0;
+    /// Whether it is loaded anew to go on from where it failed; and whether it has been sent there.
+    bool reloading_ = false;
+    bool place_sought_ = false;
+    /// Plays after failures since it last got on, and the farthest that it had got then, in seconds.
+    int vain_plays_ = 0;
+    double farthest_ = 0;
 };
 
 /// Makes players over GStreamer.

@@ -66,7 +66,7 @@ gint64 gst_time(double time)
 struct Pipeline::Core {
     Core(Opening how, std::shared_ptr<VideoPictures> to, MainLoop& loop, Listener& heard)
         : mailbox(std::make_shared<Mailbox>(loop)), listener(heard), low(!how.is_file),
-          feed(how.location, how.is_file,
+          feed(how.location, how.is_file, how.server_seconds,
                {.changed = [this] { wake(); }, .failed = [this](const std::string& reason) { fail(reason); }}),
           sinks(std::move(to), how.silent, how.volume), is_file(how.is_file)
     {
@@ -106,11 +106,14 @@ struct Pipeline::Core {
     bool open();
     bool settle(unsigned for_seek);
     void obey();
+    bool has_started();
     void watch_data(bool runs);
     bool seek(double time);
     void close();
 
     // Any thread.
+    /// In seconds, under the mutex: of a position as GStreamer gives it, which is the duration where nothing has come.
+    double reached(gint64 position) const { return sinks.got_any() ? seconds(position) : seek_to; }
     void tell(void (Listener::*news)())
     {
         mailbox->post([this, news] { (listener.*news)(); });
@@ -181,7 +184,8 @@ std::optional<double> Pipeline::position() const
     if (core_->duration <= 0 || seeking() || !gst_element_query_position(core_->pipeline, GST_FORMAT_TIME, &position) ||
         position < 0)
         return {};
-    return seconds(position);
+    std::scoped_lock lock(core_->mutex);
+    return core_->reached(position);
 }
 
 bool Pipeline::short_of_data() const
@@ -306,6 +310,7 @@ bool Pipeline::Core::settle(unsigned for_seek)
 void Pipeline::Core::obey()
 {
     bool runs = false;
+    bool moves = false;
     unsigned done = 0;
     std::unique_lock lock(mutex);
     while (!closing) {
@@ -332,11 +337,17 @@ void Pipeline::Core::obey()
             done = wanted;
         } else if (able && playing != runs) {
             runs = playing;
+            moves = false;
             lock.unlock();
             const GstStateChangeReturn changed =
                 gst_element_set_state(pipeline, runs ? GST_STATE_PLAYING : GST_STATE_PAUSED);
             if (changed == GST_STATE_CHANGE_FAILURE)
                 fail("it can't be played");
+            lock.lock();
+        } else if (able && runs && !moves && !source_failure.empty()) {
+            wishes_changed.wait_for(lock, Glance);
+            lock.unlock();
+            moves = has_started();
             lock.lock();
         } else if (able && (low || (runs && !feed.complete()))) {
             wishes_changed.wait_for(lock, Glance);
@@ -349,10 +360,24 @@ void Pipeline::Core::obey()
     }
 }
 
-// Data is short when it is waited for; there is enough again when nothing is waited for and more lies ready.
+// A source that fails just then breaks the start off. What it had sent before is to be played.
+bool Pipeline::Core::has_started()
+{
+    GstState state = GST_STATE_NULL;
+    const GstStateChangeReturn change = gst_element_get_state(pipeline, &state, nullptr, 0);
+    if (change != GST_STATE_CHANGE_ASYNC && state != GST_STATE_PLAYING)
+        gst_element_set_state(pipeline, GST_STATE_PLAYING);
+    return change != GST_STATE_CHANGE_ASYNC && state == GST_STATE_PLAYING;
+}
+
+// Data is short when it is waited for; there is enough again when nothing is waited for and more lies ready. Of a
+// source that has failed nothing more is waited for.
 void Pipeline::Core::watch_data(bool runs)
 {
-    if (feed.complete())
+    std::unique_lock lock(mutex);
+    const bool is_all = feed.complete() || !source_failure.empty();
+    lock.unlock();
+    if (is_all)
         set_low(false);
     else if (low)
         set_low(feed.seconds_ready() < ReadyTime || feed.starved());
@@ -462,9 +487,11 @@ void Pipeline::Core::hear_end()
     const bool known = gst_element_query_position(pipeline, GST_FORMAT_TIME, &position);
     std::unique_lock lock(mutex);
     const bool cut = !source_failure.empty();
+    const bool stands = !sinks.got_any();
+    const double end = reached(position);
     lock.unlock();
     // A source that failed behind the last picture has taken nothing from anyone.
-    if (known ? seconds(position) < duration - MissingAtMost : cut) {
+    if (known || stands ? end < duration - MissingAtMost : cut) {
         fail("it ends before its duration says");
         return;
     }

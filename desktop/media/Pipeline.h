@@ -24,6 +24,8 @@ public:
         bool silent = false;
         /// The volume that its sound stream begins with, 0 to 1 on the sliders' scale; absent for the sound server's.
         std::optional<float> volume;
+        /// Seconds that the server may send nothing before it is asked once more, and then given up.
+        unsigned server_seconds = 10;
     };
 
     /// Hears the news, each on the main loop as an event of its own. It may destroy the pipeline there.

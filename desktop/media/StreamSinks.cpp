@@ -10,6 +10,26 @@
 namespace qoro
 {
 
+namespace
+{
+/// Whether a sink plays a buffer; what lies before the place that was sought is only there to be decoded.
+bool lies_within_segment(GstPad* pad, GstBuffer* buffer)
+{
+    GstEvent* event = gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0);
+    if (!event)
+        return false;
+    const GstSegment* segment = nullptr;
+    gst_event_parse_segment(event, &segment);
+    const GstClockTime begin = GST_BUFFER_PTS(buffer);
+    const GstClockTime end = GST_CLOCK_TIME_IS_VALID(begin) && GST_BUFFER_DURATION_IS_VALID(buffer)
+                                 ? begin + GST_BUFFER_DURATION(buffer)
+                                 : begin;
+    const bool within = gst_segment_clip(segment, GST_FORMAT_TIME, begin, end, nullptr, nullptr);
+    gst_event_unref(event);
+    return within;
+}
+} // namespace
+
 StreamSinks::StreamSinks(std::shared_ptr<VideoPictures> pictures, bool silent, std::optional<float> volume)
     : pictures_(std::move(pictures)), silent_(silent), volume_(volume)
 {
@@ -58,6 +78,7 @@ bool StreamSinks::add_picture(GstBin* pipeline, GstPad* pad)
     picture_ = sink;
     gst_bin_add(pipeline, sink);
     GstPad* entry = gst_element_get_static_pad(sink, "sink");
+    watch(entry);
     gst_pad_link(pad, entry);
     gst_object_unref(entry);
     gst_element_sync_state_with_parent(sink);
@@ -106,10 +127,30 @@ void StreamSinks::add_sound(GstBin* pipeline, GstPad* pad)
     gst_object_unref(sink);
     gst_element_link_many(convert, resample, sink, nullptr);
     GstPad* entry = gst_element_get_static_pad(convert, "sink");
+    watch(entry);
     gst_pad_link(pad, entry);
     gst_object_unref(entry);
     for (GstElement* element : {sink, resample, convert})
         gst_element_sync_state_with_parent(element);
+}
+
+void StreamSinks::watch(GstPad* entry)
+{
+    constexpr int What = static_cast<int>(GST_PAD_PROBE_TYPE_BUFFER) | static_cast<int>(GST_PAD_PROBE_TYPE_EVENT_FLUSH);
+    gst_pad_add_probe(entry, static_cast<GstPadProbeType>(What), on_data, this, nullptr);
+}
+
+GstPadProbeReturn StreamSinks::on_data(GstPad* pad, GstPadProbeInfo* info, gpointer sinks)
+{
+    StreamSinks& self = *static_cast<StreamSinks*>(sinks);
+    if ((GST_PAD_PROBE_INFO_TYPE(info) & GST_PAD_PROBE_TYPE_BUFFER) == 0) {
+        if (GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info)) == GST_EVENT_FLUSH_STOP)
+            self.got_any_ = false;
+        return GST_PAD_PROBE_OK;
+    }
+    if (!self.got_any_)
+        self.got_any_ = lies_within_segment(pad, GST_PAD_PROBE_INFO_BUFFER(info));
+    return GST_PAD_PROBE_OK;
 }
 
 GstFlowReturn StreamSinks::on_preroll(GstAppSink* sink, gpointer sinks)

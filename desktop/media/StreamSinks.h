@@ -26,6 +26,8 @@ public:
     /// @return false when GStreamer lacks what that takes
     bool add(GstBin* pipeline, GstPad* pad);
     bool has_any() const { return picture_ || sound_; }
+    /// Whether a picture or sound has come since the start, or since the last seek.
+    bool got_any() const { return got_any_; }
     /// Whether something is reported by the sound's sink or a part of it.
     bool is_of_sound(GstObject* from) const;
 
@@ -39,6 +41,9 @@ private:
     void add_sound(GstBin* pipeline, GstPad* pad);
     GstElement* open_sound();
 
+    void watch(GstPad* entry);
+
+    static GstPadProbeReturn on_data(GstPad*, GstPadProbeInfo* info, gpointer sinks);
     static GstFlowReturn on_preroll(GstAppSink* sink, gpointer sinks);
     static GstFlowReturn on_sample(GstAppSink* sink, gpointer sinks);
 
@@ -47,6 +52,7 @@ private:
     const std::optional<float> volume_;
     std::atomic<GstElement*> picture_ = nullptr;
     std::atomic<GstElement*> sound_ = nullptr;
+    std::atomic<bool> got_any_ = false;
     /// When opening the sound began; 0 when it is not being opened.
     std::atomic<Clock::rep> sound_opening_ = 0;
 };

@@ -26,7 +26,8 @@ public:
     };
 
     /// @param location a file's path, or else an http or https address
-    VideoFeed(std::string location, bool is_file, News news);
+    /// @param server_seconds how long its server may send nothing before it is asked once more, and then given up
+    VideoFeed(std::string location, bool is_file, unsigned server_seconds, News news);
 
     /// Puts its elements into a pipeline.
     /// @return what a decoder is to be linked behind; null when that has failed
@@ -54,6 +55,7 @@ private:
 
     const std::string location_;
     const bool is_file_;
+    const unsigned server_seconds_;
     const News news_;
     GstElement* source_ = nullptr;
     /// Keeps what a server has sent; null for a file.

@@ -129,6 +129,22 @@ TEST(WholeAd, AVideoThatFailsIsTriedAgainAndCanBeClosed)
     EXPECT_FALSE(session->btnClose.isHidden());
 }
 
+TEST(WholeAd, AVideoThatFailsForGoodIsTriedThreeTimesMoreAndCanBeClosed)
+{
+    World world = world_with_video(10);
+    world.video.error_for_good = 3;
+    AdSession session(world);
+    track_everything(session);
+    session.open();
+
+    session.let_pass(20);
+
+    // Every finish with an error is answered with a play; the fourth of them finds a player that has given up.
+    EXPECT_THAT(session.lines("player"), ElementsAre("create http://ad/v.mp4 false", "play", "play", "play", "play"));
+    EXPECT_FALSE(session->btnClose.isHidden());
+    EXPECT_FALSE(session->bIsPlay);
+}
+
 TEST(WholeAd, ClosedAndLetGoItIsGoneWithItsTimers)
 {
     AdSession session(world_with_video(12));

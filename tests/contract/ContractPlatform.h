@@ -27,8 +27,10 @@ enum class Clip {
     Whole,
     /// Its data stops coming somewhere in the middle, until data_comes_again().
     Stalling,
-    /// It breaks off for good somewhere in the middle.
+    /// It breaks off somewhere in the middle, until it_can_be_played_again().
     Breaking,
+    /// It breaks off for good somewhere in the middle.
+    Broken,
 };
 
 /// A text that every platform measures alike, and its size in Arial at 20 points by the font's own table: advance
@@ -72,6 +74,8 @@ public:
     virtual NSURL video() = 0;
     /// The data of a stalling video comes again, now or by itself a little later.
     virtual void data_comes_again() = 0;
+    /// What a breaking video fails of has passed.
+    virtual void it_can_be_played_again() = 0;
 
     virtual std::string address(Address what) = 0;
     /// The video of which there is a local copy, when the needs say so.

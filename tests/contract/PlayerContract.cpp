@@ -11,6 +11,24 @@ constexpr double Moment = 0.15;
 constexpr double NearTheEnd = VideoSeconds - 0.3;
 } // namespace
 
+void PlayerContract::expect_three_vain_plays(PlayerEngine& player)
+{
+    for (int play = 1; play <= PlayerEngine::MostVainPlays; ++play) {
+        reports.clear();
+        player.play();
+        EXPECT_EQ(reports, Reports{}) << "a report is an event of its own";
+        ASSERT_TRUE(until_heard("finished 1")) << "play " << play;
+        // A place near to the failure may be played once more.
+        std::erase(reports, "state 1");
+        EXPECT_EQ(reports, (Reports{"state 0", "finished 1"})) << "play " << play;
+        EXPECT_EQ(player.playback_state(), MPMoviePlaybackStateStopped);
+    }
+    reports.clear();
+    player.play();
+    let_pass(Moment);
+    EXPECT_EQ(reports, Reports{});
+}
+
 TEST_P(PlayerContract, LoadsPlaysAndEndsInThisOrderAndEndsAtExactlyItsDuration)
 {
     PlayerEngine& player = open();
@@ -181,33 +199,76 @@ TEST_P(PlayerContract, ALackOfDataIsReportedAndEndsWhenDataComesAgain)
                                 "finished 0"}));
 }
 
-TEST_P(PlayerContract, AFailureOnTheWayIsReportedOnceAPlayer)
+TEST_P(PlayerContract, AFailureOnTheWayIsReportedAndAPlayGoesOnFromWhereItFailed)
 {
     begin({.clip = Clip::Breaking});
     PlayerEngine& player = open();
     ASSERT_TRUE(until_heard("finished 1"));
     EXPECT_EQ(reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
-    EXPECT_EQ(durations, std::vector<double>(5, VideoSeconds)) << "a duration once reported does not change";
-    reports.clear();
-
-    // Whether there is anything left to play is the video's own matter.
-    player.play();
+    const double failed_at = player.current_time();
+    EXPECT_GT(failed_at, 0.5);
     let_pass(Moment);
+    EXPECT_EQ(player.current_time(), failed_at);
+    reports.clear();
+    times.clear();
 
-    EXPECT_FALSE(heard("state 0"));
-    EXPECT_FALSE(heard("finished 1"));
+    world().it_can_be_played_again();
+    player.play();
+    EXPECT_EQ(player.current_time(), failed_at) << "already while it is loaded anew";
+    ASSERT_TRUE(until_heard("state 1"));
+    EXPECT_GE(times[0], failed_at);
+    EXPECT_LT(times[0], failed_at + 0.5);
+    ASSERT_TRUE(until_heard("finished 0"));
+
+    EXPECT_EQ(reports, (Reports{"state 1", "state 2", "finished 0"}));
+    EXPECT_EQ(times[2], VideoSeconds);
+    EXPECT_EQ(durations, std::vector<double>(durations.size(), VideoSeconds)) << "once reported it does not change";
 }
 
-TEST_P(PlayerContract, NoAddressFailsAsAnEventOfItsOwn)
+TEST_P(PlayerContract, ASeekAfterAFailureMovesThePlaceFromWhichAPlayGoesOn)
+{
+    begin({.clip = Clip::Breaking});
+    PlayerEngine& player = open();
+    ASSERT_TRUE(until_heard("finished 1"));
+    reports.clear();
+    times.clear();
+
+    world().it_can_be_played_again();
+    player.seek(NearTheEnd);
+    EXPECT_EQ(player.current_time(), NearTheEnd);
+    player.play();
+    ASSERT_TRUE(until_heard("finished 0"));
+
+    EXPECT_EQ(reports, (Reports{"state 1", "state 2", "finished 0"}));
+    EXPECT_GE(times[0], NearTheEnd);
+}
+
+TEST_P(PlayerContract, AFailureForGoodAnswersThreePlaysWithAnotherAndThenNothing)
+{
+    begin({.clip = Clip::Broken});
+    PlayerEngine& player = open();
+    ASSERT_TRUE(until_heard("finished 1"));
+    EXPECT_EQ(reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
+    const double failed_at = player.current_time();
+
+    expect_three_vain_plays(player);
+
+    EXPECT_EQ(player.current_time(), failed_at);
+    EXPECT_EQ(durations, std::vector<double>(durations.size(), VideoSeconds)) << "once reported it does not change";
+}
+
+TEST_P(PlayerContract, NoAddressFailsForGoodAsAnEventOfItsOwn)
 {
     PlayerEngine& player = open(true, NSURL());
     EXPECT_EQ(reports, Reports{});
-
     ASSERT_TRUE(until_heard("finished 1"));
     let_pass(Moment);
-
     EXPECT_EQ(reports, (Reports{"state 0", "finished 1"}));
+
+    expect_three_vain_plays(player);
+
     EXPECT_EQ(player.duration(), 0);
+    EXPECT_EQ(player.load_state(), 0);
 }
 
 TEST_P(PlayerContract, APlayerThatIsGoneReportsNothing)

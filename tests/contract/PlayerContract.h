@@ -23,6 +23,8 @@ protected:
         return *player_;
     }
     void drop() { player_.reset(); }
+    /// Of a player that has failed for good.
+    void expect_three_vain_plays(PlayerEngine& player);
     bool heard(const std::string& report) const
     {
         for (const std::string& one : reports)

@@ -80,7 +80,7 @@ public:
         video.body = clip();
         if (needs.clip == Clip::Stalling)
             video.holds_at = video.body.size() * 7 / 10;
-        if (needs.clip == Clip::Breaking)
+        if (needs.clip == Clip::Breaking || needs.clip == Clip::Broken)
             video.cuts_at = video.body.size() * 6 / 10;
         server_.serve("/v.mp4", video);
         server_.serve("/found", {.body = FoundBody, .type = "text/plain"});
@@ -114,6 +114,7 @@ public:
 
     NSURL video() override { return NSURL::URLWithString(server_.address("/v.mp4")); }
     void data_comes_again() override { server_.release(); }
+    void it_can_be_played_again() override { server_.serve("/v.mp4", {.body = clip()}); }
 
     std::string address(Address what) override
     {

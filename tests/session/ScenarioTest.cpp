@@ -51,6 +51,7 @@ TEST(Scenario, LeavesEverythingButAdAndStepsAtItsDefault)
     EXPECT_EQ(scenario.world.video.duration, 30);
     EXPECT_EQ(scenario.world.video.load_after, 0.3);
     EXPECT_EQ(scenario.world.video.error, std::nullopt);
+    EXPECT_EQ(scenario.world.video.error_for_good, std::nullopt);
 }
 
 TEST(Scenario, ReadsTheDevice)
@@ -132,7 +133,7 @@ TEST(Scenario, ReadsWhatAddressesAnswer)
 TEST(Scenario, ReadsTheVideoAndTheTexts)
 {
     const World world = read(R"("video": {"mode": "auto", "duration": 12, "loadAfter": 2, "stalls": [[3, 1], [5, 0.5]],
-                                          "error": 9}, "text": {"Buy": [80.3, 17.9]},)")
+                                          "error": 9, "errorForGood": 10.5}, "text": {"Buy": [80.3, 17.9]},)")
                             .world;
 
     EXPECT_FALSE(world.video.manual);
@@ -141,6 +142,7 @@ TEST(Scenario, ReadsTheVideoAndTheTexts)
     EXPECT_EQ(world.video.stalls.size(), 2U);
     EXPECT_EQ(world.video.stalls[1].lasts, 0.5);
     EXPECT_EQ(world.video.error, 9);
+    EXPECT_EQ(world.video.error_for_good, 10.5);
     EXPECT_EQ(world.text.at("Buy"), (CGSize{80.3, 17.9}));
 }
 

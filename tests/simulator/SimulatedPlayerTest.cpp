@@ -289,13 +289,56 @@ TEST(AutomaticPlayer, AFailureIsStoppedAndThenAFinishOnceAPlayer)
     EXPECT_EQ(run.reports, (Reports{"3.3 state 0", "3.3 finish 1", "5 state 1", "12 state 2", "12 finish 0"}));
 }
 
-TEST(AutomaticPlayer, WithoutAnAddressFailsInsteadOfLoading)
+TEST(AutomaticPlayer, AFailureForGoodAnswersThreePlaysWithAnotherAndThenNothing)
 {
-    PlayerRun run(lasting(10), NSURL());
+    VideoSetup video = lasting(10);
+    video.error_for_good = 3;
+    PlayerRun run(video);
+    run.run_until(0.3);
+    run.reports.clear();
+
+    for (const double time : {5.0, 6.0, 7.0, 8.0}) {
+        run.run_until(time);
+        run.player->play();
+    }
+    run.run_until(20);
+
+    EXPECT_EQ(run.reports, (Reports{"3.3 state 0", "3.3 finish 1", "5 state 0", "5 finish 1", "6 state 0", "6 finish 1",
+                                    "7 state 0", "7 finish 1"}));
+    EXPECT_EQ(run.player->current_time(), 3);
+}
+
+TEST(AutomaticPlayer, AFailureThatPassesCanComeBeforeOneForGood)
+{
+    VideoSetup video = lasting(10);
+    video.stalls = {{4, 1}};
+    video.error = 3;
+    video.error_for_good = 4;
+    PlayerRun run(video);
+    run.run_until(0.3);
+    run.reports.clear();
 
     run.run_until(5);
+    run.player->play();
+    run.run_until(20);
 
+    EXPECT_EQ(run.reports, (Reports{"3.3 state 0", "3.3 finish 1", "5 state 1", "6 load 4", "6 state 3", "7 load 3",
+                                    "7 state 1", "7 state 0", "7 finish 1"}));
+}
+
+TEST(AutomaticPlayer, WithoutAnAddressFailsForGoodInsteadOfLoading)
+{
+    PlayerRun run(lasting(10), NSURL());
+    run.player->play();
+
+    run.run_until(5);
     EXPECT_EQ(run.reports, (Reports{"0.3 state 0", "0.3 finish 1"}));
+    for (int i = 0; i < 10; ++i)
+        run.player->play();
+    run.run_until(6);
+
+    EXPECT_EQ(run.reports, (Reports{"0.3 state 0", "0.3 finish 1", "5 state 0", "5 finish 1", "5 state 0", "5 finish 1",
+                                    "5 state 0", "5 finish 1"}));
     EXPECT_EQ(run.player->load_state(), 0);
 }
 

@@ -43,6 +43,8 @@ World world_for(const ContractNeeds& needs)
         world.video.stalls = {{Middle, StallSeconds}};
     if (needs.clip == Clip::Breaking)
         world.video.error = Middle;
+    if (needs.clip == Clip::Broken)
+        world.video.error_for_good = Middle;
     world.text[MeasuredText] = MeasuredSize;
     world.net[Addresses.at(Address::Found)].body = FoundBody;
     world.net[Addresses.at(Address::NotFound)] = {false, "not found", "", 0.1};
@@ -75,6 +77,7 @@ public:
 
     NSURL video() override { return NSURL::URLWithString(CopiedAddress); }
     void data_comes_again() override {} // by itself, after StallSeconds
+    void it_can_be_played_again() override {}
 
     std::string address(Address what) override { return Addresses.at(what); }
     std::string copied_address() override { return CopiedAddress; }

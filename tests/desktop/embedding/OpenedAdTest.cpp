@@ -4,11 +4,14 @@
 #include "desktop/DesktopPlatform.h"
 #include "embedding/ServedAd.h"
 #include "tests/desktop/app/Command.h"
+#include "tests/desktop/media/VideoServer.h"
 #include "tests/desktop/support/Desktop.h"
 
 #include <gmock/gmock.h>
 
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <vector>
 
 using namespace qoro;
@@ -35,10 +38,14 @@ struct FailureCount final : Witness {
     {
         const bool names = fields.size() > 0 && fields.begin()->key == "do";
         const auto* does = names ? std::get_if<std::string_view>(&fields.begin()->content) : nullptr;
-        video |= what == "player" && does && *does == "failed";
+        const bool of_player = what == "player" && does;
+        video += of_player && *does == "failed" ? 1 : 0;
+        plays += of_player && *does == "play" ? 1 : 0;
         page |= what == "kit" && does && *does == "adFailed";
     }
-    bool video = false;
+    int video = 0;
+    /// How often the controller told the player to play.
+    int plays = 0;
     bool page = false;
 };
 
@@ -105,7 +112,7 @@ TEST_F(OpenedAdOnTheDesktopTest, AVideoAndAPageThatAreNotThereSayWhy)
     platform.set_witness(&failures);
     const ServedAd served(folder.path("ad.json"));
     OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
-    platform.loop().run_until([&] { return failures.video && failures.page; }, Deadline);
+    platform.loop().run_until([&] { return failures.video > 0 && failures.page; }, Deadline);
 
     ad.close();
     platform.loop().run_until([this] { return !told.empty(); }, Deadline);
@@ -115,4 +122,94 @@ TEST_F(OpenedAdOnTheDesktopTest, AVideoAndAPageThatAreNotThereSayWhy)
     EXPECT_NE(told[0].page_error.value_or(""), "");
     ASSERT_THAT(told[0].videos, SizeIs(1));
     EXPECT_NE(told[0].videos[0].error.value_or(""), "");
+}
+
+namespace
+{
+
+VideoServer::Answer whole_video()
+{
+    std::ifstream file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", std::ios::binary);
+    VideoServer::Answer answer;
+    answer.body = {std::istreambuf_iterator<char>(file), {}};
+    return answer;
+}
+
+/// An ad whose video is a server's.
+class OpenedAdOfAServerTest : public OpenedAdOnTheDesktopTest
+{
+protected:
+    /// Opens it until the host is told of its end, or the video has failed so often.
+    void open(int failures_until_closed)
+    {
+        folder.write("ad.json", R"({"strVideoUrl": ")" + server.address("/v.mp4") + R"(", "fVideoWidth": 16,
+            "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true,
+            "bIsAutoClose": true})");
+        DesktopPlatform platform(silent_options());
+        platform.set_witness(&failures);
+        const ServedAd served(folder.path("ad.json"));
+        OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
+        platform.loop().run_until([&] { return !told.empty() || failures.video == failures_until_closed; }, Deadline);
+        // Whether it fails, or is told to play, once more.
+        platform.loop().run_until([&] { return !told.empty(); }, 0.5);
+        ad.close();
+        platform.loop().run_until([this] { return !told.empty(); }, Deadline);
+    }
+
+    VideoServer server;
+    FailureCount failures;
+};
+
+} // namespace
+
+TEST_F(OpenedAdOfAServerTest, AServerThatIsUnavailableOnceDoesNotCostTheVideo)
+{
+    VideoServer::Answer unavailable;
+    unavailable.status = 503;
+    unavailable.body = "Sorry";
+    server.serve_in_turn("/v.mp4", {unavailable, whole_video()});
+
+    open(2);
+
+    ASSERT_THAT(told, SizeIs(1));
+    EXPECT_EQ(told[0].end, AdEnd::Video);
+    ASSERT_THAT(told[0].videos, SizeIs(1));
+    EXPECT_TRUE(told[0].videos[0].reached_end);
+    EXPECT_NEAR(told[0].videos[0].played, 4, 0.2);
+    EXPECT_EQ(told[0].videos[0].error, "HTTP status 503");
+    EXPECT_EQ(failures.video, 1);
+    EXPECT_EQ(failures.plays, 1);
+}
+
+TEST_F(OpenedAdOfAServerTest, AServerThatHangsUpInTheMiddleForAWhileDoesNotCostTheVideo)
+{
+    VideoServer::Answer half = whole_video();
+    half.cuts_at = half.body.size() * 6 / 10;
+    // The reader takes up by itself once.
+    server.serve_in_turn("/v.mp4", {half, half, half, whole_video()});
+
+    open(4);
+
+    ASSERT_THAT(told, SizeIs(1));
+    EXPECT_EQ(told[0].end, AdEnd::Video);
+    ASSERT_THAT(told[0].videos, SizeIs(1));
+    EXPECT_TRUE(told[0].videos[0].reached_end);
+    EXPECT_NEAR(told[0].videos[0].played, 4, 0.3) << "what had played is not played again";
+    EXPECT_GE(failures.video, 1);
+}
+
+TEST_F(OpenedAdOfAServerTest, AServerThatIsUnavailableForGoodIsAskedFourTimesInAll)
+{
+    VideoServer::Answer unavailable;
+    unavailable.status = 503;
+    unavailable.body = "Sorry";
+    server.serve("/v.mp4", unavailable);
+
+    open(4);
+
+    ASSERT_THAT(told, SizeIs(1));
+    EXPECT_EQ(told[0].end, AdEnd::Host);
+    EXPECT_EQ(failures.video, 4);
+    EXPECT_EQ(failures.plays, 4) << "the last one finds a player that has given up";
+    EXPECT_EQ(server.requests(), 4);
 }

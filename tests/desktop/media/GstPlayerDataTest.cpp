@@ -107,8 +107,6 @@ protected:
         GstPlayer& player = watch.open(source);
         EXPECT_TRUE(watch.reports.empty());
         ASSERT_TRUE(watch.until("finished 1"));
-        // The controller asks once more; that is no second failure.
-        player.play();
         player.seek(1);
         player.pause();
         watch.let_pass(0.2);
@@ -207,12 +205,28 @@ TEST_F(GstPlayerTest, half_a_file_plays_and_then_fails_once)
     GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
 
     ASSERT_TRUE(watch.until("finished 1"));
-    player.play();
     watch.let_pass(0.2);
 
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
     EXPECT_GT(player.current_time(), 1);
     EXPECT_LT(player.current_time(), 3.5);
+    std::filesystem::remove(path);
+}
+
+TEST_F(GstPlayerTest, half_a_file_that_is_sought_behind_its_end_fails_there)
+{
+    const std::string whole = bytes_of(Clip);
+    const std::string path = testing::TempDir() + "/half.mp4";
+    std::ofstream(path, std::ios::binary) << whole.substr(0, whole.size() * 6 / 10);
+    GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
+    ASSERT_TRUE(watch.until("state 1"));
+
+    player.seek(3);
+    ASSERT_TRUE(watch.until([&] { return watch.has("finished 1") || watch.has("finished 0"); }));
+
+    EXPECT_EQ(watch.reports.back(), "finished 1");
+    EXPECT_GE(player.current_time(), 3);
+    EXPECT_LT(player.current_time(), Duration);
     std::filesystem::remove(path);
 }
 
@@ -227,6 +241,18 @@ TEST_F(GstPlayerTest, a_server_that_hangs_up_in_the_middle_fails_after_what_it_s
 
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
     EXPECT_GT(player.current_time(), 1);
+}
+
+TEST_F(GstPlayerTest, a_server_that_hangs_up_before_enough_has_come_fails_after_what_it_sent)
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    answer.cuts_at = answer.body.size() * 3 / 10;
+    watch.open(served(answer));
+
+    ASSERT_TRUE(watch.until("finished 1"));
+
+    EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
 }
 
 TEST_F(GstPlayerTest, a_connection_that_breaks_is_taken_up_again)

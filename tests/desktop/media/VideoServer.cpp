@@ -43,8 +43,13 @@ VideoServer::~VideoServer()
 
 void VideoServer::serve(const std::string& path, Answer answer)
 {
+    serve_in_turn(path, {std::move(answer)});
+}
+
+void VideoServer::serve_in_turn(const std::string& path, std::vector<Answer> answers)
+{
     std::scoped_lock lock(mutex_);
-    answers_[path] = std::move(answer);
+    answers_[path] = std::move(answers);
 }
 
 std::string VideoServer::address(const std::string& path) const
@@ -106,10 +111,18 @@ void VideoServer::talk(int connection)
     const std::string path = request.substr(path_at, request.find(' ', path_at) - path_at);
     Answer answer;
     std::unique_lock lock(mutex_);
-    if (const auto found = answers_.find(path); found != answers_.end())
-        answer = found->second;
-    else
+    if (const auto found = answers_.find(path); found != answers_.end()) {
+        answer = found->second.front();
+        if (found->second.size() > 1)
+            found->second.erase(found->second.begin());
+    } else {
         answer.status = 404;
+    }
+    if (answer.resets) {
+        const linger at_once{.l_onoff = 1, .l_linger = 0};
+        setsockopt(connection, SOL_SOCKET, SO_LINGER, &at_once, sizeof at_once);
+        return;
+    }
     if (answer.silent) {
         changed_.wait(lock, [this] { return closing_; });
         return;

@@ -9,6 +9,7 @@
 #include <set>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace qoro::test
 {
@@ -33,6 +34,8 @@ public:
         bool knows_ranges = true;
         /// Whether it takes the request and never says a word.
         bool silent = false;
+        /// Whether it takes the request and resets the connection.
+        bool resets = false;
     };
 
     VideoServer();
@@ -41,6 +44,8 @@ public:
     VideoServer& operator=(const VideoServer&) = delete;
 
     void serve(const std::string& path, Answer answer);
+    /// Gives each request for the path the next answer; the last one stays.
+    void serve_in_turn(const std::string& path, std::vector<Answer> answers);
     std::string address(const std::string& path) const;
     /// Lets what is held go on.
     void release();
@@ -57,7 +62,8 @@ private:
     std::atomic<int> requests_ = 0;
     std::mutex mutex_;
     std::condition_variable changed_;
-    std::map<std::string, Answer> answers_;
+    /// By path: those that are still to be given.
+    std::map<std::string, std::vector<Answer>> answers_;
     std::set<int> connections_;
     int talking_ = 0;
     bool released_ = false;

@@ -1,0 +1,330 @@
+#include "PlayerTest.h"
+
+#include <filesystem>
+#include <fstream>
+
+// What a play after a failure does: the video is loaded anew, and goes on from where it failed.
+
+namespace qoro::test
+{
+namespace
+{
+
+VideoServer::Answer whole()
+{
+    VideoServer::Answer answer;
+    answer.body = bytes_of(Clip);
+    return answer;
+}
+
+VideoServer::Answer unavailable()
+{
+    VideoServer::Answer answer;
+    answer.status = 503;
+    answer.body = "Sorry";
+    return answer;
+}
+
+VideoServer::Answer reset()
+{
+    VideoServer::Answer answer;
+    answer.resets = true;
+    return answer;
+}
+
+VideoServer::Answer silence()
+{
+    VideoServer::Answer answer;
+    answer.silent = true;
+    return answer;
+}
+
+/// Breaks off in its middle, and then has nothing more.
+VideoServer::Answer half()
+{
+    VideoServer::Answer answer = whole();
+    answer.cuts_at = answer.body.size() * 6 / 10;
+    return answer;
+}
+
+class GstPlayerRetryTest : public GstPlayerTest
+{
+protected:
+    GstPlayerRetryTest()
+    {
+        watch.factory().options.server_seconds = 1;
+        watch.factory().options.on_failure = [this](const std::string& reason) { failures.push_back(reason); };
+    }
+    /// Plays as often as the player reports a failure, as its owner does.
+    void play_after_each_failure()
+    {
+        watch.on_report = [this] {
+            if (watch.reports.back() == "finished 1")
+                watch.player().play();
+        };
+    }
+    NSURL served_in_turn(std::vector<VideoServer::Answer> answers)
+    {
+        server.serve_in_turn("/v.mp4", std::move(answers));
+        return NSURL::URLWithString(server.address("/v.mp4"));
+    }
+
+    /// Why it failed, each time.
+    std::vector<std::string> failures;
+};
+
+const Reports Played{"load 1", "load 3", "state 1", "state 2", "finished 0"};
+
+Reports after_one_failure()
+{
+    Reports all{"state 0", "finished 1"};
+    all.insert(all.end(), Played.begin(), Played.end());
+    return all;
+}
+
+TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_once_costs_a_moment)
+{
+    play_after_each_failure();
+    watch.open(served_in_turn({unavailable(), whole()}));
+
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_EQ(watch.reports, after_one_failure());
+    EXPECT_EQ(failures, (std::vector<std::string>{"HTTP status 503"}));
+}
+
+TEST_F(GstPlayerRetryTest, a_server_that_resets_its_connections_for_a_while_costs_a_moment)
+{
+    play_after_each_failure();
+    // What is reset once the reader takes up by itself.
+    watch.open(served_in_turn({reset(), reset(), whole()}));
+
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_EQ(watch.reports, after_one_failure());
+}
+
+TEST_F(GstPlayerRetryTest, a_server_that_is_silent_for_a_while_costs_a_moment)
+{
+    play_after_each_failure();
+    watch.open(served_in_turn({silence(), silence(), whole()}));
+
+    ASSERT_TRUE(watch.until("finished 0", 30));
+
+    EXPECT_EQ(watch.reports, after_one_failure());
+    EXPECT_EQ(failures, (std::vector<std::string>{"its server does not answer"}));
+}
+
+TEST_F(GstPlayerRetryTest, without_autoplay_a_play_after_a_failure_plays)
+{
+    play_after_each_failure();
+    watch.open(served_in_turn({unavailable(), whole()}), false);
+
+    EXPECT_TRUE(watch.until("finished 0"));
+}
+
+TEST_F(GstPlayerRetryTest, a_pause_before_it_is_loaded_anew_takes_the_play_back)
+{
+    GstPlayer& player = watch.open(served(half()));
+    ASSERT_TRUE(watch.until("finished 1"));
+    const double failed_at = player.current_time();
+    server.serve("/v.mp4", whole());
+    watch.reports.clear();
+
+    player.play();
+    player.pause();
+    watch.let_pass(1);
+    EXPECT_EQ(watch.reports, Reports{});
+    EXPECT_EQ(player.current_time(), failed_at);
+
+    player.play();
+    ASSERT_TRUE(watch.until("finished 0"));
+    EXPECT_EQ(watch.reports, (Reports{"state 1", "state 2", "finished 0"}));
+}
+
+TEST_F(GstPlayerRetryTest, leaving_the_app_before_it_is_loaded_anew_takes_the_play_back)
+{
+    GstPlayer& player = watch.open(served(half()));
+    ASSERT_TRUE(watch.until("finished 1"));
+    server.serve("/v.mp4", whole());
+    watch.reports.clear();
+
+    player.play();
+    watch.factory().leave_app();
+    watch.let_pass(1);
+
+    EXPECT_EQ(watch.reports, Reports{});
+}
+
+TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_for_good_is_asked_three_times_more)
+{
+    play_after_each_failure();
+    watch.open(served(unavailable()));
+    ASSERT_TRUE(watch.until([&] { return failures.size() == 4; }, 20));
+    watch.let_pass(0.5);
+    const Reports all = watch.reports;
+
+    // Later plays do nothing, whatever has become of the server.
+    watch.on_report = nullptr;
+    server.serve("/v.mp4", whole());
+    watch.player().play();
+    watch.let_pass(0.5);
+
+    EXPECT_EQ(all, (Reports{"state 0", "finished 1", "state 0", "finished 1", "state 0", "finished 1", "state 0",
+                            "finished 1"}));
+    EXPECT_EQ(watch.reports, all);
+    EXPECT_EQ(server.requests(), 4);
+}
+
+TEST_F(GstPlayerRetryTest, a_video_that_got_on_in_between_has_its_three_plays_again)
+{
+    VideoServer::Answer begun = whole();
+    begun.cuts_at = begun.body.size() * 4 / 10;
+    VideoServer::Answer most = whole();
+    most.cuts_at = most.body.size() * 8 / 10;
+    GstPlayer& player = watch.open(served(begun));
+    ASSERT_TRUE(watch.until("finished 1"));
+    const double first = player.current_time();
+    play_after_each_failure();
+
+    player.play();
+    ASSERT_TRUE(watch.until([&] { return failures.size() == 2; }));
+    server.serve("/v.mp4", most);
+    ASSERT_TRUE(watch.until([&] { return failures.size() == 6; }, 30));
+    watch.let_pass(0.5);
+
+    EXPECT_GT(player.current_time(), first + 1);
+    EXPECT_EQ(failures.size(), 6U) << "two at the first place, and four at the second";
+}
+
+TEST_F(GstPlayerRetryTest, another_video_of_another_length_is_a_failure)
+{
+    const std::string other = testing::TempDir() + "/other.mp4";
+    GstPlayer& player = watch.open(served(half()));
+    ASSERT_TRUE(watch.until("finished 1"));
+    const double failed_at = player.current_time();
+    watch.reports.clear();
+    ASSERT_EQ(std::system(("ffmpeg -loglevel error -y -i " + Clip + " -t 2 -c copy " + other).c_str()), 0);
+    VideoServer::Answer shorter;
+    shorter.body = bytes_of(other);
+    server.serve("/v.mp4", shorter);
+
+    player.play();
+    ASSERT_TRUE(watch.until("finished 1"));
+
+    EXPECT_EQ(watch.reports, (Reports{"state 0", "finished 1"}));
+    EXPECT_EQ(failures.back(), "it is another video than before");
+    EXPECT_EQ(player.current_time(), failed_at);
+    EXPECT_NEAR(player.duration(), Duration, 0.1) << "as reported before";
+    std::filesystem::remove(other);
+}
+
+TEST_F(GstPlayerRetryTest, what_is_no_video_any_more_fails_again)
+{
+    GstPlayer& player = watch.open(served(half()));
+    ASSERT_TRUE(watch.until("finished 1"));
+    watch.reports.clear();
+    VideoServer::Answer page;
+    page.body = "<!DOCTYPE html><html><body>Gone</body></html>";
+    page.type = "text/html";
+    server.serve("/v.mp4", page);
+
+    player.play();
+    ASSERT_TRUE(watch.until("finished 1"));
+
+    EXPECT_EQ(watch.reports, (Reports{"state 0", "finished 1"}));
+}
+
+// The local copy of a video, or one of the machine's own.
+
+class GstPlayerFileRetryTest : public GstPlayerRetryTest
+{
+protected:
+    GstPlayerFileRetryTest() { write(bytes_of(Clip)); }
+    ~GstPlayerFileRetryTest() override { std::filesystem::remove(path); }
+
+    /// Puts another file into its place, as the cache does.
+    void write(const std::string& bytes) const
+    {
+        std::ofstream(path + ".new", std::ios::binary) << bytes;
+        std::filesystem::rename(path + ".new", path);
+    }
+
+    const std::string path = testing::TempDir() + "/copy.mp4";
+};
+
+TEST_F(GstPlayerFileRetryTest, a_copy_that_was_cut_goes_on_when_it_is_whole_again)
+{
+    const std::string all = bytes_of(Clip);
+    write(all.substr(0, all.size() * 6 / 10));
+    GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
+    ASSERT_TRUE(watch.until("finished 1"));
+    const double failed_at = player.current_time();
+    EXPECT_GT(failed_at, 1);
+    watch.reports.clear();
+
+    write(all);
+    player.play();
+    ASSERT_TRUE(watch.until("state 1"));
+    EXPECT_GE(player.current_time(), failed_at);
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_EQ(watch.reports, (Reports{"state 1", "state 2", "finished 0"}));
+}
+
+TEST_F(GstPlayerFileRetryTest, a_copy_that_stays_cut_fails_four_times_in_all)
+{
+    const std::string all = bytes_of(Clip);
+    write(all.substr(0, all.size() * 6 / 10));
+    play_after_each_failure();
+    watch.open(NSURL::fileURLWithPath(path));
+
+    ASSERT_TRUE(watch.until([&] { return failures.size() == 4; }, 20));
+    watch.let_pass(0.5);
+
+    EXPECT_EQ(failures.size(), 4U);
+}
+
+TEST_F(GstPlayerFileRetryTest, a_copy_that_vanishes_while_it_plays_plays_on_and_again)
+{
+    GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
+    ASSERT_TRUE(watch.until("state 1"));
+    std::filesystem::remove(path);
+
+    player.seek(3.5);
+    ASSERT_TRUE(watch.until("finished 0"));
+    watch.reports.clear();
+    player.play();
+    player.seek(3.5);
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_TRUE(failures.empty());
+}
+
+TEST_F(GstPlayerFileRetryTest, a_copy_that_has_vanished_before_it_is_opened_fails_until_it_is_there)
+{
+    std::filesystem::remove(path);
+    GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
+    ASSERT_TRUE(watch.until("finished 1"));
+
+    write(bytes_of(Clip));
+    player.play();
+    ASSERT_TRUE(watch.until("finished 0"));
+
+    EXPECT_EQ(watch.reports, after_one_failure());
+}
+
+TEST_F(GstPlayerFileRetryTest, a_copy_that_is_cut_while_it_plays_fails_where_it_ends_now)
+{
+    GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
+    ASSERT_TRUE(watch.until("state 1"));
+    std::filesystem::resize_file(path, std::filesystem::file_size(path) * 6 / 10);
+
+    ASSERT_TRUE(watch.until("finished 1"));
+
+    EXPECT_GT(player.current_time(), 0.5);
+    EXPECT_LT(player.current_time(), 3.9);
+}
+
+} // namespace
+} // namespace qoro::test
