@@ -64,7 +64,10 @@ std::string shown(const Value& value)
         return "a record";
     if (!value.is_string())
         return value.stringValue().text();
-    return '"' + cut(value.text(), LongestShown) + '"';
+    std::string text = cut(value.text(), LongestShown);
+    std::ranges::replace_if(
+        text, [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' '); // it is one line
+    return '"' + text + '"';
 }
 
 [[noreturn]] void refuse(const std::string& where, const Value& value, const std::string& expected)

@@ -56,6 +56,12 @@ std::string complaint(const Value& event)
     return read_calendar_event(event).error.text();
 }
 
+TEST(CalendarEvent, AComplaintIsOneLineWhateverItShows)
+{
+    EXPECT_EQ(complaint("a\r\nb\tc\x7F").find_first_of("\r\n\t\x7F"), std::string::npos);
+    EXPECT_EQ(complaint(with("start", "2027\n03")).find('\n'), std::string::npos);
+}
+
 // -------------------------------------------------------------------------------------------------------------- dates
 
 struct Written {
