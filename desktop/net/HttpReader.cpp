@@ -1,11 +1,11 @@
 #include "desktop/net/HttpReader.h"
 
 #include "desktop/net/HttpAddress.h"
+#include "desktop/net/HttpAnswer.h"
 #include "desktop/net/UserAgent.h"
 
 #include <libsoup/soup.h>
 
-#include <string_view>
 #include <utility>
 
 namespace qoro
@@ -15,18 +15,6 @@ namespace
 {
 
 constexpr std::uint64_t BytesForABreak = 64u << 10;
-
-/// What the answer calls this version of the file, if it stands for the file byte for byte (RFC 9110, 8.8.3).
-std::string version_in(SoupMessageHeaders* headers)
-{
-    const char* tag = soup_message_headers_get_one(headers, "ETag");
-    return tag && *tag == '"' ? tag : "";
-}
-
-bool tells_length(SoupMessageHeaders* headers)
-{
-    return soup_message_headers_get_encoding(headers) == SOUP_ENCODING_CONTENT_LENGTH;
-}
 
 /// @param error is freed; null for a connection that ended in peace
 const char* words_for(GError* error, const char* usual)
@@ -127,40 +115,25 @@ HttpReader::Connection HttpReader::connect(std::uint64_t position)
 
 HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
 {
-    SoupMessageHeaders* headers = soup_message_get_response_headers(message_);
     const guint status = soup_message_get_status(message_);
-    const char* ranges = soup_message_headers_get_one(headers, "Accept-Ranges");
-    const char* packed = soup_message_headers_get_one(headers, "Content-Encoding");
-    const std::string version = version_in(headers);
-    bool can_jump = !(ranges && std::string_view(ranges) == "none");
-    std::optional<std::uint64_t> size;
-    at_ = 0;
-    if (status == SOUP_STATUS_PARTIAL_CONTENT) {
-        goffset first = 0;
-        goffset last = 0;
-        goffset whole = -1;
-        if (!soup_message_headers_get_content_range(headers, &first, &last, &whole) ||
-            static_cast<std::uint64_t>(first) != position)
-            return refuse("its server sent another part than was asked for");
-        at_ = position;
-        if (whole >= 0)
-            size = static_cast<std::uint64_t>(whole);
-    } else if (status != SOUP_STATUS_OK) {
+    const HttpAnswer answer = read_answer(status, soup_message_get_response_headers(message_));
+    const bool part = status == SOUP_STATUS_PARTIAL_CONTENT;
+    if (!part && status != SOUP_STATUS_OK)
         return refuse("HTTP status " + std::to_string(status));
-    } else {
-        can_jump = can_jump && position == 0; // it was asked for a part, and sends everything
-        if (tells_length(headers))
-            size = static_cast<std::uint64_t>(soup_message_headers_get_content_length(headers));
-    }
-    if (packed && std::string_view(packed) != "identity")
+    if (part && answer.first != position)
+        return refuse("its server sent another part than was asked for");
+    at_ = *answer.first;
+    if (answer.packed)
         return refuse("its server sent it packed, expected it as it is");
-    if ((size_ && size && *size_ != *size) || (!version_.empty() && !version.empty() && version_ != version))
+    if ((size_ && answer.size && *size_ != *answer.size) ||
+        (!version_.empty() && !answer.version.empty() && version_ != answer.version))
         return refuse("it has changed at its server");
-    if (size && *size > limits_.size)
+    if (answer.size && *answer.size > limits_.size)
         return refuse("it is larger than " + std::to_string(limits_.size) + " bytes");
-    if (!version.empty())
-        version_ = version;
-    learn(size, can_jump);
+    if (!answer.version.empty())
+        version_ = answer.version;
+    // One that was asked for a part and sends everything can't jump.
+    learn(answer.size, !answer.refuses_parts && (part || position == 0));
     return skip_to(position);
 }
 
