@@ -20,7 +20,7 @@ bench="libbenchmark-dev libx11-dev libxext-dev mpv gstreamer1.0-plugins-base-app
 case "${1-}" in
 play) wanted="$build $run" ;;
 test) wanted="$build $run $test $fuzz" ;;
-fuzz) wanted="$build $fuzz" ;;
+fuzz) wanted="$build $run $fuzz" ;;
 coverage) wanted="$build $coverage" ;;
 mutation) wanted="$build $mutation" ;;
 bench) wanted="$build $run $bench" ;;

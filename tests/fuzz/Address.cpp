@@ -1,0 +1,125 @@
+// An address that an ad, a page or a server names. The input is the address.
+
+#include "desktop/media/HttpSource.h"
+#include "desktop/net/HttpAddress.h"
+#include "desktop/net/ServedFile.h"
+#include "desktop/web/WebAddress.h"
+#include "kit/Loopback.h"
+#include "tests/fuzz/FuzzTarget.h"
+
+#include <arpa/inet.h>
+#include <gst/gst.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <string_view>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr std::string_view Public = "public";
+constexpr std::string_view Elsewhere = "http://ads.example/";
+
+/// A folder that is served, with a file that is not beside it.
+class Places
+{
+public:
+    Places()
+    {
+        char folder[] = "/tmp/qoro-fuzz-XXXXXX";
+        fuzz::require(mkdtemp(folder) != nullptr, "there is a folder for temporary files");
+        whole_ = std::filesystem::canonical(folder);
+        std::filesystem::create_directory(whole_ / "served");
+        std::filesystem::create_symlink("../secret.txt", whole_ / "served/link");
+        std::ofstream(whole_ / "served/clip.mp4") << Public;
+        std::ofstream(whole_ / "secret.txt") << "secret";
+    }
+    ~Places() { std::filesystem::remove_all(whole_); }
+    std::string served() const { return whole_ / "served"; }
+
+private:
+    std::filesystem::path whole_;
+};
+
+/// As the C library reads a host that is a number.
+bool is_number_of_this_machine(const char* host)
+{
+    in_addr four{};
+    if (inet_aton(host, &four) != 0) {
+        const unsigned first = ntohl(four.s_addr) >> 24;
+        return first == 127 || first == 0;
+    }
+    in6_addr six{};
+    return inet_pton(AF_INET6, host, &six) == 1 && (IN6_IS_ADDR_LOOPBACK(&six) || IN6_IS_ADDR_UNSPECIFIED(&six));
+}
+
+void try_request(const std::string& address)
+{
+    GUri* uri = http_uri(address);
+    fuzz::require((uri != nullptr) == is_http_address(address), "an address that can be asked for is one of HTTP");
+    if (!uri)
+        return;
+    const bool is_here = is_number_of_this_machine(g_uri_get_host(uri));
+    fuzz::require(!is_here || leads_to_this_machine(Elsewhere, address), "this machine's number is known as such");
+    g_uri_unref(uri);
+}
+
+void try_video(const std::string& address)
+{
+    GstElement* source = GST_ELEMENT(gst_object_ref_sink(make_http_source(address, {})));
+    GstPad* exit = gst_element_get_static_pad(source, "src");
+    GstQuery* query = gst_query_new_uri();
+    fuzz::require(gst_pad_query(exit, query), "a source answers what its address is");
+    gchar* answer = nullptr;
+    gst_query_parse_uri(query, &answer);
+    fuzz::require(answer && g_str_has_prefix(answer, "video:stream"), "its answer tells of no address");
+    // As GStreamer does to find out what the video is.
+    GstUri* parsed = gst_uri_from_string(answer);
+    fuzz::require(parsed != nullptr, "its answer can be read");
+    gchar* path = gst_uri_get_path(parsed);
+    g_free(path);
+    gst_uri_unref(parsed);
+    g_free(answer);
+    gst_query_unref(query);
+    gst_object_unref(exit);
+    gst_object_unref(source);
+}
+
+void try_served_file(std::string_view path)
+{
+    static const Places places;
+    const auto file = ServedFile::open(places.served(), path);
+    if (!file)
+        return;
+    char content[Public.size()];
+    fuzz::require(file->size() == static_cast<std::int64_t>(Public.size()) &&
+                      file->read(0, content, sizeof content) == sizeof content &&
+                      std::memcmp(content, Public.data(), sizeof content) == 0,
+                  "only what lies in the folder is served");
+}
+
+} // namespace
+
+void fuzz::run_input(std::string_view input)
+{
+    static const bool ready = gst_init_check(nullptr, nullptr, nullptr);
+    require(ready, "GStreamer can be loaded");
+    const std::string address(input);
+    try_request(address);
+    try_video(address);
+    try_served_file(input.substr(0, input.find('?')));
+    is_web_address(address.c_str());
+    is_blank_address(address.c_str());
+    // Both ways round, and from itself.
+    require(!leads_to_this_machine("http://127.0.0.1/", address), "this machine may lead to itself");
+    leads_to_this_machine(address, Elsewhere);
+    if (is_loopback_address(address))
+        require(leads_to_this_machine(Elsewhere, address), "nothing from elsewhere leads here");
+}
+
+} // namespace qoro
