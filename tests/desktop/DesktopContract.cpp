@@ -30,7 +30,7 @@ namespace
 {
 
 /// Far beyond what anything here takes; only a hang reaches it.
-constexpr double Patience = 20;
+constexpr double Patience = 90;
 /// The loop asks after each of its turns; what changes by itself gives it none.
 constexpr double Turn = 0.005;
 /// A port that nobody listens to, unless the machine is set up strangely.

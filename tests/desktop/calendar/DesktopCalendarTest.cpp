@@ -20,7 +20,7 @@ namespace
 
 namespace fs = std::filesystem;
 
-constexpr double Deadline = 10;
+constexpr double Deadline = 90;
 /// The loop asks after each of its turns; what changes by itself gives it none.
 constexpr double Turn = 0.01;
 

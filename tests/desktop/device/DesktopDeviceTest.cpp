@@ -9,7 +9,7 @@ using namespace qoro;
 
 namespace
 {
-constexpr double Deadline = 10;
+constexpr double Deadline = 90;
 
 class Listener : public Object
 {

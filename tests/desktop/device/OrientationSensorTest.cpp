@@ -14,7 +14,7 @@ using namespace qoro;
 
 namespace
 {
-constexpr double Deadline = 10;
+constexpr double Deadline = 90;
 
 GDBusConnection* connect_to(GTestDBus* bus)
 {

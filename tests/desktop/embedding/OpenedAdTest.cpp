@@ -23,7 +23,7 @@ namespace
 {
 using testing::SizeIs;
 
-constexpr double Deadline = 60;
+constexpr double Deadline = 90;
 
 DesktopPlatform::Options silent_options()
 {

@@ -16,6 +16,9 @@ namespace qoro::test
 class PlayerWatch : public PlayerListener
 {
 public:
+    /// Seconds that only a hang takes.
+    static constexpr double Patience = 60;
+
     explicit PlayerWatch(GlibLoop& loop) : loop_(loop), factory_(loop)
     {
         factory_.options.on_failure = [this](const std::string& reason) { failure = reason; };
@@ -35,11 +38,11 @@ public:
 
     /// Runs the loop until a report of this form has come.
     /// @return whether it came in time
-    bool until(const std::string& report, double seconds = 10)
+    bool until(const std::string& report, double seconds = Patience)
     {
         return loop_.run_until([&] { return has(report); }, seconds);
     }
-    bool until(const std::function<bool()>& condition, double seconds = 10)
+    bool until(const std::function<bool()>& condition, double seconds = Patience)
     {
         // The loop asks after each of its turns; a player that is not shown gives it none.
         const TimerId turns = loop_.start_timer(0.01, true, [] {});

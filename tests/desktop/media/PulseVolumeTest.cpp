@@ -33,7 +33,7 @@ protected:
     bool until(const std::function<bool()>& condition)
     {
         const TimerId turns = loop.start_timer(0.02, true, [] {});
-        const bool holds = loop.run_until(condition, 5);
+        const bool holds = loop.run_until(condition, 60);
         loop.stop_timer(turns);
         return holds;
     }

@@ -70,7 +70,7 @@ SoundServer::SoundServer()
     setenv("PULSE_STATE_PATH", folder_.c_str(), 1);
     setenv("PULSE_COOKIE", "/dev/null", 1);
     process_ = start(folder_);
-    for (int tries = 0; tries < 100 && !runs_; ++tries) {
+    for (int tries = 0; tries < 600 && !runs_; ++tries) {
         PulseCall call(0.5);
         runs_ = call.default_sink().has_value();
         if (!runs_)

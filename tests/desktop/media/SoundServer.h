@@ -17,7 +17,7 @@ public:
     SoundServer(const SoundServer&) = delete;
     SoundServer& operator=(const SoundServer&) = delete;
 
-    /// Whether it answered within five seconds.
+    /// Whether it answered within half a minute.
     bool runs() const { return runs_; }
     /// Ends it while the program goes on.
     void end();

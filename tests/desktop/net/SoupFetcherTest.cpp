@@ -23,7 +23,7 @@ using qoro::test::RawServer;
 namespace
 {
 /// Far beyond what any answer here takes; only a hang reaches it.
-constexpr double Deadline = 20;
+constexpr double Deadline = 90;
 
 class SoupFetcherTest : public testing::Test
 {
@@ -347,7 +347,7 @@ TEST_F(SoupFetcherTest, ASilentServerHoldsTheMainThreadNoLongerThanItsTimeOut)
     const double begun = loop.now();
     const FetchAnswer answer = fetcher.fetch_now(server.base() + "/");
     EXPECT_FALSE(answer.ok);
-    EXPECT_LT(loop.now() - begun, 1.5);
+    EXPECT_LT(loop.now() - begun, 5) << "it would be silent for ever";
 }
 
 TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForDoesNotStandBehindASlowOne)
@@ -371,13 +371,15 @@ TEST(SoupFetcherBoundTest, HostsThatNeverAnswerDelayNoOther)
     RawServer other([](const auto&, const auto& connection) { answer_ok(connection, "there"); });
     SoupFetcher fetcher(loop);
     std::string body;
+    int given_up = 0;
 
     for (int i = 0; i < 100; ++i)
         for (const auto& server : silent)
-            fetcher.fetch(server->base() + "/", [](const FetchAnswer&) {});
+            fetcher.fetch(server->base() + "/", [&given_up](const FetchAnswer&) { ++given_up; });
     fetcher.fetch(other.base() + "/", [&body](const FetchAnswer& answer) { body = answer.body; });
 
-    EXPECT_TRUE(loop.run_until([&body] { return !body.empty(); }, 5)) << "before any of the others can be given up";
+    EXPECT_TRUE(loop.run_until([&body] { return !body.empty(); }, Deadline));
+    EXPECT_EQ(given_up, 0);
 }
 
 TEST(SoupFetcherBoundTest, BeyondAHostsBoundTheyGoOutAsOthersEndAndNoneIsLost)
@@ -470,7 +472,7 @@ TEST(SoupFetcherEndTest, FinishingWaitsForAServerThatNeverAnswersNoLongerThanItI
     fetcher.finish(0.2);
 
     EXPECT_GE(loop.now() - begun, 0.15);
-    EXPECT_LT(loop.now() - begun, 2);
+    EXPECT_LT(loop.now() - begun, 5) << "a fetch is given up after ten";
 }
 
 TEST(SoupFetcherEndTest, EndingBreaksOffWhatIsUnderWayAndLetsItsTargetsGo)

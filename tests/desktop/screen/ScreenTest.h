@@ -155,7 +155,7 @@ protected:
     {
         screen->show();
         ASSERT_TRUE(platform.loop().run_until(
-            [&] { return gtk_widget_get_mapped(GTK_WIDGET(screen->window())) && surface_width() > 0; }, 10));
+            [&] { return gtk_widget_get_mapped(GTK_WIDGET(screen->window())) && surface_width() > 0; }, 90));
     }
     Shown shown()
     {

@@ -51,7 +51,7 @@ protected:
         ad->strBackgroundColor = "4279704105";
         session_ = std::make_unique<Session>(platform_, controls_, HostSetup{}, ad);
         platform_.dispatch([&] { session_->open(0); });
-        platform_.loop().run_until([&] { return !server.asked.empty(); }, 5);
+        platform_.loop().run_until([&] { return !server.asked.empty(); }, 90);
         server.asked.clear(); // the ad's own
     }
     ~HostilePage() override
@@ -79,7 +79,7 @@ protected:
             session_->controller()->strBaseUrl = address;
             session_->controller()->webView().loadHTMLString(html, NSURL::URLWithString(address));
         });
-        EXPECT_TRUE(platform_.loop().run_until([&] { return has("web", last) || has("mraid", last); }, 20)) << all();
+        EXPECT_TRUE(platform_.loop().run_until([&] { return has("web", last) || has("mraid", last); }, 90)) << all();
     }
 
     bool has(const std::string& what, const std::string& part) const { return count(what, part) > 0; }

@@ -145,7 +145,7 @@ protected:
     /// Runs the main loop until a line was heard.
     void wait_for(const std::string& line)
     {
-        const bool came = platform.loop().run_until([&] { return recorder.has(line); }, 15);
+        const bool came = platform.loop().run_until([&] { return recorder.has(line); }, 90);
         std::ostringstream all;
         for (const std::string& heard : recorder.heard)
             all << "  " << heard << "\n";

@@ -493,7 +493,7 @@ protected:
     /// Waits until the page has the title; it is what its script can say.
     void wait_for_title(const std::string& title)
     {
-        const bool came = platform.loop().run_until([&] { return engine->page_state().title == title; }, 15);
+        const bool came = platform.loop().run_until([&] { return engine->page_state().title == title; }, 90);
         ASSERT_TRUE(came) << engine->page_state().title;
     }
 };
@@ -538,7 +538,7 @@ TEST_F(BrowsedPageTest, from_elsewhere_cannot_lead_to_this_machine)
                       NSURL::URLWithString("http://elsewhere.example/"));
     wait_for("finish");
 
-    ASSERT_TRUE(platform.loop().run_until([&] { return !recorder.refusals.empty(); }, 5));
+    ASSERT_TRUE(platform.loop().run_until([&] { return !recorder.refusals.empty(); }, 90));
     EXPECT_EQ(recorder.refusals[0], "navigation " + server.base() + "secret.html");
     EXPECT_TRUE(server.asked.empty());
 }
@@ -586,7 +586,7 @@ TEST_F(WebKitEngineTest, a_page_wider_than_the_view_is_shrunk_when_it_is_to_fit)
     gtk_window_present(GTK_WINDOW(window));
     engine->set_scales_page_to_fit(true);
     load("<body style='margin: 0'><div style='width: 600px; height: 10px'></div>");
-    platform.loop().run_until([&] { return webkit_web_view_get_zoom_level(WEBKIT_WEB_VIEW(widget)) < 1; }, 15);
+    platform.loop().run_until([&] { return webkit_web_view_get_zoom_level(WEBKIT_WEB_VIEW(widget)) < 1; }, 90);
     EXPECT_NEAR(webkit_web_view_get_zoom_level(WEBKIT_WEB_VIEW(widget)), 0.5, 0.02);
     gtk_window_set_child(GTK_WINDOW(window), nullptr);
     gtk_window_destroy(GTK_WINDOW(window));

@@ -1,0 +1,219 @@
+// Opens and closes ads, one after the other, in one process on the desktop's platform, and says what the process has
+// more of in the end than after the first ten: memory, files, threads, processes, files in the temporary folder.
+//
+//   soak ADS VIDEO [KILOBYTES]
+//
+// Every other ad has a page. Each is closed when its video plays and its page's script runs. Fails when memory has
+// grown by more than KILOBYTES (5120 when left out), or anything else has grown at all. With AddressSanitizer the
+// memory is what is allocated, as freed memory stays in its quarantine; without, it is what is resident.
+
+#include "desktop/DesktopPlatform.h"
+#include "desktop/screen/Toolkit.h"
+#include "desktop/web/WebSandbox.h"
+#include "embedding/ServedAd.h"
+#include "session/OpenedAd.h"
+
+#include <array>
+#include <cstdlib>
+#include <dirent.h>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/allocator_interface.h>
+#endif
+
+using namespace qoro;
+
+namespace
+{
+
+namespace fs = std::filesystem;
+
+/// Seconds that one ad may take; only a hang takes so long.
+constexpr double Patience = 120;
+/// Ads after which everything that is made once has been made.
+constexpr int Warm = 10;
+
+const char* const Page = R"(<!DOCTYPE html><html><head><script src="mraid.js"></script></head><body><script>
+qoroPlayer.addEventListener("video_timeupdate", () => {});
+</script></body></html>)";
+
+// --------------------------------------------------------------------------------------------------- what is counted
+
+std::ptrdiff_t entries_of(const fs::path& folder)
+{
+    std::error_code failed;
+    return std::distance(fs::directory_iterator(folder, failed), fs::directory_iterator());
+}
+
+long kilobytes()
+{
+#ifdef __SANITIZE_ADDRESS__
+    return static_cast<long>(__sanitizer_get_current_allocated_bytes() / 1024);
+#else
+    long pages = 0;
+    std::ifstream statm("/proc/self/statm");
+    statm >> pages >> pages;
+    return pages * (sysconf(_SC_PAGESIZE) / 1024);
+#endif
+}
+
+/// Of this process, and those that it has started.
+int processes()
+{
+    int count = 0;
+    for (const auto& task : fs::directory_iterator("/proc/self/task")) {
+        std::ifstream children(task.path() / "children");
+        for (int child = 0; children >> child;)
+            ++count;
+    }
+    return count;
+}
+
+/// What a process can have too much of.
+struct Holdings {
+    long kilobytes = 0;
+    std::ptrdiff_t files = 0;
+    std::ptrdiff_t threads = 0;
+    int processes = 0;
+    std::ptrdiff_t temporary = 0;
+};
+
+Holdings holdings(const fs::path& temporary)
+{
+    return {kilobytes(), entries_of("/proc/self/fd"), entries_of("/proc/self/task"), processes(),
+            entries_of(temporary)};
+}
+
+std::ostream& operator<<(std::ostream& out, const Holdings& held)
+{
+    return out << held.kilobytes << " kB, " << held.files << " files, " << held.threads << " threads, "
+               << held.processes << " processes, " << held.temporary << " temporary files";
+}
+
+// ------------------------------------------------------------------------------------------------------------- an ad
+
+/// Whether an ad is as far as it has to be before it is closed.
+struct Progress final : Witness {
+    void tell(std::string_view what, std::initializer_list<Field> fields) override
+    {
+        const auto* told = fields.size() > 0 ? std::get_if<std::string_view>(&fields.begin()->content) : nullptr;
+        plays |= what == "js" && told && *told == "video_play";
+        scripts |= what == "mraid" && told && *told == "load";
+    }
+    bool plays = false;
+    bool scripts = false;
+};
+
+/// @return false for one that did not get that far, or did not end
+bool open_and_close(DesktopPlatform& platform, const std::string& file, bool has_page)
+{
+    Progress progress;
+    platform.set_witness(&progress);
+    bool ended = false;
+    {
+        const ServedAd served(file);
+        OpenedAd ad(platform, served.ad(), [&](const AdOutcome&) { ended = true; });
+        const bool ready =
+            platform.loop().run_until([&] { return progress.plays && (progress.scripts || !has_page); }, Patience);
+        if (!ready)
+            std::cerr << "soak: the video or the page did not start\n";
+        ad.close();
+        ended = platform.loop().run_until([&] { return ended; }, Patience) && ready;
+    }
+    platform.set_witness(nullptr);
+    return ended;
+}
+
+/// Lets the processes of pages that have gone end.
+void settle(DesktopPlatform& platform, int usual)
+{
+    platform.loop().run_until([usual] { return processes() <= usual; }, Patience);
+    platform.loop().run_until([] { return false; }, 1);
+}
+
+int grown(const char* what, std::ptrdiff_t now, std::ptrdiff_t before, std::ptrdiff_t most)
+{
+    if (now - before <= most)
+        return 0;
+    std::cerr << "soak: " << what << ": " << now - before << " more than after the first " << Warm
+              << ", expected at most " << most << '\n';
+    return 1;
+}
+
+int soak(int ads, const fs::path& folder, long most)
+{
+    const fs::path temporary = fs::temp_directory_path();
+    DesktopPlatform::Options options;
+    options.silent = true;
+    DesktopPlatform platform(options);
+    platform.display().show();
+    Holdings warm;
+    for (int n = 1; n <= ads; ++n) {
+        if (!open_and_close(platform, (folder / (n % 2 ? "page.json" : "bare.json")).string(), n % 2))
+            return 1;
+        if (n == Warm) {
+            settle(platform, 1);
+            warm = holdings(temporary);
+        }
+        if (n % Warm == 0)
+            std::cout << n << " ads: " << holdings(temporary) << std::endl;
+    }
+    settle(platform, warm.processes);
+    const Holdings end = holdings(temporary);
+    std::cout << "then: " << end << std::endl;
+    return grown("kilobytes", end.kilobytes, warm.kilobytes, most) | grown("files", end.files, warm.files, 0) |
+           grown("threads", end.threads, warm.threads, 0) | grown("processes", end.processes, warm.processes, 0) |
+           grown("temporary files", end.temporary, warm.temporary, 0);
+}
+
+/// A folder with the ads, which is also where temporary files go; gone with the object.
+class Folder
+{
+public:
+    explicit Folder(const std::string& video)
+    {
+        std::string name = (fs::temp_directory_path() / "soak-XXXXXX").string();
+        path = mkdtemp(name.data());
+        fs::create_directory(path / "tmp");
+        setenv("TMPDIR", (path / "tmp").c_str(), 1);
+        fs::copy_file(video, path / "clip.mp4");
+        std::ofstream(path / "page.html") << Page;
+        const std::string ad = R"({"strVideoUrl": "clip.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
+            "portraitModeType": 2, "landscapeModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true,
+            "strBackgroundColor": "4279704105", "iCloseBtnCountdown": 5, "iShowProgressWheel": 1,
+            "arrayButtonsInfo": [{"btn_text": "Go", "launch_type": "browser", "data": {"u": "https://lumo.example/"}}])";
+        std::ofstream(path / "bare.json") << ad << "}";
+        std::ofstream(path / "page.json") << ad << R"(, "strWebViewUrl": "page.html"})";
+    }
+    ~Folder() { fs::remove_all(path); }
+    Folder(const Folder&) = delete;
+    Folder& operator=(const Folder&) = delete;
+
+    fs::path path;
+};
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    if (argc < 3 || std::atoi(argv[1]) <= Warm || !fs::is_regular_file(argv[2])) {
+        std::cerr << "usage: soak ADS VIDEO [KILOBYTES], with more than " << Warm << " ADS and the file of a VIDEO\n";
+        return 2;
+    }
+    const Folder folder(argv[2]);
+    if (!sandbox_works())
+        give_up_sandbox();
+    if (!start_toolkit()) {
+        std::cerr << "soak: there is no display\n";
+        return 1;
+    }
+    return soak(std::atoi(argv[1]), folder.path, argc > 3 ? std::atol(argv[3]) : 5120);
+}
