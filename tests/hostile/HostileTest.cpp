@@ -117,12 +117,26 @@ std::string HostileTest::spoken_to_others()
     return others;
 }
 
+void HostileTest::the_viewer_touches_close()
+{
+    ad_->click(25, 69);
+}
+
+void HostileTest::the_viewer_leaves_by_the_guard()
+{
+    ASSERT_TRUE(ad_->tells({{"what", "guard"}, {"do", "show"}}));
+    ad_->click(351, 24);
+    EXPECT_TRUE(ad_->tells({{"what", "guard"}, {"do", "close"}}));
+    EXPECT_EQ(ad_->exit_status(), 0) << ad_->complaints();
+    EXPECT_EQ(ad_->hits_of("/t/close"), 1);
+}
+
 void HostileTest::the_viewer_leaves()
 {
     ASSERT_EQ(ad_->exit_status(0), -1) << "the program lives: " << ad_->complaints();
     const double before = slowness();
     const auto touched = Clock::now();
-    ad_->click(25, 69);
+    the_viewer_touches_close();
     ASSERT_TRUE(ad_->hears("onhide"));
     const Seconds answer = Clock::now() - touched;
     EXPECT_LT(answer.count(), Second * std::max(before, slowness()));

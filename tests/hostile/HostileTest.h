@@ -61,6 +61,10 @@ protected:
     /// The program lives, a touch of the close button is answered within a second (longer on a busy machine), and the
     /// ad ends in order.
     void the_viewer_leaves();
+    /// A touch of the ad's close button.
+    void the_viewer_touches_close();
+    /// The kit shows a way out, and a touch of it ends the ad in order.
+    void the_viewer_leaves_by_the_guard();
 
 private:
     std::optional<Internet> internet_;

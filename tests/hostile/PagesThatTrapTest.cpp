@@ -1,0 +1,54 @@
+#include "tests/hostile/HostileTest.h"
+
+// Pages that want to keep their viewer.
+
+namespace qoro::test
+{
+
+TEST_F(HostileTest, APageThatIgnoresTheTapsItTookLosesItsViewer)
+{
+    play("keeps_close.html");
+    EXPECT_TRUE(page_is_done());
+    the_viewer_touches_close();
+    EXPECT_TRUE(ad().hears("onclick_closebtn"));
+    the_viewer_leaves_by_the_guard();
+}
+
+TEST_F(HostileTest, APageThatHangsWithTheCloseButtonLosesItsViewer)
+{
+    play("hangs.html");
+    the_viewer_leaves_by_the_guard();
+}
+
+TEST_F(HostileTest, APageThatDrawsNoCloseControlLosesItsViewer)
+{
+    play("custom_close.html");
+    EXPECT_TRUE(page_is_done());
+    the_viewer_leaves_by_the_guard();
+}
+
+TEST_F(HostileTest, APageInFrontThatDrawsNoCloseControlLosesItsViewer)
+{
+    play("harmless.html", {{"bIsWebViewInFront", true}});
+    the_viewer_leaves_by_the_guard();
+}
+
+TEST_F(HostileTest, APageThatDiesWithTheCloseButtonGivesItBack)
+{
+    play("keeps_close.html");
+    EXPECT_TRUE(page_is_done());
+    ASSERT_TRUE(ad().kill_page_process());
+    EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
+    the_viewer_leaves();
+}
+
+TEST_F(HostileTest, APageThatDiesWithACustomCloseGivesTheButtonBack)
+{
+    play("custom_close.html");
+    EXPECT_TRUE(page_is_done());
+    ASSERT_TRUE(ad().kill_page_process());
+    EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
+    the_viewer_leaves();
+}
+
+} // namespace qoro::test
