@@ -68,7 +68,7 @@ fuzz()
     # A container of videos has to hold something.
     [ "$target" != video ] || longest=16384
     "build/$preset/tests/fuzz/fuzz_$target" "$learned" "tests/fuzz/corpus/$target" -dict=tests/fuzz/words.dict \
-        -max_len=$longest -timeout=5 -rss_limit_mb=1024 -artifact_prefix="$build/findings/$target-" \
+        -max_len=$longest -keep_seed=1 -timeout=5 -rss_limit_mb=1024 -artifact_prefix="$build/findings/$target-" \
         -print_final_stats=1 "$@" >"$build/$target.log" 2>&1
 }
 stat_of()

@@ -12,7 +12,7 @@ run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ba
     xvfb dbus"
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg clang-format eslint
     at-spi2-core libatspi2.0-dev locales"
-fuzz="clang libclang-rt-14-dev"
+fuzz="clang libclang-rt-14-dev zlib1g-dev"
 coverage="libgtest-dev libgmock-dev gcovr"
 mutation="libgtest-dev libgmock-dev python3-clang-14"
 bench="libbenchmark-dev libx11-dev libxext-dev mpv gstreamer1.0-plugins-base-apps ffmpeg python3"
