@@ -3,6 +3,7 @@
 #include "views/ViewNode.h"
 
 #include <algorithm>
+#include <malloc.h>
 #include <utility>
 
 namespace qoro
@@ -18,6 +19,7 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     output_volume_.on_change = [this] { output_volume_changed(); };
     players_.options.silent = options.silent;
     players_.options.volume = [this] { return output_volume_.player_volume(); };
+    players_.options.on_end = [this](const GstPlayer&) { return_memory_later(); };
     players_.options.on_failure = [this](const std::string& reason) {
         tell("player", {{"do", "failed"}, {"reason", reason}});
     };
@@ -38,6 +40,19 @@ DesktopPlatform::~DesktopPlatform()
     drop_shared();
     loop_.clear();
     fetcher_.finish(last_requests_seconds_);
+}
+
+void DesktopPlatform::return_memory_later()
+{
+    if (std::exchange(returns_memory_, true))
+        return;
+    // The C library keeps what was freed (Toolkit.cpp says why), of each thread that an ad had: some 20 MB in all. By
+    // then the last threads and pages of the ad have gone as well.
+    constexpr double settled = 2;
+    loop_.start_timer(settled, false, [this] {
+        returns_memory_ = false;
+        malloc_trim(0);
+    });
 }
 
 NSString DesktopPlatform::VideoCopies::path_for(const NSString& address)

@@ -101,7 +101,11 @@ private:
         VideoCache cache_;
     };
 
+    /// What an ad has taken goes back to the kernel, some time after its player has gone.
+    void return_memory_later();
+
     const double last_requests_seconds_;
+    bool returns_memory_ = false;
     GlibLoop loop_{this};
     DesktopDevice device_;
     PulseVolume output_volume_;

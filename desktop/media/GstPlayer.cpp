@@ -391,7 +391,11 @@ GstPlayerFactory::~GstPlayerFactory()
 std::unique_ptr<PlayerEngine> GstPlayerFactory::make_player(const NSURL& source, PlayerListener& listener)
 {
     GstPlayer::Options with = options;
-    with.on_end = [players = players_](const GstPlayer& gone) { std::erase(*players, &gone); };
+    with.on_end = [players = players_, also = options.on_end](const GstPlayer& gone) {
+        std::erase(*players, &gone);
+        if (also)
+            also(gone);
+    };
     auto player = std::make_unique<GstPlayer>(source, listener, loop_, std::move(with));
     players_->push_back(player.get());
     return player;
