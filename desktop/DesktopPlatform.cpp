@@ -44,14 +44,17 @@ DesktopPlatform::~DesktopPlatform()
 
 void DesktopPlatform::return_memory_later()
 {
-    if (std::exchange(returns_memory_, true))
+    has_more_to_return_ = std::exchange(returns_memory_, true);
+    if (has_more_to_return_)
         return;
     // The C library keeps what was freed (Toolkit.cpp says why), of each thread that an ad had: some 20 MB in all. By
     // then the last threads and pages of the ad have gone as well.
-    constexpr double settled = 2;
+    constexpr double settled = 5;
     loop_.start_timer(settled, false, [this] {
         returns_memory_ = false;
         malloc_trim(0);
+        if (has_more_to_return_)
+            return_memory_later();
     });
 }
 

@@ -106,6 +106,7 @@ private:
 
     const double last_requests_seconds_;
     bool returns_memory_ = false;
+    bool has_more_to_return_ = false;
     GlibLoop loop_{this};
     DesktopDevice device_;
     PulseVolume output_volume_;

@@ -135,10 +135,10 @@ bool open_and_close(DesktopPlatform& platform, const std::string& file, bool has
     return ended;
 }
 
-/// Lets the processes of pages that have gone end, and what else ends by itself.
+/// Lets the processes of pages that have gone end, and the platform give back what it does not need any more.
 void settle(DesktopPlatform& platform)
 {
-    constexpr double quiet = 3;
+    constexpr double quiet = 12;
     double since = platform.loop().now();
     int before = processes();
     platform.loop().run_until(
