@@ -53,6 +53,8 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
 {
     const DeviceSetup& device = surroundings.device;
     DesktopPlatform::Options platform;
+    if (options.page_memory)
+        platform.pages.memory = *options.page_memory;
     platform.device = {.facts = device.facts,
                        .orientation = device.orientation,
                        .status_bar_orientation = device.status_bar_orientation,

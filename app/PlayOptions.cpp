@@ -89,6 +89,14 @@ std::string check_seconds(const std::string& text)
     const bool good = error == std::errc() && end == text.data() + text.size() && number >= 0 && number <= 1e6;
     return good ? "" : "expected seconds, got \"" + text + "\"";
 }
+
+std::string check_megabytes(const std::string& text)
+{
+    double number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool good = error == std::errc() && end == text.data() + text.size() && number >= 1 && number <= 1e6;
+    return good ? "" : "expected megabytes from 1 to 1000000, got \"" + text + "\"";
+}
 } // namespace
 
 void add_play_options(CLI::App& command, PlayOptions& options)
@@ -119,6 +127,11 @@ void add_play_options(CLI::App& command, PlayOptions& options)
                      "The ad's volume is the machine's, not only this program's");
     command.add_flag("--no-web-sandbox", options.no_web_sandbox,
                      "Run the page outside a sandbox, for trusted pages where none can be had");
+    command
+        .add_option("--page-memory", options.page_memory,
+                    "End the page when its process uses more than so many megabytes (512)")
+        ->type_name("MB")
+        ->check(CLI::Validator(check_megabytes, ""));
     command.add_option("--for", options.seconds, "Close the ad after so many seconds")
         ->type_name("SECONDS")
         ->check(seconds);

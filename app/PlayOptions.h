@@ -31,6 +31,8 @@ struct PlayOptions {
     bool mute_output = false;
     bool system_volume = false;
     bool no_web_sandbox = false;
+    /// Megabytes that the page's process may use; absent for the platform's own limit.
+    std::optional<double> page_memory;
     /// Absent: until the ad is closed.
     std::optional<double> seconds;
     std::string steps_file;

@@ -12,7 +12,8 @@ namespace qoro
 DesktopPlatform::DesktopPlatform(const Options& options)
     : last_requests_seconds_(options.last_requests_seconds), device_(*this, options.device),
       output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
-      volume_(output_volume_, options.volume_slider), video_cache_(options.video_cache), calendar_(options.calendar)
+      volume_(output_volume_, options.volume_slider), web_engines_(*this, options.pages),
+      video_cache_(options.video_cache), calendar_(options.calendar)
 {
     if (options.volume)
         output_volume_.set_value(*options.volume);

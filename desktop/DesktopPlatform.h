@@ -42,6 +42,7 @@ public:
         double last_requests_seconds = 2;
         VideoCache::Options video_cache = {};
         DesktopCalendar::Options calendar = {};
+        PageLimits pages = {};
     };
 
     explicit DesktopPlatform(const Options& options);
@@ -112,7 +113,7 @@ private:
     PulseVolume output_volume_;
     Volume volume_;
     GstPlayerFactory players_{loop_};
-    WebKitEngineFactory web_engines_{*this};
+    WebKitEngineFactory web_engines_;
     SoupFetcher fetcher_{loop_};
     PangoText text_;
     GettextTranslation translation_;

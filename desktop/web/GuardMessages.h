@@ -16,6 +16,10 @@ inline constexpr const char* guard_refused = "refused";
 inline constexpr const char* guard_message = "message";
 inline constexpr const char* guard_answer = "answer";
 
+/// From the guard, when its page is there: the inode of the namespace of its process, and the process's number in it
+/// (tu).
+inline constexpr const char* guard_process = "process";
+
 /// Bytes of JSON in UTF-8.
 inline constexpr std::size_t longest_message = 64 * 1024;
 

@@ -213,8 +213,9 @@ struct WebKitEngine::Signals {
 };
 
 WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
-                           WebKitNetworkSession* session, std::shared_ptr<SocketFilter> sockets)
-    : platform_(platform), listener_(listener), kind_(kind), sockets_(std::move(sockets)),
+                           WebKitNetworkSession* session, std::shared_ptr<SocketFilter> sockets,
+                           std::shared_ptr<PageWatch> watch)
+    : platform_(platform), listener_(listener), kind_(kind), sockets_(std::move(sockets)), watch_(std::move(watch)),
       content_(webkit_user_content_manager_new()), view_([&] {
           WebKitSettings* settings = make_settings();
           forbid_what_is_beyond_the_guard(settings);
@@ -255,12 +256,16 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
 WebKitEngine::~WebKitEngine()
 {
     *self_ = nullptr;
+    const bool busy = watch_->is_busy(process_);
+    watch_->leave(process_);
     forget_load();
     bridge_.leave_page();
     sockets_->forget(content_);
     g_signal_handlers_disconnect_by_data(view_, this);
     g_object_set_data(G_OBJECT(view_), engine_key, nullptr);
-    g_signal_handlers_disconnect_by_data(content_, this);
+    // A script that never returns would go on for ten seconds, as long as WebKit waits for it.
+    if (busy)
+        webkit_web_view_terminate_web_process(view_);
     auto* widget = GTK_WIDGET(view_);
     if (gtk_widget_get_parent(widget))
         gtk_widget_unparent(widget);
@@ -285,6 +290,13 @@ void WebKitEngine::guard_spoke(WebKitUserMessage* message)
         const char* detail = nullptr;
         g_variant_get(content, "(&s&s)", &what, &detail);
         refuse(what, detail);
+    }
+    if (g_strcmp0(name, guard_process) == 0 && content && g_variant_is_of_type(content, G_VARIANT_TYPE("(tu)"))) {
+        guint64 space = 0;
+        guint32 number = 0;
+        g_variant_get(content, "(tu)", &space, &number);
+        watch_->leave(process_);
+        process_ = watch_->begin(space, static_cast<int>(number));
     }
     if (g_strcmp0(name, guard_message) == 0 && content && g_variant_is_of_type(content, G_VARIANT_TYPE_STRING) &&
         kind_ == PageKind::Creative) {
@@ -539,7 +551,11 @@ void WebKitEngine::process_ended(int reason)
     pulse_.reset(false);
     own_load_.clear();
     bridge_.leave_page();
-    platform_.dispatch([&] { listener_.died(words_for(static_cast<WebKitWebProcessTerminationReason>(reason))); });
+    std::string why = watch_->reason(process_);
+    if (why.empty())
+        why = words_for(static_cast<WebKitWebProcessTerminationReason>(reason));
+    watch_->leave(std::exchange(process_, 0));
+    platform_.dispatch([&] { listener_.died(why); });
 }
 
 void WebKitEngine::set_scales_page_to_fit(bool scales)

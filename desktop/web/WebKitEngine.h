@@ -4,6 +4,7 @@
 #include "desktop/web/LoopTurn.h"
 #include "desktop/web/PageBridge.h"
 #include "desktop/web/PagePulse.h"
+#include "desktop/web/PageWatch.h"
 #include "desktop/web/TextEntry.h"
 #include "kit/MessageLoad.h"
 #include "platform/Platform.h"
@@ -36,7 +37,8 @@ class WebKitEngine : public WebEngine, public WidgetSource
 public:
     /// The platform dispatches every event, and outlives the engine, as the listener does.
     WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
-                 WebKitNetworkSession* session, std::shared_ptr<SocketFilter> sockets);
+                 WebKitNetworkSession* session, std::shared_ptr<SocketFilter> sockets,
+                 std::shared_ptr<PageWatch> watch);
     ~WebKitEngine() override;
     WebKitEngine(const WebKitEngine&) = delete;
     WebKitEngine& operator=(const WebKitEngine&) = delete;
@@ -94,6 +96,9 @@ private:
     WebListener& listener_;
     const PageKind kind_;
     const std::shared_ptr<SocketFilter> sockets_;
+    const std::shared_ptr<PageWatch> watch_;
+    /// The page's process as the watch knows it; 0 for none.
+    PageWatch::Page process_ = 0;
     WebKitUserContentManager* const content_;
     WebKitWebView* const view_;
     PageBridge bridge_;

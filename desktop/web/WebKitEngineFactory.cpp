@@ -10,6 +10,7 @@
 
 #include <webkit/webkit.h>
 
+#include <algorithm>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -95,7 +96,8 @@ private:
 
 } // namespace
 
-WebKitEngineFactory::WebKitEngineFactory(Platform& platform) : platform_(platform)
+WebKitEngineFactory::WebKitEngineFactory(Platform& platform, const PageLimits& limits)
+    : platform_(platform), limits_(limits), watch_(std::make_shared<PageWatch>(limits))
 {
     // Their results are wanted a little later.
     try_launch(WebProcess::Network, LaunchCounts);
@@ -119,7 +121,7 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     } catch (const std::runtime_error& unguarded) {
         return std::make_unique<NoPage>(platform_, listener, unguarded.what());
     }
-    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, sockets_);
+    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, sockets_, watch_);
 }
 
 void WebKitEngineFactory::found(Family& family, PageKind kind)
@@ -134,7 +136,14 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
         guard_ = std::make_unique<GuardFolder>();
         sockets_ = std::make_shared<SocketFilter>(guard_->path() + "/filters");
     }
-    family.context = webkit_web_context_new();
+    // The second line: WebKit looks only when the page's script leaves it the time.
+    WebKitMemoryPressureSettings* pressure = webkit_memory_pressure_settings_new();
+    webkit_memory_pressure_settings_set_memory_limit(
+        pressure, static_cast<guint>(std::clamp(limits_.memory, 1.0, static_cast<double>(G_MAXINT / 1024))));
+    webkit_memory_pressure_settings_set_poll_interval(pressure, 2);
+    family.context =
+        WEBKIT_WEB_CONTEXT(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure, nullptr));
+    webkit_memory_pressure_settings_free(pressure);
     webkit_web_context_set_web_process_extensions_directory(family.context, guard_->path().c_str());
     webkit_web_context_set_web_process_extensions_initialization_user_data(
         family.context, g_variant_new(guard_settings, kind == PageKind::Creative));

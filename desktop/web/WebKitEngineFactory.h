@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/web/PageWatch.h"
 #include "platform/Platform.h"
 
 #include <memory>
@@ -20,7 +21,7 @@ inline constexpr const char* script_library_address = "kit://script.js";
 class WebKitEngineFactory : public WebEngineFactory
 {
 public:
-    explicit WebKitEngineFactory(Platform& platform);
+    explicit WebKitEngineFactory(Platform& platform, const PageLimits& limits = {});
     ~WebKitEngineFactory() override;
     WebKitEngineFactory(const WebKitEngineFactory&) = delete;
     WebKitEngineFactory& operator=(const WebKitEngineFactory&) = delete;
@@ -39,6 +40,8 @@ private:
     Platform& platform_;
     std::unique_ptr<GuardFolder> guard_;
     std::shared_ptr<SocketFilter> sockets_;
+    const PageLimits limits_;
+    const std::shared_ptr<PageWatch> watch_;
     Family creatives_;
     Family browsed_;
 };

@@ -97,6 +97,6 @@ TEST_F(CommandTest, HelpNamesEveryOption)
     EXPECT_EQ(result.status, 0);
     for (const char* option :
          {"--device", "--orientation", "--phone", "--tablet", "--locked-landscape", "--host", "--mute-output",
-          "--system-volume", "--no-web-sandbox", "--for", "--steps", "--trace", "--snapshot", "--out"})
+          "--system-volume", "--no-web-sandbox", "--page-memory", "--for", "--steps", "--trace", "--snapshot", "--out"})
         EXPECT_NE(result.output.find(option), std::string::npos) << option;
 }

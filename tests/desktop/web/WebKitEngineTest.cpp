@@ -1,3 +1,4 @@
+#include "desktop/web/ProcessFacts.h"
 #include "tests/desktop/web/PageTest.h"
 
 #include <filesystem>
@@ -592,17 +593,14 @@ TEST_F(WebKitEngineTest, a_page_wider_than_the_view_is_shrunk_when_it_is_to_fit)
     gtk_window_destroy(GTK_WINDOW(window));
 }
 
-/// The process-id namespaces of all WebKit page processes of this program's user session.
-std::set<std::string> page_process_namespaces()
+/// The namespaces of process numbers of this program's page processes.
+std::set<std::uint64_t> page_process_namespaces()
 {
-    std::set<std::string> found;
-    for (const auto& process : std::filesystem::directory_iterator("/proc")) {
-        std::ifstream name(process.path() / "comm");
-        std::string command;
-        std::error_code unreadable;
-        if (std::getline(name, command) && command == "WebKitWebProces")
-            found.insert(std::filesystem::read_symlink(process.path() / "ns" / "pid", unreadable).string());
-    }
+    std::set<std::uint64_t> found;
+    for_each_descendant(getpid(), [&](int process, const std::string& name) {
+        if (name == "WebKitWebProces")
+            found.insert(number_space(process));
+    });
     return found;
 }
 
@@ -613,10 +611,9 @@ TEST_F(WebKitEngineTest, pages_run_locked_away_where_the_sandbox_works)
             << "this machine withholds the sandbox (bwrap or xdg-dbus-proxy fails), so no page can be locked away";
     load("<p>hello</p>");
     wait_for("finish");
-    const std::string ours = std::filesystem::read_symlink("/proc/self/ns/pid").string();
-    const std::set<std::string> theirs = page_process_namespaces();
+    const std::set<std::uint64_t> theirs = page_process_namespaces();
     EXPECT_FALSE(theirs.empty());
-    EXPECT_FALSE(theirs.contains(ours));
+    EXPECT_FALSE(theirs.contains(number_space(getpid())));
 }
 
 } // namespace
