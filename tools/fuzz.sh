@@ -64,11 +64,17 @@ fuzz()
 {
     preset=$1 target=$2 learned=$3
     shift 3
+    # Leaks are told apart by who asked for the memory, and GLib is built so that only a slow look shows that.
+    case $target in
+    address | calendar | headers | image | video) fast=0 ;;
+    *) fast=1 ;;
+    esac
     longest=4096
     # A container of videos has to hold something.
     [ "$target" != video ] || longest=16384
-    "build/$preset/tests/fuzz/fuzz_$target" "$learned" "tests/fuzz/corpus/$target" -dict=tests/fuzz/words.dict \
-        -max_len=$longest -keep_seed=1 -timeout=5 -rss_limit_mb=1024 -artifact_prefix="$build/findings/$target-" \
+    ASAN_OPTIONS=fast_unwind_on_malloc=$fast "build/$preset/tests/fuzz/fuzz_$target" \
+        "$learned" "tests/fuzz/corpus/$target" -dict=tests/fuzz/words.dict -max_len=$longest -keep_seed=1 \
+        -timeout=5 -rss_limit_mb=1024 -artifact_prefix="$build/findings/$target-" \
         -print_final_stats=1 "$@" >"$build/$target.log" 2>&1
 }
 stat_of()
