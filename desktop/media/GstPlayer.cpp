@@ -133,6 +133,8 @@ void GstPlayer::load_anew()
     play_asked_ = true;
     reloading_ = duration_ > 0;
     place_sought_ = false;
+    if (std::exchange(at_end_, false))
+        time_ = 0;
     // A server that comes back needs a moment.
     const int pause = is_file_ || location_.empty() ? 0 : vain_plays_;
     ++vain_plays_;
@@ -301,6 +303,9 @@ void GstPlayer::failed(const std::string& reason)
     awaits_data_ = false;
     ends_on_play_ = false;
     pipeline_.reset();
+    // Behind the end it takes nothing from anyone; a play loads it anew.
+    if (at_end_)
+        return;
     if (options_.on_failure)
         options_.on_failure(reason);
     set_playback(MPMoviePlaybackStateStopped);

@@ -258,6 +258,21 @@ TEST_F(GstPlayerTest, a_server_that_hangs_up_before_enough_has_come_fails_after_
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
 }
 
+TEST_F(GstPlayerTest, a_server_that_hangs_up_while_data_is_lacking_fails_after_what_it_sent)
+{
+    VideoServer::Answer answer = stalling_at(7);
+    answer.cuts_at = answer.body.size() * 3 / 4;
+    GstPlayer& player = watch.open(served(answer));
+    ASSERT_TRUE(watch.until("state 3"));
+    const double stood = player.current_time();
+
+    server.release();
+    ASSERT_TRUE(watch.until("finished 1"));
+
+    EXPECT_GE(player.current_time(), stood);
+    EXPECT_EQ(watch.reports.back(), "finished 1");
+}
+
 TEST_F(GstPlayerTest, a_connection_that_breaks_is_taken_up_again)
 {
     VideoServer::Answer answer;
