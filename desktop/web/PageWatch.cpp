@@ -23,8 +23,9 @@ namespace
 {
 
 constexpr auto Interval = std::chrono::milliseconds(100);
-/// Of a processor, that a page needs which may not go when it is asked to.
-constexpr double Busy = 0.5;
+/// Looks in a row at which a page's first thread, the one of its script, was at work: it may not go when it is asked
+/// to. However little of a processor it gets.
+constexpr int Busy = 3;
 constexpr std::uint64_t Megabyte = 1024 * 1024;
 /// The processes' names, as the system cuts them.
 constexpr const char* PageProcess = "WebKitWebProces";
@@ -95,10 +96,12 @@ public:
         load_ = seconds > 0 ? (*worked - worked_) / seconds : 0;
         busy_seconds_ = load_ > 1 ? busy_seconds_ + seconds : 0;
         worked_ = *worked;
+        looks_at_work_ = is_at_work(process_) ? looks_at_work_ + 1 : 0;
     }
     double megabytes() const { return static_cast<double>(memory_) / Megabyte; }
     /// Of one processor.
     double load() const { return load_; }
+    int looks_at_work() const { return looks_at_work_; }
     /// For which it has taken more than one processor without a pause.
     double busy_seconds() const { return busy_seconds_; }
 
@@ -123,6 +126,7 @@ private:
     std::uint64_t memory_ = 0;
     double worked_ = 0;
     double load_ = 0;
+    int looks_at_work_ = 0;
     double busy_seconds_ = 0;
 };
 
@@ -170,7 +174,7 @@ bool PageWatch::is_busy(Page page)
 {
     const std::scoped_lock lock(mutex_);
     const auto found = processes_.find(page);
-    return found != processes_.end() && found->second->load() > Busy;
+    return found != processes_.end() && found->second->looks_at_work() >= Busy;
 }
 
 std::string PageWatch::reason(Page page)

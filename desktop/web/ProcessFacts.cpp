@@ -99,7 +99,8 @@ std::string first_line(std::string text)
 std::optional<std::uint64_t> own_memory(int process)
 {
     const std::string status = contents(place_of(process) + "/status");
-    if (status.empty())
+    const bool has_ended = status.find("\nState:\tZ") != std::string::npos;
+    if (status.empty() || has_ended)
         return std::nullopt;
     return (number_after(status, "RssAnon:") + number_after(status, "RssShmem:") + number_after(status, "VmSwap:")) *
            1024;
@@ -113,6 +114,12 @@ std::optional<double> worked_seconds(int process)
 std::optional<double> worked_seconds(int process, int thread)
 {
     return worked_of(contents(place_of(process) + "/task/" + std::to_string(thread) + "/stat"));
+}
+
+bool is_at_work(int process)
+{
+    const std::vector<std::string> fields = fields_of(contents(place_of(process) + "/stat"));
+    return !fields.empty() && fields[0] == "R";
 }
 
 void for_each_descendant(int process, const std::function<void(int, const std::string&)>& found)

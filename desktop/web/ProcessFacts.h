@@ -11,12 +11,15 @@ namespace qoro
 /// What the system says of processes and threads (Linux, proc(5)). Callable from any thread; nothing is kept open.
 
 /// The memory that is a process's own, in bytes: what is mapped from files is not counted, what was swapped out is.
-/// Absent for a process that is not there.
+/// Absent for a process that is not there, or has ended and is still listed.
 std::optional<std::uint64_t> own_memory(int process);
 
 /// Seconds that a process, or one of its threads, has worked; absent for one that is not there.
 std::optional<double> worked_seconds(int process);
 std::optional<double> worked_seconds(int process, int thread);
+
+/// Whether a process's first thread works, or waits for a processor.
+bool is_at_work(int process);
 
 /// Calls for each descendant of a process, in no order, with its number and its name (at most 15 bytes).
 void for_each_descendant(int process, const std::function<void(int descendant, const std::string& name)>& found);

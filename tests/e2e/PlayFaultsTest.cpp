@@ -237,23 +237,27 @@ TEST(PlayProcessesTest, APageThatIsKilledIsToldTheVideoGoesOnAndTheViewerLeaves)
     EXPECT_EQ(ad.hits_of("/t/close"), 1);
 }
 
-TEST(PlayProcessesTest, APageThatKeepsTheProgramBusyWithMessagesIsEndedAndTheViewerLeaves)
+TEST(PlayProcessesTest, APageThatSendsMessagesWithoutAPauseHoldsNeitherTheVideoNorTheViewerUp)
 {
     const std::string folder = std::filesystem::path(testing::TempDir()) / "busy-page";
     std::filesystem::create_directories(folder);
     VideoServer server;
     server.serve("/v.mp4", whole_video());
     server.serve("/page.html", page_of(R"(<html><head></head><body>mraid.js<script>
-const costly = Object.fromEntries([...Array(6500).keys()].map(n => [`k${n}`, 0]));
-const say = () => webkit.messageHandlers.qoroPlayer.postMessage({ command: "nextEvents", args: [costly] });
-const again = () => say().then(again, again);
-for (let n = 0; n < 300; ++n)
-    again();
+const many = JSON.stringify({ command: "note", args: [Object.fromEntries([...Array(6500).keys()].map(n => [n, 0]))] });
+(function again() {
+    for (let n = 0; n < 1000; ++n)
+        qoroBridge(many, () => {});
+    setTimeout(again, 0);
+})();
 </script></body></html>)"));
     PlayedAd ad({ad_file(folder, server)});
 
-    const auto died = [](const nlohmann::json& line) { return holds(line, {{"what", "web"}, {"do", "died"}}); };
-    EXPECT_TRUE(ad.wait_for(died).is_object()) << ad.complaints();
+    const auto refused = [](const nlohmann::json& line) {
+        return holds(line, {{"what", "web"}, {"do", "refused"}, {"kind", "message"}});
+    };
+    EXPECT_TRUE(ad.wait_for(refused).is_object()) << ad.complaints();
+    EXPECT_TRUE(ad.reaches_second(2)) << ad.complaints();
     ad.press("Escape");
 
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
