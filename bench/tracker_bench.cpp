@@ -143,10 +143,11 @@ Figures run_ours(qoro::GlibLoop& loop, const qoro::AdServer& server, int tracker
     int answered = 0;
     const std::function<void()> send_list = [&] {
         for (int i = 0; i < ListLength && figures.sent < trackers; ++i)
-            fetcher.fetch(server.base() + path_of("ours", figures.sent++), [&](const qoro::FetchAnswer& answer) {
-                ++answered;
-                figures.succeeded += answer.ok;
-            });
+            fetcher.fetch(server.base() + path_of("ours", figures.sent++), qoro::FetchKind::Tracker,
+                          [&](const qoro::FetchAnswer& answer) {
+                              ++answered;
+                              figures.succeeded += answer.ok;
+                          });
         if (figures.sent < trackers)
             loop.post(send_list);
     };

@@ -1,5 +1,6 @@
 #include "platform/QoroAdManager.h"
 
+#include "kit/RequestLimit.h"
 #include "kit/WebText.h"
 #include "platform/Platform.h"
 
@@ -15,6 +16,8 @@ namespace
 
 /// A page is what the controller asks for with this action; everything else is a tracker.
 constexpr std::string_view PageAction = "didAdRequester:";
+/// A heartbeat is what this action of a timer asks for: the one with the interval that the ad chooses.
+constexpr std::string_view HeartbeatTimer = "sendVideoTrackingToServer";
 
 /// A request that waits for its answer, with the two actions of which one will be called and what they need.
 struct Pending {
@@ -44,6 +47,9 @@ struct Pending {
 
 } // namespace
 
+QoroAdManager::QoroAdManager() = default;
+QoroAdManager::~QoroAdManager() = default;
+
 QoroAdManager& QoroAdManager::sharedInstance()
 {
     return Platform::current().shared<QoroAdManager>();
@@ -68,15 +74,32 @@ void QoroAdManager::connectToServerWithRequest(const NSString& address, const Ac
                                                bool)
 {
     Platform& platform = Platform::current();
-    platform.tell("request", {{"url", address}, {"for", action.name() == PageAction ? "page" : "tracking"}});
+    const FetchKind kind = action.name() == PageAction ? FetchKind::Page : FetchKind::Tracker;
     auto pending = std::make_shared<const Pending>(action, failAction);
-    auto answer = [pending = std::move(pending), &platform](FetchAnswer fetched) {
+    auto answer = [pending = std::move(pending), &platform, kind, address](FetchAnswer fetched) {
+        // The controller's own line says neither which page it was nor why.
+        if (kind == FetchKind::Page && !fetched.ok)
+            platform.tell("web", {{"do", "failed"}, {"url", address}, {"reason", fetched.error}});
         platform.dispatch([&] { pending->answer(std::move(fetched)); });
     };
+    const auto fail = [&platform, &answer](const char* why) {
+        platform.loop().post([answer = std::move(answer), why] { answer({false, why, "", ""}); });
+    };
+    const bool heartbeat = NSTimer::firing() == HeartbeatTimer;
+    if (const char* why = limit_ ? limit_->refusal(address.text(), heartbeat) : nullptr) {
+        fail(why);
+        return;
+    }
+    platform.tell("request", {{"url", address}, {"for", kind == FetchKind::Page ? "page" : "tracking"}});
     if (address)
-        platform.fetcher().fetch(address.text(), std::move(answer));
+        platform.fetcher().fetch(address.text(), kind, std::move(answer));
     else
-        platform.loop().post([answer = std::move(answer)] { answer({false, "no address", "", ""}); });
+        fail("no address");
+}
+
+void QoroAdManager::begin_ad(bool limited)
+{
+    limit_ = limited ? std::make_unique<RequestLimit>(Platform::current()) : nullptr;
 }
 
 void QoroAdManager::addExtraView(const std::shared_ptr<UIViewController>& controller)

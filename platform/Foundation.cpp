@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <md5.h>
+#include <utility>
 
 namespace qoro
 {
@@ -25,6 +26,31 @@ void Action::operator()(const Cause& cause) const
 }
 
 // ----------------------------------------------------------------------------------------------------------- NSTimer
+
+namespace
+{
+/// Shared by a platform's timers.
+struct Firing {
+    std::string_view action;
+};
+
+/// Timers do not fire inside each other, but a test's loop may run inside one.
+class FiringScope
+{
+public:
+    FiringScope(Platform& platform, std::string_view action)
+        : firing_(platform.shared<Firing>()), before_(std::exchange(firing_.action, action))
+    {
+    }
+    ~FiringScope() { firing_.action = before_; }
+    FiringScope(const FiringScope&) = delete;
+    FiringScope& operator=(const FiringScope&) = delete;
+
+private:
+    Firing& firing_;
+    const std::string_view before_;
+};
+} // namespace
 
 struct NSTimer::State {
     State(Platform& on_platform, double every, bool again) : platform(on_platform), interval(every), repeats(again) {}
@@ -53,6 +79,7 @@ struct NSTimer::Running {
                 state->valid = false;
                 target.reset();
             }
+            const FiringScope firing(state->platform, action.name());
             action();
         });
     }
@@ -97,6 +124,11 @@ double NSTimer::timeInterval() const
 bool NSTimer::repeats() const
 {
     return state_ && state_->repeats;
+}
+
+std::string_view NSTimer::firing()
+{
+    return Platform::current().shared<Firing>().action;
 }
 
 double NSTimer::fireDate() const
@@ -203,7 +235,7 @@ void dataWithContentsOfURLInBackground(const NSURL& address, FetchPurpose purpos
     platform.loop().post([&platform, address, purpose, hand_back = std::move(hand_back)] {
         platform.dispatch([&] {
             tell_fetch(platform, address, purpose);
-            platform.fetcher().fetch(address.absoluteString().text(), hand_back);
+            platform.fetcher().fetch(address.absoluteString().text(), FetchKind::Image, hand_back);
         });
     });
 }

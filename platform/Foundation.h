@@ -121,6 +121,8 @@ public:
     bool repeats() const;
     /// When it fires next, in seconds since the session's start; 0 once it is no longer valid.
     double fireDate() const;
+    /// The name of the action that a timer of the current platform calls right now; empty outside of any.
+    static std::string_view firing();
 
 private:
     struct Running;

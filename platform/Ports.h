@@ -278,12 +278,21 @@ struct FetchAnswer {
     std::string final_address;
 };
 
+/// What a fetch is for.
+enum class FetchKind {
+    /// A document that the ad shows: it may be asked for once more when its server fails.
+    Page,
+    /// A request that its server counts: it goes out at most once.
+    Tracker,
+    Image,
+};
+
 class Fetcher
 {
 public:
     virtual ~Fetcher() = default;
     /// Fetches an address; the answer comes exactly once, as an event of its own.
-    virtual void fetch(const std::string& address, std::function<void(FetchAnswer)> answer) = 0;
+    virtual void fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer) = 0;
     /// Fetches an address while the main thread waits, within a time-out.
     virtual FetchAnswer fetch_now(const std::string& address) = 0;
 };

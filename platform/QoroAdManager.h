@@ -3,6 +3,7 @@
 #include "platform/Foundation.h"
 #include "platform/UIKit.h"
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -39,10 +40,17 @@ struct StoreItem {
     NSString ad_provider;
 };
 
+class RequestLimit;
+
 /// The kit's shared manager: requests, the log, facts of the device. One per platform.
 class QoroAdManager
 {
 public:
+    QoroAdManager();
+    ~QoroAdManager();
+    QoroAdManager(const QoroAdManager&) = delete;
+    QoroAdManager& operator=(const QoroAdManager&) = delete;
+
     static QoroAdManager& sharedInstance();
     /// Writes a line to the kit's log.
     static void showLog(std::string_view message, ZulixLogTag level);
@@ -52,10 +60,15 @@ public:
     NSString imei() const;
 
     /// Fetches an address without waiting, and calls exactly one of the two actions, as an event of its own, with the
-    /// request as its argument. An unanswered request keeps the target. A null address fails.
+    /// request as its argument. An unanswered request keeps the target. A null address fails, and so does a request
+    /// above the limit, which is told to the witness as refused instead.
     /// @param isBannerGetAdRequest whether this asks for a banner ad; always false here
     void connectToServerWithRequest(const NSString& address, const Action& action, const Action& failAction,
                                     bool isBannerGetAdRequest);
+
+    /// A new ad begins, whose requests are counted from none.
+    /// @param limited whether they are bounded (kit/RequestLimit.h); those of a new manager are not
+    void begin_ad(bool limited);
 
     /// Keeps an auxiliary screen alive and known to the kit. Told to the witness.
     void addExtraView(const std::shared_ptr<UIViewController>& controller);
@@ -74,6 +87,8 @@ public:
 private:
     std::vector<std::shared_ptr<UIViewController>> extra_views_;
     std::string store_page_ = DefaultStorePage;
+    /// Null without a limit.
+    std::unique_ptr<RequestLimit> limit_;
 };
 
 } // namespace qoro

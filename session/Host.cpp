@@ -7,6 +7,7 @@ HostSetup unguarded_host()
 {
     HostSetup host;
     host.guard.reset();
+    host.tracker_limit = false;
     return host;
 }
 

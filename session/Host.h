@@ -46,9 +46,12 @@ struct HostSetup {
     NSString script = "kit://script.js";
     /// Which address shows a store's item, as QoroAdManager::set_store_page takes it.
     std::string store_page = DefaultStorePage;
+
+    /// Whether the ad's requests are bounded (QoroAdManager::begin_ad).
+    bool tracker_limit = true;
 };
 
-/// The host of a simulated session that asks for nothing: the ad alone, without the kit's guard.
+/// The host of a simulated session that asks for nothing: the ad alone, without the kit's guard and limits.
 HostSetup unguarded_host();
 
 /// Whether a text says which address shows a store's item: one on the web that names the item.

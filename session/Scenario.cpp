@@ -128,11 +128,11 @@ std::map<std::string, std::string, std::less<>> read_cached(const Reader& host)
     return copies;
 }
 
-/// @param setup what holds where the host says nothing
+/// @param setup what holds for the keys that are left out
 HostSetup read_host(const Reader& host, HostSetup setup)
 {
     host.with_keys({"autorotates", "rootView", "keyWindow", "parent", "parentWindow", "delegates", "flags", "guid",
-                    "session", "sequence", "script", "storePage", "guard", "cached"});
+                    "session", "sequence", "script", "storePage", "guard", "trackerLimit", "cached"});
     if (const auto orientations = host.at("autorotates")) {
         setup.autorotates.clear();
         for (const Reader& each : orientations->list("a list of interface orientations"))
@@ -162,6 +162,8 @@ HostSetup read_host(const Reader& host, HostSetup setup)
         setup.store_page = read_store_page(*page);
     if (const auto guard = host.at("guard"))
         setup.guard = guard->flag() ? std::optional(CloseGuardTimes{}) : std::nullopt;
+    if (const auto limited = host.at("trackerLimit"))
+        setup.tracker_limit = limited->flag();
     return setup;
 }
 
@@ -265,7 +267,7 @@ Scenario read_scenario(std::string_view text, const std::string& file)
     if (const auto device = reader.at("device"))
         scenario.world.device = read_device(*device);
     if (const auto host = reader.at("host")) {
-        scenario.host = read_host(*host, unguarded_host());
+        scenario.host = read_host(*host, scenario.host);
         scenario.world.cached = read_cached(*host);
     }
     if (const auto sizes = reader.at("text"))

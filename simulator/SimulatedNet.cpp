@@ -19,7 +19,7 @@ const NetAnswer& find(const World& world, const std::string& address)
 
 } // namespace
 
-void SimulatedNet::fetch(const std::string& address, std::function<void(FetchAnswer)> answer)
+void SimulatedNet::fetch(const std::string& address, FetchKind, std::function<void(FetchAnswer)> answer)
 {
     const NetAnswer& named = find(world_, address);
     ++pending_;

@@ -16,7 +16,7 @@ class SimulatedNet final : public Fetcher
 public:
     SimulatedNet(VirtualLoop& loop, const World& world) : loop_(loop), world_(world) {}
 
-    void fetch(const std::string& address, std::function<void(FetchAnswer)> answer) override;
+    void fetch(const std::string& address, FetchKind, std::function<void(FetchAnswer)> answer) override;
     /// At once, whatever delay the address has; the delay is added to blocked_seconds().
     FetchAnswer fetch_now(const std::string& address) override;
 

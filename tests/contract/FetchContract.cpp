@@ -21,7 +21,7 @@ TEST_P(FetchContract, WhatIsFoundIsHandedBackOnceAsAnEventOfItsOwn)
 {
     const std::string address = world().address(Address::Found);
     Answers answers;
-    platform().fetcher().fetch(address, answers.taker());
+    platform().fetcher().fetch(address, FetchKind::Tracker, answers.taker());
     EXPECT_TRUE(answers.got.empty());
 
     ASSERT_TRUE(until([&] { return !answers.got.empty(); }));
@@ -37,7 +37,7 @@ TEST_P(FetchContract, WhatIsFoundIsHandedBackOnceAsAnEventOfItsOwn)
 TEST_P(FetchContract, WhatIsNotFoundFailsInWords)
 {
     Answers answers;
-    platform().fetcher().fetch(world().address(Address::NotFound), answers.taker());
+    platform().fetcher().fetch(world().address(Address::NotFound), FetchKind::Tracker, answers.taker());
     EXPECT_TRUE(answers.got.empty());
 
     ASSERT_TRUE(until([&] { return !answers.got.empty(); }));
@@ -51,7 +51,7 @@ TEST_P(FetchContract, WhatIsNotFoundFailsInWords)
 TEST_P(FetchContract, AServerThatIsNotThereFailsInWords)
 {
     Answers answers;
-    platform().fetcher().fetch(world().address(Address::NobodyThere), answers.taker());
+    platform().fetcher().fetch(world().address(Address::NobodyThere), FetchKind::Tracker, answers.taker());
     EXPECT_TRUE(answers.got.empty());
 
     ASSERT_TRUE(until([&] { return !answers.got.empty(); }));
@@ -66,8 +66,8 @@ TEST_P(FetchContract, OneThatWaitsHoldsUpNoOther)
 {
     Answers silent;
     Answers found;
-    platform().fetcher().fetch(world().address(Address::Silent), silent.taker());
-    platform().fetcher().fetch(world().address(Address::Found), found.taker());
+    platform().fetcher().fetch(world().address(Address::Silent), FetchKind::Tracker, silent.taker());
+    platform().fetcher().fetch(world().address(Address::Found), FetchKind::Tracker, found.taker());
 
     ASSERT_TRUE(until([&] { return !found.got.empty(); }));
 
@@ -79,8 +79,10 @@ TEST_P(FetchContract, WhatIsUnderWayWhenThePlatformGoesNeverAnswersAndLetsItsTar
 {
     const auto kept = std::make_shared<int>();
     int answers = 0;
-    platform().fetcher().fetch(world().address(Address::Silent), [&, kept](const FetchAnswer&) { ++answers; });
-    platform().fetcher().fetch(world().address(Address::Found), [&, kept](const FetchAnswer&) { ++answers; });
+    platform().fetcher().fetch(world().address(Address::Silent), FetchKind::Tracker,
+                               [&, kept](const FetchAnswer&) { ++answers; });
+    platform().fetcher().fetch(world().address(Address::Found), FetchKind::Tracker,
+                               [&, kept](const FetchAnswer&) { ++answers; });
 
     end();
 

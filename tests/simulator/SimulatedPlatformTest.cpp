@@ -57,7 +57,7 @@ TEST(SimulatedNet, AnAddressThatIsNotNamedAnswersWithSuccessAndNoBodyAsAnEventOf
     FetchAnswer answer;
     answer.body = "untouched";
 
-    platform.fetcher().fetch("http://t/x", [&](FetchAnswer got) { answer = std::move(got); });
+    platform.fetcher().fetch("http://t/x", FetchKind::Tracker, [&](FetchAnswer got) { answer = std::move(got); });
     EXPECT_EQ(answer.body, "untouched");
     platform.run_until(0);
 
@@ -70,7 +70,8 @@ TEST(SimulatedNet, ANamedAddressAnswersAfterItsDelay)
 {
     SimulatedPlatform platform(world_with_answer("http://ad/p", {true, "", "page", 0.2}));
     Texts answers;
-    platform.fetcher().fetch("http://ad/p", [&](const FetchAnswer& got) { answers.push_back(got.body); });
+    platform.fetcher().fetch("http://ad/p", FetchKind::Tracker,
+                             [&](const FetchAnswer& got) { answers.push_back(got.body); });
 
     platform.run_until(0.199999);
     EXPECT_TRUE(answers.empty());

@@ -49,7 +49,7 @@ private:
     float value() const override { return 0; }
     void set_value(float) override {}
     bool has_slider() const override { return false; }
-    void fetch(const std::string&, std::function<void(FetchAnswer)>) override {}
+    void fetch(const std::string&, FetchKind, std::function<void(FetchAnswer)>) override {}
     FetchAnswer fetch_now(const std::string&) override { return {}; }
     CGSize measure(const NSString&, const FontSpec&, CGSize) override { return {}; }
     std::shared_ptr<const DecodedImage> decode(const NSData&) override { return nullptr; }
