@@ -3,6 +3,7 @@
 #include "app/PlayInput.h"
 #include "app/TraceFile.h"
 #include "desktop/DesktopPlatform.h"
+#include "desktop/screen/DisplayWatch.h"
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
 #include "embedding/ServedAd.h"
@@ -46,7 +47,8 @@ public:
     Player(const PlayOptions& options, PlayInput input, std::optional<TraceFile> trace_file);
     ~Player() override;
 
-    void run();
+    /// @return the program's exit status
+    int run();
 
 private:
     // What the steps ask for.
@@ -66,6 +68,8 @@ private:
     bool is_closed() const;
     void close_ad();
     void end();
+    void display_lost();
+    void fail(const std::string& what);
 
     static gboolean signalled(gpointer self);
 
@@ -77,8 +81,11 @@ private:
     std::optional<ServedAd> served_;
     std::unique_ptr<Session> session_;
     std::vector<guint> signals_;
+    const DisplayWatch display_watch_{[this] { display_lost(); }};
     bool is_away_ = false;
     bool ends_ = false;
+    /// Something that was asked for could not be done.
+    bool has_failed_ = false;
 };
 
 Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceFile> trace_file)
@@ -109,7 +116,7 @@ Player::~Player()
     platform_.loop().clear();
 }
 
-void Player::run()
+int Player::run()
 {
     connect_window();
     platform_.display().show();
@@ -121,6 +128,8 @@ void Player::run()
     platform_.device().follow_sensor();
     schedule();
     platform_.loop().run();
+    const bool trace_failed = trace_file_ && trace_file_->has_failed();
+    return has_failed_ || trace_failed ? 1 : 0;
 }
 
 void Player::connect_window()
@@ -207,8 +216,9 @@ void Player::leave_or_return(bool leaves)
 void Player::take_snapshot(double seconds)
 {
     const auto path = std::filesystem::path(options_.out_folder) / ("snapshot-" + shortest_text(seconds) + ".png");
-    if (!platform_.display().snapshot_png(path.string()))
-        std::cerr << "qoro-ad: " << path.string() << ": the picture could not be written\n";
+    const std::string problem = platform_.display().snapshot_png(path.string());
+    if (!problem.empty())
+        fail(path.string() + ": the picture could not be written: " + problem);
 }
 
 // ------------------------------------------------------------------------------------------------------------ the end
@@ -259,6 +269,22 @@ void Player::end()
     });
 }
 
+/// Nothing more can be shown, and GTK must not be asked for anything: the ad is closed, its last requests go out, and
+/// the program ends.
+void Player::display_lost()
+{
+    fail("the display is gone, and the ad was closed");
+    close_ad();
+    platform_.loop().run_alone([this] { return platform_.fetcher().pending() == 0; }, LastRequestsPatience);
+    platform_.loop().quit();
+}
+
+void Player::fail(const std::string& what)
+{
+    has_failed_ = true;
+    std::cerr << "qoro-ad: " << what << std::endl;
+}
+
 gboolean Player::signalled(gpointer self)
 {
     static_cast<Player*>(self)->close_ad();
@@ -304,8 +330,7 @@ int play(const PlayOptions& options)
         return lacks("the page's sandbox does not work here; --no-web-sandbox goes on without one, "
                      "for pages that you trust");
     }
-    Player(options, std::move(input), std::move(trace_file)).run();
-    return 0;
+    return Player(options, std::move(input), std::move(trace_file)).run();
 }
 
 } // namespace qoro

@@ -2,14 +2,14 @@
 
 #include "session/Trace.h"
 
-#include <cstdio>
 #include <memory>
 #include <string>
 
 namespace qoro
 {
 
-/// Where a trace is written to, line by line as it grows.
+/// Where a trace is written to, line by line as it grows. When the file takes no more, on a full disk or a broken pipe,
+/// one line on standard error says so, and the trace ends there.
 class TraceFile
 {
 public:
@@ -20,9 +20,13 @@ public:
     /// Readable lines for a terminal, JSON for everything else.
     TraceFormat format() const;
     LineSink sink() const;
+    /// Whether something of the trace is missing from the file.
+    bool has_failed() const;
 
 private:
-    std::shared_ptr<std::FILE> file_;
+    struct File;
+
+    const std::shared_ptr<File> file_;
 };
 
 } // namespace qoro

@@ -245,6 +245,16 @@ void GlibLoop::quit()
     g_main_loop_quit(loop_);
 }
 
+void GlibLoop::run_alone(const std::function<bool()>& condition, double seconds)
+{
+    constexpr gulong Pause = 2000;
+    const std::int64_t deadline = g_get_monotonic_time() + interval_microseconds(seconds);
+    while (!condition() && g_get_monotonic_time() < deadline) {
+        run_due();
+        g_usleep(Pause);
+    }
+}
+
 bool GlibLoop::run_until(const std::function<bool()>& condition, double seconds)
 {
     bool over = condition();

@@ -39,6 +39,9 @@ public:
     /// @param seconds how long to wait for it at most
     /// @return whether it holds
     bool run_until(const std::function<bool()>& condition, double seconds);
+    /// The same without the thread's other events, such as GTK's; only timers and what is posted run. For a program
+    /// whose display is gone.
+    void run_alone(const std::function<bool()>& condition, double seconds);
 
     /// Lets now() begin at 0 again; before any timer is started.
     void restart_clock();

@@ -511,10 +511,10 @@ void Screen::draw_focus(GtkSnapshot* snapshot)
     draw_focus_ring(snapshot, in_surface(layer->place.around()), in_surface({0, 0, device.width, device.height}));
 }
 
-bool Screen::snapshot_png(const std::string& path)
+std::string Screen::snapshot_png(const std::string& path)
 {
     if (!window_ || !gtk_widget_get_mapped(surface_))
-        return false;
+        return "nothing is shown";
     update();
     // As on a monitor that is big enough, whatever this one is.
     const CGPoint origin = std::exchange(origin_, {});
@@ -529,9 +529,18 @@ bool Screen::snapshot_png(const std::string& path)
     origin_ = origin;
     scale_ = scale;
     place_layers();
-    const bool saved = gdk_texture_save_to_png(picture, path.c_str());
+    GBytes* png = gdk_texture_save_to_png_bytes(picture);
     g_object_unref(picture);
-    return saved;
+    gsize length = 0;
+    const auto* bytes = static_cast<const char*>(g_bytes_get_data(png, &length));
+    GError* error = nullptr;
+    std::string problem;
+    if (!g_file_set_contents(path.c_str(), bytes, static_cast<gssize>(length), &error)) {
+        problem = error->message;
+        g_error_free(error);
+    }
+    g_bytes_unref(png);
+    return problem;
 }
 
 } // namespace qoro

@@ -43,8 +43,8 @@ public:
     void needs_display() override;
 
     /// A picture of the whole screen as it is shown, one pixel a point, as a PNG file. The window must be open.
-    /// @return false when the file cannot be written
-    bool snapshot_png(const std::string& path);
+    /// @return why the file could not be written, in words; empty when it was
+    std::string snapshot_png(const std::string& path);
 
     /// A key was pressed, before anything in the window hears of it. Answers whether it was taken.
     /// @param keyval GDK's key value

@@ -159,7 +159,7 @@ protected:
     }
     Shown shown()
     {
-        EXPECT_TRUE(screen->snapshot_png(picture_path));
+        EXPECT_EQ(screen->snapshot_png(picture_path), "");
         return Shown(picture_path);
     }
     void turn(int device_orientation)

@@ -1,0 +1,110 @@
+#include "desktop/screen/DisplayWatch.h"
+
+#include <gtk/gtk.h>
+#ifdef GDK_WINDOWING_X11
+#include <X11/Xlib.h>
+#include <gdk/x11/gdkx.h>
+#endif
+#ifdef GDK_WINDOWING_WAYLAND
+#include <gdk/wayland/gdkwayland.h>
+#include <wayland-client-core.h>
+#endif
+
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// Before GTK's own source: while this one is ready, GLib asks none that comes after it.
+constexpr int BeforeAll = G_PRIORITY_HIGH - 100;
+
+bool x_is_gone = false;
+
+#ifdef GDK_WINDOWING_X11
+/// In the place of GTK's, which ends the program.
+int x_has_failed(Display*)
+{
+    x_is_gone = true;
+    return 0;
+}
+
+/// Xlib would end the program too.
+void stay(Display*, void*)
+{
+}
+#endif
+
+/// The connection of a display; -1 for one without.
+int connection_of(GdkDisplay* display)
+{
+#ifdef GDK_WINDOWING_X11
+    if (GDK_IS_X11_DISPLAY(display)) {
+        Display* x = gdk_x11_display_get_xdisplay(display);
+        XSetIOErrorHandler(x_has_failed);
+        XSetIOErrorExitHandler(x, stay, nullptr);
+        return ConnectionNumber(x);
+    }
+#endif
+#ifdef GDK_WINDOWING_WAYLAND
+    if (GDK_IS_WAYLAND_DISPLAY(display))
+        return wl_display_get_fd(gdk_wayland_display_get_wl_display(display));
+#endif
+    return -1;
+}
+
+} // namespace
+
+struct DisplayWatch::Source {
+    GSource base;
+    DisplayWatch* watch;
+    gpointer connection;
+    bool told;
+
+    static gboolean prepare(GSource* source, gint* timeout)
+    {
+        *timeout = -1;
+        return x_is_gone || reinterpret_cast<Source*>(source)->told;
+    }
+    static gboolean check(GSource* source)
+    {
+        auto* self = reinterpret_cast<Source*>(source);
+        return x_is_gone || self->told ||
+               (g_source_query_unix_fd(source, self->connection) & (G_IO_HUP | G_IO_ERR)) != 0;
+    }
+    static gboolean dispatch(GSource* source, GSourceFunc, gpointer)
+    {
+        auto* self = reinterpret_cast<Source*>(source);
+        if (!std::exchange(self->told, true))
+            self->watch->lost_();
+        return G_SOURCE_CONTINUE;
+    }
+};
+
+DisplayWatch::DisplayWatch(std::function<void()> lost) : lost_(std::move(lost))
+{
+    const int connection = connection_of(gdk_display_get_default());
+    if (connection < 0)
+        return;
+    static GSourceFuncs functions = {Source::prepare, Source::check, Source::dispatch, nullptr, nullptr, nullptr};
+    source_ = g_source_new(&functions, sizeof(Source));
+    auto* source = reinterpret_cast<Source*>(source_);
+    source->watch = this;
+    source->told = false;
+    source->connection = g_source_add_unix_fd(source_, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
+    g_source_set_name(source_, "qoro display watch");
+    g_source_set_priority(source_, BeforeAll);
+    g_source_attach(source_, nullptr);
+}
+
+DisplayWatch::~DisplayWatch()
+{
+    if (!source_)
+        return;
+    g_source_destroy(source_);
+    g_source_unref(source_);
+}
+
+} // namespace qoro
