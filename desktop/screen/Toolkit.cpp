@@ -29,6 +29,8 @@ namespace
 {
 /// More than the pixels of any device's screen.
 constexpr int frame_memory = 16 * 1024 * 1024;
+/// The main thread's, and one for all others.
+constexpr int arenas = 2;
 } // namespace
 
 void prepare_toolkit()
@@ -40,6 +42,9 @@ void prepare_toolkit()
     // it to the kernel each time, which costs more than the drawing.
     mallopt(M_MMAP_THRESHOLD, frame_memory);
     mallopt(M_TRIM_THRESHOLD, 2 * frame_memory);
+    // Each of an ad's threads would have memory of its own, of which some pages stay in use for the next thread to
+    // find: ad after ad, more would be resident.
+    mallopt(M_ARENA_MAX, arenas);
     // GTK would do so later, under the feet of the other threads; and for numbers too, whose decimal point trackers and
     // scripts are sent.
     std::setlocale(LC_CTYPE, "");
