@@ -41,7 +41,8 @@ namespace fs = std::filesystem;
 constexpr double Patience = 120;
 /// Ads after which everything that is made once has been made.
 constexpr int Warm = 10;
-/// Threads that libraries keep for a while, and the files with which they are woken.
+/// Threads and processes that libraries keep for a while, or have ready for what may come, and the files that belong to
+/// them.
 constexpr int Pools = 6;
 
 const char* const Page = R"(<!DOCTYPE html><html><head><script src="mraid.js"></script></head><body><script>
@@ -183,7 +184,8 @@ int soak(int ads, const fs::path& folder, long most)
     const Holdings end = holdings(temporary);
     std::cout << "then: " << end << std::endl;
     return grown("kilobytes", end.kilobytes, warm.kilobytes, most) | grown("files", end.files, warm.files, Pools) |
-           grown("threads", end.threads, warm.threads, Pools) | grown("processes", end.processes, warm.processes, 0) |
+           grown("threads", end.threads, warm.threads, Pools) |
+           grown("processes", end.processes, warm.processes, Pools) |
            grown("temporary files", end.temporary, warm.temporary, 0);
 }
 
