@@ -33,9 +33,9 @@ constexpr const char* RequestProcess = "WebKitNetworkPr";
 /// WebKit's threads that take what a process sends.
 constexpr const char* Receiver = "ReceiveQueue";
 /// Of a processor, that the receivers need while a page floods the program.
-constexpr double Flood = 0.1;
+constexpr double Flood = 0.12;
 /// Seconds for which a flood is not over.
-constexpr double FloodLasts = 1;
+constexpr double FloodLasts = 0.5;
 /// Seconds between two looks at which threads and which processes there are.
 constexpr double NewThreads = 1;
 

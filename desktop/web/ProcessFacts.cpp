@@ -113,7 +113,13 @@ std::optional<double> worked_seconds(int process)
 
 std::optional<double> worked_seconds(int process, int thread)
 {
-    return worked_of(contents(place_of(process) + "/task/" + std::to_string(thread) + "/stat"));
+    const std::string task = place_of(process) + "/task/" + std::to_string(thread);
+    // In nanoseconds, where the system keeps them; else in ticks of ten milliseconds.
+    const std::string precise = contents(task + "/schedstat");
+    std::uint64_t nanoseconds = 0;
+    if (std::from_chars(precise.data(), precise.data() + precise.size(), nanoseconds).ec == std::errc())
+        return static_cast<double>(nanoseconds) * 1e-9;
+    return worked_of(contents(task + "/stat"));
 }
 
 bool is_at_work(int process)

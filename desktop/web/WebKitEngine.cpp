@@ -25,16 +25,19 @@ constexpr double LaunchPoll = 0.01;
 
 // ------------------------------------------------------------------------------------------------ what pages may do
 
-/// What WebKit does past the eyes of the page's guard: for a worker that belongs to no page, or before there is a
-/// request.
-constexpr std::array<std::string_view, 3> BeyondTheGuard{"LinkPreconnect", "ServiceWorkers", "SharedWorker"};
+/// What WebKit does past the eyes of the page's guard (for a worker that belongs to no page, or before there is a
+/// request); and what an ad has no use for, but which reaches the machine around it: a service of the desktop's for
+/// what plays, the clipboard, the pointer, dialogs of their own, devices.
+constexpr std::array<std::string_view, 10> Forbidden{
+    "LinkPreconnect",    "ServiceWorkers",     "SharedWorker", "MediaSession", "AsyncClipboardAPI",
+    "ScreenWakeLockAPI", "SpeechSynthesisAPI", "PointerLock",  "Gamepads",     "InputTypeColor"};
 
-void forbid_what_is_beyond_the_guard(WebKitSettings* settings)
+void forbid_features(WebKitSettings* settings)
 {
     WebKitFeatureList* features = webkit_settings_get_all_features();
     for (gsize n = 0; n < webkit_feature_list_get_length(features); ++n) {
         WebKitFeature* feature = webkit_feature_list_get(features, n);
-        if (std::ranges::find(BeyondTheGuard, webkit_feature_get_identifier(feature)) != BeyondTheGuard.end())
+        if (std::ranges::find(Forbidden, webkit_feature_get_identifier(feature)) != Forbidden.end())
             webkit_settings_set_feature_enabled(settings, feature, FALSE);
     }
     webkit_feature_list_unref(features);
@@ -218,7 +221,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
     : platform_(platform), listener_(listener), kind_(kind), sockets_(std::move(sockets)), watch_(std::move(watch)),
       content_(webkit_user_content_manager_new()), view_([&] {
           WebKitSettings* settings = make_settings();
-          forbid_what_is_beyond_the_guard(settings);
+          forbid_features(settings);
           auto* view =
               WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session,
                                            "user-content-manager", content_, "settings", settings, nullptr));

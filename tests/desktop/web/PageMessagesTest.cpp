@@ -1,0 +1,74 @@
+#include "tests/desktop/web/PageTest.h"
+
+namespace qoro::test
+{
+namespace
+{
+
+/// What a page may say at all: bounded where it is said.
+class PageMessagesTest : public PageTest
+{
+};
+
+TEST_F(PageMessagesTest, there_is_no_way_but_the_bounded_one)
+{
+    load_script("note(typeof window.webkit?.messageHandlers?.qoroPlayer, typeof window.webkit?.messageHandlers?."
+                "textEntry, typeof qoroBridge)");
+    wait_for(R"(note["undefined","undefined","function"])");
+}
+
+TEST_F(PageMessagesTest, the_library_refuses_what_is_too_much_and_sends_nothing)
+{
+    load_script(
+        "const names = n => Object.fromEntries([...Array(n).keys()].map(i => [`n${i}`, i]));"
+        "let deep = []; for (let n = 0; n < 40; ++n) deep = [deep];"
+        "const said = value => qoroPlayer.checkCanPlayNextVideo(value).then(() => 'taken', error => error.message);"
+        "Promise.all([names(800000), names(255), names(254), 'x'.repeat(1e8), Array(1e6).fill(0), "
+        "  Object.assign([], {length: 4e9}), 'x'.repeat(60000), deep].map(said)).then(all => note(...all));");
+    wait_for(R"(note["The arguments are too long.","The arguments are too long.","taken",)"
+             R"("The arguments are too long.","The arguments are too long.","The arguments are too long.",)"
+             R"("taken","The arguments are nested too deeply."])");
+    EXPECT_TRUE(recorder.refusals.empty()) << "nothing of it left the page";
+}
+
+TEST_F(PageMessagesTest, what_bypasses_the_library_is_refused_as_well)
+{
+    load_script("const sent = text => new Promise(done => qoroBridge(text, error => done(error === null)));"
+                "const many = Object.fromEntries([...Array(800000).keys()].map(i => [`n${i}`, i]));"
+                "Promise.all([sent(JSON.stringify({command: 'c', args: [many]})), sent('x'.repeat(1e8)), sent(7),"
+                "  sent({toString() { return '{}'; }}), sent('\\ud800')]).then(all => note(...all));");
+    wait_for("note[false,false,false,false,false]");
+    EXPECT_FALSE(recorder.has("c"));
+    EXPECT_FALSE(recorder.refusals.empty());
+}
+
+TEST_F(PageMessagesTest, every_message_is_answered_once)
+{
+    load_script("let answers = 0; for (let n = 0; n < 1000; ++n)"
+                "  qoroBridge(JSON.stringify({command: 'c', args: []}), () => { ++answers; });"
+                "setTimeout(() => note(answers), 4000);");
+    wait_for("note[1000]");
+    EXPECT_LT(recorder.count("c[]"), 400) << "300 are heard at once";
+    EXPECT_GT(recorder.count("c[]"), 299);
+}
+
+TEST_F(PageMessagesTest, large_messages_pass_a_few_at_a_time)
+{
+    load_script("const text = JSON.stringify({command: 'c', args: ['x'.repeat(60000)]});"
+                "let taken = 0, left = 100; for (let n = 0; n < 100; ++n)"
+                "  qoroBridge(text, error => { taken += error === null; if (--left === 0) report(); });"
+                "const report = () => setTimeout(() => note('taken', taken), 500);");
+    ASSERT_TRUE(platform.loop().run_until(
+        [&] { return !recorder.heard.empty() && recorder.heard.back().starts_with("note"); }, 15));
+    EXPECT_EQ(recorder.heard.back(), R"(note["taken",4])") << "256 KiB at once";
+}
+
+TEST_F(PageMessagesTest, a_function_that_throws_at_its_answer_disturbs_nobody)
+{
+    load_script("qoroBridge('', () => { throw 1; }); qoroBridge(JSON.stringify({command: 'c', args: []}), "
+                "() => { throw 2; }); setTimeout(() => note('goes on'), 300);");
+    wait_for("note[\"goes on\"]");
+}
+
+} // namespace
+} // namespace qoro::test

@@ -1,0 +1,24 @@
+#include "tests/desktop/web/PageTest.h"
+
+namespace qoro::test
+{
+namespace
+{
+
+/// What a page reaches of the machine around the ad, beside the ad.
+class PageSurroundingsTest : public PageTest
+{
+};
+
+TEST_F(PageSurroundingsTest, what_an_ad_has_no_use_for_is_not_there)
+{
+    load_script("note(...['mediaSession', 'wakeLock', 'getGamepads', 'clipboard'].filter(n => n in navigator),"
+                "  ...['speechSynthesis', 'SharedWorker'].filter(n => n in window),"
+                "  ...['requestPointerLock', 'webkitRequestFullscreen'].filter(n => n in document.body),"
+                "  Object.assign(document.createElement('input'), {type: 'color'}).type)");
+    wait_for("finish");
+    EXPECT_TRUE(recorder.has(R"(note["text"])")) << recorder.heard[1];
+}
+
+} // namespace
+} // namespace qoro::test
