@@ -3,6 +3,7 @@
 #include "desktop/cache/VideoCache.h"
 #include "desktop/cache/VideoDownload.h"
 #include "desktop/net/HttpAddress.h"
+#include "desktop/net/Reach.h"
 #include "session/InputError.h"
 
 #include <CLI/CLI.hpp>
@@ -68,6 +69,9 @@ int prefetch(VideoCache& cache, const std::vector<std::string>& addresses)
         if (!is_http_address(address))
             throw InputError("cache prefetch", "", "expected an address of http or https, got \"" + address + "\"");
     int status = 0;
+    // What the user names may lie anywhere; where its server leads on to may not.
+    const ReachRule rule(NetworkZone::Public);
+    const NamedHosts named(addresses);
     VideoDownload download;
     for (const std::string& address : addresses) {
         const VideoDownload::Result result = download.fetch(cache, address);

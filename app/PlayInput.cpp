@@ -62,6 +62,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
                        .autorotates = surroundings.host.autorotates};
     platform.system_volume = options.system_volume;
     platform.silent = options.mute_output;
+    platform.allow_private_network = options.allow_private_network;
     platform.video_cache.warn = [](const std::string& line) { std::cerr << "qoro-ad: " << line << '\n'; };
     platform.last_requests_seconds = 0; // the loop has waited for them
     if (options.host_file.empty())

@@ -33,6 +33,7 @@ struct PlayOptions {
     bool no_web_sandbox = false;
     /// Megabytes that the page's process may use; absent for the platform's own limit.
     std::optional<double> page_memory;
+    bool allow_private_network = false;
     /// Absent: until the ad is closed.
     std::optional<double> seconds;
     std::string steps_file;

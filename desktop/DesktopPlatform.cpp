@@ -10,11 +10,14 @@ namespace qoro
 {
 
 DesktopPlatform::DesktopPlatform(const Options& options)
-    : last_requests_seconds_(options.last_requests_seconds), device_(*this, options.device),
+    : last_requests_seconds_(options.last_requests_seconds),
+      reach_(options.allow_private_network ? NetworkZone::Private : NetworkZone::Public),
+      device_(*this, options.device),
       output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
       volume_(output_volume_, options.volume_slider), web_engines_(*this, options.pages),
       video_cache_(options.video_cache), calendar_(options.calendar)
 {
+    shared<OpenNetworks>().open = open_zone();
     if (options.volume)
         output_volume_.set_value(*options.volume);
     output_volume_.on_change = [this] { output_volume_changed(); };

@@ -7,6 +7,7 @@
 #include "desktop/images/GdkImages.h"
 #include "desktop/media/GstPlayer.h"
 #include "desktop/media/PulseVolume.h"
+#include "desktop/net/Reach.h"
 #include "desktop/net/SoupFetcher.h"
 #include "desktop/screen/Screen.h"
 #include "desktop/text/GettextTranslation.h"
@@ -40,6 +41,10 @@ public:
         /// Seconds that the platform's end waits at most for requests under way: trackers of an ad that closed just
         /// before. Their answers come to nobody any more.
         double last_requests_seconds = 2;
+        /// Whether ads and their pages reach private networks, such as a studio's own servers. Without it they reach
+        /// public addresses alone, but for what an ad of this machine names itself (ServedAd). Requests of the ad reach
+        /// this machine too then, those of its pages do not.
+        bool allow_private_network = false;
         VideoCache::Options video_cache = {};
         DesktopCalendar::Options calendar = {};
         PageLimits pages = {};
@@ -108,6 +113,7 @@ private:
     const double last_requests_seconds_;
     bool returns_memory_ = false;
     bool has_more_to_return_ = false;
+    const ReachRule reach_;
     GlibLoop loop_{this};
     DesktopDevice device_;
     PulseVolume output_volume_;

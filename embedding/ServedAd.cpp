@@ -25,6 +25,16 @@ std::vector<std::string> tracker_paths(QoroVideoAd& ad)
     });
     return paths;
 }
+
+std::vector<std::string> named_addresses(QoroVideoAd& ad)
+{
+    std::vector<std::string> addresses;
+    rewrite_addresses(ad, [&addresses](AdAddressUse, const std::string&, const std::string& address) {
+        addresses.push_back(address);
+        return address;
+    });
+    return addresses;
+}
 } // namespace
 
 ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, AdServer::OnHit on_hit)
@@ -38,6 +48,7 @@ ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, A
     rewrite_addresses(*ad_, [base = server_->base()](AdAddressUse, const std::string&, const std::string& address) {
         return address_on_server(address, base);
     });
+    named_.emplace(named_addresses(*ad_));
 }
 
 ServedAd::ServedAd(const std::string& file, AdServer::OnHit on_hit)

@@ -2,14 +2,17 @@
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
 #include "desktop/net/AdServer.h"
+#include "desktop/net/Reach.h"
 
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace qoro
 {
 
-/// An ad whose folder is served: its relative addresses lead to a server of its own.
+/// An ad whose folder is served: its relative addresses lead to a server of its own. What it names itself can be
+/// reached wherever it lies, also in a private network or on this machine, as long as this object lives.
 class ServedAd
 {
 public:
@@ -29,6 +32,7 @@ public:
 private:
     const std::shared_ptr<QoroVideoAd> ad_;
     std::unique_ptr<AdServer> server_;
+    std::optional<NamedHosts> named_;
 };
 
 } // namespace qoro

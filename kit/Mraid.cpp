@@ -1,6 +1,6 @@
 #include "kit/Mraid.h"
 
-#include "kit/Loopback.h"
+#include "kit/NetworkZone.h"
 #include "kit/PagePlace.h"
 #include "platform/QoroPhoneGapViewController.h"
 #include "platform/UIKit.h"
@@ -248,8 +248,8 @@ NSString Mraid::play_video(const NSArray& arguments)
 NSString Mraid::leave_for(const NSURL& address)
 {
     const NSString& text = address.absoluteString();
-    if (leads_to_this_machine(ad_.strBaseUrl.text(), text.text()))
-        return "this machine's own addresses are out of reach";
+    if (leads_inward(ad_.strBaseUrl.text(), text.text(), platform_.shared<OpenNetworks>().open))
+        return "this machine and private networks are out of reach";
     if (!UIApplication::sharedApplication().canOpenURL(address))
         return "nothing here opens " + text.text();
     platform_.tell("mraid", {{"do", "open"}, {"url", text}});

@@ -2,9 +2,9 @@
 
 #include "kit/CalendarEvent.h"
 #include "kit/CloseGuard.h"
-#include "kit/Loopback.h"
 #include "kit/MessageBudget.h"
 #include "kit/Mraid.h"
+#include "kit/NetworkZone.h"
 #include "kit/RefusalLog.h"
 #include "kit/WebText.h"
 #include "platform/QoroAppStoreMockViewController.h"
@@ -40,20 +40,21 @@ bool is_long(const Value& id)
     return id.is_array() || id.is_dictionary() || id.stringValue().length() > LongestListenerId;
 }
 
-/// The first address of this machine (a file, or a server of its own) in a record that a page sends; null for none.
+/// The first address in a record that a page sends of what the page does not reach: a file, this machine, a private
+/// network; null for none.
 /// @param page where the page comes from
-NSString machine_address_in(const Value& value, const std::string& page)
+NSString inward_address_in(const Value& value, const std::string& page, NetworkZone open)
 {
     if (value.is_string()) {
         const NSURL address = NSURL::URLWithString(value.string());
-        const bool here = scheme_of(address) == "file" || leads_to_this_machine(page, value.string().text());
-        return here ? value.string() : NSString();
+        const bool inward = scheme_of(address) == "file" || leads_inward(page, value.string().text(), open);
+        return inward ? value.string() : NSString();
     }
     for (const Value& entry : value.array())
-        if (const NSString found = machine_address_in(entry, page))
+        if (const NSString found = inward_address_in(entry, page, open))
             return found;
     for (const NSDictionary::Entry& entry : value.dictionary())
-        if (const NSString found = machine_address_in(entry.value, page))
+        if (const NSString found = inward_address_in(entry.value, page, open))
             return found;
     return nullptr;
 }
@@ -158,10 +159,12 @@ ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage
         return held->carry_out(message);
     }
     ScriptAnswer answer;
-    const NSString machine =
-        is_loopback_address(strBaseUrl.text()) ? NSString() : machine_address_in(message.arguments, strBaseUrl.text());
-    if (machine)
-        answer.error = "this machine's own addresses are out of reach: " + machine.text();
+    const std::string& page = strBaseUrl.text();
+    const NSString inward = zone_named_by(page) == NetworkZone::Machine
+                                ? NSString()
+                                : inward_address_in(message.arguments, page, platform_.shared<OpenNetworks>().open);
+    if (inward)
+        answer.error = "this machine and private networks are out of reach: " + inward.text();
     else
         answer = callFromScript(message);
     if (answer.error)

@@ -2,7 +2,8 @@
 
 #include "desktop/cache/VideoCache.h"
 #include "desktop/net/HttpAddress.h"
-#include "desktop/net/RedirectGuard.h"
+#include "desktop/net/Reach.h"
+#include "desktop/net/RequestGuard.h"
 #include "desktop/net/UserAgent.h"
 #include "platform/Numbers.h"
 
@@ -95,7 +96,7 @@ VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::strin
         return {.error = "not an address of http or https"};
     const Message message(soup_message_new_from_uri(SOUP_METHOD_GET, uri));
     const std::unique_ptr<GCancellable, Unref> request(g_cancellable_new());
-    const RedirectGuard redirects(message.get(), uri, request.get());
+    const RequestGuard guard(message.get(), uri, request.get(), reach_of(address));
     g_uri_unref(uri);
 
     const std::int64_t deadline = g_get_monotonic_time() + static_cast<std::int64_t>(limits_.all_seconds * 1e6);
@@ -103,7 +104,7 @@ VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::strin
     const Stream stream(soup_session_send(session_, message.get(), request.get(), &error));
     if (!stream) {
         const std::string words = words_of(error);
-        return {.error = redirects.has_acted() ? RedirectGuard::Reason : words};
+        return {.error = guard.reason() ? guard.reason() : words};
     }
     if (std::string fault = fault_of(message.get(), cache.most_bytes()); !fault.empty())
         return {.error = std::move(fault)};

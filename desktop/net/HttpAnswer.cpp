@@ -15,7 +15,8 @@ void read_part(HttpAnswer& answer, SoupMessageHeaders* headers)
     goffset first = 0;
     goffset last = 0;
     goffset whole = -1;
-    if (!soup_message_headers_get_content_range(headers, &first, &last, &whole) || first < 0)
+    if (!soup_message_headers_get_content_range(headers, &first, &last, &whole) || first < 0 || last < first ||
+        (whole >= 0 && last >= whole))
         return;
     answer.first = static_cast<std::uint64_t>(first);
     if (whole >= 0)

@@ -2,6 +2,7 @@
 
 #include "desktop/net/HttpAddress.h"
 #include "desktop/net/HttpAnswer.h"
+#include "desktop/net/Reach.h"
 #include "desktop/net/UserAgent.h"
 
 #include <libsoup/soup.h>
@@ -31,7 +32,7 @@ HttpReader::HttpReader(const std::string& address) : HttpReader(address, Limits{
 }
 
 HttpReader::HttpReader(const std::string& address, const Limits& limits)
-    : limits_(limits), uri_(http_uri(address)),
+    : limits_(limits), uri_(http_uri(address)), reach_(reach_of(address)),
       session_(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))
 {
     // Positions count the bytes that a server sends.
@@ -101,12 +102,12 @@ HttpReader::Connection HttpReader::connect(std::uint64_t position)
         if (!version_.empty())
             soup_message_headers_replace(asked, "If-Range", version_.c_str());
     }
-    redirects_.emplace(message_, uri_, cancellable_);
+    guard_.emplace(message_, uri_, cancellable_, reach_);
     GError* error = nullptr;
     stream_ = soup_session_send(session_, message_, cancellable_, &error);
-    if (redirects_->has_acted()) {
+    if (!stream_ && guard_->reason()) {
         g_clear_error(&error);
-        return refuse(RedirectGuard::Reason);
+        return refuse(guard_->reason());
     }
     if (!stream_)
         return broken(words_for(error, "its server can't be reached"));
@@ -186,7 +187,7 @@ void HttpReader::disconnect()
     if (stream_)
         g_input_stream_close(stream_, cancellable_, nullptr);
     g_clear_object(&stream_);
-    redirects_.reset();
+    guard_.reset();
     g_clear_object(&message_);
     const std::scoped_lock lock(mutex_);
     g_clear_object(&cancellable_);

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "desktop/net/RedirectGuard.h"
+#include "desktop/net/RequestGuard.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -73,11 +73,12 @@ private:
 
     const Limits limits_;
     GUri* const uri_;
+    const NetworkZone reach_;
     SoupSession* const session_;
     /// The request under way, with its answer.
     SoupMessage* message_ = nullptr;
     GInputStream* stream_ = nullptr;
-    std::optional<RedirectGuard> redirects_;
+    std::optional<RequestGuard> guard_;
     bool refused_ = false;
     /// The next byte of the stream.
     std::uint64_t at_ = 0;

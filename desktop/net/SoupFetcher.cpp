@@ -2,7 +2,8 @@
 
 #include "desktop/net/ContextThread.h"
 #include "desktop/net/HttpAddress.h"
-#include "desktop/net/RedirectGuard.h"
+#include "desktop/net/Reach.h"
+#include "desktop/net/RequestGuard.h"
 #include "desktop/net/UserAgent.h"
 
 #include <libsoup/soup.h>
@@ -72,7 +73,10 @@ public:
     ~Worker()
     {
         thread_.run([this] {
+            ends_ = true;
             waiting_.clear();
+            while (!pausing_.empty())
+                forget(*pausing_.begin());
             for (Transfer* transfer : transfers_)
                 g_cancellable_cancel(transfer->cancellable);
         });
@@ -85,10 +89,9 @@ public:
 
     /// @param urgent whether the main thread waits for it
     /// @param done called on the worker's thread
-    void start(std::string address, bool urgent, Done done)
+    void start(std::string address, FetchKind kind, bool urgent, Done done)
     {
-        thread_.post(
-            [this, address = std::move(address), urgent, done = std::move(done)] { begin(address, urgent, done); });
+        thread_.post([this, asked = Asked{std::move(address), kind, urgent, std::move(done)}] { begin(asked); });
     }
 
     void finish(double seconds)
@@ -111,7 +114,17 @@ public:
 private:
     struct Asked {
         std::string address;
+        FetchKind kind;
+        /// Whether the main thread waits for it.
+        bool urgent;
         Done done;
+        bool again = false;
+    };
+    /// A page that is asked for once more when its pause is over.
+    struct Pausing {
+        Worker& worker;
+        Asked asked;
+        GSource* pause;
     };
     struct Transfer {
         Worker& worker;
@@ -124,27 +137,55 @@ private:
         GCancellable* cancellable;
         GSource* time_out;
         double seconds;
-        RedirectGuard redirects{message, asked, cancellable};
+        FetchKind kind;
+        bool may_try_again;
+        RequestGuard guard{message, asked, cancellable, reach_of(address)};
         bool timed_out = false;
         bool hung_up_on = false;
         GInputStream* stream = nullptr;
         std::string body = {};
     };
 
-    void begin(const std::string& address, bool urgent, const Done& done)
+    void begin(const Asked& asked)
     {
-        GUri* uri = http_uri(address);
+        GUri* uri = http_uri(asked.address);
         if (!uri) {
-            done(failure("not an http address"));
+            asked.done(failure("not an http address"));
             return;
         }
-        const std::string host = urgent ? "" : host_of(uri);
-        if (urgent || (active_ < limits_.in_all && may_have_more(host))) {
-            send({address, done}, host, uri);
+        const std::string host = asked.urgent ? "" : host_of(uri);
+        if (asked.urgent || (active_ < limits_.in_all && may_have_more(host))) {
+            send(asked, host, uri);
             return;
         }
         g_uri_unref(uri);
-        waiting_[host].push_back({address, done});
+        waiting_[host].push_back(asked);
+    }
+
+    void begin_again_later(Asked asked)
+    {
+        asked.again = true;
+        auto* pausing =
+            new Pausing{*this, std::move(asked), g_timeout_source_new(static_cast<guint>(limits_.page_pause * 1000))};
+        g_source_set_callback(
+            pausing->pause,
+            [](gpointer data) -> gboolean {
+                auto* over = static_cast<Pausing*>(data);
+                over->worker.begin(over->asked);
+                over->worker.forget(over);
+                return G_SOURCE_REMOVE;
+            },
+            pausing, nullptr);
+        g_source_attach(pausing->pause, thread_.context());
+        pausing_.insert(pausing);
+    }
+
+    void forget(Pausing* pausing)
+    {
+        pausing_.erase(pausing);
+        g_source_destroy(pausing->pause);
+        g_source_unref(pausing->pause);
+        delete pausing;
     }
 
     /// @param uri is taken
@@ -164,7 +205,9 @@ private:
                                       .message = message,
                                       .cancellable = g_cancellable_new(),
                                       .time_out = g_timeout_source_new(static_cast<guint>(seconds * 1000)),
-                                      .seconds = seconds};
+                                      .seconds = seconds,
+                                      .kind = asked.kind,
+                                      .may_try_again = asked.kind == FetchKind::Page && !asked.urgent && !asked.again};
         g_source_set_callback(
             transfer->time_out,
             [](gpointer data) -> gboolean {
@@ -264,29 +307,48 @@ private:
     static void end_with(Transfer* transfer, GError* error)
     {
         std::string words = error->message;
+        bool server_failed = error->domain == G_IO_ERROR;
         g_error_free(error);
         if (transfer->timed_out)
             words = "no complete answer within " + std::to_string(static_cast<int>(transfer->seconds)) + " seconds";
         else if (transfer->hung_up_on)
             words = "the server hung up without an answer";
-        else if (transfer->redirects.has_acted())
-            words = RedirectGuard::Reason;
-        end(transfer, failure(std::move(words)));
+        else if (transfer->guard.reason()) {
+            words = transfer->guard.reason();
+            server_failed = false;
+        }
+        if (server_failed)
+            end_or_try_again(transfer, failure(std::move(words)));
+        else
+            end(transfer, failure(std::move(words)));
     }
 
     static void end_with_body(Transfer* transfer)
     {
         const guint status = soup_message_get_status(transfer->message);
-        if (status >= 400) {
-            end(transfer, failure("HTTP status " + std::to_string(status)));
-            return;
-        }
+        if (status >= 500)
+            return end_or_try_again(transfer, failure("HTTP status " + std::to_string(status)));
+        if (status >= 400)
+            return end(transfer, failure("HTTP status " + std::to_string(status)));
         FetchAnswer answer;
         answer.ok = true;
         answer.body = std::move(transfer->body);
         // Without a redirect the address stays letter for letter what was asked for.
         GUri* final = soup_message_get_uri(transfer->message);
         answer.final_address = soup_uri_equal(transfer->asked, final) ? transfer->address : uri_text(final);
+        if (transfer->kind == FetchKind::Page)
+            note_page(answer.final_address, transfer->guard.zone());
+        end(transfer, std::move(answer));
+    }
+
+    /// The server has failed; maybe it only does so now.
+    static void end_or_try_again(Transfer* transfer, FetchAnswer answer)
+    {
+        Worker& worker = transfer->worker;
+        if (transfer->may_try_again && !worker.ends_) {
+            const Asked again{transfer->address, transfer->kind, false, std::move(transfer->done)};
+            transfer->done = [&worker, again](const FetchAnswer&) { worker.begin_again_later(again); };
+        }
         end(transfer, std::move(answer));
     }
 
@@ -312,6 +374,8 @@ private:
     const Limits limits_;
     SoupSession* session_ = nullptr;
     std::set<Transfer*> transfers_;
+    std::set<Pausing*> pausing_;
+    bool ends_ = false;
     // What is under way in the background, and what waits, by host.
     int active_ = 0;
     std::map<std::string, int> active_by_host_;
@@ -333,19 +397,20 @@ SoupFetcher::~SoupFetcher()
     worker_.reset();
 }
 
-void SoupFetcher::fetch(const std::string& address, std::function<void(FetchAnswer)> answer)
+void SoupFetcher::fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer)
 {
     const std::uint64_t number = waiting_->next_number++;
     waiting_->answers.emplace(number, std::move(answer));
-    worker_->start(address, false, [&loop = loop_, waiting = std::weak_ptr(waiting_), number](FetchAnswer arrived) {
-        loop.post([waiting, number, arrived = std::move(arrived)]() mutable {
-            const auto still = waiting.lock();
-            if (!still)
-                return;
-            if (auto entry = still->answers.extract(number))
-                entry.mapped()(std::move(arrived));
-        });
-    });
+    worker_->start(address, kind, false,
+                   [&loop = loop_, waiting = std::weak_ptr(waiting_), number](FetchAnswer arrived) {
+                       loop.post([waiting, number, arrived = std::move(arrived)]() mutable {
+                           const auto still = waiting.lock();
+                           if (!still)
+                               return;
+                           if (auto entry = still->answers.extract(number))
+                               entry.mapped()(std::move(arrived));
+                       });
+                   });
 }
 
 FetchAnswer SoupFetcher::fetch_now(const std::string& address)
@@ -353,7 +418,8 @@ FetchAnswer SoupFetcher::fetch_now(const std::string& address)
     // Shared with the worker, so that whoever leaves last lets it go.
     const auto promise = std::make_shared<std::promise<FetchAnswer>>();
     std::future<FetchAnswer> answer = promise->get_future();
-    worker_->start(address, true, [promise](FetchAnswer arrived) { promise->set_value(std::move(arrived)); });
+    worker_->start(address, FetchKind::Image, true,
+                   [promise](FetchAnswer arrived) { promise->set_value(std::move(arrived)); });
     // The worker keeps the time; the second more is for a worker that is stuck itself.
     if (answer.wait_for(std::chrono::duration<double>(limits_.waiting_seconds + 1)) != std::future_status::ready)
         return failure("the fetch did not end in time");

@@ -17,9 +17,12 @@ namespace qoro
 /// counted twice. So that a server's ordinary hanging up meets no request, a connection that was idle for a few seconds
 /// is not used again; servers wait longer.
 ///
-/// Redirects are followed, twenty at most; none of a server elsewhere to this machine. Cookies are kept as long as the
-/// fetcher lives, so that a server can tell that the requests of a session belong together, and nothing of the viewer
-/// is left when the program has ended.
+/// A page is asked for once more, after a short pause, when its server fails: a status of 500 and more, a connection
+/// that breaks, no answer in time. It is one fetch with one answer all the same.
+///
+/// Redirects are followed, twenty at most, and nothing goes further inside than it may (Reach.h). Cookies are kept as
+/// long as the fetcher lives, so that a server can tell that the requests of a session belong together, and nothing of
+/// the viewer is left when the program has ended.
 ///
 /// A status of 400 or more, a body above the bound and a server that takes too long are failures.
 class SoupFetcher : public Fetcher
@@ -30,6 +33,8 @@ public:
         double background_seconds = 10;
         /// The same while the main thread waits.
         double waiting_seconds = 5;
+        /// Seconds from a page's failure until it is asked for once more.
+        double page_pause = 0.5;
         /// Bytes.
         std::size_t body = 16u << 20;
         /// Fetches that one host may have under way. Trackers of one moment go to one host together, and none is to
@@ -48,7 +53,7 @@ public:
     /// What is under way is broken off; its answers never come.
     ~SoupFetcher() override;
 
-    void fetch(const std::string& address, std::function<void(FetchAnswer)> answer) override;
+    void fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer) override;
     FetchAnswer fetch_now(const std::string& address) override;
 
     /// Lets go of everyone who waits for an answer; what is under way goes on.

@@ -23,7 +23,8 @@ inline constexpr const char* guard_process = "process";
 /// Bytes of JSON in UTF-8.
 inline constexpr std::size_t longest_message = 64 * 1024;
 
-/// What a guard is started with (b): whether its pages are creatives, which have a bridge.
-inline constexpr const char* guard_settings = "b";
+/// What a guard is started with: whether its pages are creatives, which have a bridge; the innermost NetworkZone that
+/// every page reaches.
+inline constexpr const char* guard_settings = "(bi)";
 
 } // namespace qoro

@@ -2,7 +2,10 @@
 
 #include <webkit/webkit.h>
 
+#include <array>
+#include <cstddef>
 #include <set>
+#include <string>
 
 namespace qoro
 {
@@ -10,18 +13,50 @@ namespace qoro
 namespace
 {
 
-constexpr const char* filter_name = "sockets";
+// Hosts as WebKit spells them: every form of an IPv4 address has become its four decimal parts, the last four bytes of
+// an IPv6 address two hexadecimal numbers. Its expressions know no alternatives.
 
-/// Addresses as WebKit spells them: every form of an IPv4 address has become its four decimal parts.
-constexpr const char* rules = R"([
-  {"trigger": {"url-filter": "^wss?://([^/]*@)?localhost\\.?[:/]", "resource-type": ["websocket"]}, "action": {"type": "block"}},
-  {"trigger": {"url-filter": "^wss?://[^/]*\\.localhost\\.?[:/]", "resource-type": ["websocket"]}, "action": {"type": "block"}},
-  {"trigger": {"url-filter": "^wss?://([^/]*@)?127\\.[0-9]+\\.[0-9]+\\.[0-9]+[:/]", "resource-type": ["websocket"]}, "action": {"type": "block"}},
-  {"trigger": {"url-filter": "^wss?://([^/]*@)?0\\.[0-9]+\\.[0-9]+\\.[0-9]+[:/]", "resource-type": ["websocket"]}, "action": {"type": "block"}},
-  {"trigger": {"url-filter": "^wss?://([^/]*@)?\\[::1?\\]", "resource-type": ["websocket"]}, "action": {"type": "block"}},
-  {"trigger": {"url-filter": "^wss?://([^/]*@)?\\[::ffff:7f", "resource-type": ["websocket"]}, "action": {"type": "block"}},
-  {"trigger": {"url-filter": "^wss?://([^/]*@)?\\[::ffff:0:", "resource-type": ["websocket"]}, "action": {"type": "block"}}
-])";
+constexpr std::array machine_hosts{
+    R"(([^/]*@)?localhost\\.?[:/])",
+    R"([^/]*\\.localhost\\.?[:/])",
+    R"(([^/]*@)?127\\.[0-9]+\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?0\\.[0-9]+\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?\\[::1?\\])",
+    R"(([^/]*@)?\\[::ffff:7f)",
+    R"(([^/]*@)?\\[::ffff:0:)",
+};
+
+constexpr std::array private_hosts{
+    R"(([^/]*@)?10\\.[0-9]+\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?100\\.6[4-9]\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?100\\.[7-9][0-9]\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?100\\.1[01][0-9]\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?100\\.12[0-7]\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?169\\.254\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?172\\.1[6-9]\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?172\\.2[0-9]\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?172\\.3[01]\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?192\\.168\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?198\\.1[89]\\.[0-9]+\\.[0-9]+[:/])",
+    R"(([^/]*@)?\\[f[cd])",
+    R"(([^/]*@)?\\[fe[89abcdef])",
+    R"(([^/]*@)?\\[64:ff9b:)",
+    R"(([^/]*@)?\\[2002:)",
+    R"(([^/]*@)?\\[::ffff:)",
+};
+
+/// Sockets to any of the hosts are blocked.
+template <std::size_t count>
+std::string rules_for(const std::array<const char*, count>& hosts)
+{
+    std::string rules;
+    for (const char* host : hosts) {
+        rules += rules.empty() ? "[" : ",";
+        rules += R"({"trigger": {"url-filter": "^wss?://)" + std::string(host) +
+                 R"(", "resource-type": ["websocket"]}, "action": {"type": "block"}})";
+    }
+    return rules + "]";
+}
 
 } // namespace
 
@@ -35,6 +70,27 @@ struct SocketFilter::State {
     State(const State&) = delete;
     State& operator=(const State&) = delete;
 
+    static std::shared_ptr<State> make(const std::string& folder, const char* name, const std::string& rules)
+    {
+        auto state = std::make_shared<State>(folder);
+        GBytes* source = g_bytes_new(rules.data(), rules.size());
+        webkit_user_content_filter_store_save(state->store, name, source, nullptr, made,
+                                              new std::shared_ptr<State>(state));
+        g_bytes_unref(source);
+        return state;
+    }
+
+    void apply(WebKitUserContentManager* content, bool is_filtered)
+    {
+        const bool changes = is_filtered ? filtered.insert(content).second : filtered.erase(content) > 0;
+        if (!changes || !filter)
+            return;
+        if (is_filtered)
+            webkit_user_content_manager_add_filter(content, filter);
+        else
+            webkit_user_content_manager_remove_filter(content, filter);
+    }
+
     static void made(GObject* store, GAsyncResult* result, void* data)
     {
         const std::unique_ptr<std::shared_ptr<State>> state(static_cast<std::shared_ptr<State>*>(data));
@@ -42,7 +98,7 @@ struct SocketFilter::State {
         (*state)->filter =
             webkit_user_content_filter_store_save_finish(WEBKIT_USER_CONTENT_FILTER_STORE(store), result, &error);
         if (error) {
-            g_warning("pages can open sockets to this machine: %s", error->message);
+            g_warning("pages can open sockets to what they must not reach: %s", error->message);
             g_error_free(error);
             return;
         }
@@ -56,33 +112,28 @@ struct SocketFilter::State {
     std::set<WebKitUserContentManager*> filtered;
 };
 
-SocketFilter::SocketFilter(const std::string& folder) : state_(std::make_shared<State>(folder))
+SocketFilter::SocketFilter(const std::string& folder)
+    : machine_(State::make(folder, "machine", rules_for(machine_hosts))),
+      private_networks_(State::make(folder, "private-networks", rules_for(private_hosts)))
 {
-    GBytes* source = g_bytes_new_static(rules, std::char_traits<char>::length(rules));
-    webkit_user_content_filter_store_save(state_->store, filter_name, source, nullptr, State::made,
-                                          new std::shared_ptr<State>(state_));
-    g_bytes_unref(source);
 }
 
 SocketFilter::~SocketFilter()
 {
-    state_->filtered.clear();
+    machine_->filtered.clear();
+    private_networks_->filtered.clear();
 }
 
-void SocketFilter::apply(WebKitUserContentManager* content, bool filtered)
+void SocketFilter::apply(WebKitUserContentManager* content, NetworkZone reach)
 {
-    const bool changes = filtered ? state_->filtered.insert(content).second : state_->filtered.erase(content) > 0;
-    if (!changes || !state_->filter)
-        return;
-    if (filtered)
-        webkit_user_content_manager_add_filter(content, state_->filter);
-    else
-        webkit_user_content_manager_remove_filter(content, state_->filter);
+    machine_->apply(content, reach < NetworkZone::Machine);
+    private_networks_->apply(content, reach < NetworkZone::Private);
 }
 
 void SocketFilter::forget(WebKitUserContentManager* content)
 {
-    state_->filtered.erase(content);
+    machine_->filtered.erase(content);
+    private_networks_->filtered.erase(content);
 }
 
 } // namespace qoro

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "kit/NetworkZone.h"
+
 #include <memory>
 #include <string>
 
@@ -8,8 +10,8 @@ typedef struct _WebKitUserContentManager WebKitUserContentManager;
 namespace qoro
 {
 
-/// Keeps pages from opening WebSockets to this machine, which no other guard sees: WebKit's own filter of content, made
-/// when the object is, and in force a moment later.
+/// Keeps pages from opening WebSockets to addresses of this machine and of private networks, of which the guard in
+/// their process does not hear: WebKit's own filters of content, made when the object is, and in force a moment later.
 class SocketFilter
 {
 public:
@@ -19,15 +21,17 @@ public:
     SocketFilter(const SocketFilter&) = delete;
     SocketFilter& operator=(const SocketFilter&) = delete;
 
-    /// Whether the pages with this content are filtered.
-    void apply(WebKitUserContentManager* content, bool filtered);
+    /// The pages with this content reach a zone, and nothing further inside.
+    void apply(WebKitUserContentManager* content, NetworkZone reach);
     /// The content goes.
     void forget(WebKitUserContentManager* content);
 
 private:
     struct State;
-    /// Outlived by what WebKit is still making.
-    const std::shared_ptr<State> state_;
+
+    // Outlived by what WebKit is still making.
+    const std::shared_ptr<State> machine_;
+    const std::shared_ptr<State> private_networks_;
 };
 
 } // namespace qoro

@@ -2,9 +2,8 @@
 
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/LaunchTrial.h"
-#include "desktop/web/SocketFilter.h"
+#include "desktop/web/PageReach.h"
 #include "desktop/web/WebAddress.h"
-#include "kit/Loopback.h"
 
 #include <webkit/webkit.h>
 
@@ -216,9 +215,9 @@ struct WebKitEngine::Signals {
 };
 
 WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
-                           WebKitNetworkSession* session, std::shared_ptr<SocketFilter> sockets,
+                           WebKitNetworkSession* session, std::shared_ptr<PageReach> reach,
                            std::shared_ptr<PageWatch> watch)
-    : platform_(platform), listener_(listener), kind_(kind), sockets_(std::move(sockets)), watch_(std::move(watch)),
+    : platform_(platform), listener_(listener), kind_(kind), reach_(std::move(reach)), watch_(std::move(watch)),
       content_(webkit_user_content_manager_new()), view_([&] {
           WebKitSettings* settings = make_settings();
           forbid_features(settings);
@@ -234,7 +233,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
              [this](bool answers) { platform_.dispatch([&] { listener_.responsiveness_changed(answers); }); }),
       self_(std::make_shared<WebKitEngine*>(this))
 {
-    sockets_->apply(content_, true);
+    reach_->show(content_, "");
     if (kind == PageKind::Browsed) {
         for (const char* shown : {"notify::uri", "notify::title", "notify::estimated-load-progress"})
             g_signal_connect(view_, shown, G_CALLBACK(Signals::state_changed), this);
@@ -263,7 +262,7 @@ WebKitEngine::~WebKitEngine()
     watch_->leave(process_);
     forget_load();
     bridge_.leave_page();
-    sockets_->forget(content_);
+    reach_->forget(content_);
     g_signal_handlers_disconnect_by_data(view_, this);
     g_object_set_data(G_OBJECT(view_), engine_key, nullptr);
     // A script that never returns would go on for ten seconds, as long as WebKit waits for it.
@@ -365,7 +364,7 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
     has_page_ = true;
     own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
     document_ = own_load_;
-    sockets_->apply(content_, !is_loopback_address(own_load_));
+    reach_->show(content_, own_load_);
     loading_ = false;
     wanted_.clear();
     const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit refuses no bytes
@@ -382,7 +381,7 @@ void WebKitEngine::load_address(const NSURL& address)
     has_page_ = true;
     loading_ = false;
     wanted_ = own_load_ = as_webkit_spells(address.absoluteString().text().c_str());
-    sockets_->apply(content_, !is_loopback_address(own_load_));
+    reach_->show(content_, own_load_);
     begin_load([this] { webkit_web_view_load_uri(view_, own_load_.c_str()); });
 }
 
@@ -510,7 +509,7 @@ void WebKitEngine::load_changed(int event)
         wanted_.clear();
         document_ = webkit_web_view_get_uri(view_);
         pulse_.reset(true);
-        sockets_->apply(content_, !is_loopback_address(document_));
+        reach_->show(content_, document_);
         if (kind_ == PageKind::Browsed)
             state_changed();
     }

@@ -27,7 +27,7 @@ struct _GError;
 namespace qoro
 {
 
-class SocketFilter;
+class PageReach;
 
 /// One web view, drawn by WebKitGTK. Pages are other people's code: they keep nothing, read no local file, open no
 /// window, download nothing, are granted no permission, and reach the ad through the bridge alone; browsed pages have
@@ -37,7 +37,7 @@ class WebKitEngine : public WebEngine, public WidgetSource
 public:
     /// The platform dispatches every event, and outlives the engine, as the listener does.
     WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
-                 WebKitNetworkSession* session, std::shared_ptr<SocketFilter> sockets,
+                 WebKitNetworkSession* session, std::shared_ptr<PageReach> reach,
                  std::shared_ptr<PageWatch> watch);
     ~WebKitEngine() override;
     WebKitEngine(const WebKitEngine&) = delete;
@@ -95,7 +95,7 @@ private:
     Platform& platform_;
     WebListener& listener_;
     const PageKind kind_;
-    const std::shared_ptr<SocketFilter> sockets_;
+    const std::shared_ptr<PageReach> reach_;
     const std::shared_ptr<PageWatch> watch_;
     /// The page's process as the watch knows it; 0 for none.
     PageWatch::Page process_ = 0;

@@ -1,8 +1,11 @@
 #include "desktop/web/WebKitEngineFactory.h"
 
+#include "desktop/net/PageProxy.h"
+#include "desktop/net/Reach.h"
 #include "desktop/web/GuardFolder.h"
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/LaunchTrial.h"
+#include "desktop/web/PageReach.h"
 #include "desktop/web/ScriptLibrary.h"
 #include "desktop/web/SocketFilter.h"
 #include "desktop/web/WebKitEngine.h"
@@ -121,7 +124,7 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     } catch (const std::runtime_error& unguarded) {
         return std::make_unique<NoPage>(platform_, listener, unguarded.what());
     }
-    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, sockets_, watch_);
+    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, family.reach, watch_);
 }
 
 void WebKitEngineFactory::found(Family& family, PageKind kind)
@@ -136,6 +139,12 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
         guard_ = std::make_unique<GuardFolder>();
         sockets_ = std::make_shared<SocketFilter>(guard_->path() + "/filters");
     }
+    if (!family.session) {
+        family.session = webkit_network_session_new_ephemeral();
+        webkit_network_session_set_persistent_credential_storage_enabled(family.session, FALSE);
+        WebKitEngine::refuse_downloads(family.session);
+    }
+    family.reach = guard_network(kind, family.session);
     // The second line: WebKit looks only when the page's script leaves it the time.
     WebKitMemoryPressureSettings* pressure = webkit_memory_pressure_settings_new();
     webkit_memory_pressure_settings_set_memory_limit(
@@ -146,16 +155,38 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
     webkit_memory_pressure_settings_free(pressure);
     webkit_web_context_set_web_process_extensions_directory(family.context, guard_->path().c_str());
     webkit_web_context_set_web_process_extensions_initialization_user_data(
-        family.context, g_variant_new(guard_settings, kind == PageKind::Creative));
+        family.context, g_variant_new(guard_settings, kind == PageKind::Creative, static_cast<gint32>(open_zone())));
     if (kind == PageKind::Creative) {
         webkit_web_context_register_uri_scheme(family.context, "kit", serve_library, nullptr, nullptr);
         WebKitSecurityManager* security = webkit_web_context_get_security_manager(family.context);
         webkit_security_manager_register_uri_scheme_as_secure(security, "kit");
         webkit_security_manager_register_uri_scheme_as_cors_enabled(security, "kit");
     }
-    family.session = webkit_network_session_new_ephemeral();
-    webkit_network_session_set_persistent_credential_storage_enabled(family.session, FALSE);
-    WebKitEngine::refuse_downloads(family.session);
+}
+
+/// Pages reach the network through a proxy of ours. Where the system has one, that resolves names, and ours could not
+/// see what they lead to.
+std::shared_ptr<PageReach> WebKitEngineFactory::guard_network(PageKind kind, WebKitNetworkSession* session)
+{
+    std::unique_ptr<PageProxy> proxy;
+    if (!PageProxy::system_has_proxy()) {
+        proxy = std::make_unique<PageProxy>([this](const std::string& where) { tell_refusal(where); });
+        if (proxy->address().empty())
+            throw std::runtime_error("pages can't be kept out of private networks: no port of 127.0.0.1 is free");
+        WebKitNetworkProxySettings* settings = webkit_network_proxy_settings_new(proxy->address().c_str(), nullptr);
+        webkit_network_session_set_proxy_settings(session, WEBKIT_NETWORK_PROXY_MODE_CUSTOM, settings);
+        webkit_network_proxy_settings_free(settings);
+    }
+    return std::make_shared<PageReach>(kind, sockets_, std::move(proxy));
+}
+
+void WebKitEngineFactory::tell_refusal(const std::string& where)
+{
+    platform_.loop().post([weak = std::weak_ptr(self_), where] {
+        if (const auto self = weak.lock())
+            (*self)->platform_.dispatch(
+                [&] { (*self)->refusals_.tell((*self)->platform_, "request", "http://" + where + "/"); });
+    });
 }
 
 } // namespace qoro

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "desktop/web/PageWatch.h"
+#include "kit/RefusalLog.h"
 #include "platform/Platform.h"
 
 #include <memory>
+#include <string>
 
 typedef struct _WebKitNetworkSession WebKitNetworkSession;
 typedef struct _WebKitWebContext WebKitWebContext;
@@ -12,6 +14,7 @@ namespace qoro
 {
 
 class GuardFolder;
+class PageReach;
 class SocketFilter;
 
 /// The address under which every page finds the kit's script library.
@@ -33,9 +36,13 @@ private:
     struct Family {
         WebKitWebContext* context = nullptr;
         WebKitNetworkSession* session = nullptr;
+        std::shared_ptr<PageReach> reach = {};
     };
     /// @throws std::runtime_error when pages can't be guarded
     void found(Family& family, PageKind kind);
+    std::shared_ptr<PageReach> guard_network(PageKind kind, WebKitNetworkSession* session);
+    /// Any thread.
+    void tell_refusal(const std::string& where);
 
     Platform& platform_;
     std::unique_ptr<GuardFolder> guard_;
@@ -44,6 +51,9 @@ private:
     const std::shared_ptr<PageWatch> watch_;
     Family creatives_;
     Family browsed_;
+    RefusalLog refusals_;
+    /// Gone with the factory.
+    const std::shared_ptr<WebKitEngineFactory*> self_ = std::make_shared<WebKitEngineFactory*>(this);
 };
 
 } // namespace qoro

@@ -1,6 +1,6 @@
+#include "desktop/net/Reach.h"
 #include "desktop/web/WebAddress.h"
 #include "desktop/web/WebKitEngine.h"
-#include "kit/Loopback.h"
 
 #include <webkit/webkit.h>
 
@@ -115,7 +115,7 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     if (!link && address == own_load_)
         return true;
     const bool redirect = webkit_navigation_action_is_redirect(action) && !wanted_.empty();
-    if (leads_to_this_machine(redirect ? wanted_ : document_, address)) {
+    if (leads_inward(redirect ? wanted_ : document_, address, open_zone())) {
         refuse("navigation", address);
         return false;
     }

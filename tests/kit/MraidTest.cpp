@@ -268,7 +268,7 @@ TEST_F(MraidTest, AHostThatCannotBeReadIsOutOfReach)
     for (const char* address :
          {"http://%6cocalhost/", "http://\xEF\xBD\x8Cocalhost/", "http://127\xE3\x80\x82\x30.0.1/"}) {
         touch_page();
-        EXPECT_EQ(refusal("mraid.open", {address}), "this machine's own addresses are out of reach") << address;
+        EXPECT_EQ(refusal("mraid.open", {address}), "this machine and private networks are out of reach") << address;
     }
     EXPECT_THAT(session.lines("openURL"), IsEmpty());
 }
@@ -380,7 +380,7 @@ TEST_F(MraidTest, APageFromElsewhereOpensNothingOnThisMachine)
 {
     session->strBaseUrl = "https://ads.example/page.html";
     touch_page();
-    EXPECT_EQ(refusal("mraid.open", {"http://127.0.0.1:8080/"}), "this machine's own addresses are out of reach");
+    EXPECT_EQ(refusal("mraid.open", {"http://127.0.0.1:8080/"}), "this machine and private networks are out of reach");
 
     session->strBaseUrl = "http://127.0.0.1:4000/page.html";
     touch_page();
@@ -393,8 +393,9 @@ TEST_F(MraidTest, ARecordThatNamesThisMachineIsRefusedFromElsewhere)
     const NSDictionary tracker{{"v_u", "http://ads.example/next.mp4"},
                                {"btns", NSArray{NSDictionary{{"data", NSDictionary{{"u", "http://localhost/x"}}}}}}};
     EXPECT_EQ(refusal("playNextVideo", {file}),
-              "this machine's own addresses are out of reach: file:///home/viewer/film.mp4");
-    EXPECT_EQ(refusal("playNextVideo", {tracker}), "this machine's own addresses are out of reach: http://localhost/x");
+              "this machine and private networks are out of reach: file:///home/viewer/film.mp4");
+    EXPECT_EQ(refusal("playNextVideo", {tracker}),
+              "this machine and private networks are out of reach: http://localhost/x");
     EXPECT_THAT(session.lines("player"), Not(Contains(HasSubstr("film.mp4"))));
 
     session->strBaseUrl = "http://127.0.0.1:4000/page.html";

@@ -1,6 +1,6 @@
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/guard/PageChannel.h"
-#include "kit/Loopback.h"
+#include "kit/NetworkZone.h"
 
 #include <webkit/webkit-web-process-extension.h>
 
@@ -15,6 +15,8 @@ namespace
 
 /// Whether the guarded pages are creatives.
 bool has_bridge = false;
+/// The innermost zone that every page reaches.
+qoro::NetworkZone open = qoro::NetworkZone::Public;
 
 void tell(WebKitWebPage* page, const char* address)
 {
@@ -23,7 +25,7 @@ void tell(WebKitWebPage* page, const char* address)
 
 bool is_out_of_reach(const char* address, const char* page)
 {
-    return address && qoro::leads_to_this_machine(page ? page : "", address);
+    return address && qoro::leads_inward(page ? page : "", address, open);
 }
 
 gboolean send_request(WebKitWebPage* page, WebKitURIRequest* request, WebKitURIResponse*, void*)
@@ -155,7 +157,11 @@ void page_created(WebKitWebProcessExtension*, WebKitWebPage* page, void*)
 extern "C" G_MODULE_EXPORT void
 webkit_web_process_extension_initialize_with_user_data(WebKitWebProcessExtension* extension, const GVariant* settings)
 {
-    has_bridge = g_variant_get_boolean(const_cast<GVariant*>(settings));
+    gboolean bridged = FALSE;
+    gint32 zone = 0;
+    g_variant_get(const_cast<GVariant*>(settings), guard_settings, &bridged, &zone);
+    has_bridge = bridged;
+    open = static_cast<qoro::NetworkZone>(zone);
     g_signal_connect(extension, "page-created", G_CALLBACK(page_created), nullptr);
     g_signal_connect(webkit_script_world_get_default(), "window-object-cleared", G_CALLBACK(page_window_cleared),
                      nullptr);

@@ -96,6 +96,21 @@ TEST_F(CacheTest, AVideoThatCannotBeHadIsALineAndTheOthersAreFetched)
     EXPECT_EQ(result.output, "fetched  9 bytes  " + good + "\n");
 }
 
+TEST_F(CacheTest, ALengthThatIsNoneIsOneLine)
+{
+    for (const char* length : {"-1", "18446744073709551615"}) {
+        RawServer liar([length](const auto&, const auto& connection) {
+            connection.send(std::string("HTTP/1.1 200 OK\r\nContent-Type: video/mp4\r\nContent-Length: ") + length +
+                            "\r\nConnection: close\r\n\r\nbody");
+        });
+        const CommandResult result = cache({"prefetch", liar.base() + "/v.mp4"});
+        EXPECT_EQ(result.status, 1);
+        EXPECT_EQ(result.errors,
+                  "qoro-ad: " + liar.base() + "/v.mp4: its server tells a length that is no number of bytes\n");
+        EXPECT_EQ(result.output, "");
+    }
+}
+
 TEST_F(CacheTest, WhatIsNoAddressIsRefusedBeforeAnythingIsFetched)
 {
     const std::string good = video("/1.mp4", "one video");

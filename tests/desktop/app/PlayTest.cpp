@@ -50,7 +50,8 @@ protected:
             "arrayCloseTrackingUrls": ["/t/close", ")" +
                                     last_tracker + "\"]" + more + "}");
         std::vector<std::string> arguments{"play", folder.path("ad.json"), "--mute-output", "--trace",
-                                           folder.path("trace")};
+                                           trace_file.empty() ? folder.path("trace") : trace_file};
+        arguments.insert(arguments.end(), further_arguments.begin(), further_arguments.end());
         if (!host_file.empty())
             arguments.insert(arguments.end(), {"--host", host_file});
         if (const char* option = std::getenv("QORO_WEB_SANDBOX_OPTION"); option && *option)
@@ -60,9 +61,20 @@ protected:
             trace = folder.read("trace");
             return std::ranges::all_of(until, [this](const std::string& part) { return says(part); });
         });
-        EXPECT_EQ(result.status, 0) << result.errors << trace;
+        EXPECT_EQ(result.status, status) << result.errors << trace;
         trace = folder.read("trace");
         errors = result.errors;
+    }
+
+    /// Without what libraries write there.
+    std::string errors_of_ours() const
+    {
+        std::istringstream lines(errors);
+        std::string ours;
+        for (std::string line; std::getline(lines, line);)
+            if (line.starts_with("qoro-ad: ") && line.find("without a sandbox") == std::string::npos)
+                ours += line + "\n";
+        return ours;
     }
 
     bool says(const std::string& part) const { return trace.find(part) != std::string::npos; }
@@ -76,6 +88,11 @@ protected:
     /// What a close sends after /t/close.
     std::string last_tracker = "/t/close/2";
     std::string host_file;
+    /// Empty for one in the folder.
+    std::string trace_file;
+    std::vector<std::string> further_arguments;
+    /// What the program is to exit with.
+    int status = 0;
     std::string trace;
     std::string errors;
     const std::string video = (folder.write("clip.mp4", clip()), "clip.mp4");
@@ -146,6 +163,43 @@ TEST_F(PlayTest, TheLastTrackerIsFollowedToWhereItLeadsBeforeTheProgramEnds)
     play(video, page, {Ended});
     EXPECT_TRUE(was_closed()) << trace;
     EXPECT_EQ(counted, 1);
+}
+
+TEST_F(PlayTest, ATraceThatCannotBeWrittenIsOneLineAndTheAdGoesOn)
+{
+    RawServer server([](const auto&, const auto& connection) { connection.send("HTTP/1.1 204 No Content\r\n\r\n"); });
+    last_tracker = server.base() + "/close";
+    trace_file = "/dev/full";
+    further_arguments = {"--for", "3"};
+    status = 1;
+    play(video, page, {"nothing can be read of it"});
+
+    EXPECT_EQ(errors_of_ours(), "qoro-ad: /dev/full: the trace ends here: No space left on device\n");
+    EXPECT_EQ(server.connections(), 1) << "the ad was closed";
+}
+
+TEST_F(PlayTest, APictureThatCannotBeWrittenIsOneLineAndTheAdGoesOn)
+{
+    std::filesystem::create_directories(folder.path("pictures/snapshot-1.png"));
+    further_arguments = {"--snapshot", "1", "--out", folder.path("pictures"), "--for", "3"};
+    status = 1;
+    play(video, page, {"said by no ad"});
+
+    EXPECT_TRUE(errors_of_ours().starts_with("qoro-ad: " + folder.path("pictures/snapshot-1.png") +
+                                             ": the picture could not be written: "))
+        << errors;
+    EXPECT_TRUE(was_closed()) << trace;
+}
+
+TEST_F(PlayTest, APageThatFailsIsALineWithItsAddressAndTheReason)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 503 Busy\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    });
+    const std::string failing = server.base() + "/page.html";
+    play(video, failing, {R"("what":"web","do":"failed","url":")" + failing + R"(","reason":"HTTP status 503")"});
+
+    EXPECT_EQ(server.connections(), 2) << "once more after a moment";
 }
 
 TEST_F(PlayTest, ALastTrackerThatIsNeverAnsweredHoldsTheProgramUpByLittle)

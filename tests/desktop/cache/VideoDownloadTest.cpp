@@ -55,6 +55,24 @@ std::string answer_of(const std::string& body, const std::string& more = "Conten
 }
 } // namespace
 
+TEST_F(VideoDownloadTest, ALengthThatIsNoneIsRefused)
+{
+    for (const char* length : {"-1", "9223372036854775808", "18446744073709551615"}) {
+        EXPECT_EQ(fetch(std::string("HTTP/1.1 200 OK\r\nContent-Type: video/mp4\r\nContent-Length: ") + length +
+                        "\r\nConnection: close\r\n\r\nbody")
+                      .error,
+                  "its server tells a length that is no number of bytes")
+            << length;
+        EXPECT_TRUE(left_nothing()) << length;
+    }
+}
+
+TEST_F(VideoDownloadTest, AVideoOfEveryByteThereIsIsTooLarge)
+{
+    EXPECT_EQ(fetch("HTTP/1.1 200 OK\r\nContent-Length: 9223372036854775807\r\nConnection: close\r\n\r\n").error,
+              "the video has 9223372036854775807 bytes, more than the whole cache may have (1000000)");
+}
+
 TEST_F(VideoDownloadTest, AWholeAnswerBecomesACopyByteForByte)
 {
     std::string body(300'000, '\0');
@@ -178,7 +196,7 @@ TEST_F(VideoDownloadTest, AServerElsewhereLeadsItNotToThisMachine)
     });
     const std::string port = std::to_string(test::port_of(server.base()));
     EXPECT_EQ(VideoDownload().fetch(cache, "http://ads.example:" + port + "/v.mp4").error,
-              "its server redirects to this machine");
+              "its server redirects to a private network or to this machine");
     EXPECT_TRUE(left_nothing());
 }
 

@@ -295,6 +295,31 @@ TEST_F(HttpReaderTest, AnotherPartThanAskedForFails)
     EXPECT_EQ(reader.error(), "its server sent another part than was asked for");
 }
 
+TEST_F(HttpReaderTest, APartThatCannotBeFails)
+{
+    for (const char* range : {"-1-5/100", "50-40/100", "50-99/60", "50-99/50", "99999999999999999999-9/100", "x"}) {
+        HttpReader reader(serve([range](const std::string&, const auto& connection) {
+            connection.send(std::string("HTTP/1.1 206 Part\r\nContent-Range: bytes ") + range +
+                            "\r\nContent-Length: 4\r\nConnection: close\r\n\r\npart");
+        }));
+        EXPECT_EQ(read_all(reader, 50), "") << range;
+        EXPECT_EQ(last, Outcome::Failed) << range;
+        EXPECT_EQ(reader.error(), "its server sent another part than was asked for") << range;
+    }
+}
+
+TEST_F(HttpReaderTest, ALengthThatIsNoneFails)
+{
+    for (const char* length : {"-1", "9223372036854775808", "18446744073709551615"}) {
+        HttpReader reader(serve([length](const std::string&, const auto& connection) {
+            connection.send(std::string("HTTP/1.1 200 OK\r\nContent-Length: ") + length +
+                            "\r\nConnection: close\r\n\r\nbody");
+        }));
+        EXPECT_EQ(read_all(reader), "") << length;
+        EXPECT_EQ(reader.error(), "its server tells a length that is no number of bytes") << length;
+    }
+}
+
 TEST_F(HttpReaderTest, WhatAServerRefusesIsNotAskedForAgain)
 {
     HttpReader reader(serve([](const std::string&, const auto& connection) {
@@ -402,7 +427,7 @@ TEST_F(HttpReaderTest, AServerElsewhereLeadsItNotToThisMachine)
 
     EXPECT_EQ(read_all(reader), "");
     EXPECT_EQ(last, Outcome::Failed);
-    EXPECT_EQ(reader.error(), "its server redirects to this machine");
+    EXPECT_EQ(reader.error(), "its server redirects to a private network or to this machine");
     EXPECT_EQ(heads.size(), 1U);
 }
 

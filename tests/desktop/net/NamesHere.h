@@ -1,5 +1,8 @@
 #pragma once
 
+#include <string>
+#include <vector>
+
 typedef struct _GResolver GResolver;
 
 namespace qoro::test
@@ -12,6 +15,8 @@ class NamesHere
 public:
     NamesHere();
     ~NamesHere();
+    /// One name leads to these IPv4 addresses instead, from the next request on.
+    void lead(const std::string& name, const std::vector<std::string>& addresses);
     NamesHere(const NamesHere&) = delete;
     NamesHere& operator=(const NamesHere&) = delete;
 

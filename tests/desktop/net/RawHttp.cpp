@@ -78,10 +78,12 @@ void RawServer::Connection::wait_for_close() const
     receive_until(socket_, "");
 }
 
-RawServer::RawServer(Answer answer)
+RawServer::RawServer(Answer answer, bool everywhere)
     : answer_(std::move(answer)), listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0))
 {
     sockaddr_in address = local(0);
+    if (everywhere)
+        address.sin_addr.s_addr = htonl(INADDR_ANY);
     socklen_t size = sizeof address;
     bind(listener_, reinterpret_cast<const sockaddr*>(&address), size);
     getsockname(listener_, reinterpret_cast<sockaddr*>(&address), &size);

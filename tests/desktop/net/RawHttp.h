@@ -36,9 +36,11 @@ public:
     };
     using Answer = std::function<void(const std::string& head, const Connection& connection)>;
 
-    explicit RawServer(Answer answer);
+    /// @param everywhere whether it stands on all addresses of the machine, for a test with a network of its own
+    explicit RawServer(Answer answer, bool everywhere = false);
     ~RawServer();
 
+    int port() const { return port_; }
     std::string base() const { return "http://127.0.0.1:" + std::to_string(port_); }
     int connections() const { return connections_; }
 

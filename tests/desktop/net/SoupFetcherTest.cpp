@@ -23,15 +23,15 @@ using qoro::test::RawServer;
 namespace
 {
 /// Far beyond what any answer here takes; only a hang reaches it.
-constexpr double Deadline = 90;
+constexpr double Deadline = 120;
 
 class SoupFetcherTest : public testing::Test
 {
 protected:
-    FetchAnswer fetch(const std::string& address)
+    FetchAnswer fetch(const std::string& address, FetchKind kind = FetchKind::Tracker)
     {
         std::optional<FetchAnswer> got;
-        fetcher.fetch(address, [&got](FetchAnswer answer) { got = std::move(answer); });
+        fetcher.fetch(address, kind, [&got](FetchAnswer answer) { got = std::move(answer); });
         EXPECT_FALSE(got) << "answered inside the call that asked";
         EXPECT_TRUE(loop.run_until([&got] { return got.has_value(); }, Deadline));
         return got.value_or(FetchAnswer{});
@@ -103,6 +103,111 @@ TEST_F(SoupFetcherTest, RedirectsWithoutAnEndAreFollowedTwentyTimesAndFail)
     EXPECT_EQ(requests, 21);
 }
 
+/// A server that fails in some way at first, so many times, and then answers.
+class FailingServer
+{
+public:
+    FailingServer(int failures, std::function<void(const RawServer::Connection&)> fail)
+        : server_([this, failures, fail = std::move(fail)](const auto&, const auto& connection) {
+              if (++requests_ > failures)
+                  answer_ok(connection, "here");
+              else
+                  fail(connection);
+          })
+    {
+    }
+    std::string base() const { return server_.base(); }
+    int requests() const { return requests_; }
+
+private:
+    std::atomic<int> requests_ = 0;
+    RawServer server_;
+};
+
+void say_503(const RawServer::Connection& connection)
+{
+    connection.send("HTTP/1.1 503 Busy\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+}
+
+TEST_F(SoupFetcherTest, APageWhoseServerFailsOnceIsAskedForOnceMore)
+{
+    const std::vector<std::function<void(const RawServer::Connection&)>> failures{
+        say_503, [](const RawServer::Connection&) {}, // hangs up
+        [](const RawServer::Connection& connection) {
+            connection.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
+        },
+        [](const RawServer::Connection& connection) { connection.wait_for_close(); }, // until the time is over
+    };
+    for (std::size_t n = 0; n < failures.size(); ++n) {
+        const FailingServer server(1, failures[n]);
+        const FetchAnswer answer = fetch(server.base() + "/page.html", FetchKind::Page);
+        EXPECT_TRUE(answer.ok) << n << ": " << answer.error;
+        EXPECT_EQ(answer.body, "here") << n;
+        EXPECT_EQ(server.requests(), 2) << n;
+    }
+}
+
+TEST_F(SoupFetcherTest, APageWhoseServerFailsTwiceHasFailedOnce)
+{
+    const FailingServer server(100, say_503);
+    int answers = 0;
+    fetcher.fetch(server.base() + "/page.html", FetchKind::Page, [&answers](const FetchAnswer& answer) {
+        ++answers;
+        EXPECT_EQ(answer.error, "HTTP status 503");
+    });
+    EXPECT_TRUE(loop.run_until([&] { return answers > 0; }, Deadline));
+    loop.run_until([] { return false; }, 1.5); // longer than the pause and another answer
+
+    EXPECT_EQ(answers, 1);
+    EXPECT_EQ(server.requests(), 2);
+}
+
+TEST_F(SoupFetcherTest, APageThatIsNotThereIsAskedForOnce)
+{
+    const FailingServer server(1, [](const RawServer::Connection& connection) {
+        connection.send("HTTP/1.1 404 None\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    });
+    EXPECT_EQ(fetch(server.base() + "/page.html", FetchKind::Page).error, "HTTP status 404");
+    EXPECT_EQ(server.requests(), 1);
+}
+
+TEST_F(SoupFetcherTest, NothingButAPageIsAskedForTwice)
+{
+    for (const FetchKind kind : {FetchKind::Tracker, FetchKind::Image}) {
+        const FailingServer server(1, say_503);
+        EXPECT_EQ(fetch(server.base() + "/x", kind).error, "HTTP status 503");
+        EXPECT_EQ(server.requests(), 1);
+    }
+    const FailingServer server(1, say_503);
+    EXPECT_EQ(fetcher.fetch_now(server.base() + "/icon.png").error, "HTTP status 503");
+    EXPECT_EQ(server.requests(), 1);
+}
+
+TEST_F(SoupFetcherTest, EndsWhileAPagePauses)
+{
+    const FailingServer server(1, say_503);
+    {
+        SoupFetcher ending(loop, {.page_pause = 60});
+        ending.fetch(server.base() + "/page.html", FetchKind::Page, [](const FetchAnswer&) { ADD_FAILURE(); });
+        EXPECT_TRUE(loop.run_until([&] { return server.requests() == 1; }, Deadline));
+        loop.run_until([] { return false; }, 0.2);
+    }
+    EXPECT_EQ(server.requests(), 1);
+}
+
+TEST_F(SoupFetcherTest, ALengthThatIsNoneIsAFailureInWords)
+{
+    for (const char* length : {"-1", "-5", "9223372036854775808", "18446744073709551615"}) {
+        RawServer server([length](const auto&, const auto& connection) {
+            connection.send(std::string("HTTP/1.1 200 OK\r\nContent-Length: ") + length +
+                            "\r\nConnection: close\r\n\r\nbody");
+        });
+        const FetchAnswer answer = fetch(server.base() + "/");
+        EXPECT_FALSE(answer.ok) << length;
+        EXPECT_EQ(answer.error, "its server tells a length that is no number of bytes") << length;
+    }
+}
+
 TEST_F(SoupFetcherTest, AServerElsewhereLeadsNoRequestToThisMachine)
 {
     const NamesHere names;
@@ -119,7 +224,7 @@ TEST_F(SoupFetcherTest, AServerElsewhereLeadsNoRequestToThisMachine)
     const FetchAnswer answer = fetch("http://ads.example:" + port + "/from");
 
     EXPECT_FALSE(answer.ok);
-    EXPECT_EQ(answer.error, "its server redirects to this machine");
+    EXPECT_EQ(answer.error, "its server redirects to a private network or to this machine");
     EXPECT_EQ(heads, (std::vector<std::string>{"GET /from", "GET /to-here"})) << "at once, or by a detour";
 }
 
@@ -304,7 +409,7 @@ TEST_F(SoupFetcherTest, ThirtyAtOnceDoNotWaitForEachOther)
     all = &server;
     int succeeded = 0;
     for (int i = 0; i < 30; ++i)
-        fetcher.fetch(server.base() + "/" + std::to_string(i),
+        fetcher.fetch(server.base() + "/" + std::to_string(i), FetchKind::Tracker,
                       [&](const FetchAnswer& answer) { succeeded += answer.ok; });
     EXPECT_TRUE(loop.run_until([this] { return fetcher.pending() == 0; }, Deadline));
     EXPECT_EQ(succeeded, 30);
@@ -325,7 +430,7 @@ TEST_F(SoupFetcherTest, AThousandAtOnceArriveOnceEach)
     SoupFetcher patient(loop, {.background_seconds = Deadline});
     int succeeded = 0;
     for (int i = 0; i < 1000; ++i)
-        patient.fetch(server.base() + "/" + std::to_string(i),
+        patient.fetch(server.base() + "/" + std::to_string(i), FetchKind::Tracker,
                       [&](const FetchAnswer& answer) { succeeded += answer.ok; });
     EXPECT_TRUE(loop.run_until([&] { return patient.pending() == 0; }, Deadline));
     EXPECT_EQ(succeeded, 1000);
@@ -358,7 +463,7 @@ TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForDoesNotStandBehindASlowOn
         else
             answer_ok(connection, "quick");
     });
-    fetcher.fetch(server.base() + "/slow", [](const FetchAnswer&) {});
+    fetcher.fetch(server.base() + "/slow", FetchKind::Tracker, [](const FetchAnswer&) {});
     EXPECT_EQ(fetcher.fetch_now(server.base() + "/quick").body, "quick");
 }
 
@@ -375,8 +480,8 @@ TEST(SoupFetcherBoundTest, HostsThatNeverAnswerDelayNoOther)
 
     for (int i = 0; i < 100; ++i)
         for (const auto& server : silent)
-            fetcher.fetch(server->base() + "/", [&given_up](const FetchAnswer&) { ++given_up; });
-    fetcher.fetch(other.base() + "/", [&body](const FetchAnswer& answer) { body = answer.body; });
+            fetcher.fetch(server->base() + "/", FetchKind::Tracker, [&given_up](const FetchAnswer&) { ++given_up; });
+    fetcher.fetch(other.base() + "/", FetchKind::Tracker, [&body](const FetchAnswer& answer) { body = answer.body; });
 
     EXPECT_TRUE(loop.run_until([&body] { return !body.empty(); }, Deadline));
     EXPECT_EQ(given_up, 0);
@@ -398,7 +503,8 @@ TEST(SoupFetcherBoundTest, BeyondAHostsBoundTheyGoOutAsOthersEndAndNoneIsLost)
     int succeeded = 0;
 
     for (int i = 0; i < 100; ++i)
-        fetcher.fetch(server.base() + "/", [&succeeded](const FetchAnswer& answer) { succeeded += answer.ok; });
+        fetcher.fetch(server.base() + "/", FetchKind::Tracker,
+                      [&succeeded](const FetchAnswer& answer) { succeeded += answer.ok; });
 
     EXPECT_TRUE(loop.run_until([&fetcher] { return fetcher.pending() == 0; }, Deadline));
     EXPECT_EQ(succeeded, 100);
@@ -418,8 +524,10 @@ TEST(SoupFetcherBoundTest, BeyondTheBoundInAllHostsTakeTurnsAndNoneIsLost)
     int succeeded = 0;
 
     for (int i = 0; i < 50; ++i) {
-        fetcher.fetch(one.base() + "/", [&succeeded](const FetchAnswer& got) { succeeded += got.ok; });
-        fetcher.fetch(two.base() + "/", [&succeeded](const FetchAnswer& got) { succeeded += got.ok; });
+        fetcher.fetch(one.base() + "/", FetchKind::Tracker,
+                      [&succeeded](const FetchAnswer& got) { succeeded += got.ok; });
+        fetcher.fetch(two.base() + "/", FetchKind::Tracker,
+                      [&succeeded](const FetchAnswer& got) { succeeded += got.ok; });
     }
 
     EXPECT_TRUE(loop.run_until([&fetcher] { return fetcher.pending() == 0; }, Deadline));
@@ -438,7 +546,7 @@ TEST(SoupFetcherBoundTest, AFetchThatTheMainThreadWaitsForGoesBeforeThoseThatWai
     SoupFetcher fetcher(loop, {.per_host = 2, .in_all = 2});
 
     for (int i = 0; i < 10; ++i)
-        fetcher.fetch(server.base() + "/silent", [](const FetchAnswer&) {});
+        fetcher.fetch(server.base() + "/silent", FetchKind::Tracker, [](const FetchAnswer&) {});
 
     EXPECT_EQ(fetcher.fetch_now(server.base() + "/icon").body, "icon");
 }
@@ -453,7 +561,7 @@ TEST(SoupFetcherEndTest, FinishingLetsAllThatWasAskedForGoOutAlthoughNobodyWaits
     });
     SoupFetcher fetcher(loop, {.per_host = 2});
     for (int i = 0; i < 50; ++i)
-        fetcher.fetch(server.base() + "/", [](const FetchAnswer&) { ADD_FAILURE(); });
+        fetcher.fetch(server.base() + "/", FetchKind::Tracker, [](const FetchAnswer&) { ADD_FAILURE(); });
     fetcher.abandon();
 
     fetcher.finish(Deadline);
@@ -466,7 +574,7 @@ TEST(SoupFetcherEndTest, FinishingWaitsForAServerThatNeverAnswersNoLongerThanItI
     GlibLoop loop;
     RawServer server([](const auto&, const auto& connection) { connection.wait_for_close(); });
     SoupFetcher fetcher(loop);
-    fetcher.fetch(server.base() + "/", [](const FetchAnswer&) {});
+    fetcher.fetch(server.base() + "/", FetchKind::Tracker, [](const FetchAnswer&) {});
     const double begun = loop.now();
 
     fetcher.finish(0.2);
@@ -483,7 +591,8 @@ TEST(SoupFetcherEndTest, EndingBreaksOffWhatIsUnderWayAndLetsItsTargetsGo)
     bool answered = false;
     {
         SoupFetcher fetcher(loop);
-        fetcher.fetch(server.base() + "/", [target, &answered](const FetchAnswer&) { answered = true; });
+        fetcher.fetch(server.base() + "/", FetchKind::Tracker,
+                      [target, &answered](const FetchAnswer&) { answered = true; });
         EXPECT_EQ(target.use_count(), 2);
     }
     EXPECT_EQ(target.use_count(), 1);
@@ -499,7 +608,7 @@ TEST(SoupFetcherEndTest, AbandonedAnswersLetTheirTargetsGoAndNeverCome)
     RawServer server([](const auto&, const auto& connection) { answer_ok(connection, "late"); });
     SoupFetcher fetcher(loop);
     const auto target = std::make_shared<int>(0);
-    fetcher.fetch(server.base() + "/", [target](const FetchAnswer&) { ADD_FAILURE(); });
+    fetcher.fetch(server.base() + "/", FetchKind::Tracker, [target](const FetchAnswer&) { ADD_FAILURE(); });
     fetcher.abandon();
     EXPECT_EQ(target.use_count(), 1);
     EXPECT_EQ(fetcher.fetch_now(server.base() + "/").body, "late");

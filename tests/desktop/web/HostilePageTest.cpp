@@ -1,5 +1,6 @@
 #include "Places.h"
 #include "desktop/DesktopPlatform.h"
+#include "desktop/net/Reach.h"
 #include "session/JsonText.h"
 #include "session/Session.h"
 #include "tests/desktop/web/PageTest.h"
@@ -99,6 +100,8 @@ protected:
 
     std::vector<std::string> told;
     LocalServer server;
+    /// As for an ad of this machine: it names its own video here.
+    const NamedHosts named{{server.base()}};
 
 private:
     void tell(std::string_view what, std::initializer_list<Field> fields) override

@@ -1,11 +1,11 @@
-#include "kit/Loopback.h"
+#include "kit/NetworkZone.h"
 
 #include <arpa/inet.h>
 
 #include <algorithm>
 #include <array>
 #include <charconv>
-#include <cstdint>
+#include <initializer_list>
 #include <optional>
 #include <string>
 
@@ -94,8 +94,9 @@ std::optional<std::uint64_t> number_in(std::string_view text)
     return number;
 }
 
-/// The first byte of an IPv4 address: of four parts, or of fewer, whose last one stands for the bytes that are missing.
-std::optional<std::uint64_t> first_byte(std::string_view host)
+/// An IPv4 address: of four parts, or of fewer, whose last one stands for the bytes that are missing. A part that is
+/// too large for its place fills it.
+std::optional<std::array<std::uint8_t, 4>> ip4_in(std::string_view host)
 {
     std::array<std::uint64_t, 4> parts{};
     std::size_t count = 0;
@@ -109,21 +110,23 @@ std::optional<std::uint64_t> first_byte(std::string_view host)
             break;
         host.remove_prefix(dot + 1);
     }
-    return count == 1 ? parts[0] >> 24 : parts[0];
+    std::array<std::uint8_t, 4> bytes{};
+    for (std::size_t n = 0; n + 1 < count; ++n)
+        bytes[n] = static_cast<std::uint8_t>(std::min<std::uint64_t>(parts[n], 0xFF));
+    const std::size_t missing = 5 - count;
+    const std::uint64_t last = std::min(parts[count - 1], (std::uint64_t{1} << (8 * missing)) - 1);
+    for (std::size_t n = 0; n < missing; ++n)
+        bytes[3 - n] = static_cast<std::uint8_t>(last >> (8 * n));
+    return bytes;
 }
 
-bool is_loopback_6(std::string_view host)
+/// @param host in its brackets
+std::optional<std::array<std::uint8_t, 16>> ip6_in(std::string_view host)
 {
-    in6_addr bytes{};
-    if (host.size() < 2 || inet_pton(AF_INET6, std::string(host.substr(1, host.size() - 2)).c_str(), &bytes) != 1)
-        return false;
-    const auto zeros = [&](std::size_t count) {
-        return std::all_of(bytes.s6_addr, bytes.s6_addr + count, [](unsigned char byte) { return byte == 0; });
-    };
-    if (zeros(15))
-        return bytes.s6_addr[15] <= 1;
-    const bool mapped = zeros(10) && bytes.s6_addr[10] == 0xFF && bytes.s6_addr[11] == 0xFF;
-    return (mapped && bytes.s6_addr[12] == 0) || ((mapped || zeros(12)) && bytes.s6_addr[12] == 127);
+    std::array<std::uint8_t, 16> bytes{};
+    if (host.size() < 2 || inet_pton(AF_INET6, std::string(host.substr(1, host.size() - 2)).c_str(), bytes.data()) != 1)
+        return std::nullopt;
+    return bytes;
 }
 
 /// Whether a host can be read in more than one way, or only by who fills the placeholders.
@@ -140,11 +143,8 @@ bool is_unreadable(std::string_view address, std::string_view empty)
     if (address.find('{') <= authority->end)
         return true;
     const std::string host = host_of(empty);
-    if (host.starts_with('[')) {
-        in6_addr bytes{};
-        if (inet_pton(AF_INET6, host.substr(1, host.size() - 2).c_str(), &bytes) != 1)
-            return true;
-    }
+    if (host.starts_with('[') && !ip6_in(host))
+        return true;
     // Some end the host at a backslash, others (RFC 3986) take what stands before it for a part of the user's name.
     const std::string_view until_path = empty.substr(0, empty.find_first_of("/?#", authority->begin));
     const std::string_view beginning = empty.substr(0, authority->end);
@@ -155,23 +155,60 @@ bool is_unreadable(std::string_view address, std::string_view empty)
 
 } // namespace
 
-bool is_loopback_address(std::string_view address)
+NetworkZone zone_of(const std::array<std::uint8_t, 4>& ip)
 {
-    const std::string host = host_of(address);
-    if (host.empty())
-        return false;
-    if (host.starts_with('['))
-        return is_loopback_6(host);
-    if (host == "localhost" || host.ends_with(".localhost"))
-        return true;
-    const auto byte = first_byte(host);
-    return byte == 127U || byte == 0U;
+    const unsigned first = ip[0];
+    const unsigned second = ip[1];
+    if (first == 127 || first == 0)
+        return NetworkZone::Machine;
+    const bool is_private = first == 10 || (first == 100 && (second & 0xC0U) == 64) ||
+                            (first == 169 && second == 254) || (first == 172 && (second & 0xF0U) == 16) ||
+                            (first == 192 && second == 168) || (first == 198 && (second & 0xFEU) == 18);
+    return is_private ? NetworkZone::Private : NetworkZone::Public;
 }
 
-bool leads_to_this_machine(std::string_view from, std::string_view to)
+NetworkZone zone_of(const std::array<std::uint8_t, 16>& ip)
+{
+    const auto begins_with = [&](std::initializer_list<std::uint8_t> bytes) {
+        return std::equal(bytes.begin(), bytes.end(), ip.begin());
+    };
+    const auto ip4_at = [&](std::size_t at) {
+        return zone_of(std::array<std::uint8_t, 4>{ip[at], ip[at + 1], ip[at + 2], ip[at + 3]});
+    };
+    if (begins_with({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xFF}))
+        return ip4_at(12);
+    if (begins_with({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})) {
+        const bool own = ip[12] == 0 && ip[13] == 0 && ip[14] == 0;
+        // Of ::/24 only :: and ::1 mean this machine.
+        return own ? (ip[15] <= 1 ? NetworkZone::Machine : NetworkZone::Public) : ip4_at(12);
+    }
+    if (begins_with({0, 0x64, 0xFF, 0x9B, 0, 0, 0, 0, 0, 0, 0, 0}))
+        return ip4_at(12);
+    if (begins_with({0x20, 0x02}))
+        return ip4_at(2);
+    const bool is_private =
+        (ip[0] & 0xFEU) == 0xFC || (ip[0] == 0xFE && (ip[1] & 0x80U) != 0) || begins_with({0, 0x64, 0xFF, 0x9B, 0, 1});
+    return is_private ? NetworkZone::Private : NetworkZone::Public;
+}
+
+NetworkZone zone_named_by(std::string_view address)
+{
+    const std::string host = host_of(address);
+    if (host.starts_with('[')) {
+        const auto ip = ip6_in(host);
+        return ip ? zone_of(*ip) : NetworkZone::Public;
+    }
+    if (host == "localhost" || host.ends_with(".localhost"))
+        return NetworkZone::Machine;
+    const auto ip = ip4_in(host);
+    return ip ? zone_of(*ip) : NetworkZone::Public;
+}
+
+bool leads_inward(std::string_view from, std::string_view to, NetworkZone open)
 {
     const std::string empty = without_placeholders(to);
-    return (is_loopback_address(empty) || is_unreadable(to, empty)) && !is_loopback_address(from);
+    const NetworkZone zone = is_unreadable(to, empty) ? NetworkZone::Machine : zone_named_by(empty);
+    return zone > std::max(zone_named_by(from), open);
 }
 
 } // namespace qoro

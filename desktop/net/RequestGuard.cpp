@@ -1,0 +1,113 @@
+#include "desktop/net/RequestGuard.h"
+
+#include "desktop/net/Reach.h"
+
+#include <libsoup/soup.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <string_view>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr const char* Inside = "its address is one of a private network or of this machine";
+constexpr const char* FalseLength = "its server tells a length that is no number of bytes";
+constexpr const char* RedirectedInside = "its server redirects to a private network or to this machine";
+
+std::string text_of(GUri* uri)
+{
+    char* text = g_uri_to_string(uri);
+    std::string copy = text;
+    g_free(text);
+    return copy;
+}
+
+/// Of the field Content-Length (RFC 9110, 8.6).
+bool is_length(std::string_view text)
+{
+    std::int64_t length = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), length);
+    return error == std::errc() && end == text.data() + text.size() && length >= 0 && text.front() != '-';
+}
+
+} // namespace
+
+RequestGuard::RequestGuard(SoupMessage* message, GUri* asked, GCancellable* request, NetworkZone reach)
+    : message_(static_cast<SoupMessage*>(g_object_ref(message))), asked_(text_of(asked)), request_(request),
+      reach_(reach)
+{
+    g_signal_connect(message_, "network-event", G_CALLBACK(network_event), this);
+    g_signal_connect(message_, "starting", G_CALLBACK(starting), this);
+    // The one moment between the reading of the answer's head and its use.
+    g_signal_connect(message_, "notify::status-code", G_CALLBACK(got_head), this);
+    g_signal_connect(message_, "restarted", G_CALLBACK(restarted), this);
+    if (zone_named_by(asked_) > reach_)
+        refuse(Inside);
+}
+
+RequestGuard::~RequestGuard()
+{
+    g_signal_handlers_disconnect_by_data(message_, this);
+    g_object_unref(message_);
+}
+
+void RequestGuard::refuse(const char* reason)
+{
+    reason_ = reason;
+    g_cancellable_cancel(request_);
+}
+
+void RequestGuard::network_event(SoupMessage*, int event, GIOStream* connection, RequestGuard* guard)
+{
+    if (event != G_SOCKET_CLIENT_CONNECTING)
+        return;
+    auto* socket = G_SOCKET_CONNECTION(connection);
+    GSocketAddress* address = g_socket_connection_get_remote_address(socket, nullptr);
+    if (!address)
+        return;
+    if (!G_IS_PROXY_ADDRESS(address) && zone_of(address) > guard->reach_) {
+        // Nothing is sent there; the host's other addresses are tried.
+        g_socket_close(g_socket_connection_get_socket(socket), nullptr);
+        guard->reason_ = guard->redirected_ ? RedirectedInside : Inside;
+    }
+    g_object_unref(address);
+}
+
+/// It has a connection, maybe one that another request has opened.
+void RequestGuard::starting(SoupMessage* message, RequestGuard* guard)
+{
+    GSocketAddress* address = soup_message_get_remote_address(message);
+    guard->zone_ = address && G_IS_PROXY_ADDRESS(address) ? NetworkZone::Public : zone_of(address);
+    guard->reason_ = nullptr;
+    if (address && !G_IS_PROXY_ADDRESS(address) && guard->zone_ > guard->reach_)
+        guard->refuse(guard->redirected_ ? RedirectedInside : Inside);
+}
+
+void RequestGuard::got_head(SoupMessage* message, GParamSpec*, RequestGuard* guard)
+{
+    SoupMessageHeaders* headers = soup_message_get_response_headers(message);
+    const char* length = soup_message_headers_get_list(headers, "Content-Length");
+    if (!length || is_length(length))
+        return;
+    soup_message_headers_replace(headers, "Content-Length", "0");
+    guard->refuse(FalseLength);
+}
+
+void RequestGuard::restarted(SoupMessage* message, RequestGuard* guard)
+{
+    if (soup_message_get_status(message) == SOUP_STATUS_NONE)
+        return; // it is sent once more, to where it was sent before
+    guard->redirected_ = true;
+    if (has_reach_rule())
+        guard->reach_ = std::min(guard->reach_, std::max(guard->zone_, open_zone()));
+    const std::string to = text_of(soup_message_get_uri(message));
+    if (zone_named_by(to) > guard->reach_ || leads_inward(guard->asked_, to, open_zone()))
+        guard->refuse(RedirectedInside);
+}
+
+} // namespace qoro
