@@ -3,6 +3,7 @@
 #include "desktop/net/Reach.h"
 #include "session/JsonText.h"
 #include "session/Session.h"
+#include "tests/desktop/net/NamesHere.h"
 #include "tests/desktop/web/PageTest.h"
 
 #include <filesystem>
@@ -177,6 +178,58 @@ TEST_F(HostilePage, that_becomes_a_frameset_is_not_replaced_by_what_its_server_s
 
     EXPECT_TRUE(has("web", R"("refused" "navigation" ")" + server.base() + "hostile.html")) << all();
     EXPECT_FALSE(has("web", "evil")) << all();
+}
+
+/// A page that asks a host for something in each way that there is, and says so in the end.
+std::string asking(const std::string& host)
+{
+    return "<!DOCTYPE html><html><head><script src='" + std::string(script_library_address) +
+           "'></script></head><body><img src='http://" + host + "/img'><script src='http://" + host +
+           "/script'></script><script>const quiet = () => {};"
+           "const socket = new WebSocket('ws://" +
+           host +
+           "/socket'), over = new Promise(done => { socket.onerror = socket.onclose = done; });"
+           "const worker = new Worker(URL.createObjectURL(new Blob([`fetch('http://" +
+           host +
+           "/worker', {mode: 'no-cors'}).catch(() => 0).then(() => postMessage(0))`])));"
+           "const heard = new Promise(done => { worker.onmessage = done; });"
+           "Promise.all([over, heard, fetch('http://" +
+           host +
+           "/fetch', {mode: 'no-cors'}).catch(quiet)]).then(() => mraid.expand('all asked'));"
+           "</script></body></html>";
+}
+
+TEST_F(HostilePage, reaches_nothing_by_a_name_that_leads_to_this_machine)
+{
+    const NamesHere names;
+    const std::string nas = replaced(replaced(server.base(), "http://127.0.0.1", "nas.example"), "/", "");
+    show(asking(nas), "http://ads.example/page.html", "all asked");
+
+    EXPECT_TRUE(server.asked.empty()) << "asked for " << server.asked.front();
+    EXPECT_TRUE(has("web", R"("refused" "request" "http://)" + nas + ", which is 127.0.0.1:")) << all();
+}
+
+TEST_F(HostilePage, of_this_machine_reaches_it_by_name_too)
+{
+    const NamesHere names;
+    const std::string nas = replaced(replaced(server.base(), "http://127.0.0.1", "nas.example"), "/", "");
+    show(asking(nas), server.base() + "page.html", "all asked");
+
+    for (const char* path : {"/img", "/script", "/fetch", "/worker", "/socket"})
+        EXPECT_TRUE(std::find(server.asked.begin(), server.asked.end(), path) != server.asked.end()) << path << all();
+}
+
+TEST_F(HostilePage, reaches_nothing_that_an_earlier_page_has_opened)
+{
+    const NamesHere names;
+    const std::string nas = replaced(replaced(server.base(), "http://127.0.0.1", "nas.example"), "/", "");
+    show(asking(nas), server.base() + "page.html", "all asked");
+    server.asked.clear();
+    told.clear();
+
+    show(asking(nas), "http://ads.example/page.html", "all asked");
+
+    EXPECT_TRUE(server.asked.empty()) << "asked for " << server.asked.front();
 }
 
 TEST_F(HostilePage, reaches_the_machine_that_it_comes_from)
