@@ -11,7 +11,7 @@ run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ba
     gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap xdg-dbus-proxy glib-networking
     xvfb dbus"
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg clang-format eslint
-    at-spi2-core libatspi2.0-dev locales iproute2"
+    at-spi2-core libatspi2.0-dev locales iproute2 weston"
 fuzz="clang libclang-rt-14-dev zlib1g-dev"
 coverage="libgtest-dev libgmock-dev gcovr"
 mutation="libgtest-dev libgmock-dev python3-clang-14"

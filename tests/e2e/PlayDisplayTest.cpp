@@ -111,9 +111,10 @@ TEST(PlayOnADisplay, WhoseCompositorGoesAwayIsClosedInOrder)
 {
     if (std::system("command -v weston >/dev/null") != 0)
         GTEST_SKIP() << "this machine has no Wayland compositor for tests (weston)";
-    OwnDisplay display("env XDG_RUNTIME_DIR=$place weston --backend=headless-backend.so --socket=display --no-config",
-                       "until [ -S $place/display ]; do sleep 0.1; done; "
-                       "export GDK_BACKEND=wayland WAYLAND_DISPLAY=$place/display; unset DISPLAY");
+    OwnDisplay display(
+        "env XDG_RUNTIME_DIR=$place weston --backend=headless-backend.so --socket=display --no-config --log=$place/log",
+        "until grep -qs weston-desktop-shell $place/log; do sleep 0.1; done; "
+        "export GDK_BACKEND=wayland WAYLAND_DISPLAY=$place/display; unset DISPLAY");
     close_when_it_goes_away(display);
 }
 
