@@ -114,7 +114,7 @@ TEST(PlayOnADisplay, WhoseCompositorGoesAwayIsClosedInOrder)
     OwnDisplay display(
         "env XDG_RUNTIME_DIR=$place weston --backend=headless-backend.so --socket=display --no-config --log=$place/log",
         "until grep -qs weston-desktop-shell $place/log; do sleep 0.1; done; "
-        "export GDK_BACKEND=wayland WAYLAND_DISPLAY=$place/display; unset DISPLAY");
+        "export GDK_BACKEND=wayland XDG_RUNTIME_DIR=$place WAYLAND_DISPLAY=display; unset DISPLAY");
     close_when_it_goes_away(display);
 }
 
