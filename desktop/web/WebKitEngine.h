@@ -37,8 +37,7 @@ class WebKitEngine : public WebEngine, public WidgetSource
 public:
     /// The platform dispatches every event, and outlives the engine, as the listener does.
     WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
-                 WebKitNetworkSession* session, std::shared_ptr<PageReach> reach,
-                 std::shared_ptr<PageWatch> watch);
+                 WebKitNetworkSession* session, std::shared_ptr<PageReach> reach, std::shared_ptr<PageWatch> watch);
     ~WebKitEngine() override;
     WebKitEngine(const WebKitEngine&) = delete;
     WebKitEngine& operator=(const WebKitEngine&) = delete;

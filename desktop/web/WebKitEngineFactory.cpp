@@ -124,7 +124,8 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     } catch (const std::runtime_error& unguarded) {
         return std::make_unique<NoPage>(platform_, listener, unguarded.what());
     }
-    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, family.reach, watch_);
+    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, family.reach,
+                                          watch_);
 }
 
 void WebKitEngineFactory::found(Family& family, PageKind kind)
