@@ -93,6 +93,29 @@ Value to_value(const Json& json)
     }
 }
 
+/// Goes through a text without keeping anything of it, until it is no JSON or beyond a bound.
+class Bounds : public nlohmann::json_sax<Json>
+{
+public:
+    bool null() override { return true; }
+    bool boolean(bool) override { return true; }
+    bool number_integer(number_integer_t) override { return true; }
+    bool number_unsigned(number_unsigned_t) override { return true; }
+    bool number_float(number_float_t, const string_t&) override { return true; }
+    bool string(string_t&) override { return true; }
+    bool binary(binary_t&) override { return true; }
+    bool start_object(std::size_t) override { return ++depth_ <= deepest; }
+    bool key(string_t&) override { return ++names_ <= most_names; }
+    bool end_object() override { return depth_-- > 0; }
+    bool start_array(std::size_t) override { return ++depth_ <= deepest; }
+    bool end_array() override { return depth_-- > 0; }
+    bool parse_error(std::size_t, const std::string&, const nlohmann::detail::exception&) override { return false; }
+
+private:
+    int depth_ = 0;
+    int names_ = 0;
+};
+
 } // namespace
 
 std::string json_of(const Value& value)
@@ -112,20 +135,12 @@ std::string json_of(const NSDictionary& mapping)
 
 std::optional<Value> value_of_json(std::string_view text)
 {
-    // Depth is bounded while parsing, before anything recursive meets it; names before they cost time.
-    bool too_deep = false;
-    int names = 0;
-    const Json::parser_callback_t bound = [&](int around, Json::parse_event_t event, Json&) {
-        const bool opens = event == Json::parse_event_t::array_start || event == Json::parse_event_t::object_start;
-        too_deep = too_deep || (opens && around >= deepest);
-        if (event == Json::parse_event_t::key)
-            ++names;
-        return !too_deep && names <= most_names;
-    };
-    const Json json = Json::parse(text, bound, false);
-    if (json.is_discarded() || too_deep || names > most_names)
+    // Depth is bounded before anything recursive meets it; names before they cost time. In a pass of its own: the
+    // parser's callback looks through all earlier entries of a list after each mapping in it.
+    Bounds bounds;
+    if (!Json::sax_parse(text, &bounds))
         return std::nullopt;
-    return to_value(json);
+    return to_value(Json::parse(text));
 }
 
 } // namespace qoro

@@ -77,6 +77,17 @@ TEST(ValueJson, refuses_more_than_256_names)
     EXPECT_FALSE(value_of_json("[{" + names + "},{\"one more\":0}]"));
 }
 
+TEST(ValueJson, costs_as_much_for_each_record_however_many_there_are)
+{
+    // With the square of their number it would take minutes.
+    std::string records = "[{}";
+    for (int n = 0; n < 1'000'000; ++n)
+        records += ",{}";
+    const std::optional<Value> value = value_of_json(records + "]");
+    ASSERT_TRUE(value);
+    EXPECT_EQ(value->array().count(), 1'000'001U);
+}
+
 TEST(ValueJson, refuses_what_is_nested_too_deep)
 {
     EXPECT_TRUE(value_of_json(std::string(32, '[') + std::string(32, ']')));
