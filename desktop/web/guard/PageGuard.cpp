@@ -159,7 +159,7 @@ webkit_web_process_extension_initialize_with_user_data(WebKitWebProcessExtension
 {
     gboolean bridged = FALSE;
     gint32 zone = 0;
-    g_variant_get(const_cast<GVariant*>(settings), guard_settings, &bridged, &zone);
+    g_variant_get(const_cast<GVariant*>(settings), qoro::guard_settings, &bridged, &zone);
     has_bridge = bridged;
     open = static_cast<qoro::NetworkZone>(zone);
     g_signal_connect(extension, "page-created", G_CALLBACK(page_created), nullptr);
