@@ -9,5 +9,5 @@ function run(act) {
 }
 
 function done() {
-  setTimeout(() => run(() => mraid.expand("done")), 500);
+  setInterval(() => run(() => mraid.expand("done")), 1000);
 }
