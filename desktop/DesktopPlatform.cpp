@@ -24,6 +24,10 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     players_.options.silent = options.silent;
     players_.options.volume = [this] { return output_volume_.player_volume(); };
     players_.options.on_end = [this](const GstPlayer&) { return_memory_later(); };
+    // The controller's own line says neither which page it was nor why.
+    fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
+        tell("web", {{"do", "failed"}, {"url", address}, {"reason", reason}});
+    };
     players_.options.on_failure = [this](const std::string& reason) {
         tell("player", {{"do", "failed"}, {"reason", reason}});
     };

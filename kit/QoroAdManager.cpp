@@ -76,10 +76,7 @@ void QoroAdManager::connectToServerWithRequest(const NSString& address, const Ac
     Platform& platform = Platform::current();
     const FetchKind kind = action.name() == PageAction ? FetchKind::Page : FetchKind::Tracker;
     auto pending = std::make_shared<const Pending>(action, failAction);
-    auto answer = [pending = std::move(pending), &platform, kind, address](FetchAnswer fetched) {
-        // The controller's own line says neither which page it was nor why.
-        if (kind == FetchKind::Page && !fetched.ok)
-            platform.tell("web", {{"do", "failed"}, {"url", address}, {"reason", fetched.error}});
+    auto answer = [pending = std::move(pending), &platform](FetchAnswer fetched) {
         platform.dispatch([&] { pending->answer(std::move(fetched)); });
     };
     const auto fail = [&platform, &answer](const char* why) {

@@ -111,8 +111,8 @@ public:
 /// - a seek is held within 0 and the duration;
 /// - a failure is playback state 0, reported, then finished with reason 1. A play after it loads the video anew,
 ///   goes on from where it failed and reports playing; a seek before moves that place and reports nothing. Where a play
-///   leads to another failure, that is reported as the first, MostVainPlays times; a play after that does nothing. A
-///   null address fails so, and one that no player can play.
+///   leads to another failure, that is reported as the first, MostVainPlays times; a play after that does nothing;
+/// - a null address, or one that no player can play, fails once, and a play after that does nothing.
 /// Destroying it ends playback and all reports. It is never destroyed inside a report of its own.
 class PlayerEngine
 {

@@ -246,6 +246,7 @@ void SimulatedPlayer::loaded()
 {
     if (!has_source_) {
         failed_for_good_ = true;
+        vain_plays_ = MostVainPlays;
         fail();
         return;
     }

@@ -84,6 +84,7 @@ GstPlayer::~GstPlayer()
 void GstPlayer::open()
 {
     if (location_.empty()) {
+        vain_plays_ = MostVainPlays;
         mailbox_->post([this] { failed("it has no address that can be played"); });
         return;
     }
@@ -136,7 +137,7 @@ void GstPlayer::load_anew()
     if (std::exchange(at_end_, false))
         time_ = 0;
     // A server that comes back needs a moment.
-    const int pause = is_file_ || location_.empty() ? 0 : vain_plays_;
+    const int pause = is_file_ ? 0 : vain_plays_;
     ++vain_plays_;
     ++loads_;
     if (pause == 0) {

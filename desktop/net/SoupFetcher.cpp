@@ -400,6 +400,12 @@ SoupFetcher::~SoupFetcher()
 void SoupFetcher::fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer)
 {
     const std::uint64_t number = waiting_->next_number++;
+    if (kind == FetchKind::Page && on_page_failure)
+        answer = [this, address, answer = std::move(answer)](FetchAnswer fetched) {
+            if (!fetched.ok)
+                on_page_failure(address, fetched.error);
+            answer(std::move(fetched));
+        };
     waiting_->answers.emplace(number, std::move(answer));
     worker_->start(address, kind, false,
                    [&loop = loop_, waiting = std::weak_ptr(waiting_), number](FetchAnswer arrived) {

@@ -2,7 +2,9 @@
 
 #include "platform/Ports.h"
 
+#include <functional>
 #include <memory>
+#include <string>
 
 namespace qoro
 {
@@ -55,6 +57,9 @@ public:
 
     void fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer) override;
     FetchAnswer fetch_now(const std::string& address) override;
+
+    /// Hears of a page that does not come, ahead of its answer: its address and the reason. May be empty.
+    std::function<void(const std::string& address, const std::string& reason)> on_page_failure;
 
     /// Lets go of everyone who waits for an answer; what is under way goes on.
     void abandon();
