@@ -9,12 +9,20 @@
 namespace qoro
 {
 
+namespace
+{
+constexpr int LastTurns = 100;
+} // namespace
+
 ContextThread::ContextThread(const char* name)
     : context_(g_main_context_new()), thread_([this, name] {
           pthread_setname_np(pthread_self(), name);
           g_main_context_push_thread_default(context_);
           while (!over_)
               g_main_context_iteration(context_, TRUE);
+          // What was closed just now lets go of its memory; whatever goes on without an end does not hold this up.
+          for (int turns = 0; turns < LastTurns && g_main_context_iteration(context_, FALSE); ++turns) {
+          }
           g_main_context_pop_thread_default(context_);
       })
 {

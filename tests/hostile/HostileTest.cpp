@@ -2,6 +2,7 @@
 
 #include "Places.h"
 
+#include <array>
 #include <chrono>
 #include <ctime>
 #include <filesystem>
@@ -18,7 +19,9 @@ namespace
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-const std::string Pages = QORO_SOURCE_DIR "/tests/hostile/pages";
+/// The pages of attacks; those of the second folder also meet the web engine alone.
+const std::array<std::string, 2> Pages{QORO_SOURCE_DIR "/tests/hostile/pages",
+                                       QORO_SOURCE_DIR "/tests/desktop/web/hostile"};
 
 std::string content(const std::filesystem::path& file)
 {
@@ -59,10 +62,11 @@ void HostileTest::SetUp()
     // Of freed memory the sanitizer's program keeps little, so that what is resident says something.
     setenv("ASAN_OPTIONS", "quarantine_size_mb=8", 1);
     internet_.emplace();
-    for (const auto& page : std::filesystem::directory_iterator(Pages))
-        internet_->serve(
-            "/" + page.path().filename().string(),
-            {.body = content(page.path()), .type = page.path().extension() == ".js" ? "text/javascript" : "text/html"});
+    for (const std::string& folder : Pages)
+        for (const auto& page : std::filesystem::directory_iterator(folder))
+            internet_->serve("/" + page.path().filename().string(),
+                             {.body = content(page.path()),
+                              .type = page.path().extension() == ".js" ? "text/javascript" : "text/html"});
     internet_->serve("/to-this-machine", {.status = 302, .head = "Location: http://127.0.0.1/secret\r\n"});
     internet_->serve("/secret", {.body = "a secret", .head = "Access-Control-Allow-Origin: *\r\n"});
 }

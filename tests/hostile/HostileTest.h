@@ -35,6 +35,13 @@ class HostileTest : public testing::Test
 {
 protected:
     static constexpr long Megabyte = 1024 * 1024;
+#ifdef __SANITIZE_ADDRESS__
+    /// Bytes by which a page may raise the program. The sanitizers keep freed memory for a while, and watch over each
+    /// byte with some of their own.
+    static constexpr long MostGrowth = 256 * Megabyte;
+#else
+    static constexpr long MostGrowth = 64 * Megabyte;
+#endif
     /// The server of the ad's page. Pages of attacks name 203.0.113.66 for where nothing may ever go.
     static constexpr const char* Stranger = "203.0.113.1";
     static constexpr const char* Elsewhere = "203.0.113.66";
@@ -46,10 +53,19 @@ protected:
     /// @param page the file's name
     /// @param changes properties of the ad that differ from the demo's
     void play(const std::string& page, nlohmann::json changes = nlohmann::json::object());
-    PlayedAd& ad() { return *ad_; }
-    Internet& internet() { return *internet_; }
+    PlayedAd& ad()
+    {
+        return *ad_;
+    }
+    Internet& internet()
+    {
+        return *internet_;
+    }
     /// What the program and its pages have taken since the ad's video began to play.
-    MemoryWatch& memory() { return *memory_; }
+    MemoryWatch& memory()
+    {
+        return *memory_;
+    }
 
     /// Waits until the page has done all that it wanted to.
     bool page_is_done();

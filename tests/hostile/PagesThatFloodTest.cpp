@@ -5,16 +5,6 @@
 namespace qoro::test
 {
 
-namespace
-{
-#ifdef __SANITIZE_ADDRESS__
-/// The sanitizers keep freed memory for a while, and watch over each byte with some of their own.
-constexpr long MostGrowth = 256L * 1024 * 1024;
-#else
-constexpr long MostGrowth = 64L * 1024 * 1024;
-#endif
-} // namespace
-
 TEST_F(HostileTest, AFloodOfDialogsIsAnsweredWithoutTheViewer)
 {
     play("dialogs.html");

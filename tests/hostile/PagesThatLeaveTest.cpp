@@ -36,6 +36,20 @@ TEST_F(HostileTest, APageCannotReachThisMachine)
     the_viewer_leaves();
 }
 
+TEST_F(HostileTest, APageCannotReachPrivateNetworks)
+{
+    play("private.html");
+    EXPECT_TRUE(page_is_done());
+    for (const char* host : {"10.0.0.1", "172.16.0.1", "192.168.1.1", "169.254.169.254", "[fc00::1]"}) {
+        EXPECT_TRUE(refused("request", "http://" + std::string(host) + "/fetch")) << host;
+        EXPECT_TRUE(refused("request", "http://" + std::string(host) + "/image")) << host;
+        EXPECT_TRUE(refused("request", "ws://" + std::string(host) + "/socket")) << host;
+        EXPECT_TRUE(refused("command", std::string(host) + "/video.mp4")) << host;
+    }
+    EXPECT_EQ(spoken_to_others(), "");
+    the_viewer_leaves();
+}
+
 TEST_F(HostileTest, APageCannotReachThisMachineByAServersRedirect)
 {
     play("redirected.html");

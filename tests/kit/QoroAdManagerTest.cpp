@@ -87,20 +87,6 @@ TEST_F(ManagerTest, TellsAPagesRequestFromATrackers)
     EXPECT_EQ(platform.transcript, (Texts{"request url=http://ad/p for=page", "request url=http://t/1 for=tracking"}));
 }
 
-TEST_F(ManagerTest, APageThatFailsIsALineWithItsAddressAndTheReason)
-{
-    platform.world.net["http://ad/p"] = {false, "HTTP status 503", "", 0.5};
-    platform.world.net["http://t/1"] = {false, "gone", "", 0.5};
-
-    ask("http://ad/p", "didAdRequester:");
-    ask("http://t/1");
-    platform.transcript.clear();
-    platform.let_pass(1);
-
-    EXPECT_EQ(platform.transcript, Texts{"web do=failed url=http://ad/p reason=HTTP status 503"});
-    EXPECT_EQ(asker->answers, (Texts{"failed HTTP status 503", "failed gone"}));
-}
-
 TEST_F(ManagerTest, AnUnansweredRequestKeepsWhoAsked)
 {
     platform.world.net["http://t/slow"] = {true, "", "", 5};

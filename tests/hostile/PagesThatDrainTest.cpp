@@ -1,0 +1,50 @@
+#include "tests/hostile/HostileTest.h"
+
+// What takes more than it is given: memory, requests, the host's own time.
+
+namespace qoro::test
+{
+
+class HostileDrainTest : public HostileTest, public testing::WithParamInterface<const char*>
+{
+};
+
+TEST_P(HostileDrainTest, APageThatEatsMemoryIsEndedAndTheAdGoesOn)
+{
+    play(GetParam());
+    EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
+    // The limit, a second of overshoot, and the processes beside the page's.
+    EXPECT_LT(memory().others(), 1280 * Megabyte);
+    the_viewer_leaves();
+}
+
+INSTANTIATE_TEST_SUITE_P(By, HostileDrainTest, testing::Values("arrays.html", "canvas.html", "workers.html"),
+                         [](const auto& page) {
+                             const std::string name = page.param;
+                             return name.substr(0, name.find('.'));
+                         });
+
+TEST_F(HostileTest, AFloodOfMessagesHoldsNobodyUp)
+{
+    play("messages.html");
+    EXPECT_TRUE(refused("message"));
+    EXPECT_LT(memory().program_growth(), MostGrowth);
+    the_viewer_leaves();
+}
+
+TEST_F(HostileTest, AHeartbeatThatNeverPausesIsBounded)
+{
+    const std::string beat = "http://" + std::string(Stranger) + "/beat";
+    play("harmless.html", {{"strVideoTrackingUrl", beat}, {"fTrackingInterval", 1e-9}, {"dicTrackingUrls", nullptr}});
+    EXPECT_TRUE(ad().tells({{"what", "kit"}, {"do", "request.refused"}}));
+    EXPECT_TRUE(internet().was_asked(std::string(Stranger) + "/beat")) << "some go out";
+    the_viewer_leaves();
+}
+
+TEST_F(HostileTest, AnAddressWithAZeroByteInItEndsNothing)
+{
+    play("harmless.html", {{"strVideoUrl", "clip.mp4?%00"}});
+    the_viewer_leaves();
+}
+
+} // namespace qoro::test
