@@ -19,9 +19,10 @@ namespace
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-/// The pages of attacks; those of the second folder also meet the web engine alone.
-const std::array<std::string, 2> Pages{QORO_SOURCE_DIR "/tests/hostile/pages",
-                                       QORO_SOURCE_DIR "/tests/desktop/web/hostile"};
+/// The pages of attacks. Those of the first folder also meet the web engine alone; of two with one name the second
+/// folder's is served.
+const std::array<std::string, 2> Pages{QORO_SOURCE_DIR "/tests/desktop/web/hostile",
+                                       QORO_SOURCE_DIR "/tests/hostile/pages"};
 
 std::string content(const std::filesystem::path& file)
 {
