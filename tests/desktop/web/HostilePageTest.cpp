@@ -8,6 +8,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <gmock/gmock.h>
 
 namespace qoro::test
 {
@@ -99,6 +100,14 @@ protected:
         return text;
     }
 
+    /// What the server was asked for, but for the ad's own video, which is asked for again as it fails.
+    std::vector<std::string> asked_by_page() const
+    {
+        std::vector<std::string> asked = server.asked;
+        std::erase(asked, "/ad.mp4");
+        return asked;
+    }
+
     std::vector<std::string> told;
     LocalServer server;
     /// As for an ad of this machine: it names its own video here.
@@ -158,8 +167,7 @@ TEST_F(HostilePage, gets_nothing_and_each_refusal_is_written_down)
     EXPECT_TRUE(has("web", R"("refused" "message" "it is none of the script library's")"));
     EXPECT_TRUE(has("mraid", "still here#part")) << "the page stands where it stood";
 
-    std::erase(server.asked, "/ad.mp4"); // the ad's own video, which is asked for again as it plays after its failure
-    EXPECT_TRUE(server.asked.empty()) << "asked for " << server.asked.front();
+    EXPECT_THAT(asked_by_page(), testing::IsEmpty());
     EXPECT_FALSE(has("openURL", ""));
     EXPECT_FALSE(has("super", "createCalendarEvent"));
     if (HasFailure())
@@ -206,7 +214,7 @@ TEST_F(HostilePage, reaches_nothing_by_a_name_that_leads_to_this_machine)
     const std::string nas = replaced(replaced(server.base(), "http://127.0.0.1", "nas.example"), "/", "");
     show(asking(nas), "http://ads.example/page.html", "all asked");
 
-    EXPECT_TRUE(server.asked.empty()) << "asked for " << server.asked.front();
+    EXPECT_THAT(asked_by_page(), testing::IsEmpty());
     EXPECT_TRUE(has("web", R"("refused" "request" "http://)" + nas + ", which is 127.0.0.1:")) << all();
 }
 
@@ -230,7 +238,7 @@ TEST_F(HostilePage, reaches_nothing_that_an_earlier_page_has_opened)
 
     show(asking(nas), "http://ads.example/page.html", "all asked");
 
-    EXPECT_TRUE(server.asked.empty()) << "asked for " << server.asked.front();
+    EXPECT_THAT(asked_by_page(), testing::IsEmpty());
 }
 
 TEST_F(HostilePage, reaches_the_machine_that_it_comes_from)
