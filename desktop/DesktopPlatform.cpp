@@ -9,12 +9,23 @@
 namespace qoro
 {
 
+namespace
+{
+
+PageLimits with_dropped_frames(PageLimits limits)
+{
+    limits.dropped_frames = Pipeline::dropped_frames;
+    return limits;
+}
+
+} // namespace
+
 DesktopPlatform::DesktopPlatform(const Options& options)
     : last_requests_seconds_(options.last_requests_seconds),
       reach_(options.allow_private_network ? NetworkZone::Private : NetworkZone::Public),
       device_(*this, options.device),
       output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
-      volume_(output_volume_, options.volume_slider), web_engines_(*this, options.pages),
+      volume_(output_volume_, options.volume_slider), web_engines_(*this, with_dropped_frames(options.pages)),
       video_cache_(options.video_cache), calendar_(options.calendar)
 {
     shared<OpenNetworks>().open = open_zone();

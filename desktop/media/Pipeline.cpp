@@ -24,6 +24,7 @@ namespace qoro
 
 namespace
 {
+std::atomic<std::uint64_t> dropped = 0;
 /// Seconds of a video from a server that have to lie ready before it starts, or goes on after a lack of data; counted
 /// in bytes, by the video's own rate.
 constexpr double ReadyTime = 2.0;
@@ -208,6 +209,11 @@ void Pipeline::warm_up()
             }
         });
     });
+}
+
+std::uint64_t Pipeline::dropped_frames()
+{
+    return dropped;
 }
 
 void Pipeline::wait_until_gone(double seconds)
@@ -448,6 +454,9 @@ void Pipeline::Core::hear(GstMessage* message)
     case GST_MESSAGE_EOS:
         if (GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline.load()))
             hear_end();
+        break;
+    case GST_MESSAGE_QOS:
+        ++dropped;
         break;
     default:
         break;

@@ -3,6 +3,7 @@
 #include "desktop/media/VideoPictures.h"
 #include "platform/Ports.h"
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -69,6 +70,8 @@ public:
 
     /// Loads GStreamer and what most videos need, once; returns at once.
     static void warm_up();
+    /// How many frames all pipelines have left out so far, because they would have come too late. Any thread.
+    static std::uint64_t dropped_frames();
     /// Waits until every pipeline that was destroyed has let go of everything.
     /// @param seconds how long at most
     static void wait_until_gone(double seconds);

@@ -1,6 +1,7 @@
 #include "desktop/web/PageWatch.h"
 
 #include "desktop/web/ProcessFacts.h"
+#include "desktop/web/ProcessorUse.h"
 
 #include <algorithm>
 #include <chrono>
@@ -80,7 +81,8 @@ public:
     bool is_there() const { return process_ != 0; }
 
     /// @param seconds since the last look
-    void look(double seconds)
+    /// @param dropped_frames of the videos so far
+    void look(double seconds, std::uint64_t dropped_frames = 0)
     {
         if (process_ == 0)
             return;
@@ -94,7 +96,7 @@ public:
         }
         memory_ = *memory;
         load_ = seconds > 0 ? (*worked - worked_) / seconds : 0;
-        busy_seconds_ = load_ > 1 ? busy_seconds_ + seconds : 0;
+        processor_use_.look(load_, dropped_frames, seconds);
         worked_ = *worked;
         looks_at_work_ = is_at_work(process_) ? looks_at_work_ + 1 : 0;
     }
@@ -102,8 +104,7 @@ public:
     /// Of one processor.
     double load() const { return load_; }
     int looks_at_work() const { return looks_at_work_; }
-    /// For which it has taken more than one processor without a pause.
-    double busy_seconds() const { return busy_seconds_; }
+    double starves_video_for() const { return processor_use_.starves_for(); }
 
     void end(const std::string& why)
     {
@@ -127,7 +128,7 @@ private:
     double worked_ = 0;
     double load_ = 0;
     int looks_at_work_ = 0;
-    double busy_seconds_ = 0;
+    ProcessorUse processor_use_;
 };
 
 /// This program, as far as a flood of messages goes.
@@ -202,15 +203,17 @@ void PageWatch::run()
 void PageWatch::look()
 {
     static const double seconds = std::chrono::duration<double>(Interval).count();
+    const std::uint64_t dropped = limits_.dropped_frames ? limits_.dropped_frames() : 0;
     for (const auto& [page, process] : processes_) {
         if (!process->is_resolved())
             process->resolve(PageProcess);
-        process->look(seconds);
+        process->look(seconds, dropped);
         if (process->megabytes() > limits_.memory)
             process->end("the page's process used too much memory " + in_megabytes(limits_.memory));
-        if (limits_.processor_seconds && process->busy_seconds() > *limits_.processor_seconds)
+        if (limits_.processor_seconds && process->starves_video_for() > *limits_.processor_seconds)
             process->end("the page's process took more than one processor for " +
-                         std::to_string(static_cast<long>(*limits_.processor_seconds)) + " s");
+                         std::to_string(static_cast<long>(*limits_.processor_seconds)) +
+                         " s while the video dropped frames");
     }
     // WebKit starts another one when it has ended.
     if (!requests_ || !requests_->is_there()) {

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -19,9 +20,11 @@ struct PageLimits {
     double memory = 512;
     /// Megabytes by which this program grows while a page floods it.
     double flood = 48;
-    /// Seconds for which a page's process may take more than one processor while nothing else gets its share; absent
-    /// for as long as it likes.
+    /// Seconds for which a page's process may work for more than one processor while a video drops frames; absent for
+    /// as long as it likes.
     std::optional<double> processor_seconds = {};
+    /// How many frames the videos have dropped so far; may be called by any thread. Without it no page starves a video.
+    std::function<std::uint64_t()> dropped_frames = {};
 };
 
 /// Looks ten times a second at what the processes of pages take, and at this program's own growth, and ends a process
