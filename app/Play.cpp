@@ -3,6 +3,7 @@
 #include "app/PlayInput.h"
 #include "app/TraceFile.h"
 #include "desktop/DesktopPlatform.h"
+#include "desktop/net/Reach.h"
 #include "desktop/screen/DisplayWatch.h"
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
@@ -79,6 +80,8 @@ private:
     DesktopPlatform platform_;
     std::optional<Trace> trace_;
     std::optional<ServedAd> served_;
+    /// Where the store is, the host says, who may have it in its own network.
+    const NamedHosts store_{{store_page_of_id(input_.host.store_page).absoluteString().text()}};
     std::unique_ptr<Session> session_;
     std::vector<guint> signals_;
     const DisplayWatch display_watch_{[this] { display_lost(); }};

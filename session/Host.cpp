@@ -11,11 +11,16 @@ HostSetup unguarded_host()
     return host;
 }
 
-bool is_store_page(const std::string& pattern)
+NSURL store_page_of_id(const std::string& pattern)
 {
     QoroAdManager with_pattern;
     with_pattern.set_store_page(pattern);
-    return pattern.find("{id}") != std::string::npos && with_pattern.store_page({"id", "", "", ""}).is_web();
+    return with_pattern.store_page({"id", "", "", ""});
+}
+
+bool is_store_page(const std::string& pattern)
+{
+    return pattern.find("{id}") != std::string::npos && store_page_of_id(pattern).is_web();
 }
 
 void ParentController::clickRequester()

@@ -54,6 +54,10 @@ struct HostSetup {
 /// The host of a simulated session that asks for nothing: the ad alone, without the kit's guard and limits.
 HostSetup unguarded_host();
 
+/// The address at which a store shows the item "id".
+/// @param pattern as QoroAdManager::set_store_page takes it
+NSURL store_page_of_id(const std::string& pattern);
+
 /// Whether a text says which address shows a store's item: one on the web that names the item.
 bool is_store_page(const std::string& pattern);
 

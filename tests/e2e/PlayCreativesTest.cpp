@@ -72,7 +72,8 @@ TEST(PlayCreatives, TheEndCardComesWithTheEndPlaysAgainAndCloses)
         return std::ranges::count_if(card.ad->trace(),
                                      [](const json& line) { return line.value("event", "") == "video_play"; });
     };
-    ASSERT_TRUE(card.ad->clicks_until(187, 300, [&] { return plays() == 2; })) << "watch again";
+    const auto before = plays(); // a listener that came late was told once more
+    ASSERT_TRUE(card.ad->clicks_until(187, 300, [&] { return plays() > before; })) << "watch again";
     EXPECT_TRUE(card.ad->clicks_until(187, 300 + 2 * 110, [&] { return card.ad->exit_status(0) == 0; })) << "close";
 
     EXPECT_TRUE(card.ad->tells({{"what", "mraid"}, {"do", "close"}}));
