@@ -160,7 +160,7 @@ TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_for_good_is_asked_three_
 {
     play_after_each_failure();
     watch.open(served(unavailable()));
-    ASSERT_TRUE(watch.until([&] { return failures.size() == 4; }, 20));
+    ASSERT_TRUE(watch.until([&] { return failures.size() == 4; }, 90));
     watch.let_pass(0.5);
     const Reports all = watch.reports;
 
@@ -279,7 +279,7 @@ TEST_F(GstPlayerFileRetryTest, a_copy_that_stays_cut_fails_four_times_in_all)
     play_after_each_failure();
     watch.open(NSURL::fileURLWithPath(path));
 
-    ASSERT_TRUE(watch.until([&] { return failures.size() == 4; }, 20));
+    ASSERT_TRUE(watch.until([&] { return failures.size() == 4; }, 90));
     watch.let_pass(0.5);
 
     EXPECT_EQ(failures.size(), 4U);
