@@ -31,7 +31,7 @@ struct CloseGuardTimes {
 /// The viewer's way out of an ad that has none: a close button in a window above the ad. It changes nothing of the
 /// controller, and stays once it is shown. Its tap closes the ad, also one whose first close hides the video.
 ///
-/// The witness is told what it shows and does ("guard"). It waits while the viewer is out of the application or on
+/// The witness hears what it shows and does ("guard"). It waits while the viewer is out of the application or on
 /// a screen of the kit's, which has a way out of its own. Main thread only.
 class CloseGuard : public Object
 {

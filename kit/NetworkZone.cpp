@@ -94,7 +94,7 @@ std::optional<std::uint64_t> number_in(std::string_view text)
     return number;
 }
 
-/// An IPv4 address: of four parts, or of fewer, whose last one stands for the bytes that are missing. A part that is
+/// An IPv4 address: of four parts, or of fewer, whose last one holds the missing bytes. A part that is
 /// too large for its place fills it.
 std::optional<std::array<std::uint8_t, 4>> ip4_in(std::string_view host)
 {

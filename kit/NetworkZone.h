@@ -8,7 +8,7 @@ namespace qoro
 {
 
 /// Where an address lies, from outside to inside (W3C, Private Network Access, "IP address space"). Servers further
-/// inside trust whoever reaches them.
+/// inside trust every client that reaches them.
 enum class NetworkZone {
     /// Everything else.
     Public,
@@ -20,7 +20,7 @@ enum class NetworkZone {
 
 /// The zone of an IPv4 address, in network order.
 NetworkZone zone_of(const std::array<std::uint8_t, 4>& ip);
-/// The zone of an IPv6 address, in network order. An address that stands for one of IPv4 (mapped, compatible, NAT64,
+/// The zone of an IPv6 address, in network order. An address that represents one of IPv4 (mapped, compatible, NAT64,
 /// 6to4) lies where that one lies.
 NetworkZone zone_of(const std::array<std::uint8_t, 16>& ip);
 

@@ -13,8 +13,8 @@ namespace qoro
 /// so heartbeats are bounded in time: twenty at once, and twenty a second in the long run. Everything else is bounded
 /// by its sum: 20,000.
 ///
-/// What it refuses is told to the witness: one line at once, and at most one a second, each with how many refusals it
-/// stands for. No refusal is left out, but for those of an ad's last second.
+/// It reports refusals to the witness: one line at once, and at most one a second, each with the number of refusals
+/// that it reports. No refusal is left out, but for those of an ad's last second.
 class RequestLimit
 {
 public:
@@ -42,7 +42,7 @@ private:
     MessageBudget heartbeats_{HeartbeatsAtOnce, HeartbeatsPerSecond};
     std::int64_t others_ = 0;
 
-    // What the next line says; of the first refusal that it stands for.
+    // What the next line says; of the first refusal that it reports.
     std::string address_;
     const char* why_ = "";
     std::int64_t untold_ = 0;

@@ -61,7 +61,7 @@ public:
 
     /// Fetches an address without waiting, and calls exactly one of the two actions, as an event of its own, with the
     /// request as its argument. An unanswered request keeps the target. A null address fails, and so does a request
-    /// above the limit, which is told to the witness as refused instead.
+    /// above the limit, which is reported as refused instead.
     /// @param isBannerGetAdRequest whether this asks for a banner ad; always false here
     void connectToServerWithRequest(const NSString& address, const Action& action, const Action& failAction,
                                     bool isBannerGetAdRequest);

@@ -64,7 +64,7 @@ fuzz()
 {
     preset=$1 target=$2 learned=$3
     shift 3
-    # Leaks are told apart by who asked for the memory, and GLib is built so that only a slow look shows that.
+    # Leaks are distinguished by the code that asked for the memory, and GLib is built so that only a slow look shows that.
     case $target in
     address | calendar | headers | image | video) fast=0 ;;
     *) fast=1 ;;

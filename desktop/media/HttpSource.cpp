@@ -27,7 +27,7 @@ namespace
 
 constexpr gsize PieceSize = 64u << 10;
 
-/// The longest ending of a file's name that stands for a kind of video ("m2ts").
+/// The longest ending of a file's name that names a kind of video ("m2ts").
 constexpr std::size_t LongestEnding = 4;
 
 bool is_plain(char c)

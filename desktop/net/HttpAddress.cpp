@@ -9,7 +9,7 @@ namespace qoro
 
 GUri* http_uri(const std::string& address)
 {
-    // GLib would read up to a zero byte, and whoever compares addresses behind it.
+    // GLib would read up to a zero byte, and a comparison of addresses behind it.
     if (address.find('\0') != std::string::npos)
         return nullptr;
     // What stands before a backslash is a host to some, and a user's name to others.

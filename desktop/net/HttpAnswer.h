@@ -20,7 +20,7 @@ struct HttpAnswer {
     bool refuses_parts = false;
     /// Whether the bytes come packed.
     bool packed = false;
-    /// What it calls this version of the file, if that stands for the file byte for byte (RFC 9110, 8.8.3); else empty.
+    /// What it calls this version of the file, if that identifies the file byte for byte (RFC 9110, 8.8.3); else empty.
     std::string version;
 };
 

@@ -26,7 +26,7 @@ namespace
 constexpr std::size_t MostTunnels = 256;
 constexpr auto SettingsPatience = std::chrono::seconds(1);
 
-/// 128 bits that nobody can guess.
+/// 128 random bits.
 std::string new_password()
 {
     std::array<unsigned char, 16> bytes{};

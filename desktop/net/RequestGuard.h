@@ -15,9 +15,10 @@ namespace qoro
 
 /// Watches one request, as long as it is under way.
 ///
-/// It goes no further inside than it may, nor does what its server redirects it to: servers there trust whoever reaches
-/// them. What a connection leads to is looked at before it is made; a host of which some addresses lie further inside
-/// is reached by the others. Behind a proxy, whose network is its own, only what the address itself says counts.
+/// It goes no further inside than it may, nor does what its server redirects it to: servers there trust every client
+/// that reaches them. What a connection leads to is looked at before it is made; a host of which some addresses lie
+/// further inside is reached by the others. Behind a proxy, whose network is its own, only what the address itself says
+/// counts.
 ///
 /// An answer whose length is none ("-1", more than 2⁶³ bytes) is refused before libsoup takes it for one.
 class RequestGuard

@@ -12,7 +12,7 @@ namespace qoro
 
 /// Knows whether a page's script thread answers: it is asked once a second, by a message that the page's script can
 /// neither see nor answer itself. A question that has waited for a second counts as not answered. No timer runs and no
-/// message is sent while nobody watches.
+/// message is sent while the page is not watched.
 class PagePulse
 {
 public:
@@ -39,7 +39,7 @@ private:
     const std::function<void(bool)> changed_;
     bool present_ = false;
     bool responds_ = true;
-    /// 0 while nobody watches.
+    /// 0 while the page is not watched.
     TimerId timer_ = 0;
     double last_tick_ = 0;
     /// The question that has not been answered; null for none. Its answer is for this object alone while it is held.

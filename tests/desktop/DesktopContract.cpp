@@ -63,7 +63,7 @@ DesktopPlatform::Options options_for(const ContractNeeds& needs, const ScratchFo
 {
     DesktopPlatform::Options options;
     options.silent = true;
-    options.allow_private_network = true; // its servers stand here
+    options.allow_private_network = true; // its servers are here
     options.video_cache.folder = scratch.path("videos");
     options.calendar = {.folder = scratch.path("calendar"), .allowed = needs.calendar};
     options.last_requests_seconds = 0;    // some servers here never answer

@@ -72,7 +72,7 @@ TEST(PlayCreatives, TheEndCardComesWithTheEndPlaysAgainAndCloses)
         return std::ranges::count_if(card.ad->trace(),
                                      [](const json& line) { return line.value("event", "") == "video_play"; });
     };
-    const auto before = plays(); // a listener that came late was told once more
+    const auto before = plays(); // a late listener gets the event once more
     ASSERT_TRUE(card.ad->clicks_until(187, 300, [&] { return plays() > before; })) << "watch again";
     EXPECT_TRUE(card.ad->clicks_until(187, 300 + 2 * 110, [&] { return card.ad->exit_status(0) == 0; })) << "close";
 

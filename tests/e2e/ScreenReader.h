@@ -31,9 +31,9 @@ public:
     /// How a name is compared.
     enum Match { Whole, Beginning };
 
-    /// Everything that is told of now, in the tree's order. Slow: each thing is asked over the bus.
+    /// Everything that is announced now, in the tree's order. Slow: each thing is asked over the bus.
     std::vector<Spoken> everything();
-    /// Something of a role and a name, if it is told of now.
+    /// Something of a role and a name, if it is announced now.
     std::optional<Spoken> tells(const std::string& role, const std::string& name, Match match = Whole);
     /// Waits for something of a role and a name; absent when it did not come.
     std::optional<Spoken> find(const std::string& role, const std::string& name, Match match = Whole);

@@ -124,7 +124,7 @@ std::vector<json> simulated(const std::string& scenario)
     return trace;
 }
 
-/// Where the first line stands that has these fields; behind the last one when none has.
+/// The place of the first line that has these fields; behind the last one when none has.
 std::size_t first(const std::vector<json>& trace, const json& fields)
 {
     for (std::size_t i = 0; i < trace.size(); ++i) {
@@ -238,7 +238,7 @@ void play(PlayedAd& ad, VideoServer& videos)
 
 /// A trace as it is compared: numbers that a clock moves are taken out.
 struct Line {
-    /// Where the video stood, as a tracker is told; −1 in other lines.
+    /// The video's position in a tracker; −1 in other lines.
     double position = -1;
     json rest;
 };
@@ -294,7 +294,7 @@ std::map<std::string, std::vector<Line>> compared(const std::vector<json>& trace
     return lines;
 }
 
-/// The seconds that the script is told of, in order and each once: a slow machine may tell of fewer.
+/// The seconds that the script hears, in order and each once: on a slow machine there may be fewer.
 std::vector<int> seconds_told(const std::vector<Line>& lines)
 {
     std::vector<int> seconds;

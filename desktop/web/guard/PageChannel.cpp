@@ -12,7 +12,7 @@ namespace
 {
 
 constexpr const char* channel_key = "qoro-channel";
-/// Bytes of an address or a reason that are told.
+/// Bytes of an address or a reason that are reported.
 constexpr std::size_t LongestDetail = 1000;
 
 double now()
@@ -48,7 +48,7 @@ struct PageChannel::Call {
         JSCValue* nothing = jsc_value_function_callv(answered, 2, texts);
         for (JSCValue* value : {nothing, texts[0], texts[1]})
             g_object_unref(value);
-        jsc_context_clear_exception(context); // what the page's function throws concerns nobody
+        jsc_context_clear_exception(context); // an exception of the page's function ends here
         g_object_unref(context);
     }
 

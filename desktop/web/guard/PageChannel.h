@@ -11,7 +11,7 @@ namespace qoro
 {
 
 /// The one way from a page to the program outside, within the page's process: what passes is bounded here, where it
-/// costs nobody but the page.
+/// costs the page alone.
 class PageChannel
 {
 public:

@@ -36,7 +36,7 @@ public:
     };
     using Answer = std::function<void(const std::string& head, const Connection& connection)>;
 
-    /// @param everywhere whether it stands on all addresses of the machine, for a test with a network of its own
+    /// @param everywhere whether it listens on all addresses of the machine, for a test with a network of its own
     explicit RawServer(Answer answer, bool everywhere = false);
     ~RawServer();
 

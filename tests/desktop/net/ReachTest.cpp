@@ -157,7 +157,7 @@ TEST_F(ReachTest, APageReachesAsFarAsItsServerLies)
     EXPECT_EQ(reach_of_page("about:blank"), NetworkZone::Public);
 }
 
-/// In a network of the test's own, where servers stand outside and inside.
+/// In a network of the test's own, with servers outside and inside.
 class ReachNetworkTest : public testing::Test
 {
 protected:
