@@ -102,6 +102,8 @@ void CloseGuard::look()
     const auto ad = ad_.lock();
     if (is_over()) {
         hide();
+        if (ad)
+            watch_page(*ad, false);
         return;
     }
     if (is_shown()) {
