@@ -245,9 +245,9 @@ void SimulatedPlayer::look_ahead()
 void SimulatedPlayer::loaded()
 {
     if (!has_source_) {
-        failed_for_good_ = true;
-        vain_plays_ = MostVainPlays;
-        fail();
+        // A step's news may have made it play: it goes on as the step said.
+        post(Event::ReportPlayback);
+        post(Event::ReportFailure);
         return;
     }
     duration_ = players_.video_.duration;
