@@ -10,6 +10,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <unistd.h>
 
 // A machine that lacks what a program takes for granted: the ad is shown as far as it can be, and the viewer leaves.
 
@@ -27,7 +28,7 @@ const std::string DemoAd = QORO_SOURCE_DIR "/examples/demo/ad.json";
 /// @param mounted how it is mounted then: rw or ro
 std::vector<std::string> on_a_disk(const std::string& prepared, const std::string& mounted)
 {
-    const std::string place = std::filesystem::path(testing::TempDir()) / "sick-disk";
+    const std::string place = std::filesystem::path(testing::TempDir()) / ("sick-disk-" + std::to_string(getpid()));
     std::filesystem::create_directories(place);
     const std::string script = "mount -t tmpfs -o size=1m disk " + place + " && cd " + place +
                                " && mkdir tmp cache && export TMPDIR=$PWD/tmp XDG_CACHE_HOME=$PWD/cache && " +

@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <unistd.h>
 
 namespace qoro::test
 {
@@ -203,7 +204,7 @@ TEST_F(GstPlayerFailureTest, nothing_at_all)
 TEST_F(GstPlayerTest, half_a_file_plays_and_then_fails_once)
 {
     const std::string whole = bytes_of(Clip);
-    const std::string path = testing::TempDir() + "/half.mp4";
+    const std::string path = testing::TempDir() + "/half-" + std::to_string(getpid()) + ".mp4";
     std::ofstream(path, std::ios::binary) << whole.substr(0, whole.size() * 6 / 10);
     GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
 
@@ -219,7 +220,7 @@ TEST_F(GstPlayerTest, half_a_file_plays_and_then_fails_once)
 TEST_F(GstPlayerTest, half_a_file_that_is_sought_behind_its_end_fails_there)
 {
     const std::string whole = bytes_of(Clip);
-    const std::string path = testing::TempDir() + "/half.mp4";
+    const std::string path = testing::TempDir() + "/half-" + std::to_string(getpid()) + ".mp4";
     std::ofstream(path, std::ios::binary) << whole.substr(0, whole.size() * 6 / 10);
     GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
     ASSERT_TRUE(watch.until("state 1"));

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <unistd.h>
 
 // What a play after a failure does: the video is loaded anew, and goes on from where it failed.
 
@@ -199,7 +200,7 @@ TEST_F(GstPlayerRetryTest, a_video_that_got_on_in_between_has_its_three_plays_ag
 
 TEST_F(GstPlayerRetryTest, another_video_of_another_length_is_a_failure)
 {
-    const std::string other = testing::TempDir() + "/other.mp4";
+    const std::string other = testing::TempDir() + "/other-" + std::to_string(getpid()) + ".mp4";
     GstPlayer& player = watch.open(served(half()));
     ASSERT_TRUE(watch.until("finished 1"));
     const double failed_at = player.current_time();
@@ -250,7 +251,8 @@ protected:
         std::filesystem::rename(path + ".new", path);
     }
 
-    const std::string path = testing::TempDir() + "/copy.mp4";
+    /// Its own: tests run beside each other.
+    const std::string path = testing::TempDir() + "/copy-" + std::to_string(getpid()) + ".mp4";
 };
 
 TEST_F(GstPlayerFileRetryTest, a_copy_that_was_cut_goes_on_when_it_is_whole_again)
