@@ -54,7 +54,7 @@ class OpenedAdOnTheDesktopTest : public testing::Test
 protected:
     void SetUp() override { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
 
-    /// Opens an ad whose video lasts four seconds, and waits until the host is told of its end.
+    /// Opens an ad whose video lasts four seconds, and waits until the host hears of its end.
     /// @param more further properties, each with a comma before it
     void play(const std::string& more)
     {
@@ -150,7 +150,7 @@ protected:
         const ServedAd served(folder.path("ad.json"));
         OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
         platform.loop().run_until([&] { return !told.empty() || failures.video == failures_until_closed; }, Deadline);
-        // Whether it fails, or is told to play, once more.
+        // Whether it fails, or gets a play command, once more.
         platform.loop().run_until([&] { return !told.empty(); }, 0.5);
         ad.close();
         platform.loop().run_until([this] { return !told.empty(); }, Deadline);

@@ -139,7 +139,7 @@ TEST_F(GstPlayerTest, goes_on_after_a_pause_where_it_stood)
     ASSERT_TRUE(watch.until([&] { return watch.reports.size() == 5 && player.current_time() > from; }));
     const double moved = player.current_time() - from;
 
-    // The pipeline stands a moment after it was told to.
+    // The pipeline pauses a moment after the command.
     EXPECT_LE(moved, loop.now() - before + 0.75) << "and not where it would be without the pause";
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "state 1"}));
 }
