@@ -10,6 +10,7 @@
 #include <wayland-client-core.h>
 #endif
 
+#include <poll.h>
 #include <utility>
 
 namespace qoro
@@ -60,19 +61,23 @@ int connection_of(GdkDisplay* display)
 struct DisplayWatch::Source {
     GSource base;
     DisplayWatch* watch;
-    gpointer connection;
+    int connection;
+    gpointer tag;
     bool told;
 
+    // Looks at the connection itself: GTK's own source flushes its requests while it prepares, before GLib polls, and
+    // ends the program when that fails.
     static gboolean prepare(GSource* source, gint* timeout)
     {
         *timeout = -1;
-        return x_is_gone || reinterpret_cast<Source*>(source)->told;
+        const auto* self = reinterpret_cast<Source*>(source);
+        pollfd connection{self->connection, 0, 0};
+        return x_is_gone || self->told || (poll(&connection, 1, 0) == 1 && connection.revents != 0);
     }
     static gboolean check(GSource* source)
     {
-        auto* self = reinterpret_cast<Source*>(source);
-        return x_is_gone || self->told ||
-               (g_source_query_unix_fd(source, self->connection) & (G_IO_HUP | G_IO_ERR)) != 0;
+        const auto* self = reinterpret_cast<Source*>(source);
+        return x_is_gone || self->told || (g_source_query_unix_fd(source, self->tag) & (G_IO_HUP | G_IO_ERR)) != 0;
     }
     static gboolean dispatch(GSource* source, GSourceFunc, gpointer)
     {
@@ -93,7 +98,8 @@ DisplayWatch::DisplayWatch(std::function<void()> lost) : lost_(std::move(lost))
     auto* source = reinterpret_cast<Source*>(source_);
     source->watch = this;
     source->told = false;
-    source->connection = g_source_add_unix_fd(source_, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
+    source->connection = connection;
+    source->tag = g_source_add_unix_fd(source_, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
     g_source_set_name(source_, "qoro display watch");
     g_source_set_priority(source_, BeforeAll);
     g_source_attach(source_, nullptr);
