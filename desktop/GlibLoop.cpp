@@ -20,6 +20,9 @@ namespace qoro
 namespace
 {
 constexpr std::int64_t Never = std::numeric_limits<std::int64_t>::max();
+/// Microseconds between two firings of a repeating timer, at least. A timer that is due again at each turn of the loop
+/// would keep out whatever has a lower priority there, such as GTK's drawing.
+constexpr std::int64_t ShortestInterval = 1000;
 /// A century: what lies further away is as good as never, and adds up without overflow.
 constexpr double LongestInterval = 3.2e9;
 
@@ -219,7 +222,8 @@ void GlibLoop::fire(std::map<TimerId, Timer>::iterator timer)
     }
     // A grid of start + n × interval: the firings that were missed are skipped, not made up for.
     const std::int64_t late = g_get_monotonic_time() - timer->second.due;
-    timer->second.due += (late / interval + 1) * interval;
+    const std::int64_t pause = interval < ShortestInterval ? ShortestInterval : 0;
+    timer->second.due += ((late + pause) / interval + 1) * interval;
     const TimerId id = timer->first;
     std::function<void()> again = std::move(timer->second.fire); // it may stop its own timer
     run_event(again);

@@ -17,7 +17,8 @@ namespace qoro
 
 /// GLib's main loop. Timers and posted work stand in one queue, ordered by the moment at which they are due, then by
 /// age; so the order is the simulator's. Timers wait on the kernel's timer, to the microsecond: GLib's own time-outs
-/// wake on whole milliseconds, and repeat relative to their last, late firing.
+/// wake on whole milliseconds, and repeat relative to their last, late firing. A timer that repeats fires a thousand
+/// times a second at most.
 class GlibLoop : public MainLoop
 {
 public:
