@@ -23,8 +23,11 @@ namespace qoro
 namespace
 {
 
-constexpr std::size_t MostTunnels = 256;
+/// Each takes three descriptors, of the 1,024 that a process usually has; GLib ends the program when it gets no more.
+constexpr std::size_t MostTunnels = 64;
 constexpr auto SettingsPatience = std::chrono::seconds(1);
+/// Before a connection that could not be taken is tried again.
+constexpr auto Pause = std::chrono::milliseconds(20);
 
 /// 128 random bits.
 std::string new_password()
@@ -102,7 +105,12 @@ private:
 
     void accept()
     {
-        while (GSocketConnection* page = g_socket_listener_accept(listener_, nullptr, stop_, nullptr)) {
+        while (!g_cancellable_is_cancelled(stop_)) {
+            GSocketConnection* page = g_socket_listener_accept(listener_, nullptr, stop_, nullptr);
+            if (!page) {
+                std::this_thread::sleep_for(Pause); // the page has given it up meanwhile, for example
+                continue;
+            }
             const std::scoped_lock lock(mutex_);
             std::erase_if(served_, [](Served& served) {
                 const bool over = served.over;

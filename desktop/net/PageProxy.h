@@ -13,7 +13,7 @@ namespace qoro
 /// resolves names itself, and looks at an address as it connects to it. Nobody uses it without the password, which is
 /// made anew with each proxy.
 ///
-/// It runs on a thread of its own, holds 64 KiB for each connection, and has at most 256 of them.
+/// It runs on a thread of its own, holds 64 KiB for each connection, and has at most 64 of them.
 class PageProxy
 {
 public:

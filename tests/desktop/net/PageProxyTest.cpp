@@ -215,6 +215,20 @@ TEST_F(PageProxyTest, WhatIsNoSocksIsHungUpOn)
     EXPECT_EQ(converse(std::stoi(port), std::string("\x05\x00", 2)), "\x05\xFF");
 }
 
+TEST_F(PageProxyTest, HangsUpWhenAPageOpensTooManyConnections)
+{
+    proxy.set_reach(NetworkZone::Machine);
+    std::vector<std::unique_ptr<Connection>> open;
+    for (auto one = connect("nas.example", proxy.address()); one; one = connect("nas.example", proxy.address()))
+        open.push_back(std::move(one));
+    EXPECT_EQ(open.size(), 64);
+
+    open.front()->say_no_more();
+    EXPECT_EQ(open.front()->rest(), "");
+    while (!connect("nas.example", proxy.address()))
+        std::this_thread::yield(); // it notices soon that one has ended
+}
+
 TEST_F(PageProxyTest, EndsWhileConnectionsAreOpen)
 {
     auto ending = std::make_unique<PageProxy>([](const std::string&) {});
