@@ -24,9 +24,6 @@ namespace
 {
 
 constexpr auto Interval = std::chrono::milliseconds(100);
-/// Looks in a row at which a page's first thread, the one of its script, was at work: it may not go when it is asked
-/// to. However little of a processor it gets.
-constexpr int Busy = 3;
 constexpr std::uint64_t Megabyte = 1024 * 1024;
 /// The processes' names, as the system cuts them.
 constexpr const char* PageProcess = "WebKitWebProces";
@@ -98,12 +95,10 @@ public:
         load_ = seconds > 0 ? (*worked - worked_) / seconds : 0;
         processor_use_.look(load_, dropped_frames, seconds);
         worked_ = *worked;
-        looks_at_work_ = is_at_work(process_) ? looks_at_work_ + 1 : 0;
     }
     double megabytes() const { return static_cast<double>(memory_) / Megabyte; }
     /// Of one processor.
     double load() const { return load_; }
-    int looks_at_work() const { return looks_at_work_; }
     double starves_video_for() const { return processor_use_.starves_for(); }
 
     void end(const std::string& why)
@@ -127,7 +122,6 @@ private:
     std::uint64_t memory_ = 0;
     double worked_ = 0;
     double load_ = 0;
-    int looks_at_work_ = 0;
     ProcessorUse processor_use_;
 };
 
@@ -169,13 +163,6 @@ void PageWatch::leave(Page page)
 {
     const std::scoped_lock lock(mutex_);
     processes_.erase(page);
-}
-
-bool PageWatch::is_busy(Page page)
-{
-    const std::scoped_lock lock(mutex_);
-    const auto found = processes_.find(page);
-    return found != processes_.end() && found->second->looks_at_work() >= Busy;
 }
 
 std::string PageWatch::reason(Page page)

@@ -47,8 +47,6 @@ public:
     Page begin(std::uint64_t space, int number);
     /// The page has gone: its process is WebKit's to end. Nothing for 0.
     void leave(Page page);
-    /// Whether a page's process worked so much last that it may not end when it is asked to.
-    bool is_busy(Page page);
     /// Why the watch has ended a page's process, in words; empty when it has not.
     std::string reason(Page page);
 

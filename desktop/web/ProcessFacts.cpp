@@ -122,12 +122,6 @@ std::optional<double> worked_seconds(int process, int thread)
     return worked_of(contents(task + "/stat"));
 }
 
-bool is_at_work(int process)
-{
-    const std::vector<std::string> fields = fields_of(contents(place_of(process) + "/stat"));
-    return !fields.empty() && fields[0] == "R";
-}
-
 void for_each_descendant(int process, const std::function<void(int, const std::string&)>& found)
 {
     std::map<int, int> parents;

@@ -18,9 +18,6 @@ std::optional<std::uint64_t> own_memory(int process);
 std::optional<double> worked_seconds(int process);
 std::optional<double> worked_seconds(int process, int thread);
 
-/// Whether a process's first thread works, or waits for a processor.
-bool is_at_work(int process);
-
 /// Calls for each descendant of a process, in no order, with its number and its name (at most 15 bytes).
 void for_each_descendant(int process, const std::function<void(int descendant, const std::string& name)>& found);
 

@@ -258,16 +258,14 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
 WebKitEngine::~WebKitEngine()
 {
     *self_ = nullptr;
-    const bool busy = watch_->is_busy(process_);
     watch_->leave(process_);
     forget_load();
     bridge_.leave_page();
     reach_->forget(content_);
     g_signal_handlers_disconnect_by_data(view_, this);
     g_object_set_data(G_OBJECT(view_), engine_key, nullptr);
-    // A script that never returns would go on for ten seconds, as long as WebKit waits for it.
-    if (busy)
-        webkit_web_view_terminate_web_process(view_);
+    // WebKit waits up to ten seconds for a process to end by itself.
+    webkit_web_view_terminate_web_process(view_);
     auto* widget = GTK_WIDGET(view_);
     if (gtk_widget_get_parent(widget))
         gtk_widget_unparent(widget);
