@@ -133,7 +133,8 @@ bool open_and_close(DesktopPlatform& platform, const std::string& file, bool has
         ended = platform.loop().run_until([&] { return ended; }, Patience) && ready;
     }
     platform.set_witness(nullptr);
-    return ended;
+    // As many viewers watch one ad after the other, and not ten a second.
+    return ended && platform.loop().run_until([&] { return processes() <= Pools; }, Patience);
 }
 
 /// Lets the processes of pages that have gone end, and the platform give back what it does not need any more.
