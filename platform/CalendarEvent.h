@@ -9,30 +9,30 @@
 namespace qoro
 {
 
-/// Seconds from 1970-01-01 00:00 to what a clock on the wall shows, summer time or not: a count of the days and hours
-/// that one reads there, not of time that goes by. A day alone is its midnight.
+/// Wall-clock time: seconds since 1970-01-01 00:00 as a local clock shows it, whether or not summer time applies. It
+/// counts displayed days and hours, not elapsed time. A bare date is its midnight.
 using WallTime = std::int64_t;
 
 enum class CalendarStatus { Tentative, Confirmed, Cancelled };
 
-/// Which clock an event goes by.
+/// The clock of an event's times. With neither an offset nor a zone the event is floating: it takes place at that time
+/// of day in the reader's own zone (RFC 5545, section 3.3.5, form 1).
 struct CalendarClock {
-    /// Minutes that the clock is ahead of UTC; absent for one without a fixed distance.
+    /// Minutes ahead of UTC; absent without a fixed offset.
     std::optional<int> offset = {};
-    /// A zone of the IANA's, such as "Europe/Berlin"; null for none. Without either the event is at that time of day
-    /// wherever its reader is.
+    /// IANA time zone name, such as "Europe/Berlin"; null without a zone.
     NSString zone = {};
 };
 
-/// How an event comes again. Each list is sorted, without doubles; an empty one restricts nothing.
+/// Recurrence rule. Each list is sorted and free of duplicates; an empty list restricts nothing.
 struct CalendarRecurrence {
     enum class Frequency { Daily, Weekly, Monthly, Yearly };
     Frequency frequency = Frequency::Daily;
-    /// Every so many days, weeks, months or years; 1 and more.
+    /// Number of days, weeks, months or years from one recurrence to the next; at least 1.
     int interval = 1;
-    /// The last moment at which it may begin again; of an event of whole days the last day. Absent for no end.
+    /// Latest start of a recurrence; for an all-day event the last day. Absent for an unlimited recurrence.
     std::optional<WallTime> until = {};
-    /// When it would begin again, but does not.
+    /// Starts that the rule yields but that are skipped.
     std::vector<WallTime> exceptions = {};
     /// 0 (Sunday) to 6.
     std::vector<int> days_in_week = {};
@@ -40,29 +40,29 @@ struct CalendarRecurrence {
     std::vector<int> days_in_month = {};
     /// 1 to 366, or −1 (the last day) to −366.
     std::vector<int> days_in_year = {};
-    /// Which of the month's Mondays, say: 1 to 5, or −1 (the last one) to −5. Never without days_in_week.
+    /// Ordinal of the weekday within the month, 1 to 5, or −1 (the last one) to −5. Never set without days_in_week.
     std::vector<int> weeks_in_month = {};
     /// 1 to 12.
     std::vector<int> months_in_year = {};
 };
 
-/// What is to be put into a calendar. Texts have no control characters but line feeds and tabs.
+/// An event to add to a calendar. Texts contain no control characters except line feeds and tabs.
 struct CalendarEvent {
     /// Never null.
     NSString title = {};
     NSString description = {};
     NSString location = {};
     CalendarClock clock = {};
-    /// Whole days, from the one of start to the one before end's; they have no clock.
+    /// Whole days: start is the first day, end the day after the last. The clock is not set.
     bool all_day = false;
     WallTime start = 0;
-    /// When it is over, not before start; absent for an event that takes no time.
+    /// End, not before start; absent for an event without a duration.
     std::optional<WallTime> end = {};
     std::optional<CalendarStatus> status = {};
-    /// Whether the time counts as taken; absent when nothing was said.
+    /// Whether the event blocks time; absent when unspecified.
     std::optional<bool> busy = {};
     std::optional<CalendarRecurrence> recurrence = {};
-    /// Seconds before the start at which its reader is reminded, 0 and more; absent for no reminder.
+    /// Seconds before the start at which to remind, at least 0; absent for no reminder.
     std::optional<std::int64_t> reminder = {};
 };
 

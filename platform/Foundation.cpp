@@ -18,7 +18,7 @@ Action::Action(Object* target, std::string_view name, Call call) : identity_(tar
 
 void Action::operator()(const Cause& cause) const
 {
-    // The operation may end whoever holds this action.
+    // The operation may destroy the owner of this action.
     const std::shared_ptr<Object> held = target();
     const Call call = call_;
     if (held && call)
@@ -29,12 +29,12 @@ void Action::operator()(const Cause& cause) const
 
 namespace
 {
-/// Shared by a platform's timers.
+/// The timer action being run; shared by the timers of a platform.
 struct Firing {
     std::string_view action;
 };
 
-/// Timers do not fire inside each other, but a test's loop may run inside one.
+/// Timers do not nest, except when a test runs a loop inside one.
 class FiringScope
 {
 public:
@@ -63,7 +63,8 @@ struct NSTimer::State {
     std::weak_ptr<Running> running;
 };
 
-/// What the loop holds of a timer. The target is here, and not with the handles' state: so it goes with the loop, too.
+/// The part of a timer that the loop owns. The target is stored here rather than in the shared state, so that it is
+/// released together with the loop.
 struct NSTimer::Running {
     const std::shared_ptr<State> state;
     const Action action;
@@ -92,7 +93,7 @@ NSTimer NSTimer::scheduledTimerWithTimeInterval(double interval, const Action& a
     auto running = std::make_shared<Running>(Running{timer.state_, action, action.target()});
     timer.state_->running = running;
     timer.state_->id = timer.state_->platform.loop().start_timer(interval, repeats, [running = std::move(running)] {
-        // The action may stop the timer, and the loop then drops this function while it runs.
+        // The action may stop the timer, whereupon the loop destroys this function while it runs.
         const std::shared_ptr<Running> held = running;
         held->fire();
     });
@@ -108,7 +109,7 @@ void NSTimer::invalidate() const
 {
     if (!isValid())
         return;
-    // Letting the target go may end whoever holds this handle: that comes last.
+    // Releasing the target may destroy the owner of this handle, so the target is released last.
     const std::shared_ptr<State> state = state_;
     const std::shared_ptr<Running> running = state->running.lock();
     const std::shared_ptr<Object> target = running ? std::move(running->target) : nullptr;
@@ -173,7 +174,8 @@ void NSNotificationCenter::deliver(std::string_view name, const void* object, co
     const NSNotification notification{name, object, userInfo};
     Cause cause;
     cause.notification = &notification;
-    // Observers come and go while others are told, so the walk goes by serial and finds its place anew each time.
+    // Observers may be added and removed during delivery, so each step searches for the next serial. Observers added
+    // during delivery are not called.
     const std::uint64_t end = next_serial_;
     for (std::uint64_t serial = 0; serial < end;) {
         const auto next = std::ranges::lower_bound(registrations_, serial, {}, &Registration::serial);
@@ -197,7 +199,7 @@ std::size_t NSNotificationCenter::count_of(const Object* observer) const
         registrations_, [&](const Registration& each) { return each.action.target_identity() == observer; }));
 }
 
-// ---------------------------------------------------------------------------------------------------------- fetching
+// ---------------------------------------------------------------------------------------------------------- Fetching
 
 namespace
 {
@@ -240,7 +242,7 @@ void dataWithContentsOfURLInBackground(const NSURL& address, FetchPurpose purpos
     });
 }
 
-// -------------------------------------------------------------------------------------------------------- small things
+// ------------------------------------------------------------------------------------------------------- Miscellaneous
 
 void NSLog(const std::string& line)
 {

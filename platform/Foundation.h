@@ -16,24 +16,25 @@ namespace qoro
 class UIButton;
 struct QoroAdRequest;
 
-/// A notification as its observers get it.
+/// A notification as passed to its observers.
 struct NSNotification {
     std::string_view name;
-    /// Who posted it; null when nobody in particular. Compared, never used.
+    /// Identity of the poster; null for an anonymous one. Compared, never dereferenced.
     const void* object = nullptr;
     /// Null when there is none.
     NSDictionary userInfo;
 };
 
-/// What an action is called with: nothing, the control that was touched, a notification, or a request's answer.
+/// The argument of an action: nothing, the touched control, a notification or the result of a request. Unused members
+/// are null.
 struct Cause {
     const UIButton* sender = nullptr;
     const NSNotification* notification = nullptr;
     const QoroAdRequest* request = nullptr;
 };
 
-/// A target, an operation's name and the operation itself. Equal by target and name. It does not keep its target; a
-/// timer or a request that must keep it asks for target().
+/// A target, the name of an operation and the operation. Compared by target and name. Holds its target weakly; a timer
+/// or a request that must retain it calls target().
 class Action
 {
 public:
@@ -43,13 +44,13 @@ public:
     Action(Object* target, std::string_view name, Call call);
 
     explicit operator bool() const { return call_ != nullptr; }
-    /// Null when the target is gone.
+    /// Null when the target no longer exists.
     std::shared_ptr<Object> target() const { return target_.lock(); }
-    /// Who the target is, to compare; it may be gone.
+    /// Identity of the target, for comparison only: it may no longer exist.
     const Object* target_identity() const { return identity_; }
-    /// With its colons: "videoReplay:".
+    /// The name with its colons, such as "videoReplay:".
     std::string_view name() const { return name_; }
-    /// Calls the operation, holding the target to the end; nothing when the target is gone.
+    /// Calls the operation and retains the target until it returns. No effect when the target no longer exists.
     void operator()(const Cause& cause = {}) const;
 
     friend bool operator==(const Action& a, const Action& b)
@@ -95,33 +96,35 @@ void call(Object& object, const Cause& cause)
 }
 } // namespace detail
 
-/// An action of a member function that takes nothing, a notification, a request's answer or the touched button:
-/// action<&QoroVideoWebViewController::setMute>(this, "setMute").
+/// Creates an action from a member function that takes nothing, a notification, a request's result or the touched
+/// button: action<&QoroVideoWebViewController::setMute>(this, "setMute").
 template <auto member>
 Action action(typename detail::MemberOf<decltype(member)>::Target* target, std::string_view name)
 {
     return {target, name, &detail::call<member>};
 }
 
-/// A timer on the main loop. An empty handle is null; a copy is the same timer. A running timer keeps its target.
+/// A timer on the main loop. An empty handle is null; copies refer to the same timer. A valid timer retains its target.
 class NSTimer
 {
 public:
     NSTimer() = default;
     NSTimer(std::nullptr_t) {}
     /// @param interval seconds
+    /// Starts a timer on the current platform's loop.
     static NSTimer scheduledTimerWithTimeInterval(double interval, const Action& action, bool repeats);
 
     explicit operator bool() const { return state_ != nullptr; }
-    /// Whether it may still fire. False for null.
+    /// Whether it may still fire; false for null.
     bool isValid() const;
+    /// Stops the timer and releases its target. No effect on a null or stopped timer.
     void invalidate() const;
     /// Seconds; 0 for null.
     double timeInterval() const;
     bool repeats() const;
-    /// When it fires next, in seconds since the session's start; 0 once it is no longer valid.
+    /// Next firing, in seconds since the session started; 0 for a timer that is not valid.
     double fireDate() const;
-    /// The name of the action that a timer of the current platform calls right now; empty outside of any.
+    /// Name of the timer action that the current platform is running; empty outside a timer.
     static std::string_view firing();
 
 private:
@@ -130,25 +133,26 @@ private:
     std::shared_ptr<State> state_;
 };
 
-/// Notifications are delivered inside the post, in the order in which the observers came. It keeps no observer. Names
-/// are kept as they are given: they outlive the registration.
+/// Delivers notifications synchronously inside the post, in registration order. Holds observers weakly. Names are
+/// stored by reference and must outlive the registration.
 class NSNotificationCenter
 {
 public:
     explicit NSNotificationCenter(Platform& platform) : platform_(platform) {}
     static NSNotificationCenter& defaultCenter();
 
-    /// @param object only notifications of this poster; null for any poster
+    /// Registers an observer.
+    /// @param object restricts it to notifications of this poster; null for any poster
     void addObserver(const Action& action, std::string_view name, const void* object = nullptr);
-    /// Everything that the observer has registered.
+    /// Removes all registrations of the observer.
     void removeObserver(const Object* observer);
-    /// What the observer has registered under the name, for the poster; for every poster when object is null.
+    /// Removes the observer's registrations of a name for one poster; for every poster when object is null.
     void removeObserver(const Object* observer, std::string_view name, const void* object);
-    /// Posts on the controller's behalf; told to the witness.
+    /// Posts a notification of the controller; reported to the witness.
     void postNotificationName(std::string_view name, const void* object = nullptr, const NSDictionary& userInfo = {});
-    /// Posts on the platform's behalf.
+    /// Posts a notification of the platform; not reported to the witness.
     void deliver(std::string_view name, const void* object = nullptr, const NSDictionary& userInfo = {});
-    /// How many registrations the observer has.
+    /// Number of the observer's registrations.
     std::size_t count_of(const Object* observer) const;
 
 private:
@@ -159,32 +163,32 @@ private:
         std::uint64_t serial;
     };
     Platform& platform_;
-    /// By serial, from the oldest on.
+    /// In ascending order of serial.
     std::vector<Registration> registrations_;
     std::uint64_t next_serial_ = 1;
 };
 
-/// What a synchronous fetch is for, so that a trace can tell.
+/// Purpose of a fetch, recorded in the trace.
 enum class FetchPurpose { BrandIcon, HiddenImage, ButtonImage };
 
-/// Fetches an address while the calling thread waits. Null when it fails or the address is null.
+/// Fetches an address synchronously. Null when the fetch fails or the address is null.
 NSData dataWithContentsOfURL(const NSURL& address, FetchPurpose purpose);
 
-/// The same on the global background queue: the work starts as an event of its own, and what arrived is handed back to
-/// the main queue. Nothing is handed back, and onMainQueue never called, when the fetch fails.
+/// Fetches an address in the background: the fetch starts as an event of its own and delivers the data on the main
+/// queue. onMainQueue is not called when the fetch fails or the address is null.
 void dataWithContentsOfURLInBackground(const NSURL& address, FetchPurpose purpose,
                                        std::function<void(const NSData&)> onMainQueue);
 
-/// A line on the console.
+/// Writes a line to the console (a trace event).
 void NSLog(const std::string& line);
 
 /// The main bundle's info-dictionary value "CFBundleDisplayName"; null when it has none.
 NSString bundleDisplayName();
 
-/// 16 bytes of MD5.
+/// The MD5 digest: 16 raw bytes.
 std::string CC_MD5(std::string_view bytes);
 
-// Notifications of the platform.
+// Names of the platform's notifications and their user-info keys.
 inline constexpr std::string_view UIApplicationDidEnterBackgroundNotification =
     "UIApplicationDidEnterBackgroundNotification";
 inline constexpr std::string_view UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";

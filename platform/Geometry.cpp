@@ -9,7 +9,7 @@ namespace qoro
 namespace
 {
 
-// A sum or difference of whole quarter turns misses the next double by a few parts in 10^16.
+// Sums and differences of quarter turns are off by a few parts in 10^16.
 constexpr double TurnResidue = 1e-12;
 
 double without_residue(double angle)

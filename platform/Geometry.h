@@ -5,7 +5,7 @@
 namespace qoro
 {
 
-// Points throughout: x to the right, y down, from the top left of the parent.
+// All coordinates are in points; x grows to the right, y down, from the parent's top left corner.
 
 struct CGPoint {
     double x = 0;
@@ -27,7 +27,7 @@ struct CGRect {
     friend bool operator==(const CGRect&, const CGRect&) = default;
 };
 
-/// The bottom edge. A negative height stays as it is: y + height.
+/// The bottom edge, y + height. A negative height is not normalised.
 inline double CGRectGetMaxY(const CGRect& rect)
 {
     return rect.y + rect.height;
@@ -36,13 +36,13 @@ inline double CGRectGetMaxY(const CGRect& rect)
 inline constexpr double QuarterTurn = std::numbers::pi / 2;
 inline constexpr double HalfTurn = std::numbers::pi;
 
-/// A rotation about a view's centre, clockwise on the screen; the only transform that the controller uses.
+/// A rotation about a view's centre, clockwise on the screen. The controller uses no other transform.
 struct CGAffineTransform {
     /// Radians, in (−π, π].
     double angle = 0;
 };
 
-/// The angle is brought into (−π, π]; whole quarter turns come out as exactly that. One that is not finite is 0.
+/// Normalises the angle to (−π, π]. Multiples of a quarter turn become exact; a non-finite angle becomes 0.
 CGAffineTransform CGAffineTransformMakeRotation(double angle);
 
 } // namespace qoro

@@ -1,13 +1,13 @@
 #include "platform/MediaPlayer.h"
 
-// The movie player itself owns a view and stands with the views (views/MoviePlayer.cpp).
+// MPMoviePlayerController owns a view and is implemented in views/MoviePlayer.cpp.
 
 namespace qoro
 {
 
 namespace
 {
-/// One per platform, so that side-by-side sessions don't hear each other's interruptions.
+/// One per platform, so that parallel sessions do not receive each other's interruptions.
 struct SharedAudioSession {
 };
 } // namespace

@@ -8,8 +8,8 @@
 namespace qoro
 {
 
-/// The movie player: a handle, null when empty; a copy is the same player. Posts the player notifications with itself
-/// (identity()) as the object.
+/// Handle of a movie player. An empty handle is null; copies refer to the same player. The player posts its
+/// notifications with identity() as the object. On a null handle getters return zero and setters have no effect.
 class MPMoviePlayerController
 {
 public:
@@ -21,7 +21,7 @@ public:
     {
         return a.state_ == b.state_;
     }
-    /// What its notifications carry as their object; no later player of the platform has the same. Null for a null
+    /// Object of the player's notifications; never reused by a later player of the same platform. Null for a null
     /// player.
     const void* identity() const;
 
@@ -31,10 +31,12 @@ public:
     int playbackState() const;
     /// MPMovieLoadState
     int loadState() const;
+    /// Seconds; 0 while unknown.
     double duration() const;
+    /// Seconds from the start.
     double currentPlaybackTime() const;
     void setCurrentPlaybackTime(double seconds) const;
-    /// How often a time was set; for the kit.
+    /// Number of seeks so far; used by the kit.
     std::size_t seekCount() const;
     /// Null for a null player.
     UIView view() const;
@@ -45,9 +47,9 @@ public:
     void setControlStyle(int style) const;
     void setMovieSourceType(int type) const;
     PlayerSettings settings() const;
-    /// What it plays.
+    /// The address that it plays; null for a null player.
     NSURL contentURL() const;
-    /// The platform's engine, null for a null player; for displays and for a session that drives a simulated one.
+    /// The platform's engine; null for a null player. For displays, and for sessions that drive a simulated engine.
     PlayerEngine* engine() const;
 
 private:
@@ -56,13 +58,13 @@ private:
     std::shared_ptr<State> state_;
 };
 
-/// Owns a movie player and shows its view, which is the player's own. A handle, null when empty.
+/// Handle of a controller that owns a movie player; its view is the player's. An empty handle is null.
 class MPMoviePlayerViewController
 {
 public:
     MPMoviePlayerViewController() = default;
     MPMoviePlayerViewController(std::nullptr_t) {}
-    /// Told to the witness. A null address makes a player that fails.
+    /// Creates the player; reported to the witness. With a null address the player fails.
     static MPMoviePlayerViewController initWithContentURL(const NSURL& address);
 
     explicit operator bool() const { return static_cast<bool>(player_); }
@@ -73,7 +75,7 @@ private:
     MPMoviePlayerController player_;
 };
 
-/// The application music player; its presence marks the audio plumbing as built.
+/// The application music player. It has no state: a non-null handle marks the audio setup as done.
 class MPMusicPlayerController
 {
 public:
@@ -88,7 +90,7 @@ private:
 
 /// AVAudioSession's shared instance.
 struct AVAudioSession {
-    /// What its notifications carry as their object.
+    /// Object of its notifications.
     static const void* sharedInstance();
     /// 0 to 1.
     static float outputVolume();

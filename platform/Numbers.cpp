@@ -11,7 +11,7 @@ namespace qoro
 namespace
 {
 
-// Between these magnitudes a number is written in full, outside them with an exponent.
+// Numbers within these magnitudes are written in full, others with an exponent.
 constexpr double LeastWrittenInFull = 1e-6;
 constexpr double FirstWithExponent = 1e15;
 
@@ -46,7 +46,7 @@ std::string fixed_text(double number, int decimals)
 {
     if (std::isnan(number))
         return "nan";
-    // The greatest double has 309 digits before its point.
+    // The greatest double has 309 digits before the point.
     std::string text(static_cast<std::size_t>(decimals) + 312, '\0');
     const auto end =
         std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, decimals).ptr;

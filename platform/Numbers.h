@@ -6,14 +6,14 @@
 namespace qoro
 {
 
-/// A number truncated toward zero to 32 bits. Not-a-number is 0; what lies outside is held at the nearest end.
+/// Truncates toward zero to 32 bits. NaN becomes 0; values out of range are clamped.
 std::int32_t truncated(double number);
 
-/// A number with a fixed count of decimals, with a point whatever the locale: "30.000000". Not-a-number is "nan", the
-/// infinities "inf" and "-inf".
+/// Formats with a fixed number of decimals and a point in every locale: "30.000000". NaN is "nan", the infinities are
+/// "inf" and "-inf".
 std::string fixed_text(double number, int decimals);
 
-/// The shortest text that reads back as the same number.
+/// The shortest text that parses back to the same number. NaN is "nan", the infinities are "inf" and "-inf".
 std::string shortest_text(double number);
 std::string shortest_text(float number);
 

@@ -5,8 +5,8 @@
 namespace qoro
 {
 
-/// What the kit hands around by reference: controllers, delegates, the ad description. Always held by a
-/// std::shared_ptr, so that timers and requests can keep their target; main thread only.
+/// Base of everything passed by reference: controllers, delegates, the ad description. Always owned by a
+/// std::shared_ptr, so that timers and requests can retain their target. Main thread only.
 class Object : public std::enable_shared_from_this<Object>
 {
 public:

@@ -52,7 +52,7 @@ void Platform::drop_shared()
 {
     const PlatformScope scope(*this);
     while (!shared_.empty()) {
-        // Taken out first: what goes with it may ask for shared objects.
+        // Removed before destruction: the destructor may look up shared objects.
         const std::shared_ptr<void> last = std::move(shared_.back().second);
         shared_.pop_back();
     }

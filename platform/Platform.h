@@ -14,9 +14,9 @@ namespace qoro
 
 class ViewWatch;
 
-/// One platform with its ports: a simulated one, or the machine's own. It belongs to the thread that made it current.
-/// Only making an object and asking for a shared one consult the current platform; an object keeps the one that it
-/// was made on.
+/// A platform with its ports: a simulated one, or the machine's own. Bound to the thread that made it current. Only
+/// creating an object and looking up a shared one consult the current platform; an object remembers the platform it was
+/// created on.
 class Platform
 {
 public:
@@ -25,9 +25,9 @@ public:
     Platform& operator=(const Platform&) = delete;
     virtual ~Platform();
 
-    /// The thread's platform. Asking without one is a programming error and ends the program.
+    /// The current platform of the thread. Aborts the program when there is none: that is a programming error.
     static Platform& current();
-    /// Null when the thread has none.
+    /// As current(), but null when the thread has none.
     static Platform* current_or_null();
 
     virtual MainLoop& loop() = 0;
@@ -41,7 +41,7 @@ public:
     virtual VideoCacheStore& video_cache() = 0;
     virtual Calendar& calendar() = 0;
     virtual Display& display() = 0;
-    /// A platform without one shows every text as it is written.
+    /// The default implementation returns every text untranslated.
     virtual Translation& translation();
 
     /// Null when nobody listens.
@@ -54,29 +54,30 @@ public:
             witness_->tell(what, fields);
     }
 
-    /// The platform's one object of a type, made when it is first asked for; it is given the platform when it wants it.
+    /// The platform's singleton of type T, created on first use; constructed from the platform if T accepts it.
     template <typename T>
     T& shared();
-    /// Drops every shared object, the last one made first; for the platform's own destructor, while its ports still
-    /// stand.
+    /// Destroys every shared object, in reverse order of creation. For the destructor of a derived platform, while its
+    /// ports still exist.
     void drop_shared();
 
-    /// Runs an event: what the platform rejects in it (PlatformFault) is told to the witness, and the session goes on.
+    /// Runs an event with this platform current. Catches PlatformFault and reports it to the witness; other exceptions
+    /// propagate.
     template <typename F>
     void dispatch(F&& event);
 
-    /// Something that can be seen has changed: the display is told, and whoever watches (ViewWatch).
+    /// Something visible has changed: notifies the display and every ViewWatch.
     void views_changed();
 
-    // What a platform reports to the controller's side, each inside an event of its own.
+    // Notifications from the platform to the controller. Each runs as an event of its own.
 
-    /// The output volume changed, by whomever.
+    /// The output volume changed, by the program or the viewer.
     void output_volume_changed();
     /// The device was turned, or its orientation forced.
     void device_orientation_changed();
     /// The status bar's orientation changed.
     void status_bar_frame_changed();
-    /// Heard by the kit alone.
+    /// Observed by the kit only.
     void application_did_enter_background();
     void application_will_enter_foreground();
     void application_did_become_active();
@@ -89,12 +90,12 @@ private:
 
     Witness* witness_ = nullptr;
     std::vector<ViewWatch*> view_watches_;
-    /// In the order of their making. A handful: a search by hand is the quickest, and their end has an order.
+    /// In order of creation; destroyed in reverse order. A handful of entries, so a linear search is fastest.
     std::vector<std::pair<std::type_index, std::shared_ptr<void>>> shared_;
 };
 
-/// Calls back, inside whatever is running, for every change of what can be seen, as long as it lives. Who looks at the
-/// view tree looks later, when the event that changes it has ended.
+/// Calls back for every visible change while it exists, synchronously inside the running event. An observer that
+/// inspects the view tree must defer that until the event has ended.
 class ViewWatch
 {
 public:
@@ -109,7 +110,7 @@ private:
     const std::function<void()> changed_;
 };
 
-/// Makes a platform the thread's current one for as long as the scope lives.
+/// Makes a platform the thread's current one during the scope; restores the previous one at its end.
 class PlatformScope
 {
 public:
@@ -122,9 +123,9 @@ private:
     Platform* before_;
 };
 
-/// Thrown by an operation that the platform rejects; caught by the dispatcher alone.
+/// Thrown by an operation that the platform rejects; caught only by Platform::dispatch.
 struct PlatformFault {
-    /// The platform's operation, by its name.
+    /// Name of the rejected operation.
     std::string operation;
     std::string message;
 };

@@ -14,8 +14,8 @@
 #include <string_view>
 #include <variant>
 
-// What a platform supplies. Everything here is called on the thread of the main loop, and calls back on it, as an
-// event of its own: never inside the call that asked.
+// The ports that a platform implements. All of them are called on the main-loop thread. Unless stated otherwise a
+// callback runs on that thread as an event of its own, never inside the call that requested it.
 
 namespace qoro
 {
@@ -26,28 +26,29 @@ class Platform;
 
 using TimerId = std::uint64_t;
 
-/// The one queue of the main thread: timers, and work that is to run as an event of its own.
+/// The event queue of the main thread: timers and posted work.
 class MainLoop
 {
 public:
     virtual ~MainLoop() = default;
-    /// Seconds since the session's start, on a clock that only goes forward.
+    /// Monotonic clock: seconds since the session started.
     virtual double now() const = 0;
-    /// Starts a timer. It keeps its grid (start + n × interval), skips the firings that it missed, and never fires once
-    /// stopped. An interval below a microsecond counts as one; one that is not finite never fires.
+    /// Starts a timer. A repeating timer fires on the grid start + n × interval and skips firings it missed. A stopped
+    /// timer never fires. An interval below a microsecond is rounded up to one; with a non-finite interval the timer
+    /// never fires.
     /// @param interval seconds
     virtual TimerId start_timer(double interval, bool repeats, std::function<void()> fire) = 0;
-    /// Nothing for a timer that has ended.
+    /// No effect on a timer that has ended.
     virtual void stop_timer(TimerId timer) = 0;
-    /// When the timer fires next, in seconds of now(); 0 for a timer that has ended.
+    /// Next firing, in seconds of now(); 0 for a timer that has ended.
     virtual double due(TimerId timer) const = 0;
-    /// Runs work as an event of its own, after everything posted before it.
+    /// Queues work as an event of its own, after everything posted earlier.
     virtual void post(std::function<void()> work) = 0;
 };
 
 // ---------------------------------------------------------------------------------------------------------- video
 
-/// MPMovieLoadState: a set of bits.
+/// MPMovieLoadState: bit flags.
 inline constexpr int MPMovieLoadStatePlayable = 1;
 inline constexpr int MPMovieLoadStatePlaythroughOK = 2;
 inline constexpr int MPMovieLoadStateStalled = 4;
@@ -78,7 +79,7 @@ enum MPMovieControlStyle : int { MPMovieControlStyleNone = 0, MPMovieControlStyl
 enum MPMovieRepeatMode : int { MPMovieRepeatModeNone = 0, MPMovieRepeatModeOne = 1 };
 enum MPMovieSourceType : int { MPMovieSourceTypeUnknown = 0, MPMovieSourceTypeFile = 1 };
 
-/// How a player is to play and draw; the values of a new player.
+/// Playback and drawing options; the defaults are those of a new player.
 struct PlayerSettings {
     bool should_autoplay = true;
     int scaling_mode = MPMovieScalingModeAspectFit;
@@ -88,50 +89,57 @@ struct PlayerSettings {
     int source_type = MPMovieSourceTypeUnknown;
 };
 
-/// Hears a player's news, each as an event of its own. The player's readings have changed when it is told.
+/// Receives a player's events, each as an event of its own. The player's getters already return the new state when the
+/// listener is called.
 class PlayerListener
 {
 public:
     virtual ~PlayerListener() = default;
     virtual void load_state_changed() = 0;
     virtual void playback_state_changed() = 0;
+    /// @param reason MPMovieFinishReason
     virtual void finished(int reason) = 0;
 };
 
-/// One video, from its loading to its end. The rules that both platforms keep:
-/// - it loads at once: the duration is known before the load state is reported as MPMovieLoadStatePlayable alone;
-///   after that report playthrough joins it, reported too; after that, with autoplay or a play that came meanwhile, it
-///   plays and reports playing;
-/// - a pause before the video is loaded takes back a play, not autoplay;
-/// - a duration once reported does not change;
-/// - a lack of data is load state 4 and playback state 3 (interrupted), each reported; then load state 3 and, unless it
-///   was told otherwise meanwhile, playback state 1;
-/// - at the end the time is exactly the duration, it reports paused, then finished with reason 0; play after that
-///   starts at 0; a seek lifts the end, and play goes on from there;
-/// - a seek is held within 0 and the duration;
-/// - a failure is playback state 0, reported, then finished with reason 1. A play after it loads the video anew,
-///   goes on from where it failed and reports playing; a seek before moves that place and reports nothing. Where a play
-///   leads to another failure, that is reported as the first, MostVainPlays times; a play after that does nothing;
-/// - a null address, or one that no player can play, fails once, and a play after that does nothing.
-/// Destroying it ends playback and all reports. It is never destroyed inside a report of its own.
+/// Plays one video. Every implementation follows these rules:
+/// - Loading starts on creation. The duration is known before the load state is reported as MPMovieLoadStatePlayable
+///   alone. A second report adds MPMovieLoadStatePlaythroughOK. After that, with autoplay or a pending play(), it
+///   starts playing and reports it.
+/// - pause() before the video has loaded cancels a pending play(), but not autoplay.
+/// - A reported duration never changes.
+/// - A buffer underrun sets load state 4 and playback state 3 (interrupted), each reported. Recovery sets load state 3
+///   and, unless play() or pause() was called meanwhile, playback state 1.
+/// - At the end the time equals the duration exactly; the player reports paused, then finished with reason 0. A later
+///   play() restarts at 0. A seek cancels the end, and play() continues from the new position.
+/// - Seeks are clamped to 0 and the duration.
+/// - A failure reports playback state 0, then finished with reason 1. A later play() reloads the video, resumes at the
+///   position of the failure and reports playing; a seek before that moves the position without a report. If such a
+///   play() fails too, that is reported in the same way, at most MostVainPlays times; further calls of play() have no
+///   effect.
+/// - A null or unplayable address fails once; play() has no effect afterwards.
+///
+/// The destructor stops playback and all reports. An engine is never destroyed inside one of its own reports.
 class PlayerEngine
 {
 public:
-    /// How many plays in a row may fail again after a failure before a player gives its video up. Who hears of a
-    /// failure may always play, and would never come to an end.
+    /// Consecutive failing plays after a failure before the player gives up. A listener may call play() on every
+    /// failure; without a bound the two would loop forever.
     static constexpr int MostVainPlays = 3;
 
     virtual ~PlayerEngine() = default;
+    /// Replaces all settings; allowed at any time.
     virtual void apply(const PlayerSettings& settings) = 0;
     virtual void play() = 0;
     virtual void pause() = 0;
     /// @param time seconds from the start
     virtual void seek(double time) = 0;
-    /// Seconds; 0 before anything was played.
+    /// Seconds from the start; 0 before anything was played.
     virtual double current_time() const = 0;
-    /// Seconds; 0 until it is known.
+    /// Seconds; 0 while unknown.
     virtual double duration() const = 0;
+    /// MPMovieLoadState; 0 before the first report.
     virtual int load_state() const = 0;
+    /// MPMoviePlaybackState
     virtual int playback_state() const = 0;
 };
 
@@ -139,123 +147,129 @@ class PlayerFactory
 {
 public:
     virtual ~PlayerFactory() = default;
-    /// A player for an address or a file's path (a null address fails as a missing video does). The listener outlives
+    /// Creates a player for a URL or a file path. A null source fails like a missing video. The listener must outlive
     /// the engine.
     virtual std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) = 0;
 };
 
-/// The output volume that the viewer hears and may change too.
+/// The device's output volume. The viewer can change it too.
 class OutputVolume
 {
 public:
     virtual ~OutputVolume() = default;
     /// 0 to 1.
     virtual float value() const = 0;
-    /// Sets it; a change is reported (Platform::output_volume_changed) as an event of its own.
+    /// Changes are reported through Platform::output_volume_changed, as an event of its own.
+    /// @param volume 0 to 1
     virtual void set_value(float volume) = 0;
-    /// Whether a volume view holds a slider on this device.
+    /// Whether a volume view has a slider on this device.
     virtual bool has_slider() const = 0;
 };
 
 // ----------------------------------------------------------------------------------------------------------- page
 
-/// A message of the page's script, as the kit's script library sends it: a command's name and its arguments.
+/// A message from the page's script: a command name and its arguments.
 struct ScriptMessage {
     std::string command;
     NSArray arguments;
 };
 
-/// What the script gets back.
+/// The reply to a script message.
 struct ScriptAnswer {
-    /// Null when the command was carried out; else one line that says what was wrong with it.
+    /// Null on success; otherwise a one-line description of the error.
     NSString error;
-    /// The command's result; null for a command without one.
+    /// The command's result; null when it has none.
     Value value;
 };
 
-/// Hears a page's news, each as an event of its own (should_start and message are asked, and answer at once).
+/// Receives a page's events, each as an event of its own. should_start_load and message are synchronous queries.
 class WebListener
 {
 public:
     virtual ~WebListener() = default;
     virtual void did_start_load() = 0;
     virtual void did_finish_load() = 0;
-    /// Whether a load that the page itself or the viewer asks for may go on.
+    /// Decides whether a navigation started by the page or the viewer may proceed.
     /// @param navigation_type UIWebViewNavigationType: 0 a link was followed, 5 anything else
     virtual bool should_start_load(const NSURL& address, int navigation_type) = 0;
+    /// Handles a message from the page's script.
     virtual ScriptAnswer message(const ScriptMessage& message) = 0;
-    /// A load by address, or one that the page or the viewer began, led nowhere: the page before it stays. Comes
-    /// instead of did_finish_load.
+    /// A load by address, or one started by the page or the viewer, failed; the previous page stays. Reported instead
+    /// of did_finish_load.
     virtual void did_fail_load(const std::string&) {}
-    /// Something that page_state() tells has changed, beside the start and the end of a load.
+    /// A field of page_state() changed. Not sent for the start and the end of a load.
     virtual void page_state_changed() {}
-    /// The page wanted what no page gets, and has not got it.
+    /// The engine denied the page something that no page is granted.
     /// @param what "window", "download", "message", "navigation" or "request"
-    /// @param detail the address that it was about; for a message what was wrong with it
+    /// @param detail the address concerned; for "message" the error text
     virtual void refused(const std::string& what, const std::string& detail)
     {
         static_cast<void>(what);
         static_cast<void>(detail);
     }
-    /// The page's process ended by itself: the page is gone, the ad goes on.
+    /// The web process terminated unexpectedly. The page is gone; the ad continues.
     virtual void died(const std::string& reason) = 0;
-    /// The page's script has stopped answering, or answers again. Reported only while the engine watches for it
-    /// (WebEngine::watch_responsiveness). A page answers until the opposite is reported; a new page answers again.
+    /// The page's script stopped responding, or responds again. Reported only while WebEngine::watch_responsiveness is
+    /// on. A page counts as responsive until the opposite is reported, and a new page starts as responsive.
     virtual void responsiveness_changed(bool responds) { static_cast<void>(responds); }
 };
 
-/// What a browser shows of its page.
+/// The page state that a browser displays.
 struct PageState {
-    /// Of what is shown or on its way; null before any.
+    /// Address of the page shown or being loaded; null before the first.
     NSURL address = {};
-    /// The page's own title; empty when it has none.
+    /// The page's title; empty when it has none.
     std::string title = {};
-    /// Whether everything of the page came over a connection that nobody else can read or change.
+    /// Whether every resource of the page was loaded over an authenticated, encrypted connection.
     bool secure = false;
-    /// Whether something is on its way.
+    /// A load is in progress.
     bool loading = false;
-    /// How much of it has come, 0 to 1; an estimate.
+    /// Estimated progress of the load, 0 to 1.
     double progress = 0;
-    /// Whether a page's content is there to be seen, if only in part.
+    /// Whether the page has content to display, at least in part.
     bool has_content = false;
     bool can_go_back = false;
     bool can_go_forward = false;
 };
 
-/// What a page is to its web view.
+/// The role of a page in its web view.
 enum class PageKind {
-    /// An ad's own: it finds the script library and the bridge.
+    /// A creative: has access to the script library and the bridge.
     Creative,
-    /// Anybody's, in a browser: it knows of neither, and shares nothing with creatives.
+    /// A page in the browser: has neither, and shares no data with creatives.
     Browsed,
 };
 
-/// One web view's engine. One load at a time.
+/// The engine of one web view. It runs one load at a time.
 class WebEngine
 {
 public:
     virtual ~WebEngine() = default;
-    /// Shows a page. A null page (a body that was no UTF-8) shows nothing, and reports start and end like any other.
+    /// Loads a page from its source. Null HTML (a body that was not valid UTF-8) shows nothing, but start and end of
+    /// the load are reported as usual.
+    /// @param base address that relative references resolve against; may be null
     virtual void load_html(const NSString& html, const NSURL& base) = 0;
-    /// Shows what stands under an address (http or https), without asking the listener first. Nothing for any other.
+    /// Loads an http or https address without consulting should_start_load. Ignores any other address.
     virtual void load_address(const NSURL& address) = 0;
-    /// Nothing where there is no page to go to.
+    /// No effect without an earlier page.
     virtual void go_back() = 0;
+    /// No effect without a later page.
     virtual void go_forward() = 0;
-    /// Loads anew what page_state() names, or what failed to come; nothing before the first address.
+    /// Reloads the address of page_state(), also after a failed load. No effect before the first address.
     virtual void reload() = 0;
     virtual PageState page_state() const = 0;
-    /// Calls listeners in the page's script, in the order in which they are given, after every earlier call.
-    /// @param callbacks the callback ids that the script gave
-    /// @param data a mapping, or null for none
+    /// Calls listeners in the page's script, in the given order and after every earlier call.
+    /// @param callbacks callback ids chosen by the script
+    /// @param data a mapping; null for no data
     virtual void call_listeners(const std::string& event, const NSArray& callbacks, const NSDictionary& data) = 0;
-    /// The address of the page that is shown; null before any.
+    /// Address of the page shown; null before the first.
     virtual NSURL current_address() const = 0;
+    /// Whether a page wider than the view is shrunk to fit.
     virtual void set_scales_page_to_fit(bool scales) = 0;
-    /// Points of the view to a point of the page: less than 1 where a page was shrunk to fit.
+    /// View points per page point; less than 1 for a page shrunk to fit.
     virtual double page_scale() const { return 1; }
-    /// Whether to look now and then if the page's script answers. Off in a new engine; a page that has not answered
-    /// when this is switched off counts as answering.
+    /// Turns the responsiveness watch on or off; a new engine has it off. Turning it off marks an unresponsive page as
+    /// responsive again.
     virtual void watch_responsiveness(bool watch) { static_cast<void>(watch); }
 };
 
@@ -263,26 +277,27 @@ class WebEngineFactory
 {
 public:
     virtual ~WebEngineFactory() = default;
-    /// The listener outlives the engine.
+    /// The listener must outlive the engine.
     virtual std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) = 0;
 };
 
 // -------------------------------------------------------------------------------------------------------- network
 
+/// The result of a fetch.
 struct FetchAnswer {
     bool ok = false;
-    /// In words, when not ok.
+    /// Description of the error when not ok.
     std::string error;
     std::string body;
-    /// Where the body came from in the end, after redirects.
+    /// Address of the body after redirects.
     std::string final_address;
 };
 
-/// What a fetch is for.
+/// The purpose of a fetch; decides whether it may be retried.
 enum class FetchKind {
-    /// A document that the ad shows: it may be asked for once more when its server fails.
+    /// A document that the ad shows; may be retried once after a server failure.
     Page,
-    /// A request that its server counts: it goes out at most once.
+    /// A request that its server counts: sent at most once.
     Tracker,
     Image,
 };
@@ -291,9 +306,9 @@ class Fetcher
 {
 public:
     virtual ~Fetcher() = default;
-    /// Fetches an address; the answer comes exactly once, as an event of its own.
+    /// Starts a fetch. Calls answer exactly once, as an event of its own.
     virtual void fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer) = 0;
-    /// Fetches an address while the main thread waits, within a time-out.
+    /// Fetches an address synchronously. Blocks the main thread, at most for the platform's time-out.
     virtual FetchAnswer fetch_now(const std::string& address) = 0;
 };
 
@@ -310,11 +325,12 @@ class TextMeasurer
 {
 public:
     virtual ~TextMeasurer() = default;
-    /// The size of a text in points, fractions kept, broken by character and cut to the box. A null text is 0 by 0.
+    /// Size of a text in fractional points. Lines break at character boundaries; the result is clipped to the box. A
+    /// null text measures 0 by 0.
     virtual CGSize measure(const NSString& text, const FontSpec& font, CGSize box) = 0;
 };
 
-/// A decoded picture, in the platform's own form.
+/// A decoded picture in the platform's own representation.
 class DecodedImage
 {
 public:
@@ -325,17 +341,17 @@ class ImageDecoder
 {
 public:
     virtual ~ImageDecoder() = default;
-    /// Null when the bytes are no picture (PNG or JPEG).
+    /// Decodes PNG or JPEG; null when the bytes are neither.
     virtual std::shared_ptr<const DecodedImage> decode(const NSData& bytes) = 0;
 };
 
 // --------------------------------------------------------------------------------------------------------- device
 
-/// What does not change while a session runs.
+/// Device properties that are constant during a session.
 struct DeviceFacts {
-    /// The main screen's bounds in points, as held upright; absent when there is no main screen.
+    /// Size of the main screen in points, in portrait; absent without a main screen.
     std::optional<CGSize> screen = CGSize{375, 812};
-    /// What the current screen's size is to be, whatever the rule says; absent for the rule.
+    /// Overrides the computed size of the current screen; absent to derive it from the main screen and the orientation.
     std::optional<CGSize> current_screen;
     bool phone = true;
     bool ios8 = true;
@@ -354,16 +370,18 @@ public:
     virtual const DeviceFacts& facts() const = 0;
     /// UIDeviceOrientation, 0 to 6.
     virtual int orientation() const = 0;
-    /// Sets what orientation() answers until the device is turned.
+    /// Overrides orientation() until the device is turned.
     virtual void force_orientation(int orientation) = 0;
     /// UIInterfaceOrientation, 1 to 4.
     virtual int status_bar_orientation() const = 0;
     virtual bool status_bar_hidden() const = 0;
+    /// Whether an application is registered for the address.
     virtual bool can_open(const NSURL& address) = 0;
+    /// Opens an address in the application registered for it.
     virtual void open(const NSURL& address) = 0;
-    /// Opens an address for a screen that waits for the viewer to be done there (a message composer, a store).
-    /// @param done called at most once, as an event of its own, when the device knows of the viewer's return, or can't
-    ///             know of it; also when nothing could be opened
+    /// Opens an address for a screen that waits for the viewer to return (a message composer, a store).
+    /// @param done called at most once, as an event of its own: when the viewer has returned, when the device cannot
+    ///             detect the return, or when nothing could be opened
     virtual void open_and_wait(const NSURL& address, std::function<void()> done) = 0;
 };
 
@@ -372,40 +390,42 @@ class VideoCacheStore
 {
 public:
     virtual ~VideoCacheStore() = default;
-    /// The path of the complete copy of an address; null when there is none.
+    /// Path of the complete local copy of an address; null without one.
     virtual NSString path_for(const NSString& address) = 0;
 };
 
-/// The viewer's language.
+/// Translates the program's own texts into the viewer's language.
 class Translation
 {
 public:
     virtual ~Translation() = default;
-    /// A text of the kit's own in the viewer's language; the text itself where there is no translation.
+    /// The translation of a text; the text itself when there is none.
     virtual std::string translate(const char* text) = 0;
-    /// The same for a text that depends on a number; "%d" in it stays as it is.
+    /// The translation for a number, in the plural form it requires. "%d" in the text is not replaced.
     virtual std::string translate(const CountedText& text, unsigned long number) = 0;
 };
 
-/// The viewer's calendar. An event is handed over; whether it is kept is the viewer's decision, which nobody tells.
+/// The viewer's calendar. An event is handed over; the viewer then decides whether to store it, and the decision is not
+/// reported back.
 class Calendar
 {
 public:
     virtual ~Calendar() = default;
-    /// Whether there is one that takes events.
+    /// Whether a calendar accepts events.
     virtual bool available() = 0;
     /// Hands an event over.
-    /// @return null when it was; else one line that says why not
+    /// @return null on success; otherwise a one-line reason
     virtual NSString add(const CalendarEvent& event) = 0;
 };
 
 // -------------------------------------------------------------------------------------------------------- display
 
-/// Shows the view tree. Called whenever something in it changed; a display draws once per frame whatever the count.
+/// Draws the view tree.
 class Display
 {
 public:
     virtual ~Display() = default;
+    /// Called after every visible change. A display draws once per frame, however often this is called.
     virtual void needs_display() = 0;
 };
 

@@ -10,7 +10,7 @@
 namespace qoro
 {
 
-/// The kit's log levels; the misspelling is the kit's own.
+/// The kit's log levels. The misspelt name is part of the interface.
 enum ZulixLogTag : int {
     ZulixLogTagOfDebug = 0,
     ZulixLogTagOfInfo = 1,
@@ -19,20 +19,20 @@ enum ZulixLogTag : int {
     ZulixLogTagOfNote = 4,
 };
 
-/// The answer to a request of the manager.
+/// The result of a request to the manager.
 struct QoroAdRequest {
-    /// The response's body; null when the request failed.
+    /// The response body; null when the request failed.
     NSData respData;
-    /// The final address of what was fetched.
+    /// Address of the response after redirects.
     NSString strTargetURL;
-    /// Why it failed; null text when it did not.
+    /// Why it failed; its text is null on success.
     NSError error;
 };
 
-/// Shows an item by its AppStream identifier, where the host has no store of its own.
+/// The default store page: shows an item by its AppStream identifier when the host has not set another.
 inline constexpr const char* DefaultStorePage = "https://flathub.org/apps/{id}";
 
-/// A store's item, and what the store is to be told. Any of them may be null.
+/// A store item and the attribution that the store receives. Any field may be null.
 struct StoreItem {
     NSString id;
     NSString campaign;
@@ -42,7 +42,7 @@ struct StoreItem {
 
 class RequestLimit;
 
-/// The kit's shared manager: requests, the log, facts of the device. One per platform.
+/// The kit's shared manager: requests, the log and device properties. One per platform.
 class QoroAdManager
 {
 public:
@@ -56,38 +56,38 @@ public:
     static void showLog(std::string_view message, ZulixLogTag level);
     /// Whether the device is a phone.
     static bool bIsiPhone();
-    /// The device identifier; null for none.
+    /// The device identifier; null when there is none.
     NSString imei() const;
 
-    /// Fetches an address without waiting, and calls exactly one of the two actions, as an event of its own, with the
-    /// request as its argument. An unanswered request keeps the target. A null address fails, and so does a request
-    /// above the limit, which is reported as refused instead.
-    /// @param isBannerGetAdRequest whether this asks for a banner ad; always false here
+    /// Fetches an address asynchronously and calls exactly one of the two actions with the result, as an event of its
+    /// own. A pending request retains the targets. A null address fails. A request above the limit fails too and is
+    /// reported as refused.
+    /// @param isBannerGetAdRequest ignored
     void connectToServerWithRequest(const NSString& address, const Action& action, const Action& failAction,
                                     bool isBannerGetAdRequest);
 
-    /// A new ad begins, whose requests are counted from none.
-    /// @param limited whether they are bounded (kit/RequestLimit.h); those of a new manager are not
+    /// Starts a new ad: its request count begins at 0.
+    /// @param limited whether its requests are limited (kit/RequestLimit.h); a new manager has no limit
     void begin_ad(bool limited);
 
-    /// Keeps an auxiliary screen alive and known to the kit. Told to the witness.
+    /// Registers and retains an auxiliary screen; reported to the witness.
     void addExtraView(const std::shared_ptr<UIViewController>& controller);
-    /// Told to the witness, also for a controller that was never added.
+    /// Unregisters a screen; reported to the witness even if the controller was never registered.
     void removeExtraView(const UIViewController* controller);
-    /// The kit's own way out, for a screen that has closed itself: as removeExtraView, untold.
+    /// As removeExtraView, but not reported: for a screen of the kit that has closed itself.
     void forget_extra_view(const UIViewController* controller);
     std::size_t extra_view_count() const { return extra_views_.size(); }
 
-    /// Says which address shows a store's item: {id}, {campaign}, {provider} and {adProvider} stand for an item's own,
-    /// as parts of an address; what an item lacks is empty.
+    /// Sets the address pattern of store pages. {id}, {campaign}, {provider} and {adProvider} are replaced with the
+    /// item's values, percent-encoded; a null value becomes empty.
     void set_store_page(std::string pattern) { store_page_ = std::move(pattern); }
-    /// The address that shows an item; null for an item without an id.
+    /// The store page of an item; null for an item without an id, or when the pattern does not yield a valid address.
     NSURL store_page(const StoreItem& item) const;
 
 private:
     std::vector<std::shared_ptr<UIViewController>> extra_views_;
     std::string store_page_ = DefaultStorePage;
-    /// Null without a limit.
+    /// Null when requests are not limited.
     std::unique_ptr<RequestLimit> limit_;
 };
 

@@ -16,12 +16,12 @@ public:
     virtual void didDismissStoreViewController(const std::shared_ptr<QoroAppStoreMockViewController>& page) = 0;
 };
 
-/// The kit's store product page, with a bar to dismiss it. Which address shows an item is the host's to say
-/// (QoroAdManager::set_store_page).
+/// The kit's store product page, with a bar to dismiss it. The host sets the address of an item's page with
+/// QoroAdManager::set_store_page.
 class QoroAppStoreMockViewController : public UIViewController
 {
 public:
-    /// Any of the ids may be null. Told to the witness.
+    /// Creates the page and loads it; reported to the witness. Any of the ids may be null.
     static std::shared_ptr<QoroAppStoreMockViewController> initWithStoreId(const NSString& storeId,
                                                                            const NSString& CampaignId,
                                                                            const NSString& ProviderId,
@@ -31,9 +31,9 @@ public:
 
     /// Held weakly; null clears it.
     void setDelegate(const std::weak_ptr<QoroAppStoreMockViewControllerDelegate>& delegate) { delegate_ = delegate; }
-    /// Told to the witness.
+    /// Reported to the witness.
     void dismissViewController(bool animated, std::function<void()> completion) override;
-    /// The viewer dismisses the page: the delegate is told.
+    /// Handles the viewer's tap on the close button: notifies the delegate.
     void dismissed_by_viewer();
 
 private:

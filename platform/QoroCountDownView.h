@@ -5,16 +5,17 @@
 namespace qoro
 {
 
-/// The kit's countdown: a ring that runs down, and the whole seconds left. A handle like every view.
+/// Handle of the kit's countdown view: a shrinking ring around the whole seconds left.
 class QoroCountDownView : public UIView
 {
 public:
     using UIView::UIView;
-    /// @param withSecond the seconds that a full ring stands for
-    /// @param boardWidth the ring's width in points
+    /// Creates a countdown that shows a full ring.
+    /// @param withSecond the seconds that a full ring represents
+    /// @param boardWidth width of the ring's line, in points
     static QoroCountDownView initWithFrame(const CGRect& frame, double withSecond, double boardWidth);
     void updateWithSeconds(double seconds) const;
-    /// What it shows; 0 for null.
+    /// The seconds shown; 0 for null.
     double seconds() const;
 };
 

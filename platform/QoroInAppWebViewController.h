@@ -16,9 +16,9 @@ public:
     static std::shared_ptr<QoroInAppWebViewController> create();
     ~QoroInAppWebViewController() override;
 
-    /// Ends the browser without telling its delegate.
+    /// Closes the browser without notifying its delegate.
     void closeAction();
-    /// The ad that opened it is going away: it is told of nothing any more.
+    /// Clears the delegate: the ad that opened the browser is about to be destroyed.
     void removeParentViewController();
 
     void setStrMRAID2Expanded(const NSString& path) { strMRAID2Expanded = path; }
@@ -31,15 +31,16 @@ public:
     void setSeqNo(std::int32_t number) { iSeqNo = number; }
     void setTheRootView(const std::shared_ptr<UIViewController>& root) { rootViewController = root; }
 
-    /// Opens a page and shows it over the ad, in the size that is given.
-    /// @param url the page's address; null for none
-    /// @param withHtml the page itself instead of an address; null for none
-    /// @param customClose whether the page draws its own close control; its top right corner closes all the same
-    /// @param Delegate is told when the viewer closes the browser (closeInAppWebView); held weakly
+    /// Opens a page and shows it over the ad, at the given size in points.
+    /// @param url the page's address; null when withHtml is given
+    /// @param withHtml the page's source, used when url is null; null for none
+    /// @param customClose the page draws its own close control; a tap on its top right corner closes the browser as
+    ///                    well
+    /// @param Delegate notified when the viewer closes the browser (closeInAppWebView); held weakly, may be null
     void expand(const NSString& url, const NSString& withHtml, bool customClose, double customHeight,
                 double customWidth, const std::shared_ptr<QoroPhoneGapViewController>& Delegate,
                 const UIColor& backgroundColor);
-    /// The viewer closes the browser: it leaves the screen, and its delegate is told.
+    /// Handles the viewer closing the browser: removes it from the screen and notifies the delegate.
     void closed_by_viewer();
 
     NSString strMRAID2Expanded;

@@ -34,50 +34,51 @@ enum AdUnitType : int {
     SPLASH_AD = 6,
 };
 
-/// What the kit needs to know of an ad that runs.
+/// State of a running ad that the kit queries.
 struct AdFacts {
     /// The page draws its own close control (MRAIDUseCustomClose).
     bool custom_close = false;
-    /// The close button is the page's: it draws its own, takes the button's taps, or covers the ad's controls.
+    /// The page controls closing: it draws its own close control, receives the close button's taps, or covers the ad's
+    /// controls.
     bool page_closes = false;
-    /// The ad's own rule has the close button shown by now, wherever the page has put it.
+    /// By the ad's own rule the close button is due, wherever the page has put it.
     bool close_due = false;
-    /// No countdown: the ad's own rule shows the close button when the video has ended.
+    /// There is no countdown: by the ad's own rule the close button appears at the end of the video.
     bool close_at_end = false;
-    /// checkVideoSize does nothing now: a click-through is under way, or a browser is open.
+    /// checkVideoSize has no effect at present: a click-through is in progress, or a browser is open.
     bool layout_suspended = false;
-    /// The ad has a portrait and a landscape arrangement.
+    /// The ad has both a portrait and a landscape layout.
     bool both_arrangements = false;
 };
 
-/// Told of what becomes of an ad: the ad's own delegate and the interstitial's.
+/// Delegate of an ad or an interstitial.
 class QoroAdDelegate : public Object
 {
 public:
-    /// Whether it answers the failure message.
+    /// Whether it implements onZulixAdFailed.
     virtual bool responds_to_ad_failed() const = 0;
     /// The request for an ad failed.
-    /// @param adView the view of the ad; may be null
+    /// @param adView the ad's view; may be null
     virtual void onZulixAdFailed(const UIView& adView, const NSError& error) = 0;
 };
 
-/// The kit's banner, as far as the failure message needs it.
+/// The part of the kit's banner that the failure report needs.
 class QoroBanner : public Object
 {
 public:
     virtual UIView getZulixAdView() const = 0;
 };
 
-/// The kit's web-view ad controller: it owns the web view, the script bridge with its table of listeners, the temporary
-/// full-screen window and the ad description. A video ad's controller is one of these, and so is the controller that
-/// opened it.
+/// The kit's web-view ad controller. It owns the web view, the script bridge with its listener table, the temporary
+/// full-screen window and the ad description. Base class of a video ad's controller and of the controller that opened
+/// it.
 class QoroPhoneGapViewController : public UIViewController, private WebListener
 {
 public:
     QoroPhoneGapViewController();
     ~QoroPhoneGapViewController() override;
 
-    /// Makes the controller ready; null when that is impossible, and the controller is then not to be used.
+    /// Initialises the controller. Null on failure; the controller must not be used then.
     virtual QoroPhoneGapViewController* init();
 
     // -------------------------------------------------------------------------------------------- fields: the ad
@@ -86,16 +87,16 @@ public:
     std::shared_ptr<QoroVideoAd> qoroVideoAdInfo;
     AdUnitType AdType = UNKNOWN;
     SendImpPolicy instSendImpPolicy = CallShowFunc;
-    /// Where the page came from; null before one was fetched.
+    /// The page's address; null before one was fetched.
     NSString strBaseUrl;
-    /// Path of the kit's script library, as a page names it.
+    /// Path of the kit's script library, as pages reference it.
     NSString strMRAID2Expanded;
-    /// Vertical position that the ad was opened with, in points.
+    /// Vertical position at which the ad was opened, in points.
     float fDefaultPosY = 0;
 
     // ------------------------------------------------------------------------------------------ fields: the video
 
-    /// The movie player; set through setQoroMoviePlayer, so that its loss is told to the witness.
+    /// The movie player. Set with setQoroMoviePlayer, which reports its loss to the witness.
     MPMoviePlayerController qoroMoviePlayer;
     void setQoroMoviePlayer(const MPMoviePlayerController& player);
     bool bIsFullScreen = false;
@@ -107,7 +108,7 @@ public:
     UIWindow windowTempWindow;
     QoroCountDownView countDownView;
     UIView viewBackground;
-    /// The host's controller that screens are presented on; may be null.
+    /// The host's controller that presents screens; may be null.
     std::shared_ptr<UIViewController> rootViewController;
     std::shared_ptr<ZulixOpenInAppApplicationViewController> openInAppApplicationViewController;
     bool bIsAddOnWindow = false;
@@ -120,9 +121,9 @@ public:
     std::weak_ptr<QoroAdDelegate> qoroDelegate;
     std::weak_ptr<QoroAdDelegate> interstitialDelegate;
     std::weak_ptr<QoroBanner> qoroBanner;
-    /// Event name → list of [listener id, callback id]; null once the ad has closed.
+    /// Event name → list of [listener id, callback id]; null after the ad has closed.
     NSMutableDictionary dicEventListener;
-    /// The script wants the close button's taps.
+    /// The script handles the close button's taps.
     bool bIsClickCloseButton = false;
 
     // ---------------------------------------------------------------------------------------- fields: orientation
@@ -133,51 +134,55 @@ public:
     bool bIsLockOneSideAndIsPortrait = false;
     bool bIsMoreThaniOS8 = false;
     bool bUseAutoRotate = false;
-    /// UIInterfaceOrientation numbers that the host allows.
+    /// UIInterfaceOrientation values that the host allows.
     std::vector<std::int64_t> allowedInterfaceOrientations{UIInterfaceOrientationPortrait};
 
     // ------------------------------------------------------------------------------------------ fields: identities
 
     double dSessionId = 0;
     std::int32_t iSeqNo = 0;
-    /// The kit's cookie identifier; null for none.
+    /// The kit's cookie identifier; null when there is none.
     NSString strCookieGuid;
 
     // ------------------------------------------------------------------------------------------------- the script
 
     /// The web view; null until the view is loaded.
     const UIWebView& webView() const { return webView_; }
-    /// Records a listener; the same name and id once. Nothing once the table is gone.
+    /// Registers a listener; an existing pair of name and id is not registered again. No effect on a null table, name
+    /// or id.
     virtual void addEventListener(const NSString& name, const Value& EventId, const Value& successCallBack);
-    /// 1 when something was removed, else 0. A name without listeners leaves the table.
+    /// Removes a listener; removes the name with its last listener.
+    /// @return 1 if a listener was removed, otherwise 0
     virtual std::int32_t removeEventListener(const NSString& name, const Value& EventId);
-    /// Calls every listener of the event in the script. Told to the witness.
-    /// @param withData a mapping, or null for none
+    /// Calls every listener of the event in the script; reported to the witness.
+    /// @param withData a mapping; null for no data
     virtual void listenerCallbackToJS(const NSString& event, const NSDictionary& withData);
-    /// Hears of a tap that the page took, and of whether the page answers; null for no guard. It outlives its setting.
+    /// Sets the guard that is notified of close taps handled by the page and of changes in its responsiveness; null for
+    /// no guard. It must stay alive until it is replaced.
     void set_close_guard(CloseGuard* guard) { close_guard_ = guard; }
-    /// Takes a message of the page's script: one for the kit's `mraid` object is carried out there, any other is a
-    /// command for callFromScript. A page that sends too many is refused, and the refusal told to the witness.
-    /// From a page that did not come from this machine, so is a command that names a file or a server of this machine.
+    /// Handles a message from the page's script: forwards messages of the kit's `mraid` object to it, and passes any
+    /// other as a command to callFromScript. Messages above the rate limit are refused. Unless the page came from this
+    /// machine, so are commands that name a file or an address on this machine or a private network. Refusals are
+    /// reported to the witness.
     ScriptAnswer take_script_message(const ScriptMessage& message);
-    /// One more refusal of what the page wants.
-    /// @return for how many a line of the trace stands that is to be written now; absent when none is
+    /// Counts a refusal.
+    /// @return the number of refusals that a trace line written now covers; absent when no line is due
     std::optional<std::int64_t> count_refusal();
-    /// Carries out a command of the page's script.
+    /// Executes a command of the page's script.
     virtual ScriptAnswer callFromScript(const ScriptMessage& message);
-    /// Gives the button its tap: closeAction, or, while the script wants the taps, a report to the script.
+    /// Sets the button's action: closeAction, or, if the script handles the taps, a report to the script.
     void setCloseButtonAction(const UIButton& button);
-    /// The button that setCloseButtonAction was last called with; null before, and for one that is gone.
+    /// The button last passed to setCloseButtonAction; null before the first call or when it no longer exists.
     UIButton close_button() const { return UIButton(close_button_.lock()); }
     virtual void MRAIDClose();
-    /// The page draws its own close control, or no longer does. The kit's own controller has no close button.
+    /// The page starts or stops drawing its own close control. No effect in the base class, which has no close button.
     virtual void MRAIDUseCustomClose(bool uses);
-    /// Lays the ad out as the page asks; the kit's own controller has no layout.
+    /// Lays the ad out in the orientation that the page requests. No effect in the base class, which has no layout.
     /// @param orientation "portrait" or "landscape"; any other text is ignored
     virtual void changeOrientation(const NSString& orientation);
-    /// What the kit's own controller knows of itself: nothing of it applies.
+    /// The state of the ad; in the base class every field is false.
     virtual AdFacts facts() const;
-    /// Reads MRAID's calendar event and hands it to the device's calendar; what is refused is told to the witness, and
+    /// Parses MRAID's calendar event and hands it to the device's calendar. A refusal is reported to the witness, and
     /// to the page as an error event.
     virtual void MRAIDCreateCalendarEvent(const Value& event);
 
@@ -187,42 +192,43 @@ public:
                          std::int64_t navigationType);
     virtual void webViewDidStartLoad(const UIWebView& webView);
     virtual void webViewDidFinishLoad(const UIWebView& webView);
-    /// The fail action of a page's request.
+    /// Fail action of the request for a page.
     void failAdRequest(const QoroAdRequest& request);
-    /// Reports a failure to the ad's delegates; the kit's own controller has none to tell.
+    /// Reports a failure to the ad's delegates. No effect in the base class, which has none.
     virtual void failAdRequest(const NSError& error);
 
     // ---------------------------------------------------------------------------------------- device and appearance
 
     std::int64_t getDeviceOriengation() const;
-    /// The screen as it is turned now: the long edge is the width while the device or the status bar is landscape.
+    /// Size of the screen in its current orientation, in points: the long edge is the width while the device or the
+    /// status bar is in landscape.
     CGSize getCurrnetScreenSize() const;
     virtual bool shouldAutorotateToInterfaceOrientation(std::int64_t orientation) const;
-    /// A decimal ARGB number as text; opaque white for a text that is none.
+    /// Parses a decimal ARGB number; opaque white for any other text.
     static UIColor formatColor(const NSString& color);
-    /// "tel:" and the text's digits and plus signs; null for null.
+    /// "tel:" followed by the text's digits and plus signs; null for null.
     static NSString formatPhoneNumber(const NSString& number);
-    /// Restores the host's status bar.
+    /// Restores the host's status bar. Called when the ad closes; also releases an orientation forced by the page.
     virtual void updateStatusbar();
-    /// Shows a spinner of 40 points with its top left corner at the given point of a view.
+    /// Shows a spinner of 40 by 40 points with its top left corner at a point of a view.
     void showProgressbarPosX(int x, int showPosY, const UIView& addOn);
     void stopProgressbar();
 
     // ----------------------------------------------------------------------------------------------- running the ad
 
-    /// A store page that is presented is told to the witness.
+    /// Also reports a presented store page to the witness.
     void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                                std::function<void()> completion) override;
-    /// Ends the ad. The kit's own controller has nothing to end.
+    /// Closes the ad. No effect in the base class.
     virtual void closeAction();
     /// A child ad has closed.
-    /// @param close whether this controller is to close too
+    /// @param close whether this controller must close too
     virtual void closeVideoAdUnit(bool close);
-    /// Lays the ad out again. The kit's own controller has no layout.
+    /// Lays the ad out again. No effect in the base class, which has no layout.
     virtual void checkVideoSize();
-    /// The user is back from another application or screen: lays the ad out again while one is open.
+    /// The viewer has returned from another application or screen: lays the ad out again if one is open.
     void checkViewSizeAfterOpenOtherApp();
-    /// Stops a timer; nothing for null.
+    /// Stops a timer; no effect for null.
     static void stopTimerWith(const NSTimer& timer);
     virtual void stopUpdateTimer();
     virtual void sendImpression();
@@ -230,16 +236,16 @@ public:
     virtual void clickRequester();
     /// The ad presents a screen.
     virtual void qoroPresent();
-    /// The user leaves the application.
+    /// The viewer leaves the application.
     void qoroLeaveApplication();
     virtual void closeInAppWebView();
     virtual void closeInAppApplication();
-    /// The movie player has left the system's own full screen.
+    /// The movie player has left the system's full-screen mode.
     void exitFullScreen(const NSNotification& notification);
 
 protected:
     void populateView() override;
-    /// A line of trace about a call to this superclass.
+    /// Reports a call of a base-class operation to the witness.
     void tell_super(std::string_view operation) const;
     Platform& platform() const { return platform_; }
 
@@ -261,14 +267,14 @@ private:
     Platform& platform_;
     UIWebView webView_;
     std::weak_ptr<ViewNode> close_button_;
-    /// Runs while a layout that the page's death asked for is suspended; 0 for none.
+    /// Timer that retries a layout which is due after the page's death but suspended; 0 when stopped.
     TimerId layout_due_ = 0;
-    /// A repetition of the page's custom close is under way.
+    /// The page's custom close will be reapplied by a posted event.
     bool repeats_custom_close_ = false;
-    /// Made with the page's first message for it.
+    /// Created by the page's first message to it.
     std::shared_ptr<Mraid> mraid_;
     CloseGuard* close_guard_ = nullptr;
-    /// What the page may say, and how many refusals become a line of their own.
+    /// Rate limits: of the page's messages, and of trace lines about refusals.
     std::unique_ptr<MessageBudget> messages_;
     std::unique_ptr<RefusalLog> refusals_;
     UIView progressbar_;

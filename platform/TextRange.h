@@ -13,21 +13,21 @@ namespace qoro
 
 inline constexpr std::size_t NSNotFound = std::numeric_limits<std::size_t>::max();
 
-/// A part of a text, in bytes of UTF-8.
+/// A range of a text, in bytes of UTF-8.
 struct NSRange {
-    /// NSNotFound when there is no such part.
+    /// NSNotFound when there is no match.
     std::size_t location = NSNotFound;
     std::size_t length = 0;
 };
 
-/// Where a text first contains a part; not found in a null text.
+/// The first occurrence of a part; not found in a null text.
 inline NSRange rangeOfString(const NSString& text, std::string_view part)
 {
     const std::size_t location = text.text().find(part);
     return location == std::string::npos ? NSRange{} : NSRange{location, part.size()};
 }
 
-/// The text with a part of it replaced; null stays null. A range outside the text is rejected.
+/// The text with a range replaced; null for null. Throws PlatformFault for a range outside the text.
 inline NSString stringByReplacingCharactersInRange(const NSString& text, NSRange range, const NSString& withString)
 {
     if (!text)

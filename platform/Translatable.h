@@ -3,24 +3,24 @@
 namespace qoro
 {
 
-// A text of the system's own is marked where it stands, and translated where it is shown (Platform::translation).
-// xgettext finds the marks by these names (tools/check_translations.sh).
+// Translatable texts are marked where they are defined and translated where they are shown (Platform::translation).
+// xgettext extracts the marks by these names (tools/check_translations.sh).
 
-/// Marks a text.
+/// Marks a text for extraction.
 constexpr const char* translatable(const char* text)
 {
     return text;
 }
 
-/// A text that depends on a number, which it names as "%d".
+/// A text with plural forms that contains the number as "%d".
 struct CountedText {
-    /// For 1.
+    /// Singular, for 1.
     const char* one;
-    /// For any other number; a language may have further forms.
+    /// Plural, for any other number. A translation may have more forms.
     const char* many;
 };
 
-/// Marks both forms of a text that depends on a number.
+/// Marks both plural forms of a text for extraction.
 constexpr CountedText translatable_count(const char* one, const char* many)
 {
     return {one, many};

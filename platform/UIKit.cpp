@@ -1,6 +1,6 @@
 #include "platform/UIKit.h"
 
-// What needs no view. The view tree's side of these types is views/.
+// The parts that need no view; the rest is implemented in views/.
 
 namespace qoro
 {

@@ -10,8 +10,8 @@
 #include <string_view>
 #include <vector>
 
-// Views are small handles: an empty one is null, a copy is the same view. Asking a null handle does nothing and answers
-// zero. The tree behind them is views/.
+// Views are small handles. An empty handle is null; copies refer to the same view. On a null handle setters have no
+// effect and getters return zero. The view tree behind the handles is implemented in views/.
 
 namespace qoro
 {
@@ -32,7 +32,7 @@ enum UIDeviceOrientation : std::int64_t {
     UIDeviceOrientationFaceDown = 6,
 };
 
-/// UIInterfaceOrientation. The landscape sides carry the device's numbers the other way round.
+/// UIInterfaceOrientation. The landscape values are swapped relative to UIDeviceOrientation.
 enum UIInterfaceOrientation : std::int64_t {
     UIInterfaceOrientationPortrait = 1,
     UIInterfaceOrientationPortraitUpsideDown = 2,
@@ -40,13 +40,13 @@ enum UIInterfaceOrientation : std::int64_t {
     UIInterfaceOrientationLandscapeLeft = 4,
 };
 
-/// Landscape by number, for devices and status bars alike: 3 or 4.
+/// Whether a device or interface orientation is landscape (3 or 4).
 inline bool isLandscape(std::int64_t orientation)
 {
     return static_cast<std::uint64_t>(orientation) - 3 <= 1;
 }
 
-/// Red, green, blue and alpha from 0 to 1, or null.
+/// A colour, its components from 0 to 1, or null.
 struct UIColor {
     double red = 0;
     double green = 0;
@@ -65,29 +65,27 @@ struct UIColor {
 
 using UIFont = FontSpec;
 
-/// NSLineBreakByCharWrapping
 inline constexpr int NSLineBreakByCharWrapping = 1;
-/// NSTextAlignmentRight
 inline constexpr int NSTextAlignmentRight = 2;
 inline constexpr int UIViewContentModeScaleAspectFit = 1;
 inline constexpr double UIWindowLevelNormal = 0;
 inline constexpr double UIWindowLevelStatusBar = 1000;
 
-/// A decoded picture or null.
+/// A decoded picture, or null.
 class UIImage
 {
 public:
     UIImage() = default;
     UIImage(std::nullptr_t) {}
-    /// Decodes anew, at scale 1; null when the bytes are no picture.
+    /// Decodes bytes at scale 1, on every call anew; null when they are not a picture.
     static UIImage imageWithData(const NSData& bytes);
 
     explicit operator bool() const { return decoded_ != nullptr; }
     const std::shared_ptr<const DecodedImage>& decoded() const { return decoded_; }
     const NSData& data() const { return data_; }
-    /// Which of the program's own pictures it is, for whoever can't see it; empty for any other.
+    /// Identifies a compiled-in picture, from which its accessible name is derived; empty for any other picture.
     std::string_view accessibilityIdentifier() const { return identifier_; }
-    /// @param identifier lasts as long as the program
+    /// @param identifier stored by reference; must have static storage duration
     void setAccessibilityIdentifier(std::string_view identifier) { identifier_ = identifier; }
 
 private:
@@ -102,25 +100,25 @@ public:
     UIView() = default;
     UIView(std::nullptr_t) {}
     explicit UIView(std::shared_ptr<ViewNode> node) : node_(std::move(node)) {}
-    /// A new view with a zero frame.
+    /// Creates a view with a zero frame.
     static UIView create();
 
     explicit operator bool() const { return node_ != nullptr; }
     const std::shared_ptr<ViewNode>& node() const { return node_; }
     friend bool operator==(const UIView& a, const UIView& b) { return a.node_ == b.node_; }
 
-    /// The smallest upright rectangle that holds the turned bounds, in the parent's coordinates.
+    /// The bounding rectangle of the rotated bounds, in the parent's coordinates, in points.
     CGRect frame() const;
-    /// Keeps the rotation: the bounds become the extents turned back, the centre the frame's middle.
+    /// Preserves the rotation: the bounds become the frame's extents rotated back, the centre the frame's centre.
     void setFrame(const CGRect& frame) const;
     CGSize bounds() const;
     CGPoint center() const;
     void setCenter(CGPoint center) const;
     CGAffineTransform transform() const;
-    /// Keeps bounds and centre.
+    /// Preserves bounds and centre.
     void setTransform(CGAffineTransform transform) const;
 
-    /// A null view counts as not hidden.
+    /// False for a null view.
     bool isHidden() const;
     void setHidden(bool hidden) const;
     double alpha() const;
@@ -130,21 +128,22 @@ public:
     bool isOpaque() const;
     void setOpaque(bool opaque) const;
     int autoresizingMask() const;
-    /// Kept; nothing moves by it.
+    /// Stored only; does not affect layout.
     void setAutoresizingMask(int mask) const;
     bool isUserInteractionEnabled() const;
     void setUserInteractionEnabled(bool enabled) const;
     int contentMode() const;
     void setContentMode(int mode) const;
-    /// What it is called for whoever can't see it; null where its look says it.
+    /// Accessible name; null derives it from the picture or action.
     NSString accessibilityLabel() const;
     void setAccessibilityLabel(const NSString& label) const;
 
-    /// Null when it stands in none.
+    /// The parent; null when it has none.
     UIView superview() const;
-    /// From the lowest to the topmost.
+    /// From bottom to top.
     std::vector<UIView> subviews() const;
-    /// Adds on top, moving it from wherever it stands (also to the top of the same parent). Nothing for a null child.
+    /// Adds the child on top, after removing it from its current parent, which may be this view. No effect for a null
+    /// child, or for one that is this view or contains it.
     void addSubview(const UIView& child) const;
     void removeFromSuperview() const;
     void bringSubviewToFront(const UIView& child) const;
@@ -159,10 +158,10 @@ public:
     using UIView::UIView;
     static UIButton create();
 
-    /// The picture behind the title in the normal state; null clears it.
+    /// Picture behind the title in the normal state; null clears it.
     void setBackgroundImage(const UIImage& image) const;
     UIImage backgroundImage() const;
-    /// The title in the normal state.
+    /// Title in the normal state.
     void setTitle(const NSString& title) const;
     NSString title() const;
     void setTitleShadowColor(const UIColor& color) const;
@@ -170,12 +169,12 @@ public:
     /// The label that draws the title; null for a null button.
     UILabel titleLabel() const;
 
-    /// For touch-up-inside. An equal target and action is kept once.
+    /// Adds a target for touch-up-inside. An equal action is added only once.
     void addTarget(const Action& action) const;
     void removeAllTargets() const;
-    /// In the order in which they were added.
+    /// In the order of their addition.
     const std::vector<Action>& targets() const;
-    /// A touch up inside: every target runs, in order, whether or not the button can be seen.
+    /// Runs every target in order, as for a touch-up-inside, whether or not the button is visible.
     void sendTouchUpInside() const;
 };
 
@@ -199,7 +198,7 @@ public:
     void setHighlighted(bool highlighted) const;
     void setShadowOffset(CGSize offset) const;
     void setShadowColor(const UIColor& color) const;
-    /// The bounds become the text's size; the origin stays.
+    /// Sets the bounds to the size of the text; the origin stays.
     void sizeToFit() const;
 };
 
@@ -216,22 +215,22 @@ class UIWindow : public UIView
 {
 public:
     using UIView::UIView;
-    /// A new window: hidden, not key, at level 0.
-    /// @param frame a window that is given none fills the screen; its frame reads zero all the same
+    /// Creates a window: hidden, not key, at level 0.
+    /// @param frame a window without a frame fills the screen, though its frame still reads zero
     static UIWindow create(const CGRect& frame = {});
 
     double windowLevel() const;
     void setWindowLevel(double level) const;
     bool isKeyWindow() const;
-    /// Shows it above the others of its level and takes the key from the window that had it.
+    /// Shows the window above the others of its level and makes it the only key window.
     void makeKeyAndVisible() const;
     void resignKeyWindow() const;
     std::shared_ptr<UIViewController> rootViewController() const;
-    /// Holds the controller, and adds its view unless it stands here already. Nothing is resized.
+    /// Retains the controller and adds its view unless this window is already its parent. Resizes nothing.
     void setRootViewController(const std::shared_ptr<UIViewController>& controller) const;
 };
 
-/// A slider; the one of a volume view is the output volume's own.
+/// A slider. Sliders exist only in volume views and control the output volume.
 class UISlider : public UIView
 {
 public:
@@ -241,7 +240,7 @@ public:
     void setValue(float value) const;
 };
 
-/// Holds the slider of the output volume, on a device that has one.
+/// Contains the output volume's slider on a device that has one.
 class MPVolumeView : public UIView
 {
 public:
@@ -249,25 +248,26 @@ public:
     static MPVolumeView create(const CGRect& frame);
     void setShowsVolumeSlider(bool shows) const;
     void setShowsRouteButton(bool shows) const;
-    /// The first of its subviews that is a slider; null when none is.
+    /// The first slider among its subviews; null without one.
     UISlider firstSlider() const;
 };
 
-/// A page: a creative's, unless it is made for another kind.
+/// A web view; by default for a creative.
 class UIWebView : public UIView
 {
 public:
     using UIView::UIView;
-    /// The listener outlives the view.
+    /// The listener must outlive the web view's engine.
     static UIWebView create(WebListener& listener, PageKind kind = PageKind::Creative);
 
-    /// Null html (bytes that were no UTF-8) shows nothing; told to the witness.
+    /// Loads a page from its source; reported to the witness. Null HTML (bytes that were not valid UTF-8) shows
+    /// nothing.
     void loadHTMLString(const NSString& html, const NSURL& baseURL) const;
-    /// The address of the page that is shown; null before any.
+    /// Address of the page shown; null before the first.
     NSURL requestURL() const;
     void setScalesPageToFit(bool scales) const;
     void callListeners(const std::string& event, const NSArray& callbacks, const NSDictionary& data) const;
-    /// The engine, for what only a browser asks of it; null for a null view.
+    /// The engine, for operations that only a browser needs; null for a null view.
     WebEngine* engine() const;
 };
 
@@ -276,15 +276,15 @@ class UIViewController : public Object
 public:
     /// Null until the view is loaded.
     const UIView& view() const { return view_; }
-    /// Makes the view, of the main screen's size, and calls viewDidLoad. Once.
+    /// Creates the view at the main screen's size and calls viewDidLoad. Later calls have no effect.
     void loadView();
     virtual void viewDidLoad() {}
     virtual void viewDidAppear(bool animated);
-    /// Shows the controller's view over everything in the window of this one's, and keeps the controller, until it is
-    /// dismissed. The completion, if there is one, runs as an event of its own.
+    /// Shows the controller's view above everything in this controller's window, and retains the controller until it is
+    /// dismissed. A non-null completion runs as an event of its own.
     virtual void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                                        std::function<void()> completion);
-    /// Ends what this controller presents; when it presents nothing, its own presentation.
+    /// Ends the presentation by this controller; if there is none, the presentation of this controller.
     virtual void dismissViewController(bool animated, std::function<void()> completion);
     /// Whether another controller presents this one.
     bool isBeingPresented() const { return !presenter_.expired(); }
@@ -292,9 +292,9 @@ public:
     virtual void didRotateFromInterfaceOrientation(std::int64_t orientation);
 
 protected:
-    /// For a controller whose view is made elsewhere (the movie player's).
+    /// For a controller whose view is created elsewhere (the movie player's).
     void setView(const UIView& view) { view_ = view; }
-    /// Fills the view that loadView has made, before viewDidLoad.
+    /// Populates the view created by loadView; called before viewDidLoad.
     virtual void populateView() {}
 
 private:
@@ -305,9 +305,9 @@ private:
     std::weak_ptr<UIViewController> presenter_;
 };
 
-/// The main screen; absent on a device without one.
+/// The main screen.
 struct UIScreen {
-    /// Its bounds; absent without a screen.
+    /// Its size in points; absent on a device without a screen.
     static std::optional<CGSize> mainScreenBounds();
 };
 
@@ -316,14 +316,14 @@ class UIApplication
 public:
     explicit UIApplication(Platform& platform) : platform_(platform) {}
     static UIApplication& sharedApplication();
-    /// Null when no window has the key.
+    /// Null when no window is key.
     UIWindow keyWindow() const;
-    /// Those that something still holds, oldest first.
+    /// All windows that still exist, in order of creation.
     std::vector<UIWindow> windows() const;
     std::int64_t statusBarOrientation() const;
     bool isStatusBarHidden() const;
     bool canOpenURL(const NSURL& address) const;
-    /// Told to the witness. Nothing for a null address.
+    /// Opens an address; reported to the witness. No effect for a null address.
     void openURL(const NSURL& address) const;
 
 private:
@@ -331,19 +331,19 @@ private:
 };
 
 struct UIDevice {
+    /// UIDeviceOrientation
     static std::int64_t orientation();
-    /// Sets the value for the key "orientation"; told to the witness.
+    /// Overrides the orientation, as setting the key "orientation" does; reported to the witness.
     static void forceOrientation(std::int64_t orientation);
 };
 
-/// MFMessageComposeViewController
 struct MFMessageComposeViewController {
     /// Whether the class exists.
     static bool available();
     static bool canSendText();
 };
 
-/// The size of a text in a font, cut to a box.
+/// Size of a text in a font, in points, clipped to a box.
 CGSize sizeWithFont(const NSString& text, const UIFont& font, CGSize constrainedToSize);
 
 } // namespace qoro

@@ -17,8 +17,8 @@ namespace
 
 const Value null_value;
 
-/// The length of the UTF-8 sequence that the bytes begin with; 0 when it is malformed (overlong forms, surrogates and
-/// what lies beyond U+10FFFF included).
+/// Length of the UTF-8 sequence at the start of the bytes; 0 when it is malformed, which includes overlong forms,
+/// surrogates and code points above U+10FFFF (RFC 3629, section 4).
 std::size_t utf8_sequence_length(std::string_view bytes)
 {
     struct Form {
@@ -69,7 +69,7 @@ int hex_digit(char digit)
     return -1;
 }
 
-/// The byte of the escape ("%4a") that the text begins with; -1 when it is malformed.
+/// The byte of the escape ("%4a") at the start of the text; -1 when it is malformed.
 int escaped_byte(std::string_view text)
 {
     if (text.size() < 3)
@@ -90,7 +90,7 @@ std::string_view without_leading_blanks(std::string_view text)
     return first == std::string_view::npos ? std::string_view() : text.substr(first);
 }
 
-/// Takes a sign off the text's front; whether it was a minus.
+/// Removes a leading sign; returns whether it was a minus.
 bool take_sign(std::string_view& text)
 {
     const bool signed_text = !text.empty() && (text.front() == '-' || text.front() == '+');
@@ -104,7 +104,7 @@ double leading_number(std::string_view text)
 {
     text = without_leading_blanks(text);
     const bool minus = take_sign(text);
-    // from_chars would take "inf" and "nan" for numbers.
+    // from_chars also accepts "inf" and "nan".
     if (text.empty() || !(is_digit(text.front()) || text.front() == '.'))
         return 0;
     double number = 0;
@@ -452,7 +452,7 @@ NSURL NSURL::fileURLWithPath(const NSString& path)
     return url;
 }
 
-// ------------------------------------------------------------------------------------------------------------ escapes
+// ---------------------------------------------------------------------------------------------------- Percent escapes
 
 NSString stringByReplacingPercentEscapes(const NSString& text)
 {

@@ -16,7 +16,7 @@ namespace qoro
 
 class Value;
 
-/// A text or null. Null is not the empty text: it has length 0 too, but it is absent.
+/// A UTF-8 text, or null. Null differs from the empty text, though its length is 0 too.
 class NSString
 {
 public:
@@ -26,28 +26,28 @@ public:
     NSString(std::string_view text) : text_(std::string(text)) {}
     NSString(const char* text) : text_(std::string(text)) {}
 
-    /// The text of UTF-8 bytes; null when they are no valid UTF-8.
+    /// Validates the bytes; null when they are not valid UTF-8.
     static NSString with_utf8(std::string_view bytes);
 
     explicit operator bool() const { return text_.has_value(); }
-    /// Bytes of UTF-8; 0 when absent.
+    /// Length in bytes; 0 for null.
     std::size_t length() const { return text_ ? text_->size() : 0; }
-    /// The text itself; the empty text when absent.
+    /// The text; empty for null.
     const std::string& text() const;
-    /// The same text. False when either side is null.
+    /// Whether both texts are equal; false when either is null.
     bool isEqualToString(const NSString& other) const;
-    /// The leading decimal number (blanks and a sign may stand before it), 0 when there is none; held within 32 bits.
+    /// The leading decimal integer, after optional blanks and a sign, clamped to 32 bits; 0 without one.
     std::int32_t intValue() const;
     bool contains(std::string_view part) const;
 
-    /// Structural equality: null equals null. For tests and tables; rules compare with isEqualToString.
+    /// Structural equality: null equals null. For tests and tables; the rules use isEqualToString.
     friend bool operator==(const NSString&, const NSString&) = default;
 
 private:
     std::optional<std::string> text_;
 };
 
-/// A list of values or null; null is not the empty list. Copies share their content.
+/// An immutable list of values, or null; null differs from the empty list. Copies share their content.
 class NSArray
 {
 public:
@@ -59,7 +59,7 @@ public:
 
     explicit operator bool() const { return values_ != nullptr; }
     std::size_t count() const;
-    /// The value at an index; null outside the list.
+    /// The value at an index; null when out of range.
     const Value& operator[](std::size_t index) const;
     const Value* begin() const;
     const Value* end() const;
@@ -68,9 +68,8 @@ private:
     std::shared_ptr<const std::vector<Value>> values_;
 };
 
-/// A mapping from text to value that keeps the order in which its keys came, or null; null is not the empty mapping.
-/// Copies are references to one mapping, as the kit hands mutable dictionaries around. A key that is a number in the
-/// kit's terms is its decimal text here.
+/// A mapping from text to value in insertion order, or null; null differs from the empty mapping. Copies refer to the
+/// same mapping, since the kit passes mutable dictionaries by reference. Numeric keys are stored as decimal text.
 class NSDictionary
 {
 public:
@@ -79,22 +78,22 @@ public:
     NSDictionary() = default;
     NSDictionary(std::nullptr_t) {}
     NSDictionary(std::initializer_list<Entry> entries);
-    /// A new, empty, mutable dictionary.
+    /// Creates an empty dictionary.
     static NSDictionary dictionary();
 
     explicit operator bool() const { return entries_ != nullptr; }
     std::size_t count() const;
-    /// The value under a key; null when the key or the dictionary is absent.
+    /// The value of a key; null when the key is missing or the dictionary null.
     const Value& objectForKey(std::string_view key) const;
     const Value& operator[](std::string_view key) const { return objectForKey(key); }
     bool contains(std::string_view key) const;
-    /// Stores a value, in the key's place when it is there already. Nothing on a null dictionary.
+    /// Sets a value; an existing key retains its position. No effect on a null dictionary.
     void setObject(Value value, std::string_view key);
     void removeObjectForKey(std::string_view key);
     void removeAllObjects();
-    /// The keys as they stand now, in order. Empty for a null dictionary.
+    /// A snapshot of the keys in order; empty for a null dictionary.
     std::vector<std::string> allKeys() const;
-    /// A new dictionary with the same entries; null for null.
+    /// A shallow copy; null for null.
     NSDictionary copy() const;
     const Entry* begin() const;
     const Entry* end() const;
@@ -104,8 +103,8 @@ private:
 };
 using NSMutableDictionary = NSDictionary;
 
-/// What a record, a button description or a script message holds under a name: null, a boolean, a number, a text, a
-/// list or a mapping. Reading it as another type gives null (or zero): other people's data is never trusted.
+/// A value of a record, a button description or a script message: null, a boolean, a number, a text, a list or a
+/// mapping. Reading it as another type yields null or zero, because the data is untrusted.
 class Value
 {
 public:
@@ -132,47 +131,48 @@ public:
     bool is_array() const { return std::holds_alternative<NSArray>(content_); }
     bool is_dictionary() const { return std::holds_alternative<NSDictionary>(content_); }
 
-    /// The text; null when this is no text.
+    /// The text; null for any other type.
     NSString string() const;
-    /// The text itself; the empty text when this is none.
+    /// The text; empty for any other type.
     const std::string& text() const;
-    /// The whole number; 0 when this is none.
+    /// The integer; 0 for any other type.
     std::int64_t integer() const { return is_integer() ? std::get<std::int64_t>(content_) : 0; }
-    /// The list; null when this is none.
+    /// The list; null for any other type.
     NSArray array() const;
-    /// The mapping; null when this is none.
+    /// The mapping; null for any other type.
     NSDictionary dictionary() const;
-    /// A number, or a text's leading number, as a whole number truncated toward zero; 0 for anything else.
+    /// A number, or a text's leading number, truncated toward zero and clamped to 32 bits; 0 for any other type.
     std::int32_t intValue() const;
-    /// A number in single precision; a text's leading number; 0 for anything else.
+    /// As doubleValue, in single precision; values out of range become infinite.
     float floatValue() const;
+    /// A number, 1 or 0 for a boolean, or a text's leading number; 0 for any other type.
     double doubleValue() const;
-    /// A number that is not 0, or a text that begins with Y, y, T, t or a non-zero number; false for anything else.
+    /// True for a non-zero number, and for a text that begins with Y, y, T, t or a non-zero number.
     bool boolValue() const;
-    /// A number as decimal text, a text as itself; null for anything else.
+    /// A number as its shortest decimal text, a boolean as "1" or "0", a text unchanged; null for any other type.
     NSString stringValue() const;
 
-    /// Structural equality, lists and mappings by content and order.
+    /// Structural equality; lists and mappings by content and order. Values of different types are never equal.
     friend bool operator==(const Value& a, const Value& b);
 
 private:
     std::variant<std::monostate, bool, std::int64_t, double, std::string, NSArray, NSDictionary> content_;
 };
 
-/// A key with its value.
+/// An entry: a key and its value.
 struct NSDictionary::Entry {
     std::string key;
     Value value;
 };
 
-/// Bytes or null. Copies share the bytes; bytes of the program itself are pointed to, not copied.
+/// Bytes, or null. Copies share them; static bytes are referenced, not copied.
 class NSData
 {
 public:
     NSData() = default;
     NSData(std::nullptr_t) {}
     explicit NSData(std::string bytes);
-    /// Bytes that outlive every use of them (the compiled-in images).
+    /// References bytes with static storage duration (the compiled-in images).
     static NSData dataWithBytesNoCopy(const unsigned char* bytes, std::size_t length);
 
     explicit operator bool() const { return bytes_ != nullptr; }
@@ -186,22 +186,22 @@ private:
     std::size_t length_ = 0;
 };
 
-/// An address or null.
+/// An address, or null.
 class NSURL
 {
 public:
     NSURL() = default;
     NSURL(std::nullptr_t) {}
-    /// The address of a text; null for a null or empty text, or one with blanks, controls or a malformed escape, of
-    /// which no address can be made.
+    /// Creates an address; null for a null or empty text and for one with blanks, control characters or a malformed
+    /// escape.
     static NSURL URLWithString(const NSString& text);
     static NSURL fileURLWithPath(const NSString& path);
 
     explicit operator bool() const { return static_cast<bool>(text_); }
     bool is_file() const { return file_; }
-    /// Whether its scheme is http or https.
+    /// Whether the scheme is http or https.
     bool is_web() const;
-    /// The address as text, for a file its path; null when absent.
+    /// The address as text, or the path of a file; null for a null address.
     const NSString& absoluteString() const { return text_; }
 
 private:
@@ -209,12 +209,12 @@ private:
     bool file_ = false;
 };
 
-/// What went wrong, in words for the kit's delegates.
+/// A description of an error, for the kit's delegates; its text is null when there is no error.
 struct NSError {
     NSString text;
 };
 
-/// Percent escapes decoded, as UTF-8; null when an escape is malformed or the outcome is no UTF-8, or the text is null.
+/// Decodes percent escapes. Null for a null text, a malformed escape, or a result that is not valid UTF-8.
 NSString stringByReplacingPercentEscapes(const NSString& text);
 
 } // namespace qoro

@@ -8,28 +8,28 @@ namespace qoro
 class PageScreen;
 class QoroPhoneGapViewController;
 
-/// The kit's host of system sheets: the message composer and the store page.
+/// Hosts the system's sheets: the message composer and the store page.
 class ZulixOpenInAppApplicationViewController : public UIViewController
 {
 public:
     static std::shared_ptr<ZulixOpenInAppApplicationViewController> create();
 
-    /// Who is told when a sheet ends (closeInAppApplication); null for nobody. Held weakly.
+    /// Sets the controller that is notified when a sheet ends (closeInAppApplication); null for none. Held weakly.
     void setParentViewController(const std::shared_ptr<QoroPhoneGapViewController>& parent) { parent_ = parent; }
-    /// Composes a message, in the system's own program for that.
-    /// @param number the address to send to, "tel:" and digits; null for none
+    /// Composes a message in the system's message program.
+    /// @param number the recipient as "tel:" and digits; null for none
     /// @param smsBody the text; null for none
     void sendSmsMsg(const NSString& number, const NSString& smsBody);
-    /// Shows a store page: in the system's own program when there is an address, else in a page over the ad; so too a
-    /// product that is named by its AppStream identifier where no program knows such.
+    /// Shows a store page. With an address the system's store program opens it; otherwise the page is shown over the
+    /// ad, as is a product named by its AppStream identifier when no program handles such addresses.
     /// @param url the store's address, or "appstream:" and an identifier; null for none
-    /// @param downloadId the item; 0 for none
+    /// @param downloadId the item, used when url is null; 0 for none
     void open_store(const NSString& url, std::int32_t downloadId);
-    /// The sheet has ended: who opened it is told.
+    /// Handles the end of a sheet: removes it from the screen and notifies the parent.
     void finished();
-    /// Takes what it shows off the screen, telling nobody.
+    /// Removes its page from the screen without notifying the parent.
     void leave();
-    /// Whether the ad's browser lies over it: the end of a sheet waits until that has closed.
+    /// Sets whether the ad's browser covers it; the end of a sheet is deferred while it does.
     void set_covered(bool covered);
 
 private:
@@ -39,7 +39,7 @@ private:
 
     std::shared_ptr<PageScreen> screen_;
     bool covered_ = false;
-    /// The viewer is back, and something still lies over it.
+    /// The viewer has returned while it was covered.
     bool has_returned_ = false;
     std::weak_ptr<QoroPhoneGapViewController> parent_;
 };

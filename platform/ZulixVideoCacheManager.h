@@ -10,9 +10,9 @@ class ZulixVideoCacheManager
 {
 public:
     static ZulixVideoCacheManager& sharedInstance();
-    /// Whether a complete copy of the address exists. False for null.
+    /// Whether a complete copy of an address exists; false for null.
     bool checkFileExist(const NSString& address) const;
-    /// The copy's path; null when there is none.
+    /// Path of the copy; null without one.
     NSString getFilePathWithUrl(const NSString& address) const;
 };
 
