@@ -75,7 +75,7 @@ std::string shown(const Value& value)
     throw Refusal{where + " is " + shown(value) + ": expected " + expected};
 }
 
-// -------------------------------------------------------------------------------------------------------------- dates
+// -------------------------------------------------------------------------------------------------------------- Dates
 
 /// A date as it is written.
 struct Moment {
@@ -216,7 +216,7 @@ WallTime on_clock(const CalendarClock& clock, const Moment& moment, const std::s
     return moment.wall + (*clock.offset - *moment.offset) * Minute;
 }
 
-// --------------------------------------------------------------------------------------------------- texts and numbers
+// --------------------------------------------------------------------------------------------------- Texts and numbers
 
 /// Line breaks of every kind become line feeds, other control characters but tabs blanks: no reader of what is made of
 /// it must take a part of a text for a line of its own.
@@ -324,7 +324,7 @@ void sort_without_doubles(std::vector<T>& list)
     list.erase(std::unique(list.begin(), list.end()), list.end());
 }
 
-// --------------------------------------------------------------------------------------------------------- recurrence
+// --------------------------------------------------------------------------------------------------------- Recurrence
 
 constexpr std::array Frequencies{
     Word<Frequency>{"daily", Frequency::Daily},
@@ -451,7 +451,7 @@ std::optional<CalendarRecurrence> recurrence_in(const Value& value, const Calend
     return recurrence;
 }
 
-// -------------------------------------------------------------------------------------------------------------- event
+// -------------------------------------------------------------------------------------------------------------- Event
 
 constexpr std::array Statuses{
     Word<CalendarStatus>{"pending", CalendarStatus::Tentative},

@@ -183,7 +183,7 @@ void PageScreen::build()
     close_.setShowsTouchWhenHighlighted(!style_.close_unseen);
 }
 
-// --------------------------------------------------------------------------------------------------------- the device
+// --------------------------------------------------------------------------------------------------------- The device
 
 void PageScreen::observe_turns()
 {
@@ -238,7 +238,7 @@ void PageScreen::lay_out()
     text_.setFrame({Margin + LockWidth, 0, std::max(field - LockWidth - 3 * Margin, 0.0), FieldHeight});
 }
 
-// ----------------------------------------------------------------------------------------------------------- the page
+// ----------------------------------------------------------------------------------------------------------- The page
 
 void PageScreen::show_address(const NSURL& address)
 {
@@ -358,7 +358,7 @@ void PageScreen::update()
     progress_.setFrame({0, top, upright_.bounds().width * share, ProgressHeight});
 }
 
-// --------------------------------------------------------------------------------------------------------- the viewer
+// --------------------------------------------------------------------------------------------------------- The viewer
 
 void PageScreen::go_back()
 {

@@ -98,7 +98,7 @@ void QoroPhoneGapViewController::setQoroMoviePlayer(const MPMoviePlayerControlle
     qoroMoviePlayer = player;
 }
 
-// --------------------------------------------------------------------------------------------------------- the script
+// --------------------------------------------------------------------------------------------------------- The script
 
 void QoroPhoneGapViewController::addEventListener(const NSString& name, const Value& EventId,
                                                   const Value& successCallBack)
@@ -273,7 +273,7 @@ void QoroPhoneGapViewController::MRAIDCreateCalendarEvent(const Value& event)
         mraid_->tell_error(why, "createCalendarEvent");
 }
 
-// ------------------------------------------------------------------------------------------------------- the web view
+// ------------------------------------------------------------------------------------------------------- The web view
 
 /// The page that the ad brought may load, and move within itself; where else it leads, by itself or by a followed link,
 /// goes through the kit's own ways out (the action buttons, the in-app browser) or not at all.
@@ -410,7 +410,7 @@ void QoroPhoneGapViewController::populateView()
     viewBackground.setFrame({0, 0, screen.width, screen.height});
 }
 
-// ---------------------------------------------------------------------------------------------- device and appearance
+// ---------------------------------------------------------------------------------------------- Device and appearance
 
 std::int64_t QoroPhoneGapViewController::getDeviceOriengation() const
 {
@@ -478,7 +478,7 @@ void QoroPhoneGapViewController::stopProgressbar()
     progressbar_ = nullptr;
 }
 
-// ----------------------------------------------------------------------------------------------------- running the ad
+// ----------------------------------------------------------------------------------------------------- Running the ad
 
 void QoroPhoneGapViewController::presentViewController(const std::shared_ptr<UIViewController>& controller,
                                                        bool animated, std::function<void()> completion)

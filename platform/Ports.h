@@ -22,7 +22,7 @@ namespace qoro
 
 class Platform;
 
-// ---------------------------------------------------------------------------------------------------------- time
+// ---------------------------------------------------------------------------------------------------------- Time
 
 using TimerId = std::uint64_t;
 
@@ -46,7 +46,7 @@ public:
     virtual void post(std::function<void()> work) = 0;
 };
 
-// ---------------------------------------------------------------------------------------------------------- video
+// ---------------------------------------------------------------------------------------------------------- Video
 
 /// MPMovieLoadState: bit flags.
 inline constexpr int MPMovieLoadStatePlayable = 1;
@@ -166,7 +166,7 @@ public:
     virtual bool has_slider() const = 0;
 };
 
-// ----------------------------------------------------------------------------------------------------------- page
+// ----------------------------------------------------------------------------------------------------------- Page
 
 /// A message from the page's script: a command name and its arguments.
 struct ScriptMessage {
@@ -281,7 +281,7 @@ public:
     virtual std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) = 0;
 };
 
-// -------------------------------------------------------------------------------------------------------- network
+// -------------------------------------------------------------------------------------------------------- Network
 
 /// The result of a fetch.
 struct FetchAnswer {
@@ -312,7 +312,7 @@ public:
     virtual FetchAnswer fetch_now(const std::string& address) = 0;
 };
 
-// ---------------------------------------------------------------------------------------------- text and pictures
+// ---------------------------------------------------------------------------------------------- Text and pictures
 
 /// A font by family and size in points.
 struct FontSpec {
@@ -345,7 +345,7 @@ public:
     virtual std::shared_ptr<const DecodedImage> decode(const NSData& bytes) = 0;
 };
 
-// --------------------------------------------------------------------------------------------------------- device
+// --------------------------------------------------------------------------------------------------------- Device
 
 /// Device properties that are constant during a session.
 struct DeviceFacts {
@@ -418,7 +418,7 @@ public:
     virtual NSString add(const CalendarEvent& event) = 0;
 };
 
-// -------------------------------------------------------------------------------------------------------- display
+// -------------------------------------------------------------------------------------------------------- Display
 
 /// Draws the view tree.
 class Display

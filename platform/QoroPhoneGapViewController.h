@@ -81,7 +81,7 @@ public:
     /// Initialises the controller. Null on failure; the controller must not be used then.
     virtual QoroPhoneGapViewController* init();
 
-    // -------------------------------------------------------------------------------------------- fields: the ad
+    // -------------------------------------------------------------------------------------------- Fields: the ad
 
     /// The ad description; null before an ad is opened.
     std::shared_ptr<QoroVideoAd> qoroVideoAdInfo;
@@ -94,7 +94,7 @@ public:
     /// Vertical position at which the ad was opened, in points.
     float fDefaultPosY = 0;
 
-    // ------------------------------------------------------------------------------------------ fields: the video
+    // ------------------------------------------------------------------------------------------ Fields: the video
 
     /// The movie player. Set with setQoroMoviePlayer, which reports its loss to the witness.
     MPMoviePlayerController qoroMoviePlayer;
@@ -102,7 +102,7 @@ public:
     bool bIsFullScreen = false;
     bool bIsVideoViewController = false;
 
-    // ---------------------------------------------------------------------------------- fields: windows and views
+    // ---------------------------------------------------------------------------------- Fields: windows and views
 
     UIWindow windowDefaultWindow;
     UIWindow windowTempWindow;
@@ -116,7 +116,7 @@ public:
     bool bIsUseCustomClose = false;
     bool bIsUseProgressbar = false;
 
-    // ---------------------------------------------------------------------------- fields: delegates and the script
+    // ---------------------------------------------------------------------------- Fields: delegates and the script
 
     std::weak_ptr<QoroAdDelegate> qoroDelegate;
     std::weak_ptr<QoroAdDelegate> interstitialDelegate;
@@ -126,7 +126,7 @@ public:
     /// The script handles the close button's taps.
     bool bIsClickCloseButton = false;
 
-    // ---------------------------------------------------------------------------------------- fields: orientation
+    // ---------------------------------------------------------------------------------------- Fields: orientation
 
     bool bCanOrientation = false;
     bool bIsLockOneSide = false;
@@ -137,14 +137,14 @@ public:
     /// UIInterfaceOrientation values that the host allows.
     std::vector<std::int64_t> allowedInterfaceOrientations{UIInterfaceOrientationPortrait};
 
-    // ------------------------------------------------------------------------------------------ fields: identities
+    // ------------------------------------------------------------------------------------------ Fields: identities
 
     double dSessionId = 0;
     std::int32_t iSeqNo = 0;
     /// The kit's cookie identifier; null when there is none.
     NSString strCookieGuid;
 
-    // ------------------------------------------------------------------------------------------------- the script
+    // ------------------------------------------------------------------------------------------------- The script
 
     /// The web view; null until the view is loaded.
     const UIWebView& webView() const { return webView_; }
@@ -186,7 +186,7 @@ public:
     /// to the page as an error event.
     virtual void MRAIDCreateCalendarEvent(const Value& event);
 
-    // ------------------------------------------------------------------------------------------------ the web view
+    // ------------------------------------------------------------------------------------------------ The web view
 
     virtual bool webView(const UIWebView& webView, const NSURL& shouldStartLoadWithRequest,
                          std::int64_t navigationType);
@@ -197,7 +197,7 @@ public:
     /// Reports a failure to the ad's delegates. No effect in the base class, which has none.
     virtual void failAdRequest(const NSError& error);
 
-    // ---------------------------------------------------------------------------------------- device and appearance
+    // ---------------------------------------------------------------------------------------- Device and appearance
 
     std::int64_t getDeviceOriengation() const;
     /// Size of the screen in its current orientation, in points: the long edge is the width while the device or the
@@ -214,7 +214,7 @@ public:
     void showProgressbarPosX(int x, int showPosY, const UIView& addOn);
     void stopProgressbar();
 
-    // ----------------------------------------------------------------------------------------------- running the ad
+    // ----------------------------------------------------------------------------------------------- Running the ad
 
     /// Also reports a presented store page to the witness.
     void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,

@@ -8,8 +8,8 @@ namespace qoro
 namespace
 {
 
-/// Whether two images show the same: they were decoded from the same bytes (the compiled-in images are decoded anew
-/// each time that a control is given one).
+/// Whether two images were decoded from the same bytes. Compared by bytes because the compiled-in images are decoded
+/// anew for every assignment.
 bool same_picture(const UIImage& a, const UIImage& b)
 {
     if (!a || !b)
@@ -93,7 +93,7 @@ const std::vector<Action>& UIButton::targets() const
 
 void UIButton::sendTouchUpInside() const
 {
-    // Copies: a target may change the targets, and end whoever holds this handle.
+    // Copies: a target may change the list of targets and destroy the owner of this handle.
     const UIButton button = *this;
     const std::vector<Action> run = targets();
     Cause cause;
@@ -196,7 +196,7 @@ UIImage UIImageView::image() const
     return read(node_, &ViewNode::image);
 }
 
-// ------------------------------------------------------------------------------------------------- the output volume
+// ----------------------------------------------------------------------------------------------------- Output volume
 
 float UISlider::value() const
 {

@@ -132,7 +132,7 @@ void UILabel::sizeToFit() const
 {
     if (!node_)
         return;
-    // Beyond any screen, and still small enough for a text engine's whole numbers.
+    // Larger than any screen, yet within the integer range of text engines.
     constexpr CGSize unbounded{1e6, 1e6};
     const CGSize size = node_->platform.text().measure(node_->text, node_->font, unbounded);
     const CGSize extents = turned_extents(size, node_->angle);

@@ -5,13 +5,14 @@
 namespace qoro
 {
 
-/// How the device's screen is turned to its viewer, clockwise, so that what is turned the other way on it stands
-/// upright.
-/// @param device_orientation UIDeviceOrientation; a device that lies flat, or is held nobody knows how, stays as it was
+/// Rotation of the device's screen relative to the viewer, in radians, clockwise. Content rotated by the negative angle
+/// appears upright.
+/// @param device_orientation UIDeviceOrientation; with the device flat or its orientation unknown, the previous
+///                           rotation is returned
 /// @param bar_orientation UIInterfaceOrientation
-/// @param screen the screen's own size; one that is wider than high belongs to a host in landscape: its coordinates
-///               have turned with the interface already, all but the half turn between the two landscape sides
-/// @param before the turn so far
+/// @param screen size of the screen in points. One wider than high belongs to a host in landscape: its coordinates have
+///               already rotated with the interface, except for the half turn between the two landscape orientations
+/// @param before the previous rotation
 double held_turn(int device_orientation, int bar_orientation, CGSize screen, double before);
 
 } // namespace qoro

@@ -18,11 +18,11 @@ bool inside(const CGRect& rect, CGPoint point)
     return point.x >= rect.x && point.x < rect.x + rect.width && point.y >= rect.y && point.y < rect.y + rect.height;
 }
 
-/// A point of the parent's in the view's own coordinates; nothing when the view does not hold it.
+/// Converts a point from the parent's coordinates to the view's; absent when it is outside the view.
 std::optional<CGPoint> held_point(const ViewNode& view, CGPoint point)
 {
     const CGRect& frame = view.frame;
-    // At whole quarter turns the frame's own edges decide: no rounding comes between it and its neighbours.
+    // At quarter turns test against the frame itself, so that rounding opens no gap between neighbouring views.
     if (is_whole_turn(view.angle)) {
         if (!inside(frame, point))
             return {};
@@ -50,7 +50,7 @@ std::optional<CGPoint> point_in_window(const ViewNode& window, CGPoint point)
     return fills_screen(window) ? point : held_point(window, point);
 }
 
-/// @param own the point in the view's own coordinates; absent when the view does not hold it
+/// @param own the point in the view's coordinates; absent when it is outside the view
 std::shared_ptr<ViewNode> reached(const std::shared_ptr<ViewNode>& view, std::optional<CGPoint> own)
 {
     if (!own || view->hidden || view->alpha < LeastAlphaForTouch || !view->takes_touches)
@@ -74,7 +74,8 @@ std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point)
 
 std::optional<CGPoint> touchable_point(const ViewNode& view)
 {
-    // Of the view's extents, from its middle: a control may be covered in part, by another that lies in its middle.
+    // Offsets from the centre, as fractions of the view's size. The centre alone does not suffice: another control may
+    // cover it.
     constexpr std::array<double, 3> Shares{0, -0.35, 0.35};
     const Placement place = placement_on_screen(view);
     const std::optional<CGSize> screen = view.platform.device().facts().screen;

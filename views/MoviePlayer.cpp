@@ -10,15 +10,15 @@ namespace qoro
 namespace
 {
 
-/// One byte a player, kept as long as the platform: an observer may outlive the player that it was registered for, and
-/// must not hear a later one that memory happens to put in its place.
+/// Allocates one byte per player and retains it for the platform's lifetime, so that an identity is never reused: an
+/// observer may outlive its player and must not receive the notifications of a later one at the same address.
 struct PlayerIdentities {
     std::deque<char> taken;
 };
 
 } // namespace
 
-/// The player behind the handles: it owns the engine and the view, and passes the engine's news on as notifications.
+/// The shared state of the handles: owns the engine and the view, and posts the engine's reports as notifications.
 struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared_from_this<State> {
     Platform& platform;
     const void* const identity;
@@ -27,7 +27,7 @@ struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared
     PlayerSettings settings;
     std::unique_ptr<PlayerEngine> engine;
     std::size_t seeks = 0;
-    /// No handle is left; only a report of the engine's is still coming to its end.
+    /// The last handle is gone, and destruction is posted to follow the engine's current report.
     bool let_go = false;
 
     State(Platform& on_platform, const NSURL& of_source)
@@ -54,7 +54,8 @@ struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared
         platform.dispatch([&] { platform.shared<NSNotificationCenter>().deliver(name, identity, info); });
         if (held.use_count() > 1)
             return;
-        // An observer dropped the player. The engine still stands in its report, so it goes in an event of its own.
+        // An observer released the last handle. The engine is still inside its report, so it is destroyed in a later
+        // event.
         let_go = true;
         video->player = nullptr;
         platform.loop().post([gone = std::move(held)] {});

@@ -7,14 +7,14 @@
 namespace qoro
 {
 
-/// What a handle reads of its node; zero for a null handle.
+/// Reads a node's member; a value-initialised T for a null node.
 template <typename T>
 T read(const std::shared_ptr<ViewNode>& node, T ViewNode::*member)
 {
     return node ? (*node).*member : T();
 }
 
-/// What a handle sets in its node: nothing for a null handle, and an equal value is no change.
+/// Sets a node's member and reports the change. No effect for a null node or an equal value.
 template <typename T>
 void assign(const std::shared_ptr<ViewNode>& node, T ViewNode::*member, const std::type_identity_t<T>& value)
 {

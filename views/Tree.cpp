@@ -21,7 +21,7 @@ bool stands_in_or_is(const ViewNode* view, const ViewNode* ancestor)
     return view == ancestor;
 }
 
-/// Where a view goes that is added on top: below what is presented, unless it is that itself.
+/// Insertion position of a view added on top: below presented views, unless it is presented itself.
 std::vector<std::shared_ptr<ViewNode>>::iterator top_for(const ViewNode& added, ViewNode& parent)
 {
     auto top = parent.subviews.end();
@@ -30,7 +30,7 @@ std::vector<std::shared_ptr<ViewNode>>::iterator top_for(const ViewNode& added, 
     return top;
 }
 
-/// Takes a view out of its parent, which may be what held it: the caller holds it.
+/// Removes a view from its parent. The caller must hold a reference: the parent may have held the last one.
 void detach(ViewNode& view)
 {
     ViewNode* parent = std::exchange(view.parent, nullptr);
@@ -52,7 +52,7 @@ ViewNode::~ViewNode()
 {
     for (const auto& subview : subviews)
         subview->parent = nullptr;
-    // Any other view leaves the screen with a change of its parent.
+    // Any other view leaves the screen through a change of its parent, which is reported there.
     if (kind == Kind::Window && !hidden)
         platform.views_changed();
 }
@@ -68,7 +68,7 @@ UIView UIView::create()
     return UIView(std::make_shared<ViewNode>(ViewNode::Kind::View));
 }
 
-// -------------------------------------------------------------------------------------------------------- appearance
+// -------------------------------------------------------------------------------------------------------- Appearance
 
 bool UIView::isHidden() const
 {
@@ -150,7 +150,7 @@ void UIView::setAccessibilityLabel(const NSString& label) const
     assign(node_, &ViewNode::accessibility_label, label);
 }
 
-// -------------------------------------------------------------------------------------------------------------- tree
+// --------------------------------------------------------------------------------------------------------- Hierarchy
 
 UIView UIView::superview() const
 {
@@ -170,7 +170,7 @@ std::vector<UIView> UIView::subviews() const
 
 void UIView::addSubview(const UIView& child) const
 {
-    // A copy: the parent that lets the child go may hold the handle that was given.
+    // A copy: the handle passed in may be owned by the old parent, which releases the child.
     const std::shared_ptr<ViewNode> added = child.node_;
     if (!node_ || !added || stands_in_or_is(node_.get(), added.get()))
         return;

@@ -5,15 +5,15 @@
 namespace qoro
 {
 
-// Turns of points and sizes. Whole quarter turns are exact.
+// Rotations of vectors and sizes by radians. Multiples of a quarter turn are exact.
 
-/// Whether an angle is a whole number of quarter turns.
+/// Whether an angle in [−π, π] is a multiple of a quarter turn.
 bool is_whole_turn(double angle);
 
-/// A vector turned clockwise on the screen by an angle.
+/// Rotates a vector by an angle, clockwise on the screen.
 CGPoint turned(CGPoint vector, double angle);
 
-/// The extents of the smallest upright rectangle that holds a rectangle turned by an angle, whichever way.
+/// Size of the bounding rectangle of a rectangle rotated by an angle.
 CGSize turned_extents(CGSize size, double angle);
 
 } // namespace qoro

@@ -46,7 +46,7 @@ void UIViewController::presentViewController(const std::shared_ptr<UIViewControl
 
 void UIViewController::dismissViewController(bool, std::function<void()> completion)
 {
-    // The presenter may be all that holds this controller.
+    // The presenter may hold the last reference to this controller.
     const std::shared_ptr<Object> held = weak_from_this().lock();
     const std::shared_ptr<UIViewController> presenter = presenter_.lock();
     if (presenting_)
@@ -65,7 +65,7 @@ void UIViewController::end_presentation()
     end_presentation_of(ended->view());
 }
 
-// A controller stands in no parent controller here, and nothing follows a turn of the interface by itself.
+// Parent controllers are not modelled, and no controller reacts to interface rotation by default.
 void UIViewController::removeFromParentViewController()
 {
 }

@@ -14,11 +14,11 @@
 namespace qoro
 {
 
-/// A drawing in lines, crisp at every scale.
+/// A vector symbol, drawn by the display at any scale.
 enum class Symbol : std::uint8_t { None, Close, CloseOnDisc, Back, Forward, Reload, Lock, OpenLock };
 
-/// One view of the tree: what every view has, and what its kind adds. No display knows more than this, and nothing here
-/// knows a display. A parent holds its subviews; a view that nothing holds is gone.
+/// A view in the tree: the state common to all views, and that of each kind. The complete interface between views and
+/// displays; views do not depend on a display. A parent owns its subviews; a view without an owner is destroyed.
 struct ViewNode : std::enable_shared_from_this<ViewNode> {
     enum class Kind { View, Button, Label, ImageView, Window, Slider, VolumeView, WebView, Video, CountDown, Spinner };
 
@@ -28,28 +28,29 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     ViewNode& operator=(const ViewNode&) = delete;
 
     const Kind kind;
-    /// The platform that it was made on.
+    /// The platform that was current at creation.
     Platform& platform;
-    /// Distinct for every view of a platform, in the order of their making.
+    /// Unique per platform, in order of creation.
     const std::uint64_t serial;
-    /// Grows with every change of this view itself (its subviews' own changes apart); a display compares it.
+    /// Incremented by every change of the view itself, but not of its subviews. A display compares it to detect
+    /// changes.
     std::uint64_t revision = 1;
 
-    // ------------------------------------------------------------------------------------------------- geometry
+    // ------------------------------------------------------------------------------------------------- Geometry
 
     CGSize bounds;
     CGPoint center;
-    /// Radians in (−π, π]; clockwise.
+    /// Radians in (−π, π], clockwise.
     double angle = 0;
-    /// What reading the frame gives: at whole quarter turns exactly what was set, as long as nothing else moved the
-    /// view.
+    /// The frame in the parent's coordinates. At quarter turns it is exactly the frame that was set, until another
+    /// setter moves the view.
     CGRect frame;
-    /// It is as large as its parent, and stays so; a window that fills the screen leaves it as it is.
+    /// The view takes the size of its parent and follows it, unless the parent is a window that fills the screen.
     bool fills_parent = false;
-    /// Called when the size has changed; may be empty.
+    /// Called after a change of the size; may be empty.
     std::function<void()> on_resize;
 
-    // ----------------------------------------------------------------------------------------------- appearance
+    // ----------------------------------------------------------------------------------------------- Appearance
 
     bool hidden = false;
     double alpha = 1;
@@ -59,27 +60,27 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     double corner_radius = 0;
     int autoresizing_mask = 0;
     int content_mode = 0;
-    /// What it is called for whoever can't see it; null where its look says it.
+    /// Accessible name; null derives it from the picture or action.
     NSString accessibility_label;
-    /// Whether touches reach it. Labels, image views, spinners and the countdown take none by default.
+    /// Whether it receives touches. Off by default for labels, image views, spinners and the countdown.
     bool takes_touches = true;
 
-    // ------------------------------------------------------------------------------------------------------ tree
+    // ------------------------------------------------------------------------------------------------- Hierarchy
 
     ViewNode* parent = nullptr;
-    /// Presented: it stays above those of its siblings that are not, whichever came later.
+    /// Presented: stays above siblings that are not, regardless of the order of addition.
     bool stays_on_top = false;
-    /// From the lowest to the topmost.
+    /// From bottom to top.
     std::vector<std::shared_ptr<ViewNode>> subviews;
 
-    // ------------------------------------------------------------------------------------- what the kinds add
+    // ------------------------------------------------------------------------------------- State of each kind
 
-    /// Buttons and labels; null when none was set.
+    /// Buttons and labels; null when not set.
     NSString text;
     UIImage image;              // image views, and the background of buttons
     FontSpec font;              // labels
-    UIColor text_color;         // labels, and the symbols of the others
-    Symbol symbol{};            // buttons and image views; in the middle
+    UIColor text_color;         // labels; elsewhere the symbol's colour
+    Symbol symbol{};            // buttons and image views; centred
     UIColor text_shadow_color;  // labels
     CGSize text_shadow_offset;  // labels
     int line_break_mode = 0;    // labels
@@ -88,83 +89,84 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     bool highlighted = false;   // labels
     UIColor title_shadow_color; // buttons
     bool shows_touch = false;   // buttons
-    /// Buttons: the label that draws the title. It stands in no parent.
+    /// Buttons: the label that draws the title. It has no parent.
     std::shared_ptr<ViewNode> title_label;
     std::vector<Action> targets; // buttons
 
     double window_level = 0;                       // windows
     bool key_window = false;                       // windows
-    std::uint64_t shown_serial = 0;                // windows: grows with each makeKeyAndVisible on the platform
+    std::uint64_t shown_serial = 0;                // windows: order of the last makeKeyAndVisible on the platform
     std::shared_ptr<UIViewController> window_root; // windows
 
-    double seconds_full = 0; // countdown: what a full ring stands for
-    double seconds = 0;      // countdown: what it shows
-    double ring_width = 0;   // countdown: points
+    double seconds_full = 0; // countdown: seconds of a full ring
+    double seconds = 0;      // countdown: seconds shown
+    double ring_width = 0;   // countdown: line width in points
 
     bool shows_volume_slider = true; // volume views
     bool shows_route_button = true;  // volume views
     std::unique_ptr<WebEngine> web;  // web views
     bool scales_page_to_fit = false; // web views
-    /// Web views: when the viewer last touched the page, in seconds of the main loop; absent when nobody has, or the
-    /// page has made use of it.
+    /// Web views: time of the viewer's last touch of the page, in seconds of the main loop; absent before the first
+    /// touch, or when the page has consumed it.
     std::optional<double> page_touched;
-    /// Video views: the engine whose picture is shown, owned by the player, which outlives or clears it; and how.
+    /// Video views: the engine that supplies the picture. Owned by the player, which clears the pointer before
+    /// destroying it. Null without a player.
     PlayerEngine* player = nullptr;
     int scaling_mode = MPMovieScalingModeAspectFit;
 
-    /// Says that something to be seen has changed.
+    /// Increments revision and reports a visible change.
     void changed();
 };
 
 /// The windows of a platform.
 struct WindowList {
-    std::vector<std::weak_ptr<ViewNode>> windows; // in the order of their making
+    std::vector<std::weak_ptr<ViewNode>> windows; // in order of creation
     std::uint64_t next_shown_serial = 1;
     std::uint64_t next_view_serial = 1;
 
-    /// Those that something still holds, oldest first.
+    /// All windows that still exist, in order of creation.
     std::vector<std::shared_ptr<ViewNode>> all();
-    /// Those that are not hidden, from the lowest to the topmost: by level, then by the last makeKeyAndVisible.
+    /// The windows that are not hidden, from bottom to top: by level, then by the last makeKeyAndVisible.
     std::vector<std::shared_ptr<ViewNode>> visible_from_below();
 };
 
-/// Position and rotation of a view on the screen: where its bounds' top left corner lies, turned by an angle.
+/// Position and rotation of a view on the screen.
 struct Placement {
-    /// The middle of the view in screen points.
+    /// Centre of the view, in screen points.
     CGPoint center;
     CGSize bounds;
-    /// Radians, clockwise, summed over its parents, in (−π, π].
+    /// Sum of its own and its ancestors' angles: radians in (−π, π], clockwise.
     double angle = 0;
 };
 
-/// Where a view stands on the screen, its window's own place included; for a view in no window, in its topmost parent's
-/// surroundings.
+/// Placement of a view on the screen, including its window's position. For a view outside any window it is relative to
+/// the coordinates that its topmost ancestor is placed in.
 Placement placement_on_screen(const ViewNode& view);
 
-/// What a finger at a point of the screen reaches: the topmost view, by the rules of touch; null when nothing does. A
-/// web view takes what its own subviews do not.
+/// The view that receives a touch at a point of the screen; null without one. A web view receives touches that its
+/// subviews do not.
 std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point);
 
-/// A point of the screen at which a finger reaches a view; absent where it reaches it nowhere: it is hidden, covered,
-/// away from the screen, or takes no touches. What is covered but for a sliver counts as covered.
+/// A point of the screen at which a touch reaches the view. Absent when the view is hidden, covered, off screen or
+/// takes no touches. Only a few points are sampled, so a view that is covered except for a sliver counts as covered.
 std::optional<CGPoint> touchable_point(const ViewNode& view);
 
-/// Whether a window is as large as the screen because nobody ever said how large it is.
+/// Whether a window fills the screen because it was never given a frame.
 inline bool fills_screen(const ViewNode& window)
 {
     return window.bounds == CGSize{} && window.center == CGPoint{};
 }
 
-/// Gives a view that fills its parent the size that it is to have now.
+/// Resizes a view with fills_parent to its parent's current size.
 void fill_parent(ViewNode& view);
 
-/// Presents a view: over everything in the window that another view stands in. Nothing while that stands in none.
+/// Presents a view above everything in the presenter's window. No effect when the presenter is in no window.
 void present_over(const UIView& view, const UIView& presenter);
-/// Takes a presented view off the screen.
+/// Removes a presented view from the screen.
 void end_presentation_of(const UIView& view);
 
-/// A touch and release at a point of the screen: a button's targets run, a page is touched. Tells what was reached;
-/// null for nothing.
+/// Delivers a touch and release at a point of the screen: runs a button's targets, or records a touch of the page.
+/// @return the view touched; null without one
 std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point);
 
 } // namespace qoro

@@ -77,7 +77,7 @@ void UIWindow::setRootViewController(const std::shared_ptr<UIViewController>& co
 {
     if (!node_)
         return;
-    // Held to the end: its going may end whoever holds this handle.
+    // Held until the end: releasing the previous controller may destroy the owner of this handle.
     const std::shared_ptr<ViewNode> window = node_;
     const std::shared_ptr<UIViewController> before = std::exchange(window->window_root, controller);
     if (controller && controller->view().superview() != UIView(window))
