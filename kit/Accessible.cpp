@@ -17,7 +17,7 @@ namespace
 
 using namespace screen_texts;
 
-/// What a control says that bears one of the program's own pictures.
+/// Accessible name and state of a control that shows one of the compiled-in pictures.
 struct PictureMeaning {
     std::string_view picture;
     const char* name;
@@ -38,7 +38,7 @@ constexpr auto PictureMeanings = std::to_array<PictureMeaning>({
     {"arrayShowVideo", ShowVideo, {}},
 });
 
-/// What a control does that shows nothing of its own, or a picture that the ad brought.
+/// Accessible name by action, for a control that shows nothing or a picture supplied by the ad.
 struct ActionMeaning {
     std::string_view action;
     const char* name;
@@ -55,7 +55,7 @@ std::string translated(const ViewNode& view, const char* text)
     return view.platform.translation().translate(text);
 }
 
-/// An empty text says nothing.
+/// The view's label, or else its text. An empty label counts as absent.
 std::string own_words(const ViewNode& view)
 {
     const NSString& label = view.accessibility_label;
@@ -125,7 +125,7 @@ Accessible accessible(const ViewNode& view)
         return named(view, Role::Wait, Loading);
     case ViewNode::Kind::View:
     case ViewNode::Kind::Window:
-    case ViewNode::Kind::Slider: // out of sight: the device's own keys change the volume
+    case ViewNode::Kind::Slider: // never visible: the device's keys change the volume
     case ViewNode::Kind::VolumeView:
         break;
     }

@@ -9,32 +9,32 @@ namespace qoro
 
 struct ViewNode;
 
-/// What a view is to a viewer who can't see it.
+/// The accessible properties of a view.
 struct Accessible {
     enum class Role : std::uint8_t {
-        /// Nothing: a background, a strip, a picture that only adorns.
+        /// Not exposed: a background, a strip, a decorative picture.
         None,
         Button,
         Text,
         Image,
         Video,
         Page,
-        /// Time that runs down.
+        /// A countdown.
         Timer,
-        /// Something that is being waited for.
+        /// A progress indicator.
         Wait,
     };
 
     Role role = Role::None;
-    /// In the viewer's language, but for what the ad brought.
+    /// The accessible name: translated, unless the ad supplied it. May be empty.
     std::string name = {};
-    /// Whether a control that is on or off is on; absent for any other.
+    /// State of a toggle; absent for any other view.
     std::optional<bool> on = {};
-    /// Whether it can be used now; what nobody uses can.
+    /// False for a control that is disabled at present.
     bool usable = true;
 };
 
-/// Asks a view: its own label, its text, or else what its picture or its action stand for.
+/// Derives the properties of a view. The name is its label, its text, or else the meaning of its picture or action.
 Accessible accessible(const ViewNode& view);
 
 } // namespace qoro

@@ -18,13 +18,13 @@ using Frequency = CalendarRecurrence::Frequency;
 
 constexpr WallTime Minute = 60;
 constexpr WallTime Day = 86'400;
-// Four digits, whatever a day more or an offset makes of it.
+// Within these years a date retains four digits after adding a day or an offset.
 constexpr int FirstYear = 1900;
 constexpr int LastYear = 9998;
-// Offsets that there are on earth, in minutes.
+// Range of the UTC offsets in use, in minutes.
 constexpr int FurthestWest = -12 * 60;
 constexpr int FurthestEast = 14 * 60;
-// What a page may say, in bytes, entries, days.
+// Limits on a page's data, in bytes, entries and days.
 constexpr std::size_t LongestLine = 1024;
 constexpr std::size_t LongestDescription = 8192;
 constexpr std::size_t LongestZone = 64;
@@ -36,12 +36,12 @@ constexpr WallTime EarliestReminder = 366 * Day;
 constexpr const char* ADate = "a date that there is, such as 2027-03-24 or 2027-03-24T09:00-08:00";
 constexpr const char* AReminder = "milliseconds before the start, such as -3600000, or a date";
 
-/// Why an event can't be read; caught in read_calendar_event alone.
+/// Thrown with the reason when an event is invalid; caught only by read_calendar_event.
 struct Refusal {
     std::string text;
 };
 
-/// Cut within a character never.
+/// Truncates a text, never inside a UTF-8 character.
 std::string cut(const std::string& text, std::size_t longest)
 {
     if (text.size() <= longest)
@@ -66,7 +66,7 @@ std::string shown(const Value& value)
         return value.stringValue().text();
     std::string text = cut(value.text(), LongestShown);
     std::ranges::replace_if(
-        text, [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' '); // it is one line
+        text, [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' '); // keeps the message on one line
     return '"' + text + '"';
 }
 
@@ -77,23 +77,23 @@ std::string shown(const Value& value)
 
 // -------------------------------------------------------------------------------------------------------------- Dates
 
-/// A date as it is written.
+/// A date as the page wrote it.
 struct Moment {
     WallTime wall = 0;
-    /// Without a time of day.
+    /// A date without a time of day.
     bool is_day = false;
-    /// Minutes ahead of UTC; absent when nothing was said.
+    /// Minutes ahead of UTC; absent when not given.
     std::optional<int> offset = {};
 };
 
-/// Takes a text apart from its front.
+/// Consumes a text from the front.
 class Reader
 {
 public:
     explicit Reader(std::string_view text) : text_(text) {}
 
     bool at_end() const { return text_.empty(); }
-    /// A number of exactly so many digits, within bounds.
+    /// Consumes a number of exactly this many digits; absent when it is malformed or out of bounds.
     std::optional<int> number(std::size_t digits, int lowest, int highest)
     {
         int read = 0;
@@ -107,7 +107,7 @@ public:
             return std::nullopt;
         return read;
     }
-    /// Any one of some letters, which is taken; 0 when none of them is next.
+    /// Consumes one of the given characters and returns it; returns 0 when the next character is another.
     char one_of(std::string_view letters)
     {
         if (text_.empty() || letters.find(text_.front()) == std::string_view::npos)
@@ -126,7 +126,7 @@ private:
     std::string_view text_;
 };
 
-/// Minutes ahead of UTC: "Z", "+01:00", "-0800".
+/// Parses a UTC offset, "Z", "+01:00" or "-0800", to minutes ahead of UTC.
 std::optional<int> read_offset(Reader& text)
 {
     const char sign = text.one_of("Z+-");
@@ -141,7 +141,7 @@ std::optional<int> read_offset(Reader& text)
     return offset < FurthestWest || offset > FurthestEast ? std::nullopt : std::optional(offset);
 }
 
-/// Seconds since midnight of "09:00", "09:00:30", "09:00:30.25"; a fraction is dropped.
+/// Parses a time of day, "09:00", "09:00:30" or "09:00:30.25", to seconds since midnight; drops the fraction.
 std::optional<WallTime> read_time_of_day(Reader& text)
 {
     const auto hour = text.number(2, 0, 23);
@@ -206,7 +206,7 @@ Moment moment_in(const std::string& where, const Value& value)
     return *moment;
 }
 
-/// What the event's own clock shows at a moment.
+/// Converts a moment to the event's clock.
 WallTime on_clock(const CalendarClock& clock, const Moment& moment, const std::string& where, const Value& value)
 {
     if (!moment.offset)
@@ -218,8 +218,8 @@ WallTime on_clock(const CalendarClock& clock, const Moment& moment, const std::s
 
 // --------------------------------------------------------------------------------------------------- Texts and numbers
 
-/// Line breaks of every kind become line feeds, other control characters but tabs blanks: no reader of what is made of
-/// it must take a part of a text for a line of its own.
+/// Replaces every kind of line break with a line feed and every other control character except tabs with a blank, so
+/// that no consumer of the output mistakes a part of a text for a line of its own.
 std::string without_controls(std::string_view text)
 {
     struct Break {
@@ -247,7 +247,7 @@ std::string without_controls(std::string_view text)
     return clean;
 }
 
-/// A text without what it begins and ends with in blanks; null when there is none.
+/// Reads a text and trims blanks at both ends; null when it is missing or blank.
 NSString text_in(const NSDictionary& record, const std::string& name, std::size_t longest)
 {
     const Value& value = record[name];
@@ -265,7 +265,7 @@ NSString text_in(const NSDictionary& record, const std::string& name, std::size_
     return text.substr(first, text.find_last_not_of(" \t\n") - first + 1);
 }
 
-/// Absent for anything but a whole number within bounds.
+/// A whole number within bounds; absent for anything else.
 std::optional<int> whole_number(const Value& value, int lowest, int highest)
 {
     double number = 0;
@@ -280,7 +280,7 @@ std::optional<int> whole_number(const Value& value, int lowest, int highest)
     return static_cast<int>(number);
 }
 
-/// One of a few words.
+/// A keyword and its meaning.
 template <typename T>
 struct Word {
     std::string_view word;
@@ -303,7 +303,7 @@ T word_in(const std::string& where, const Value& value, const std::array<Word<T>
     refuse(where, value, expected);
 }
 
-/// A list that is no longer than one may be; null when there is none.
+/// Reads a list of limited length; null when it is missing.
 NSArray list_in(const NSDictionary& record, std::string_view name, const std::string& where)
 {
     const Value& value = record[name];
@@ -333,15 +333,15 @@ constexpr std::array Frequencies{
     Word<Frequency>{"yearly", Frequency::Yearly},
 };
 
-/// A list of numbers that says when an event comes again. Of a month or a year 0 is the last day (or week), -1 the one
-/// before it, and so on.
+/// A list of numbers in a recurrence rule. In lists that count from the end of a month or year, 0 is the last day (or
+/// week), -1 the one before it, and so on.
 struct NumberList {
     const char* name;
     std::vector<int> CalendarRecurrence::*field;
     int lowest;
     int highest;
     bool counts_from_end;
-    /// The shortest span that it fits.
+    /// The shortest frequency that permits the list.
     Frequency from;
 };
 
@@ -369,7 +369,7 @@ std::vector<int> numbers_in(const NSDictionary& record, const NumberList& list)
     return numbers;
 }
 
-/// Lists that contradict each other are refused; those that lack a part get it from the start.
+/// Refuses lists that contradict each other; completes partial ones from the start of the event.
 void complete(CalendarRecurrence& recurrence, const CalendarEvent& event)
 {
     using namespace std::chrono;
@@ -386,7 +386,7 @@ void complete(CalendarRecurrence& recurrence, const CalendarEvent& event)
         recurrence.months_in_year = {static_cast<int>(unsigned(year_month_day(start).month()))};
 }
 
-/// Until the end of a day that is named without a time.
+/// Reads the end of the recurrence. A date without a time includes the whole day.
 std::optional<WallTime> until_in(const NSDictionary& record, const CalendarEvent& event)
 {
     const std::string where = "recurrence.expires";
@@ -404,7 +404,7 @@ std::optional<WallTime> until_in(const NSDictionary& record, const CalendarEvent
     return until;
 }
 
-/// A day without a time stands for the time at which the event begins on it.
+/// Reads the exception dates. A date without a time excludes the recurrence on that day.
 std::vector<WallTime> exceptions_in(const NSDictionary& record, const CalendarEvent& event)
 {
     const std::string name = "recurrence.exceptionDates";
@@ -461,7 +461,8 @@ constexpr std::array Statuses{
 };
 constexpr std::array Transparencies{Word<bool>{"opaque", true}, Word<bool>{"transparent", false}};
 
-/// "Europe/Berlin": parts that begin with a letter, so that no name leads out of a folder of zones.
+/// Whether this may be an IANA zone name, such as "Europe/Berlin". Every part begins with a letter, so that a name
+/// cannot escape from the folder of zone files.
 bool is_zone_name(std::string_view name)
 {
     const auto is_letter = [](char c) { return (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z'); };
@@ -479,7 +480,7 @@ bool is_zone_name(std::string_view name)
 
 void read_texts(const NSDictionary& record, CalendarEvent& event)
 {
-    text_in(record, "id", LongestLine); // only looked at: events get identifiers that no page can choose
+    text_in(record, "id", LongestLine); // validated only: the page does not choose the identifier
     event.description = text_in(record, "description", LongestDescription);
     event.location = text_in(record, "location", LongestLine);
     const NSString summary = text_in(record, "summary", LongestLine);
@@ -522,7 +523,7 @@ void read_times(const NSDictionary& record, CalendarEvent& event)
         event.end = at;
 }
 
-/// A number, or a text that is one, counts milliseconds from the start.
+/// Reads the reminder: a date, or a number (also as text) of milliseconds relative to the start.
 std::optional<WallTime> reminder_in(const Value& value, const CalendarEvent& event)
 {
     if (value.is_null())

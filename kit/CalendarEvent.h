@@ -5,15 +5,15 @@
 namespace qoro
 {
 
-/// What came of reading an event.
+/// The result of parsing an event.
 struct CalendarEventReading {
     CalendarEvent event = {};
-    /// Null when the event could be read; else one line: which field, what it is, what was expected.
+    /// Null on success; otherwise one line that names the field, its value and the expected one.
     NSString error = {};
 };
 
-/// Reads MRAID's calendar event: the W3C Calendar API's (Working Draft of April 2011), as docs/creative.md has it.
-/// @param given anything that a page may send
+/// Parses MRAID's calendar event: the event of the W3C Calendar API (Working Draft of April 2011), as described in
+/// docs/creative.md. Accepts any value that a page may send.
 CalendarEventReading read_calendar_event(const Value& given);
 
 } // namespace qoro

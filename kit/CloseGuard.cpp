@@ -16,16 +16,16 @@ namespace qoro
 namespace
 {
 
-/// Seconds between two looks at what no view shows.
+/// Seconds between checks of state that no view change announces.
 constexpr double LookInterval = 0.5;
-/// Seconds: a difference of two moments of the loop may fall short by so much.
+/// Seconds: rounding tolerance for differences of loop times.
 constexpr double Rounding = 1e-6;
-/// Points, both ways: no finger needs more.
+/// Width and height of the button in points: the size of a comfortable touch target.
 constexpr double Touch = 48;
-/// Above the ad's own window, one above the status bar.
+/// Above the ad's window, which is one level above the status bar.
 constexpr double Level = UIWindowLevelStatusBar + 100;
 
-/// Keeps since when a condition holds.
+/// Tracks when a condition began to hold.
 void keep(std::optional<double>& since, bool holds, double now)
 {
     if (!holds)
@@ -74,14 +74,14 @@ void CloseGuard::start()
         news.addObserver(action<&CloseGuard::device_turned>(this, "device_turned"), turn);
     watch_ = std::make_unique<ViewWatch>(platform_, [this] {
         if (is_over())
-            hide(); // with the ad's own windows
+            hide(); // together with the ad's windows
         else
             look_later();
     });
     look();
 }
 
-/// The event that changes what can be seen goes on: it is judged by what it leaves.
+/// Checks after the current event, when the change to the views is complete.
 void CloseGuard::look_later()
 {
     if (std::exchange(looks_, true))
@@ -94,7 +94,7 @@ void CloseGuard::look_later()
     });
 }
 
-// --------------------------------------------------------------------------------------------------- When it is due
+// ------------------------------------------------------------------------------------------------------- Conditions
 
 void CloseGuard::look()
 {
@@ -145,7 +145,7 @@ void CloseGuard::look_at(QoroPhoneGapViewController& ad)
     const AdFacts facts = ad.facts();
     watch_page(ad, facts.page_closes);
     keep(page_silent_, !page_responds_, now);
-    // Of a page that takes no more than the button's taps, the button itself is there.
+    // If the page only handles the button's taps, the ad's button itself is present.
     keep(control_owed_, facts.page_closes && facts.close_due && !ad.close_button().superview(), now);
     if (tapped_ && video_is_hidden() && !video_hidden_at_tap_)
         tapped_.reset();
@@ -166,7 +166,7 @@ void CloseGuard::look_at(QoroPhoneGapViewController& ad)
         show("the video does not move, and the ad cannot be closed");
 }
 
-/// Only while the page owns a way to close does anything depend on its answers.
+/// Watches responsiveness only while the page controls closing; otherwise nothing depends on it.
 void CloseGuard::watch_page(QoroPhoneGapViewController& ad, bool watch)
 {
     if (std::exchange(watches_page_, watch) == watch)
@@ -191,7 +191,7 @@ bool CloseGuard::is_on_screen() const
     return top && top->kind == ViewNode::Kind::Window && !top->hidden;
 }
 
-/// Whether a finger reaches the ad's close button. What the page draws cannot be known.
+/// Whether the ad's close button can be tapped. Controls drawn by the page cannot be detected.
 bool CloseGuard::can_be_left() const
 {
     const UIButton button = ad_.lock()->close_button();
@@ -226,7 +226,7 @@ void CloseGuard::came_back()
     in_background_ = false;
 }
 
-// --------------------------------------------------------------------------------------------------------- The way out
+// -------------------------------------------------------------------------------------------------------------- Button
 
 void CloseGuard::show(std::string_view why)
 {
@@ -252,7 +252,7 @@ void CloseGuard::hide()
     button_ = nullptr;
 }
 
-/// At the top right of the screen as the viewer holds it; out of sight under a screen of the kit's.
+/// Positions the button at the top right of the screen as the viewer holds it; hides it under a screen of the kit.
 void CloseGuard::lay_out()
 {
     if (!is_shown())
@@ -284,7 +284,7 @@ void CloseGuard::tapped()
     const auto ad = ad_.lock();
     platform_.tell("guard", {{"do", "close"}});
     hide();
-    // The first close may hide a video that covers the page.
+    // The first close may only hide a video that covers the page.
     for (int closes = 0; closes < 2 && !is_over(); ++closes)
         ad->closeAction();
 }

@@ -14,40 +14,41 @@ namespace qoro
 
 class QoroPhoneGapViewController;
 
-/// How long the close guard waits before it shows a way out; seconds, none of them negative.
+/// Delays before the close guard shows its button, in seconds; none is negative.
 struct CloseGuardTimes {
-    /// For a page that owns the way to close, and does not answer.
+    /// The page controls closing, and its script does not respond.
     double page_silent = 2;
-    /// For something to come of a tap on the close button that the page has taken.
+    /// The page received a tap on the close button, and nothing happened.
     double tap_unanswered = 1;
-    /// After the moment at which the ad's own close button would be shown, while the page draws its own; and after the
-    /// video has run for its whole length, while the page keeps it from its end.
+    /// The ad's own close button is due, but the page draws its own; or the video has played its whole length, but the
+    /// page prevents it from ending.
     double custom_close = 5;
-    /// While the video does not move and no close button can be tapped. A video that the page pauses or seeks in again
-    /// and again does not move.
+    /// The video makes no progress and no close button can be tapped. A video that the page repeatedly pauses or seeks
+    /// makes no progress.
     double nothing_moves = 30;
 };
 
-/// The viewer's way out of an ad that has none: a close button in a window above the ad. It changes nothing of the
-/// controller, and stays once it is shown. Its tap closes the ad, also one whose first close hides the video.
+/// Lets the viewer close an ad that offers no working close control: a close button in a window above the ad. Does not
+/// modify the controller. Once shown, the button stays. A tap on it closes the ad, even if the ad's first close only
+/// hides the video.
 ///
-/// The witness hears what it shows and does ("guard"). It waits while the viewer is out of the application or on
-/// a screen of the kit's, which has a way out of its own. Main thread only.
+/// The guard's actions are reported to the witness ("guard"). Delays start anew when the viewer returns to the
+/// application or from a screen of the kit, which has a close button of its own. Main thread only.
 class CloseGuard : public Object
 {
 public:
-    /// @param ad reports to this guard as long as both live
+    /// @param ad reports to the guard while both exist
     static std::shared_ptr<CloseGuard> create(const std::shared_ptr<QoroPhoneGapViewController>& ad,
                                               const CloseGuardTimes& times);
     ~CloseGuard() override;
     CloseGuard(const CloseGuard&) = delete;
     CloseGuard& operator=(const CloseGuard&) = delete;
 
-    /// The page was sent a tap on the close button.
+    /// The page received a tap on the close button.
     void page_took_close_tap();
-    /// Whether the page's script answers has changed.
+    /// The page's script started or stopped responding.
     void page_responds(bool responds);
-    /// Whether the way out is shown.
+    /// Whether the guard's button is shown.
     bool is_shown() const { return static_cast<bool>(window_); }
 
 private:
@@ -81,21 +82,21 @@ private:
     bool watches_page_ = false;
     bool page_responds_ = true;
 
-    // Since when, in seconds of the main loop; absent for what does not hold.
+    // When each condition began, in seconds of the main loop; absent while it does not hold.
 
     std::optional<double> page_silent_;
-    /// The page draws the close control, and the ad's own would be shown.
+    /// The ad's own close button is due but absent, because the page draws the close control.
     std::optional<double> control_owed_;
-    /// A tap was given to the page, and nothing has come of it.
+    /// A close tap was passed to the page and has had no effect so far.
     std::optional<double> tapped_;
     bool video_hidden_at_tap_ = false;
-    /// The video has run for its whole length, and its end is yet to come.
+    /// The video has played its whole length without reporting its end.
     std::optional<double> end_owed_;
     VideoMotion motion_;
 
     UIWindow window_;
     UIButton button_;
-    /// How the device is turned to its viewer, clockwise.
+    /// Rotation of the device relative to the viewer, in radians, clockwise.
     double turn_ = 0;
 };
 

@@ -13,19 +13,19 @@ namespace
 constexpr double FullTurn = 2 * std::numbers::pi;
 constexpr double Top = 0.75 * FullTurn;
 
-/// What tenths of a second, subtracted again and again in single precision, may be too much.
+/// Seconds: accumulated error of subtracting tenths of a second in single precision.
 constexpr double Blur = 0.001;
 constexpr double MostSeconds = 1e9;
 
-/// Points of the disc that stay dark around the ring, where the video may be as light as it is.
+/// Width of the dark margin outside the ring, in points; keeps the ring visible over a light video.
 constexpr double Rim = 1.5;
-/// Between the digits and the ring, points.
+/// Minimum distance between the digits and the ring, in points.
 constexpr double Gap = 2;
 
-// Of Arial's digits, in shares of the font's size.
+// Arial's digits, as fractions of the font size.
 constexpr double DigitWidth = 0.556;
 constexpr double DigitHeight = 0.716;
-/// A single digit would fill the ring otherwise. Of the disc's radius.
+/// Maximum font size, as a fraction of the disc's radius; a single digit would fill the ring otherwise.
 constexpr double LargestFont = 0.9;
 
 } // namespace

@@ -5,14 +5,15 @@
 namespace qoro
 {
 
-/// How many of a page's doings, or bytes of them, are heard: so many at once, and so many a second in the long run.
+/// A token bucket that limits a page's messages, or their bytes: a burst of at_once, refilled at per_second.
 class MessageBudget
 {
 public:
     MessageBudget(double at_once, double per_second) : at_once_(at_once), per_second_(per_second), left_(at_once) {}
 
-    /// Takes one, or as many as are wanted, at a moment in seconds that only grow.
-    /// @return false when there are too many: none is taken then
+    /// Takes tokens.
+    /// @param now monotonic time in seconds
+    /// @return false when too few tokens are left; none is taken then
     bool take(double now, double amount = 1)
     {
         left_ = std::min(at_once_, left_ + (now - last_) * per_second_);

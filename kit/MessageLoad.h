@@ -5,17 +5,18 @@
 namespace qoro
 {
 
-/// Knows when a page's messages take the main loop for themselves. Most of what a message costs is spent before anyone
-/// can look at it, so it is measured from the moment at which the loop woke for it. On a clock that goes on when the
-/// processor is taken away: a viewer of a busy machine waits no less.
+/// Detects when a page's messages monopolise the main loop. Most of a message's cost arises before its handler runs, so
+/// the time is measured from the loop's wake-up. It is elapsed time rather than processor time: on a busy machine the
+/// viewer waits just as long.
 ///
-/// All moments are seconds that only grow.
+/// All times are monotonic, in seconds.
 class MessageLoad
 {
 public:
-    /// One more message has been dealt with.
-    /// @param woke when the main loop last began a turn; other work of that turn, ahead of the message, counts as its
-    /// @return whether for about three seconds messages have left little time for anything else
+    /// Accounts for a message that has just been handled.
+    /// @param woke when the current turn of the main loop began; other work of the turn before the message counts as
+    ///             its own
+    /// @return whether messages have left little time for anything else for about three seconds
     bool is_too_much(double woke, double now)
     {
         worked_ += now - std::max(woke, last_);
@@ -30,17 +31,19 @@ public:
     }
 
 private:
+    /// Length of a measuring interval.
     static constexpr double While = 1;
-    /// One message alone never is too much: the whole program may have been held up meanwhile.
+    /// The most that one interval counts, so that a single message never exceeds the limit: the whole program may have
+    /// been suspended meanwhile.
     static constexpr double LongestWhile = 2;
     static constexpr double TooLong = 3;
-    /// Of a while.
+    /// The fraction of an interval above which it counts as busy.
     static constexpr double MuchWork = 0.8;
 
     double last_ = 0;
     double began_ = 0;
     double worked_ = 0;
-    /// Without a calmer while between.
+    /// Total of the consecutive busy intervals.
     double busy_ = 0;
 };
 

@@ -17,9 +17,9 @@ namespace qoro
 namespace
 {
 
-/// Seconds for which a touch of the page lets it do what needs one.
+/// Seconds after a touch of the page during which it may make a request that requires one.
 constexpr double TouchLasts = 1;
-/// Where a page may lead its viewer.
+/// Schemes that a page may open.
 constexpr std::array<std::string_view, 4> OpenableSchemes{"http", "https", "tel", "sms"};
 
 bool has_scheme(const NSURL& address, std::string_view scheme)
@@ -35,7 +35,7 @@ bool can_open(std::string_view beginning)
     return UIApplication::sharedApplication().canOpenURL(NSURL::URLWithString(beginning));
 }
 
-/// A layout of nothing, such as a video without a size, has numbers that are none.
+/// Layouts without content, such as a video without a size, yield non-finite numbers.
 double number(double points)
 {
     return std::isfinite(points) ? points : 0;
@@ -52,8 +52,8 @@ NSDictionary record_of(CGSize size)
     return {{"width", number(size.width)}, {"height", number(size.height)}};
 }
 
-/// As much of a value as a line of the trace has use for.
-/// @param room bytes of text, and one for everything else; what finds none is left out
+/// Truncates a value for a trace line.
+/// @param room remaining budget: bytes of text, plus one for every other value; what exceeds it is omitted
 Value shortened(const Value& value, std::size_t& room)
 {
     if (value.is_string()) {
@@ -101,7 +101,7 @@ double to_a_tenth(double percentage)
 
 struct Mraid::Command {
     std::string_view name;
-    /// How many arguments it cannot do without.
+    /// Number of required arguments.
     std::size_t arguments;
     bool needs_touch;
     NSString (Mraid::*run)(const NSArray& arguments);
@@ -161,7 +161,7 @@ ScriptAnswer Mraid::carry_out(const ScriptMessage& message)
     return {.error = refusal, .value = {}};
 }
 
-/// One touch serves one request; what was refused has not used it.
+/// Runs a command that requires a touch. A touch permits one successful request; a refused one does not consume it.
 NSString Mraid::run_on_touch(const Command& command, const NSArray& arguments)
 {
     const auto page = ad_.webView().node();
@@ -196,14 +196,14 @@ NSString Mraid::set_orientation(const NSArray& arguments)
     if (!landscape && !forced.isEqualToString("portrait")) {
         if (release_orientation())
             ad_.checkVideoSize();
-        return nullptr; // the device decides
+        return nullptr; // follows the device
     }
     platform_.tell("mraid", {{"do", "forceOrientation"}, {"orientation", forced}});
     release_orientation();
     const int before = platform_.device().orientation();
     const int now = landscape ? UIDeviceOrientationLandscapeLeft : UIDeviceOrientationPortrait;
-    // The ad looks after five seconds whether the device was turned to the arrangement that it shows, and takes the
-    // device's own otherwise: it is answered as if the device had been. Either landscape side will do.
+    // After five seconds the ad compares its layout with the device's orientation and adopts the latter, so the device
+    // has to report the forced orientation. Either landscape side will do.
     const bool held_so = landscape && isLandscape(before);
     forced_ = Forced{.before = before, .now = held_so || !ad_.facts().both_arrangements ? before : now};
     set_device_orientation(forced_->now);
@@ -244,7 +244,7 @@ NSString Mraid::play_video(const NSArray& arguments)
     return leave_for(address);
 }
 
-/// Opens an address outside the application, with whatever the system has for it.
+/// Opens an address outside the application, in the system's program for it.
 NSString Mraid::leave_for(const NSURL& address)
 {
     const NSString& text = address.absoluteString();
@@ -295,7 +295,7 @@ NSString Mraid::load(const NSArray& arguments)
     return nullptr;
 }
 
-/// What does not change while the ad runs.
+/// Capabilities that are constant while the ad runs.
 NSDictionary Mraid::features() const
 {
     return {
@@ -327,7 +327,7 @@ NSDictionary Mraid::facts() const
     };
 }
 
-/// The event that changes what can be seen goes on: what it comes to is told once it has ended.
+/// Coalesces changes; reports after the current event.
 void Mraid::look_later()
 {
     if (std::exchange(looks_, true))

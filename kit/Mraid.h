@@ -11,33 +11,33 @@ namespace qoro
 
 class QoroPhoneGapViewController;
 
-/// The ad as the page's `mraid` object has it (IAB's MRAID 3.0, for an interstitial): carries out what the page asks
-/// for, and tells the page what has changed about the ad, its place on the screen and the sound. It tells nothing
-/// before the page's library has asked for it (mraid.load), and nothing after the ad has closed. Every request and
-/// everything told is told to the witness too.
+/// The ad's side of the page's `mraid` object (IAB MRAID 3.0, for an interstitial). Executes the page's requests and
+/// sends it changes of the ad, its position on the screen and the sound. Sends nothing before the page's library
+/// requests it (mraid.load), and nothing after the ad has closed. Reports every request and everything sent to the
+/// witness.
 class Mraid : public Object
 {
 public:
-    /// @param ad outlives this object
+    /// @param ad must outlive this object
     explicit Mraid(QoroPhoneGapViewController& ad, Platform& platform);
     ~Mraid() override;
     Mraid(const Mraid&) = delete;
     Mraid& operator=(const Mraid&) = delete;
 
-    /// Whether a message is for this object: its command begins with "mraid.".
+    /// Whether a message is addressed to this object: its command begins with "mraid.".
     static bool is_for(const ScriptMessage& message) { return message.command.starts_with(Prefix); }
-    /// Carries it out. What is refused is answered with an error.
+    /// Executes a message; answers with an error when it refuses.
     ScriptAnswer carry_out(const ScriptMessage& message);
-    /// The page hears an error event, if it listens to the ad at all: something was refused that it did not ask for
-    /// itself, or that was looked at only after its request had been accepted.
-    /// @param action the name of the standard's call
+    /// Sends the page an error event, provided that it has called mraid.load. For refusals of something that the page
+    /// did not request, or that was examined only after its request was accepted.
+    /// @param action name of the MRAID call
     void tell_error(const NSString& why, std::string_view action);
 
-    /// Whether the page has asked, by the standard's call, to draw its own close control. The layouts add the ad's
-    /// button again; here the page's wish holds whenever it came.
+    /// Whether the page has called MRAID's useCustomClose(true). The layouts add the ad's button again, so the wish
+    /// must be reapplied after each of them.
     bool wants_custom_close() const { return wants_custom_close_; }
-    /// Gives an orientation that the page forced back to the device, unless it has been turned since.
-    /// @return whether one was forced
+    /// Restores the device orientation that the page overrode, unless the device has been turned since.
+    /// @return whether an orientation was forced
     bool release_orientation();
 
 private:
@@ -46,7 +46,7 @@ private:
     struct Command;
     static const Command* command_named(std::string_view name);
 
-    // Each answers why it was refused; null when it was carried out.
+    // Each returns null on success, otherwise the reason for the refusal.
     NSString load(const NSArray& arguments);
     NSString close(const NSArray& arguments);
     NSString use_custom_close(const NSArray& arguments);
@@ -71,16 +71,15 @@ private:
 
     QoroPhoneGapViewController& ad_;
     Platform& platform_;
-    /// The script's callback; null before the page has asked for anything.
+    /// The script's callback id; null before mraid.load.
     Value callback_;
-    /// What the page knows.
+    /// The facts last sent to the page.
     NSDictionary told_;
     std::unique_ptr<ViewWatch> watch_;
     bool looks_ = false;
     bool in_background_ = false;
     bool wants_custom_close_ = false;
-    /// How the device was held before the page forced an orientation, and what it answers since; absent while none is
-    /// forced.
+    /// The orientation before the page forced one, and the one set instead; absent while none is forced.
     struct Forced {
         int before = 0;
         int now = 0;

@@ -25,14 +25,14 @@ std::string in_lower_case(std::string_view text)
     return lower;
 }
 
-/// Where the authority of an address stands, user and port included.
+/// Position of an address's authority, including user and port.
 struct Span {
     std::size_t begin;
     std::size_t end;
 };
 
-/// As a browser reads it: any number of slashes, of either kind, stands before the host. Absent for what is no web
-/// address.
+/// Finds the authority as a browser does: any number of slashes and backslashes may precede it. Absent for an address
+/// that is not a web address.
 std::optional<Span> authority_in(std::string_view address)
 {
     const std::size_t colon = address.find(':');
@@ -60,7 +60,7 @@ std::string host_of(std::string_view address)
     return in_lower_case(address);
 }
 
-/// A text in which no placeholder has a value.
+/// The text with its placeholders removed.
 std::string without_placeholders(std::string_view text)
 {
     std::string left;
@@ -74,7 +74,7 @@ std::string without_placeholders(std::string_view text)
     }
 }
 
-/// A number as it may stand in an IPv4 address: decimal, or with a leading 0 octal, or with 0x hexadecimal.
+/// Parses a number of an IPv4 address: decimal, octal with a leading 0, or hexadecimal with 0x.
 std::optional<std::uint64_t> number_in(std::string_view text)
 {
     int base = 10;
@@ -94,8 +94,8 @@ std::optional<std::uint64_t> number_in(std::string_view text)
     return number;
 }
 
-/// An IPv4 address: of four parts, or of fewer, whose last one holds the missing bytes. A part that is
-/// too large for its place fills it.
+/// Parses an IPv4 address of one to four parts; the last part supplies all missing bytes. A part that is too large is
+/// clamped.
 std::optional<std::array<std::uint8_t, 4>> ip4_in(std::string_view host)
 {
     std::array<std::uint64_t, 4> parts{};
@@ -120,7 +120,7 @@ std::optional<std::array<std::uint8_t, 4>> ip4_in(std::string_view host)
     return bytes;
 }
 
-/// @param host in its brackets
+/// @param host the address in brackets
 std::optional<std::array<std::uint8_t, 16>> ip6_in(std::string_view host)
 {
     std::array<std::uint8_t, 16> bytes{};
@@ -129,14 +129,14 @@ std::optional<std::array<std::uint8_t, 16>> ip6_in(std::string_view host)
     return bytes;
 }
 
-/// Whether a host can be read in more than one way, or only by who fills the placeholders.
-/// @param address as it stands
-/// @param empty the same without its placeholders
+/// Whether parsers may disagree on a host, or a placeholder supplies part of it.
+/// @param address the original address
+/// @param empty the address with its placeholders removed
 bool is_unreadable(std::string_view address, std::string_view empty)
 {
     const auto authority = authority_in(empty);
     if (!authority) {
-        // A placeholder may still make a scheme of it.
+        // A placeholder may still supply the scheme.
         const std::size_t slashes = address.find("//");
         return slashes != std::string_view::npos && address.find('{') < slashes;
     }
@@ -145,7 +145,7 @@ bool is_unreadable(std::string_view address, std::string_view empty)
     const std::string host = host_of(empty);
     if (host.starts_with('[') && !ip6_in(host))
         return true;
-    // Some end the host at a backslash, others (RFC 3986) take what stands before it for a part of the user's name.
+    // Some parsers end the host at a backslash; others (RFC 3986) treat the part before it as user information.
     const std::string_view until_path = empty.substr(0, empty.find_first_of("/?#", authority->begin));
     const std::string_view beginning = empty.substr(0, authority->end);
     return until_path.find('\\') != std::string_view::npos || std::ranges::count(beginning, '@') > 1 ||
@@ -179,7 +179,7 @@ NetworkZone zone_of(const std::array<std::uint8_t, 16>& ip)
         return ip4_at(12);
     if (begins_with({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})) {
         const bool own = ip[12] == 0 && ip[13] == 0 && ip[14] == 0;
-        // Of ::/24 only :: and ::1 mean this machine.
+        // Of these only :: and ::1 are this machine.
         return own ? (ip[15] <= 1 ? NetworkZone::Machine : NetworkZone::Public) : ip4_at(12);
     }
     if (begins_with({0, 0x64, 0xFF, 0x9B, 0, 0, 0, 0, 0, 0, 0, 0}))

@@ -7,8 +7,8 @@
 namespace qoro
 {
 
-/// Where an address lies, from outside to inside (W3C, Private Network Access, "IP address space"). Servers further
-/// inside trust every client that reaches them.
+/// Network zones, ordered from outside to inside (the IP address spaces of W3C Private Network Access). Servers in an
+/// inner zone tend to trust every client that can reach them.
 enum class NetworkZone {
     /// Everything else.
     Public,
@@ -20,21 +20,21 @@ enum class NetworkZone {
 
 /// The zone of an IPv4 address, in network order.
 NetworkZone zone_of(const std::array<std::uint8_t, 4>& ip);
-/// The zone of an IPv6 address, in network order. An address that represents one of IPv4 (mapped, compatible, NAT64,
-/// 6to4) lies where that one lies.
+/// The zone of an IPv6 address, in network order. An address that embeds an IPv4 address (mapped, compatible, NAT64,
+/// 6to4) has the zone of that address.
 NetworkZone zone_of(const std::array<std::uint8_t, 16>& ip);
 
-/// The zone of a web address (http, https, ws, wss) whose host is an IP address, however it is spelt, or localhost or
-/// a name under it. Public for any other: names are not resolved.
+/// The zone of a web address (http, https, ws, wss) whose host is an IP address in any notation, localhost or a name
+/// under it. Public for any other: names are not resolved.
 NetworkZone zone_named_by(std::string_view address);
 
-/// Whether one address must not lead to another, because that lies further inside. A host that others may read
-/// otherwise (percent signs, backslashes, letters beyond ASCII, which become digits, a placeholder that is yet to be
-/// filled, "{…}") lies on this machine where something leads, and outside where it comes from.
-/// @param open the innermost zone that everything may lead to
+/// Whether navigation between two addresses is forbidden because the target lies in a more inward zone. Ambiguous hosts
+/// fail closed: loopback as a target, remote as an origin. A host is ambiguous if parsers may disagree on it: it
+/// contains percent signs, backslashes, non-ASCII characters (some map to digits) or an unfilled placeholder, "{…}".
+/// @param open the innermost zone that is always permitted as a target
 bool leads_inward(std::string_view from, std::string_view to, NetworkZone open = NetworkZone::Public);
 
-/// What a platform's host has opened to pages and their commands; shared by the platform.
+/// The zones that the host has opened to pages and their commands; shared by the platform.
 struct OpenNetworks {
     NetworkZone open = NetworkZone::Public;
 };

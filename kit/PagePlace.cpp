@@ -34,7 +34,7 @@ bool is_seen(const ViewNode& view)
     return !view.hidden && view.alpha >= LeastAlphaToBeSeen;
 }
 
-/// The window that the view is seen in; null when it is not to be seen at all.
+/// The window that shows the view; null when the view or an ancestor is invisible, or when it is in no window.
 const ViewNode* window_of(const ViewNode& view)
 {
     const ViewNode* each = &view;
@@ -45,7 +45,7 @@ const ViewNode* window_of(const ViewNode& view)
 
 enum class Met { Nothing, Cover, Page };
 
-/// Walks from the topmost view down to the page, or to a video or another page that hides an area on its own.
+/// Searches from the topmost view for the page, or for a video or another page that alone covers the whole area.
 Met walk_down(const ViewNode& view, const ViewNode& page, const CGRect& area)
 {
     if (!is_seen(view))
@@ -69,7 +69,7 @@ bool is_covered(const ViewNode& page, const CGRect& area)
     return false;
 }
 
-/// A rectangle of the screen on the screen that is turned back.
+/// Converts a rectangle to the coordinates of the screen rotated back by an angle.
 CGRect turned_back(const CGRect& rect, CGSize screen, double angle)
 {
     const CGPoint from_middle{rect.x + rect.width / 2 - screen.width / 2, rect.y + rect.height / 2 - screen.height / 2};

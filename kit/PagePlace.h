@@ -7,20 +7,20 @@
 namespace qoro
 {
 
-/// Where a page stands on the screen, and how much of it is to be seen: in the page's own points, on the screen as the
-/// page has it upright.
+/// Position and visibility of a page, in the page's points and on the screen rotated so that the page is upright.
 struct PagePlace {
     CGSize screen = {};
     CGRect position = {};
-    /// What is to be seen of the page, from its upper left corner; absent when nothing is.
+    /// The visible part, relative to the page's top left corner; absent when the page is not visible.
     std::optional<CGRect> visible = {};
-    /// The visible part's share of the page's area, 0 to 100.
+    /// Visible fraction of the page's area, in percent, 0 to 100.
     double exposed_percentage = 0;
 };
 
+/// Computes the position and visibility of a page.
 /// @param page a web view
-/// @param screen the main screen's size, in points as its windows have them
-/// @param scale points of the screen to a point of the page
+/// @param screen size of the main screen, in the points of its windows
+/// @param scale screen points per page point
 PagePlace place_of_page(const ViewNode& page, CGSize screen, double scale);
 
 } // namespace qoro

@@ -16,16 +16,16 @@ namespace
 
 // Points.
 constexpr double BarHeight = 48;
-/// Of a button, both ways: no finger needs more.
+/// Width and height of a button: the size of a comfortable touch target.
 constexpr double Touch = 48;
-/// The region at the top right of a page that draws its own way out.
+/// Width and height of the invisible close button at the top right of a page that draws its own.
 constexpr double UnseenTouch = 50;
 constexpr double Edge = 1;
 constexpr double Margin = 6;
 constexpr double FieldHeight = 34;
 constexpr double LockWidth = 26;
 constexpr double ProgressHeight = 3;
-/// So much of the line is there from the start, or nobody would see that something is on its way.
+/// Initial fraction of the progress line; keeps it visible before the first estimate arrives.
 constexpr double LeastProgress = 0.05;
 constexpr double NoticeMargin = 32;
 
@@ -54,9 +54,9 @@ const UIColor InkColor = gray(0.13);
 const UIColor FaintColor = gray(0.72);
 const UIColor ProgressColor = UIColor::colorWithRed(0.1, 0.45, 0.9, 1);
 
-/// Addresses that mean something in the engine alone, or on this device's disk.
+/// Schemes that only the engine or this device's disk can resolve.
 constexpr std::array<std::string_view, 7> NeverHandedOn{"", "about", "blob", "data", "file", "javascript", "kit"};
-/// Frames that a page makes up by itself.
+/// Schemes of frames that a page generates.
 constexpr std::array<std::string_view, 3> MadeUpByThePage{"about", "blob", "data"};
 
 template <typename Names>
@@ -65,7 +65,7 @@ bool contains(const Names& names, std::string_view name)
     return std::ranges::find(names, name) != names.end();
 }
 
-/// The screens of a platform, from the oldest on.
+/// The screens of a platform, oldest first.
 struct PageScreens {
     std::vector<std::weak_ptr<PageScreen>> screens;
 };
@@ -80,7 +80,7 @@ void set_symbol(const UIView& view, Symbol symbol, const UIColor& color)
     node.changed();
 }
 
-/// A button that is there to be used, or only to be seen.
+/// Enables or disables a button.
 void set_usable(const UIButton& button, Symbol symbol, bool usable)
 {
     set_symbol(button, symbol, usable ? InkColor : FaintColor);
@@ -129,7 +129,7 @@ PageScreen::~PageScreen()
     platform_.shared<NSNotificationCenter>().removeObserver(this);
     filled_.node()->on_resize = nullptr;
     upright_.removeFromSuperview();
-    // Someone may hold the view longer than this, who hears the page's news.
+    // The view may outlive this listener of the engine.
     page_.node()->web.reset();
 }
 
@@ -183,7 +183,7 @@ void PageScreen::build()
     close_.setShowsTouchWhenHighlighted(!style_.close_unseen);
 }
 
-// --------------------------------------------------------------------------------------------------------- The device
+// ------------------------------------------------------------------------------------------------------------- Layout
 
 void PageScreen::observe_turns()
 {
@@ -276,7 +276,7 @@ void PageScreen::did_finish_load()
 void PageScreen::did_fail_load(const std::string&)
 {
     loading_ = false;
-    // A link that leads nowhere leaves the page that the viewer is on.
+    // After a failed link the previous page stays.
     if (!page_.engine()->page_state().has_content)
         tell_viewer(screen_texts::PageDoesNotCome);
     update();
@@ -324,7 +324,7 @@ void PageScreen::tell_viewer(const char* text)
     notice_.setHidden(false);
 }
 
-/// A host that is too long is cut at its start: its end says whose it is.
+/// Truncates a long host at its start: its end identifies the site.
 void PageScreen::show_in_field(const std::string& address)
 {
     constexpr CGSize Unbounded{1e6, 1e6};
@@ -339,7 +339,7 @@ void PageScreen::update()
     const WebEngine* engine = page_.engine();
     const PageState state = engine ? engine->page_state() : PageState();
     page_.setAccessibilityLabel(state.title.empty() ? shown_address(state.address) : state.title);
-    // Until something comes, what lies beneath is to be seen.
+    // Before the first content, the view behind the page shows through.
     page_.setOpaque(state.has_content);
     if (style_.bar == Bar::Navigation) {
         set_usable(back_, Symbol::Back, state.can_go_back);
@@ -380,7 +380,7 @@ void PageScreen::reload()
 
 void PageScreen::close()
 {
-    // Held to the end: it lets go of this.
+    // Retained until the end: on_close_ releases this screen.
     const auto held = shared_from_this();
     on_close_();
 }

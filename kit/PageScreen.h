@@ -11,42 +11,42 @@
 namespace qoro
 {
 
-/// A web page that fills a view, with what the viewer needs around it. It stands upright as the device is held, follows
-/// it when it is turned, and can always be left.
+/// A web page that fills a view, with the surrounding controls. Stays upright as the device is turned, and always has a
+/// close button.
 class PageScreen : public Object, private WebListener
 {
 public:
     enum class Bar {
-        /// None; the way out lies over the page.
+        /// No bar; the close button overlays the page.
         None,
-        /// The page's title, and the way out.
+        /// Page title and close button.
         Title,
-        /// Back, forward, the address and whether its connection is safe, reload, and the way out.
+        /// Back, forward, security indicator, address, reload and close button.
         Navigation,
     };
 
     struct Style {
         Bar bar = Bar::None;
-        /// A line that grows while something is on its way.
+        /// Shows a progress line during loads.
         bool progress = false;
-        /// The page draws its own sign for the way out; what the viewer touches stays, unseen.
+        /// The page draws its own close control; the touch area of the close button remains, invisible.
         bool close_unseen = false;
     };
 
-    /// Fills a view, which no other screen may fill at the same time, and follows its size.
-    /// @param on_close the viewer leaves; called inside the touch. It takes the screen away
+    /// Fills a view and follows its size. A view must not be filled by two screens at once.
+    /// @param on_close called inside the touch when the viewer closes the screen; must remove it
     static std::shared_ptr<PageScreen> create(const UIView& filled, const Style& style, std::function<void()> on_close);
     ~PageScreen() override;
     PageScreen(const PageScreen&) = delete;
     PageScreen& operator=(const PageScreen&) = delete;
 
-    /// Shows what stands under an address; one that is neither http nor https, or null, is told to the viewer.
+    /// Loads an http or https address; for any other, or null, shows the viewer an error.
     void show_address(const NSURL& address);
     void show_html(const NSString& html);
-    /// The viewer leaves.
+    /// Handles the viewer closing the screen.
     void close();
 
-    /// The screen that the viewer sees above all others; null when none is to be seen.
+    /// The topmost visible screen; null without one.
     static std::shared_ptr<PageScreen> topmost(Platform& platform);
 
 private:
@@ -80,10 +80,10 @@ private:
     const std::function<void()> on_close_;
     RefusalLog refusals_;
     bool loading_ = false;
-    /// How the device is turned to its viewer, clockwise.
+    /// Rotation of the device relative to the viewer, in radians, clockwise.
     double turn_ = 0;
 
-    UIView upright_; // holds everything else
+    UIView upright_; // contains all other views
     UIView bar_;
     UIView bar_edge_;
     UIView address_field_;

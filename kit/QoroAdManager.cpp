@@ -14,12 +14,12 @@ namespace qoro
 namespace
 {
 
-/// A page is what the controller asks for with this action; everything else is a tracker.
+/// Action of page requests; a request with any other action is a tracker.
 constexpr std::string_view PageAction = "didAdRequester:";
-/// A heartbeat is what this action of a timer asks for: the one with the interval that the ad chooses.
+/// Timer action that sends heartbeats, at an interval chosen by the ad.
 constexpr std::string_view HeartbeatTimer = "sendVideoTrackingToServer";
 
-/// A request that waits for its answer, with the two actions of which one will be called and what they need.
+/// A pending request: its two actions, one of which will be called, and their retained targets.
 struct Pending {
     Action action;
     Action fail_action;
@@ -117,7 +117,7 @@ void QoroAdManager::forget_extra_view(const UIViewController* controller)
     const auto known = std::ranges::find(extra_views_, controller, &std::shared_ptr<UIViewController>::get);
     if (known == extra_views_.end())
         return;
-    // Taken out first: its end may ask for the manager.
+    // Removed before destruction: the destructor may use the manager.
     const std::shared_ptr<UIViewController> gone = std::move(*known);
     extra_views_.erase(known);
 }

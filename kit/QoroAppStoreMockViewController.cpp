@@ -29,7 +29,7 @@ QoroAppStoreMockViewController::initWithStoreId(const NSString& storeId, const N
 
 QoroAppStoreMockViewController::~QoroAppStoreMockViewController()
 {
-    // Its window may go on with another page.
+    // The window may stay in use and must not retain the view.
     view().removeFromSuperview();
 }
 

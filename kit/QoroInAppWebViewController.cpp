@@ -16,7 +16,7 @@ std::shared_ptr<QoroInAppWebViewController> QoroInAppWebViewController::create()
 
 QoroInAppWebViewController::~QoroInAppWebViewController()
 {
-    // Without it nothing on its view would lead back.
+    // Without its controller the view could not be closed.
     view().removeFromSuperview();
 }
 

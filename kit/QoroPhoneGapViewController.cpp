@@ -25,24 +25,24 @@ namespace
 constexpr double SpinnerExtent = 40;
 /// Seconds.
 constexpr double LayoutRetryInterval = 0.25;
-// What a page may say.
+// Limits on what a page may send.
 constexpr double MessagesAtOnce = 300;
 constexpr double MessagesPerSecond = 100;
 constexpr std::size_t MostListeners = 256;
 constexpr std::size_t LongestListenerId = 128;
-/// UIWebViewNavigationTypeLinkClicked, and …Other: neither a followed link nor a form.
+/// UIWebViewNavigationTypeLinkClicked and …Other, which is neither a followed link nor a form.
 constexpr std::int64_t NavigationTypeLink = 0;
 constexpr std::int64_t NavigationTypeOther = 5;
 
-/// Whether an identifier is one that a page may give: every event carries those of its listeners.
+/// Whether an identifier exceeds the limit. Identifiers are limited because every event carries those of its listeners.
 bool is_long(const Value& id)
 {
     return id.is_array() || id.is_dictionary() || id.stringValue().length() > LongestListenerId;
 }
 
-/// The first address in a record that a page sends of what the page does not reach: a file, this machine, a private
-/// network; null for none.
-/// @param page where the page comes from
+/// Finds the first address in a value that the page must not reach: a file, or an address on this machine or a private
+/// network. Null without one.
+/// @param page address of the page
 NSString inward_address_in(const Value& value, const std::string& page, NetworkZone open)
 {
     if (value.is_string()) {
@@ -59,7 +59,7 @@ NSString inward_address_in(const Value& value, const std::string& page, NetworkZ
     return nullptr;
 }
 
-/// An address up to its fragment: what names a document.
+/// The address without its fragment: identifies the document.
 std::string_view document_of(const NSURL& address)
 {
     const std::string_view text = address.absoluteString().text();
@@ -77,7 +77,7 @@ QoroPhoneGapViewController::QoroPhoneGapViewController()
 QoroPhoneGapViewController::~QoroPhoneGapViewController()
 {
     layout_is_done();
-    // A window may hold the web view longer than this, who hears its news.
+    // A window may retain the web view beyond the lifetime of this listener.
     if (webView_)
         webView_.node()->web.reset();
     if (bIsVideoViewController)
@@ -103,7 +103,7 @@ void QoroPhoneGapViewController::setQoroMoviePlayer(const MPMoviePlayerControlle
 void QoroPhoneGapViewController::addEventListener(const NSString& name, const Value& EventId,
                                                   const Value& successCallBack)
 {
-    // A listener without an id could be neither called nor removed.
+    // A listener without an id cannot be called or removed.
     if (!dicEventListener || !name || !EventId)
         return;
     const NSArray known = dicEventListener[name.text()].array();
@@ -197,7 +197,7 @@ ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& mes
                 nullptr};
     if (adds && count_of_listeners() >= MostListeners)
         return {"a page has at most " + std::to_string(MostListeners) + " listeners", nullptr};
-    // The listener's id serves for its callback's where the script names none.
+    // Without a callback id the listener id is used.
     if (adds)
         addEventListener(arguments[0].string(), arguments[1], arguments[2] ? arguments[2] : arguments[1]);
     else if (removes)
@@ -212,7 +212,7 @@ ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& mes
 void QoroPhoneGapViewController::setCloseButtonAction(const UIButton& button)
 {
     close_button_ = button.node();
-    // Every layout passes here, and then adds the button again.
+    // Every layout calls this function before it adds the button again.
     layout_is_done();
     if (mraid_ && mraid_->wants_custom_close() && !std::exchange(repeats_custom_close_, true))
         platform_.loop().post([weak = weak_from_this()] {
@@ -275,8 +275,8 @@ void QoroPhoneGapViewController::MRAIDCreateCalendarEvent(const Value& event)
 
 // ------------------------------------------------------------------------------------------------------- The web view
 
-/// The page that the ad brought may load, and move within itself; where else it leads, by itself or by a followed link,
-/// goes through the kit's own ways out (the action buttons, the in-app browser) or not at all.
+/// Permits the ad's page to load and to navigate within its document. Any other navigation must use the kit's own means
+/// (the action buttons, the in-app browser); here it is refused.
 bool QoroPhoneGapViewController::webView(const UIWebView& webView, const NSURL& shouldStartLoadWithRequest,
                                          std::int64_t navigationType)
 {
@@ -348,7 +348,7 @@ void QoroPhoneGapViewController::died(const std::string& reason)
     take_back_from_page();
 }
 
-/// A page that is gone closes nothing: what it took over of the ad returns.
+/// Reverts what the page controlled: a page that is gone cannot close the ad.
 void QoroPhoneGapViewController::take_back_from_page()
 {
     if (!dicEventListener)
@@ -373,7 +373,8 @@ void QoroPhoneGapViewController::take_back_from_page()
         lay_out_when_possible();
 }
 
-/// What the page's death owes the ad is laid out as soon as that is possible. The suspension ends in silence.
+/// Performs the layout that is due after the page's death as soon as it is no longer suspended. Polls, because the end
+/// of the suspension is not notified.
 void QoroPhoneGapViewController::lay_out_when_possible()
 {
     if (layout_due_)
@@ -457,7 +458,7 @@ NSString QoroPhoneGapViewController::formatPhoneNumber(const NSString& number)
 void QoroPhoneGapViewController::updateStatusbar()
 {
     tell_super("updateStatusbar");
-    // The ad closes: the device is its host's again.
+    // The ad is closing: the host regains control of the orientation.
     if (mraid_)
         mraid_->release_orientation();
 }
@@ -503,7 +504,7 @@ void QoroPhoneGapViewController::checkVideoSize()
 void QoroPhoneGapViewController::checkViewSizeAfterOpenOtherApp()
 {
     tell_super("checkViewSizeAfterOpenOtherApp");
-    // Closing an ad ends its listener table.
+    // The listener table is null after the ad has closed.
     if (qoroVideoAdInfo && dicEventListener)
         checkVideoSize();
 }
@@ -548,7 +549,7 @@ void QoroPhoneGapViewController::closeInAppWebView()
 void QoroPhoneGapViewController::closeInAppApplication()
 {
     tell_super("closeInAppApplication");
-    // The manager keeps the screen alive as long as it is known; it goes once nothing here needs it.
+    // The manager retains the screen while it is registered; it is destroyed when this function returns.
     const auto closed = std::move(openInAppApplicationViewController);
     openInAppApplicationViewController = nullptr;
     if (!closed)
@@ -557,7 +558,7 @@ void QoroPhoneGapViewController::closeInAppApplication()
     QoroAdManager::sharedInstance().forget_extra_view(closed.get());
 }
 
-// The ad's players never enter the system's own full screen, so there is nothing to take back from it.
+// The ad's players never enter the system's full-screen mode, so there is nothing to undo.
 void QoroPhoneGapViewController::exitFullScreen(const NSNotification&)
 {
 }

@@ -11,18 +11,19 @@ namespace qoro
 
 class Platform;
 
-/// How much of what a page is refused is written down: a hundred lines at once and one a second in the long run, each
-/// of which tells how many refusals it stands for. A page that floods its ad does not flood the trace.
+/// Limits the trace lines about refusals: a burst of 100 lines, then one a second. Each line carries the number of
+/// refusals that it covers, so that a page which floods the ad does not flood the trace.
 class RefusalLog
 {
 public:
-    /// One more refusal, at a moment in seconds that only grow.
-    /// @return for how many a line stands that is to be written now; absent when none is
+    /// Counts a refusal.
+    /// @param now monotonic time in seconds
+    /// @return the number of refusals that a line written now covers; absent when no line is due
     std::optional<std::int64_t> count(double now);
-    /// One more refusal of a web view, for a line of its own unless there are too many.
-    /// @param kind of what was refused, in a word
+    /// Counts a refusal of a web view and reports it if a line is due.
+    /// @param kind what was refused, in one word
     void tell(Platform& platform, const std::string& kind, const std::string& detail);
-    /// As much of what a page said as a line has use for: 1000 bytes.
+    /// Truncates a text from a page to 1000 bytes.
     static std::string shortened(const std::string& detail);
 
 private:

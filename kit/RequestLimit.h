@@ -9,12 +9,11 @@
 namespace qoro
 {
 
-/// How many addresses one ad may have fetched. A heartbeat with a tiny interval drains the viewer's line and battery,
-/// so heartbeats are bounded in time: twenty at once, and twenty a second in the long run. Everything else is bounded
-/// by its sum: 20,000.
+/// Limits the requests of one ad. Heartbeats are limited by rate, because a tiny interval would drain the viewer's
+/// bandwidth and battery: a burst of 20, then 20 a second. All other requests are limited by number: 20,000.
 ///
-/// It reports refusals to the witness: one line at once, and at most one a second, each with the number of refusals
-/// that it reports. No refusal is left out, but for those of an ad's last second.
+/// Refusals are reported to the witness: the first at once, then at most one line a second, each with the number of
+/// refusals that it covers. Only refusals within an ad's last second may go unreported.
 class RequestLimit
 {
 public:
@@ -23,16 +22,16 @@ public:
     RequestLimit(const RequestLimit&) = delete;
     RequestLimit& operator=(const RequestLimit&) = delete;
 
-    /// One more request.
-    /// @param heartbeat whether the tracking timer makes it, with the ad's own interval
-    /// @return null when it may go out; else one line that says why not, as long as the program runs
+    /// Counts a request.
+    /// @param heartbeat whether the tracking timer sends it, at the ad's own interval
+    /// @return null when it is permitted; otherwise a one-line reason with static storage duration
     const char* refusal(const std::string& address, bool heartbeat);
 
 private:
     static constexpr double HeartbeatsAtOnce = 20;
     static constexpr double HeartbeatsPerSecond = 20;
     static constexpr std::int64_t MostOthers = 20'000;
-    /// Seconds from one line to the next.
+    /// Minimum seconds between lines.
     static constexpr double BetweenLines = 1;
 
     void refused(const std::string& address, const char* why);
@@ -42,12 +41,12 @@ private:
     MessageBudget heartbeats_{HeartbeatsAtOnce, HeartbeatsPerSecond};
     std::int64_t others_ = 0;
 
-    // What the next line says; of the first refusal that it reports.
+    // Content of the next line: address and reason of the first refusal that it covers.
     std::string address_;
     const char* why_ = "";
     std::int64_t untold_ = 0;
     double next_line_ = 0;
-    /// Runs while something is untold.
+    /// Runs while a refusal is unreported.
     TimerId line_ = 0;
 };
 

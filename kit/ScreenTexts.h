@@ -5,7 +5,7 @@
 namespace qoro
 {
 
-/// Every text of the kit's own that the viewer reads or hears, as it is written before translation.
+/// All texts of the kit that the viewer reads or hears, untranslated.
 namespace screen_texts
 {
 
@@ -14,7 +14,7 @@ inline constexpr const char* PageDoesNotCome = translatable("This page could not
 inline constexpr const char* PageHasStopped = translatable("This page has stopped working.");
 inline constexpr const char* AddressCannotBeShown = translatable("There is nothing that can be shown here.");
 
-// Names of what only shows a picture.
+// Accessible names of views and controls without a text of their own.
 
 inline constexpr const char* Back = translatable("Back");
 inline constexpr const char* Forward = translatable("Forward");

@@ -8,13 +8,13 @@
 namespace qoro
 {
 
-/// Whether a video gets on before its viewer, from looks at it. What is skipped or sought back over is no motion, and a
-/// video that is paused again and again does not move either, however often it starts: it moves once a second of it has
-/// run at half its speed or more. All moments are seconds that only grow.
+/// Measures whether a video makes progress, by sampling the player. Seeks do not count, and neither does a video that
+/// is paused again and again: it makes progress once a second of media has played in one piece, at half speed or
+/// faster. All times are monotonic, in seconds.
 class VideoMotion
 {
 public:
-    /// One more look at the player that is there; a null one does not move.
+    /// Samples the current player. A null player makes no progress.
     void look(const MPMoviePlayerController& player, double now)
     {
         const double position = player.currentPlaybackTime();
@@ -35,17 +35,17 @@ public:
         position_ = position;
         looked_ = now;
     }
-    /// What was not looked at does not count as standing still.
+    /// Restarts the measurement, so that a period without samples does not count as standstill.
     void begin_anew(double now) { still_since_ = now; }
-    /// Since when the video has not moved.
+    /// Time since which the video has made no progress.
     double still_since() const { return still_since_; }
-    /// Seconds of the player's video that have run, repeats counted again.
+    /// Seconds of media played by the current player; repeated parts count again.
     double played() const { return played_; }
 
 private:
     /// Of a video's own.
     static constexpr double LeastSpeed = 0.5;
-    /// Seconds of media; less than the interval of looks, or nothing would ever run so long in one piece.
+    /// Seconds of media that must play in one piece, over one or more samples.
     static constexpr double LeastRun = 1;
 
     const void* player_ = nullptr;

@@ -65,7 +65,7 @@ std::string shown_address(const NSURL& address)
     if (const std::size_t scheme = shown.find("://"); scheme != std::string::npos)
         shown.erase(0, scheme + 3);
     const std::size_t host_end = std::min(shown.find_first_of("/?#"), shown.size());
-    // A user's name before the host is there to deceive.
+    // A user name in front of the host may imitate another host.
     if (const std::size_t user = shown.substr(0, host_end).rfind('@'); user != std::string::npos)
         shown.erase(0, user + 1);
     if (shown.ends_with('/') && shown.find('/') == shown.size() - 1)

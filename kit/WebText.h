@@ -8,25 +8,25 @@
 namespace qoro
 {
 
-// Pure texts around addresses.
+// Functions on addresses and their parts.
 
-/// A text as a part of an address: everything but letters, digits and -._~ as percent escapes of its bytes.
+/// Percent-encodes a text as a URI component: every byte except the unreserved characters (RFC 3986, section 2.3).
 std::string percent_encoded(std::string_view text);
 
-/// What stands before the first colon, in lower case; empty for a null address.
+/// The part before the first colon, in lower case; empty for a null address.
 std::string scheme_of(const NSURL& address);
 
-/// The identifier in an address of the software centre (AppStream's "appstream:" and an identifier, with or without two
-/// slashes before it and one after it); null for any other address.
+/// The AppStream identifier in an "appstream:" address, with or without two slashes before and one slash after it; null
+/// for any other address.
 NSString appstream_id_of(const NSURL& address);
 
-/// An address as a browser's bar shows it: the host and what follows, without scheme and user, and without the slash of
-/// a site's first page. Empty for a null address.
+/// An address for display in a browser's bar: without scheme and user, and without the slash of an empty path. Empty
+/// for a null address.
 std::string shown_address(const NSURL& address);
 
-/// The address of a message to a telephone number (RFC 5724).
-/// @param number digits and plus signs, also with "tel:" before them; null for none
-/// @param body null for none
+/// An sms: address (RFC 5724).
+/// @param number digits and plus signs, optionally preceded by "tel:"; null for none
+/// @param body text of the message; null for none
 NSURL message_address(const NSString& number, const NSString& body);
 
 } // namespace qoro

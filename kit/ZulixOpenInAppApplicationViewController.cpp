@@ -50,7 +50,7 @@ void ZulixOpenInAppApplicationViewController::returned()
     has_returned_ = true;
     if (covered_)
         return;
-    // By now another sheet may be open, or the ad have closed: this one's end is no longer news.
+    // Another sheet may have opened meanwhile, or the ad may have closed; then this one is obsolete.
     const auto parent = parent_.lock();
     if (parent && parent->openInAppApplicationViewController.get() == this && parent->dicEventListener)
         finished();
@@ -80,7 +80,7 @@ void ZulixOpenInAppApplicationViewController::show_store_page(const NSString& it
     if (!parent)
         return;
     present_over(view(), parent->view());
-    // The ad stands in no window: the page must be seen all the same, or nothing would ever end it.
+    // If the ad's view is in no window, the default window shows the page; an invisible page could never be closed.
     if (!view().superview())
         present_over(view(), parent->windowDefaultWindow);
 }
