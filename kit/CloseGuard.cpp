@@ -119,7 +119,7 @@ void CloseGuard::look()
     });
 }
 
-/// Seconds.
+/// Seconds until the next check.
 double CloseGuard::until_next_look() const
 {
     const double now = platform_.loop().now();

@@ -14,7 +14,7 @@ namespace qoro
 
 class QoroPhoneGapViewController;
 
-/// Delays before the close guard shows its button, in seconds; none is negative.
+/// How long each condition must hold before the close guard shows its button, in seconds; none is negative.
 struct CloseGuardTimes {
     /// The page controls closing, and its script does not respond.
     double page_silent = 2;
@@ -37,6 +37,7 @@ struct CloseGuardTimes {
 class CloseGuard : public Object
 {
 public:
+    /// Creates a guard and starts watching the ad.
     /// @param ad reports to the guard while both exist
     static std::shared_ptr<CloseGuard> create(const std::shared_ptr<QoroPhoneGapViewController>& ad,
                                               const CloseGuardTimes& times);

@@ -9,6 +9,8 @@ namespace qoro
 class MessageBudget
 {
 public:
+    /// @param at_once capacity; the bucket starts full
+    /// @param per_second tokens added per second
     MessageBudget(double at_once, double per_second) : at_once_(at_once), per_second_(per_second), left_(at_once) {}
 
     /// Takes tokens.

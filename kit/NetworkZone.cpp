@@ -31,8 +31,8 @@ struct Span {
     std::size_t end;
 };
 
-/// Finds the authority as a browser does: any number of slashes and backslashes may precede it. Absent for an address
-/// that is not a web address.
+/// Finds the authority as browsers do: any number of slashes and backslashes may precede it (WHATWG URL Standard,
+/// special authority ignore slashes state). Absent for an address that is not a web address.
 std::optional<Span> authority_in(std::string_view address)
 {
     const std::size_t colon = address.find(':');
@@ -74,7 +74,8 @@ std::string without_placeholders(std::string_view text)
     }
 }
 
-/// Parses a number of an IPv4 address: decimal, octal with a leading 0, or hexadecimal with 0x.
+/// Parses a number of an IPv4 address: decimal, octal with a leading 0, or hexadecimal with 0x (WHATWG URL Standard,
+/// IPv4 number parser).
 std::optional<std::uint64_t> number_in(std::string_view text)
 {
     int base = 10;
@@ -179,7 +180,7 @@ NetworkZone zone_of(const std::array<std::uint8_t, 16>& ip)
         return ip4_at(12);
     if (begins_with({0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0})) {
         const bool own = ip[12] == 0 && ip[13] == 0 && ip[14] == 0;
-        // Of these only :: and ::1 are this machine.
+        // Of ::/120 only :: and ::1 are this machine.
         return own ? (ip[15] <= 1 ? NetworkZone::Machine : NetworkZone::Public) : ip4_at(12);
     }
     if (begins_with({0, 0x64, 0xFF, 0x9B, 0, 0, 0, 0, 0, 0, 0, 0}))

@@ -28,9 +28,9 @@ NetworkZone zone_of(const std::array<std::uint8_t, 16>& ip);
 /// under it. Public for any other: names are not resolved.
 NetworkZone zone_named_by(std::string_view address);
 
-/// Whether navigation between two addresses is forbidden because the target lies in a more inward zone. Ambiguous hosts
-/// fail closed: loopback as a target, remote as an origin. A host is ambiguous if parsers may disagree on it: it
-/// contains percent signs, backslashes, non-ASCII characters (some map to digits) or an unfilled placeholder, "{…}".
+/// Whether an address must not lead to another one because the target lies in a more inward zone. Ambiguous hosts fail
+/// closed: loopback as a target, remote as an origin. A host is ambiguous if parsers may disagree on it: it contains
+/// percent signs, backslashes, non-ASCII characters (some map to digits) or an unfilled placeholder, "{…}".
 /// @param open the innermost zone that is always permitted as a target
 bool leads_inward(std::string_view from, std::string_view to, NetworkZone open = NetworkZone::Public);
 

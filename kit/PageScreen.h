@@ -42,6 +42,7 @@ public:
 
     /// Loads an http or https address; for any other, or null, shows the viewer an error.
     void show_address(const NSURL& address);
+    /// Loads a page from its source; null shows nothing.
     void show_html(const NSString& html);
     /// Handles the viewer closing the screen.
     void close();

@@ -43,7 +43,7 @@ public:
     double played() const { return played_; }
 
 private:
-    /// Of a video's own.
+    /// Minimum rate of playback, as a fraction of normal speed.
     static constexpr double LeastSpeed = 0.5;
     /// Seconds of media that must play in one piece, over one or more samples.
     static constexpr double LeastRun = 1;

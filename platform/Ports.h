@@ -355,7 +355,7 @@ struct DeviceFacts {
     std::optional<CGSize> current_screen;
     bool phone = true;
     bool ios8 = true;
-    /// Null for none.
+    /// The device identifier (IMEI); null when there is none.
     NSString imei = "356938035643809";
     /// The host application's display name; null when it has none.
     NSString display_name = "Host App";

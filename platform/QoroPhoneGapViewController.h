@@ -188,6 +188,8 @@ public:
 
     // ------------------------------------------------------------------------------------------------ The web view
 
+    /// Decides whether a navigation may proceed.
+    /// @param navigationType UIWebViewNavigationType
     virtual bool webView(const UIWebView& webView, const NSURL& shouldStartLoadWithRequest,
                          std::int64_t navigationType);
     virtual void webViewDidStartLoad(const UIWebView& webView);
@@ -231,6 +233,7 @@ public:
     /// Stops a timer; no effect for null.
     static void stopTimerWith(const NSTimer& timer);
     virtual void stopUpdateTimer();
+    /// Sends the ad's impression. The base class only reports the call.
     virtual void sendImpression();
     virtual void setBIsSendImpression(bool sent);
     virtual void clickRequester();
@@ -238,7 +241,9 @@ public:
     virtual void qoroPresent();
     /// The viewer leaves the application.
     void qoroLeaveApplication();
+    /// The in-app browser has closed. No effect in the base class.
     virtual void closeInAppWebView();
+    /// A system sheet has closed: removes and releases its controller.
     virtual void closeInAppApplication();
     /// The movie player has left the system's full-screen mode.
     void exitFullScreen(const NSNotification& notification);

@@ -1,18 +1,19 @@
-// The kit's script library: what a creative's page says to the video ad that it belongs to, and hears from it.
+// The kit's script library: the interface between a creative and its video ad.
 //
-//   mraid        the ad as IAB's MRAID 3.0 has it, for an interstitial
+//   mraid        the ad as defined by IAB MRAID 3.0, for an interstitial
 //   qoroPlayer   the video: qoroPlayer.addEventListener('video_timeupdate', data => show(data.e.current_time));
-//   MRAID_ENV    who shows the ad
+//   MRAID_ENV    describes the environment that shows the ad
 //
-// A page may replace any built-in once this has run, and only harms itself: what the library needs is kept below, it
-// reads nothing through a prototype that a page can reach, and it builds lists and records without setters.
+// A page may replace any built-in after this script has run without affecting anything but itself: the library saves
+// the built-ins that it needs, reads nothing through a prototype that a page can modify, and builds lists and records
+// without invoking setters.
 (() => {
     'use strict';
 
     const { create, defineProperty, freeze, getOwnPropertyDescriptor, hasOwn, keys } = Object;
 
-    // A page may hold the library twice: by the kit's own script element and by its own reference. The first one stays.
-    // Asked as an own property, because an element with that id would answer for the bare name.
+    // A page may include the library twice: through the kit's script element and through its own reference. The first
+    // instance remains. The test is for an own property, because an element with this id also answers to the bare name.
     if (hasOwn(window, 'qoroPlayer'))
         return;
 
@@ -26,21 +27,21 @@
     const reject = Promise.reject.bind(Promise);
     const post = window.qoroBridge;
 
-    // ---------------------------------------------------------------------------------------------------- the bridge
+    // -------------------------------------------------------------------------------------------------------- Bridge
 
-    // What the ad takes. More than that is refused here, before it has cost more than the page's own time.
+    // The ad's limits on a message. Checking them here confines the cost of an oversized message to the page.
     const deepest = 30;
-    const mostNames = 254; // and the message's own two
-    const longest = 64 * 1024; // bytes of JSON, and so a bound for entries and letters
+    const mostNames = 254; // plus the two of the message itself
+    const longest = 64 * 1024; // bytes of JSON; also bounds the numbers of entries and characters
 
-    // Calls one of two functions with what becomes of a promise. Its own constructor stands in for the page's, which
-    // then() would ask.
+    // Calls one of two functions when a promise settles. An own 'constructor' shadows the page's, which then() would
+    // use.
     function after(promise, done, failed) {
         defineProperty(promise, 'constructor', { __proto__: null, value: undefined });
         apply(then, promise, [done, failed]);
     }
 
-    // Calls a page's function. What it throws is reported as any uncaught error; nobody else is disturbed.
+    // Calls a function of the page. An exception is reported as an uncaught error and does not affect other listeners.
     function call(listener, args) {
         try {
             apply(listener, undefined, args);
@@ -49,7 +50,7 @@
         }
     }
 
-    // The text of a date; null for anything else.
+    // A date in ISO 8601; null for any other value.
     function dateText(value) {
         try {
             return apply(toISOString, value, []);
@@ -64,8 +65,8 @@
             throw new Error('The arguments are too long.');
     }
 
-    // A value as plain data, undefined where there is none, and without what JSON would ask a page's functions for.
-    // What is left of the bounds is in a record.
+    // Converts a value to plain data, undefined if it has none, without anything that would make JSON call a function
+    // of the page. Deducts its size from the remaining limits.
     function plain(value, depth, left) {
         if (typeof value === 'string')
             spend(left, 'letters', value.length);
@@ -102,7 +103,7 @@
         return list;
     }
 
-    // Gives the kit a command. The promise gets its answer, or an error whose text says what was wrong.
+    // Sends the kit a command. The promise resolves to its result, or rejects with an error that describes the problem.
     function send(command, args) {
         if (!post)
             return reject(new Error('There is no video ad around this page.'));
@@ -110,7 +111,7 @@
         try {
             const left = { __proto__: null, names: mostNames, letters: longest };
             text = stringify({ __proto__: null, command, args: plain(args, 0, left) });
-        } catch (unsendable) { // a record that holds itself, for example
+        } catch (unsendable) { // for example a record that contains itself
             return reject(unsendable);
         }
         if (text.length > longest)
@@ -125,13 +126,12 @@
         });
     }
 
-    // Identifiers differ from page to page: an event that was on its way to an earlier page finds nobody here.
+    // Identifiers are unique per page, so an event in transit to an earlier page matches no callback here.
     const page = Math.random().toString(36).slice(2);
     let made = 0;
     const callbacks = create(null); // callback id → function of an event's data
 
-    // Asks for the events that come next, again and again: JSON, in the order in which they happened, each as
-    // [ids, data].
+    // Requests the next events, repeatedly: JSON, in order of occurrence, each as [ids, data].
     function listen() {
         after(send('nextEvents', []), events => {
             for (let e = 0; e < events.length; ++e) {
@@ -141,12 +141,12 @@
                         call(callbacks[ids[i]], [events[e][1]]);
             }
             listen();
-        }, () => {}); // this page is not the ad's any more
+        }, () => {}); // the ad has closed or shows another page
     }
 
-    // Listeners by name; a function stands under a name once.
+    // Listeners by name; a function is registered at most once per name.
     function makeListeners() {
-        const ids = create(null); // name → id → function, in the order in which they came
+        const ids = create(null); // name → id → function, in order of registration
         const told = create(null); // id → whether tell() has called it
         return {
             __proto__: null,
@@ -172,7 +172,7 @@
                     this.remove(name, id);
             },
             wasTold: id => told[id] === true,
-            // A listener that is removed meanwhile is not called any more.
+            // Does not call a listener that another one has just removed.
             tell(name, args) {
                 const known = ids[name];
                 for (const id in known) {
@@ -183,7 +183,7 @@
         };
     }
 
-    // ---------------------------------------------------------------------------------------------------- the player
+    // -------------------------------------------------------------------------------------------------------- Player
 
     const playerListeners = makeListeners();
 
@@ -194,7 +194,7 @@
         const known = playerListeners.idOf(name, listener);
         const id = known === null ? playerListeners.add(name, listener) : known;
         callbacks[id] = listener;
-        return send('addEventListener', [name, id, id]); // one identifier serves as the listener's and the callback's
+        return send('addEventListener', [name, id, id]); // the id of both listener and callback
     }
 
     function removePlayerListener(name, listener) {
@@ -207,10 +207,10 @@
         return send('removeEventListener', [name, id]);
     }
 
-    // Every command answers with a promise; it is rejected, with a line that says why, when the ad does not know the
+    // Every command returns a promise. It rejects with an error that states the reason when the ad does not know the
     // command or its arguments.
     const qoroPlayer = {
-        // A listener gets what the event carries: {e: {…}}, or the bare record, or null.
+        // A listener receives the event's data: {e: {…}}, a plain record, or null.
         addEventListener: addPlayerListener,
         removeEventListener: removePlayerListener,
 
@@ -232,7 +232,7 @@
         playNextVideo: record => record !== null && typeof record === 'object'
             ? send('playNextVideo', [record])
             : reject(new Error('The next video is a record.')),
-        // whether this is another video than the one that plays
+        // whether the address differs from that of the current video
         checkCanPlayNextVideo: address => send('checkCanPlayNextVideo', [address]),
         cancelPrePauseLocations: () => send('cancelPrePauseLocations', []),
 
@@ -245,7 +245,7 @@
         MRAIDUseCustomClose: flag => send('MRAIDUseCustomClose', [flag]),
     };
 
-    // --------------------------------------------------------------------------------------------------------- mraid
+    // --------------------------------------------------------------------------------------------------------- MRAID
 
     const listeners = makeListeners();
     const eventNames = {
@@ -253,7 +253,7 @@
         exposureChange: true, audioVolumeChange: true,
     };
 
-    // What the kit has told; until it has told something, the state is 'loading'.
+    // The state last received from the kit; 'loading' before the first message.
     let state = 'loading';
     let viewable = false;
     let exposure = { exposedPercentage: 0, visibleRectangle: null };
@@ -271,12 +271,12 @@
         'top-center': true, 'bottom-center': true,
     };
 
-    // An error event comes after the call that caused it: a page may set its listener in between.
+    // Error events are asynchronous: the page may set its listener after the call that failed.
     function fail(message, action) {
         setTimeout(() => listeners.tell('error', [message, action]));
     }
 
-    // Gives the kit a command of the standard's; what it refuses becomes an error event.
+    // Sends the kit an MRAID command; a refusal becomes an error event.
     function ask(action, args) {
         if (state === 'loading')
             fail('The ad is not ready.', action);
@@ -285,7 +285,7 @@
                 refused => fail(typeof refused === 'string' ? refused : refused.message, action));
     }
 
-    // The text of an address, which may be a URL object.
+    // An address as text; accepts URL objects.
     function addressText(address) {
         try {
             return `${address}`;
@@ -294,13 +294,13 @@
         }
     }
 
-    // The standard counts in whole points.
+    // MRAID uses whole points.
     const copyOf = rectangle => rectangle && {
         x: round(rectangle.x), y: round(rectangle.y), width: round(rectangle.width), height: round(rectangle.height),
     };
     const copyOfSize = size => ({ width: round(size.width), height: round(size.height) });
 
-    // What a listener of an event is called with, as things stand.
+    // The arguments of each event for the current state.
     const present = {
         __proto__: null,
         ready: () => [],
@@ -310,11 +310,11 @@
         exposureChange: () => [exposure.exposedPercentage, copyOf(exposure.visibleRectangle), null],
         audioVolumeChange: () => [volume],
     };
-    // Whoever comes late to one of these is told how things stand.
+    // A listener added late to one of these events is called once with the current state.
     const toldLate = { __proto__: null, ready: true, exposureChange: true, audioVolumeChange: true };
 
-    // The kit may know of a new size before the page has it: a listener that looks at its window is to find it there. A
-    // page that is not laid out at all is told a little later.
+    // The kit may report a new size before the page is resized, so size and exposure events are deferred until the
+    // window reports it. A page that is not being laid out receives them after a time-out.
     const longestResize = 250; // milliseconds
     const widthOfWindow = getOwnPropertyDescriptor(window, 'innerWidth').get;
     const heightOfWindow = getOwnPropertyDescriptor(window, 'innerHeight').get;
@@ -346,7 +346,7 @@
             tellDue();
     });
 
-    // Takes over what the kit tells: what has changed, all at once the first time.
+    // Applies the facts sent by the kit: initially all of them, later only those that changed.
     function learn(facts) {
         if (hasOwn(facts, 'error')) {
             fail(facts.error.message, facts.error.action);
@@ -405,7 +405,7 @@
         const id = listeners.add(name, listener);
         if (state === 'loading' || !toldLate[name])
             return;
-        // Unless it is removed, or told in the same breath as everyone, before.
+        // Unless the listener has been removed, or called with the others, in the meantime.
         setTimeout(() => {
             if (listeners.idOf(name, listener) === id && !listeners.wasTold(id))
                 call(listener, present[name]());
@@ -425,7 +425,7 @@
             listeners.remove(name, id);
     }
 
-    // The entry that a record itself has under a name, when it is of a type; else what stands there already.
+    // The record's own property if it has the type; otherwise the fallback.
     function entryOf(record, name, type, otherwise) {
         return record && hasOwn(record, name) && typeof record[name] === type ? record[name] : otherwise;
     }
@@ -450,7 +450,7 @@
         ask('setOrientationProperties', [orientationProperties]);
     }
 
-    // What a JSON text holds; a text that is none as it is, for the kit to say so.
+    // Parses JSON; returns malformed text unchanged, for the kit to refuse.
     function read(text) {
         try {
             return parse(text);
@@ -498,13 +498,13 @@
         getVersion: () => '3.0',
         getPlacementType: () => 'interstitial',
         getState: () => state,
-        isViewable: () => viewable, // deprecated by the standard, for exposureChange
+        isViewable: () => viewable, // deprecated by MRAID 3.0 in favour of exposureChange
         supports: feature => features[`${feature}`] === true,
 
         addEventListener: addListener,
         removeEventListener: removeListener,
 
-        // In the page's own points; the origin is the upper left corner of the screen as the page stands on it.
+        // In the page's points; the origin is the top left corner of the screen in the page's orientation.
         getCurrentPosition: () => copyOf(position),
         getDefaultPosition: () => copyOf(position), // an interstitial has one size
         getMaxSize: () => copyOfSize(screenSize),
@@ -533,15 +533,15 @@
         setResizeProperties,
 
         close: () => ask('close', []),
-        // Also for a creative that can't get ready.
+        // Also works before the ad is ready, for a creative that fails to load.
         unload: () => after(send('mraid.unload', []), () => {}, () => {}),
-        useCustomClose: flag => ask('useCustomClose', [flag]), // deprecated by the standard
-        // Each of these needs the viewer's touch, not longer ago than a second.
+        useCustomClose: flag => ask('useCustomClose', [flag]), // deprecated by MRAID 3.0
+        // These require a touch by the viewer within the last second.
         open: address => ask('open', [addressText(address)]),
         playVideo: address => ask('playVideo', [addressText(address)]),
         // a record, or the JSON text of one
         createCalendarEvent: event => ask('createCalendarEvent', [typeof event === 'string' ? read(event) : event]),
-        // Refused: an interstitial neither grows nor moves, and the kit keeps no pictures.
+        // Always refused: an interstitial has a fixed size, and the kit does not store pictures.
         expand: address => ask('expand', [address === undefined ? null : addressText(address)]),
         resize: () => ask('resize', []),
         storePicture: address => ask('storePicture', [addressText(address)]),
@@ -552,14 +552,14 @@
         sdk: 'Qoro Video Ad',
         sdkVersion: '0.1.0',
         appId: '',
-        ifa: '', // a page gets no identifier of the device
+        ifa: '', // device identifiers are not disclosed to pages
         limitAdTracking: true,
         coppa: false,
     };
 
-    // ----------------------------------------------------------------------------------------------- what a page gets
+    // -------------------------------------------------------------------------------------------------------- Globals
 
-    // A page may have names of its own for them: a script that declares "const mraid" takes over the name.
+    // Configurable, so that a page may redefine the names: a script that declares "const mraid" takes the name over.
     const give = (name, value) =>
         defineProperty(window, name, { __proto__: null, value: freeze(value), enumerable: true, configurable: true });
     give('MRAID_ENV', environment);
