@@ -143,6 +143,7 @@ public:
     virtual int playback_state() const = 0;
 };
 
+/// Creates players.
 class PlayerFactory
 {
 public:
@@ -197,7 +198,7 @@ public:
     /// A load by address, or one started by the page or the viewer, failed; the previous page stays. Reported instead
     /// of did_finish_load.
     virtual void did_fail_load(const std::string&) {}
-    /// A field of page_state() changed. Not sent for the start and the end of a load.
+    /// A field of page_state() changed. The start and the end of a load are reported by their own events.
     virtual void page_state_changed() {}
     /// The engine denied the page something that no page is granted.
     /// @param what "window", "download", "message", "navigation" or "request"
@@ -207,7 +208,9 @@ public:
         static_cast<void>(what);
         static_cast<void>(detail);
     }
-    /// The web process terminated unexpectedly. The page is gone; the ad continues.
+    /// The page's web process ended: it crashed, was terminated for exceeding a limit, or could not start. The page is
+    /// gone; the ad continues.
+    /// @param reason one line for the trace
     virtual void died(const std::string& reason) = 0;
     /// The page's script stopped responding, or responds again. Reported only while WebEngine::watch_responsiveness is
     /// on. A page counts as responsive until the opposite is reported, and a new page starts as responsive.
@@ -273,6 +276,7 @@ public:
     virtual void watch_responsiveness(bool watch) { static_cast<void>(watch); }
 };
 
+/// Creates web engines.
 class WebEngineFactory
 {
 public:
@@ -302,6 +306,7 @@ enum class FetchKind {
     Image,
 };
 
+/// Fetches pages, trackers and pictures.
 class Fetcher
 {
 public:
@@ -321,6 +326,7 @@ struct FontSpec {
     friend bool operator==(const FontSpec&, const FontSpec&) = default;
 };
 
+/// Measures text with the fonts of the display.
 class TextMeasurer
 {
 public:
@@ -337,6 +343,7 @@ public:
     virtual ~DecodedImage() = default;
 };
 
+/// Decodes pictures.
 class ImageDecoder
 {
 public:
@@ -363,6 +370,7 @@ struct DeviceFacts {
     std::optional<bool> can_send_text = true;
 };
 
+/// The device: its constant properties, its orientation, and the applications that open addresses.
 class Device
 {
 public:

@@ -8,6 +8,7 @@ namespace qoro
 class PageScreen;
 class QoroAppStoreMockViewController;
 
+/// Delegate of a store page.
 class QoroAppStoreMockViewControllerDelegate
 {
 public:

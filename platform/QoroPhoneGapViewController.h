@@ -174,6 +174,7 @@ public:
     void setCloseButtonAction(const UIButton& button);
     /// The button last passed to setCloseButtonAction; null before the first call or when it no longer exists.
     UIButton close_button() const { return UIButton(close_button_.lock()); }
+    /// The page requests that the ad close. The base class only reports the call.
     virtual void MRAIDClose();
     /// The page starts or stops drawing its own close control. No effect in the base class, which has no close button.
     virtual void MRAIDUseCustomClose(bool uses);
@@ -188,7 +189,7 @@ public:
 
     // ------------------------------------------------------------------------------------------------ The web view
 
-    /// Decides whether a navigation may proceed.
+    /// Decides whether a navigation may proceed. The base class permits only navigation within the ad's document.
     /// @param navigationType UIWebViewNavigationType
     virtual bool webView(const UIWebView& webView, const NSURL& shouldStartLoadWithRequest,
                          std::int64_t navigationType);
@@ -205,6 +206,7 @@ public:
     /// Size of the screen in its current orientation, in points: the long edge is the width while the device or the
     /// status bar is in landscape.
     CGSize getCurrnetScreenSize() const;
+    /// Whether the host allows an interface orientation.
     virtual bool shouldAutorotateToInterfaceOrientation(std::int64_t orientation) const;
     /// Parses a decimal ARGB number; opaque white for any other text.
     static UIColor formatColor(const NSString& color);
@@ -214,6 +216,7 @@ public:
     virtual void updateStatusbar();
     /// Shows a spinner of 40 by 40 points with its top left corner at a point of a view.
     void showProgressbarPosX(int x, int showPosY, const UIView& addOn);
+    /// Removes the spinner; no effect without one.
     void stopProgressbar();
 
     // ----------------------------------------------------------------------------------------------- Running the ad

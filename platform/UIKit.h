@@ -94,6 +94,7 @@ private:
     std::shared_ptr<const DecodedImage> decoded_;
 };
 
+/// Handle of a view.
 class UIView
 {
 public:
@@ -152,6 +153,7 @@ protected:
     std::shared_ptr<ViewNode> node_;
 };
 
+/// Handle of a button: a title over a background picture.
 class UIButton : public UIView
 {
 public:
@@ -178,6 +180,7 @@ public:
     void sendTouchUpInside() const;
 };
 
+/// Handle of a text label.
 class UILabel : public UIView
 {
 public:
@@ -202,6 +205,7 @@ public:
     void sizeToFit() const;
 };
 
+/// Handle of a view that shows a picture.
 class UIImageView : public UIView
 {
 public:
@@ -211,6 +215,7 @@ public:
     UIImage image() const;
 };
 
+/// Handle of a window: a root of the view tree.
 class UIWindow : public UIView
 {
 public:
@@ -271,6 +276,7 @@ public:
     WebEngine* engine() const;
 };
 
+/// A controller that owns a view.
 class UIViewController : public Object
 {
 public:
@@ -311,6 +317,7 @@ struct UIScreen {
     static std::optional<CGSize> mainScreenBounds();
 };
 
+/// The application: its windows, the status bar and opening of addresses. One per platform.
 class UIApplication
 {
 public:
@@ -330,6 +337,7 @@ private:
     Platform& platform_;
 };
 
+/// The orientation of the current platform's device.
 struct UIDevice {
     /// UIDeviceOrientation
     static std::int64_t orientation();
@@ -337,8 +345,9 @@ struct UIDevice {
     static void forceOrientation(std::int64_t orientation);
 };
 
+/// Availability of the message composer.
 struct MFMessageComposeViewController {
-    /// Whether the class exists.
+    /// Whether the device has a message composer.
     static bool available();
     static bool canSendText();
 };
