@@ -23,27 +23,27 @@
 namespace qoro
 {
 
-/// The machine's own platform, on the thread that made it, with one window that shows the device. GTK must have been
-/// started (start_toolkit).
+/// The platform of this machine, with one window that shows the device. It belongs to the thread that created it. GTK
+/// must have been started (start_toolkit).
 class DesktopPlatform final : public Platform
 {
 public:
     struct Options {
         DesktopDeviceOptions device = {};
-        /// Whether the output volume is the machine's; else it is this program's own sound's.
+        /// Whether the output volume is the machine's; if false, it is that of this program's own sound streams.
         bool system_volume = false;
-        /// Whether sound is thrown away; the volume is kept all the same.
+        /// Discards the sound. The volume is still maintained.
         bool silent = false;
-        /// Whether a volume view holds a slider.
+        /// Whether a volume view contains a slider.
         bool volume_slider = true;
-        /// The output volume to begin with, 0 to 1; absent for the one that is found.
+        /// Initial output volume, 0 to 1. Absent: the current volume is used as found.
         std::optional<float> volume = {};
-        /// Seconds that the platform's end waits at most for requests under way: trackers of an ad that closed just
-        /// before. Their answers come to nobody any more.
+        /// Seconds that the destructor waits at most for pending requests, such as trackers of an ad that has just
+        /// closed. Their answers are discarded.
         double last_requests_seconds = 2;
-        /// Whether ads and their pages reach private networks, such as a studio's own servers. Without it they reach
-        /// public addresses alone, but for what an ad of this machine names itself (ServedAd). Requests of the ad reach
-        /// this machine too then, those of its pages do not.
+        /// Whether ads and their pages may reach private networks, such as a studio's own servers. If false, they reach
+        /// public addresses only, apart from the hosts that an ad of this machine names itself (ServedAd). If true,
+        /// requests of the ad reach this machine as well; those of its pages do not.
         bool allow_private_network = false;
         VideoCache::Options video_cache = {};
         DesktopCalendar::Options calendar = {};
@@ -66,21 +66,23 @@ public:
     Screen& display() override { return screen_; }
     Translation& translation() override { return translation_; }
 
-    /// The user leaves the application: what plays pauses, and the kit alone is told.
+    /// Reports that the viewer has left the application: pauses the players, then notifies the kit of
+    /// did-enter-background, as a separate event.
     void leave_app();
-    /// The user comes back: will-enter-foreground, then did-become-active, each as an event of its own. The players
-    /// stay paused until they are told to play.
+    /// Reports that the viewer has returned: will-enter-foreground, then did-become-active, each as a separate event.
+    /// The players stay paused until play() is called.
     void return_to_app();
-    /// The user changes the output volume.
-    /// @param step what is added, within 0 and 1
+    /// Changes the output volume on behalf of the viewer.
+    /// @param step added to the volume; the result is clamped to 0 to 1
     void change_volume(float step);
 
-    /// The host has a copy of a video of its own.
-    /// @param path of a file
+    /// Registers a video file that the host already has. It takes precedence over the cache.
+    /// @param address of the video, compared exactly
+    /// @param path of the file
     void add_video_copy(const std::string& address, const std::string& path) { video_cache_.add(address, path); }
 
 private:
-    /// The output volume of a device that may have no slider.
+    /// Hides the slider of the output volume on a device without one.
     class Volume final : public OutputVolume
     {
     public:
@@ -94,7 +96,7 @@ private:
         const bool has_slider_;
     };
 
-    /// Copies that the host has, before those of the cache.
+    /// Looks up the host's own copies first, then the cache.
     class VideoCopies final : public VideoCacheStore
     {
     public:
@@ -107,7 +109,7 @@ private:
         VideoCache cache_;
     };
 
-    /// What an ad has taken goes back to the kernel, some time after its player has gone.
+    /// Returns freed memory to the kernel some seconds after a player was destroyed.
     void return_memory_later();
 
     const double last_requests_seconds_;

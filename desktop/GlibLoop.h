@@ -15,14 +15,14 @@ typedef struct _GSource GSource;
 namespace qoro
 {
 
-/// GLib's main loop. Timers and posted work stand in one queue, ordered by the moment at which they are due, then by
-/// age; so the order is the simulator's. Timers wait on the kernel's timer, to the microsecond: GLib's own time-outs
-/// wake on whole milliseconds, and repeat relative to their last, late firing. A timer that repeats fires a thousand
-/// times a second at most.
+/// Main loop over GLib. Timers and posted work share one queue, ordered by due time, then by age, so that the order of
+/// events matches the simulator's. Timers use a kernel timer with microsecond resolution: GLib's own time-outs wake on
+/// whole milliseconds and repeat relative to their last, late firing. A repeating timer fires at most a thousand times
+/// a second.
 class GlibLoop : public MainLoop
 {
 public:
-    /// @param platform every event runs through its dispatcher; null to run events as they are
+    /// @param platform dispatches every event; null runs events directly
     explicit GlibLoop(Platform* platform = nullptr);
     ~GlibLoop() override;
 
@@ -30,31 +30,33 @@ public:
     TimerId start_timer(double interval, bool repeats, std::function<void()> fire) override;
     void stop_timer(TimerId timer) override;
     double due(TimerId timer) const override;
-    /// May be called by any thread, unlike everything else here. What is posted runs, and is let go, on this one.
+    /// Any thread may call this, unlike all other functions of the class. The work runs and is destroyed on the loop's
+    /// thread.
     void post(std::function<void()> work) override;
 
-    /// Runs until quit().
+    /// Runs until quit() is called.
     void run();
     void quit();
-    /// Runs until a condition holds. The condition is asked after each turn of the loop.
-    /// @param seconds how long to wait for it at most
-    /// @return whether it holds
+    /// Runs until a condition holds. The condition is evaluated after each iteration of the loop.
+    /// @param seconds maximum time to wait
+    /// @return whether the condition holds
     bool run_until(const std::function<bool()>& condition, double seconds);
-    /// The same without the thread's other events, such as GTK's; only timers and what is posted run. For a program
-    /// whose display is gone.
+    /// Like run_until(), but runs only timers and posted work, not the other sources of the thread such as GTK's. For a
+    /// program that has lost its display.
+    /// @param seconds maximum time to wait
     void run_alone(const std::function<bool()>& condition, double seconds);
 
-    /// Lets now() begin at 0 again; before any timer is started.
+    /// Resets now() to 0. To be called before any timer is started.
     void restart_clock();
-    /// Where now() is 0, in microseconds of the machine's monotonic clock.
+    /// Origin of now(), in microseconds of the machine's monotonic clock.
     std::int64_t start_microseconds() const { return start_; }
-    /// Drops every timer and all posted work, with what they keep.
+    /// Destroys every timer and all posted work without running them.
     void clear();
 
 private:
     struct Timer {
         std::int64_t due;
-        /// 0 for a one-shot timer.
+        /// Microseconds; 0 for a one-shot timer.
         std::int64_t interval;
         std::function<void()> fire;
     };
@@ -83,7 +85,7 @@ private:
     std::map<TimerId, Timer> timers_;
 
     std::mutex mutex_;
-    // Under the mutex.
+    // Guarded by mutex_.
     std::uint64_t next_serial_ = 1;
     std::deque<Work> work_;
 };

@@ -11,12 +11,13 @@
 namespace qoro
 {
 
-/// A folder that several processes work in. Files are named relative to it, and no link in it is ever followed: what is
-/// no regular file is treated as absent. What fails is thrown as std::system_error, with the folder's path.
+/// A folder that several processes share. File names are relative to it. Symbolic links are never followed: anything
+/// but a regular file is treated as absent. Errors are thrown as std::system_error with the folder's path, except where
+/// a function returns an empty value.
 class CacheFolder
 {
 public:
-    /// What is known of a file without reading it. Times are nanoseconds since 1970.
+    /// Metadata of a file. Times are nanoseconds since 1970.
     struct Facts {
         std::uint64_t length = 0;
         std::uint64_t inode = 0;
@@ -25,9 +26,9 @@ public:
     /// Held by one process at a time, until it is destroyed.
     using Lock = Descriptor;
 
-    /// @return absent when there is no such folder
+    /// @return absent if there is no such folder
     static std::optional<CacheFolder> open(const std::string& path);
-    /// Makes the folder first, for its user alone, where there is none.
+    /// Opens a folder and creates it first if necessary, accessible to its user only.
     static CacheFolder make(const std::string& path);
 
     const std::string& path() const { return path_; }
@@ -35,25 +36,26 @@ public:
 
     /// Waits for the folder's lock.
     Lock lock() const;
-    /// @return empty when another holds it, or there can be none
+    /// @return empty if another process holds the lock, or the lock file cannot be opened
     Lock try_lock() const;
 
-    /// @return empty when there is no such regular file, or it cannot be read
+    /// @return empty if there is no such regular file, or it cannot be read
     Descriptor open_file(const std::string& name) const;
     static Facts facts(const Descriptor& file);
-    /// When the file was last touched; absent when there is no such regular file.
+    /// Time of the last modification; absent if there is no such regular file.
     std::optional<std::int64_t> touched(const std::string& name) const;
-    /// @return whether it could be
+    /// Sets a file's time of modification to now.
+    /// @return whether that succeeded
     bool touch(const std::string& name) const;
-    /// The whole of a small file; absent when there is none, and when it is too large for what is kept here.
+    /// The content of a small file; absent if there is no such file, if it cannot be read, or if it exceeds 64 KiB.
     std::optional<std::string> read(const std::string& name) const;
 
-    /// A new file that is open for writing and reading; no other of this name was there.
+    /// Creates a file for reading and writing; fails if the name exists.
     Descriptor create(const std::string& name) const;
-    /// Writes a small file in one step: it has either its old text or the new one.
+    /// Replaces a small file atomically: readers see either the old text or the new one.
     void write(const std::string& name, std::string_view text) const;
     void rename(const std::string& from, const std::string& to) const;
-    /// Nothing when there is no such file. What is no file at all (a folder) stays.
+    /// Succeeds if there is no such file. Folders are left alone.
     void remove(const std::string& name) const;
 
 private:

@@ -6,7 +6,7 @@
 namespace qoro
 {
 
-/// An open file. Movable; closed with the object.
+/// An owned file descriptor. Movable; the destructor closes it.
 class Descriptor
 {
 public:

@@ -15,7 +15,7 @@ namespace qoro
 class CacheFolder;
 struct CacheRecord;
 
-/// A copy of a video.
+/// A cached copy of a video.
 struct CachedVideo {
     std::string address;
     std::string path;
@@ -25,28 +25,28 @@ struct CachedVideo {
     std::int64_t last_use = 0;
 };
 
-/// Copies of videos in a folder that any number of processes use at once.
+/// Copies of videos in a folder that any number of processes may use at once.
 ///
-/// A copy is two files, named by a digest of its address: the video, and a record of its length and of a digest of its
-/// content. The record is written last and removed first, so a video without one is no copy. Both are changed only by
-/// who holds the folder's lock; looking a copy up takes no lock.
+/// A copy consists of two files, named after a digest of its address: the video, and a record of its length and of a
+/// digest of its content. The record is written last and removed first, so a video without a record is not a copy. Both
+/// change only under the folder's lock; the lookup of an intact copy takes no lock.
 ///
-/// A copy that is looked up must have its record's address and length, and be the file that was finished then,
-/// unchanged since, as its inode and its time of change tell. A file of which these differ (one that came from a
-/// backup, one that was written to) is read whole: when it has the record's content it is known again, otherwise it is
-/// removed. Nothing is read of a copy that nobody touched.
+/// A lookup checks that the record has the address, and that the file has the recorded length, inode and time of
+/// modification. If these differ (a file restored from a backup, or one that was written to), the file is read
+/// completely: if its digest matches the record, the record is updated, otherwise the copy is removed. An unmodified
+/// copy is not read.
 ///
-/// What is not the cache's own is left alone, and no link is followed.
+/// Files that the cache did not create are left alone, and symbolic links are not followed.
 class VideoCache final : public VideoCacheStore
 {
 public:
     struct Options {
-        /// Made when the first video comes.
+        /// Created when the first video is stored.
         std::string folder = default_folder();
-        /// Bytes of all copies together; those that were not used for the longest time go first. What is still coming
-        /// in is not counted.
+        /// Maximum size of all copies together, in bytes; the least recently used copies are removed first. Downloads
+        /// in progress do not count.
         std::uint64_t most_bytes = 256'000'000;
-        /// Gets one line when the folder can't be used, once; may be null.
+        /// Receives one line, once, if the folder cannot be used; may be null.
         std::function<void(const std::string&)> warn = {};
     };
 
@@ -58,26 +58,26 @@ public:
     const std::string& folder() const { return options_.folder; }
     std::uint64_t most_bytes() const { return options_.most_bytes; }
 
-    /// Looking a copy up is a use of it. A folder that is missing or unusable holds no copies.
+    /// A lookup counts as a use. A folder that is missing or unusable contains no copies.
     NSString path_for(const NSString& address) override;
 
-    /// All copies, the last used one first. None where there is no folder.
-    /// @throws std::system_error when the folder can't be read
+    /// All copies, most recently used first. Empty if there is no folder.
+    /// @throws std::system_error if the folder cannot be read
     std::vector<CachedVideo> videos() const;
 
     struct Removed {
         std::size_t videos = 0;
         std::uint64_t bytes = 0;
     };
-    /// Removes all copies, and what was left of those that never became whole.
-    /// @throws std::system_error when the folder can't be read or written
+    /// Removes all copies and the remains of incomplete ones.
+    /// @throws std::system_error if the folder cannot be read or written
     Removed empty();
 
 private:
     friend class IncomingVideo;
 
     NSString look_up(const std::string& address);
-    /// Keeps a finished file as the copy of an address.
+    /// Makes a finished file the copy of the record's address.
     void keep(const CacheFolder& folder, const std::string& part, CacheRecord record);
     void warn(const std::string& line);
 
@@ -85,23 +85,23 @@ private:
     bool warned_ = false;
 };
 
-/// A video on its way into the cache. Unless it is kept, nothing of it stays.
+/// A video that is being written to the cache. It is discarded unless keep() is called.
 class IncomingVideo
 {
 public:
-    /// @param cache outlives it
-    /// @throws std::system_error when the folder can't be made or written
+    /// @param cache must outlive the object
+    /// @throws std::system_error if the folder cannot be created or written
     IncomingVideo(VideoCache& cache, const std::string& address);
     ~IncomingVideo();
     IncomingVideo(const IncomingVideo&) = delete;
     IncomingVideo& operator=(const IncomingVideo&) = delete;
 
-    /// Adds to its end.
-    /// @throws std::system_error when it can't be written, as on a full disk
+    /// Appends bytes.
+    /// @throws std::system_error if they cannot be written, for example on a full disk
     void write(std::string_view bytes);
-    /// Bytes so far.
+    /// Bytes written so far.
     std::uint64_t length() const;
-    /// It is whole: makes it the copy of its address, in the place of any other, and makes room for it.
+    /// Marks the video as complete: it replaces any other copy of its address. Older copies are removed if necessary.
     /// @throws std::system_error
     void keep();
 

@@ -10,23 +10,22 @@ namespace qoro
 
 class VideoCache;
 
-/// Fills a cache ahead of the ads that want its videos. It works on the thread that calls it, which must be the one
-/// that made it, and waits there.
+/// Fills a cache before ads need its videos. Blocks the calling thread, which must be the one that created the object.
 class VideoDownload
 {
 public:
     struct Limits {
-        /// Seconds that a server may send nothing.
+        /// Seconds without data after which a download fails.
         unsigned silent_seconds = 15;
-        /// Seconds for all of a video.
+        /// Maximum seconds for a whole video.
         double all_seconds = 600;
     };
     struct Result {
-        /// In words; empty when there is a copy now.
+        /// In words; empty if the cache now has a copy.
         std::string error = {};
         /// Bytes.
         std::uint64_t length = 0;
-        /// Whether the copy was there already; nothing was asked of the server then.
+        /// Whether the cache already had a copy; then no request was sent.
         bool was_there = false;
     };
 
@@ -36,9 +35,9 @@ public:
     VideoDownload(const VideoDownload&) = delete;
     VideoDownload& operator=(const VideoDownload&) = delete;
 
-    /// Sees to it that there is a copy. Only an answer that is whole becomes one: of status 200, as many bytes as it
-    /// said that there would be, unpacked, and no page in a video's place.
-    /// @param address of http or https
+    /// Makes sure that the cache has a copy. Only a complete answer becomes one: status 200, a Content-Length that the
+    /// body matches, no content coding, and a content type other than text/html.
+    /// @param address http or https
     Result fetch(VideoCache& cache, const std::string& address);
 
 private:

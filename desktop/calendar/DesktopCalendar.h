@@ -8,15 +8,15 @@
 namespace qoro
 {
 
-/// Hands events to this machine's program for calendars, as files of iCalendar. A file stays for the program to read,
-/// and is removed with the first event that comes a day later.
+/// Passes events to the machine's calendar program as iCalendar files. The program may read a file at any time, so
+/// files stay; those older than a day are removed when the next event is written.
 class DesktopCalendar final : public Calendar
 {
 public:
     struct Options {
-        /// Where the files are written; made when the first event comes.
+        /// Where the files are written; created with the first event.
         std::string folder = default_folder();
-        /// Whether the host lets events through at all.
+        /// Whether the host permits calendar events at all.
         bool allowed = true;
     };
 
@@ -25,9 +25,9 @@ public:
 
     explicit DesktopCalendar(Options options) : options_(std::move(options)) {}
 
-    /// Whether this machine has a program for text/calendar.
+    /// Whether events are permitted and the machine has a program for text/calendar.
     bool available() override;
-    /// Also says no to a zone that this machine does not know.
+    /// Also refuses an event whose time zone this machine does not know.
     NSString add(const CalendarEvent& event) override;
 
 private:

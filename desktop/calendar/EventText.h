@@ -8,17 +8,17 @@
 namespace qoro
 {
 
-/// What a file of an event has beside the event.
+/// Metadata of an event's file.
 struct EventStamp {
-    /// Names the event among all others.
+    /// Globally unique identifier of the event (UID; RFC 5545, 3.8.4.7).
     std::string uid;
-    /// Seconds since 1970.
+    /// Seconds since 1970 (DTSTAMP; RFC 5545, 3.8.7.2).
     std::int64_t made = 0;
 };
 
-/// An event as iCalendar (RFC 5545). One that comes again keeps its clock: its days and hours are those that the clock
-/// shows, whatever days they are in UTC.
-/// @return null when the event's zone is not known here
+/// An event as iCalendar text (RFC 5545). A recurring event keeps its local clock: its days and hours are those of the
+/// event's time zone, even where the days differ in UTC.
+/// @return null if the event's time zone is unknown on this machine
 NSString event_text(const CalendarEvent& event, const EventStamp& stamp);
 
 } // namespace qoro

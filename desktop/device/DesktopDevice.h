@@ -14,30 +14,31 @@ namespace qoro
 
 /// The device that the desktop window shows, and the host application on it.
 struct DesktopDeviceOptions {
-    /// By default invented ones: nothing about this machine goes into a tracker.
+    /// Made-up values by default, so that trackers carry no information about this machine.
     DeviceFacts facts = {};
     /// UIDeviceOrientation
     int orientation = 1;
     /// UIInterfaceOrientation
     int status_bar_orientation = 1;
     bool status_bar_hidden = false;
-    /// UIInterfaceOrientations to which the host turns by itself.
+    /// UIInterfaceOrientations to which the host rotates automatically.
     std::vector<std::int64_t> autorotates{1, 3, 4};
-    /// Beginnings of the addresses that can be opened; absent: those for whose scheme this machine has a program.
+    /// Prefixes of the addresses that can be opened. Absent: the addresses whose scheme has a program on this machine.
     std::optional<std::vector<std::string>> can_open = {};
 };
 
-/// What changes on a device at once; absent what stays.
+/// Changes of a device that apply together; absent values stay as they are.
 struct DeviceUpdate {
     std::optional<int> orientation = {};
     std::optional<int> status_bar_orientation = {};
     std::optional<bool> status_bar_hidden = {};
 };
 
+/// The emulated device. Main thread only.
 class DesktopDevice : public Device
 {
 public:
-    /// @param platform is told of changes, through its loop and display
+    /// @param platform notified of changes through its loop and display
     DesktopDevice(Platform& platform, DesktopDeviceOptions options);
 
     const DeviceFacts& facts() const override { return options_.facts; }
@@ -46,22 +47,24 @@ public:
     int status_bar_orientation() const override { return options_.status_bar_orientation; }
     bool status_bar_hidden() const override { return options_.status_bar_hidden; }
     bool can_open(const NSURL& address) override;
-    /// With this machine's program for the scheme. Files of this machine are never opened.
+    /// Opens an address with the machine's program for its scheme. Local files are never opened.
     void open(const NSURL& address) override;
-    /// Done as soon as the program has been started, or could not be: nobody tells when the viewer is done there.
+    /// Calls `done` as soon as the program has started or failed to start: the desktop does not report when the viewer
+    /// is finished with it.
     void open_and_wait(const NSURL& address, std::function<void()> done) override;
 
     const std::vector<std::int64_t>& autorotates() const { return options_.autorotates; }
 
-    /// Someone turns the device: its orientation changes, then, where the host allows that interface orientation, the
-    /// status bar's.
+    /// Rotates the device: its orientation changes, then the status bar's if the host permits that interface
+    /// orientation.
     void turn(int device_orientation);
-    /// By a quarter from how it is held now.
+    /// Rotates by a quarter turn from the current orientation.
     void turn_clockwise();
     void turn_counterclockwise();
-    /// A new orientation of the status bar is reported, as an event of its own; no other change is.
+    /// Applies a change. A new device orientation and a new status bar orientation are each reported as an event of
+    /// their own; a change of status_bar_hidden is not reported.
     void change(const DeviceUpdate& change);
-    /// Turns the device with this machine, where it has a sensor for that.
+    /// Rotates the device with this machine if it has an orientation sensor.
     void follow_sensor();
 
 private:
@@ -69,10 +72,10 @@ private:
 
     Platform& platform_;
     DesktopDeviceOptions options_;
-    /// The last orientation in which it was not lying flat: 1 to 4.
+    /// The last orientation in which the device was not lying flat: 1 to 4.
     int held_ = 1;
     std::unique_ptr<OrientationSensor> sensor_;
-    /// Dies with the device; what comes back from a program watches it.
+    /// Expires with the device; checked by pending program launches.
     std::shared_ptr<bool> alive_ = std::make_shared<bool>();
 };
 

@@ -8,19 +8,19 @@ typedef struct _GDBusConnection GDBusConnection;
 namespace qoro
 {
 
-/// The machine's orientation sensor, as iio-sensor-proxy offers it on the system's bus. Where there is none, nothing is
-/// ever heard of it. Nothing waits for the bus.
+/// The machine's orientation sensor, provided by iio-sensor-proxy on the system bus. Without a sensor there are no
+/// reports. All bus calls are asynchronous.
 class OrientationSensor
 {
 public:
-    /// Gets the UIDeviceOrientation to which the machine was turned: 1 upright, 2 upside down, 3 its top to the left, 4
-    /// its top to the right. Called on the main loop, for changes alone: how the machine lies at first says nothing
-    /// about how the viewer wants to see the device.
+    /// Receives the UIDeviceOrientation of the machine: 1 upright, 2 upside down, 3 top to the left, 4 top to the
+    /// right. Called on the main loop, for changes only: the machine's initial orientation says nothing about how the
+    /// viewer wants to see the device.
     using OnTurn = std::function<void(int)>;
 
-    /// Listens on the system's bus.
+    /// Uses the system bus.
     explicit OrientationSensor(OnTurn on_turn);
-    /// Listens on a bus of the caller's.
+    /// Uses the caller's bus.
     OrientationSensor(GDBusConnection* bus, OnTurn on_turn);
     ~OrientationSensor();
 

@@ -7,9 +7,9 @@
 namespace qoro
 {
 
-/// Folders for files that last no longer than the program: those that can be written to, with room for so many bytes
-/// first (the temporary folder, the user's folders for a run and for caches, the machine's memory), then the others,
-/// the one with the most room in front. Empty when there is none at all.
+/// Writable folders for files that last no longer than the program, best first: those with room for `bytes`, in the
+/// order temporary folder, user runtime folder, user cache folder, /dev/shm; then the others by descending free space.
+/// Empty if no folder is writable.
 std::vector<std::string> scratch_folders(std::uint64_t bytes);
 
 } // namespace qoro

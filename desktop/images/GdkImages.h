@@ -7,7 +7,7 @@ typedef struct _GdkTexture GdkTexture;
 namespace qoro
 {
 
-/// A picture as GTK draws it.
+/// A decoded image as a GTK texture.
 class GdkDecodedImage : public DecodedImage
 {
 public:
@@ -24,7 +24,7 @@ private:
     GdkTexture* const texture_;
 };
 
-/// Decodes PNG and JPEG; anything else, a broken or cut picture, and one of more than 64 million pixels is none.
+/// Decodes PNG and JPEG. Returns null for other formats, for broken or truncated files, and above 64 million pixels.
 class GdkImages : public ImageDecoder
 {
 public:

@@ -9,33 +9,33 @@
 namespace qoro
 {
 
-/// What an ad server serves.
+/// Content of an ad server.
 struct AdServerContent {
-    /// Folder whose files are served; nothing outside it is, whatever links it holds. Empty for none.
+    /// Folder whose files are served. Nothing outside it is served, even through symbolic links. Empty: no files.
     std::string folder;
-    /// Paths that stand for trackers ("/t/start"), as the address names them before any query. They are answered 204. A
-    /// path with a macro in it ("/t/{CurrentTime}") stands for every path that begins with what precedes the macro.
+    /// Tracker paths ("/t/start"), as they appear in the address before any query. They are answered with status 204. A
+    /// path that contains a macro ("/t/{CurrentTime}") matches every path that begins with the part before the macro.
     std::vector<std::string> trackers;
     /// The kit's script library: JavaScript, served under ScriptPath and under every path that ends in "/mraid.js",
-    /// unless the folder holds a file of that name.
+    /// unless the folder contains a file of that name.
     std::string script;
 };
 
-/// One request that the server got.
+/// One request that the server received.
 struct AdServerHit {
     /// Microseconds of the machine's monotonic clock.
     std::int64_t time = 0;
     std::string method;
     /// Path and query as the client sent them.
     std::string target;
-    /// The status that it was answered with.
+    /// HTTP status of the answer.
     unsigned status = 0;
-    /// Whether it was one of the trackers.
+    /// Whether the path matched one of the trackers.
     bool tracker = false;
 };
 
-/// A small HTTP server on 127.0.0.1, on a free port, for an ad's own folder. It runs on a thread of its own, so that it
-/// answers while the main thread waits for it.
+/// A small HTTP server for an ad's own folder, on 127.0.0.1 and a free port. It runs on its own thread, so it can
+/// answer while the main thread blocks on it.
 class AdServer
 {
 public:
@@ -43,17 +43,17 @@ public:
 
     using OnHit = std::function<void(const AdServerHit&)>;
 
-    /// @param on_hit called for every request once its status is settled, on the server's thread; may be null
+    /// @param on_hit called for every request once its status is known, on the server's thread; may be null
     explicit AdServer(AdServerContent content, OnHit on_hit = nullptr);
-    /// Ends every connection.
+    /// Closes every connection.
     ~AdServer();
 
-    /// Whether it listens; when it does not, error() says why.
+    /// Whether the server listens; if not, error() holds the reason.
     bool listens() const;
     const std::string& error() const;
-    /// "http://127.0.0.1:41234", without a slash at the end. Empty when it does not listen.
+    /// "http://127.0.0.1:41234", without a trailing slash. Empty if the server does not listen.
     std::string base() const;
-    /// Every request so far, oldest first. Any thread may ask.
+    /// All requests so far, oldest first. Any thread may call this.
     std::vector<AdServerHit> hits() const;
 
 private:

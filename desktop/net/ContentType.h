@@ -5,7 +5,7 @@
 namespace qoro
 {
 
-/// The content type of a file by its name's extension, whatever its case; "application/octet-stream" for others.
+/// Content type of a file, derived from its extension, ignoring case; "application/octet-stream" for unknown ones.
 const char* content_type_of(std::string_view path);
 
 } // namespace qoro

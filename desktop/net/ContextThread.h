@@ -8,12 +8,12 @@ typedef struct _GMainContext GMainContext;
 namespace qoro
 {
 
-/// A thread with a GLib main context of its own, that runs until it is destroyed. What is still posted then does not
-/// run any more.
+/// A thread that runs its own GLib main context until the object is destroyed. Work posted before the destructor still
+/// runs; work that it adds may not.
 class ContextThread
 {
 public:
-    /// @param name as debuggers show it, at most 15 characters
+    /// @param name shown by debuggers, at most 15 characters
     explicit ContextThread(const char* name);
     ~ContextThread();
     ContextThread(const ContextThread&) = delete;
@@ -22,14 +22,14 @@ public:
     GMainContext* context() const { return context_; }
     /// Runs work on the thread, after everything posted before it.
     void post(std::function<void()> work);
-    /// The same, and waits for it.
+    /// Like post(), but blocks until the work has run.
     void run(const std::function<void()>& work);
-    /// Waits, while the thread's events go on, until a condition, asked on the thread, no longer holds.
+    /// Blocks while a condition holds. The condition is evaluated on the thread, whose events continue to run.
     void run_while(const std::function<bool()>& condition);
 
 private:
     GMainContext* const context_;
-    bool over_ = false; // touched on the thread alone
+    bool over_ = false; // only touched on the thread
     std::thread thread_;
 };
 

@@ -7,9 +7,11 @@ typedef struct _GUri GUri;
 namespace qoro
 {
 
-/// Null when the text is no address of HTTP or HTTPS with a host. The caller frees it.
+/// Parses an HTTP or HTTPS address with a host.
+/// @return null for anything else; the caller unrefs it
 GUri* http_uri(const std::string& address);
 
+/// Whether http_uri() accepts the address.
 bool is_http_address(const std::string& address);
 
 } // namespace qoro

@@ -9,22 +9,22 @@ typedef struct _SoupMessageHeaders SoupMessageHeaders;
 namespace qoro
 {
 
-/// What the head of an HTTP answer says about the bytes behind it.
+/// What the header section of an HTTP answer says about its body.
 struct HttpAnswer {
-    /// The file's byte that comes first; absent for an answer without a usable part (another status than 200 and 206, a
-    /// part that does not say which).
+    /// Offset in the file of the first byte of the body. Absent if the answer has no usable part: a status other than
+    /// 200 and 206, or a part without a valid Content-Range.
     std::optional<std::uint64_t> first;
-    /// Bytes of the whole file; absent when it does not tell.
+    /// Bytes of the whole file; absent if the answer does not state it.
     std::optional<std::uint64_t> size;
-    /// Whether it says that no part can be asked for.
+    /// Whether the server refuses range requests ("Accept-Ranges: none").
     bool refuses_parts = false;
-    /// Whether the bytes come packed.
+    /// Whether the body has a content coding other than identity.
     bool packed = false;
-    /// What it calls this version of the file, if that identifies the file byte for byte (RFC 9110, 8.8.3); else empty.
+    /// Strong validator of this version of the file (ETag; RFC 9110, 8.8.3); empty without one.
     std::string version;
 };
 
-/// @param headers anything that a server sends
+/// @param headers as received; they may contain anything
 HttpAnswer read_answer(unsigned status, SoupMessageHeaders* headers);
 
 } // namespace qoro

@@ -15,46 +15,47 @@ typedef struct _SoupSession SoupSession;
 namespace qoro
 {
 
-/// Reads a file of an HTTP server from any of its bytes on. A connection that breaks is taken up again at the byte
-/// where it broke, a few times; so is one on which nothing comes for a while.
+/// Reads a file from an HTTP server, from any byte offset. After a connection breaks or times out, it continues at the
+/// same byte, a limited number of times.
 ///
-/// Reading waits, on the thread that reads; one thread at a time, stop() and resume() excepted. To be made and
-/// destroyed by one thread, while nobody reads.
+/// read() blocks. Only one thread may read at a time; stop() and resume() may be called by any thread. One thread must
+/// create and destroy the object, while no read is in progress.
 class HttpReader
 {
 public:
     struct Limits {
-        /// Seconds that a server may send nothing.
+        /// Seconds without data after which a connection times out.
         unsigned silent_seconds = 10;
-        /// How often in a row the server may be asked without a byte that comes of it.
+        /// Maximum number of consecutive requests that yield no byte.
         int attempts = 2;
-        /// How many connections may break, and one more with each 64 KiB that have come.
+        /// Maximum number of broken connections; one more is allowed for each 64 KiB received.
         std::uint64_t breaks = 20;
-        /// Bytes of a file; a larger one is refused.
+        /// Maximum size of the file in bytes; a larger file is refused.
         std::uint64_t size = std::numeric_limits<std::uint64_t>::max();
     };
     enum class Outcome { Bytes, End, Stopped, Failed };
 
-    /// @param address of http or https
+    /// @param address http or https
     explicit HttpReader(const std::string& address);
     HttpReader(const std::string& address, const Limits& limits);
     ~HttpReader();
     HttpReader(const HttpReader&) = delete;
     HttpReader& operator=(const HttpReader&) = delete;
 
-    /// Takes the next bytes that are there, at most `room`; their count is in `got`. A position that does not follow
-    /// the last one costs a request.
+    /// Reads the next available bytes, at most `room`, and stores their count in `got`. A position that does not follow
+    /// the previous read needs a new request.
     Outcome read(std::uint64_t position, char* to, std::size_t room, std::size_t& got);
-    /// In words; of the last Failed. What a server refuses, it is not asked for again.
+    /// Reason of the last Failed outcome, in words. After a refusal the server is not contacted again.
     const std::string& error() const { return error_; }
 
-    /// Bytes of the file; absent before the server has answered, and when it does not tell.
-    /// Any thread, as can_jump().
+    /// Bytes of the file; absent before the server has answered, and if it does not state the size.
+    /// Any thread may call this and can_jump().
     std::optional<std::uint64_t> size() const;
-    /// Whether the server is likely to send from any byte on; false before it has answered.
+    /// Whether the server probably supports range requests; false before it has answered.
     bool can_jump() const;
 
-    /// Any thread: breaks off what is being read, and everything that is read before resume().
+    /// Aborts the current read. It and all further ones return Stopped until resume() is called. Any thread may call
+    /// this.
     void stop();
     void resume();
 
@@ -66,7 +67,7 @@ private:
     Connection skip_to(std::uint64_t position);
     void learn(std::optional<std::uint64_t> size, bool can_jump);
     Connection refuse(std::string reason);
-    /// @param reason unless it was broken off here
+    /// @param reason used unless stop() caused the break
     Connection broken(const char* reason);
     void disconnect();
     bool is_stopped();
@@ -75,24 +76,24 @@ private:
     GUri* const uri_;
     const NetworkZone reach_;
     SoupSession* const session_;
-    /// The request under way, with its answer.
+    /// The pending request; stream_ is its answer.
     SoupMessage* message_ = nullptr;
     GInputStream* stream_ = nullptr;
     std::optional<RequestGuard> guard_;
     bool refused_ = false;
-    /// The next byte of the stream.
+    /// Offset in the file of the stream's next byte.
     std::uint64_t at_ = 0;
-    /// What the server calls this version of the file; empty for nothing that could be relied on.
+    /// Strong validator of the file's version; empty if the server sent none.
     std::string version_;
     std::uint64_t received_ = 0;
     std::uint64_t breaks_ = 0;
     std::string error_;
     mutable std::mutex mutex_;
-    // Under the mutex; the first two are changed by the thread that reads alone.
+    // Guarded by mutex_; only the reading thread changes the first two.
     std::optional<std::uint64_t> size_;
     bool can_jump_ = false;
     bool stopped_ = false;
-    /// Of the request under way; another one for each.
+    /// Cancels the pending request; each request has its own.
     GCancellable* cancellable_ = nullptr;
 };
 

@@ -15,11 +15,12 @@ typedef struct _GSocketConnection GSocketConnection;
 namespace qoro
 {
 
-/// One connection of a page through the proxy: asked for by SOCKS, made to what may be reached, then bytes both ways.
+/// One connection of a page through the proxy: a SOCKS handshake, a connection to an allowed server, then a relay in
+/// both directions.
 class PageTunnel
 {
 public:
-    /// What all tunnels of a proxy share.
+    /// Shared by all tunnels of a proxy.
     struct Rules {
         std::string user;
         std::string password;
@@ -28,22 +29,22 @@ public:
         std::function<void(const std::string& where)> on_refusal;
     };
 
-    /// @param rules outlive it
-    /// @param page is taken
+    /// @param rules must outlive the tunnel
+    /// @param page taken over
     PageTunnel(Rules& rules, GSocketConnection* page);
     ~PageTunnel();
     PageTunnel(const PageTunnel&) = delete;
     PageTunnel& operator=(const PageTunnel&) = delete;
 
-    /// All of it; waits, on a thread of its own.
+    /// Runs the tunnel to its end. Blocks; to be called on a thread of its own.
     void run();
-    /// Any thread: ends it soon when it leads further inside.
+    /// Stops the tunnel if it leads further inside than `reach`. Any thread may call this; it returns at once.
     void keep_within(NetworkZone reach);
-    /// Any thread: ends it soon.
+    /// Stops the tunnel. Any thread may call this; it returns at once.
     void stop();
 
 private:
-    /// What a request asks for.
+    /// A SOCKS request; target is null if it was invalid.
     struct Asked {
         GSocketConnectable* target = nullptr;
         std::string where;
@@ -63,7 +64,7 @@ private:
     GSocketConnection* server_ = nullptr;
     GCancellable* const stop_;
     std::atomic<NetworkZone> zone_ = NetworkZone::Public;
-    /// The last address that lies too far inside; empty for none.
+    /// The last address that was refused because it lies too far inside; empty if none was.
     std::string refused_;
 };
 

@@ -10,27 +10,28 @@ typedef struct _GSocketAddress GSocketAddress;
 namespace qoro
 {
 
-// How far inside requests go. Addresses are checked as connections are made, so that a name which leads inside is
-// found out, whatever it led to before. Any thread.
+// How far inside (NetworkZone) requests may go. Addresses are checked when connections are made, so that a name that
+// leads inside is detected whatever it resolved to before. Any thread may call these functions.
 
-/// In force for the whole program as long as it lives, one at a time: what a public ad names lies outside. Without one
-/// every address can be reached, as for a program that fetches what its user names.
+/// Restricts requests of the whole program while it exists; at most one exists at a time. A public ad then reaches
+/// public addresses only. Without a rule every address can be reached, as suits a program that fetches what its user
+/// names.
 class ReachRule
 {
 public:
-    /// @param open the innermost zone that everything reaches
+    /// @param open the innermost zone that every request may reach
     explicit ReachRule(NetworkZone open);
     ~ReachRule();
     ReachRule(const ReachRule&) = delete;
     ReachRule& operator=(const ReachRule&) = delete;
 };
 
-/// As long as it lives, requests to these hosts may go as far inside as they lead: an ad of this machine names them
-/// itself. A host counts with its port.
+/// While it exists, requests to these hosts may lead to any zone, because an ad of this machine names them itself. A
+/// host includes its port.
 class NamedHosts
 {
 public:
-    /// @param addresses those that are none of http or https are passed over
+    /// @param addresses addresses other than http and https are ignored
     explicit NamedHosts(const std::vector<std::string>& addresses);
     ~NamedHosts();
     NamedHosts(const NamedHosts&) = delete;
@@ -40,20 +41,21 @@ private:
     std::vector<std::string> hosts_;
 };
 
-/// The innermost zone that a request for an address may go to.
+/// The innermost zone that a request for an address may reach.
 NetworkZone reach_of(const std::string& address);
-/// The innermost zone that everything may go to.
+/// The innermost zone that every request may reach; public without a rule.
 NetworkZone open_zone();
-/// Whether a rule is in force.
+/// Whether a ReachRule exists.
 bool has_reach_rule();
 
-/// A page has come.
+/// Records the zone that a page came from.
 /// @param zone of the server that sent it
 void note_page(const std::string& address, NetworkZone zone);
-/// The innermost zone that a page may go to, which has come from an address: its own, unless everything may go further.
+/// The innermost zone that the page of an address may reach: the zone it came from, or open_zone() if that lies further
+/// inside. Without a rule, any zone.
 NetworkZone reach_of_page(const std::string& address);
 
-/// The zone of what a socket leads to; public for what is no IP address.
+/// The zone of a socket address; public for anything but an IP address.
 NetworkZone zone_of(GSocketAddress* address);
 /// "192.168.1.7:80"
 std::string text_of(GSocketAddress* address);

@@ -13,28 +13,29 @@ typedef struct _SoupMessage SoupMessage;
 namespace qoro
 {
 
-/// Watches one request, as long as it is under way.
+/// Checks one request while it is pending.
 ///
-/// It goes no further inside than it may, nor does what its server redirects it to: servers there trust every client
-/// that reaches them. What a connection leads to is looked at before it is made; a host of which some addresses lie
-/// further inside is reached by the others. Behind a proxy, whose network is its own, only what the address itself says
-/// counts.
+/// The request may not go further inside than allowed, nor may its redirects, because servers there trust every client
+/// that reaches them. The address of a connection is checked before the connection is made; if some addresses of a host
+/// lie further inside, the others are used. Behind a proxy, which resolves names in its own network, only the address
+/// itself is checked.
 ///
-/// An answer whose length is none ("-1", more than 2⁶³ bytes) is refused before libsoup takes it for one.
+/// An answer with an invalid Content-Length ("-1", more than 2⁶³ bytes) is refused before libsoup uses it.
 class RequestGuard
 {
 public:
     /// @param asked the address that the request is made for
-    /// @param request what the request is sent with; cancelled when it is refused
-    /// @param reach the innermost zone that it may go to; a redirect may go no further than its server lies
+    /// @param request cancels the request when it is refused
+    /// @param reach the innermost zone that the request may reach; a redirect may go no further inside than the server
+    ///        that sent it
     RequestGuard(SoupMessage* message, GUri* asked, GCancellable* request, NetworkZone reach);
     ~RequestGuard();
     RequestGuard(const RequestGuard&) = delete;
     RequestGuard& operator=(const RequestGuard&) = delete;
 
-    /// Why the request, which has failed, was refused, in words; null when it was not.
+    /// Why the failed request was refused, in words; null if it was not refused.
     const char* reason() const { return reason_; }
-    /// The zone of the server that the last part of the request went to.
+    /// The zone of the server that the request was last sent to.
     NetworkZone zone() const { return zone_; }
 
 private:

@@ -13,10 +13,10 @@ class ServedFile
 {
 public:
     /// Opens the file that a request's path names.
-    /// @param folder as std::filesystem::canonical gives it
-    /// @param path as the client sent it, percent escapes and all, without the query
-    /// @return absent for a path that climbs ("..") or is malformed, for what is no regular file or cannot be read, and
-    ///         for whatever lies outside the folder once links are followed
+    /// @param folder canonical path (std::filesystem::canonical)
+    /// @param path as the client sent it, with percent escapes, without the query
+    /// @return absent for a malformed path or one that contains "..", for anything but a readable regular file, and for
+    ///         a file that lies outside the folder once symbolic links are resolved
     static std::optional<ServedFile> open(const std::string& folder, std::string_view path);
 
     ServedFile(ServedFile&& other) noexcept;
@@ -25,7 +25,7 @@ public:
 
     std::int64_t size() const { return size_; }
     /// Reads into a buffer.
-    /// @return how many bytes came; fewer than asked for only at the file's end or on an error
+    /// @return number of bytes read; less than `length` only at the end of the file or after an error
     std::size_t read(std::int64_t from, char* into, std::size_t length) const;
 
 private:

@@ -9,64 +9,64 @@
 namespace qoro
 {
 
-/// Fetches over HTTP with libsoup, on a thread and session of its own, so that a fetch for which the main thread waits
-/// and those in the background share connections, and neither holds the other up.
+/// Fetches over HTTP with libsoup, on its own thread and session. Fetches that block the main thread and fetches in the
+/// background share connections, and neither delays the other.
 ///
-/// A fetch goes out at once unless its host is busy with as many as it may have; then it waits for one of these, and
-/// its time begins when it goes out. One for which the main thread waits goes before all others.
+/// A fetch is sent at once unless its host, or the fetcher, has reached its maximum of pending fetches. Then it is
+/// queued, and its time limit starts when it is sent. A fetch that blocks the main thread is never queued.
 ///
-/// Each request goes out at most once: a tracker that is sent again when a server has hung up without a word may be
-/// counted twice. So that a server's ordinary hanging up meets no request, a connection that was idle for a few seconds
-/// is not used again; servers wait longer.
+/// Each request is sent at most once: a tracker that is repeated after the server closed the connection without an
+/// answer might be counted twice. Connections that were idle for a few seconds are not reused, so that a request rarely
+/// meets a server that is about to close one; servers use longer time-outs.
 ///
-/// A page is asked for once more, after a short pause, when its server fails: a status of 500 and more, a connection
-/// that breaks, no answer in time. It is one fetch with one answer all the same.
+/// A page is requested a second time, after a short pause, when its server fails: status 500 or above, a broken
+/// connection, or a time-out. The caller still receives one answer.
 ///
-/// Redirects are followed, twenty at most, and nothing goes further inside than it may (Reach.h). Cookies are kept as
-/// long as the fetcher lives, so that a server can tell that the requests of a session belong together, and nothing of
-/// the viewer is left when the program has ended.
+/// Redirects are followed, at most twenty, and none may lead further inside than allowed (Reach.h). Cookies last as
+/// long as the fetcher: a server can relate the requests of a session, and no data of the viewer remains when the
+/// program has ended.
 ///
-/// A status of 400 or more, a body above the bound and a server that takes too long are failures.
+/// A status of 400 or above, a body above the limit and a time-out are failures.
 class SoupFetcher : public Fetcher
 {
 public:
     struct Limits {
-        /// Seconds for a fetch from its going out to the end of its body.
+        /// Seconds from sending a fetch to the end of its body.
         double background_seconds = 10;
-        /// The same while the main thread waits.
+        /// The same, for a fetch that blocks the main thread.
         double waiting_seconds = 5;
-        /// Seconds from a page's failure until it is asked for once more.
+        /// Seconds from a page's failure to its second request.
         double page_pause = 0.5;
-        /// Bytes.
+        /// Maximum length of a body, in bytes.
         std::size_t body = 16u << 20;
-        /// Fetches that one host may have under way. Trackers of one moment go to one host together, and none is to
-        /// wait for another.
+        /// Maximum number of pending fetches per host. High, because simultaneous trackers go to one host and must not
+        /// wait for each other.
         int per_host = 64;
-        /// Whole seconds after which a connection that is idle is not used again.
+        /// Whole seconds after which an idle connection is not reused.
         unsigned idle_seconds = 4;
-        /// Fetches under way in all: eight hosts that answer nothing do not keep out a ninth. Each is an open
-        /// file.
+        /// Maximum number of pending fetches in total: eight unresponsive hosts must not block a ninth. Each uses a
+        /// file descriptor.
         int in_all = 576;
     };
 
-    /// @param loop gets the answers; its post() must take them from any thread, and it outlives the fetcher
+    /// @param loop receives the answers; its post() must accept calls from any thread; must outlive the fetcher
     explicit SoupFetcher(MainLoop& loop);
     SoupFetcher(MainLoop& loop, const Limits& limits);
-    /// What is under way is broken off; its answers never come.
+    /// Cancels pending fetches; their answers are never delivered.
     ~SoupFetcher() override;
 
     void fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer) override;
     FetchAnswer fetch_now(const std::string& address) override;
 
-    /// Hears of a page that does not come, ahead of its answer: its address and the reason. May be empty.
+    /// Receives the address of a page that failed and the reason, before the page's answer is delivered. May be empty.
     std::function<void(const std::string& address, const std::string& reason)> on_page_failure;
 
-    /// Lets go of everyone who waits for an answer; what is under way goes on.
+    /// Discards the callbacks of all pending fetches; the fetches continue.
     void abandon();
-    /// Waits until nothing is under way any more.
-    /// @param seconds how long at most
+    /// Blocks until nothing is pending.
+    /// @param seconds maximum time to wait
     void finish(double seconds);
-    /// How many fetches have not been answered yet.
+    /// Number of fetches whose answer has not been delivered.
     std::size_t pending() const;
 
 private:
@@ -75,7 +75,7 @@ private:
 
     MainLoop& loop_;
     const Limits limits_;
-    /// Answers that are still to come, by number; touched by the main thread alone.
+    /// Callbacks of pending fetches, by number; only touched by the main thread.
     std::shared_ptr<Waiting> waiting_;
     std::unique_ptr<Worker> worker_;
 };

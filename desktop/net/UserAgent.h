@@ -3,7 +3,7 @@
 namespace qoro
 {
 
-/// How this program names itself to servers: product, version, system.
+/// Value of the User-Agent field (RFC 9110, 10.1.5): product, version, system.
 extern const char* const UserAgent;
 
 } // namespace qoro

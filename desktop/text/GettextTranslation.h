@@ -5,9 +5,9 @@
 namespace qoro
 {
 
-/// Translates with the catalogues of gettext's domain "qoro-video-ad", in the language of the process' locale
-/// (LC_MESSAGES). They are found in share/locale beside the folder of the program, where both an installed program and
-/// a build tree have them, or else where this library was to be installed.
+/// Translates with the catalogues of the gettext domain "qoro-video-ad", in the language of the process locale
+/// (LC_MESSAGES). The catalogues are searched in share/locale next to the program's folder, which serves installed
+/// programs and build trees, otherwise in the locale folder configured at build time.
 class GettextTranslation : public Translation
 {
 public:

@@ -8,7 +8,7 @@ typedef struct _PangoLayout PangoLayout;
 namespace qoro
 {
 
-/// Measures with Pango, without a display: fractions of a point are kept, no hinting rounds them.
+/// Measures text with Pango, without a display. Fractions of a point are preserved, because hinting is off.
 class PangoText : public TextMeasurer
 {
 public:
@@ -23,10 +23,10 @@ private:
     PangoContext* const context_;
 };
 
-/// A text laid out as labels and titles are: broken by character, without hyphens, in the font that stands in for the
-/// platform's on this machine (Liberation Sans, of the same widths, for Arial). A point is a pixel. The caller unrefs
-/// it.
-/// @param width where lines break, in points
+/// A layout with the properties of labels and titles: wrapped by character, without hyphens, in the font that replaces
+/// the platform's on this machine (Liberation Sans, metrically compatible with Arial). A point is a pixel. The caller
+/// unrefs it.
+/// @param width at which lines wrap, in points
 PangoLayout* text_layout(PangoContext* context, const std::string& text, const FontSpec& font, double width);
 
 } // namespace qoro
