@@ -12,9 +12,9 @@ typedef struct _GstCaps GstCaps;
 namespace qoro
 {
 
-/// Makes pictures of decoded frames: scales them in their own colours first, where a frame has half as many bytes and
-/// its planes take the fast path, then turns only the small picture into the colours of the screen.
-/// That is half the work of scaling and converting a whole frame in one pass, and copies nothing else.
+/// Converts decoded frames to pictures for the screen. A frame is first scaled in its own colour format, which has half
+/// as many bytes and uses the converter's fast path; only the small picture is converted to the screen's format. This
+/// takes half the time of scaling and converting a whole frame in one pass, and makes no other copies.
 class FrameScaler
 {
 public:
@@ -25,7 +25,7 @@ public:
 
     /// @param box_width, box_height device pixels, above 0
     /// @param scaling_mode MPMovieScalingMode
-    /// @return an empty frame when the sample holds no picture that can be read
+    /// @return an empty frame if the sample contains no readable picture
     VideoFrame scale(GstSample* sample, int box_width, int box_height, int scaling_mode);
 
 private:

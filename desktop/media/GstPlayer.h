@@ -17,26 +17,27 @@ namespace qoro
 
 class Mailbox;
 
-/// A player over GStreamer, for http and https addresses and files. A video from a server is kept as it comes
-/// in, so a replay asks for nothing again; one from a file never lacks data. After a failure a play asks the server
-/// again, the second and the third such play in a row a little later; another video than before is a failure too.
+/// A player over GStreamer, for http and https addresses and for files. A video from a server is stored as it arrives,
+/// so a replay sends no request; a video from a file never lacks data. After a failure, play() loads the video again;
+/// the second and third consecutive attempt are delayed by one and two seconds. If the reloaded video differs from the
+/// first one, that is a failure too. Main thread only.
 class GstPlayer : public PlayerEngine, public PictureSource, private Pipeline::Listener
 {
 public:
     struct Options {
-        /// Told why a player fails, before the listener is.
+        /// Receives the reason of a failure, before the listener is notified. May be empty.
         std::function<void(const std::string& reason)> on_failure;
-        /// The volume that new sound streams begin with, 0 to 1 on the sliders' scale; absent for the sound server's.
+        /// Initial volume of new sound streams, 0 to 1 on the slider's scale; absent: the sound server's choice.
         std::function<std::optional<float>()> volume;
-        /// Whether its sound is thrown away.
+        /// Whether the sound is discarded.
         bool silent = false;
-        /// Seconds that a server may send nothing before it is asked once more, and then given up.
+        /// Seconds without data after which the server is contacted once more, and then given up.
         unsigned server_seconds = 10;
-        /// Told as it is destroyed; it is a player no more then.
+        /// Called from the destructor; the player must not be used any more.
         std::function<void(const GstPlayer&)> on_end = {};
     };
 
-    /// @param loop its post() may be called by any thread
+    /// @param loop its post() must accept calls from any thread
     GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop);
     GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop, Options options);
     ~GstPlayer() override;
@@ -50,14 +51,14 @@ public:
     int load_state() const override { return load_state_; }
     int playback_state() const override { return playback_state_; }
 
-    // The display's side.
+    // PictureSource
 
-    /// Pictures are fitted into the box by the settings' scaling mode: one that keeps its shape is smaller than the
-    /// box. A picture of the new size is there when this returns, also while paused.
+    /// Pictures are fitted into the box according to the scaling mode: with a mode that preserves the aspect ratio, a
+    /// picture may be smaller than the box. A picture of the new size is available on return, even while paused.
     void set_picture_size(int width_px, int height_px) override;
     VideoFrame latest_frame() const override;
 
-    /// The user leaves the application: what plays, or is loaded anew to play on, pauses.
+    /// The viewer leaves the application: pauses a video that plays, or that is being reloaded in order to play on.
     void leave_app();
 
 private:
@@ -93,47 +94,49 @@ private:
     int load_state_ = 0;
     int playback_state_ = MPMoviePlaybackStateStopped;
     double duration_ = 0;
-    /// Where the video stands while it does not move, and never less than was read while it does.
+    /// Position in seconds: the exact one while the video does not move; while it plays, the last one that was read, so
+    /// that positions never decrease.
     mutable double time_ = 0;
 
-    /// Whether a play came before the video could start.
+    /// Whether play() was called before the video could start.
     bool play_asked_ = false;
-    /// Whether it waits for enough data to start.
+    /// Whether the start waits for enough data.
     bool awaits_data_ = false;
-    /// Whether autoplay and early plays have had their say.
+    /// Whether autoplay and early calls of play() have been handled.
     bool started_ = false;
     bool at_end_ = false;
-    /// Whether the end was reached by a video that had just been paused.
+    /// Whether the end was reached just after a pause; the next play() reports it.
     bool ends_on_play_ = false;
     bool stalled_ = false;
-    /// Whether it has failed since it was loaded last.
+    /// Whether the video has failed since it was last loaded.
     bool failed_ = false;
-    /// How often it was loaded anew.
+    /// Number of reloads.
     unsigned loads_ = 0;
-    /// Whether it is loaded anew to go on from where it failed; and whether it has been sent there.
+    /// Whether the video is being reloaded to continue from the position of its failure; and whether that seek has been
+    /// requested.
     bool reloading_ = false;
     bool place_sought_ = false;
-    /// Plays after failures since it last got on, and the farthest that it had got then, in seconds.
+    /// Consecutive plays after failures without progress, and the furthest position reached, in seconds.
     int vain_plays_ = 0;
     double farthest_ = 0;
 };
 
-/// Makes players over GStreamer.
+/// Creates players over GStreamer.
 class GstPlayerFactory : public PlayerFactory
 {
 public:
     /// Loads GStreamer in the background.
-    /// @param loop its post() may be called by any thread
+    /// @param loop its post() must accept calls from any thread
     explicit GstPlayerFactory(MainLoop& loop);
-    /// Waits a moment for what the players have opened to be closed.
+    /// Waits up to two seconds until the pipelines of destroyed players are closed.
     ~GstPlayerFactory() override;
 
     std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) override;
 
-    /// What players made from now on are given.
+    /// Passed to all players created from now on.
     GstPlayer::Options options;
 
-    /// The user leaves the application: what plays pauses, and reports it.
+    /// The viewer leaves the application: playing players pause and report it.
     void leave_app();
 
 private:

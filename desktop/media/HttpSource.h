@@ -9,11 +9,11 @@ typedef struct _GstElement GstElement;
 namespace qoro
 {
 
-/// A source of GStreamer's that reads a video from its server (HttpReader). What it fails with is in words a person
-/// understands. It keeps its address to itself: asked for it, it answers with "video:stream" and the ending of the
-/// file's name (".mp4"), which says what GStreamer takes the video for first.
-/// @param address of http or https
-/// @return floating, as GStreamer's own are
+/// A GStreamer source element that reads a video from its server (HttpReader). Its error messages are readable by
+/// people. It hides the address from other elements: a URI query returns "video:stream" followed by the file extension
+/// (".mp4"), which GStreamer uses as a hint for the container format.
+/// @param address http or https
+/// @return a floating reference, as GStreamer's own constructors return
 GstElement* make_http_source(const std::string& address, const HttpReader::Limits& limits);
 
 } // namespace qoro

@@ -10,14 +10,15 @@
 namespace qoro
 {
 
-/// Where any thread leaves news for an object of the main thread. The object closes it as it goes; nothing arrives
-/// after that, whatever was posted before. Needs a loop whose post() any thread may call.
+/// Delivers messages from any thread to an object of the main thread. The object closes the mailbox when it is
+/// destroyed; messages that are still queued then are dropped. Needs a loop whose post() any thread may call.
 class Mailbox : public std::enable_shared_from_this<Mailbox>
 {
 public:
     explicit Mailbox(MainLoop& loop) : loop_(&loop) {}
 
-    /// Any thread: runs work on the main loop, as an event of its own, unless the mailbox is closed by then.
+    /// Runs work on the main loop, as an event of its own, unless the mailbox has been closed by then. Any thread may
+    /// call this.
     void post(std::function<void()> work)
     {
         std::scoped_lock lock(mutex_);
@@ -28,13 +29,13 @@ public:
                 work();
         });
     }
-    /// The main thread only.
+    /// Main thread only.
     void close()
     {
         std::scoped_lock lock(mutex_);
         loop_ = nullptr;
     }
-    /// The main thread only: no other thread changes the answer.
+    /// Main thread only, which is also the only one that changes the result.
     bool is_open() const { return loop_ != nullptr; }
 
 private:

@@ -11,69 +11,71 @@
 namespace qoro
 {
 
-/// One video in GStreamer. Everything that may wait, for a server, a disk or the sound, happens on a thread of its own:
-/// the calls here only say what is wanted, and destroying it at any moment takes no time.
-/// To be used on the main thread.
+/// A GStreamer pipeline for one video. Everything that may block, on a server, a disk or the sound device, runs on a
+/// worker thread: the functions here only set the wanted state, and the destructor returns at once. Main thread only.
 class Pipeline
 {
 public:
     struct Opening {
-        /// A file's path, or else an http or https address.
+        /// Path of a file, or http or https address.
         std::string location;
         bool is_file = false;
-        /// Whether the sound is thrown away; it still keeps time.
+        /// Whether the sound is discarded; it still paces the playback.
         bool silent = false;
-        /// The volume that its sound stream begins with, 0 to 1 on the sliders' scale; absent for the sound server's.
+        /// Initial volume of the sound stream, 0 to 1 on the slider's scale; absent: the sound server's choice.
         std::optional<float> volume;
-        /// Seconds that the server may send nothing before it is asked once more, and then given up.
+        /// Seconds without data after which the server is contacted once more, and then given up.
         unsigned server_seconds = 10;
     };
 
-    /// Hears the news, each on the main loop as an event of its own. It may destroy the pipeline there.
+    /// Notifications of a pipeline, each on the main loop as an event of its own. A handler may destroy the pipeline.
     class Listener
     {
     public:
         virtual ~Listener() = default;
-        /// The first picture and sound are there.
+        /// The first picture and sound are available.
         /// @param duration seconds
         virtual void loaded(double duration) = 0;
-        /// short_of_data() changed.
+        /// The result of short_of_data() has changed.
         virtual void data_changed() = 0;
-        /// The last seek is done.
-        /// @param reached false when the video can't be sought in
+        /// The last seek has finished.
+        /// @param reached false if the video is not seekable
         virtual void sought(bool reached) = 0;
         /// Everything has been played.
         virtual void ended() = 0;
-        /// It won't go on. Reported once; what stands before the fault has been played.
+        /// Playback cannot continue. Reported once, after everything before the fault has been played.
         virtual void failed(const std::string& reason) = 0;
-        /// The sound can't be played; a silent pipeline could take over.
+        /// The sound cannot be played; a silent pipeline could take over.
         virtual void sound_failed() = 0;
     };
 
-    /// Begins to load at once, and then stands paused.
+    /// Starts to load at once; the pipeline is then paused.
+    /// @param pictures receives the video's pictures
+    /// @param loop its post() must accept calls from any thread
+    /// @param listener must outlive the pipeline
     Pipeline(Opening opening, std::shared_ptr<VideoPictures> pictures, MainLoop& loop, Listener& listener);
     ~Pipeline();
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
 
-    /// Plays, or stands paused. Before it is loaded it plays as soon as it is.
+    /// Plays or pauses. Before the video is loaded, the state takes effect as soon as it is.
     void run(bool playing);
-    /// To be called once it is loaded.
+    /// To be called only after loaded().
     /// @param time seconds, within the video
     void seek(double time);
-    /// Whether a seek is under way.
+    /// Whether a seek is pending.
     bool seeking() const;
-    /// Seconds; absent before it is loaded and while a seek is under way.
+    /// Seconds; absent before the video is loaded and while a seek is pending.
     std::optional<double> position() const;
-    /// Whether less is there than should be before playing goes on.
+    /// Whether the buffered data is below the resume threshold.
     bool short_of_data() const;
 
-    /// Loads GStreamer and what most videos need, once; returns at once.
+    /// Loads GStreamer and the elements that most videos need, once, in the background.
     static void warm_up();
-    /// How many frames all pipelines have left out so far, because they would have come too late. Any thread.
+    /// Number of frames that all pipelines have dropped so far because they were late. Any thread may call this.
     static std::uint64_t dropped_frames();
-    /// Waits until every pipeline that was destroyed has let go of everything.
-    /// @param seconds how long at most
+    /// Blocks until every destroyed pipeline has released its resources. Any thread may call this.
+    /// @param seconds maximum time to wait
     static void wait_until_gone(double seconds);
 
 private:

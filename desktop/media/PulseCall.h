@@ -11,32 +11,33 @@
 namespace qoro
 {
 
-/// A sink's volume as it can be put back.
+/// A sink's volume, sufficient to restore it.
 struct SinkVolume {
     std::string sink;
     pa_cvolume volume{};
     bool muted = false;
-    /// Whether streams share their scale with the sink: a stream at full volume then turns the sink up.
+    /// Whether the sink has flat volumes: a stream at full volume then raises the sink's volume.
     bool flat = false;
 };
 
-/// A short connection to the sound server that is waited for: for what has to be known before a program goes on, and
-/// done before it ends. Bounded in time, whatever the server does.
+/// A short, blocking connection to the sound server, for values that a program needs before it starts and changes that
+/// must be made before it ends. Its total duration is bounded, whatever the server does.
 class PulseCall
 {
 public:
-    /// @param seconds for everything together
+    /// @param seconds for all calls together
     explicit PulseCall(double seconds);
     ~PulseCall();
     PulseCall(const PulseCall&) = delete;
     PulseCall& operator=(const PulseCall&) = delete;
 
-    /// Whether there is a server that answers.
+    /// Whether the server has accepted the connection.
     bool connected() const { return connected_; }
     pa_context* context() const { return context_; }
-    /// Waits for an operation, and lets it go. False when it did not end in time.
+    /// Waits for an operation and releases it. Returns false if it failed or did not finish in time; null counts as
+    /// failed.
     bool wait(pa_operation* operation);
-    /// The default sink's; absent when there is none.
+    /// Absent if there is no connection or no default sink.
     std::optional<SinkVolume> default_sink();
 
 private:

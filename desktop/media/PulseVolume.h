@@ -9,33 +9,36 @@
 namespace qoro
 {
 
-/// The output volume over PulseAudio (or PipeWire's server for it). The value is the one that desktops' sliders show:
-/// the share of the way to full volume on the cubic scale; more than full reads as 1, muted as 0.
+/// The output volume over PulseAudio (or PipeWire's replacement for it). The value is the one that desktop sliders
+/// show: the fraction of full volume on the cubic scale. Above full volume it is 1; muted it is 0.
 ///
-/// Program: the volume of this program's own sound streams. The server's memory of earlier runs is passed over: they
-/// begin at full (at the device's volume where streams share its scale), so that a run that ended badly leaves no
-/// silent next one.
-/// System: the default device's.
+/// Scope Program: the volume of this program's own sound streams. Volumes that the server remembers from earlier runs
+/// are ignored: streams begin at full volume (at the sink's volume if the sink has flat volumes), so that a crashed run
+/// cannot silence the next one.
+/// Scope System: the volume of the default sink.
 ///
-/// What was found at the start is put back at the end. Without a server the value is a number that is kept, and there
-/// is no sound.
+/// The destructor restores the original volume. Without a server the value is only stored, and there is no sound. Main
+/// thread only.
 class PulseVolume : public OutputVolume
 {
 public:
     enum class Scope { Program, System };
 
-    /// Asks the server for its volume and waits for that, a third of a second at most.
+    /// Reads the server's volume; blocks for at most 0.3 seconds.
+    /// @param loop its post() must accept calls from any thread
     PulseVolume(MainLoop& loop, Scope scope);
-    /// Puts the volume back. A crash is covered too where the scope is System.
+    /// Restores the volume; blocks for at most 0.5 seconds. With scope System the volume is also restored after a crash
+    /// (VolumeGuard).
     ~PulseVolume() override;
 
     float value() const override;
     void set_value(float volume) override;
     bool has_slider() const override { return true; }
 
-    /// Called as an event of its own after each change of the value, whoever made it.
+    /// Called after each change of the value, as an event of its own, whether the program or another client made it.
+    /// May be empty.
     std::function<void()> on_change;
-    /// What new sound streams of this program are to begin with; absent when that is not for us to say.
+    /// Initial volume for new sound streams of this program; absent with scope System, which leaves streams alone.
     std::optional<float> player_volume() const;
 
 private:

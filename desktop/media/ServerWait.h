@@ -8,11 +8,11 @@
 namespace qoro
 {
 
-/// How long reading a video waits for what the server sends.
+/// Measures how long the reader of a video waits for data from the server.
 class ServerWait
 {
 public:
-    /// @param exit where the data is read from; this outlives it
+    /// @param exit pad that the data is read from; must not outlive the object
     void watch(GstPad* exit)
     {
         constexpr int Before = static_cast<int>(GST_PAD_PROBE_TYPE_PULL) | static_cast<int>(GST_PAD_PROBE_TYPE_BLOCK);
@@ -20,9 +20,9 @@ public:
         gst_pad_add_probe(exit, static_cast<GstPadProbeType>(Before), on_ask, this, nullptr);
         gst_pad_add_probe(exit, static_cast<GstPadProbeType>(After), on_get, this, nullptr);
     }
-    /// Whether data is read; it is poured in, unasked, when the server can only send from the start.
+    /// Whether the pad operates in pull mode; if the server cannot serve ranges, data is pushed instead.
     bool reads() const { return reads_; }
-    /// Whether it waited most of the last while. To be asked again and again, by one thread.
+    /// Whether the reader waited for most of the last interval. To be polled by one thread.
     bool prevails()
     {
         const Clock::time_point now = Clock::now();
@@ -39,8 +39,8 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    /// The last while, and the share of it that counts as most: data is lacking when reading on has waited so long.
-    /// What was read before lasts about as long.
+    /// The interval, and the fraction of it that counts as starvation. Data that was read ahead lasts about one
+    /// interval.
     static constexpr std::chrono::milliseconds While{100};
     static constexpr double MostOfIt = 0.7;
 
@@ -55,12 +55,12 @@ private:
         ServerWait& self = *static_cast<ServerWait*>(wait);
         self.reads_ = true;
         self.since_ = Clock::now().time_since_epoch().count();
-        return GST_PAD_PROBE_PASS; // anything else would block the pad
+        return GST_PAD_PROBE_PASS; // any other result would block the pad
     }
     static GstPadProbeReturn on_get(GstPad*, GstPadProbeInfo*, gpointer wait)
     {
         ServerWait& self = *static_cast<ServerWait*>(wait);
-        // In this order a reader between the two sees too little for a moment, never too much.
+        // In this order, a concurrent total() may be briefly too small, but never too large.
         const Clock::duration finished = self.total(Clock::now());
         self.since_ = 0;
         self.finished_ = finished.count();
@@ -68,7 +68,7 @@ private:
     }
 
     std::atomic<bool> reads_ = false;
-    /// Waits that are over, in all; and when the one that goes on began, 0 when none does.
+    /// Total of the finished waits; and the start of the current wait, 0 if there is none.
     std::atomic<Clock::rep> finished_ = 0;
     std::atomic<Clock::rep> since_ = 0;
     Clock::time_point window_began_;

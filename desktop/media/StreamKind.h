@@ -7,7 +7,7 @@
 namespace qoro
 {
 
-/// What a stream is, as GStreamer names it ("video/x-h264"); empty when that is not known.
+/// Media type of a stream ("video/x-h264"); empty if unknown.
 inline std::string_view stream_kind(const GstCaps* caps)
 {
     if (!caps || gst_caps_get_size(caps) == 0)

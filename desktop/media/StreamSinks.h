@@ -13,25 +13,26 @@
 namespace qoro
 {
 
-/// Where the streams of one video go: its pictures to whoever shows them, its sound to the sound server. Outlives the
-/// pipeline that it is put into. Called by GStreamer's threads, unless it says otherwise.
+/// Sinks for the streams of one video: pictures are passed to VideoPictures, sound to the sound server. Must outlive
+/// the pipeline that contains the sinks. Called by GStreamer's threads unless stated otherwise.
 class StreamSinks
 {
 public:
-    /// @param silent whether the sound is thrown away; it still keeps time
-    /// @param volume that the sound begins with, 0 to 1 on the sliders' scale; absent for the sound server's
+    /// @param silent whether the sound is discarded; it still paces the playback
+    /// @param volume initial volume, 0 to 1 on the slider's scale; absent: the sound server's choice
     StreamSinks(std::shared_ptr<VideoPictures> pictures, bool silent, std::optional<float> volume);
 
-    /// Gives a decoded stream its sink, unless its kind has one already.
-    /// @return false when GStreamer lacks what that takes
+    /// Links a decoded stream to a new sink, unless its kind already has one.
+    /// @return false if GStreamer lacks a required element
     bool add(GstBin* pipeline, GstPad* pad);
     bool has_any() const { return picture_ || sound_; }
-    /// Whether a picture or sound has come since the start, or since the last seek.
+    /// Whether a picture or sound has arrived since the start or the last seek.
     bool got_any() const { return got_any_; }
-    /// Whether something is reported by the sound's sink or a part of it.
+    /// Whether a message comes from the sound sink or one of its parts.
     bool is_of_sound(GstObject* from) const;
 
-    /// Any thread: how long the sound server has been asked to take the sound; 0 while it is not.
+    /// Time since the sound server was asked to open the stream; 0 while no such call is pending. Any thread may call
+    /// this.
     std::chrono::duration<double> opening_sound_since() const;
 
 private:
@@ -53,7 +54,7 @@ private:
     std::atomic<GstElement*> picture_ = nullptr;
     std::atomic<GstElement*> sound_ = nullptr;
     std::atomic<bool> got_any_ = false;
-    /// When opening the sound began; 0 when it is not being opened.
+    /// Start of the pending attempt to open the sound; 0 if there is none.
     std::atomic<Clock::rep> sound_opening_ = 0;
 };
 

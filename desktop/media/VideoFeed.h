@@ -12,36 +12,37 @@
 namespace qoro
 {
 
-/// Where the bytes of one video come from: a file, or a server, whose bytes are all kept, so that a replay or a seek
-/// asks it for nothing again. It outlives the pipeline that it is put into.
+/// Source of the bytes of one video: a file, or a server, whose bytes are all stored so that a replay or a seek sends
+/// no further request. Must outlive the pipeline that contains its elements.
 class VideoFeed
 {
 public:
     /// Called by GStreamer's threads.
     struct News {
-        /// complete() changed.
+        /// The result of complete() has changed.
         std::function<void()> changed;
-        /// The bytes are of no use, in words.
+        /// The data is unusable, for a reason in words.
         std::function<void(const std::string& reason)> failed;
     };
 
-    /// @param location a file's path, or else an http or https address
-    /// @param server_seconds how long its server may send nothing before it is asked once more, and then given up
+    /// @param location path of a file, or http or https address
+    /// @param server_seconds seconds without data after which the server is contacted once more, and then given up
     VideoFeed(std::string location, bool is_file, unsigned server_seconds, News news);
 
-    /// Puts its elements into a pipeline.
-    /// @return what a decoder is to be linked behind; null when that has failed
+    /// Adds the feed's elements to a pipeline.
+    /// @return the element to link a decoder to; null on failure
     GstElement* add_to(GstBin* pipeline);
-    /// The element that reports what the server, or the file, fails with.
+    /// Whether an object is the element that reports errors of the server or file.
     bool is_source(const GstObject* object) const { return object == GST_OBJECT(source_); }
 
-    /// To be called once the video's duration is known, in seconds.
+    /// To be called once the duration is known.
+    /// @param duration seconds
     void learn_rate(double duration);
-    /// Everything that the source has was read.
+    /// Whether everything that the source has was read.
     bool complete() const { return complete_; }
-    /// Whether reading on waits for data. To be asked again and again, by one thread.
+    /// Whether reading is blocked by a lack of data. To be polled by one thread.
     bool starved();
-    /// Seconds of the video that lie ready, by its own rate.
+    /// Buffered data in seconds, calculated from the video's average rate. Not for a file.
     double seconds_ready();
 
 private:
@@ -58,13 +59,13 @@ private:
     const unsigned server_seconds_;
     const News news_;
     GstElement* source_ = nullptr;
-    /// Keeps what a server has sent; null for a file.
+    /// Stores what a server has sent; null for a file.
     GstElement* keeper_ = nullptr;
     ServerWait wait_;
     std::atomic<bool> complete_;
-    /// Bytes that the source has sent.
+    /// Bytes received from the source.
     std::atomic<std::uint64_t> received_ = 0;
-    /// Bytes a second.
+    /// Bytes per second.
     double rate_;
 };
 

@@ -8,15 +8,15 @@ typedef struct _GBytes GBytes;
 namespace qoro
 {
 
-/// One picture of a video, ready to be shown.
+/// One picture of a video, ready for display.
 struct VideoFrame {
     /// Device pixels.
     int width = 0;
     int height = 0;
-    /// Bytes from one row to the next.
+    /// Bytes per row.
     std::size_t stride = 0;
-    /// Rows of pixels of four bytes: blue, green, red, 255 (GDK_MEMORY_DEFAULT on a little-endian machine, opaque).
-    /// Shared and never written again. Null when there is no picture.
+    /// Rows of four-byte pixels: blue, green, red, 255 (GDK_MEMORY_DEFAULT on a little-endian machine, opaque). Shared
+    /// and immutable. Null if there is no picture.
     std::shared_ptr<GBytes> pixels;
 
     explicit operator bool() const { return pixels != nullptr; }

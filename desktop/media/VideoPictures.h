@@ -13,28 +13,28 @@ typedef struct _GstSample GstSample;
 namespace qoro
 {
 
-/// The newest picture of one video. The decoder's thread puts frames in, the main thread takes pictures out.
-/// Pictures are made on the decoder's thread; only when the size changes does the main thread make one, of the frame
-/// that is held for that: so a paused video follows a turn of the device too.
+/// The latest picture of one video. The decoder's thread puts frames in, the main thread takes pictures out. Pictures
+/// are made on the decoder's thread. Only when the size or scaling mode changes does the main thread make one, from the
+/// last frame, so that a paused video is redrawn too when the device is rotated.
 class VideoPictures
 {
 public:
-    /// @param announce called on any thread when there is a picture to fetch, and not again before fetched()
+    /// @param announce called when a new picture is available, and not again before fetched(); on any thread
     explicit VideoPictures(std::function<void()> announce);
     ~VideoPictures();
     VideoPictures(const VideoPictures&) = delete;
     VideoPictures& operator=(const VideoPictures&) = delete;
 
-    /// The decoder's thread.
+    /// Called by the decoder's thread.
     void put(GstSample* decoded);
 
-    /// The box that pictures are fitted into, in device pixels; 0 for none: then no pictures are made.
+    /// Sets the box that pictures are fitted into, in device pixels. 0: no pictures are made.
     void set_box(int width, int height);
     /// @param mode MPMovieScalingMode
     void set_scaling_mode(int mode);
-    /// Lets the next picture be announced.
+    /// Enables the announcement of the next picture.
     void fetched() { announced_ = false; }
-    /// The newest picture; empty when there is none for the box.
+    /// The latest picture; empty if there is none for the box. Any thread may call this.
     VideoFrame latest() const;
 
 private:
@@ -44,7 +44,7 @@ private:
     std::atomic<bool> announced_ = false;
 
     std::mutex making_;
-    // Under making_.
+    // Guarded by making_.
     FrameScaler scaler_;
     std::shared_ptr<GstSample> decoded_;
     int width_ = 0;
@@ -52,7 +52,7 @@ private:
     int scaling_mode_;
 
     mutable std::mutex taking_;
-    // Under taking_.
+    // Guarded by taking_.
     VideoFrame latest_;
 };
 

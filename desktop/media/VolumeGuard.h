@@ -7,13 +7,13 @@
 namespace qoro
 {
 
-/// A small process beside this one that puts a sink's volume back when this one ends without saying so: after a crash.
-/// It needs pactl; without it a crash leaves the volume as it is.
+/// A helper process that restores a sink's volume if this process ends without destroying the guard, as in a crash. It
+/// uses pactl; without pactl, a crash leaves the volume changed.
 class VolumeGuard
 {
 public:
     explicit VolumeGuard(const SinkVolume& found);
-    /// The regular end: the guard goes, and touches nothing.
+    /// Ends the helper without restoring anything.
     ~VolumeGuard();
     VolumeGuard(const VolumeGuard&) = delete;
     VolumeGuard& operator=(const VolumeGuard&) = delete;

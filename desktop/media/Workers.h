@@ -10,16 +10,16 @@
 namespace qoro
 {
 
-/// The threads that are at work for pipelines, also for ones that were destroyed.
+/// The worker threads of all pipelines, including destroyed ones.
 class Workers
 {
 public:
     static Workers& all()
     {
-        static Workers& workers = *new Workers; // a thread may outlive the program's end
+        static Workers& workers = *new Workers; // never destroyed: a thread may outlive static destruction
         return workers;
     }
-    /// Runs work on a thread of its own.
+    /// Runs work on a new thread.
     void start(std::function<void()> work)
     {
         std::scoped_lock lock(mutex_);
@@ -32,8 +32,8 @@ public:
             changed_.notify_all();
         }).detach();
     }
-    /// Waits until no thread is at work.
-    /// @param seconds how long at most
+    /// Blocks until no thread is working.
+    /// @param seconds maximum time to wait
     void wait(double seconds)
     {
         std::unique_lock lock(mutex_);

@@ -7,16 +7,16 @@ typedef struct _GSource GSource;
 namespace qoro
 {
 
-/// Hears that the display is gone: its X server or Wayland compositor has ended, or has closed the connection. GTK
-/// itself ends the program on the spot then. One at a time in a program; on the thread of GTK.
+/// Detects the loss of the display: its X server or Wayland compositor has ended or closed the connection. GTK itself
+/// would terminate the program immediately. At most one per program, on GTK's thread.
 class DisplayWatch
 {
 public:
     /// GTK must have been started.
-    /// @param lost called once, as an event of the main loop. From then on nothing else of that loop runs any more,
-    ///        so that GTK does not notice: what has to end, ends inside the call, which quits the loop
+    /// @param lost called once, as an event of the main loop. Afterwards the watch blocks all other sources of that
+    ///        loop, so that GTK does not detect the loss: the callback must perform the shutdown and quit the loop
     explicit DisplayWatch(std::function<void()> lost);
-    /// What GTK does afterwards with a display that is gone leads nowhere.
+    /// Leaves the X11 error handlers installed, so that later calls of GTK on the lost display are harmless.
     ~DisplayWatch();
     DisplayWatch(const DisplayWatch&) = delete;
     DisplayWatch& operator=(const DisplayWatch&) = delete;
@@ -25,7 +25,7 @@ private:
     struct Source;
 
     const std::function<void()> lost_;
-    /// Null where there is nothing to watch.
+    /// Null if there is nothing to watch.
     GSource* source_ = nullptr;
 };
 

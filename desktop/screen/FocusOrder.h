@@ -8,17 +8,17 @@
 namespace qoro
 {
 
-/// A control that the keyboard can reach.
+/// A control that is reachable by keyboard.
 struct FocusStop {
-    /// How high the control's window lies: of two, the one with the larger number covers the other.
+    /// Stacking position of the control's window: the window with the larger number covers the other.
     std::size_t window = 0;
-    /// The control as the viewer sees it.
+    /// The control's visible rectangle.
     CGRect box;
 };
 
-/// The order in which the keyboard goes through controls: the topmost window's first, each window's as one reads, row
-/// by row. What stands beside each other over half of the taller one's height is a row.
-/// @return places in the given list
+/// Keyboard order of controls: the topmost window first, within a window in reading order, row by row. Two controls are
+/// in one row if they overlap vertically by at least half the taller one's height.
+/// @return indices into `stops`
 std::vector<std::size_t> focus_order(const std::vector<FocusStop>& stops);
 
 } // namespace qoro

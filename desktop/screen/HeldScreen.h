@@ -6,32 +6,34 @@
 namespace qoro
 {
 
-// Pure geometry: the device's screen as its viewer holds it. A screen keeps its own coordinates, and is shown turned.
+// Pure geometry: the device's screen as the viewer holds it. A screen retains its own coordinates and is displayed
+// rotated.
 
-/// A screen in its window.
+/// A screen in its window. The rotation is in radians.
 struct HeldScreen {
     CGSize screen;
     double turn = 0;
 
-    /// The room that it takes when turned.
+    /// Size of the rotated screen's bounding box.
     CGSize extents() const;
     CGPoint to_window(CGPoint on_screen) const;
     CGPoint to_screen(CGPoint in_window) const;
 };
 
-/// Where a widget stands in the window: a middle, a size in whole points, and a turn. At whole quarter turns its edges
-/// lie on whole points, so that pictures are copied and not resampled; neighbours that touch still touch.
+/// Position of a widget in the window: centre, size in whole points, and rotation in radians. At multiples of a quarter
+/// turn its edges lie on whole points, so that pictures are copied without resampling and adjacent widgets still touch.
 struct WidgetPlace {
     CGPoint center;
     int width = 0;
     int height = 0;
     double angle = 0;
 
-    /// The upright rectangle around it.
+    /// The axis-parallel bounding box.
     CGRect around() const;
     friend bool operator==(const WidgetPlace&, const WidgetPlace&) = default;
 };
 
+/// Maps a view's placement on the screen to the window, rounded as WidgetPlace describes.
 WidgetPlace place_in_window(const Placement& on_screen, const HeldScreen& held);
 
 } // namespace qoro

@@ -10,42 +10,43 @@ typedef struct _GtkWidget GtkWidget;
 namespace qoro
 {
 
-// The widget of one view: draws it, hosts a web view's page, and speaks for it to assistive technology. Functions over
-// a GtkWidget, as GTK has it.
+// The widget of one view: draws the view, hosts the page of a web view, and represents the view to assistive
+// technology. As usual in GTK, these are functions over a GtkWidget. Main thread only.
 
-/// What a widget tells its screen; called as long as the widget stands there.
+/// Callbacks of a widget, until it is released.
 struct NodeNews {
-    /// Every new picture of the view's video, which the next frame shows.
+    /// The view's video has a new picture, which the next frame will show.
     std::function<void()> picture;
-    /// Assistive technology uses the control.
+    /// Assistive technology has activated the control. May be empty.
     std::function<void()> activated;
 };
 
-/// A new widget for a view, with no reference of the caller's. It does not keep the view.
+/// Creates a widget for a view, as a floating reference. The widget does not own the view.
 GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view, NodeNews news);
 
-/// Takes over what has changed in the view since the last time: its look, its page or its player.
+/// Applies the changes of the view since the last call: its appearance, page or player.
 void node_widget_update(GtkWidget* widget);
-/// How the viewer meets the view now.
+/// Reachability of a view for the viewer.
 enum class NodeReach {
-    /// Not at all.
+    /// Hidden, transparent, off the screen or covered.
     Away,
-    /// It is to be seen.
+    /// Visible.
     Seen,
-    /// It is to be seen, and a finger reaches it.
+    /// Visible, and a touch can reach it.
     Touchable,
 };
+/// Sets the reachability; assistive technology sees only reachable views.
 void node_widget_set_reach(GtkWidget* widget, NodeReach reach);
-/// The widget that takes the keys for the view when the viewer gets there by keyboard: a control's own, or a page's;
-/// null for what nobody uses.
+/// The widget that receives keyboard focus for the view: the control's own, or the page's. Null if the view takes no
+/// input or is out of reach.
 GtkWidget* node_widget_focus_target(GtkWidget* widget);
-/// Whether a finger rests on the view.
+/// Sets whether a finger rests on the view.
 void node_widget_set_pressed(GtkWidget* widget, bool pressed);
-/// How many device pixels of the screen a point is; 0 while the view is not shown: it asks its player for no picture
-/// then. Called when the widget has its place.
-/// @param size the widget's, in points
+/// Sets the number of device pixels per point; 0 while the view is not shown, which stops its player from making
+/// pictures. To be called whenever the widget has been placed.
+/// @param size of the widget, in points
 void node_widget_set_resolution(GtkWidget* widget, CGSize size, double pixels_per_point);
-/// Ends what reaches into the view, its page and its player.
+/// Detaches the widget from the view, its page and its player.
 void node_widget_release(GtkWidget* widget);
 
 } // namespace qoro

@@ -9,23 +9,24 @@ typedef struct _PangoContext PangoContext;
 namespace qoro
 {
 
-/// What a view's look depends on beside the view itself.
+/// State that affects a view's appearance besides the view itself.
 struct PaintState {
-    /// A finger rests on it.
+    /// A finger rests on the view.
     bool pressed = false;
-    /// The image of a button or an image view, or a video's newest picture; null for none.
+    /// Image of a button or an image view, or a video's latest picture; null if there is none.
     Picture picture;
-    /// Pixels of a video's picture to a point.
+    /// Pixels of a video's picture per point.
     double resolution = 1;
-    /// How far a spinner has come, in twelfths of a turn.
+    /// Position of a spinner, in twelfths of a turn.
     int spinner_step = 0;
 };
 
-/// Spokes of a spinner; it turns once a second.
+/// Number of a spinner's spokes; it makes one turn per second.
 inline constexpr int spinner_steps = 12;
 
-/// Draws one view, upright, from the top left corner on; its subviews and its alpha are not its own business.
-/// @param size of the widget that stands for it, in whole points
+/// Draws one view without rotation, from its top left corner, without its subviews and its alpha.
+/// @param text context for layouts
+/// @param size of the view's widget, in whole points
 void paint(GtkSnapshot* snapshot, PangoContext* text, const ViewNode& view, CGSize size, const PaintState& state);
 
 } // namespace qoro

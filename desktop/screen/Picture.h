@@ -12,19 +12,20 @@ namespace qoro
 
 class GdkDecodedImage;
 
+/// Deleter of Picture.
 struct PictureEnd {
     void operator()(cairo_surface_t* picture) const;
 };
-/// Pixels in the form that is drawn without being converted: GTK's own textures go through floating point each time
-/// that they are drawn in memory, which costs more than everything else about a frame.
+/// Pixels in the format that Cairo draws without conversion. Drawing GTK's own textures in memory converts them through
+/// floating point every time, which costs more than the rest of a frame.
 using Picture = std::unique_ptr<cairo_surface_t, PictureEnd>;
 
-/// The frame's own pixels, not copied. Null for an empty frame.
+/// Shares the frame's pixels without copying. Null for an empty frame.
 Picture picture_of(const VideoFrame& frame);
-/// The image's pixels, converted once.
+/// Converts the image's pixels.
 Picture picture_of(const GdkDecodedImage& image);
 
-/// Pixels.
+/// Pixels; 0 by 0 for null.
 CGSize picture_size(const Picture& picture);
 
 } // namespace qoro

@@ -20,41 +20,44 @@ typedef struct _GtkWindow GtkWindow;
 namespace qoro
 {
 
-/// One desktop window that is the device's screen, shown as the device is held. Every view has one widget, all side by
-/// side in one container, each with its whole placement: turns that cancel each other leave nothing to turn, and a view
-/// that moves in the tree does not move among widgets. The view tree alone decides who is touched.
+/// A desktop window that represents the device's screen, displayed as the device is held. Every view has one widget.
+/// All widgets are children of one container, each with its complete placement: rotations that cancel each other cause
+/// no resampling, and moving a view in the tree does not reparent its widget. Only the view tree decides which view
+/// receives a touch. Main thread only.
 class Screen : public Display, private SurfaceOwner
 {
 public:
-    /// GTK must have been started (start_toolkit). The platform outlives the screen, whose facts and orientation it
-    /// asks for when it draws.
+    /// GTK must have been started (start_toolkit).
+    /// @param platform its device supplies screen size and orientation; must outlive the screen
     explicit Screen(Platform& platform);
     ~Screen() override;
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
     void set_title(const std::string& title);
-    /// A small line under the screen; empty for none.
+    /// Sets a small line of text below the screen; empty hides it.
     void set_help(const std::string& line);
     /// Opens the window.
     void show();
 
-    /// Called for every change of the view tree; to be called too when the device was turned.
+    /// Schedules a redraw. Called for every change of the view tree; must also be called when the device was rotated.
     void needs_display() override;
 
-    /// A picture of the whole screen as it is shown, one pixel a point, as a PNG file. The window must be open.
-    /// @return why the file could not be written, in words; empty when it was
+    /// Writes a picture of the whole screen as a PNG file, one pixel per point. The window must be open.
+    /// @return the reason of a failure, in words; empty on success
     std::string snapshot_png(const std::string& path);
 
-    /// A key was pressed, before anything in the window hears of it. Answers whether it was taken.
-    /// @param keyval GDK's key value
-    /// @param state GDK's modifiers
+    /// Receives each key press before anything else in the window. Returns whether it has handled the key. May be
+    /// empty.
+    /// @param keyval GDK key value
+    /// @param state GDK modifiers
     std::function<bool(unsigned keyval, unsigned state)> on_key;
-    /// Whether the viewer writes into a page: whatever else keys mean, they mean it elsewhere.
+    /// Whether a text field of a page has the focus. Keyboard shortcuts should be inactive then.
     bool is_written_into() const;
-    /// The viewer closes the window; it stays open until the screen goes. Without a function it closes.
+    /// The viewer requests to close the window, which stays open until the screen is destroyed. If empty, the window
+    /// closes.
     std::function<void()> on_close;
-    /// The window was iconified (true) or came back (false).
+    /// The window was minimised (true) or restored (false). May be empty.
     std::function<void(bool iconified)> on_iconified;
 
     GtkWindow* window() const { return window_; }
@@ -69,10 +72,10 @@ private:
         bool shown = false;
         WidgetPlace place;
         double opacity = 1;
-        /// How high its window lies, and it in there.
+        /// Stacking position of its window, and its own among all views.
         std::size_t window = 0;
         std::size_t height = 0;
-        /// What its window lets be seen, in window points, where that is not everything.
+        /// Clip rectangle of its window in window points; only used if it does not cover the screen.
         bool clipped = false;
         CGRect clip;
     };
@@ -126,30 +129,30 @@ private:
     std::unique_ptr<UploadMemory> upload_memory_; // while the window is open
     HeldScreen held_{{375, 812}, 0};
 
-    /// A walk over the tree is due with the next frame.
+    /// Tick callback of the pending update, 0 if there is none.
     unsigned tick_ = 0;
-    /// A change waits for the next picture of the video, for so long.
+    /// Timer of a change that waits for the video's next picture, 0 if there is none.
     unsigned patience_ = 0;
-    std::int64_t last_picture_ = 0;                   // GLib's monotonic time, µs; 0 before the first
-    std::unordered_map<std::uint64_t, Layer> layers_; // by the view's serial
-    std::vector<Layer*> from_below_;                  // those that are shown
+    std::int64_t last_picture_ = 0;                   // GLib's monotonic time in µs; 0 before the first
+    std::unordered_map<std::uint64_t, Layer> layers_; // keyed by ViewNode::serial
+    std::vector<Layer*> from_below_;                  // the shown ones, bottom first
 
-    // The device's place in the surface: its top left corner, and window points to a point of the screen.
+    // The device's top left corner in the surface, and window points per point of the screen.
     CGPoint origin_;
     double scale_ = 1;
 
     std::weak_ptr<ViewNode> touched_;
-    CGPoint touch_began_; // in the surface
-    /// The key that went down last and is not up yet, by its place on the keyboard.
+    CGPoint touch_began_; // in surface coordinates
+    /// Hardware code of the last key pressed and not yet released.
     std::optional<unsigned> held_key_;
 
-    /// Who the viewer gave the keyboard to. While that is out of reach, what lies in its place has it.
+    /// The view that the viewer focused last. While it is out of reach, the view in its place has the focus.
     std::weak_ptr<ViewNode> chosen_;
-    /// Where the one that has the keyboard was last seen, on the device's screen.
+    /// Last known centre of the focused view, in screen coordinates.
     CGPoint focus_place_;
-    /// The viewer goes by keyboard, and is to see where.
+    /// Draw the focus ring: the last input was a key.
     bool shows_focus_ = false;
-    /// The control that is held down by a key.
+    /// The control that a key holds down.
     std::weak_ptr<ViewNode> key_held_;
     bool iconified_ = false;
     bool opening_ = false;

@@ -8,13 +8,13 @@ typedef struct _cairo_surface cairo_surface_t;
 namespace qoro
 {
 
-/// Keeps the memory that pictures share with an X server on their way to the screen. It is a pool of Cairo's, which
-/// lets it go whenever nothing stands in it, that is after every frame; taking it anew costs both sides more than
-/// drawing a frame of a phone's size. One small picture that stays in it keeps it. On other displays it does nothing.
+/// Prevents the reallocation of the memory that transfers pictures to an X server. The memory is a Cairo pool that is
+/// freed whenever it is empty, which would be after every frame; allocating it again costs both sides more than drawing
+/// a frame of a phone's size. One image that stays allocated keeps the pool alive. Has no effect on other displays.
 class UploadMemory
 {
 public:
-    /// @param width, height of the largest picture to come, in pixels
+    /// @param width, height of the largest picture to be drawn, in pixels
     UploadMemory(GdkDisplay* display, int width, int height);
     ~UploadMemory();
     UploadMemory(const UploadMemory&) = delete;

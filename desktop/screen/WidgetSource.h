@@ -5,16 +5,16 @@ typedef struct _GtkWidget GtkWidget;
 namespace qoro
 {
 
-/// What a web engine offers to the screen: it draws itself, in a widget of its own.
+/// Interface of a web engine to the screen: it draws itself in its own widget.
 class WidgetSource
 {
 public:
     virtual ~WidgetSource() = default;
-    /// Stays the same as long as the engine lives, which takes it out of wherever it stands when it goes.
+    /// The same widget for the engine's lifetime. The engine removes it from its parent when it is destroyed.
     virtual GtkWidget* widget() const = 0;
-    /// Whether what lies beneath shows through where the page paints nothing; else that is white.
+    /// Whether unpainted areas of the page are transparent; otherwise they are white.
     virtual void set_transparent(bool transparent) = 0;
-    /// Whether keys are the page's to write with: a text field or the like in it has the keyboard.
+    /// Whether a text field or similar element of the page has the keyboard focus.
     virtual bool takes_text() const = 0;
 };
 
