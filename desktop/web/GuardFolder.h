@@ -5,12 +5,13 @@
 namespace qoro
 {
 
-/// A folder of this process's own with the module that guards pages from within their process (guard/PageGuard.cpp),
-/// which WebKit loads from there. Gone with the object.
+/// A private folder that contains the web process extension (guard/PageGuard.cpp), from which WebKit loads it. The
+/// destructor deletes it.
 class GuardFolder
 {
 public:
-    /// @throws std::runtime_error when there can be no such folder, or nothing can be run from it: no page may be shown
+    /// @throws std::runtime_error if the folder cannot be created or nothing can be executed from it: no page may be
+    ///         shown then
     GuardFolder();
     ~GuardFolder();
     GuardFolder(const GuardFolder&) = delete;

@@ -2,29 +2,28 @@
 
 #include <cstddef>
 
-// What the engine and the guard of its page (guard/) say to each other.
+// Messages between the engine and the guard of its page (guard/). GVariant formats are in parentheses.
 
 namespace qoro
 {
 
-/// To the guard, without content: answered at once, without content, by the thread that runs the page's script.
+/// To the guard, without content. The thread that runs the page's script replies at once, without content.
 inline constexpr const char* guard_question = "are you there";
-/// From the guard: what the page has not got, and the address or the reason (ss).
+/// From the guard: the kind of what was refused to the page, and the address or the reason (ss).
 inline constexpr const char* guard_refused = "refused";
-/// From the guard: a message of the page's script (s), JSON of at most longest_message bytes. Answered by (bs): whether
-/// the command was carried out, and its result as JSON or what was wrong with it.
+/// From the guard: a message of the page's script (s), at most longest_message bytes of JSON. The reply (bs) says
+/// whether the command was carried out, and contains its result as JSON or the error.
 inline constexpr const char* guard_message = "message";
 inline constexpr const char* guard_answer = "answer";
 
-/// From the guard, when its page is there: the inode of the namespace of its process, and the process's number in it
-/// (tu).
+/// From the guard when its page is created: the inode of its process's PID namespace, and the process's PID in it (tu).
 inline constexpr const char* guard_process = "process";
 
 /// Bytes of JSON in UTF-8.
 inline constexpr std::size_t longest_message = 64 * 1024;
 
-/// What a guard is started with: whether its pages are creatives, which have a bridge; the innermost NetworkZone that
-/// every page reaches.
+/// Initialisation data of a guard: whether its pages are creatives, which have a bridge; the innermost NetworkZone that
+/// every page may reach.
 inline constexpr const char* guard_settings = "(bi)";
 
 } // namespace qoro

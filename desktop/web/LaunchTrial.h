@@ -7,23 +7,23 @@
 namespace qoro
 {
 
-/// A kind of process that the web engine starts: one for its requests, and one for each page.
+/// Kinds of processes that the web engine starts: one for network requests, and one per page.
 enum class WebProcess { Network, Page };
 
-/// Tries, in the background, whether a process of the web engine starts on this machine as it is now: it is run as
-/// WebKit runs it, locked away where pages are, until it says that it is there, and is ended. WebKit ends the whole
-/// program where it does not start.
+/// Tests in the background whether a process of the web engine can currently start on this machine. The process is run
+/// as WebKit runs it, with pages in the sandbox, until it reports that it is running, and is then killed. Without this
+/// test, WebKit would terminate the whole program if the process did not start.
 ///
-/// Callable from any thread. One trial of a kind runs at a time, and serves everyone who asks meanwhile.
-/// @param max_age  seconds for which an earlier trial that went well still counts
-/// @return one line that says what does not start, and why; empty when it does, or when it cannot be found out. What
-///         takes longer than ten seconds counts as starting.
+/// Any thread may call this. Only one trial of a kind runs at a time; calls in the meantime share its result.
+/// @param max_age seconds for which the result of an earlier successful trial is reused
+/// @return one line that says what does not start, and why; empty if it starts, or if that cannot be determined. A
+///         process that takes longer than ten seconds counts as started.
 std::shared_future<std::string> try_launch(WebProcess process, double max_age);
 
-/// The max_age for a process that is wanted in an ordinary way.
+/// The max_age of an ordinary launch, in seconds.
 inline constexpr double LaunchCounts = 60;
 
-/// Whether a trial's result is there to be had without waiting.
+/// Whether a trial's result is available without blocking.
 inline bool is_known(const std::shared_future<std::string>& trial)
 {
     return trial.wait_for(std::chrono::seconds(0)) == std::future_status::ready;

@@ -5,7 +5,7 @@ typedef struct _GSource GSource;
 namespace qoro
 {
 
-/// Knows when the main loop last woke.
+/// Records when the main loop last woke.
 class LoopTurn
 {
 public:
@@ -14,8 +14,9 @@ public:
     LoopTurn(const LoopTurn&) = delete;
     LoopTurn& operator=(const LoopTurn&) = delete;
 
-    /// Seconds of a clock that only grows, as now() counts them; 0 before the first time.
+    /// Seconds of the same monotonic clock as now(); 0 before the loop has woken.
     double woke() const;
+    /// Seconds of the machine's monotonic clock.
     static double now();
 
 private:

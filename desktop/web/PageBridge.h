@@ -12,22 +12,23 @@ typedef struct _WebKitUserMessage WebKitUserMessage;
 namespace qoro
 {
 
-/// Carries a page's messages to its listener and the listener's events to the page's script library.
+/// Carries a page's messages to its listener, and the listener's events to the page's script library. Main thread only.
 class PageBridge
 {
 public:
-    /// The platform dispatches every message, and outlives the bridge, as the listener does.
+    /// @param platform dispatches every message; must outlive the bridge
+    /// @param listener must outlive the bridge
     PageBridge(Platform& platform, WebListener& listener);
     ~PageBridge();
     PageBridge(const PageBridge&) = delete;
     PageBridge& operator=(const PageBridge&) = delete;
 
-    /// Gives the listener a message (guard_message, with a text), and the page its answer; the bridge may be gone
-    /// afterwards.
+    /// Passes a message (guard_message, with a text) to the listener and replies to the page. The listener may destroy
+    /// the bridge.
     void answer(WebKitUserMessage* message);
-    /// Sends callbacks what they are called with. What one event of the loop causes leaves in one answer.
+    /// Queues a call of script callbacks. All calls of one loop event are sent in one reply.
     void call(const NSArray& callbacks, const NSDictionary& data);
-    /// The page goes: nothing comes any more for its script.
+    /// The page has been left: discards queued calls and ends the script's pending request.
     void leave_page();
 
 private:
@@ -37,12 +38,12 @@ private:
 
     Platform& platform_;
     WebListener& listener_;
-    /// Dies with the bridge; what waits for the main loop watches it.
+    /// Reset to null by the destructor; checked by work posted to the main loop.
     const std::shared_ptr<PageBridge*> self_;
-    /// Calls for the script, in JSON, that leave together with the next answer to its library.
+    /// Calls for the script, in JSON, to be sent with the next reply to its library.
     std::vector<std::string> pending_;
     std::size_t pending_bytes_ = 0;
-    /// The library's question for the events that come next; null while it asks for none.
+    /// The library's pending request for the next events; null if there is none.
     WebKitUserMessage* waiting_ = nullptr;
 };
 

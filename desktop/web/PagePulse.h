@@ -10,22 +10,24 @@ typedef struct _WebKitWebView WebKitWebView;
 namespace qoro
 {
 
-/// Knows whether a page's script thread answers: it is asked once a second, by a message that the page's script can
-/// neither see nor answer itself. A question that has waited for a second counts as not answered. No timer runs and no
-/// message is sent while the page is not watched.
+/// Monitors whether a page's script thread responds: it is queried once a second by a message that the page's script
+/// can neither see nor answer. A query without an answer after one second counts as no response. While monitoring is
+/// off, no timer runs and no message is sent.
 class PagePulse
 {
 public:
-    /// @param loop  outlives the object, as the view does
-    /// @param changed  called within an event of the loop; the object may be destroyed inside
+    /// @param loop must outlive the object
+    /// @param view must outlive the object
+    /// @param changed called within an event of the loop; may destroy the object
     PagePulse(MainLoop& loop, WebKitWebView* view, std::function<void(bool responds)> changed);
     ~PagePulse();
     PagePulse(const PagePulse&) = delete;
     PagePulse& operator=(const PagePulse&) = delete;
 
+    /// Turns the monitoring on or off; initially off.
     void watch(bool watch);
-    /// A page begins or has gone: it counts as answering, without a report.
-    /// @param present whether there is a page to ask
+    /// A page has begun or ended: it counts as responding, without a call of `changed`.
+    /// @param present whether there is a page to query
     void reset(bool present);
 
 private:
@@ -39,10 +41,10 @@ private:
     const std::function<void(bool)> changed_;
     bool present_ = false;
     bool responds_ = true;
-    /// 0 while the page is not watched.
+    /// 0 while monitoring is off.
     TimerId timer_ = 0;
     double last_tick_ = 0;
-    /// The question that has not been answered; null for none. Its answer is for this object alone while it is held.
+    /// The unanswered query; null if there is none. An answer is only accepted while its query is stored here.
     std::shared_ptr<Question> open_;
 };
 

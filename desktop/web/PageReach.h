@@ -15,20 +15,20 @@ namespace qoro
 class PageProxy;
 class SocketFilter;
 
-/// How far inside the pages of one process family reach: as far as the page that reaches least.
+/// Network reach of the pages of one process family: all of them are limited to the reach of the most restricted page.
 class PageReach
 {
 public:
     /// @param sockets shared with other families
-    /// @param proxy null where the system's own proxy resolves names
+    /// @param proxy null if the system's own proxy resolves names
     PageReach(PageKind kind, std::shared_ptr<SocketFilter> sockets, std::unique_ptr<PageProxy> proxy);
     ~PageReach();
     PageReach(const PageReach&) = delete;
     PageReach& operator=(const PageReach&) = delete;
 
-    /// A view's page comes from an address from now on; empty for none.
+    /// Records that a view shows a page from an address; empty for none.
     void show(WebKitUserContentManager* content, const std::string& document);
-    /// The view goes.
+    /// Removes a view.
     void forget(WebKitUserContentManager* content);
 
 private:

@@ -13,23 +13,23 @@
 namespace qoro
 {
 
-/// What the pages may take of the machine.
+/// Resource limits of pages.
 struct PageLimits {
-    /// Megabytes (of 1024 × 1024 bytes) of a page's process that are its own, and of the process that does the pages'
-    /// requests.
+    /// Private memory of a page's process, and of the process that performs the pages' requests, in megabytes of 1024 ×
+    /// 1024 bytes.
     double memory = 512;
-    /// Megabytes by which this program grows while a page floods it.
+    /// Megabytes by which this program may grow while a page floods it with messages.
     double flood = 48;
-    /// Seconds for which a page's process may work for more than one processor while a video drops frames; absent for
-    /// as long as it likes.
+    /// Seconds for which a page's process may use more than one processor while a video drops frames; absent: no limit.
     std::optional<double> processor_seconds = {};
-    /// How many frames the videos have dropped so far; may be called by any thread. Without it no page starves a video.
+    /// Returns the number of frames that the videos have dropped so far; must accept calls from any thread. May be
+    /// empty; then processor_seconds has no effect.
     std::function<std::uint64_t()> dropped_frames = {};
 };
 
-/// Looks ten times a second at what the processes of pages take, and at this program's own growth, and ends a process
-/// that takes too much. On a thread of its own, which sleeps while there is no page: a main loop that a page keeps busy
-/// does not keep this from ending it.
+/// Checks the resource usage of page processes and the growth of this program ten times a second, and kills a process
+/// that exceeds a limit. Runs on its own thread, so it works even if a page keeps the main loop busy; the thread sleeps
+/// while there is no page. Any thread may call the functions.
 class PageWatch
 {
 public:
@@ -40,14 +40,14 @@ public:
     PageWatch(const PageWatch&) = delete;
     PageWatch& operator=(const PageWatch&) = delete;
 
-    /// A page's process says who it is.
-    /// @param space  the inode of its namespace of process numbers
-    /// @param number  its number therein. What turns out to be no process of a page of this program is left alone.
+    /// Registers a page's process as the page's guard reports it.
+    /// @param space inode of the process's PID namespace
+    /// @param number PID in that namespace; ignored if it is not a page process started by this program
     /// @return never 0
     Page begin(std::uint64_t space, int number);
-    /// The page has gone: its process is WebKit's to end. Nothing for 0.
+    /// Unregisters a page; WebKit ends its process. No effect for 0.
     void leave(Page page);
-    /// Why the watch has ended a page's process, in words; empty when it has not.
+    /// Why the watch has killed a page's process, in words; empty if it has not.
     std::string reason(Page page);
 
 private:
@@ -57,7 +57,7 @@ private:
     void run();
     void look();
     void look_at_host(Host& host, double seconds);
-    /// Ends the process that has worked most since the last look.
+    /// Kills the process that has used most processor time since the last check.
     void end_busiest(const std::string& why);
 
     const PageLimits limits_;

@@ -10,26 +10,27 @@ typedef struct _WebKitUserContentManager WebKitUserContentManager;
 namespace qoro
 {
 
-/// Keeps pages from opening WebSockets to addresses of this machine and of private networks, of which the guard in
-/// their process does not hear: WebKit's own filters of content, made when the object is, and in force a moment later.
+/// Prevents pages from opening WebSockets to this machine and to private networks. WebKit does not report WebSockets to
+/// the guard in the page's process, so its content filters are used. They are compiled asynchronously and take effect a
+/// moment after construction.
 class SocketFilter
 {
 public:
-    /// @param folder where WebKit may keep the filter
+    /// @param folder where WebKit may store the filters
     explicit SocketFilter(const std::string& folder);
     ~SocketFilter();
     SocketFilter(const SocketFilter&) = delete;
     SocketFilter& operator=(const SocketFilter&) = delete;
 
-    /// The pages with this content reach a zone, and nothing further inside.
+    /// Limits the pages of a content manager to a zone.
     void apply(WebKitUserContentManager* content, NetworkZone reach);
-    /// The content goes.
+    /// Removes a content manager that is about to be destroyed.
     void forget(WebKitUserContentManager* content);
 
 private:
     struct State;
 
-    // Outlived by what WebKit is still making.
+    // A pending compilation may keep these alive for longer.
     const std::shared_ptr<State> machine_;
     const std::shared_ptr<State> private_networks_;
 };

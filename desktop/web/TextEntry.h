@@ -6,19 +6,20 @@ typedef struct _WebKitUserContentManager WebKitUserContentManager;
 namespace qoro
 {
 
-/// Knows whether the keys are a page's to write with: a text field, a list or the like has the keyboard in it. It
-/// listens in every frame, where the page's own script can neither see nor call it.
+/// Tracks whether a text field, a list or a similar element of a page has the keyboard focus. A script listens in every
+/// frame, in a script world that the page can neither see nor call.
 class TextEntry
 {
 public:
-    /// @param content of the one view whose page it is
+    /// @param content of the single view that shows the page
     explicit TextEntry(WebKitUserContentManager* content);
     ~TextEntry();
     TextEntry(const TextEntry&) = delete;
     TextEntry& operator=(const TextEntry&) = delete;
 
+    /// Whether the page needs the keys for text entry.
     bool active() const { return active_; }
-    /// The page is gone.
+    /// The page has ended.
     void end() { active_ = false; }
 
 private:

@@ -9,12 +9,13 @@
 namespace qoro
 {
 
-/// A value as JSON text. A number that is not finite is null; bytes that are no UTF-8 become U+FFFD.
+/// A value as JSON text (RFC 8259). Numbers that are not finite become null; bytes that are not valid UTF-8 become
+/// U+FFFD.
 std::string json_of(const Value& value);
 std::string json_of(const NSArray& list);
 std::string json_of(const NSDictionary& mapping);
 
-/// The value of a JSON text; absent when it is none, or is nested more than 32 deep.
+/// Parses JSON text. Absent for invalid text, nesting above 32 levels, and more than 256 names in total.
 std::optional<Value> value_of_json(std::string_view text);
 
 } // namespace qoro

@@ -29,20 +29,21 @@ namespace qoro
 
 class PageReach;
 
-/// One web view, drawn by WebKitGTK. Pages are other people's code: they keep nothing, read no local file, open no
-/// window, download nothing, are granted no permission, and reach the ad through the bridge alone; browsed pages have
-/// none.
+/// A web view over WebKitGTK. Pages are untrusted: they store nothing, read no local files, open no windows, download
+/// nothing, get no permissions, and communicate with the ad only through the bridge, which browsed pages lack. Main
+/// thread only.
 class WebKitEngine : public WebEngine, public WidgetSource
 {
 public:
-    /// The platform dispatches every event, and outlives the engine, as the listener does.
+    /// @param platform dispatches every event; must outlive the engine
+    /// @param listener must outlive the engine
     WebKitEngine(Platform& platform, WebListener& listener, PageKind kind, WebKitWebContext* context,
                  WebKitNetworkSession* session, std::shared_ptr<PageReach> reach, std::shared_ptr<PageWatch> watch);
     ~WebKitEngine() override;
     WebKitEngine(const WebKitEngine&) = delete;
     WebKitEngine& operator=(const WebKitEngine&) = delete;
 
-    /// A base that is neither http nor https gives the page no origin at all.
+    /// Unless the base is an http or https address, the page has an opaque origin.
     void load_html(const NSString& html, const NSURL& base) override;
     void load_address(const NSURL& address) override;
     void go_back() override;
@@ -51,12 +52,12 @@ public:
     PageState page_state() const override;
     void call_listeners(const std::string& event, const NSArray& callbacks, const NSDictionary& data) override;
     NSURL current_address() const override;
-    /// A page wider than the view is shrunk to its width once it has loaded.
+    /// If true, a page that is wider than the view is scaled down to the view's width once it has loaded.
     void set_scales_page_to_fit(bool scales) override;
     double page_scale() const override;
     void watch_responsiveness(bool watch) override { pulse_.watch(watch); }
 
-    /// Cancels every download of the session's pages, and tells it as what they were refused.
+    /// Cancels all downloads of a session and reports each to the engine of its page as refused.
     static void refuse_downloads(WebKitNetworkSession* session);
 
     GtkWidget* widget() const override;
@@ -71,14 +72,14 @@ private:
     void load_changed(int event);
     void load_failed(const _GError& error);
     void state_changed();
-    /// What the engine itself asks of WebKit, whose news may come inside the call.
+    /// Calls WebKit on the engine's own behalf; WebKit may emit signals during the call.
     template <typename F>
     void ask(F&& call);
-    /// Loads, once it is known that the page's process starts; replaces a load that still waits for that.
+    /// Starts a load as soon as the page's process is known to start; replaces a load that still waits for that.
     void begin_load(std::function<void()> load);
     void end_wait();
     void forget_load();
-    /// Tells the listener what the page has not got, as an event of its own.
+    /// Notifies the listener that something was refused to the page, as an event of its own.
     void refuse(const char* what, const std::string& detail);
     bool may_be_shown(WebKitResponsePolicyDecision* decision);
     bool moves_within(WebKitNavigationAction* action, const std::string& address) const;
@@ -87,8 +88,8 @@ private:
     bool listener_allows(const char* address, int navigation_type);
     void process_ended(int reason);
     void fit_page();
-    /// Tells the listener, as an event of its own.
-    /// @param reason in words, of a failure
+    /// Notifies the listener, as an event of its own.
+    /// @param reason of a failure, in words
     void report(News news, const std::string& reason = "");
 
     Platform& platform_;
@@ -96,7 +97,7 @@ private:
     const PageKind kind_;
     const std::shared_ptr<PageReach> reach_;
     const std::shared_ptr<PageWatch> watch_;
-    /// The page's process as the watch knows it; 0 for none.
+    /// The page's process in watch_; 0 if there is none.
     PageWatch::Page process_ = 0;
     WebKitUserContentManager* const content_;
     WebKitWebView* const view_;
@@ -105,35 +106,36 @@ private:
     MessageLoad load_;
     TextEntry text_entry_{content_};
     PagePulse pulse_;
-    /// Dies with the engine; what waits for the main loop or for the page's process watches it.
+    /// Reset to null by the destructor; checked by work posted to the main loop and by replies of the page's process.
     const std::shared_ptr<WebKitEngine*> self_;
 
-    /// A process was asked for, and has not ended.
+    /// Whether a page process was requested and has not ended.
     bool has_process_ = false;
     bool lost_process_ = false;
-    /// The load that waits, and the timer that looks whether it may begin; null and 0 for none.
+    /// The load that waits for a trial, and the timer that polls the trial; null and 0 if there is none.
     std::function<void()> waiting_load_;
     TimerId waiting_ = 0;
     std::shared_future<std::string> trial_;
     bool has_page_ = false;
-    /// Something of a page has arrived.
+    /// Whether any content of a page has arrived.
     bool has_content_ = false;
-    /// A part of the page came over a connection that others can change.
+    /// Whether a part of the page came over an insecure connection.
     bool has_insecure_parts_ = false;
-    /// The last address that was asked for by load_address and has not been shown yet; empty for none.
+    /// The last address passed to load_address, until its page is shown; empty otherwise.
     std::string wanted_;
-    /// The address of a load that the engine itself asked for and that has not begun: nobody is asked about it.
+    /// The address of a load that the engine itself has requested, until the load begins. The listener is not asked
+    /// about it.
     std::string own_load_;
-    /// A load that the engine itself asked for has begun, and nothing of it has come.
+    /// Whether a load that the engine itself has requested has begun, but has received nothing.
     bool own_answer_due_ = false;
-    /// The address of the page that is there, whatever its script calls itself.
+    /// The address that the current page was loaded from, whatever its script changes it to.
     std::string document_;
-    /// A start was reported and its end is due.
+    /// Whether a start was reported whose end is due.
     bool loading_ = false;
-    /// The engine itself is asking something of WebKit.
+    /// Whether the engine itself is calling WebKit (ask()).
     bool asking_ = false;
     bool scales_page_to_fit_ = false;
-    /// How many of WebKit's calls are running into us.
+    /// Number of active calls from WebKit into the engine.
     int inside_ = 0;
 };
 

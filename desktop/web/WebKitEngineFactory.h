@@ -17,10 +17,10 @@ class GuardFolder;
 class PageReach;
 class SocketFilter;
 
-/// The address under which every page finds the kit's script library.
+/// The address of the kit's script library for every page.
 inline constexpr const char* script_library_address = "kit://script.js";
 
-/// Web engines, of which those of one kind share one process family and one memory-only session.
+/// Creates web engines. Engines of one kind share a process family and an in-memory session. Main thread only.
 class WebKitEngineFactory : public WebEngineFactory
 {
 public:
@@ -29,7 +29,8 @@ public:
     WebKitEngineFactory(const WebKitEngineFactory&) = delete;
     WebKitEngineFactory& operator=(const WebKitEngineFactory&) = delete;
 
-    /// GTK must have been started. Where pages can't be guarded, the engine shows none, and says at every load why.
+    /// GTK must have been started. If pages cannot be guarded, the engine shows none and every load fails with the
+    /// reason.
     std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
 
 private:
@@ -38,10 +39,11 @@ private:
         WebKitNetworkSession* session = nullptr;
         std::shared_ptr<PageReach> reach = {};
     };
-    /// @throws std::runtime_error when pages can't be guarded
+    /// Sets up a family on first use.
+    /// @throws std::runtime_error if pages cannot be guarded
     void found(Family& family, PageKind kind);
     std::shared_ptr<PageReach> guard_network(PageKind kind, WebKitNetworkSession* session);
-    /// Any thread.
+    /// Reports a connection that the proxy refused. Any thread may call this.
     void tell_refusal(const std::string& where);
 
     Platform& platform_;
@@ -52,7 +54,7 @@ private:
     Family creatives_;
     Family browsed_;
     RefusalLog refusals_;
-    /// Gone with the factory.
+    /// Expires with the factory; checked by work posted to the main loop.
     const std::shared_ptr<WebKitEngineFactory*> self_ = std::make_shared<WebKitEngineFactory*>(this);
 };
 

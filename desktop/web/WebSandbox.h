@@ -3,15 +3,15 @@
 namespace qoro
 {
 
-/// Whether the web engine's processes can be locked away on this machine. Asked before the first engine is made,
-/// because WebKit ends the whole program where they cannot.
+/// Whether the web engine's processes can be sandboxed on this machine. To be checked before the first engine is
+/// created, because WebKit terminates the program if they cannot.
 bool sandbox_works();
 
-/// Whether there is room for what WebKit writes down of each process that it locks away. WebKit ends the whole program
-/// where there is none.
+/// Whether there is space for the file that WebKit writes for each sandboxed process. WebKit terminates the program if
+/// there is none.
 bool sandbox_has_room();
 
-/// Goes on without the sandbox. To be called before the first engine is made; for trusted pages alone.
+/// Disables the sandbox. To be called before the first engine is created; for trusted pages only.
 void give_up_sandbox();
 
 } // namespace qoro
