@@ -35,7 +35,7 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     players_.options.silent = options.silent;
     players_.options.volume = [this] { return output_volume_.player_volume(); };
     players_.options.on_end = [this](const GstPlayer&) { return_memory_later(); };
-    // The controller's own line says neither which page it was nor why.
+    // The controller's own log line contains neither the page's address nor the reason.
     fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
         tell("web", {{"do", "failed"}, {"url", address}, {"reason", reason}});
     };
@@ -46,13 +46,13 @@ DesktopPlatform::DesktopPlatform(const Options& options)
 
 DesktopPlatform::~DesktopPlatform()
 {
-    // What still lives here may ask for the platform as it goes, and tells nobody any more.
+    // Objects destroyed below may look up the current platform. The event sink is gone, so they report nothing.
     const PlatformScope scope(*this);
     set_witness(nullptr);
     output_volume_.on_change = nullptr;
     loop_.clear();
     fetcher_.abandon();
-    // A window that shows its owner keeps it.
+    // A window and the view controller that owns it refer to each other.
     for (const std::shared_ptr<ViewNode>& window : shared<WindowList>().all()) {
         const std::shared_ptr<UIViewController> gone = std::move(window->window_root);
     }
@@ -66,8 +66,8 @@ void DesktopPlatform::return_memory_later()
     has_more_to_return_ = std::exchange(returns_memory_, true);
     if (has_more_to_return_)
         return;
-    // The C library keeps what was freed (Toolkit.cpp says why), of each thread that an ad had: some 20 MB in all. By
-    // then the last threads and pages of the ad have gone as well.
+    // The C library retains freed memory (see Toolkit.cpp) of each thread that an ad used, some 20 MB in all. By then
+    // the ad's last threads and pages have ended, too.
     constexpr double settled = 5;
     loop_.start_timer(settled, false, [this] {
         returns_memory_ = false;

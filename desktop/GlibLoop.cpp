@@ -20,10 +20,10 @@ namespace qoro
 namespace
 {
 constexpr std::int64_t Never = std::numeric_limits<std::int64_t>::max();
-/// Microseconds between two firings of a repeating timer, at least. A timer that is due again at each turn of the loop
-/// would keep out whatever has a lower priority there, such as GTK's drawing.
+/// Minimum microseconds between two firings of a repeating timer. A timer that is due again in each iteration of the
+/// loop would starve sources of lower priority, such as GTK's drawing.
 constexpr std::int64_t ShortestInterval = 1000;
-/// A century: what lies further away is as good as never, and adds up without overflow.
+/// Seconds; a century. Anything longer is practically never, and this does not overflow when added up.
 constexpr double LongestInterval = 3.2e9;
 
 std::int64_t interval_microseconds(double seconds)
@@ -66,7 +66,7 @@ GlibLoop::GlibLoop(Platform* platform)
     source_ = g_source_new(&functions, sizeof(Source));
     reinterpret_cast<Source*>(source_)->loop = this;
     g_source_set_name(source_, "qoro loop");
-    // Work that an event does may run the loop in turn (a nested wait); its events must still come.
+    // An event may run the loop recursively (a nested wait), which must still deliver events.
     g_source_set_can_recurse(source_, TRUE);
     g_source_add_unix_fd(source_, timer_fd_, G_IO_IN);
     g_source_attach(source_, context_);
@@ -110,7 +110,7 @@ void GlibLoop::stop_timer(TimerId timer)
     const auto found = timers_.find(timer);
     if (found == timers_.end())
         return;
-    // What the timer kept goes last: letting it go may come back here.
+    // Destroyed last, because its destructor may call this object.
     const std::function<void()> kept = std::move(found->second.fire);
     timers_.erase(found);
     arm();
@@ -142,7 +142,7 @@ void GlibLoop::restart_clock()
 
 void GlibLoop::clear()
 {
-    // What these keep may come back here as it goes: it goes when the queue is in order again.
+    // Destroyed last, because their destructors may call this object, which must be consistent by then.
     std::deque<Work> work;
     {
         std::scoped_lock lock(mutex_);
@@ -177,8 +177,8 @@ void GlibLoop::arm()
     timerfd_settime(timer_fd_, TFD_TIMER_ABSTIME, &when, nullptr);
 }
 
-// What became due before now runs; what that adds waits for the loop's next turn, so that no chain of events keeps
-// the rest of the program out.
+// Runs what became due before now. Whatever that adds waits for the next iteration of the loop, so that a chain of
+// events cannot block the rest of the program.
 void GlibLoop::run_due()
 {
     const std::int64_t until = g_get_monotonic_time();
@@ -220,7 +220,7 @@ void GlibLoop::fire(std::map<TimerId, Timer>::iterator timer)
         run_event(once);
         return;
     }
-    // A grid of start + n × interval: the firings that were missed are skipped, not made up for.
+    // Firings lie on a grid of start + n × interval; missed ones are skipped.
     const std::int64_t late = g_get_monotonic_time() - timer->second.due;
     const std::int64_t pause = interval < ShortestInterval ? ShortestInterval : 0;
     timer->second.due += ((late + pause) / interval + 1) * interval;

@@ -61,7 +61,7 @@ void CacheFolder::fail() const
 
 std::vector<std::string> CacheFolder::names() const
 {
-    // A descriptor of its own: reading moves on in it.
+    // A separate descriptor, because reading advances the descriptor's position.
     const int copy = openat(folder_.number(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     const std::unique_ptr<DIR, CloseFolder> folder(copy < 0 ? nullptr : fdopendir(copy));
     if (!folder)
@@ -98,7 +98,7 @@ CacheFolder::Lock CacheFolder::try_lock() const
 
 Descriptor CacheFolder::open_file(const std::string& name) const
 {
-    // A pipe must not hold us up.
+    // O_NONBLOCK: opening a pipe must not block.
     Descriptor file(openat(folder_.number(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
     struct stat status {
     };
@@ -127,7 +127,7 @@ std::optional<std::int64_t> CacheFolder::touched(const std::string& name) const
 
 bool CacheFolder::touch(const std::string& name) const
 {
-    // The kernel's own "now" is that of its last tick.
+    // Not UTIME_NOW: the kernel's own "now" is only as recent as its last tick.
     std::array<timespec, 2> times{{{0, UTIME_OMIT}, {}}};
     clock_gettime(CLOCK_REALTIME, &times[1]);
     return utimensat(folder_.number(), name.c_str(), times.data(), AT_SYMLINK_NOFOLLOW) == 0;

@@ -23,13 +23,13 @@ namespace
 {
 constexpr std::string_view VideoEnd = ".video";
 constexpr std::string_view RecordEnd = ".json";
-/// What is not whole yet; whoever writes it holds a lock on it.
+/// An incomplete file; its writer holds a lock on it.
 constexpr std::string_view PartEnd = ".part";
 constexpr std::size_t DigestDigits = 64;
-/// By how much a copy's time of change lies before it was finished; more than any file system rounds.
+/// Seconds by which a copy's time of modification precedes its completion; more than the resolution of any file system.
 constexpr time_t SecondsBack = 10;
 
-/// "1f3c….video" → "1f3c…"; empty for a name that is none of the cache's.
+/// "1f3c….video" → "1f3c…"; empty if the cache did not create the name.
 std::string stem_of(const std::string& name, std::string_view end)
 {
     const bool ours =
@@ -56,7 +56,7 @@ std::optional<CacheRecord> read_record(const CacheFolder& folder, const std::str
     return record;
 }
 
-/// The record goes first: without one there is no copy.
+/// The record is removed first: without it there is no copy.
 void remove_copy(const CacheFolder& folder, const std::string& stem)
 {
     folder.remove(record_of(stem));
@@ -66,7 +66,7 @@ void remove_copy(const CacheFolder& folder, const std::string& stem)
 enum class State {
     None,
     Good,
-    /// It has the content that it should, in a file that is not the known one.
+    /// The content is correct, but the file is not the recorded one.
     Moved,
     Damaged,
 };
@@ -113,7 +113,7 @@ std::vector<Copy> copies_in(const CacheFolder& folder)
     return copies;
 }
 
-/// Removes what processes left that ended in the middle. The folder's lock is held.
+/// Removes what terminated processes left incomplete. The folder's lock is held.
 void tidy(const CacheFolder& folder)
 {
     for (const std::string& name : folder.names()) {
@@ -131,7 +131,7 @@ void tidy(const CacheFolder& folder)
     }
 }
 
-/// Lets those go that were not used for the longest time. The folder's lock is held.
+/// Removes the least recently used copies until there is space. The folder's lock is held.
 void make_room(const CacheFolder& folder, std::uint64_t bytes, std::uint64_t most_bytes)
 {
     std::uint64_t used = bytes;
@@ -179,7 +179,7 @@ NSString VideoCache::look_up(const std::string& address)
     const std::string stem = digest_of(address);
     Look look = look_at(*folder, stem);
     if (look.state == State::Damaged || look.state == State::Moved) {
-        // Another process may have been replacing it just then: with the lock, what is seen is so.
+        // Another process might have been replacing the copy: look again under the lock.
         const CacheFolder::Lock lock = folder->try_lock();
         if (lock)
             look = look_at(*folder, stem);
@@ -244,7 +244,7 @@ void VideoCache::keep(const CacheFolder& folder, const std::string& part, CacheR
     folder.touch(record_of(stem));
 }
 
-// ---------------------------------------------------------------------------------------------------- what comes in
+// --------------------------------------------------------------------------------------------------- Incoming video
 
 struct IncomingVideo::Part {
     CacheFolder folder;
@@ -262,7 +262,7 @@ struct IncomingVideo::Part {
 IncomingVideo::IncomingVideo(VideoCache& cache, const std::string& address) : cache_(cache), address_(address)
 {
     CacheFolder folder = CacheFolder::make(cache.folder());
-    // With the lock, nobody takes the new file for one that was left behind before it has its own.
+    // The folder's lock prevents other processes from removing the new file as abandoned before it has its own lock.
     const CacheFolder::Lock lock = folder.lock();
     char* unique = g_uuid_string_random();
     std::string name = unique + std::string(PartEnd);
@@ -279,7 +279,7 @@ IncomingVideo::~IncomingVideo()
     try {
         part_->folder.remove(part_->name);
     } catch (const std::system_error&) {
-        // It stays until the next one comes in.
+        // The next incoming video removes it.
     }
 }
 
@@ -307,8 +307,8 @@ void IncomingVideo::keep()
     std::array<timespec, 2> times{{{0, UTIME_OMIT}, {}}};
     clock_gettime(CLOCK_REALTIME, &times[1]);
     times[1].tv_sec -= SecondsBack;
-    // On the disk before it has its name: a machine that loses power leaves no file of the right length without
-    // content.
+    // Written to the disk before the file gets its name: otherwise a power failure could leave a file of the right
+    // length without content.
     if (futimens(part_->file.number(), times.data()) != 0 || fsync(part_->file.number()) != 0)
         part_->fail();
     CacheRecord record{.address = address_, .length = part_->length, .digest = g_checksum_get_string(part_->digest)};

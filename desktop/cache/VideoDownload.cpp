@@ -34,7 +34,7 @@ std::string words_of(GError* error)
     return words;
 }
 
-/// What is wrong with an answer before its body has come; empty for one that can become a copy.
+/// Why an answer is unsuitable, judged before its body is read; empty if it can become a copy.
 std::string fault_of(SoupMessage* message, std::uint64_t most_bytes)
 {
     SoupMessageHeaders* headers = soup_message_get_response_headers(message);
@@ -66,7 +66,7 @@ VideoDownload::VideoDownload(const Limits& limits)
     : limits_(limits),
       session_(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))
 {
-    // The length that a server tells is that of what it sends.
+    // Content-Length counts encoded bytes: without a decoder it matches the bytes that are read.
     soup_session_remove_feature_by_type(session_, SOUP_TYPE_CONTENT_DECODER);
 }
 

@@ -27,8 +27,8 @@ struct Unref {
 };
 using Program = std::unique_ptr<GAppInfo, Unref>;
 
-/// The viewer's own choice comes first. One that only shows such a file as the plain text that it is too is none: it
-/// says nothing about calendars.
+/// The viewer's default program comes first, unless it does not declare support for calendars: a default that only
+/// opens the file as plain text is not a calendar.
 Program calendar_program()
 {
     Program chosen(g_app_info_get_default_for_type(CalendarType, FALSE));
@@ -87,7 +87,7 @@ bool DesktopCalendar::available()
     return options_.allowed && calendar_program();
 }
 
-// A page hears the answer: it says nothing about where this machine's files are.
+// The result is passed to a page, so it contains no local paths.
 NSString DesktopCalendar::add(const CalendarEvent& event)
 {
     const Program program = options_.allowed ? calendar_program() : nullptr;

@@ -14,7 +14,7 @@ namespace
 {
 
 constexpr WallTime Minute = 60;
-/// Before any event.
+/// Earlier than any event.
 constexpr const char* LongAgo = "19000101T000000";
 
 struct FreeComponent {
@@ -42,9 +42,9 @@ void add(const Component& to, Component part)
     icalcomponent_add_component(to.get(), part.release());
 }
 
-// -------------------------------------------------------------------------------------------------------------- clock
+// -------------------------------------------------------------------------------------------------------------- Clock
 
-/// "UTC-0800"
+/// Name of a fixed UTC offset: "UTC-0800".
 std::string name_of_offset(int minutes)
 {
     const int ahead = std::abs(minutes);
@@ -52,7 +52,7 @@ std::string name_of_offset(int minutes)
     return std::string(minutes < 0 ? "UTC-" : "UTC+") + two(ahead / 60) + two(ahead % 60);
 }
 
-/// A zone that is so many minutes ahead of UTC the whole year.
+/// A zone with the same UTC offset, in minutes, all year.
 Component fixed_zone(const std::string& name, int minutes)
 {
     Component standard = make_component(ICAL_XSTANDARD_COMPONENT);
@@ -66,7 +66,7 @@ Component fixed_zone(const std::string& name, int minutes)
     return zone;
 }
 
-/// A zone's rules under the name that everybody knows; the library's own name for it is none of theirs.
+/// A zone's rules under its standard name; the library's own identifier means nothing to other programs.
 Component named_zone(icaltimezone* zone, const std::string& name)
 {
     Component rules(icalcomponent_new_clone(icaltimezone_get_component(zone)));
@@ -78,11 +78,11 @@ Component named_zone(icaltimezone* zone, const std::string& name)
 struct WrittenClock {
     enum class Kind { Days, Floating, Utc, Zone };
     Kind kind = Kind::Floating;
-    /// Minutes ahead of UTC, where it is always the same.
+    /// Minutes ahead of UTC, if that is constant.
     int offset = 0;
-    /// Where it is not; null elsewhere.
+    /// The zone, if its offset varies; null otherwise.
     icaltimezone* zone = nullptr;
-    /// For Kind::Zone.
+    /// Only for Kind::Zone.
     std::string name = {};
 
     icaltimetype as_shown(WallTime time) const
@@ -99,7 +99,7 @@ struct WrittenClock {
         return icaltime_convert_to_zone(shown, utc);
     }
     icaltimetype written(WallTime time) const { return kind == Kind::Utc ? in_utc(time) : as_shown(time); }
-    /// A recurrence's end is in UTC wherever the event's clock is known.
+    /// The end of a recurrence is in UTC if the start has a time zone (RFC 5545, 3.3.10).
     icaltimetype written_end(WallTime time) const { return kind == Kind::Zone ? in_utc(time) : written(time); }
 
     icalproperty* dated(icalproperty* property) const
@@ -110,7 +110,7 @@ struct WrittenClock {
     }
 };
 
-/// @return absent when the event's zone is not known
+/// @return absent if the event's zone is unknown
 std::optional<WrittenClock> clock_of(const CalendarEvent& event)
 {
     if (event.all_day)
@@ -136,7 +136,7 @@ Component zone_of(const WrittenClock& clock)
     return clock.zone ? named_zone(clock.zone, clock.name) : fixed_zone(clock.name, clock.offset);
 }
 
-// --------------------------------------------------------------------------------------------------------- recurrence
+// --------------------------------------------------------------------------------------------------------- Recurrence
 
 void append_list(std::string& rule, std::string_view name, const std::vector<int>& numbers)
 {
@@ -179,7 +179,7 @@ icalproperty* rule_of(const CalendarRecurrence& recurrence, const WrittenClock& 
     return icalproperty_new_rrule(icalrecurrencetype_from_string(rule.c_str()));
 }
 
-// -------------------------------------------------------------------------------------------------------------- event
+// -------------------------------------------------------------------------------------------------------------- Event
 
 icalproperty_status status_of(CalendarStatus status)
 {

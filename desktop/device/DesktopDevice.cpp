@@ -19,7 +19,7 @@ struct Turned {
     int clockwise;
     int counterclockwise;
 };
-/// By UIDeviceOrientation, 1 to 4, as it is held before. A device whose top points left (3) was turned
+/// Indexed by the current UIDeviceOrientation, 1 to 4. A device whose top points left (3) was rotated
 /// counter-clockwise.
 constexpr std::array<Turned, 5> TurnedTable{{{}, {4, 3}, {3, 4}, {1, 2}, {2, 1}}};
 
@@ -28,7 +28,7 @@ bool is_held(int orientation)
     return orientation >= 1 && orientation <= 4;
 }
 
-/// In lower case; empty when the address has none.
+/// In lower case; empty if the address has no scheme.
 std::string scheme_of(const NSURL& address)
 {
     char* scheme = g_uri_parse_scheme(address.absoluteString().text().c_str());
@@ -46,10 +46,10 @@ bool has_program(const std::string& scheme)
     return found;
 }
 
-/// An address on its way to a program.
+/// A pending launch of a program for an address.
 struct Opening {
     std::string address;
-    /// Empty when nobody waits.
+    /// May be empty.
     std::function<void()> done;
 };
 

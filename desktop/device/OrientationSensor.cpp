@@ -17,13 +17,13 @@ constexpr const char* SensorPath = "/net/hadess/SensorProxy";
 constexpr const char* OrientationProperty = "AccelerometerOrientation";
 
 struct Row {
-    /// Which edge of the machine points up.
+    /// The edge of the machine that points up.
     std::string_view reading;
     int orientation;
 };
 constexpr auto Readings = std::to_array<Row>({{"normal", 1}, {"bottom-up", 2}, {"right-up", 3}, {"left-up", 4}});
 
-/// 0 for a reading that says nothing.
+/// 0 for an unknown reading.
 int orientation_of(std::string_view reading)
 {
     const auto* row = std::ranges::find(Readings, reading, &Row::reading);
@@ -49,7 +49,7 @@ struct OrientationSensor::State {
         g_object_unref(cancellable);
     }
 
-    // What the bus answers later finds the state only while it is there.
+    // Pending bus calls hold a weak pointer and do nothing once the state is destroyed.
     using Weak = std::weak_ptr<State>;
     static gpointer keep(const std::shared_ptr<State>& state) { return new Weak(state); }
     static void drop(gpointer weak) { delete static_cast<Weak*>(weak); }
@@ -93,7 +93,7 @@ struct OrientationSensor::State {
         state->proxy = made;
         g_signal_connect_swapped(made, "g-properties-changed", G_CALLBACK(+[](State* self) { self->read(); }),
                                  state.get());
-        // The sensor is read only for those who claim it.
+        // iio-sensor-proxy reads the sensor only while a client claims it.
         g_dbus_proxy_call(made, "ClaimAccelerometer", nullptr, G_DBUS_CALL_FLAGS_NONE, -1, state->cancellable, claimed,
                           keep(state));
     }

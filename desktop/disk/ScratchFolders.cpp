@@ -25,7 +25,7 @@ std::vector<std::string> scratch_folders(std::uint64_t bytes)
         if (!unknown && access(path, W_OK | X_OK) == 0)
             folders.push_back({path, std::min<std::uint64_t>(space.available, bytes)});
     }
-    // What has room enough counts alike, and keeps its order.
+    // The room was capped at `bytes`, so that folders with enough of it compare equal and retain their order.
     std::ranges::stable_sort(folders, std::ranges::greater{}, &Folder::room);
     std::vector<std::string> paths;
     for (Folder& folder : folders)

@@ -14,14 +14,14 @@ namespace
 {
 using namespace std::string_view_literals;
 
-/// A small file may claim a picture that would fill the memory.
+/// A small file may declare a picture that would exhaust the memory.
 constexpr std::int64_t MostPixels = 64'000'000;
 
 struct Format {
-    /// As gdk-pixbuf calls it.
+    /// gdk-pixbuf's name of the format.
     const char* name;
     std::string_view begins_with;
-    /// Stands at the end of every whole picture. Of a cut one the loader would show rows that it never filled.
+    /// Found at the end of every complete picture. Of a truncated one, the loader would return uninitialised rows.
     std::string_view end_mark;
 };
 constexpr auto Formats = std::to_array<Format>({
@@ -29,7 +29,7 @@ constexpr auto Formats = std::to_array<Format>({
     {"jpeg", "\xff\xd8\xff"sv, "\xff\xd9"sv},
 });
 
-/// Null for bytes of another format, or cut ones.
+/// Null for another format or a truncated picture.
 const Format* format_of(std::string_view bytes)
 {
     const auto* format =

@@ -20,7 +20,7 @@ namespace
 {
 constexpr std::size_t PieceSize = 64u << 10;
 
-/// The part of a file that is on its way to a client, piece by piece, so that a large video is never in memory whole.
+/// The part of a file that is being sent, in pieces, so that a large video is never in memory as a whole.
 struct Sending {
     ServedFile file;
     std::int64_t next;
@@ -32,8 +32,9 @@ struct Span {
     std::int64_t last;
 };
 
-/// The one range that a request asks for. A request for several, or in a form that is not understood, gets the whole.
-/// @return absent for the whole file; first beyond last when the range lies outside the file
+/// The range that a request asks for. Requests for several ranges, or in an unknown form, get the whole file (RFC 9110,
+/// 14.2).
+/// @return absent for the whole file; first > last if the range lies outside the file
 std::optional<Span> asked_range(SoupMessageHeaders* headers, std::int64_t size)
 {
     if (!soup_message_headers_get_one(headers, "Range"))
@@ -56,7 +57,7 @@ void send_piece(SoupServerMessage* message, Sending& sending)
         return;
     auto* piece = static_cast<char*>(g_malloc(length));
     if (sending.file.read(sending.next, piece, length) < length) {
-        // The file has shrunk since its size was sent: a broken connection tells the client so.
+        // The file has shrunk since its size was sent: a broken connection is the only way to report that.
         g_free(piece);
         g_socket_close(soup_server_message_get_socket(message), nullptr);
         return;
@@ -161,7 +162,7 @@ public:
 private:
     void listen()
     {
-        // Raw paths: a tracker's address is recorded as it was sent.
+        // raw-paths: a tracker's address is recorded as it was sent.
         server_ = soup_server_new("raw-paths", TRUE, nullptr);
         soup_server_add_handler(
             server_, nullptr,
@@ -202,7 +203,8 @@ private:
 
     void answer(SoupServerMessage* message, const std::string& path, AdServerHit& hit)
     {
-        // Another host name that leads here is somebody else's page trying to read the folder.
+        // Prevents DNS rebinding: a request for another host name comes from a foreign page that tries to read the
+        // folder.
         const char* host = soup_message_headers_get_one(soup_server_message_get_request_headers(message), "Host");
         if (!host || host != host_) {
             answer_with(message, SOUP_STATUS_FORBIDDEN);
@@ -212,7 +214,7 @@ private:
                                           [&path](const std::string& tracker) { return stands_for(tracker, path); });
         const bool reads = hit.method == SOUP_METHOD_GET || hit.method == SOUP_METHOD_HEAD;
         if (hit.tracker) {
-            // libsoup closes after an answer without a length; a client that is told sends nothing more on it.
+            // libsoup closes the connection after an answer without a length; the header keeps clients from reusing it.
             soup_message_headers_replace(soup_server_message_get_response_headers(message), "Connection", "close");
             answer_with(message, SOUP_STATUS_NO_CONTENT);
             return;
@@ -243,8 +245,8 @@ private:
     std::string host_;
     SoupServer* server_ = nullptr;
     mutable std::mutex mutex_;
-    std::vector<AdServerHit> hits_; // under the mutex
-    ContextThread thread_;          // last: it ends before what it uses
+    std::vector<AdServerHit> hits_; // guarded by mutex_
+    ContextThread thread_;          // last, so that it ends before the members it uses
 };
 
 AdServer::AdServer(AdServerContent content, OnHit on_hit)

@@ -20,7 +20,8 @@ ContextThread::ContextThread(const char* name)
           g_main_context_push_thread_default(context_);
           while (!over_)
               g_main_context_iteration(context_, TRUE);
-          // What was closed just now lets go of its memory; whatever goes on without an end does not hold this up.
+          // Closed connections release their memory in further iterations. Their number is limited, in case a source
+          // never stops.
           for (int turns = 0; turns < LastTurns && g_main_context_iteration(context_, FALSE); ++turns) {
           }
           g_main_context_pop_thread_default(context_);

@@ -9,10 +9,10 @@ namespace qoro
 
 GUri* http_uri(const std::string& address)
 {
-    // GLib would read up to a zero byte, and a comparison of addresses behind it.
+    // GLib would stop at a null byte, whereas comparisons of addresses include what follows it.
     if (address.find('\0') != std::string::npos)
         return nullptr;
-    // What stands before a backslash is a host to some, and a user's name to others.
+    // Parsers disagree whether the part before a backslash is a host or user information.
     if (address.find('\\') < address.find_first_of("?#"))
         return nullptr;
     GUri* uri = g_uri_parse(address.c_str(), static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS), nullptr);

@@ -17,7 +17,7 @@ namespace
 
 constexpr std::uint64_t BytesForABreak = 64u << 10;
 
-/// @param error is freed; null for a connection that ended in peace
+/// @param error freed; null if the connection was closed regularly
 const char* words_for(GError* error, const char* usual)
 {
     const bool silent = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
@@ -35,7 +35,7 @@ HttpReader::HttpReader(const std::string& address, const Limits& limits)
     : limits_(limits), uri_(http_uri(address)), reach_(reach_of(address)),
       session_(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))
 {
-    // Positions count the bytes that a server sends.
+    // Positions count the bytes as sent by the server, so nothing may decode them.
     soup_session_remove_feature_by_type(session_, SOUP_TYPE_CONTENT_DECODER);
 }
 
@@ -133,12 +133,12 @@ HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
         return refuse("it is larger than " + std::to_string(limits_.size) + " bytes");
     if (!answer.version.empty())
         version_ = answer.version;
-    // One that was asked for a part and sends everything can't jump.
+    // A server that answers a range request with the whole file does not support ranges.
     learn(answer.size, !answer.refuses_parts && (part || position == 0));
     return skip_to(position);
 }
 
-/// A server that can only send everything is read up to there.
+/// Reads and discards everything before the position, for servers that can only send the whole file.
 HttpReader::Connection HttpReader::skip_to(std::uint64_t position)
 {
     while (at_ < position) {
@@ -151,7 +151,7 @@ HttpReader::Connection HttpReader::skip_to(std::uint64_t position)
     return Connection::Open;
 }
 
-/// A server that has once not been able to jump is not asked to again.
+/// Once a server has failed to serve a range, can_jump() stays false.
 void HttpReader::learn(std::optional<std::uint64_t> size, bool can_jump)
 {
     const std::scoped_lock lock(mutex_);
@@ -179,7 +179,7 @@ HttpReader::Connection HttpReader::broken(const char* reason)
 void HttpReader::disconnect()
 {
     {
-        // Closed in peace, libsoup would wait for the rest of the body.
+        // Cancelled first: on a regular close, libsoup would wait for the rest of the body.
         const std::scoped_lock lock(mutex_);
         if (cancellable_)
             g_cancellable_cancel(cancellable_);

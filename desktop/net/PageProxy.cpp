@@ -23,10 +23,11 @@ namespace qoro
 namespace
 {
 
-/// Each takes three descriptors, of the 1,024 that a process usually has; GLib ends the program when it gets no more.
+/// Each tunnel uses three descriptors of the 1,024 that a process usually has; GLib terminates the program when it runs
+/// out of them.
 constexpr std::size_t MostTunnels = 64;
 constexpr auto SettingsPatience = std::chrono::seconds(1);
-/// Before a connection that could not be taken is tried again.
+/// Delay after a failed accept().
 constexpr auto Pause = std::chrono::milliseconds(20);
 
 /// 128 random bits.
@@ -108,7 +109,7 @@ private:
         while (!g_cancellable_is_cancelled(stop_)) {
             GSocketConnection* page = g_socket_listener_accept(listener_, nullptr, stop_, nullptr);
             if (!page) {
-                std::this_thread::sleep_for(Pause); // the page has given it up meanwhile, for example
+                std::this_thread::sleep_for(Pause); // for example, the page has already closed the connection
                 continue;
             }
             const std::scoped_lock lock(mutex_);
@@ -129,7 +130,7 @@ private:
                     served.over = true;
                 });
             } catch (const std::system_error&) {
-                served_.pop_back(); // no more threads
+                served_.pop_back(); // out of threads
             }
         }
     }
@@ -139,7 +140,7 @@ private:
     GCancellable* const stop_;
     int port_ = 0;
     std::mutex mutex_;
-    std::list<Served> served_; // under the mutex
+    std::list<Served> served_; // guarded by mutex_
     std::thread accepting_;
 };
 
@@ -164,7 +165,7 @@ bool PageProxy::system_has_proxy()
 {
     const auto found = std::make_shared<std::promise<bool>>();
     std::future<bool> answer = found->get_future();
-    // Settings may name a script that has to be fetched first; it is not waited for.
+    // On a detached thread: the settings may name a script that has to be fetched first.
     std::thread([found] {
         bool has = false;
         for (const char* address : {"http://example.org/", "https://example.org/"}) {

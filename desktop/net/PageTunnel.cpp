@@ -16,7 +16,7 @@ namespace qoro
 namespace
 {
 
-// RFC 1928 and RFC 1929.
+// SOCKS 5 (RFC 1928) with user name and password (RFC 1929).
 constexpr unsigned char Version = 5;
 constexpr unsigned char LoginVersion = 1;
 constexpr unsigned char WithPassword = 2;
@@ -25,11 +25,11 @@ constexpr unsigned char Connect = 1;
 enum AddressType : unsigned char { Ip4 = 1, Name = 3, Ip6 = 4 };
 enum Status : unsigned char { Succeeded = 0, NotAllowed = 2, Unreachable = 4, UnknownCommand = 7, UnknownAddress = 8 };
 
-/// Seconds that a page's process may take to ask, and a server to take a connection.
+/// Seconds that a page's process may take for its request, and a server for accepting a connection.
 constexpr unsigned AskingPatience = 10;
 constexpr unsigned ConnectingPatience = 20;
 
-/// Whether nothing of a password can be learnt from how long it takes.
+/// Compares without early exit, so that the duration reveals nothing about the password.
 bool is_same(const std::string& one, const std::string& other)
 {
     unsigned char differs = one.size() != other.size();
@@ -38,7 +38,7 @@ bool is_same(const std::string& one, const std::string& other)
     return !differs;
 }
 
-/// One way of a relay: bytes that have come and have not gone on.
+/// One direction of a relay, with the bytes that were received but not yet sent.
 class Way
 {
 public:
@@ -48,8 +48,8 @@ public:
     short wants_from() const { return !ended_ && begin_ == end_ ? POLLIN : 0; }
     short wants_to() const { return begin_ < end_ ? POLLOUT : 0; }
 
-    /// Moves what can be moved without waiting.
-    /// @return false when the connection has broken
+    /// Transfers what is possible without blocking.
+    /// @return false if the connection is broken
     bool move()
     {
         if (!ended_ && begin_ == end_) {
@@ -120,7 +120,7 @@ void PageTunnel::run()
             g_object_unref(asked.target);
         }
     }
-    // Closed here, and not when the proxy finds the time to let the tunnel go.
+    // Closed here, because the proxy may destroy the tunnel much later.
     if (server_)
         g_io_stream_close(G_IO_STREAM(server_), nullptr, nullptr);
     g_io_stream_close(G_IO_STREAM(page_), nullptr, nullptr);
@@ -205,14 +205,15 @@ PageTunnel::Asked PageTunnel::read_request()
 
 void PageTunnel::answer_request(unsigned char status)
 {
-    // Where the connection is bound to is nothing to pages.
+    // The bound address (BND.ADDR) is left zero: pages do not use it.
     const std::array<unsigned char, 10> answer{Version, status, 0, Ip4};
     write(answer.data(), answer.size());
 }
 
-// --------------------------------------------------------------------------------------------------------- the server
+// ------------------------------------------------------------------------------------------------------------- Server
 
-/// Just before a connection is made: one that leads too far inside is not, and another address of its name is tried.
+/// Called just before a connection is made. Closing the socket refuses an address that lies too far inside; the next
+/// address of the name is tried.
 void PageTunnel::connecting(GSocketConnection* server, PageTunnel* tunnel)
 {
     GSocketAddress* address = g_socket_connection_get_remote_address(server, nullptr);
@@ -238,7 +239,7 @@ bool PageTunnel::connect(const Asked& asked)
                      this);
     server_ = g_socket_client_connect(client, asked.target, stop_, nullptr);
     g_object_unref(client);
-    // The reach may have become shorter meanwhile.
+    // The reach may have been reduced meanwhile.
     const bool connected = server_ && zone_ <= rules_.reach;
     if (!connected && !refused_.empty())
         rules_.on_refusal(asked.where == refused_ ? asked.where : asked.where + ", which is " + refused_);
@@ -251,7 +252,7 @@ void PageTunnel::relay()
     GSocket* const page = g_socket_connection_get_socket(page_);
     GSocket* const server = g_socket_connection_get_socket(server_);
     const int page_fd = g_socket_get_fd(page);
-    const int server_fd = g_socket_get_fd(server); // GSocket's own are always non-blocking
+    const int server_fd = g_socket_get_fd(server); // GSocket's descriptors are always non-blocking
     GPollFD stop{};
     if (!g_cancellable_make_pollfd(stop_, &stop))
         return;
@@ -261,7 +262,7 @@ void PageTunnel::relay()
         std::array<pollfd, 3> ends{{{page_fd, static_cast<short>(up.wants_from() | down.wants_to()), 0},
                                     {server_fd, static_cast<short>(down.wants_from() | up.wants_to()), 0},
                                     {stop.fd, POLLIN, 0}}};
-        // A side that is not waited for would report its hanging up again and again.
+        // Otherwise poll() would report the hang-up of a side that no transfer waits for again and again.
         for (pollfd& end : ends)
             if (end.events == 0)
                 end.fd = -1;

@@ -19,9 +19,9 @@ namespace
 struct State {
     std::mutex mutex;
     std::optional<NetworkZone> open;
-    /// Hosts that ads of this machine name, with how often.
+    /// Hosts that ads of this machine name, with a reference count.
     std::map<std::string, int> named;
-    /// Hosts of pages that have come from further inside than everything may go.
+    /// Zones of hosts whose pages came from a zone other than public.
     std::map<std::string, NetworkZone> pages;
 };
 
@@ -31,7 +31,7 @@ State& state()
     return the;
 }
 
-/// "example.org:80"; empty for what is no address of http or https.
+/// "example.org:80"; empty for anything but an http or https address.
 std::string host_and_port(const std::string& address)
 {
     GUri* uri = http_uri(address);
@@ -81,7 +81,8 @@ NetworkZone reach_of(const std::string& address)
 {
     const std::string host = host_and_port(address);
     const std::scoped_lock lock(state().mutex);
-    // What a host opens to pages, it opens to its own requests whole: it may itself be the server.
+    // A private network that is open to pages implies that the ad's own requests may go anywhere: the ad's server may
+    // run on this machine.
     const bool restricted = state().open == NetworkZone::Public && !state().named.contains(host);
     return restricted ? NetworkZone::Public : NetworkZone::Machine;
 }

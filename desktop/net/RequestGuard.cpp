@@ -27,7 +27,7 @@ std::string text_of(GUri* uri)
     return copy;
 }
 
-/// Of the field Content-Length (RFC 9110, 8.6).
+/// Whether a text is a valid Content-Length (RFC 9110, 8.6).
 bool is_length(std::string_view text)
 {
     std::int64_t length = 0;
@@ -43,7 +43,7 @@ RequestGuard::RequestGuard(SoupMessage* message, GUri* asked, GCancellable* requ
 {
     g_signal_connect(message_, "network-event", G_CALLBACK(network_event), this);
     g_signal_connect(message_, "starting", G_CALLBACK(starting), this);
-    // The one moment between the reading of the answer's head and its use.
+    // The only signal between reading the header section of an answer and using it.
     g_signal_connect(message_, "notify::status-code", G_CALLBACK(got_head), this);
     g_signal_connect(message_, "restarted", G_CALLBACK(restarted), this);
     if (zone_named_by(asked_) > reach_)
@@ -71,14 +71,14 @@ void RequestGuard::network_event(SoupMessage*, int event, GIOStream* connection,
     if (!address)
         return;
     if (!G_IS_PROXY_ADDRESS(address) && zone_of(address) > guard->reach_) {
-        // Nothing is sent there; the host's other addresses are tried.
+        // Nothing is sent to this address; the host's other addresses are tried.
         g_socket_close(g_socket_connection_get_socket(socket), nullptr);
         guard->reason_ = guard->redirected_ ? RedirectedInside : Inside;
     }
     g_object_unref(address);
 }
 
-/// It has a connection, maybe one that another request has opened.
+/// The request has a connection, possibly one that another request opened.
 void RequestGuard::starting(SoupMessage* message, RequestGuard* guard)
 {
     GSocketAddress* address = soup_message_get_remote_address(message);
@@ -101,7 +101,7 @@ void RequestGuard::got_head(SoupMessage* message, GParamSpec*, RequestGuard* gua
 void RequestGuard::restarted(SoupMessage* message, RequestGuard* guard)
 {
     if (soup_message_get_status(message) == SOUP_STATUS_NONE)
-        return; // it is sent once more, to where it was sent before
+        return; // libsoup repeats the request to the same address
     guard->redirected_ = true;
     if (has_reach_rule())
         guard->reach_ = std::min(guard->reach_, std::max(guard->zone_, open_zone()));

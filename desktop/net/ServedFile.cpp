@@ -20,7 +20,7 @@ bool climbs(const std::filesystem::path& path)
     return std::ranges::find(path, "..") != path.end();
 }
 
-/// Both as std::filesystem::canonical gives them.
+/// Both paths must be canonical (std::filesystem::canonical).
 bool lies_in(const std::filesystem::path& file, const std::filesystem::path& folder)
 {
     return std::ranges::mismatch(folder, file).in1 == folder.end();
@@ -41,7 +41,8 @@ std::optional<ServedFile> ServedFile::open(const std::string& folder, std::strin
     const std::filesystem::path file = std::filesystem::canonical(folder / asked, failed);
     if (failed || !lies_in(file, folder))
         return std::nullopt;
-    // Links were followed above; one that takes the file's place meanwhile is not. A pipe must not hold us up.
+    // Links were resolved above; O_NOFOLLOW rejects one that has replaced the file since. O_NONBLOCK: opening a pipe
+    // must not block.
     const int descriptor = ::open(file.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0)
         return std::nullopt;

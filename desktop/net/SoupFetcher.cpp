@@ -31,7 +31,7 @@ FetchAnswer failure(std::string error)
     return answer;
 }
 
-/// Whom a connection is made to.
+/// Origin that a connection is made to.
 std::string host_of(GUri* uri)
 {
     return std::string(g_uri_get_scheme(uri)) + "://" + g_uri_get_host(uri) + ":" + std::to_string(g_uri_get_port(uri));
@@ -51,9 +51,9 @@ struct SoupFetcher::Waiting {
     std::unordered_map<std::uint64_t, std::function<void(FetchAnswer)>> answers;
 };
 
-/// The thread with the session. Everything but start() and the destructor runs on it.
+/// Owns the thread with the session. All functions except start(), finish() and the destructor run on that thread.
 ///
-/// What has to wait waits here: libsoup walks through all that it was given whenever one of them ends.
+/// Fetches are queued here and not in libsoup, which walks through its whole queue whenever a request ends.
 class SoupFetcher::Worker
 {
 public:
@@ -62,7 +62,7 @@ public:
     explicit Worker(const Limits& limits) : limits_(limits), thread_("qoro fetch")
     {
         thread_.run([this] {
-            // One more than in our own count: what the main thread waits for is not counted.
+            // One more than our own limits, which do not count the fetch that blocks the main thread.
             session_ = soup_session_new_with_options("user-agent", UserAgent, "max-conns", limits_.in_all + 1,
                                                      "max-conns-per-host", limits_.per_host + 1, "idle-timeout",
                                                      limits_.idle_seconds, nullptr);
@@ -87,7 +87,7 @@ public:
         });
     }
 
-    /// @param urgent whether the main thread waits for it
+    /// @param urgent whether the fetch blocks the main thread
     /// @param done called on the worker's thread
     void start(std::string address, FetchKind kind, bool urgent, Done done)
     {
@@ -115,12 +115,12 @@ private:
     struct Asked {
         std::string address;
         FetchKind kind;
-        /// Whether the main thread waits for it.
+        /// Whether the fetch blocks the main thread.
         bool urgent;
         Done done;
         bool again = false;
     };
-    /// A page that is asked for once more when its pause is over.
+    /// A page that is requested again after a pause.
     struct Pausing {
         Worker& worker;
         Asked asked;
@@ -130,7 +130,7 @@ private:
         Worker& worker;
         std::string address;
         Done done;
-        /// Whose count it is in; empty for none.
+        /// Host whose limit the fetch counts towards; empty for an urgent one.
         std::string host;
         GUri* asked;
         SoupMessage* message;
@@ -188,7 +188,7 @@ private:
         delete pausing;
     }
 
-    /// @param uri is taken
+    /// @param uri taken over
     void send(const Asked& asked, const std::string& host, GUri* uri)
     {
         if (!host.empty()) {
@@ -229,7 +229,7 @@ private:
         return count == active_by_host_.end() || count->second < limits_.per_host;
     }
 
-    /// Lets one that waits go out in the place of one that has ended: of the same host, else of any that may have more.
+    /// Sends a queued fetch in place of one that has ended: of the same host, otherwise of any host below its limit.
     void send_next(const std::string& host)
     {
         auto next = waiting_.find(host);
@@ -255,7 +255,7 @@ private:
         send_next(host);
     }
 
-    /// A redirect has been answered. Without an answer it is libsoup that would send the request once more.
+    /// Emitted after the answer to a redirect. Without an answer, libsoup is about to repeat the request.
     static void restarted(SoupMessage* message, gpointer data)
     {
         if (soup_message_get_status(message) != SOUP_STATUS_NONE)
@@ -333,7 +333,7 @@ private:
         FetchAnswer answer;
         answer.ok = true;
         answer.body = std::move(transfer->body);
-        // Without a redirect the address stays letter for letter what was asked for.
+        // Without a redirect the address is returned exactly as requested.
         GUri* final = soup_message_get_uri(transfer->message);
         answer.final_address = soup_uri_equal(transfer->asked, final) ? transfer->address : uri_text(final);
         if (transfer->kind == FetchKind::Page)
@@ -341,7 +341,7 @@ private:
         end(transfer, std::move(answer));
     }
 
-    /// The server has failed; maybe it only does so now.
+    /// The server has failed, perhaps only temporarily.
     static void end_or_try_again(Transfer* transfer, FetchAnswer answer)
     {
         Worker& worker = transfer->worker;
@@ -358,7 +358,7 @@ private:
         worker.transfers_.erase(transfer);
         g_source_destroy(transfer->time_out);
         g_source_unref(transfer->time_out);
-        g_cancellable_cancel(transfer->cancellable); // a body that is not wanted whole
+        g_cancellable_cancel(transfer->cancellable); // discards the rest of the body
         g_clear_object(&transfer->stream);
         g_signal_handlers_disconnect_by_data(transfer->message, transfer);
         g_object_unref(transfer->message);
@@ -376,11 +376,11 @@ private:
     std::set<Transfer*> transfers_;
     std::set<Pausing*> pausing_;
     bool ends_ = false;
-    // What is under way in the background, and what waits, by host.
+    // Pending background fetches, and queued ones, by host.
     int active_ = 0;
     std::map<std::string, int> active_by_host_;
     std::map<std::string, std::deque<Asked>> waiting_;
-    ContextThread thread_; // last: it ends before what it uses
+    ContextThread thread_; // last, so that it ends before the members it uses
 };
 
 SoupFetcher::SoupFetcher(MainLoop& loop) : SoupFetcher(loop, Limits{})
@@ -421,12 +421,12 @@ void SoupFetcher::fetch(const std::string& address, FetchKind kind, std::functio
 
 FetchAnswer SoupFetcher::fetch_now(const std::string& address)
 {
-    // Shared with the worker, so that whoever leaves last lets it go.
+    // Shared with the worker, because either side may finish last.
     const auto promise = std::make_shared<std::promise<FetchAnswer>>();
     std::future<FetchAnswer> answer = promise->get_future();
     worker_->start(address, FetchKind::Image, true,
                    [promise](FetchAnswer arrived) { promise->set_value(std::move(arrived)); });
-    // The worker keeps the time; the second more is for a worker that is stuck itself.
+    // The worker enforces the time limit; the additional second covers a worker that is stuck.
     if (answer.wait_for(std::chrono::duration<double>(limits_.waiting_seconds + 1)) != std::future_status::ready)
         return failure("the fetch did not end in time");
     return answer.get();
@@ -434,7 +434,7 @@ FetchAnswer SoupFetcher::fetch_now(const std::string& address)
 
 void SoupFetcher::abandon()
 {
-    // Whoever goes with his answer may come back here.
+    // Destroyed last, because the callbacks' destructors may call this object.
     const auto gone = std::exchange(waiting_->answers, {});
 }
 

@@ -9,13 +9,13 @@ namespace qoro
 
 namespace
 {
-/// Far beyond any screen, and safe in Pango's whole units.
+/// Points; beyond any screen, and within the range of Pango's integer units.
 constexpr double WidestLine = 1e6;
 
 PangoContext* make_context()
 {
     PangoFontMap* fonts = pango_cairo_font_map_new();
-    // One point is one pixel, whatever the monitor.
+    // At 72 dpi one point is one pixel, whatever the monitor.
     pango_cairo_font_map_set_resolution(PANGO_CAIRO_FONT_MAP(fonts), 72);
     PangoContext* context = pango_font_map_create_context(fonts);
     g_object_unref(fonts);
