@@ -99,7 +99,7 @@ struct WrittenClock {
         return icaltime_convert_to_zone(shown, utc);
     }
     icaltimetype written(WallTime time) const { return kind == Kind::Utc ? in_utc(time) : as_shown(time); }
-    /// The end of a recurrence is in UTC if the start has a time zone (RFC 5545, 3.3.10).
+    /// The end of a recurrence is in UTC unless the start is a date or floating (RFC 5545, 3.3.10).
     icaltimetype written_end(WallTime time) const { return kind == Kind::Zone ? in_utc(time) : written(time); }
 
     icalproperty* dated(icalproperty* property) const

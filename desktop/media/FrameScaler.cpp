@@ -20,12 +20,12 @@ struct FreeCaps {
     void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
 };
 
-/// A mapped frame that is unmapped when it goes.
+/// Maps a frame; the destructor unmaps it.
 class Mapped
 {
 public:
     Mapped(const GstVideoInfo& info, GstBuffer* buffer, int how)
-        // The buffer outlives the mapping, so the mapping needs no reference of its own.
+        // The buffer outlives the mapping, so the mapping takes no reference.
         : mapped_(
               gst_video_frame_map(&frame_, &info, buffer,
                                   static_cast<GstMapFlags>(how | static_cast<int>(GST_VIDEO_FRAME_MAP_FLAG_NO_REF))))
@@ -47,12 +47,12 @@ private:
     bool mapped_;
 };
 
-/// The same pixels in another size or format.
+/// The same video format with another size or pixel format.
 GstVideoInfo resized(const GstVideoInfo& from, GstVideoFormat format, int width, int height)
 {
     GstVideoInfo info;
     gst_video_info_set_format(&info, format, static_cast<guint>(width), static_cast<guint>(height));
-    // Converters refuse frames that differ in these.
+    // GstVideoConverter requires both frames to agree in these.
     info.fps_n = from.fps_n;
     info.fps_d = from.fps_d;
     info.interlace_mode = from.interlace_mode;
@@ -77,7 +77,7 @@ struct FrameScaler::Input {
 struct FrameScaler::Step {
     GstVideoInfo out;
     std::unique_ptr<GstVideoConverter, FreeConverter> converter;
-    /// Where a step before the last leaves its outcome; null for the last.
+    /// Output of every step but the last; null for the last.
     std::unique_ptr<GstBuffer, FreeBuffer> scratch;
 };
 
@@ -108,8 +108,8 @@ void FrameScaler::prepare(GstCaps* caps, int box_width, int box_height, int scal
     const auto add = [&](GstVideoFormat format, int to_width, int to_height) {
         Step step;
         step.out = resized(in, format, to_width, to_height);
-        // Two neighbours for each pixel. While a frame is more than twice too large it is halved first, which makes
-        // that the mean of four pixels: as cheap as one pass, and as smooth as one that reads every pixel.
+        // Linear resampling with two taps. A frame that is more than twice too large is halved first, so that each step
+        // averages four pixels: as cheap as a single pass, but as smooth as a filter that reads every pixel.
         GstStructure* options =
             gst_structure_new("options", GST_VIDEO_CONVERTER_OPT_RESAMPLER_METHOD, GST_TYPE_VIDEO_RESAMPLER_METHOD,
                               GST_VIDEO_RESAMPLER_METHOD_LINEAR, GST_VIDEO_RESAMPLER_OPT_MAX_TAPS, G_TYPE_INT, 2,

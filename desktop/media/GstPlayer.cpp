@@ -13,11 +13,11 @@ namespace qoro
 
 namespace
 {
-/// Seconds to wait at the factory's end.
+/// Seconds that the factory's destructor waits at most.
 constexpr double ClosingPatience = 2.0;
-/// Seconds that a video has to play on for its next failure to count as another one.
+/// Seconds of playback after which a failure no longer counts as a repetition of the previous one.
 constexpr double Progress = 1.0;
-/// Seconds by which a video may be shorter or longer when it is loaded anew, and still be the same.
+/// Seconds by which the duration may differ after a reload for the video to count as the same.
 constexpr double SameDuration = 0.5;
 constexpr int Ready = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
 
@@ -25,7 +25,7 @@ struct FreeText {
     void operator()(char* text) const { g_free(text); }
 };
 
-/// Where a video comes from; no location for an address that is none of ours.
+/// Location of a video; empty for an unsupported address.
 struct Source {
     std::string location;
     bool is_file = false;
@@ -95,7 +95,7 @@ void GstPlayer::open()
     pipeline_ = std::make_unique<Pipeline>(std::move(opening), pictures_, loop_, self);
 }
 
-// ----------------------------------------------------------------------------------------------------- commands
+// ----------------------------------------------------------------------------------------------------- Commands
 
 void GstPlayer::apply(const PlayerSettings& settings)
 {
@@ -136,7 +136,7 @@ void GstPlayer::load_anew()
     place_sought_ = false;
     if (std::exchange(at_end_, false))
         time_ = 0;
-    // A server that comes back needs a moment.
+    // Seconds; gives the server time to recover.
     const int pause = is_file_ ? 0 : vain_plays_;
     ++vain_plays_;
     ++loads_;
@@ -170,7 +170,7 @@ void GstPlayer::seek(double time)
     ends_on_play_ = false;
     if (failed_ || reloading_)
         farthest_ = std::max(farthest_, time_);
-    // One that is being loaded is sent there then.
+    // During a reload, loaded() performs the seek.
     if (!failed_ && (!reloading_ || place_sought_))
         pipeline_->seek(time_);
 }
@@ -189,13 +189,13 @@ double GstPlayer::current_time() const
     const bool moves = playback_state_ == MPMoviePlaybackStatePlaying && !at_end_;
     if (!moves || !pipeline_)
         return time_;
-    // Only the end itself is exactly the duration.
+    // Only at the end may the position equal the duration.
     if (const std::optional<double> position = pipeline_->position())
         time_ = std::max(time_, std::min(*position, std::nextafter(duration_, 0.0)));
     return time_;
 }
 
-// -------------------------------------------------------------------------------------------------------- reports
+// -------------------------------------------------------------------------------------------------- Notifications
 
 void GstPlayer::set_load(int state)
 {
@@ -209,7 +209,7 @@ void GstPlayer::set_playback(int state)
     mailbox_->post([this] { listener_.playback_state_changed(); });
 }
 
-// Each state of the start is reported before the next one is entered.
+// Reports each state of the start before entering the next one.
 void GstPlayer::announce_playable()
 {
     set_load(MPMovieLoadStatePlayable);
@@ -254,7 +254,7 @@ void GstPlayer::loaded(double duration)
         awaits_data_ = true;
         place_sought_ = true;
     }
-    // A new pipeline takes over where another one stood.
+    // The new pipeline continues at the position of the previous one.
     if (time_ > 0)
         pipeline_->seek(time_);
     run(playback_state_ == MPMoviePlaybackStatePlaying);
@@ -263,7 +263,7 @@ void GstPlayer::loaded(double duration)
 
 void GstPlayer::sought(bool reached)
 {
-    // Without seeking, the only way back is to begin anew.
+    // If the video is not seekable, only a reload returns to its beginning.
     if (!reached && time_ <= 0) {
         open();
         return;
@@ -304,7 +304,7 @@ void GstPlayer::failed(const std::string& reason)
     awaits_data_ = false;
     ends_on_play_ = false;
     pipeline_.reset();
-    // Behind the end it takes nothing from anyone; a play loads it anew.
+    // A failure after the end is not reported, because nothing was lost; the next play() reloads the video.
     if (at_end_)
         return;
     if (options_.on_failure)
@@ -322,14 +322,14 @@ void GstPlayer::sound_failed()
     open();
 }
 
-// ---------------------------------------------------------------------------------------------------- lack of data
+// ---------------------------------------------------------------------------------------------------- Lack of data
 
 void GstPlayer::data_changed()
 {
     if (pipeline_->short_of_data()) {
         stall();
     } else if (awaits_data_) {
-        // What lies ready where it is loaded says nothing of where it is to go on.
+        // Data buffered at the beginning says nothing about the position to continue from.
         if (reloading_ && pipeline_->seeking())
             return;
         awaits_data_ = false;
@@ -370,7 +370,7 @@ void GstPlayer::leave_app()
         pause();
 }
 
-// ------------------------------------------------------------------------------------------------------ the display
+// ---------------------------------------------------------------------------------------------------- PictureSource
 
 void GstPlayer::set_picture_size(int width, int height)
 {
@@ -382,7 +382,7 @@ VideoFrame GstPlayer::latest_frame() const
     return pictures_->latest();
 }
 
-// ------------------------------------------------------------------------------------------------------ the factory
+// ---------------------------------------------------------------------------------------------------------- Factory
 
 GstPlayerFactory::GstPlayerFactory(MainLoop& loop) : loop_(loop)
 {

@@ -8,10 +8,10 @@
 
 struct QoroHttpSource {
     GstPushSrc parent;
-    /// What the other elements see instead of the address.
+    /// URI that other elements see instead of the address.
     std::string* name;
     qoro::HttpReader* reader;
-    /// The byte that comes next.
+    /// Offset of the next byte.
     std::uint64_t position;
     bool size_told;
 };
@@ -27,7 +27,7 @@ namespace
 
 constexpr gsize PieceSize = 64u << 10;
 
-/// The longest ending of a file's name that names a kind of video ("m2ts").
+/// The longest file extension of a video format ("m2ts").
 constexpr std::size_t LongestEnding = 4;
 
 bool is_plain(char c)
@@ -35,8 +35,9 @@ bool is_plain(char c)
     return g_ascii_isalnum(c) != FALSE;
 }
 
-/// The ending of an address's path with its dot; empty when it has none, or one that is more than letters and digits.
-/// Of an address that others chose GStreamer sees nothing else: its parser ends the program at an escaped zero byte.
+/// The extension of an address's path, with its dot; empty if there is none, or if it contains anything but letters and
+/// digits. GStreamer sees nothing else of an untrusted address, because its URI parser terminates the program at an
+/// escaped null byte.
 std::string ending_of(const std::string& address)
 {
     const std::string path = address.substr(0, address.find_first_of("?#"));
@@ -102,7 +103,7 @@ gboolean query(GstBaseSrc* source, GstQuery* asked)
     const gboolean known = GST_BASE_SRC_CLASS(qoro_http_source_parent_class)->query(source, asked);
     if (GST_QUERY_TYPE(asked) != GST_QUERY_SCHEDULING)
         return known;
-    // Whoever reads ahead is told that it is not for free.
+    // Marks reading ahead as expensive.
     GstSchedulingFlags flags = GST_SCHEDULING_FLAG_SEQUENTIAL;
     gint least = 1;
     gint most = -1;

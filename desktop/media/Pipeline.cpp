@@ -25,24 +25,25 @@ namespace qoro
 namespace
 {
 std::atomic<std::uint64_t> dropped = 0;
-/// Seconds of a video from a server that have to lie ready before it starts, or goes on after a lack of data; counted
-/// in bytes, by the video's own rate.
+/// Seconds of data that must be buffered before a video from a server starts or resumes; calculated from the bytes and
+/// the video's average rate.
 constexpr double ReadyTime = 2.0;
-/// Seconds by which a video may end before its duration says, and still be complete.
+/// Seconds by which a complete video may be shorter than its stated duration.
 constexpr double MissingAtMost = 0.5;
-/// How long opening the sound may take, and how long a file may take to fail after its source did.
+/// Time limits for opening the sound, and for loading after the source has failed.
 constexpr std::chrono::milliseconds SoundTimeOut{1000};
 constexpr std::chrono::milliseconds SourceGrace{1000};
-/// A source reports its fault a few times.
+/// Maximum number of restarts of a state change; a source may report one fault several times.
 constexpr int MostResumptions = 5;
-/// How often a wait looks up from what it waits for.
+/// Polling interval of waits.
 constexpr std::chrono::milliseconds Glance{25};
-/// Pixels a second up to which a video is decoded by one thread (1080p at 30): cheapest, and no frame waits for others.
+/// Pixels per second up to which a video is decoded on one thread (1080p at 30 frames per second). That is cheapest,
+/// and avoids the latency of frame threads.
 constexpr double OneThreadPixels = 1920.0 * 1080.0 * 31.0;
 
 using Clock = std::chrono::steady_clock;
 
-/// Kinds of data that name other sources instead of being a video.
+/// Media types that refer to other sources and contain no video.
 constexpr std::array<std::string_view, 6> Manifests = {
     "application/x-hls", "application/dash+xml", "application/vnd.ms-sstr+xml",
     "application/sdp",   "text/uri-list",        "application/x-rtsp",
@@ -74,24 +75,24 @@ struct Pipeline::Core {
     }
 
     const std::shared_ptr<Mailbox> mailbox;
-    /// For the main thread.
+    /// Main thread only.
     Listener& listener;
 
     std::mutex mutex;
     std::condition_variable wishes_changed;
-    // Under the mutex: what is wanted.
+    // Guarded by mutex: the wanted state.
     bool closing = false;
     bool playing = false;
     double seek_to = 0;
     unsigned seeks = 0;
-    // Under the mutex: what went wrong.
+    // Guarded by mutex: failures.
     bool failed = false;
     std::string source_failure;
     Clock::time_point source_failed_at;
 
-    /// Set once, by the worker; valid until it has closed.
+    /// Set once by the worker; valid until close().
     std::atomic<GstElement*> pipeline = nullptr;
-    /// The duration in seconds, 0 before it is known.
+    /// Seconds; 0 before it is known.
     std::atomic<double> duration = 0;
     std::atomic<unsigned> seeks_done = 0;
     std::atomic<bool> low;
@@ -99,10 +100,10 @@ struct Pipeline::Core {
     StreamSinks sinks;
     const bool is_file;
     std::atomic<double> pixel_rate = 0;
-    /// Every stream of the video has its sink.
+    /// Whether every stream of the video has its sink.
     std::atomic<bool> streams_known = false;
 
-    // The worker.
+    // Worker thread.
     void work();
     bool open();
     bool settle(unsigned for_seek);
@@ -113,7 +114,8 @@ struct Pipeline::Core {
     void close();
 
     // Any thread.
-    /// In seconds, under the mutex: of a position as GStreamer gives it, which is the duration where nothing has come.
+    /// Converts GStreamer's position to seconds; the mutex is held. Before any data has arrived GStreamer returns the
+    /// duration, so the target of the last seek is used.
     double reached(gint64 position) const { return sinks.got_any() ? seconds(position) : seek_to; }
     void tell(void (Listener::*news)())
     {
@@ -142,7 +144,7 @@ struct Pipeline::Core {
     static void on_element(GstBin*, GstBin*, GstElement* element, gpointer core);
 };
 
-// --------------------------------------------------------------------------------------------------- main thread
+// --------------------------------------------------------------------------------------------------- Main thread
 
 Pipeline::Pipeline(Opening opening, std::shared_ptr<VideoPictures> pictures, MainLoop& loop, Listener& listener)
     : core_(std::make_shared<Core>(std::move(opening), std::move(pictures), loop, listener))
@@ -199,7 +201,7 @@ void Pipeline::warm_up()
     static std::once_flag once;
     std::call_once(once, [] {
         gst_init(nullptr, nullptr);
-        // Most of the time to a first picture in a new program is the loading of these.
+        // Loading these plug-ins takes most of the time to the first picture of a program.
         Workers::all().start([] {
             for (const char* name :
                  {"filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse", "avdec_h264",
@@ -221,7 +223,7 @@ void Pipeline::wait_until_gone(double seconds)
     Workers::all().wait(seconds);
 }
 
-// ----------------------------------------------------------------------------------------------------- the worker
+// -------------------------------------------------------------------------------------------------- Worker thread
 
 void Pipeline::Core::work()
 {
@@ -275,7 +277,8 @@ bool Pipeline::Core::wanted_otherwise(unsigned for_seek)
     return closing || failed || seeks != for_seek;
 }
 
-// Waits until a picture and the sound are ready where the pipeline stands. False when that is no more wanted, or fails.
+// Waits until picture and sound are prerolled at the current position. Returns false if that fails or is no longer
+// wanted.
 bool Pipeline::Core::settle(unsigned for_seek)
 {
     int resumptions = 0;
@@ -286,17 +289,17 @@ bool Pipeline::Core::settle(unsigned for_seek)
         if (still && streams_known)
             return true;
         std::unique_lock lock(mutex);
-        // Taken up again after a fault, the pipeline calls itself settled while its streams are still looked for.
+        // Restarted after a fault, the pipeline reports success while it still searches for its streams.
         if (still)
             wishes_changed.wait_for(lock, Glance, [this] { return closing || failed || streams_known.load(); });
-        // The fault that breaks off the change of state is told just after that.
+        // The error message follows shortly after the failed state change.
         if (state == GST_STATE_CHANGE_FAILURE)
             wishes_changed.wait_for(lock, Glance, [this] { return closing || failed || !source_failure.empty(); });
         const bool source_fault = !source_failure.empty();
         const bool given_up = source_fault && duration <= 0 && Clock::now() - source_failed_at > SourceGrace;
         lock.unlock();
         if (state == GST_STATE_CHANGE_FAILURE && source_fault && resumptions < MostResumptions) {
-            // Any fault breaks the change of state off; what the source had sent before may still be enough for it.
+            // Any error fails the state change, but the data that the source sent before may suffice for it.
             ++resumptions;
             gst_element_set_state(pipeline, GST_STATE_PAUSED);
         } else if (state == GST_STATE_CHANGE_FAILURE || given_up) {
@@ -325,7 +328,8 @@ void Pipeline::Core::obey()
             const unsigned wanted = seeks;
             const double to = seek_to;
             lock.unlock();
-            // Standing still, no sink reports an end: one reported later belongs to what follows the seek.
+            // A paused sink reports no end of stream, so an end that is reported later belongs to the time after the
+            // seek.
             gst_element_set_state(pipeline, GST_STATE_PAUSED);
             runs = false;
             const bool reached = seek(to);
@@ -366,7 +370,8 @@ void Pipeline::Core::obey()
     }
 }
 
-// A source that fails just then breaks the start off. What it had sent before is to be played.
+// A failure of the source can interrupt the change to PLAYING. It is repeated, so that the data received before is
+// played.
 bool Pipeline::Core::has_started()
 {
     GstState state = GST_STATE_NULL;
@@ -376,8 +381,8 @@ bool Pipeline::Core::has_started()
     return change != GST_STATE_CHANGE_ASYNC && state == GST_STATE_PLAYING;
 }
 
-// Data is short when it is waited for; there is enough again when nothing is waited for and more lies ready. Of a
-// source that has failed nothing more is waited for.
+// Data runs short when the reader has to wait for it. It suffices again when nothing waits and enough is buffered, or
+// when no more will come because the source is complete or has failed.
 void Pipeline::Core::watch_data(bool runs)
 {
     std::unique_lock lock(mutex);
@@ -408,9 +413,9 @@ void Pipeline::Core::close()
     gst_object_unref(whole);
 }
 
-// ----------------------------------------------------------------------------------------------------- any thread
+// ----------------------------------------------------------------------------------------------------- Any thread
 
-// What the source said comes first: the rest follows from it.
+// A failure of the source takes precedence, because the others result from it.
 void Pipeline::Core::fail(const std::string& reason)
 {
     std::string told;
@@ -475,10 +480,10 @@ void Pipeline::Core::hear_error(GstMessage* message)
         return;
     }
     if (feed.is_source(from)) {
-        // GStreamer has no better words.
+        // GStreamer's own message for this case is not helpful.
         if (is_file && g_error_matches(raw, GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED))
             reason = "it can't be read";
-        // What came before can still be played; the end that follows is the fault's.
+        // The data received before can still be played; the end of stream that follows is caused by this failure.
         std::scoped_lock lock(mutex);
         if (source_failure.empty()) {
             source_failure = reason;
@@ -499,7 +504,7 @@ void Pipeline::Core::hear_end()
     const bool stands = !sinks.got_any();
     const double end = reached(position);
     lock.unlock();
-    // A source that failed behind the last picture has taken nothing from anyone.
+    // If the source failed after the last picture, nothing was lost.
     if (known || stands ? end < duration - MissingAtMost : cut) {
         fail("it ends before its duration says");
         return;

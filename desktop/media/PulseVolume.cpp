@@ -24,7 +24,7 @@ namespace qoro
 
 namespace
 {
-/// Seconds for the first question and for the putting back.
+/// Time limits in seconds for the first query and for restoring the volume.
 constexpr double AskPatience = 0.3;
 constexpr double PutBackPatience = 0.5;
 
@@ -49,7 +49,7 @@ void forget(pa_operation* operation)
         pa_operation_unref(operation);
 }
 
-/// Changes the loudest channel to a value and keeps the balance.
+/// Sets the loudest channel to a value and preserves the balance.
 pa_cvolume scaled(pa_cvolume volume, float value)
 {
     pa_cvolume_scale(&volume, server_volume(value));
@@ -57,7 +57,7 @@ pa_cvolume scaled(pa_cvolume volume, float value)
 }
 } // namespace
 
-/// The standing connection: follows the server's volume, and changes it.
+/// The permanent connection: follows the server's volume and changes it.
 struct PulseVolume::Server {
     Server(PulseVolume& volume, std::optional<SinkVolume> sink);
     ~Server();
@@ -83,20 +83,20 @@ struct PulseVolume::Server {
     pa_context* context;
     bool ready = false;
 
-    /// A question under way, what was set before it was asked, and whether to ask again. An answer to a question that
-    /// is older than the last setting is no news.
+    /// State of the pending query: the number of changes before it was sent, and whether to repeat it. Answers to
+    /// queries that are older than the last change are ignored.
     bool asking = false;
     bool ask_again = false;
     unsigned sets = 0;
     unsigned sets_when_asked = 0;
 
-    /// The default sink as it is now; System.
+    /// The current default sink; scope System only.
     std::optional<SinkVolume> current;
-    /// Sinks that were changed, as they were found, each with its guard; System.
+    /// Original volumes of changed sinks, each with its guard; scope System only.
     std::map<std::string, std::pair<SinkVolume, std::unique_ptr<VolumeGuard>>> found;
-    /// This program's streams, as last seen or set; Program.
+    /// This program's streams, as last seen or set; scope Program only.
     std::map<std::uint32_t, Stream> streams;
-    /// What streams began with; Program.
+    /// Initial value of the streams; scope Program only.
     float begun_with;
 };
 
@@ -116,7 +116,7 @@ PulseVolume::Server::Server(PulseVolume& volume, std::optional<SinkVolume> sink)
                 server.owner.scope_ == Scope::System ? PA_SUBSCRIPTION_MASK_SINK | PA_SUBSCRIPTION_MASK_SERVER
                                                      : PA_SUBSCRIPTION_MASK_SINK_INPUT);
             forget(pa_context_subscribe(self, mask, nullptr, nullptr));
-            // What was set while the connection came about.
+            // Apply what was set while the connection was being established.
             if (server.sets > 0)
                 server.set(server.owner.value_);
             server.refresh();
@@ -200,7 +200,7 @@ void PulseVolume::Server::see_stream(const pa_sink_input_info& stream)
     const Stream seen{stream.volume, stream.mute != 0};
     const auto known = streams.find(stream.index);
     if (known == streams.end()) {
-        // A stream that just began: it follows us, not we it.
+        // A new stream gets the program's volume.
         Stream& added = streams.emplace(stream.index, seen).first->second;
         if (value_of(seen.volume, seen.muted) != owner.value_)
             set_stream(stream.index, added, owner.value_);
@@ -241,7 +241,7 @@ void PulseVolume::Server::set(float value)
     current->muted = current->muted && value <= 0;
 }
 
-// Over a connection of its own, which can be waited for while the main loop stands.
+// Uses a separate, blocking connection, because the main loop no longer runs.
 void PulseVolume::Server::put_back()
 {
     if (found.empty() && streams.empty())
@@ -299,7 +299,7 @@ void PulseVolume::set_value(float volume)
 
 void PulseVolume::follow(float value)
 {
-    // The server keeps whole steps: within one there is no change.
+    // Values within one of the server's integer steps are equal.
     if (server_volume(value) == server_volume(value_))
         return;
     value_ = value;

@@ -12,7 +12,7 @@ namespace qoro
 
 namespace
 {
-/// Whether a sink plays a buffer; what lies before the place that was sought is only there to be decoded.
+/// Whether a sink plays a buffer. Buffers before the target of a seek are only decoded.
 bool lies_within_segment(GstPad* pad, GstBuffer* buffer)
 {
     GstEvent* event = gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0);
@@ -67,7 +67,7 @@ bool StreamSinks::add_picture(GstBin* pipeline, GstPad* pad)
     if (!sink)
         return false;
     GstCaps* readable = gst_caps_new_empty_simple("video/x-raw");
-    // A decoder that falls behind is told, and leaves frames out; a frame that is too late to be seen is not shown.
+    // qos: a late decoder is notified and drops frames. max-lateness: frames that are too late are not shown.
     g_object_set(sink, "caps", readable, "max-buffers", 1U, "enable-last-sample", FALSE, "qos", TRUE, "max-lateness",
                  static_cast<gint64>(50 * GST_MSECOND), nullptr);
     gst_caps_unref(readable);
@@ -90,7 +90,7 @@ GstElement* StreamSinks::open_sound()
     GstElement* sink = silent_ ? nullptr : gst_element_factory_make("pulsesink", nullptr);
     if (!sink)
         return nullptr;
-    // With a sound server's clock a device that sleeps stops the picture for about a second.
+    // With the sound server's clock, a suspended device would stop the picture for about a second.
     g_object_set(sink, "provide-clock", FALSE, nullptr);
     GstStructure* tags =
         gst_structure_new("tags", "qoro.player", G_TYPE_STRING, std::to_string(getpid()).c_str(), nullptr);
@@ -102,7 +102,7 @@ GstElement* StreamSinks::open_sound()
     }
     gst_object_ref_sink(sink);
     sound_opening_ = Clock::now().time_since_epoch().count();
-    // Outside the pipeline, where its failure to open is nobody's fault.
+    // Opened outside the pipeline, where a failure does not become an error of the pipeline.
     const bool opened = gst_element_set_state(sink, GST_STATE_READY) == GST_STATE_CHANGE_SUCCESS;
     sound_opening_ = 0;
     if (opened)

@@ -13,11 +13,11 @@ namespace qoro
 
 namespace
 {
-/// A server that has, or sends, more is refused.
+/// Larger videos are refused.
 constexpr std::uint64_t MostBytes = 1'000'000'000;
-/// Bytes a second of a video whose size the server does not tell.
+/// Bytes per second, for a video whose server does not state its size.
 constexpr double UsualRate = 150e3;
-/// Seconds of a video that is not read but poured in, below which there is nothing left.
+/// Seconds of data in push mode below which the buffer counts as empty.
 constexpr double NothingReady = 0.02;
 } // namespace
 
@@ -55,7 +55,8 @@ bool VideoFeed::keep(GstBin* pipeline)
     keeper_ = make(pipeline, "queue2");
     if (!keeper_)
         return false;
-    // In a file: its ring of memory writes past the reader's buffer when a server is done while a read jumps.
+    // queue2 stores the video in a file: its in-memory ring buffer writes past the reader's buffer if the server
+    // finishes while a read seeks.
     const std::vector<std::string> folders = scratch_folders(MostBytes);
     if (folders.empty()) {
         news_.failed("there is no folder to keep it in");
@@ -98,7 +99,7 @@ double VideoFeed::seconds_ready()
     return static_cast<double>(bytes) / rate_;
 }
 
-// The file is used by its descriptor alone; without a name it goes with this program, however that ends.
+// The file is only used through its descriptor. Unlinked, it disappears with the program, however that ends.
 void VideoFeed::on_file(GstElement* keeper, GParamSpec*, gpointer)
 {
     gchar* file = nullptr;
@@ -116,13 +117,14 @@ GstPadProbeReturn VideoFeed::on_event(GstPad*, GstPadProbeInfo* info, gpointer f
     const GstEventType event = GST_EVENT_TYPE(GST_PAD_PROBE_INFO_EVENT(info));
     if (event != GST_EVENT_EOS && event != GST_EVENT_SEGMENT)
         return GST_PAD_PROBE_OK;
-    // The source's end; a new segment begins where it was sent to instead.
+    // End of the source; a new segment means that the source was sent elsewhere.
     self.complete_ = event == GST_EVENT_EOS;
     self.news_.changed();
     return GST_PAD_PROBE_OK;
 }
 
-// A source of bytes that does not know its size answers that its time is unknown, and is believed before the video.
+// Drops queries for the duration in time format: a byte source of unknown size answers that it is unknown, and that
+// answer would take precedence over the demuxer's.
 GstPadProbeReturn VideoFeed::on_query(GstPad*, GstPadProbeInfo* info, gpointer)
 {
     GstQuery* query = GST_PAD_PROBE_INFO_QUERY(info);

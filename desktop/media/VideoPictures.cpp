@@ -20,7 +20,7 @@ VideoPictures::~VideoPictures() = default;
 void VideoPictures::put(GstSample* decoded)
 {
     std::scoped_lock lock(making_);
-    // The frame that a pause ends on is the one that play goes on from.
+    // The last frame before a pause is delivered again when the playback continues.
     if (decoded_ && gst_sample_get_buffer(decoded_.get()) == gst_sample_get_buffer(decoded))
         return;
     decoded_.reset(gst_sample_ref(decoded), gst_sample_unref);
@@ -56,7 +56,7 @@ void VideoPictures::make_picture()
     const bool made = static_cast<bool>(picture);
     {
         std::scoped_lock lock(taking_);
-        // The old picture is let go outside the lock.
+        // The previous picture is destroyed outside the lock.
         std::swap(latest_, picture);
     }
     if (made && !announced_.exchange(true))

@@ -15,12 +15,12 @@ namespace qoro
 
 namespace
 {
-/// A line that is read means a regular end; the end of the line without one means that the writer is gone.
+/// A line on standard input means a regular end; end of file without a line means that the program has crashed.
 constexpr const char* Script = R"(read -r regular && exit 0
 pactl set-sink-volume "$1" $2
 pactl set-sink-mute "$1" "$3")";
 
-/// pactl's form of a volume: a number for each channel.
+/// A volume as pactl expects it: one number per channel.
 std::string channels(const pa_cvolume& volume)
 {
     std::string text;
@@ -46,7 +46,7 @@ VolumeGuard::VolumeGuard(const SinkVolume& found)
     posix_spawn_file_actions_adddup2(&files, ends[1], STDIN_FILENO);
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
-    // A session of its own: the interrupt key that ends the program must not end its guard.
+    // A separate session, so that the interrupt key, which ends the program, does not end its guard.
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID);
     if (posix_spawn(&process_, "/bin/sh", &files, &attributes, const_cast<char* const*>(arguments), environ) != 0)
         process_ = -1;
@@ -58,7 +58,7 @@ VolumeGuard::VolumeGuard(const SinkVolume& found)
 VolumeGuard::~VolumeGuard()
 {
     if (line_ >= 0) {
-        // Without a signal, should the guard be gone.
+        // No SIGPIPE if the guard is gone.
         static_cast<void>(send(line_, "regular\n", 8, MSG_NOSIGNAL));
         close(line_);
     }

@@ -19,26 +19,26 @@ namespace qoro
 namespace
 {
 
-/// Before GTK's own source: while this one is ready, GLib asks none that comes after it.
+/// Higher than GTK's own source: while this source is ready, GLib does not check sources of lower priority.
 constexpr int BeforeAll = G_PRIORITY_HIGH - 100;
 
 bool x_is_gone = false;
 
 #ifdef GDK_WINDOWING_X11
-/// In the place of GTK's, which ends the program.
+/// Replaces GTK's handler, which terminates the program.
 int x_has_failed(Display*)
 {
     x_is_gone = true;
     return 0;
 }
 
-/// Xlib would end the program too.
+/// Replaces Xlib's default, which terminates the program.
 void stay(Display*, void*)
 {
 }
 #endif
 
-/// The connection of a display; -1 for one without.
+/// File descriptor of a display's connection; -1 if it has none.
 int connection_of(GdkDisplay* display)
 {
 #ifdef GDK_WINDOWING_X11
@@ -65,8 +65,8 @@ struct DisplayWatch::Source {
     gpointer tag;
     bool told;
 
-    // Looks at the connection itself: GTK's own source flushes its requests while it prepares, before GLib polls, and
-    // ends the program when that fails.
+    // Polls the connection directly: GTK's own source flushes its requests while it prepares, before GLib polls, and
+    // terminates the program if that fails.
     static gboolean prepare(GSource* source, gint* timeout)
     {
         *timeout = -1;

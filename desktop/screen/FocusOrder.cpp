@@ -10,7 +10,8 @@ namespace qoro
 namespace
 {
 
-/// A large control, such as a whole video, is in no row with the small ones that lie on it.
+/// The taller box counts, so that a large control, such as a whole video, is not in a row with the small ones on top of
+/// it.
 bool in_one_row(const FocusStop& a, const FocusStop& b)
 {
     const double shared = std::min(CGRectGetMaxY(a.box), CGRectGetMaxY(b.box)) - std::max(a.box.y, b.box.y);
@@ -27,7 +28,7 @@ std::vector<std::size_t> focus_order(const std::vector<FocusStop>& stops)
         return std::tuple(-static_cast<double>(stops[n].window), stops[n].box.y, stops[n].box.x);
     });
     for (auto row = order.begin(); row != order.end();) {
-        // The row's first is its uppermost; what stands beside it comes along, wherever it stood.
+        // The first of a row is its topmost; those beside it join the row.
         const FocusStop& first = stops[*row];
         const auto rest =
             std::stable_partition(row + 1, order.end(), [&](std::size_t n) { return in_one_row(first, stops[n]); });

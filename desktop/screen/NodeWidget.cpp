@@ -18,20 +18,20 @@ namespace qoro
 namespace
 {
 
-/// What a widget knows beside what GTK knows of it.
+/// State of a widget in addition to GTK's own.
 struct NodeState {
     std::weak_ptr<ViewNode> view;
-    std::uint64_t revision = 0;                // of the view, when it was last looked at
-    PlayerEngine* player = nullptr;            // whose frames we hear of
-    double resolution = 0;                     // device pixels to a point; 0 while not shown
-    VideoFrame frame;                          // what the picture of a video shows
-    std::shared_ptr<const DecodedImage> image; // what the picture of a button or an image view shows
+    std::uint64_t revision = 0;                // of the view, at the last update
+    PlayerEngine* player = nullptr;            // source of the frames
+    double resolution = 0;                     // device pixels per point; 0 while not shown
+    VideoFrame frame;                          // content of a video's picture
+    std::shared_ptr<const DecodedImage> image; // content of a button's or an image view's picture
     PaintState look;
     guint spinning = 0;
     NodeNews news;
-    Accessible said; // what assistive technology was told
+    Accessible said; // last reported to assistive technology
     NodeReach reach = NodeReach::Away;
-    /// Dies with the widget; a player that outlives it watches it.
+    /// Expires with the widget; checked by a player that outlives it.
     std::shared_ptr<bool> alive = std::make_shared<bool>();
 };
 
@@ -106,7 +106,8 @@ void snapshot_node(GtkWidget* widget, GtkSnapshot* snapshot)
 void measure_node(GtkWidget* widget, GtkOrientation orientation, int for_size, int* minimum, int* natural,
                   int* minimum_baseline, int* natural_baseline)
 {
-    // The model sets the size, whatever the page would like.
+    // The view tree determines the size. GTK requires a measurement before an allocation, so the page is measured and
+    // the result ignored.
     if (GtkWidget* page = gtk_widget_get_first_child(widget))
         gtk_widget_measure(page, orientation, for_size, minimum, natural, minimum_baseline, natural_baseline);
     *minimum = *natural = 0;
@@ -133,7 +134,7 @@ void finalize_node(GObject* object)
     G_OBJECT_CLASS(qoro_node_widget_parent_class)->finalize(object);
 }
 
-// ---------------------------------------------------------------------------------------- assistive technology
+// ---------------------------------------------------------------------------------------- Assistive technology
 
 GtkAccessibleRole role_of(ViewNode::Kind kind)
 {
@@ -147,16 +148,16 @@ GtkAccessibleRole role_of(ViewNode::Kind kind)
     case ViewNode::Kind::ImageView:
     case ViewNode::Kind::Video:
         return GTK_ACCESSIBLE_ROLE_IMG;
-    case ViewNode::Kind::WebView: // the page's own widget speaks for it
+    case ViewNode::Kind::WebView: // represented by the page's own widget
         return GTK_ACCESSIBLE_ROLE_GENERIC;
     case ViewNode::Kind::Spinner:
         return GTK_ACCESSIBLE_ROLE_PROGRESS_BAR;
-    default: // hidden, all of them
+    default: // always hidden
         return GTK_ACCESSIBLE_ROLE_GENERIC;
     }
 }
 
-/// Tells what has changed of what a view is to whoever can't see it. A countdown changes its name once a second.
+/// Reports changes of a view's role, name and state. The name of a countdown changes once a second.
 void speak(GtkWidget* widget, NodeState& state, const ViewNode& view)
 {
     Accessible says = accessible(view);
@@ -174,7 +175,7 @@ void speak(GtkWidget* widget, NodeState& state, const ViewNode& view)
     state.said = std::move(says);
 }
 
-/// What is out of reach is not told of.
+/// Unreachable views are hidden from assistive technology.
 void show_reach(GtkWidget* widget, const NodeState& state)
 {
     const bool hidden = state.reach == NodeReach::Away || state.said.role == Accessible::Role::None;
@@ -183,7 +184,7 @@ void show_reach(GtkWidget* widget, const NodeState& state)
                              state.reach == NodeReach::Touchable && state.said.role == Accessible::Role::Button);
 }
 
-/// Text where the layout puts it, to the fraction of a point.
+/// Positions text without rounding, as the layout does.
 void use_exact_text(GtkWidget* widget)
 {
     cairo_font_options_t* exact = cairo_font_options_create();
@@ -200,7 +201,7 @@ void hear_frames_of(GtkWidget* widget, PlayerEngine* player)
     NodeState& state = *self_of(widget)->state;
     if (state.player == player)
         return;
-    // The earlier player may be gone: only the view knows of one that lives, and it names this one.
+    // The previous player may be destroyed, so its callback is not reset; the view refers to live players only.
     state.player = player;
     if (PictureSource* source = picture_source_of(player))
         source->on_frame = [widget, alive = std::weak_ptr(state.alive)] {
@@ -275,7 +276,7 @@ GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view, NodeNews news)
     state.view = view;
     state.news = std::move(news);
     show_reach(widget, state);
-    // A page takes input, where the surface lets it; everything else is the surface's.
+    // A page receives input where the surface permits it; the surface handles all other input.
     gtk_widget_set_can_target(widget, view->kind == ViewNode::Kind::WebView);
     return widget;
 }
@@ -284,7 +285,7 @@ void node_widget_update(GtkWidget* widget)
 {
     NodeState& state = *self_of(widget)->state;
     const std::shared_ptr<ViewNode> view = state.view.lock();
-    // A player goes without its view being told.
+    // The view's revision does not change when its player is destroyed.
     if (!view || (view->revision == state.revision && view->player == state.player))
         return;
     state.revision = view->revision;

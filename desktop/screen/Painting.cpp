@@ -55,9 +55,9 @@ void paint_background(GtkSnapshot* snapshot, const ViewNode& view, const CGRect&
     gtk_snapshot_pop(snapshot);
 }
 
-// ------------------------------------------------------------------------------------------------------- pictures
+// ------------------------------------------------------------------------------------------------------- Pictures
 
-/// As much of a rectangle as a picture fills without being stretched, in the middle.
+/// The largest centred rectangle that a picture fills without distortion.
 CGRect aspect_fit(CGSize natural, const CGRect& area)
 {
     const double scale = std::min(area.width / natural.width, area.height / natural.height);
@@ -65,7 +65,7 @@ CGRect aspect_fit(CGSize natural, const CGRect& area)
     return {area.x + (area.width - size.width) / 2, area.y + (area.height - size.height) / 2, size.width, size.height};
 }
 
-/// Draws a picture over a rectangle of the view.
+/// Draws a picture scaled to `place`, within `area`.
 void append_picture(GtkSnapshot* snapshot, const Picture& picture, const CGRect& place, const CGRect& area)
 {
     if (place.width <= 0 || place.height <= 0)
@@ -76,7 +76,7 @@ void append_picture(GtkSnapshot* snapshot, const Picture& picture, const CGRect&
     cairo_translate(cairo, place.x, place.y);
     cairo_scale(cairo, place.width / pixels.width, place.height / pixels.height);
     cairo_set_source_surface(cairo, picture.get(), 0, 0);
-    // What is stretched fades at its edges against nothing, otherwise.
+    // Otherwise the edges of a scaled picture would blend with transparency.
     cairo_pattern_set_extend(cairo_get_source(cairo), CAIRO_EXTEND_PAD);
     cairo_rectangle(cairo, 0, 0, pixels.width, pixels.height);
     cairo_fill(cairo);
@@ -93,8 +93,8 @@ void paint_image(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area
 
 void paint_video(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area, const PaintState& state)
 {
-    // An opaque video view without a colour of its own is black, as the platform's is: before the first picture, and
-    // beside one of another shape.
+    // An opaque video view without a background colour is black, as on the platform: before the first picture, and
+    // beside a picture with another aspect ratio.
     if (view.opaque && !view.background)
         fill(snapshot, UIColor::blackColor(), area);
     if (!state.picture)
@@ -102,8 +102,8 @@ void paint_video(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area
     const CGSize pixels = picture_size(state.picture);
     const graphene_rect_t bounds = rect_of(area);
     cairo_t* cairo = gtk_snapshot_append_cairo(snapshot, &bounds);
-    // Whole points and no scale but the monitor's own, so that the picture's pixels are the screen's; and they replace
-    // what lies beneath, which costs a third of blending when the video is turned.
+    // Whole points and the monitor's scale only, so that the picture's pixels map to device pixels. They replace the
+    // background: compared with blending, this costs a third when the video is rotated.
     cairo_translate(cairo, std::floor((area.width - pixels.width / state.resolution) / 2),
                     std::floor((area.height - pixels.height / state.resolution) / 2));
     cairo_scale(cairo, 1 / state.resolution, 1 / state.resolution);
@@ -115,9 +115,9 @@ void paint_video(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area
     cairo_destroy(cairo);
 }
 
-// ----------------------------------------------------------------------------------------------------------- text
+// ----------------------------------------------------------------------------------------------------------- Text
 
-/// A line that nothing breaks, for the moment.
+/// A single line without a width; set_breaking() may add one.
 PangoLayout* line_layout(PangoContext* context, const std::string& text, const FontSpec& font)
 {
     PangoLayout* layout = text_layout(context, text, font, 0);
@@ -131,7 +131,7 @@ struct TextLook {
     CGSize shadow_offset;
 };
 
-/// Draws a layout with its box's top left corner at a point.
+/// Draws a layout with its top left corner at a point.
 void append_text(GtkSnapshot* snapshot, PangoLayout* layout, CGPoint at, const TextLook& look)
 {
     const auto append = [&](CGPoint corner, const UIColor& color) {
@@ -159,7 +159,7 @@ void set_breaking(PangoLayout* layout, const ViewNode& label)
     constexpr int TruncatingHead = 3;
     constexpr int TruncatingTail = 4;
     constexpr int TruncatingMiddle = 5;
-    // The box that the text was measured for, to the fraction: a whole one could break its last letter off.
+    // Rounded up to Pango's units: the width for which the text was measured, rounded down, could wrap its last letter.
     const int width = static_cast<int>(std::ceil(std::max(label.bounds.width, 0.0) * PANGO_SCALE));
     switch (label.line_break_mode) {
     case TruncatingHead:
@@ -173,7 +173,7 @@ void set_breaking(PangoLayout* layout, const ViewNode& label)
         break;
     default:
         if (label.number_of_lines == 1)
-            return; // one line, cut at the edge
+            return; // one line, clipped at the edge
         pango_layout_set_wrap(layout, label.line_break_mode == NSLineBreakByCharWrapping ? PANGO_WRAP_CHAR
                                                                                          : PANGO_WRAP_WORD_CHAR);
     }
@@ -193,7 +193,7 @@ void paint_label(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& l
     pango_layout_set_alignment(layout, alignment);
     const CGSize size = size_of(layout);
     const double room = std::max(label.bounds.width - size.width, 0.0);
-    const bool free_line = pango_layout_get_width(layout) < 0; // Pango aligns nothing in a line without a width
+    const bool free_line = pango_layout_get_width(layout) < 0; // Pango does not align a line without a width
     const double x = !free_line || alignment == PANGO_ALIGN_LEFT ? 0 : alignment == PANGO_ALIGN_RIGHT ? room : room / 2;
     const graphene_rect_t box = rect_of(area);
     gtk_snapshot_push_clip(snapshot, &box);
@@ -209,7 +209,7 @@ void paint_title(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& b
         return;
     const ViewNode& label = *button.title_label;
     PangoLayout* layout = line_layout(context, button.text.text(), label.font);
-    // A button draws its title in its middle, whatever the label's own alignment: the label is as wide as its text.
+    // A button centres its title whatever the label's alignment, because the label is as wide as its text.
     pango_layout_set_ellipsize(layout, PANGO_ELLIPSIZE_MIDDLE);
     pango_layout_set_alignment(layout, PANGO_ALIGN_CENTER);
     pango_layout_set_width(layout, static_cast<int>(area.width * PANGO_SCALE));
@@ -218,9 +218,9 @@ void paint_title(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& b
     g_object_unref(layout);
 }
 
-// -------------------------------------------------------------------------------------------------------- symbols
+// -------------------------------------------------------------------------------------------------------- Symbols
 
-/// Lines of a symbol in a box of 24 by 24 around the middle.
+/// Draws a symbol in a box of 24 by 24 points around the origin.
 void trace_symbol(cairo_t* cairo, Symbol symbol)
 {
     const auto line = [cairo](std::initializer_list<CGPoint> points) {
@@ -271,7 +271,7 @@ void paint_symbol(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& are
     cairo_t* cairo = gtk_snapshot_append_cairo(snapshot, &box);
     cairo_translate(cairo, area.width / 2, area.height / 2);
     if (view.symbol == Symbol::CloseOnDisc) {
-        // Dark with a light rim: seen on any page.
+        // Dark with a light rim: visible on any page.
         cairo_set_source_rgba(cairo, 0, 0, 0, 0.65);
         cairo_arc(cairo, 0, 0, DiscRadius, 0, FullTurn);
         cairo_fill_preserve(cairo);
@@ -287,7 +287,7 @@ void paint_symbol(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& are
     cairo_destroy(cairo);
 }
 
-/// The light under a finger.
+/// Highlight under a finger.
 void paint_glow(GtkSnapshot* snapshot, const CGRect& area)
 {
     const graphene_rect_t box = rect_of(area);
@@ -297,7 +297,7 @@ void paint_glow(GtkSnapshot* snapshot, const CGRect& area)
     gtk_snapshot_append_radial_gradient(snapshot, &box, &middle, reach, reach, 0, 1, stops, G_N_ELEMENTS(stops));
 }
 
-// ------------------------------------------------------------------------------------------- countdown and spinner
+// ------------------------------------------------------------------------------------------- Countdown and spinner
 
 void paint_countdown(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& view, const CGRect& area)
 {
@@ -308,7 +308,7 @@ void paint_countdown(GtkSnapshot* snapshot, PangoContext* context, const ViewNod
     const graphene_rect_t box = rect_of(area);
     cairo_t* cairo = gtk_snapshot_append_cairo(snapshot, &box);
     cairo_translate(cairo, area.width / 2, area.height / 2);
-    // Dark enough for white on any video: on a white one the contrast is nearly 8 to 1.
+    // Dark enough for white text on any video: on a white one the contrast is nearly 8 to 1.
     cairo_set_source_rgba(cairo, 0, 0, 0, 0.68);
     cairo_arc(cairo, 0, 0, look.disc_radius, 0, FullTurn);
     cairo_fill(cairo);
@@ -344,7 +344,7 @@ void paint_spinner(GtkSnapshot* snapshot, const CGRect& area, int step)
         const double angle = FullTurn * spoke / spinner_steps;
         const int age = (step - spoke % spinner_steps + spinner_steps) % spinner_steps;
         const double strength = 1 - 0.8 * age / (spinner_steps - 1);
-        // White on a dark rim: seen on bright pages and on dark video.
+        // White with a dark rim: visible on bright pages and on dark video.
         for (const auto& [shade, width] : {std::pair{0.0, radius / 4 + 1.5}, std::pair{1.0, radius / 4}}) {
             cairo_set_source_rgba(cairo, shade, shade, shade, shade > 0 ? strength : strength * 0.4);
             cairo_set_line_width(cairo, width);
@@ -388,8 +388,8 @@ void paint(GtkSnapshot* snapshot, PangoContext* text, const ViewNode& view, CGSi
         break;
     case ViewNode::Kind::View:
     case ViewNode::Kind::Window:
-    case ViewNode::Kind::WebView: // its own widget draws the page
-    case ViewNode::Kind::Slider:  // the volume's controls are the device's own keys
+    case ViewNode::Kind::WebView: // drawn by the page's own widget
+    case ViewNode::Kind::Slider:  // the volume is controlled by the device's keys
     case ViewNode::Kind::VolumeView:
         break;
     }

@@ -16,7 +16,7 @@ Picture picture_of(const VideoFrame& frame)
 {
     if (!frame)
         return nullptr;
-    // Cairo only reads them: nobody draws into a picture.
+    // const_cast: Cairo only reads the pixels, because nothing draws into a picture.
     auto* pixels = static_cast<unsigned char*>(const_cast<void*>(g_bytes_get_data(frame.pixels.get(), nullptr)));
     Picture picture(cairo_image_surface_create_for_data(pixels, CAIRO_FORMAT_ARGB32, frame.width, frame.height,
                                                         static_cast<int>(frame.stride)));

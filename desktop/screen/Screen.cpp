@@ -16,9 +16,9 @@ namespace qoro
 namespace
 {
 
-/// Room of the monitor that window frames and panels take.
+/// Points of the monitor that are reserved for window frames and panels.
 constexpr int monitor_margin = 48;
-/// Longer than a frame of any video, shorter than anyone notices.
+/// Longer than a frame of any video, but imperceptible.
 constexpr int longest_wait_ms = 50;
 
 graphene_rect_t rect_of(const CGRect& rect)
@@ -80,7 +80,7 @@ struct Screen::Signals {
         return screen->capture_key(keyval, static_cast<unsigned>(state));
     }
 
-    /// Sees what passes on its way to the page, and takes nothing.
+    /// Observes input before the page receives it, without consuming any.
     static gboolean input_passes(GtkEventControllerLegacy*, GdkEvent* event, Screen* screen)
     {
         switch (gdk_event_get_event_type(event)) {
@@ -114,7 +114,7 @@ struct Screen::Signals {
 
     static void drag_begin(GtkGestureDrag* gesture, double x, double y, Screen* screen)
     {
-        // What is the page's to take goes on to it; everything else ends here.
+        // Input for a page is passed on; all other input is consumed.
         gtk_gesture_set_state(GTK_GESTURE(gesture),
                               screen->press(x, y) ? GTK_EVENT_SEQUENCE_CLAIMED : GTK_EVENT_SEQUENCE_DENIED);
     }
@@ -160,7 +160,7 @@ struct Screen::Signals {
 
     static void destroyed(GtkWidget*, Screen* screen)
     {
-        // The viewer closed the window, and nobody minded.
+        // The viewer has closed the window and there is no on_close.
         screen->window_ = nullptr;
         screen->surface_ = nullptr;
         screen->help_ = nullptr;
@@ -180,12 +180,12 @@ Screen::Screen(Platform& platform)
     gtk_box_append(GTK_BOX(column), surface_);
     gtk_box_append(GTK_BOX(column), help_);
     gtk_label_set_wrap(GTK_LABEL(help_), TRUE);
-    // A wish of one letter: the line breaks at the width of the screen, and never widens the window.
+    // A natural width of one letter: the text wraps at the width of the screen and never widens the window.
     gtk_label_set_width_chars(GTK_LABEL(help_), 1);
     gtk_label_set_max_width_chars(GTK_LABEL(help_), 1);
     gtk_widget_set_visible(help_, FALSE);
     gtk_window_set_child(window_, column);
-    // The window is as big as the device, and follows it when it is turned.
+    // The window has the size of the device, also after a rotation.
     gtk_window_set_resizable(window_, FALSE);
 
     g_signal_connect(window_, "close-request", G_CALLBACK(Signals::close_requested), this);
@@ -196,7 +196,7 @@ Screen::Screen(Platform& platform)
     gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
     g_signal_connect(keys, "key-pressed", G_CALLBACK(Signals::key_pressed), this);
     gtk_widget_add_controller(GTK_WIDGET(window_), keys);
-    // A page gets a key before anyone else does, and gives back what it has no use for.
+    // Bubble phase: a page receives keys first and returns those it does not use.
     GtkEventController* keys_left_over = gtk_event_controller_key_new();
     g_signal_connect(keys_left_over, "key-pressed", G_CALLBACK(Signals::key_left_over), this);
     g_signal_connect(keys_left_over, "key-released", G_CALLBACK(Signals::key_released), this);
@@ -249,7 +249,7 @@ void Screen::show()
     if (!window_)
         return;
     update();
-    // GTK would give the keyboard to something as the window opens; nobody has asked for it yet.
+    // Suppresses the focus that GTK would set when the window opens.
     opening_ = true;
     gtk_window_present(window_);
     opening_ = false;
@@ -259,8 +259,8 @@ void Screen::needs_display()
 {
     if (!surface_ || tick_ || patience_)
         return;
-    // GTK draws no two frames closer together than the monitor's refresh. While a video plays, what else changes is
-    // shown with its next picture: a frame of its own would hold that picture back.
+    // GTK draws frames no closer together than the monitor's refresh interval. While a video plays, other changes wait
+    // for its next picture: a frame of their own would delay that picture.
     if (last_picture_ && g_get_monotonic_time() - last_picture_ < longest_wait_ms * 1000)
         patience_ = g_timeout_add(longest_wait_ms, Signals::patience_ended, this);
     else
@@ -270,7 +270,7 @@ void Screen::needs_display()
 void Screen::walk_with_next_frame()
 {
     stop_waiting();
-    // One walk a frame, however much has changed; while the window is not to be seen, none.
+    // At most one update per frame, and none while the window is invisible.
     if (!tick_)
         tick_ = gtk_widget_add_tick_callback(surface_, Signals::tick, this, nullptr);
 }
@@ -288,7 +288,7 @@ void Screen::picture_arrived()
         walk_with_next_frame();
 }
 
-// -------------------------------------------------------------------------------------------------- from the tree
+// ------------------------------------------------------------------------------------------------------ View tree
 
 void Screen::update()
 {
@@ -332,7 +332,7 @@ void Screen::add_layers(const std::shared_ptr<ViewNode>& view, double opacity, c
     }
     node_widget_update(layer.widget);
     layer.shown = true;
-    // Alphas multiply: a parent's own picture and each of its subviews fade alike.
+    // Alphas multiply: a view's own picture and its subviews fade alike.
     layer.opacity = opacity * std::clamp(view->alpha, 0.0, 1.0);
     layer.place = place_in_window(placement_on_screen(*view), held_);
     const WidgetPlace window = place_in_window(placement_on_screen(in_window), held_);
@@ -359,7 +359,7 @@ NodeReach Screen::reach_of(const Layer& layer)
     const bool to_be_used = view->kind == ViewNode::Kind::Button || view->kind == ViewNode::Kind::WebView;
     if (to_be_used && view->takes_touches)
         return touchable_point(*view) ? NodeReach::Touchable : NodeReach::Away;
-    // Everything else is covered by what is touched in its place, if that lies higher and is no part of it.
+    // Any other view is covered if a touch at its centre hits a higher view that is not one of its descendants.
     const std::shared_ptr<ViewNode> touched = hit_test(platform_, placement_on_screen(*view).center);
     const Layer* cover = touched ? layer_of(*touched) : nullptr;
     if (!cover || cover->height <= layer.height)
@@ -370,7 +370,7 @@ NodeReach Screen::reach_of(const Layer& layer)
     return part ? NodeReach::Seen : NodeReach::Away;
 }
 
-/// Views that are not shown keep their widget, out of sight, as long as they live: a page goes on where it was.
+/// A hidden view retains its widget while it lives, so that a page continues where it was.
 void Screen::retire_layers()
 {
     for (auto each = layers_.begin(); each != layers_.end();) {
@@ -387,7 +387,8 @@ void Screen::retire_layers()
     }
 }
 
-/// GTK looks for what is under the pointer from the last child on; the surface's glass stays after the shown ones.
+/// GTK picks the widget under the pointer from the last child on. The surface's glass stays behind the shown widgets in
+/// that order.
 void Screen::order_widgets()
 {
     GtkWidget* before = nullptr;
@@ -398,11 +399,11 @@ void Screen::order_widgets()
     }
 }
 
-// ---------------------------------------------------------------------------------------------------- to the window
+// ----------------------------------------------------------------------------------------------------------- Window
 
 double Screen::monitor_scale() const
 {
-    // Points are the monitor's, unless it is smaller than the device.
+    // One point is one point of the monitor, unless the device is larger than the monitor.
     GListModel* monitors = gdk_display_get_monitors(gtk_widget_get_display(surface_));
     auto* monitor = GDK_MONITOR(g_list_model_get_item(monitors, 0));
     if (!monitor)
@@ -442,7 +443,7 @@ void Screen::place_layer(Layer& layer)
 {
     const WidgetPlace& place = layer.place;
     const CGSize size{static_cast<double>(place.width), static_cast<double>(place.height)};
-    // Translations and rotations only: a plain matrix is what some of GTK's renderers cannot draw.
+    // Only translations, scales and rotations: some of GTK's renderers cannot draw a general matrix.
     GskTransform* transform = nullptr;
     if (origin_ != CGPoint{}) {
         const graphene_point_t origin = point_of(origin_);
@@ -488,7 +489,7 @@ void Screen::draw_layers(GtkSnapshot* snapshot)
                          layer->clip.width * scale_, layer->clip.height * scale_});
             gtk_snapshot_push_clip(snapshot, &clip);
         }
-        // Outside the turn: GTK's other renderer loses an opacity that stands inside.
+        // Outside the rotation: GTK's other renderer ignores an opacity inside it.
         if (layer->opacity < 1)
             gtk_snapshot_push_opacity(snapshot, layer->opacity);
         gtk_widget_snapshot_child(surface_, layer->widget, snapshot);
@@ -516,7 +517,7 @@ std::string Screen::snapshot_png(const std::string& path)
     if (!window_ || !gtk_widget_get_mapped(surface_))
         return "nothing is shown";
     update();
-    // As on a monitor that is big enough, whatever this one is.
+    // Unscaled, independent of the monitor's size.
     const CGPoint origin = std::exchange(origin_, {});
     const double scale = std::exchange(scale_, 1);
     place_layers();

@@ -8,7 +8,7 @@
 #include <algorithm>
 #include <utility>
 
-// What the viewer does to the screen: fingers, and the keyboard.
+// Input from the viewer: touches and keys.
 
 namespace qoro
 {
@@ -23,7 +23,7 @@ bool uses_control(unsigned keyval)
 
 } // namespace
 
-// --------------------------------------------------------------------------------------------------------- touches
+// --------------------------------------------------------------------------------------------------------- Touches
 
 CGPoint Screen::screen_point(double x, double y) const
 {
@@ -41,7 +41,8 @@ bool Screen::keeps(double x, double y) const
     return !view || view->kind != ViewNode::Kind::WebView;
 }
 
-/// A page may ask for more when its viewer has just touched it: what counts is what the window system reports.
+/// Records the time of a touch on a page, which enables commands that need a user action. Only events from the window
+/// system count.
 void Screen::note_touch(GdkEvent* event)
 {
     double x = 0;
@@ -59,7 +60,7 @@ void Screen::note_touch(GdkEvent* event)
     const auto view = touched_at(static_cast<double>(in_surface.x), static_cast<double>(in_surface.y));
     if (!view || view->kind != ViewNode::Kind::WebView)
         return;
-    // Press and release are one touch: the release counts unless the page has made use of it already.
+    // Press and release are one touch: the release counts unless the page has already used the press.
     const GdkEventType type = gdk_event_get_event_type(event);
     const bool begins = type == GDK_BUTTON_PRESS || type == GDK_TOUCH_BEGIN;
     if (begins || view->page_touched)
@@ -73,7 +74,7 @@ void Screen::note_key(GdkEvent* event)
         held_key_.reset();
         return;
     }
-    // A key that is held repeats itself, and is one touch all the same.
+    // Repetitions of a held key are part of the same touch.
     if (std::exchange(held_key_, code) == code)
         return;
     GtkWidget* focus = gtk_window_get_focus(window_);
@@ -95,7 +96,7 @@ bool Screen::press(double x, double y)
     if (!keeps(x, y))
         return false;
     touched_ = touched_at(x, y);
-    // The keyboard is where the finger was last: no longer with a page that it has left.
+    // The focus follows the touch, away from a page that it has left.
     const std::shared_ptr<ViewNode> view = touched_.lock();
     if (!give_focus(view ? layer_of(*view) : nullptr))
         gtk_window_set_focus(window_, nullptr);
@@ -125,7 +126,7 @@ void Screen::set_pressed(bool pressed)
         node_widget_set_pressed(layer->widget, pressed);
 }
 
-// -------------------------------------------------------------------------------------------------------- keyboard
+// -------------------------------------------------------------------------------------------------------- Keyboard
 
 Screen::Layer* Screen::layer_of(const ViewNode& view)
 {
@@ -133,7 +134,7 @@ Screen::Layer* Screen::layer_of(const ViewNode& view)
     return found == layers_.end() ? nullptr : &found->second;
 }
 
-/// The shown one that has the keyboard, itself or its page.
+/// The shown layer whose widget or page has the focus.
 Screen::Layer* Screen::focused_layer() const
 {
     GtkWidget* focus = gtk_window_get_focus(window_);
@@ -159,7 +160,7 @@ bool Screen::is_written_into() const
     return page && page->takes_text();
 }
 
-/// Gives the keyboard to a control or a page. Answers whether it takes it.
+/// Gives the focus to a control or a page. Returns whether it accepts the focus.
 bool Screen::give_focus(Layer* layer)
 {
     GtkWidget* target = layer ? node_widget_focus_target(layer->widget) : nullptr;
@@ -198,8 +199,8 @@ bool Screen::move_focus(bool forward)
     return give_focus(layer);
 }
 
-/// Controls hide themselves and come back, pages come over others and go. The viewer stays where he was, as far as
-/// there is something.
+/// Restores the focus after an update that may have hidden, covered or removed its view. If the chosen view is out of
+/// reach, the focus stays where it is, or moves to the view in its place.
 void Screen::keep_focus()
 {
     const std::shared_ptr<ViewNode> chosen = chosen_.lock();
@@ -217,7 +218,7 @@ bool Screen::capture_key(unsigned keyval, unsigned state)
 {
     if (on_key && on_key(keyval, state))
         return true;
-    // The way out of any page, whatever it does with the key.
+    // Ctrl+Tab leaves a page, whatever the page does with the key.
     const bool back = keyval == GDK_KEY_ISO_Left_Tab || (state & GDK_SHIFT_MASK) != 0;
     const bool tab = keyval == GDK_KEY_Tab || keyval == GDK_KEY_ISO_Left_Tab;
     if (!tab || (state & GDK_CONTROL_MASK) == 0)
@@ -239,7 +240,7 @@ bool Screen::take_key(unsigned keyval)
     return true;
 }
 
-/// A key that is held down repeats itself: only letting it go uses the control, once.
+/// Controls are activated on release, because a held key repeats.
 void Screen::let_key_go(unsigned keyval)
 {
     if (!uses_control(keyval))
@@ -254,7 +255,7 @@ void Screen::let_key_go(unsigned keyval)
         activate(view);
 }
 
-/// As a finger would: only where one reaches the control.
+/// Like a touch: only if a touch can reach the control.
 void Screen::activate(const std::shared_ptr<ViewNode>& view)
 {
     if (const auto point = view ? touchable_point(*view) : std::nullopt)

@@ -90,7 +90,8 @@ static void qoro_surface_init(QoroSurface* self)
 {
     gtk_widget_set_overflow(GTK_WIDGET(self), GTK_OVERFLOW_HIDDEN);
     self->glass = GTK_WIDGET(g_object_new(qoro_glass_get_type(), nullptr));
-    // Hidden from assistive technology, and not of the role "none": GTK counts that as a child, and then can't name it.
+    // Hidden from assistive technology. The role "none" is not an alternative: GTK counts such a widget as a child, but
+    // cannot name it.
     gtk_accessible_update_state(GTK_ACCESSIBLE(self->glass), GTK_ACCESSIBLE_STATE_HIDDEN, TRUE, -1);
     gtk_widget_set_parent(self->glass, GTK_WIDGET(self));
 }

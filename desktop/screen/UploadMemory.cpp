@@ -14,7 +14,7 @@ UploadMemory::UploadMemory(GdkDisplay* display, int width, int height)
     const int screen = DefaultScreen(connection);
     cairo_surface_t* root =
         cairo_xlib_surface_create(connection, RootWindow(connection, screen), DefaultVisual(connection, screen), 1, 1);
-    // The pool is made for several pictures of the size of the first that is asked for.
+    // The pool's size is a multiple of the first image allocated from it.
     kept_ = cairo_surface_create_similar_image(root, CAIRO_FORMAT_ARGB32, width, height);
     cairo_surface_destroy(root);
 }
