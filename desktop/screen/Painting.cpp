@@ -102,8 +102,8 @@ void paint_video(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area
     const CGSize pixels = picture_size(state.picture);
     const graphene_rect_t bounds = rect_of(area);
     cairo_t* cairo = gtk_snapshot_append_cairo(snapshot, &bounds);
-    // Whole points and the monitor's scale only, so that the picture's pixels map to device pixels. They replace the
-    // background: compared with blending, this costs a third when the video is rotated.
+    // Whole points and the monitor's scale only, so that the picture's pixels map to device pixels. They replace what
+    // lies beneath: when the video is rotated, that costs a third of blending.
     cairo_translate(cairo, std::floor((area.width - pixels.width / state.resolution) / 2),
                     std::floor((area.height - pixels.height / state.resolution) / 2));
     cairo_scale(cairo, 1 / state.resolution, 1 / state.resolution);
@@ -159,7 +159,7 @@ void set_breaking(PangoLayout* layout, const ViewNode& label)
     constexpr int TruncatingHead = 3;
     constexpr int TruncatingTail = 4;
     constexpr int TruncatingMiddle = 5;
-    // Rounded up to Pango's units: the width for which the text was measured, rounded down, could wrap its last letter.
+    // The exact width that the text was measured for: the widget's, in whole points, could wrap the last letter.
     const int width = static_cast<int>(std::ceil(std::max(label.bounds.width, 0.0) * PANGO_SCALE));
     switch (label.line_break_mode) {
     case TruncatingHead:

@@ -387,8 +387,8 @@ void Screen::retire_layers()
     }
 }
 
-/// GTK picks the widget under the pointer from the last child on. The surface's glass stays behind the shown widgets in
-/// that order.
+/// GTK searches for the widget under the pointer from the last child on. The surface's glass remains after the shown
+/// widgets, so it comes first in that search.
 void Screen::order_widgets()
 {
     GtkWidget* before = nullptr;

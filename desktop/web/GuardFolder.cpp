@@ -16,11 +16,11 @@ namespace qoro
 namespace
 {
 
-/// Bytes for what WebKit keeps beside the module.
+/// Bytes reserved for the content filters that WebKit stores beside the module.
 constexpr std::uint64_t RoomForFilters = 100'000;
 
-/// Writes the module into a new folder under a place.
-/// @return the folder; empty when nothing can be run from there
+/// Writes the module to a new folder under `place`.
+/// @return the folder; empty if nothing can be executed from there
 std::string try_place(const std::string& place)
 {
     std::string folder = place + "/qoro-ad-XXXXXX";

@@ -29,8 +29,8 @@ namespace
 using Clock = std::chrono::steady_clock;
 
 constexpr auto Patience = std::chrono::seconds(10);
-/// The last WebKit (2.x) whose processes are known to want their sockets as this file gives them. Of a later one, a
-/// process that leaves without a word may just want them otherwise.
+/// The last WebKit (2.x) whose processes are known to expect their sockets as this file passes them. A process of a
+/// later version that exits without a message may merely expect them differently.
 constexpr unsigned LastKnownMinor = 52;
 
 class Descriptor
@@ -56,7 +56,7 @@ private:
     int number_;
 };
 
-/// The folder of WebKit's own programs; empty when they lie elsewhere than expected.
+/// The folder of WebKit's own programs; empty if they are not where expected.
 std::string programs_folder()
 {
     Dl_info library{};
@@ -84,15 +84,15 @@ std::string last_line_of(int descriptor)
     return text.substr(text.rfind('\n') + 1);
 }
 
-/// One of WebKit's processes, or what it needs.
+/// A trial of one of WebKit's processes, or of a program that it requires.
 class Launch
 {
 public:
-    /// @param command  a program of its own, which succeeds by its exit status; or a process of WebKit's, which says
-    ///                 that it is there
+    /// @param speaks true for a process of WebKit's, which reports that it is running; false for a program that signals
+    ///        success by its exit status
     Launch(std::string name, std::vector<std::string> command, bool speaks) : name_(std::move(name)), speaks_(speaks)
     {
-        // The process closes its end when it is through with it, or ends.
+        // The process closes its end when it is done or exits.
         std::array<int, 2> connection{-1, -1};
         std::array<int, 2> presence{-1, -1};
         std::array<int, 2> complaints{-1, -1};
@@ -132,7 +132,7 @@ public:
     Launch(const Launch&) = delete;
     Launch& operator=(const Launch&) = delete;
 
-    /// @return what went wrong; empty for nothing
+    /// @return what went wrong; empty on success
     std::string wait(Clock::time_point until)
     {
         if (reason_.empty())

@@ -8,7 +8,7 @@ namespace qoro
 namespace
 {
 
-/// A source that has never anything to do, and is asked at every turn.
+/// A source that is never ready, but is checked in each iteration of the loop.
 struct Watch {
     GSource source;
     double woke;
@@ -32,7 +32,7 @@ GSourceFuncs functions = {nullptr, woke_up, has_nothing, nullptr, nullptr, nullp
 LoopTurn::LoopTurn() : source_(g_source_new(&functions, sizeof(Watch)))
 {
     g_source_set_static_name(source_, "turns of the main loop");
-    // Sources behind one that is ready are not asked.
+    // GLib does not check sources of lower priority than a ready one.
     g_source_set_priority(source_, G_MININT);
     g_source_attach(source_, nullptr);
 }

@@ -14,13 +14,13 @@ namespace qoro
 namespace
 {
 
-/// The script library's question for the events that come next.
+/// The script library's request for the next events.
 constexpr const char* NextEvents = "nextEvents";
-/// Calls that are kept for a page whose script does not ask for them.
+/// Limits of the calls queued for a page whose script does not request them.
 constexpr std::size_t MostPending = 4096;
 constexpr std::size_t MostPendingBytes = 1'000'000;
 
-/// The message of a page; absent when it is none.
+/// Parses a message of a page; absent if it is invalid.
 std::optional<ScriptMessage> parse_message(std::string_view json)
 {
     if (json.size() > longest_message)
@@ -70,7 +70,7 @@ void PageBridge::answer(WebKitUserMessage* message)
         wait_for_events(message);
         return;
     }
-    ScriptAnswer answer{"the command could not be carried out", nullptr}; // what stays when the platform rejects it
+    ScriptAnswer answer{"the command could not be carried out", nullptr}; // used if the platform rejects the event
     platform_.dispatch([&] { answer = listener_.message(*content); });
     if (answer.error)
         reply(message, false, answer.error.text());
@@ -91,7 +91,8 @@ void PageBridge::call(const NSArray& callbacks, const NSDictionary& data)
     pending_bytes_ += pending_.back().size();
 }
 
-/// The library asks, and is answered when there is something: so the page gets no function through which events come.
+/// The library requests events and the reply is delayed until there are some, so that no function for delivering events
+/// is exposed to the page.
 void PageBridge::wait_for_events(WebKitUserMessage* question)
 {
     dismiss_script();
@@ -113,7 +114,7 @@ void PageBridge::deliver()
     g_clear_object(&waiting_);
 }
 
-/// Nothing comes any more for the script that waits.
+/// Ends the script's pending request; it receives no more events.
 void PageBridge::dismiss_script()
 {
     if (!waiting_)

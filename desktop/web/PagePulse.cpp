@@ -13,7 +13,7 @@ namespace
 {
 
 constexpr double Interval = 1; // seconds
-/// Seconds between two ticks beyond which the loop itself was held up: the answer may be in its queue.
+/// Seconds between two ticks above which the loop itself was blocked: the answer may still be in its queue.
 constexpr double HeldUp = 1.5 * Interval;
 
 } // namespace
@@ -70,7 +70,7 @@ void PagePulse::ask()
     open_ = std::make_shared<Question>(Question{this});
     const GAsyncReadyCallback answered = [](GObject* view, GAsyncResult* result, void* data) {
         const std::unique_ptr<std::shared_ptr<Question>> question(static_cast<std::shared_ptr<Question>*>(data));
-        // Any answer will do, but none of a process that has ended.
+        // Any reply counts; there is none if the process has ended.
         WebKitUserMessage* answer = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
         const bool alive = answer != nullptr;
         g_clear_object(&answer);

@@ -20,7 +20,7 @@ PageReach::~PageReach() = default;
 void PageReach::show(WebKitUserContentManager* content, const std::string& document)
 {
     sockets_->apply(content, std::max(zone_named_by(document), open_zone()));
-    // A browser loads its document itself: it may go as far as what named the document.
+    // A browser loads its document itself, so it may reach as far as the ad that named the document.
     reaches_[content] = kind_ == PageKind::Browsed ? reach_of(document) : reach_of_page(document);
     update();
 }

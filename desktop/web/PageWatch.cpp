@@ -13,7 +13,7 @@
 #include <utility>
 #include <vector>
 
-extern "C" { // which the header of glibc 2.36 forgets
+extern "C" { // missing in the header of glibc 2.36
 #include <sys/pidfd.h>
 }
 
@@ -25,16 +25,16 @@ namespace
 
 constexpr auto Interval = std::chrono::milliseconds(100);
 constexpr std::uint64_t Megabyte = 1024 * 1024;
-/// The processes' names, as the system cuts them.
+/// Process names, truncated by the system to 15 bytes.
 constexpr const char* PageProcess = "WebKitWebProces";
 constexpr const char* RequestProcess = "WebKitNetworkPr";
-/// WebKit's threads that take what a process sends.
+/// WebKit's threads that receive messages from its processes.
 constexpr const char* Receiver = "ReceiveQueue";
-/// Of a processor, that the receivers need while a page floods the program.
+/// Fraction of one processor that the receiving threads use while a page floods the program.
 constexpr double Flood = 0.12;
-/// Seconds for which a flood is not over.
+/// Seconds of less traffic after which a flood has ended.
 constexpr double FloodLasts = 0.5;
-/// Seconds between two looks at which threads and which processes there are.
+/// Seconds between two scans of the threads.
 constexpr double NewThreads = 1;
 
 std::string in_megabytes(double limit)
@@ -44,7 +44,7 @@ std::string in_megabytes(double limit)
 
 } // namespace
 
-/// A process, held so that its number can't become another's.
+/// A process, identified by a pidfd, so that its PID cannot be reused by another.
 class PageWatch::Process
 {
 public:
@@ -58,8 +58,8 @@ public:
     Process& operator=(const Process&) = delete;
 
     bool is_resolved() const { return resolved_; }
-    /// Looks for it among this program's descendants.
-    /// @param name of the process; with 0 as its number the first one of that name is it
+    /// Searches this program's descendants for the process.
+    /// @param name of the process; if the number is 0, the first process of that name is used
     void resolve(const char* name)
     {
         resolved_ = true;
@@ -77,15 +77,15 @@ public:
     }
     bool is_there() const { return process_ != 0; }
 
-    /// @param seconds since the last look
-    /// @param dropped_frames of the videos so far
+    /// @param seconds since the last check
+    /// @param dropped_frames of all videos so far
     void look(double seconds, std::uint64_t dropped_frames = 0)
     {
         if (process_ == 0)
             return;
         const std::optional<std::uint64_t> memory = own_memory(process_);
         const std::optional<double> worked = worked_seconds(process_);
-        // Its number is another's once it has ended.
+        // Otherwise the process has ended, and its PID may belong to another.
         if (!memory || !worked || pidfd_send_signal(handle_, 0, nullptr, 0) != 0) {
             process_ = 0;
             memory_ = 0;
@@ -97,7 +97,7 @@ public:
         worked_ = *worked;
     }
     double megabytes() const { return static_cast<double>(memory_) / Megabyte; }
-    /// Of one processor.
+    /// Processor usage; 1 is one processor.
     double load() const { return load_; }
     double starves_video_for() const { return processor_use_.starves_for(); }
 
@@ -117,7 +117,7 @@ private:
     const int number_;
     bool resolved_ = false;
     int handle_ = -1;
-    /// 0 when it is not there.
+    /// PID; 0 if the process does not exist.
     int process_ = 0;
     std::uint64_t memory_ = 0;
     double worked_ = 0;
@@ -125,12 +125,12 @@ private:
     ProcessorUse processor_use_;
 };
 
-/// This program, as far as a flood of messages goes.
+/// State of flood detection for this program.
 struct PageWatch::Host {
-    std::vector<std::pair<int, double>> receivers; // and the seconds they have worked
+    std::vector<std::pair<int, double>> receivers; // thread ID and processor seconds used
     double since_new_threads = NewThreads;
     double since_flood = FloodLasts;
-    /// Bytes, when there was no flood last.
+    /// Bytes of memory when there was last no flood.
     std::uint64_t quiet = 0;
 };
 
@@ -202,7 +202,7 @@ void PageWatch::look()
                          std::to_string(static_cast<long>(*limits_.processor_seconds)) +
                          " s while the video dropped frames");
     }
-    // WebKit starts another one when it has ended.
+    // WebKit starts a new process when the previous one has ended.
     if (!requests_ || !requests_->is_there()) {
         requests_ = std::make_unique<Process>(0, 0);
         requests_->resolve(RequestProcess);

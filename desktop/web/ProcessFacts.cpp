@@ -32,7 +32,7 @@ std::string place_of(int process)
     return "/proc/" + std::to_string(process);
 }
 
-/// The number after a key, or the last of several; 0 for none.
+/// The last number on the line of a key; 0 if there is none.
 std::uint64_t number_after(const std::string& text, const std::string& key)
 {
     const std::size_t at = text.find("\n" + key);
@@ -48,7 +48,7 @@ std::uint64_t number_after(const std::string& text, const std::string& key)
     return number;
 }
 
-/// The fields of a "stat" file behind the name, which may hold anything.
+/// The fields of a "stat" file after the name, which may contain any character.
 std::vector<std::string> fields_of(const std::string& stat)
 {
     std::vector<std::string> fields;
@@ -114,7 +114,7 @@ std::optional<double> worked_seconds(int process)
 std::optional<double> worked_seconds(int process, int thread)
 {
     const std::string task = place_of(process) + "/task/" + std::to_string(thread);
-    // In nanoseconds, where the system keeps them; else in ticks of ten milliseconds.
+    // In nanoseconds if the system provides them, otherwise in clock ticks, usually of 10 ms.
     const std::string precise = contents(task + "/schedstat");
     std::uint64_t nanoseconds = 0;
     if (std::from_chars(precise.data(), precise.data() + precise.size(), nanoseconds).ec == std::errc())

@@ -13,8 +13,8 @@ namespace qoro
 namespace
 {
 
-// Hosts as WebKit spells them: every form of an IPv4 address has become its four decimal parts, the last four bytes of
-// an IPv6 address two hexadecimal numbers. Its expressions know no alternatives.
+// Hosts in WebKit's normalised spelling: every form of an IPv4 address becomes four decimal numbers, and the last four
+// bytes of an IPv6 address become two hexadecimal numbers. The filters' regular expressions do not support alternation.
 
 constexpr std::array machine_hosts{
     R"(([^/]*@)?localhost\\.?[:/])",
@@ -45,7 +45,7 @@ constexpr std::array private_hosts{
     R"(([^/]*@)?\\[::ffff:)",
 };
 
-/// Sockets to any of the hosts are blocked.
+/// Content filter rules that block WebSockets to any of the hosts.
 template <std::size_t count>
 std::string rules_for(const std::array<const char*, count>& hosts)
 {
@@ -107,7 +107,7 @@ struct SocketFilter::State {
     }
 
     WebKitUserContentFilterStore* const store;
-    /// Null until it is made.
+    /// Null until it is compiled.
     WebKitUserContentFilter* filter = nullptr;
     std::set<WebKitUserContentManager*> filtered;
 };

@@ -17,8 +17,8 @@ constexpr const char* Watch = R"js("use strict";
     const takesKeys = element =>
         element.isContentEditable || element instanceof HTMLTextAreaElement || element instanceof HTMLSelectElement ||
         (element instanceof HTMLInputElement && !withoutKeys.includes(element.type));
-    // A page may move its focus as often as it likes: what is told is how things stand, and not more often than people
-    // see.
+    // A page may move its focus arbitrarily often. Only the latest state is reported, at most once per pause
+    // (milliseconds).
     const pause = 50;
     let now = false, told = null, waits = false;
     const report = () => {

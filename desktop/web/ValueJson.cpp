@@ -13,7 +13,7 @@ namespace
 using Json = nlohmann::ordered_json;
 
 constexpr int deepest = 32;
-/// A mapping is searched from its front for each name that comes.
+/// Limits the total number of names: inserting one searches its mapping linearly.
 constexpr int most_names = 256;
 
 Json to_json(const Value& value);
@@ -42,7 +42,7 @@ Json to_json(const Value& value)
 {
     if (value.is_bool())
         return value.boolValue();
-    if (value.is_integer()) // read as text: the value's own whole-number reading is held within 32 bits
+    if (value.is_integer()) // as text: Value's own integer accessor is limited to 32 bits
         return Json::parse(value.stringValue().text());
     if (value.is_double())
         return value.doubleValue();
@@ -93,7 +93,7 @@ Value to_value(const Json& json)
     }
 }
 
-/// Goes through a text without keeping anything of it, until it is no JSON or beyond a bound.
+/// Scans a text without storing anything, until it is invalid or exceeds a limit.
 class Bounds : public nlohmann::json_sax<Json>
 {
 public:
@@ -135,8 +135,8 @@ std::string json_of(const NSDictionary& mapping)
 
 std::optional<Value> value_of_json(std::string_view text)
 {
-    // Depth is bounded before anything recursive meets it; names before they cost time. In a pass of its own: the
-    // parser's callback looks through all earlier entries of a list after each mapping in it.
+    // The limits apply before any recursion and before the names cost time. A separate pass is necessary: with a
+    // callback, the parser searches all earlier elements of a list after each mapping in it.
     Bounds bounds;
     if (!Json::sax_parse(text, &bounds))
         return std::nullopt;

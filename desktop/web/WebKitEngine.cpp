@@ -17,16 +17,16 @@ namespace qoro
 namespace
 {
 
-/// Under which a view knows its engine.
+/// Key under which a view stores its engine.
 constexpr const char* engine_key = "qoro-engine";
-/// Seconds between two looks at a trial that runs.
+/// Polling interval for a running trial, in seconds.
 constexpr double LaunchPoll = 0.01;
 
-// ------------------------------------------------------------------------------------------------ what pages may do
+// ------------------------------------------------------------------------------------------------ Page restrictions
 
-/// What WebKit does past the eyes of the page's guard (for a worker that belongs to no page, or before there is a
-/// request); and what an ad has no use for, but which reaches the machine around it: a service of the desktop's for
-/// what plays, the clipboard, the pointer, dialogs of their own, devices.
+/// Features that bypass the page's guard (for a worker without a page, or before there is a request), and features that
+/// ads do not need but that affect the machine: the desktop's media controls, the clipboard, the pointer, native
+/// dialogs, devices.
 constexpr std::array<std::string_view, 10> Forbidden{
     "LinkPreconnect",    "ServiceWorkers",     "SharedWorker", "MediaSession", "AsyncClipboardAPI",
     "ScreenWakeLockAPI", "SpeechSynthesisAPI", "PointerLock",  "Gamepads",     "InputTypeColor"};
@@ -42,7 +42,7 @@ void forbid_features(WebKitSettings* settings)
     webkit_feature_list_unref(features);
 }
 
-/// Windows that a script opens by itself are let through to the engine, which refuses all and says so.
+/// Windows opened by scripts are enabled, so that the engine receives, refuses and reports each of them.
 WebKitSettings* make_settings()
 {
     return webkit_settings_new_with_settings(
@@ -54,7 +54,7 @@ WebKitSettings* make_settings()
         "media-playback-allows-inline", TRUE, nullptr);
 }
 
-/// An address as WebKit spells it.
+/// An address in WebKit's normalised spelling.
 std::string as_webkit_spells(const char* address)
 {
     WebKitURIRequest* request = webkit_uri_request_new(address);
@@ -77,10 +77,10 @@ const char* words_for(WebKitWebProcessTerminationReason reason)
 
 } // namespace
 
-// --------------------------------------------------------------------------------------------------------- engine
+// --------------------------------------------------------------------------------------------------------- Engine
 
 struct WebKitEngine::Signals {
-    /// Held while WebKit calls into the engine, which may go meanwhile.
+    /// Counts active calls from WebKit into the engine, which may be destroyed during a call.
     class Entry
     {
     public:
@@ -103,7 +103,7 @@ struct WebKitEngine::Signals {
         engine->load_changed(event);
     }
 
-    /// A failed load leaves the page that was there, instead of a page of WebKit's own.
+    /// After a failed load the previous page stays, instead of WebKit's error page.
     static gboolean load_failed(WebKitWebView*, WebKitLoadEvent, const char*, GError* error, WebKitEngine* engine)
     {
         const Entry entry(engine);
@@ -158,7 +158,7 @@ struct WebKitEngine::Signals {
             engine->refuse("download", webkit_uri_request_get_uri(webkit_download_get_request(download)));
     }
 
-    /// What a script opens by itself comes here, past decide_policy.
+    /// Windows opened by a script arrive here, without a call of decide_policy.
     static GtkWidget* create_window(WebKitWebView*, WebKitNavigationAction* action, WebKitEngine* engine)
     {
         const Entry entry(engine);
@@ -274,13 +274,13 @@ WebKitEngine::~WebKitEngine()
         g_object_unref(content_);
         return;
     }
-    // WebKit is still at work in the view: it goes when WebKit has returned.
+    // WebKit is still using the view: release it after WebKit has returned.
     for (void* object : {static_cast<void*>(view_), static_cast<void*>(content_)})
         g_idle_add_full(
             G_PRIORITY_HIGH, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, object, g_object_unref);
 }
 
-/// A page's process that was taken over could say anything here.
+/// Content is untrusted: a compromised page process can send anything.
 void WebKitEngine::guard_spoke(WebKitUserMessage* message)
 {
     const char* name = webkit_user_message_get_name(message);
@@ -342,7 +342,7 @@ void WebKitEngine::report(News news, const std::string& reason)
             listener.did_fail_load(reason);
     };
     if (!asking_) {
-        // WebKit's call is an event of its own, and messages of the page may follow in the same breath.
+        // A call from WebKit is an event of its own, and messages of the page may follow immediately.
         platform_.dispatch([&] { tell(listener_); });
         return;
     }
@@ -352,20 +352,20 @@ void WebKitEngine::report(News news, const std::string& reason)
     });
 }
 
-// ---------------------------------------------------------------------------------------------------------- loads
+// ---------------------------------------------------------------------------------------------------------- Loads
 
 void WebKitEngine::load_html(const NSString& html, const NSURL& base)
 {
     const std::string& address = base.absoluteString().text();
     const bool has_origin = !base.is_file() && is_web_address(address.c_str());
-    bridge_.leave_page(); // the callbacks were the earlier page's
+    bridge_.leave_page(); // the callbacks belonged to the previous page
     has_page_ = true;
     own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
     document_ = own_load_;
     reach_->show(content_, own_load_);
     loading_ = false;
     wanted_.clear();
-    const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit refuses no bytes
+    const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit rejects empty data
     const std::shared_ptr<GBytes> bytes(g_bytes_new(page.data(), page.size()), g_bytes_unref);
     begin_load(
         [this, bytes] { webkit_web_view_load_bytes(view_, bytes.get(), "text/html", "UTF-8", own_load_.c_str()); });
@@ -395,7 +395,7 @@ void WebKitEngine::go_forward()
 
 void WebKitEngine::reload()
 {
-    // What never came stands in no history that could be gone through again.
+    // A page that never arrived is not in the history.
     if (!wanted_.empty())
         load_address(NSURL::URLWithString(wanted_));
     else if (has_page_ && waiting_ == 0)
@@ -466,7 +466,7 @@ PageState WebKitEngine::page_state() const
 
 void WebKitEngine::state_changed()
 {
-    // Inside a call of the engine's own nothing else has changed than what that call asked for.
+    // During a call of the engine's own, only the requested change has happened, so the event is posted.
     if (asking_)
         platform_.loop().post([self = self_] {
             if (WebKitEngine* engine = *self)
@@ -484,7 +484,7 @@ void WebKitEngine::refuse(const char* what, const std::string& detail)
 void WebKitEngine::load_changed(int event)
 {
     if (event == WEBKIT_LOAD_STARTED && kind_ == PageKind::Creative && own_load_.empty()) {
-        // What was allowed as a move within the page turned out to replace it: a frameset has no fragments.
+        // An allowed move within the page turned out to replace it: a frameset has no fragments.
         refuse("navigation", webkit_web_view_get_uri(view_));
         webkit_web_view_stop_loading(view_);
         return;
@@ -496,7 +496,7 @@ void WebKitEngine::load_changed(int event)
         report(News::Started);
     }
     if (event == WEBKIT_LOAD_COMMITTED && !wanted_.empty() && is_blank_address(webkit_web_view_get_uri(view_))) {
-        // So ends an address whose port is not the web's, without a word.
+        // WebKit reports a blocked port in this way, without an error.
         loading_ = false;
         return report(News::Failed, "the address is not to be had");
     }
@@ -542,7 +542,7 @@ NSURL WebKitEngine::current_address() const
 void WebKitEngine::process_ended(int reason)
 {
     if (kind_ == PageKind::Browsed && wanted_.empty())
-        wanted_ = page_state().address.absoluteString().text(); // a reload is to bring it back
+        wanted_ = page_state().address.absoluteString().text(); // so that a reload restores the page
     has_process_ = false;
     lost_process_ = true;
     has_page_ = false;

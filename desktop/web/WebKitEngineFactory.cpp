@@ -41,7 +41,7 @@ void serve_library(WebKitURISchemeRequest* request, void*)
         g_memory_input_stream_new_from_data(source.data(), static_cast<gssize>(source.size()), nullptr);
     WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(stream, static_cast<gint64>(source.size()));
     webkit_uri_scheme_response_set_content_type(response, "text/javascript; charset=utf-8");
-    // For pages that name the library with a crossorigin attribute.
+    // For pages that load the library with a crossorigin attribute (Fetch, CORS protocol).
     SoupMessageHeaders* headers = soup_message_headers_new(SOUP_MESSAGE_HEADERS_RESPONSE);
     soup_message_headers_append(headers, "Access-Control-Allow-Origin", "*");
     webkit_uri_scheme_response_set_http_headers(response, headers);
@@ -50,7 +50,7 @@ void serve_library(WebKitURISchemeRequest* request, void*)
     g_object_unref(stream);
 }
 
-/// Stands where no page can be shown. The ad goes on without one.
+/// Replaces the engine if no page can be shown. The ad continues without pages.
 class NoPage : public WebEngine
 {
 public:
@@ -102,7 +102,7 @@ private:
 WebKitEngineFactory::WebKitEngineFactory(Platform& platform, const PageLimits& limits)
     : platform_(platform), limits_(limits), watch_(std::make_shared<PageWatch>(limits))
 {
-    // Their results are wanted a little later.
+    // Started early: their results are needed when the first page is created.
     try_launch(WebProcess::Network, LaunchCounts);
     try_launch(WebProcess::Page, LaunchCounts);
 }
@@ -133,7 +133,7 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
     if (!sandbox_has_room())
         throw std::runtime_error("pages can't be locked away: the folder " + std::string(g_get_user_runtime_dir()) +
                                  " is full");
-    // The session below starts its process.
+    // The session below starts the network process.
     if (const std::string reason = try_launch(WebProcess::Network, LaunchCounts).get(); !reason.empty())
         throw std::runtime_error("pages can't be shown here: " + reason);
     if (!guard_) {
@@ -146,7 +146,7 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
         WebKitEngine::refuse_downloads(family.session);
     }
     family.reach = guard_network(kind, family.session);
-    // The second line: WebKit looks only when the page's script leaves it the time.
+    // Second line of defence: WebKit only checks when the page's script gives it time.
     WebKitMemoryPressureSettings* pressure = webkit_memory_pressure_settings_new();
     webkit_memory_pressure_settings_set_memory_limit(
         pressure, static_cast<guint>(std::clamp(limits_.memory, 1.0, static_cast<double>(G_MAXINT / 1024))));
@@ -165,8 +165,8 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
     }
 }
 
-/// Pages reach the network through a proxy of ours. Where the system has one, that resolves names, and ours could not
-/// see what they lead to.
+/// Pages reach the network through our own proxy. Not if the system has a proxy: that would resolve the names, and ours
+/// could not check the addresses.
 std::shared_ptr<PageReach> WebKitEngineFactory::guard_network(PageKind kind, WebKitNetworkSession* session)
 {
     std::unique_ptr<PageProxy> proxy;

@@ -6,7 +6,7 @@
 
 #include <string_view>
 
-// Where a page wants to go, and what may come of it.
+// Navigation policy.
 
 namespace qoro
 {
@@ -17,8 +17,8 @@ namespace
 constexpr int LinkFollowed = 0;
 constexpr int OtherNavigation = 5;
 
-/// Whether the engine shows what stands under an address at all. Anything else (a telephone number, a mail, a file) is
-/// at most a hint for the listener.
+/// Whether the engine can show an address at all. For any other scheme (tel, mailto, file) the listener is only
+/// notified.
 bool is_loadable(const char* address)
 {
     return is_web_address(address) || is_blank_address(address) || g_str_has_prefix(address, "data:") ||
@@ -34,12 +34,12 @@ bool WebKitEngine::listener_allows(const char* address, int navigation_type)
     return allowed;
 }
 
-/// Whether a page only moves within itself, to another of its fragments: nothing is loaded then (HTML, fragment
-/// navigations). Anything else would replace it, by what its server sends now, by nothing, or by another page. A
-/// frame's own blank page cannot be told from that, and loses nothing: it is there without being asked for.
+/// Whether a page only moves to another of its fragments, which loads nothing (HTML Standard, fragment navigations).
+/// Any other navigation would replace the page. A frame's own blank page is indistinguishable from this, and harmless,
+/// because it needs no request.
 bool WebKitEngine::moves_within(WebKitNavigationAction* action, const std::string& address) const
 {
-    const char* shown = webkit_web_view_get_uri(view_); // as the page's script calls it
+    const char* shown = webkit_web_view_get_uri(view_); // the address that the page's script may have changed
     WebKitURIRequest* request = webkit_navigation_action_get_request(action);
     const std::size_t fragment = address.find('#');
     const std::string_view here(shown ? shown : "");
@@ -49,8 +49,8 @@ bool WebKitEngine::moves_within(WebKitNavigationAction* action, const std::strin
            webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_RELOAD;
 }
 
-/// Where a creative wants to go: the listener hears of it, but for a blank page, and nothing is loaded whatever it
-/// says.
+/// Decides a navigation of a creative. The listener is notified, except of blank pages; nothing is loaded whatever it
+/// returns.
 bool WebKitEngine::may_move(WebKitNavigationAction* action, const std::string& address, bool link)
 {
     const std::shared_ptr<WebKitEngine*> self = self_;
@@ -64,8 +64,8 @@ bool WebKitEngine::may_move(WebKitNavigationAction* action, const std::string& a
     return allowed && within;
 }
 
-/// What cannot be shown would become a download. Of a creative nothing comes as a page but the document that the engine
-/// itself loads: neither for itself nor for its frames.
+/// WebKit would download what it cannot show. A creative may load no document other than the one that the engine itself
+/// loads, neither for itself nor for its frames.
 bool WebKitEngine::may_be_shown(WebKitResponsePolicyDecision* decision)
 {
     const char* address = webkit_uri_request_get_uri(webkit_response_policy_decision_get_request(decision));
@@ -88,12 +88,13 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     WebKitNavigationAction* action =
         webkit_navigation_policy_decision_get_navigation_action(WEBKIT_NAVIGATION_POLICY_DECISION(decision));
     const std::string address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
-    // A link of a browser's page may lead to another program, so a script's click on it is none.
+    // In the browser a link may open another program, so a click by a script does not count as one.
     const bool link = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED &&
                       (kind_ == PageKind::Creative || webkit_navigation_action_is_user_gesture(action));
 
     if (type == WEBKIT_POLICY_DECISION_TYPE_NEW_WINDOW_ACTION) {
-        // No windows. A link that the viewer followed into one is a link all the same, and shown in place if it may.
+        // No windows. If the viewer followed a link that opens one, it counts as a link, and is shown in the same view
+        // if allowed.
         if (!link || !webkit_navigation_action_is_user_gesture(action)) {
             refuse("window", address);
             return false;
@@ -111,7 +112,7 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
         }
         return false;
     }
-    // The page before may ask for something at the very moment: the address tells.
+    // The previous page may navigate at the same moment, so the address identifies the engine's own load.
     if (!link && address == own_load_)
         return true;
     const bool redirect = webkit_navigation_action_is_redirect(action) && !wanted_.empty();

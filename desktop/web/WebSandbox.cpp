@@ -14,7 +14,7 @@ namespace qoro
 bool sandbox_works()
 {
     const char* proxy[] = {"xdg-dbus-proxy", "--version", nullptr};
-    // The locks that WebKit uses. A container that withholds one of them fails here.
+    // The isolation that WebKit uses. This fails in a container that prohibits any of it.
     const char* shut_away[] = {"bwrap",
                                "--die-with-parent",
                                "--unshare-pid",

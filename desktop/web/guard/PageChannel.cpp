@@ -12,7 +12,7 @@ namespace
 {
 
 constexpr const char* channel_key = "qoro-channel";
-/// Bytes of an address or a reason that are reported.
+/// Maximum bytes of a reported address or reason.
 constexpr std::size_t LongestDetail = 1000;
 
 double now()
@@ -20,7 +20,7 @@ double now()
     return static_cast<double>(g_get_monotonic_time()) * 1e-6;
 }
 
-/// The beginning of a text, valid in UTF-8.
+/// The beginning of a text, converted to valid UTF-8.
 std::string beginning_of(const std::string& text)
 {
     char* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(std::min(text.size(), LongestDetail)));
@@ -31,7 +31,7 @@ std::string beginning_of(const std::string& text)
 
 } // namespace
 
-/// A message that is on its way, and the page's function that gets the answer.
+/// A pending message, with the page's function that receives the answer.
 struct PageChannel::Call {
     explicit Call(JSCValue* function) : answered(JSC_VALUE(g_object_ref(function))) {}
     ~Call() { g_object_unref(answered); }
@@ -48,7 +48,7 @@ struct PageChannel::Call {
         JSCValue* nothing = jsc_value_function_callv(answered, 2, texts);
         for (JSCValue* value : {nothing, texts[0], texts[1]})
             g_object_unref(value);
-        jsc_context_clear_exception(context); // an exception of the page's function ends here
+        jsc_context_clear_exception(context); // ignore exceptions of the page's function
         g_object_unref(context);
     }
 
@@ -68,7 +68,7 @@ PageChannel& PageChannel::of(WebKitWebPage* page)
 
 void PageChannel::give_to(JSCContext* context)
 {
-    // The function keeps the page, and so the channel.
+    // The function holds a reference to the page, which owns the channel.
     JSCValue* bridge = jsc_value_new_function(
         context, "qoroBridge",
         G_CALLBACK(+[](JSCValue* text, JSCValue* answered, WebKitWebPage* page) { post(text, answered, &of(page)); }),
@@ -99,7 +99,7 @@ void PageChannel::post(JSCValue* text, JSCValue* answered, PageChannel* channel)
     auto call = std::make_unique<Call>(answered);
     if (const char* objection = channel->objection(message)) {
         channel->refuse("message", objection);
-        // Not within the call: a page's own recursion ends at the page's own stack, and not at this one.
+        // Not called directly: a recursion of the page would overflow this thread's stack instead of the script's.
         g_idle_add_full(
             G_PRIORITY_DEFAULT,
             [](void* refused) -> gboolean {

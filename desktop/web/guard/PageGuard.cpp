@@ -7,15 +7,15 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-// Runs within the page's process, where every request of a page passes before it is sent, redirects included: what the
-// program outside could not see. What it refuses it tells the page's web view.
+// Runs in the page's process, where every request of a page can be checked before it is sent, including redirects that
+// the host program does not see. Refused requests are reported to the page's web view.
 
 namespace
 {
 
 /// Whether the guarded pages are creatives.
 bool has_bridge = false;
-/// The innermost zone that every page reaches.
+/// The innermost zone that every page may reach.
 qoro::NetworkZone open = qoro::NetworkZone::Public;
 
 void tell(WebKitWebPage* page, const char* address)
@@ -44,8 +44,8 @@ void file_failed(const char* address, WebKitWebPage* page)
     tell(page, address);
 }
 
-/// A file is refused by WebKit itself, before there is a request: the element that asked for it says so, but for
-/// frames, which are looked at as they come.
+/// WebKit itself refuses local files before there is a request. The element concerned emits an error event; frames do
+/// not, so they are checked when they are added or changed.
 constexpr const char* watch_files = R"(
     const tellOf = address => {
         if (typeof address === 'string' && address.startsWith('file:'))
@@ -64,7 +64,7 @@ constexpr const char* watch_files = R"(
     }).observe(document, { subtree: true, childList: true, attributes: true, attributeFilter: ['src'] });
 )";
 
-/// In a world of its own: the page shares its elements with it, and nothing else.
+/// Runs in a separate script world, which shares nothing with the page but its elements.
 void window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
 {
     JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
@@ -83,8 +83,8 @@ void wanted_by_script(const char* address, WebKitWebPage* page)
         tell(page, address);
 }
 
-/// WebKit refuses scripts a file, and its filter refuses them sockets, and neither says so. (Those of a page's workers
-/// are refused in silence, and so is a page that wants to be replaced by a file.)
+/// Local files and WebSockets requested by scripts are refused by WebKit and its content filter without a report, so
+/// this script reports them. (Requests of workers, and navigations to a file, are refused without a report.)
 constexpr const char* watch_scripts = R"(told => {
     const { apply, construct } = Reflect;
     const isFile = address => address.slice(0, 5).toLowerCase() === 'file:';
@@ -111,7 +111,7 @@ constexpr const char* watch_scripts = R"(told => {
     });
 })";
 
-/// In the page's own world.
+/// Runs in the page's own script world.
 void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
 {
     JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
@@ -126,7 +126,7 @@ void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFr
     g_object_unref(context);
 }
 
-/// Whoever asks learns that the thread of the page's script is free to answer.
+/// The reply proves that the thread of the page's script is responsive.
 gboolean asked(WebKitWebPage*, WebKitUserMessage* message, void*)
 {
     webkit_user_message_send_reply(message, webkit_user_message_new(qoro::guard_question, nullptr));
