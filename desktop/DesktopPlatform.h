@@ -28,6 +28,7 @@ namespace qoro
 class DesktopPlatform final : public Platform
 {
 public:
+    /// Settings of the platform.
     struct Options {
         DesktopDeviceOptions device = {};
         /// Whether the output volume is the machine's; if false, it is that of this program's own sound streams.
@@ -51,6 +52,7 @@ public:
     };
 
     explicit DesktopPlatform(const Options& options);
+    /// Ends all events, destroys shared objects, and waits for pending requests (last_requests_seconds).
     ~DesktopPlatform() override;
 
     GlibLoop& loop() override { return loop_; }

@@ -36,6 +36,7 @@ public:
 
     /// Runs until quit() is called.
     void run();
+    /// Ends run() after the current event.
     void quit();
     /// Runs until a condition holds. The condition is evaluated after each iteration of the loop.
     /// @param seconds maximum time to wait

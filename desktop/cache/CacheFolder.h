@@ -32,6 +32,7 @@ public:
     static CacheFolder make(const std::string& path);
 
     const std::string& path() const { return path_; }
+    /// Names of all entries, including "." and "..".
     std::vector<std::string> names() const;
 
     /// Waits for the folder's lock.
@@ -41,6 +42,7 @@ public:
 
     /// @return empty if there is no such regular file, or it cannot be read
     Descriptor open_file(const std::string& name) const;
+    /// @return zeros if the metadata cannot be read
     static Facts facts(const Descriptor& file);
     /// Time of the last modification; absent if there is no such regular file.
     std::optional<std::int64_t> touched(const std::string& name) const;
@@ -54,6 +56,7 @@ public:
     Descriptor create(const std::string& name) const;
     /// Replaces a small file atomically: readers see either the old text or the new one.
     void write(const std::string& name, std::string_view text) const;
+    /// Renames a file and replaces an existing one atomically.
     void rename(const std::string& from, const std::string& to) const;
     /// Succeeds if there is no such file. Folders are left alone.
     void remove(const std::string& name) const;

@@ -23,6 +23,7 @@ public:
             close(number_);
     }
 
+    /// Whether it refers to an open file.
     explicit operator bool() const { return number_ >= 0; }
     int number() const { return number_; }
 

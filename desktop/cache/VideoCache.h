@@ -40,6 +40,7 @@ struct CachedVideo {
 class VideoCache final : public VideoCacheStore
 {
 public:
+    /// Settings of a cache.
     struct Options {
         /// Created when the first video is stored.
         std::string folder = default_folder();
@@ -55,6 +56,7 @@ public:
 
     explicit VideoCache(Options options);
 
+    /// Absolute path.
     const std::string& folder() const { return options_.folder; }
     std::uint64_t most_bytes() const { return options_.most_bytes; }
 
@@ -65,6 +67,7 @@ public:
     /// @throws std::system_error if the folder cannot be read
     std::vector<CachedVideo> videos() const;
 
+    /// Number and total bytes of the removed copies.
     struct Removed {
         std::size_t videos = 0;
         std::uint64_t bytes = 0;

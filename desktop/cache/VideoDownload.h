@@ -14,12 +14,14 @@ class VideoCache;
 class VideoDownload
 {
 public:
+    /// Time limits of a download.
     struct Limits {
         /// Seconds without data after which a download fails.
         unsigned silent_seconds = 15;
         /// Maximum seconds for a whole video.
         double all_seconds = 600;
     };
+    /// Outcome of a download.
     struct Result {
         /// In words; empty if the cache now has a copy.
         std::string error = {};

@@ -53,6 +53,7 @@ public:
     /// is finished with it.
     void open_and_wait(const NSURL& address, std::function<void()> done) override;
 
+    /// UIInterfaceOrientations to which the host rotates automatically.
     const std::vector<std::int64_t>& autorotates() const { return options_.autorotates; }
 
     /// Rotates the device: its orientation changes, then the status bar's if the host permits that interface

@@ -15,6 +15,7 @@ public:
     explicit GdkDecodedImage(GdkTexture* texture) : texture_(texture) {}
     ~GdkDecodedImage() override;
 
+    /// Owned by the image.
     GdkTexture* texture() const { return texture_; }
     /// Pixels.
     int width() const;

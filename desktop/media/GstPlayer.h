@@ -24,6 +24,7 @@ class Mailbox;
 class GstPlayer : public PlayerEngine, public PictureSource, private Pipeline::Listener
 {
 public:
+    /// Settings of a player.
     struct Options {
         /// Receives the reason of a failure, before the listener is notified. May be empty.
         std::function<void(const std::string& reason)> on_failure;

@@ -16,6 +16,7 @@ namespace qoro
 class Pipeline
 {
 public:
+    /// What to open, and how.
     struct Opening {
         /// Path of a file, or http or https address.
         std::string location;

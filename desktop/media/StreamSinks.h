@@ -25,6 +25,7 @@ public:
     /// Links a decoded stream to a new sink, unless its kind already has one.
     /// @return false if GStreamer lacks a required element
     bool add(GstBin* pipeline, GstPad* pad);
+    /// Whether any stream has a sink.
     bool has_any() const { return picture_ || sound_; }
     /// Whether a picture or sound has arrived since the start or the last seek.
     bool got_any() const { return got_any_; }

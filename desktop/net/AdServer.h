@@ -39,6 +39,7 @@ struct AdServerHit {
 class AdServer
 {
 public:
+    /// Path of the kit's script library.
     static constexpr const char* ScriptPath = "/qoro-player.js";
 
     using OnHit = std::function<void(const AdServerHit&)>;
@@ -50,6 +51,7 @@ public:
 
     /// Whether the server listens; if not, error() holds the reason.
     bool listens() const;
+    /// Why the server does not listen, in words; empty if it does.
     const std::string& error() const;
     /// "http://127.0.0.1:41234", without a trailing slash. Empty if the server does not listen.
     std::string base() const;

@@ -24,6 +24,7 @@ struct HttpAnswer {
     std::string version;
 };
 
+/// Extracts the facts of an answer.
 /// @param headers as received; they may contain anything
 HttpAnswer read_answer(unsigned status, SoupMessageHeaders* headers);
 

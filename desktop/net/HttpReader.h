@@ -23,6 +23,7 @@ namespace qoro
 class HttpReader
 {
 public:
+    /// Limits that bound the effort for one file.
     struct Limits {
         /// Seconds without data after which a connection times out.
         unsigned silent_seconds = 10;
@@ -33,6 +34,7 @@ public:
         /// Maximum size of the file in bytes; a larger file is refused.
         std::uint64_t size = std::numeric_limits<std::uint64_t>::max();
     };
+    /// Result of a read: data, end of file, stop() was called, or an error (see error()).
     enum class Outcome { Bytes, End, Stopped, Failed };
 
     /// @param address http or https
@@ -57,6 +59,7 @@ public:
     /// Aborts the current read. It and all further ones return Stopped until resume() is called. Any thread may call
     /// this.
     void stop();
+    /// Permits reading after stop(). Any thread may call this.
     void resume();
 
 private:

@@ -23,6 +23,7 @@ public:
     ServedFile& operator=(ServedFile&&) = delete;
     ~ServedFile();
 
+    /// Bytes of the file when it was opened.
     std::int64_t size() const { return size_; }
     /// Reads into a buffer.
     /// @return number of bytes read; less than `length` only at the end of the file or after an error

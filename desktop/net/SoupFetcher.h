@@ -30,6 +30,7 @@ namespace qoro
 class SoupFetcher : public Fetcher
 {
 public:
+    /// Time, size and concurrency limits.
     struct Limits {
         /// Seconds from sending a fetch to the end of its body.
         double background_seconds = 10;

@@ -16,7 +16,9 @@ struct HeldScreen {
 
     /// Size of the rotated screen's bounding box.
     CGSize extents() const;
+    /// Converts a point of the screen to window points.
     CGPoint to_window(CGPoint on_screen) const;
+    /// Converts a point of the window to screen points.
     CGPoint to_screen(CGPoint in_window) const;
 };
 

@@ -60,6 +60,7 @@ public:
     /// The window was minimised (true) or restored (false). May be empty.
     std::function<void(bool iconified)> on_iconified;
 
+    /// Null once the viewer has closed the window.
     GtkWindow* window() const { return window_; }
 
 private:

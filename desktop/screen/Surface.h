@@ -11,10 +11,12 @@ class SurfaceOwner
 {
 public:
     virtual ~SurfaceOwner() = default;
+    /// Preferred size in window points.
     virtual int natural_width() const = 0;
     virtual int natural_height() const = 0;
     /// The surface has a new size; places all children.
     virtual void allocate(int width, int height) = 0;
+    /// Draws the surface with its children.
     virtual void draw(GtkSnapshot* snapshot) = 0;
     /// Whether the surface handles input at a point; otherwise the child at that point does.
     virtual bool keeps(double x, double y) const = 0;

@@ -1,6 +1,6 @@
-# Writes a C++ source whose function gives a file's bytes:
+# Generates a C++ source whose function returns a file's bytes:
 #   cmake -D INPUT=… -D OUTPUT=… -D HEADER=… -D FUNCTION=… -P EmbedFile.cmake
-# As bytes, because a string literal may not be as long as a library.
+# An array of bytes, because compilers limit the length of string literals.
 file(READ ${INPUT} bytes HEX)
 string(REGEX REPLACE "([0-9a-f][0-9a-f])" "0x\\1," bytes "${bytes}")
 string(REGEX REPLACE "((0x[0-9a-f][0-9a-f],){20})" "\\1\n    " bytes "${bytes}")

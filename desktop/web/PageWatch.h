@@ -33,6 +33,7 @@ struct PageLimits {
 class PageWatch
 {
 public:
+    /// Identifies a registered page; 0 for none.
     using Page = std::uint64_t;
 
     explicit PageWatch(const PageLimits& limits);
