@@ -11,8 +11,8 @@ namespace qoro
 enum class WebProcess { Network, Page };
 
 /// Tests in the background whether a process of the web engine can currently start on this machine. The process is run
-/// as WebKit runs it, with pages in the sandbox, until it reports that it is running, and is then killed. Without this
-/// test, WebKit would terminate the whole program if the process did not start.
+/// as WebKit runs it, in the sandbox unless that is disabled, until it reports that it is running, and is then killed.
+/// Without this test, WebKit would terminate the whole program if the process did not start.
 ///
 /// Any thread may call this. Only one trial of a kind runs at a time; calls in the meantime share its result.
 /// @param max_age seconds for which the result of an earlier successful trial is reused
