@@ -9,20 +9,20 @@
 namespace qoro
 {
 
-/// Where a view sits on the screen. 0 = not said.
+/// Where a view sits on the screen; 0 when the ad leaves it open.
 enum ViewPosition : std::int32_t { TOP = 1, BOTTOM = 2, RIGHT = 3, LEFT = 4, MIDDLE = 5, FULL = 6 };
 
-/// What an arrangement shows. 0 = the ad has no such arrangement.
+/// What an arrangement shows; 0 when the ad lacks that arrangement.
 enum VideoAdMode : std::int32_t { ONLY_VIDEO = 1, VIDEO_AND_WEBVIEW = 2 };
 
 enum VideoAdType : std::int32_t { VIDEO = 1, VIDEO_BANNER = 2, VIDEO_EX = 3 };
 
 enum CloseButtonSize : std::int32_t { SMALL = 1, BIG = 2 };
 
-/// The description of one video ad: where the video lies, how it is laid out, which controls it shows, when it may be
-/// closed, and which addresses are fetched for which event. The kit fills it; the controller keeps one reference and
-/// reads each property at the moment of use, so that a change takes effect at the next reading. What is absent is a
-/// null text, a null list or a zero. Addresses are texts as received.
+/// The description of one video ad: its addresses, layout, controls, closing rules and trackers. The kit fills it. The
+/// controller holds one reference and reads each property when it uses it, so a change takes effect at the next read.
+/// Absent values are null (texts, lists, dictionaries) or zero. Addresses are unparsed texts. Properties marked
+/// "carried" are stored for the kit; the controller never reads them.
 class QoroVideoAd : public Object
 {
 public:
@@ -35,13 +35,14 @@ public:
     VideoAdMode portraitModeType{};
     VideoAdMode landscapeModeType{};
 
-    /// Seconds before the close button appears.
+    /// Playing time in seconds before the close button appears.
     std::int32_t iCloseBtnCountdown = 0;
-    /// Seconds from the player's start after which the close button appears anyway; negative: never.
+    /// The close button appears anyway one second later than this many seconds after the player's start; negative means
+    /// never.
     std::int32_t iBufferingSufferTime = 0;
-    /// Not 0: the countdown is visible while it runs.
+    /// Nonzero shows the countdown while it runs.
     std::int32_t iShowProgressWheel = 0;
-    /// Seconds between two time-based progress reports; 3 when not positive.
+    /// Seconds between two heartbeats; 3 when not positive.
     float fTrackingInterval = 0;
     float fPortraitWebViewHeightPercent = 0; // carried
     float fPortraitLogoHeightPercent = 0;    // carried
@@ -56,18 +57,18 @@ public:
 
     // -------------------------------------------------------------------------------------- addresses and identifiers
 
-    /// The hidden image that repeated mute taps reveal.
+    /// The hidden image, which repeated mute toggles reveal.
     NSString strMIUrl;
-    /// The store's product; present: a store page belongs to the ad.
+    /// The product in the store; when present, the ad shows its store page.
     NSString strStoreId;
     NSString strVideoUrl;
-    /// The creative's page.
+    /// Address of the creative's page.
     NSString strWebViewUrl;
     NSString strCampaignId;
     NSString strProviderId;
     NSString strAdProviderId;
     NSString strLogoWebViewUrl; // carried
-    /// The heartbeat's address, for ads without milestone addresses.
+    /// Address of the heartbeat, for ads without milestone trackers.
     NSString strVideoTrackingUrl;
     NSString strCountdownText;        // carried
     bool bIsDefaultVideoMode = false; // carried, read-only
@@ -75,10 +76,10 @@ public:
 
     // ---------------------------------------------------------------------------------------- behaviour and controls
 
-    /// One dictionary for each call-to-action button.
+    /// One dictionary per call-to-action button.
     NSArray arrayButtonsInfo;
     UIDeviceOrientation launchOrientation{};
-    /// A decimal ARGB number.
+    /// Decimal ARGB number.
     NSString strBackgroundColor;
     bool bIsAutoClose = false;
     bool bIsEndedCloseBtn = false;
@@ -86,7 +87,7 @@ public:
     bool bShowReplayBtn = false; // carried
     NSString strBrandIconUrl;
     NSString strBrandText;
-    /// On close, the parent ad controller closes too.
+    /// Closing the ad also closes the parent ad controller.
     bool bNeedCloseParent = false;
 
     // ----------------------------------------------------------------------------------------------- tracking lists
@@ -97,12 +98,12 @@ public:
     NSArray arrayMuteTrackingUrls;
     NSArray arrayUnmuteTrackingUrls;
     NSArray arrayCloseTrackingUrls;
-    /// Whole seconds at which the video pauses by itself; 0 is none. Absent and empty differ: an empty list keeps the
-    /// fine tick.
+    /// Whole seconds at which the video pauses automatically; 0 is ignored. An empty list still makes the playback tick
+    /// fine (0.1 s); a null one leaves it at 1 s.
     NSArray arrayPrePauseLocations;
     /// Milestone ("start", "firstQuartile", "midpoint", "thirdQuartile", "complete") → list of addresses.
     NSDictionary dicTrackingUrls;
-    /// Whole seconds as text → list of addresses; entries leave it as they are sent.
+    /// Whole seconds as text → list of addresses; the controller removes an entry when it sends it.
     NSMutableDictionary dicProgressTrackingUrls;
 
     // -------------------------------------------------------------------------------------------------------- flags
@@ -117,7 +118,7 @@ public:
     bool bIsAutoStart = false;
     bool bIsUseVideoCache = false;
 
-    // -------------------------------------------------------------------------- what the controller itself changes
+    // -------------------------------------------------------------------------------- written by the controller
 
     void setPortraitModeType(VideoAdMode mode) { portraitModeType = mode; }
     void setBIsWebViewInFront(bool inFront) { bIsWebViewInFront = inFront; }

@@ -101,7 +101,7 @@ QoroVideoWebViewController* QoroVideoWebViewController::init()
     changeModeOrientation = UIDeviceOrientationUnknown;
 
     btnClickListener = UIButton::create();
-    // Sized for the landscape video: the screen's height is the width.
+    // Landscape size: the screen's height becomes the width.
     btnClickListener.setFrame({0, 0, fScreenHeight, fScreenWidth});
     btnClickListener.addTarget(
         action<&QoroVideoWebViewController::setControllerBarHiddenState>(this, "setControllerBarHiddenState"));
@@ -151,7 +151,7 @@ QoroVideoWebViewController* QoroVideoWebViewController::init()
 
 QoroVideoWebViewController::~QoroVideoWebViewController()
 {
-    // Whoever lets go last may do so outside any event.
+    // The last reference may be released outside an event, when no platform is current.
     const PlatformScope scope(platform());
     NSNotificationCenter::defaultCenter().removeObserver(this);
     if (qoroInAppWebViewController)
@@ -208,7 +208,7 @@ void QoroVideoWebViewController::closeAction()
     sendEventToJS("onhide", nullptr);
     QoroAdManager::sharedInstance().removeExtraView(this);
 
-    // The button was serving as the one that hides the video; the script has been told "onhide" all the same.
+    // The button serves to hide the video. "onhide" has been sent all the same.
     if (checkVideoNeedToHide() && ad().portraitVideoPos != FULL && ad().bShowHideVideoBtn) {
         setVideoInvisible();
         return;
@@ -256,7 +256,7 @@ void QoroVideoWebViewController::MRAIDClose()
 AdFacts QoroVideoWebViewController::facts() const
 {
     const QoroVideoAd& shown = ad();
-    // With the page in front there is no button that could show how far the countdown has come.
+    // With the page in front the button is removed, so the countdown itself decides.
     const bool countedDown =
         shown.bIsEndedCloseBtn ? bIsPlayFinish : shown.iCloseBtnCountdown >= 0 && iCountdownCount <= 0;
     const bool inFront = shown.bIsWebViewInFront && !btnClose;
@@ -297,7 +297,6 @@ void QoroVideoWebViewController::removeBtnClose()
         ad().bShowHideVideoBtn && !qoroMoviePlayer.view().isHidden() && ad().landscapeModeType == VIDEO_AND_WEBVIEW;
     if (landscapeArrangement && hidesVideo)
         return;
-    // Off the screen but kept: a later layout adds it again.
     btnClose.removeFromSuperview();
 }
 
@@ -323,7 +322,7 @@ const QoroVideoAd& QoroVideoWebViewController::ad() const
     if (!absentAd_) {
         absentAd_ = std::make_unique<QoroVideoAd>();
     } else {
-        // Emptied in place: what was written to it is lost, and references to it stay good.
+        // Rebuild it in place: discards what was written and keeps existing references valid.
         std::destroy_at(absentAd_.get());
         std::construct_at(absentAd_.get());
     }

@@ -3,7 +3,7 @@
 namespace qoro
 {
 
-/// Takes each view off the screen and clears its field, in the order in which they are given.
+/// Removes each view from its parent and sets its field to null, in argument order.
 template <typename... Views>
 void removeAndRelease(Views&... fields)
 {

@@ -5,7 +5,7 @@
 namespace qoro
 {
 
-/// The reference that others hold an object by, to hand the object around from inside it.
+/// A typed shared_from_this(). Throws std::bad_weak_ptr for an object that no shared_ptr owns.
 template <typename T>
 std::shared_ptr<T> sharedFrom(T* object)
 {

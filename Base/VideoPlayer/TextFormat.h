@@ -7,7 +7,7 @@
 namespace qoro
 {
 
-/// What "%@" writes for a text: a null one is "(null)".
+/// The text as "%@" formats it: "(null)" for null.
 inline std::string objectText(const NSString& text)
 {
     return text ? text.text() : "(null)";

@@ -8,7 +8,8 @@
 namespace qoro
 {
 
-/// A compiled-in picture, decoded anew from exactly the array's bytes; it knows its name.
+/// Decodes a compiled-in picture from the whole array, on every call. The array's name becomes the picture's
+/// accessibility identifier.
 template <std::size_t Count>
 UIImage embeddedImage(const unsigned char (&bytes)[Count])
 {

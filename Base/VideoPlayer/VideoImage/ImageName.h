@@ -5,7 +5,7 @@
 namespace qoro
 {
 
-/// The name of the compiled-in picture whose bytes begin here; empty when it is none of them.
+/// Name of the compiled-in picture that starts at this address; empty for any other address.
 std::string_view embeddedImageName(const unsigned char* bytes);
 
 } // namespace qoro

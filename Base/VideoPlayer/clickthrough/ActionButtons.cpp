@@ -16,7 +16,7 @@ constexpr std::size_t MostButtons = 2;
 bool deviceSupports(const NSDictionary& button)
 {
     const NSString action = button["action"].string();
-    // The number as it came, unlike a tap, which makes a "tel:" address of it.
+    // Checks the unchanged value; checkLaunchType turns it into a "tel:" address.
     if (action.isEqualToString("place_call"))
         return UIApplication::sharedApplication().canOpenURL(
             NSURL::URLWithString(button["data"].dictionary()["tel"].string()));
@@ -25,7 +25,7 @@ bool deviceSupports(const NSDictionary& button)
     return true;
 }
 
-/// Those with a title that can work on this device.
+/// The buttons that have a title and work on this device.
 std::vector<NSDictionary> usableButtons(const NSArray& buttons)
 {
     std::vector<NSDictionary> usable;
@@ -76,7 +76,7 @@ void QoroVideoWebViewController::doButtonTwoAction()
 
 void QoroVideoWebViewController::setAbilityButtonImage(const UIButton& button, const NSString& fromUrl)
 {
-    // Nothing that can be fetched or decoded clears the picture.
+    // A failed fetch or an undecodable picture clears the background.
     button.setBackgroundImage(
         UIImage::imageWithData(dataWithContentsOfURL(NSURL::URLWithString(fromUrl), FetchPurpose::ButtonImage)));
 }

@@ -8,9 +8,9 @@ namespace qoro
 
 namespace
 {
-/// Mute toggles after which the image is fetched.
+/// The mute toggle that fetches the image.
 constexpr std::int64_t FetchAt = 3;
-/// Mute toggles after which it is shown.
+/// The mute toggle that reveals it.
 constexpr std::int64_t ShowAt = 8;
 } // namespace
 
@@ -37,7 +37,7 @@ void QoroVideoWebViewController::_prepareMI()
                                           });
     }
     if (miWatchDog >= ShowAt) {
-        // Without its address nothing is counted any more.
+        // Clearing the address ends the counting.
         ad().setStrMIUrl(nullptr);
         isShowMI = true;
         checkVideoSize();

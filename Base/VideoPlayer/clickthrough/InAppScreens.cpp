@@ -44,7 +44,7 @@ void QoroVideoWebViewController::closeInAppApplication()
     timerCheckDeviceOrientation = nullptr;
     QoroPhoneGapViewController::closeInAppApplication();
     setBDoButtonAction(false);
-    // The field, not the property: that one keeps saying that a message was sent.
+    // The field, not the property: the property stays true once a message screen was opened.
     bIsOpenInAppApplication = false;
     checkVideoSize();
 }

@@ -6,7 +6,7 @@ namespace qoro
 
 namespace
 {
-/// Decimal ARGB of the in-app browser's background: dark grey, 0xCC202020.
+/// Default background of the in-app browser, decimal ARGB: dark grey, 0xCC202020.
 constexpr const char* DefaultBrowserColor = "3424657440";
 } // namespace
 
@@ -35,7 +35,7 @@ void QoroVideoWebViewController::checkLaunchType(const NSDictionary& info)
         const NSString number = formatPhoneNumber(data["tel"].string());
         const NSString body = stringByReplacingPercentEscapes(data["b"].string());
         getOpenInAppApplicationController()->sendSmsMsg(number, body);
-        // A message may carry an address to open as well.
+        // No return: a message record may also name an address to open.
     } else if (action.isEqualToString("place_call")) {
         const NSURL call = NSURL::URLWithString(formatPhoneNumber(data["tel"].string()));
         if (UIApplication::sharedApplication().canOpenURL(call)) {
@@ -46,7 +46,7 @@ void QoroVideoWebViewController::checkLaunchType(const NSDictionary& info)
         }
         return;
     } else if (action.isEqualToString("open_store")) {
-        // The click-through goes on until the store sheet ends.
+        // The click-through stays under way until closeInAppApplication.
         qoroMoviePlayer.pause();
         getOpenInAppApplicationController()->open_store(appAddress, info["id"].intValue());
         return;
@@ -75,7 +75,6 @@ void QoroVideoWebViewController::checkLaunchType(const NSDictionary& info)
 
 void QoroVideoWebViewController::openOutAppAction(const NSString& url, bool /*openWithBrowser*/)
 {
-    // With or without a browser, the system chooses.
     if (url.length() == 0)
         return;
     const NSURL address = NSURL::URLWithString(url);

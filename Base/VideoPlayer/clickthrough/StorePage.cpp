@@ -23,7 +23,7 @@ void QoroVideoWebViewController::createAppStoreViewWithStoreId(const NSString& s
         appStoreWindow.setBackgroundColor(UIColor::whiteColor());
         appStoreWindow.setWindowLevel(UIWindowLevelStatusBar + 1.0);
     }
-    // Held by the window alone.
+    // Only the window owns the page.
     const auto page = QoroAppStoreMockViewController::initWithStoreId(storeId, CampaignId, ProviderId, AdProviderId);
     appStoreWindow.setRootViewController(page);
     page->setDelegate(sharedFrom(this));

@@ -96,7 +96,7 @@ void QoroVideoWebViewController::setButtonPosition()
     viewBottomBackground.setFrame({0, down - side, across, side});
     imgTopBackgroundColor.setFrame({0, 0, across, side});
     imgBottomBackgroundColor.setFrame({0, 0, across, side});
-    // The scale button at the right end of the bottom bar, mute to its left.
+    // The scale button is at the right end of the bottom bar, mute to its left.
     btnMute.setFrame({btnScreenScale.isHidden() ? across - side : across - 2 * side, 0, side, side});
     btnScreenScale.setFrame({across - side, 0, side, side});
 
@@ -122,7 +122,7 @@ void QoroVideoWebViewController::setButtonPosition()
         !ad().bIsWebViewInFront)
         btnReturnToVideo.setHidden(false);
 
-    // A full-screen portrait video that is seen sideways: its long edge runs along the area's height.
+    // A full-screen portrait video seen sideways: its long edge is the area's height.
     if (ad().portraitVideoPos == FULL && !bIsLockOneSideAndIsPortrait &&
         (bIsLockOneSide || isLandscape(currentOrientation))) {
         const CGRect top = viewTopBackground.frame();

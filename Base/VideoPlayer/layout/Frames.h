@@ -9,22 +9,22 @@
 #include <cstdint>
 #include <optional>
 
-// The arithmetic of the layouts, over plain values: points throughout. The controller's sizes are single precision,
-// frames double.
+// Layout arithmetic on plain values. All lengths are points. The controller's sizes are single precision, frames are
+// double precision.
 
 namespace qoro
 {
 
-/// What texts over the video are measured in.
+/// Box in which texts over the video are measured.
 inline constexpr CGSize TextBox{296.0, 9999.0};
 
-/// What a screen with a sensor housing and a home indicator keeps free.
+/// Space that a sensor housing and a home indicator occupy.
 struct ScreenInsets {
     double top = 0;
     double bottom = 0;
 };
 
-/// Only screens of exactly 812 points have insets.
+/// Insets of a screen: only a height of exactly 812 points has any. Absent means no screen.
 inline ScreenInsets screenInsets(const std::optional<CGSize>& mainScreen)
 {
     if (mainScreen && mainScreen->height == 812.0)
@@ -32,15 +32,15 @@ inline ScreenInsets screenInsets(const std::optional<CGSize>& mainScreen)
     return {};
 }
 
-/// The brand icon at the top left: a square of whole points, a share of the screen's short edge.
-/// @param divisor what share: 7 in the landscape layout, 9 in the portrait one
+/// Frame of the brand icon at the top left: a square, truncated to whole points.
+/// @param divisor of the screen's short edge: 7 in the landscape layout, 9 in the portrait one
 inline CGRect brandIconFrame(float screenWidth, float screenHeight, double divisor)
 {
     const double side = truncated(std::min(screenHeight, screenWidth) / divisor);
     return {51.0, 0.0, side, side};
 }
 
-/// The middle of a view of the given extents, in its own coordinates.
+/// Centre of a view with this frame, in the view's own coordinates.
 inline CGPoint middleOf(const CGRect& frame)
 {
     return {frame.width * 0.5, frame.height * 0.5};
@@ -48,14 +48,13 @@ inline CGPoint middleOf(const CGRect& frame)
 
 // ------------------------------------------------------------------------------------------------- portrait layout
 
-/// The video band's height: the video's aspect ratio across the screen. A video width of 0 makes it infinite or not a
-/// number.
+/// Height of the video band: the screen's width at the video's aspect ratio. Infinite or NaN for a video width of 0.
 inline float bandHeight(float screenWidth, float videoWidth, float videoHeight)
 {
     return videoHeight * (screenWidth / videoWidth);
 }
 
-/// What the web view's place follows from.
+/// Input of webViewFrame.
 struct WebViewSurroundings {
     bool portraitNow = false;
     ViewPosition videoPosition{};
@@ -68,6 +67,7 @@ struct WebViewSurroundings {
     double playerBottom = 0;
 };
 
+/// Frame of the web view: the space that the video leaves in portrait, the video's size in landscape.
 inline CGRect webViewFrame(const WebViewSurroundings& around)
 {
     double y = around.insets.top;
@@ -95,41 +95,42 @@ inline CGRect webViewFrame(const WebViewSurroundings& around)
 
 // ----------------------------------------------------------------------------------------------------- button bar
 
-/// The side of the square buttons and the height of the bottom bar.
+/// Side of the square buttons, and height of the bottom bar.
 inline double controlSize(bool portraitNow)
 {
     return portraitNow ? 50.0 : 44.0;
 }
 
-/// What the area of the video on the screen follows from.
+/// Input of videoArea.
 struct AreaConditions {
     bool lockOneSide = false;
     bool lockOneSideAndIsLandscape = false;
     bool moreThaniOS8 = false;
     bool portraitNow = false;
     bool fullScreen = false;
-    /// The device's at the start of the last layout.
+    /// UIDeviceOrientation at the start of the last layout.
     std::int64_t orientation = 0;
     ViewPosition videoPosition{};
     /// The video's own size; only its aspect ratio counts.
     float videoWidth = 0;
     float videoHeight = 0;
-    /// The screen as it is turned now.
+    /// The screen in its current orientation.
     float screenWidth = 0;
     float screenHeight = 0;
 };
 
-/// The extents across and down the video, as the viewer sees it.
+/// Width and height of the video as the viewer sees it.
 struct VideoArea {
     float across = 0;
     float down = 0;
     friend bool operator==(const VideoArea&, const VideoArea&) = default;
 };
 
+/// The part of the screen that the video and its control bars occupy.
 inline VideoArea videoArea(const AreaConditions& now)
 {
     const VideoArea upright{now.screenWidth, now.screenHeight};
-    // Landscape content on a device that stands upright is turned, so the extents change places.
+    // Landscape content on an upright device is rotated, which swaps width and height.
     const VideoArea turned{now.screenHeight, now.screenWidth};
     const float shortEdge = std::min(now.screenWidth, now.screenHeight);
 
@@ -156,7 +157,7 @@ inline float brandTextX(float screenWidth, float screenHeight)
     return std::max(screenWidth, screenHeight) / 7.0F + 25.0F;
 }
 
-/// A title's measure, rounded up to whole points.
+/// Measured size of a title, rounded up to whole points.
 struct TitleSize {
     float width = 0;
     float height = 0;
@@ -167,16 +168,16 @@ inline TitleSize wholePoints(CGSize measured)
     return {std::ceil(static_cast<float>(measured.width)), std::ceil(static_cast<float>(measured.height))};
 }
 
-/// The action buttons, in the panel's coordinates, and their panel.
+/// Frames of the action buttons, in the panel's coordinates, and of their panel.
 struct ActionPanel {
     CGRect buttonOne;
-    /// Nothing of meaning for a single button.
+    /// Unspecified for a single button.
     CGRect buttonTwo;
     CGRect panel;
 };
 
-/// A panel of titled buttons, one below the other at the right end of the video's area.
-/// @param titleTwo the second title's measure; absent for a single button
+/// Panel of titled buttons, stacked at the right edge of the video's area.
+/// @param titleTwo measured size of the second title; absent for a single button
 inline ActionPanel titledPanel(CGSize titleOne, const std::optional<CGSize>& titleTwo, double areaWidth)
 {
     const auto [textWidth, height] = wholePoints(titleOne);
@@ -188,12 +189,13 @@ inline ActionPanel titledPanel(CGSize titleOne, const std::optional<CGSize>& tit
     if (titleTwo) {
         const double widthTwo = wholePoints(*titleTwo).width + 10.0F;
         double x = width - widthTwo;
-        // The title as measured decides, not the button's width: a button a little wider sticks out to the left.
+        // Compares the unrounded title with the first button. A second button that is only slightly wider therefore
+        // extends beyond the panel's left edge.
         if (titleTwo->width > width) {
             panelWidth = widthTwo;
             x = 0;
         }
-        // The second button takes the first one's height.
+        // Both buttons have the first one's height.
         buttonTwo = {x, buttonOneY + height + 13.0, widthTwo, height};
         panelHeight = 2.0F * height + 20.0F;
     }
@@ -202,15 +204,16 @@ inline ActionPanel titledPanel(CGSize titleOne, const std::optional<CGSize>& tit
             {areaWidth - panelWidth - 8.0, 3.0, panelWidth, panelHeight}};
 }
 
-/// The panel of buttons that are pictures; it stands off the left edge, not the right one.
-/// @param buttonOne the first button's extents
+/// Panel of picture buttons; its offset is from the left edge, not from the right one.
+/// @param buttonOne size of the first button
+/// @param side see controlSize
 inline CGRect picturePanel(CGSize buttonOne, bool twoButtons, double side)
 {
     return {side + 10.0, 0, buttonOne.width + 10.0, twoButtons ? 2 * buttonOne.height + 15.0 : buttonOne.height + 10.0};
 }
 
-/// The panel over a full-screen portrait video that is seen sideways.
-/// @param longEdge the extent that the picture's long edge runs along
+/// Panel over a full-screen portrait video that is seen sideways.
+/// @param longEdge length of the video's long edge
 inline CGRect sidewaysPanel(CGSize titleOne, double longEdge)
 {
     const TitleSize title = wholePoints(titleOne);

@@ -11,13 +11,13 @@ namespace
 
 constexpr double BrandIconDivisor = 7.0;
 
-/// The turn of landscape content in an upright interface.
+/// Rotation of landscape content in an upright interface, in radians.
 double turnForDevice(std::int64_t orientation)
 {
     return orientation == UIDeviceOrientationLandscapeRight ? -QuarterTurn : QuarterTurn;
 }
 
-/// The turn of landscape content in an interface that is landscape already.
+/// Rotation of landscape content in an interface that is landscape already, in radians.
 double turnForLockedHost(std::int64_t statusBar, bool enteredLandscapeLeft)
 {
     return (statusBar == UIInterfaceOrientationLandscapeLeft) != enteredLandscapeLeft ? HalfTurn : 0;
@@ -33,7 +33,7 @@ void QoroVideoWebViewController::setLandscapeFullScreenVideo()
     bIsVideoOrientationLandscape = true;
     btnBrandIcon.setFrame(brandIconFrame(fScreenWidth, fScreenHeight, BrandIconDivisor));
     labelBrandText.setHidden(false);
-    // The screen's extents are those of the upright device: its height is the landscape width.
+    // The screen is measured upright: its height is the landscape width.
     btnClickListener.setFrame({0, 0, fScreenHeight, fScreenWidth});
     fVideoHeight = fScreenHeight;
     fVideoWidth = fScreenWidth;
@@ -72,7 +72,7 @@ void QoroVideoWebViewController::setLandscapeFullScreenVideo()
         }
         windowTempWindow.addSubview(view());
         windowTempWindow.addSubview(qoroMoviePlayer.view());
-        // A square on the short edge, instead of the landscape extents above.
+        // A square on the screen's width replaces the landscape size above.
         btnClickListener.setFrame({0, 0, fScreenWidth, fScreenWidth});
         miImageView.setTransform(turn);
         windowTempWindow.addSubview(miImageView);

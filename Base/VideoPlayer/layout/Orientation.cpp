@@ -5,7 +5,7 @@ namespace qoro
 
 namespace
 {
-/// How long the device has to reach the orientation that the layout expects.
+/// Time for the device to reach the orientation that the layout expects.
 constexpr double CheckDeviceOrientationSeconds = 5.0;
 } // namespace
 
@@ -17,7 +17,7 @@ void QoroVideoWebViewController::checkVideoSize()
     const std::int64_t device = getDeviceOriengation();
     const std::int64_t statusBar = UIApplication::sharedApplication().statusBarOrientation();
 
-    // The host is locked to landscape while the device is held upright.
+    // An upright device with a landscape status bar: the host is locked to landscape.
     if (device == UIDeviceOrientationPortrait && isLandscape(statusBar) && fScreenWidth > fScreenHeight) {
         bIsLockOneSide = true;
         bIsLockOneSideAndIsLandscape = true;
@@ -26,7 +26,7 @@ void QoroVideoWebViewController::checkVideoSize()
     const bool landscapeWanted = ad().launchOrientation == UIDeviceOrientationLandscapeLeft ||
                                  (isLandscape(device) && ad().landscapeModeType != 0) || ad().portraitModeType == 0;
     const bool heldToLandscape = bIsLockOneSide && isLandscape(statusBar);
-    // A full-screen portrait video fills the screen either way.
+    // A full-screen portrait video uses the portrait layout in every orientation.
     if ((!landscapeWanted && !heldToLandscape) || ad().portraitVideoPos == FULL)
         setPortraitModeScreen();
     else
@@ -38,7 +38,7 @@ void QoroVideoWebViewController::checkVideoSize()
 
 void QoroVideoWebViewController::checkScreenRotateEvent()
 {
-    // A store page turns the status bar by itself.
+    // A store page also turns the status bar.
     if (!ad().strStoreId)
         checkVideoSize();
 }
@@ -62,7 +62,7 @@ void QoroVideoWebViewController::checkIsDeviceOrientationEqualVideoOrientation()
         checkVideoSize();
         return;
     }
-    // Either landscape side will do; upside down does not stand for upright.
+    // Either landscape side is accepted; upside down does not count as upright.
     const bool otherLandscapeSide =
         device == UIDeviceOrientationLandscapeRight && changeModeOrientation == UIDeviceOrientationLandscapeLeft;
     if (device == changeModeOrientation || otherLandscapeSide)
@@ -73,7 +73,6 @@ void QoroVideoWebViewController::checkIsDeviceOrientationEqualVideoOrientation()
 
 bool QoroVideoWebViewController::checkCanOrientation() const
 {
-    // Asked of the arrangement that the device would turn to; landscape right can't.
     switch (getDeviceOriengation()) {
     case UIDeviceOrientationLandscapeLeft:
         return ad().portraitModeType != 0;

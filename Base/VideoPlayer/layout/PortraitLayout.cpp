@@ -24,7 +24,7 @@ void QoroVideoWebViewController::setPortraitModeScreen()
     const ViewPosition position = ad().portraitVideoPos;
     if (position != FULL) {
         setVideoVisible();
-        // A band can be seen, whatever came of the rule for showing.
+        // A band is always visible, even where setVideoVisible declines.
         if (qoroMoviePlayer.view().isHidden())
             qoroMoviePlayer.view().setHidden(false);
     }
@@ -63,7 +63,7 @@ void QoroVideoWebViewController::setPortraitModeScreen()
     const std::int64_t device = getDeviceOriengation();
     if (position == FULL) {
         qoroMoviePlayer.setFullscreen(true);
-        // The host is locked to landscape: the full-screen video is turned back upright.
+        // The host is locked to landscape: rotate the full-screen video back upright.
         if (!bIsLockOneSideAndIsPortrait && bIsMoreThaniOS8 && bIsLockOneSide) {
             const CGAffineTransform turn =
                 CGAffineTransformMakeRotation(device == UIDeviceOrientationLandscapeRight ? QuarterTurn : -QuarterTurn);
@@ -83,7 +83,7 @@ void QoroVideoWebViewController::setPortraitModeScreen()
         handleWebViewInFront();
     updateRemainderTime();
 
-    // Below each other: whichever is the lower follows the upper one's frame.
+    // Place the upper one first: the lower one's frame depends on it.
     if (position == TOP) {
         setVideoViewFrame();
         setWebViewSize();
@@ -102,7 +102,7 @@ void QoroVideoWebViewController::setPortraitModeScreen()
 
 void QoroVideoWebViewController::setVideoViewFrame()
 {
-    // Once placed, the band stays where it is.
+    // Placed once; later layouts keep the position.
     if (fPortraitModeVideoPosY < 0) {
         switch (ad().portraitVideoPos) {
         case MIDDLE:
@@ -117,7 +117,7 @@ void QoroVideoWebViewController::setVideoViewFrame()
     }
     playerViewController.view().setFrame({0, fPortraitModeVideoPosY, fVideoWidth, fVideoHeight});
 
-    // The store page takes everything below the video.
+    // The store page fills the space below the video.
     if (QoroAdManager::bIsiPhone() && appStoreWindow) {
         const double y = CGRectGetMaxY(playerViewController.view().frame());
         appStoreWindow.setFrame({0, y, fScreenWidth, fScreenHeight - y});

@@ -9,7 +9,7 @@ namespace
 
 constexpr double SpinnerSize = 40.0;
 
-/// Where a spinner begins that is centred in an extent, in whole points.
+/// Offset that centres the spinner in a length, truncated to whole points.
 int spinnerStart(float extent)
 {
     return truncated((extent - SpinnerSize) * 0.5);
@@ -43,7 +43,7 @@ void QoroVideoWebViewController::setVideoInvisible()
             btnReturnToVideo.setHidden(false);
         bHideVideoToShowWebViewInLandscapeMode = true;
     }
-    // Showing asks for the portrait mode too; hiding does not.
+    // Unlike setVideoVisible, this does not check portraitModeType.
     if (ad().portraitVideoPos == FULL)
         bHideVideoToShowWebViewInPortraitMode = true;
     qoroMoviePlayer.view().setHidden(true);

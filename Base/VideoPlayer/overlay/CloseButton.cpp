@@ -47,7 +47,7 @@ void QoroVideoWebViewController::addVideoCloseButton()
     const bool portraitArrangement =
         bIsPortraitNow && !(ad().portraitModeType == ONLY_VIDEO && currentOrientation == UIDeviceOrientationPortrait);
     UIView parent = player.isHidden() ? webView() : player;
-    // Beside a band that is not at the top, the page holds the screen's top left corner.
+    // With a band that is not at the top, the page holds the screen's top left corner.
     if (portraitArrangement && position != FULL)
         parent = position == TOP ? player : webView();
     parent.addSubview(btnClose);
@@ -89,7 +89,6 @@ void QoroVideoWebViewController::showCloseButton()
 
 void QoroVideoWebViewController::showCloseButtonWhenBufferingTimeOut()
 {
-    // Counted from the player's start, whether or not it buffers.
     if (iBufferingSufferTime < 1) {
         btnClose.setHidden(false);
         stopTimerWith(timerBufferSufferTime);

@@ -5,7 +5,7 @@ namespace qoro
 
 namespace
 {
-/// How long the bars stay without a touch.
+/// Time without a touch after which the bars hide.
 constexpr double HideControlSeconds = 3.0;
 } // namespace
 
@@ -13,7 +13,7 @@ void QoroVideoWebViewController::setControlBottonInVisible(bool hidden)
 {
     viewBottomBackground.setHidden(hidden);
     viewTopBackground.setHidden(hidden);
-    // After the end only the replay button is offered.
+    // After the end only the replay button is shown.
     btnPlayAndPause.setHidden(bIsPlayFinish || hidden);
     bIsHideControlbutton = hidden;
 }

@@ -12,15 +12,14 @@ namespace qoro
 namespace
 {
 
-/// Fine enough to hit the pre-pause locations promptly.
+// Seconds between ticks; the short one pauses promptly at pre-pause locations.
 constexpr double PrePauseTick = 0.1;
 constexpr double PlainTick = 1.0;
 
 constexpr double LabelLeft = 10.0;
 constexpr double LabelAboveBottom = 10.5;
 
-/// The player's timers, in the order in which they are stopped. The buffering watchdog and the loaded timer are none of
-/// them.
+/// The timers that stopUpdateTimer stops, in order. The buffering watchdog and the loaded timer are excluded.
 constexpr std::array PlayingTimers{
     &QoroVideoWebViewController::timerCheckDeviceOrientation, &QoroVideoWebViewController::timerUpdateRemainderTime,
     &QoroVideoWebViewController::timerCloseBtnCountdown,      &QoroVideoWebViewController::timerCheckVideoPlay,
@@ -49,7 +48,7 @@ void QoroVideoWebViewController::updateRemainderTime()
 
     if (bIsPlay) {
         sendEventToJS("video_timeupdate", NSDictionary{{"current_time", std::to_string(played)}});
-        // Back from another application: the video goes on where it stood.
+        // Back from another application: continue at the last pause.
         if (qoroMoviePlayerStatus == QoroMoviePlayerStatusResuming)
             setVideoSeekToTime(fVideoStopTime);
         for (const Value& entry : ad().arrayPrePauseLocations) {
@@ -61,7 +60,7 @@ void QoroVideoWebViewController::updateRemainderTime()
         }
     }
 
-    // The edge that the label stands on.
+    // Bottom edge of the video, which the label is placed above.
     const CGRect player = qoroMoviePlayer.view().frame();
     const CGSize screen = getCurrnetScreenSize();
     const std::int64_t orientation = getDeviceOriengation();
@@ -80,10 +79,10 @@ void QoroVideoWebViewController::updateRemainderTime()
     labelRemainderTime.setText(remainingTimeText(fTotalTime, played, bIsPlayFinish));
     labelRemainderTime.sizeToFit();
     const CGSize text = sizeWithFont(labelRemainderTime.text(), labelRemainderTime.font(), TextBox);
-    // Single precision, as the controller's sizes are.
+    // Rounded to single precision, like the controller's sizes.
     const double edge = static_cast<float>(bottom);
     labelRemainderTime.setFrame({LabelLeft, edge - text.height - LabelAboveBottom, text.width, text.height});
-    // On top of everything else on the video.
+    // Adding it again moves it in front of everything else on the video.
     labelRemainderTime.removeFromSuperview();
     qoroMoviePlayer.view().addSubview(labelRemainderTime);
 }

@@ -11,7 +11,7 @@ namespace qoro
 namespace
 {
 
-/// A number as "%02d" writes it: the sign counts as a place.
+/// A number as "%02d" formats it: the sign counts towards the width.
 std::string twoPlaces(std::int32_t number)
 {
     const std::string digits = std::to_string(number);

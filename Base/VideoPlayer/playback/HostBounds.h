@@ -7,7 +7,7 @@
 namespace qoro
 {
 
-/// The bounds of the host's root view; all zero without one.
+/// Bounds of the host's root view, in points; all zero for null.
 inline CGRect hostBounds(const std::shared_ptr<UIViewController>& root)
 {
     if (!root)

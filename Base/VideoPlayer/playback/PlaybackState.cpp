@@ -10,8 +10,8 @@ namespace qoro
 namespace
 {
 
-/// Whether a video that last paused at a time was watched to its end: up to one second past the end counts, anything
-/// before it does not.
+/// Whether a video whose last pause was at stopTime was watched to its end: true from the end to one second past it,
+/// false before the end. Times in seconds.
 bool watchedToEnd(float stopTime, float totalTime)
 {
     float past = stopTime - totalTime;
@@ -53,7 +53,7 @@ void QoroVideoWebViewController::movieStateChange(const NSNotification&)
 
 void QoroVideoWebViewController::moviePlays()
 {
-    // The first play, a replay, a return to the app and a seek are no resumption.
+    // The first play, a replay, a return to the app and a seek do not count as a resume.
     if (qoroMoviePlayerStatus != QoroMoviePlayerStatusResuming &&
         qoroMoviePlayerStatus != QoroMoviePlayerStatusSeeking && !bIsPlayFinish && bIsInitVideoBeginStep)
         sendTrackingUrls(ad().arrayResumeTrackingUrls);
@@ -101,7 +101,7 @@ void QoroVideoWebViewController::moviePauses()
     fVideoStopTime = static_cast<float>(qoroMoviePlayer.currentPlaybackTime());
     btnPlayAndPause.setBackgroundImage(embeddedImage(arrayVideoPlayButton));
     bIsPlay = false;
-    // A player at its very end reports a pause too, which is the viewer's no more than a seek's is.
+    // The player also reports a pause at its end and during a seek; neither is the viewer's.
     if (qoroMoviePlayer.duration() != qoroMoviePlayer.currentPlaybackTime() &&
         qoroMoviePlayerStatus != QoroMoviePlayerStatusSeeking &&
         qoroMoviePlayerStatus != QoroMoviePlayerStatusTerminating)
@@ -110,7 +110,7 @@ void QoroVideoWebViewController::moviePauses()
         changeMoviePlayerStatus(QoroMoviePlayerStatusNone);
     if (qoroMoviePlayer.duration() == qoroMoviePlayer.currentPlaybackTime())
         changeMoviePlayerStatus(QoroMoviePlayerStatusFinishedVideo);
-    // A phone's store page was made once, at the player's start.
+    // On a phone play_video has created the store page.
     if (ad().strStoreId && !QoroAdManager::bIsiPhone())
         createAppStoreViewWithStoreId(ad().strStoreId, ad().strCampaignId, ad().strProviderId, ad().strAdProviderId);
     stopTimerWith(timerCloseBtnCountdown);
@@ -192,7 +192,7 @@ void QoroVideoWebViewController::changeVideoStateToLoaded()
     if (bIsLoaded)
         return;
     bIsLoaded = true;
-    // The first toggle applies the ad's own wish.
+    // bIsMute is inverted until here: this toggle applies the ad's initial setting.
     setMute();
     changeVideoState(VideoLoaded);
 }

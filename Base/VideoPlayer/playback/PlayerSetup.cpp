@@ -11,7 +11,7 @@ namespace qoro
 namespace
 {
 
-/// The tall screen, by its height in points, exactly.
+/// Height of the tall screen in points; compared exactly.
 constexpr double tallScreenHeight = 812;
 
 NSURL contentAddress(const NSString& url, bool fromCache)
@@ -24,7 +24,7 @@ NSURL contentAddress(const NSString& url, bool fromCache)
 
 struct PlayerNotification {
     std::string_view name;
-    /// Only the current player's; else any sender's.
+    /// Restricts the subscription to the current player; otherwise any sender matches.
     bool ofCurrentPlayer;
     Action (*handler)(QoroVideoWebViewController*);
 };
@@ -66,7 +66,7 @@ void QoroVideoWebViewController::play_video(const NSString& url)
             ad().setPortraitModeType(ONLY_VIDEO);
             ad().setBIsHideFullPortraitVideoAtEnd(false);
         }
-        // With a landscape arrangement alone, hiding the video at its end stays as the ad wants it.
+        // A landscape-only ad keeps its own setting for hiding the video at the end.
         if (ad().portraitModeType != 0 || ad().landscapeModeType == 0)
             ad().setBIsHideLandscapeVideoAtEnd(false);
         ad().setBIsWebViewInFront(false);
@@ -90,7 +90,7 @@ void QoroVideoWebViewController::play_video(const NSString& url)
         initSendTrackingState();
         changeVideoState(VideoLoading);
         bIsLoaded = false;
-        // So that "loaded" comes even when the player never reports a playable load state.
+        // Sends "loaded" even if the player never reports a playable load state.
         stopTimerWith(timerVideoLoaded);
         timerVideoLoaded = NSTimer::scheduledTimerWithTimeInterval(
             1.5, action<&QoroVideoWebViewController::changeVideoStateToLoaded>(this, "changeVideoStateToLoaded"),
@@ -107,7 +107,7 @@ void QoroVideoWebViewController::play_video(const NSString& url)
             volumeSlider = slider;
         musicPlayer = MPMusicPlayerController::applicationMusicPlayer();
         fDefaultVolume = AVAudioSession::outputVolume();
-        // Inverted: the toggle at load time applies it.
+        // Inverted: changeVideoStateToLoaded toggles it.
         if (ad().bIsDefaultMute)
             bIsMute = false;
 
@@ -143,7 +143,7 @@ void QoroVideoWebViewController::play_video(const NSString& url)
         setButtonBarToScreen(false);
         if (ad().portraitModeType != 0 && ad().landscapeModeType != 0)
             bOnlyOneSideVideo = false;
-        // On other devices the store page is made at each pause.
+        // On other devices each pause creates the store page.
         if (ad().strStoreId && QoroAdManager::bIsiPhone())
             createAppStoreViewWithStoreId(ad().strStoreId, ad().strCampaignId, ad().strProviderId,
                                           ad().strAdProviderId);

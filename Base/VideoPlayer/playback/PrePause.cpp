@@ -34,7 +34,7 @@ void QoroVideoWebViewController::cancelPrePauseLocations()
 {
     clearPrePauseStatus();
     ad().setArrayPrePauseLocations(nullptr);
-    // Empty, not absent: the fine tick stays.
+    // Empty, not null: keeps the 0.1 s tick.
     ad().setArrayPrePauseLocations(NSArray(std::vector<Value>{}));
 }
 

@@ -7,7 +7,7 @@ namespace qoro
 namespace
 {
 
-/// Whether a value can be read as a number at all; one of another kind counts as absent.
+/// Whether a value converts to a number; any other type counts as absent.
 bool holdsNumber(const Value& value)
 {
     return value.is_number() || value.is_string();
@@ -21,7 +21,7 @@ void QoroVideoWebViewController::videoReplay(const UIButton& sender)
         initSendTrackingState();
         changeMoviePlayerStatus(QoroMoviePlayerStatusNone);
     }
-    // A replay that nobody asked for by the button counts for nothing.
+    // Only a tap on the replay button sends the replay trackers.
     if (sender && sender == btnReplay) {
         for (const Value& url : ad().arrayReplayTrackingUrls) {
             if (url.string().length() > 0 && !bPlayNextVideo)
@@ -53,7 +53,7 @@ void QoroVideoWebViewController::playNextVideo(const NSDictionary& record)
     bUseVASTTracking = ad().dicTrackingUrls.count() > 0;
     if (holdsNumber(record["auto_close"]))
         ad().setBIsAutoClose(record["auto_close"].intValue() != 0);
-    // Without a list of its own, the next video has no buttons.
+    // A record without a list removes the buttons.
     ad().setArrayButtonsInfo(record["btns"].array());
     addActionButton();
     if (holdsNumber(record["tracking_interval"]))

@@ -30,7 +30,7 @@ std::string totalTime(const Ad& ad)
     return ad.fTotalTime > 0 ? fixed_text(ad.fTotalTime, 6) : "";
 }
 
-/// In the order of their replacement, each in what the ones before it have left.
+/// In replacement order; each also applies to the values that earlier macros inserted.
 constexpr Macro macros[] = {
     {"{CurrentTime}", currentTime},
     {"{TotalTime}", totalTime},

@@ -13,7 +13,7 @@ namespace
 
 struct Milestone {
     std::string_view name;
-    /// The share of the video from which on it is due.
+    /// Share of the video at which it becomes due.
     double from;
 };
 
@@ -24,7 +24,7 @@ constexpr Milestone milestones[] = {
     {"thirdQuartile", 0.75},
 };
 
-/// The share played, in single precision as the player's times are read; 0 while the duration or the time is unknown.
+/// Share of the video played, divided in single precision; 0 while the duration or the time is unknown.
 double playedShare(float time, float duration)
 {
     return duration > 0 && !std::isnan(time) ? static_cast<double>(time / duration) : 0.0;
@@ -51,7 +51,7 @@ void QoroVideoWebViewController::startTrackingInterval(float interval)
         timerSendTrackingToServer = NSTimer::scheduledTimerWithTimeInterval(
             1.0, action<&QoroVideoWebViewController::checkSendVideoTracking>(this, "checkSendVideoTracking"), true);
     } else {
-        // Not-a-number is no reason to fall back: such a timer never fires.
+        // NaN does not fall back to 3 s: such a timer never fires.
         const double period = interval <= 0 ? 3.0 : static_cast<double>(interval);
         timerSendTrackingToServer = NSTimer::scheduledTimerWithTimeInterval(
             period, action<&QoroVideoWebViewController::sendVideoTrackingToServer>(this, "sendVideoTrackingToServer"),

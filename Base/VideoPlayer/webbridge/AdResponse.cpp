@@ -27,7 +27,7 @@ void QoroVideoWebViewController::openInAppVideoView(const std::shared_ptr<QoroVi
     iCountdownCount = static_cast<float>(opened.iCloseBtnCountdown);
     iBufferingSufferTime = opened.iBufferingSufferTime;
     iShowProgressWheel = opened.iShowProgressWheel;
-    // Unclamped until the buttons are built.
+    // Unclamped until addActionButton runs.
     if (opened.arrayButtonsInfo)
         buttonPosMode = static_cast<ButtonPositionMode>(opened.arrayButtonsInfo.count());
     if (opened.strVideoUrl)
@@ -41,7 +41,7 @@ bool QoroVideoWebViewController::verifyWebUrlWithString(const NSString& url) con
 
 void QoroVideoWebViewController::loadWebView(const NSString& url)
 {
-    // The page must draw neither the kit's own close button nor its progress bar.
+    // Suppress the kit's own close button and progress bar on the page.
     bIsUseCustomClose = true;
     bIsUseProgressbar = false;
     constexpr auto superFailAdRequest = static_cast<void (QoroPhoneGapViewController::*)(const QoroAdRequest&)>(
@@ -55,7 +55,7 @@ void QoroVideoWebViewController::didAdRequester(const QoroAdRequest& request)
 {
     NSString page = NSString::with_utf8(request.respData.view());
     const NSRange head = rangeOfString(page, "<head>");
-    // A page that names the library but has no head is rejected by the replacement.
+    // Without a <head> the range is invalid, and the replacement throws.
     if (page.contains("mraid.js"))
         page = stringByReplacingCharactersInRange(page, head, headWithScriptLibrary(strMRAID2Expanded));
     strBaseUrl = request.strTargetURL;
@@ -102,7 +102,6 @@ void QoroVideoWebViewController::handleWebViewInFront()
     if (!(bIsLockOneSideAndIsLandscape && bIsMoreThaniOS8))
         playerViewController.view().setFrame(windowTempWindow.frame());
     windowTempWindow.bringSubviewToFront(view());
-    // btnScreenScale, btnReturnToVideo and labelRemainderTime stay.
     removeAndRelease(btnActionOne, btnActionTwo, btnClose, btnPlayAndPause, btnMute, imgTopBackgroundColor,
                      viewTopBackground, imgBottomBackgroundColor, viewButtonBackground, viewBottomBackground, btnReplay,
                      btnClickListener, btnBrandIcon, labelBrandText);

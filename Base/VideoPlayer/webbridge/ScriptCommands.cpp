@@ -15,10 +15,9 @@ using Arguments = const NSArray&;
 
 struct Command {
     std::string_view name;
-    /// How many arguments it cannot do without; superfluous ones are ignored.
+    /// Number of required arguments; surplus ones are ignored.
     std::size_t arguments;
-    /// Reads its arguments as the operation takes them (one of another kind is absent, or zero), and answers the
-    /// operation's result.
+    /// Converts the arguments (a wrong type reads as null or zero), calls the operation and returns its result.
     Value (*run)(Ad&, Arguments);
 };
 

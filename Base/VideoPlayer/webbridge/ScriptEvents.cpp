@@ -8,12 +8,12 @@ void QoroVideoWebViewController::addEventListener(const NSString& name, const Va
 {
     QoroPhoneGapViewController::addEventListener(name, EventId, successCallBack);
 
-    // A late listener is told where things stand.
+    // Send the current state again for a late listener.
     if (name.isEqualToString("video_loading") && videoState == VideoLoading)
         changeVideoState(VideoLoading);
     if (name.isEqualToString("video_loaded") && videoState == VideoLoaded)
         changeVideoStateToLoaded();
-    // Back to VideoPlay even when paused or ended: the listener learns that playback has started.
+    // Resets the state to VideoPlay even when paused or ended, so that the listener learns that playback has started.
     if (name.isEqualToString("video_play") && videoState >= VideoPlay)
         changeVideoState(VideoPlay);
     if (name.isEqualToString("video_volumechange") && videoState >= VideoPlay)
