@@ -35,8 +35,8 @@ enum QoroMoviePlayerStatus : std::int64_t {
 /// follows the device's rotation, reports progress to trackers, exchanges events and commands with the creative's
 /// script and carries out click-throughs. The operations are grouped by the file that implements them.
 ///
-/// Main thread only. Construct with create(), then call init(). The kit then sets the parent controller and calls
-/// openInAppVideoView. An operation that needs an object that is absent (no player, no ad) has no effect.
+/// Main thread only. Construct with create() and call init(); setParentViewController and openInAppVideoView follow, in
+/// this order. An operation that needs an object that is absent (no player, no ad) has no effect.
 class QoroVideoWebViewController : public QoroPhoneGapViewController, public QoroAppStoreMockViewControllerDelegate
 {
 public:
@@ -191,7 +191,8 @@ public:
     void moviePlayBackDidFinish(const NSNotification& notification);
     /// Sets the state and sends its event; any state but VideoLoading stops the "loaded" timer.
     void changeVideoState(VideoState state);
-    /// Reports the video as loaded, once per video: applies the ad's initial mute setting and sends "video_loaded".
+    /// Reports the video as loaded, once per play_video: applies the ad's initial mute setting and sends
+    /// "video_loaded".
     void changeVideoStateToLoaded();
     /// Sets qoroMoviePlayerStatus.
     void changeMoviePlayerStatus(QoroMoviePlayerStatus status);
@@ -520,7 +521,7 @@ public:
     float fVideoHeight = 0;
     /// Top of the portrait video, in points; −1 until it is placed.
     float fPortraitModeVideoPosY = 0;
-    /// UIDeviceOrientation that the last layout expects the device to reach; 0 (unknown) expects nothing.
+    /// UIDeviceOrientation that checkDeviceOrientation waits for; 0 (unknown) while it waits for nothing.
     std::int64_t changeModeOrientation = 0;
     /// UIDeviceOrientation at the start of the last layout.
     std::int64_t currentOrientation = 0;

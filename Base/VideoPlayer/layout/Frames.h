@@ -95,7 +95,7 @@ inline CGRect webViewFrame(const WebViewSurroundings& around)
 
 // ----------------------------------------------------------------------------------------------------- button bar
 
-/// Side of the square buttons, and height of the bottom bar.
+/// Length of a square button's side; the bottom bar is equally high.
 inline double controlSize(bool portraitNow)
 {
     return portraitNow ? 50.0 : 44.0;
