@@ -9,34 +9,36 @@
 namespace qoro
 {
 
-/// What is done with an address of an ad.
+/// How an address of an ad is used.
 enum class AdAddressUse {
-    /// Fetched or played, and shown.
+    /// Fetched or played, then shown.
     Content,
-    /// Fetched so that a server hears of it; may hold macros.
+    /// Requested to notify a server; may contain macros.
     Tracker,
-    /// Opened in a browser or handed to the system when the viewer asks for it; of any scheme.
+    /// Opened in a browser or passed to the system on a click-through; any scheme.
     Target,
 };
 
-/// Goes through every address of an ad; the entries "c" of tracking lists are none.
-/// @param visit gets the address's use, its JSON path ("/arrayCloseTrackingUrls/0") and its text, and gives the text
-///        that takes its place
+/// Visits every non-empty address of an ad and replaces it with the visitor's result. The "c" entries of tracking lists
+/// are not addresses and are skipped.
+/// @param visit receives the address's use, its JSON path ("/arrayCloseTrackingUrls/0") and its text; returns the
+///        replacement
 void rewrite_addresses(QoroVideoAd& ad,
                        const std::function<std::string(AdAddressUse, const std::string&, const std::string&)>& visit);
 
-/// The letters before an address's first colon; empty for an address without a scheme.
+/// The scheme of an address, without the colon (RFC 3986, section 3.1); empty for an address without one.
 std::string_view scheme_of_address(std::string_view address);
 
-/// Whether an address needs a server's address before it: one without a scheme ("clip.mp4", "/t/start?x", "?x").
+/// Whether an address is relative to a server: no scheme and no host ("clip.mp4", "/t/start?x", "?x").
 bool is_relative_address(std::string_view address);
 
-/// An address as it is on a server: a relative one with the server's before it, and what no address may hold (blanks,
-/// letters beyond ASCII) escaped; any other as it stands.
+/// Makes a relative address absolute on a server and percent-escapes what a URL must not contain (blanks, controls,
+/// non-ASCII bytes). Any other address is returned unchanged.
 /// @param server "http://127.0.0.1:41234"
 std::string address_on_server(std::string_view address, const std::string& server);
 
-/// The path of an address that address_on_server has made for a server; empty for any other address.
+/// The path of an address that address_on_server has built for the same server, without query and fragment; empty for
+/// any other address.
 std::string path_on_server(std::string_view address, const std::string& server);
 
 } // namespace qoro

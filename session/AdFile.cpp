@@ -31,7 +31,7 @@ using detail::Json;
 using detail::shown;
 using detail::under;
 
-/// A whole number of the given type; absent for any other value, and for one that the type does not hold.
+/// A whole number of the given type; absent for any other value, and for one out of the type's range.
 template <typename Number>
 std::optional<Number> whole_number(const Json& json)
 {
@@ -48,7 +48,7 @@ std::optional<Number> whole_number(const Json& json)
     return static_cast<Number>(number);
 }
 
-/// Reads one ad. Every complaint names the file and the place in it.
+/// Reads one ad. Every error names the file and the JSON path.
 class Reader
 {
 public:
@@ -69,7 +69,7 @@ private:
     {
         throw InputError(file_, path, expected + ", got " + shown(got));
     }
-    /// Where lenient, the value is absent.
+    /// Throws if strict; otherwise returns, and the value is absent.
     void wrong_type(const std::string& path, const std::string& expected, const Json& got) const
     {
         if (strict_)
@@ -224,7 +224,7 @@ bool is_fetchable(std::string_view address)
     return scheme.empty() || scheme == "http" || scheme == "https";
 }
 
-/// The portrait layout scales the video's band by its proportions, unless the video fills the screen.
+/// The portrait layout keeps the video's aspect ratio, unless the video fills the screen.
 bool divides_by_video_size(const QoroVideoAd& ad)
 {
     const bool has_portrait_layout =
@@ -258,7 +258,7 @@ void require_playable(const QoroVideoAd& ad, const std::string& file)
         require_positive(ad.fVideoWidth, "fVideoWidth", file);
         require_positive(ad.fVideoHeight, "fVideoHeight", file);
     }
-    // The walk puts back what it finds; a copy of the record takes that.
+    // rewrite_addresses() replaces list entries and assigns back, so it runs on a shallow copy of the ad.
     QoroVideoAd looked_at;
     std::ranges::for_each(AdProperties, [&](const AdProperty& property) {
         std::visit([&](auto member) { looked_at.*member = ad.*member; }, property.member);

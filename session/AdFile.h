@@ -9,29 +9,29 @@
 namespace qoro
 {
 
-/// What happens to a value that is not of its property's type. A name that is no property is always refused, and so is
-/// an enumerator's name that is none.
+/// How to treat a value that is not of its property's type. An unknown property name or enumerator name is an error in
+/// either mode.
 enum class AdTypes {
-    /// It is refused.
+    /// The value is an error.
     Strict,
-    /// It reads as absent, a number as the nearest whole one toward zero where that is wanted; what stands in lists and
-    /// mappings is taken as it is.
+    /// The value reads as absent; where a whole number is expected, a number is truncated toward zero. Entries of lists
+    /// and mappings are taken unchecked.
     Lenient,
 };
 
-/// Reads an ad: a JSON object with QoroVideoAd's properties under their own names, enumerations as numbers or names.
-/// What is left out, or null, is absent.
-/// @param file what to call it in an error
+/// Reads an ad: a JSON object of QoroVideoAd's properties by name, with enumerations as numbers or names. A missing or
+/// null property is absent.
+/// @param file name for error messages
 /// @throws InputError
 std::shared_ptr<QoroVideoAd> read_ad(std::string_view text, const std::string& file, AdTypes types);
 
-/// Refuses an ad that cannot be shown: a video without a positive size where the portrait layout divides by it, and an
-/// address that is neither relative nor http or https.
+/// Rejects an ad that cannot be shown: a video without a positive size where the portrait layout divides by it, or
+/// content or a tracker at an address that is neither relative nor http or https.
 /// @throws InputError
 void require_playable(const QoroVideoAd& ad, const std::string& file);
 
-/// Reads a file, strictly, that holds an ad to be shown.
-/// @param file its path; "-" for standard input
+/// Reads an ad from a file, strictly, and checks it with require_playable().
+/// @param file path; "-" for standard input
 /// @throws InputError
 std::shared_ptr<QoroVideoAd> read_ad_file(const std::string& file);
 

@@ -9,15 +9,15 @@
 namespace qoro
 {
 
-/// Who or what ended an ad.
+/// Why an ad ended.
 enum class AdEnd {
-    /// The viewer, by the ad's close button or by leaving its store page.
+    /// The viewer used the ad's close button or left its store page.
     Viewer,
-    /// The page's script.
+    /// The page's script closed it.
     Page,
-    /// The ad, as its video came to the end (bIsAutoClose).
+    /// The video ended (bIsAutoClose).
     Video,
-    /// The host (OpenedAd::close).
+    /// The host closed it (OpenedAd::close).
     Host,
     /// Nothing was ever shown.
     Failed,
@@ -26,38 +26,38 @@ enum class AdEnd {
 /// "closed by the viewer", "failed", …
 std::string_view words_for(AdEnd end);
 
-/// What became of one video.
+/// Playback of one video.
 struct PlayedVideo {
-    /// As the ad or its page names it, or the path of its local copy.
+    /// As the ad or its page names it, or the path of the cached copy.
     std::string address;
-    /// Seconds; absent when it never became known.
+    /// Seconds; absent when never known.
     std::optional<double> duration;
-    /// Seconds of it that ran before the viewer, repeats counted again, what was skipped left out.
+    /// Seconds of media played. Repeats count again; skipped parts do not.
     double played = 0;
-    /// Whether it came to its end, at least once.
+    /// Whether playback reached the end at least once.
     bool reached_end = false;
-    /// Why it failed last, in the player's words, empty where the player has none; absent when it did not fail. A video
-    /// that has failed may still have gone on.
+    /// The last playback error as the player reports it, empty if it gives no text; absent if playback never failed.
+    /// Playback may have continued after an error.
     std::optional<std::string> error;
 };
 
 /// How an ad ended.
 struct AdOutcome {
     AdEnd end{};
-    /// Why nothing was shown, one line; absent when something was.
+    /// Why nothing was shown, one line; absent when the ad was shown.
     std::optional<std::string> error;
-    /// Seconds from the opening to the end.
+    /// Seconds from opening to end.
     double lasted = 0;
-    /// In the order in which they were shown: the ad's own, then those that the page or a replay brought. A video that
-    /// is loaded anew counts as another one.
+    /// In the order shown: the ad's own video, then those loaded by the page or by a replay. Each load is a separate
+    /// entry.
     std::vector<PlayedVideo> videos;
-    /// Why the page is not there, or not any more; absent for one that is, and for an ad without a page.
+    /// Why the page failed to load, or stopped; absent when it has not failed, and for an ad without a page.
     std::optional<std::string> page_error;
-    /// How often a touch led the viewer elsewhere: to a page, a program, a message, a store, a calendar entry.
+    /// Number of touches that led elsewhere: to a page, a program, a message, a store or a calendar entry.
     std::size_t click_throughs = 0;
-    /// How often the ad sent the viewer out of the app.
+    /// Number of times the ad sent the viewer out of the app.
     std::size_t departures = 0;
-    /// Whether the kit was asked to count the impression.
+    /// Whether the impression was reported to the kit.
     bool impression_sent = false;
 };
 

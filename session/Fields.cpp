@@ -38,7 +38,7 @@ UIView own(const Controller& controller)
     return controller.*field;
 }
 
-// Where one view has two names, the first of them is the one by which its subviews name it.
+// Where a view has two names, the first is the one reported as the parent of its subviews.
 constexpr ViewField ViewFields[] = {
     {"btnMute", own<&Controller::btnMute>},
     {"btnPlayAndPause", own<&Controller::btnPlayAndPause>},

@@ -12,16 +12,16 @@ namespace qoro
 
 class QoroVideoWebViewController;
 
-/// A view or window of the controller by its name.
+/// A view or window of the controller, by the name of its field.
 struct ViewField {
     std::string_view name;
     UIView (*get)(const QoroVideoWebViewController& controller);
 };
 
-/// Everything of the controller that stands, or may stand, on the screen.
+/// The controller's views and windows that are, or can be, on screen.
 std::span<const ViewField> view_fields();
 
-/// The controller's button of a field's name; null when there is no such field, or nothing in it.
+/// The controller's button in the named field; null when the field is unknown or empty.
 UIButton button_named(const QoroVideoWebViewController& controller, std::string_view name);
 
 /// The names of the controller's button fields.

@@ -14,19 +14,19 @@
 namespace qoro
 {
 
-/// The host application around an ad, and what the kit has set for the ad's controller before it opens.
+/// The host application around an ad, and the settings that the kit makes on the ad's controller before it opens.
 struct HostSetup {
     /// Interface orientations that the host allows.
     std::vector<std::int64_t> autorotates{UIInterfaceOrientationPortrait};
-    /// Size of the host's root view; absent for no root view controller.
+    /// Size of the host's root view; absent for a host without a root view controller.
     std::optional<CGSize> root_view = CGSize{375, 812};
-    /// Whether the host's window has the key.
+    /// Whether the host's window is the key window.
     bool key_window = true;
-    /// Whether another ad controller has opened this one.
+    /// Whether another ad controller opened this one.
     bool parent = false;
-    /// Whether the ad is given a window of its parent's.
+    /// Whether the ad is added to a window of its parent.
     bool parent_window = false;
-    /// Which delegates are set; those that are answer the failure message.
+    /// Which delegates are set. They implement the failure message.
     bool delegate = false;
     bool interstitial_delegate = false;
 
@@ -35,33 +35,33 @@ struct HostSetup {
     bool lock_one_side_portrait = false;
     bool use_auto_rotate = false;
     SendImpPolicy impression_policy = CallShowFunc;
-    /// When a viewer whom the ad does not let go is shown a way out; absent for never.
+    /// Times of the close guard; absent for none.
     std::optional<CloseGuardTimes> guard = CloseGuardTimes{};
 
-    /// The kit's cookie identifier; null for none.
+    /// The kit's cookie identifier; null when not set.
     NSString guid = "g-1";
     double session = 1700000000.0;
     std::int32_t sequence = 7;
     /// Path of the kit's script library, as a page names it.
     NSString script = "kit://script.js";
-    /// Which address shows a store's item, as QoroAdManager::set_store_page takes it.
+    /// Address pattern of a store's item, as for QoroAdManager::set_store_page.
     std::string store_page = DefaultStorePage;
 
-    /// Whether the ad's requests are bounded (QoroAdManager::begin_ad).
+    /// Whether the ad's requests are limited (QoroAdManager::begin_ad).
     bool tracker_limit = true;
 };
 
-/// The host of a simulated session that asks for nothing: the ad alone, without the kit's guard and limits.
+/// Defaults of a simulated session's host: without the kit's close guard and request limits.
 HostSetup unguarded_host();
 
-/// The address at which a store shows the item "id".
-/// @param pattern as QoroAdManager::set_store_page takes it
+/// Address of the item "id" in a pattern.
+/// @param pattern as for QoroAdManager::set_store_page
 NSURL store_page_of_id(const std::string& pattern);
 
-/// Whether a text says which address shows a store's item: one on the web that names the item.
+/// Whether a pattern is valid: it contains "{id}" and gives an http or https address.
 bool is_store_page(const std::string& pattern);
 
-/// The ad controller that opened the ad: it only tells what it is asked.
+/// The ad controller that opened the ad. Only reports the calls it receives.
 class ParentController final : public QoroPhoneGapViewController
 {
 public:
@@ -70,7 +70,7 @@ public:
     void setBIsSendImpression(bool sent) override;
 };
 
-/// A delegate of the host: it tells the failures that it hears of.
+/// A delegate of the host. Reports the failures it is notified of.
 class HostDelegate final : public QoroAdDelegate
 {
 public:

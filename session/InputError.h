@@ -6,7 +6,7 @@
 namespace qoro
 {
 
-/// A file that a person wrote can't be used. The text is one line: the file, the JSON path where it is known, and what
+/// An input file written by a person is unusable. The text is one line: the file, the JSON path where known, and what
 /// was expected: `ad.json: /iCloseBtnCountdown: expected a whole number, got "five"`.
 struct InputError : std::runtime_error {
     using std::runtime_error::runtime_error;

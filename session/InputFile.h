@@ -6,11 +6,11 @@
 namespace qoro
 {
 
-/// Bytes; nothing that this program reads is larger.
+/// Bytes; larger input files are rejected.
 inline constexpr std::size_t LargestInput = 64u << 20;
 
-/// The whole text of a file; "-" reads standard input.
-/// @throws InputError when it cannot be read, or is too large to be anything that this program reads
+/// Reads a whole file; "-" reads standard input.
+/// @throws InputError when the file cannot be read or exceeds LargestInput
 std::string read_input_file(const std::string& path);
 
 } // namespace qoro

@@ -10,7 +10,7 @@ namespace qoro
 namespace
 {
 
-/// How many bytes the UTF-8 character at the front has; 0 when there is none.
+/// Length in bytes of the UTF-8 character at the front; 0 when it is malformed.
 std::size_t character_length(std::string_view text)
 {
     const auto byte = [text](std::size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
@@ -67,7 +67,7 @@ void append_control(std::string& out, unsigned char control)
 template <typename Number>
 void append_finite(std::string& out, Number number)
 {
-    // Long enough for the shortest form of any number, and for the plain form within the bounds below.
+    // Large enough for the shortest form of any number, and for the plain form within the bounds below.
     std::array<char, 64> text;
     char* const begin = text.data();
     char* const end = begin + text.size();
@@ -92,7 +92,7 @@ void append_number(std::string& out, Number number)
 void append_json_text(std::string& out, std::string_view text)
 {
     out += '"';
-    std::size_t plain = 0; // where what is still to be copied as it is begins
+    std::size_t plain = 0; // begin of the run not yet copied
     std::size_t i = 0;
     const auto flush = [&] { out.append(text.substr(plain, i - plain)); };
     while (i < text.size()) {

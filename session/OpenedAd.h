@@ -11,10 +11,10 @@
 namespace qoro
 {
 
-/// An ad that a host application has opened, on any platform. The ad ends in one of the ways of AdEnd, and the host is
-/// told once. One at a time on a platform, which outlives it; main thread only.
+/// An ad that a host application has opened, on any platform. Reports its end (AdEnd) to the host once. At most one at
+/// a time on a platform; the platform outlives it. Main thread only.
 ///
-/// It stands before the platform's witness as long as it lives, and passes everything on.
+/// While it exists, it is the platform's event sink and forwards every event to the previous one.
 class OpenedAd
 {
 public:
@@ -22,19 +22,19 @@ public:
 
     /// Opens the ad.
     /// @param ad the description; null fails
-    /// @param on_end called once, as an event of its own of the platform's loop, when the ad has ended; it may destroy
-    ///        this object
-    /// @param host what the ad finds around it; the delegate that hears of a page's failure is always set
+    /// @param on_end called once when the ad has ended, as a separate event of the platform's loop; may destroy this
+    ///        object
+    /// @param host the ad's surroundings; the delegate that is notified of a page's failure is always set
     /// @throws std::logic_error while the platform has another opened ad
     OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host = {});
-    /// Takes an ad that has not ended off the screen, as close() does. From here on the host is told nothing.
+    /// Takes an ad that has not ended off the screen, as close() does. No end is reported afterwards.
     ~OpenedAd();
     OpenedAd(const OpenedAd&) = delete;
     OpenedAd& operator=(const OpenedAd&) = delete;
 
-    /// Ends the ad for the host; nothing for one that has ended.
+    /// Ends the ad on behalf of the host; no effect for one that has ended.
     void close();
-    /// Whether the ad has ended. The host may not have been told yet.
+    /// Whether the ad has ended. The end may not have been reported yet.
     bool has_ended() const;
 
 private:

@@ -13,7 +13,7 @@ namespace
 
 using Controller = QoroVideoWebViewController;
 
-/// The store page that shows: the one presented, or the one in the store's own window.
+/// The store page on screen: the presented one, or the one in the store's own window.
 std::shared_ptr<QoroAppStoreMockViewController> store_page(const Controller& controller)
 {
     if (controller.qoroAppStoreMockViewController)
@@ -28,7 +28,7 @@ Value plain(Controller& controller, const NSArray&)
     return nullptr;
 }
 
-/// The browser leaves the screen and tells the controller; without one the controller alone is told.
+/// Closes the browser, which notifies the controller; without a browser, notifies the controller directly.
 Value close_in_app_web_view(Controller& controller, const NSArray&)
 {
     if (const auto browser = controller.qoroInAppWebViewController)

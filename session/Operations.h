@@ -11,7 +11,7 @@ namespace qoro
 
 class QoroVideoWebViewController;
 
-/// What an operation takes.
+/// The type of an operation's argument.
 enum class ArgumentKind { Flag, WholeNumber, TextOrNull, ButtonName };
 
 /// An operation that the host or the kit calls on the controller.
@@ -24,8 +24,8 @@ struct Operation {
 /// The operations that a step may call.
 const std::vector<Operation>& operations();
 
-/// Calls one of them by name.
-/// @return its result; null for an operation without one, and for a name that is none
+/// Calls an operation by name.
+/// @return its result; null for an operation without one, and for an unknown name
 Value call_operation(QoroVideoWebViewController& controller, std::string_view name, const NSArray& arguments);
 
 } // namespace qoro

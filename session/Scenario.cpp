@@ -128,7 +128,7 @@ std::map<std::string, std::string, std::less<>> read_cached(const Reader& host)
     return copies;
 }
 
-/// @param setup what holds for the keys that are left out
+/// @param setup defaults for missing keys
 HostSetup read_host(const Reader& host, HostSetup setup)
 {
     host.with_keys({"autorotates", "rootView", "keyWindow", "parent", "parentWindow", "delegates", "flags", "guid",
@@ -169,7 +169,7 @@ HostSetup read_host(const Reader& host, HostSetup setup)
 
 // ---------------------------------------------------------------------------------------------- text, network, video
 
-/// The bytes of a base64 text; absent when it is none.
+/// Decodes base64 (RFC 4648, section 4); absent when malformed.
 std::optional<std::string> from_base64(std::string_view text)
 {
     constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -241,7 +241,7 @@ VideoSetup read_video(const Reader& reader)
     }
     if (const auto duration = reader.at("duration")) {
         setup.duration = duration->seconds();
-        // A shorter video could replay itself for ever within one moment.
+        // A shorter video could replay endlessly within one microsecond of virtual time.
         if (setup.duration < 1e-6)
             duration->refuse("a number of seconds from 0.000001");
     }
@@ -310,7 +310,7 @@ std::shared_ptr<QoroVideoAd> copy_of(const QoroVideoAd& ad)
     for (const detail::AdProperty& property : detail::AdProperties)
         std::visit(
             [&](auto member) {
-                // A mapping is a reference to what the session empties.
+                // An NSDictionary is a reference, and the session empties it.
                 if constexpr (std::is_same_v<decltype(member), NSDictionary QoroVideoAd::*>)
                     (*copy).*member = (ad.*member).copy();
                 else

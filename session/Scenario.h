@@ -15,32 +15,33 @@
 namespace qoro
 {
 
-/// One whole ad session as a file describes it.
+/// An ad session as a file describes it.
 struct Scenario {
     World world;
     HostSetup host = unguarded_host();
-    /// As it was read; a session runs on a copy, since it changes its ad.
+    /// As read. A session changes its ad, so it runs on a copy.
     std::shared_ptr<const QoroVideoAd> ad;
     std::vector<Step> steps;
 };
 
-/// Reads a scenario. Everything but "ad" and "steps" may be left out; an unknown key is an error.
-/// @param file what to call it in an error
+/// Reads a scenario. Only "ad" and "steps" are required; an unknown key is an error.
+/// @param file name for error messages
 /// @throws InputError
 Scenario read_scenario(std::string_view text, const std::string& file);
 
-/// What stands around an ad on a machine: the "device" and "host" objects of a scenario, both of which may be left out.
+/// The ad's surroundings on a machine: the optional "device" and "host" objects of a scenario.
 struct Surroundings {
     DeviceSetup device;
     HostSetup host;
-    /// Paths of local copies by address.
+    /// Paths of cached videos by address.
     std::map<std::string, std::string, std::less<>> cached;
 };
 
+/// Reads a JSON object with the keys "device" and "host".
 /// @throws InputError
 Surroundings read_surroundings(std::string_view text, const std::string& file);
 
-/// A copy that a session may change without the other being changed.
+/// A copy whose changes do not affect the original.
 std::shared_ptr<QoroVideoAd> copy_of(const QoroVideoAd& ad);
 
 } // namespace qoro

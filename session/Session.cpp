@@ -14,7 +14,7 @@ namespace qoro
 namespace
 {
 
-/// The host's own first screen.
+/// The host's initial view controller.
 class HostRoot final : public UIViewController
 {
 };
@@ -120,10 +120,11 @@ void Session::release()
 
 // -------------------------------------------------------------------------------------------------------------- steps
 
-/// What each kind of step does. A step that is meant for a controller which the host has let go does nothing.
+/// Performs each kind of step. Steps that go through the host's reference have no effect once the host has released the
+/// controller.
 struct Session::Performer {
     Session& session;
-    /// Held to the end of the step; null once the host let it go.
+    /// Retained until the step is done; null once the host has released it.
     const std::shared_ptr<QoroVideoWebViewController> controller;
 
     void operator()(const OpenStep& step) const { session.open(step.y); }

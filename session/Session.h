@@ -11,35 +11,36 @@
 namespace qoro
 {
 
-/// One ad in its host, on any platform. Making it sets up the host, creates the controller, loads its view and lets it
-/// appear; the steps do the rest. The platform outlives it.
+/// One ad in its host, on any platform. Construction sets up the host, creates the controller, loads its view and makes
+/// it appear; steps do the rest. The platform outlives it.
 class Session
 {
 public:
-    /// @param controls what the steps ask of the world around the ad; outlives the session
-    /// @param ad the description that is opened; null opens an absent one
+    /// @param controls carries out the steps that affect the ad's surroundings; outlives the session
+    /// @param ad the description to open; null opens an absent one
     Session(Platform& platform, SessionControls& controls, const HostSetup& host, std::shared_ptr<QoroVideoAd> ad);
     ~Session();
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Does what a step says, as an event of its own, and tells the witness of it first.
-    /// @param n the step's number, from 0
+    /// Reports a step to the event sink, then performs it, as one event.
+    /// @param n the step's index, from 0
     void perform(const Step& step, std::size_t n);
 
-    /// @param y points
+    /// Opens the ad.
+    /// @param y vertical position, points
     void open(float y);
-    /// The viewer leaves the screen that the kit shows above all: the browser, a store page.
-    /// @return false when there is none
+    /// The viewer leaves the topmost screen of the kit: the browser or a store page.
+    /// @return false when no such screen is shown
     bool leave_screen();
-    /// The host lets the controller go; something else may keep it.
+    /// The host releases the controller; other owners may retain it.
     void release();
 
-    /// The host's controller; null once it was released.
+    /// The host's reference to the controller; null after release().
     const std::shared_ptr<QoroVideoWebViewController>& controller() const { return controller_; }
     /// The host's own window.
     const UIWindow& host_window() const { return host_window_; }
-    /// The controller as long as anything keeps it.
+    /// The controller while anything retains it; null once destroyed.
     std::shared_ptr<QoroVideoWebViewController> living() const { return living_.lock(); }
 
 private:

@@ -30,7 +30,7 @@ Value value_of(float number)
 {
     if (!std::isfinite(number))
         return nullptr;
-    // The double of the shortest decimal, so that 0.6 is not written as 0.60000002384185791.
+    // The double nearest to the shortest decimal, so that 0.6 is not written as 0.60000002384185791.
     std::array<char, 32> text;
     const auto written = std::to_chars(text.data(), text.data() + text.size(), number);
     double shortest = 0;
@@ -60,7 +60,7 @@ requires std::is_enum_v<Number> || std::is_same_v<Number, std::int32_t> || std::
     return static_cast<std::int64_t>(number);
 }
 
-/// A field of an object with its own name.
+/// A named field of an object.
 template <typename Class>
 struct Named {
     std::string_view name;
@@ -187,7 +187,7 @@ constexpr std::array TimerFields{
 
 // -------------------------------------------------------------------------------------------------------------- views
 
-/// A microsecond's multiple, as the loop counts.
+/// Rounded to whole microseconds, the loop's resolution.
 double in_microseconds(double seconds)
 {
     return std::isfinite(seconds) ? std::round(seconds * 1e6) / 1e6 : seconds;
@@ -216,7 +216,7 @@ Value target_names(const std::vector<Action>& targets)
     return NSArray(std::move(names));
 }
 
-/// What the view stands in is named by the first name that the parent goes by; "other" when it has none.
+/// The parent's first name in view_fields(); "other" when it has none.
 Value parent_name(const ViewNode& view, const Controller& controller)
 {
     if (!view.parent)
@@ -227,8 +227,7 @@ Value parent_name(const ViewNode& view, const Controller& controller)
     return "other";
 }
 
-/// The place among the parent's subviews, from 0. The superclass's spinner passes over a view for a moment, and counts
-/// for none of its places.
+/// The index among the parent's subviews, from 0. Spinners, which the superclass shows temporarily, are not counted.
 Value order(const ViewNode& view)
 {
     if (!view.parent)

@@ -8,23 +8,23 @@ namespace qoro
 class Platform;
 class QoroVideoWebViewController;
 
-// What a controller is at one moment, every field by its own name, as nested mappings. Numbers of single precision
-// are the shortest decimal that gives them back; a number that is not finite is null.
+// The state of a controller at one moment, each field by its own name, as nested mappings. Single-precision numbers are
+// the shortest decimal that reads back as the same value; a number that is not finite is null.
 
-/// Scalar fields and properties, and the dictionaries of its own.
+/// The controller's scalar fields and properties, and its own dictionaries.
 NSDictionary snapshot_fields(const QoroVideoWebViewController& controller);
-/// Fields of the superclass, and its listeners: event name → how many; null once the table is gone.
+/// Fields of the superclass, and its listeners: event name → count; null once the table is destroyed.
 NSDictionary snapshot_super(const QoroVideoWebViewController& controller);
-/// The properties of the ad that the controller itself may set; null before an ad was opened.
+/// The ad's properties that the controller itself may set; null before an ad is opened.
 NSDictionary snapshot_ad(const QoroVideoWebViewController& controller);
-/// The current movie player; null when there is none.
+/// The current movie player; null without one.
 NSDictionary snapshot_player(const QoroVideoWebViewController& controller);
-/// Field name → interval, repeats and due (seconds), for the timers that run.
+/// Field name → interval, repeats and due (seconds), for running timers.
 NSDictionary snapshot_timers(const QoroVideoWebViewController& controller);
-/// View by name → its geometry, place and looks; null for a view that is not there.
+/// View name → geometry, parent and appearance; null for a view that does not exist.
 NSDictionary snapshot_views(const QoroVideoWebViewController& controller);
 
-/// Tells the platform's witness all of it as one line. Nothing without a witness.
+/// Reports all of it to the platform's event sink as one event. No effect without a sink.
 void tell_snapshot(Platform& platform, const QoroVideoWebViewController& controller);
 
 } // namespace qoro

@@ -21,7 +21,7 @@ using detail::shown;
 using detail::to_value;
 using What = decltype(Step::what);
 
-/// The commands that a creative's script may give.
+/// Commands of the creative's script.
 constexpr std::array<std::string_view, 27> ScriptCommands{
     "addEventListener",
     "removeEventListener",
@@ -58,7 +58,7 @@ constexpr std::array<std::pair<std::string_view, AppStep::Event>, 3> AppEvents{{
     {"active", AppStep::Event::Active},
 }};
 
-/// Refuses a name that is none of the known ones.
+/// Rejects an unknown name.
 template <typename Names>
 const std::string& known_name(const Reader& reader, const std::string& what, const Names& names)
 {
@@ -93,7 +93,7 @@ What read_touch(const Reader& reader)
     return TouchStep{{point.width, point.height}};
 }
 
-/// What follows the name in a list of a name and its arguments.
+/// The arguments after the name, in a list of a name and its arguments.
 NSArray arguments_of(const std::vector<Reader>& list)
 {
     std::vector<Value> arguments;
@@ -227,7 +227,7 @@ What read_release(const Reader& reader)
 struct StepKind {
     std::string_view key;
     What (*read)(const Reader& reader);
-    /// Where players and pages are real; the same for most.
+    /// Replaces `read` where players and pages are real.
     What (*read_for_real)(const Reader& reader) = read;
 };
 

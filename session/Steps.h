@@ -13,7 +13,8 @@
 namespace qoro
 {
 
-/// News of the movie player. What is named is set, then posted: the load state, the playback state, the finish.
+/// News of the movie player. Time and duration are set first; then load state, playback state and finish are each set
+/// and posted, in this order.
 struct PlayerNews {
     /// Seconds.
     std::optional<double> time;
@@ -25,7 +26,7 @@ struct PlayerNews {
     std::optional<int> finish;
 };
 
-/// What changes about the device.
+/// Changes of the device; absent values stay as they are.
 struct DeviceChange {
     /// UIDeviceOrientation
     std::optional<int> orientation;
@@ -38,26 +39,26 @@ struct DeviceChange {
 
 // What a step does.
 
-/// The ad is opened at a vertical position, in points.
+/// Opens the ad at a vertical position, in points.
 struct OpenStep {
     float y = 0;
 };
-/// A touch up inside a button of the controller, by the name of its field.
+/// A touch up inside a button of the controller, named by its field.
 struct TapStep {
     std::string button;
 };
-/// A touch and release at a point of the screen.
+/// A touch and release at a point on screen.
 struct TouchStep {
     CGPoint point;
 };
-/// The creative's script gives a command.
+/// A command of the creative's script.
 struct ScriptStep {
     ScriptMessage message;
 };
 struct PlayerStep {
     PlayerNews news;
 };
-/// What goes wrong with the creative's page.
+/// A fault of the creative's page.
 enum class PageFault { Dies, Hangs };
 struct PageStep {
     PageFault fault;
@@ -65,11 +66,11 @@ struct PageStep {
 struct DeviceStep {
     DeviceChange change;
 };
-/// The user leaves the app, comes back to it, or has it active again.
+/// The user leaves the app or returns to it, or the app becomes active again.
 struct AppStep {
     enum class Event { Background, Foreground, Active } event;
 };
-/// An audio interruption, with its type.
+/// An audio interruption and its type.
 struct InterruptStep {
     int type = 0;
 };
@@ -80,7 +81,7 @@ struct CallStep {
 };
 struct SnapshotStep {
 };
-/// The host lets the controller go.
+/// The host releases the controller.
 struct ReleaseStep {
 };
 
@@ -90,15 +91,15 @@ struct Step {
     std::variant<OpenStep, TapStep, TouchStep, ScriptStep, PlayerStep, PageStep, DeviceStep, AppStep, InterruptStep,
                  CallStep, SnapshotStep, ReleaseStep>
         what;
-    /// The step's own key and its value, as they were written.
+    /// The step's own key and its value, as written in the file.
     std::string key;
     Value value;
 };
 
 /// Reads a list of steps.
-/// @param json the text of a JSON list
-/// @param file what to call it in an error
-/// @param simulated whether steps may bring a player its news and break a page: no where both are real
+/// @param json text of a JSON list
+/// @param file name for error messages
+/// @param simulated whether players and pages are simulated; if not, steps must not deliver player news or break a page
 /// @throws InputError
 std::vector<Step> read_steps(std::string_view json, const std::string& file, bool simulated);
 

@@ -12,17 +12,17 @@
 namespace qoro
 {
 
-/// What an address answers.
+/// The answer to requests for an address.
 struct NetAnswer {
     bool ok = true;
-    /// In words, when not ok.
+    /// Error text, when not ok.
     std::string error;
     std::string body;
-    /// Seconds until it arrives.
+    /// Seconds until the answer arrives.
     double after = 0;
 };
 
-/// What the device is and how it is held when the session begins.
+/// The device and its state at the session's start.
 struct DeviceSetup {
     DeviceFacts facts;
     /// UIDeviceOrientation, 0 to 6.
@@ -33,44 +33,44 @@ struct DeviceSetup {
     /// 0 to 1.
     float output_volume = 0.6F;
     bool volume_slider = true;
-    /// Addresses that begin so can be opened.
+    /// Prefixes of the addresses that can be opened.
     std::vector<std::string> can_open{"http:", "https:", "tel:"};
-    /// Whether there is a calendar that takes events.
+    /// Whether the device has a calendar that accepts events.
     bool calendar = true;
 };
 
-/// A lack of data, once a player.
+/// A buffering stall; occurs once per player.
 struct Stall {
-    /// Seconds of media time.
+    /// Media time, seconds.
     double at = 0;
-    /// Seconds that it lasts.
+    /// Duration, seconds.
     double lasts = 0;
 };
 
-/// How a simulated player behaves.
+/// Behaviour of a simulated player.
 struct VideoSetup {
-    /// The player does nothing by itself; its news are steps.
+    /// Players act only on steps ("player" news).
     bool manual = false;
-    /// Seconds, more than 0.
+    /// Seconds, greater than 0.
     double duration = 30;
-    /// Seconds from the player's making until it can be played.
+    /// Seconds from the player's creation until it is playable.
     double load_after = 0.3;
     std::vector<Stall> stalls;
-    /// Seconds of media time at which playback fails once a player: a play after that goes on. Absent for never.
+    /// Media time in seconds at which playback fails, once per player; the next play() continues. Absent for never.
     std::optional<double> error;
-    /// Seconds of media time at which playback fails for good. Absent for never.
+    /// Media time in seconds at which playback fails permanently. Absent for never.
     std::optional<double> error_for_good;
 };
 
-/// Everything around a simulated session that answers: the device, the network, the text metrics, the cache, the video.
+/// The surroundings of a simulated session: device, network, text metrics, video cache and video.
 struct World {
     DeviceSetup device;
     VideoSetup video;
-    /// By address; one that is not named answers with success and no body.
+    /// By address; an unnamed address answers with success and an empty body.
     std::map<std::string, NetAnswer, std::less<>> net;
-    /// Measured sizes by text, whatever the font.
+    /// Measured sizes by text, for every font.
     std::map<std::string, CGSize, std::less<>> text;
-    /// Paths of local copies by address.
+    /// Paths of cached videos by address.
     std::map<std::string, std::string, std::less<>> cached;
 };
 

@@ -1,6 +1,6 @@
 #pragma once
 
-// For this folder's .cpp files alone: no header of the session names a library.
+// Only for this folder's .cpp files: public headers of the session do not expose the JSON library.
 
 #include "session/AdFile.h"
 #include "session/detail/Json.h"
@@ -8,9 +8,9 @@
 namespace qoro::detail
 {
 
-/// Reads an ad that stands inside another file.
-/// @param file what to call that file in an error
-/// @param path where the ad stands in it ("/ad"); empty for the whole file
+/// Reads an ad embedded in another file.
+/// @param file name of that file for error messages
+/// @param path JSON path of the ad in it ("/ad"); empty for the whole file
 /// @throws InputError
 std::shared_ptr<QoroVideoAd> read_ad(const Json& json, const std::string& file, const std::string& path, AdTypes types);
 

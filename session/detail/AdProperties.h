@@ -1,6 +1,6 @@
 #pragma once
 
-// For this folder's .cpp files alone.
+// Only for this folder's .cpp files.
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
 #include "session/AdAddresses.h"
@@ -42,7 +42,7 @@ inline constexpr auto DeviceOrientations = std::to_array<Enumerator>({
     {"UIDeviceOrientationFaceDown", UIDeviceOrientationFaceDown},
 });
 
-/// Those of an enumeration, but for 0: what an absent one reads as may be written too.
+/// The named values of an enumeration. 0, the value of an absent property, is valid for every one.
 template <typename Enumeration>
 constexpr std::span<const Enumerator> enumerators()
 {
@@ -63,7 +63,7 @@ using AdMember = std::variant<VideoAdType QoroVideoAd::*, ViewPosition QoroVideo
                               std::int32_t QoroVideoAd::*, float QoroVideoAd::*, bool QoroVideoAd::*,
                               NSString QoroVideoAd::*, NSArray QoroVideoAd::*, NSDictionary QoroVideoAd::*>;
 
-/// What stands in a list, or in the lists of a mapping.
+/// The type of a list's entries, or of the entries of a mapping's lists.
 enum class Entries { None, Texts, Objects, WholeNumbers };
 
 /// One property of QoroVideoAd.
@@ -71,7 +71,7 @@ struct AdProperty {
     std::string_view name;
     AdMember member;
     Entries entries = Entries::None;
-    /// Absent for a property that is no address and holds none.
+    /// Absent for a property without addresses.
     std::optional<AdAddressUse> addresses = {};
 };
 

@@ -13,7 +13,7 @@ namespace qoro::detail
 namespace
 {
 
-/// The deepest nesting of brackets outside texts. Looked at before parsing, so that nothing recurses too deep.
+/// The deepest nesting of brackets outside strings. Checked before parsing, to bound recursion (to_value, dump).
 int nesting(std::string_view text)
 {
     int depth = 0;
@@ -113,7 +113,7 @@ std::string under(const std::string& path, std::string_view key)
 {
     std::string result = path + "/";
     for (const char c : key) {
-        // The two characters that a JSON pointer escapes, and what would break the one line of an error.
+        // Escapes of a JSON pointer (RFC 6901, section 3); control characters would break the one-line error.
         if (c == '~')
             result += "~0";
         else if (c == '/')

@@ -1,6 +1,6 @@
 #pragma once
 
-// For this folder's .cpp files alone: no header of the session names a library.
+// Only for this folder's .cpp files: public headers of the session do not expose the JSON library.
 
 #include "platform/Value.h"
 
@@ -11,24 +11,24 @@
 namespace qoro::detail
 {
 
-/// Keeps the order in which keys came.
+/// Preserves the order of keys.
 using Json = nlohmann::ordered_json;
 
-/// How deep lists and objects of an input file may stand in each other.
+/// Maximum nesting depth of lists and objects in an input file.
 inline constexpr int DeepestNesting = 64;
 
-/// Reads a JSON text.
-/// @param file what to call it in an error
-/// @throws InputError for a text that is no JSON, or nested deeper than DeepestNesting
+/// Parses JSON.
+/// @param file name for error messages
+/// @throws InputError for malformed JSON, or nesting deeper than DeepestNesting
 Json parse_json(std::string_view text, const std::string& file);
 
-/// The same value in the platform's terms. A whole number beyond 64 signed bits becomes a floating one.
+/// Converts to the platform's value type. A whole number beyond 64 signed bits becomes a double.
 Value to_value(const Json& json);
 
-/// A short text of a value, for an error: `"five"`, `[1,2,…`.
+/// A value as text for error messages, cut after 60 bytes: `"five"`, `[1,2,…`.
 std::string shown(const Json& json);
 
-/// One step down a JSON path: ("/steps/3", "at") → "/steps/3/at".
+/// Appends one segment to a JSON path (RFC 6901, section 3): ("/steps/3", "at") → "/steps/3/at".
 std::string under(const std::string& path, std::string_view key);
 std::string under(const std::string& path, std::size_t index);
 

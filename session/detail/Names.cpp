@@ -17,7 +17,7 @@ bool same_letter(char a, char b)
     return std::tolower(static_cast<unsigned char>(a)) == std::tolower(static_cast<unsigned char>(b));
 }
 
-/// How many letters must be put in, taken out or changed to get from one name to the other, whatever their case.
+/// Levenshtein distance, ignoring case.
 std::size_t distance(std::string_view a, std::string_view b)
 {
     std::vector<std::size_t> row(b.size() + 1);

@@ -7,8 +7,8 @@
 namespace qoro::detail
 {
 
-/// The end of a complaint about a name that nobody knows: "; did you mean \"iCloseBtnCountdown\"?". Empty when nothing
-/// is known, or when the name is too long to be one.
+/// Suffix for an unknown-name error: "; did you mean \"iCloseBtnCountdown\"?". Empty when `known` is empty, or the name
+/// is longer than 100 bytes.
 std::string did_you_mean(std::string_view name, std::span<const std::string_view> known);
 
 } // namespace qoro::detail

@@ -1,6 +1,6 @@
 #pragma once
 
-// For this folder's .cpp files alone.
+// Only for this folder's .cpp files.
 
 #include "platform/Geometry.h"
 #include "session/detail/Json.h"
@@ -14,8 +14,8 @@
 namespace qoro::detail
 {
 
-/// One value of an input file with its place in it, read as what it must be. Every complaint is an InputError that
-/// names the file, the JSON path and what was expected. File and JSON outlive it.
+/// A value of an input file with its JSON path and typed accessors. Every error is an InputError that names the file,
+/// the path and what was expected. File name and JSON outlive it.
 class Reader
 {
 public:
@@ -29,31 +29,32 @@ public:
     const std::string& path() const { return path_; }
     bool is_null() const { return json_->is_null(); }
 
+    /// Throws "expected ..., got ...".
     /// @param expected "a number of seconds"
     [[noreturn]] void refuse(const std::string& expected) const;
 
-    /// Refuses anything but an object with keys of these alone.
+    /// Rejects anything but an object with only these keys.
     const Reader& with_keys(std::initializer_list<std::string_view> keys) const;
-    /// Refuses anything but an object.
+    /// Rejects anything but an object.
     const Reader& object() const;
-    /// The value under a key of an object; absent when the key is.
+    /// The value under a key of an object; absent without the key.
     std::optional<Reader> at(std::string_view key) const;
-    /// The entries of an object, in order.
+    /// The entries of an object, in file order.
     std::vector<std::pair<std::string, Reader>> entries() const;
-    /// The values of a list, in order.
+    /// The values of a list.
     std::vector<Reader> list(const std::string& expected = "a list") const;
 
     bool flag() const;
     double number(const std::string& expected = "a number") const;
-    /// A number of seconds, not negative.
+    /// Seconds from 0 to LatestMoment.
     double seconds() const;
     std::int32_t whole(const std::string& expected = "a whole number") const;
     const std::string& text(const std::string& expected = "a text") const;
-    /// A text, or null.
+    /// A string, or null.
     NSString text_or_null() const;
     /// Two numbers.
     CGSize size(const std::string& expected = "[width, height]") const;
-    /// Null is absent.
+    /// Absent for null.
     std::optional<CGSize> size_or_null() const;
 
 private:
@@ -62,10 +63,10 @@ private:
     std::string path_;
 };
 
-/// The latest moment of a session, in seconds: some thirty years.
+/// Largest time in a session, in seconds: about thirty years.
 inline constexpr double LatestMoment = 1e9;
 
-/// Names as a list for an error: "a, b, c".
+/// Joins names for an error message: "a, b, c".
 std::string listed(const std::vector<std::string>& names);
 
 } // namespace qoro::detail

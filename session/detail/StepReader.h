@@ -1,6 +1,6 @@
 #pragma once
 
-// For this folder's .cpp files alone.
+// Only for this folder's .cpp files.
 
 #include "session/Steps.h"
 #include "session/detail/Reader.h"
@@ -8,7 +8,7 @@
 namespace qoro::detail
 {
 
-/// Reads the steps that stand in a file; see qoro::read_steps.
+/// Reads steps embedded in a file; see qoro::read_steps.
 /// @throws InputError
 std::vector<Step> read_steps(const Reader& list, bool simulated);
 
