@@ -69,7 +69,7 @@ int prefetch(VideoCache& cache, const std::vector<std::string>& addresses)
         if (!is_http_address(address))
             throw InputError("cache prefetch", "", "expected an address of http or https, got \"" + address + "\"");
     int status = 0;
-    // What the user names may lie anywhere; where its server leads on to may not.
+    // An address that the user names may be anywhere; a redirect must not lead inside a private network.
     const ReachRule rule(NetworkZone::Public);
     const NamedHosts named(addresses);
     VideoDownload download;

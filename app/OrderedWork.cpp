@@ -7,7 +7,7 @@ namespace qoro
 
 namespace
 {
-/// Enough that a long piece of work does not leave the other threads idle.
+/// Pending tasks per thread: a long task must not leave the other threads idle.
 constexpr std::size_t TasksPerThread = 8;
 } // namespace
 

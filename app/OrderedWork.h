@@ -14,19 +14,19 @@
 namespace qoro
 {
 
-/// Does pieces of work on several threads and writes what they give in the order in which they were added, as soon as
-/// everything before it is written. Only so many wait or run at a time; whoever adds more waits for room.
+/// Runs tasks on several threads and writes their output in the order of add(), as soon as all earlier output is
+/// written. The number of pending tasks is bounded; add() blocks until there is room.
 class OrderedWork
 {
 public:
-    /// Writes its output through the sink, and gives a complaint in one line; empty for none. Throws nothing.
+    /// Writes its output to the sink and returns a one-line error, empty for success. Must not throw.
     using Work = std::function<std::string(const LineSink& sink)>;
 
-    /// @param threads 1 does each piece inside add(), and lets it write straight to the output
-    /// @param write takes output, piece by piece
-    /// @param finished takes each piece's complaint once its output is written
+    /// @param threads 1 runs each task inside add() and writes its output directly
+    /// @param write receives output in pieces
+    /// @param finished receives each task's error after its output is written
     OrderedWork(unsigned threads, LineSink write, std::function<void(const std::string& complaint)> finished);
-    /// Waits until everything is done and written.
+    /// Waits until every task is done and written.
     ~OrderedWork();
     OrderedWork(const OrderedWork&) = delete;
     OrderedWork& operator=(const OrderedWork&) = delete;
@@ -50,9 +50,9 @@ private:
     std::mutex mutex_;
     std::condition_variable room_;
     std::condition_variable work_;
-    /// In order, from the oldest that is not yet written.
+    /// In order of add(), from the oldest task not yet written.
     std::deque<std::shared_ptr<Task>> tasks_;
-    /// Those among them that nobody has begun.
+    /// Those of tasks_ that no thread has started.
     std::deque<std::shared_ptr<Task>> waiting_;
     bool closed_ = false;
     std::vector<std::thread> threads_;

@@ -5,8 +5,8 @@
 namespace qoro
 {
 
-/// Plays an ad in a window, from its opening to its close.
-/// @return the program's exit status: 1 where this machine lacks what it takes
+/// Plays an ad in a window until it closes.
+/// @return the exit status: 1 where the machine lacks a requirement
 /// @throws InputError before any window opens
 int play(const PlayOptions& options);
 

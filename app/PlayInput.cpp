@@ -13,7 +13,7 @@ namespace qoro
 
 namespace
 {
-/// A host that follows the device, upright and to both sides, and is told when the ad closes.
+/// A host that allows portrait and both landscape orientations and is notified of the ad's close.
 Surroundings default_surroundings()
 {
     Surroundings surroundings;
@@ -35,7 +35,7 @@ void choose_device(const PlayOptions& options, Surroundings& surroundings)
         facts.phone = options.phone;
 }
 
-/// Its screen is wide, whichever way the device is held; the status bar is on one of the two landscape sides.
+/// The screen is landscape however the device is held; the status bar is in one of the two landscape orientations.
 void lock_to_landscape(Surroundings& surroundings)
 {
     const auto lie_down = [](std::optional<CGSize>& size) {
@@ -67,7 +67,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
     platform.last_requests_seconds = 0; // the loop has waited for them
     if (options.host_file.empty())
         return platform;
-    // A host file says these, if only by leaving them at what they are by default.
+    // With a host file, its values apply, including its defaults.
     platform.device.can_open = device.can_open;
     platform.calendar.allowed = device.calendar;
     platform.volume = device.output_volume;
@@ -75,7 +75,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
     return platform;
 }
 
-/// Relative paths are relative to the host file.
+/// Relative paths are relative to the host file's folder.
 std::map<std::string, std::string> copies_of(const Surroundings& surroundings, const std::string& host_file)
 {
     std::map<std::string, std::string> copies;

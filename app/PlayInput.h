@@ -12,20 +12,21 @@
 namespace qoro
 {
 
-/// Everything that `qoro-ad play` needs to know, read and checked before any window opens.
+/// The input of `qoro-ad play`, read and checked before any window opens.
 struct PlayInput {
     std::shared_ptr<QoroVideoAd> ad;
-    /// What the ad's relative addresses are relative to.
+    /// Base folder of the ad's relative addresses.
     std::string folder;
     DesktopPlatform::Options platform;
     HostSetup host;
-    /// Files of the host's own copies of videos, by address; a relative one is of the ad's folder.
+    /// Files of the host's own copies of videos, by address. A relative address is relative to the ad's folder.
     std::map<std::string, std::string> copies;
-    /// UIDeviceOrientation: how the device is held when the ad opens.
+    /// UIDeviceOrientation in which the device is held when the ad opens.
     int orientation = 1;
     std::vector<Step> steps;
 };
 
+/// Reads and checks all files that the options name.
 /// @throws InputError
 PlayInput read_play_input(const PlayOptions& options);
 

@@ -30,7 +30,7 @@ constexpr auto Models = std::to_array<NamedModel>({
 });
 
 constexpr double ShortEdgeOfTablets = 600;
-/// No monitor shows more, and every frame costs its pixels.
+/// Larger than any monitor, and rendering costs time per pixel.
 constexpr int LongestEdge = 4096;
 
 struct NamedOrientation {

@@ -14,52 +14,52 @@ class App;
 namespace qoro
 {
 
-/// What `qoro-ad play` was told on its command line.
+/// The command line of `qoro-ad play`.
 struct PlayOptions {
     std::string ad_file;
-    /// A model's name or "375x812"; empty when it was left out.
+    /// A model's name or a size ("375x812"); empty when not given.
     std::string device;
-    /// As device_orientation() knows it.
+    /// A name or number for device_orientation().
     std::string orientation = "portrait";
     bool phone = false;
     bool tablet = false;
     bool locked_landscape = false;
-    /// Empty for none, like every file below.
+    /// Empty for none, as for every file below.
     std::string host_file;
-    /// Empty for the host file's, or the usual one.
+    /// Empty for the host file's pattern, or the default.
     std::string store_page;
     bool mute_output = false;
     bool system_volume = false;
     bool no_web_sandbox = false;
-    /// Megabytes that the page's process may use; absent for the platform's own limit.
+    /// Memory limit of the page's process, megabytes; absent for the platform's default.
     std::optional<double> page_memory;
     bool allow_private_network = false;
-    /// Absent: until the ad is closed.
+    /// Time after which to end, seconds; absent to wait for the ad's close.
     std::optional<double> seconds;
     std::string steps_file;
     /// "-" for standard output.
     std::string trace_file;
-    /// Seconds.
+    /// Times of pictures, seconds.
     std::vector<double> snapshots;
     std::string out_folder;
 };
 
-/// Adds the command's options; they are filled when the command line is parsed.
+/// Adds the command's options, which parsing fills.
 /// @param options outlives the parsing
 void add_play_options(CLI::App& command, PlayOptions& options);
 
-/// A device by its screen.
+/// A device model's screen and kind.
 struct DeviceModel {
-    /// Points, held upright.
+    /// Points, in portrait.
     CGSize screen;
     bool phone = true;
 };
 
-/// A model by its name, or by a size ("375x812"); absent for any other text. A short edge of 600 points and more makes
-/// a tablet.
+/// A model by its name or size ("375x812"); absent for any other text. A device given by size is a tablet if its short
+/// edge is at least 600 points.
 std::optional<DeviceModel> device_model(const std::string& name);
 
-/// A UIDeviceOrientation by its name on the command line, or its number; absent for any other text.
+/// A UIDeviceOrientation by its command-line name or its number; absent for any other text.
 std::optional<int> device_orientation(const std::string& name);
 
 } // namespace qoro

@@ -43,7 +43,7 @@ constexpr const char* Advice =
     "which, where and what was expected; the other scenarios run all the same); 1 the output can't be written.\n"
     "With --jsonl a scenario that is not usable gives {\"scenario\": n, \"error\": \"...\"}, and the status stays 0.\n";
 
-/// Standard output. What it can't take is told once, at the end.
+/// Standard output. A write error is reported once, at the end.
 class Output
 {
 public:
@@ -68,7 +68,7 @@ private:
     std::atomic<int> error_ = 0;
 };
 
-/// What a piece of work complains of; nothing passes it.
+/// Runs the work and returns its error text, empty for success; catches std::exception.
 template <typename Work>
 std::string complaint_of(const std::string& name, Work&& work)
 {
@@ -87,7 +87,7 @@ std::string complaint_of(const std::string& name, Work&& work)
 struct FileStyle {
     TraceFormat format;
     bool summary;
-    /// Whether each trace begins with its file's name.
+    /// Whether each trace starts with its file's name.
     bool named;
 };
 
@@ -161,7 +161,7 @@ int run_files(const SimulateOptions& options)
 
 // -------------------------------------------------------------------------------------------------------------- lines
 
-/// One line of standard input, without its end. One that is longer than any scenario is cut just beyond that.
+/// Reads one line of standard input without its end. A line longer than LargestInput is cut just beyond it.
 bool read_line(std::string& line)
 {
     line.clear();
@@ -188,7 +188,7 @@ std::string simulated_line(const std::string& line, const std::string& name)
     return result;
 }
 
-/// A result, whatever the line holds.
+/// The result of a line, valid or not.
 /// @param number of the line, from 1
 std::string result_of(const std::string& line, std::int64_t number)
 {
@@ -214,7 +214,7 @@ int run_lines(const SimulateOptions& options)
     {
         OrderedWork work(
             options.jobs, [&output](std::string_view text) { output.write(text); },
-            // Each result at once: whoever is at the other end of the pipe may wait for it before it sends more.
+            // Flush each result: the other end of the pipe may wait for it before sending more.
             [&output](const std::string&) { output.flush(); });
         std::string line;
         for (std::int64_t number = 1; !output.failed() && read_line(line); ++number)
@@ -284,7 +284,7 @@ void add_simulate_options(CLI::App& command, SimulateOptions& options)
 
 int simulate_command(const SimulateOptions& options)
 {
-    // As with any filter, a reader that goes away ends it.
+    // Default handling: as for any filter, a closed output pipe ends the process.
     std::signal(SIGPIPE, SIG_DFL);
     check_options(options);
     return options.jsonl ? run_lines(options) : run_files(options);

@@ -14,25 +14,25 @@ class App;
 namespace qoro
 {
 
-/// What `qoro-ad simulate` was asked for.
+/// The command line of `qoro-ad simulate`.
 struct SimulateOptions {
-    /// "-" is standard input.
+    /// "-" for standard input.
     std::vector<std::string> files;
-    /// Scenarios come one a line on standard input, results go one a line to standard output.
+    /// Read one scenario per line from standard input; write one result per line to standard output.
     bool jsonl = false;
-    /// Absent: JSON, or text when there is to be a summary.
+    /// Absent: JSON, or text when a summary is requested.
     std::optional<TraceFormat> format;
     bool summary = false;
     unsigned jobs = 1;
 };
 
-/// Gives the command its description, options and arguments.
+/// Adds the command's description, options and arguments.
 void add_simulate_options(CLI::App& command, SimulateOptions& options);
 
-/// Simulates what the options name and writes it to standard output.
-/// @return the exit status: 0, or 2 when a scenario was not usable; complaints stand on standard error
-/// @throws InputError when the options don't go together
-/// @throws std::runtime_error when standard output takes no more
+/// Simulates the given scenarios and writes the results to standard output.
+/// @return the exit status: 0, or 2 when a scenario was invalid; errors are on standard error
+/// @throws InputError when the options conflict
+/// @throws std::runtime_error when writing to standard output fails
 int simulate_command(const SimulateOptions& options);
 
 } // namespace qoro

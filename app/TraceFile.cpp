@@ -43,7 +43,7 @@ LineSink TraceFile::sink() const
     return [file = file_](std::string_view line) {
         if (file->failed)
             return;
-        // Whoever follows the trace sees each event as it happens.
+        // Flush each event, so that a reader can follow the trace.
         if (std::fwrite(line.data(), 1, line.size(), file->stream) == line.size() && std::fflush(file->stream) == 0)
             return;
         file->failed = true;

@@ -8,8 +8,8 @@
 namespace qoro
 {
 
-/// Where a trace is written to, line by line as it grows. When the file takes no more, on a full disk or a broken pipe,
-/// one line on standard error says so, and the trace ends there.
+/// A trace's output, written line by line. When a write fails (full disk, broken pipe), one line on standard error
+/// reports it and the trace ends.
 class TraceFile
 {
 public:
@@ -17,10 +17,10 @@ public:
     /// @throws InputError when the file cannot be written
     explicit TraceFile(const std::string& path);
 
-    /// Readable lines for a terminal, JSON for everything else.
+    /// Text for a terminal, JSON otherwise.
     TraceFormat format() const;
     LineSink sink() const;
-    /// Whether something of the trace is missing from the file.
+    /// Whether the trace is incomplete because of a write error.
     bool has_failed() const;
 
 private:

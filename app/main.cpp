@@ -14,7 +14,7 @@
 #include <string>
 
 #ifdef __SANITIZE_ADDRESS__
-/// Leaks are told apart by who asked for the memory, and GLib is built so that only a slow look shows that.
+/// Leak suppressions match the allocating frames; in GLib only the slow unwinder finds them.
 extern "C" const char* __asan_default_options();
 extern "C" const char* __asan_default_options()
 {
@@ -32,7 +32,7 @@ int refuse(const std::string& complaint)
     return UnusableInput;
 }
 
-/// The first line: what CLI11 says, without its advice.
+/// CLI11's message without the advice in the lines after it.
 std::string first_line(const std::string& text)
 {
     return text.substr(0, text.find('\n'));
@@ -41,7 +41,7 @@ std::string first_line(const std::string& text)
 
 int main(int argc, char** argv)
 {
-    // A reader of our output that goes away is no reason to end without putting the volume back.
+    // A closed output pipe must not end the process before it restores the system volume.
     std::signal(SIGPIPE, SIG_IGN);
 
     CLI::App app("Plays and simulates full-screen video ads.", "qoro-ad");

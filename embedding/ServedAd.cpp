@@ -14,7 +14,7 @@ namespace qoro
 
 namespace
 {
-/// The paths of the trackers that the ad's own server is to answer.
+/// Paths of the ad's relative trackers, which its own server answers.
 std::vector<std::string> tracker_paths(QoroVideoAd& ad)
 {
     std::vector<std::string> paths;

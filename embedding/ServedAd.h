@@ -11,19 +11,19 @@
 namespace qoro
 {
 
-/// An ad whose folder is served: its relative addresses lead to a server of its own. What it names itself can be
-/// reached wherever it lies, also in a private network or on this machine, as long as this object lives.
+/// Serves an ad's folder on a server of its own and makes the ad's relative addresses absolute on it. While this object
+/// exists, every host that the ad itself names is reachable, also in a private network or on this machine (NamedHosts).
 class ServedAd
 {
 public:
     /// @param ad its relative addresses are replaced
-    /// @param folder what they are relative to
-    /// @param on_hit as AdServer's
-    /// @throws std::runtime_error when there can be no server
+    /// @param folder base of relative addresses
+    /// @param on_hit as for AdServer
+    /// @throws std::runtime_error when the server cannot be started
     ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, AdServer::OnHit on_hit = nullptr);
-    /// Reads the ad from a file, whose folder is served.
-    /// @throws InputError for a file that can't be read, or holds no ad that could be shown
-    /// @throws std::runtime_error when there can be no server
+    /// Reads the ad from a file and serves that file's folder.
+    /// @throws InputError when the file cannot be read, or holds no playable ad
+    /// @throws std::runtime_error when the server cannot be started
     explicit ServedAd(const std::string& file, AdServer::OnHit on_hit = nullptr);
 
     const std::shared_ptr<QoroVideoAd>& ad() const { return ad_; }

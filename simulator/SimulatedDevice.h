@@ -10,7 +10,7 @@ namespace qoro
 class Platform;
 class VirtualLoop;
 
-/// The device that the setup describes. Opening an address does nothing.
+/// The device that the setup describes. Opening an address has no effect.
 class SimulatedDevice final : public Device
 {
 public:
@@ -23,10 +23,11 @@ public:
     bool status_bar_hidden() const override { return status_bar_hidden_; }
     bool can_open(const NSURL& address) override;
     void open(const NSURL& address) override;
-    /// The viewer stays there: a step closes the screen that waits.
+    /// The viewer stays away: a step closes the screen that waits.
     void open_and_wait(const NSURL&, std::function<void()>) override {}
 
-    /// Turns the device and its status bar, posting nothing. True when the status bar's orientation is a new one.
+    /// Changes the device's and the status bar's orientation without posting. Returns whether the status bar's
+    /// orientation changed.
     bool turn(const DeviceChange& change);
 
 private:
@@ -36,7 +37,7 @@ private:
     bool status_bar_hidden_;
 };
 
-/// A calendar that takes every event, where the setup has one, and keeps none.
+/// A calendar that accepts every event, if the setup has one, and stores nothing.
 class SimulatedCalendar final : public Calendar
 {
 public:
@@ -49,7 +50,7 @@ private:
     const bool available_;
 };
 
-/// The output volume; each change is reported as an event of its own at the same moment.
+/// The output volume. Each change is reported as a separate event at the same virtual time.
 class SimulatedVolume final : public OutputVolume
 {
 public:

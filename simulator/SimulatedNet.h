@@ -10,19 +10,19 @@ namespace qoro
 
 class VirtualLoop;
 
-/// Answers addresses as the world says.
+/// Answers requests as the world defines.
 class SimulatedNet final : public Fetcher
 {
 public:
     SimulatedNet(VirtualLoop& loop, const World& world) : loop_(loop), world_(world) {}
 
     void fetch(const std::string& address, FetchKind, std::function<void(FetchAnswer)> answer) override;
-    /// At once, whatever delay the address has; the delay is added to blocked_seconds().
+    /// Answers immediately, whatever the address's delay; the delay is added to blocked_seconds().
     FetchAnswer fetch_now(const std::string& address) override;
 
-    /// How long a real main thread would have waited for synchronous fetches.
+    /// Seconds that a real main thread would have been blocked by synchronous fetches.
     double blocked_seconds() const { return blocked_seconds_; }
-    /// How many requests wait for their answer.
+    /// Number of requests without an answer yet.
     std::size_t pending() const { return pending_; }
 
 private:
@@ -32,7 +32,7 @@ private:
     std::size_t pending_ = 0;
 };
 
-/// Holds the copies that the world says.
+/// Holds the copies that the world defines.
 class SimulatedVideoCache final : public VideoCacheStore
 {
 public:

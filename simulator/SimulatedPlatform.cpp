@@ -17,11 +17,11 @@ SimulatedPlatform::SimulatedPlatform(World world)
 
 SimulatedPlatform::~SimulatedPlatform()
 {
-    // What still lives here may ask for the platform as it goes, and tells nobody any more.
+    // Objects destroyed here may use the current platform; their events are no longer reported.
     const PlatformScope scope(*this);
     set_witness(nullptr);
     loop_.clear();
-    // A window that shows its owner keeps it.
+    // A window retains a root view controller that retains the window.
     for (const std::shared_ptr<ViewNode>& window : shared<WindowList>().all()) {
         const std::shared_ptr<UIViewController> gone = std::move(window->window_root);
     }
@@ -31,7 +31,7 @@ SimulatedPlatform::~SimulatedPlatform()
 
 void SimulatedPlatform::bring_news(const MPMoviePlayerController& player, const PlayerNews& news)
 {
-    // The handle keeps the player to the end of its news.
+    // The handle retains the player until its news is delivered.
     const MPMoviePlayerController held = player;
     if (auto* engine = static_cast<SimulatedPlayer*>(held.engine()))
         engine->take(news);

@@ -16,8 +16,8 @@
 namespace qoro
 {
 
-/// A platform in virtual time: the same world gives the same session, to the last byte of its trace. Nothing happens
-/// but in run_until.
+/// A platform in virtual time. Deterministic: the same world gives the same trace, byte for byte. Events run only
+/// inside run_until().
 class SimulatedPlatform final : public Platform, public SessionControls
 {
 public:
@@ -36,11 +36,11 @@ public:
     Calendar& calendar() override { return calendar_; }
     Display& display() override { return display_; }
 
-    /// Runs everything that is due at or before a moment.
+    /// Runs every event due at or before a time.
     /// @param seconds since the start
     void run_until(double seconds) { loop_.run_until(to_microseconds(seconds)); }
 
-    /// Calls back, inside whatever is running, when something that could be seen has changed; null for no longer.
+    /// Sets a callback for visible changes, called inside the event that causes them; null removes it.
     void on_display_change(std::function<void()> changed) { display_.changed = std::move(changed); }
 
     void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) override;
@@ -50,7 +50,7 @@ public:
     bool page_runs(const UIWebView& page) const override;
 
 private:
-    /// Nothing is drawn.
+    /// Draws nothing.
     struct NoDisplay final : Display {
         std::function<void()> changed;
         void needs_display() override

@@ -11,8 +11,8 @@ namespace qoro
 namespace
 {
 
-/// Seconds of media as microseconds, held some seventy thousand years around 0: two of them and the session's time can
-/// be added.
+/// Media seconds as microseconds, clamped to about 73,000 years around 0, so that two of them plus the session's time
+/// do not overflow.
 std::int64_t media_microseconds(double seconds)
 {
     constexpr std::int64_t Farthest = std::int64_t{1} << 61;
@@ -76,7 +76,7 @@ void SimulatedPlayer::pause()
         return;
     if (!ready_)
         wants_play_ = false;
-    // Also before it is loaded, when a step's news made it play.
+    // A player that is not loaded may be playing because of a step's news.
     if (playing()) {
         set_playback_state(MPMoviePlaybackStatePaused);
         post(Event::ReportPlayback);
@@ -89,7 +89,7 @@ void SimulatedPlayer::seek(double time)
         manual_time_ = time;
     } else if (!stalled_) {
         ended_ = false;
-        // A step's news may have made the duration negative.
+        // A step's news may have set a negative duration.
         const std::int64_t end = std::max<std::int64_t>(media_microseconds(duration_), 0);
         put(std::clamp<std::int64_t>(media_microseconds(time), 0, end));
     }
@@ -100,7 +100,7 @@ double SimulatedPlayer::current_time() const
     if (manual())
         return manual_time_;
     const std::int64_t now = position();
-    // Exactly the duration at the end, also when it is no whole number of microseconds.
+    // Exactly the duration at the end, even when it is not a whole number of microseconds.
     return now == media_microseconds(duration_) ? duration_ : static_cast<double>(now) / 1e6;
 }
 
@@ -116,7 +116,7 @@ void SimulatedPlayer::take(const PlayerNews& news)
         ended_ = false;
     }
     put(news.time ? media_microseconds(*news.time) : now);
-    // Whoever hears the news may end the player.
+    // A listener may destroy the player.
     if (news.load) {
         load_state_ = *news.load;
         listener_.load_state_changed();
@@ -140,7 +140,7 @@ void SimulatedPlayer::leave_app()
 
 TimerId SimulatedPlayer::after(std::int64_t microseconds, Event event)
 {
-    // A pointer and two small numbers: the loop needs no allocation to keep that.
+    // One pointer and two small integers, which std::function stores without allocating.
     return players_.loop_.after(microseconds, [players = &players_, serial = serial_, event] {
         if (SimulatedPlayer* player = players->find(serial))
             player->run(event);
@@ -194,7 +194,7 @@ void SimulatedPlayer::begin_playing()
 {
     if (std::exchange(ended_, false))
         position_ = 0;
-    // The report comes before anything that playing comes to at once.
+    // Posted first, so that it precedes any event of playback due immediately.
     post(Event::ReportPlayback);
     set_playback_state(MPMoviePlaybackStatePlaying);
 }
@@ -245,13 +245,13 @@ void SimulatedPlayer::look_ahead()
 void SimulatedPlayer::loaded()
 {
     if (!has_source_) {
-        // A step's news may have made it play: it goes on as the step said.
+        // A player without a source may be playing because of a step's news; that state stays.
         post(Event::ReportPlayback);
         post(Event::ReportFailure);
         return;
     }
     duration_ = players_.video_.duration;
-    // A step's news may have made it play already: its end is known now.
+    // A step's news may have started playback already; its end is known only now.
     put(position());
     load_state_ = MPMovieLoadStatePlayable;
     post(Event::ReportPlayable);

@@ -13,29 +13,29 @@ namespace qoro
 class SimulatedPlayer;
 class VirtualLoop;
 
-/// Makes the players of a simulated platform and brings them their events: an event of a player that has gone is lost.
+/// Creates the players of a simulated platform and delivers their events. Events of a destroyed player are dropped.
 class SimulatedPlayers final : public PlayerFactory
 {
 public:
     SimulatedPlayers(VirtualLoop& loop, const VideoSetup& video) : loop_(loop), video_(video) {}
 
     std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) override;
-    /// The user leaves the app: players that play pause by themselves. Nothing in manual mode.
+    /// The user leaves the app: running players pause. No effect in manual mode.
     void leave_app();
 
 private:
     friend class SimulatedPlayer;
 
-    /// The player of a serial, null when it is gone.
+    /// The player with a serial number; null once destroyed.
     SimulatedPlayer* find(std::uint32_t serial) const;
 
     VirtualLoop& loop_;
     const VideoSetup& video_;
-    std::vector<SimulatedPlayer*> players_; // by serial; null for those that are gone
+    std::vector<SimulatedPlayer*> players_; // indexed by serial; null once destroyed
 };
 
-/// A player in virtual time. In manual mode it does nothing by itself; in automatic mode it behaves as a real one over
-/// the video that its setup describes.
+/// A player in virtual time. In manual mode it changes only on news from steps; in automatic mode it behaves as a real
+/// player of the video that the setup describes.
 class SimulatedPlayer final : public PlayerEngine
 {
 public:
@@ -51,14 +51,14 @@ public:
     int load_state() const override { return load_state_; }
     int playback_state() const override { return playback_state_; }
 
-    /// Sets what the news name, and posts them in their order, inside the call.
+    /// Applies player news and posts them in order, inside the call.
     void take(const PlayerNews& news);
-    /// As SimulatedPlayers::leave_app, for this one.
+    /// As SimulatedPlayers::leave_app, for this player.
     void leave_app();
 
 private:
     friend class SimulatedPlayers;
-    /// What playing comes to next.
+    /// The next event of playback.
     enum class Ahead { End, Stall, Error, ErrorForGood };
     enum class Event : std::uint32_t {
         Loaded,
@@ -76,21 +76,21 @@ private:
     TimerId after(std::int64_t microseconds, Event event);
     bool manual() const { return players_.video_.manual; }
     bool playing() const { return playback_state_ == MPMoviePlaybackStatePlaying; }
-    /// Where the video is, in microseconds.
+    /// Media position, microseconds.
     std::int64_t position() const;
-    /// Puts the video at a position, and counts from there while it plays.
+    /// Sets the position, and counts from there while playing.
     void put(std::int64_t position);
     void set_playback_state(int state);
     void begin_playing();
     void fail();
-    /// Waits anew for what lies ahead: an end, a stall or a failure.
+    /// Restarts the timer for the next event of playback: end, stall or error.
     void look_ahead();
 
     void run(Event event);
     void loaded();
     void report_playable();
     void report_playthrough();
-    /// Playing has reached what lay ahead.
+    /// Playback has reached the next event.
     void come_to_it();
     void stall_over();
 
@@ -105,18 +105,18 @@ private:
 
     double manual_time_ = 0;
 
-    std::int64_t position_ = 0; // microseconds, when it was last put
+    std::int64_t position_ = 0; // microseconds, when last set
     std::int64_t put_at_ = 0;   // microseconds of virtual time
     TimerId ahead_timer_ = 0;
     Ahead ahead_ = Ahead::End;
     std::size_t ahead_stall_ = 0;
-    bool ready_ = false; // loading has been reported to its end
+    bool ready_ = false; // loading is complete and reported
     bool wants_play_ = false;
     bool ended_ = false;
     bool stalled_ = false;
     bool failed_ = false;
     bool failed_for_good_ = false;
-    /// Plays since it has failed for good.
+    /// play() calls since the permanent failure.
     int vain_plays_ = 0;
     std::vector<bool> stalls_done_;
 };

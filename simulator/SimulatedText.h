@@ -6,8 +6,8 @@
 namespace qoro
 {
 
-/// Measures a text as the world says; any other is 7 points a code point wide and 16 high, an empty one 0 by 16, a null
-/// one 0 by 0. Cut to the box.
+/// Returns the size that the world defines for a text. Otherwise: 7 points per code point wide and 16 points high; an
+/// empty text is 0 by 16, a null one 0 by 0. Clamped to the box.
 class SimulatedText final : public TextMeasurer
 {
 public:
@@ -18,14 +18,14 @@ private:
     const World& world_;
 };
 
-/// Takes bytes with the signature of a PNG or JPEG file for a picture.
+/// Decodes any bytes with a PNG or JPEG signature to an empty picture.
 class SimulatedImages final : public ImageDecoder
 {
 public:
     std::shared_ptr<const DecodedImage> decode(const NSData& bytes) override;
 
 private:
-    /// One for all: nothing is drawn here.
+    /// Shared by all results: nothing is drawn here.
     const std::shared_ptr<const DecodedImage> picture_ = std::make_shared<DecodedImage>();
 };
 

@@ -38,7 +38,7 @@ void SimulatedWebEngine::load_address(const NSURL& address)
 {
     if (!address.is_web())
         return;
-    // What lay ahead is lost, as in any browser.
+    // A new page discards the forward history, as in a browser.
     if (!visited_.empty())
         visited_.resize(place_ + 1);
     visited_.push_back(address);
@@ -123,7 +123,7 @@ void SimulatedWebEngine::begin(const NSURL& address)
     after(0, Report::Start);
 }
 
-/// What the network has under the address that is on its way; null where it was told nothing of it.
+/// The network's answer for the address being loaded; null when the world does not define one.
 const NetAnswer* SimulatedWebEngine::answer() const
 {
     const auto known = engines_.world_.net.find(address_.absoluteString().text());

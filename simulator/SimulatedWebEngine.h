@@ -14,7 +14,7 @@ namespace qoro
 class SimulatedWebEngine;
 class VirtualLoop;
 
-/// Makes the web engines of a simulated platform. A page's script does not run: what it would do are steps.
+/// Creates the web engines of a simulated platform. A page's script does not run; steps issue its commands.
 class SimulatedWebEngines final : public WebEngineFactory
 {
 public:
@@ -25,12 +25,12 @@ private:
     friend class SimulatedWebEngine;
     VirtualLoop& loop_;
     const World& world_;
-    std::vector<SimulatedWebEngine*> engines_; // by serial; null for those that are gone
+    std::vector<SimulatedWebEngine*> engines_; // indexed by serial; null once destroyed
 };
 
-/// Reports the start of a page's load as an event of its own, and its end 0.1 s later, for an address that the network
-/// answers late as much later. An address that the network fails to answer fails. A further page ends the load before
-/// it, whose end is then not reported.
+/// Reports the start of a load as a separate event, and its end 0.1 s later plus the delay of the address's answer. A
+/// load fails when the network answers the address with an error. A new load supersedes the one before it, whose end is
+/// not reported.
 class SimulatedWebEngine final : public WebEngine
 {
 public:
@@ -48,7 +48,7 @@ public:
     void set_scales_page_to_fit(bool) override {}
     void watch_responsiveness(bool watch) override;
 
-    /// The page's process dies, or its script hangs, inside the call. A further page begins anew.
+    /// Ends the page's process, or hangs its script, inside the call. A new load mends the page.
     void break_page(PageFault fault);
     bool script_runs() const { return !fault_; }
 
@@ -71,13 +71,13 @@ private:
     bool has_content_ = false;
     std::optional<PageFault> fault_;
     bool watched_ = false;
-    /// It was reported that the script does not answer.
+    /// The hang has been reported.
     bool silent_ = false;
-    /// The addresses that were visited; html stands in none of them.
+    /// The history of addresses; pages loaded as HTML text are not in it.
     std::vector<NSURL> visited_;
-    /// The place among them of what is shown, or on its way; past the end before the first.
+    /// Index in visited_ of the page shown or loading; 0 while the history is empty.
     std::size_t place_ = 0;
-    /// Whether what is loading is an address.
+    /// Whether the current load is of an address, not of HTML text.
     bool by_address_ = false;
 };
 

@@ -9,7 +9,7 @@ Simulation::Simulation(const Scenario& scenario) : scenario_(scenario), platform
 
 Simulation::~Simulation()
 {
-    // What ends with the session is no part of it.
+    // Events of the teardown are not part of the session.
     platform_.set_witness(nullptr);
 }
 

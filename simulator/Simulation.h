@@ -10,7 +10,7 @@
 namespace qoro
 {
 
-/// One session of a scenario in virtual time. The scenario may be shared by many, also on other threads.
+/// One session of a scenario in virtual time. Several simulations may share the scenario, also across threads.
 class Simulation
 {
 public:
@@ -18,8 +18,8 @@ public:
     ~Simulation();
 
     SimulatedPlatform& platform() { return platform_; }
-    /// Sets up the host and the controller, then runs every step; nothing runs after the last one. Who is to witness it
-    /// is set before.
+    /// Sets up the host and the controller, then runs every step; nothing runs after the last one. Set the platform's
+    /// event sink before the call.
     void run();
     /// Null before run().
     Session* session() { return session_.get(); }
@@ -30,10 +30,10 @@ private:
     std::unique_ptr<Session> session_;
 };
 
-/// Runs a scenario and writes its trace.
+/// Runs a scenario and writes its trace to a sink.
 void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink);
 
-/// The same, as one text of JSON lines.
+/// As above, as one text of JSON lines.
 std::string simulate(const Scenario& scenario);
 
 } // namespace qoro

@@ -16,7 +16,7 @@ namespace
 constexpr std::size_t LabelWidth = 32;
 constexpr std::size_t LeftWidth = 14;
 constexpr std::size_t LongestAddress = 60;
-/// Moments of one tracker that a table shows; more are counted.
+/// Times of one tracker that a table shows; the rest are only counted.
 constexpr std::size_t MomentsShown = 12;
 
 struct Leftover {
@@ -98,7 +98,7 @@ void append_left(std::string& out, const LeftBehind& left)
 
 // -------------------------------------------------------------------------------------------------------------- table
 
-/// How many characters a text shows, for columns.
+/// Number of code points, for column widths.
 std::size_t width_of(std::string_view text)
 {
     return static_cast<std::size_t>(
@@ -132,7 +132,7 @@ std::string moment(std::optional<std::int64_t> microseconds)
     return microseconds ? "at " + seconds(*microseconds) + " s" : "never";
 }
 
-/// "at 21 s, 11.5 s after the release": with the wait, where that is another number.
+/// "at 21 s, 11.5 s after the release"; the second part only when `before` is not 0.
 std::string moment_after(std::optional<std::int64_t> microseconds, std::optional<std::int64_t> before,
                          std::string_view what)
 {
@@ -209,7 +209,7 @@ std::string_view controller_words(const LeftBehind& left)
     return "gone";
 }
 
-/// One row for each kind of leftover; a column for the close when there was one.
+/// One row per kind of leftover; the first column only if the ad closed.
 void append_left_behind(std::string& out, const Summary& summary)
 {
     const std::string close_timers = summary.after_close ? timers(*summary.after_close) : "";

@@ -12,31 +12,31 @@
 namespace qoro
 {
 
-/// One tracking address of an ad, and when it was asked for.
+/// One tracking address of an ad and the times of its requests.
 struct TrackerSummary {
-    /// Where the ad names it: "start", "progress 8", "pause", "button 1 click", "heartbeat"; several with commas
-    /// between. Empty for an address that the ad did not name when the session began.
+    /// Where the ad names it: "start", "progress 8", "pause", "button 1 click", "heartbeat"; comma-separated if in
+    /// several places. Empty for an address that the ad did not name at the session's start.
     std::string kind;
-    /// As the ad has it, with its macros; as it was sent when the ad does not name it.
+    /// As in the ad, with its macros; as sent when the ad does not name it.
     std::string url;
-    /// Microseconds, each time that it was sent, in order.
+    /// Time of each request, microseconds, in order.
     std::vector<std::int64_t> sent;
 };
 
-/// What there is of an ad at one moment that a closed ad should not leave.
+/// Resources of an ad that should be gone after its close, at one moment.
 struct LeftBehind {
     enum class Controller {
-        /// The host has not let it go yet.
+        /// The host still retains it.
         Held,
-        /// The host has let it go; a timer, a request or a window keeps it.
+        /// Released by the host; retained by a timer, a request or a window.
         Kept,
         Gone,
     };
-    /// The controller's timers that run, by their fields' names.
+    /// Field names of the controller's running timers.
     std::vector<std::string> timers;
-    /// Its registrations for notifications.
+    /// The controller's notification registrations.
     std::size_t observers = 0;
-    /// Windows beside the host's own.
+    /// Windows besides the host's own.
     std::size_t windows = 0;
     /// Listeners of the page's script.
     std::size_t listeners = 0;
@@ -45,33 +45,33 @@ struct LeftBehind {
     Controller controller = Controller::Gone;
 };
 
-/// A session in figures. Moments are microseconds since the session's start; absent for what did not happen.
+/// The figures of a session. Times are microseconds since the session's start; absent for what did not happen.
 struct Summary {
     std::optional<std::int64_t> opened;
-    /// When a finger on the middle of the close button would first have reached it.
+    /// When a touch at the middle of the close button would first have hit it.
     std::optional<std::int64_t> close_button;
-    /// When the ad was first closed to the end; hiding the video is no close.
+    /// When the ad was first closed completely; hiding the video is not a close.
     std::optional<std::int64_t> closed;
-    /// When the host let the controller go.
+    /// When the host released the controller.
     std::optional<std::int64_t> released;
     /// When the controller was destroyed.
     std::optional<std::int64_t> destroyed;
-    /// Microseconds that a real main thread would have waited for synchronous fetches.
+    /// Microseconds that a real main thread would have been blocked by synchronous fetches.
     std::int64_t blocked = 0;
-    /// The ad's own, list by list, sent or not; then the others in the order of their first sending.
+    /// First the ad's own trackers, list by list, sent or not; then others in order of their first request.
     std::vector<TrackerSummary> trackers;
-    /// At the end of the moment at which the ad closed.
+    /// At the end of the virtual time at which the ad closed.
     std::optional<LeftBehind> after_close;
     /// After the last step.
     LeftBehind at_end;
 };
 
-/// Runs a scenario, writes its trace, and sums it up. The trace is the same as without the summary.
+/// Runs a scenario, writes its trace and returns its summary. The summary does not change the trace.
 Summary simulate_and_sum_up(const Scenario& scenario, TraceFormat format, const LineSink& sink);
 
-/// As an object with a named field for each figure; moments in seconds.
+/// Appends the summary as an object with one field per figure; times in seconds.
 void append_json(std::string& out, const Summary& summary);
-/// As tables for people, several lines.
+/// Appends the summary as readable tables of several lines.
 void append_table(std::string& out, const Summary& summary);
 
 } // namespace qoro

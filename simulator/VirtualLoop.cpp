@@ -14,10 +14,10 @@ namespace
 {
 
 constexpr std::int64_t Never = std::numeric_limits<std::int64_t>::max();
-/// Seconds; below it a due time can't overflow.
+/// Seconds; bounds due times so that they cannot overflow.
 constexpr double LongestInterval = 1e12;
 
-// A timer's id holds its serial above the place of its slot: ids order by creation and are found without a search.
+// A timer's id is a serial number above its slot index: ids order by creation, and lookup needs no search.
 constexpr unsigned SlotBits = 24;
 
 std::size_t slot_of(TimerId timer)
@@ -56,7 +56,7 @@ void VirtualLoop::stop_timer(TimerId timer)
 {
     if (!find(timer))
         return;
-    // What the function holds may end timers of its own as it goes.
+    // Destroying the function may stop further timers.
     const std::function<void()> ended = std::move(slots_[slot_of(timer)].fire);
     release(slot_of(timer));
 }
@@ -96,7 +96,7 @@ void VirtualLoop::run_until(std::int64_t microseconds)
 
 void VirtualLoop::clear()
 {
-    // What goes may start new timers as it goes.
+    // Destroying the functions may start new timers.
     while (pending() > 0) {
         heap_.clear();
         free_.clear();

@@ -10,33 +10,33 @@ namespace qoro
 
 class Platform;
 
-/// Seconds as whole microseconds, to the nearest; the outermost numbers for what does not fit, 0 for not-a-number.
+/// Seconds as microseconds, rounded to the nearest; saturates out of range, 0 for NaN.
 std::int64_t to_microseconds(double seconds);
 
-/// The main loop in virtual time: whole microseconds from 0, one queue for everything that is due. What is due at the
-/// same moment runs in the order of its creation; a repeating timer keeps its place.
+/// The main loop in virtual time: whole microseconds from 0 and one queue. Events due at the same time run in order of
+/// creation; a repeating timer retains its position.
 class VirtualLoop final : public MainLoop
 {
 public:
     explicit VirtualLoop(Platform& owner) : owner_(owner) {}
 
     double now() const override;
-    /// The interval is rounded to whole microseconds, at least one. A timer that would fire only after thirty thousand
-    /// years never fires.
+    /// The interval is rounded to whole microseconds, at least one. An interval beyond 1e12 s, about 30,000 years,
+    /// never fires.
     TimerId start_timer(double interval, bool repeats, std::function<void()> fire) override;
     void stop_timer(TimerId timer) override;
-    /// Infinite for a running timer that never fires.
+    /// Infinity for a running timer that never fires.
     double due(TimerId timer) const override;
     void post(std::function<void()> work) override;
 
     std::int64_t now_microseconds() const { return now_; }
     /// Runs work once, after a delay.
     TimerId after(std::int64_t microseconds, std::function<void()> work);
-    /// Runs everything that is due at or before a moment, then stands at that moment.
+    /// Runs everything due at or before a time, then sets the clock to it.
     void run_until(std::int64_t microseconds);
-    /// What is still to come, timers that never fire included.
+    /// Number of queued events, including timers that never fire.
     std::size_t pending() const { return slots_.size() - free_.size(); }
-    /// Drops everything that is still to come.
+    /// Drops all queued events.
     void clear();
 
 private:
@@ -65,7 +65,7 @@ private:
     std::uint64_t next_serial_ = 1;
     std::vector<Slot> slots_;
     std::vector<std::size_t> free_;
-    std::vector<Due> heap_; // entries of stopped timers stay until they come up
+    std::vector<Due> heap_; // entries of stopped timers remain until due
 };
 
 } // namespace qoro
