@@ -1,5 +1,5 @@
-// What the controller itself costs, on the simulated platform: time and number of allocations for one pass of each
-// layout, one tick, one event to the script; and whole sessions a second, with and without their trace.
+// Cost of the controller on the simulated platform: time and allocations of one pass of each layout, one tick, and one
+// event to the script; and whole sessions per second, with and without their trace.
 
 #include "session/Session.h"
 #include "session/Trace.h"
@@ -33,7 +33,7 @@ std::shared_ptr<QoroVideoAd> ordinary_ad()
     return ad;
 }
 
-/// An ad that plays, one second in.
+/// A playing ad, one second after its start.
 struct Playing {
     SimulatedPlatform platform;
     PlatformScope scope{platform};
@@ -51,7 +51,7 @@ template <typename Operation>
 void measure(benchmark::State& state, Operation&& operation)
 {
     Playing ad;
-    operation(ad.controller()); // what is made once is made
+    operation(ad.controller()); // warm-up; excludes one-time allocations
     const std::size_t before = test::allocations_so_far();
     for (auto _ : state)
         operation(ad.controller());
@@ -92,7 +92,7 @@ void event_to_script(benchmark::State& state)
 }
 BENCHMARK(event_to_script);
 
-/// A session of 30 s with a heartbeat each second and ticks of a tenth.
+/// A session of 30 s with a heartbeat every second and ticks every tenth of a second.
 void session_of_30_s(benchmark::State& state, bool traced)
 {
     std::size_t bytes = 0;

@@ -1,14 +1,14 @@
-// Judges any video player from outside: reads the number that each frame of bench's clip carries as a bar code from the
-// X server's picture, and says when each was first seen.
+// Measures any video player from outside: reads the frame number that bench's clip encodes as a bar code from the X
+// server's picture, and records when each frame first appears.
 //
 //   frame_reader X Y WIDTH HEIGHT SECONDS
 //
-// X Y WIDTH HEIGHT: where the player shows its picture on the screen. Reads for SECONDS from the first frame seen (at
-// most 10 s without one), then prints one JSON object: when the first frame was seen (seconds of CLOCK_MONOTONIC), how
-// many were seen and missed, and how far the frames strayed from an even grid (median and 99th percentile, in ms).
+// X Y WIDTH HEIGHT: the player's picture on the screen. Reads for SECONDS from the first frame seen (gives up after 10
+// s without one), then prints one JSON object: time of the first frame (seconds of CLOCK_MONOTONIC), frames seen and
+// missed, and deviation of the frames from an even grid (median and 99th percentile, in ms).
 //
-// The bar code: a strip a third of the way down the picture, sixteen fields of equal width, lowest bit first; the upper
-// eight fields are the lower eight inverted, so that a torn or foreign picture is never taken for a number.
+// The bar code: a strip a third of the way down the picture, sixteen fields of equal width, lowest bit first. The upper
+// eight fields are the lower eight inverted, so that a torn or foreign picture never decodes to a number.
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
@@ -36,7 +36,7 @@ double now()
     return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
 
-/// One row of the screen, read again and again through shared memory.
+/// One row of the screen, read repeatedly through shared memory (MIT-SHM).
 class Row
 {
 public:
@@ -54,7 +54,7 @@ public:
         shmctl(segment_.shmid, IPC_RMID, nullptr);
     }
 
-    /// The number in the row; absent when it holds none.
+    /// The frame number in the row; absent without a valid bar code.
     std::optional<int> number()
     {
         XShmGetImage(display_, DefaultRootWindow(display_), image_, x_, y_, AllPlanes);
@@ -112,7 +112,7 @@ int main(int argc, char** argv)
 
     Row row(display, x, y + height / 3, width);
     struct Seen {
-        int number; // counted on past the bar code's 255
+        int number; // continues past the bar code's 255
         double at;
     };
     std::vector<Seen> seen;
@@ -133,7 +133,7 @@ int main(int argc, char** argv)
         return 0;
     }
 
-    // The start of a playback settles within a second; the grid is the median of what each later frame says of it.
+    // Playback settles within a second; the grid's origin is the median over the later frames.
     std::vector<double> origins;
     for (const Seen& frame : seen)
         if (frame.at - seen.front().at > 1)

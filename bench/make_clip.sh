@@ -1,8 +1,8 @@
 #!/bin/sh
-# Makes the clip that bench/frame_reader judges players by: bench/make_clip.sh OUT.mp4 [SECONDS]
-# 1280x720 at 30 frames a second, H.264 and AAC; a strip a third of the way down each frame, where no player draws its
-# controls, carries the frame's number (modulo 256) as sixteen fields, lowest bit first, the upper eight inverted; the rest
-# moves.
+# Makes the clip with which bench/frame_reader measures players: bench/make_clip.sh OUT.mp4 [SECONDS]
+# 1280x720 at 30 frames per second, H.264 and AAC. A strip a third of the way down each frame, clear of players'
+# controls, encodes the frame number (modulo 256) as sixteen fields, lowest bit first, the upper eight inverted; the
+# rest of the frame moves.
 set -eu
 out=$1
 seconds=${2-14}

@@ -70,7 +70,7 @@ def one_run(reader, command, area, seconds):
     began = time.clock_gettime(time.CLOCK_MONOTONIC)
     player = subprocess.Popen(command, stdout=log, stderr=log, start_new_session=True)
     eyes = subprocess.Popen([reader, *map(str, area), str(seconds + 1)], stdout=subprocess.PIPE, text=True)
-    # The first second on the screen settles; a slow start is no part of the playing cost.
+    # Exclude the first second of playback: a slow start is not part of the playing cost.
     time.sleep(2.0)
     pids = tree(player.pid)
     cpu_before, clock_before = cpu_seconds(pids), time.monotonic()
@@ -98,7 +98,7 @@ def qoro(program, folder, ad, *options):
 
 
 class Asked(http.server.SimpleHTTPRequestHandler):
-    """A server of files that notes when each was asked for first."""
+    """A file server that records the time of each file's first request."""
     first = {}
 
     def do_GET(self):
@@ -110,7 +110,7 @@ class Asked(http.server.SimpleHTTPRequestHandler):
 
 
 def open_to_frame(reader, program, folder, ad, area):
-    """Milliseconds from a running program's first request for the video to its first frame on the screen."""
+    """Milliseconds from a running program's first request for the video to its first frame on screen."""
     server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), functools.partial(Asked, directory=folder))
     threading.Thread(target=server.serve_forever, daemon=True).start()
     Asked.first.clear()
@@ -181,7 +181,7 @@ def main():
         for run in range(options.runs):
             for label, (command, area) in players.items():
                 if area is None:
-                    # A turned picture has its bar code upright, a paused one says nothing: only the cost is judged.
+                    # A rotated picture's bar code is upright and a paused one has no frames: measure only the cost.
                     player = subprocess.Popen(command, stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
                                               start_new_session=True)
                     time.sleep(2)

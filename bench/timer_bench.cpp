@@ -1,11 +1,10 @@
-// How well a repeating timer of the desktop's main loop keeps its grid, beside GLib's own repeating time-out in the
-// same loop:
+// Accuracy of a repeating timer of the desktop's main loop, compared with GLib's own repeating timeout in the same
+// loop:
 //
 //   timer_bench [SECONDS [VIDEO]]
 //
-// SECONDS (30 unless told): how long both fire every 100 ms. VIDEO: the path of a file that plays meanwhile, at
-// 375x211. Prints for each the lateness against start + n × interval (median and 99th percentile) and the drift at the
-// end.
+// SECONDS (default 30): how long both fire every 100 ms. VIDEO: path of a file to play meanwhile, at 375x211. Prints
+// for each the lateness against start + n × interval (median and 99th percentile) and the drift at the end.
 
 #include "desktop/GlibLoop.h"
 #include "desktop/media/GstPlayer.h"
@@ -29,7 +28,7 @@ struct Quiet final : qoro::PlayerListener {
     void finished(int) override {}
 };
 
-/// When a timer fired, in seconds after its start.
+/// Firing times of a timer, in seconds after its start.
 struct Firings {
     const qoro::GlibLoop& loop;
     const double start = loop.now();

@@ -1,15 +1,14 @@
-// Ten thousand trackers to a server on this machine: whether each arrives once, and how long the main loop stands still
+// Ten thousand trackers to a local server: whether each arrives exactly once, and how long the main loop is blocked
 // meanwhile:
 //
 //   tracker_bench [TRACKERS]
 //
-// TRACKERS: 10000 unless told. They are asked for in lists of ten, a list in each turn of the loop, as fast as it
-// turns. Beside this program's fetcher: libsoup alone, on the main loop, given 64 at a time; and `curl --parallel` with
-// 64 at a time, which has no loop to hold up. The loop at rest tells how long it stands still on this machine anyway.
-// Prints for each the trackers sent, answered with success and received by the server, the longest time that the loop
-// stood still, the most that its own thread computed in such a time (the rest is other threads' and programs'), and the
-// time to the last answer; then the ratios to the peers. Exits with 1 when a tracker of this program's was lost or came
-// twice.
+// TRACKERS: default 10000. They are requested in lists of ten, one list per loop iteration, without pauses. Compared
+// with libsoup alone on the main loop, 64 requests at a time, and with `curl --parallel`, 64 at a time, which has no
+// loop to block. The idle loop gives the machine's baseline. Prints for each: trackers sent, answered with success, and
+// received by the server; the longest time that the loop was blocked; the most processor time that the loop's own
+// thread used in such an interval (the rest is other threads and programs); and the time to the last answer; then the
+// ratios to the other two. Exits with 1 if one of this program's trackers was lost or arrived twice.
 
 #include "desktop/GlibLoop.h"
 #include "desktop/net/AdServer.h"
@@ -32,22 +31,22 @@ namespace
 {
 
 constexpr int ListLength = 10;
-/// Seconds between two looks at the loop, and after which a run that does not end is given up.
+/// Seconds: sampling interval of the loop; time limit of a run.
 constexpr double Look = 0.0005;
 constexpr double Patience = 120;
 constexpr double RestSeconds = 3;
-/// Connections of each of the three.
+/// Connections of each of the three programs.
 constexpr int AtATime = 64;
 
 struct Figures {
     const char* name;
     int sent = 0;
     int succeeded = 0;
-    /// Negative when one came twice.
+    /// Negative when a tracker arrived twice.
     int received = 0;
-    /// Seconds; negative where there is no loop.
+    /// Seconds; negative without a loop.
     double longest_stall = -1;
-    /// Seconds that the loop's own thread computed in the turn in which it computed most.
+    /// Most processor time of the loop's own thread in one interval, seconds.
     double longest_work = -1;
     double seconds = 0;
 };
@@ -57,7 +56,7 @@ std::string path_of(const std::string& run, int number)
     return "/t?" + run + "=" + std::to_string(number);
 }
 
-/// A folder with an empty file "t", gone with the object.
+/// A temporary folder with an empty file "t"; removed by the destructor.
 struct Folder {
     const std::string path = [] {
         char* made = g_dir_make_tmp("trackers-XXXXXX", nullptr);
@@ -72,7 +71,7 @@ struct Folder {
     Folder& operator=(const Folder&) = delete;
 };
 
-/// How many trackers of a run the server got; all of them are different, or the answer is negative.
+/// Number of trackers of a run that the server received; negated if any arrived twice.
 int received(const qoro::AdServer& server, const std::string& run)
 {
     int count = 0;
@@ -85,7 +84,7 @@ int received(const qoro::AdServer& server, const std::string& run)
     return targets.size() == static_cast<std::size_t>(count) ? count : -count;
 }
 
-/// Notes how long a loop stands still, as long as it lives.
+/// Records the longest time that a loop is blocked, while this object exists.
 class Watch
 {
 public:
@@ -109,7 +108,7 @@ public:
     }
 
 private:
-    /// Processor time of the thread that asks.
+    /// Processor time of the calling thread, seconds.
     static double thread_seconds()
     {
         timespec time{};
@@ -160,7 +159,7 @@ Figures run_ours(qoro::GlibLoop& loop, const qoro::AdServer& server, int tracker
     return figures;
 }
 
-/// libsoup on the main loop: each answer lets the next tracker go out.
+/// libsoup on the main loop: each answer triggers the next request.
 struct Libsoup {
     const qoro::AdServer& server;
     const int trackers;
@@ -241,7 +240,7 @@ void print(const Figures& figures)
 int main(int argc, char** argv)
 {
     const int trackers = argc > 1 ? std::atoi(argv[1]) : 10000;
-    // A file, since the server keeps the connection after an answer that has a length.
+    // A file, since the server keeps the connection open after an answer with a Content-Length.
     const Folder folder;
     const qoro::AdServer server({.folder = folder.path, .trackers = {}, .script = ""});
     if (!server.listens())

@@ -1,14 +1,14 @@
-# What a host application is given: find_package(QoroVideoAd COMPONENTS Controller Simulator Desktop).
+# The installed package: find_package(QoroVideoAd COMPONENTS Controller Simulator Desktop).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 set(QORO_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/qoro-video-ad)
 set(QORO_PACKAGE ${CMAKE_INSTALL_LIBDIR}/cmake/QoroVideoAd)
 
-# Every library of ours stands on this one.
+# The base of all our libraries.
 target_compile_features(qoro_platform PUBLIC cxx_std_20)
 target_include_directories(qoro_platform INTERFACE $<INSTALL_INTERFACE:${QORO_HEADERS}>)
 
-# A component: the target that a host links, and the libraries behind it.
+# A component: the target that a host links, and the libraries it needs.
 function(qoro_install_component name entry)
     add_library(qoro_package_${name} INTERFACE)
     target_link_libraries(qoro_package_${name} INTERFACE ${entry})

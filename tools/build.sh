@@ -1,5 +1,5 @@
 #!/bin/sh
-# Configures a preset once and builds it, or only the targets named: tools/build.sh PRESET [TARGET…]
+# Configures a preset if needed and builds it, or only the given targets: tools/build.sh PRESET [TARGET…]
 set -eu
 cd "$(dirname "$0")/.."
 preset=$1

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Checks that the tests which SECURITY.md names exist: "Suite.Name", or "Suite.*" for all of a suite.
+# Checks that the tests named in SECURITY.md exist: "Suite.Name", or "Suite.*" for a whole suite.
 set -eu
 cd "$(dirname "$0")/.."
 status=0

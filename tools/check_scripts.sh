@@ -1,6 +1,6 @@
 #!/bin/sh
-# Fails where the kit's script library breaks a rule of kit/script/.eslintrc.json, and names the place.
+# Fails if the kit's script library violates kit/script/.eslintrc.json, and prints the location.
 set -eu
 cd "$(dirname "$0")/.."
-# Debian's modules, for a node that is not Debian's.
+# Debian's modules, for a node from elsewhere.
 NODE_PATH=/usr/share/nodejs${NODE_PATH:+:$NODE_PATH} eslint --max-warnings 0 --format unix kit/script

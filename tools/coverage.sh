@@ -1,14 +1,14 @@
 #!/bin/sh
-# Says how much of the controller and the kit the tests without a display run through: tools/coverage.sh
-# Builds without the desktop, runs the tests, prints lines and branches of Base/ and kit/ and each line that never ran.
-# Branches that only an exception takes are left out.
+# Measures the coverage of the controller and the kit by the tests that need no display: tools/coverage.sh
+# Builds without the desktop, runs the tests, and prints line and branch coverage of Base/ and kit/ and every line not
+# executed. Branches that only an exception takes are excluded.
 set -eu
 cd "$(dirname "$0")/.."
 tools/setup.sh coverage
 tools/build.sh coverage qoro_tests
 
 build=build/coverage
-# Counts of an earlier run would add to this one's.
+# Counters accumulate across runs.
 find "$build" -name '*.gcda' -delete
 log=$build/tests.log
 "$build/tests/qoro_tests" --gtest_brief=1 >"$log" 2>&1 || {

@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""Draws the thirteen control images from their vector sources and embeds them in the program.
+"""Renders the thirteen control images from their vector sources and embeds them in the program.
 
 In:   Base/VideoPlayer/artwork/<array name>.svg
 Out:  Base/VideoPlayer/VideoImage/<array name>.png and VideoImage.h, VideoImage.cpp (the same bytes as arrays).
@@ -34,11 +34,11 @@ IMAGES = [
 ]
 
 SIGNATURE = b"\x89PNG\r\n\x1a\n"
-EMPTY_CHUNK = 12  # bytes of a chunk without data: length, type, checksum
-HOPELESS = 1.15  # zopfli does not save more than this over zlib
+EMPTY_CHUNK = 12  # bytes of a chunk without data: length, type, CRC
+HOPELESS = 1.15  # limit: zopfli saves at most this factor over zlib
 CHANNELS = 4  # red, green, blue, alpha, one byte each
 
-# Steps from 0 to 255 in each channel, finest first. Multiples of 12 keep the discs' alpha (7/12) as it is drawn.
+# Levels per channel, finest first. Multiples of 12 preserve the discs' alpha (7/12) exactly.
 SHADE_STEPS = [255, *range(240, 0, -12)]
 
 
@@ -86,7 +86,7 @@ def unfiltered(data, width, height):
 
 
 def drawn(source, width, height):
-    """The drawing as rows of RGBA bytes, colour not multiplied by alpha."""
+    """Renders a drawing as rows of RGBA bytes, not premultiplied."""
     command = ["rsvg-convert", "--width", str(width), "--height", str(height), str(source)]
     png = subprocess.run(command, check=True, capture_output=True).stdout
     header, pixels = None, b""
@@ -105,7 +105,7 @@ def drawn(source, width, height):
 
 
 def shaded(rows, steps):
-    """The rows with every channel rounded to the given steps, and nothing left in the colours of clear pixels."""
+    """Quantises every channel to the given levels and clears the colours of transparent pixels."""
     rounded = bytes(round(round(value * steps / 255) * 255 / steps) for value in range(256))
     out = []
     for row in rows:
@@ -126,7 +126,7 @@ def squeezed(data):
 
 
 def encodings(rows, limit):
-    """The pixel data in the two scan-line filters that suit the picture best, where they have a chance to fit."""
+    """The pixel data in the two scan-line filters that compress best, if they can fit."""
     candidates = []
     for method in range(5):
         data = filtered(method, rows)
@@ -138,14 +138,14 @@ def encodings(rows, limit):
 
 
 def padding(title, spare):
-    """Chunks of exactly `spare` bytes: the picture's title where there is room, then one that decoders skip."""
+    """Chunks of exactly `spare` bytes: the picture's title if it fits, then one that decoders skip."""
     named = chunk(b"tEXt", b"Title\0" + title.encode("latin-1"))
     out = named if spare >= len(named) + EMPTY_CHUNK else b""
     return out + chunk(b"fiLl", bytes(spare - len(out) - EMPTY_CHUNK))
 
 
 def picture(name, size, width, height):
-    """A PNG file of exactly `size` bytes, in the finest shading with which the drawing fits."""
+    """A PNG file of exactly `size` bytes, at the finest quantisation that fits."""
     source = BASE / "artwork" / f"{name}.svg"
     title = source.read_text(encoding="utf-8").split("<title>")[1].split("</title>")[0]
     rows = drawn(source, width, height)

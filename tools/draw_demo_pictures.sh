@@ -1,9 +1,9 @@
 #!/bin/sh
-# Draws the demo ad's still pictures from their vector sources: the brand icon and the hidden image.
+# Renders the demo ad's still pictures from their vector sources: the brand icon and the hidden image.
 # In:   examples/demo/artwork/icon.svg, hidden.svg
 # Out:  examples/demo/icon.png (120 x 120), examples/demo/hidden.png (800 x 450)
 # Needs rsvg-convert (Debian: librsvg2-bin) and Liberation Sans (fonts-liberation).
-# The same tools give the same bytes on every run; run it after a change to a drawing, and commit what it writes.
+# Reproducible with the same tool versions. Run it after changing a drawing, and commit the output.
 set -eu
 cd "$(dirname "$0")/../examples/demo"
 for name in icon hidden; do

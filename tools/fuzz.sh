@@ -1,14 +1,15 @@
 #!/bin/sh
 # Fuzzes what reads other people's data: tools/fuzz.sh [SECONDS] [TARGET…]
 #                                        tools/fuzz.sh --runs COUNT [TARGET…]
-# Each target (a folder of tests/fuzz/corpus; all when none is named) runs for SECONDS, 10 when left out, from its corpus in
-# tests/fuzz/corpus, with AddressSanitizer and UBSan. What a run has learned stays in build/fuzz/learned until the next. A
-# crash, an undefined operation, a leak, an input that takes more than 5 seconds or much memory ends the target; its input
-# is kept in build/fuzz/findings and named.
+# Runs each target (a folder of tests/fuzz/corpus; default all) for SECONDS, default 10, from its corpus in
+# tests/fuzz/corpus, with AddressSanitizer and UBSan. New inputs stay in build/fuzz/learned until the next run deletes
+# them. A crash, undefined behaviour, a leak, or an input that takes more than 5 seconds or too much memory ends the
+# target; the input is saved in build/fuzz/findings and its path printed.
 #
-# With --runs each target is given COUNT inputs instead, by a program that is many times as fast: it has UBSan and the
-# standard library's assertions alone. What it learns is added to build/fuzz/campaign, where later runs go on, and is then
-# run once with AddressSanitizer. The last figure of a target's line, its coverage, tells when it has learned all it can.
+# --runs gives each target COUNT inputs instead, in a program that is many times as fast, with only UBSan and the
+# standard library's assertions. New inputs are added to build/fuzz/campaign, where later runs continue, and then run
+# once with AddressSanitizer. The last figure of a target's line is its coverage; when it stops growing, the target has
+# converged.
 set -eu
 cd "$(dirname "$0")/.."
 usage()
@@ -59,19 +60,19 @@ build=build/fuzz
 mkdir -p "$build/findings"
 export UBSAN_OPTIONS=print_stacktrace=1
 
-# fuzz PRESET TARGET LEARNED FURTHER… : its output goes to the target's log
+# fuzz PRESET TARGET LEARNED FURTHER…: writes its output to the target's log
 fuzz()
 {
     preset=$1 target=$2 learned=$3
     shift 3
-    # Leaks are distinguished by the code that asked for the memory, and GLib is built so that only a slow look shows that.
+    # Leak suppressions match the allocating frames; in GLib only the slow unwinder finds them.
     case $target in
     address | calendar | headers | image | video) fast=0 ;;
     *) fast=1 ;;
     esac
     longest=4096
-    # A container of videos has to hold something. What GStreamer's demuxers leak of a broken one (the text of an error, for
-    # example) is theirs to mend.
+    # A video container needs at least some content. Leaks of GStreamer's demuxers on broken files (an error text, for
+    # example) are GStreamer's bugs and are not reported.
     leaks=1
     [ "$target" != video ] || longest=16384 leaks=0
     ASAN_OPTIONS=fast_unwind_on_malloc=$fast:detect_leaks=$leaks "build/$preset/tests/fuzz/fuzz_$target" \
@@ -97,7 +98,7 @@ for target in "$@"; do
         learned=$build/campaign/$target
         mkdir -p "$learned"
         found=0
-        # Weighing inputs by the rarity of what they reach would take another third of the time.
+        # -entropic=0: weighting inputs by the rarity of the features they reach would cost another third of the time.
         fuzz fuzz-fast "$target" "$learned" -runs="$runs" -entropic=0 || found=1
         coverage=$(sed -n 's/.* cov: \([0-9]*\) .*/\1/p' "$build/$target.log" | tail -n 1)
         line="$(stat_of number_of_executed_units) inputs, $(stat_of average_exec_per_sec) a second"

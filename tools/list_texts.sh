@@ -1,7 +1,7 @@
 #!/bin/sh
-# Writes the template of all texts that are marked for translation: tools/list_texts.sh FILE.pot
-# A new language begins with "msginit -i FILE.pot -o po/LANGUAGE.po", one that is there goes on with
-# "msgmerge -U po/LANGUAGE.po FILE.pot".
+# Writes the template of all texts marked for translation: tools/list_texts.sh FILE.pot
+# Start a new language with "msginit -i FILE.pot -o po/LANGUAGE.po"; update an existing one with "msgmerge -U
+# po/LANGUAGE.po FILE.pot".
 set -eu
 cd "$(dirname "$0")/.."
 find app desktop kit platform -name '*.cpp' -o -name '*.h' | LC_ALL=C sort |

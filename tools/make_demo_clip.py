@@ -87,7 +87,7 @@ def pendant(c, x, drop, scale, colour, lit):
 
 
 def floor_lamps(c, t):
-    """One lamp a second."""
+    """A row of lamps; one more lights up every second."""
     for n in range(SECONDS):
         x = 90 + n * (WIDTH - 180) / (SECONDS - 1)
         lit = ease(t, n, n + 0.25)
@@ -134,7 +134,7 @@ def frame(c, t):
             c.save()
             c.translate(850, 480)
             c.scale(tag, tag)
-            c.new_path()  # showing a text leaves its end point behind
+            c.new_path()  # show_text leaves a current point behind
             c.set_source_rgb(*WARM)
             c.arc(-150, 0, 42, math.pi / 2, 3 * math.pi / 2)
             c.arc(150, 0, 42, -math.pi / 2, math.pi / 2)

@@ -19,12 +19,12 @@ from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-# Data written by a tool, and its sizes; tests decode every picture.
+# Generated data and its sizes; tests decode every picture.
 LEFT_OUT = {"Base/VideoPlayer/VideoImage/VideoImage.cpp", "Base/VideoPlayer/VideoImage/VideoImage.h"}
-# Survivors that behave as the source does in every session, each with the reason.
+# Equivalent mutants, each with the reason why no session can detect it.
 EQUIVALENT = ROOT / "tests" / "mutation" / "equivalent.txt"
 
-# Operator: the function of Mutant.h, and what its mutants are, in their order.
+# Operator → the function in Mutant.h and its mutations, in their order.
 COMPARISONS = {
     "<": ("less", ["<=", ">="]),
     "<=": ("less_equal", ["<", ">"]),
@@ -36,13 +36,13 @@ COMPARISONS = {
 ARITHMETIC = {"+": ("plus", ["-"]), "-": ("minus", ["+"]), "*": ("times", ["/"]), "/": ("divided", ["*"])}
 LOGICAL = {"&&": ("both", ["||", "left alone", "right alone"]), "||": ("either", ["&&", "left alone", "right alone"])}
 
-# Operations that set one aspect of a thing and do nothing else; those of one place follow each other.
+# Setters without side effects; those of one group follow each other.
 SETTER = re.compile(r"addTarget|set(?!CurrentPlaybackTime|Value|RootViewController|QoroMoviePlayer)\w+")
 PLACING = {"setFrame", "setCenter", "setTransform"}
 
 
 class Rewriter:
-    """The mutants of one file, and the edits that bring them in."""
+    """The mutants of one file, and the edits that insert them."""
 
     def __init__(self, name, clang, first):
         self.name = name
@@ -51,14 +51,14 @@ class Rewriter:
         self.source = (ROOT / name).read_bytes()
         self.next = first
         self.mutants = []
-        # (offset, rank, order, end of what is replaced, text): closings before replacements before openings before
-        # removals; an outer pair around an inner one.
+        # (offset, rank, order, end of replaced text, text): closings before replacements before openings before
+        # removals; outer pairs enclose inner ones.
         self.edits = []
 
     # ------------------------------------------------------------------------------------------------------- edits
 
     def add(self, cursor, change, count=1):
-        """Numbers the mutants of one place."""
+        """Assigns numbers to the mutants of one source location."""
         number = self.next
         self.next += count
         changes = change if isinstance(change, list) else [change]
@@ -104,7 +104,7 @@ class Rewriter:
         return place is not None and os.path.samefile(place.name, ROOT / self.name)
 
     def bare(self, cursor):
-        """An expression without the conversions that the source does not show."""
+        """The expression below implicit conversions."""
         children = list(cursor.get_children())
         while cursor.kind == self.kinds.UNEXPOSED_EXPR and len(children) == 1 and self.span(children[0]) == self.span(cursor):
             cursor = children[0]
@@ -118,7 +118,7 @@ class Rewriter:
             kinds.SHORT, kinds.USHORT, kinds.CHAR_S, kinds.UCHAR, kinds.SCHAR}
 
     def operands(self, cursor):
-        """(left, operator, right) of a binary operation, the language's own or an overloaded one; else None."""
+        """(left, operator, right) of a binary operation, built-in or overloaded; else None."""
         children = list(cursor.get_children())
         if cursor.kind == self.kinds.BINARY_OPERATOR and len(children) == 2:
             left, right = children
@@ -136,7 +136,7 @@ class Rewriter:
             self.visit(child)
 
     def place(self, cursor):
-        """Makes the mutants of one node; True when its children have been visited, or are not to be."""
+        """Creates the mutants of one node; returns True if its children are already visited or must be skipped."""
         k = self.kinds
         kind = cursor.kind
         if kind in (k.STATIC_ASSERT, k.ENUM_DECL, k.TEMPLATE_REF, k.TYPE_REF):
@@ -164,7 +164,7 @@ class Rewriter:
             self.wrap(cursor, "flip", "the opposite")
             return True
         if kind == k.CALL_EXPR and cursor.type.spelling.endswith("Action"):
-            return True  # Who is called, and the name that the call is known by.
+            return True  # The target object and the action's name are not mutated.
         if kind == k.STRING_LITERAL:
             self.wrap(cursor, "text", f"another text than {self.text(*self.span(cursor))[:40]}")
             return True
@@ -181,11 +181,11 @@ class Rewriter:
         self.around(*self.span(cursor), f"::qoro::mutation::{function}({number}, ", ")")
 
     def declaration(self, cursor):
-        """A value that is fixed when it is compiled becomes one that is computed, so that a mutant can change it."""
+        """Makes a compile-time constant a run-time value, so that a mutant can change it."""
         before = self.next
         children = list(cursor.get_children())
         for child in children:
-            # What stands before the name is its type.
+            # The type precedes the name.
             if child.extent.end.offset > cursor.location.offset:
                 self.visit(child)
         if self.next == before:
@@ -249,7 +249,7 @@ class Rewriter:
     # -------------------------------------------------------------------------------------------------- statements
 
     def end_of(self, statement):
-        """Where a statement ends, its semicolon included."""
+        """The end offset of a statement, including its semicolon."""
         return self.source.index(b";", statement.extent.end.offset) + 1
 
     def sequence(self, statements):
@@ -271,7 +271,7 @@ class Rewriter:
         return re.sub(r"\s+", " ", self.text(*self.span(statement)))[:60]
 
     def setting(self, statement):
-        """(what, aspect) of a statement that only sets one aspect of a thing; else None."""
+        """(object, property) of a statement that only sets one property of an object; else None."""
         statement = self.bare(statement)
         children = list(statement.get_children())
         text = self.shortened(statement)
@@ -286,7 +286,7 @@ class Rewriter:
         return None
 
     def independent(self, first, second):
-        """Whether two statements set different things, neither by what the other has set: their order has no effect."""
+        """Whether two setters are independent, so that their order has no effect."""
         settings = self.setting(first), self.setting(second)
         if None in settings:
             return False
@@ -301,14 +301,14 @@ class Rewriter:
         return cursor.kind.is_expression()
 
     def single(self, statement):
-        """The one statement of a branch or a label."""
+        """The single statement of a branch or a label."""
         if self.is_plain_statement(statement):
             self.sequence([statement])
         else:
             self.leaving(statement)
 
     def leaving(self, statement):
-        """A return without a value, a break or a continue may be left out; anything else is visited."""
+        """Removes a return without a value, a break or a continue; visits anything else."""
         k = self.kinds
         plain_return = statement.kind == k.RETURN_STMT and not list(statement.get_children())
         if plain_return or statement.kind in (k.BREAK_STMT, k.CONTINUE_STMT):
@@ -347,9 +347,9 @@ class Rewriter:
         if head.kind in (k.DECL_STMT, k.VAR_DECL):
             rest = children[1:]
             self.visit(head)
-            # The value that a declaration is tested by stands for its name, within it.
+            # A declaration's condition value represents the declared name inside it.
             rest = [child for child in rest if child.extent.start.offset >= head.extent.end.offset]
-            # `if (declaration; condition)` has its condition next.
+            # In `if (declaration; condition)` the condition follows.
             if head.kind == k.DECL_STMT and len(rest) > 1 and rest[0].kind.is_expression():
                 self.visit(rest.pop(0))
         else:
@@ -393,7 +393,7 @@ def copy(source, target):
 
 
 def write_changed(target, content):
-    """Leaves a file that is already so alone: what depends on it need not be built again."""
+    """Writes a file only if its content changes, so that dependents are not rebuilt."""
     target.parent.mkdir(parents=True, exist_ok=True)
     if not target.is_file() or target.read_bytes() != content:
         target.write_bytes(content)
@@ -403,7 +403,7 @@ def write_changed(target, content):
 
 
 def reach(program, scratch):
-    """Which tests pass through which mutants' places, quickest tests first."""
+    """The mutant locations that each test executes, fastest tests first."""
     path = scratch / "reach"
     log = subprocess.run([program, "--gtest_brief=1"], env={**os.environ, "QORO_REACH": str(path)}, capture_output=True, text=True)
     if log.returncode:
@@ -425,7 +425,7 @@ def run(tree, program, jobs=os.cpu_count()):
     with tempfile.TemporaryDirectory() as folder:
         scratch = Path(folder)
         start, tests = reach(program, scratch)
-        # What a table holds was read before the first test; any test may depend on it.
+        # Tables are read before the first test; any test may depend on them.
         everything = [(name, cost) for name, cost, numbers in tests if numbers]
 
         def judge(mutant):

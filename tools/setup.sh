@@ -1,6 +1,6 @@
 #!/bin/sh
-# Installs what is missing of Debian's packages: tools/setup.sh play | test | bench | fuzz | coverage | mutation
-# Says what it installs before it does; installs nothing, and says nothing, when everything is there.
+# Installs missing Debian packages: tools/setup.sh play | test | bench | fuzz | coverage | mutation
+# Prints the packages before it installs them; prints nothing if none is missing.
 set -eu
 
 build="g++ cmake ninja-build ccache pkg-config git gettext

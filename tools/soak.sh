@@ -1,6 +1,6 @@
 #!/bin/sh
-# Opens and closes ads in one process of a release build, and says what they leave behind: tools/soak.sh [ADS]
-# 1000 when ADS is left out, which takes some ten minutes. Fails when memory has grown by more than 5 MB after the first ten.
+# Opens and closes ads in one process of a release build and reports leftovers: tools/soak.sh [ADS]
+# The default of 1000 ads takes about ten minutes. Fails if memory grows by more than 5 MB after the first ten ads.
 set -eu
 cd "$(dirname "$0")/.."
 case "${1-1000}" in

@@ -1,12 +1,12 @@
 #!/bin/sh
-# Runs a command on an X server of its own with a session bus of its own, and takes both down afterwards:
+# Runs a command with its own X server and session bus, and stops both afterwards:
 # tools/with_display.sh COMMAND…
 set -eu
 scratch=$(mktemp -d)
-# A server that begins anew when its last client leaves turns away whoever comes at that moment.
+# -noreset: a server that resets after its last client disconnects rejects clients meanwhile.
 Xvfb -displayfd 3 -screen 0 1280x1024x24 -noreset -nolisten tcp 3>"$scratch/display" 2>"$scratch/xvfb.log" &
 server=$!
-# Waited for: a server that is still going takes the next one's socket with it.
+# Waits for the exit: a server that is still shutting down would delete the next one's socket.
 trap 'kill $server 2>/dev/null || true; wait $server 2>/dev/null || true; rm -rf "$scratch"' EXIT
 trap 'exit 143' TERM
 trap 'exit 130' INT
@@ -23,7 +23,7 @@ DISPLAY=":$(cat "$scratch/display")"
 export DISPLAY
 unset WAYLAND_DISPLAY
 export GDK_BACKEND=x11
-# No assistive technology reads the windows of this server, unless the caller says so (GTK_A11Y=atspi): the session bus
-# then brings the accessibility bus up, and takes it down with itself.
+# By default no assistive technology runs on this server, unless the caller sets GTK_A11Y=atspi: then the session bus
+# starts the accessibility bus and stops it on exit.
 export GTK_A11Y=${GTK_A11Y-none}
 dbus-run-session -- "$@"

@@ -1,5 +1,5 @@
 #!/bin/sh
-# Makes the two clips of these creatives: three seconds each, a lamp's colour that breathes, with a tone.
+# Makes the two clips of these creatives: three seconds each, a lamp whose colour pulses, with a tone.
 set -eu
 cd "$(dirname "$0")"
 clip() {

@@ -1,4 +1,4 @@
-// An application with a window of its own that opens a video ad beside it, and says how the ad ended:
+// An application with its own window that opens a video ad and prints how the ad ended:
 // host AD.json [--no-web-sandbox]
 #include "desktop/DesktopPlatform.h"
 #include "desktop/screen/Toolkit.h"
