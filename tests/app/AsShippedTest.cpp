@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-// The optimised program and the one with the sanitizers, with one thread and with several.
+// Compares the optimised program with the sanitizers' build, on one thread and on several.
 
 namespace qoro::test
 {
@@ -14,7 +14,7 @@ namespace qoro::test
 namespace
 {
 
-/// Every session at hand: the examples, and odd ones that were once found to go wrong.
+/// All available sessions: the examples, and unusual ones that once revealed bugs.
 const std::string Sessions =
     " simulate examples/simulator/*.json tests/fuzz/corpus/scenario/*.json --summary --format json --jobs ";
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-// The command itself, run through the shell.
+// Tests of the command itself, run through the shell.
 
 namespace qoro::test
 {
@@ -19,7 +19,7 @@ using Json = nlohmann::json;
 
 const std::string Session = "examples/simulator/first-session.json";
 
-/// A scenario in one line: an ad that is muted at a second.
+/// A scenario in one line: the ad is muted at the given second.
 std::string muted_at(int second)
 {
     return R"({"ad": {"strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2, )"
@@ -28,7 +28,7 @@ std::string muted_at(int second)
            std::to_string(second) + R"(, "tap": "btnMute"}]})";
 }
 
-/// When a result of --jsonl says that the ad was muted.
+/// The time at which a result of --jsonl reports the mute.
 Json muted(const Json& result)
 {
     return result["summary"]["trackers"][0]["sent"];
@@ -116,7 +116,7 @@ TEST(Simulate, AnUnusableFileIsToldAndTheOthersRun)
     }
 }
 
-// --------------------------------------------------------------------------------------------------------- complaints
+// ------------------------------------------------------------------------------------------------------------- errors
 
 struct Complaint {
     const char* name;
@@ -165,7 +165,7 @@ TEST(Simulate, OutputThatCanNotBeWrittenIsAFailure)
 
 TEST(Simulate, AReaderThatGoesAwayEndsItQuietly)
 {
-    // The input has no end: only the broken pipe ends it.
+    // The input is endless: only the broken pipe ends the program.
     const ShellResult result =
         run_shell("yes '" + muted_at(1) + "' | timeout 60 qoro-ad simulate --jsonl --jobs 2 | head -n 2");
 
@@ -182,7 +182,7 @@ TEST(Simulate, HelpNamesEveryOptionAndTheExitStatuses)
         EXPECT_NE(help.output.find(word), std::string::npos) << word;
 }
 
-// ------------------------------------------------------------------------------------------------- a scenario a line
+// --------------------------------------------------------------------------------------------- one scenario per line
 
 TEST(SimulateLines, GiveAResultEachWithTheTraceAndTheSummaryOfTheSession)
 {
@@ -220,7 +220,7 @@ TEST(SimulateLines, ABrokenOneIsAResultAndTheOthersGoOn)
 TEST(SimulateLines, GiveTheSameBytesWithOneThreadAndWithEight)
 {
     std::string input;
-    for (int i = 0; i < 100; ++i) // sessions of very different lengths
+    for (int i = 0; i < 100; ++i) // sessions of very different length
         input += i % 10 == 3 ? "{}\n" : muted_at(i % 7 == 0 ? 25 : 1) + "\n";
     const ShellResult one = run_shell("qoro-ad simulate --jsonl", input);
     const ShellResult eight = run_shell("qoro-ad simulate --jsonl --jobs 8", input);
@@ -232,7 +232,7 @@ TEST(SimulateLines, GiveTheSameBytesWithOneThreadAndWithEight)
 
 TEST(SimulateLines, AreAnsweredWhileTheInputIsStillOpen)
 {
-    // The second line is sent only once the first has its result.
+    // Sends the second line only after the first result.
     const std::string dialogue = R"(
         folder=$(mktemp -d)
         mkfifo "$folder/in" "$folder/out"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-// docs/simulator.md shows commands with their output, and the scenario that they run.
+// Runs the commands shown in docs/simulator.md and compares their output with the text.
 
 namespace qoro::test
 {
@@ -18,7 +18,7 @@ namespace
 {
 
 struct Block {
-    /// What stands after the opening fence.
+    /// The info string of the opening fence.
     std::string kind;
     std::vector<std::string> lines;
 };
@@ -40,7 +40,7 @@ std::vector<Block> blocks_of_document()
     return blocks;
 }
 
-/// Whether lines are those shown, where a shown "…" stands for one line or more.
+/// Whether lines match those shown, where a shown "…" matches one or more lines.
 testing::AssertionResult shows(const std::vector<std::string>& shown, const std::vector<std::string>& lines)
 {
     std::size_t at = 0;

@@ -259,7 +259,7 @@ TEST(ActionButtons, EachTapGoesToItsOwnButtonsAction)
     EXPECT_THAT(session.lines("openURL"), ElementsAre("http://two/", "http://l/"));
 }
 
-// ---------------------------------------------------------------------------------------------------- fetched pictures
+// ------------------------------------------------------------------------------------------------------ fetched images
 
 TEST(AbilityButtonImage, IsFetchedAtOnce)
 {
@@ -296,7 +296,7 @@ TEST(AbilityButtonImage, ThatIsNoImageIsCleared)
     EXPECT_FALSE(session->btnMute.backgroundImage());
 }
 
-// --------------------------------------------------------------------------------------------------------- the window
+// ------------------------------------------------------------------------------------------------------ action window
 
 TEST(AdActionView, StandsInAWindowOfItsOwnAboveTheStatusBar)
 {

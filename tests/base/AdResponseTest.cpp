@@ -300,7 +300,7 @@ TEST(FailAdRequest, WithoutDelegatesItOnlyLogs)
     EXPECT_THAT(session.transcript(), ElementsAre("log 3 InApp failAdRequest"));
 }
 
-/// A delegate that keeps the view it is told of.
+/// A delegate that retains the view it receives.
 struct KeepingDelegate : QoroAdDelegate {
     explicit KeepingDelegate(bool answers) : answers_(answers) {}
 

@@ -30,7 +30,7 @@ NSDictionary button(const char* title)
     return {{"btn_text", title}, {"data", NSDictionary{{"u", "http://l/"}}}};
 }
 
-// ------------------------------------------------------------------------------------------------- building the bars
+// -------------------------------------------------------------------------------------------------- bar construction
 
 TEST(ButtonBar, FetchesTheBrandIconWhileItIsBuilt)
 {
@@ -194,7 +194,7 @@ TEST(ButtonBar, ForANextVideoTheCloseButtonStaysVisible)
     EXPECT_FALSE(session->btnClose.superview());
 }
 
-// ------------------------------------------------------------------------------------------------- the fixed controls
+// ----------------------------------------------------------------------------------------------------- fixed controls
 
 TEST(ButtonPosition, InPortraitTheControlsFollowTheBand)
 {
@@ -241,7 +241,7 @@ TEST(ButtonPosition, ThePlayButtonIsBroughtToTheFrontOfTheVideo)
     EXPECT_TRUE(is_on_top(session->btnPlayAndPause));
 }
 
-/// Opens an ad that has only a landscape arrangement.
+/// Opens an ad with a landscape layout only.
 void open_landscape(AdSession& session)
 {
     session.ad().portraitModeType = VideoAdMode{};
@@ -293,11 +293,11 @@ TEST(ButtonPosition, HowTheDeviceWasHeldAtTheLayoutCountsNotHowItIsHeldNow)
 
     session->setButtonPosition();
 
-    // The screen is 812 across and 375 down by now, which the upright layout turns.
+    // The screen is now 812 by 375, which the portrait layout swaps.
     EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 375, 70}));
 }
 
-/// A host that is locked to landscape on a device held upright, its screen 812 across.
+/// A host locked to landscape on a device held upright; its screen is 812 wide.
 World locked_host()
 {
     World world = AdSession::manual_world();
@@ -328,7 +328,7 @@ TEST(ButtonPosition, InAHostLockedToLandscapeBeforeIOS8TheExtentsChangePlaces)
     EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 768, 375, 44}));
 }
 
-// -------------------------------------------------------------------------------------------------- the action panel
+// ------------------------------------------------------------------------------------------------------ action panel
 
 TEST(ActionPanel, OneTitledButtonIsMeasured)
 {
@@ -393,9 +393,9 @@ TEST(ActionPanel, TwoUntitledButtonsStandBesideEachOther)
     EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{60, 0, 60, 115}));
 }
 
-// ------------------------------------------------------------------------------------------- the way back to the video
+// ------------------------------------------------------------------------------------------------- restoring the video
 
-/// Held in landscape, with a page behind the video.
+/// In landscape, with a page behind the video.
 void open_landscape_over_page(AdSession& session)
 {
     session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
@@ -459,7 +459,7 @@ TEST(ReturnToVideo, IsNotOfferedUnderAPageInFront)
     EXPECT_TRUE(session->btnReturnToVideo.isHidden());
 }
 
-// ------------------------------------------------------------------------- a full portrait video that is seen sideways
+// ------------------------------------------------------------------------------------ full portrait video in landscape
 
 TEST(SidewaysButtonPosition, TheControlsRunAlongTheLongEdge)
 {
@@ -488,7 +488,7 @@ TEST(SidewaysButtonPosition, ADeviceHeldInEitherLandscapeIsEnough)
 
         session.open();
 
-        // The screen is turned now: 812 across, 375 down.
+        // The screen is now rotated: 812 by 375.
         EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 762, 812, 50}));
         EXPECT_EQ(session->btnPlayAndPause.center(), (CGPoint{187.5, 406}));
         EXPECT_EQ(session->btnMute.frame(), (CGRect{325, 0, 50, 50}));

@@ -12,14 +12,14 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Held in landscape, where the close button serves to hide the video.
+/// In landscape, where the close button hides the video.
 void open_with_hide_button(AdSession& session)
 {
     show_hide_button(session);
     session.open();
 }
 
-// ---------------------------------------------------------------------------------------------------- picture and size
+// ------------------------------------------------------------------------------------------------------ image and size
 
 TEST(CloseButtonPicture, IsSmallUnlessTheAdSaysBig)
 {
@@ -150,7 +150,7 @@ TEST(CloseButtonPicture, GivesTheButtonItsTap)
     EXPECT_EQ(session->btnClose.targets()[0].name(), "closeAction");
 }
 
-// ----------------------------------------------------------------------------------------------------- where it stands
+// ------------------------------------------------------------------------------------------------------------ position
 
 TEST(CloseButtonPlace, IsTheVideoAtTheTop)
 {

@@ -13,7 +13,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What is left of an ad when its parent is told that it has closed.
+/// Records the ad's state at the moment its parent is notified of the close.
 class LookingParent : public QoroPhoneGapViewController
 {
 public:
@@ -88,7 +88,7 @@ TEST(Close, TakesEachControlOffTheScreen)
 {
     AdSession session;
     session.open();
-    // Whoever holds a control elsewhere sees that it stands nowhere any more.
+    // Controls retained elsewhere are no longer in any superview.
     const UIView held[] = {
         session->btnActionOne,
         session->btnActionTwo,

@@ -50,12 +50,12 @@ TEST(Core, PostsThatAnAdWillBeOpenThenForcesPortrait)
     EXPECT_EQ(session->getDeviceOriengation(), UIDeviceOrientationPortrait);
 }
 
-/// A flag with its value after init.
+/// A flag and its value after init.
 struct Flag {
     const char* name;
     bool Ad::*field;
     bool initial;
-    /// False: init leaves it as it was made.
+    /// False: init leaves its initial value.
     bool set = true;
 };
 
@@ -82,11 +82,11 @@ constexpr Flag Flags[] = {
     {"bPlayNextVideo", &Ad::bPlayNextVideo, false},
     {"bIsUseVideoCustomClose", &Ad::bIsUseVideoCustomClose, false},
     {"isShowMI", &Ad::isShowMI, false},
-    // The properties' own storages.
+    // Backing fields of the properties.
     {"_bDoButtonAction", &Ad::_bDoButtonAction, false},
     {"_bIsOpenInAppApplication", &Ad::_bIsOpenInAppApplication, false},
     {"_bIsLockLandscapeAndEnterLandscapeLeft", &Ad::_bIsLockLandscapeAndEnterLandscapeLeft, false, false},
-    // The superclass's.
+    // Fields of the superclass.
     {"bCanOrientation", &Ad::bCanOrientation, false},
     {"bIsTwoPartExpand", &Ad::bIsTwoPartExpand, true},
     {"bIsFullScreen", &Ad::bIsFullScreen, false},
@@ -347,7 +347,7 @@ TEST(Core, WithoutAnyWindowThereIsNoDefaultWindow)
     EXPECT_FALSE(controller->windowDefaultWindow);
 }
 
-/// White on nothing, with a pale shadow, whatever the size of its letters.
+/// White on a clear background with a pale shadow, for any font size.
 void expect_label_over_video(const UILabel& label, double size)
 {
     EXPECT_EQ(label.font(), (UIFont{"Arial", size}));

@@ -7,7 +7,7 @@ namespace qoro
 namespace
 {
 
-/// An enumerator as the ad server, the kit and traces know it.
+/// An enumerator with the value that the ad server, the kit and traces use.
 struct Known {
     const char* name;
     std::int64_t value;

@@ -11,7 +11,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Played, and about to be told of its end with a last pause at a time.
+/// Plays and pauses at a time; the player's finish comes next.
 void play_until(AdSession& session, double time)
 {
     session.open();
@@ -255,7 +255,7 @@ TEST(Finish, AnAutoReplayPlaysAgain)
 
 TEST(Finish, AnAutoReplayNeedsTheFinishedStatus)
 {
-    // Short of the end, and watched to it but not stopped exactly there.
+    // Before the end: watched completely, but not stopped exactly at the end.
     for (const double last_pause : {29.5, 30.5}) {
         AdSession session;
         session.ad().bIsAutoReplay = true;

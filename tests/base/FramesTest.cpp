@@ -65,7 +65,7 @@ TEST(LayoutFrames, AVideoWithoutWidthHasABandWithoutMeasure)
 
 // ---------------------------------------------------------------------------------------------------------- web view
 
-/// A tall upright screen with a 16:9 band whose lower edge is at 254.9375.
+/// A tall portrait screen with a 16:9 band whose lower edge is at 254.9375.
 WebViewSurroundings tall_screen(ViewPosition position)
 {
     return {true, position, 812, {44, 34}, 375, 210.9375, 254.9375};
@@ -102,7 +102,7 @@ TEST(LayoutFrames, InLandscapeThePageIsAsLargeAsTheVideoWhereverItStands)
 
 // -------------------------------------------------------------------------------------------------------- video area
 
-/// An upright screen of 375 by 812 with a 16:9 video at the top; each test changes what its claim is about.
+/// A portrait screen of 375 by 812 with a 16:9 video at the top; each test changes what it checks.
 AreaConditions upright_screen()
 {
     AreaConditions now;
@@ -319,7 +319,7 @@ TEST(ActionPanelOf, SidewaysItStandsAtTheEndOfTheLongEdge)
 
 TEST(LayoutFrames, TheBrandTextBeginsAtAShareOfTheLongEdgeInSinglePrecision)
 {
-    // 139.285721 when it is computed in double precision and rounded in the end.
+    // 139.285721 if computed in double precision and rounded at the end.
     EXPECT_EQ(brandTextX(480, 800), 139.285706F);
     EXPECT_EQ(brandTextX(800, 480), 139.285706F);
 }

@@ -129,7 +129,7 @@ TEST(HiddenImage, RevealedItPausesTheVideo)
 {
     AdSession session(with_image());
     open_with_hidden_image(session);
-    // The sound is put right once when the video is loaded, which counts as well.
+    // Loading the video also sets the sound once, which counts.
     session.plays();
     EXPECT_EQ(session->miWatchDog, 1);
 

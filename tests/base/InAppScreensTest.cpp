@@ -95,7 +95,7 @@ TEST(InAppApplication, TheOrientationCheckHasStoppedBeforeItIsClosedAndTheClickT
     bool stopped = false;
     bool going_on = false;
     const WhenTold looks(session, "super", [&] {
-        // Closing is the first that is told; the spinner of the layout that follows is the second.
+        // The close is reported first, the spinner of the following layout second.
         if (session.count_of("super closeInAppApplication") > 0)
             return;
         stopped = !session->timerCheckDeviceOrientation;

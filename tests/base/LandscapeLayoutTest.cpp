@@ -22,7 +22,7 @@ World small_screen()
     return world;
 }
 
-/// A host that is locked to landscape: its screen is wide while the device is held upright.
+/// A host locked to landscape: its screen is landscape while the device is upright.
 World locked_host(int status_bar_orientation)
 {
     World world = AdSession::manual_world();
@@ -31,7 +31,7 @@ World locked_host(int status_bar_orientation)
     return world;
 }
 
-/// Opens an ad that has only a landscape arrangement.
+/// Opens an ad with a landscape layout only.
 void open_landscape(AdSession& session)
 {
     session.ad().portraitModeType = VideoAdMode{};
@@ -39,7 +39,7 @@ void open_landscape(AdSession& session)
     session.open();
 }
 
-/// Opens an ad with both arrangements that is launched in landscape.
+/// Opens an ad with both layouts, launched in landscape.
 void open_both_modes(AdSession& session)
 {
     session.ad().portraitModeType = VIDEO_AND_WEBVIEW;
@@ -286,7 +286,7 @@ TEST(LandscapeLayout, WithoutAWindowTheVideoHasNoFrameAndEverythingStandsNowhere
     EXPECT_THAT(window.subviews(), IsEmpty());
 }
 
-// ------------------------------------------------------------------------------------- a host locked to landscape
+// --------------------------------------------------------------------------------------- host locked to landscape
 
 TEST(LockedLandscapeLayout, NothingIsTurnedForAStatusBarOnTheRight)
 {
@@ -403,7 +403,7 @@ TEST(LockedLandscapeLayout, BeforeIOS8ItIsTurnedAsElsewhere)
     EXPECT_EQ(session->btnClickListener.frame(), (CGRect{0, 0, 375, 812}));
 }
 
-// ---------------------------------------------------------------------------------------------------------- the rest
+// ------------------------------------------------------------------------------------------------------- other cases
 
 TEST(LandscapeLayout, OffersTheWayBackToPortraitInAPortraitOnlyHost)
 {

@@ -17,7 +17,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// An open ad whose opening is not part of the claim.
+/// An open ad; its opening is not part of the transcript.
 struct OpenAd : AdSession {
     explicit OpenAd(World world = manual_world()) : AdSession(std::move(world))
     {
@@ -33,7 +33,7 @@ World without_calls()
     return world;
 }
 
-// ------------------------------------------------------------------------------------------------- before the dispatch
+// ----------------------------------------------------------------------------------------------------- before dispatch
 
 TEST(LaunchType, OfNoButtonDoesNothing)
 {
@@ -87,7 +87,7 @@ TEST(LaunchType, WithDataHidesTheBackground)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-// --------------------------------------------------------------------------------------------------------------- calls
+// --------------------------------------------------------------------------------------------------------- phone calls
 
 TEST(PlaceCall, OpensTheFormattedNumberAndNothingElse)
 {
@@ -118,7 +118,7 @@ TEST(PlaceCall, WhereThereAreNoCallsOnlySendsItsTrackersAndHidesTheBackground)
     EXPECT_FALSE(session->bGoOutApp);
 }
 
-// ------------------------------------------------------------------------------------------------------------ messages
+// ------------------------------------------------------------------------------------------------------- text messages
 
 TEST(SendSms, ComposesTheMessage)
 {
@@ -223,7 +223,7 @@ TEST(CalendarEvent, IsPassedOnAndDoneAtOnce)
     EXPECT_FALSE(session->getBDoButtonAction());
 }
 
-// ------------------------------------------------------------------------------------------------------ out of the app
+// ----------------------------------------------------------------------------------------------------- leaving the app
 
 TEST(OutOfApp, TheAppsAddressWinsOverThePages)
 {
@@ -271,7 +271,7 @@ TEST(OutOfApp, AnUnknownActionOpensTheAddress)
     EXPECT_THAT(session.lines("openURL"), ElementsAre("http://l/"));
 }
 
-/// What is said of the click-through and of being out of the app, at each address that is opened.
+/// What is reported about the click-through and about leaving the app, for each opened address.
 std::vector<std::pair<bool, bool>> said_at_opening(const NSDictionary& button)
 {
     OpenAd session;
@@ -468,7 +468,7 @@ TEST(InAppBrowser, OnALandscapeDeviceTakesTheVideoOffTheScreen)
     for (const int side : {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight}) {
         SCOPED_TRACE(side);
         OpenAd session;
-        // Held, or it would be gone and the video with it.
+        // Retained, since otherwise the window and the video in it would be destroyed.
         const UIWindow window = session->windowTempWindow;
         session.rotate(side);
 

@@ -10,7 +10,7 @@ namespace
 
 using testing::IsEmpty;
 
-// ------------------------------------------------------------------------------------------- where nothing is laid out
+// ----------------------------------------------------------------------------------------------------------- no layout
 
 TEST(CheckVideoSize, ChangesNothingDuringAClickThrough)
 {
@@ -40,7 +40,7 @@ TEST(CheckVideoSize, ChangesNothingUnderAnInAppBrowser)
     EXPECT_TRUE(session->viewBackground.isHidden());
 }
 
-// ------------------------------------------------------------------------------------------------------ what is chosen
+// ------------------------------------------------------------------------------------------------------- chosen layout
 
 TEST(CheckVideoSize, ALandscapeLaunchWinsOverAnUprightDevice)
 {
@@ -133,7 +133,7 @@ TEST(CheckVideoSize, AnUnknownDeviceOrientationGetsThePortraitLayout)
     EXPECT_TRUE(session->bIsPortraitNow);
 }
 
-/// What the choice follows from, and what is chosen.
+/// Inputs of the choice, and the chosen layout.
 struct Choice {
     const char* of;
     UIDeviceOrientation launch{};
@@ -227,9 +227,9 @@ TEST(CheckVideoSize, WithoutAnAdItChoosesTheLandscapeLayout)
     EXPECT_EQ(session.count_of(LandscapeLayout), 1U);
 }
 
-// ------------------------------------------------------------------------------------------------------- a locked host
+// --------------------------------------------------------------------------------------------------------- locked host
 
-/// A host that is locked to landscape on a device held upright.
+/// A host locked to landscape on a device held upright.
 World locked_host()
 {
     World world = screen_of(812, 375);
@@ -335,7 +335,7 @@ TEST(CheckVideoSize, AWideScreenUnderAnUprightStatusBarIsInNoLockedHost)
     EXPECT_FALSE(session->bIsLockOneSide);
 }
 
-// --------------------------------------------------------------------------------------------------- what goes with it
+// -------------------------------------------------------------------------------------------------------- side effects
 
 TEST(CheckVideoSize, ShowsTheBackgroundInPortrait)
 {

@@ -7,7 +7,7 @@ namespace qoro
 namespace
 {
 
-/// Laid out in landscape on an upright device: landscape left is expected.
+/// Landscape layout on an upright device: expects landscape left.
 void expect_landscape(AdSession& session)
 {
     has_both_modes(session);
@@ -16,7 +16,7 @@ void expect_landscape(AdSession& session)
     session.forget();
 }
 
-/// Laid out in portrait on a device that lies flat: portrait is expected.
+/// Portrait layout on a device lying flat: expects portrait.
 void expect_portrait(AdSession& session)
 {
     has_both_modes(session);

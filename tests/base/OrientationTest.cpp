@@ -51,7 +51,7 @@ TEST(StatusBarProbe, AnswersWhatTheApplicationSays)
     EXPECT_FALSE(shown->bDefaultStatusBarHidden);
 }
 
-// ------------------------------------------------------------------------------------------------- questions and calls
+// --------------------------------------------------------------------------------------------------- queries and calls
 
 TEST(CheckCanOrientation, FromLandscapeLeftAsksForAPortraitMode)
 {

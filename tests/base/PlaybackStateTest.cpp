@@ -77,7 +77,7 @@ TEST(LoadState, LoadingKeepsTheLoadedTimer)
     EXPECT_TRUE(session->timerVideoLoaded.isValid());
 }
 
-// ------------------------------------------------------------------------------------------------------------ changing
+// ------------------------------------------------------------------------------------------------------- state changes
 
 TEST(ChangeVideoState, TellsTheScriptEachStateByItsName)
 {
@@ -170,7 +170,7 @@ TEST(MoviePlayerStatus, ChangesAccordingToWhereItStands)
     const struct {
         const char* event;
         void (*happens)(AdSession&);
-        /// By the statuses above.
+        /// Indexed by the statuses above.
         std::array<QoroMoviePlayerStatus, 6> afterwards;
     } rows[] = {
         {"the app comes back",
@@ -232,7 +232,7 @@ TEST(MoviePlayerStatus, DecidesWhetherAPauseAndAPlayAreTracked)
     }
 }
 
-// --------------------------------------------------------------------------------------------------------- dispatching
+// ------------------------------------------------------------------------------------------------------------ dispatch
 
 TEST(MovieStateChange, StoppedTellsTheEndBeforeItsLogLineAndAppliesNoEndRule)
 {

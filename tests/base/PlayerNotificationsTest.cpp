@@ -15,7 +15,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-// ----------------------------------------------------------------------------------------------------------- observing
+// ----------------------------------------------------------------------------------------------------------- observers
 
 TEST(PlayVideo, FourPlayerNotificationsAndTheInterruptionAreObserved)
 {
@@ -52,7 +52,7 @@ TEST(PlayVideo, OfAnotherSenderNeitherLoadNorFinishIsHeardButThePlaybackState)
         AdSession session;
         session.open();
         session.player_reports_load(MPMovieLoadStatePlayable);
-        // Another report of the load state would be told anew.
+        // A second load state report would be processed again.
         session->bIsLoaded = false;
         session.forget();
 

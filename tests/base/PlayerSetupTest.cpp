@@ -154,7 +154,7 @@ TEST(PlayVideo, WithoutAPageTheArrangementsDecideWhichFlagsAreCleared)
         {FULL, ONLY_VIDEO, none, ONLY_VIDEO, true, false},
         {TOP, VIDEO_AND_WEBVIEW, none, VIDEO_AND_WEBVIEW, true, false},
         {TOP, VIDEO_AND_WEBVIEW, VIDEO_AND_WEBVIEW, VIDEO_AND_WEBVIEW, true, false},
-        // With a landscape arrangement alone, hiding the video at its end stays.
+        // With a landscape layout only, hiding the video at its end stays enabled.
         {TOP, none, ONLY_VIDEO, none, true, true},
         {FULL, none, VIDEO_AND_WEBVIEW, none, true, true},
         {TOP, none, none, none, true, false},

@@ -103,7 +103,7 @@ TEST(PlayVideo, OnlyAnAdThatStartsMutedTouchesTheMuteFlag)
         {true, true, false},
         {true, false, true},
         {false, true, false},
-        // A second video of one session: its first toggle turns the sound off.
+        // The second video of a session: its first toggle mutes.
         {false, false, false},
     };
     for (const auto& row : rows) {

@@ -324,7 +324,7 @@ TEST(Pausing, TheVeryEndIsComparedInDoublePrecision)
     session.open();
     session.plays(30);
 
-    // The same as 30 in single precision.
+    // Equals 30 in single precision.
     session.pauses_at(29.9999999);
 
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/pause"));

@@ -16,7 +16,7 @@ CGRect video_frame(const AdSession& session)
     return session->playerViewController.view().frame();
 }
 
-// -------------------------------------------------------------------------------------------------------------- places
+// -------------------------------------------------------------------------------------------------------------- frames
 
 TEST(PortraitLayout, AVideoAtTheTopOfATallScreenStandsBelowTheHousingAndAboveThePage)
 {
@@ -236,7 +236,7 @@ TEST(PortraitLayout, WithoutViewsThePageBeginsAtTheTop)
     EXPECT_EQ(session->miImageView.frame(), CGRect{});
 }
 
-// --------------------------------------------------------------------------------------------------------------- turns
+// ----------------------------------------------------------------------------------------------------------- rotations
 
 TEST(PortraitLayout, TheRootFillsTheScreenAndNothingIsTurned)
 {
@@ -264,9 +264,9 @@ TEST(PortraitLayout, TheRootKeepsTheTurnThatALockedHostGaveIt)
     EXPECT_EQ(session->view().frame(), (CGRect{0, 0, 375, 812}));
 }
 
-// -------------------------------------------------------------------------------- a host locked to landscape, sideways
+// ----------------------------------------------------------------------------------- host locked to landscape, rotated
 
-/// A full-screen portrait ad in a host that is locked.
+/// A full-screen portrait ad in a locked host.
 void open_full_locked(AdSession& session)
 {
     session.ad().portraitVideoPos = FULL;

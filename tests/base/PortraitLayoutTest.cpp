@@ -14,7 +14,7 @@ using testing::ElementsAre;
 
 constexpr const char* VideoIsVisible = R"(js video_visibilitychange {"e":{"visibility":1}} 0)";
 
-// ----------------------------------------------------------------------------------------- what it tells and remembers
+// --------------------------------------------------------------------------------------------------- reports and state
 
 TEST(PortraitLayout, TellsTheScriptThenShowsTheSpinnerThenPlacesTheCloseButton)
 {
@@ -103,7 +103,7 @@ TEST(PortraitLayout, IsRememberedAsPortrait)
     EXPECT_EQ(session->currentOrientation, UIDeviceOrientationFaceUp);
 }
 
-// ------------------------------------------------------------------------------------------------- what lies over what
+// ------------------------------------------------------------------------------------------------------ stacking order
 
 TEST(PortraitLayout, TheVideoFitsItsBand)
 {
@@ -157,7 +157,7 @@ TEST(PortraitLayout, WithoutAWindowVideoAndHiddenImageStandNowhere)
     EXPECT_THAT(window.subviews(), ElementsAre(UIView(session->view())));
 }
 
-// -------------------------------------------------------------------------------------------------------- its controls
+// ------------------------------------------------------------------------------------------------------------ controls
 
 TEST(PortraitLayout, TheBrandTextIsHidden)
 {
@@ -274,7 +274,7 @@ TEST(PortraitLayout, APageInFrontHasTakenTheControlsAwayWhenTheTimeIsReported)
     EXPECT_FALSE(mute_there);
 }
 
-// ------------------------------------------------------------------------------------------ the turn that it waits for
+// ---------------------------------------------------------------------------------------------------- pending rotation
 
 TEST(PortraitLayout, ExpectsADeviceThatIsHeldOtherwiseToBeTurned)
 {

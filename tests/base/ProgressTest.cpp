@@ -32,7 +32,7 @@ void play(AdSession& session, double duration = 30)
     session.plays(duration);
 }
 
-/// An ad controller that asks something as soon as a click is counted: what it finds shows what has happened by then.
+/// Runs a query as soon as a click is counted, to check which events precede the count.
 struct AskingParent : QoroPhoneGapViewController {
     void clickRequester() override { answer = ask(); }
 
@@ -203,7 +203,7 @@ TEST(Milestones, TheTimesAreTakenInSinglePrecision)
     track_milestones(session);
     play(session, 40);
 
-    // Below a quarter in double precision; single precision rounds it up to 10.
+    // Below a quarter in double precision; rounds up to 10 in single precision.
     session.player_is_at(9.9999999);
     session->checkSendVideoTracking();
 
@@ -212,7 +212,7 @@ TEST(Milestones, TheTimesAreTakenInSinglePrecision)
 
 TEST(Milestones, TheShareIsTakenInSinglePrecision)
 {
-    // Below three quarters in double precision; single precision rounds it up to them.
+    // Below three quarters in double precision; rounds up to them in single precision.
     constexpr float duration = 6.1F;
     constexpr float time = 4.575F;
     static_assert(static_cast<double>(time) / static_cast<double>(duration) < 0.75);

@@ -16,7 +16,7 @@ World turned_screen(bool ios8)
     return world;
 }
 
-/// Opened in landscape on an upright device, its player of a known length.
+/// Opened in landscape on an upright device; the video's duration is known.
 void open_full_screen(AdSession& session)
 {
     session.ad().portraitModeType = VideoAdMode{};
@@ -25,7 +25,7 @@ void open_full_screen(AdSession& session)
     session.player_lasts(30);
 }
 
-// -------------------------------------------------------------------------------------------------------------- a band
+// ---------------------------------------------------------------------------------------------------------------- band
 
 TEST(RemainingTimeLabel, StandsInTheLowerLeftCornerOfTheBand)
 {
@@ -214,7 +214,7 @@ TEST(RemainingTimeLabel, InALockedHostOnADeviceUpsideDownItStandsOnTheScreensHei
     EXPECT_EQ(label.y + label.height, session->getCurrnetScreenSize().height - 10.5);
 }
 
-// ----------------------------------------------------------------------------------------------- a full portrait video
+// ------------------------------------------------------------------------------------------------- full portrait video
 
 TEST(RemainingTimeLabel, OfAFullPortraitVideoStandsOnTheVideosLowerEdge)
 {

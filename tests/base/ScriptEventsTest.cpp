@@ -11,7 +11,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// What a listener of an event is told at once, from one state of the video to another; nothing in the other states.
+/// The data that a new listener of an event receives immediately, in a range of video states; nothing in other states.
 struct Told {
     const char* name;
     std::uint32_t from;
@@ -19,7 +19,7 @@ struct Told {
     const char* event;
 };
 
-/// Behind the last state.
+/// One past the last state.
 constexpr std::uint32_t Never = VideoEnded + 1;
 
 constexpr Told LateListeners[] = {

@@ -5,15 +5,15 @@
 namespace qoro
 {
 
-// The worlds, hosts and ads with which the tests of several files begin, and what they look for in a transcript.
+// Shared fixtures: worlds, hosts and ads, and lines expected in a transcript.
 
-/// The line of each layout.
+/// Transcript line of each layout.
 constexpr const char* LandscapeLayout = R"(js video_orientation {"orientation":"landscape"} 0)";
 constexpr const char* PortraitLayout = R"(js video_orientation {"orientation":"portrait"} 0)";
 
 // -------------------------------------------------------------------------------------------------- worlds and hosts
 
-/// A world whose screen has a size in points.
+/// A world whose screen has the given size in points.
 inline World screen_of(double width, double height)
 {
     World world = AdSession::manual_world();
@@ -21,7 +21,7 @@ inline World screen_of(double width, double height)
     return world;
 }
 
-/// A host that turns with the device.
+/// A host that rotates with the device.
 inline HostApp rotating_host()
 {
     HostApp host;
@@ -29,7 +29,7 @@ inline HostApp rotating_host()
     return host;
 }
 
-/// A host in which another ad controller opens this one.
+/// A host in which another ad controller opens the ad.
 inline HostApp host_with_parent()
 {
     HostApp host;
@@ -45,21 +45,21 @@ inline void has_both_modes(AdSession& session)
     session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
 }
 
-/// An ad that can be held in landscape, where its close button hides the video.
+/// An ad with a landscape layout in which its close button hides the video.
 inline void has_hide_button(AdSession& session)
 {
     session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
     session.ad().bShowHideVideoBtn = true;
 }
 
-/// Held in landscape, with a close button that hides the video.
+/// In landscape, with a close button that hides the video.
 inline void show_hide_button(AdSession& session)
 {
     has_hide_button(session);
     session.rotate(UIDeviceOrientationLandscapeLeft);
 }
 
-/// An ad that asks for every state's trackers.
+/// An ad with trackers for every state.
 inline void track(AdSession& session)
 {
     session.ad().arrayPauseTrackingUrls = NSArray::of_strings({"http://t/pause"});
@@ -67,7 +67,7 @@ inline void track(AdSession& session)
     session.ad().dicTrackingUrls = {{"complete", NSArray::of_strings({"http://t/complete"})}};
 }
 
-/// An ad that plays, what led there forgotten.
+/// A playing ad; the transcript so far is dropped.
 inline void play(AdSession& session)
 {
     session.open();

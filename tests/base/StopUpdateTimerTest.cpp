@@ -31,7 +31,7 @@ TEST(StopUpdateTimer, StopsThePlayersTimersAfterTheSuperclassOnes)
     EXPECT_FALSE(session->timerSetControllerButtonHide);
 }
 
-/// A timer's target, whose end tells that the timer was stopped: nothing else holds it.
+/// A timer's target. Only the timer retains it, so its destruction shows that the timer was stopped.
 struct StoppedTimer : Object {
     StoppedTimer(std::vector<std::string>& into, const char* timer) : stopped(into), name(timer) {}
     ~StoppedTimer() override { stopped.emplace_back(name); }

@@ -14,7 +14,7 @@ namespace
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/// Held in landscape, with a page behind the video and the buttons to change between them.
+/// In landscape, with a page behind the video and buttons to switch between them.
 void open_landscape_over_page(AdSession& session)
 {
     session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
@@ -31,7 +31,7 @@ void open_full_over_page(AdSession& session)
     session.open();
 }
 
-// ----------------------------------------------------------------------------------------------------------- the rule
+// ---------------------------------------------------------------------------------------------------- visibility rule
 
 TEST(VideoMayBeHidden, InLandscapeOverAPage)
 {
@@ -154,7 +154,7 @@ TEST(VideoMayBeHidden, NotOverNoPageAtAll)
     EXPECT_FALSE(session->checkVideoNeedToHide());
 }
 
-// --------------------------------------------------------------------------------------------------- hiding, showing
+// ------------------------------------------------------------------------------------------------ hiding and showing
 
 TEST(HidingTheVideo, PausesItAndTellsTheScript)
 {

@@ -12,7 +12,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Not;
 
-/// A player that plays by itself.
+/// A world whose player runs automatically.
 World world_with_video(double duration)
 {
     World world;
@@ -139,7 +139,7 @@ TEST(WholeAd, AVideoThatFailsForGoodIsTriedThreeTimesMoreAndCanBeClosed)
 
     session.let_pass(20);
 
-    // Every finish with an error is answered with a play; the fourth of them finds a player that has given up.
+    // Every finish with an error is answered with a play(); the fourth reaches a player that has failed permanently.
     EXPECT_THAT(session.lines("player"), ElementsAre("create http://ad/v.mp4 false", "play", "play", "play", "play"));
     EXPECT_FALSE(session->btnClose.isHidden());
     EXPECT_FALSE(session->bIsPlay);

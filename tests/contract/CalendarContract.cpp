@@ -6,7 +6,7 @@ namespace qoro::test
 namespace
 {
 
-/// Weekly for a month, with everything else that an event may have.
+/// A weekly event for a month with every optional property set.
 CalendarEvent lesson()
 {
     CalendarEvent event;

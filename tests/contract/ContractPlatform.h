@@ -16,95 +16,95 @@
 namespace qoro::test
 {
 
-/// Seconds that the video lasts, whichever platform plays it.
+/// Duration of the video on every platform, seconds.
 inline constexpr double VideoSeconds = 4;
-/// What Address::Found answers.
+/// Body of the answer of Address::Found.
 inline constexpr const char* FoundBody = "a body";
 
-/// What becomes of the video.
+/// Behaviour of the video.
 enum class Clip {
-    /// It plays from its start to its end.
+    /// Plays from start to end.
     Whole,
-    /// Its data stops coming somewhere in the middle, until data_comes_again().
+    /// Stalls somewhere in the middle until data_comes_again().
     Stalling,
-    /// It breaks off somewhere in the middle, until it_can_be_played_again().
+    /// Fails somewhere in the middle until it_can_be_played_again().
     Breaking,
-    /// It breaks off for good somewhere in the middle.
+    /// Fails permanently somewhere in the middle.
     Broken,
 };
 
-/// A text that every platform measures alike, and its size in Arial at 20 points by the font's own table: advance
-/// widths H 722, e 556, l 222, o 556, ascent 905 and descent 212, in thousandths of the size.
+/// A text that every platform measures equally, and its size in Arial at 20 points by the font's table: advance widths
+/// H 722, e 556, l 222, o 556, ascent 905 and descent 212, in thousandths of the size.
 inline constexpr const char* MeasuredText = "Hello";
 inline constexpr CGSize MeasuredSize{(722 + 556 + 222 + 222 + 556) * 0.02, (905 + 212) * 0.02};
 
-/// What a fetch meets.
+/// What a fetch of an address returns.
 enum class Address { Found, NotFound, NobodyThere, Silent };
 
-/// What a test asks of the world around its platform before it is made.
+/// A test's requirements on its platform, known before the platform is created.
 struct ContractNeeds {
     Clip clip = Clip::Whole;
-    /// Whether the test is about the output volume: a platform with a real one then brings a sound server of its own.
+    /// Whether the test uses the output volume; a platform with a real volume then starts its own sound server.
     bool volume = false;
-    /// Whether there is a local copy of the video.
+    /// Whether a cached copy of the video exists.
     bool copy = false;
-    /// Whether there is a calendar.
+    /// Whether a calendar exists.
     bool calendar = true;
 };
 
-/// A platform under test with the world around it. Each kind of platform has one; where two kinds differ by right (how
-/// time passes, what stands at an address, how a page's script is made to speak) the difference is in here, so that one
-/// suite states what all of them owe.
+/// A platform under test and its surroundings, one implementation per kind of platform. It hides the legitimate
+/// differences between kinds (how time passes, what an address serves, how a page's script is driven), so that one
+/// suite specifies them all.
 class ContractPlatform
 {
 public:
     virtual ~ContractPlatform() = default;
 
     virtual Platform& platform() = 0;
-    /// For a session on this platform.
+    /// Controls for a session on this platform.
     virtual SessionControls& controls() = 0;
 
     /// Runs events until a condition holds.
-    /// @return whether it does, before the platform's patience is at its end
+    /// @return false on the platform's time limit
     virtual bool until(const std::function<bool()>& condition) = 0;
-    /// Runs events for some seconds of the platform's own time.
+    /// Runs events for a time in seconds of the platform's clock.
     virtual void let_pass(double seconds) = 0;
 
-    /// The video that the needs describe, of VideoSeconds.
+    /// A video of VideoSeconds with the required behaviour.
     virtual NSURL video() = 0;
-    /// The data of a stalling video comes again, now or by itself a little later.
+    /// Resumes the data of a stalling video, now or a little later.
     virtual void data_comes_again() = 0;
-    /// What a breaking video fails of has passed.
+    /// Ends the failure of a breaking video.
     virtual void it_can_be_played_again() = 0;
 
     virtual std::string address(Address what) = 0;
-    /// The video of which there is a local copy, when the needs say so.
+    /// Address of the video with a cached copy, if the test requires one.
     virtual std::string copied_address() = 0;
 
-    /// The viewer sets the output volume, by whatever the machine has for it.
+    /// The viewer sets the output volume by the machine's own control.
     /// @param volume 0 to 1
     virtual void viewer_sets_volume(float volume) = 0;
 
-    /// A page that does not end loading before another takes its place, or a second has gone by.
+    /// Address of a page whose load lasts until another load supersedes it, or a second has passed.
     virtual std::string slow_page() = 0;
 
-    // The page of an ad, and its script.
+    // The ad's page and its script.
 
-    /// Where a page stands that names the script library.
+    /// Address of a page that includes the script library.
     virtual std::string page_address() = 0;
-    /// Runs events until the page of the ad has its script running.
+    /// Runs events until the script of the ad's page is running.
     virtual bool script_starts(QoroVideoWebViewController& ad) = 0;
     virtual void script_listens(QoroVideoWebViewController& ad, const std::string& event) = 0;
     virtual void script_stops_listening(QoroVideoWebViewController& ad, const std::string& event) = 0;
-    /// The script sends a message over the bridge.
-    /// @param message JSON: a list of a command's name and its arguments, or anything that is no message
-    /// @return the answer as JSON; absent when the message is refused
+    /// Sends a message of the script over the bridge.
+    /// @param message JSON: a list of a command's name and its arguments, or an invalid message
+    /// @return the answer as JSON; absent when the message is rejected
     virtual std::optional<std::string> script_says(QoroVideoWebViewController& ad, const std::string& message) = 0;
-    /// What the script's listeners have heard: each event's name and its data as JSON.
+    /// What the script's listeners received: each event's name and its data as JSON.
     virtual std::vector<std::string> script_heard(QoroVideoWebViewController& ad) = 0;
 };
 
-/// A kind of platform.
+/// A kind of platform under test.
 struct ContractKind {
     const char* name;
     std::unique_ptr<ContractPlatform> (*make)(const ContractNeeds&);
@@ -112,13 +112,13 @@ struct ContractKind {
     friend void PrintTo(const ContractKind& kind, std::ostream* out) { *out << kind.name; }
 };
 
-/// For the names of a suite's tests.
+/// Names the parameter of a suite's tests.
 inline std::string name_of_kind(const testing::TestParamInfo<ContractKind>& kind)
 {
     return kind.param.name;
 }
 
-/// A test of the contract on one kind of platform.
+/// A contract test on one kind of platform.
 class ContractTest : public testing::TestWithParam<ContractKind>
 {
 protected:
@@ -126,7 +126,7 @@ protected:
 
     void begin(const ContractNeeds& needs)
     {
-        world_.reset(); // one at a time: a platform may have what there is one of
+        world_.reset(); // destroy the old one first: a platform may own unique resources
         world_ = GetParam().make(needs);
     }
     void end() { world_.reset(); }

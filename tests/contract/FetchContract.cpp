@@ -5,7 +5,7 @@ namespace qoro::test
 
 namespace
 {
-/// Seconds in which an answer too many would come.
+/// Seconds to wait for an unexpected further answer.
 constexpr double Moment = 0.1;
 
 struct Answers {

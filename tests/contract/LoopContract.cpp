@@ -9,7 +9,7 @@ namespace qoro::test
 namespace
 {
 using Names = std::vector<std::string>;
-/// Seconds between two firings, and how far a grid's moments may be from it: they are counted in microseconds.
+/// Seconds between two firings, and the tolerance of a grid time: times have a resolution of one microsecond.
 constexpr double Interval = 0.02;
 constexpr double Microsecond = 1e-6;
 } // namespace

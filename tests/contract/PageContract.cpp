@@ -7,7 +7,7 @@ namespace qoro::test
 
 namespace
 {
-/// Seconds in which a report too many would come.
+/// Seconds to wait for an unexpected further report.
 constexpr double Moment = 0.3;
 const NSURL Base = NSURL::URLWithString("http://ad.example/creative/");
 } // namespace
@@ -58,7 +58,7 @@ TEST_P(PageContract, AnEngineThatIsGoneReportsNothing)
     EXPECT_EQ(reports, Reports{});
 }
 
-// ------------------------------------------------------------------------------------------------------- a browser's
+// ----------------------------------------------------------------------------------------------------------- browser
 
 TEST_P(BrowserContract, AnAddressReportsItsStartAndItsEndAsEventsOfTheirOwnAndNobodyIsAsked)
 {
@@ -190,7 +190,7 @@ TEST_P(BrowserContract, OnlyAddressesOfTheWebAreLoaded)
     EXPECT_FALSE(engine().page_state().address);
 }
 
-// ------------------------------------------------------------------------------------------------------- the bridge
+// ----------------------------------------------------------------------------------------------------------- bridge
 
 ScriptContract::ScriptContract()
 {
@@ -201,7 +201,7 @@ ScriptContract::ScriptContract()
     ad->portraitVideoPos = TOP;
     ad->fVideoWidth = 320;
     ad->fVideoHeight = 180;
-    ad->strBackgroundColor = "4279704105"; // without one the page is not to be seen
+    ad->strBackgroundColor = "4279704105"; // without one the page is not visible
     platform().set_witness(this);
     session_ = std::make_unique<Session>(platform(), world().controls(), HostSetup{}, ad);
     platform().dispatch([&] { session_->open(0); });

@@ -8,7 +8,7 @@
 namespace qoro::test
 {
 
-/// A web engine, and what it reports of its loads.
+/// A web engine and its load reports.
 class PageContract : public ContractTest, private WebListener
 {
 protected:
@@ -46,7 +46,7 @@ private:
     std::unique_ptr<WebEngine> engine_;
 };
 
-/// A browser's engine.
+/// A web engine of the browser's kind.
 class BrowserContract : public PageContract
 {
 protected:
@@ -55,7 +55,7 @@ protected:
     NSURL found() { return NSURL::URLWithString(world().address(Address::Found)); }
     NSURL other() { return NSURL::URLWithString(world().page_address()); }
     std::string shown() { return engine().page_state().address.absoluteString().text(); }
-    /// Waits for the end of what is loading now.
+    /// Waits until the current load ends.
     bool until_end()
     {
         const bool came = until([&] { return !reports.empty() && reports.back() != "start" && idle(); });
@@ -72,7 +72,7 @@ private:
     bool idle() { return !engine().page_state().loading; }
 };
 
-/// An ad with a page, of which the script speaks and listens over the bridge; the test sees what the player is told.
+/// An ad with a page whose script uses the bridge; the test observes the player's commands.
 class ScriptContract : public ContractTest, private Witness
 {
 protected:
@@ -82,7 +82,7 @@ protected:
     ~ScriptContract() override;
 
     QoroVideoWebViewController& ad() { return *session_->controller(); }
-    /// An event to the script, as the controller sends it.
+    /// Sends an event to the script, as the controller does.
     void send(const std::string& event, const NSDictionary& result = nullptr)
     {
         platform().dispatch([&] { ad().sendEventToJS(event, result); });
@@ -92,7 +92,7 @@ protected:
         return until([&] { return world().script_heard(ad()).size() >= count; });
     }
 
-    /// What the player was told, once the ad had opened.
+    /// The player's commands since the ad opened.
     Lines told;
 
 private:

@@ -5,9 +5,9 @@ namespace qoro::test
 
 namespace
 {
-/// Seconds that a player is given to do what it should not.
+/// Seconds to wait for an unexpected action of the player.
 constexpr double Moment = 0.15;
-/// Where the test's viewer seeks to see the end soon.
+/// Seek target shortly before the end.
 constexpr double NearTheEnd = VideoSeconds - 0.3;
 } // namespace
 
@@ -18,7 +18,7 @@ void PlayerContract::expect_three_vain_plays(PlayerEngine& player)
         player.play();
         EXPECT_EQ(reports, Reports{}) << "a report is an event of its own";
         ASSERT_TRUE(until_heard("finished 1")) << "play " << play;
-        // A place near to the failure may be played once more.
+        // Playback near the failure may restart once.
         std::erase(reports, "state 1");
         EXPECT_EQ(reports, (Reports{"state 0", "finished 1"})) << "play " << play;
         EXPECT_EQ(player.playback_state(), MPMoviePlaybackStateStopped);

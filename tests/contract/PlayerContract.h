@@ -5,7 +5,7 @@
 namespace qoro::test
 {
 
-/// A player over the platform's video; writes down what is reported, with the reading that each report is about.
+/// A player of the platform's video; records each report together with the state it is about.
 class PlayerContract : public ContractTest, private PlayerListener
 {
 protected:
@@ -13,7 +13,7 @@ protected:
 
     ~PlayerContract() override { player_.reset(); }
 
-    /// @param source null for the video of the platform
+    /// @param source null for the platform's video
     PlayerEngine& open(bool autoplay = true, const std::optional<NSURL>& source = {})
     {
         player_ = platform().players().make_player(source.value_or(world().video()), *this);
@@ -23,7 +23,7 @@ protected:
         return *player_;
     }
     void drop() { player_.reset(); }
-    /// Of a player that has failed for good.
+    /// For a player that has failed permanently.
     void expect_three_vain_plays(PlayerEngine& player);
     bool heard(const std::string& report) const
     {
@@ -38,7 +38,7 @@ protected:
     }
 
     Reports reports;
-    /// Of each report, the player's time and its duration.
+    /// The player's time and duration at each report.
     std::vector<double> times;
     std::vector<double> durations;
 

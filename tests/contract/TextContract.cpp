@@ -15,8 +15,8 @@ TEST_P(TextContract, ATextHasTheSizeThatTheFontsTableSays)
 {
     const CGSize size = platform().text().measure(MeasuredText, Arial20, Unbounded);
 
-    // Each of the five letters is rounded to a 1024th of a point, the font's table is in 2048ths of its size, and a
-    // line's height may be rounded up to the font's own whole units.
+    // Each of the five letters is rounded to 1/1024 point, the font's table uses 1/2048 of the size, and a line's
+    // height may be rounded up to the font's whole units.
     EXPECT_NEAR(size.width, MeasuredSize.width, 0.1);
     EXPECT_NEAR(size.height, MeasuredSize.height, 0.1);
     EXPECT_NE(size.width, std::round(size.width)) << "fractions of a point are kept";
@@ -25,8 +25,8 @@ TEST_P(TextContract, ATextHasTheSizeThatTheFontsTableSays)
 
 TEST_P(TextContract, ALineOfPlainWordsIsAsLongAsItsLettersAreOnAverage)
 {
-    // Where no table is asked, a letter counts 7 points and a line 16: Arial at 15 points, on average over plain words.
-    // The words stray from that by a tenth, the line's height by the point that is missing to 15 x 1.117.
+    // Without a font table a letter counts 7 points and a line 16: the average of Arial at 15 points over plain words.
+    // Words deviate by up to a tenth, the line's height by the point missing to 15 x 1.117.
     for (const std::string text :
          {"See all lamps", "Learn more about this offer", "the quick brown fox jumps over the lazy dog"}) {
         const CGSize size = platform().text().measure(text, {"Arial", 15}, Unbounded);

@@ -5,9 +5,9 @@ namespace qoro::test
 
 namespace
 {
-/// A sound server keeps a volume as one of 65536 steps.
+/// A sound server stores a volume in 65536 steps.
 constexpr double OneStep = 1.0 / 65536;
-/// Seconds in which a report too many would come.
+/// Seconds to wait for an unexpected further report.
 constexpr double Moment = 0.2;
 } // namespace
 

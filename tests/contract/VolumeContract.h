@@ -6,7 +6,7 @@
 namespace qoro::test
 {
 
-/// The output volume, with an observer of its changes.
+/// The output volume and an observer of its changes.
 class VolumeContract : public ContractTest
 {
 protected:

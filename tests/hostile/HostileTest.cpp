@@ -19,8 +19,8 @@ namespace
 using Clock = std::chrono::steady_clock;
 using Seconds = std::chrono::duration<double>;
 
-/// The pages of attacks. Those of the first folder also meet the web engine alone; of two with one name the second
-/// folder's is served.
+/// Pages of attacks. Those of the first folder are also tested on the web engine alone. If both folders have a page of
+/// the same name, the second folder's is served.
 const std::array<std::string, 2> Pages{QORO_SOURCE_DIR "/tests/desktop/web/hostile",
                                        QORO_SOURCE_DIR "/tests/hostile/pages"};
 
@@ -31,7 +31,7 @@ std::string content(const std::filesystem::path& file)
     return text.str();
 }
 
-/// How many times longer than alone this machine, busy with other things, takes for the same work now; 1 at least.
+/// Ratio (at least 1) by which the loaded machine is now slower than an idle one.
 double slowness()
 {
     constexpr Seconds Sample{0.05};
@@ -48,7 +48,7 @@ double slowness()
 }
 
 #ifdef __SANITIZE_ADDRESS__
-/// The sanitizers slow the program down, and the tests are not about them.
+/// The sanitizers slow the program down; these tests do not measure that.
 constexpr double Second = 2;
 #else
 constexpr double Second = 1;
@@ -60,7 +60,7 @@ void HostileTest::SetUp()
 {
     if (const char* why = std::getenv("QORO_NO_OWN_NETWORK"); why && *why)
         GTEST_SKIP() << why;
-    // Of freed memory the sanitizer's program keeps little, so that what is resident says something.
+    // A small quarantine of freed memory keeps the resident size meaningful.
     setenv("ASAN_OPTIONS", "quarantine_size_mb=8", 1);
     internet_.emplace();
     for (const std::string& folder : Pages)

@@ -15,10 +15,10 @@
 namespace qoro::test
 {
 
-/// An attack on the real program, which plays the demo's video beside a page of a stranger in a network of its own.
+/// An attack on the real program, which plays the demo's video beside a hostile page in a network namespace of its own.
 ///
-/// To add one: put its page into tests/hostile/pages/ (it says mraid.expand("done") when it has done all that it wanted
-/// to), and write down here what must not have come of it:
+/// To add one: put its page into tests/hostile/pages/ (it calls mraid.expand("done") when it has finished), and check
+/// here that the attack has failed:
 ///
 ///     TEST_F(HostileTest, APageThatEatsMemoryIsEnded)
 ///     {
@@ -28,28 +28,28 @@ namespace qoro::test
 ///         the_viewer_leaves();
 ///     }
 ///
-/// What a server does to the ad is an answer of internet() (or a server of the test's own, on any address); what the ad
-/// itself does, a property in play()'s second argument. Servers of the world: any address answers on port 80 with what
-/// internet() serves, and internet().contacted() says who was spoken to.
+/// To attack through a server, set an answer of internet(), or run a server on any address in the test; to attack
+/// through the ad, pass properties in play()'s second argument. Every address answers on port 80 with what internet()
+/// serves, and internet().contacted() lists the addresses contacted.
 class HostileTest : public testing::Test
 {
 protected:
     static constexpr long Megabyte = 1024 * 1024;
 #ifdef __SANITIZE_ADDRESS__
-    /// Bytes by which a page may raise the program. The sanitizers keep freed memory for a while, and watch over each
-    /// byte with some of their own.
+    /// Bytes by which a page may grow the program. The sanitizers quarantine freed memory and add shadow memory for
+    /// each byte.
     static constexpr long MostGrowth = 256 * Megabyte;
 #else
     static constexpr long MostGrowth = 64 * Megabyte;
 #endif
-    /// The server of the ad's page. Pages of attacks name 203.0.113.66 for where nothing may ever go.
+    /// Server of the ad's page. Pages of attacks use 203.0.113.66 as the address that must never be contacted.
     static constexpr const char* Stranger = "203.0.113.1";
     static constexpr const char* Elsewhere = "203.0.113.66";
 
     void SetUp() override;
     void TearDown() override;
 
-    /// Starts the ad with a page of tests/hostile/pages/, and waits until its video plays.
+    /// Starts the ad with a page of tests/hostile/pages/ and waits until its video plays.
     /// @param page the file's name
     /// @param changes properties of the ad that differ from the demo's
     void play(const std::string& page, nlohmann::json changes = nlohmann::json::object());
@@ -61,25 +61,25 @@ protected:
     {
         return *internet_;
     }
-    /// What the program and its pages have taken since the ad's video began to play.
+    /// Memory use of the program and its pages since the ad's video began to play.
     MemoryWatch& memory()
     {
         return *memory_;
     }
 
-    /// Waits until the page has done all that it wanted to.
+    /// Waits until the page reports that it has finished.
     bool page_is_done();
-    /// Waits for a line that says what the page was refused.
-    /// @param part of the line's detail
+    /// Waits for a trace line about a rejected action of the page.
+    /// @param part substring of the line's detail
     bool refused(const std::string& kind, const std::string& part = "");
-    /// Whether anybody was spoken to but the ad's own servers. Names who.
+    /// Whether any server but the ad's own was contacted; the message lists the addresses.
     std::string spoken_to_others();
-    /// The program lives, a touch of the close button is answered within a second (longer on a busy machine), and the
-    /// ad ends in order.
+    /// Checks that the program runs, answers a touch of the close button within a second (longer on a busy machine),
+    /// and that the ad ends normally.
     void the_viewer_leaves();
-    /// A touch of the ad's close button.
+    /// Touches the ad's close button.
     void the_viewer_touches_close();
-    /// The kit shows a way out, and a touch of it ends the ad in order.
+    /// Checks that the close guard's button appears, and that a touch of it ends the ad normally.
     void the_viewer_leaves_by_the_guard();
 
 private:

@@ -18,15 +18,15 @@ namespace
 {
 
 constexpr int Port = 80;
-/// Milliseconds between two looks whether this object ends.
+/// Milliseconds between two checks whether this object is being destroyed.
 constexpr int Glance = 100;
 constexpr std::size_t Ipv4Head = 20;
 constexpr std::size_t Ipv6Head = 40;
-/// Bits of the byte of a TCP segment that says what it is: the beginning of a connection has the one alone.
+/// Flags byte of a TCP segment (RFC 9293, section 3.1): only SYN is set in the first segment of a connection.
 constexpr int Syn = 0x02;
 constexpr int Ack = 0x10;
 
-/// The address without what IPv6 puts before one of IPv4.
+/// The address in text form; an IPv4-mapped one as plain IPv4 (RFC 4291, section 2.5.5.2).
 std::string text_of(const in6_addr& address)
 {
     std::array<char, INET6_ADDRSTRLEN> text{};
@@ -106,7 +106,7 @@ std::set<std::string> Internet::contacted() const
 
 void Internet::accept_all()
 {
-    // One at a time: who keeps a connection open and says nothing is left after a glance.
+    // One connection at a time: a silent client is dropped after a glance.
     while (!closing_) {
         if (!comes_soon(listener_))
             continue;
@@ -145,7 +145,7 @@ void Internet::talk(int connection)
                              answer.head + "\r\n" + answer.body);
 }
 
-// ------------------------------------------------------------------------------------------------------------ packets
+// ----------------------------------------------------------------------------------------------------- packet capture
 
 void Internet::watch_packets()
 {

@@ -12,8 +12,8 @@
 namespace qoro::test
 {
 
-/// Every server of the world, for a process in a network of its own (OwnNetwork.h): it answers HTTP on port 80 of each
-/// address, of this machine's own too, and sees who is asked for what, on whatever port.
+/// A stand-in for every server in a process's own network namespace (OwnNetwork.h). Answers HTTP on port 80 of every
+/// address, including this machine's, and records contacts on all ports.
 class Internet
 {
 public:
@@ -21,7 +21,7 @@ public:
         std::string body = {};
         std::string type = "text/html";
         int status = 200;
-        /// Lines of the head, each with its end.
+        /// Header lines, each with its line end.
         std::string head = {};
     };
 
@@ -30,14 +30,14 @@ public:
     Internet(const Internet&) = delete;
     Internet& operator=(const Internet&) = delete;
 
-    /// What a path answers, on every address; any other is not found.
+    /// Sets the answer for a path on every address. Other paths answer 404.
     void serve(const std::string& path, Answer answer);
-    /// What has been asked for so far: "203.0.113.1/page.html", each time that it was.
+    /// The requests so far, with repeats: "203.0.113.1/page.html".
     std::vector<std::string> asked() const;
-    /// Whether anything was asked for that begins so.
+    /// Whether any request starts with a prefix.
     bool was_asked(const std::string& beginning) const;
-    /// To whom the first packet of a connection went, or a datagram: "203.0.113.1:80", "[2001:db8::1]:443". Addresses
-    /// of 127/8 are left out, as the ad's own server and this one's neighbours talk there.
+    /// Destinations of connection attempts and datagrams: "203.0.113.1:80", "[2001:db8::1]:443". Excludes 127/8, which
+    /// the ad's own server and this one use.
     std::set<std::string> contacted() const;
 
 private:

@@ -13,10 +13,10 @@ namespace qoro::test
 namespace
 {
 
-/// Between two looks.
+/// Sampling interval.
 constexpr std::chrono::milliseconds Glance{100};
 
-/// Bytes; 0 for a process that has ended.
+/// Resident memory in bytes; 0 for a process that has ended.
 long resident(int process)
 {
     long pages = 0;

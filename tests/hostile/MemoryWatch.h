@@ -8,19 +8,19 @@
 namespace qoro::test
 {
 
-/// Watches how much memory is resident in a program and in the processes that it has started, for as long as it lives.
+/// Samples the resident memory of a program and its child processes while this object exists.
 class MemoryWatch
 {
 public:
-    /// @param family asked now and then, on a thread of its own: the program's process, then the others
+    /// @param family called repeatedly on a separate thread: returns the program's process first, then the others
     explicit MemoryWatch(std::function<std::vector<int>()> family);
     ~MemoryWatch();
     MemoryWatch(const MemoryWatch&) = delete;
     MemoryWatch& operator=(const MemoryWatch&) = delete;
 
-    /// Bytes by which the program itself has been above its state at the beginning of the watch, at most.
+    /// Maximum growth of the program itself since the start of the watch, bytes.
     long program_growth() const { return program_ - quiet_; }
-    /// Bytes that all its other processes have had together, at most.
+    /// Maximum of the total of all its other processes, bytes.
     long others() const { return others_; }
 
 private:

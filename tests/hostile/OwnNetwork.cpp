@@ -13,7 +13,7 @@ namespace qoro::test
 namespace
 {
 
-/// A network for which this user has no right may be had by a user of a namespace's own, who has every right there.
+/// Without the privilege for a network namespace, creates a user namespace first, which grants it.
 bool unshare_network()
 {
     if (unshare(CLONE_NEWNET) == 0)
@@ -34,7 +34,7 @@ std::string enter_own_network()
 {
     if (!unshare_network())
         return std::string("no network namespace can be made: ") + std::strerror(errno);
-    // A route of the kind "local" makes an address this machine's own.
+    // A route of type "local" makes an address one of this machine's own.
     if (std::system("ip link set lo up && ip route add local 0.0.0.0/0 dev lo && ip -6 route add local ::/0 dev lo") !=
         0)
         return "the network of the namespace can't be set up with ip";

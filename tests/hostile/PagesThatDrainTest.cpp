@@ -1,6 +1,6 @@
 #include "tests/hostile/HostileTest.h"
 
-// What takes more than it is given: memory, requests, the host's own time.
+// Pages that use up resources: memory, requests, the host's processor time.
 
 namespace qoro::test
 {
@@ -13,7 +13,7 @@ TEST_P(HostileDrainTest, APageThatEatsMemoryIsEndedAndTheAdGoesOn)
 {
     play(GetParam());
     EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
-    // The limit, a second of overshoot, and the processes beside the page's.
+    // The limit, one second of overshoot, and the processes besides the page's.
     EXPECT_LT(memory().others(), 1280 * Megabyte);
     the_viewer_leaves();
 }

@@ -1,6 +1,6 @@
 #include "tests/hostile/HostileTest.h"
 
-// Pages that do more of one thing than anybody needs.
+// Pages that repeat one action excessively.
 
 namespace qoro::test
 {

@@ -1,6 +1,6 @@
 #include "tests/hostile/HostileTest.h"
 
-// Pages that want to be elsewhere, to reach this machine, or to do what only a viewer's touch may do.
+// Pages that navigate away, reach for this machine, or do what requires a viewer's touch.
 
 namespace qoro::test
 {

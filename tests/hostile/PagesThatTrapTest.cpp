@@ -1,6 +1,6 @@
 #include "tests/hostile/HostileTest.h"
 
-// Pages that want to keep their viewer.
+// Pages that prevent their viewer from leaving.
 
 namespace qoro::test
 {
