@@ -13,9 +13,9 @@ namespace qoro::test
 namespace
 {
 const std::string Demo = QORO_SOURCE_DIR "/examples/demo";
-/// Seconds, longer than a test may take.
+/// Seconds; longer than any test.
 constexpr int Long = 300;
-/// How often the demo's 14 seconds fit into that.
+/// Repeats of the demo's 14 seconds in that time.
 constexpr int Times = 22;
 } // namespace
 
@@ -34,7 +34,7 @@ DemoAd::DemoAd(const nlohmann::json& changes)
         throw std::runtime_error("ffmpeg failed");
     nlohmann::json ad = nlohmann::json::parse(std::ifstream(Demo + "/ad.json"));
     ad["iCloseBtnCountdown"] = 3600;
-    ad["iBufferingSufferTime"] = -1; // which would show the close button in spite of the countdown
+    ad["iBufferingSufferTime"] = -1; // would show the close button despite the countdown
     ad.merge_patch(changes);
     std::ofstream(file()) << ad;
 }

@@ -12,10 +12,10 @@ struct Colour {
     int blue = 0;
 };
 
-/// Whether two colours look alike: no channel differs by more than the scaling of a video may make it differ.
+/// Whether no channel of two colours differs by more than the scaling of a video may change it.
 bool alike(Colour a, Colour b);
 
-/// A picture from a PNG file.
+/// A picture read from a PNG file.
 class Picture
 {
 public:
@@ -27,7 +27,7 @@ public:
     int width() const;
     int height() const;
     Colour at(int x, int y) const;
-    /// The share (0 to 1) of a rectangle's pixels that look like a colour.
+    /// Fraction (0 to 1) of a rectangle's pixels that resemble a colour.
     double share_of(Colour colour, int x, int y, int width, int height) const;
 
 private:
@@ -35,7 +35,7 @@ private:
     std::unique_ptr<Pixels> pixels_;
 };
 
-/// The share (0 to 1) of a rectangle's pixels that differ between two pictures.
+/// Fraction (0 to 1) of a rectangle's pixels that differ between two pictures.
 double share_changed(const Picture& a, const Picture& b, int x, int y, int width, int height);
 
 } // namespace qoro::test

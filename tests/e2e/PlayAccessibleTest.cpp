@@ -14,8 +14,8 @@
 #include <memory>
 #include <optional>
 
-// The ad and the kit's screens for viewers who can't see them, or have no finger to touch them with. The device is a
-// phone of 375x812 points: points of the screen are pixels of the X server.
+// The ad and the kit's screens for screen readers and keyboards. The device is a phone of 375x812 points; one point is
+// one pixel of the X server.
 
 namespace qoro::test
 {
@@ -50,18 +50,18 @@ protected:
         std::filesystem::remove_all(folder_);
     }
 
-    /// Plays the demo with all the time that a reader may need; the viewer keeps its controls there.
+    /// Plays the demo without a time limit for the reader; the viewer's touches keep the controls visible.
     std::unique_ptr<PlayedAd> play_demo(const nlohmann::json& changes = nlohmann::json::object())
     {
         return started({demo_.emplace(changes).file(), "--steps", demo_->touches()});
     }
-    /// The same, but the viewer touches nothing: the controls hide while the video plays.
+    /// As above without touches: the controls hide while the video plays.
     std::unique_ptr<PlayedAd> play_demo_untouched() { return started({demo_.emplace().file()}); }
     static std::unique_ptr<PlayedAd> started(const std::vector<std::string>& arguments)
     {
         return std::make_unique<PlayedAd>(arguments);
     }
-    /// An ad whose button has been tapped: the browser lies over it.
+    /// Starts an ad and taps its button: the browser covers the ad.
     std::unique_ptr<PlayedAd> play_browser(const std::string& path) const
     {
         const nlohmann::json button{{"btn_text", "Go"},
@@ -78,7 +78,7 @@ protected:
             std::vector<std::string>{folder_ + "/ad.json", "--steps", folder_ + "/steps.json"});
     }
 
-    /// Goes on with Tab until something of a name has the keyboard.
+    /// Presses Tab until the named control has the keyboard focus.
     static bool tab_to(PlayedAd& ad, ScreenReader& reader, const std::string& name)
     {
         std::string now = reader.focused();
@@ -148,7 +148,7 @@ TEST_F(PlayAccessible, HiddenControlsAreNotToldOf)
 
     EXPECT_TRUE(reader.loses("push button", "Pause"));
     EXPECT_FALSE(reader.use("Pause"));
-    // Shown again they hide again after three seconds, in which a slow reader may not find them: more than one try.
+    // The controls hide again after three seconds, in which a slow reader may miss them; hence retries.
     EXPECT_TRUE(ad->eventually([&] { return reader.use("Show the controls") && reader.use("Pause"); }));
     EXPECT_TRUE(ad->hears("video_pause"));
 }
@@ -171,19 +171,19 @@ TEST_F(PlayAccessible, TheKeyboardComesBackToAControlThatHidAndShowedItself)
 {
     const auto ad = play_demo_untouched();
     ScreenReader reader(ad->process());
-    // A paused video keeps its controls.
+    // The controls of a paused video stay.
     ASSERT_TRUE(ad->hears("video_play")) << ad->complaints();
     ASSERT_TRUE(ad->eventually([&] { return reader.use("Show the controls") && reader.use("Pause"); }));
     ASSERT_TRUE(reader.find("push button", "Play"));
     ASSERT_TRUE(tab_to(*ad, reader, "Play"));
 
-    ad->press("space"); // plays, and hides them
+    ad->press("space"); // plays and hides the controls
     ASSERT_TRUE(reader.loses("push button", "Play"));
     ASSERT_TRUE(reader.loses("push button", "Pause"));
     EXPECT_TRUE(reader.focuses("Show the controls")) << "what a finger would reach there";
     ASSERT_TRUE(ad->plays());
 
-    // Shows them, and then uses the one that has the keyboard again; or shows them again where that took too long.
+    // Shows the controls, then uses the focused one again; shows them again if that took too long.
     EXPECT_TRUE(ad->eventually([&] {
         ad->press("Return");
         return !ad->plays();
@@ -199,7 +199,7 @@ TEST_F(PlayAccessible, ARingOfTwoTonesShowsWhereTheKeyboardIsUntilThePointerIsUs
     ASSERT_TRUE(reader.find("push button", "Close")) << ad->complaints();
     ASSERT_TRUE(tab_to(*ad, reader, "Close"));
 
-    // The close button is at the left edge of the video, 50 points wide: the ring's right side stands beside it.
+    // The close button is at the left edge of the video, 50 points wide; the ring's right side is beside it.
     EXPECT_TRUE(ad->shows([](const Picture& ring) {
         return alike(ring.at(52, 70), {255, 255, 255}) && alike(ring.at(50, 70), {5, 5, 10}) &&
                alike(ring.at(54, 70), {5, 5, 10});

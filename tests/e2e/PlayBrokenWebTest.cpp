@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-// A machine on which the web engine's processes do not start: the ad is shown without its page, and the viewer leaves.
+// The web engine's processes do not start: the ad is shown without its page, and the viewer can leave.
 
 namespace qoro::test
 {
@@ -17,7 +17,7 @@ namespace
 
 const std::string DemoAd = QORO_SOURCE_DIR "/examples/demo/ad.json";
 
-/// Runs the command that follows where one of the web engine's own programs has been replaced.
+/// Runs the following command with one of the web engine's programs replaced.
 std::vector<std::string> with_program_replaced(const std::string& program, const std::string& by)
 {
     const std::string script = "for folder in /usr/lib/*/webkitgtk-6.0 /usr/libexec/webkitgtk-6.0; do"

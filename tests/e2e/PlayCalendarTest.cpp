@@ -9,8 +9,8 @@
 #include <memory>
 #include <sstream>
 
-// A creative that puts an event into the viewer's calendar, on a phone of 375x812 points: its page begins at 255
-// points, below the band of the video. A click on its left half gives a lesson, one on its right half what is none.
+// A creative that adds an event to the viewer's calendar, on a phone of 375x812 points: its page begins at 255 points,
+// below the band of the video. A click on its left half sends a valid event, one on its right half an invalid one.
 
 namespace qoro::test
 {
@@ -61,7 +61,7 @@ protected:
     }
     ~PlayCalendar() override { fs::remove_all(folder_); }
 
-    /// A program for calendars that copies the file that it is given.
+    /// Installs a calendar program that copies the file it receives.
     void install_calendar() const
     {
         const fs::path applications = folder_ / "data" / "applications";
@@ -75,7 +75,8 @@ protected:
             << (folder_ / "calendar").string() << " %f\n";
         std::ofstream(applications / "mimeapps.list") << "[Default Applications]\ntext/calendar=calendar.desktop\n";
     }
-    /// The file that the calendar got, its folded lines put together; empty when none came.
+    /// The file that the calendar received, with folded lines joined (RFC 5545, section 3.1); empty when none was
+    /// received.
     std::string calendar_file(PlayedAd& ad) const
     {
         ad.eventually([&] { return fs::exists(folder_ / "event.ics"); });
@@ -94,7 +95,7 @@ protected:
             ++files;
         return files;
     }
-    /// The ad, once its page listens.
+    /// Starts the ad and waits until its page listens.
     std::unique_ptr<PlayedAd> play() const
     {
         auto ad = std::make_unique<PlayedAd>(std::vector<std::string>{(folder_ / "ad.json").string()});

@@ -12,8 +12,8 @@
 #include <string>
 #include <vector>
 
-// The creatives of docs/creative.md as they stand in examples/creatives, on a phone of 375x812 points: their page
-// begins at 255 points, below the band of the video.
+// The creatives of docs/creative.md, from examples/creatives, on a phone of 375x812 points: their page begins at 255
+// points, below the band of the video.
 
 namespace qoro::test
 {
@@ -23,7 +23,7 @@ namespace
 
 using nlohmann::json;
 
-/// A creative's ad, on a device that has something for every address of the web.
+/// A creative's ad, on a device with a handler for web addresses.
 class Creative
 {
 public:
@@ -67,12 +67,12 @@ TEST(PlayCreatives, TheEndCardComesWithTheEndPlaysAgainAndCloses)
     Creative card("end-card");
     ASSERT_TRUE(card.ad->page_hears("video_ended")) << card.ad->complaints();
 
-    // What the page does about the end it does in its own time.
+    // The page reacts to the end with a delay.
     const auto plays = [&] {
         return std::ranges::count_if(card.ad->trace(),
                                      [](const json& line) { return line.value("event", "") == "video_play"; });
     };
-    const auto before = plays(); // a late listener gets the event once more
+    const auto before = plays(); // a late listener receives the event once more
     ASSERT_TRUE(card.ad->clicks_until(187, 300, [&] { return plays() > before; })) << "watch again";
     EXPECT_TRUE(card.ad->clicks_until(187, 300 + 2 * 110, [&] { return card.ad->exit_status(0) == 0; })) << "close";
 

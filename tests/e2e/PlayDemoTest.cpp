@@ -10,8 +10,8 @@
 
 #include <string>
 
-// The demo ad on a phone of 375x812 points, whose band stands at (0, 44, 375, 210.9375) and whose page begins below it.
-// Points of the screen are pixels of the X server: the window stands at its origin.
+// The demo ad on a phone of 375x812 points; the video's band is at (0, 44, 375, 210.9375) and its page begins below it.
+// One point is one pixel of the X server; the window is at its origin.
 
 namespace qoro::test
 {
@@ -32,7 +32,7 @@ TEST(PlayDemo, TheBandThePageAndTheControlsStandWhereTheirFramesSay)
     const DemoAd demo;
     PlayedAd ad({demo.file()});
     ASSERT_TRUE(ad.page_hears("video_timeupdate")) << ad.complaints();
-    ad.click(47, 453); // the page's "Pause": a paused video keeps its bars
+    ad.click(47, 453); // the page's "Pause"; the bars of a paused video stay
     ASSERT_TRUE(ad.hears("video_pause"));
     ASSERT_TRUE(ad.shows([](const Picture& look) {
         return look.share_of(White, 162, 125, 50, 50) > 0.05 && look.share_of(Cream, 16, 262, 343, 40) > 0.03;
@@ -63,7 +63,7 @@ TEST(PlayDemo, ATouchOfTheVideoShowsTheBarsThatHid)
     ASSERT_TRUE(ad.reaches_second(4)) << ad.complaints();
     ASSERT_TRUE(ad.shows([&](const Picture& look) { return !has_bars(look); }));
 
-    // They hide again after three seconds, in which a slow machine may have no picture of them.
+    // The bars hide again after three seconds, in which a slow machine may not capture a picture.
     EXPECT_TRUE(ad.eventually([&] {
         ad.click(80, 120);
         ad.photograph(ad.folder() + "/touched.png");
@@ -72,7 +72,7 @@ TEST(PlayDemo, ATouchOfTheVideoShowsTheBarsThatHid)
     EXPECT_TRUE(ad.plays()) << "such a touch does nothing else";
 }
 
-/// How much the light of two neighbouring pixels differs at most.
+/// Maximum difference in brightness of two adjacent pixels.
 int sharpest_edge(const Picture& picture, int left, int top, int width, int height)
 {
     int sharpest = 0;
@@ -90,7 +90,7 @@ TEST(PlayDemo, TheCountdownIsAsCrispWhereAPointHasFourPixels)
 
     EXPECT_TRUE(ad.shows([](const Picture& look) { return look.share_of(White, 0, 0, 82, 82) > 0.02; }))
         << "the countdown, in pixels";
-    // Enlarged from half the size, no two neighbours differ by more than half of black and white.
+    // If enlarged from half the size, adjacent pixels differ by at most half of the range from black to white.
     EXPECT_GT(sharpest_edge(Picture(ad.folder() + "/look.png"), 0, 0, 80, 82), 160);
 }
 
@@ -100,17 +100,17 @@ TEST(PlayDemo, ASessionUnderThePointerSendsEachTrackerOnceWithItsMacrosExpanded)
     PlayedAd ad({demo.file(), "--steps", demo.touches()});
     ASSERT_TRUE(ad.page_hears("video_timeupdate")) << ad.complaints();
 
-    // Upright: the buttons of the video, then the page's.
+    // In portrait: the buttons of the video, then the page's.
     ad.click(187, 149);
     EXPECT_TRUE(ad.server_gets("/t/pause?at="));
     ad.click(350, 230);
     EXPECT_TRUE(ad.server_gets("/t/mute?at="));
-    ad.click(117, 453); // the page's own button, which now reads "Unmute"
+    ad.click(117, 453); // the page's own button, now labelled "Unmute"
     EXPECT_TRUE(ad.server_gets("/t/unmute?at="));
     ad.click(187, 149);
     EXPECT_TRUE(ad.server_gets("/t/resume?at="));
 
-    // Its end, and the close button, as soon as the countdown has run out.
+    // The video's end, and the close button after the countdown.
     ASSERT_TRUE(ad.server_gets("/t/complete?of=14.000000"));
     EXPECT_TRUE(ad.clicks_until(25, 69, [&] { return ad.hits_of("/t/close?at=") > 0; }));
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
@@ -126,7 +126,7 @@ TEST(PlayDemo, ASessionUnderThePointerSendsEachTrackerOnceWithItsMacrosExpanded)
     }
 }
 
-/// A key that turns the device from upright.
+/// A key that rotates the device from portrait.
 class PlayDemoTurned : public testing::TestWithParam<const char*>
 {
 };

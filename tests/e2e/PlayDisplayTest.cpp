@@ -12,8 +12,7 @@
 #include <string>
 #include <unistd.h>
 
-// A display that goes away under a playing ad: the ad is closed as it is always closed, and the program says what
-// happened.
+// A display that disappears under a playing ad: the ad closes normally, and the program reports the cause.
 
 namespace qoro::test
 {
@@ -23,12 +22,12 @@ namespace
 
 const std::string DemoAd = QORO_SOURCE_DIR "/examples/demo/ad.json";
 
-/// A display of the played ad's own.
+/// A separate display for the played ad.
 class OwnDisplay
 {
 public:
     /// @param start a shell command that becomes the display's server; it may use a folder, $place
-    /// @param use what a shell does once the server is there
+    /// @param use shell commands to run once the server is ready
     OwnDisplay(std::string start, std::string use) : start_(std::move(start)), use_(std::move(use))
     {
         place_ = (std::filesystem::path(testing::TempDir()) / ("display-" + std::to_string(getpid()))).string();
@@ -44,7 +43,7 @@ public:
     OwnDisplay(const OwnDisplay&) = delete;
     OwnDisplay& operator=(const OwnDisplay&) = delete;
 
-    /// Starts the server, and the command that follows on it.
+    /// A launcher that starts the server, then the command after it.
     std::vector<std::string> launcher() const
     {
         return {"sh", "-c",
@@ -66,7 +65,7 @@ private:
     std::string place_;
 };
 
-/// What the program itself says, without what its libraries do.
+/// The program's own error output, without its libraries' messages.
 std::string own_words(const std::string& complaints)
 {
     std::istringstream lines(complaints);
@@ -84,7 +83,7 @@ void close_when_it_goes_away(OwnDisplay& display)
     const std::string volume = sound.device_volume();
     PlayedAd ad({DemoAd, "--system-volume"}, display.launcher(), false);
     ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
-    ad.wait_for([](const nlohmann::json& line) { return line["what"] == "hit"; }); // its page and server are there
+    ad.wait_for([](const nlohmann::json& line) { return line["what"] == "hit"; }); // its page and server have started
 
     display.end();
 

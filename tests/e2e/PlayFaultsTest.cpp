@@ -14,7 +14,7 @@
 #include <string>
 #include <thread>
 
-// What can go wrong around an ad, each with the program itself: its trace says so, and the viewer can leave.
+// Faults around an ad, tested with the real program: its trace reports the fault, and the viewer can leave.
 
 namespace qoro::test
 {
@@ -30,7 +30,7 @@ std::string clip()
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// Whether none of the processes runs any more; waits a moment for those that end when they notice that they are alone.
+/// Whether none of the processes is running; waits briefly for orphans to notice and exit.
 bool all_gone(const std::vector<int>& processes)
 {
     const auto until = std::chrono::steady_clock::now() + std::chrono::duration<double>(PlayedAd::Patience);
@@ -50,17 +50,17 @@ bool all_gone(const std::vector<int>& processes)
     return true;
 }
 
-// ---------------------------------------------------------------------------------------------- bad videos and pages
+// ------------------------------------------------------------------------------------------- faulty videos and pages
 
-/// What the ad's server has, and what the trace says of it.
+/// The content of the ad's server, and what the trace reports.
 struct Fault {
     const char* name;
     VideoServer::Answer video;
     VideoServer::Answer page;
     VideoServer::Answer icon;
-    /// Of lines of the trace, all of which must come: members and their values.
+    /// Members and values of trace lines, all of which must appear.
     std::vector<nlohmann::json> told;
-    /// Whether the server is there at all.
+    /// Whether the server runs.
     bool server_lives = true;
 
     friend void PrintTo(const Fault& fault, std::ostream* out) { *out << fault.name; }
@@ -177,7 +177,7 @@ std::string ad_file(const std::string& folder, const VideoServer& server)
         {"portraitVideoPos", "TOP"},
         {"bIsAutoStart", true},
         {"strBackgroundColor", "4279704105"},
-        // No close button comes: the host's own way out is what the viewer has.
+        // No close button appears: the viewer has the host's own control.
         {"iCloseBtnCountdown", 3600},
         {"iBufferingSufferTime", -1},
         {"arrayCloseTrackingUrls", {"t/close"}},
@@ -275,7 +275,7 @@ TEST(PlayProcessesTest, APageHearsTheEndOfAnAdThatItsHostEnds)
 mraid.addEventListener("stateChange", state => mraid.expand(state));
 </script></body></html>)"));
     const std::string file = folder + "/ad.json";
-    // No tracker that the program would wait for.
+    // No tracker, which the program would wait for.
     std::ofstream(file) << nlohmann::json{{"strVideoUrl", server.address("/v.mp4")},
                                           {"strWebViewUrl", server.address("/page.html")},
                                           {"fVideoWidth", 320},

@@ -10,8 +10,8 @@
 #include <fstream>
 #include <memory>
 
-// The kit's screens over the demo's video, on a phone of 375x812 points: points of the screen are pixels of the X
-// server. A page of one colour, served to the browser alone, says whether it is there.
+// The kit's screens over the demo's video, on a phone of 375x812 points; one point is one pixel of the X server. A page
+// in one colour, served to the browser only, shows whether the browser is visible.
 
 namespace qoro::test
 {
@@ -24,7 +24,7 @@ constexpr Colour OtherColour{0x40, 0x20, 0xa0};
 constexpr Colour Black{0, 0, 0};
 constexpr Colour BarColour{0xf7, 0xf7, 0xf7};
 
-/// An ad around the demo's video with one button, and a server for the page that it leads to.
+/// An ad with the demo's video and one button, and a server for the button's page.
 class PlayScreens : public testing::Test
 {
 protected:
@@ -70,7 +70,7 @@ protected:
         data["u"] = address(path);
         return button({{"launch_type", "inapp"}, {"data", data}});
     }
-    /// The steps of a viewer, in a file for --steps.
+    /// Path of a steps file for --steps.
     std::string steps(const nlohmann::json& list) const
     {
         const std::string file = folder_ + "/steps.json";
@@ -201,7 +201,7 @@ TEST_F(PlayScreens, OnAPhoneTheStorePageLiesBelowTheVideoAndItsWayOutClosesTheAd
 TEST_F(PlayScreens, OnATabletTheStorePageLiesOverTheAdAndItsWayOutLeavesTheAd)
 {
     server_.serve("/store/42", {.body = "<body style='background:#20a040'>", .type = "text/html"});
-    // It comes when the video is paused, as it is here by itself.
+    // The store page appears when the video is paused, here automatically.
     const auto ad = play({{"strStoreId", "42"}, {"arrayPrePauseLocations", {1}}},
                          {"--device", "600x800", "--store-page", address("/store/{id}")});
     ASSERT_TRUE(ad->shows(300, 400, PageColour)) << ad->complaints();

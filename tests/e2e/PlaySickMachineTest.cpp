@@ -12,7 +12,7 @@
 #include <string>
 #include <unistd.h>
 
-// A machine that lacks what a program takes for granted: the ad is shown as far as it can be, and the viewer leaves.
+// A machine without resources that programs rely on: the ad is shown as far as possible, and the viewer can leave.
 
 namespace qoro::test
 {
@@ -22,10 +22,10 @@ namespace
 
 const std::string DemoAd = QORO_SOURCE_DIR "/examples/demo/ad.json";
 
-/// Runs the command that follows where the temporary folder and the user's cache lie on a disk of one megabyte, which
-/// is the command's alone and goes with it.
-/// @param prepared what a shell does on the disk before
-/// @param mounted how it is mounted then: rw or ro
+/// Runs the following command with the temporary folder and the user's cache on a disk of one megabyte, private to the
+/// command and removed with it.
+/// @param prepared shell commands to run on the disk first
+/// @param mounted final mount option: rw or ro
 std::vector<std::string> on_a_disk(const std::string& prepared, const std::string& mounted)
 {
     const std::string place = std::filesystem::path(testing::TempDir()) / ("sick-disk-" + std::to_string(getpid()));

@@ -26,7 +26,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 
-/// Between two looks at a program that runs by itself.
+/// Polling interval for the running program.
 constexpr std::chrono::milliseconds Glance{20};
 
 std::string words_of(const std::string& path)
@@ -40,7 +40,7 @@ std::string words_of(const std::string& path)
 struct Process {
     int id = 0;
     std::string name;
-    /// Z for one that has ended and only waits for its parent to ask.
+    /// Z for a zombie.
     char state = 0;
     int parent = 0;
     int group = 0;
@@ -51,7 +51,7 @@ std::vector<Process> all_processes()
     std::vector<Process> found;
     for (const auto& entry : std::filesystem::directory_iterator("/proc")) {
         const std::string line = words_of((entry.path() / "stat").string());
-        // Number, name in parentheses (which may hold anything), state, parent, group.
+        // PID, name in parentheses (which may contain anything), state, parent, group (proc_pid_stat(5)).
         const std::size_t name = line.find('(');
         const std::size_t end = line.rfind(')');
         if (name == std::string::npos || end == std::string::npos)
@@ -63,7 +63,7 @@ std::vector<Process> all_processes()
     return found;
 }
 
-/// Of a program: itself first, then whatever stands in its group, and everything that these have started.
+/// The processes of a program: itself first, then its process group and all their descendants.
 std::vector<Process> family_of(int program)
 {
     const std::vector<Process> all = all_processes();
@@ -87,7 +87,7 @@ int start(const std::vector<std::string>& command, const std::string& output, co
     if (child < 0)
         throw std::runtime_error("no process could be made");
     if (child == 0) {
-        // A group of its own, so that nothing of it can be left behind.
+        // A separate process group, so that every process in it can be killed.
         setpgid(0, 0);
         const int out = open(output.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
         const int err = open(errors.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
@@ -103,7 +103,7 @@ int start(const std::vector<std::string>& command, const std::string& output, co
     return child;
 }
 
-/// The second that a line of the trace tells; −1 for another line.
+/// The second of the video that a trace line reports; −1 for another line.
 int second_of(const nlohmann::json& line)
 {
     if (line.value("event", "") != "video_timeupdate")
@@ -167,7 +167,7 @@ bool PlayedAd::clicks_until(int x, int y, const std::function<bool()>& holds)
 
 void PlayedAd::press(const std::string& key)
 {
-    // A key that comes before the window is lost.
+    // A key pressed before the window exists would be lost.
     has_keyboard_ = has_keyboard_ || eventually([] { return succeeds({"xdotool", "getwindowfocus"}); });
     run({"xdotool", "key", key});
 }
@@ -185,7 +185,7 @@ void PlayedAd::terminate()
 
 bool PlayedAd::kill_page_process()
 {
-    // The kernel keeps fifteen letters of a name.
+    // The kernel truncates process names to 15 characters.
     for (const Process& process : family_of(process_))
         if (process.name == "WebKitWebProces")
             return kill(process.id, SIGKILL) == 0;

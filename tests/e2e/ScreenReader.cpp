@@ -11,8 +11,8 @@
 #include <sanitizer/asan_interface.h>
 #include <sanitizer/lsan_interface.h>
 
-/// libatspi loses a path now and then when a control goes while it is being read. Only a slow look shows whose memory
-/// it is; the programs that the tests start are not slowed down by it.
+/// libatspi occasionally leaks a path when a control is destroyed while it is read. Only the slow unwinder attributes
+/// the leak; the programs under test are not slowed down by it.
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions()
 {
@@ -33,7 +33,7 @@ namespace
 
 using Clock = std::chrono::steady_clock;
 constexpr std::chrono::milliseconds Glance{50};
-/// Only something that never comes takes so long.
+/// Only a missing object exceeds it.
 constexpr std::chrono::seconds Patience{90};
 
 struct Unref {
@@ -58,7 +58,7 @@ std::vector<Accessible> children_of(AtspiAccessible* parent)
     return children;
 }
 
-/// Null as long as the program has not shown itself on the bus.
+/// Null until the program is on the accessibility bus.
 Accessible program(int process)
 {
     static const bool started = atspi_init() == 0;
@@ -71,9 +71,9 @@ Accessible program(int process)
     return nullptr;
 }
 
-/// Meets a thing and what is in it, in the tree's order, until one is the one.
-/// @param is_it asked of each
-/// @return whether one was
+/// Traverses an object and its descendants in tree order until one matches.
+/// @param is_it called for each
+/// @return whether one matched
 bool walk(AtspiAccessible* thing, const std::function<bool(AtspiAccessible*)>& is_it)
 {
     if (is_it(thing))

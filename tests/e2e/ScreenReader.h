@@ -8,7 +8,7 @@
 namespace qoro::test
 {
 
-/// One thing of a program's windows as assistive technology meets it.
+/// One object of a program's windows as assistive technology sees it.
 struct Spoken {
     std::string role;
     std::string name;
@@ -21,29 +21,29 @@ struct Spoken {
     friend bool operator==(const Spoken&, const Spoken&) = default;
 };
 
-/// Reads the windows of a program through the accessibility bus, as a screen reader does.
+/// Reads a program's windows through the accessibility bus, as a screen reader does.
 class ScreenReader
 {
 public:
-    /// @param process the program's number
+    /// @param process PID of the program
     explicit ScreenReader(int process) : process_(process) {}
 
-    /// How a name is compared.
+    /// How to compare names.
     enum Match { Whole, Beginning };
 
-    /// Everything that is announced now, in the tree's order. Slow: each thing is asked over the bus.
+    /// All objects announced now, in tree order. Slow: each object takes bus calls.
     std::vector<Spoken> everything();
-    /// Something of a role and a name, if it is announced now.
+    /// The object with a role and name; absent if it is not announced now.
     std::optional<Spoken> tells(const std::string& role, const std::string& name, Match match = Whole);
-    /// Waits for something of a role and a name; absent when it did not come.
+    /// Waits for an object with a role and name; absent on timeout.
     std::optional<Spoken> find(const std::string& role, const std::string& name, Match match = Whole);
-    /// Waits until nothing of a role and a name is told of any more.
+    /// Waits until no object with a role and name is announced.
     bool loses(const std::string& role, const std::string& name);
-    /// The name of what has the keyboard; empty for nothing.
+    /// Name of the object with the keyboard focus; empty for none.
     std::string focused();
-    /// Waits until something of a name has the keyboard.
+    /// Waits until the named object has the keyboard focus.
     bool focuses(const std::string& name);
-    /// Does what a control of a name does. Answers whether there was one.
+    /// Performs the action of the named control; returns whether the control exists.
     bool use(const std::string& name);
 
 private:

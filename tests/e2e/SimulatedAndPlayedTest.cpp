@@ -20,15 +20,17 @@
 #include <utility>
 #include <vector>
 
-// The demo ad is played with a real pointer and real keys, and simulated, and the same leaves its controller.
+// Plays the demo ad with real pointer and key events, simulates it, and compares what leaves the controller.
 //
-// How long the machine takes for anything does not matter. The video's data is held back until the page listens, the ad
-// pauses its video by itself at two points, and whatever the viewer and the page do they do while it is paused. What
-// the simulator is told of the desktop's world is what no ad decides: the server's address, and what was there first,
-// the page or the end of the second and a half that the controller waits for the video. The page's script, which does
-// not run in the simulator, is stood in for by its subscriptions and its commands.
+// The machine's speed does not matter: the video's data is held back until the page listens, the ad pauses its video
+// automatically at two points, and the viewer and the page act only while it is paused. The simulator receives the
+// facts that no ad determines: the server's address, and the order of the page's arrival and the end of the 1.5 s that
+// the controller waits for the video. The page's script, which does not run in the simulator, is replaced by its
+// subscriptions and its commands.
 //
-// What is compared: every line and field of the traces, in order; what comes of a timer of its own in an order of its
+// Compared are all lines and fields of the traces, in order; lines of separate timers are ordered separately. Excluded
+// are lines that only one of them has (OnlyOnDesktop, OnlyInSimulator) and the log's "didSendTracking", which depends
+// on the network's answers. A real position may be later than the simulated one.
 // own. Left out are the lines that only one of them has (OnlyOnDesktop, OnlyInSimulator) and the log's
 // "didSendTracking", which comes whenever the network answers. A real position may be later than the simulated one.
 
@@ -42,12 +44,12 @@ using nlohmann::json;
 
 const std::string DemoFolder = QORO_SOURCE_DIR "/examples/demo";
 
-/// What the ad's own server got, what the web view refused or lost, and what the script library asks for by itself.
+/// Requests to the ad's server, actions that the web view rejected or lost, and the script library's own requests.
 constexpr std::array<std::string_view, 3> OnlyOnDesktop{"hit", "web", "mraid"};
-/// What is done about the ad, here by hand; and what a step's operation gave back.
+/// Test actions on the ad, done by hand here; and the result of a step's operation.
 constexpr std::array<std::string_view, 2> OnlyInSimulator{"step", "return"};
 
-/// What examples/demo/page.html listens to, in its order.
+/// Events to which examples/demo/page.html subscribes, in its order.
 constexpr std::array Subscriptions{"video_loading",
                                    "video_loaded",
                                    "video_play",
@@ -59,24 +61,24 @@ constexpr std::array Subscriptions{"video_loading",
                                    "video_visibilitychange",
                                    "onhide"};
 
-/// Between two reports of the position, in seconds.
+/// Seconds between two reports of the position.
 constexpr double Tick = 1;
-/// Seconds from the opening until the controller takes a video for loaded that has not said so.
+/// Seconds from opening until the controller treats an unreported video as loaded.
 constexpr double Loaded = 1.5;
-/// Seconds from a page's arrival to the end of its load in the simulator, and to its script's run in this test.
+/// Seconds from a page's arrival to the end of its load in the simulator, and to the start of its script in this test.
 constexpr double SimulatedLoad = 0.1;
 constexpr double SimulatedScript = 0.06;
 
-/// Far from what a tick of the trackers may still report: the last of them before is more than a second away.
+/// Far from the last tracker tick before them, which is more than a second earlier.
 const json Pauses{5, 10};
-/// Seconds in the simulator at which the video can be played, and at which the viewer acts: in the first pause, in the
-/// second, after the end.
+/// Simulated seconds at which the video becomes playable, and at which the viewer acts: in the first pause, in the
+/// second pause, and after the end.
 constexpr double Plays = 2.5;
 constexpr double First = 9;
 constexpr double Second = 17;
 constexpr double End = 27;
 
-/// A folder of its own, gone with the object.
+/// A temporary folder; removed by the destructor.
 class Folder
 {
 public:
@@ -124,7 +126,7 @@ std::vector<json> simulated(const std::string& scenario)
     return trace;
 }
 
-/// The place of the first line that has these fields; behind the last one when none has.
+/// Index of the first line with these fields; past the end if none has them.
 std::size_t first(const std::vector<json>& trace, const json& fields)
 {
     for (std::size_t i = 0; i < trace.size(); ++i) {
@@ -136,7 +138,8 @@ std::size_t first(const std::vector<json>& trace, const json& fields)
     return trace.size();
 }
 
-/// Where the page had come, its script had subscribed to everything, and its load had ended, as far as a trace shows.
+/// Indexes of the page's arrival, the end of its script's subscriptions, and the end of its load, as far as a trace
+/// shows them.
 std::array<std::size_t, 3> page_moments(const std::vector<json>& trace)
 {
     return {
@@ -145,7 +148,7 @@ std::array<std::size_t, 3> page_moments(const std::vector<json>& trace)
               {{"event", "video_orientation"}, {"data", {{"e", {{"orientation", "portrait"}}}}}, {"listeners", 1}})};
 }
 
-/// Puts the server's address before every address of the ad that has none.
+/// Makes the ad's relative addresses absolute on the server.
 void serve(json& value, const std::string& server)
 {
     if (value.is_string()) {
@@ -158,20 +161,20 @@ void serve(json& value, const std::string& server)
     }
 }
 
-/// What the demo is played with: the points at which it pauses, and the server that can hold its video back.
+/// Changes of the demo ad for this test: its pause points, and the server that can hold its video back.
 json differences(const std::string& clip)
 {
     return {{"arrayPrePauseLocations", Pauses}, {"strVideoUrl", clip}};
 }
 
-/// The scenario of a session that was played.
+/// The scenario of a played session.
 json scenario_of(const std::vector<json>& played, const std::string& clip)
 {
     const json& page = played.at(first(played, {{"what", "request"}, {"for", "page"}}));
     const std::string page_address = page["url"];
     const std::string server = page_address.substr(0, page_address.rfind('/') + 1);
 
-    // How many of the page's moments came before the video was taken for loaded.
+    // Number of the page's events before the video was treated as loaded.
     const std::array<double, 4> page_to_loaded{0.02, -0.03, -0.08, -0.15};
     const std::size_t loaded = first(played, {{"event", "video_loaded"}});
     const auto before =
@@ -203,7 +206,7 @@ json scenario_of(const std::vector<json>& played, const std::string& clip)
     return scenario;
 }
 
-/// Does with the real ad what the scenario's steps do.
+/// Performs the scenario's steps on the real ad.
 void play(PlayedAd& ad, VideoServer& videos)
 {
     const auto has = [&](const json& fields) { return first(ad.trace(), fields) < ad.trace().size(); };
@@ -236,14 +239,14 @@ void play(PlayedAd& ad, VideoServer& videos)
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
 }
 
-/// A trace as it is compared: numbers that a clock moves are taken out.
+/// A trace line for comparison, without numbers that depend on a clock.
 struct Line {
     /// The video's position in a tracker; −1 in other lines.
     double position = -1;
     json rest;
 };
 
-/// Takes the position out of an address.
+/// Removes the position from an address.
 double take_position(json& url)
 {
     const std::string text = url;
@@ -256,7 +259,7 @@ double take_position(json& url)
     return std::stod(text.substr(begin, end - begin));
 }
 
-/// Which of the controller's timers a line comes of; empty for what comes of none, or of the session itself.
+/// The controller's timer that produces a line; empty for lines of no timer, and of the session itself.
 std::string timer_of(const json& line)
 {
     const std::string url = line.value("what", "") == "request" ? line.value("url", "") : "";
@@ -270,7 +273,7 @@ std::string timer_of(const json& line)
     return line.value("event", "") == "video_timeupdate" ? "position" : "";
 }
 
-/// The lines of each timer. Those of the trackers' timer also say how many pauses came before.
+/// The lines of each timer. Those of the tracker timer also count the pauses before them.
 std::map<std::string, std::vector<Line>> compared(const std::vector<json>& trace)
 {
     std::map<std::string, std::vector<Line>> lines;
@@ -294,7 +297,7 @@ std::map<std::string, std::vector<Line>> compared(const std::vector<json>& trace
     return lines;
 }
 
-/// The seconds that the script hears, in order and each once: on a slow machine there may be fewer.
+/// The seconds that the script receives, in order and without repeats: a slow machine may skip some.
 std::vector<int> seconds_told(const std::vector<Line>& lines)
 {
     std::vector<int> seconds;
@@ -336,7 +339,7 @@ TEST(SimulatedAndPlayed, TheDemoAdIsTheSameInBoth)
         EXPECT_EQ(same.size(), lines.size()) << timer;
     }
 
-    // Something was to be compared.
+    // The comparison must not be vacuous.
     for (const char* tracker : {"start", "mute", "firstQuartile", "midpoint", "thirdQuartile", "pause", "resume",
                                 "unmute", "complete", "close", "progress/3", "progress/8"})
         EXPECT_GT(ad.hits_of(std::string("/t/") + tracker + "?"), 0) << tracker;

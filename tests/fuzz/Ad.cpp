@@ -1,4 +1,4 @@
-// An ad file, then a session with what was read.
+// An ad file, then a session with the ad read from it.
 
 #include "session/AdFile.h"
 #include "tests/fuzz/FuzzSession.h"
@@ -13,7 +13,7 @@ namespace qoro
 namespace
 {
 
-/// A viewer who tries everything, on a video of four seconds.
+/// A viewer who uses every control, on a video of four seconds.
 constexpr std::string_view Viewing = R"({
     "video": {"duration": 4, "loadAfter": 0.1, "stalls": [[1, 0.2]]},
     "host": {"parent": true},
@@ -44,7 +44,7 @@ constexpr std::string_view Viewing = R"({
     ]
 })";
 
-/// The ad as a file for the program holds it; null when it is refused.
+/// The ad as the program reads it from a file; null when it is rejected.
 std::shared_ptr<QoroVideoAd> read(std::string_view text, AdTypes types)
 {
     try {

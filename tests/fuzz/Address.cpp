@@ -1,4 +1,4 @@
-// An address that an ad, a page or a server names. The input is the address.
+// An address from an ad, a page or a server. The input is the address.
 
 #include "desktop/media/HttpSource.h"
 #include "desktop/net/HttpAddress.h"
@@ -25,7 +25,7 @@ namespace
 constexpr std::string_view Public = "public";
 constexpr std::string_view Elsewhere = "http://ads.example/";
 
-/// A folder that is served, with a file that is not beside it.
+/// A served folder, and a file outside it.
 class Places
 {
 public:
@@ -46,7 +46,7 @@ private:
     std::filesystem::path whole_;
 };
 
-/// As the C library reads a host that is a number.
+/// Whether the C library parses a numeric host as this machine's address.
 bool is_number_of_this_machine(const char* host)
 {
     in_addr four{};
@@ -78,7 +78,7 @@ void try_video(const std::string& address)
     gchar* answer = nullptr;
     gst_query_parse_uri(query, &answer);
     fuzz::require(answer && g_str_has_prefix(answer, "video:stream"), "its answer tells of no address");
-    // As GStreamer does to find out what the video is.
+    // As GStreamer does to detect the video's type.
     GstUri* parsed = gst_uri_from_string(answer);
     fuzz::require(parsed != nullptr, "its answer can be read");
     gchar* path = gst_uri_get_path(parsed);
@@ -115,7 +115,7 @@ void fuzz::run_input(std::string_view input)
     try_served_file(input.substr(0, input.find('?')));
     is_web_address(address.c_str());
     is_blank_address(address.c_str());
-    // Both ways round, and from itself.
+    // In both directions, and from itself.
     require(!leads_inward("http://127.0.0.1/", address), "this machine may lead to itself");
     leads_inward(address, Elsewhere);
     if (zone_named_by(address) > NetworkZone::Public)

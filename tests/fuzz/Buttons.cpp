@@ -1,4 +1,4 @@
-// The ad's buttons, a JSON list: all shown, tapped, and done one by one, on a phone and on a tablet.
+// The ad's buttons, a JSON list: all are shown, tapped, and executed one by one, on a phone and on a tablet.
 
 #include "session/Operations.h"
 #include "tests/fuzz/FuzzSession.h"
@@ -11,7 +11,7 @@ namespace qoro
 namespace
 {
 
-/// Whatever the action has opened is closed again.
+/// Closes whatever the action opened.
 void come_back(AdSession& session)
 {
     session.let_pass(0.5);

@@ -1,4 +1,4 @@
-// An event that a page wants in the calendar, as JSON.
+// A calendar event from a page, as JSON.
 
 #include "desktop/calendar/EventText.h"
 #include "kit/CalendarEvent.h"

@@ -14,7 +14,7 @@
 namespace
 {
 
-/// Far beyond what an input of a few kilobytes takes, also on a busy machine.
+/// Far longer than an input of a few kilobytes takes, even on a busy machine.
 constexpr std::chrono::seconds Longest{5};
 
 std::vector<std::filesystem::path> files_in(const char* directory)
@@ -41,7 +41,7 @@ int main(int argc, char** argv)
     const std::vector<std::filesystem::path> files = files_in(argv[1]);
     qoro::fuzz::require(!files.empty(), "the corpus has files");
     for (const std::filesystem::path& file : files) {
-        // Named before it runs: a crash leaves its name as the last line.
+        // Printed before the run, so that the last line names the input after a crash.
         std::cout << file.string() << std::endl;
         const std::string input = content_of(file);
         const auto begin = std::chrono::steady_clock::now();

@@ -23,7 +23,7 @@ constexpr std::size_t MostSteps = 40;
 constexpr std::size_t MostStalls = 20;
 /// Seconds.
 constexpr double LongestSession = 20;
-/// Seconds. What repeats more often only takes longer: a video that replays itself, a tracker's heartbeat.
+/// Seconds. Shorter periods of repeats (a self-replaying video, a tracker's heartbeat) only cost time.
 constexpr double ShortestPeriod = 0.1;
 
 template <typename Number>
@@ -81,7 +81,7 @@ void shorten(const NSArray& arguments)
 
 NSArray values_of(std::string_view json)
 {
-    // An ad's buttons are taken as they stand, whatever they are.
+    // An ad's buttons are not checked when the ad is read.
     const std::string ad = "{\"arrayButtonsInfo\":" + std::string(json) + "}";
     try {
         return read_ad(ad, "values", AdTypes::Lenient)->arrayButtonsInfo;

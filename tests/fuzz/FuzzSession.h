@@ -9,18 +9,18 @@
 namespace qoro::fuzz
 {
 
-/// Runs a scenario after it has been shortened to what takes some milliseconds, and looks at its trace.
+/// Shortens a scenario so that it takes a few milliseconds, runs it, and checks its trace.
 void run_session(Scenario scenario);
 
-/// Keeps what a script says from a heartbeat that only takes longer.
+/// Raises too short heartbeat periods in a script's arguments, which would only cost time.
 void shorten(const NSArray& arguments);
 
-/// The values of a JSON list; null when the text is none.
+/// The values of a JSON list; null when the text is not one.
 NSArray values_of(std::string_view json);
 
 void require_one_line(const InputError& error);
 
-/// Requires that a text is JSON.
+/// Requires that a text is valid JSON.
 void require_json(std::string_view text);
 
 } // namespace qoro::fuzz

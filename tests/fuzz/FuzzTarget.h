@@ -5,10 +5,10 @@
 namespace qoro::fuzz
 {
 
-/// What a fuzz target does with one input, which may be any bytes. One target is linked into each program.
+/// Runs a fuzz target on one input of arbitrary bytes. Each program links one target.
 void run_input(std::string_view input);
 
-/// Ends the program with a message when a promise is broken, as a sanitizer does.
+/// Aborts the program with a message when a promise is broken, as a sanitizer does.
 void require(bool kept, std::string_view promise);
 
 } // namespace qoro::fuzz

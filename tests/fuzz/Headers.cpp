@@ -1,4 +1,4 @@
-// The head of an HTTP answer, as a server sends it. The last line is also a file's name.
+// The head of an HTTP response. The last line is also used as a file name.
 
 #include "desktop/net/ContentType.h"
 #include "desktop/net/HttpAnswer.h"
@@ -24,7 +24,7 @@ void fuzz::run_input(std::string_view input)
                                     &phrase)) {
         const HttpAnswer answer = read_answer(status, headers);
         require(answer.first.has_value() || status != SOUP_STATUS_OK, "a whole file begins with its first byte");
-        // A version goes back to the server with the next request.
+        // The next request sends a version back to the server.
         SoupMessageHeaders* asked = soup_message_headers_new(SOUP_MESSAGE_HEADERS_REQUEST);
         if (!answer.version.empty())
             soup_message_headers_replace(asked, "If-Range", answer.version.c_str());

@@ -1,5 +1,5 @@
-// A picture's bytes, as a server sends them, and the same with the checksums that a PNG of these bytes would have: a
-// decoder reads nothing behind a wrong one.
+// A picture's bytes as a server sends them, and the same bytes with correct PNG checksums: a decoder stops at a wrong
+// one.
 
 #include "desktop/images/GdkImages.h"
 #include "tests/fuzz/FuzzTarget.h"
@@ -24,7 +24,7 @@ std::uint32_t number_at(const std::string& bytes, std::size_t at)
     return number;
 }
 
-/// Each chunk is its length, a type of four bytes, its content, and the checksum of type and content.
+/// PNG chunks: length, type of four bytes, content, and CRC of type and content (PNG, section 5.3).
 std::string with_right_checksums(std::string bytes)
 {
     constexpr std::size_t Signature = 8;

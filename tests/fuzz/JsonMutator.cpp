@@ -1,4 +1,4 @@
-// Mutates inputs that are JSON as JSON, most of the time: a change of bytes alone rarely gets past the parser.
+// Usually mutates JSON inputs as JSON: byte changes alone rarely pass the parser.
 
 #include <algorithm>
 #include <cstddef>
@@ -30,7 +30,7 @@ void collect(Json& json, std::vector<Json*>& nodes)
             collect(each, nodes);
 }
 
-/// Values at the ends of what a number or a text can be, and one of every type.
+/// Boundary values of numbers and texts, and a value of every type.
 Json extreme(Random& random)
 {
     static const Json values = Json::parse(R"([

@@ -1,5 +1,5 @@
-// What the desktop's libraries keep for as long as the program runs is no leak. Of use where the whole stack is looked
-// at (fast_unwind_on_malloc=0); without LeakSanitizer, nothing calls it.
+// Suppresses allocations that the desktop's libraries retain until exit. Effective with the slow unwinder
+// (fast_unwind_on_malloc=0); without LeakSanitizer, never called.
 
 extern "C" const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions()

@@ -1,5 +1,5 @@
-// A tracker's address with its macros. The input's lines: the address, the kit's cookie, the device's identifier, the
-// application's name, the player's time, the video's length, the session; what is left out is absent.
+// A tracker's address with macros. Lines of the input: address, the kit's cookie, the device's identifier, the
+// application's name, the player's time, the video's duration, the session; missing lines are absent values.
 
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/AdSession.h"

@@ -1,4 +1,4 @@
-// The page that the ad server answers. The input's first line is the path of the kit's script library.
+// A page that the ad server serves. The input's first line is the path of the kit's script library.
 
 #include "platform/QoroAdManager.h"
 #include "tests/fuzz/FuzzTarget.h"
@@ -12,7 +12,7 @@ namespace qoro
 namespace
 {
 
-/// The page as the web view gets it.
+/// The page as the web view receives it.
 std::string rewritten(std::string page, const std::string& library)
 {
     const std::string head = "<head>";

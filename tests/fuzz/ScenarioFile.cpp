@@ -1,4 +1,4 @@
-// A scenario's file, then its session.
+// A scenario file, then its session.
 
 #include "tests/fuzz/FuzzSession.h"
 #include "tests/fuzz/FuzzTarget.h"

@@ -1,4 +1,4 @@
-// What the creative's script says, a JSON list of lists: each a command and its arguments.
+// Messages of the creative's script: a JSON list of lists, each a command and its arguments.
 
 #include "session/JsonText.h"
 #include "tests/fuzz/FuzzSession.h"

@@ -1,5 +1,5 @@
-// A video's bytes, as a server sends them: what GStreamer takes them for, and the element that takes them apart. All of
-// it on one thread. Decoders are left out: they would take most of the time.
+// A video's bytes as a server sends them: GStreamer's type detection and its demuxers, on one thread. Decoders are
+// excluded, since they would take most of the time.
 
 #include "desktop/media/StreamKind.h"
 #include "tests/fuzz/FuzzTarget.h"
@@ -17,7 +17,7 @@ namespace qoro
 namespace
 {
 
-/// As servers send it.
+/// Bytes per network read, as from a server.
 constexpr std::size_t PieceSize = 1024;
 
 struct Container {
@@ -46,14 +46,14 @@ gboolean drop_event(GstPad*, GstObject*, GstEvent* event)
     return TRUE;
 }
 
-/// One stream of the video.
+/// Connects one stream of the video.
 void on_pad(GstElement* element, GstPad* pad, gpointer)
 {
     GstPad* drain = gst_pad_new(nullptr, GST_PAD_SINK);
     gst_pad_set_chain_function(drain, drop_buffer);
     gst_pad_set_event_function(drain, drop_event);
     gst_pad_set_active(drain, TRUE);
-    // It goes with the element.
+    // The element owns it.
     g_object_set_data_full(G_OBJECT(element), GST_PAD_NAME(pad), gst_object_ref_sink(drain), gst_object_unref);
     gst_pad_link(pad, drain);
 }

@@ -22,7 +22,7 @@ constexpr int Port = 80;
 constexpr int Glance = 100;
 constexpr std::size_t Ipv4Head = 20;
 constexpr std::size_t Ipv6Head = 40;
-/// Flags byte of a TCP segment (RFC 9293, section 3.1): only SYN is set in the first segment of a connection.
+/// Flag bits of a TCP segment (RFC 9293, section 3.1): the first segment of a connection has SYN without ACK.
 constexpr int Syn = 0x02;
 constexpr int Ack = 0x10;
 
