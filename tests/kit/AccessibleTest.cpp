@@ -21,7 +21,7 @@ struct Target : Object {
     void doButtonOneAction() {}
 };
 
-/// Says in capitals what it was asked to translate.
+/// Translates a text by converting it to capitals.
 struct Loud : test::RecordingPlatform, private Translation {
     Translation& translation() override { return *this; }
     std::string translate(const char* text) override
@@ -49,7 +49,7 @@ struct AccessibleTest : testing::Test {
         made.addTarget(action<&Target::setMute>(target.get(), "setMute"));
         return made;
     }
-    /// A compiled-in picture, by its name.
+    /// A compiled-in image by its name.
     static UIImage picture(std::string_view name)
     {
         UIImage image =

@@ -16,13 +16,13 @@ namespace
 
 using namespace std::chrono;
 
-/// What a clock on the wall shows, in seconds since 1970.
+/// Local wall-clock time, in seconds since 1970.
 WallTime on(int y, unsigned m, unsigned d, int hour = 0, int minute = 0, int second = 0)
 {
     return sys_days(year(y) / m / d).time_since_epoch().count() * 86'400 + hour * 3600 + minute * 60 + second;
 }
 
-/// A concert on Wednesday, 2027-03-24, at nine in the morning eight hours behind UTC.
+/// A concert on Wednesday, 2027-03-24, at 09:00, UTC−8.
 NSDictionary concert()
 {
     return {{"description", "Concert"}, {"start", "2027-03-24T09:00-08:00"}};
@@ -306,7 +306,7 @@ TEST(CalendarEvent, ALongValueIsShownInPartAndNoCharacterIsTorn)
     EXPECT_EQ(complaint(with("start", umlauts)).substr(0, 10 + 59 + 4), "start is \"" + umlauts.substr(0, 59) + "…\"");
 }
 
-// ----------------------------------------------------------------------------------------------------- single choices
+// ------------------------------------------------------------------------------------------------------- enumerations
 
 TEST(CalendarEvent, StatusIsOneOfFour)
 {
@@ -511,9 +511,9 @@ TEST(CalendarRecurrences, HaveNoEndlessLists)
               "recurrence.monthsInYear has 367 entries: expected 366 at most");
 }
 
-// ------------------------------------------------------------------------------------------------------------ anything
+// -------------------------------------------------------------------------------------------------------- random input
 
-/// Values of every kind, often near what an event holds.
+/// Generates random values of every kind, often close to a valid event's.
 class Anything
 {
 public:

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-// The viewer's way out of an ad that has none, in virtual time.
+// The close guard: the close button that the kit adds to an ad without one, in virtual time.
 
 namespace qoro::test
 {
@@ -20,13 +20,13 @@ using testing::Not;
 using Lines = std::vector<std::string>;
 
 constexpr const char* Guarded = R"("host": {"guard": true}, )";
-/// The page beside a video of 30 seconds; the close button is due when the video has played for two.
+/// A page beside a video of 30 seconds; the close button is due after two seconds of playback.
 constexpr const char* Ad = R"("strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 1280, "fVideoHeight": 720,
     "portraitModeType": 2, "portraitVideoPos": "TOP", "iCloseBtnCountdown": 2, "iBufferingSufferTime": -1,
     "bIsAutoStart": true)";
 constexpr const char* EndOfPlay = R"({"at": 100, "device": {}})";
 
-/// Runs an ad whose video plays by itself from 0.3 s on.
+/// Runs an ad whose video plays automatically from 0.3 s on.
 Lines auto_run(const std::string& steps, const std::string& ad = "", const std::string& video = "",
                const std::string& host = Guarded)
 {
@@ -39,7 +39,7 @@ Lines guard_lines(const Lines& trace)
     return of_kind(trace, "guard");
 }
 
-// ------------------------------------------------------------------------------------------------ ads that need none
+// -------------------------------------------------------------------------------------------- ads that need no guard
 
 TEST(CloseGuard, AnOrdinaryAdHasNone)
 {
@@ -77,7 +77,7 @@ TEST(CloseGuard, APageThatClosesWhenTheViewerAsksNeedsNone)
     EXPECT_THAT(guard_lines(trace), IsEmpty());
 }
 
-// -------------------------------------------------------------------------------------------- when the way out is due
+// ------------------------------------------------------------------------------------ when the guard's button appears
 
 TEST(CloseGuard, APageThatOwnsTheCloseAndHangsForTwoSeconds)
 {
@@ -114,7 +114,7 @@ TEST(CloseGuard, ATapThatThePageIgnores)
 
 TEST(CloseGuard, AHiddenVideoIsAnAnswerToATap)
 {
-    // In landscape, with the button that hides the video, the page may hide it by itself: the controller does.
+    // In landscape, with the button that hides the video: the controller itself hides the video in response to the tap.
     const Lines trace = auto_run(R"({"at": 1, "device": {"orientation": 3, "statusBarOrientation": 3}},
         {"at": 5, "tap": "btnClose"}, {"at": 20, "device": {}})",
                                  R"(, "landscapeModeType": 2, "bShowHideVideoBtn": true)");
@@ -125,7 +125,7 @@ TEST(CloseGuard, AHiddenVideoIsAnAnswerToATap)
 
 TEST(CloseGuard, APageThatDrawsTheCloseControlFiveSecondsAfterTheCountdown)
 {
-    // The video plays from 0.3 s on; the twentieth tick of the countdown comes 2 s later.
+    // The video plays from 0.3 s on; the twentieth tick of the countdown is 2 s later.
     const Lines trace = auto_run(R"({"at": 1, "script": ["mraid.useCustomClose", true]}, )" + std::string(EndOfPlay));
 
     EXPECT_THAT(guard_lines(trace),
@@ -153,7 +153,7 @@ TEST(CloseGuard, AStallBeforeTheEndOfAnAdThatMayBeClosedAtItsEnd)
 {
     const Lines trace = auto_run(EndOfPlay, R"(, "bIsEndedCloseBtn": true)", R"("stalls": [[10, 80]], )");
 
-    // It played until 10.3 s.
+    // Playback stopped at 10.3 s.
     EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"({"t":40.)")));
 }
 
@@ -162,7 +162,7 @@ TEST(CloseGuard, AStallOfAnAdThatCanBeClosedIsNoTrap)
     EXPECT_THAT(guard_lines(auto_run(EndOfPlay, "", R"("stalls": [[10, 80]], )")), IsEmpty());
 }
 
-/// Steps of a script, again and again.
+/// Script steps, repeated.
 std::string again_and_again(double from, double to, double every, const std::string& first, const std::string& second)
 {
     std::string steps;
@@ -175,7 +175,7 @@ std::string again_and_again(double from, double to, double every, const std::str
 
 TEST(CloseGuard, APageThatPausesTheVideoBetweenTwoTicksOfTheCountdown)
 {
-    // Each time it plays for a twentieth of a second: no tick of the countdown falls into that.
+    // Each time the video plays for 50 ms, between two ticks of the countdown.
     const Lines trace = auto_run(again_and_again(1, 60, 0.2, R"(["setVideoPlay"])", R"(["setVideoPause"])"));
 
     EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"("why":"the video does not move)")));
@@ -186,7 +186,7 @@ TEST(CloseGuard, APageThatSeeksTheVideoBackFromItsEnd)
     const Lines trace = auto_run(again_and_again(20, 100, 20, R"(["setVideoSeekToTime", 1])", R"(["setVideoPlay"])"),
                                  R"(, "bIsEndedCloseBtn": true)");
 
-    // Of 30 seconds it has run 19.7, and 10.3 more at 30.3.
+    // 19.7 of the 30 seconds have played; the other 10.3 have played at 30.3 s.
     EXPECT_THAT(guard_lines(trace),
                 ElementsAre(AllOf(HasSubstr(R"("why":"the video has run for its whole length, and does not end")"),
                                   HasSubstr(R"("t":35.)"))));
@@ -224,7 +224,7 @@ TEST(CloseGuard, ABrowserOverTheAdHasAWayOutOfItsOwn)
     EXPECT_THAT(guard_lines(trace), IsEmpty());
 }
 
-// -------------------------------------------------------------------------------------------------------- the way out
+// ----------------------------------------------------------------------------------------------------- guard's button
 
 TEST(CloseGuard, ATouchAtTheTopRightClosesTheAd)
 {

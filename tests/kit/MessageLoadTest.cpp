@@ -7,8 +7,8 @@ namespace qoro
 namespace
 {
 
-/// Messages without a pause, each of the same cost.
-/// @return the seconds after which they were too much, 0 for never
+/// Continuous messages of equal cost.
+/// @return the seconds after which the load is excessive, 0 for never
 double seconds_until_too_much(double cost, double rest, double seconds)
 {
     MessageLoad load;

@@ -2,7 +2,7 @@
 
 #include <gmock/gmock.h>
 
-// What a page asks for by the standard's calls holds, whenever it asked and however often the ad is laid out.
+// Settings that a page makes through MRAID calls persist, whenever they are made and however often the ad is laid out.
 
 namespace qoro::test
 {
@@ -24,7 +24,7 @@ std::string force(const std::string& at, const std::string& orientation)
            R"("forceOrientation": ")" + orientation + R"("}]}, )";
 }
 
-/// A value of each snapshot.
+/// A value from each snapshot.
 Lines in_snapshots(const Lines& trace, const std::string& path)
 {
     Lines values;
@@ -83,7 +83,7 @@ TEST(MraidOrientation, ThePlayersCommandIsCheckedAsEver)
 
 TEST(MraidOrientation, TheCloseGivesTheDeviceBack)
 {
-    // Of a device that is held upside down no arrangement can be asked for; of one in landscape the other one can.
+    // No layout can be requested for an upside-down device; for one in landscape, the other layout can.
     const Lines trace = manual_run(Plays + std::string(R"({"at": 2, "device": {"orientation": 2}}, )") +
                                        force("2", "landscape") + R"({"at": 3, "call": ["checkCanOrientation"]},
         {"at": 3, "call": ["closeAction"]}, {"at": 4, "call": ["checkCanOrientation"]})",

@@ -13,7 +13,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 
-/// An open ad whose page stands below the video, at (0, 254.9375, 375, 523.0625).
+/// An open ad whose page is below the video, at (0, 254.9375, 375, 523.0625).
 class MraidTest : public testing::Test
 {
 protected:
@@ -35,7 +35,7 @@ protected:
     {
         return session.script_says(command, arguments).error.text();
     }
-    /// The page asks for what it is to know, and is told it.
+    /// The page requests its initial state and receives it.
     void page_asks()
     {
         session.script_says("mraid.load", {"id"});
@@ -214,7 +214,7 @@ TEST_F(MraidTest, AnAddressOpensOutsideTheAppAndPausesTheVideo)
 TEST_F(MraidTest, ACallAndAVideoOpenAsAddressesDo)
 {
     touch_page();
-    EXPECT_EQ(refusal("mraid.open", {"TEL:+4930"}), "nothing here opens TEL:+4930"); // the device knows "tel:"
+    EXPECT_EQ(refusal("mraid.open", {"TEL:+4930"}), "nothing here opens TEL:+4930"); // the device can open "tel:" only
     touch_page();
     EXPECT_EQ(refusal("mraid.open", {"tel:+4930"}), "");
     touch_page();

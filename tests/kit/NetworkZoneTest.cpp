@@ -120,13 +120,13 @@ TEST(NetworkZone, NothingFromElsewhereLeadsHere)
 TEST(NetworkZone, AHostThatCannotBeReadMayBeHere)
 {
     for (const char* address : {"http://%6cocalhost/", "http://[nonsense/", "http://[::1%25lo]/",
-                                "http://\xEF\xBC\x91\xEF\xBC\x92\xEF\xBC\x97.0.0.1/", // 127 in full width
+                                "http://\xEF\xBC\x91\xEF\xBC\x92\xEF\xBC\x97.0.0.1/", // 127 in fullwidth digits
                                 "http://127\xE3\x80\x82"
                                 "0\xE3\x80\x82"
                                 "0\xE3\x80\x82"
-                                "1/", // other full stops
+                                "1/", // other full stop characters
                                 "http://\xEF\xBD\x8Cocalhost/",
-                                "http://local\xC2\xADhost/", // a soft hyphen
+                                "http://local\xC2\xADhost/", // soft hyphen
                                 "http:\t//127.0.0.1/", "http://127.0.0.{Zulix-Seq}:8999/", "http://{host}/x",
                                 "{scheme}://127.0.0.1/", "{nothing}http://127.0.0.1/", "http://{user}@127.0.0.1/"})
         EXPECT_TRUE(leads_inward(Elsewhere, address)) << address;

@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-// A creative's page that dies or hangs: what it took over of the ad returns to the viewer.
+// A creative's page that dies or hangs: the controls that it took over return to the viewer.
 
 namespace qoro::test
 {

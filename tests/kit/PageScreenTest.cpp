@@ -26,7 +26,7 @@ NSURL url(const char* text)
     return NSURL::URLWithString(text);
 }
 
-/// A page screen on a phone, alone in a window.
+/// A page screen on a phone, alone in its window.
 struct PageScreenTest : testing::Test {
     PageScreenTest() { window.makeKeyAndVisible(); }
 
@@ -42,13 +42,13 @@ struct PageScreenTest : testing::Test {
         platform.device_orientation = device_orientation;
         platform.device_orientation_changed();
     }
-    /// The page's news: what it is now.
+    /// Reports the page's current state.
     void page_is(const PageState& state)
     {
         platform.web->state = state;
         platform.web->listener->page_state_changed();
     }
-    /// The text of every label that is to be seen, from below.
+    /// The text of every visible label, bottom to top.
     Texts texts() const { return texts_in(window); }
     CGRect frame_of(ViewNode::Kind kind) const
     {
@@ -66,7 +66,7 @@ struct PageScreenTest : testing::Test {
         walk(window, [&](const ViewNode& node) { found = found || node.symbol == symbol; });
         return found;
     }
-    /// How long the line of progress is, in points; 0 for none.
+    /// Length of the progress line in points; 0 for none.
     double progress() const
     {
         double length = 0;
@@ -108,8 +108,7 @@ struct PageScreenTest : testing::Test {
     int closes = 0;
 };
 
-// ------------------------------------------------------------------------------------------------------------- the
-// page
+// ---------------------------------------------------------------------------------------------------------------- page
 
 TEST_F(PageScreenTest, APageIsABrowsedOneAndTellsNothing)
 {
@@ -229,7 +228,7 @@ TEST_F(PageScreenTest, AddressesOfTheWebAndFramesThatAPageMakesUpAreLoaded)
     EXPECT_TRUE(listener.should_start_load(url("data:text/html,x"), 5));
 }
 
-// -------------------------------------------------------------------------------------------------------- the bars
+// ------------------------------------------------------------------------------------------------------------ bars
 
 TEST_F(PageScreenTest, WithoutABarThePageFillsTheScreenAndTheWayOutLiesOverIt)
 {
@@ -361,8 +360,7 @@ TEST_F(PageScreenTest, WithoutTheWishThereIsNoLineOfProgress)
     EXPECT_EQ(progress(), 0);
 }
 
-// ------------------------------------------------------------------------------------------------------------ the
-// device
+// -------------------------------------------------------------------------------------------------------------- device
 
 TEST_F(PageScreenTest, TurnedToItsSideItStandsUprightAndCanBeLeftInTheViewersOwnCorner)
 {
@@ -434,7 +432,7 @@ TEST_F(PageScreenTest, InAnotherWindowItGoesOn)
     EXPECT_EQ(closes, 1);
 }
 
-// ---------------------------------------------------------------------------------------------------------- its end
+// ------------------------------------------------------------------------------------------------------------ close
 
 TEST_F(PageScreenTest, ItsEndLeavesTheViewEmptyAndThePageSilent)
 {

@@ -12,7 +12,7 @@ namespace
 
 using Texts = std::vector<std::string>;
 
-/// Somebody who asks the manager.
+/// A client of the manager.
 struct Asker : Object {
     void didAnswer(const QoroAdRequest& request)
     {

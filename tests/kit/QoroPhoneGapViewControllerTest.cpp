@@ -13,7 +13,7 @@ namespace
 
 using Texts = std::vector<std::string>;
 
-/// The kit's own controller, and what an ad's would add.
+/// The kit's controller with the overrides of an ad's controller.
 struct Controller : QoroPhoneGapViewController {
     void checkVideoSize() override { ++layouts; }
     void closeAction() override { ++closes; }
@@ -270,8 +270,7 @@ TEST(PhoneNumbers, AreTheDigitsAndPlusSigns)
     EXPECT_EQ(QoroPhoneGapViewController::formatPhoneNumber(nullptr), NSString());
 }
 
-// ------------------------------------------------------------------------------------------------------- running the
-// ad
+// ------------------------------------------------------------------------------------------------------- ad life cycle
 
 TEST_F(PhoneGapTest, LaysTheAdOutAgainOnlyWhileOneIsOpen)
 {

@@ -8,8 +8,8 @@
 #include <algorithm>
 #include <nlohmann/json.hpp>
 
-// What an ad may ask of servers where the host bounds it: twenty heartbeats a second in the long run, and of everything
-// else 20,000 requests.
+// Limits of an ad's requests when the host enables them: a long-term average of twenty heartbeats per second, and
+// 20,000 requests of all other kinds.
 
 namespace qoro
 {
@@ -21,8 +21,8 @@ using test::trace_of;
 
 constexpr const char* Limited = R"("host": {"trackerLimit": true},)";
 
-/// The trace of a video of ten seconds, which plays from 0.3 s on.
-/// @param host "host" with a comma, or nothing
+/// The trace of a video of ten seconds that plays from 0.3 s on.
+/// @param host "host" followed by a comma, or empty
 std::vector<std::string> played(const std::string& host, const std::string& ad, const std::string& steps = "")
 {
     return trace_of("{" + host + R"("video": {"duration": 10}, "ad": {"strVideoUrl": "http://ad/v.mp4",
@@ -60,7 +60,7 @@ TEST(RequestLimit, TwentyHeartbeatsASecondGoOut)
     for (const nlohmann::json& line : with_text(trace, R"("what":"request")"))
         at.push_back(line["t"].get<double>());
 
-    // Ten seconds of video, and twenty at once.
+    // Ten seconds of video, and a burst of twenty.
     EXPECT_GE(at.size(), 10U * 20);
     EXPECT_LE(at.size(), 10U * 20 + 20);
     for (std::size_t n = 40; n < at.size(); ++n)
@@ -114,7 +114,7 @@ TEST(RequestLimit, RefusalsAreALineASecondThatCountsThem)
     EXPECT_TRUE(lines[0]["url"].get<std::string>().starts_with("http://t/beat?"));
 }
 
-/// A list that is sent at a tap.
+/// A tracking list that a tap sends.
 std::string muting(std::size_t count)
 {
     std::string list;

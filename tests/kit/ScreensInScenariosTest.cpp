@@ -4,7 +4,7 @@
 
 #include <algorithm>
 
-// The kit's screens over a whole ad, as a scenario's author meets them.
+// The kit's screens during a whole ad, as scenarios show them.
 
 namespace qoro::test
 {
@@ -28,7 +28,7 @@ std::string button(const std::string& action)
 
 const std::string Browser = button(R"("launch_type": "inapp", "data": {"u": "http://shop.example/"})");
 
-/// What follows the step with a number, without the time and the line of the step itself.
+/// The lines after a step, without the step's own line and without times.
 Lines after_step(const Lines& trace, int n)
 {
     const std::string mark = R"("what":"step","n":)" + std::to_string(n) + ",";

@@ -288,7 +288,7 @@ TEST_F(SheetTest, AnItemsPageLiesOverTheAdUntilTheViewerClosesIt)
     EXPECT_EQ(platform.web->address.absoluteString(), "https://flathub.org/apps/42");
     EXPECT_EQ(platform.opened, Texts{});
 
-    opener->windowTempWindow.addSubview(UIView::create()); // the ad's layout goes on beneath
+    opener->windowTempWindow.addSubview(UIView::create()); // the ad's layout continues beneath
     touch(platform, {355, 20});
 
     EXPECT_EQ(opener->applications_closed, 1);

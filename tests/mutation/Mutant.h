@@ -5,15 +5,15 @@
 #include <type_traits>
 #include <utility>
 
-// What a mutated source is written with. A mutant is a number; the one that the environment names is alive, all others
-// behave as the source that they were made from. One place in the source may carry several mutants, numbered in a row.
+// Run-time support for mutated sources. A mutant is a number. The one that the environment selects is active; all
+// others behave like the original source. One source location may have several mutants, numbered consecutively.
 
 namespace qoro::mutation
 {
 
 inline constexpr int MostMutants = 8192;
 
-/// The mutant that is alive; 0 for none.
+/// The active mutant; 0 for none.
 inline int chosen()
 {
     static const int number = [] {
@@ -23,14 +23,14 @@ inline int chosen()
     return number;
 }
 
-/// Which mutants' places the program has passed through.
+/// The mutants whose locations the program has executed.
 inline std::bitset<MostMutants>& reached()
 {
     static std::bitset<MostMutants> places;
     return places;
 }
 
-/// Whether a place is to behave as its mutant. Threads of a test may pass through the same place.
+/// Whether a mutant is active. Thread-safe: a test's threads may execute the same location.
 inline bool alive(int mutant)
 {
     reached().set(static_cast<std::size_t>(mutant));
@@ -135,13 +135,13 @@ bool either(int mutant, const Left& left, const Right& right)
     return left() || right();
 }
 
-/// A condition or a truth value: its opposite.
+/// A condition or a boolean: negated.
 inline bool flip(int mutant, bool truth)
 {
     return truth != alive(mutant);
 }
 
-/// A number, a character or an enumerator: the next one.
+/// A number, a character or an enumerator: incremented.
 template <class T>
 T constant(int mutant, T value)
 {
@@ -153,13 +153,13 @@ T constant(int mutant, T value)
         return static_cast<T>(value + T{1});
 }
 
-/// A text: another one.
+/// A text: replaced.
 inline const char* text(int mutant, const char* value)
 {
     return alive(mutant) ? "another text" : value;
 }
 
-/// Statements in a row. The mutants: each one left out, then each one changed places with its follower.
+/// A sequence of statements. Mutants: each one removed, then each one swapped with its successor.
 template <class... Statements>
 void sequence(int mutant, const Statements&... statements)
 {

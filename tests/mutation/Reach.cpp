@@ -6,9 +6,8 @@
 #include <fstream>
 #include <string>
 
-// Writes, test by test, which mutants' places it passed through: into the file that QORO_REACH names, a line each with
-// the test's name, its milliseconds and the mutants' numbers. What was passed before the first test stands under
-// "start".
+// Records the mutants' locations that each test executes in the file QORO_REACH: one line per test, with its name, its
+// milliseconds and the mutants' numbers. Locations executed before the first test are listed under "start".
 
 namespace qoro::mutation
 {

@@ -23,7 +23,7 @@ std::shared_ptr<QoroVideoAd> lenient(const std::string& text)
     return read_ad(text, "ad.json", AdTypes::Lenient);
 }
 
-/// The complaint about a text; empty when there is none.
+/// The error for a text; empty if it is valid.
 std::string complaint(const std::string& text)
 {
     try {
@@ -74,7 +74,7 @@ struct Property {
     T QoroVideoAd::*member;
 };
 
-/// That each property takes a written value and is zero or null without one.
+/// Checks that each property takes a written value and is zero or null without one.
 template <typename T>
 void expect_read(const std::string& written, const T& value, const std::vector<Property<T>>& properties)
 {

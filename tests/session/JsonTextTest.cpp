@@ -43,7 +43,7 @@ TEST(JsonText, ReplacesBytesThatAreNoUtf8)
     EXPECT_EQ(text("a\xff z"), "\"a\xEF\xBF\xBD z\"");
     EXPECT_EQ(text("\xc0\xaf"), "\"\xEF\xBF\xBD\xEF\xBF\xBD\"");                 // overlong
     EXPECT_EQ(text("\xed\xa0\x80"), "\"\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\""); // a surrogate
-    EXPECT_EQ(text("\xe2\x82"), "\"\xEF\xBF\xBD\xEF\xBF\xBD\"");                 // cut off
+    EXPECT_EQ(text("\xe2\x82"), "\"\xEF\xBF\xBD\xEF\xBF\xBD\"");                 // truncated
 }
 
 TEST(JsonText, WritesANumberWithTheFewestDigitsThatGiveItBack)

@@ -16,7 +16,7 @@ namespace
 
 using testing::SizeIs;
 
-/// Its video lasts ten seconds and plays from 0.3 s on; its page does not matter.
+/// The video lasts ten seconds and plays from 0.3 s on; the page is irrelevant.
 std::shared_ptr<QoroVideoAd> playing_ad()
 {
     auto ad = std::make_shared<QoroVideoAd>();
@@ -36,7 +36,7 @@ World ten_second_world()
     return world;
 }
 
-/// A host that opens one ad in virtual time, and what it was told.
+/// A host that opens one ad in virtual time, and the outcomes it received.
 class OpenedAdTest : public testing::Test
 {
 protected:
@@ -47,7 +47,7 @@ protected:
             std::make_unique<OpenedAd>(*platform, ad, [this](const AdOutcome& outcome) { told.push_back(outcome); });
     }
     void let_pass(double seconds) { platform->run_until(platform->loop().now() + seconds); }
-    /// The controller, which the ad's window holds.
+    /// The controller, which the ad's window retains.
     std::shared_ptr<QoroVideoWebViewController> controller()
     {
         const PlatformScope scope(*platform);
@@ -81,7 +81,7 @@ protected:
     std::vector<AdOutcome> told;
 };
 
-// ------------------------------------------------------------------------------------------------------ how it ended
+// ------------------------------------------------------------------------------------------------------ end of an ad
 
 TEST_F(OpenedAdTest, AnAdThatRunsTellsNothing)
 {
@@ -227,7 +227,7 @@ TEST_F(OpenedAdTest, NoAdAtAllFails)
     EXPECT_EQ(told[0].end, AdEnd::Failed);
 }
 
-// --------------------------------------------------------------------------------------------------- when it is told
+// ------------------------------------------------------------------------------------------------ time of the report
 
 TEST_F(OpenedAdTest, TheEndIsToldAsAnEventOfItsOwn)
 {
@@ -340,7 +340,7 @@ TEST_F(OpenedAdTest, WhatThePlatformTellsStillReachesItsWitnessAndOnlyThatOneAft
     EXPECT_EQ(platform->witness(), &counter);
 }
 
-// ---------------------------------------------------------------------------------------------------------- the video
+// -------------------------------------------------------------------------------------------------------------- video
 
 TEST_F(OpenedAdTest, SaysHowMuchOfTheVideoRan)
 {
@@ -457,7 +457,7 @@ TEST_F(OpenedAdTest, ThePagesNextVideoIsOneMore)
     EXPECT_TRUE(told[0].videos[1].reached_end);
 }
 
-// ---------------------------------------------------------------------------------------- the page, clicks, impression
+// -------------------------------------------------------------------------------------------- page, clicks, impression
 
 TEST_F(OpenedAdTest, APageThatDoesNotComeIsNamedAndEndsNothing)
 {

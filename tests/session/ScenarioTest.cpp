@@ -181,7 +181,7 @@ TEST(Scenario, ReadsSurroundingsAlone)
     EXPECT_THROW(read_surroundings(R"({"ad": {}})", "host.json"), InputError);
 }
 
-// --------------------------------------------------------------------------------------------------------- complaints
+// ------------------------------------------------------------------------------------------------------------- errors
 
 struct Unusable {
     const char* scenario;

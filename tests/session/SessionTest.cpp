@@ -15,8 +15,7 @@ using test::of_kind;
 using test::trace_of;
 using Lines = std::vector<std::string>;
 
-// ------------------------------------------------------------------------------------------------- before the first
-// step
+// ----------------------------------------------------------------------------------------------- before the first step
 
 TEST(SessionSetUp, ShowsTheControllersViewWithTheWebViewInItBeforeTheAdOpens)
 {
@@ -80,7 +79,7 @@ TEST(SessionSetUp, AParentsWindowIsHiddenAndOfTheScreensSize)
     EXPECT_EQ(in_snapshot(trace, "/views/windowAddOnParent/hidden"), "true");
 }
 
-// --------------------------------------------------------------------------------------------- the host and the parent
+// ----------------------------------------------------------------------------------------------------- host and parent
 
 TEST(SessionHost, AParentIsToldOfClicksTheImpressionAndTheClose)
 {
@@ -219,7 +218,7 @@ TEST(SessionRelease, ATimerKeepsAClosedAdUntilItHasFired)
     const Lines trace = manual_run(R"({"open": 0}, {"at": 1, "call": ["closeAction"]}, {"release": true},
                                       {"at": 9, "device": {"orientation": 3}})");
 
-    // The wait for the loaded state, which a close leaves running, is over after 1.5 s.
+    // The timer for the loaded state, which a close does not stop, fires at 1.5 s.
     EXPECT_EQ(of_kind(trace, "released"), Lines{R"({"t":1.5,"what":"released"})"});
 }
 

@@ -25,14 +25,14 @@ TEST(Snapshot, CountsSubviewsWithoutANameToo)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"snapshot": true})");
 
-    // The volume view stands below the page.
+    // The volume view is below the page.
     EXPECT_EQ(in_snapshot(trace, "/views/webView/order"), "1");
     EXPECT_EQ(in_snapshot(trace, "/views/volumeSlider/parent"), "\"other\"");
 }
 
 TEST(Snapshot, DoesNotCountTheSpinner)
 {
-    // While the spinner turns, and once it has gone.
+    // While the spinner is shown, and after it.
     const Lines loading = manual_run(R"({"open": 0}, {"snapshot": true})");
     const Lines playing = manual_run(R"({"open": 0}, {"player": {"state": 1}}, {"snapshot": true})");
 

@@ -15,7 +15,7 @@ namespace
 
 using Texts = std::vector<std::string>;
 
-/// Notes each notification that it observes.
+/// Records every notification that it observes.
 struct Observer : Object {
     void heard(const NSNotification& notification) { names.emplace_back(notification.name); }
     Texts names;
@@ -111,7 +111,7 @@ TEST(SimulatedVideoCache, KnowsTheCopiesOfItsWorldAlone)
     EXPECT_EQ(platform.video_cache().path_for(nullptr), NSString());
 }
 
-// --------------------------------------------------------------------------------------------------- text and pictures
+// ----------------------------------------------------------------------------------------------------- text and images
 
 TEST(SimulatedText, MeasuresATextByItsCodePoints)
 {

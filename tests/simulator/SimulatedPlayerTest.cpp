@@ -13,7 +13,7 @@ namespace
 
 using Reports = std::vector<std::string>;
 
-/// A player on its own platform, and what it reports: the time, what is reported, and the state with it.
+/// A player on its own platform; records the time, the report and the player's state.
 struct PlayerRun : PlayerListener {
     explicit PlayerRun(const VideoSetup& video, const NSURL& source = NSURL::URLWithString("http://ad/v.mp4"))
         : platform(world_with(video))

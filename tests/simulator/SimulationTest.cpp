@@ -134,7 +134,7 @@ TEST(Simulation, RunsEverythingDueAtOrBeforeAStepsTimeBeforeTheStep)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"at": 1.5, "snapshot": true})");
 
-    // The video counts as loaded after exactly 1.5 s.
+    // The controller treats the video as loaded after exactly 1.5 s.
     EXPECT_EQ(in_snapshot(trace, "/fields/bIsLoaded"), "true");
 }
 

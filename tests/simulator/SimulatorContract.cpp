@@ -9,7 +9,7 @@
 
 #include <map>
 
-// The contract on the simulator: everything is laid down in its world, and time is virtual.
+// The contract on the simulator: its world determines everything, and time is virtual.
 
 namespace qoro::test
 {
@@ -17,10 +17,10 @@ namespace qoro::test
 namespace
 {
 
-/// Seconds of virtual time.
+/// Time limit, seconds of virtual time.
 constexpr double Patience = 60;
 constexpr double Step = 0.001;
-/// Where the video lacks data or breaks off, and how long its data stays away.
+/// Position of a stall or failure, and duration of the stall.
 constexpr double Middle = 2;
 constexpr double StallSeconds = 1;
 constexpr double Forever = 3600;
@@ -76,7 +76,7 @@ public:
     void let_pass(double seconds) override { platform_.run_until(platform_.loop().now() + seconds); }
 
     NSURL video() override { return NSURL::URLWithString(CopiedAddress); }
-    void data_comes_again() override {} // by itself, after StallSeconds
+    void data_comes_again() override {} // automatically, after StallSeconds
     void it_can_be_played_again() override {}
 
     std::string address(Address what) override { return Addresses.at(what); }
@@ -91,7 +91,7 @@ public:
 
     std::string slow_page() override { return "<p>takes a tenth of a second, as any page here</p>"; }
 
-    // No page runs here: what its script would do are steps, and what it would hear is told to the witness.
+    // No script runs here: steps issue its commands, and its events go to the platform's event sink.
 
     std::string page_address() override { return "http://net.example/page.html"; }
     bool script_starts(QoroVideoWebViewController& ad) override
@@ -125,7 +125,7 @@ public:
     std::vector<std::string> script_heard(QoroVideoWebViewController&) override { return heard_; }
 
 private:
-    /// Gives a command about listeners, and writes down what is sent to them from now on.
+    /// Issues a listener command and records the events sent to the listeners afterwards.
     void hear(QoroVideoWebViewController& ad, const std::string& command)
     {
         if (platform_.witness() != this) {
@@ -141,7 +141,7 @@ private:
             next_->tell(what, fields);
         if (what != "js")
             return;
-        const auto* field = fields.begin(); // the event's name, its data, how many listeners get it
+        const auto* field = fields.begin(); // event name, data, number of listeners
         if (std::get<std::int64_t>(field[2].content) == 0)
             return;
         std::string line(std::get<std::string_view>(field[0].content));

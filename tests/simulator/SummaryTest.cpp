@@ -15,7 +15,7 @@ namespace
 using Json = nlohmann::json;
 using Times = std::vector<double>;
 
-/// An ordinary ad whose player is told what it does: it can play at 0.5 s, and plays from 0.6 s on.
+/// An ordinary ad with a manual player: playable at 0.5 s, playing from 0.6 s on.
 Scenario scenario(const std::string& ad, const std::string& steps, const std::string& net = "")
 {
     return read_scenario(R"({"video": {"mode": "manual"}, "net": {)" + net + R"(}, "ad": {)" + ad +
@@ -44,7 +44,7 @@ Json figures(const std::string& ad, const std::string& steps, const std::string&
     return as_json(sum_up(scenario(ad, steps, net)));
 }
 
-/// What a tracker of a kind has come to; null when there is none.
+/// The figures of the tracker of a kind; null without one.
 Json tracker(const Json& summary, const Json& kind)
 {
     for (const Json& each : summary["trackers"])
@@ -53,7 +53,7 @@ Json tracker(const Json& summary, const Json& kind)
     return nullptr;
 }
 
-// ----------------------------------------------------------------------------------------------------------- moments
+// ------------------------------------------------------------------------------------------------------------- times
 
 TEST(Summary, SaysWhenTheAdOpenedAndNullForWhatNeverHappened)
 {
@@ -78,7 +78,7 @@ TEST(Summary, TheCloseButtonCanBeTappedOneTickAfterThePlayWithoutACountdown)
 
 TEST(Summary, TheBufferingWatchdogShowsTheCloseButtonOneTickLate)
 {
-    // Counted from the player's start, at the opening; the countdown is far from its end.
+    // Counted from the player's start, when the ad opens; the countdown is far from its end.
     const Json summary =
         figures(R"("iCloseBtnCountdown": 60, "iBufferingSufferTime": 3,)", R"({"at": 10, "snapshot": true})");
 
@@ -179,7 +179,7 @@ TEST(Summary, NamesTrackersByWhatTheyReport)
 
 TEST(Summary, AnAddressThatIsNotTheAdsHasNoKind)
 {
-    // A next video brings its own; the first replay button of a next video starts it, and is not reported.
+    // A next video has its own trackers; the first replay button of a next video starts it, and is not reported.
     const Json summary = figures(R"("arrayReplayTrackingUrls": ["http://t/mine"],)",
                                  R"({"at": 2, "script": ["playNextVideo", {"v_u": "http://ad/2.mp4",
                                         "replay_tracking_urls": ["http://t/again"]}]},
@@ -191,7 +191,7 @@ TEST(Summary, AnAddressThatIsNotTheAdsHasNoKind)
     EXPECT_EQ(tracker(summary, "replay")["count"], 0);
 }
 
-// ---------------------------------------------------------------------------------------------------- the main thread
+// -------------------------------------------------------------------------------------------------------- main thread
 
 TEST(Summary, TheMainThreadIsBlockedForTheDelaysOfSynchronousFetchesSummed)
 {
@@ -267,7 +267,7 @@ TEST(Summary, AReleasedControllerIsKeptUntilItsTimerHasRunOut)
     EXPECT_EQ(soon["released"], 4);
     EXPECT_TRUE(soon["destroyed"].is_null());
     EXPECT_EQ(soon["atEnd"]["controller"], "kept");
-    // 20 down to 0 a second each, and one more second.
+    // One second for each count from 20 to 0, and one more.
     EXPECT_EQ(late["destroyed"], 21);
     EXPECT_EQ(late["atEnd"]["controller"], "gone");
     EXPECT_EQ(late["atEnd"]["timers"], Json::array());
@@ -275,7 +275,7 @@ TEST(Summary, AReleasedControllerIsKeptUntilItsTimerHasRunOut)
 
 TEST(Summary, AControllerThatNothingKeepsIsGoneWithItsClose)
 {
-    // The host has let it go; its own window keeps it up to the close.
+    // Released by the host; its own window retains it until the close.
     const Json summary =
         figures(R"("iBufferingSufferTime": -1, "iCloseBtnCountdown": 0,)",
                 R"({"at": 3, "release": true}, {"at": 4, "touch": [25, 69]}, {"at": 5, "snapshot": true})");
@@ -304,7 +304,7 @@ TEST(Summary, HidingTheVideoIsNoClose)
     EXPECT_EQ(as_json(summary)["closed"], 3) << "the second one finds the video hidden";
 }
 
-// ------------------------------------------------------------------------------------------------------- all together
+// --------------------------------------------------------------------------------------------------- complete summary
 
 TEST(Summary, ChangesNothingInTheTrace)
 {

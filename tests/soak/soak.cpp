@@ -1,11 +1,11 @@
-// Opens and closes ads, one after the other, in one process on the desktop's platform, and says what the process has
-// more of in the end than after the first ten: memory, files, threads, processes, files in the temporary folder.
+// Opens and closes ads, one after the other, in one process on the desktop's platform, and reports what has grown since
+// the first ten ads: memory, files, threads, processes, files in the temporary folder.
 //
 //   soak ADS VIDEO [KILOBYTES]
 //
-// Every other ad has a page. Each is closed when its video plays and its page's script runs. Fails when memory has
-// grown by more than KILOBYTES (5120 when left out), or anything else has grown at all. With AddressSanitizer the
-// memory is what is allocated, as freed memory stays in its quarantine; without, it is what is resident.
+// Every other ad has a page. Each ad is closed once its video plays and its page's script runs. Fails when memory has
+// grown by more than KILOBYTES (default 5120), or any other count has grown. With AddressSanitizer, memory means
+// allocated bytes, since its quarantine retains freed memory; otherwise, resident memory.
 
 #include "desktop/DesktopPlatform.h"
 #include "desktop/screen/Toolkit.h"
@@ -26,7 +26,7 @@
 #include <unistd.h>
 
 #ifdef __SANITIZE_ADDRESS__
-/// The sanitizer's own count, which GCC brings no header for.
+/// The sanitizer's own counter; GCC installs no header that declares it.
 extern "C" std::size_t __sanitizer_get_current_allocated_bytes();
 #endif
 
@@ -37,19 +37,18 @@ namespace
 
 namespace fs = std::filesystem;
 
-/// Seconds that one ad may take; only a hang takes so long.
+/// Time limit of one ad, seconds; only a hang exceeds it.
 constexpr double Patience = 120;
-/// Ads after which everything that is made once has been made.
+/// Ads after which all one-time allocations are done.
 constexpr int Warm = 10;
-/// Threads and processes that libraries keep for a while, or have ready for what may come, and the files that belong to
-/// them.
+/// Tolerance for threads and processes that libraries pool, and for their files.
 constexpr int Pools = 6;
 
 const char* const Page = R"(<!DOCTYPE html><html><head><script src="mraid.js"></script></head><body><script>
 qoroPlayer.addEventListener("video_timeupdate", () => {});
 </script></body></html>)";
 
-// --------------------------------------------------------------------------------------------------- what is counted
+// --------------------------------------------------------------------------------------------------------- resources
 
 std::ptrdiff_t entries_of(const fs::path& folder)
 {
@@ -69,7 +68,7 @@ long kilobytes()
 #endif
 }
 
-/// Of this process, and those that it has started.
+/// Number of this process and its descendants.
 int processes()
 {
     int count = 0;
@@ -81,7 +80,7 @@ int processes()
     return count;
 }
 
-/// What a process can have too much of.
+/// The resources that may leak.
 struct Holdings {
     long kilobytes = 0;
     std::ptrdiff_t files = 0;
@@ -102,9 +101,9 @@ std::ostream& operator<<(std::ostream& out, const Holdings& held)
                << held.processes << " processes, " << held.temporary << " temporary files";
 }
 
-// ------------------------------------------------------------------------------------------------------------- an ad
+// ------------------------------------------------------------------------------------------------------------ one ad
 
-/// Whether an ad is as far as it has to be before it is closed.
+/// Whether an ad has reached the state in which it is closed.
 struct Progress final : Witness {
     void tell(std::string_view what, std::initializer_list<Field> fields) override
     {
@@ -116,7 +115,7 @@ struct Progress final : Witness {
     bool scripts = false;
 };
 
-/// @return false for one that did not get that far, or did not end
+/// @return false for an ad that did not get that far, or did not end
 bool open_and_close(DesktopPlatform& platform, const std::string& file, bool has_page)
 {
     Progress progress;
@@ -137,7 +136,7 @@ bool open_and_close(DesktopPlatform& platform, const std::string& file, bool has
     return ended && platform.loop().run_until([&] { return processes() <= Pools; }, Patience);
 }
 
-/// Lets the processes of pages that have gone end, and the platform give back what it does not need any more.
+/// Waits for the processes of closed pages to end, and for the platform to release unused resources.
 void settle(DesktopPlatform& platform)
 {
     constexpr double quiet = 12;
@@ -190,7 +189,7 @@ int soak(int ads, const fs::path& folder, long most)
            grown("temporary files", end.temporary, warm.temporary, 0);
 }
 
-/// A folder with the ads, which is also where temporary files go; gone with the object.
+/// A folder for the ads and for temporary files; removed by the destructor.
 class Folder
 {
 public:

@@ -14,7 +14,7 @@ namespace qoro
 namespace
 {
 
-/// A delegate that answers the failure message, and tells of it.
+/// A delegate that implements the failure message and reports it.
 class ToldDelegate final : public QoroAdDelegate
 {
 public:
@@ -30,7 +30,7 @@ private:
     std::string name_;
 };
 
-/// The ad controller that opened the video ad; tells what it is told.
+/// The ad controller that opened the video ad; reports the calls it receives.
 class ToldParent final : public QoroPhoneGapViewController
 {
 public:
@@ -178,7 +178,7 @@ void AdSession::let_pass(double seconds)
 
 void AdSession::tap(const UIButton& button)
 {
-    // The field may be cleared by what the tap does.
+    // The tap may clear the field.
     const UIButton touched = button;
     as_event([&touched] { touched.sendTouchUpInside(); });
 }
@@ -329,7 +329,7 @@ std::vector<std::string> AdSession::events() const
     constexpr std::string_view without_data = " null";
     std::vector<std::string> events;
     for (const std::string& line : lines("js")) {
-        // The count of listeners is no part of the event.
+        // The number of listeners is not part of the event.
         std::string event = line.substr(0, line.rfind(' '));
         if (event.ends_with(without_data))
             event.resize(event.size() - without_data.size());

@@ -16,7 +16,7 @@ namespace qoro
 
 /// The application around the ad.
 struct HostApp {
-    /// UIInterfaceOrientation numbers that it allows.
+    /// UIInterfaceOrientation values that it allows.
     std::vector<std::int64_t> autorotates{UIInterfaceOrientationPortrait};
     /// Absent: no root view controller.
     std::optional<CGSize> root_view = CGSize{375, 812};
@@ -26,13 +26,13 @@ struct HostApp {
     bool interstitial_delegate = false;
 };
 
-/// One ad on the simulated platform, in virtual time, for tests: the verbs are the viewer's and the world's, the
-/// readings nouns. The record is filled through ad() before open(); the controller's own operations and fields are
-/// reached through ->. The player does nothing by itself unless the world says otherwise: its news are given.
+/// A test fixture for one ad on the simulated platform, in virtual time: verbs are actions of the viewer and the
+/// surroundings, nouns are queries. Fill the ad through ad() before open(); access the controller's operations and
+/// fields through ->. The player changes only on the test's news, unless the world says otherwise.
 class AdSession : private Witness
 {
 public:
-    /// A world whose player is driven by the test.
+    /// A world with a manual player.
     static World manual_world();
 
     explicit AdSession(World world = manual_world(), HostApp host = {});
@@ -45,33 +45,33 @@ public:
     /// The ad controller that opened this one; null when the host has none.
     const std::shared_ptr<QoroPhoneGapViewController>& parent() const { return parent_; }
 
-    // ------------------------------------------------------------------------------------ the viewer and the world
+    // ------------------------------------------------------------------------------------- viewer and surroundings
 
     /// Opens the ad (openInAppVideoView) at the top.
     void open();
-    /// Everything due within the time runs.
+    /// Runs everything due within the time.
     void let_pass(double seconds);
-    /// A touch up inside, whether or not the button can be seen.
+    /// A touch up inside, whether or not the button is visible.
     void tap(const UIButton& button);
-    /// A touch and release at a point of the screen.
+    /// A touch and release at a point on screen.
     void touch(double x, double y);
-    /// Turns the device (UIDeviceOrientation); nothing is posted.
+    /// Sets the device's orientation (UIDeviceOrientation) without posting.
     void rotate(int device_orientation);
-    /// Turns the status bar (UIInterfaceOrientation), which posts its notification.
+    /// Sets the status bar's orientation (UIInterfaceOrientation), which posts its notification.
     void turn_status_bar(int interface_orientation);
-    /// The hardware's volume buttons; reported as an event of its own, which has run on return.
+    /// The hardware volume buttons; reported as a separate event, which has run on return.
     void set_volume(float volume);
     void leave_app();
     /// Will-enter-foreground, then did-become-active.
     void return_to_app();
-    /// An audio interruption of a type: 1 began, 0 ended.
+    /// An audio interruption: type 1 began, 0 ended.
     void interrupt(int type);
     /// A command of the creative's script.
     ScriptAnswer script_says(const std::string& command, const NSArray& arguments = {});
-    /// The host lets the controller go.
+    /// The host releases the controller.
     void release();
 
-    // -------------------------------------------------------------------------------------------- the player's news
+    // -------------------------------------------------------------------------------------------------- player news
 
     void player_reports_load(int state);
     void player_reports_state(int state);
@@ -80,26 +80,26 @@ public:
     void player_lasts(double duration);
     /// Loaded, then playing from the start.
     void plays(double duration = 30);
-    /// Playing again where it stands.
+    /// Playing again from the current position.
     void plays_on();
     /// Paused at a time.
     void pauses_at(double time);
-    /// At its very end: paused, then finished.
+    /// Paused at the end, then finished.
     void ends();
 
-    // ---------------------------------------------------------------------------------------------------- readings
+    // ----------------------------------------------------------------------------------------------------- queries
 
-    /// What has left the controller since the last forget(), a line each: what it was, then its values in their order
-    /// ("js video_play null 0", "request http://t/start tracking", "volume 0.6").
+    /// The controller's output since the last forget(), one line each: the kind, then its values in order ("js
+    /// video_play null 0", "request http://t/start tracking", "volume 0.6").
     const std::vector<std::string>& transcript() const { return transcript_; }
     /// The lines of one kind, without its name.
     std::vector<std::string> lines(std::string_view what) const;
-    /// The trackers that were asked for.
+    /// The trackers requested.
     std::vector<std::string> fetched() const;
-    /// The script's events, each with its data where it has some: "video_play", "onhide",
-    /// "video_timeupdate {\"e\":{\"current_time\":\"3\"}}".
+    /// The events sent to the script, with their data if any: "video_play", "onhide", "video_timeupdate
+    /// {\"e\":{\"current_time\":\"3\"}}".
     std::vector<std::string> events() const;
-    /// How often a line stands in the transcript.
+    /// How often a line occurs in the transcript.
     std::size_t count_of(std::string_view line) const;
     void forget() { transcript_.clear(); }
     double now();
@@ -122,7 +122,7 @@ private:
     std::shared_ptr<QoroVideoWebViewController> controller_;
 };
 
-/// A value as compact JSON text.
+/// A value as compact JSON.
 std::string as_text(const Value& value);
 
 } // namespace qoro

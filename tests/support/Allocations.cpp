@@ -18,7 +18,7 @@ std::atomic<std::size_t> count{0};
 
 #ifdef __SANITIZE_ADDRESS__
 
-// AddressSanitizer's own allocator stays in place, with all that it checks.
+// AddressSanitizer's own allocator stays in place, with all its checks.
 namespace
 {
 const int installed = __sanitizer_install_malloc_and_free_hooks([](const volatile void*, std::size_t) { ++count; },

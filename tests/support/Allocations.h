@@ -5,7 +5,7 @@
 namespace qoro::test
 {
 
-/// How often memory was asked for since the program's start.
+/// Number of memory allocations since the program's start.
 std::size_t allocations_so_far();
 
 } // namespace qoro::test

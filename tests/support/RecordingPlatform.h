@@ -11,7 +11,7 @@
 namespace qoro::test
 {
 
-/// A player that does nothing by itself; a test gives its news.
+/// A player controlled by the test.
 struct ScriptedPlayer : PlayerEngine {
     explicit ScriptedPlayer(PlayerListener& news) : listener(news) {}
 
@@ -34,7 +34,7 @@ struct ScriptedPlayer : PlayerEngine {
     int state = 0;
 };
 
-/// A web engine that keeps what it is asked for.
+/// A web engine that records the calls it receives.
 struct RecordingWebEngine : WebEngine {
     void load_html(const NSString& page, const NSURL& base) override
     {
@@ -62,15 +62,15 @@ struct RecordingWebEngine : WebEngine {
     bool scales = false;
     std::vector<std::string> events;
     std::vector<std::string> calls;
-    /// What a test lays down.
+    /// Set by the test.
     PageState state;
     WebListener* listener = nullptr;
     PageKind kind{};
 };
 
-/// A platform in virtual time for tests of single objects: its player, page, picture, device and display do nothing by
-/// themselves, answer what a test has laid down and count what they are asked for; what is told to its witness becomes
-/// one line of text each. It is current on its thread as long as it lives.
+/// A platform in virtual time for tests of single objects: its player, page, picture, device and display are passive,
+/// return what the test has set and count calls; each event to its sink becomes one line of text. It is the thread's
+/// current platform while it exists.
 class RecordingPlatform : public Platform,
                           private PlayerFactory,
                           private WebEngineFactory,
@@ -101,10 +101,10 @@ public:
     Calendar& calendar() override { return *this; }
     Display& display() override { return *this; }
 
-    /// Seconds go by.
+    /// Advances virtual time.
     void let_pass(double seconds) { loop_.run_until(loop_.now_microseconds() + to_microseconds(seconds)); }
 
-    /// What the network answers, and how long texts are.
+    /// Network answers and text sizes.
     World world;
 
     std::vector<std::string> transcript;
@@ -119,14 +119,14 @@ public:
     int device_orientation = 1;
     int bar_orientation = 1;
     bool bar_hidden = false;
-    /// What the addresses contain that can be opened.
+    /// Substring of the addresses that can be opened.
     std::string opens = "http";
     std::vector<std::string> opened;
     bool has_calendar = true;
-    /// What the calendar says to an event; null for nothing against it.
+    /// The calendar's error for an event; null for success.
     NSString calendar_answer;
     std::vector<CalendarEvent> calendar_events;
-    /// What is called when the viewer is back from what was opened; empty when nobody waits.
+    /// Callback for the viewer's return from an opened address; empty without one.
     std::function<void()> return_of_viewer;
 
 private:
@@ -138,7 +138,7 @@ private:
     float value() const override { return output_volume; }
     void set_value(float value) override { output_volume = value; }
     bool has_slider() const override { return slider; }
-    /// Whatever begins with "PNG".
+    /// Decodes any bytes that start with "PNG".
     std::shared_ptr<const DecodedImage> decode(const NSData& bytes) override;
     const DeviceFacts& facts() const override { return device_facts; }
     int orientation() const override { return device_orientation; }

@@ -8,7 +8,7 @@
 namespace qoro
 {
 
-// What a failed comparison prints.
+// Printers for failed comparisons.
 
 inline void PrintTo(CGPoint point, std::ostream* out)
 {
@@ -25,13 +25,13 @@ inline void PrintTo(const CGRect& rect, std::ostream* out)
     *out << '(' << rect.x << ", " << rect.y << ", " << rect.width << ", " << rect.height << ')';
 }
 
-/// The bytes of the picture behind a button, to compare with an embedded image's array; null for none.
+/// The bytes of a button's image, for comparison with an embedded image's array; null without an image.
 inline const unsigned char* picture_of(const UIButton& button)
 {
     return button.backgroundImage().data().bytes();
 }
 
-/// Whether a view is the topmost of its parent.
+/// Whether a view is its superview's topmost subview.
 inline bool is_on_top(const UIView& view)
 {
     return view.superview() && view.superview().subviews().back() == view;

@@ -9,8 +9,8 @@
 namespace qoro
 {
 
-/// Looks at the controller, or changes the world, in the middle of an operation: whenever something of one kind ("js",
-/// "player", "openURL", …) leaves it. The session hears of it afterwards.
+/// Queries the controller, or changes the world, in the middle of an operation: runs a function at each event of one
+/// kind ("js", "player", "openURL", …), before the session receives the event.
 class WhenTold final : private Witness
 {
 public:

@@ -24,7 +24,7 @@ protected:
         view.setFrame({0, 0, 375, 812});
     }
 
-    /// Puts one on top of what the view holds.
+    /// Adds a view on top of the view's other subviews.
     void put(const UIView& subview, const CGRect& frame)
     {
         view.addSubview(subview);

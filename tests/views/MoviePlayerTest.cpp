@@ -137,7 +137,7 @@ TEST_F(MoviePlayer, IsNotHeardByTheObserversOfAPlayerThatIsGone)
     viewer->listen_for<&Viewer::hear>("MPMoviePlayerLoadStateDidChangeNotification", player().identity());
     viewer->player = nullptr;
 
-    open(); // may well take the first one's place in memory
+    open(); // may reuse the first player's memory address
     platform.player->listener.load_state_changed();
 
     EXPECT_EQ(viewer->heard, Lines{});
