@@ -270,7 +270,7 @@ TEST(PhoneNumbers, AreTheDigitsAndPlusSigns)
     EXPECT_EQ(QoroPhoneGapViewController::formatPhoneNumber(nullptr), NSString());
 }
 
-// ------------------------------------------------------------------------------------------------------- ad life cycle
+// ----------------------------------------------------------------------------------------------------- ad life cycle
 
 TEST_F(PhoneGapTest, LaysTheAdOutAgainOnlyWhileOneIsOpen)
 {

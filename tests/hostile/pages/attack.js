@@ -1,6 +1,6 @@
 "use strict";
-// What every page of an attack begins and ends with: run(act) runs the attack once mraid answers; done() says, as often as
-// it has to, that the page has done all that it wanted to.
+// Common frame of every attack page: run(act) starts the attack once mraid responds; done() reports the page's
+// completion, repeatedly if necessary.
 function run(act) {
   if (mraid.getState() === "loading")
     mraid.addEventListener("ready", act);
