@@ -19,6 +19,7 @@ public:
 
     /// Text for a terminal, JSON otherwise.
     TraceFormat format() const;
+    /// A sink that writes to the file. May outlive this object.
     LineSink sink() const;
     /// Whether the trace is incomplete because of a write error.
     bool has_failed() const;

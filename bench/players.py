@@ -3,9 +3,9 @@
 
 usage: bench/players.py QORO_AD FRAME_READER [--runs 3] [--seconds 6]
 
-Run it through tools/with_display.sh. Every player is judged from outside: frame_reader reads the frames' numbers from the
-X server's picture; processor time and memory (PSS) are those of the player's whole process tree, taken over the seconds
-after its first second on the screen. Medians of the runs; a ratio below 1 means less than the peer.
+Run it through tools/with_display.sh. Every player is measured from outside: frame_reader reads the frame numbers from the
+X server's picture; processor time and memory (PSS) are those of the player's whole process tree, excluding its first
+second on screen. Prints medians over the runs; a ratio below 1 means less than the peer.
 """
 import argparse
 import functools

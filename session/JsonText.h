@@ -18,7 +18,9 @@ void append_json_text(std::string& out, std::string_view text);
 void append_json(std::string& out, double number);
 void append_json(std::string& out, float number);
 void append_json(std::string& out, std::int64_t number);
+/// A value and everything nested in it.
 void append_json(std::string& out, const Value& value);
+/// The content of an event's field.
 void append_json(std::string& out, const Field::Content& content);
 /// Microseconds as seconds, without rounding.
 void append_seconds(std::string& out, std::int64_t microseconds);

@@ -55,14 +55,17 @@ struct TouchStep {
 struct ScriptStep {
     ScriptMessage message;
 };
+/// News that a simulated player receives; not available where players are real.
 struct PlayerStep {
     PlayerNews news;
 };
 /// A fault of the creative's page.
 enum class PageFault { Dies, Hangs };
+/// A fault of a simulated page; not available where pages are real.
 struct PageStep {
     PageFault fault;
 };
+/// A change of the device.
 struct DeviceStep {
     DeviceChange change;
 };
@@ -79,12 +82,14 @@ struct CallStep {
     std::string operation;
     NSArray arguments;
 };
+/// Reports a snapshot of the controller (tell_snapshot).
 struct SnapshotStep {
 };
 /// The host releases the controller.
 struct ReleaseStep {
 };
 
+/// One step of a session.
 struct Step {
     /// Seconds since the session's start.
     double at = 0;

@@ -14,6 +14,7 @@ class VirtualLoop;
 class SimulatedDevice final : public Device
 {
 public:
+    /// @param setup outlives the device
     explicit SimulatedDevice(const DeviceSetup& setup);
 
     const DeviceFacts& facts() const override { return setup_.facts; }

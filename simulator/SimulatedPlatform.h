@@ -21,6 +21,7 @@ namespace qoro
 class SimulatedPlatform final : public Platform, public SessionControls
 {
 public:
+    /// Copies the world, whose state is that at the session's start.
     explicit SimulatedPlatform(World world = {});
     ~SimulatedPlatform() override;
 

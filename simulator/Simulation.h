@@ -14,6 +14,7 @@ namespace qoro
 class Simulation
 {
 public:
+    /// @param scenario outlives the simulation
     explicit Simulation(const Scenario& scenario);
     ~Simulation();
 

@@ -3,8 +3,8 @@
 
 In:   Base/VideoPlayer/artwork/<array name>.svg
 Out:  Base/VideoPlayer/VideoImage/<array name>.png and VideoImage.h, VideoImage.cpp (the same bytes as arrays).
-Needs rsvg-convert (Debian: librsvg2-bin) and zopfli. The same tools give the same bytes on every run.
-Run it after a change to a drawing, and commit what it writes; it fails when a drawing is too rich for its byte count.
+Needs rsvg-convert (Debian: librsvg2-bin) and zopfli. Reproducible with the same tool versions.
+Run it after changing a drawing, and commit the output; fails if a drawing does not fit its byte count.
 """
 
 import pathlib

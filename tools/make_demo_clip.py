@@ -1,8 +1,8 @@
 #!/usr/bin/python3
 """Draws the demo ad's clip: tools/make_demo_clip.py examples/demo/clip.mp4
 
-Fourteen seconds, 1280x720 at 30 frames a second: an invented lamp maker's evening. A row of lamps along the floor lights up,
-one each second, so that any picture of the clip tells its second. Needs python3-cairo and ffmpeg; the tune is synthesised.
+Fourteen seconds, 1280x720 at 30 frames per second: an invented lamp maker's evening. A row of lamps along the floor
+lights up, one per second, so that any frame shows its second. Needs python3-cairo and ffmpeg; the tune is synthesised.
 """
 import math
 import struct

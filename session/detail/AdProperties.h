@@ -16,6 +16,7 @@
 namespace qoro::detail
 {
 
+/// An enumerator by its name in an ad file.
 struct Enumerator {
     std::string_view name;
     std::int64_t number;
@@ -75,6 +76,7 @@ struct AdProperty {
     std::optional<AdAddressUse> addresses = {};
 };
 
+/// Every property of QoroVideoAd that an ad file may contain.
 inline constexpr auto AdProperties = std::to_array<AdProperty>({
     {"adType", &QoroVideoAd::adType},
     {"portraitVideoPos", &QoroVideoAd::portraitVideoPos},

@@ -6,6 +6,7 @@
 namespace qoro::test
 {
 
+/// The result of a shell command.
 struct ShellResult {
     /// As the shell reports it: 128 plus the signal's number after a signal.
     int status = -1;

@@ -6,6 +6,7 @@
 namespace qoro::test
 {
 
+/// A colour of 8 bits per channel.
 struct Colour {
     int red = 0;
     int green = 0;

@@ -18,6 +18,7 @@ void shorten(const NSArray& arguments);
 /// The values of a JSON list; null when the text is not one.
 NSArray values_of(std::string_view json);
 
+/// Requires that an error's text is one line.
 void require_one_line(const InputError& error);
 
 /// Requires that a text is valid JSON.
