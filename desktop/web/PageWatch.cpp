@@ -2,6 +2,7 @@
 
 #include "desktop/web/ProcessFacts.h"
 #include "desktop/web/ProcessorUse.h"
+#include "platform/Numbers.h"
 
 #include <algorithm>
 #include <chrono>
@@ -24,6 +25,8 @@ namespace
 {
 
 constexpr auto Interval = std::chrono::milliseconds(100);
+/// During a flood, memory can grow by hundreds of megabytes a second.
+constexpr auto FloodInterval = std::chrono::milliseconds(20);
 constexpr std::uint64_t Megabyte = 1024 * 1024;
 /// Process names, truncated by the system to 15 bytes.
 constexpr const char* PageProcess = "WebKitWebProces";
@@ -34,6 +37,8 @@ constexpr const char* Receiver = "ReceiveQueue";
 constexpr double Flood = 0.12;
 /// Seconds of less traffic after which a flood has ended.
 constexpr double FloodLasts = 0.5;
+/// Seconds of flood after which the page is ended, even if memory does not grow: it delays the viewer's taps.
+constexpr double LongestFlood = 3;
 /// Seconds between two scans of the threads.
 constexpr double NewThreads = 1;
 
@@ -130,6 +135,8 @@ struct PageWatch::Host {
     std::vector<std::pair<int, double>> receivers; // thread ID and processor seconds used
     double since_new_threads = NewThreads;
     double since_flood = FloodLasts;
+    /// Seconds since the present flood began; 0 if there is none.
+    double flooded_for = 0;
     /// Bytes of memory when there was last no flood.
     std::uint64_t quiet = 0;
 };
@@ -176,20 +183,23 @@ void PageWatch::run()
 {
     prctl(PR_SET_NAME, "qoro-pages");
     std::unique_lock lock(mutex_);
+    auto before = std::chrono::steady_clock::now();
     while (!ends_) {
         if (processes_.empty()) {
             requests_.reset();
             host_.reset();
             changed_.wait(lock, [this] { return ends_ || !processes_.empty(); });
+            before = std::chrono::steady_clock::now();
         }
-        look();
-        changed_.wait_for(lock, Interval, [this] { return ends_; });
+        const auto now = std::chrono::steady_clock::now();
+        look(std::chrono::duration<double>(now - std::exchange(before, now)).count());
+        const bool floods = host_->since_flood < FloodLasts;
+        changed_.wait_for(lock, floods ? FloodInterval : Interval, [this] { return ends_; });
     }
 }
 
-void PageWatch::look()
+void PageWatch::look(double seconds)
 {
-    static const double seconds = std::chrono::duration<double>(Interval).count();
     const std::uint64_t dropped = limits_.dropped_frames ? limits_.dropped_frames() : 0;
     for (const auto& [page, process] : processes_) {
         if (!process->is_resolved())
@@ -235,6 +245,11 @@ void PageWatch::look_at_host(Host& host, double seconds)
         worked += now - std::exchange(before, now);
     }
     host.since_flood = worked > Flood * seconds ? 0 : host.since_flood + seconds;
+    host.flooded_for = host.since_flood < FloodLasts ? host.flooded_for + seconds : 0;
+    if (host.flooded_for > LongestFlood) {
+        host.flooded_for = 0;
+        end_busiest("the page flooded the program for " + shortest_text(LongestFlood) + " s");
+    }
     const std::uint64_t memory = own_memory(getpid()).value_or(0);
     if (host.since_flood >= FloodLasts || host.quiet == 0)
         host.quiet = memory;

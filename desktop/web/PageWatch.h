@@ -56,7 +56,8 @@ private:
     struct Host;
 
     void run();
-    void look();
+    /// @param seconds since the last call
+    void look(double seconds);
     void look_at_host(Host& host, double seconds);
     /// Kills the process that has used most processor time since the last check.
     void end_busiest(const std::string& why);
