@@ -19,7 +19,7 @@ namespace
 bool set_address(int socket, const std::string& interface, const std::string& address)
 {
     ifreq request{};
-    std::strncpy(request.ifr_name, interface.c_str(), IFNAMSIZ - 1);
+    interface.copy(request.ifr_name, IFNAMSIZ - 1);
     sockaddr_in to{};
     to.sin_family = AF_INET;
     if (inet_pton(AF_INET, address.c_str(), &to.sin_addr) != 1)
