@@ -55,6 +55,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
     DesktopPlatform::Options platform;
     if (options.page_memory)
         platform.pages.memory = *options.page_memory;
+    platform.pages.processor_seconds = options.page_processor;
     platform.device = {.facts = device.facts,
                        .orientation = device.orientation,
                        .status_bar_orientation = device.status_bar_orientation,

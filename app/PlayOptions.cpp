@@ -132,6 +132,12 @@ void add_play_options(CLI::App& command, PlayOptions& options)
                     "End the page when its process uses more than so many megabytes (512)")
         ->type_name("MB")
         ->check(CLI::Validator(check_megabytes, ""));
+    command
+        .add_option("--page-processor", options.page_processor,
+                    "End the page when its process uses more than one processor for so many seconds while the video "
+                    "drops frames (no limit)")
+        ->type_name("SECONDS")
+        ->check(seconds);
     command.add_flag("--allow-private-network", options.allow_private_network,
                      "The ad and its page reach private networks, such as a studio's own servers");
     command.add_option("--for", options.seconds, "Close the ad after so many seconds")

@@ -33,6 +33,8 @@ struct PlayOptions {
     bool no_web_sandbox = false;
     /// Memory limit of the page's process, megabytes; absent for the platform's default.
     std::optional<double> page_memory;
+    /// Seconds for which the page's process may starve the video; absent for no limit.
+    std::optional<double> page_processor;
     bool allow_private_network = false;
     /// Time after which to end, seconds; absent to wait for the ad's close.
     std::optional<double> seconds;
