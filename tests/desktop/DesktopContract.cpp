@@ -21,7 +21,7 @@
 #include <iterator>
 #include <sstream>
 
-// The contract on the desktop: real servers, a real page, and a sound server where the volume is the matter.
+// The platform contract on the desktop: real servers, a real page, and a sound server for the tests of the volume.
 
 namespace qoro::test
 {
@@ -29,28 +29,28 @@ namespace qoro::test
 namespace
 {
 
-/// Far beyond what anything here takes; only a hang reaches it.
+/// Seconds. Every wait is far shorter; only a hang reaches this.
 constexpr double Patience = 90;
-/// The loop asks after each of its turns; what changes by itself gives it none.
+/// Seconds. run_until() evaluates its condition after each iteration only; a timer of this interval forces iterations.
 constexpr double Turn = 0.005;
-/// A port that nobody listens to, unless the machine is set up strangely.
+/// Port 9 (discard, RFC 863), on which no usual machine runs a server.
 constexpr const char* NobodyThere = "http://127.0.0.1:9/";
 
-/// Four seconds (VideoSeconds), of which the last two need the second half of the file.
+/// The test video of VideoSeconds (4 s). The last two seconds require the second half of the file.
 std::string clip()
 {
     std::ifstream file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", std::ios::binary);
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// Players drive themselves, and the device stays as it is.
+/// Does nothing: real players report their own state, and a real device cannot be changed.
 struct NoControls final : SessionControls {
     void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
     void change_device(const DeviceChange&) override {}
     void leave_app() override {}
 };
 
-/// The sound that the platform is to find, before it is made.
+/// Starts a sound server if the test needs the volume. Must run before the platform is created.
 std::unique_ptr<SoundServer> sound_for(const ContractNeeds& needs)
 {
     if (needs.volume)
@@ -63,11 +63,11 @@ DesktopPlatform::Options options_for(const ContractNeeds& needs, const ScratchFo
 {
     DesktopPlatform::Options options;
     options.silent = true;
-    options.allow_private_network = true; // its servers are here
+    options.allow_private_network = true; // the test servers are on loopback
     options.video_cache.folder = scratch.path("videos");
     options.calendar = {.folder = scratch.path("calendar"), .allowed = needs.calendar};
-    options.last_requests_seconds = 0;    // some servers here never answer
-    options.system_volume = needs.volume; // what the viewer can change from outside
+    options.last_requests_seconds = 0;    // some test servers never answer
+    options.system_volume = needs.volume; // the tests change it through the sound server
     return options;
 }
 
@@ -93,7 +93,7 @@ public:
         }
         if (sound_) {
             EXPECT_TRUE(sound_->runs());
-            // The connection that follows the viewer comes about within the loop.
+            // PulseVolume subscribes to volume changes from within the loop.
             let_pass(0.2);
         }
     }
@@ -166,7 +166,7 @@ public:
     }
     std::optional<std::string> script_says(QoroVideoWebViewController& ad, const std::string& message) override
     {
-        // Past the library, which sends nothing but messages.
+        // Bypasses the script library, which sends only well-formed messages.
         return run(ad, "const said = " + message +
                            "; const sent = Array.isArray(said) && said.length ? {command: said[0], args: said.slice(1)}"
                            " : said; return await new Promise((done, refused) =>"
@@ -189,11 +189,11 @@ private:
     };
 
     /// Runs the body of an asynchronous function in the ad's page.
-    /// @return what it returns as text; absent when it throws
+    /// @return its return value as text; absent if it throws
     std::optional<std::string> run(QoroVideoWebViewController& ad, const std::string& body)
     {
         auto* view = WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*ad.webView().node()->web).widget());
-        // Outlives this call when the page never answers.
+        // Shared with the callback: if the page never answers, the result outlives this call.
         auto* shared = new std::shared_ptr<Result>(std::make_shared<Result>());
         const std::shared_ptr<Result> result = *shared;
         webkit_web_view_call_async_javascript_function(

@@ -21,7 +21,7 @@ DesktopPlatform::Options silent_options()
 {
     DesktopPlatform::Options options;
     options.silent = true;
-    options.allow_private_network = true; // its servers are here
+    options.allow_private_network = true; // the test servers are on loopback
     return options;
 }
 

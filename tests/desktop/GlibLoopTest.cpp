@@ -18,7 +18,7 @@ constexpr double Deadline = 90;
 class GlibLoopTest : public testing::Test
 {
 protected:
-    /// Keeps the main thread busy, as a long event would.
+    /// Blocks the main thread, as a long-running event does.
     void block(double seconds) const
     {
         const double until = loop.now() + seconds;

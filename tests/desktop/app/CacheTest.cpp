@@ -11,7 +11,7 @@
 
 using namespace qoro::test;
 
-// The command as its user meets it.
+// `qoro-ad cache`, run as a user runs it.
 
 namespace
 {
@@ -26,7 +26,8 @@ protected:
         arguments.insert(arguments.end(), {"--dir", folder.path("videos")});
         return run_command(arguments, Deadline, enough);
     }
-    /// What the command complains of when it can't be done as it was asked for.
+    /// Runs a command that must fail with this status, print one line to stderr and nothing to stdout.
+    /// @return the error line
     std::string complaint(const std::vector<std::string>& arguments, int status) const
     {
         const CommandResult result = cache(arguments);
@@ -40,7 +41,7 @@ protected:
         server.serve(path, {.body = content});
         return server.address(path);
     }
-    /// How many parts of videos lie there.
+    /// The number of partial downloads in the folder.
     std::ptrdiff_t parts() const
     {
         std::error_code not_yet;
@@ -156,7 +157,7 @@ TEST_F(CacheTest, TheLimitHoldsAndTheLastUsedStay)
 
 TEST_F(CacheTest, ManyProcessesAtOnceLeaveWholeCopiesWithinTheBound)
 {
-    // Each wants all of them, in its own order, and there is room for less than half.
+    // Each process fetches all of them in its own order, with room for less than half.
     const std::vector<std::string> names{"/0", "/1", "/2", "/3", "/4", "/5"};
     std::vector<std::string> addresses;
     for (std::size_t i = 0; i < names.size(); ++i)

@@ -31,11 +31,11 @@ struct Pipe {
     std::array<int, 2> ends{};
 };
 
-/// Between two questions whether a program has run long enough, in milliseconds.
+/// Milliseconds between two calls of `glance`.
 constexpr int Glance = 50;
 
-/// Reads both until both are closed, or the time is up.
-/// @param glance called now and then
+/// Reads from both until both are closed or the time is up.
+/// @param glance called at least every Glance milliseconds
 /// @return whether both were closed in time
 bool drain(std::array<pollfd, 2>& from, std::array<std::string*, 2> into, double seconds,
            const std::function<void()>& glance)
@@ -79,7 +79,7 @@ CommandResult run_command(const std::vector<std::string>& arguments, double seco
     for (const int end : {output.ends[0], output.ends[1], errors.ends[0], errors.ends[1]})
         posix_spawn_file_actions_addclose(&actions, end);
     pid_t process = 0;
-    // The tests look slowly at who asks for memory (CMakeLists.txt); the program would take three times as long for it.
+    // The tests' ASAN_OPTIONS (CMakeLists.txt) make allocation slow; with them the program takes three times as long.
     std::vector<char*> environment;
     for (char** each = environ; *each; ++each)
         if (!std::string_view(*each).starts_with("ASAN_OPTIONS="))

@@ -8,13 +8,14 @@ using namespace qoro::test;
 
 namespace
 {
-/// Bad input is found before anything slow begins.
+/// Seconds. Bad input is rejected before anything slow begins.
 constexpr double Quickly = 20;
 
 class CommandTest : public testing::Test
 {
 protected:
-    /// What the command complains of.
+    /// Runs a command that must fail with status 2, print one line to stderr and nothing to stdout.
+    /// @return the error line
     std::string complaint(const std::vector<std::string>& arguments) const
     {
         const CommandResult result = run_command(arguments, Quickly);

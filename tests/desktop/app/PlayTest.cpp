@@ -10,17 +10,17 @@
 
 using namespace qoro::test;
 
-// Whole playings of the command, each with something that is not as it should be.
+// Whole runs of `qoro-ad play`, each with one fault.
 
 namespace
 {
-/// Seconds that the whole playing may take; only a hang reaches it.
+/// Seconds. A whole run is far shorter; only a hang reaches this.
 constexpr double Deadline = 180;
 
 const std::string Ended = R"("message":"playbackFinished. Reason: Playback Ended)";
 const std::string Failed = R"("what":"player","do":"failed")";
 
-/// A clip of two seconds, made once.
+/// A clip of two seconds, encoded once per process.
 const std::string& clip()
 {
     static const std::string bytes = [] {
@@ -39,8 +39,8 @@ class PlayTest : public testing::Test
 protected:
     using Lines = std::vector<std::string>;
 
-    /// Plays an ad, and closes it when its trace has said all that is waited for. What it wrote is in trace.
-    /// @param until parts of lines of the trace
+    /// Plays an ad and ends the program when its trace contains everything in `until`. Fills `trace` and `errors`.
+    /// @param until substrings of the trace's lines
     void play(const std::string& of_video, const std::string& of_page, const Lines& until, const std::string& more = "")
     {
         trace.clear();
@@ -66,7 +66,7 @@ protected:
         errors = result.errors;
     }
 
-    /// Without what libraries write there.
+    /// The program's own lines of stderr, without those of libraries and the warning about the sandbox.
     std::string errors_of_ours() const
     {
         std::istringstream lines(errors);
@@ -85,13 +85,13 @@ protected:
     }
 
     ScratchFolder folder;
-    /// What a close sends after /t/close.
+    /// The close tracker that follows /t/close.
     std::string last_tracker = "/t/close/2";
     std::string host_file;
-    /// Empty for one in the folder.
+    /// Empty for a file in the folder.
     std::string trace_file;
     std::vector<std::string> further_arguments;
-    /// What the program is to exit with.
+    /// The expected exit status.
     int status = 0;
     std::string trace;
     std::string errors;
@@ -280,21 +280,21 @@ TEST_F(PlayTest, AnIconThatIsNoPictureIsNone)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-// ------------------------------------------------------------------------------------------------- copies of videos
+// ------------------------------------------------------------------------------------------------------ video cache
 
 namespace
 {
 constexpr const char* MayBeCopied = R"(, "bIsUseVideoCache": true)";
 const std::string PlaysAFile = R"("file":true)";
 
-/// The program's own cache, for as long as the test runs.
+/// Points the program's cache to the test's folder (XDG_CACHE_HOME).
 class PlayFromCacheTest : public PlayTest
 {
 protected:
     PlayFromCacheTest() { setenv("XDG_CACHE_HOME", folder.path("cache").c_str(), 1); }
     ~PlayFromCacheTest() override { unsetenv("XDG_CACHE_HOME"); }
 
-    /// Prefetches the clip, and ends the server that had it.
+    /// Prefetches the clip from a server that then ends, so that only the copy is left.
     /// @return its address
     static std::string prefetched()
     {

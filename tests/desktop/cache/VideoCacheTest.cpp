@@ -42,7 +42,7 @@ protected:
         std::ifstream file(path.text(), std::ios::binary);
         return {std::istreambuf_iterator<char>(file), {}};
     }
-    /// The names of the files that are left but the lock's.
+    /// The names of the files in the cache folder except the lock file.
     std::vector<std::string> files() const
     {
         std::vector<std::string> names;
@@ -58,7 +58,7 @@ protected:
             addresses.push_back(video.address);
         return addresses;
     }
-    /// The path of the copy, without asking the cache for it.
+    /// The path of the file with this suffix, looked up in the folder and not through the cache.
     std::string copy(const std::string& end) const
     {
         const std::vector<std::string> names = files();
@@ -79,7 +79,7 @@ protected:
 };
 } // namespace
 
-// ---------------------------------------------------------------------------------------------------- what is kept
+// -------------------------------------------------------------------------------------------------------- contents
 
 TEST_F(VideoCacheTest, AFolderThatIsNotThereHoldsNothingAndIsNoReasonToWarn)
 {
@@ -155,7 +155,7 @@ TEST_F(VideoCacheTest, TwoThatBringTheSameVideoAtOnceLeaveOneCopy)
     EXPECT_EQ(files().size(), 2U);
 }
 
-// --------------------------------------------------------------------------------------------------- what is damaged
+// ----------------------------------------------------------------------------------------------------- damaged files
 
 TEST_F(VideoCacheTest, ACopyThatWasCutShortIsNoneAndGoes)
 {
@@ -251,7 +251,7 @@ TEST_F(VideoCacheTest, APipeInAVideosPlaceHoldsNobodyUp)
     EXPECT_FALSE(cache.path_for(Address));
 }
 
-// ----------------------------------------------------------------------------------------------------------- its size
+// --------------------------------------------------------------------------------------------------------- size limit
 
 TEST_F(VideoCacheTest, ThoseNotUsedForTheLongestTimeMakeRoom)
 {
@@ -315,7 +315,7 @@ TEST_F(VideoCacheTest, WhatAProcessLeftThatEndedInTheMiddleGoesWhenTheNextComes)
     EXPECT_EQ(files().size(), 4U);
 }
 
-// ------------------------------------------------------------------------------------------------- what can't be used
+// --------------------------------------------------------------------------------------------------- unusable folders
 
 TEST_F(VideoCacheTest, AFolderThatIsNoneWarnsOnceAndHoldsNothing)
 {

@@ -17,7 +17,7 @@ namespace
 class VideoDownloadTest : public testing::Test
 {
 protected:
-    /// Downloads what a server answers.
+    /// Downloads a video from a server that sends these bytes.
     VideoDownload::Result fetch(const std::string& answer)
     {
         RawServer server([&answer](const auto&, const auto& connection) { connection.send(answer); });

@@ -21,7 +21,7 @@ namespace
 namespace fs = std::filesystem;
 
 constexpr double Deadline = 90;
-/// The loop asks after each of its turns; what changes by itself gives it none.
+/// Seconds. run_until() evaluates its condition after each iteration only; a timer of this interval forces iterations.
 constexpr double Turn = 0.01;
 
 CalendarEvent concert()
@@ -57,7 +57,7 @@ protected:
                 names.insert(entry.path().filename().string());
         return names;
     }
-    /// A file that was last changed so many hours ago.
+    /// Creates a file that was last modified so many hours ago.
     void leave_file(const std::string& name, int hours) const
     {
         fs::create_directories(folder);

@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-// Events as a page gives them, written and read back by the library's own parser.
+// Events as a page passes them: written by event_text() and parsed again with libical.
 
 namespace qoro::test
 {
@@ -33,7 +33,7 @@ std::string text_of(icaltimetype time)
     return std::unique_ptr<char, FreeText>(icaltime_as_ical_string_r(time)).get();
 }
 
-/// An event's file, read back.
+/// A written event, parsed again.
 class ReadBack
 {
 public:
@@ -52,7 +52,7 @@ public:
     icalcomponent* event() const { return event_; }
     icalcomponent* calendar() const { return calendar_.get(); }
     icalcomponent* alarm() const { return icalcomponent_get_first_component(event_, ICAL_VALARM_COMPONENT); }
-    /// A property as its line says it; empty when there is none.
+    /// The property's content line, unfolded (RFC 5545, section 3.1); empty if the event has no such property.
     std::string property(icalproperty_kind kind) const { return property_of(event_, kind); }
     static std::string property_of(icalcomponent* component, icalproperty_kind kind)
     {
@@ -64,7 +64,8 @@ public:
             line.erase(fold, 3);
         return line.substr(0, line.find('\r'));
     }
-    /// When it takes place, in UTC (whole days: as days), the first few times.
+    /// The first occurrences, in UTC; dates for all-day events.
+    /// @param most maximum number of occurrences
     Texts occurrences(std::size_t most) const
     {
         struct Found {
@@ -106,7 +107,7 @@ NSDictionary repeated(const char* start, const NSDictionary& recurrence)
     return with(at(start), "recurrence", recurrence);
 }
 
-// --------------------------------------------------------------------------------------------------------------- once
+// ------------------------------------------------------------------------------------------------------ single events
 
 TEST(EventText, AnEventHasItsStampAndItsOwner)
 {
@@ -265,7 +266,7 @@ TEST(EventText, AMondayMorningAheadOfUtcStaysAMondayMorning)
 
 TEST(EventText, AnEveningInAZoneFollowsItsSummerTime)
 {
-    // The clocks go forward on 28 March 2027, and back on 31 October.
+    // Daylight saving time begins on 28 March 2027 and ends on 31 October.
     const ReadBack spring(with(repeated("2027-03-27T20:00", {{"frequency", "daily"}}), "timezone", "Europe/Berlin"));
     EXPECT_EQ(spring.occurrences(3), (Texts{"20270327T190000Z", "20270328T180000Z", "20270329T180000Z"}));
 

@@ -25,7 +25,7 @@ GDBusConnection* connect_to(GTestDBus* bus)
         nullptr, nullptr, nullptr);
 }
 
-/// A sensor on a bus, as the machine's service offers it.
+/// A fake of the net.hadess.SensorProxy service on a D-Bus.
 class SensorService
 {
 public:

@@ -17,7 +17,7 @@
 using namespace qoro;
 using namespace qoro::test;
 
-// As tests/session/OpenedAdTest.cpp, with a real video, a real page and a real screen.
+// Like tests/session/OpenedAdTest.cpp, with a real video, a real page and a real screen.
 
 namespace
 {
@@ -32,7 +32,7 @@ DesktopPlatform::Options silent_options()
     return options;
 }
 
-/// What has failed so far.
+/// Counts the failures and play commands of the video, and notes the failure of the page.
 struct FailureCount final : Witness {
     void tell(std::string_view what, std::initializer_list<Field> fields) override
     {
@@ -44,7 +44,7 @@ struct FailureCount final : Witness {
         page |= what == "kit" && does && *does == "adFailed";
     }
     int video = 0;
-    /// How often the controller told the player to play.
+    /// The number of play commands from the controller.
     int plays = 0;
     bool page = false;
 };
@@ -54,8 +54,8 @@ class OpenedAdOnTheDesktopTest : public testing::Test
 protected:
     void SetUp() override { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
 
-    /// Opens an ad whose video lasts four seconds, and waits until the host hears of its end.
-    /// @param more further properties, each with a comma before it
+    /// Opens an ad whose video lasts four seconds, and waits until it reports its end to the host.
+    /// @param more further properties, each preceded by a comma
     void play(const std::string& more)
     {
         std::filesystem::copy_file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", folder.path("clip.mp4"));
@@ -135,11 +135,11 @@ VideoServer::Answer whole_video()
     return answer;
 }
 
-/// An ad whose video is a server's.
+/// An ad whose video comes from a server.
 class OpenedAdOfAServerTest : public OpenedAdOnTheDesktopTest
 {
 protected:
-    /// Opens it until the host is told of its end, or the video has failed so often.
+    /// Opens the ad, waits until it ends or its video has failed this often, and closes it.
     void open(int failures_until_closed)
     {
         folder.write("ad.json", R"({"strVideoUrl": ")" + server.address("/v.mp4") + R"(", "fVideoWidth": 16,
@@ -150,7 +150,7 @@ protected:
         const ServedAd served(folder.path("ad.json"));
         OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
         platform.loop().run_until([&] { return !told.empty() || failures.video == failures_until_closed; }, Deadline);
-        // Whether it fails, or gets a play command, once more.
+        // Time for one more failure or play command, which would be an error.
         platform.loop().run_until([&] { return !told.empty(); }, 0.5);
         ad.close();
         platform.loop().run_until([this] { return !told.empty(); }, Deadline);
@@ -185,7 +185,7 @@ TEST_F(OpenedAdOfAServerTest, AServerThatHangsUpInTheMiddleForAWhileDoesNotCostT
 {
     VideoServer::Answer half = whole_video();
     half.cuts_at = half.body.size() * 6 / 10;
-    // The reader takes up by itself once.
+    // The reader itself retries once.
     server.serve_in_turn("/v.mp4", {half, half, half, whole_video()});
 
     open(4);

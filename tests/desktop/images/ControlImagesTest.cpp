@@ -21,7 +21,7 @@ namespace
 struct ControlImage {
     const char* name;
     std::span<const unsigned char> bytes;
-    /// What Base/ passes on for it.
+    /// Returns it as Base/ does (EmbeddedImage.h).
     UIImage (*embedded)();
     std::size_t count;
     int width;
@@ -56,7 +56,7 @@ class ControlImageTest : public testing::TestWithParam<ControlImage>
 {
 };
 
-/// How many pixels of a picture have an alpha within bounds.
+/// The number of pixels whose alpha is within [from, to].
 long pixels_of_alpha(const GdkPixbuf* picture, int from, int to)
 {
     const int stride = gdk_pixbuf_get_rowstride(picture);
@@ -75,7 +75,8 @@ TEST_P(ControlImageTest, IsAPngOfItsPixelsWithEightBitsOfRedGreenBlueAndAlpha)
 {
     const std::span<const unsigned char> bytes = GetParam().bytes;
     ASSERT_GT(bytes.size(), 26U);
-    // The header, right after the signature: width and height of four bytes each, the depth and the colour type.
+    // The IHDR chunk (PNG specification, section 11.2.2) follows the signature: width and height of four bytes each,
+    // the bit depth and the colour type.
     EXPECT_EQ(std::string(bytes.begin() + 12, bytes.begin() + 16), "IHDR");
     EXPECT_EQ(bytes[24], 8) << "bits a channel";
     EXPECT_EQ(bytes[25], 6) << "red, green, blue and alpha";

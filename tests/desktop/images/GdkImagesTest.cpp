@@ -11,7 +11,7 @@ using namespace qoro;
 
 namespace
 {
-/// A picture of two colours, encoded.
+/// An image of one colour, encoded.
 std::string picture(const char* format, int width, int height)
 {
     GdkPixbuf* pixels = gdk_pixbuf_new(GDK_COLORSPACE_RGB, FALSE, 8, width, height);
@@ -40,7 +40,7 @@ TEST(GdkImagesTest, DecodesPngAndJpegToTheirPixels)
         EXPECT_EQ(image->height(), 5);
         std::array<unsigned char, 7 * 5 * 4> pixels{};
         gdk_texture_download(image->texture(), pixels.data(), 7 * 4);
-        EXPECT_NEAR(pixels[0], 0xcc, 3) << format; // blue first
+        EXPECT_NEAR(pixels[0], 0xcc, 3) << format; // the byte order is BGRA
         EXPECT_NEAR(pixels[2], 0x33, 3) << format;
     }
 }
@@ -63,7 +63,7 @@ TEST(GdkImagesTest, ABrokenPictureIsNone)
 
 TEST(GdkImagesTest, APictureThatClaimsToFillTheMemoryIsNone)
 {
-    // A whole and valid header of 60000 by 60000 pixels: only its size is against it.
+    // A valid header of 60000 by 60000 pixels: only the size is wrong.
     std::string png = picture("png", 4, 4);
     std::string header = png.substr(12, 17);
     header.replace(4, 8, std::string("\0\0\xea\x60\0\0\xea\x60", 8));

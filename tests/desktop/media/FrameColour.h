@@ -11,7 +11,7 @@
 namespace qoro::test
 {
 
-/// What colour the middle of a picture has: "red", "green", "blue", "white", or its three numbers.
+/// The colour of the frame's centre: "red", "green", "blue", "white", or else its three components; "none" for null.
 inline std::string colour_of(const VideoFrame& frame)
 {
     if (!frame)

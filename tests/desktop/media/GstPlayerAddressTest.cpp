@@ -3,7 +3,7 @@
 #include <filesystem>
 #include <fstream>
 
-// What an ad may write for a video's address.
+// Forms of video addresses that an ad may contain.
 
 namespace qoro::test
 {
@@ -13,7 +13,7 @@ namespace
 class GstPlayerAddressTest : public GstPlayerTest
 {
 protected:
-    /// Serves a video under a path, and waits until the player of an address has begun to play, or failed.
+    /// Serves a body under a path, opens an address, and waits until the player plays or fails.
     void open(const std::string& path, const std::string& asked, const std::string& body)
     {
         VideoServer::Answer answer;

@@ -11,7 +11,7 @@ namespace qoro::test
 namespace
 {
 
-/// A server that stops sending after so many tenths of the video, until it is released.
+/// An answer that stalls after so many tenths of the video, until release().
 VideoServer::Answer stalling_at(std::size_t tenths)
 {
     VideoServer::Answer answer;
@@ -20,10 +20,10 @@ VideoServer::Answer stalling_at(std::size_t tenths)
     return answer;
 }
 
-/// Seconds: far more than a slow machine needs, and less than waiting for a server's answer would take.
+/// Seconds. Far more than a slow machine needs, and less than waiting for a server would take.
 constexpr double NoWait = 5;
 
-// ---------------------------------------------------------------------------------------------------- lack of data
+// ------------------------------------------------------------------------------------------------------- buffering
 
 TEST_F(GstPlayerTest, a_server_that_stalls_is_a_lack_of_data_that_ends_with_it)
 {

@@ -86,7 +86,7 @@ TEST_F(GstPlayerTest, every_picture_of_the_video_is_announced)
 
     ASSERT_TRUE(watch.until("finished 0"));
 
-    // 30 a second for four seconds; a loaded machine may leave a few out.
+    // 30 a second for four seconds; a loaded machine may drop a few.
     EXPECT_GE(announced, 100);
     EXPECT_LE(announced, 120);
     EXPECT_EQ(colour_of(player.latest_frame()), "white");

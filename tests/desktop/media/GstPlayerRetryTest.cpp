@@ -4,7 +4,7 @@
 #include <fstream>
 #include <unistd.h>
 
-// What a play after a failure does: the video is loaded anew, and goes on from where it failed.
+// play() after a failure: the player reloads the video and continues at the position of the failure.
 
 namespace qoro::test
 {
@@ -40,7 +40,7 @@ VideoServer::Answer silence()
     return answer;
 }
 
-/// Breaks off in its middle, and then has nothing more.
+/// Breaks off at 60 percent, and sends nothing to requests from there on.
 VideoServer::Answer half()
 {
     VideoServer::Answer answer = whole();
@@ -56,7 +56,7 @@ protected:
         watch.factory().options.server_seconds = 1;
         watch.factory().options.on_failure = [this](const std::string& reason) { failures.push_back(reason); };
     }
-    /// Plays as often as the player reports a failure, as its owner does.
+    /// Calls play() at each reported failure, as the player's owner does.
     void play_after_each_failure()
     {
         watch.on_report = [this] {
@@ -70,7 +70,7 @@ protected:
         return NSURL::URLWithString(server.address("/v.mp4"));
     }
 
-    /// Why it failed, each time.
+    /// The reason of each failure.
     std::vector<std::string> failures;
 };
 
@@ -97,7 +97,7 @@ TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_once_costs_a_moment)
 TEST_F(GstPlayerRetryTest, a_server_that_resets_its_connections_for_a_while_costs_a_moment)
 {
     play_after_each_failure();
-    // What is reset once the reader takes up by itself.
+    // The reader itself retries after the first reset.
     watch.open(served_in_turn({reset(), reset(), whole()}));
 
     ASSERT_TRUE(watch.until("finished 0"));
@@ -165,7 +165,7 @@ TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_for_good_is_asked_three_
     watch.let_pass(0.5);
     const Reports all = watch.reports;
 
-    // Later plays do nothing, whatever has become of the server.
+    // Further calls of play() do nothing, even if the server has recovered.
     watch.on_report = nullptr;
     server.serve("/v.mp4", whole());
     watch.player().play();
@@ -236,7 +236,7 @@ TEST_F(GstPlayerRetryTest, what_is_no_video_any_more_fails_again)
     EXPECT_EQ(watch.reports, (Reports{"state 0", "finished 1"}));
 }
 
-// The local copy of a video, or one of the machine's own.
+// Local files: the cached copy of a video, or a file of the ad's.
 
 class GstPlayerFileRetryTest : public GstPlayerRetryTest
 {
@@ -244,14 +244,14 @@ protected:
     GstPlayerFileRetryTest() { write(bytes_of(Clip)); }
     ~GstPlayerFileRetryTest() override { std::filesystem::remove(path); }
 
-    /// Puts another file into its place, as the cache does.
+    /// Replaces the file by rename, as the cache does.
     void write(const std::string& bytes) const
     {
         std::ofstream(path + ".new", std::ios::binary) << bytes;
         std::filesystem::rename(path + ".new", path);
     }
 
-    /// Its own: tests run beside each other.
+    /// Contains the process id, because tests run in parallel.
     const std::string path = testing::TempDir() + "/copy-" + std::to_string(getpid()) + ".mp4";
 };
 

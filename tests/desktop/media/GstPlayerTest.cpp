@@ -99,7 +99,7 @@ TEST_F(GstPlayerTest, the_time_moves_with_the_clock_while_it_plays)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.3; }));
-    // A busy machine may take its time between two lines.
+    // A busy machine may pause between two lines, so the position is read between two clock readings.
     const double before = loop.now();
     const double from = player.current_time();
     const double after = loop.now();
@@ -139,7 +139,7 @@ TEST_F(GstPlayerTest, goes_on_after_a_pause_where_it_stood)
     ASSERT_TRUE(watch.until([&] { return watch.reports.size() == 5 && player.current_time() > from; }));
     const double moved = player.current_time() - from;
 
-    // The pipeline pauses a moment after the command.
+    // The pipeline pauses slightly later than the command.
     EXPECT_LE(moved, loop.now() - before + 0.75) << "and not where it would be without the pause";
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "state 1"}));
 }
@@ -320,7 +320,7 @@ TEST_F(GstPlayerTest, of_many_seeks_the_last_one_counts)
     EXPECT_EQ(player.current_time(), 2.5);
 }
 
-// ------------------------------------------------------------------------------------------------------ being dropped
+// -------------------------------------------------------------------------------------------------------- destruction
 
 class GstPlayerDropTest : public GstPlayerTest, public testing::WithParamInterface<const char*>
 {

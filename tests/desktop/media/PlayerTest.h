@@ -18,7 +18,7 @@ namespace qoro::test
 
 using Reports = std::vector<std::string>;
 
-/// A second each of red, green, blue and white.
+/// One second each of red, green, blue and white (clips/make.sh).
 inline const std::string Clip = QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4";
 constexpr double Duration = 4;
 
@@ -28,7 +28,7 @@ inline std::string bytes_of(const std::string& path)
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-/// Watches a player without a sound server.
+/// Observes a player while there is no sound server.
 class GstPlayerTest : public testing::Test
 {
 protected:

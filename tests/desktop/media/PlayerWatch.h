@@ -12,11 +12,11 @@
 namespace qoro::test
 {
 
-/// Keeps a player and writes down what it reports, with the reading that each report is about.
+/// Owns a player and records its notifications, each with the value it is about.
 class PlayerWatch : public PlayerListener
 {
 public:
-    /// Seconds that only a hang takes.
+    /// Seconds that only a hang reaches.
     static constexpr double Patience = 60;
 
     explicit PlayerWatch(GlibLoop& loop) : loop_(loop), factory_(loop)
@@ -36,21 +36,21 @@ public:
     GstPlayerFactory& factory() { return factory_; }
     void drop() { player_.reset(); }
 
-    /// Runs the loop until a report of this form has come.
-    /// @return whether it came in time
+    /// Runs the loop until this report is recorded.
+    /// @return false if the time is up
     bool until(const std::string& report, double seconds = Patience)
     {
         return loop_.run_until([&] { return has(report); }, seconds);
     }
     bool until(const std::function<bool()>& condition, double seconds = Patience)
     {
-        // The loop asks after each of its turns; a player that is not shown gives it none.
+        // run_until() evaluates its condition after each iteration only, and a hidden player causes none.
         const TimerId turns = loop_.start_timer(0.01, true, [] {});
         const bool holds = loop_.run_until(condition, seconds);
         loop_.stop_timer(turns);
         return holds;
     }
-    /// Lets the loop run for a while.
+    /// Runs the loop for some seconds.
     void let_pass(double seconds)
     {
         loop_.run_until([] { return false; }, seconds);
@@ -64,11 +64,11 @@ public:
     }
 
     std::vector<std::string> reports;
-    /// The duration, each time something was reported.
+    /// The player's duration at each report.
     std::vector<double> durations;
-    /// Why the player failed, in words.
+    /// The reason of the last failure.
     std::string failure;
-    /// Called inside each report.
+    /// Called from within each notification. May be empty.
     std::function<void()> on_report;
 
 private:

@@ -49,7 +49,7 @@ protected:
     {
         volume = std::make_unique<PulseVolume>(loop, PulseVolume::Scope::System);
         volume->on_change = [this] { ++changes; };
-        // The standing connection comes about within the loop.
+        // PulseVolume subscribes to volume changes from within the loop.
         let_pass(0.2);
     }
 
@@ -173,8 +173,8 @@ TEST_F(SystemVolumeTest, leaves_alone_what_it_did_not_change)
     EXPECT_EQ(sound.device_volume(), "44%");
 }
 
-// No test of its own, so no run counts it: it kills its process. The next test runs it as a program of its own, and
-// looks at what the crash left.
+// Disabled, because it kills its process. The next test runs it in a separate process and checks the volume after the
+// crash.
 TEST(CrashingProgram, DISABLED_changes_the_volume_and_crashes)
 {
     GlibLoop loop;
@@ -211,7 +211,8 @@ protected:
         watch->factory().options.volume = [this] { return volume->player_volume(); };
         let_pass(0.2);
     }
-    /// Whether a stream is there, and has been seen.
+    /// Plays the clip.
+    /// @return whether the server has a stream
     bool plays()
     {
         watch->open(NSURL::fileURLWithPath(Clip));
@@ -225,7 +226,7 @@ protected:
 
     std::unique_ptr<PulseVolume> volume;
     std::unique_ptr<PlayerWatch> watch;
-    /// The volume that the stream began with.
+    /// The stream's volume when it was first seen.
     std::string first_heard;
     int changes = 0;
 };

@@ -21,7 +21,7 @@ namespace qoro::test
 
 namespace
 {
-/// The first percentage in a text that follows a word; empty when there is none.
+/// The first percentage after a word, for example "50%"; empty if there is none.
 std::string percentage_after(const std::string& text, const std::string& word)
 {
     const std::size_t from = text.find(word);
@@ -47,7 +47,7 @@ pid_t start(const std::string& folder)
                                                    "-L",
                                                    "module-null-sink sink_name=nothing",
                                                    nullptr};
-    // One server at most may stand on a session's bus; this one stays away from it.
+    // Keeps the server off the session bus, which allows only one PulseAudio server.
     std::vector<const char*> environment = {"DBUS_SESSION_BUS_ADDRESS=unix:path=/nonexistent"};
     for (char** entry = environ; *entry; ++entry)
         if (!std::string_view(*entry).starts_with("DBUS_SESSION_BUS_ADDRESS="))
@@ -119,7 +119,7 @@ std::string SoundServer::stream_volume() const
     for (std::size_t from = list.find("Sink Input #"); from != std::string::npos;) {
         const std::size_t next = list.find("Sink Input #", from + 1);
         const std::string stream = list.substr(from, next - from);
-        // Before it plays, GStreamer asks what can be played with a stream that is never heard.
+        // Before playing, GStreamer probes the supported formats with a silent stream.
         if (stream.find("pulsesink probe") == std::string::npos)
             return percentage_after(stream, "Volume:");
         from = next;

@@ -7,8 +7,8 @@
 namespace qoro::test
 {
 
-/// A PulseAudio server of the test's own, with one device that plays into nothing. While it lives, this program's
-/// sound goes there; when it is gone there is none.
+/// A private PulseAudio server with one null sink. This program uses it for as long as the object lives, and has no
+/// sound server afterwards.
 class SoundServer
 {
 public:
@@ -17,16 +17,16 @@ public:
     SoundServer(const SoundServer&) = delete;
     SoundServer& operator=(const SoundServer&) = delete;
 
-    /// Whether it answered within half a minute.
+    /// Whether the server answered within half a minute of its start.
     bool runs() const { return runs_; }
-    /// Ends it while the program goes on.
+    /// Ends the server.
     void end();
-    /// Runs pactl against it.
-    /// @return what it printed
+    /// Runs pactl on this server.
+    /// @return its output
     std::string pactl(const std::string& arguments) const;
-    /// The device's volume in percent, as pactl prints it: "50%"; with the muted state after it when it is muted.
+    /// The sink's volume as pactl prints it, for example "50%"; followed by the muted state if it is muted.
     std::string device_volume() const;
-    /// The volume of the first sound stream in percent, or empty when there is none.
+    /// The volume of the first stream, for example "50%"; empty if there is no stream.
     std::string stream_volume() const;
 
 private:
@@ -35,7 +35,7 @@ private:
     bool runs_ = false;
 };
 
-/// Points this program's sound at a server that does not exist.
+/// Directs this program's sound to a server that does not exist.
 void without_sound_server();
 
 } // namespace qoro::test

@@ -14,27 +14,28 @@
 namespace qoro::test
 {
 
-/// An HTTP server on 127.0.0.1 that can be slow, silent, or gone in the middle.
+/// An HTTP server on 127.0.0.1 that can stall, stay silent, or break off. Each connection has a thread.
 class VideoServer
 {
 public:
     static constexpr std::size_t Never = std::numeric_limits<std::size_t>::max();
 
+    /// How a path is answered.
     struct Answer {
         std::string body;
         int status = 200;
         std::string type = "video/mp4";
-        /// Byte of the body at which it stops sending until release().
+        /// Offset in the body at which it stops sending until release().
         std::size_t holds_at = Never;
-        /// Byte of the body at which it hangs up.
+        /// Offset in the body at which it closes the connection.
         std::size_t cuts_at = Never;
-        /// Bytes of the body after which each connection ends, wherever it began.
+        /// Number of body bytes after which it closes a connection, whatever the start offset.
         std::size_t breaks_after = Never;
-        /// Whether it can begin elsewhere than at the first byte.
+        /// Whether it supports range requests.
         bool knows_ranges = true;
-        /// Whether it takes the request and never says a word.
+        /// Whether it accepts the request and never answers.
         bool silent = false;
-        /// Whether it takes the request and resets the connection.
+        /// Whether it accepts the request and resets the connection.
         bool resets = false;
     };
 
@@ -44,12 +45,12 @@ public:
     VideoServer& operator=(const VideoServer&) = delete;
 
     void serve(const std::string& path, Answer answer);
-    /// Gives each request for the path the next answer; the last one stays.
+    /// Gives each request for the path the next answer; the last answer repeats.
     void serve_in_turn(const std::string& path, std::vector<Answer> answers);
     std::string address(const std::string& path) const;
-    /// Lets what is held go on.
+    /// Resumes all answers that are held at `holds_at`, and holds no further ones.
     void release();
-    /// How many requests came for everything.
+    /// The number of requests so far, for all paths.
     int requests() const { return requests_; }
 
 private:
@@ -62,7 +63,7 @@ private:
     std::atomic<int> requests_ = 0;
     std::mutex mutex_;
     std::condition_variable changed_;
-    /// By path: those that are still to be given.
+    /// The remaining answers by path.
     std::map<std::string, std::vector<Answer>> answers_;
     std::set<int> connections_;
     int talking_ = 0;

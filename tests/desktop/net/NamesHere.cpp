@@ -17,7 +17,7 @@ struct ResolverClass {
     GResolverClass parent;
 };
 
-/// What single names lead to; changed while nothing is looked up.
+/// IPv4 addresses by name (NamesHere::lead). Not locked: changed only while no lookup runs.
 std::map<std::string, std::vector<std::string>> elsewhere;
 
 GList* address_of(const char* name, GResolverNameLookupFlags flags, GError** error)

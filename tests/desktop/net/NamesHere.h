@@ -8,14 +8,14 @@ typedef struct _GResolver GResolver;
 namespace qoro::test
 {
 
-/// While it lives, every name under .example leads to this machine, in this program: servers here can be asked as if
-/// they stood elsewhere. No other name is found.
+/// Replaces the process's default resolver for its lifetime: every name under .example (RFC 2606) resolves to loopback,
+/// so that local servers can have host names. Other names do not resolve.
 class NamesHere
 {
 public:
     NamesHere();
     ~NamesHere();
-    /// One name leads to these IPv4 addresses instead, from the next request on.
+    /// Resolves one name to these IPv4 addresses instead, from the next lookup on.
     void lead(const std::string& name, const std::vector<std::string>& addresses);
     NamesHere(const NamesHere&) = delete;
     NamesHere& operator=(const NamesHere&) = delete;

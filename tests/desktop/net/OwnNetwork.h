@@ -7,11 +7,11 @@
 namespace qoro::test
 {
 
-/// Runs something on a thread that has a network of its own, which leads nowhere: whatever is done there, and on
-/// threads that are begun there, meets only what is there. Servers on every address of that machine can be reached
-/// at the addresses that it is given.
-/// @param addresses of IPv4, as many as four
-/// @return false where this machine lets no test have such a network; then nothing has run
+/// Runs a function on a new thread in its own network namespace (unshare(2), CLONE_NEWNET), which threads started from
+/// there inherit. The namespace has only a loopback device, with these addresses and 127.0.0.1: servers that listen on
+/// all addresses are reachable at each of them, and nothing outside is. Blocks until the function returns.
+/// @param addresses IPv4, at most four
+/// @return false if the machine does not allow a network namespace; then the function has not run
 bool in_own_network(const std::vector<std::string>& addresses, const std::function<void()>& run);
 
 } // namespace qoro::test

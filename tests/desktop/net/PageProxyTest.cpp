@@ -11,7 +11,7 @@
 #include <thread>
 #include <vector>
 
-// Pages' way to the network, asked as WebKit asks it: by GLib's client of SOCKS.
+// PageProxy, the SOCKS proxy of the pages, used as WebKit uses it: through GLib's SOCKS client.
 
 using namespace qoro;
 using namespace qoro::test;
@@ -19,7 +19,7 @@ using namespace qoro::test;
 namespace
 {
 
-/// A server that sends everything back.
+/// An echo server.
 class Echo
 {
 public:
@@ -72,7 +72,7 @@ struct Connection {
         return g_output_stream_write_all(g_io_stream_get_output_stream(G_IO_STREAM(stream)), bytes.data(), bytes.size(),
                                          nullptr, nullptr, nullptr);
     }
-    /// Until the other side closes.
+    /// Reads until the peer closes.
     std::string rest() const
     {
         std::string all;
@@ -144,7 +144,7 @@ TEST_F(PageProxyTest, BytesPassBothWaysAndSoDoesTheirEnd)
     for (std::size_t n = 0; n < much.size(); ++n)
         much[n] = static_cast<char>(n * n >> 7U);
 
-    // Both at once: who only sent, and then only read, would wait for ever.
+    // Sends and reads concurrently: sending everything first would deadlock once all buffers are full.
     auto back = std::async(std::launch::async, [&] { return connection->rest(); });
     EXPECT_TRUE(connection->send(much));
     connection->say_no_more();
@@ -158,7 +158,7 @@ TEST_F(PageProxyTest, WhoReadsNothingHoldsNobodyElseUp)
     proxy.set_reach(NetworkZone::Machine);
     const auto idle = connect("nas.example", proxy.address());
     ASSERT_TRUE(idle);
-    // What comes back is never read, so that in the end nothing more can be sent.
+    // Never reads the echo, so that eventually no more can be sent.
     const std::string much(1'000'000, 'x');
     GSocket* socket = g_socket_connection_get_socket(idle->stream);
     while (g_socket_send_with_blocking(socket, much.data(), much.size(), FALSE, nullptr, nullptr) > 0 ||
@@ -226,7 +226,7 @@ TEST_F(PageProxyTest, HangsUpWhenAPageOpensTooManyConnections)
     open.front()->say_no_more();
     EXPECT_EQ(open.front()->rest(), "");
     while (!connect("nas.example", proxy.address()))
-        std::this_thread::yield(); // it notices soon that one has ended
+        std::this_thread::yield(); // the proxy soon notices the closed connection
 }
 
 TEST_F(PageProxyTest, EndsWhileConnectionsAreOpen)

@@ -9,14 +9,16 @@
 namespace qoro::test
 {
 
-/// Sends bytes to a port of this machine and reads until the other side closes.
+/// Sends bytes to a loopback port.
+/// @return everything received until the peer closes
 std::string converse(int port, const std::string& request);
 
 /// The port of "http://127.0.0.1:41234".
 int port_of(const std::string& base);
 
-/// A server of which every connection is answered by a function that writes what it likes, so that it can stall, cut
-/// and lie. The function gets the request's head; the connection is closed when it returns.
+/// A server whose answers are arbitrary bytes written by a function, so that it can stall, truncate and lie. The
+/// function runs on a thread of the connection's own and receives the request head; the connection is closed when it
+/// returns.
 class RawServer
 {
 public:
@@ -24,11 +26,11 @@ public:
     {
     public:
         explicit Connection(int socket) : socket_(socket) {}
-        /// False when the client has gone.
+        /// @return false if the client has closed the connection
         bool send(const std::string& bytes) const;
-        /// The head of the client's next request; empty when it has gone.
+        /// The head of the client's next request; empty if it has closed the connection.
         std::string next_head() const;
-        /// Until the client closes its side, or the server ends.
+        /// Blocks until the client closes its side or the server is destroyed.
         void wait_for_close() const;
 
     private:
@@ -36,7 +38,7 @@ public:
     };
     using Answer = std::function<void(const std::string& head, const Connection& connection)>;
 
-    /// @param everywhere whether it listens on all addresses of the machine, for a test with a network of its own
+    /// @param everywhere listen on all addresses, not only on 127.0.0.1; for in_own_network()
     explicit RawServer(Answer answer, bool everywhere = false);
     ~RawServer();
 

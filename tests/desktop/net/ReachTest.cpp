@@ -16,8 +16,8 @@
 #include <mutex>
 #include <optional>
 
-// What an ad from elsewhere names lies outside: nothing of private networks and of this machine is asked for, whatever
-// a name led to before, and wherever a server redirects to.
+// An ad from a public server must not reach private networks or this machine, whatever a name resolved to before and
+// wherever a server redirects to.
 
 using namespace qoro;
 using namespace qoro::test;
@@ -27,7 +27,7 @@ namespace
 
 constexpr const char* Inside = "its address is one of a private network or of this machine";
 constexpr const char* RedirectedInside = "its server redirects to a private network or to this machine";
-// Documentation (RFC 5737), and a private network (RFC 1918).
+// A documentation address (RFC 5737) and a private one (RFC 1918).
 constexpr const char* PublicIp = "203.0.113.5";
 constexpr const char* PrivateIp = "192.168.77.5";
 
@@ -39,7 +39,7 @@ FetchAnswer fetch(SoupFetcher& fetcher, GlibLoop& loop, const std::string& addre
     return got.value_or(FetchAnswer{});
 }
 
-/// A server that answers everything, but for "/to?ADDRESS", from where it leads to that address.
+/// A server that answers every request with 200, except "/to?ADDRESS", which it redirects to that address.
 struct Server {
     explicit Server(bool everywhere = false)
         : raw(
@@ -157,7 +157,7 @@ TEST_F(ReachTest, APageReachesAsFarAsItsServerLies)
     EXPECT_EQ(reach_of_page("about:blank"), NetworkZone::Public);
 }
 
-/// In a network of the test's own, with servers outside and inside.
+/// Runs in its own network namespace, with public and private server addresses.
 class ReachNetworkTest : public testing::Test
 {
 protected:
@@ -199,7 +199,7 @@ TEST_F(ReachNetworkTest, APublicServerIsReachedAndAPrivateOneIsNot)
 TEST_F(ReachNetworkTest, APublicServerRedirectsNothingInside)
 {
     run([](Server& server, NamesHere&, GlibLoop& loop) {
-        // Not even to what the ad names itself: who redirects is a stranger.
+        // Not even to addresses that the ad itself names: the redirecting server is not trusted.
         const NamedHosts named({server.at("ads.example"), server.at("nas.example"), server.at(PrivateIp)});
         SoupFetcher fetcher(loop);
         const std::string from = server.at("ads.example", "/to?");
@@ -221,7 +221,7 @@ TEST_F(ReachNetworkTest, APublicServerRedirectsNothingInside)
 TEST_F(ReachNetworkTest, AConnectionThatIsThereIsNoWayAround)
 {
     run([](Server& server, NamesHere&, GlibLoop& loop) {
-        // It stays open for the next request.
+        // A server that keeps the connection open for further requests.
         RawServer patient(
             [](const std::string& first, const RawServer::Connection& connection) {
                 for (std::string head = first; !head.empty(); head = connection.next_head())
@@ -251,7 +251,7 @@ TEST_F(ReachNetworkTest, ANameThatLeadsOutAndInIsReachedOutside)
 TEST_F(ReachNetworkTest, ANameThatHasLedOutLeadsNothingIn)
 {
     run([](Server& server, NamesHere& names, GlibLoop& loop) {
-        // A fetcher remembers what a name led to.
+        // A new fetcher each time: a fetcher caches resolved names.
         const auto asked_anew = [&](const std::string& path) {
             SoupFetcher fetcher(loop);
             return fetch(fetcher, loop, server.at("turning.example", path));

@@ -22,7 +22,7 @@ using qoro::test::RawServer;
 
 namespace
 {
-/// Far beyond what any answer here takes; only a hang reaches it.
+/// Seconds. Every answer is far faster; only a hang reaches this.
 constexpr double Deadline = 120;
 
 class SoupFetcherTest : public testing::Test
@@ -103,7 +103,7 @@ TEST_F(SoupFetcherTest, RedirectsWithoutAnEndAreFollowedTwentyTimesAndFail)
     EXPECT_EQ(requests, 21);
 }
 
-/// A server that fails in some way at first, so many times, and then answers.
+/// A server that fails its first requests in a given way and then succeeds.
 class FailingServer
 {
 public:
@@ -132,11 +132,11 @@ void say_503(const RawServer::Connection& connection)
 TEST_F(SoupFetcherTest, APageWhoseServerFailsOnceIsAskedForOnceMore)
 {
     const std::vector<std::function<void(const RawServer::Connection&)>> failures{
-        say_503, [](const RawServer::Connection&) {}, // hangs up
+        say_503, [](const RawServer::Connection&) {}, // closes at once
         [](const RawServer::Connection& connection) {
             connection.send("HTTP/1.1 200 OK\r\nContent-Length: 100\r\n\r\nhalf");
         },
-        [](const RawServer::Connection& connection) { connection.wait_for_close(); }, // until the time is over
+        [](const RawServer::Connection& connection) { connection.wait_for_close(); }, // until the fetcher times out
     };
     for (std::size_t n = 0; n < failures.size(); ++n) {
         const FailingServer server(1, failures[n]);
@@ -156,7 +156,7 @@ TEST_F(SoupFetcherTest, APageWhoseServerFailsTwiceHasFailedOnce)
         EXPECT_EQ(answer.error, "HTTP status 503");
     });
     EXPECT_TRUE(loop.run_until([&] { return answers > 0; }, Deadline));
-    loop.run_until([] { return false; }, 1.5); // longer than the pause and another answer
+    loop.run_until([] { return false; }, 1.5); // longer than the pause and a second answer
 
     EXPECT_EQ(answers, 1);
     EXPECT_EQ(server.requests(), 2);
@@ -189,7 +189,7 @@ TEST_F(SoupFetcherTest, EndsWhileAPagePauses)
     {
         SoupFetcher ending(loop, {.page_pause = 60});
         ending.fetch(server.base() + "/page.html", FetchKind::Page, [](const FetchAnswer&) { ADD_FAILURE(); });
-        // The server counts on a thread of its own, which does not wake the loop.
+        // The server counts on its own thread, which does not wake the loop.
         for (int looks = 0; looks < 600 && server.requests() == 0; ++looks)
             loop.run_until([] { return false; }, 0.1);
         loop.run_until([] { return false; }, 0.2);
@@ -307,7 +307,7 @@ TEST_F(SoupFetcherTest, AConnectionThatWasIdleForLongIsNotUsedAgain)
         connection.wait_for_close();
     });
     EXPECT_TRUE(fetch(server.base() + "/1").ok);
-    loop.run_until([] { return false; }, 2.5); // idle for one second, which libsoup counts in whole ones
+    loop.run_until([] { return false; }, 2.5); // exceeds the idle timeout of 1 s, which libsoup checks in whole seconds
     EXPECT_TRUE(fetch(server.base() + "/2").ok);
     EXPECT_EQ(server.connections(), 2);
 }
@@ -401,7 +401,7 @@ TEST_F(SoupFetcherTest, OneAfterTheOtherTheyShareAConnection)
 
 TEST_F(SoupFetcherTest, ThirtyAtOnceDoNotWaitForEachOther)
 {
-    // Nobody is answered before all thirty are there.
+    // Answers only when all thirty requests have arrived.
     RawServer* all = nullptr;
     RawServer server([&all](const auto&, const auto& connection) {
         while (all->connections() < 30)
@@ -426,7 +426,7 @@ TEST_F(SoupFetcherTest, AThousandAtOnceArriveOnceEach)
             const std::scoped_lock lock(mutex);
             ++came[head.substr(0, head.find(" HTTP"))];
         }
-        // A connection that is closed without a word may take the next request with it, which is not sent twice.
+        // Without the header, a request on the closing connection could be lost, and it is not sent twice.
         connection.send("HTTP/1.1 204 No Content\r\nConnection: close\r\n\r\n");
     });
     SoupFetcher patient(loop, {.background_seconds = Deadline});

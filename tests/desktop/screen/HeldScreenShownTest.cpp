@@ -5,7 +5,7 @@ namespace qoro::test
 namespace
 {
 
-/// An ad as the landscape layout leaves it: turned by a quarter, red at its upper left, blue at its lower right.
+/// An ad after the landscape layout: rotated by 90 degrees, red at its upper left, blue at its lower right.
 class HeldScreenShown : public ScreenTest
 {
 protected:

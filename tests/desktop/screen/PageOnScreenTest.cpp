@@ -38,7 +38,7 @@ protected:
         return platform.loop().run_until(
             [&] { return shown().at(static_cast<int>(point.x), static_cast<int>(point.y)) == rgb; }, 15);
     }
-    /// Whether GTK gives what happens at a point to the page.
+    /// Whether GTK delivers input at a point to the page.
     bool page_gets(CGPoint point)
     {
         GtkWidget* picked = gtk_widget_pick(surface(), point.x, point.y, GTK_PICK_DEFAULT);

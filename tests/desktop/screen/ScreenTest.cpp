@@ -5,7 +5,7 @@ namespace qoro::test
 namespace
 {
 
-// ------------------------------------------------------------------------------------------------------------ the tree
+// ----------------------------------------------------------------------------------------------------------- view tree
 
 TEST_F(ScreenTest, a_view_covers_its_frame)
 {
@@ -135,7 +135,7 @@ TEST_F(ScreenTest, views_outlive_the_screen_unharmed)
     EXPECT_EQ(players.latest->box_width, 0);
 }
 
-// -------------------------------------------------------------------------------------------------- what drawing costs
+// -------------------------------------------------------------------------------------------------------- drawing cost
 
 TEST_F(ScreenTest, nothing_is_drawn_while_nothing_changes)
 {
@@ -171,7 +171,7 @@ TEST_F(ScreenTest, a_spinner_turns_only_while_it_is_shown)
     EXPECT_EQ(frames_in(0.4), 0);
 }
 
-// ---------------------------------------------------------------------------------------------------------- the window
+// -------------------------------------------------------------------------------------------------------------- window
 
 TEST_F(ScreenTest, closing_the_window_asks_and_leaves_it_open)
 {

@@ -33,7 +33,7 @@ inline UIColor color(Rgb rgb, double alpha = 1)
     return UIColor::colorWithRed((rgb >> 16) / 255.0, (rgb >> 8 & 0xff) / 255.0, (rgb & 0xff) / 255.0, alpha);
 }
 
-/// What a snapshot shows.
+/// A snapshot of the screen, read from a picture file.
 class Shown
 {
 public:
@@ -52,7 +52,7 @@ public:
         return pixels_[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) + static_cast<std::size_t>(x)] &
                0xffffff;
     }
-    /// The smallest box around every pixel of a colour.
+    /// The bounding box of all pixels of a colour.
     CGRect box_of(Rgb rgb) const
     {
         int left = width, top = height, right = 0, bottom = 0;
@@ -86,7 +86,7 @@ inline VideoFrame plain_frame(int width, int height, Rgb rgb)
     return frame;
 }
 
-/// A player with one picture, which fits 16:9 into whatever box it is shown in.
+/// A player with a single frame, which it scales to 16:9 within its box.
 struct StillPlayer : PlayerEngine, PictureSource {
     void apply(const PlayerSettings&) override {}
     void play() override {}
@@ -130,7 +130,7 @@ struct StillPlayers : PlayerFactory {
     StillPlayer* latest = nullptr;
 };
 
-/// A screen in a window of its own, with one window of the kit, 300 by 400 points, on it.
+/// A screen of 300 by 400 points in its own toplevel window, with one window of the kit.
 class ScreenTest : public testing::Test
 {
 protected:
@@ -183,7 +183,7 @@ protected:
     GtkWidget* surface() const { return gtk_widget_get_first_child(gtk_window_get_child(screen->window())); }
     int surface_width() const { return gtk_widget_get_width(surface()); }
 
-    /// A finger that goes down, perhaps moves, and goes up.
+    /// A touch from its start to its end, possibly with a move.
     void touch_screen(CGPoint from, CGPoint to)
     {
         GListModel* controllers = gtk_widget_observe_controllers(surface());
@@ -196,7 +196,7 @@ protected:
     }
     void tap(CGPoint point) { touch_screen(point, point); }
 
-    /// Frames that the window draws while time passes.
+    /// The number of frames that the window draws in so many seconds.
     int frames_in(double seconds)
     {
         int frames = 0;

@@ -5,7 +5,7 @@ namespace qoro::test
 namespace
 {
 
-/// A picture of two colours, the left half red and the right half blue.
+/// An image whose left half is red and right half blue.
 UIImage two_colours(int width, int height)
 {
     GdkPixbuf* pixels = gdk_pixbuf_new(GDK_COLORSPACE_RGB, TRUE, 8, width, height);
@@ -124,7 +124,7 @@ TEST_F(ScreenTest, a_countdown_draws_what_is_left_of_its_ring)
 {
     const auto countdown = std::make_shared<ViewNode>(ViewNode::Kind::CountDown);
     countdown->seconds_full = 4;
-    countdown->seconds = 1; // a quarter is left: the last one before the top, on the left
+    countdown->seconds = 1; // a quarter is left: the upper left one
     countdown->ring_width = 6;
     const UIView view(countdown);
     view.setFrame({100, 100, 100, 100});

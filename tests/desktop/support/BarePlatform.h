@@ -6,7 +6,7 @@
 namespace qoro::test
 {
 
-/// A desktop platform of which a test supplies the ports that it is about; the others are empty.
+/// A platform with stub ports. A test sets the pointers of the ports it needs.
 class BarePlatform : public Platform,
                      private PlayerFactory,
                      private WebEngineFactory,

@@ -6,9 +6,9 @@
 namespace qoro::test
 {
 
-/// Starts what tests of the screen and of pages need, once a process; the tests' own pages go without the sandbox where
-/// the machine withholds it.
-/// @return false when there is no display
+/// Starts the toolkit, once per process, for tests of the screen and of pages. Turns the sandbox of the pages off on
+/// machines that do not support it.
+/// @return false if there is no display
 inline bool start_desktop()
 {
     static const bool started = [] {

@@ -6,24 +6,25 @@
 namespace qoro::test
 {
 
-/// Programs that only this test process knows: one for addresses of "qoro-test:", which writes down what it is to open,
-/// and one for calendars, which copies the file that it is given. They stand before GLib looks for programs.
+/// Default applications of this test process only: one for "qoro-test:" addresses, which records the address, and one
+/// for calendar files, which copies the file. Registered through XDG_DATA_HOME during static initialization, before
+/// GLib reads it.
 class Programs
 {
 public:
-    /// The process's only ones.
+    /// The process's only instance.
     static Programs& instance();
 
     ~Programs();
     Programs(const Programs&) = delete;
     Programs& operator=(const Programs&) = delete;
 
-    /// What was opened last, and a line feed; empty before.
+    /// The address opened last, followed by a line feed; empty before the first.
     std::string opened() const;
-    /// The copy of the calendar's file; empty while there is none.
+    /// The content of the copied calendar file; empty if there is none.
     std::string calendar_file() const;
     void forget_calendar_file();
-    /// Takes the calendar away, or brings it back; GLib hears of it a little later.
+    /// Removes the calendar application or restores it. GLib notices with a short delay.
     void keep_calendar(bool there);
 
 private:

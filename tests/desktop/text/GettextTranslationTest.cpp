@@ -14,14 +14,14 @@ namespace
 
 constexpr CountedText SecondsLeft{"Can be closed in %d second", "Can be closed in %d seconds"};
 
-/// A process in a language, as far as texts go.
+/// Sets the process's message language for each test and resets it afterwards.
 class GettextTranslationTest : public testing::Test
 {
 protected:
     static void speak(const char* language)
     {
         setenv("LANGUAGE", language, 1);
-        // gettext looks at the language again when the locale is set.
+        // gettext reads LANGUAGE again only when the locale is set.
         setenv("LC_ALL", "C.UTF-8", 1);
         prepare_toolkit();
     }

@@ -20,7 +20,7 @@ protected:
 
 TEST_F(PangoTextTest, ArialHasItsOwnWidths)
 {
-    // Advance widths in thousandths of the size: H 722, e 556, l 222, o 556; at 20 points 20/1000 of that.
+    // Advance widths in 1/1000 em: H 722, e 556, l 222, o 556; at 20 points the factor is 20/1000.
     EXPECT_NEAR(text.measure("Hello", Arial20, Unbounded).width, (722 + 556 + 222 + 222 + 556) * 0.02, 0.1);
 }
 
@@ -34,7 +34,7 @@ TEST_F(PangoTextTest, FractionsOfAPointAreKept)
 
 TEST_F(PangoTextTest, ALineIsAsHighAsTheFontAsks)
 {
-    // Ascent 905 and descent 212 thousandths.
+    // Ascent 905 and descent 212, in 1/1000 em.
     EXPECT_NEAR(text.measure("Ag", Arial20, Unbounded).height, 20 * 1.117, 1.0);
 }
 

@@ -34,7 +34,7 @@ std::string replaced(std::string text, const std::string& what, const std::strin
     return text.replace(text.find(what), what.size(), by);
 }
 
-/// An ad whose page is tests/desktop/web/hostile.html; what is written down of it.
+/// An ad whose page is tests/desktop/web/hostile.html. Records everything the platform reports about it.
 class HostilePage : public testing::Test, private Witness
 {
 protected:
@@ -43,7 +43,7 @@ protected:
     HostilePage()
     {
         std::ofstream(file_) << "a secret";
-        platform_.display().show(); // a page that nobody sees loads no video
+        platform_.display().show(); // a hidden page loads no video
         platform_.set_witness(this);
         const auto ad = std::make_shared<QoroVideoAd>();
         ad->strVideoUrl = server.base() + "ad.mp4";
@@ -55,7 +55,7 @@ protected:
         session_ = std::make_unique<Session>(platform_, controls_, HostSetup{}, ad);
         platform_.dispatch([&] { session_->open(0); });
         platform_.loop().run_until([&] { return !server.asked.empty(); }, 90);
-        server.asked.clear(); // the ad's own
+        server.asked.clear(); // the request for the ad's own video
     }
     ~HostilePage() override
     {
@@ -64,7 +64,7 @@ protected:
         std::filesystem::remove(file_);
     }
 
-    /// Shows the page as if it had come from an address, and waits until it has done all it wanted to.
+    /// Loads the page with an address as its base URL and waits until it has tried everything.
     void show_from(const std::string& address)
     {
         std::ostringstream page;
@@ -75,7 +75,7 @@ protected:
         show(html, address, "too many");
     }
 
-    /// Shows a page as if it had come from an address, and waits until something is told that it refused.
+    /// Loads a page with an address as its base URL and waits for a report of "web" or "mraid" that contains `last`.
     void show(const std::string& html, const std::string& address, const std::string& last)
     {
         platform_.dispatch([&] {
@@ -100,7 +100,7 @@ protected:
         return text;
     }
 
-    /// What the server was asked for, but for the ad's own video, which is asked for again as it fails.
+    /// The requests the server received, except those for the ad's own video, which is retried because it fails.
     std::vector<std::string> asked_by_page() const
     {
         std::vector<std::string> asked = server.asked;
@@ -110,7 +110,7 @@ protected:
 
     std::vector<std::string> told;
     LocalServer server;
-    /// As for an ad of this machine: it names its own video here.
+    /// Allows the local server, as for an ad whose video is on this machine.
     const NamedHosts named{{server.base()}};
 
 private:
@@ -189,8 +189,8 @@ TEST_F(HostilePage, that_becomes_a_frameset_is_not_replaced_by_what_its_server_s
     EXPECT_FALSE(has("web", "evil")) << all();
 }
 
-/// A page that asks a host for something in each way that there is, and says so in the end. The web engine loses an
-/// answer now and then, on a busy machine: the page waits ten seconds at most.
+/// A page that requests something from a host in every possible way and then reports. On a busy machine the web engine
+/// occasionally loses an answer, so the page waits at most ten seconds.
 std::string asking(const std::string& host)
 {
     return "<!DOCTYPE html><html><head><script src='" + std::string(script_library_address) +

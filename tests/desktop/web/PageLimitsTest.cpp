@@ -20,7 +20,7 @@ std::string contents_of(const std::string& path)
     return text.str();
 }
 
-/// Megabytes of the largest of this program's page processes.
+/// The memory use of this program's largest page process, in megabytes.
 double largest_page()
 {
     double largest = 0;
@@ -31,7 +31,7 @@ double largest_page()
     return largest;
 }
 
-/// A page from tests/desktop/web/hostile, in a window.
+/// Shows a page from tests/desktop/web/hostile in a window.
 class PageLimitsTest : public PageTest
 {
 protected:
@@ -127,7 +127,7 @@ TEST_F(PageLimitsTest, a_hanging_page_that_goes_leaves_no_process_at_work)
     load_script("note('hangs'); for (;;);");
     wait_for("note[\"hangs\"]");
     platform.loop().run_until([] { return false; }, 0.5);
-    // WebKit keeps another one ready, which rests.
+    // WebKit keeps a spare page process, which is idle: the busiest one hangs.
     int hangs = 0;
     double most_work = 0;
     for_each_descendant(getpid(), [&](int process, const std::string& name) {
@@ -150,7 +150,7 @@ class PageFloodTest : public PageLimitsTest, public testing::WithParamInterface<
 TEST_P(PageFloodTest, raises_this_program_by_little)
 {
 #ifdef __SANITIZE_ADDRESS__
-    constexpr double Most = 64 + 256; // what has been given back is kept for a while
+    constexpr double Most = 64 + 256; // AddressSanitizer quarantines freed memory
 #else
     constexpr double Most = 64;
 #endif

@@ -5,7 +5,7 @@ namespace qoro::test
 namespace
 {
 
-/// What a page may say at all: bounded where it is said.
+/// Limits on the messages of a page, enforced in the page's process.
 class PageMessagesTest : public PageTest
 {
 };

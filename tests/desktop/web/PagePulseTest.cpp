@@ -5,13 +5,13 @@ namespace qoro::test
 namespace
 {
 
-/// A page that the engine watches: whether its script answers.
+/// The engine's check that a page's script still responds.
 class PagePulseTest : public PageTest
 {
 protected:
     static constexpr const char* Hangs = "setTimeout(() => { note('hangs'); for (;;); }, 100);";
 
-    /// Runs the main loop for a while.
+    /// Runs the main loop for some seconds.
     void run_for(double seconds)
     {
         platform.loop().run_until([] { return false; }, seconds);

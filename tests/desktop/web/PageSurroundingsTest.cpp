@@ -5,7 +5,7 @@ namespace qoro::test
 namespace
 {
 
-/// What a page reaches of the machine around the ad, beside the ad.
+/// Features of the machine that must not be available to a page.
 class PageSurroundingsTest : public PageTest
 {
 };

@@ -23,7 +23,7 @@
 namespace qoro::test
 {
 
-/// A server of the test's own. What it is not told of it answers with 404; "/never" it never answers.
+/// A local HTTP server that serves `pages`. Answers other paths with 404, and never answers "/never".
 class LocalServer
 {
 public:
@@ -67,7 +67,7 @@ private:
     std::string base_;
 };
 
-/// A value with its mappings in the order of their keys: WebKit hands them over in an order of its own.
+/// A copy with all dictionaries sorted by key, because WebKit does not preserve their order.
 inline Value in_order(const Value& value)
 {
     if (value.is_array()) {
@@ -86,7 +86,7 @@ inline Value in_order(const Value& value)
     return ordered;
 }
 
-/// Writes down what it hears, and answers as it is told.
+/// Records all notifications, and answers messages with `answer`.
 struct Recorder : WebListener {
     void did_start_load() override { heard.emplace_back("start"); }
     void did_finish_load() override { heard.emplace_back("finish"); }
@@ -97,7 +97,7 @@ struct Recorder : WebListener {
     }
     ScriptAnswer message(const ScriptMessage& message) override
     {
-        if (message.command == "mraid.load") { // of every page that holds the library
+        if (message.command == "mraid.load") { // sent by every page with the library
             mraid = message.arguments;
             return {};
         }
@@ -117,15 +117,15 @@ struct Recorder : WebListener {
     long count(const std::string& line) const { return std::count(heard.begin(), heard.end(), line); }
 
     std::vector<std::string> heard;
-    /// What the page has not got.
+    /// The requests that the engine refused the page.
     std::vector<std::string> refusals;
-    /// What the page's `mraid` object hears by; null before it has asked for anything.
+    /// The listeners of the page's `mraid` object; null before its first "mraid.load" message.
     NSArray mraid;
     bool allow_loads = false;
     std::function<ScriptAnswer(const ScriptMessage&)> answer = [](const ScriptMessage&) { return ScriptAnswer{}; };
 };
 
-/// A page in the real engine; the test is its listener.
+/// A page in the real engine, with a recorder as its listener.
 class PageTest : public testing::Test
 {
 protected:
@@ -133,7 +133,7 @@ protected:
 
     void load(const std::string& html) { engine->load_html(html, NSURL::URLWithString(server.base())); }
 
-    /// A page with the library, whose body is a script. note(…) in it tells the test.
+    /// Loads a page with the library whose body is a script. note(…) in the script sends a line to the recorder.
     void load_script(const std::string& script, const std::string& head = "")
     {
         load("<!DOCTYPE html><html><head><script src='kit://script.js'></script>" + head +
@@ -142,7 +142,7 @@ protected:
              script + "</script></body></html>");
     }
 
-    /// Runs the main loop until a line was heard.
+    /// Runs the main loop until the recorder has received a line.
     void wait_for(const std::string& line)
     {
         const bool came = platform.loop().run_until([&] { return recorder.has(line); }, 90);

@@ -7,7 +7,7 @@ namespace qoro::test
 namespace
 {
 
-/// Seconds of a page that works so much beside a video that drops so many frames a second, ten looks a second.
+/// Adds ten samples a second of a page with this load beside a video that drops this many frames a second.
 void pass(ProcessorUse& use, double seconds, double load, std::uint64_t& dropped, std::uint64_t drops_a_second)
 {
     for (int look = 0; look < static_cast<int>(seconds * 10); ++look) {

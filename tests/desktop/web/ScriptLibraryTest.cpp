@@ -1,13 +1,13 @@
 #include "tests/desktop/web/PageTest.h"
 
-// The page's `mraid` object in the real engine: the test tells what the kit would.
+// The page's `mraid` object in the real engine. The test sends it the facts that the kit sends.
 
 namespace qoro::test
 {
 namespace
 {
 
-/// What the kit tells first.
+/// The facts that the kit sends first.
 NSDictionary first_facts()
 {
     return {
@@ -27,10 +27,10 @@ NSDictionary first_facts()
 class ScriptLibraryTest : public PageTest
 {
 protected:
-    /// The kit tells the page's `mraid` object something.
+    /// Sends facts to the page's `mraid` object, as the kit does.
     void tell(const NSDictionary& facts) { engine->call_listeners("mraid", recorder.mraid, facts); }
 
-    /// Loads a page whose body is a script, and tells it what an ad tells.
+    /// Loads a page whose body is a script, and sends it the first facts.
     void begin(const std::string& script)
     {
         load_script(script);
@@ -38,7 +38,7 @@ protected:
         ASSERT_EQ(recorder.mraid.count(), 1U);
         tell(first_facts());
     }
-    /// What was heard after the page had begun and ended to load.
+    /// The lines received after "start" and "finish".
     std::vector<std::string> heard_since_loading() const { return {recorder.heard.begin() + 2, recorder.heard.end()}; }
 };
 

@@ -79,7 +79,7 @@ TEST(ValueJson, refuses_more_than_256_names)
 
 TEST(ValueJson, costs_as_much_for_each_record_however_many_there_are)
 {
-    // With the square of their number it would take minutes.
+    // Quadratic parsing would take minutes.
     std::string records = "[{}";
     for (int n = 0; n < 1'000'000; ++n)
         records += ",{}";

@@ -226,7 +226,7 @@ TEST_F(WebKitEngineTest, an_engine_that_goes_inside_a_message_goes_quietly)
 
 // ----------------------------------------------------------------------------------------------------------- events
 
-/// Calls what the page has registered under a name.
+/// Keeps the listeners that the page registers, and finds them by event name.
 struct Listeners {
     NSArray of(const std::string& name) const
     {
@@ -369,7 +369,7 @@ TEST_F(WebKitEngineEventTest, hard_text_reaches_the_script_unharmed)
     wait_for("note[true]");
 }
 
-// --------------------------------------------------------------------------------------------------- what pages may
+// --------------------------------------------------------------------------------------- navigation and permissions
 
 TEST_F(WebKitEngineTest, a_followed_link_asks_as_a_link_and_stays_when_refused)
 {
@@ -478,20 +478,20 @@ TEST_F(WebKitEngineTest, frames_within_the_page_ask_before_they_load)
     EXPECT_TRUE(server.asked.empty());
 }
 
-/// A page in a browser.
+/// A page of the in-app browser (PageKind::Browsed).
 class BrowsedPageTest : public WebKitEngineTest
 {
 protected:
     BrowsedPageTest() { engine = factory.make_web_engine(recorder, PageKind::Browsed); }
 
-    /// Loads a page of the server's and waits for its end.
+    /// Serves and loads a page, and waits until it has loaded.
     void browse(const std::string& html)
     {
         server.pages["/page.html"] = {"text/html; charset=utf-8", html};
         engine->load_address(NSURL::URLWithString(server.base() + "page.html"));
         wait_for("finish");
     }
-    /// Waits until the page has the title; it is what its script can say.
+    /// Waits for a title, the only output of a script without the bridge.
     void wait_for_title(const std::string& title)
     {
         const bool came = platform.loop().run_until([&] { return engine->page_state().title == title; }, 90);
@@ -593,7 +593,7 @@ TEST_F(WebKitEngineTest, a_page_wider_than_the_view_is_shrunk_when_it_is_to_fit)
     gtk_window_destroy(GTK_WINDOW(window));
 }
 
-/// The namespaces of process numbers of this program's page processes.
+/// The PID namespaces of this program's page processes.
 std::set<std::uint64_t> page_process_namespaces()
 {
     std::set<std::uint64_t> found;

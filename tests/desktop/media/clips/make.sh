@@ -1,6 +1,6 @@
 #!/bin/sh
-# Makes the clip of the player's tests: four seconds, one of red, green, blue and white each, with a tone. Kept in the
-# repository, so that the tests need no encoder.
+# Makes the clip of the player's tests: one second each of red, green, blue and white, with a tone. The clip is in the
+# repository so that the tests need no encoder.
 set -eu
 cd "$(dirname "$0")"
 colour() { printf 'color=%s:size=320x180:rate=30:duration=1[%s];' "$1" "$1"; }
