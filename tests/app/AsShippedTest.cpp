@@ -20,7 +20,7 @@ const std::string Sessions =
 
 } // namespace
 
-TEST(AsShipped, TheSameBytesComeFromEveryBuildWithOneThreadAndWithSeveral)
+TEST(AsShipped, EveryBuildWritesTheSameBytesWithOneThreadAndWithSeveral)
 {
     const ShellResult checked = run_shell("qoro-ad" + Sessions + "1");
     const ShellResult checked_by_many = run_shell("qoro-ad" + Sessions + "8");
@@ -35,7 +35,7 @@ TEST(AsShipped, TheSameBytesComeFromEveryBuildWithOneThreadAndWithSeveral)
     EXPECT_EQ(shipped.status, checked.status);
 }
 
-TEST(AsShipped, AStreamOfScenariosGivesTheSameBytesFromEveryBuild)
+TEST(AsShipped, EveryBuildWritesTheSameBytesForAStreamOfScenarios)
 {
     const std::string scenarios = "for f in examples/simulator/*.json tests/fuzz/corpus/scenario/*.json; do "
                                   "tr -d '\\n' <$f; echo; done | ";

@@ -10,7 +10,7 @@ namespace qoro
 namespace
 {
 
-TEST(OrderedWork, IsWrittenInTheOrderInWhichItWasAddedWhoeverIsReadyFirst)
+TEST(OrderedWork, IsWrittenInTheOrderOfAdditionWhicheverPartIsReadyFirst)
 {
     std::string written;
     std::latch second_is_done(1);
@@ -45,7 +45,7 @@ TEST(OrderedWork, OnOneThreadIsDoneAndWrittenBeforeAddReturns)
     EXPECT_EQ(written, "ab");
 }
 
-TEST(OrderedWork, HoldsOnlySomeOfItAtATime)
+TEST(OrderedWork, BoundsThePendingWork)
 {
     constexpr unsigned Threads = 4;
     constexpr int MostHeld = 8 * Threads;

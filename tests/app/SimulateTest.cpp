@@ -101,7 +101,7 @@ TEST(Simulate, SeveralTracesAreNamed)
               header + text + "\n" + header + text + "\n");
 }
 
-TEST(Simulate, AnUnusableFileIsToldAndTheOthersRun)
+TEST(Simulate, AnUnusableFileIsReportedAndTheOthersRun)
 {
     const std::string one = run_shell("qoro-ad simulate " + Session).output;
     const std::string name = R"({"scenario":")" + Session + "\"}\n";
@@ -163,7 +163,7 @@ TEST(Simulate, OutputThatCanNotBeWrittenIsAFailure)
     EXPECT_EQ(result.errors, "qoro-ad: standard output: No space left on device\n");
 }
 
-TEST(Simulate, AReaderThatGoesAwayEndsItQuietly)
+TEST(Simulate, AClosedOutputPipeEndsItQuietly)
 {
     // The input is endless: only the broken pipe ends the program.
     const ShellResult result =
@@ -184,7 +184,7 @@ TEST(Simulate, HelpNamesEveryOptionAndTheExitStatuses)
 
 // --------------------------------------------------------------------------------------------- one scenario per line
 
-TEST(SimulateLines, GiveAResultEachWithTheTraceAndTheSummaryOfTheSession)
+TEST(SimulateLines, EachGiveAResultWithTheTraceAndTheSummaryOfTheSession)
 {
     const ShellResult result = run_shell("qoro-ad simulate --jsonl", muted_at(2) + "\n");
     const ShellResult alone = run_shell("qoro-ad simulate --summary --format json -", muted_at(2));
@@ -200,7 +200,7 @@ TEST(SimulateLines, GiveAResultEachWithTheTraceAndTheSummaryOfTheSession)
     EXPECT_EQ(line["trace"], Json(events));
 }
 
-TEST(SimulateLines, ABrokenOneIsAResultAndTheOthersGoOn)
+TEST(SimulateLines, AnInvalidOneIsAResultAndTheOthersRun)
 {
     const ShellResult result = run_shell("qoro-ad simulate --jsonl", muted_at(1) + "\n" + R"({"ad": {}, "stps": []})" +
                                                                          "\nnonsense\n\n" + muted_at(2));

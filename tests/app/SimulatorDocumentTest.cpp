@@ -66,7 +66,7 @@ testing::AssertionResult shows(const std::vector<std::string>& shown, const std:
 
 } // namespace
 
-TEST(SimulatorDocument, EachCommandGivesTheOutputThatIsShown)
+TEST(SimulatorDocument, EachCommandHasTheDocumentedOutput)
 {
     int commands = 0;
     for (const Block& block : blocks_of_document()) {

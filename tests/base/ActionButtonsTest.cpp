@@ -163,7 +163,7 @@ TEST(ActionButtons, OneWithoutATitleOrWithAnEmptyOneIsDropped)
     EXPECT_EQ(session->buttonPosMode, 0);
 }
 
-TEST(ActionButtons, AbsentOnesAreNone)
+TEST(ActionButtons, AnAbsentListShowsNoButtons)
 {
     AdSession session;
     session->buttonPosMode = ButtonPositionMode_TwoButton;
@@ -175,7 +175,7 @@ TEST(ActionButtons, AbsentOnesAreNone)
     EXPECT_FALSE(session->btnActionTwo.superview());
 }
 
-TEST(ActionButtons, GoneOnesLeaveTheScreenButStayBoundToTheirActions)
+TEST(ActionButtons, RemovedOnesLeaveTheScreenButKeepTheirActions)
 {
     AdSession session;
     session.ad().arrayButtonsInfo = {link_button("One"), link_button("Two")};
@@ -194,7 +194,7 @@ TEST(ActionButtons, GoneOnesLeaveTheScreenButStayBoundToTheirActions)
     }
 }
 
-TEST(ActionButtons, ASecondThatIsGoneLeavesTheScreen)
+TEST(ActionButtons, ARemovedSecondButtonLeavesTheScreen)
 {
     AdSession session;
     session.ad().arrayButtonsInfo = {link_button("One"), link_button("Two")};
@@ -208,7 +208,7 @@ TEST(ActionButtons, ASecondThatIsGoneLeavesTheScreen)
     EXPECT_THAT(session->viewButtonBackground.subviews(), ElementsAre(UIView(session->btnActionOne)));
 }
 
-TEST(ActionButtons, StandInThePanelTheSecondBelowTheFirst)
+TEST(ActionButtons, AreInThePanelTheSecondBelowTheFirst)
 {
     AdSession session;
     session.ad().arrayButtonsInfo = {link_button("One"), link_button("Two")};
@@ -232,7 +232,7 @@ TEST(ActionButtons, ThePanelBeginsAsASquareOnTheScreensHeight)
     EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{0, 0, 812, 812}));
 }
 
-TEST(ActionButtons, BuiltAgainTheyActOnceATap)
+TEST(ActionButtons, BuiltAgainTheyActOncePerTap)
 {
     AdSession session;
     session.ad().arrayButtonsInfo = {link_button("One")};
@@ -298,7 +298,7 @@ TEST(AbilityButtonImage, ThatIsNoImageIsCleared)
 
 // ------------------------------------------------------------------------------------------------------ action window
 
-TEST(AdActionView, StandsInAWindowOfItsOwnAboveTheStatusBar)
+TEST(AdActionView, IsInAWindowOfItsOwnAboveTheStatusBar)
 {
     AdSession session;
     session.forget();
@@ -318,7 +318,7 @@ TEST(AdActionView, StandsInAWindowOfItsOwnAboveTheStatusBar)
     session->removeTempWindow();
 }
 
-TEST(AdActionView, UsesAWindowThatThereIs)
+TEST(AdActionView, ReusesAnExistingWindow)
 {
     AdSession session;
     session.open();

@@ -133,7 +133,7 @@ TEST(VerifyWebUrl, AnyLowerCaseHttpInsideMakesAnAddress)
     EXPECT_TRUE(session->verifyWebUrlWithString("ftp://ad/http"));
 }
 
-TEST(VerifyWebUrl, CapitalsAndNothingMakeNone)
+TEST(VerifyWebUrl, CapitalsAndEmptyTextsMakeNoAddress)
 {
     AdSession session;
 
@@ -142,7 +142,7 @@ TEST(VerifyWebUrl, CapitalsAndNothingMakeNone)
     EXPECT_FALSE(session->verifyWebUrlWithString(nullptr));
 }
 
-TEST(LoadWebView, AsksForThePageWithoutTheKitsCloseButtonAndProgressBar)
+TEST(LoadWebView, RequestsThePageWithoutTheKitsCloseButtonAndProgressBar)
 {
     AdSession session;
     session->bIsUseProgressbar = true;
@@ -189,7 +189,7 @@ TEST(DidAdRequester, APageWithoutTheLibrarysNameStaysAsItIs)
     EXPECT_THAT(session.lines("page"), ElementsAre("<head></head>MRAID.js http://ad/page.html"));
 }
 
-TEST(DidAdRequester, TheLibrarysNameCountsWhereverItStands)
+TEST(DidAdRequester, TheLibrarysNameCountsAtAnyPosition)
 {
     AdSession session(world_with_page("<!-- mraid.js --><head></head>"));
     open_with_page(session);
@@ -227,7 +227,7 @@ TEST(DidAdRequester, ALibraryNameWithoutAHeadIsAFaultAndThePageIsNotLoaded)
     EXPECT_FALSE(session->strBaseUrl);
 }
 
-TEST(DidAdRequester, AHeadWithAttributesOrInCapitalsIsNone)
+TEST(DidAdRequester, AHeadWithAttributesOrInCapitalsIsNotRecognised)
 {
     for (const char* page : {R"(<head lang="en">mraid.js)", "<HEAD>mraid.js"}) {
         AdSession session(world_with_page(page));
@@ -239,7 +239,7 @@ TEST(DidAdRequester, AHeadWithAttributesOrInCapitalsIsNone)
     }
 }
 
-TEST(DidAdRequester, AfterTheFaultTheAdGoesOn)
+TEST(DidAdRequester, AfterTheFaultTheAdContinues)
 {
     AdSession session(world_with_page("mraid.js"));
     open_with_page(session);
@@ -250,7 +250,7 @@ TEST(DidAdRequester, AfterTheFaultTheAdGoesOn)
     EXPECT_TRUE(session->bIsPlay);
 }
 
-TEST(DidAdRequester, APageThatIsNoUtf8LoadsNothing)
+TEST(DidAdRequester, APageThatIsNotUtf8LoadsNothing)
 {
     AdSession session(world_with_page("<head>mraid.js\xFF"));
     open_with_page(session);
@@ -274,7 +274,7 @@ TEST(DidAdRequester, LogsTheImpressionPolicyAndSendsNoImpression)
     EXPECT_EQ(session->strBaseUrl, "http://ad/page.html");
 }
 
-TEST(FailAdRequest, TellsBothDelegatesThroughTheSuperclass)
+TEST(FailAdRequest, NotifiesBothDelegatesThroughTheSuperclass)
 {
     HostApp host;
     host.delegate = true;
@@ -318,7 +318,7 @@ private:
     bool answers_;
 };
 
-TEST(FailAdRequest, DelegatesThatDoNotAnswerTheMessageAreNotTold)
+TEST(FailAdRequest, DelegatesThatDoNotImplementTheMethodAreNotNotified)
 {
     AdSession session;
     const auto delegate = std::make_shared<KeepingDelegate>(false);
@@ -352,7 +352,7 @@ TEST(FailAdRequest, TheAdsDelegateGetsTheBannersViewAndTheInterstitialsTheContro
     EXPECT_TRUE(interstitial->view == session->view());
 }
 
-TEST(WebView, WhereThePageMayGoIsTheSuperclassesDecision)
+TEST(WebView, NavigationIsDecidedByTheSuperclass)
 {
     AdSession session;
     session->strBaseUrl = "http://ad/page.html";

@@ -105,7 +105,7 @@ TEST(ButtonBar, TheTopBarHoldsItsShadeAndTheBrand)
     EXPECT_EQ(session->viewTopBackground.backgroundColor(), UIColor::clearColor());
 }
 
-TEST(ButtonBar, HiddenActionButtonsStandBetweenTheShadeAndTheBrand)
+TEST(ButtonBar, HiddenActionButtonsAreBetweenTheShadeAndTheBrand)
 {
     AdSession session;
     session.ad().bIsHideActionButton = true;
@@ -148,7 +148,7 @@ TEST(ButtonBar, TheVideoHoldsTheBarsBelowTheButtonsBelowThePanel)
     EXPECT_EQ(session->viewButtonBackground.backgroundColor(), UIColor::clearColor());
 }
 
-TEST(ButtonBar, WithoutAPlayerTheBarsAndThePanelStandNowhere)
+TEST(ButtonBar, WithoutAPlayerTheBarsAndThePanelHaveNoParent)
 {
     AdSession session;
     session.open();
@@ -161,7 +161,7 @@ TEST(ButtonBar, WithoutAPlayerTheBarsAndThePanelStandNowhere)
     EXPECT_FALSE(session->viewButtonBackground.superview());
 }
 
-TEST(ButtonBar, TheWayBackToTheVideoStandsOnThePage)
+TEST(ButtonBar, TheReturnToVideoButtonIsOnThePage)
 {
     AdSession session;
 
@@ -170,7 +170,7 @@ TEST(ButtonBar, TheWayBackToTheVideoStandsOnThePage)
     EXPECT_TRUE(session->btnReturnToVideo.superview() == session->webView());
 }
 
-TEST(ButtonBar, AtTheStartTheCloseButtonIsHiddenAndTakenOffTheScreen)
+TEST(ButtonBar, AtTheStartTheCloseButtonIsHiddenAndHasNoParent)
 {
     AdSession session;
     session.open();
@@ -210,7 +210,7 @@ TEST(ButtonPosition, InPortraitTheControlsFollowTheBand)
     EXPECT_EQ(session->imgBottomBackgroundColor.frame(), (CGRect{0, 0, 375, 50}));
 }
 
-TEST(ButtonPosition, WithoutAScaleButtonMuteStandsAtTheRightEnd)
+TEST(ButtonPosition, WithoutAScaleButtonMuteIsAtTheRightEnd)
 {
     AdSession session;
 
@@ -264,7 +264,7 @@ TEST(ButtonPosition, InLandscapeTheControlsAreSmallerAndFollowTheTurnedScreen)
     EXPECT_EQ(session->btnMute.frame(), (CGRect{768, 0, 44, 44}));
 }
 
-TEST(ButtonPosition, InLandscapeOnAnUprightDeviceTheExtentsChangePlaces)
+TEST(ButtonPosition, InLandscapeOnAnUprightDeviceTheExtentsAreSwapped)
 {
     AdSession session;
 
@@ -285,7 +285,7 @@ TEST(ButtonPosition, InLandscapeThatDoesNotFillTheScreenTheExtentsStay)
     EXPECT_EQ(session->viewTopBackground.frame(), (CGRect{0, 0, 375, 70}));
 }
 
-TEST(ButtonPosition, HowTheDeviceWasHeldAtTheLayoutCountsNotHowItIsHeldNow)
+TEST(ButtonPosition, TheOrientationAtTheLayoutCountsNotTheCurrentOne)
 {
     AdSession session;
     open_landscape(session);
@@ -316,7 +316,7 @@ TEST(ButtonPosition, InAHostLockedToLandscapeTheControlsFollowTheScreen)
     EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 331, 812, 44}));
 }
 
-TEST(ButtonPosition, InAHostLockedToLandscapeBeforeIOS8TheExtentsChangePlaces)
+TEST(ButtonPosition, InAHostLockedToLandscapeBeforeIOS8TheExtentsAreSwapped)
 {
     World world = locked_host();
     world.device.facts.ios8 = false;
@@ -341,7 +341,7 @@ TEST(ActionPanel, OneTitledButtonIsMeasured)
     EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{276, 3, 91, 28}));
 }
 
-TEST(ActionPanel, TwoTitledButtonsStandBelowEachOther)
+TEST(ActionPanel, TwoTitledButtonsAreStacked)
 {
     AdSession session(measured_texts());
     session.ad().arrayButtonsInfo = {button("Buy+now%21"), button("More")};
@@ -381,7 +381,7 @@ TEST(ActionPanel, OneUntitledButtonIsASquare)
     EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{60, 0, 60, 60}));
 }
 
-TEST(ActionPanel, TwoUntitledButtonsStandBesideEachOther)
+TEST(ActionPanel, TwoUntitledButtonsAreSideBySide)
 {
     AdSession session;
     session.open();
@@ -495,7 +495,7 @@ TEST(SidewaysButtonPosition, ADeviceHeldInEitherLandscapeIsEnough)
     }
 }
 
-TEST(SidewaysButtonPosition, AnUprightDeviceInAFreeHostIsSeenUpright)
+TEST(SidewaysButtonPosition, AnUprightDeviceInAnUnlockedHostCountsAsUpright)
 {
     AdSession session;
     session.ad().portraitVideoPos = FULL;
@@ -506,7 +506,7 @@ TEST(SidewaysButtonPosition, AnUprightDeviceInAFreeHostIsSeenUpright)
     EXPECT_EQ(session->btnPlayAndPause.center(), (CGPoint{187.5, 406}));
 }
 
-TEST(SidewaysButtonPosition, ABandOnALandscapeDeviceIsSeenUpright)
+TEST(SidewaysButtonPosition, ABandOnALandscapeDeviceCountsAsUpright)
 {
     AdSession session;
     session.ad().fVideoWidth = 1624;
@@ -531,7 +531,7 @@ TEST(SidewaysButtonPosition, ThePanelIsAsLargeAsTheFirstOfTwoTitles)
     EXPECT_EQ(session->btnActionTwo.frame(), (CGRect{0, 42, 91, 21}));
 }
 
-TEST(SidewaysButtonPosition, ThePanelOfNoButtonsIsItsMargins)
+TEST(SidewaysButtonPosition, WithoutButtonsThePanelHasOnlyItsMargins)
 {
     AdSession session;
     session.ad().portraitVideoPos = FULL;
@@ -542,7 +542,7 @@ TEST(SidewaysButtonPosition, ThePanelOfNoButtonsIsItsMargins)
     EXPECT_EQ(session->viewButtonBackground.frame(), (CGRect{797, 0, 10, 10}));
 }
 
-TEST(SidewaysButtonPosition, AHostLockedToPortraitIsSeenUpright)
+TEST(SidewaysButtonPosition, AHostLockedToPortraitCountsAsUpright)
 {
     AdSession session;
     session.ad().portraitVideoPos = FULL;
@@ -554,7 +554,7 @@ TEST(SidewaysButtonPosition, AHostLockedToPortraitIsSeenUpright)
     EXPECT_EQ(session->viewBottomBackground.frame(), (CGRect{0, 762, 375, 50}));
 }
 
-TEST(ButtonBar, WithoutButtonsATitleThatIsLeftOverMovesNothing)
+TEST(ButtonBar, WithoutButtonsALeftoverTitleMovesNothing)
 {
     AdSession session;
     session.ad().arrayButtonsInfo = {NSDictionary{{"btn_text", "Buy"}}};

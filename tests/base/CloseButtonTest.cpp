@@ -21,7 +21,7 @@ void open_with_hide_button(AdSession& session)
 
 // ------------------------------------------------------------------------------------------------------ image and size
 
-TEST(CloseButtonPicture, IsSmallUnlessTheAdSaysBig)
+TEST(CloseButtonPicture, IsSmallByDefault)
 {
     AdSession session;
     session.open();
@@ -36,7 +36,7 @@ TEST(CloseButtonPicture, IsSmallUnlessTheAdSaysBig)
     EXPECT_EQ(session->btnClose.frame(), (CGRect{0, 0, 50, 50}));
 }
 
-TEST(CloseButtonPicture, IsBigWhenTheAdSaysSo)
+TEST(CloseButtonPicture, IsBigWhenTheAdWantsIt)
 {
     AdSession session;
     session.ad().closeBtnSize = BIG;
@@ -235,7 +235,7 @@ TEST(CloseButtonPlace, IsTheVideoInLandscapeAndThePageOnceItIsHidden)
     EXPECT_TRUE(session->btnClose.superview() == session->webView());
 }
 
-TEST(CloseButtonPlace, IsNoneWithoutAPlayer)
+TEST(CloseButtonPlace, IsNoViewWithoutAPlayer)
 {
     AdSession session;
     session.open();
@@ -247,7 +247,7 @@ TEST(CloseButtonPlace, IsNoneWithoutAPlayer)
     EXPECT_FALSE(session->countDownView.superview());
 }
 
-TEST(CloseButtonPlace, IsNoneOnceAHiddenImageShowsThatIsMissing)
+TEST(CloseButtonPlace, IsNoViewOnceAMissingHiddenImageIsShown)
 {
     AdSession session;
     session.open();
@@ -326,7 +326,7 @@ TEST(CustomClose, TurnedOnLaysNothingOut)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(CustomClose, TurnedOffKeepsTheTapWithTheScriptThatHasAskedForIt)
+TEST(CustomClose, TurnedOffLeavesTheTapToTheScriptThatListensForIt)
 {
     AdSession session;
     session.open();

@@ -13,7 +13,7 @@ using testing::ElementsAre;
 
 // ----------------------------------------------------------------------------------------------------------- countdown
 
-TEST(CountDownView, LiesOverTheCloseButtonHidden)
+TEST(CountDownView, IsOverTheCloseButtonAndHidden)
 {
     AdSession session;
 
@@ -27,7 +27,7 @@ TEST(CountDownView, LiesOverTheCloseButtonHidden)
     EXPECT_TRUE(is_on_top(session->countDownView));
 }
 
-TEST(CountDownView, IsMadeWhereTheButtonStandsFiftyPointsWideWhateverTheButtonsSize)
+TEST(CountDownView, IsMadeAtTheButtonsPositionFiftyPointsWideWhateverTheButtonsSize)
 {
     AdSession session;
     session.open();
@@ -53,7 +53,7 @@ TEST(CountDownView, IsAddedAfterTheButtonWithALogLineOfItsOwn)
     EXPECT_THAT(session.transcript(), ElementsAre("log 0 Added Video Close Button", "log 0 Added Count Down View"));
 }
 
-TEST(CountDownView, IsUsedAgainAsItIs)
+TEST(CountDownView, IsReusedUnchanged)
 {
     AdSession session;
     session.open();
@@ -85,7 +85,7 @@ TEST(CloseCountdown, OfZeroEndsWithItsFirstTick)
     EXPECT_FLOAT_EQ(session->iCountdownCount, -0.1F);
 }
 
-TEST(CloseCountdown, EndsWithItsLastTenthOrWhereTheRoundingLeavesAnythingWithTheNextTick)
+TEST(CloseCountdown, EndsWithItsLastTenthOrOneTickLaterIfRoundingLeavesARemainder)
 {
     struct Countdown {
         int seconds;
@@ -116,7 +116,7 @@ TEST(CloseCountdown, StopsItsTimerAtTheEnd)
     EXPECT_FALSE(session->timerCloseBtnCountdown.isValid());
 }
 
-TEST(CloseCountdown, TakesATenthOffAndShowsWhatItKeepsInSinglePrecision)
+TEST(CloseCountdown, SubtractsATenthAndShowsTheRestInSinglePrecision)
 {
     AdSession session;
     session.open();
@@ -128,7 +128,7 @@ TEST(CloseCountdown, TakesATenthOffAndShowsWhatItKeepsInSinglePrecision)
     EXPECT_EQ(session->countDownView.seconds(), static_cast<double>(2.9F));
 }
 
-TEST(CloseCountdown, ATenthOfSinglePrecisionIsMoreThanTheTenthOfDoublePrecisionThatIsTakenOff)
+TEST(CloseCountdown, ATenthInSinglePrecisionExceedsTheSubtractedTenthInDoublePrecision)
 {
     AdSession session;
     session.open();
@@ -270,7 +270,7 @@ TEST(BufferingWatchdog, EndsWithItsExpiry)
     EXPECT_EQ(session.count_of("log 4 Buffer Suffer Time's up, show close button."), 1U);
 }
 
-TEST(BufferingWatchdog, OfANegativeTimeIsNone)
+TEST(BufferingWatchdog, IsNotStartedForANegativeTime)
 {
     AdSession session;
     session.ad().iBufferingSufferTime = -1;

@@ -116,7 +116,7 @@ TEST(Close, TakesEachControlOffTheScreen)
     EXPECT_THAT(elsewhere.subviews(), IsEmpty());
 }
 
-TEST(Close, TellsTheParentLastAndThenLetsItGo)
+TEST(Close, NotifiesTheParentLastAndThenReleasesIt)
 {
     AdSession session;
     const auto parent = std::make_shared<LookingParent>(session);
@@ -204,7 +204,7 @@ TEST(Close, LeavesTheBufferingWatchdogAndTheLoadedTimerRunning)
                                                   "log 4 Buffer Suffer Time's up, show close button."));
 }
 
-TEST(Close, GivesTheKeyBackToTheHostsWindow)
+TEST(Close, MakesTheHostsWindowKeyAgain)
 {
     AdSession session;
     session.open();
@@ -282,7 +282,7 @@ TEST(Close, TheParentStaysOpenUnlessTheAdWantsItClosed)
     EXPECT_EQ(session.lines("parent"), std::vector<std::string>{"closeVideoAdUnit false"});
 }
 
-TEST(Close, WithoutAParentNobodyIsTold)
+TEST(Close, WithoutAParentNoCloseIsReported)
 {
     AdSession session;
     session.open();
@@ -292,7 +292,7 @@ TEST(Close, WithoutAParentNobodyIsTold)
     EXPECT_TRUE(session.lines("parent").empty());
 }
 
-TEST(Close, AButtonThatHidesTheVideoSaysOnhideAndLeavesTheAdOpen)
+TEST(Close, AButtonThatHidesTheVideoSendsOnhideAndLeavesTheAdOpen)
 {
     AdSession session(AdSession::manual_world(), host_with_parent());
     show_hide_button(session);
@@ -367,7 +367,7 @@ TEST(Close, AStorePageThatIsNotPresentedIsLeftAlone)
     EXPECT_EQ(session.count_of("kit store.dismiss"), 0U);
 }
 
-TEST(Close, TheScriptsCloseTellsTheSuperclassFirst)
+TEST(Close, TheScriptsCloseCallsTheSuperclassFirst)
 {
     AdSession session;
     session.open();
@@ -423,7 +423,7 @@ TEST(Close, TakesThePlayersPictureOffTheScreen)
     EXPECT_FALSE(picture.superview());
 }
 
-TEST(Close, WithoutAHostsWindowTheTemporaryOneGivesTheKeyUpAllTheSame)
+TEST(Close, WithoutAHostWindowTheTemporaryOneStillResignsTheKey)
 {
     AdSession session;
     session.open();
@@ -435,7 +435,7 @@ TEST(Close, WithoutAHostsWindowTheTemporaryOneGivesTheKeyUpAllTheSame)
     EXPECT_FALSE(temporary.isKeyWindow());
 }
 
-TEST(Close, LetsTheParentsWindowGo)
+TEST(Close, ReleasesTheParentsWindow)
 {
     AdSession session;
     session->addOnParentWindow(UIWindow::create());

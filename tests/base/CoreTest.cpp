@@ -105,7 +105,7 @@ TEST(Core, FlagsHaveTheirDefaultsAfterInit)
         EXPECT_EQ(controller.get()->*flag.field, flag.initial) << flag.name;
 }
 
-TEST(Core, InitSetsItsFlagsWhateverTheyHeldAndNoOthers)
+TEST(Core, InitSetsOnlyItsFlagsWhateverTheirValues)
 {
     AdSession session;
     const auto controller = Ad::create();
@@ -144,7 +144,7 @@ TEST(Core, NumbersHaveTheirDefaultsAfterInit)
                 ElementsAre("video_loading", "video_loaded", "video_play", "video_pause", "video_ended"));
 }
 
-TEST(Core, InitSetsItsNumbersWhateverTheyHeld)
+TEST(Core, InitSetsItsNumbersWhateverTheirValues)
 {
     AdSession session;
     const auto controller = Ad::create();
@@ -161,7 +161,7 @@ TEST(Core, InitSetsItsNumbersWhateverTheyHeld)
     EXPECT_EQ(controller->miWatchDog, 0);
 }
 
-TEST(Core, WhatBelongsToAnOpenAdIsAbsentAfterInit)
+TEST(Core, ObjectsOfAnOpenAdAreNullAfterInit)
 {
     AdSession session;
 
@@ -198,7 +198,7 @@ TEST(Core, NoTimerRunsAfterInit)
     EXPECT_EQ(session.platform().loop().pending(), 0U);
 }
 
-TEST(Core, TheControlsAreMadeAndStandNowhereYet)
+TEST(Core, TheControlsAreMadeButHaveNoParentYet)
 {
     AdSession session;
     const UIView made[] = {
@@ -244,7 +244,7 @@ TEST(Core, ControlsStartWithTheirPictures)
         EXPECT_FALSE(plain.backgroundImage());
 }
 
-TEST(Core, APictureIsDecodedAnewForEachChange)
+TEST(Core, APictureIsDecodedAgainForEachChange)
 {
     test::RecordingPlatform platform;
     const auto controller = Ad::create();
@@ -483,7 +483,7 @@ TEST(Core, ObservesTheAppTheStatusBarAndTheVolume)
     EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), 4U);
 }
 
-TEST(Core, PresentsWhatItIsGivenAndRunsTheCompletion)
+TEST(Core, PresentsAControllerAndRunsTheCompletion)
 {
     AdSession session;
     const auto sheet = std::make_shared<UIViewController>();
@@ -511,7 +511,7 @@ TEST(Core, KeepsItsParentAndTheParentsWindow)
     EXPECT_EQ(session->windowAddOnParent, window);
 }
 
-TEST(Core, AControllerThatIsLetGoObservesNothing)
+TEST(Core, AReleasedControllerObservesNothing)
 {
     AdSession session;
     const Object* gone = &session.controller();
@@ -539,7 +539,7 @@ TEST(Core, ThePageIsScaledToFitOnceTheViewHasLoaded)
     EXPECT_TRUE(session->webView().node()->scales_page_to_fit);
 }
 
-TEST(Core, BeforeItIsInitialisedAControllerHoldsNothing)
+TEST(Core, AnUninitialisedControllerIsEmpty)
 {
     AdSession session;
     const auto made = QoroVideoWebViewController::create();

@@ -20,7 +20,7 @@ TEST(SendTrackingUrls, SendsTheListInOrderAtOnceWithItsMacros)
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/1?n=7", "http://t/2", "http://t/1"));
 }
 
-TEST(SendTrackingUrls, NothingAndNoEntriesSendAndLogNothing)
+TEST(SendTrackingUrls, ANullOrEmptyListSendsAndLogsNothing)
 {
     AdSession session;
     session.forget();
@@ -33,7 +33,7 @@ TEST(SendTrackingUrls, NothingAndNoEntriesSendAndLogNothing)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(SendTrackingUrls, AnEntryThatIsNoTextSendsNothing)
+TEST(SendTrackingUrls, AnEntryThatIsNotATextSendsNothing)
 {
     AdSession session;
     session.forget();
@@ -53,7 +53,7 @@ TEST(SendTrackingUrls, AClickMarkerCountsOneClickAndTheAddressIsFetched)
     EXPECT_THAT(session.transcript(), ElementsAre("parent clickRequester", "request http://t/1 tracking"));
 }
 
-TEST(SendTrackingUrls, OnlyTheExactMarkerIsOne)
+TEST(SendTrackingUrls, OnlyTheExactMarkerCounts)
 {
     AdSession session(AdSession::manual_world(), host_with_parent());
     session.forget();
@@ -119,7 +119,7 @@ TEST(SendTrackingToServer, AFailureIsLoggedAndNotRepeated)
     EXPECT_THAT(session.transcript(), ElementsAre("request http://t/1 tracking", "log 0 failSendTracking"));
 }
 
-TEST(SendTrackingToServer, NothingIsNotSent)
+TEST(SendTrackingToServer, ANullAddressIsNotSent)
 {
     AdSession session;
     session.forget();
@@ -129,7 +129,7 @@ TEST(SendTrackingToServer, NothingIsNotSent)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(ClickRequester, AsksTheParentToCount)
+TEST(ClickRequester, ReportsTheClickToTheParent)
 {
     AdSession session(AdSession::manual_world(), host_with_parent());
     session.forget();
@@ -139,7 +139,7 @@ TEST(ClickRequester, AsksTheParentToCount)
     EXPECT_THAT(session.transcript(), ElementsAre("parent clickRequester"));
 }
 
-TEST(SendImpression, TellsTheSuperclassThenTheParent)
+TEST(SendImpression, CallsTheSuperclassThenTheParent)
 {
     AdSession session(AdSession::manual_world(), host_with_parent());
     session.forget();
@@ -149,7 +149,7 @@ TEST(SendImpression, TellsTheSuperclassThenTheParent)
     EXPECT_THAT(session.transcript(), ElementsAre("super sendImpression", "parent bIsSendImpression true"));
 }
 
-TEST(SendImpression, WithoutAParentTellsTheSuperclassAlone)
+TEST(SendImpression, WithoutAParentCallsTheSuperclassAlone)
 {
     AdSession session;
     session.forget();

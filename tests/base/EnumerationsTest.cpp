@@ -58,7 +58,7 @@ constexpr Known Enumerators[] = {
     {"ZulixLogTagOfNote", ZulixLogTagOfNote, 4},
 };
 
-TEST(Enumerations, HaveTheirNumbers)
+TEST(Enumerations, HaveTheirDocumentedNumbers)
 {
     for (const Known& enumerator : Enumerators)
         EXPECT_EQ(enumerator.value, enumerator.number) << enumerator.name;

@@ -88,7 +88,7 @@ TEST(Finish, AStopExactlyOneSecondPastTheEndStillCompletes)
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/complete"));
 }
 
-TEST(Finish, AStopMoreThanOneSecondPastTheEndDoesNot)
+TEST(Finish, AStopMoreThanOneSecondPastTheEndDoesNotComplete)
 {
     AdSession session;
     track(session);
@@ -225,7 +225,7 @@ TEST(Finish, ALandscapeVideoIsHiddenAtItsEndWhereTheAdWantsIt)
     EXPECT_THAT(session.events(), Contains(R"(video_visibilitychange {"e":{"visibility":0}})"));
 }
 
-TEST(Finish, EitherFlagHidesAFullPortraitVideoAtItsEndHoweverTheDeviceIsHeld)
+TEST(Finish, EitherFlagHidesAFullPortraitVideoAtItsEndInAnyOrientation)
 {
     for (const auto flag : {&QoroVideoAd::bIsHideFullPortraitVideoAtEnd, &QoroVideoAd::bIsHideLandscapeVideoAtEnd}) {
         for (const int orientation : {UIDeviceOrientationPortrait, UIDeviceOrientationLandscapeLeft}) {
@@ -277,7 +277,7 @@ TEST(Finish, AutoCloseComesBeforeAutoReplay)
     EXPECT_THAT(session.lines("player"), ElementsAre("drop"));
 }
 
-TEST(Finish, TheStepsAfterAnAutoCloseRunAllTheSame)
+TEST(Finish, TheStepsAfterAnAutoCloseStillRun)
 {
     AdSession session;
     session.ad().bIsAutoClose = true;
@@ -330,7 +330,7 @@ TEST(Finish, AUserExitDropsThePlayer)
     EXPECT_FALSE(player.view().superview());
 }
 
-TEST(Finish, AfterAUserExitThePlayersNewsAreNotHeard)
+TEST(Finish, AfterAUserExitThePlayersNotificationsAreIgnored)
 {
     AdSession session;
     session.open();
@@ -385,7 +385,7 @@ TEST(Finish, AnEndStopsTheTimersOfTheBarsAndTheCountdown)
     EXPECT_FALSE(countdown.isValid());
 }
 
-TEST(Finish, WhateverTheReasonTheSpinnerStaysAway)
+TEST(Finish, TheSpinnerStaysHiddenWhateverTheReason)
 {
     AdSession session;
     session.open();

@@ -33,7 +33,7 @@ TEST(LayoutFrames, AScreenOf811OrAFractionMoreHasNone)
     EXPECT_EQ(screenInsets(CGSize{375, 812.5}).bottom, 0);
 }
 
-TEST(LayoutFrames, NoScreenHasNoInsets)
+TEST(LayoutFrames, WithoutAScreenThereAreNoInsets)
 {
     EXPECT_EQ(screenInsets(std::nullopt).top, 0);
     EXPECT_EQ(screenInsets(std::nullopt).bottom, 0);
@@ -51,13 +51,13 @@ TEST(LayoutFrames, TheBandKeepsTheVideosAspectRatio)
     EXPECT_EQ(bandHeight(375, 1280, 720), 210.9375F);
 }
 
-TEST(LayoutFrames, TheBandsRatioIsTakenFirstInSinglePrecision)
+TEST(LayoutFrames, TheBandsRatioIsComputedFirstInSinglePrecision)
 {
     // 250 in double precision, and in single precision with the product first.
     EXPECT_EQ(bandHeight(375, 720, 480), 249.999985F);
 }
 
-TEST(LayoutFrames, AVideoWithoutWidthHasABandWithoutMeasure)
+TEST(LayoutFrames, AVideoWithoutWidthHasABandOfUndefinedHeight)
 {
     EXPECT_TRUE(std::isinf(bandHeight(375, 0, 720)));
     EXPECT_TRUE(std::isnan(bandHeight(0, 0, 720)));
@@ -94,7 +94,7 @@ TEST(LayoutFrames, BesideAVideoAtASideOrAnywhereElseThePageIsAsHighAsTheVideo)
     EXPECT_EQ(webViewFrame(tall_screen(ViewPosition{})), (CGRect{0, 44, 375, 210.9375}));
 }
 
-TEST(LayoutFrames, InLandscapeThePageIsAsLargeAsTheVideoWhereverItStands)
+TEST(LayoutFrames, InLandscapeThePageIsAsLargeAsTheVideoAtAnyPosition)
 {
     const WebViewSurroundings landscape{false, TOP, 812, {44, 34}, 375, 812, 812};
     EXPECT_EQ(webViewFrame(landscape), (CGRect{0, 44, 375, 812}));
@@ -218,7 +218,7 @@ TEST(VideoAreaOf, LandscapeOnAnUprightDeviceIsTurned)
     EXPECT_EQ(videoArea(landscape_layout(UIDeviceOrientationPortrait)), (VideoArea{812, 375}));
 }
 
-TEST(VideoAreaOf, LandscapeThatDoesNotFillTheScreenIsNot)
+TEST(VideoAreaOf, LandscapeThatDoesNotFillTheScreenIsNotTurned)
 {
     AreaConditions now = landscape_layout(UIDeviceOrientationPortrait);
     now.fullScreen = false;
@@ -270,14 +270,14 @@ TEST(VideoAreaOf, LockedLandscapeOnADeviceThatLiesFlatIsTheScreen)
 
 // ------------------------------------------------------------------------------------------------------ action panel
 
-TEST(ActionPanelOf, OneTitleIsRoundedUpAndStandsAtTheRight)
+TEST(ActionPanelOf, OneTitleIsRoundedUpAndRightAligned)
 {
     const ActionPanel panel = titledPanel({80.3, 17.9}, std::nullopt, 375);
     EXPECT_EQ(panel.buttonOne, (CGRect{0, 8, 91, 18}));
     EXPECT_EQ(panel.panel, (CGRect{276, 3, 91, 28}));
 }
 
-TEST(ActionPanelOf, ANarrowerSecondTitleStandsBelowAtTheRight)
+TEST(ActionPanelOf, ANarrowerSecondTitleIsBelowAndRightAligned)
 {
     const ActionPanel panel = titledPanel({80.3, 17.9}, CGSize{49.5, 20.5}, 375);
     EXPECT_EQ(panel.buttonOne, (CGRect{0, 8, 91, 18}));
@@ -300,7 +300,7 @@ TEST(ActionPanelOf, ASecondTitleThatIsALittleWiderSticksOutToTheLeft)
     EXPECT_EQ(panel.panel, (CGRect{276, 3, 91, 56}));
 }
 
-TEST(ActionPanelOf, PicturesStandOffTheLeftEdge)
+TEST(ActionPanelOf, PicturesKeepAMarginToTheLeftEdge)
 {
     EXPECT_EQ(picturePanel({50, 50}, false, 50), (CGRect{60, 0, 60, 60}));
     EXPECT_EQ(picturePanel({50, 50}, true, 50), (CGRect{60, 0, 60, 115}));
@@ -312,7 +312,7 @@ TEST(ActionPanelOf, MissingPicturesLeaveTheMarginsAlone)
     EXPECT_EQ(picturePanel({0, 0}, true, 44), (CGRect{54, 0, 10, 15}));
 }
 
-TEST(ActionPanelOf, SidewaysItStandsAtTheEndOfTheLongEdge)
+TEST(ActionPanelOf, SidewaysItIsAtTheEndOfTheLongEdge)
 {
     EXPECT_EQ(sidewaysPanel({80.3, 17.9}, 812), (CGRect{716, 0, 91, 28}));
 }
@@ -343,7 +343,7 @@ TEST(VideoAreaOf, AFullVideoInLandscapeOnAnUprightDeviceIsTurned)
     EXPECT_EQ(area.down, 375.0F);
 }
 
-TEST(LayoutFrames, OfWhatNobodyMeasuredAreEmpty)
+TEST(LayoutFrames, AreEmptyWithoutMeasurements)
 {
     EXPECT_EQ(webViewFrame({}), (CGRect{0, 0, 0, 0}));
     EXPECT_EQ(videoArea({}).across, 0);

@@ -56,7 +56,7 @@ TEST(HiddenImage, WithoutAnAddressNothingIsCounted)
     EXPECT_FALSE(session->isShowMI);
 }
 
-TEST(HiddenImage, WithAnAddressThatIsNoneOfTheWebNothingIsCounted)
+TEST(HiddenImage, WithoutAWebAddressNothingIsCounted)
 {
     AdSession session;
     session.ad().strMIUrl = "ftp://ad/mi.png";
@@ -223,7 +223,7 @@ TEST(HiddenImage, ThatCannotBeFetchedIsNotTriedAgain)
     EXPECT_FALSE(session->miImageView.isHidden());
 }
 
-TEST(HiddenImage, ThatIsNoImageLeavesTheViewBlack)
+TEST(HiddenImage, WithUndecodableDataLeavesTheViewBlack)
 {
     World world = with_image();
     world.net["http://ad/mi.png"].body = "<html>";
@@ -236,7 +236,7 @@ TEST(HiddenImage, ThatIsNoImageLeavesTheViewBlack)
     EXPECT_FALSE(session->miImageView.image());
 }
 
-TEST(HiddenImage, ThatArrivesForAnAdThatIsGoneTouchesNothing)
+TEST(HiddenImage, ThatArrivesAfterTheAdWasDestroyedChangesNothing)
 {
     AdSession session(with_image(5));
     session->qoroVideoAdInfo = std::make_shared<QoroVideoAd>();
@@ -252,7 +252,7 @@ TEST(HiddenImage, ThatArrivesForAnAdThatIsGoneTouchesNothing)
     EXPECT_THAT(session.lines("fetch"), ElementsAre("http://ad/mi.png hiddenImage"));
 }
 
-TEST(HiddenImage, GivesTheCloseButtonItsTapAndTakesItWithIt)
+TEST(HiddenImage, GivesTheCloseButtonItsTapAndMovesItOntoItself)
 {
     AdSession session;
     session.open();

@@ -109,7 +109,7 @@ TEST(InAppApplication, TheOrientationCheckHasStoppedBeforeItIsClosedAndTheClickT
     EXPECT_FALSE(session->getBDoButtonAction());
 }
 
-TEST(InAppApplication, AfterAMessageThePropertyStillSaysThatOneWasSent)
+TEST(InAppApplication, TheOpenPropertyStaysSetAfterAMessage)
 {
     AdSession session;
     session.open();
@@ -156,7 +156,7 @@ TEST(InAppApplication, ASecondOneClosesTheFirst)
     EXPECT_EQ(session.transcript().back(), "kit addExtraView");
 }
 
-TEST(InAppApplication, TellsTheAdWhenItsSheetEnds)
+TEST(InAppApplication, NotifiesTheAdWhenItsSheetEnds)
 {
     AdSession session;
     session.open();

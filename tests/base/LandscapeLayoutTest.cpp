@@ -48,7 +48,7 @@ void open_both_modes(AdSession& session)
     session.open();
 }
 
-TEST(LandscapeLayout, TellsTheScriptTwiceThenShowsTheSpinnerThenPlacesTheCloseButton)
+TEST(LandscapeLayout, SendsTwoScriptEventsThenShowsTheSpinnerThenPlacesTheCloseButton)
 {
     AdSession session;
     open_landscape(session);
@@ -148,7 +148,7 @@ TEST(LandscapeLayout, ThePageIsAsLargeAsTheVideoInTheEnd)
     EXPECT_EQ(session->webView().bounds(), (CGSize{568, 320}));
 }
 
-TEST(LandscapeLayout, TheTapCatcherLiesAcross)
+TEST(LandscapeLayout, TheTapCatcherIsTurnedSideways)
 {
     AdSession session(small_screen());
     open_landscape(session);
@@ -181,7 +181,7 @@ TEST(LandscapeLayout, TheBrandTextIsShownEvenWithoutABrand)
     EXPECT_FALSE(session->labelBrandText.isHidden());
 }
 
-TEST(LandscapeLayout, ACloseButtonThatTheScriptTookOverIsPutBack)
+TEST(LandscapeLayout, ACloseButtonTakenOverByTheScriptIsRestored)
 {
     AdSession session;
     open_landscape(session);
@@ -250,7 +250,7 @@ TEST(LandscapeLayout, TurnsAQuarterForLandscapeLeftAndForADeviceThatLiesFlat)
     EXPECT_EQ(flat->webView().transform().angle, QuarterTurn);
 }
 
-TEST(LandscapeLayout, DoneTwiceIsTheSameAsOnce)
+TEST(LandscapeLayout, IsIdempotent)
 {
     AdSession session;
     open_landscape(session);
@@ -264,7 +264,7 @@ TEST(LandscapeLayout, DoneTwiceIsTheSameAsOnce)
                 ElementsAre(UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
 }
 
-TEST(LandscapeLayout, TheHiddenImageLiesWhereTheVideoLies)
+TEST(LandscapeLayout, TheHiddenImageHasTheVideosFrame)
 {
     AdSession session(small_screen());
 
@@ -273,7 +273,7 @@ TEST(LandscapeLayout, TheHiddenImageLiesWhereTheVideoLies)
     EXPECT_EQ(session->miImageView.frame(), (CGRect{0, 0, 320, 568}));
 }
 
-TEST(LandscapeLayout, WithoutAWindowTheVideoHasNoFrameAndEverythingStandsNowhere)
+TEST(LandscapeLayout, WithoutAWindowTheVideoHasNoFrameAndNoViewHasAParent)
 {
     AdSession session;
     open_landscape(session);
@@ -391,7 +391,7 @@ TEST(LockedLandscapeLayout, PutsTheVideoOverThePageAndTheHiddenImageOverBoth)
                 ElementsAre(UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
 }
 
-TEST(LockedLandscapeLayout, BeforeIOS8ItIsTurnedAsElsewhere)
+TEST(LockedLandscapeLayout, BeforeIOS8ItIsTurnedAsInAnyHost)
 {
     World world = locked_host(UIInterfaceOrientationLandscapeRight);
     world.device.facts.ios8 = false;
@@ -405,7 +405,7 @@ TEST(LockedLandscapeLayout, BeforeIOS8ItIsTurnedAsElsewhere)
 
 // ------------------------------------------------------------------------------------------------------- other cases
 
-TEST(LandscapeLayout, OffersTheWayBackToPortraitInAPortraitOnlyHost)
+TEST(LandscapeLayout, OffersTheReturnToPortraitInAPortraitOnlyHost)
 {
     AdSession session;
 
@@ -429,7 +429,7 @@ TEST(LandscapeLayout, AHiddenScaleButtonGetsItsPictureButStaysHidden)
     EXPECT_EQ(picture_of(session->btnScreenScale), arrayVideoScaleToPortraitButton);
 }
 
-TEST(LandscapeLayout, OffersNoWayBackToPortraitForAnAdWithoutPortraitMode)
+TEST(LandscapeLayout, OffersNoReturnToPortraitForAnAdWithoutPortraitMode)
 {
     AdSession session;
 
@@ -438,7 +438,7 @@ TEST(LandscapeLayout, OffersNoWayBackToPortraitForAnAdWithoutPortraitMode)
     EXPECT_TRUE(session->btnScreenScale.isHidden());
 }
 
-TEST(LandscapeLayout, OffersNoWayBackToPortraitInAHostThatRotates)
+TEST(LandscapeLayout, OffersNoReturnToPortraitInAHostThatRotates)
 {
     AdSession session(AdSession::manual_world(), rotating_host());
 
@@ -448,7 +448,7 @@ TEST(LandscapeLayout, OffersNoWayBackToPortraitInAHostThatRotates)
     EXPECT_TRUE(session->btnScreenScale.isHidden());
 }
 
-TEST(LandscapeLayout, ExpectsADeviceThatIsHeldOtherwiseToBeTurned)
+TEST(LandscapeLayout, ExpectsADeviceInAnotherOrientationToBeTurned)
 {
     AdSession session;
 
@@ -499,7 +499,7 @@ TEST(LandscapeLayout, ExpectsNothingOfALockedHost)
     EXPECT_FALSE(session->timerCheckDeviceOrientation);
 }
 
-TEST(LandscapeLayout, APageInFrontTakesTheControlsAway)
+TEST(LandscapeLayout, APageInFrontRemovesTheControls)
 {
     AdSession session;
     session.ad().strWebViewUrl = "http://ad/page.html";
@@ -511,7 +511,7 @@ TEST(LandscapeLayout, APageInFrontTakesTheControlsAway)
     EXPECT_TRUE(is_on_top(session->view()));
 }
 
-TEST(LandscapeLayout, APageInFrontHasTakenTheControlsAwayWhenTheTimeIsReported)
+TEST(LandscapeLayout, APageInFrontRemovesTheControlsBeforeTheTimeIsReported)
 {
     AdSession session;
     open_landscape(session);

@@ -35,7 +35,7 @@ World without_calls()
 
 // ----------------------------------------------------------------------------------------------------- before dispatch
 
-TEST(LaunchType, OfNoButtonDoesNothing)
+TEST(LaunchType, WithoutAButtonDoesNothing)
 {
     OpenAd session;
 
@@ -56,7 +56,7 @@ TEST(LaunchType, WithoutDataOnlyItsTrackersAreSent)
     EXPECT_FALSE(session->getBDoButtonAction());
 }
 
-TEST(LaunchType, TrackersGivenAsATextAreNone)
+TEST(LaunchType, TrackersGivenAsATextAreIgnored)
 {
     OpenAd session;
 
@@ -103,7 +103,7 @@ TEST(PlaceCall, OpensTheFormattedNumberAndNothingElse)
     EXPECT_TRUE(session->getBDoButtonAction());
 }
 
-TEST(PlaceCall, WhereThereAreNoCallsOnlySendsItsTrackersAndHidesTheBackground)
+TEST(PlaceCall, OnADeviceWithoutCallsOnlySendsItsTrackersAndHidesTheBackground)
 {
     OpenAd session(without_calls());
 
@@ -132,7 +132,7 @@ TEST(SendSms, ComposesTheMessage)
     EXPECT_TRUE(session->getBIsOpenInAppApplication());
 }
 
-TEST(SendSms, WithAnAddressOpensThatToo)
+TEST(SendSms, WithAnAddressOpensItToo)
 {
     OpenAd session;
 
@@ -143,7 +143,7 @@ TEST(SendSms, WithAnAddressOpensThatToo)
                             "openURL http://l/", "player pause", "super qoroPresent", "super qoroLeaveApplication"));
 }
 
-TEST(SendSms, WithAnAddressForTheInAppBrowserOpensThatThere)
+TEST(SendSms, WithAnAddressForTheInAppBrowserOpensItThere)
 {
     OpenAd session;
 
@@ -155,7 +155,7 @@ TEST(SendSms, WithAnAddressForTheInAppBrowserOpensThatThere)
     EXPECT_THAT(session.lines("openURL"), IsEmpty());
 }
 
-TEST(SendSms, WithAnAppsAddressOpensThatTooAndEndsTheClickThrough)
+TEST(SendSms, WithAnAppsAddressOpensItTooAndEndsTheClickThrough)
 {
     OpenAd session;
 
@@ -238,7 +238,7 @@ TEST(OutOfApp, TheAppsAddressWinsOverThePages)
     EXPECT_TRUE(session->bGoOutApp);
 }
 
-TEST(OutOfApp, AnEmptyAppAddressOpensNothingButLeavesAllTheSame)
+TEST(OutOfApp, AnEmptyAppAddressOpensNothingButStillCountsAsLeaving)
 {
     OpenAd session;
 
@@ -357,7 +357,7 @@ TEST(InAppBrowser, IsConfiguredThenOpenedThenPresented)
     EXPECT_FALSE(session->bGoOutApp);
 }
 
-TEST(InAppBrowser, IsDarkGreyAndBareUnlessToldOtherwise)
+TEST(InAppBrowser, IsDarkGreyWithoutBarsByDefault)
 {
     OpenAd session;
 
@@ -368,7 +368,7 @@ TEST(InAppBrowser, IsDarkGreyAndBareUnlessToldOtherwise)
               1U);
 }
 
-TEST(InAppBrowser, EachOfItsSettingsIsItsOwn)
+TEST(InAppBrowser, ItsSettingsAreIndependent)
 {
     struct Setting {
         const char* key;
@@ -393,7 +393,7 @@ TEST(InAppBrowser, EachOfItsSettingsIsItsOwn)
     }
 }
 
-TEST(InAppBrowser, IsToldTheHostsRoot)
+TEST(InAppBrowser, ReceivesTheHostsRootController)
 {
     OpenAd session;
 
@@ -403,7 +403,7 @@ TEST(InAppBrowser, IsToldTheHostsRoot)
     EXPECT_EQ(session->qoroInAppWebViewController->rootViewController, session->rootViewController);
 }
 
-TEST(InAppBrowser, StandsOnTheHostsWindow)
+TEST(InAppBrowser, IsPresentedInTheHostsWindow)
 {
     OpenAd session;
 
@@ -431,7 +431,7 @@ TEST(InAppBrowser, BeforeIOS8StaysWhereItOpened)
     EXPECT_TRUE(session->qoroInAppWebViewController->view().superview() == session->windowTempWindow);
 }
 
-TEST(InAppBrowser, BeforeIOS8StandsOnTheHostsWindowInALockedUprightHost)
+TEST(InAppBrowser, BeforeIOS8IsPresentedInTheHostsWindowInALockedUprightHost)
 {
     OpenAd session(before_ios8());
     session->bIsLockOneSide = true;
@@ -442,7 +442,7 @@ TEST(InAppBrowser, BeforeIOS8StandsOnTheHostsWindowInALockedUprightHost)
     EXPECT_TRUE(session->qoroInAppWebViewController->view().superview() == session->windowDefaultWindow);
 }
 
-TEST(InAppBrowser, BeforeIOS8StaysWhereItOpenedInALockedHostThatDoesNotStandUpright)
+TEST(InAppBrowser, BeforeIOS8StaysWhereItOpenedInALockedHostThatIsNotUpright)
 {
     OpenAd session(before_ios8());
     session.turn_status_bar(UIInterfaceOrientationLandscapeRight);
@@ -478,7 +478,7 @@ TEST(InAppBrowser, OnALandscapeDeviceTakesTheVideoOffTheScreen)
     }
 }
 
-TEST(InAppBrowser, HowTheDeviceWasHeldAtTheTapCountsNotHowItIsHeldOnceOpen)
+TEST(InAppBrowser, TheOrientationAtTheTapCountsNotTheOneOnceOpen)
 {
     OpenAd session;
     const UIWindow window = session->windowTempWindow;

@@ -55,7 +55,7 @@ TEST(CheckVideoSize, ALandscapeLaunchWinsOverAnUprightDevice)
     EXPECT_EQ(session.count_of(PortraitLayout), 0U);
 }
 
-TEST(CheckVideoSize, ALaunchInTheOtherLandscapeIsNone)
+TEST(CheckVideoSize, ALaunchInTheOtherLandscapeDoesNotCount)
 {
     AdSession session;
     has_both_modes(session);
@@ -297,7 +297,7 @@ TEST(CheckVideoSize, ALockedHostStaysLocked)
     EXPECT_TRUE(session->bIsLockOneSideAndIsLandscape);
 }
 
-TEST(CheckVideoSize, ALockedHostWhoseStatusBarStandsUprightGetsThePortraitLayout)
+TEST(CheckVideoSize, ALockedHostWithAnUprightStatusBarGetsThePortraitLayout)
 {
     AdSession session;
     has_both_modes(session);

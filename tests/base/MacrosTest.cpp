@@ -34,12 +34,12 @@ TEST(Md5, StopsAtTheFirstNul)
     EXPECT_EQ(QoroVideoWebViewController::md5(std::string("abc\0def", 7)), "900150983cd24fb0d6963f7d28e17f72");
 }
 
-TEST(Md5, OfNothingIsNothing)
+TEST(Md5, OfNullIsNull)
 {
     EXPECT_FALSE(QoroVideoWebViewController::md5(nullptr));
 }
 
-TEST(Macros, NothingStaysNothing)
+TEST(Macros, NullStaysNull)
 {
     AdSession session;
 

@@ -20,7 +20,7 @@ NSDictionary button(const char* text)
     return {{"btn_text", text}};
 }
 
-TEST(CheckCanPlayNextVideo, TheCurrentAddressAndNoneCannot)
+TEST(CheckCanPlayNextVideo, IsFalseForTheCurrentAndANullAddress)
 {
     AdSession session;
     session.open();
@@ -29,7 +29,7 @@ TEST(CheckCanPlayNextVideo, TheCurrentAddressAndNoneCannot)
     EXPECT_FALSE(session->checkCanPlayNextVideo(nullptr));
 }
 
-TEST(CheckCanPlayNextVideo, ADifferentAddressCan)
+TEST(CheckCanPlayNextVideo, IsTrueForADifferentAddress)
 {
     AdSession session;
     session.open();
@@ -113,7 +113,7 @@ TEST(PlayNextVideo, GivenTrackingReplacesTheOld)
     EXPECT_EQ(as_text(session.ad().arrayReplayTrackingUrls), R"(["http://t/again"])");
 }
 
-TEST(PlayNextVideo, AnEmptyMilestoneTableIsNone)
+TEST(PlayNextVideo, AnEmptyMilestoneTableCountsAsAbsent)
 {
     AdSession session;
     session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"http://t/start"})}};
@@ -150,7 +150,7 @@ TEST(PlayNextVideo, NumbersThatComeAsTextsAreReadAsNumbers)
     EXPECT_FALSE(session.ad().bIsAutoClose);
 }
 
-TEST(PlayNextVideo, ButtonsThatAreNoListLeaveTheAdWithoutButtons)
+TEST(PlayNextVideo, ButtonsThatAreNotAListLeaveTheAdWithoutButtons)
 {
     AdSession session;
     session.ad().arrayButtonsInfo = {button("Buy")};
@@ -195,7 +195,7 @@ TEST(PlayNextVideo, AnAbsentIntervalLeavesTheTimer)
     EXPECT_EQ(session->timerSendTrackingToServer.fireDate(), 2.5);
 }
 
-TEST(PlayNextVideo, AnIntervalStartsTheHeartbeatAnew)
+TEST(PlayNextVideo, AnIntervalRestartsTheHeartbeat)
 {
     AdSession session;
     play(session);

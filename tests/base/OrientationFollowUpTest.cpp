@@ -36,7 +36,7 @@ TEST(OrientationFollowUp, RunsOnceAfterFiveSeconds)
     EXPECT_FALSE(session->timerCheckDeviceOrientation.repeats());
 }
 
-TEST(OrientationFollowUp, ANewCheckReplacesTheOneThatRuns)
+TEST(OrientationFollowUp, ANewCheckReplacesTheRunningOne)
 {
     AdSession session;
     expect_landscape(session);
@@ -49,7 +49,7 @@ TEST(OrientationFollowUp, ANewCheckReplacesTheOneThatRuns)
     EXPECT_EQ(session.count_of(LandscapeLayout), 0U);
 }
 
-TEST(OrientationFollowUp, MadeEarlyIsNotMadeAgain)
+TEST(OrientationFollowUp, IsNotRepeatedAfterAnEarlyCheck)
 {
     AdSession session;
     expect_landscape(session);

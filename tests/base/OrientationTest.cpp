@@ -37,7 +37,7 @@ TEST(StatusBarTurn, IsIgnoredWhileAStorePageBelongsToTheAd)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(StatusBarProbe, AnswersWhatTheApplicationSays)
+TEST(StatusBarProbe, ReturnsTheApplicationsOrientation)
 {
     World world = AdSession::manual_world();
     world.device.status_bar_hidden = true;
@@ -53,7 +53,7 @@ TEST(StatusBarProbe, AnswersWhatTheApplicationSays)
 
 // --------------------------------------------------------------------------------------------------- queries and calls
 
-TEST(CheckCanOrientation, FromLandscapeLeftAsksForAPortraitMode)
+TEST(CheckCanOrientation, FromLandscapeLeftRequiresAPortraitMode)
 {
     AdSession session;
     session.open();
@@ -64,7 +64,7 @@ TEST(CheckCanOrientation, FromLandscapeLeftAsksForAPortraitMode)
     EXPECT_FALSE(session->checkCanOrientation());
 }
 
-TEST(CheckCanOrientation, FromPortraitAsksForALandscapeMode)
+TEST(CheckCanOrientation, FromPortraitRequiresALandscapeMode)
 {
     AdSession session;
     session.open();
@@ -74,7 +74,7 @@ TEST(CheckCanOrientation, FromPortraitAsksForALandscapeMode)
     EXPECT_TRUE(session->checkCanOrientation());
 }
 
-TEST(CheckCanOrientation, FromLandscapeRightAndElsewhereIsAlwaysNo)
+TEST(CheckCanOrientation, FromLandscapeRightAndOthersIsAlwaysFalse)
 {
     AdSession session;
     has_both_modes(session);
@@ -108,7 +108,7 @@ TEST(ChangeOrientation, IsObeyedDuringAClickThroughToo)
     EXPECT_FALSE(session->bIsPortraitNow);
 }
 
-TEST(ChangeOrientation, IsTheLayoutAlone)
+TEST(ChangeOrientation, OnlyRunsTheLayout)
 {
     AdSession session;
     session.open();

@@ -79,7 +79,7 @@ TEST(LoadState, LoadingKeepsTheLoadedTimer)
 
 // ------------------------------------------------------------------------------------------------------- state changes
 
-TEST(ChangeVideoState, TellsTheScriptEachStateByItsName)
+TEST(ChangeVideoState, SendsTheScriptEachStateByItsName)
 {
     AdSession session;
     session.forget();
@@ -95,7 +95,7 @@ TEST(ChangeVideoState, TellsTheScriptEachStateByItsName)
     EXPECT_EQ(session->videoState, VideoEnded);
 }
 
-TEST(ChangeVideoState, AStateBeyondTheNamesIsKeptButNotTold)
+TEST(ChangeVideoState, AnUnnamedStateIsStoredButNotSent)
 {
     AdSession session;
     constexpr auto beyond = static_cast<VideoState>(6);
@@ -119,7 +119,7 @@ TEST(ChangeMoviePlayerStatus, OnlyAssigns)
 
 // --------------------------------------------------------------------------------------------------------- transitions
 
-TEST(VideoState, FollowsThePlayersReportsFromWhereverItStands)
+TEST(VideoState, FollowsThePlayersReportsFromAnyState)
 {
     const struct {
         const char* report;
@@ -145,7 +145,7 @@ TEST(VideoState, FollowsThePlayersReportsFromWhereverItStands)
     }
 }
 
-TEST(VideoState, AnErrorLeavesItAndTellsTheScriptNothing)
+TEST(VideoState, IsUnchangedByAnErrorAndSendsTheScriptNothing)
 {
     AdSession session;
     session.open();
@@ -158,7 +158,7 @@ TEST(VideoState, AnErrorLeavesItAndTellsTheScriptNothing)
     EXPECT_THAT(session.events(), IsEmpty());
 }
 
-TEST(MoviePlayerStatus, ChangesAccordingToWhereItStands)
+TEST(MoviePlayerStatus, DependsOnTheCurrentStatus)
 {
     constexpr auto none = QoroMoviePlayerStatusNone;
     constexpr auto resuming = QoroMoviePlayerStatusResuming;
@@ -234,7 +234,7 @@ TEST(MoviePlayerStatus, DecidesWhetherAPauseAndAPlayAreTracked)
 
 // ------------------------------------------------------------------------------------------------------------ dispatch
 
-TEST(MovieStateChange, StoppedTellsTheEndBeforeItsLogLineAndAppliesNoEndRule)
+TEST(MovieStateChange, StoppedReportsTheEndBeforeItsLogLineAndAppliesNoEndRule)
 {
     AdSession session;
     session.ad().bIsAutoClose = true;

@@ -36,7 +36,7 @@ TEST(SetPlayOrPause, APlayingVideoIsPaused)
     EXPECT_THAT(session.transcript(), ElementsAre("player pause"));
 }
 
-TEST(SetPlayOrPause, APausedVideoIsPlayedAndItsProgressGoesOn)
+TEST(SetPlayOrPause, APausedVideoIsPlayedAndItsProgressContinues)
 {
     AdSession session;
     session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"http://t/start"})}};
@@ -300,7 +300,7 @@ TEST(SetVideoSeekToTime, SeeksAndPushesTheBarsHidingBack)
     EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusSeeking);
 }
 
-TEST(SetVideoSeekToTime, WhileResumingLeavesNoneSoThatThePauseIsTracked)
+TEST(SetVideoSeekToTime, WhileResumingLeavesNoStatusSoThatThePauseIsTracked)
 {
     AdSession session;
     track(session);
@@ -440,7 +440,7 @@ TEST(VolumeChanged, BeforeThePlumbingIsBuiltDoesNothing)
     EXPECT_TRUE(session->bIsMute);
 }
 
-TEST(TotalTime, OfLessThanASecondIsNotAskedForAgain)
+TEST(TotalTime, OfLessThanASecondIsNotReadAgain)
 {
     AdSession session;
     session.open();

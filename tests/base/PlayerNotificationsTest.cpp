@@ -38,7 +38,7 @@ TEST(PlayVideo, RemovingThePlayersObserversLeavesTheInterruption)
     EXPECT_EQ(NSNotificationCenter::defaultCenter().count_of(&session.controller()), before + 1);
 }
 
-TEST(PlayVideo, OfAnotherSenderNeitherLoadNorFinishIsHeardButThePlaybackState)
+TEST(PlayVideo, OfAnotherSenderOnlyThePlaybackStateIsObserved)
 {
     const struct {
         std::string_view notification;
@@ -148,7 +148,7 @@ TEST(Interruption, AnyOtherTypeIsIgnored)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(Interruption, OfAnotherAudioSessionIsNotHeard)
+TEST(Interruption, OfAnotherAudioSessionIsIgnored)
 {
     AdSession session;
     session.open();

@@ -59,7 +59,7 @@ TEST(PlayVideo, RunsItsStepsInOrder)
                             "log 0 Added Count Down View", opened));
 }
 
-TEST(PlayVideo, AnEmptyAddressMakesNoPlayerAndSaysSo)
+TEST(PlayVideo, AnEmptyAddressMakesNoPlayerAndLogsIt)
 {
     AdSession session;
     session.ad().strVideoUrl = "";
@@ -229,7 +229,7 @@ TEST(PlayVideo, MilestonesStartUnsent)
     EXPECT_TRUE(session->bUseVASTTracking);
 }
 
-TEST(PlayVideo, AnEmptyMilestoneTableIsNone)
+TEST(PlayVideo, AnEmptyMilestoneTableCountsAsAbsent)
 {
     AdSession session;
     session.ad().dicTrackingUrls = NSDictionary::dictionary();
@@ -371,7 +371,7 @@ TEST(PlayVideo, AfterAnEndTheBarsAreNotToHide)
     EXPECT_FALSE(session->timerSetControllerButtonHide);
 }
 
-TEST(PlayVideo, ASecondVideoLoadsAnewAndReplacesTheTimers)
+TEST(PlayVideo, ASecondVideoLoadsAgainAndReplacesTheTimers)
 {
     AdSession session;
     session.ad().iBufferingSufferTime = 10;

@@ -114,7 +114,7 @@ TEST(PlayVideo, WithoutABackgroundColourThePageIsTransparent)
     EXPECT_EQ(session->webView().alpha(), 0.0);
 }
 
-TEST(PlayVideo, ThePageStandsInTheViewAndTheViewInAWindowAboveTheStatusBar)
+TEST(PlayVideo, ThePageIsInTheViewAndTheViewInAWindowAboveTheStatusBar)
 {
     AdSession session;
 

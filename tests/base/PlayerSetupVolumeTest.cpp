@@ -35,7 +35,7 @@ TEST(PlayVideo, TheVolumesSliderIsFoundAndItsVolumeRemembered)
     EXPECT_EQ(session->fDefaultVolume, 0.25F);
 }
 
-TEST(PlayVideo, TheVolumeViewStandsFortyPointsNarrowerInTheView)
+TEST(PlayVideo, TheVolumeViewIsFortyPointsNarrowerThanTheView)
 {
     AdSession session;
 

@@ -153,7 +153,7 @@ TEST(Playing, ACountdownThatHasRunOutIsNotStartedAgain)
     EXPECT_FALSE(session->timerCloseBtnCountdown.isValid());
 }
 
-TEST(Playing, ACountdownOfNothingIsStartedAllTheSame)
+TEST(Playing, ACountdownOfZeroIsStartedToo)
 {
     AdSession session;
     session.ad().iCloseBtnCountdown = 0;
@@ -261,7 +261,7 @@ TEST(Playing, AReplayAfterTheEndIsNoResumption)
     EXPECT_FALSE(session->bIsPlayFinish);
 }
 
-TEST(Playing, EndsTheNextVideosSwapAndBeingOutOfTheApp)
+TEST(Playing, ClearsTheNextVideoAndOutOfAppFlags)
 {
     AdSession session;
     session.open();

@@ -18,7 +18,7 @@ CGRect video_frame(const AdSession& session)
 
 // -------------------------------------------------------------------------------------------------------------- frames
 
-TEST(PortraitLayout, AVideoAtTheTopOfATallScreenStandsBelowTheHousingAndAboveThePage)
+TEST(PortraitLayout, AVideoAtTheTopOfATallScreenIsBelowTheHousingAndAboveThePage)
 {
     AdSession session;
 
@@ -29,7 +29,7 @@ TEST(PortraitLayout, AVideoAtTheTopOfATallScreenStandsBelowTheHousingAndAboveThe
     EXPECT_EQ(session->webView().frame(), (CGRect{0, 254.9375, 375, 523.0625}));
 }
 
-TEST(PortraitLayout, AVideoAtTheBottomStandsBelowThePage)
+TEST(PortraitLayout, AVideoAtTheBottomIsBelowThePage)
 {
     AdSession session;
     session.ad().portraitVideoPos = BOTTOM;
@@ -40,7 +40,7 @@ TEST(PortraitLayout, AVideoAtTheBottomStandsBelowThePage)
     EXPECT_EQ(video_frame(session), (CGRect{0, 567.0625, 375, 210.9375}));
 }
 
-TEST(PortraitLayout, AVideoInTheMiddleStandsOverThePage)
+TEST(PortraitLayout, AVideoInTheMiddleIsOverThePage)
 {
     AdSession session;
     session.ad().portraitVideoPos = MIDDLE;
@@ -78,7 +78,7 @@ TEST(PortraitLayout, AFullVideoStaysWithinATallScreensInsets)
     EXPECT_EQ(session->webView().frame(), (CGRect{0, 44, 375, 734}));
 }
 
-TEST(PortraitLayout, AVideoAtASideOrNowhereStandsAtTheTopOverAPageOfItsHeight)
+TEST(PortraitLayout, AVideoAtASideOrWithoutAPositionIsAtTheTopOverAPageOfItsHeight)
 {
     for (const ViewPosition position : {LEFT, RIGHT, ViewPosition{}}) {
         SCOPED_TRACE(position);
@@ -139,7 +139,7 @@ TEST(PortraitLayout, TheBandStaysWhereItWasPlacedEvenWhenThePageHasMoved)
     EXPECT_EQ(video_frame(session), (CGRect{0, 567.0625, 375, 375}));
 }
 
-TEST(PortraitLayout, ABandAtTheVeryTopHasBeenPlacedToo)
+TEST(PortraitLayout, ABandAtTheVeryTopCountsAsPlaced)
 {
     AdSession session(screen_of(375, 811));
     session.open();
@@ -151,7 +151,7 @@ TEST(PortraitLayout, ABandAtTheVeryTopHasBeenPlacedToo)
     EXPECT_EQ(session->fPortraitModeVideoPosY, 0);
 }
 
-TEST(PortraitLayout, AForgottenPlaceIsFoundAnew)
+TEST(PortraitLayout, AClearedPlaceIsComputedAgain)
 {
     AdSession session;
     session.open();
@@ -337,7 +337,7 @@ TEST(PortraitLayout, BeforeIOS8AFullVideoInALockedHostIsNotTurnedBack)
     EXPECT_EQ(session->webView().transform().angle, 0);
 }
 
-TEST(PortraitLayout, AFullVideoInAHostThatTurnsIsNotTurnedBack)
+TEST(PortraitLayout, AFullVideoInAHostThatRotatesIsNotTurnedBack)
 {
     AdSession session(AdSession::manual_world(), rotating_host());
     session.ad().portraitVideoPos = FULL;

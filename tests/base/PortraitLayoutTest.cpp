@@ -16,7 +16,7 @@ constexpr const char* VideoIsVisible = R"(js video_visibilitychange {"e":{"visib
 
 // --------------------------------------------------------------------------------------------------- reports and state
 
-TEST(PortraitLayout, TellsTheScriptThenShowsTheSpinnerThenPlacesTheCloseButton)
+TEST(PortraitLayout, SendsAScriptEventThenShowsTheSpinnerThenPlacesTheCloseButton)
 {
     AdSession session;
     session.open();
@@ -48,7 +48,7 @@ TEST(PortraitLayout, AFullVideoIsNotShownByIt)
                                                   "log 0 Added Count Down View"));
 }
 
-TEST(PortraitLayout, AfterALandscapeVideoThatMayBeHiddenTheScriptHearsNothingOfVisibility)
+TEST(PortraitLayout, AfterALandscapeVideoThatMayBeHiddenNoVisibilityEventIsSent)
 {
     AdSession session;
     session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
@@ -61,7 +61,7 @@ TEST(PortraitLayout, AfterALandscapeVideoThatMayBeHiddenTheScriptHearsNothingOfV
     EXPECT_EQ(session.count_of(VideoIsVisible), 0U);
 }
 
-TEST(PortraitLayout, AfterAHiddenLandscapeVideoTheVideoIsShownAndTheHidingForgotten)
+TEST(PortraitLayout, AfterAHiddenLandscapeVideoTheVideoIsShownAndTheHiddenFlagCleared)
 {
     AdSession session;
     session.ad().landscapeModeType = VIDEO_AND_WEBVIEW;
@@ -131,7 +131,7 @@ TEST(PortraitLayout, PutsTheVideoOverThePageAndTheHiddenImageOnTop)
     EXPECT_EQ(session->miImageView.frame(), (CGRect{0, 44, 375, 210.9375}));
 }
 
-TEST(PortraitLayout, PutsEverythingOverWhatElseTheWindowHolds)
+TEST(PortraitLayout, PutsEverythingOverOtherViewsOfTheWindow)
 {
     AdSession session;
     session.open();
@@ -145,7 +145,7 @@ TEST(PortraitLayout, PutsEverythingOverWhatElseTheWindowHolds)
         ElementsAre(other, UIView(session->view()), session->qoroMoviePlayer.view(), UIView(session->miImageView)));
 }
 
-TEST(PortraitLayout, WithoutAWindowVideoAndHiddenImageStandNowhere)
+TEST(PortraitLayout, WithoutAWindowVideoAndHiddenImageHaveNoParent)
 {
     AdSession session;
     session.open();
@@ -170,7 +170,7 @@ TEST(PortraitLayout, TheBrandTextIsHidden)
     EXPECT_EQ(session->btnBrandIcon.frame(), (CGRect{51, 0, 41, 41}));
 }
 
-TEST(PortraitLayout, ACloseButtonThatTheScriptTookOverIsPutBack)
+TEST(PortraitLayout, ACloseButtonTakenOverByTheScriptIsRestored)
 {
     AdSession session;
     session.open();
@@ -248,7 +248,7 @@ TEST(PortraitLayout, OffersNoFullScreenForAFullVideo)
     EXPECT_TRUE(session->btnScreenScale.isHidden());
 }
 
-TEST(PortraitLayout, APageInFrontTakesTheControlsAway)
+TEST(PortraitLayout, APageInFrontRemovesTheControls)
 {
     AdSession session;
     session.ad().strWebViewUrl = "http://ad/page.html";
@@ -260,7 +260,7 @@ TEST(PortraitLayout, APageInFrontTakesTheControlsAway)
     EXPECT_FALSE(session->btnMute);
 }
 
-TEST(PortraitLayout, APageInFrontHasTakenTheControlsAwayWhenTheTimeIsReported)
+TEST(PortraitLayout, APageInFrontRemovesTheControlsBeforeTheTimeIsReported)
 {
     AdSession session;
     session.open();
@@ -276,7 +276,7 @@ TEST(PortraitLayout, APageInFrontHasTakenTheControlsAwayWhenTheTimeIsReported)
 
 // ---------------------------------------------------------------------------------------------------- pending rotation
 
-TEST(PortraitLayout, ExpectsADeviceThatIsHeldOtherwiseToBeTurned)
+TEST(PortraitLayout, ExpectsADeviceInAnotherOrientationToBeTurned)
 {
     AdSession session;
     session.ad().landscapeModeType = ONLY_VIDEO;

@@ -29,7 +29,7 @@ TEST(PrePauseStatus, ALocationsStatusIsKept)
     EXPECT_FALSE(session->prePauseStatusAtLocation(6));
 }
 
-TEST(PrePauseStatus, SettingItBeforeAnyQuestionLeavesNoTrace)
+TEST(PrePauseStatus, SettingItBeforeAnyQueryHasNoEffect)
 {
     AdSession session;
 
@@ -51,7 +51,7 @@ TEST(PrePauseStatus, ResettingKeepsTheLocationsAndTurnsThemOff)
     EXPECT_EQ(as_text(session->prePauseStatusDict), R"({"5":false,"10":false})");
 }
 
-TEST(PrePauseStatus, ResettingBeforeAnyQuestionMakesNothing)
+TEST(PrePauseStatus, ResettingBeforeAnyQueryMakesNoTable)
 {
     AdSession session;
 
@@ -107,7 +107,7 @@ TEST(PrePause, TheLocationZeroNeverPauses)
     EXPECT_THAT(session.lines("player"), IsEmpty());
 }
 
-TEST(PrePause, ASeekPastTwoLocationsAsksForTwoPausesInOneTick)
+TEST(PrePause, ASeekPastTwoLocationsPausesTwiceInOneTick)
 {
     AdSession session;
     session.ad().arrayPrePauseLocations = {5, 10};
@@ -246,7 +246,7 @@ TEST(PrePauseTick, PausesAtEachLocationOnce)
     EXPECT_THAT(session.lines("player"), IsEmpty());
 }
 
-TEST(PrePauseTick, TellsTheTimeThenJumpsBackThenPauses)
+TEST(PrePauseTick, ReportsTheTimeThenJumpsBackThenPauses)
 {
     AdSession session;
     session.ad().arrayPrePauseLocations = {5};
@@ -292,7 +292,7 @@ TEST(PrePauseTick, ALocationBeforeTheStartIsReachedAtOnce)
     EXPECT_TRUE(session->prePauseStatusAtLocation(-3));
 }
 
-TEST(PrePauseTick, KnowsNoLocationZero)
+TEST(PrePauseTick, IgnoresALocationOfZero)
 {
     AdSession session;
     session.ad().arrayPrePauseLocations = {0};

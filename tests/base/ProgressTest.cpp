@@ -40,7 +40,7 @@ struct AskingParent : QoroPhoneGapViewController {
     std::string answer;
 };
 
-TEST(InitSendTrackingState, LeavesStatesThatTheAdDoesNotName)
+TEST(InitSendTrackingState, KeepsStatesThatTheAdDoesNotName)
 {
     AdSession session;
     session.ad().dicTrackingUrls = {{"start", NSArray::of_strings({"http://t/start"})}};
@@ -99,7 +99,7 @@ TEST(StartTrackingInterval, NotANumberIsUsedAsItIsAndNeverFires)
     EXPECT_THAT(session.fetched(), IsEmpty());
 }
 
-TEST(StartTrackingInterval, StopsTheTimerBeforeIt)
+TEST(StartTrackingInterval, StopsThePreviousTimer)
 {
     AdSession session;
     session.open();
@@ -151,7 +151,7 @@ TEST(Heartbeat, IsSilentWhilePaused)
     EXPECT_THAT(session.fetched(), IsEmpty());
 }
 
-TEST(Heartbeat, WithMilestonesThereIsNone)
+TEST(Heartbeat, IsNotSentWithMilestones)
 {
     AdSession session;
     track_milestones(session);
@@ -197,7 +197,7 @@ TEST(Milestones, AreDueFromTheirShareOn)
     }
 }
 
-TEST(Milestones, TheTimesAreTakenInSinglePrecision)
+TEST(Milestones, TheTimesAreRoundedToSinglePrecision)
 {
     AdSession session;
     track_milestones(session);
@@ -210,7 +210,7 @@ TEST(Milestones, TheTimesAreTakenInSinglePrecision)
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/start", "http://t/first"));
 }
 
-TEST(Milestones, TheShareIsTakenInSinglePrecision)
+TEST(Milestones, TheShareIsComputedInSinglePrecision)
 {
     // Below three quarters in double precision; rounds up to them in single precision.
     constexpr float duration = 6.1F;
@@ -239,7 +239,7 @@ TEST(Milestones, AtATimeThatIsNoNumberOnlyStartIsSent)
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/start"));
 }
 
-TEST(Milestones, WithoutATableOfWhatWasSentAreSentOnEveryTick)
+TEST(Milestones, WithoutATableOfSentOnesAreSentOnEveryTick)
 {
     AdSession session;
     session.ad().strVideoUrl = "";
@@ -378,7 +378,7 @@ TEST(TimeOffsets, AreSentOnceOnTheFirstTickThatReachesThem)
     EXPECT_EQ(as_text(session.ad().dicProgressTrackingUrls), "{}");
 }
 
-TEST(TimeOffsets, ZeroAndWhatIsNoNumberAreDueAtOnceInTheirOrder)
+TEST(TimeOffsets, ZeroAndInvalidNumbersAreDueAtOnceInTheirOrder)
 {
     AdSession session;
     track_milestones(session);
@@ -439,7 +439,7 @@ TEST(TimeOffsets, WithoutMilestonesAreNeverSent)
     EXPECT_THAT(session.fetched(), IsEmpty());
 }
 
-TEST(Milestones, OfAVideoOfLessThanASecondAreSharesAllTheSame)
+TEST(Milestones, OfAVideoOfLessThanASecondAreSharesToo)
 {
     AdSession session;
     session.ad().dicTrackingUrls = {{"midpoint", NSArray::of_strings({"http://t/half"})}};

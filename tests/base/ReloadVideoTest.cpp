@@ -41,7 +41,7 @@ TEST(ReloadVideo, RunsItsStepsInOrder)
                                                   "log 0 Added Count Down View"));
 }
 
-TEST(ReloadVideo, SaysNeitherLoadingNorOpened)
+TEST(ReloadVideo, SendsNeitherLoadingNorOpened)
 {
     AdSession session;
     play(session);
@@ -53,7 +53,7 @@ TEST(ReloadVideo, SaysNeitherLoadingNorOpened)
     EXPECT_TRUE(session->bIsLoaded);
 }
 
-TEST(ReloadVideo, TheCacheIsNotAsked)
+TEST(ReloadVideo, TheCacheIsNotUsed)
 {
     World world = AdSession::manual_world();
     world.cached["http://ad/v.mp4"] = "/cache/v.mp4";
@@ -144,7 +144,7 @@ TEST(ReloadVideo, TheVideoIsPlacedAfreshAndTheBarsAreToHide)
     EXPECT_THAT(session.events(), Contains(StartsWith("video_orientation")));
 }
 
-TEST(ReloadVideo, TheOldPlayersPictureGivesItsPlaceToTheNewOnes)
+TEST(ReloadVideo, TheNewPlayersPictureReplacesTheOldOnes)
 {
     AdSession session;
     play(session);

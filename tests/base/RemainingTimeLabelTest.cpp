@@ -27,7 +27,7 @@ void open_full_screen(AdSession& session)
 
 // ---------------------------------------------------------------------------------------------------------------- band
 
-TEST(RemainingTimeLabel, StandsInTheLowerLeftCornerOfTheBand)
+TEST(RemainingTimeLabel, IsInTheLowerLeftCornerOfTheBand)
 {
     AdSession session;
     session.open();
@@ -52,7 +52,7 @@ TEST(RemainingTimeLabel, IsAsLargeAsItsTextAndNoWiderThan296Points)
     EXPECT_EQ(session->labelRemainderTime.frame(), (CGRect{10, 180.4375, 296, 20}));
 }
 
-TEST(RemainingTimeLabel, StandsOnAnEdgeOfSinglePrecision)
+TEST(RemainingTimeLabel, IsOnAnEdgeRoundedToSinglePrecision)
 {
     AdSession session;
     session.open();
@@ -64,7 +64,7 @@ TEST(RemainingTimeLabel, StandsOnAnEdgeOfSinglePrecision)
     EXPECT_EQ(session->labelRemainderTime.frame().y, static_cast<double>(210.1F) - 16 - 10.5);
 }
 
-TEST(RemainingTimeLabel, OfABandInALockedHostStandsOnTheBandsLowerEdge)
+TEST(RemainingTimeLabel, OfABandInALockedHostIsOnTheBandsLowerEdge)
 {
     AdSession session;
     session.open();
@@ -77,7 +77,7 @@ TEST(RemainingTimeLabel, OfABandInALockedHostStandsOnTheBandsLowerEdge)
     EXPECT_EQ(session->labelRemainderTime.frame().y, 184.4375);
 }
 
-TEST(RemainingTimeLabel, StandsOnTopOfTheVideo)
+TEST(RemainingTimeLabel, IsTheTopmostViewOfTheVideo)
 {
     AdSession session;
     session.open();
@@ -106,7 +106,7 @@ TEST(RemainingTimeLabel, LeavesTheScreenWithThePlayer)
 
 // --------------------------------------------------------------------------------------------------------- full screen
 
-TEST(RemainingTimeLabel, InFullScreenStandsOnTheScreensLowerEdge)
+TEST(RemainingTimeLabel, InFullScreenIsOnTheScreensLowerEdge)
 {
     AdSession session;
     open_full_screen(session);
@@ -117,7 +117,7 @@ TEST(RemainingTimeLabel, InFullScreenStandsOnTheScreensLowerEdge)
     EXPECT_EQ(session->labelRemainderTime.frame().y, 348.5);
 }
 
-TEST(RemainingTimeLabel, InFullScreenInAHostLockedOtherwiseOnAnUprightDeviceStandsOnTheScreensWidth)
+TEST(RemainingTimeLabel, InFullScreenInAHostLockedOtherwiseOnAnUprightDeviceIsOnTheScreensWidth)
 {
     AdSession session;
     open_full_screen(session);
@@ -128,7 +128,7 @@ TEST(RemainingTimeLabel, InFullScreenInAHostLockedOtherwiseOnAnUprightDeviceStan
     EXPECT_EQ(session->labelRemainderTime.frame().y, 348.5);
 }
 
-TEST(RemainingTimeLabel, InFullScreenOnAnUprightDeviceStandsOnTheScreensWidth)
+TEST(RemainingTimeLabel, InFullScreenOnAnUprightDeviceIsOnTheScreensWidth)
 {
     AdSession session;
     open_full_screen(session);
@@ -138,7 +138,7 @@ TEST(RemainingTimeLabel, InFullScreenOnAnUprightDeviceStandsOnTheScreensWidth)
     EXPECT_EQ(session->labelRemainderTime.frame().y, 348.5);
 }
 
-TEST(RemainingTimeLabel, TheLandscapeLocksSideCountsForNothingWithoutTheLock)
+TEST(RemainingTimeLabel, TheLockedSideIsIgnoredWithoutTheLock)
 {
     AdSession session(turned_screen(false));
     open_full_screen(session);
@@ -150,7 +150,7 @@ TEST(RemainingTimeLabel, TheLandscapeLocksSideCountsForNothingWithoutTheLock)
     EXPECT_EQ(session->labelRemainderTime.frame().y, 348.5);
 }
 
-TEST(RemainingTimeLabel, InAHostLockedToLandscapeStandsOnTheScreensHeight)
+TEST(RemainingTimeLabel, InAHostLockedToLandscapeIsOnTheScreensHeight)
 {
     AdSession session(turned_screen(true));
     open_full_screen(session);
@@ -162,7 +162,7 @@ TEST(RemainingTimeLabel, InAHostLockedToLandscapeStandsOnTheScreensHeight)
     EXPECT_EQ(session->labelRemainderTime.frame().y, 348.5);
 }
 
-TEST(RemainingTimeLabel, InAHostLockedToLandscapeBeforeIOS8StandsOnTheScreensWidth)
+TEST(RemainingTimeLabel, InAHostLockedToLandscapeBeforeIOS8IsOnTheScreensWidth)
 {
     AdSession session(turned_screen(false));
     open_full_screen(session);
@@ -174,7 +174,7 @@ TEST(RemainingTimeLabel, InAHostLockedToLandscapeBeforeIOS8StandsOnTheScreensWid
     EXPECT_EQ(session->labelRemainderTime.frame().y, 785.5);
 }
 
-TEST(RemainingTimeLabel, InALockedHostOnALandscapeDeviceStandsOnTheScreensWidth)
+TEST(RemainingTimeLabel, InALockedHostOnALandscapeDeviceIsOnTheScreensWidth)
 {
     AdSession session(turned_screen(true));
     open_full_screen(session);
@@ -186,7 +186,7 @@ TEST(RemainingTimeLabel, InALockedHostOnALandscapeDeviceStandsOnTheScreensWidth)
     EXPECT_EQ(session->labelRemainderTime.frame().y, 785.5);
 }
 
-TEST(RemainingTimeLabel, InALockedHostOnALandscapeDeviceBeforeIOS8StandsOnTheScreensHeight)
+TEST(RemainingTimeLabel, InALockedHostOnALandscapeDeviceBeforeIOS8IsOnTheScreensHeight)
 {
     AdSession session(turned_screen(false));
     open_full_screen(session);
@@ -198,7 +198,7 @@ TEST(RemainingTimeLabel, InALockedHostOnALandscapeDeviceBeforeIOS8StandsOnTheScr
     EXPECT_EQ(session->labelRemainderTime.frame().y, 348.5);
 }
 
-TEST(RemainingTimeLabel, InALockedHostOnADeviceUpsideDownItStandsOnTheScreensHeight)
+TEST(RemainingTimeLabel, InALockedHostOnADeviceUpsideDownIsOnTheScreensHeight)
 {
     AdSession session;
     session.open();
@@ -216,7 +216,7 @@ TEST(RemainingTimeLabel, InALockedHostOnADeviceUpsideDownItStandsOnTheScreensHei
 
 // ------------------------------------------------------------------------------------------------- full portrait video
 
-TEST(RemainingTimeLabel, OfAFullPortraitVideoStandsOnTheVideosLowerEdge)
+TEST(RemainingTimeLabel, OfAFullPortraitVideoIsOnTheVideosLowerEdge)
 {
     AdSession session;
     session.ad().portraitVideoPos = FULL;
@@ -228,7 +228,7 @@ TEST(RemainingTimeLabel, OfAFullPortraitVideoStandsOnTheVideosLowerEdge)
     EXPECT_EQ(session->labelRemainderTime.frame().y, 707.5);
 }
 
-TEST(RemainingTimeLabel, OfAFullPortraitVideoInAHostLockedOtherwiseStandsOnTheVideosLowerEdge)
+TEST(RemainingTimeLabel, OfAFullPortraitVideoInAHostLockedOtherwiseIsOnTheVideosLowerEdge)
 {
     AdSession session;
     session.ad().portraitVideoPos = FULL;
@@ -241,7 +241,7 @@ TEST(RemainingTimeLabel, OfAFullPortraitVideoInAHostLockedOtherwiseStandsOnTheVi
     EXPECT_EQ(session->labelRemainderTime.frame().y, 707.5);
 }
 
-TEST(RemainingTimeLabel, OfAFullPortraitVideoWithTheLandscapeSideButNoLockStandsOnTheVideosLowerEdge)
+TEST(RemainingTimeLabel, OfAFullPortraitVideoWithTheLandscapeSideButNoLockIsOnTheVideosLowerEdge)
 {
     AdSession session;
     session.ad().portraitVideoPos = FULL;
@@ -254,7 +254,7 @@ TEST(RemainingTimeLabel, OfAFullPortraitVideoWithTheLandscapeSideButNoLockStands
     EXPECT_EQ(session->labelRemainderTime.frame().y, 707.5);
 }
 
-TEST(RemainingTimeLabel, OfAFullPortraitVideoInAHostLockedToLandscapeStandsOnTheVideosWidth)
+TEST(RemainingTimeLabel, OfAFullPortraitVideoInAHostLockedToLandscapeIsOnTheVideosWidth)
 {
     AdSession session;
     session.ad().portraitVideoPos = FULL;

@@ -24,7 +24,7 @@ TEST(RemainingTimeTick, IsOneSecondWithoutPrePauseLocations)
     EXPECT_TRUE(session->timerUpdateRemainderTime.repeats());
 }
 
-TEST(RemainingTimeTick, IsATenthWithAListOfThemEvenAnEmptyOne)
+TEST(RemainingTimeTick, IsATenthWithAListOfLocationsEvenAnEmptyOne)
 {
     AdSession session;
     session.ad().arrayPrePauseLocations = NSArray(std::vector<Value>{});
@@ -35,7 +35,7 @@ TEST(RemainingTimeTick, IsATenthWithAListOfThemEvenAnEmptyOne)
     EXPECT_EQ(session->timerUpdateRemainderTime.timeInterval(), 0.1);
 }
 
-TEST(RemainingTimeTick, IsChosenAnewWithEachPlay)
+TEST(RemainingTimeTick, IsChosenAgainWithEachPlay)
 {
     AdSession session;
     session.open();
@@ -49,7 +49,7 @@ TEST(RemainingTimeTick, IsChosenAnewWithEachPlay)
     EXPECT_EQ(session->timerUpdateRemainderTime.fireDate(), 0.6);
 }
 
-TEST(RemainingTimeTick, ReplacesTheOneThatRan)
+TEST(RemainingTimeTick, ReplacesThePreviousOne)
 {
     AdSession session;
     session.open();
@@ -64,7 +64,7 @@ TEST(RemainingTimeTick, ReplacesTheOneThatRan)
     EXPECT_EQ(session.events().size(), 1U);
 }
 
-TEST(RemainingTimeTick, TellsTheScriptTheWholeSecondsPlayed)
+TEST(RemainingTimeTick, SendsTheScriptTheWholeSecondsPlayed)
 {
     AdSession session;
     session.open();
@@ -78,7 +78,7 @@ TEST(RemainingTimeTick, TellsTheScriptTheWholeSecondsPlayed)
     EXPECT_EQ(session->labelRemainderTime.text(), "01:05");
 }
 
-TEST(RemainingTimeTick, OfAPausedVideoTellsNothingButKeepsTheLabel)
+TEST(RemainingTimeTick, OfAPausedVideoSendsNothingButUpdatesTheLabel)
 {
     AdSession session;
     session.ad().arrayPrePauseLocations = {5};
@@ -107,7 +107,7 @@ TEST(RemainingTimeTick, AfterTheEndTheLabelShowsNothingLeft)
     EXPECT_EQ(session->labelRemainderTime.text(), "00:00");
 }
 
-TEST(RemainingTimeTick, BeyondTheTotalTheLabelGoesBelowZero)
+TEST(RemainingTimeTick, BeyondTheTotalTheLabelIsNegative)
 {
     AdSession session;
     session.open();
@@ -119,7 +119,7 @@ TEST(RemainingTimeTick, BeyondTheTotalTheLabelGoesBelowZero)
     EXPECT_EQ(session->labelRemainderTime.text(), "00:-5");
 }
 
-TEST(RemainingTimeTick, WithoutADurationNothingIsToldAndTheLabelIsLeftAlone)
+TEST(RemainingTimeTick, WithoutADurationNothingIsSentAndTheLabelIsUnchanged)
 {
     AdSession session;
     session.open();
@@ -133,7 +133,7 @@ TEST(RemainingTimeTick, WithoutADurationNothingIsToldAndTheLabelIsLeftAlone)
     EXPECT_EQ(session->labelRemainderTime.text(), "as it was");
 }
 
-TEST(RemainingTimeTick, TakesTheDurationWhenItIsKnownAtLast)
+TEST(RemainingTimeTick, TakesTheDurationOnceItIsKnown)
 {
     AdSession session;
     session.open();
@@ -145,7 +145,7 @@ TEST(RemainingTimeTick, TakesTheDurationWhenItIsKnownAtLast)
     EXPECT_EQ(session->fTotalTime, 29.9F);
 }
 
-TEST(RemainingTimeTick, KeepsATotalThatItHas)
+TEST(RemainingTimeTick, KeepsAKnownTotal)
 {
     AdSession session;
     session.open();
@@ -170,7 +170,7 @@ TEST(RemainingTimeTick, KeepsATotalOfLessThanASecond)
     EXPECT_EQ(session->labelRemainderTime.text(), "00:00");
 }
 
-TEST(RemainingTimeTick, BackFromAnotherAppTheVideoJumpsToWhereItStood)
+TEST(RemainingTimeTick, BackFromAnotherAppTheVideoJumpsToItsLastPosition)
 {
     AdSession session;
     session.open();
@@ -186,7 +186,7 @@ TEST(RemainingTimeTick, BackFromAnotherAppTheVideoJumpsToWhereItStood)
     EXPECT_EQ(session->qoroMoviePlayerStatus, QoroMoviePlayerStatusNone);
 }
 
-TEST(Tick, ThatChangesNothingVisibleAsksForNoMemory)
+TEST(Tick, ThatChangesNothingVisibleAllocatesNoMemory)
 {
     AdSession session;
     session.open();

@@ -40,7 +40,7 @@ TEST(RemoveBtnClose, CustomCloseInLandscapeLeavesTheButtonThatHidesTheVideo)
     EXPECT_TRUE(session->btnClose.superview());
 }
 
-TEST(RemoveBtnClose, OnceTheVideoIsHiddenTheLandscapeButtonGoesToo)
+TEST(RemoveBtnClose, OnceTheVideoIsHiddenTheLandscapeButtonIsRemovedToo)
 {
     AdSession session;
     show_hide_button(session);
@@ -64,7 +64,7 @@ TEST(RemoveBtnClose, AnAdLaunchedInLandscapeLeftCountsAsLandscape)
     EXPECT_TRUE(session->btnClose.superview());
 }
 
-TEST(RemoveBtnClose, AnAdLaunchedInLandscapeRightDoesNot)
+TEST(RemoveBtnClose, AnAdLaunchedInLandscapeRightDoesNotCountAsLandscape)
 {
     AdSession session;
     has_hide_button(session);
@@ -90,7 +90,7 @@ TEST(RemoveBtnClose, EitherLandscapeSideOfTheDeviceCounts)
     }
 }
 
-TEST(RemoveBtnClose, InLandscapeTheButtonGoesUnlessItHidesTheVideo)
+TEST(RemoveBtnClose, InLandscapeTheButtonIsRemovedUnlessItHidesTheVideo)
 {
     AdSession session;
     show_hide_button(session);

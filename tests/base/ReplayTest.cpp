@@ -66,7 +66,7 @@ TEST(VideoReplay, DuringANextVideosSwapSendsNone)
     EXPECT_FALSE(session->bPlayNextVideo);
 }
 
-TEST(VideoReplay, WithTheButtonsGoneNobodyCountsAsTheButton)
+TEST(VideoReplay, WithTheControlsRemovedANullSenderIsNotTheReplayButton)
 {
     AdSession session;
     session.ad().arrayReplayTrackingUrls = {"http://t/1"};
@@ -78,7 +78,7 @@ TEST(VideoReplay, WithTheButtonsGoneNobodyCountsAsTheButton)
     EXPECT_THAT(session.fetched(), IsEmpty());
 }
 
-TEST(VideoReplay, AskedForByAnotherButtonSendsNone)
+TEST(VideoReplay, StartedByAnotherButtonSendsNone)
 {
     AdSession session;
     session.ad().arrayReplayTrackingUrls = {"http://t/1"};

@@ -29,7 +29,7 @@ TEST(ScriptCommands, AddEventListenerRecordsAListener)
     EXPECT_EQ(as_text(session->dicEventListener), R"({"video_play":[["l-1","c-1"]]})");
 }
 
-TEST(ScriptCommands, AListenersIdServesForAnAbsentCallback)
+TEST(ScriptCommands, AListenersIdReplacesAnAbsentCallback)
 {
     AdSession session;
 
@@ -244,7 +244,7 @@ TEST(ScriptCommands, SuperfluousArgumentsAreIgnored)
     EXPECT_THAT(session.lines("player"), ElementsAre("seek 3"));
 }
 
-TEST(ScriptCommands, WithoutTheirArgumentsTheySayHowManyTheyTake)
+TEST(ScriptCommands, WithoutTheirArgumentsTheErrorSaysHowManyTheyTake)
 {
     AdSession session;
 

@@ -35,7 +35,7 @@ constexpr Told LateListeners[] = {
     {"onhide", Never, VideoEnded, ""},
 };
 
-TEST(AddEventListener, ALateListenerIsToldWhatItsEventAndTheVideosStateCallFor)
+TEST(AddEventListener, ALateListenerReceivesTheEventForTheVideosCurrentState)
 {
     for (const Told& row : LateListeners) {
         for (std::uint32_t state = VideoLoading; state <= VideoEnded; ++state) {
@@ -54,7 +54,7 @@ TEST(AddEventListener, ALateListenerIsToldWhatItsEventAndTheVideosStateCallFor)
     }
 }
 
-TEST(AddEventListener, ALateListenerOfLoadingIsToldAgain)
+TEST(AddEventListener, ALateListenerOfLoadingReceivesTheEventAgain)
 {
     AdSession session;
     session.open();
@@ -65,7 +65,7 @@ TEST(AddEventListener, ALateListenerOfLoadingIsToldAgain)
     EXPECT_THAT(session.transcript(), ElementsAre("js video_loading null 1"));
 }
 
-TEST(AddEventListener, AListenerOfLoadingIsToldNothingOnceTheVideoHasLoaded)
+TEST(AddEventListener, AListenerOfLoadingReceivesNothingOnceTheVideoHasLoaded)
 {
     AdSession session;
     session.open();
@@ -77,7 +77,7 @@ TEST(AddEventListener, AListenerOfLoadingIsToldNothingOnceTheVideoHasLoaded)
     EXPECT_THAT(session.events(), IsEmpty());
 }
 
-TEST(AddEventListener, AListenerOfLoadedIsToldNothingWhileTheVideoLoads)
+TEST(AddEventListener, AListenerOfLoadedReceivesNothingWhileTheVideoLoads)
 {
     AdSession session;
     session.open();
@@ -89,7 +89,7 @@ TEST(AddEventListener, AListenerOfLoadedIsToldNothingWhileTheVideoLoads)
     EXPECT_EQ(session->videoState, VideoLoading);
 }
 
-TEST(AddEventListener, AListenerOfLoadedIsToldNothingASecondTime)
+TEST(AddEventListener, AListenerOfLoadedReceivesNothingASecondTime)
 {
     AdSession session;
     session.open();
@@ -130,7 +130,7 @@ TEST(AddEventListener, AListenerOfPlayAfterTheEndSetsTheStateBackToPlay)
     EXPECT_TRUE(session->bIsPlayFinish);
 }
 
-TEST(AddEventListener, AListenerOfPlayBeforeAnyPlayIsToldNothing)
+TEST(AddEventListener, AListenerOfPlayBeforeAnyPlayReceivesNothing)
 {
     AdSession session;
     session.open();
@@ -142,7 +142,7 @@ TEST(AddEventListener, AListenerOfPlayBeforeAnyPlayIsToldNothing)
     EXPECT_THAT(session.events(), IsEmpty());
 }
 
-TEST(AddEventListener, AListenerOfTheVolumeIsToldItOnceTheVideoHasPlayed)
+TEST(AddEventListener, AListenerOfTheVolumeReceivesItOnceTheVideoHasPlayed)
 {
     AdSession session;
     session.open();
@@ -154,7 +154,7 @@ TEST(AddEventListener, AListenerOfTheVolumeIsToldItOnceTheVideoHasPlayed)
     EXPECT_THAT(session.events(), ElementsAre(R"(video_volumechange {"e":{"volume":"1"}})"));
 }
 
-TEST(AddEventListener, AListenerOfTheVolumeIsToldNothingBeforeThat)
+TEST(AddEventListener, AListenerOfTheVolumeReceivesNothingBeforeTheFirstPlay)
 {
     AdSession session;
     session.open();
@@ -165,7 +165,7 @@ TEST(AddEventListener, AListenerOfTheVolumeIsToldNothingBeforeThat)
     EXPECT_THAT(session.events(), IsEmpty());
 }
 
-TEST(AddEventListener, AListenerOfTheOrientationIsToldItOnceTheVideoHasPlayed)
+TEST(AddEventListener, AListenerOfTheOrientationReceivesItOnceTheVideoHasPlayed)
 {
     AdSession session;
     session.open();
@@ -177,7 +177,7 @@ TEST(AddEventListener, AListenerOfTheOrientationIsToldItOnceTheVideoHasPlayed)
     EXPECT_THAT(session.events(), ElementsAre(R"(video_orientation {"e":{"orientation":"portrait"}})"));
 }
 
-TEST(AddEventListener, AListenerOfTheOrientationIsToldNothingBeforeThat)
+TEST(AddEventListener, AListenerOfTheOrientationReceivesNothingBeforeTheFirstPlay)
 {
     AdSession session;
     session.open();
@@ -188,7 +188,7 @@ TEST(AddEventListener, AListenerOfTheOrientationIsToldNothingBeforeThat)
     EXPECT_THAT(session.events(), IsEmpty());
 }
 
-TEST(AddEventListener, AListenerOfTheVisibilityIsToldItInAnyState)
+TEST(AddEventListener, AListenerOfTheVisibilityReceivesItInAnyState)
 {
     AdSession session;
     session.forget();
@@ -237,7 +237,7 @@ TEST(RemoveEventListener, TheCloseButtonGetsItsActionBackEvenWhenAnotherListener
     EXPECT_EQ(session->btnClose.targets()[0].name(), "closeAction");
 }
 
-TEST(RemoveEventListener, AnotherEventsEndLeavesTheTapsWithTheScript)
+TEST(RemoveEventListener, RemovingAnotherEventsListenerLeavesTheTapsToTheScript)
 {
     AdSession session;
     session.open();
@@ -250,7 +250,7 @@ TEST(RemoveEventListener, AnotherEventsEndLeavesTheTapsWithTheScript)
     EXPECT_EQ(session->btnClose.targets()[0].name(), "onclick_closebtn");
 }
 
-TEST(RemoveEventListener, AnswersWhatTheSuperclassAnswers)
+TEST(RemoveEventListener, ReturnsTheSuperclassesResult)
 {
     AdSession session;
     session->addEventListener("video_play", "1", "1");
@@ -290,7 +290,7 @@ TEST(SendEventToJS, AnEmptyResultIsWrappedToo)
     EXPECT_THAT(session.events(), ElementsAre(R"(anything {"e":{}})"));
 }
 
-TEST(SendEventToJS, TheWrappingIsEmptiedAfterTheCall)
+TEST(SendEventToJS, TheWrapperIsEmptiedAfterTheCall)
 {
     struct KeepingAd : QoroVideoWebViewController {
         void listenerCallbackToJS(const NSString&, const NSDictionary& withData) override

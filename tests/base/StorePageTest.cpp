@@ -104,7 +104,7 @@ TEST(StorePage, DismissedOnAPhoneClosesTheAd)
     EXPECT_TRUE(session->windowDefaultWindow.isKeyWindow());
 }
 
-TEST(StorePage, DismissedOnAPhoneTellsTheAdOnce)
+TEST(StorePage, DismissedOnAPhoneNotifiesTheAdOnce)
 {
     AdSession session;
     open_store_ad(session);
@@ -146,7 +146,7 @@ TEST(StorePage, DismissedOnATabletLeavesTheAd)
     EXPECT_TRUE(session->qoroMoviePlayer);
 }
 
-TEST(StorePage, DismissedByNobodyOnATabletWithoutAPageDoesNothing)
+TEST(StorePage, DismissedWithoutASenderOnATabletWithoutAPageDoesNothing)
 {
     AdSession session(tablet());
     session.open();
@@ -157,7 +157,7 @@ TEST(StorePage, DismissedByNobodyOnATabletWithoutAPageDoesNothing)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(StorePage, DismissedByNobodyOnAPhoneClosesTheAdAllTheSame)
+TEST(StorePage, DismissedWithoutASenderOnAPhoneClosesTheAdToo)
 {
     AdSession session;
     session.open();
@@ -183,7 +183,7 @@ TEST(StoreWindow, IsTakenDownOnAPhone)
     EXPECT_TRUE(session->windowDefaultWindow.isKeyWindow());
 }
 
-TEST(StoreWindow, IsTakenDownWhereTheHostHasNoWindowToGiveTheKeyTo)
+TEST(StoreWindow, IsTakenDownInAHostWithoutAWindow)
 {
     AdSession session;
     open_store_ad(session);

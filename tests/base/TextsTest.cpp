@@ -18,7 +18,7 @@ TEST(RemainingTimeText, IsZeroAfterTheEndWhateverThePosition)
     EXPECT_EQ(remainingTimeText(95.7F, 200, true), "00:00");
 }
 
-TEST(RemainingTimeText, GoesBelowZeroBeyondTheEnd)
+TEST(RemainingTimeText, IsNegativeBeyondTheEnd)
 {
     EXPECT_EQ(remainingTimeText(30, 35, false), "00:-5");
     EXPECT_EQ(remainingTimeText(30, 100, false), "-1:-10");
@@ -34,7 +34,7 @@ TEST(RemainingTimeText, IsEmptyForANegativeTotal)
     EXPECT_EQ(remainingTimeText(-1, 0, false), "");
 }
 
-TEST(RemainingTimeText, OfNothingOrOfLessThanASecondIsZero)
+TEST(RemainingTimeText, OfZeroOrLessThanASecondIsZero)
 {
     EXPECT_EQ(remainingTimeText(0, 0, false), "00:00");
     EXPECT_EQ(remainingTimeText(0.5F, 0, false), "00:00");

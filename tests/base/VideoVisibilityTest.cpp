@@ -49,7 +49,7 @@ TEST(VideoMayBeHidden, InPortraitWhenItFillsTheScreenOverAPage)
     EXPECT_TRUE(session->checkVideoNeedToHide());
 }
 
-TEST(VideoMayBeHidden, WhereAnArrangementHasAPageThatItHasNotBeenHiddenFor)
+TEST(VideoMayBeHidden, InAnArrangementWithAPageInWhichItIsNotHiddenYet)
 {
     struct Rule {
         VideoAdMode landscape;
@@ -156,7 +156,7 @@ TEST(VideoMayBeHidden, NotOverNoPageAtAll)
 
 // ------------------------------------------------------------------------------------------------ hiding and showing
 
-TEST(HidingTheVideo, PausesItAndTellsTheScript)
+TEST(HidingTheVideo, PausesItAndNotifiesTheScript)
 {
     AdSession session;
     open_landscape_over_page(session);
@@ -181,7 +181,7 @@ TEST(HidingTheVideo, MovesTheCloseButtonOntoThePage)
     EXPECT_EQ(session->btnClose.frame(), (CGRect{0, 0, 50, 50}));
 }
 
-TEST(HidingTheVideo, OffersTheWayBackInLandscape)
+TEST(HidingTheVideo, OffersTheReturnButtonInLandscape)
 {
     AdSession session;
     open_landscape_over_page(session);
@@ -194,7 +194,7 @@ TEST(HidingTheVideo, OffersTheWayBackInLandscape)
     EXPECT_FALSE(session->bHideVideoToShowWebViewInPortraitMode);
 }
 
-TEST(HidingTheVideo, OffersNoWayBackWhereTheAdHasNoButtonForIt)
+TEST(HidingTheVideo, OffersNoReturnButtonUnlessTheAdWantsIt)
 {
     AdSession session;
     open_landscape_over_page(session);
@@ -269,7 +269,7 @@ TEST(HidingTheVideo, DoesNothingToABand)
     EXPECT_FALSE(session->qoroMoviePlayer.view().isHidden());
 }
 
-TEST(ShowingTheVideo, TakesTheWayBackAwayAndTellsTheScript)
+TEST(ShowingTheVideo, HidesTheReturnButtonAndNotifiesTheScript)
 {
     AdSession session;
     open_landscape_over_page(session);
@@ -285,7 +285,7 @@ TEST(ShowingTheVideo, TakesTheWayBackAwayAndTellsTheScript)
     EXPECT_TRUE(session->btnClose.superview() == session->qoroMoviePlayer.view());
 }
 
-TEST(ShowingTheVideo, LeavesTheWayBackWhereTheAdHasNoButtonForIt)
+TEST(ShowingTheVideo, LeavesTheReturnButtonAloneUnlessTheAdWantsIt)
 {
     AdSession session;
     open_landscape_over_page(session);
@@ -298,7 +298,7 @@ TEST(ShowingTheVideo, LeavesTheWayBackWhereTheAdHasNoButtonForIt)
     EXPECT_FALSE(session->bHideVideoToShowWebViewInLandscapeMode);
 }
 
-TEST(ShowingTheVideo, GivesTheCloseButtonItsPictureBack)
+TEST(ShowingTheVideo, RestoresTheCloseButtonsPicture)
 {
     AdSession session;
     open_landscape_over_page(session);
@@ -401,7 +401,7 @@ TEST(HiddenVideo, IsStillRememberedAfterAReload)
 
 // ------------------------------------------------------------------------------------------------- scale and spinner
 
-TEST(ScreenScale, GoesToLandscapeAndBack)
+TEST(ScreenScale, SwitchesToLandscapeAndBack)
 {
     AdSession session;
     session.ad().landscapeModeType = ONLY_VIDEO;
@@ -416,7 +416,7 @@ TEST(ScreenScale, GoesToLandscapeAndBack)
     EXPECT_FALSE(session->bIsFullScreen);
 }
 
-TEST(ScreenScale, TheWayBackShowsTheVideoToTheScript)
+TEST(ScreenScale, TheReturnToPortraitReportsTheVideoAsVisibleToTheScript)
 {
     AdSession session;
     open_landscape_over_page(session);
@@ -462,7 +462,7 @@ TEST(Spinner, IsNotShownAnyMoreOnceTheVideoHasPlayed)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(Spinner, AVideoWithoutAMeasureHasOneAtTheCorner)
+TEST(Spinner, AVideoWithoutASizeHasItAtTheCorner)
 {
     AdSession session;
     session.open();

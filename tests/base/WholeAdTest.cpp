@@ -50,7 +50,7 @@ TEST(WholeAd, WatchedToItsEndFetchesEachTrackerOnceInOrderAndClosesItself)
     EXPECT_THAT(session.lines("parent"), ElementsAre("closeVideoAdUnit false"));
 }
 
-TEST(WholeAd, ItsEventsTellTheScriptOfItsLife)
+TEST(WholeAd, ItsEventsFollowItsLifeCycle)
 {
     AdSession session(world_with_video(2.5));
     track_everything(session);
@@ -67,7 +67,7 @@ TEST(WholeAd, ItsEventsTellTheScriptOfItsLife)
                             R"(video_timeupdate {"e":{"current_time":"2"}})", "video_pause", "video_ended", "onhide"));
 }
 
-TEST(WholeAd, LeavingTheAppPausesItAndTheReturnGoesOnWhereItStood)
+TEST(WholeAd, LeavingTheAppPausesItAndReturningContinuesAtTheSamePosition)
 {
     AdSession session(world_with_video(30));
     track_everything(session);
@@ -101,7 +101,7 @@ TEST(WholeAd, AReplayedVideoFetchesItsMilestonesAgain)
                                                "http://t/third", "http://t/complete"));
 }
 
-TEST(WholeAd, ASecondVideoPlaysByItselfAfterTheSwap)
+TEST(WholeAd, ASecondVideoStartsAutomaticallyAfterTheSwap)
 {
     AdSession session(world_with_video(4));
     track_everything(session);
@@ -145,7 +145,7 @@ TEST(WholeAd, AVideoThatFailsForGoodIsTriedThreeTimesMoreAndCanBeClosed)
     EXPECT_FALSE(session->bIsPlay);
 }
 
-TEST(WholeAd, ClosedAndLetGoItIsGoneWithItsTimers)
+TEST(WholeAd, ClosedAndReleasedItIsDestroyedWithItsTimers)
 {
     AdSession session(world_with_video(12));
     track_everything(session);

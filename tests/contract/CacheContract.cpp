@@ -21,7 +21,7 @@ TEST_P(CacheContract, OtherAddressesHaveNoCopy)
     EXPECT_FALSE(platform().video_cache().path_for(nullptr));
 }
 
-TEST_P(CacheContract, TheKitsManagerTellsTheSame)
+TEST_P(CacheContract, TheKitsManagerReturnsTheSameCopy)
 {
     const PlatformScope scope(platform());
     const ZulixVideoCacheManager& manager = ZulixVideoCacheManager::sharedInstance();

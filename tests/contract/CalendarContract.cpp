@@ -34,7 +34,7 @@ TEST_P(CalendarContract, ACalendarTakesAnEvent)
     EXPECT_EQ(platform().calendar().add(lesson()), NSString());
 }
 
-TEST_P(CalendarContract, WhereThereIsNoneAnEventIsRefusedInOneLine)
+TEST_P(CalendarContract, WithoutACalendarAnEventIsRefusedInOneLine)
 {
     begin({.calendar = false});
 

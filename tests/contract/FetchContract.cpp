@@ -17,7 +17,7 @@ struct Answers {
 };
 } // namespace
 
-TEST_P(FetchContract, WhatIsFoundIsHandedBackOnceAsAnEventOfItsOwn)
+TEST_P(FetchContract, ASuccessfulFetchAnswersOnceAsAnEventOfItsOwn)
 {
     const std::string address = world().address(Address::Found);
     Answers answers;
@@ -34,7 +34,7 @@ TEST_P(FetchContract, WhatIsFoundIsHandedBackOnceAsAnEventOfItsOwn)
     EXPECT_EQ(answers.got[0].final_address, address);
 }
 
-TEST_P(FetchContract, WhatIsNotFoundFailsInWords)
+TEST_P(FetchContract, AMissingResourceFailsWithAReason)
 {
     Answers answers;
     platform().fetcher().fetch(world().address(Address::NotFound), FetchKind::Tracker, answers.taker());
@@ -48,7 +48,7 @@ TEST_P(FetchContract, WhatIsNotFoundFailsInWords)
     EXPECT_NE(answers.got[0].error, "");
 }
 
-TEST_P(FetchContract, AServerThatIsNotThereFailsInWords)
+TEST_P(FetchContract, AnUnreachableServerFailsWithAReason)
 {
     Answers answers;
     platform().fetcher().fetch(world().address(Address::NobodyThere), FetchKind::Tracker, answers.taker());
@@ -62,7 +62,7 @@ TEST_P(FetchContract, AServerThatIsNotThereFailsInWords)
     EXPECT_NE(answers.got[0].error, "");
 }
 
-TEST_P(FetchContract, OneThatWaitsHoldsUpNoOther)
+TEST_P(FetchContract, AWaitingFetchDelaysNoOther)
 {
     Answers silent;
     Answers found;
@@ -75,7 +75,7 @@ TEST_P(FetchContract, OneThatWaitsHoldsUpNoOther)
     EXPECT_TRUE(silent.got.empty());
 }
 
-TEST_P(FetchContract, WhatIsUnderWayWhenThePlatformGoesNeverAnswersAndLetsItsTargetGo)
+TEST_P(FetchContract, AFetchPendingWhenThePlatformIsDestroyedNeverAnswersAndReleasesItsTarget)
 {
     const auto kept = std::make_shared<int>();
     int answers = 0;
@@ -90,7 +90,7 @@ TEST_P(FetchContract, WhatIsUnderWayWhenThePlatformGoesNeverAnswersAndLetsItsTar
     EXPECT_EQ(kept.use_count(), 1);
 }
 
-TEST_P(FetchContract, WhatTheMainThreadWaitsForHasTheSameOutcomes)
+TEST_P(FetchContract, ABlockingFetchHasTheSameOutcomes)
 {
     Fetcher& fetcher = platform().fetcher();
 

@@ -53,7 +53,7 @@ TEST_P(LoopContract, OfTimersOfOneLengthTheOlderOneFiresFirst)
     EXPECT_EQ(fired, (Names{"older", "younger"}));
 }
 
-TEST_P(LoopContract, AOneShotTimerFiresOnceNeverEarlyAndHasEndedThen)
+TEST_P(LoopContract, AOneShotTimerFiresOnceNeverEarlyAndThenEnds)
 {
     int fired = 0;
     double fired_at = 0;
@@ -155,7 +155,7 @@ TEST_P(LoopContract, ATimerStoppedByAnotherThatFiresAtTheSameMomentNeverFires)
     EXPECT_FALSE(fired);
 }
 
-TEST_P(LoopContract, StoppingATimerThatHasEndedHarmsNoOther)
+TEST_P(LoopContract, StoppingAnEndedTimerDoesNotAffectOthers)
 {
     bool first = false;
     int second = 0;

@@ -36,7 +36,7 @@ TEST_P(PageContract, NoAddressIsShownBeforeTheFirstPage)
     EXPECT_FALSE(engine().current_address());
 }
 
-TEST_P(PageContract, AFurtherPageTakesTheEndOfTheOneBeforeIt)
+TEST_P(PageContract, AFurtherPageSuppressesTheEndOfTheUnfinishedOne)
 {
     engine().load_html(world().slow_page(), Base);
     ASSERT_TRUE(until_reports({"start"}));
@@ -48,7 +48,7 @@ TEST_P(PageContract, AFurtherPageTakesTheEndOfTheOneBeforeIt)
     EXPECT_EQ(reports, (Reports{"start", "start", "finish"}));
 }
 
-TEST_P(PageContract, AnEngineThatIsGoneReportsNothing)
+TEST_P(PageContract, ADestroyedEngineReportsNothing)
 {
     engine().load_html("<p>hello</p>", Base);
     drop();
@@ -60,7 +60,7 @@ TEST_P(PageContract, AnEngineThatIsGoneReportsNothing)
 
 // ----------------------------------------------------------------------------------------------------------- browser
 
-TEST_P(BrowserContract, AnAddressReportsItsStartAndItsEndAsEventsOfTheirOwnAndNobodyIsAsked)
+TEST_P(BrowserContract, AnAddressReportsItsStartAndItsEndAsEventsOfTheirOwnWithoutAskingTheListener)
 {
     engine().load_address(found());
     EXPECT_EQ(reports, Reports{});
@@ -72,7 +72,7 @@ TEST_P(BrowserContract, AnAddressReportsItsStartAndItsEndAsEventsOfTheirOwnAndNo
     EXPECT_EQ(engine().current_address().absoluteString(), found().absoluteString());
 }
 
-TEST_P(BrowserContract, APageThatHasComeIsToldAsItIs)
+TEST_P(BrowserContract, ALoadedPageReportsItsState)
 {
     EXPECT_FALSE(engine().page_state().address);
     EXPECT_FALSE(engine().page_state().has_content);
@@ -101,7 +101,7 @@ TEST_P(BrowserContract, AnAddressThatDoesNotAnswerFailsOnceAndShowsNothing)
     EXPECT_EQ(shown(), world().address(Address::NobodyThere));
 }
 
-TEST_P(BrowserContract, WhatDidNotComeIsAskedForAgain)
+TEST_P(BrowserContract, ReloadRequestsAFailedPageAgain)
 {
     ASSERT_TRUE(visit(NSURL::URLWithString(world().address(Address::NobodyThere))));
     reports.clear();
@@ -111,7 +111,7 @@ TEST_P(BrowserContract, WhatDidNotComeIsAskedForAgain)
     EXPECT_TRUE(until_reports({"start", "fail"}));
 }
 
-TEST_P(BrowserContract, TheWayLeadsBackAndForward)
+TEST_P(BrowserContract, TheHistoryGoesBackAndForward)
 {
     ASSERT_TRUE(visit(found()));
     ASSERT_TRUE(visit(other()));
@@ -130,7 +130,7 @@ TEST_P(BrowserContract, TheWayLeadsBackAndForward)
     EXPECT_EQ(shown(), other().absoluteString().text());
 }
 
-TEST_P(BrowserContract, ANewAddressEndsTheWayForward)
+TEST_P(BrowserContract, ANewAddressClearsTheForwardHistory)
 {
     ASSERT_TRUE(visit(found()));
     ASSERT_TRUE(visit(other()));
@@ -144,7 +144,7 @@ TEST_P(BrowserContract, ANewAddressEndsTheWayForward)
     EXPECT_TRUE(engine().page_state().can_go_back);
 }
 
-TEST_P(BrowserContract, WhereNoWayLeadsNothingHappens)
+TEST_P(BrowserContract, WithoutHistoryNothingHappens)
 {
     engine().go_back();
     engine().go_forward();
@@ -154,7 +154,7 @@ TEST_P(BrowserContract, WhereNoWayLeadsNothingHappens)
     EXPECT_EQ(reports, Reports{});
 }
 
-TEST_P(BrowserContract, APageIsLoadedAnew)
+TEST_P(BrowserContract, APageCanBeReloaded)
 {
     ASSERT_TRUE(visit(found()));
     reports.clear();
@@ -166,7 +166,7 @@ TEST_P(BrowserContract, APageIsLoadedAnew)
     EXPECT_EQ(reports.back(), "finish");
 }
 
-TEST_P(BrowserContract, AFurtherAddressTakesTheEndOfTheOneBeforeIt)
+TEST_P(BrowserContract, AFurtherAddressSuppressesTheEndOfTheUnfinishedOne)
 {
     engine().load_address(NSURL::URLWithString(world().address(Address::Silent)));
     ASSERT_TRUE(until_reports({"start"}));
@@ -260,7 +260,7 @@ TEST_P(ScriptContract, AnEventCarriesItsDataUnharmed)
               Lines{R"(text {"e":{"text":"</script>\"\\ü","number":12.5,"flag":true,"nothing":null}})"});
 }
 
-TEST_P(ScriptContract, WhatTheScriptDoesNotListenToItDoesNotHear)
+TEST_P(ScriptContract, EventsWithoutAListenerDoNotReachTheScript)
 {
     world().script_listens(ad(), "one");
     world().script_listens(ad(), "other");
@@ -274,7 +274,7 @@ TEST_P(ScriptContract, WhatTheScriptDoesNotListenToItDoesNotHear)
     EXPECT_EQ(world().script_heard(ad()), Lines{"other null"});
 }
 
-TEST_P(ScriptContract, AListenerHearsWhatItsOwnRegistrationCauses)
+TEST_P(ScriptContract, AListenerReceivesTheEventThatItsRegistrationCauses)
 {
     world().script_listens(ad(), "video_visibilitychange");
 
@@ -294,7 +294,7 @@ TEST_P(ScriptContract, ACommandIsCarriedOutAndAnswered)
     EXPECT_EQ(told, Lines{"seek 2.5"});
 }
 
-TEST_P(ScriptContract, WhatIsNoMessageIsRefusedAndHasNoEffect)
+TEST_P(ScriptContract, AnInvalidMessageIsRefusedAndHasNoEffect)
 {
     for (const char* message :
          {"null", "7", "\"setVideoPlay\"", "[]", "{}", R"({"setVideoPlay": []})", R"({"command": "setVideoPlay"})",
@@ -305,7 +305,7 @@ TEST_P(ScriptContract, WhatIsNoMessageIsRefusedAndHasNoEffect)
     EXPECT_EQ(told, Lines{});
 }
 
-TEST_P(ScriptContract, WhatNeedsATouchOfThePageIsRefusedWithoutOne)
+TEST_P(ScriptContract, CommandsThatNeedATouchAreRefusedWithoutOne)
 {
     EXPECT_EQ(
         world().script_says(ad(), R"(["mraid.createCalendarEvent", {"description": "party", "start": "2027-03-24"}])"),

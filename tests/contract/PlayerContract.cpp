@@ -57,7 +57,7 @@ TEST_P(PlayerContract, ReadsNothingBeforeItIsLoadedAndReportsNothingInsideItsMak
     EXPECT_EQ(reports, Reports{});
 }
 
-TEST_P(PlayerContract, WithoutAutoplayItLoadsAndWaitsAtItsStartToBeToldToPlay)
+TEST_P(PlayerContract, WithoutAutoplayItLoadsAndWaitsAtItsStartForAPlay)
 {
     PlayerEngine& player = open(false);
     ASSERT_TRUE(until_heard("load 3"));
@@ -72,7 +72,7 @@ TEST_P(PlayerContract, WithoutAutoplayItLoadsAndWaitsAtItsStartToBeToldToPlay)
     EXPECT_TRUE(until([&] { return player.current_time() > 0; }));
 }
 
-TEST_P(PlayerContract, APlayBeforeItIsLoadedCountsAndAPauseTakesItBack)
+TEST_P(PlayerContract, APlayBeforeItIsLoadedCountsAndAPauseRevokesIt)
 {
     open(false).play();
     ASSERT_TRUE(until_heard("state 1"));
@@ -95,7 +95,7 @@ TEST_P(PlayerContract, APauseBeforeItIsLoadedLeavesAutoplay)
     EXPECT_TRUE(until_heard("state 1"));
 }
 
-TEST_P(PlayerContract, StandsWhilePausedAndGoesOnWhereItStood)
+TEST_P(PlayerContract, HoldsItsPositionWhilePausedAndContinuesThere)
 {
     PlayerEngine& player = open();
     ASSERT_TRUE(until([&] { return player.current_time() > 0.1; }));
@@ -145,7 +145,7 @@ TEST_P(PlayerContract, APlayAfterTheEndStartsAt0AndEndsOnceMore)
     EXPECT_EQ(times[1], VideoSeconds);
 }
 
-TEST_P(PlayerContract, ASeekLiftsTheEndAndPlayGoesOnFromThere)
+TEST_P(PlayerContract, ASeekRevokesTheEndAndPlayContinuesFromThere)
 {
     PlayerEngine& player = open();
     ASSERT_TRUE(until_heard("state 1"));
@@ -163,7 +163,7 @@ TEST_P(PlayerContract, ASeekLiftsTheEndAndPlayGoesOnFromThere)
     EXPECT_LT(times[0], NearTheEnd);
 }
 
-TEST_P(PlayerContract, ASeekWhilePausedIsHeldWithinTheVideoAndReportsNothing)
+TEST_P(PlayerContract, ASeekWhilePausedIsClampedToTheVideoAndReportsNothing)
 {
     PlayerEngine& player = open(false);
     ASSERT_TRUE(until_heard("load 3"));
@@ -180,7 +180,7 @@ TEST_P(PlayerContract, ASeekWhilePausedIsHeldWithinTheVideoAndReportsNothing)
     EXPECT_EQ(reports, (Reports{"load 1", "load 3"}));
 }
 
-TEST_P(PlayerContract, ALackOfDataIsReportedAndEndsWhenDataComesAgain)
+TEST_P(PlayerContract, AStallIsReportedAndEndsWhenDataArrives)
 {
     begin({.clip = Clip::Stalling});
     PlayerEngine& player = open();
@@ -199,7 +199,7 @@ TEST_P(PlayerContract, ALackOfDataIsReportedAndEndsWhenDataComesAgain)
                                 "finished 0"}));
 }
 
-TEST_P(PlayerContract, AFailureOnTheWayIsReportedAndAPlayGoesOnFromWhereItFailed)
+TEST_P(PlayerContract, AFailureInMidVideoIsReportedAndAPlayContinuesFromThere)
 {
     begin({.clip = Clip::Breaking});
     PlayerEngine& player = open();
@@ -225,7 +225,7 @@ TEST_P(PlayerContract, AFailureOnTheWayIsReportedAndAPlayGoesOnFromWhereItFailed
     EXPECT_EQ(durations, std::vector<double>(durations.size(), VideoSeconds)) << "once reported it does not change";
 }
 
-TEST_P(PlayerContract, ASeekAfterAFailureMovesThePlaceFromWhichAPlayGoesOn)
+TEST_P(PlayerContract, ASeekAfterAFailureMovesThePositionAtWhichAPlayContinues)
 {
     begin({.clip = Clip::Breaking});
     PlayerEngine& player = open();
@@ -243,7 +243,7 @@ TEST_P(PlayerContract, ASeekAfterAFailureMovesThePlaceFromWhichAPlayGoesOn)
     EXPECT_GE(times[0], NearTheEnd);
 }
 
-TEST_P(PlayerContract, AFailureForGoodAnswersThreePlaysWithAnotherAndThenNothing)
+TEST_P(PlayerContract, APermanentFailureAnswersThreePlaysWithAnotherAndThenNothing)
 {
     begin({.clip = Clip::Broken});
     PlayerEngine& player = open();
@@ -257,7 +257,7 @@ TEST_P(PlayerContract, AFailureForGoodAnswersThreePlaysWithAnotherAndThenNothing
     EXPECT_EQ(durations, std::vector<double>(durations.size(), VideoSeconds)) << "once reported it does not change";
 }
 
-TEST_P(PlayerContract, NoAddressFailsOnceAsAnEventOfItsOwn)
+TEST_P(PlayerContract, ANullAddressFailsOnceAsAnEventOfItsOwn)
 {
     PlayerEngine& player = open(true, NSURL());
     EXPECT_EQ(reports, Reports{});
@@ -273,7 +273,7 @@ TEST_P(PlayerContract, NoAddressFailsOnceAsAnEventOfItsOwn)
     EXPECT_EQ(player.load_state(), 0);
 }
 
-TEST_P(PlayerContract, APlayerThatIsGoneReportsNothing)
+TEST_P(PlayerContract, ADestroyedPlayerReportsNothing)
 {
     open();
     ASSERT_TRUE(until_heard("state 1"));

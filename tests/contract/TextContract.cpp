@@ -60,7 +60,7 @@ TEST_P(TextContract, ALargerFontMakesNoTextSmaller)
     }
 }
 
-TEST_P(TextContract, TheFontThatNobodyNamesIsArialAt17)
+TEST_P(TextContract, TheDefaultFontIsArialAt17)
 {
     EXPECT_EQ(platform().text().measure("Install", {}, Unbounded),
               platform().text().measure("Install", {"Arial", 17}, Unbounded));

@@ -11,7 +11,7 @@ constexpr double OneStep = 1.0 / 65536;
 constexpr double Moment = 0.2;
 } // namespace
 
-TEST_P(VolumeContract, WhatIsSetIsReadAtOnceAndReportedOnceAsAnEventOfItsOwn)
+TEST_P(VolumeContract, ASetValueIsReadAtOnceAndReportedOnceAsAnEventOfItsOwn)
 {
     volume().set_value(0.25F);
     EXPECT_EQ(volume().value(), 0.25F);
@@ -24,7 +24,7 @@ TEST_P(VolumeContract, WhatIsSetIsReadAtOnceAndReportedOnceAsAnEventOfItsOwn)
     EXPECT_EQ(volume().value(), 0.25F);
 }
 
-TEST_P(VolumeContract, TheVolumeThatItHasIsNoChange)
+TEST_P(VolumeContract, SettingTheCurrentVolumeIsNoChange)
 {
     volume().set_value(volume().value());
 
@@ -33,7 +33,7 @@ TEST_P(VolumeContract, TheVolumeThatItHasIsNoChange)
     EXPECT_EQ(changes(), 0);
 }
 
-TEST_P(VolumeContract, EachOfQuickSettingsIsReportedAndTheLastOneStays)
+TEST_P(VolumeContract, EachOfSeveralQuickChangesIsReportedAndTheLastOneStays)
 {
     for (const float value : {0.1F, 0.0F, 0.7F})
         volume().set_value(value);
@@ -45,7 +45,7 @@ TEST_P(VolumeContract, EachOfQuickSettingsIsReportedAndTheLastOneStays)
     EXPECT_EQ(volume().value(), 0.7F);
 }
 
-TEST_P(VolumeContract, WhatTheViewerSetsIsReadAndReportedOnce)
+TEST_P(VolumeContract, AChangeByTheViewerIsReadAndReportedOnce)
 {
     world().viewer_sets_volume(0.5F);
 

@@ -38,7 +38,7 @@ protected:
 };
 } // namespace
 
-TEST_F(DesktopPlatformEndTest, TrackersOfTheLastMomentAreSentAndFollowedToWhereTheyLead)
+TEST_F(DesktopPlatformEndTest, LastMomentTrackersAreSentAndTheirRedirectsFollowed)
 {
     std::atomic<int> redirected = 0;
     std::atomic<int> counted = 0;
@@ -61,7 +61,7 @@ TEST_F(DesktopPlatformEndTest, TrackersOfTheLastMomentAreSentAndFollowedToWhereT
     EXPECT_EQ(counted, 20);
 }
 
-TEST_F(DesktopPlatformEndTest, ATrackerThatIsNeverAnsweredHoldsTheEndUpByTwoSecondsAtMost)
+TEST_F(DesktopPlatformEndTest, AnUnansweredTrackerDelaysTheEndByTwoSecondsAtMost)
 {
     RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
     auto platform = std::make_unique<DesktopPlatform>(silent_options());

@@ -142,7 +142,7 @@ TEST_F(GlibLoopTest, ARepeatingTimerMayStopItself)
     EXPECT_EQ(fired, 1);
 }
 
-TEST_F(GlibLoopTest, TimersAndWorkComeInTheOrderOfTheirTimes)
+TEST_F(GlibLoopTest, TimersAndWorkRunInTheOrderOfTheirTimes)
 {
     std::vector<int> order;
     loop.start_timer(0.02, false, [&] { order.push_back(3); });
@@ -165,7 +165,7 @@ TEST_F(GlibLoopTest, AnIntervalThatIsNotFiniteNeverFires)
     EXPECT_FALSE(fired);
 }
 
-TEST_F(GlibLoopTest, AnIntervalOfZeroOrLessDoesNotKeepOthersOut)
+TEST_F(GlibLoopTest, AnIntervalOfZeroOrLessDoesNotStarveOtherTimers)
 {
     int fired = 0;
     int others = 0;
@@ -174,7 +174,7 @@ TEST_F(GlibLoopTest, AnIntervalOfZeroOrLessDoesNotKeepOthersOut)
     EXPECT_TRUE(loop.run_until([&] { return others >= 3 && fired > 3; }, Deadline));
 }
 
-TEST_F(GlibLoopTest, WhatATimerKeepsIsLetGoWhenItStops)
+TEST_F(GlibLoopTest, AStoppedTimerReleasesItsAction)
 {
     const auto kept = std::make_shared<int>(0);
     const TimerId timer = loop.start_timer(1, true, [kept] {});
@@ -183,7 +183,7 @@ TEST_F(GlibLoopTest, WhatATimerKeepsIsLetGoWhenItStops)
     EXPECT_EQ(kept.use_count(), 1);
 }
 
-TEST_F(GlibLoopTest, ClearingLetsEverythingGoUnrun)
+TEST_F(GlibLoopTest, ClearingReleasesEverythingWithoutRunningIt)
 {
     const auto kept = std::make_shared<int>(0);
     loop.start_timer(0.001, true, [kept] { ADD_FAILURE(); });
@@ -195,7 +195,7 @@ TEST_F(GlibLoopTest, ClearingLetsEverythingGoUnrun)
     EXPECT_TRUE(loop.run_until([&later] { return later; }, Deadline));
 }
 
-TEST_F(GlibLoopTest, RunEndsWhenItIsTold)
+TEST_F(GlibLoopTest, QuitEndsRun)
 {
     loop.post([this] { loop.quit(); });
     loop.run();

@@ -123,7 +123,7 @@ TEST_F(PlayAccessible, TheCloseButtonTakesThePlaceOfTheCountdown)
     EXPECT_FALSE(reader.tells("timer", "Can be closed in ", ScreenReader::Beginning));
 }
 
-TEST_F(PlayAccessible, MuteTellsWhetherItIsOnAndCanBeUsedWithoutAPointer)
+TEST_F(PlayAccessible, MuteReportsItsStateAndCanBeUsedWithoutAPointer)
 {
     const auto ad = play_demo();
     ScreenReader reader(ad->process());
@@ -140,7 +140,7 @@ TEST_F(PlayAccessible, MuteTellsWhetherItIsOnAndCanBeUsedWithoutAPointer)
     }));
 }
 
-TEST_F(PlayAccessible, HiddenControlsAreNotToldOf)
+TEST_F(PlayAccessible, HiddenControlsAreNotExposed)
 {
     const auto ad = play_demo_untouched();
     ScreenReader reader(ad->process());
@@ -167,7 +167,7 @@ TEST_F(PlayAccessible, TabReachesPlayAndPauseAndTheSpaceBarUsesIt)
     EXPECT_TRUE(reader.focuses("Play")) << "the keyboard stays where it was";
 }
 
-TEST_F(PlayAccessible, TheKeyboardComesBackToAControlThatHidAndShowedItself)
+TEST_F(PlayAccessible, AControlThatHidAndShowedItselfRegainsTheFocus)
 {
     const auto ad = play_demo_untouched();
     ScreenReader reader(ad->process());
@@ -192,7 +192,7 @@ TEST_F(PlayAccessible, TheKeyboardComesBackToAControlThatHidAndShowedItself)
     EXPECT_TRUE(reader.focuses("Play"));
 }
 
-TEST_F(PlayAccessible, ARingOfTwoTonesShowsWhereTheKeyboardIsUntilThePointerIsUsed)
+TEST_F(PlayAccessible, ATwoToneRingShowsTheFocusUntilThePointerIsUsed)
 {
     const auto ad = play_demo({{"iCloseBtnCountdown", 1}});
     ScreenReader reader(ad->process());
@@ -209,7 +209,7 @@ TEST_F(PlayAccessible, ARingOfTwoTonesShowsWhereTheKeyboardIsUntilThePointerIsUs
     EXPECT_TRUE(ad->shows([](const Picture& none) { return !alike(none.at(52, 70), {255, 255, 255}); }));
 }
 
-TEST_F(PlayAccessible, TheBrowserTellsItsControlsAndNoneOfTheAdBeneath)
+TEST_F(PlayAccessible, TheBrowserExposesItsControlsAndNoneOfTheAdBelow)
 {
     const auto ad = play_browser("/landing");
     ScreenReader reader(ad->process());
@@ -227,7 +227,7 @@ TEST_F(PlayAccessible, TheBrowserTellsItsControlsAndNoneOfTheAdBeneath)
     EXPECT_FALSE(reader.tells("push button", "Show the controls"));
 }
 
-TEST_F(PlayAccessible, TheBrowserKeepsTheKeyboardInsideAndIsLeftWithIt)
+TEST_F(PlayAccessible, TheBrowserKeepsTheFocusInsideAndCanBeClosedByKeyboard)
 {
     const auto ad = play_browser("/landing");
     ScreenReader reader(ad->process());
@@ -249,7 +249,7 @@ TEST_F(PlayAccessible, TheBrowserKeepsTheKeyboardInsideAndIsLeftWithIt)
     EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
-TEST_F(PlayAccessible, InATextFieldArrowsAndLettersAreThePagesAndTheDeviceStaysAsItIs)
+TEST_F(PlayAccessible, InATextFieldArrowsAndLettersGoToThePageAndDoNotTurnTheDevice)
 {
     const auto ad = play_browser("/form");
     ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
@@ -262,7 +262,7 @@ TEST_F(PlayAccessible, InATextFieldArrowsAndLettersAreThePagesAndTheDeviceStaysA
     EXPECT_TRUE(ad->shows(187, 700, OtherColour)) << "the device is upright";
 }
 
-TEST_F(PlayAccessible, APageWithoutATextFieldGivesTheArrowsBackToTheDevice)
+TEST_F(PlayAccessible, OnAPageWithoutATextFieldTheArrowsTurnTheDevice)
 {
     const auto ad = play_browser("/other");
     ASSERT_TRUE(ad->shows(187, 400, OtherColour)) << ad->complaints();
@@ -273,7 +273,7 @@ TEST_F(PlayAccessible, APageWithoutATextFieldGivesTheArrowsBackToTheDevice)
     EXPECT_TRUE(ad->shows(700, 300, OtherColour));
 }
 
-TEST_F(PlayAccessible, OnAGermanDesktopTheBrowserSpeaksGerman)
+TEST_F(PlayAccessible, OnAGermanDesktopTheBrowserIsInGerman)
 {
     setenv("LC_ALL", "C.UTF-8", 1);
     setenv("LANGUAGE", "de", 1);

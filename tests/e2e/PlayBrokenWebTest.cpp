@@ -42,7 +42,7 @@ class PlayWithABrokenWebEngine : public testing::TestWithParam<Broken>
 {
 };
 
-TEST_P(PlayWithABrokenWebEngine, ShowsTheVideoSaysWhyThereIsNoPageAndTheViewerLeaves)
+TEST_P(PlayWithABrokenWebEngine, ShowsTheVideoReportsTheMissingPageAndCanBeLeft)
 {
     if (!programs_can_be_replaced())
         GTEST_SKIP() << "this machine lets no test mount anything";

@@ -110,7 +110,7 @@ private:
 
 } // namespace
 
-TEST_F(PlayCalendar, AClickBringsTheEventToTheSystemsCalendar)
+TEST_F(PlayCalendar, AClickAddsTheEventToTheSystemsCalendar)
 {
     install_calendar();
     const auto ad = play();
@@ -129,7 +129,7 @@ TEST_F(PlayCalendar, AClickBringsTheEventToTheSystemsCalendar)
     EXPECT_EQ(ad->exit_status(), 0);
 }
 
-TEST_F(PlayCalendar, AnEventThatIsNoneIsAnErrorOfThePageAndNoFile)
+TEST_F(PlayCalendar, AnInvalidEventIsAnErrorOfThePageAndWritesNoFile)
 {
     install_calendar();
     const auto ad = play();

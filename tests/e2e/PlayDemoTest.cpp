@@ -27,7 +27,7 @@ constexpr Colour Black{0, 0, 0};
 
 } // namespace
 
-TEST(PlayDemo, TheBandThePageAndTheControlsStandWhereTheirFramesSay)
+TEST(PlayDemo, TheBandThePageAndTheControlsAreShownAtTheirFrames)
 {
     const DemoAd demo;
     PlayedAd ad({demo.file()});
@@ -131,7 +131,7 @@ class PlayDemoTurned : public testing::TestWithParam<const char*>
 {
 };
 
-TEST_P(PlayDemoTurned, TheControlsStandUprightForTheViewerAndAnswer)
+TEST_P(PlayDemoTurned, TheControlsAreUprightForTheViewerAndReactToTaps)
 {
     const DemoAd demo;
     PlayedAd ad({demo.file(), "--steps", demo.touches()});
@@ -199,7 +199,7 @@ TEST(PlayDemo, EscapeEndsTheAdBeforeItsCloseButtonAppears)
     EXPECT_EQ(ad.hits_of("/t/close"), 1);
 }
 
-TEST(PlayDemo, LeavingTheAppPausesTheVideoWhichWaitsToBeToldToPlay)
+TEST(PlayDemo, LeavingTheAppPausesTheVideoUntilThePlayCommand)
 {
     const DemoAd demo;
     PlayedAd ad({demo.file()});

@@ -98,7 +98,7 @@ void close_when_it_goes_away(OwnDisplay& display)
 
 } // namespace
 
-TEST(PlayOnADisplay, WhoseXServerGoesAwayIsClosedInOrder)
+TEST(PlayOnADisplay, WhoseXServerEndsClosesTheAdOrderly)
 {
     OwnDisplay display("Xvfb -displayfd 3 -screen 0 1280x1024x24 -noreset -nolisten tcp 3>$place/name",
                        "until [ -s $place/name ]; do sleep 0.1; done; "
@@ -106,7 +106,7 @@ TEST(PlayOnADisplay, WhoseXServerGoesAwayIsClosedInOrder)
     close_when_it_goes_away(display);
 }
 
-TEST(PlayOnADisplay, WhoseCompositorGoesAwayIsClosedInOrder)
+TEST(PlayOnADisplay, WhoseCompositorEndsClosesTheAdOrderly)
 {
     if (std::system("command -v weston >/dev/null") != 0)
         GTEST_SKIP() << "this machine has no Wayland compositor for tests (weston)";

@@ -189,7 +189,7 @@ std::string ad_file(const std::string& folder, const VideoServer& server)
 
 } // namespace
 
-TEST_P(PlayFaultTest, IsToldAndTheViewerLeavesByEscape)
+TEST_P(PlayFaultTest, IsReportedAndTheViewerLeavesByEscape)
 {
     const Fault fault = GetParam();
     const std::string folder = std::filesystem::path(testing::TempDir()) / (std::string("fault-") + fault.name);
@@ -219,7 +219,7 @@ INSTANTIATE_TEST_SUITE_P(Each, PlayFaultTest, testing::ValuesIn(faults()),
 
 // ------------------------------------------------------------------------------------------------------- processes
 
-TEST(PlayProcessesTest, APageThatIsKilledIsToldTheVideoGoesOnAndTheViewerLeaves)
+TEST(PlayProcessesTest, AKilledPageIsReportedTheVideoContinuesAndTheViewerLeaves)
 {
     PlayedAd ad({DemoAd});
     ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
@@ -237,7 +237,7 @@ TEST(PlayProcessesTest, APageThatIsKilledIsToldTheVideoGoesOnAndTheViewerLeaves)
     EXPECT_EQ(ad.hits_of("/t/close"), 1);
 }
 
-TEST(PlayProcessesTest, APageThatSendsMessagesWithoutAPauseHoldsNeitherTheVideoNorTheViewerUp)
+TEST(PlayProcessesTest, AFloodOfMessagesBlocksNeitherTheVideoNorTheViewer)
 {
     const std::string folder = std::filesystem::path(testing::TempDir()) / "busy-page";
     std::filesystem::create_directories(folder);
@@ -265,7 +265,7 @@ const many = JSON.stringify({ command: "note", args: [Object.fromEntries([...Arr
     std::filesystem::remove_all(folder);
 }
 
-TEST(PlayProcessesTest, APageHearsTheEndOfAnAdThatItsHostEnds)
+TEST(PlayProcessesTest, APageIsNotifiedWhenTheHostEndsItsAd)
 {
     const std::string folder = std::filesystem::path(testing::TempDir()) / "last-news";
     std::filesystem::create_directories(folder);

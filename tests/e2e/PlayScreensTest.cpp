@@ -88,7 +88,7 @@ protected:
 
 } // namespace
 
-TEST_F(PlayScreens, ALandingPageLiesOverTheAdUntilItsWayOutIsClicked)
+TEST_F(PlayScreens, ALandingPageCoversTheAdUntilItsCloseButtonIsClicked)
 {
     const auto ad = play(browser("/landing"), tap_at_second_one());
     ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
@@ -102,7 +102,7 @@ TEST_F(PlayScreens, ALandingPageLiesOverTheAdUntilItsWayOutIsClicked)
     EXPECT_EQ(ad->exit_status(), 0);
 }
 
-TEST_F(PlayScreens, ANavigationBarStandsAboveThePageAndItsCloseButtonAnswers)
+TEST_F(PlayScreens, ANavigationBarIsAboveThePageAndItsCloseButtonWorks)
 {
     const auto ad = play(browser("/landing", {{"show_nav_bar", true}, {"show_prog_bar", true}}), tap_at_second_one());
     ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
@@ -139,7 +139,7 @@ TEST_F(PlayScreens, EscapeLeavesThePageFirstAndTheAdAfterIt)
     EXPECT_EQ(ad->exit_status(), 0);
 }
 
-TEST_F(PlayScreens, AFollowedLinkLeadsFurtherAndTheBarLeadsBack)
+TEST_F(PlayScreens, AFollowedLinkLoadsAndTheBarGoesBack)
 {
     const auto ad = play(browser("/links", {{"show_nav_bar", true}}), tap_at_second_one());
     ASSERT_TRUE(ad->shows(187, 600, PageColour)) << ad->complaints();
@@ -152,7 +152,7 @@ TEST_F(PlayScreens, AFollowedLinkLeadsFurtherAndTheBarLeadsBack)
     EXPECT_TRUE(ad->shows(187, 600, OtherColour));
 }
 
-TEST_F(PlayScreens, AFollowedLinkToATelephoneIsHandedOnAndThePageStays)
+TEST_F(PlayScreens, AFollowedTelephoneLinkIsPassedToTheSystemAndThePageStays)
 {
     const auto ad = play(browser("/links"), tap_at_second_one());
     ASSERT_TRUE(ad->shows(187, 600, PageColour)) << ad->complaints();
@@ -175,7 +175,7 @@ TEST_F(PlayScreens, AFormOnThePageCanBeFilledIn)
     EXPECT_TRUE(ad->shows(187, 400, OtherColour)) << "the keys are the page's";
 }
 
-TEST_F(PlayScreens, ABrowserWhosePageDoesNotComeCanBeLeft)
+TEST_F(PlayScreens, ABrowserWhosePageFailsCanBeLeft)
 {
     const auto ad =
         play(button({{"launch_type", "inapp"}, {"data", {{"u", "http://127.0.0.1:1/"}}}}), tap_at_second_one());
@@ -186,7 +186,7 @@ TEST_F(PlayScreens, ABrowserWhosePageDoesNotComeCanBeLeft)
     EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
-TEST_F(PlayScreens, OnAPhoneTheStorePageLiesBelowTheVideoAndItsWayOutClosesTheAd)
+TEST_F(PlayScreens, OnAPhoneTheStorePageIsBelowTheVideoAndItsCloseButtonClosesTheAd)
 {
     const auto ad = play({{"strStoreId", "org.example.Lamps"}}, {"--store-page", address("/landing") + "?{id}"});
     server_.serve("/landing?org.example.Lamps", {.body = "<body style='background:#20a040'>", .type = "text/html"});
@@ -198,7 +198,7 @@ TEST_F(PlayScreens, OnAPhoneTheStorePageLiesBelowTheVideoAndItsWayOutClosesTheAd
     EXPECT_TRUE(ad->hears("onhide", 0));
 }
 
-TEST_F(PlayScreens, OnATabletTheStorePageLiesOverTheAdAndItsWayOutLeavesTheAd)
+TEST_F(PlayScreens, OnATabletTheStorePageCoversTheAdAndItsCloseButtonKeepsTheAdOpen)
 {
     server_.serve("/store/42", {.body = "<body style='background:#20a040'>", .type = "text/html"});
     // The store page appears when the video is paused, here automatically.
@@ -212,7 +212,7 @@ TEST_F(PlayScreens, OnATabletTheStorePageLiesOverTheAdAndItsWayOutLeavesTheAd)
     EXPECT_EQ(ad->exit_status(0), -1) << "the ad stays";
 }
 
-TEST_F(PlayScreens, AnItemsPageLiesOverTheAdAndItsWayOutBringsTheAdBack)
+TEST_F(PlayScreens, AnItemsPageCoversTheAdAndItsCloseButtonReturnsToTheAd)
 {
     server_.serve("/store/42", {.body = "<body style='background:#20a040'>", .type = "text/html"});
     std::vector<std::string> options = tap_at_second_one();

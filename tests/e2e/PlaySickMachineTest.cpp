@@ -47,7 +47,7 @@ bool disks_can_be_made()
 
 } // namespace
 
-TEST(PlayOnASickMachine, WhoseDiskIsFullShowsWhatItCanAndTheViewerLeaves)
+TEST(PlayOnASickMachine, WhoseDiskIsFullPlaysAndCanBeLeft)
 {
     NEEDS_A_DISK;
     PlayedAd ad({DemoAd}, on_a_disk("! head -c 2m /dev/zero >filling 2>/dev/null", "rw"));
@@ -64,7 +64,7 @@ TEST(PlayOnASickMachine, WhoseDiskIsFullShowsWhatItCanAndTheViewerLeaves)
     EXPECT_EQ(ad.hits_of("/t/close"), 1);
 }
 
-TEST(PlayOnASickMachine, WhoseFoldersAreReadOnlyShowsWhatItCanAndTheViewerLeaves)
+TEST(PlayOnASickMachine, WhoseFoldersAreReadOnlyPlaysAndCanBeLeft)
 {
     NEEDS_A_DISK;
     PlayedAd ad({DemoAd}, on_a_disk("true", "ro"));
@@ -76,7 +76,7 @@ TEST(PlayOnASickMachine, WhoseFoldersAreReadOnlyShowsWhatItCanAndTheViewerLeaves
     EXPECT_EQ(ad.hits_of("/t/close"), 1);
 }
 
-TEST(PlayOnASickMachine, WhoseSoundServerIsKilledPlaysOnInSilence)
+TEST(PlayOnASickMachine, WhoseSoundServerIsKilledPlaysOnSilently)
 {
     SoundServer sound;
     ASSERT_TRUE(sound.runs());

@@ -9,7 +9,7 @@ class HostileDrainTest : public HostileTest, public testing::WithParamInterface<
 {
 };
 
-TEST_P(HostileDrainTest, APageThatEatsMemoryIsEndedAndTheAdGoesOn)
+TEST_P(HostileDrainTest, APageThatExhaustsMemoryIsEndedAndTheAdContinues)
 {
     play(GetParam());
     EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
@@ -24,7 +24,7 @@ INSTANTIATE_TEST_SUITE_P(By, HostileDrainTest, testing::Values("arrays.html", "c
                              return name.substr(0, name.find('.'));
                          });
 
-TEST_F(HostileTest, AFloodOfMessagesHoldsNobodyUp)
+TEST_F(HostileTest, AFloodOfMessagesDoesNotBlockTheAd)
 {
     play("messages.html");
     EXPECT_TRUE(refused("message"));
@@ -32,7 +32,7 @@ TEST_F(HostileTest, AFloodOfMessagesHoldsNobodyUp)
     the_viewer_leaves();
 }
 
-TEST_F(HostileTest, AHeartbeatThatNeverPausesIsBounded)
+TEST_F(HostileTest, AHeartbeatWithoutAPauseIsBounded)
 {
     const std::string beat = "http://" + std::string(Stranger) + "/beat";
     play("harmless.html", {{"strVideoTrackingUrl", beat}, {"fTrackingInterval", 1e-9}, {"dicTrackingUrls", nullptr}});
@@ -41,7 +41,7 @@ TEST_F(HostileTest, AHeartbeatThatNeverPausesIsBounded)
     the_viewer_leaves();
 }
 
-TEST_F(HostileTest, AnAddressWithAZeroByteInItEndsNothing)
+TEST_F(HostileTest, AnAddressWithAZeroByteDoesNotEndTheProgram)
 {
     play("harmless.html", {{"strVideoUrl", "clip.mp4?%00"}});
     the_viewer_leaves();

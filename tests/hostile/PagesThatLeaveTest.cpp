@@ -5,7 +5,7 @@
 namespace qoro::test
 {
 
-TEST_F(HostileTest, AHarmlessPageSpeaksToItsOwnServerAlone)
+TEST_F(HostileTest, AHarmlessPageConnectsOnlyToItsOwnServer)
 {
     play("harmless.html");
     EXPECT_TRUE(page_is_done());
@@ -15,7 +15,7 @@ TEST_F(HostileTest, AHarmlessPageSpeaksToItsOwnServerAlone)
     the_viewer_leaves();
 }
 
-TEST_F(HostileTest, APageCannotLeadElsewhere)
+TEST_F(HostileTest, APageCannotNavigateAway)
 {
     play("navigation.html");
     EXPECT_TRUE(page_is_done());
@@ -70,7 +70,7 @@ TEST_F(HostileTest, APageCannotForgeATouch)
     the_viewer_leaves();
 }
 
-TEST_F(HostileTest, APageOpensNoWindowAndLoadsNothingDown)
+TEST_F(HostileTest, APageOpensNoWindowAndDownloadsNothing)
 {
     play("popups.html");
     EXPECT_TRUE(page_is_done());
@@ -82,7 +82,7 @@ TEST_F(HostileTest, APageOpensNoWindowAndLoadsNothingDown)
 
 // ------------------------------------------------------------------------------------------------------------- servers
 
-TEST_F(HostileTest, AServerCannotSendAPageFromThisMachineInItsOwnPlace)
+TEST_F(HostileTest, AServerCannotRedirectItsPageToThisMachine)
 {
     play("to-this-machine");
     EXPECT_TRUE(ad().tells({{"what", "log"}, {"message", "InApp failAdRequest"}}));
@@ -90,7 +90,7 @@ TEST_F(HostileTest, AServerCannotSendAPageFromThisMachineInItsOwnPlace)
     the_viewer_leaves();
 }
 
-TEST_F(HostileTest, AServerCannotSendATrackerToThisMachine)
+TEST_F(HostileTest, AServerCannotRedirectATrackerToThisMachine)
 {
     play("harmless.html", {{"dicTrackingUrls", {{"start", {"http://203.0.113.1/to-this-machine?start"}}}}});
     EXPECT_TRUE(ad().eventually([&] { return internet().was_asked("203.0.113.1/to-this-machine?start"); }));

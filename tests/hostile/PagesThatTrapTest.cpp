@@ -5,7 +5,7 @@
 namespace qoro::test
 {
 
-TEST_F(HostileTest, APageThatIgnoresTheTapsItTookLosesItsViewer)
+TEST_F(HostileTest, APageThatIgnoresTheTapsItTookCanBeLeft)
 {
     play("keeps_close.html");
     EXPECT_TRUE(page_is_done());
@@ -14,26 +14,26 @@ TEST_F(HostileTest, APageThatIgnoresTheTapsItTookLosesItsViewer)
     the_viewer_leaves_by_the_guard();
 }
 
-TEST_F(HostileTest, APageThatHangsWithTheCloseButtonLosesItsViewer)
+TEST_F(HostileTest, APageThatHangsWithTheCloseButtonCanBeLeft)
 {
     play("hangs.html");
     the_viewer_leaves_by_the_guard();
 }
 
-TEST_F(HostileTest, APageThatDrawsNoCloseControlLosesItsViewer)
+TEST_F(HostileTest, APageThatDrawsNoCloseControlCanBeLeft)
 {
     play("custom_close.html");
     EXPECT_TRUE(page_is_done());
     the_viewer_leaves_by_the_guard();
 }
 
-TEST_F(HostileTest, APageInFrontThatDrawsNoCloseControlLosesItsViewer)
+TEST_F(HostileTest, APageInFrontThatDrawsNoCloseControlCanBeLeft)
 {
     play("harmless.html", {{"bIsWebViewInFront", true}});
     the_viewer_leaves_by_the_guard();
 }
 
-TEST_F(HostileTest, APageThatDiesWithTheCloseButtonGivesItBack)
+TEST_F(HostileTest, APageThatDiesWithTheCloseButtonReturnsIt)
 {
     play("keeps_close.html");
     EXPECT_TRUE(page_is_done());
@@ -42,7 +42,7 @@ TEST_F(HostileTest, APageThatDiesWithTheCloseButtonGivesItBack)
     the_viewer_leaves();
 }
 
-TEST_F(HostileTest, APageThatDiesWithACustomCloseGivesTheButtonBack)
+TEST_F(HostileTest, APageThatDiesWithACustomCloseReturnsTheButton)
 {
     play("custom_close.html");
     EXPECT_TRUE(page_is_done());

@@ -63,7 +63,7 @@ struct AccessibleTest : testing::Test {
     std::shared_ptr<Target> target = std::make_shared<Target>();
 };
 
-TEST_F(AccessibleTest, AControlIsNamedByThePictureThatItBears)
+TEST_F(AccessibleTest, AControlIsNamedAfterItsPicture)
 {
     EXPECT_EQ(of(control(picture("arrayVideoPlayButton"))).role, Role::Button);
     EXPECT_EQ(of(control(picture("arrayVideoPlayButton"))).name, "Play");
@@ -88,7 +88,7 @@ TEST_F(AccessibleTest, MuteIsOnWhileTheSoundIsOff)
     EXPECT_EQ(of(control(picture("arrayVideoPlayButton"))).on, std::nullopt);
 }
 
-TEST_F(AccessibleTest, AControlsOwnLabelComesBeforeItsTitleAndThatBeforeItsPicture)
+TEST_F(AccessibleTest, AControlsLabelComesBeforeItsTitleAndItsTitleBeforeItsPicture)
 {
     const UIButton made = control(picture("arrayVideoPlayButton"));
     made.setTitle("See all lamps");
@@ -97,14 +97,14 @@ TEST_F(AccessibleTest, AControlsOwnLabelComesBeforeItsTitleAndThatBeforeItsPictu
     EXPECT_EQ(of(made).name, "Lamps");
 }
 
-TEST_F(AccessibleTest, AControlWithoutWordsOrAKnownPictureIsNamedByWhatItDoes)
+TEST_F(AccessibleTest, AControlWithoutTextOrAKnownPictureIsNamedAfterItsAction)
 {
     const UIButton made = UIButton::create();
     made.addTarget(action<&Target::doButtonOneAction>(target.get(), "doButtonOneAction"));
     EXPECT_EQ(of(made).name, "Learn more");
 }
 
-TEST_F(AccessibleTest, AButtonThatDoesNothingIsNoControl)
+TEST_F(AccessibleTest, AButtonWithoutAnActionIsNotExposed)
 {
     EXPECT_EQ(of(button(picture("arrayVideoPlayButton"))).role, Role::None);
 }
@@ -117,7 +117,7 @@ TEST_F(AccessibleTest, AControlThatTakesNoTouchesCannotBeUsed)
     EXPECT_FALSE(of(made).usable);
 }
 
-TEST_F(AccessibleTest, ACountdownTellsTheSecondsThatAreLeft)
+TEST_F(AccessibleTest, ACountdownReportsTheSecondsLeft)
 {
     const auto countdown = QoroCountDownView::initWithFrame({0, 0, 50, 50}, 5, 3);
     EXPECT_EQ(of(countdown).role, Role::Timer);
@@ -128,7 +128,7 @@ TEST_F(AccessibleTest, ACountdownTellsTheSecondsThatAreLeft)
     EXPECT_EQ(of(countdown).name, "Can be closed in 1 second");
 }
 
-TEST_F(AccessibleTest, ALabelSaysItsTextAndAnEmptyOneNothing)
+TEST_F(AccessibleTest, ALabelExposesItsTextAndAnEmptyOneNothing)
 {
     const UILabel label = UILabel::create();
     EXPECT_EQ(of(label).role, Role::None);
@@ -137,7 +137,7 @@ TEST_F(AccessibleTest, ALabelSaysItsTextAndAnEmptyOneNothing)
     EXPECT_EQ(of(label).name, "lumo");
 }
 
-TEST_F(AccessibleTest, APictureWithoutALabelOnlyAdorns)
+TEST_F(AccessibleTest, APictureWithoutALabelIsDecoration)
 {
     const UIImageView view = UIImageView::create();
     view.setImage(picture("arrayTopBackGround"));
@@ -146,7 +146,7 @@ TEST_F(AccessibleTest, APictureWithoutALabelOnlyAdorns)
     EXPECT_EQ(of(view).role, Role::Image);
 }
 
-TEST(AccessibleInAnotherLanguage, OwnNamesAreTranslatedAndTheAdsWordsNever)
+TEST(AccessibleInAnotherLanguage, BuiltInNamesAreTranslatedAndTheAdsTextsAreNot)
 {
     const Loud platform;
     const auto target = std::make_shared<Target>();
@@ -161,7 +161,7 @@ TEST(AccessibleInAnotherLanguage, OwnNamesAreTranslatedAndTheAdsWordsNever)
     EXPECT_EQ(accessible(*QoroCountDownView::initWithFrame({}, 5, 3).node()).name, "CAN BE CLOSED IN %D SECONDS");
 }
 
-TEST_F(AccessibleTest, BackgroundsAndWindowsSayNothing)
+TEST_F(AccessibleTest, BackgroundsAndWindowsAreNotExposed)
 {
     EXPECT_EQ(of(UIView::create()).role, Role::None);
     EXPECT_EQ(of(UIWindow::create()).role, Role::None);

@@ -41,19 +41,19 @@ Lines guard_lines(const Lines& trace)
 
 // -------------------------------------------------------------------------------------------- ads that need no guard
 
-TEST(CloseGuard, AnOrdinaryAdHasNone)
+TEST(CloseGuard, IsNotShownForAnOrdinaryAd)
 {
     EXPECT_THAT(guard_lines(auto_run(EndOfPlay)), IsEmpty());
 }
 
-TEST(CloseGuard, AVideoThatPlaysIsNotCutShort)
+TEST(CloseGuard, IsNotShownWhileTheVideoPlays)
 {
     const Lines trace = auto_run(R"({"at": 29, "device": {}})", R"(, "bIsEndedCloseBtn": true)");
 
     EXPECT_THAT(guard_lines(trace), IsEmpty());
 }
 
-TEST(CloseGuard, ALongCountdownIsTheAdsToDecide)
+TEST(CloseGuard, IsNotShownDuringALongCountdown)
 {
     const Lines trace = trace_of(std::string("{") + Guarded + R"("video": {"duration": 300}, "ad": {)" + Ad +
                                  R"(, "iCloseBtnCountdown": 200}, "steps": [{"open": 0}, {"at": 190, "device": {}}]})");
@@ -61,14 +61,14 @@ TEST(CloseGuard, ALongCountdownIsTheAdsToDecide)
     EXPECT_THAT(guard_lines(trace), IsEmpty());
 }
 
-TEST(CloseGuard, AScenarioThatDoesNotAskForItHasNone)
+TEST(CloseGuard, IsNotShownUnlessTheHostEnablesIt)
 {
     const Lines trace = auto_run(EndOfPlay, R"(, "iBufferingSufferTime": -1)", R"("loadAfter": 90, )", "");
 
     EXPECT_THAT(guard_lines(trace), IsEmpty());
 }
 
-TEST(CloseGuard, APageThatClosesWhenTheViewerAsksNeedsNone)
+TEST(CloseGuard, IsNotShownForAPageThatClosesOnTheViewersTap)
 {
     const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
         {"at": 5, "tap": "btnClose"}, {"at": 5.9, "script": ["MRAIDClose"]}, )" +
@@ -79,7 +79,7 @@ TEST(CloseGuard, APageThatClosesWhenTheViewerAsksNeedsNone)
 
 // ------------------------------------------------------------------------------------ when the guard's button appears
 
-TEST(CloseGuard, APageThatOwnsTheCloseAndHangsForTwoSeconds)
+TEST(CloseGuard, IsShownForAPageThatOwnsTheCloseAndHangsForTwoSeconds)
 {
     const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
         {"at": 4, "page": "hangs"}, )" +
@@ -89,7 +89,7 @@ TEST(CloseGuard, APageThatOwnsTheCloseAndHangsForTwoSeconds)
                                                           R"("why":"the page does not answer"})")));
 }
 
-TEST(CloseGuard, APageThatTakesTheCloseBeforeItHangs)
+TEST(CloseGuard, IsShownForAPageThatTakesTheCloseBeforeItHangs)
 {
     const Lines trace = auto_run(R"({"at": 4, "script": ["MRAIDUseCustomClose", true]}, {"at": 4, "page": "hangs"}, )" +
                                  std::string(EndOfPlay));
@@ -97,12 +97,12 @@ TEST(CloseGuard, APageThatTakesTheCloseBeforeItHangs)
     EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"({"t":6,"what":"guard")")));
 }
 
-TEST(CloseGuard, AHungPageThatOwnsNothingIsNoTrap)
+TEST(CloseGuard, IsNotShownForAHungPageThatDoesNotOwnTheClose)
 {
     EXPECT_THAT(guard_lines(auto_run(R"({"at": 4, "page": "hangs"}, )" + std::string(EndOfPlay))), IsEmpty());
 }
 
-TEST(CloseGuard, ATapThatThePageIgnores)
+TEST(CloseGuard, IsShownAfterATapThatThePageIgnores)
 {
     const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
         {"at": 5, "tap": "btnClose"}, )" +
@@ -112,7 +112,7 @@ TEST(CloseGuard, ATapThatThePageIgnores)
                                                           R"("why":"nothing came of a tap on the close button"})")));
 }
 
-TEST(CloseGuard, AHiddenVideoIsAnAnswerToATap)
+TEST(CloseGuard, IsNotShownIfATapHidesTheVideo)
 {
     // In landscape, with the button that hides the video: the controller itself hides the video in response to the tap.
     const Lines trace = auto_run(R"({"at": 1, "device": {"orientation": 3, "statusBarOrientation": 3}},
@@ -123,7 +123,7 @@ TEST(CloseGuard, AHiddenVideoIsAnAnswerToATap)
     EXPECT_THAT(guard_lines(trace), IsEmpty());
 }
 
-TEST(CloseGuard, APageThatDrawsTheCloseControlFiveSecondsAfterTheCountdown)
+TEST(CloseGuard, IsShownFiveSecondsAfterTheCountdownOfACustomClose)
 {
     // The video plays from 0.3 s on; the twentieth tick of the countdown is 2 s later.
     const Lines trace = auto_run(R"({"at": 1, "script": ["mraid.useCustomClose", true]}, )" + std::string(EndOfPlay));
@@ -132,7 +132,7 @@ TEST(CloseGuard, APageThatDrawsTheCloseControlFiveSecondsAfterTheCountdown)
                 ElementsAre(AllOf(HasSubstr(R"("why":"the page draws the close control")"), HasSubstr(R"("t":7.3)"))));
 }
 
-TEST(CloseGuard, APageInFrontOfTheVideoFiveSecondsAfterTheCountdown)
+TEST(CloseGuard, IsShownFiveSecondsAfterTheCountdownOfAPageInFront)
 {
     const Lines trace = auto_run(EndOfPlay, R"(, "bIsWebViewInFront": true, "strWebViewUrl": "http://ad/page.html")");
 
@@ -140,7 +140,7 @@ TEST(CloseGuard, APageInFrontOfTheVideoFiveSecondsAfterTheCountdown)
                 ElementsAre(AllOf(HasSubstr(R"("why":"the page draws the close control")"), HasSubstr(R"("t":7.)"))));
 }
 
-TEST(CloseGuard, AVideoThatNeverLoads)
+TEST(CloseGuard, IsShownForAVideoThatNeverLoads)
 {
     const Lines trace = auto_run(EndOfPlay, "", R"("loadAfter": 99, )");
 
@@ -149,7 +149,7 @@ TEST(CloseGuard, AVideoThatNeverLoads)
                                       R"("why":"the video does not move, and the ad cannot be closed"})")));
 }
 
-TEST(CloseGuard, AStallBeforeTheEndOfAnAdThatMayBeClosedAtItsEnd)
+TEST(CloseGuard, IsShownForAStallOfAnAdThatCanOnlyBeClosedAtItsEnd)
 {
     const Lines trace = auto_run(EndOfPlay, R"(, "bIsEndedCloseBtn": true)", R"("stalls": [[10, 80]], )");
 
@@ -157,7 +157,7 @@ TEST(CloseGuard, AStallBeforeTheEndOfAnAdThatMayBeClosedAtItsEnd)
     EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"({"t":40.)")));
 }
 
-TEST(CloseGuard, AStallOfAnAdThatCanBeClosedIsNoTrap)
+TEST(CloseGuard, IsNotShownForAStallOfAnAdThatCanBeClosed)
 {
     EXPECT_THAT(guard_lines(auto_run(EndOfPlay, "", R"("stalls": [[10, 80]], )")), IsEmpty());
 }
@@ -173,7 +173,7 @@ std::string again_and_again(double from, double to, double every, const std::str
     return steps + R"({"at": )" + std::to_string(to) + R"(, "device": {}})";
 }
 
-TEST(CloseGuard, APageThatPausesTheVideoBetweenTwoTicksOfTheCountdown)
+TEST(CloseGuard, IsShownForAPageThatPausesTheVideoBetweenTwoTicksOfTheCountdown)
 {
     // Each time the video plays for 50 ms, between two ticks of the countdown.
     const Lines trace = auto_run(again_and_again(1, 60, 0.2, R"(["setVideoPlay"])", R"(["setVideoPause"])"));
@@ -181,7 +181,7 @@ TEST(CloseGuard, APageThatPausesTheVideoBetweenTwoTicksOfTheCountdown)
     EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"("why":"the video does not move)")));
 }
 
-TEST(CloseGuard, APageThatSeeksTheVideoBackFromItsEnd)
+TEST(CloseGuard, IsShownForAPageThatSeeksTheVideoBackFromItsEnd)
 {
     const Lines trace = auto_run(again_and_again(20, 100, 20, R"(["setVideoSeekToTime", 1])", R"(["setVideoPlay"])"),
                                  R"(, "bIsEndedCloseBtn": true)");
@@ -192,7 +192,7 @@ TEST(CloseGuard, APageThatSeeksTheVideoBackFromItsEnd)
                                   HasSubstr(R"("t":35.)"))));
 }
 
-TEST(CloseGuard, AVideoWhoseTimeIsReportedMoves)
+TEST(CloseGuard, IsNotShownWhileTheReportedTimeMoves)
 {
     std::string steps;
     for (int second = 1; second < 60; ++second)
@@ -205,7 +205,7 @@ TEST(CloseGuard, AVideoWhoseTimeIsReportedMoves)
     EXPECT_THAT(guard_lines(trace), IsEmpty());
 }
 
-TEST(CloseGuard, TheTimeAwayFromTheAppDoesNotCount)
+TEST(CloseGuard, DoesNotCountTheTimeAwayFromTheApp)
 {
     const Lines trace = auto_run(R"({"at": 2, "app": "background"}, {"at": 60, "app": "foreground"},
         {"at": 60, "app": "active"}, {"at": 89, "device": {}})",
@@ -214,7 +214,7 @@ TEST(CloseGuard, TheTimeAwayFromTheAppDoesNotCount)
     EXPECT_THAT(guard_lines(trace), IsEmpty());
 }
 
-TEST(CloseGuard, ABrowserOverTheAdHasAWayOutOfItsOwn)
+TEST(CloseGuard, IsNotShownUnderABrowser)
 {
     const std::string browser =
         R"(, "bIsEndedCloseBtn": true, "arrayButtonsInfo": [{"btn_text": "Go", "launch_type": "inapp",)"
@@ -226,7 +226,7 @@ TEST(CloseGuard, ABrowserOverTheAdHasAWayOutOfItsOwn)
 
 // ----------------------------------------------------------------------------------------------------- guard's button
 
-TEST(CloseGuard, ATouchAtTheTopRightClosesTheAd)
+TEST(CloseGuard, ClosesTheAdOnATouchAtTheTopRight)
 {
     const Lines trace = auto_run(R"({"at": 31, "touch": [360, 15]}, {"at": 40, "device": {}})",
                                  R"(, "arrayCloseTrackingUrls": ["http://t/close"])", R"("loadAfter": 99, )");
@@ -236,7 +236,7 @@ TEST(CloseGuard, ATouchAtTheTopRightClosesTheAd)
     EXPECT_THAT(trace, Contains(AllOf(HasSubstr(R"("what":"request")"), HasSubstr("http://t/close"))));
 }
 
-TEST(CloseGuard, ItFollowsTheDevice)
+TEST(CloseGuard, FollowsTheDevicesOrientation)
 {
     // Held with its top to the left: the viewer's top right is the device's bottom right.
     const Lines trace = auto_run(R"({"at": 31, "device": {"orientation": 3}}, {"at": 32, "touch": [360, 797]},
@@ -246,7 +246,7 @@ TEST(CloseGuard, ItFollowsTheDevice)
     EXPECT_THAT(guard_lines(trace), Contains(HasSubstr(R"("do":"close")")));
 }
 
-TEST(CloseGuard, ItClosesAnAdWhoseCloseHidesTheVideo)
+TEST(CloseGuard, ClosesAnAdWhoseCloseButtonHidesTheVideo)
 {
     const Lines trace = auto_run(R"({"at": 0.1, "device": {"orientation": 3, "statusBarOrientation": 3}},
         {"at": 31, "touch": [360, 797]}, {"at": 40, "device": {}})",
@@ -258,7 +258,7 @@ TEST(CloseGuard, ItClosesAnAdWhoseCloseHidesTheVideo)
     EXPECT_THAT(trace, Contains(AllOf(HasSubstr(R"("what":"request")"), HasSubstr("http://t/close"))));
 }
 
-TEST(CloseGuard, ItStaysOnceItIsThere)
+TEST(CloseGuard, StaysOnceItIsShown)
 {
     const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
         {"at": 5, "tap": "btnClose"}, {"at": 8, "script": ["removeEventListener", "onclick_closebtn", 1]},
@@ -267,7 +267,7 @@ TEST(CloseGuard, ItStaysOnceItIsThere)
     EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"("do":"show")"), HasSubstr(R"("do":"close")")));
 }
 
-TEST(CloseGuard, ItGoesWithTheAd)
+TEST(CloseGuard, IsRemovedWithTheAd)
 {
     const Lines trace = auto_run(R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
         {"at": 5, "tap": "btnClose"}, {"at": 8, "script": ["MRAIDClose"]}, {"at": 9, "touch": [360, 15]},
@@ -276,7 +276,7 @@ TEST(CloseGuard, ItGoesWithTheAd)
     EXPECT_THAT(guard_lines(trace), ElementsAre(HasSubstr(R"("do":"show")")));
 }
 
-TEST(CloseGuard, ItChangesNothingOfTheController)
+TEST(CloseGuard, DoesNotChangeTheController)
 {
     const std::string steps = R"({"at": 1, "script": ["addEventListener", "onclick_closebtn", 1]},
         {"at": 5, "tap": "btnClose"}, {"at": 7, "snapshot": true}, {"at": 20, "snapshot": true})";

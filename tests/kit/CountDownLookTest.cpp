@@ -23,13 +23,13 @@ TEST(CountDownLookTest, SecondsAreRoundedUp)
     EXPECT_EQ(whole_seconds_left(4), 4);
 }
 
-TEST(CountDownLookTest, WhatSinglePrecisionAddsIsNoSecond)
+TEST(CountDownLookTest, SinglePrecisionErrorsAddNoSecond)
 {
     EXPECT_EQ(whole_seconds_left(4.0000005), 4);
     EXPECT_EQ(whole_seconds_left(1.0000001), 1);
 }
 
-TEST(CountDownLookTest, OneIsShownToTheVeryEnd)
+TEST(CountDownLookTest, OneIsShownUntilTheEnd)
 {
     EXPECT_EQ(whole_seconds_left(1), 1);
     EXPECT_EQ(whole_seconds_left(0.1), 1);
@@ -43,7 +43,7 @@ TEST(CountDownLookTest, MoreThanABillionSecondsAreABillion)
     EXPECT_EQ(whole_seconds_left(1e300), 1000000000);
 }
 
-TEST(CountDownLookTest, AWholeRingGoesRoundFromTopToTop)
+TEST(CountDownLookTest, AFullRingIsClosed)
 {
     const CountDownLook look = count_down_look(Extents, 3, 5, 5);
     EXPECT_NEAR(look.arc_begin, Top - 2 * M_PI, 1e-8);
@@ -58,14 +58,14 @@ TEST(CountDownLookTest, TheGapGrowsFromTheTopClockwise)
     EXPECT_NEAR(count_down_look(Extents, 3, 2.5, 5).arc_end, Top, 1e-8);
 }
 
-TEST(CountDownLookTest, MoreThanAllIsAllAndOfNothingNothingIsLeft)
+TEST(CountDownLookTest, TheShareIsClampedAndZeroDrawsNothing)
 {
     EXPECT_NEAR(count_down_look(Extents, 3, 9, 5).arc_begin, Top - 2 * M_PI, 1e-8);
     EXPECT_NEAR(count_down_look(Extents, 3, 5, 0).arc_begin, Top, 1e-8);
     EXPECT_NEAR(count_down_look(Extents, 3, -1, 5).arc_begin, Top, 1e-8);
 }
 
-TEST(CountDownLookTest, TheRingIsAsWideAsItIsToBeWithADarkRimAroundIt)
+TEST(CountDownLookTest, TheRingHasItsWidthAndADarkRim)
 {
     const CountDownLook look = count_down_look(Extents, 3, 5, 5);
     EXPECT_EQ(look.disc_radius, 25);
@@ -73,13 +73,13 @@ TEST(CountDownLookTest, TheRingIsAsWideAsItIsToBeWithADarkRimAroundIt)
     EXPECT_EQ(look.ring_radius, 22);
 }
 
-TEST(CountDownLookTest, TheShorterEdgeDecides)
+TEST(CountDownLookTest, TheShorterEdgeSetsTheSize)
 {
     EXPECT_EQ(count_down_look({80, 50}, 3, 5, 5).disc_radius, 25);
     EXPECT_EQ(count_down_look({30, 50}, 3, 5, 5).disc_radius, 15);
 }
 
-TEST(CountDownLookTest, OneDigitAndTwoAreOfOneSizeAndLongerNumbersShrinkIntoTheRing)
+TEST(CountDownLookTest, OneAndTwoDigitsHaveTheSameSizeAndLongerNumbersShrink)
 {
     EXPECT_DOUBLE_EQ(count_down_look(Extents, 3, 5, 5).font_size, 22.5);
     EXPECT_DOUBLE_EQ(count_down_look(Extents, 3, 15, 15).font_size, 22.5);
@@ -87,12 +87,12 @@ TEST(CountDownLookTest, OneDigitAndTwoAreOfOneSizeAndLongerNumbersShrinkIntoTheR
     EXPECT_NEAR(count_down_look(Extents, 3, 3600, 3600).font_size, 15.836, 0.001);
 }
 
-TEST(CountDownLookTest, TheDigitsStandInTheMiddle)
+TEST(CountDownLookTest, TheDigitsAreCentred)
 {
     EXPECT_NEAR(count_down_look(Extents, 3, 5, 5).baseline, 22.5 * 0.358, 1e-9);
 }
 
-TEST(CountDownLookTest, WithoutRoomThereIsNothing)
+TEST(CountDownLookTest, WithoutRoomNothingIsDrawn)
 {
     const CountDownLook look = count_down_look({2, 2}, 3, 5, 5);
     EXPECT_EQ(look.ring_width, 0);

@@ -24,7 +24,7 @@ double seconds_until_too_much(double cost, double rest, double seconds)
     return 0;
 }
 
-TEST(MessageLoadTest, MessagesThatLeaveNoTimeAreTooMuchAfterThreeSeconds)
+TEST(MessageLoadTest, MessagesThatTakeAllTimeAreTooMuchAfterThreeSeconds)
 {
     EXPECT_NEAR(seconds_until_too_much(0.01, 0, 10), 3, 0.1);
     EXPECT_NEAR(seconds_until_too_much(0.3, 0, 10), 3.6, 0.1) << "whole messages";
@@ -41,7 +41,7 @@ TEST(MessageLoadTest, MessagesThatLeaveAQuarterOfTheTimeAreNeverTooMuch)
     EXPECT_EQ(seconds_until_too_much(0.0003, 0.0001, 10), 0);
 }
 
-TEST(MessageLoadTest, ManyMessagesInOneTurnOfTheLoopCountOnceEach)
+TEST(MessageLoadTest, ManyMessagesInOneLoopIterationCountOnceEach)
 {
     MessageLoad load;
     double now = 1000;
@@ -55,7 +55,7 @@ TEST(MessageLoadTest, ManyMessagesInOneTurnOfTheLoopCountOnceEach)
     }
 }
 
-TEST(MessageLoadTest, OneMessageThatTookForeverIsNotTooMuch)
+TEST(MessageLoadTest, OneSlowMessageIsNotTooMuch)
 {
     MessageLoad load;
     load.is_too_much(1000, 1000);
@@ -64,7 +64,7 @@ TEST(MessageLoadTest, OneMessageThatTookForeverIsNotTooMuch)
     EXPECT_FALSE(load.is_too_much(1070, 1070));
 }
 
-TEST(MessageLoadTest, ACalmSecondBetweenBeginsANewCount)
+TEST(MessageLoadTest, AQuietSecondResetsTheCount)
 {
     MessageLoad load;
     double now = 1000;

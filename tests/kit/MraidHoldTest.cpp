@@ -35,7 +35,7 @@ Lines in_snapshots(const Lines& trace, const std::string& path)
 
 constexpr const char* Landscape = "/fields/bIsVideoOrientationLandscape";
 
-TEST(MraidOrientation, AForcedArrangementHoldsWhileTheDeviceIsHeldOtherwise)
+TEST(MraidOrientation, AForcedArrangementHoldsInAnotherDeviceOrientation)
 {
     const Lines trace = manual_run(Plays + force("2", "landscape") + R"({"at": 6.9, "snapshot": true},
         {"at": 7.1, "snapshot": true}, {"at": 30, "snapshot": true})",
@@ -63,7 +63,7 @@ TEST(MraidOrientation, TheAdFollowsTheDeviceThatIsTurned)
     EXPECT_THAT(in_snapshots(trace, Landscape), ElementsAre("false"));
 }
 
-TEST(MraidOrientation, APageThatForcesNothingAnyMoreGivesTheDeviceBack)
+TEST(MraidOrientation, APageThatStopsForcingReleasesTheOrientation)
 {
     const Lines trace = manual_run(Plays + force("2", "landscape") + force("10", "none") +
                                        R"({"at": 10, "snapshot": true}, {"at": 20, "snapshot": true})",
@@ -72,7 +72,7 @@ TEST(MraidOrientation, APageThatForcesNothingAnyMoreGivesTheDeviceBack)
     EXPECT_THAT(in_snapshots(trace, Landscape), ElementsAre("false", "false"));
 }
 
-TEST(MraidOrientation, ThePlayersCommandIsCheckedAsEver)
+TEST(MraidOrientation, ThePlayersCommandIsCheckedAsUsual)
 {
     const Lines trace = manual_run(std::string(Plays) + R"({"at": 2, "script": ["changeOrientation", "landscape"]},
         {"at": 6.9, "snapshot": true}, {"at": 7.1, "snapshot": true})",
@@ -81,7 +81,7 @@ TEST(MraidOrientation, ThePlayersCommandIsCheckedAsEver)
     EXPECT_THAT(in_snapshots(trace, Landscape), ElementsAre("true", "false"));
 }
 
-TEST(MraidOrientation, TheCloseGivesTheDeviceBack)
+TEST(MraidOrientation, ClosingReleasesTheOrientation)
 {
     // No layout can be requested for an upside-down device; for one in landscape, the other layout can.
     const Lines trace = manual_run(Plays + std::string(R"({"at": 2, "device": {"orientation": 2}}, )") +
@@ -96,7 +96,7 @@ TEST(MraidOrientation, TheCloseGivesTheDeviceBack)
 
 constexpr const char* CloseParent = "/views/btnClose/parent";
 
-TEST(MraidCustomClose, ItHoldsWheneverItWasAskedFor)
+TEST(MraidCustomClose, ItHoldsWheneverItWasRequested)
 {
     const std::string early = R"({"at": 0, "script": ["mraid.useCustomClose", true]}, )";
     const std::string late = R"({"at": 2, "script": ["mraid.useCustomClose", true]}, )";
@@ -132,7 +132,7 @@ TEST(MraidCustomClose, TheButtonReturnsWhenThePageGivesItBack)
     EXPECT_THAT(in_snapshots(trace, CloseParent), ElementsAre(R"("moviePlayerView")", R"("moviePlayerView")"));
 }
 
-TEST(MraidCustomClose, ThePlayersCommandGivesItBackToo)
+TEST(MraidCustomClose, ThePlayersCommandReturnsTheButtonToo)
 {
     const Lines trace = manual_run(std::string(Plays) + R"({"at": 2, "script": ["mraid.useCustomClose", true]},
         {"at": 3, "script": ["MRAIDUseCustomClose", false]}, {"at": 4, "snapshot": true},
@@ -141,7 +141,7 @@ TEST(MraidCustomClose, ThePlayersCommandGivesItBackToo)
     EXPECT_THAT(in_snapshots(trace, CloseParent), ElementsAre(R"("moviePlayerView")", R"("moviePlayerView")"));
 }
 
-TEST(MraidCustomClose, ThePlayersCommandIsUndoneByTheNextLayoutAsEver)
+TEST(MraidCustomClose, ThePlayersCommandIsUndoneByTheNextLayoutAsUsual)
 {
     const Lines trace = manual_run(std::string(Plays) + R"({"at": 2, "script": ["MRAIDUseCustomClose", true]},
         {"at": 3, "snapshot": true}, {"at": 5, "device": {"statusBarOrientation": 3}}, {"at": 6, "snapshot": true})");

@@ -47,7 +47,7 @@ protected:
     AdSession session;
 };
 
-TEST_F(MraidTest, NothingIsToldBeforeThePageAsks)
+TEST_F(MraidTest, NothingIsSentBeforeThePageRegisters)
 {
     session.set_volume(0.2F);
     session.rotate(3);
@@ -57,7 +57,7 @@ TEST_F(MraidTest, NothingIsToldBeforeThePageAsks)
     EXPECT_THAT(session.lines("mraid"), IsEmpty());
 }
 
-TEST_F(MraidTest, ThePageThatAsksIsToldEverything)
+TEST_F(MraidTest, ARegisteringPageReceivesAllFacts)
 {
     session.script_says("mraid.load", {"id"});
 
@@ -72,7 +72,7 @@ TEST_F(MraidTest, ThePageThatAsksIsToldEverything)
                                     R"("viewable":true,"volume":60,"state":"default"})"));
 }
 
-TEST_F(MraidTest, APageThatAsksAgainIsToldEverythingAgain)
+TEST_F(MraidTest, APageThatRegistersAgainReceivesAllFactsAgain)
 {
     session.script_says("mraid.load", {"first"});
     session.forget();
@@ -83,7 +83,7 @@ TEST_F(MraidTest, APageThatAsksAgainIsToldEverythingAgain)
     EXPECT_THAT(session.lines("mraid")[1], testing::HasSubstr(R"("supports")"));
 }
 
-TEST_F(MraidTest, AVideoOverThePageHidesItAtTheMomentAtWhichItTurns)
+TEST_F(MraidTest, AVideoOverThePageHidesItAtTheMomentOfTheTurn)
 {
     page_asks();
 
@@ -97,7 +97,7 @@ TEST_F(MraidTest, AVideoOverThePageHidesItAtTheMomentAtWhichItTurns)
                             R"("exposure":{"exposedPercentage":0,"visibleRectangle":null},"viewable":false})"));
 }
 
-TEST_F(MraidTest, ALayoutThatChangesNothingTellsNothing)
+TEST_F(MraidTest, ALayoutThatChangesNothingSendsNothing)
 {
     page_asks();
 
@@ -107,7 +107,7 @@ TEST_F(MraidTest, ALayoutThatChangesNothingTellsNothing)
     EXPECT_THAT(session.lines("mraid"), IsEmpty());
 }
 
-TEST_F(MraidTest, TheVolumeIsToldInPercent)
+TEST_F(MraidTest, TheVolumeIsSentInPercent)
 {
     page_asks();
 
@@ -116,7 +116,7 @@ TEST_F(MraidTest, TheVolumeIsToldInPercent)
     EXPECT_THAT(session.lines("mraid"), ElementsAre(R"(tell {"volume":25})"));
 }
 
-TEST_F(MraidTest, NothingIsSeenWhileTheViewerIsAway)
+TEST_F(MraidTest, NothingIsExposedWhileTheViewerIsAway)
 {
     page_asks();
 
@@ -131,7 +131,7 @@ TEST_F(MraidTest, NothingIsSeenWhileTheViewerIsAway)
                             R"("visibleRectangle":{"x":0,"y":0,"width":375,"height":523.0625}},"viewable":true})"));
 }
 
-TEST_F(MraidTest, ClosingHidesTheAdAndIsTheLastThatIsTold)
+TEST_F(MraidTest, ClosingHidesTheAdAndIsTheLastFactSent)
 {
     page_asks();
 
@@ -161,14 +161,14 @@ TEST_F(MraidTest, AClosedAdRefusesEverything)
     EXPECT_THAT(session.lines("mraid"), ElementsAre("refused useCustomClose [true] the ad has closed 1"));
 }
 
-TEST_F(MraidTest, CustomCloseIsTheControllers)
+TEST_F(MraidTest, CustomCloseIsForwardedToTheController)
 {
     EXPECT_EQ(refusal("mraid.useCustomClose", {true}), "");
 
     EXPECT_FALSE(session->btnClose.superview());
 }
 
-TEST_F(MraidTest, AForcedOrientationIsLaidOut)
+TEST_F(MraidTest, AForcedOrientationChangesTheLayout)
 {
     EXPECT_EQ(refusal("mraid.setOrientationProperties", {NSDictionary{{"forceOrientation", "landscape"}}}), "");
 
@@ -182,7 +182,7 @@ TEST_F(MraidTest, AnOrientationThatTheDeviceDecidesChangesNothing)
     EXPECT_THAT(session.events(), IsEmpty());
 }
 
-TEST_F(MraidTest, AnInterstitialKeepsItsSizeAndThePicturesStayWhereTheyAre)
+TEST_F(MraidTest, ResizingAndStoringPicturesAreRefused)
 {
     touch_page();
 
@@ -191,7 +191,7 @@ TEST_F(MraidTest, AnInterstitialKeepsItsSizeAndThePicturesStayWhereTheyAre)
     EXPECT_EQ(refusal("mraid.storePicture", {"https://p/"}), "pictures are not stored");
 }
 
-TEST_F(MraidTest, WhatIsNoRequestIsRefused)
+TEST_F(MraidTest, AnInvalidRequestIsRefused)
 {
     EXPECT_EQ(refusal("mraid.dance"), "unknown command mraid.dance");
     EXPECT_EQ(refusal("mraid."), "unknown command mraid.");
@@ -211,7 +211,7 @@ TEST_F(MraidTest, AnAddressOpensOutsideTheAppAndPausesTheVideo)
                                                   "super qoroPresent", "super qoroLeaveApplication"));
 }
 
-TEST_F(MraidTest, ACallAndAVideoOpenAsAddressesDo)
+TEST_F(MraidTest, CallsAndVideosOpenLikeAddresses)
 {
     touch_page();
     EXPECT_EQ(refusal("mraid.open", {"TEL:+4930"}), "nothing here opens TEL:+4930"); // the device can open "tel:" only
@@ -245,7 +245,7 @@ TEST_F(MraidTest, ATouchLastsASecond)
     EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
 }
 
-TEST_F(MraidTest, ATouchServesOnce)
+TEST_F(MraidTest, ATouchAllowsOneRequest)
 {
     touch_page();
     EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), "");
@@ -253,7 +253,7 @@ TEST_F(MraidTest, ATouchServesOnce)
     EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
 }
 
-TEST_F(MraidTest, WhatWasRefusedHasNotUsedTheTouch)
+TEST_F(MraidTest, ARefusedRequestDoesNotUseTheTouch)
 {
     touch_page();
     EXPECT_NE(refusal("mraid.open", {"myapp://offer"}), "");
@@ -263,7 +263,7 @@ TEST_F(MraidTest, WhatWasRefusedHasNotUsedTheTouch)
     EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
 }
 
-TEST_F(MraidTest, AHostThatCannotBeReadIsOutOfReach)
+TEST_F(MraidTest, AnUnparsableHostIsRefused)
 {
     for (const char* address :
          {"http://%6cocalhost/", "http://\xEF\xBD\x8Cocalhost/", "http://127\xE3\x80\x82\x30.0.1/"}) {
@@ -273,14 +273,14 @@ TEST_F(MraidTest, AHostThatCannotBeReadIsOutOfReach)
     EXPECT_THAT(session.lines("openURL"), IsEmpty());
 }
 
-TEST_F(MraidTest, ATouchOfTheVideoIsNoTouchOfThePage)
+TEST_F(MraidTest, ATouchOfTheVideoDoesNotCountForThePage)
 {
     session.touch(187, 150);
 
     EXPECT_EQ(refusal("mraid.open", {"https://shop/"}), NoTouch);
 }
 
-TEST_F(MraidTest, ACalendarEventGoesToTheKit)
+TEST_F(MraidTest, ACalendarEventIsPassedToTheKit)
 {
     touch_page();
 
@@ -296,7 +296,7 @@ TEST_F(MraidTest, ACalendarEventGoesToTheKit)
                             "kit calendar.add"));
 }
 
-TEST_F(MraidTest, ACalendarEventThatIsNoneIsAnErrorOfThePage)
+TEST_F(MraidTest, AnInvalidCalendarEventIsAnErrorOfThePage)
 {
     session.script_says("mraid.load", {"id"});
     touch_page();
@@ -311,7 +311,7 @@ TEST_F(MraidTest, ACalendarEventThatIsNoneIsAnErrorOfThePage)
                             R"("action":"createCalendarEvent"}})"));
 }
 
-TEST_F(MraidTest, AnActionButtonsCalendarEventThatIsNoneIsAnErrorOfThePageToo)
+TEST_F(MraidTest, AnInvalidCalendarEventOfAnActionButtonIsAnErrorOfThePageToo)
 {
     page_asks();
 
@@ -326,7 +326,7 @@ TEST_F(MraidTest, AnActionButtonsCalendarEventThatIsNoneIsAnErrorOfThePageToo)
                             R"(2027-03-24 or 2027-03-24T09:00-08:00","action":"createCalendarEvent"}})"));
 }
 
-TEST_F(MraidTest, APageThatDoesNotListenToItsAdHearsOfNoCalendarEvent)
+TEST_F(MraidTest, AnUnregisteredPageReceivesNoCalendarError)
 {
     touch_page();
     session.forget();
@@ -376,7 +376,7 @@ TEST_F(MraidTest, OnlyTheWebAndTheTelephoneOpen)
     EXPECT_THAT(session.lines("openURL"), IsEmpty());
 }
 
-TEST_F(MraidTest, APageFromElsewhereOpensNothingOnThisMachine)
+TEST_F(MraidTest, ARemotePageOpensNothingOnThisMachine)
 {
     session->strBaseUrl = "https://ads.example/page.html";
     touch_page();
@@ -387,7 +387,7 @@ TEST_F(MraidTest, APageFromElsewhereOpensNothingOnThisMachine)
     EXPECT_EQ(refusal("mraid.open", {"http://127.0.0.1:8080/"}), "");
 }
 
-TEST_F(MraidTest, ARecordThatNamesThisMachineIsRefusedFromElsewhere)
+TEST_F(MraidTest, ADictionaryThatNamesThisMachineIsRefusedFromARemotePage)
 {
     const NSDictionary file{{"v_u", "file:///home/viewer/film.mp4"}};
     const NSDictionary tracker{{"v_u", "http://ads.example/next.mp4"},
@@ -413,7 +413,7 @@ TEST_F(MraidTest, ListenersAreBoundedInNumberAndInTheLengthOfTheirIds)
     EXPECT_EQ(refusal("addEventListener", {"video_pause", 256}), "a page has at most 256 listeners");
 }
 
-TEST_F(MraidTest, ALongRefusedArgumentIsALineOfItsOwnLength)
+TEST_F(MraidTest, ALongRefusedArgumentIsOmittedFromTheTrace)
 {
     refusal("mraid.open", {std::string(60'000, 'x'), "short"});
     EXPECT_EQ(session.lines("mraid")[0], "refused open [\"(too long)\"] " + std::string(NoTouch) + " 1");

@@ -9,7 +9,7 @@ namespace qoro
 namespace
 {
 
-TEST(NetworkZone, ThisMachineIsKnownHoweverItsAddressIsSpelt)
+TEST(NetworkZone, ThisMachineIsRecognisedHoweverItsAddressIsSpelt)
 {
     for (const char* address : {"http://127.0.0.1/",
                                 "http://127.255.3.4:8080",
@@ -39,7 +39,7 @@ TEST(NetworkZone, ThisMachineIsKnownHoweverItsAddressIsSpelt)
         EXPECT_EQ(zone_named_by(address), NetworkZone::Machine) << address;
 }
 
-TEST(NetworkZone, NothingElseIsThisMachine)
+TEST(NetworkZone, OtherAddressesAreNotThisMachine)
 {
     for (const char* address : {"http://%6cocalhost/",
                                 "http://[nonsense/",
@@ -65,7 +65,7 @@ TEST(NetworkZone, NothingElseIsThisMachine)
         EXPECT_EQ(zone_named_by(address), NetworkZone::Public) << address;
 }
 
-TEST(NetworkZone, PrivateNetworksAreKnownByTheirFirstAndTheirLastAddress)
+TEST(NetworkZone, PrivateNetworksIncludeTheirFirstAndLastAddresses)
 {
     // RFC 1918, RFC 6598, RFC 3927, RFC 2544; RFC 4193, RFC 4291, RFC 3879, RFC 8215.
     for (const char* address :
@@ -80,7 +80,7 @@ TEST(NetworkZone, PrivateNetworksAreKnownByTheirFirstAndTheirLastAddress)
         EXPECT_EQ(zone_named_by(std::string("http://") + address + "/"), NetworkZone::Public) << address;
 }
 
-TEST(NetworkZone, AnAddressThatStandsForOneOfIpv4LiesWhereThatOneLies)
+TEST(NetworkZone, AnAddressThatEmbedsAnIpv4AddressHasItsZone)
 {
     for (const char* address : {"[::ffff:10.0.0.1]", "[::ffff:a00:1]", "[::192.168.1.1]", "[64:ff9b::172.16.0.1]",
                                 "[64:ff9b::a9fe:a9fe]", "[2002:c0a8:101::1]", "0xa.1", "2886729729", "0300.0250.1.1"})
@@ -91,7 +91,7 @@ TEST(NetworkZone, AnAddressThatStandsForOneOfIpv4LiesWhereThatOneLies)
         EXPECT_EQ(zone_named_by(std::string("https://") + address + "/"), NetworkZone::Public) << address;
 }
 
-TEST(NetworkZone, WhatComesFromAPrivateNetworkReachesThoseAndNotThisMachine)
+TEST(NetworkZone, PrivateNetworksReachPrivateNetworksAndNotThisMachine)
 {
     EXPECT_FALSE(leads_inward("http://192.168.1.1/page.html", "http://10.0.0.1/"));
     EXPECT_FALSE(leads_inward("http://192.168.1.1/page.html", "http://ads.example/"));
@@ -99,7 +99,7 @@ TEST(NetworkZone, WhatComesFromAPrivateNetworkReachesThoseAndNotThisMachine)
     EXPECT_FALSE(leads_inward("http://127.0.0.1/page.html", "http://10.0.0.1/"));
 }
 
-TEST(NetworkZone, AnOpenNetworkIsReachedFromEverywhere)
+TEST(NetworkZone, PublicNetworksAreReachedFromEverywhere)
 {
     EXPECT_TRUE(leads_inward("http://ads.example/", "http://10.0.0.1/"));
     EXPECT_FALSE(leads_inward("http://ads.example/", "http://10.0.0.1/", NetworkZone::Private));
@@ -108,7 +108,7 @@ TEST(NetworkZone, AnOpenNetworkIsReachedFromEverywhere)
 
 constexpr const char* Elsewhere = "http://ads.example/page.html";
 
-TEST(NetworkZone, NothingFromElsewhereLeadsHere)
+TEST(NetworkZone, RemoteOriginsDoNotReachThisMachine)
 {
     for (const char* address : {"http://127.0.0.1/", "wss://localhost/x", "http://[::1]/"})
         EXPECT_TRUE(leads_inward(Elsewhere, address)) << address;
@@ -117,7 +117,7 @@ TEST(NetworkZone, NothingFromElsewhereLeadsHere)
         EXPECT_FALSE(leads_inward(Elsewhere, address)) << address;
 }
 
-TEST(NetworkZone, AHostThatCannotBeReadMayBeHere)
+TEST(NetworkZone, AnUnparsableTargetCountsAsThisMachine)
 {
     for (const char* address : {"http://%6cocalhost/", "http://[nonsense/", "http://[::1%25lo]/",
                                 "http://\xEF\xBC\x91\xEF\xBC\x92\xEF\xBC\x97.0.0.1/", // 127 in fullwidth digits
@@ -134,13 +134,13 @@ TEST(NetworkZone, AHostThatCannotBeReadMayBeHere)
     EXPECT_FALSE(leads_inward(Elsewhere, "http://ads.example?n={Zulix-Seq}"));
 }
 
-TEST(NetworkZone, WhoComesFromHereReachesIt)
+TEST(NetworkZone, LocalOriginsReachThisMachine)
 {
     for (const char* address : {"http://127.0.0.1/", "http://%6cocalhost/", "http://{host}/"})
         EXPECT_FALSE(leads_inward("http://localhost:8000/page.html", address)) << address;
 }
 
-TEST(NetworkZone, WhoCannotBeReadComesFromElsewhere)
+TEST(NetworkZone, AnUnparsableOriginCountsAsRemote)
 {
     for (const char* page : {"http://%6cocalhost/", "http://[nonsense/", "http://{host}/",
                              "http://\xC3\xA9vil.example/", "about:blank", ""})

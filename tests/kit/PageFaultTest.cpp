@@ -31,7 +31,7 @@ Lines after_fault(const Lines& trace)
     return fault == trace.end() ? Lines{} : Lines(fault + 1, trace.end());
 }
 
-TEST(PageFault, ADeadPageGivesTheCloseButtonsTapsBack)
+TEST(PageFault, ADeadPageReturnsTheCloseButtonsTaps)
 {
     const Lines trace =
         manual_run(std::string(Plays) + R"({"at": 2, "script": ["addEventListener", "onclick_closebtn", 1]},
@@ -44,7 +44,7 @@ TEST(PageFault, ADeadPageGivesTheCloseButtonsTapsBack)
     EXPECT_THAT(trace, Not(Contains(HasSubstr(R"("event":"onclick_closebtn")"))));
 }
 
-TEST(PageFault, ADeadPageIsToldOfNothing)
+TEST(PageFault, ADeadPageReceivesNoEvents)
 {
     const Lines trace =
         manual_run(std::string(Plays) + R"({"at": 2, "script": ["addEventListener", "video_pause", "b"]},
@@ -55,7 +55,7 @@ TEST(PageFault, ADeadPageIsToldOfNothing)
     EXPECT_THAT(after_fault(trace), Contains(HasSubstr(R"("event":"video_pause","data":null,"listeners":0)")));
 }
 
-TEST(PageFault, ADeadPageSaysNothing)
+TEST(PageFault, MessagesOfADeadPageAreIgnored)
 {
     const Lines trace = manual_run(std::string(Plays) + R"({"at": 3, "page": "dies"},
         {"at": 4, "script": ["setVideoPause"]}, {"at": 4, "script": ["MRAIDClose"]},
@@ -66,7 +66,7 @@ TEST(PageFault, ADeadPageSaysNothing)
     EXPECT_THAT(of_kind(after_fault(trace), "return"), IsEmpty());
 }
 
-TEST(PageFault, TheTraceSaysThatThePageDied)
+TEST(PageFault, ThePagesDeathIsTraced)
 {
     const Lines trace = manual_run(std::string(Plays) + R"({"at": 3, "page": "dies"})");
 
@@ -85,7 +85,7 @@ TEST(PageFault, TheCloseButtonOfACustomCloseReturnsWhenThePageDies)
     EXPECT_THAT(after_fault(trace), Contains(HasSubstr(R"("event":"video_orientation")")));
 }
 
-TEST(PageFault, WithoutACustomCloseNothingIsLaidOutAnew)
+TEST(PageFault, WithoutACustomCloseTheLayoutIsNotRepeated)
 {
     const Lines trace = manual_run(std::string(Plays) + R"({"at": 3, "page": "dies"})");
 
@@ -135,7 +135,7 @@ TEST(PageFault, AnOrientationThatTheDeadPageForcedIsReleased)
     EXPECT_EQ(in_snapshot({snapshots[1]}, "/fields/bIsVideoOrientationLandscape"), "false");
 }
 
-TEST(PageFault, AHungPageSaysNothingAndItsEventsAreTracedAsEver)
+TEST(PageFault, MessagesOfAHungPageAreIgnoredAndItsEventsStillTraced)
 {
     const Lines trace = manual_run(std::string(Plays) + R"({"at": 2, "script": ["addEventListener", "video_pause", 1]},
         {"at": 3, "page": "hangs"}, {"at": 4, "script": ["MRAIDClose"]}, {"at": 5, "player": {"state": 2}})");

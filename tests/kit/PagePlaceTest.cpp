@@ -34,7 +34,7 @@ struct PagePlaceTest : testing::Test, WebListener {
     void died(const std::string&) override {}
 };
 
-TEST_F(PagePlaceTest, APageInTheOpenIsSeenWhole)
+TEST_F(PagePlaceTest, AnUncoveredPageIsFullyExposed)
 {
     EXPECT_EQ(place().screen, Screen);
     EXPECT_EQ(place().position, (CGRect{0, 200, 375, 400}));
@@ -42,7 +42,7 @@ TEST_F(PagePlaceTest, APageInTheOpenIsSeenWhole)
     EXPECT_EQ(place().exposed_percentage, 100);
 }
 
-TEST_F(PagePlaceTest, WhatLiesBeyondTheScreenIsNotSeen)
+TEST_F(PagePlaceTest, PartsOffTheScreenAreNotExposed)
 {
     page.setFrame({-75, 712, 375, 400});
 
@@ -51,7 +51,7 @@ TEST_F(PagePlaceTest, WhatLiesBeyondTheScreenIsNotSeen)
     EXPECT_EQ(place().exposed_percentage, 20);
 }
 
-TEST_F(PagePlaceTest, AWindowShowsNothingBeyondItself)
+TEST_F(PagePlaceTest, AWindowClipsThePage)
 {
     window.setFrame({0, 0, 375, 300});
 
@@ -69,7 +69,7 @@ TEST_F(PagePlaceTest, ATurnedPageHasTheScreenTurnedWithIt)
     EXPECT_EQ(place().visible, (CGRect{0, 0, 768, 375}));
 }
 
-TEST_F(PagePlaceTest, AShrunkPageCountsInItsOwnPoints)
+TEST_F(PagePlaceTest, AScaledPageIsMeasuredInItsOwnPoints)
 {
     const PagePlace shrunk = place(0.5);
 
@@ -79,7 +79,7 @@ TEST_F(PagePlaceTest, AShrunkPageCountsInItsOwnPoints)
     EXPECT_EQ(shrunk.exposed_percentage, 100);
 }
 
-TEST_F(PagePlaceTest, NothingIsSeenOfAPageThatIsHiddenTransparentEmptyOrNowhere)
+TEST_F(PagePlaceTest, AHiddenTransparentEmptyOrDetachedPageIsNotExposed)
 {
     ad.setHidden(true);
     EXPECT_FALSE(place().visible);

@@ -110,7 +110,7 @@ struct PageScreenTest : testing::Test {
 
 // ---------------------------------------------------------------------------------------------------------------- page
 
-TEST_F(PageScreenTest, APageIsABrowsedOneAndTellsNothing)
+TEST_F(PageScreenTest, APageIsOfTheBrowsedKindAndReportsNothing)
 {
     open({});
 
@@ -121,7 +121,7 @@ TEST_F(PageScreenTest, APageIsABrowsedOneAndTellsNothing)
     EXPECT_TRUE(platform.transcript.empty());
 }
 
-TEST_F(PageScreenTest, WhatIsNotOfTheWebIsNotLoadedAndSaidSo)
+TEST_F(PageScreenTest, AnAddressThatIsNotOfTheWebShowsAnErrorInsteadOfLoading)
 {
     open({});
 
@@ -131,7 +131,7 @@ TEST_F(PageScreenTest, WhatIsNotOfTheWebIsNotLoadedAndSaidSo)
     EXPECT_EQ(texts(), Texts{"There is nothing that can be shown here."});
 }
 
-TEST_F(PageScreenTest, APageThatDoesNotComeIsSaidSoUntilOneComes)
+TEST_F(PageScreenTest, AFailedPageShowsAnErrorUntilOneLoads)
 {
     open({});
     screen->show_address(url("http://gone.example/"));
@@ -143,7 +143,7 @@ TEST_F(PageScreenTest, APageThatDoesNotComeIsSaidSoUntilOneComes)
     EXPECT_EQ(texts(), Texts{});
 }
 
-TEST_F(PageScreenTest, ALinkThatLeadsNowhereLeavesThePage)
+TEST_F(PageScreenTest, AFailedLinkLeavesThePage)
 {
     open({});
     page_is({.has_content = true});
@@ -153,7 +153,7 @@ TEST_F(PageScreenTest, ALinkThatLeadsNowhereLeavesThePage)
     EXPECT_EQ(texts(), Texts{});
 }
 
-TEST_F(PageScreenTest, APageWhoseProcessEndsIsSaidToHaveStopped)
+TEST_F(PageScreenTest, APageWhoseProcessEndsShowsAnError)
 {
     open({});
 
@@ -162,7 +162,7 @@ TEST_F(PageScreenTest, APageWhoseProcessEndsIsSaidToHaveStopped)
     EXPECT_EQ(texts(), Texts{"This page has stopped working."});
 }
 
-TEST_F(PageScreenTest, WhatLiesBeneathIsSeenUntilSomethingComes)
+TEST_F(PageScreenTest, TheBackgroundIsVisibleUntilThePageLoads)
 {
     open({});
     bool opaque = true;
@@ -179,7 +179,7 @@ TEST_F(PageScreenTest, WhatLiesBeneathIsSeenUntilSomethingComes)
     EXPECT_TRUE(look());
 }
 
-TEST_F(PageScreenTest, FollowedLinksToOtherProgramsAreHandedOnAndNeverLoaded)
+TEST_F(PageScreenTest, FollowedLinksToOtherProgramsArePassedToTheSystemAndNeverLoaded)
 {
     open({});
     WebListener& listener = *platform.web->listener;
@@ -192,7 +192,7 @@ TEST_F(PageScreenTest, FollowedLinksToOtherProgramsAreHandedOnAndNeverLoaded)
     EXPECT_EQ(platform.transcript.front(), "kit do=page.handOn url=tel:+123");
 }
 
-TEST_F(PageScreenTest, WhatAPageAsksForByItselfIsHandedToNobody)
+TEST_F(PageScreenTest, UnpromptedNavigationToOtherProgramsIsIgnored)
 {
     open({});
     WebListener& listener = *platform.web->listener;
@@ -203,7 +203,7 @@ TEST_F(PageScreenTest, WhatAPageAsksForByItselfIsHandedToNobody)
     EXPECT_EQ(platform.opened, Texts{});
 }
 
-TEST_F(PageScreenTest, FilesAndWhatOnlyTheEngineKnowsAreHandedToNobody)
+TEST_F(PageScreenTest, FilesAndEngineInternalAddressesAreIgnored)
 {
     open({});
     WebListener& listener = *platform.web->listener;
@@ -217,7 +217,7 @@ TEST_F(PageScreenTest, FilesAndWhatOnlyTheEngineKnowsAreHandedToNobody)
     EXPECT_EQ(platform.opened, Texts{});
 }
 
-TEST_F(PageScreenTest, AddressesOfTheWebAndFramesThatAPageMakesUpAreLoaded)
+TEST_F(PageScreenTest, WebAddressesAndInlineFramesAreLoaded)
 {
     open({});
     WebListener& listener = *platform.web->listener;
@@ -230,7 +230,7 @@ TEST_F(PageScreenTest, AddressesOfTheWebAndFramesThatAPageMakesUpAreLoaded)
 
 // ------------------------------------------------------------------------------------------------------------ bars
 
-TEST_F(PageScreenTest, WithoutABarThePageFillsTheScreenAndTheWayOutLiesOverIt)
+TEST_F(PageScreenTest, WithoutABarThePageFillsTheScreenUnderTheCloseButton)
 {
     open({});
 
@@ -242,7 +242,7 @@ TEST_F(PageScreenTest, WithoutABarThePageFillsTheScreenAndTheWayOutLiesOverIt)
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, APageThatDrawsItsOwnWayOutIsLeftInTheSameCorner)
+TEST_F(PageScreenTest, APageThatDrawsItsOwnCloseButtonIsClosedInTheSameCorner)
 {
     open({.close_unseen = true});
 
@@ -254,7 +254,7 @@ TEST_F(PageScreenTest, APageThatDrawsItsOwnWayOutIsLeftInTheSameCorner)
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, TheNavigationBarLeadsBackForwardAnewAndOut)
+TEST_F(PageScreenTest, TheNavigationBarGoesBackForwardReloadsAndCloses)
 {
     open({.bar = Bar::Navigation});
     page_is({.can_go_back = true, .can_go_forward = true});
@@ -269,7 +269,7 @@ TEST_F(PageScreenTest, TheNavigationBarLeadsBackForwardAnewAndOut)
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, WhereThereIsNoWayBackTheButtonDoesNothing)
+TEST_F(PageScreenTest, WithoutHistoryTheBackButtonDoesNothing)
 {
     open({.bar = Bar::Navigation});
 
@@ -293,7 +293,7 @@ TEST_F(PageScreenTest, TheNavigationBarShowsTheAddressAndWhetherItIsSafe)
     EXPECT_FALSE(shows(Symbol::Lock));
 }
 
-TEST_F(PageScreenTest, AHostThatDoesNotFitShowsItsEndAlone)
+TEST_F(PageScreenTest, ATooLongHostIsCutAtItsStart)
 {
     open({.bar = Bar::Navigation});
     int cut = 0;
@@ -338,7 +338,7 @@ TEST_F(PageScreenTest, TheTitleBarShowsThePagesTitle)
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, TheLineOfProgressGrowsWhileSomethingIsOnItsWay)
+TEST_F(PageScreenTest, TheProgressLineGrowsWhileLoading)
 {
     open({.progress = true});
     EXPECT_EQ(progress(), 0);
@@ -351,7 +351,7 @@ TEST_F(PageScreenTest, TheLineOfProgressGrowsWhileSomethingIsOnItsWay)
     EXPECT_EQ(progress(), 0);
 }
 
-TEST_F(PageScreenTest, WithoutTheWishThereIsNoLineOfProgress)
+TEST_F(PageScreenTest, TheProgressLineIsOptional)
 {
     open({});
 
@@ -362,7 +362,7 @@ TEST_F(PageScreenTest, WithoutTheWishThereIsNoLineOfProgress)
 
 // -------------------------------------------------------------------------------------------------------------- device
 
-TEST_F(PageScreenTest, TurnedToItsSideItStandsUprightAndCanBeLeftInTheViewersOwnCorner)
+TEST_F(PageScreenTest, TurnedSidewaysItIsUprightAndClosesInTheViewersCorner)
 {
     open({.bar = Bar::Navigation});
 
@@ -375,7 +375,7 @@ TEST_F(PageScreenTest, TurnedToItsSideItStandsUprightAndCanBeLeftInTheViewersOwn
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, TurnedToItsOtherSideToo)
+TEST_F(PageScreenTest, TurnedToTheOtherSideItIsUprightToo)
 {
     open({});
 
@@ -386,7 +386,7 @@ TEST_F(PageScreenTest, TurnedToItsOtherSideToo)
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, OpenedOnItsSideAndLaidFlatItStaysAsItWas)
+TEST_F(PageScreenTest, OpenedSidewaysAndLaidFlatItStaysAsItWas)
 {
     platform.device_orientation = UIDeviceOrientationLandscapeLeft;
     open({});
@@ -409,7 +409,7 @@ TEST_F(PageScreenTest, AHostInLandscapeKeepsItUpright)
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, AViewThatGrowsIsFilledAgain)
+TEST_F(PageScreenTest, ItFillsAViewThatGrows)
 {
     open({});
 
@@ -420,7 +420,7 @@ TEST_F(PageScreenTest, AViewThatGrowsIsFilledAgain)
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, InAnotherWindowItGoesOn)
+TEST_F(PageScreenTest, ItContinuesInAnotherWindow)
 {
     open({});
     const UIWindow other = UIWindow::create({0, 0, 375, 812});
@@ -434,7 +434,7 @@ TEST_F(PageScreenTest, InAnotherWindowItGoesOn)
 
 // ------------------------------------------------------------------------------------------------------------ close
 
-TEST_F(PageScreenTest, ItsEndLeavesTheViewEmptyAndThePageSilent)
+TEST_F(PageScreenTest, ItsDestructionEmptiesTheViewAndSilencesThePage)
 {
     open({});
 
@@ -450,7 +450,7 @@ TEST_F(PageScreenTest, ItsEndLeavesTheViewEmptyAndThePageSilent)
     EXPECT_EQ(platform.web, nullptr);
 }
 
-TEST_F(PageScreenTest, TheTopmostIsTheLatestThatIsToBeSeen)
+TEST_F(PageScreenTest, TheTopmostIsTheLatestVisibleOne)
 {
     EXPECT_EQ(PageScreen::topmost(platform), nullptr);
     open({});

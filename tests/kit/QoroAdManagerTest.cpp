@@ -79,7 +79,7 @@ TEST_F(ManagerTest, ANullAddressFails)
     EXPECT_EQ(platform.transcript, Texts{"request url=null for=tracking"});
 }
 
-TEST_F(ManagerTest, TellsAPagesRequestFromATrackers)
+TEST_F(ManagerTest, DistinguishesPageRequestsFromTrackers)
 {
     ask("http://ad/p", "didAdRequester:");
     ask("http://t/1");
@@ -87,7 +87,7 @@ TEST_F(ManagerTest, TellsAPagesRequestFromATrackers)
     EXPECT_EQ(platform.transcript, (Texts{"request url=http://ad/p for=page", "request url=http://t/1 for=tracking"}));
 }
 
-TEST_F(ManagerTest, AnUnansweredRequestKeepsWhoAsked)
+TEST_F(ManagerTest, AnUnansweredRequestRetainsItsTarget)
 {
     platform.world.net["http://t/slow"] = {true, "", "", 5};
     const std::weak_ptr<Asker> kept = asker;
@@ -108,7 +108,7 @@ TEST_F(ManagerTest, WritesTheKitsLogWithItsLevel)
     EXPECT_EQ(platform.transcript, Texts{"log level=2 message=hello"});
 }
 
-TEST_F(ManagerTest, AnswersWhatTheDeviceIs)
+TEST_F(ManagerTest, ReturnsTheDeviceFacts)
 {
     platform.device_facts.phone = false;
     platform.device_facts.imei = "123";
@@ -132,14 +132,14 @@ TEST_F(ManagerTest, KeepsAnExtraViewUntilItIsRemoved)
     EXPECT_EQ(platform.transcript, (Texts{"kit do=addExtraView", "kit do=removeExtraView"}));
 }
 
-TEST_F(ManagerTest, RemovingAnExtraViewThatItDoesNotKnowIsToldAllTheSame)
+TEST_F(ManagerTest, RemovingAnUnknownExtraViewIsReportedToo)
 {
     QoroAdManager::sharedInstance().removeExtraView(nullptr);
 
     EXPECT_EQ(platform.transcript, Texts{"kit do=removeExtraView"});
 }
 
-TEST_F(ManagerTest, ForgettingAnExtraViewIsUntold)
+TEST_F(ManagerTest, ForgettingAnExtraViewIsNotReported)
 {
     const auto screen = std::make_shared<UIViewController>();
     QoroAdManager::sharedInstance().addExtraView(screen);
@@ -151,7 +151,7 @@ TEST_F(ManagerTest, ForgettingAnExtraViewIsUntold)
     EXPECT_TRUE(platform.transcript.empty());
 }
 
-TEST(VideoCacheManager, HasAFileWhereTheStoreHasACopy)
+TEST(VideoCacheManager, ReturnsAFileIfTheStoreHasACopy)
 {
     test::RecordingPlatform platform;
     platform.world.cached["http://ad/v.mp4"] = "/cache/v.mp4";
@@ -164,7 +164,7 @@ TEST(VideoCacheManager, HasAFileWhereTheStoreHasACopy)
     EXPECT_EQ(cache.getFilePathWithUrl(nullptr), NSString());
 }
 
-TEST(CountDownView, ShowsTheSecondsThatItBeganWithAndThenTheLatest)
+TEST(CountDownView, ShowsItsInitialSecondsAndThenTheLatest)
 {
     test::RecordingPlatform platform;
     const auto view = QoroCountDownView::initWithFrame({1, 2, 50, 50}, 5, 3);
@@ -175,7 +175,7 @@ TEST(CountDownView, ShowsTheSecondsThatItBeganWithAndThenTheLatest)
     EXPECT_EQ(view.seconds(), 4.9);
 }
 
-TEST(CountDownView, AsksForANewPictureOnlyWhenItsSecondsChange)
+TEST(CountDownView, RequestsARedrawOnlyWhenItsSecondsChange)
 {
     test::RecordingPlatform platform;
     const auto view = QoroCountDownView::initWithFrame({0, 0, 50, 50}, 5, 3);

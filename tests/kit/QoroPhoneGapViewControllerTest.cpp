@@ -53,7 +53,7 @@ TEST_F(PhoneGapTest, KeepsOneListenerOfANameAndId)
     EXPECT_EQ(controller->dicEventListener["onhide"].array().count(), 2U);
 }
 
-TEST_F(PhoneGapTest, TellsHowManyListenersGotAnEvent)
+TEST_F(PhoneGapTest, ReturnsTheNumberOfListenersThatGotAnEvent)
 {
     controller->addEventListener("onhide", "a", "cb-1");
     platform.transcript.clear();
@@ -66,7 +66,7 @@ TEST_F(PhoneGapTest, TellsHowManyListenersGotAnEvent)
     EXPECT_EQ(platform.web->events, Texts{"onhide"});
 }
 
-TEST_F(PhoneGapTest, AnswersWhetherAListenerWasRemovedAndForgetsANameWithoutListeners)
+TEST_F(PhoneGapTest, ReturnsWhetherAListenerWasRemovedAndDropsNamesWithoutListeners)
 {
     controller->addEventListener("onhide", "a", "cb");
 
@@ -76,7 +76,7 @@ TEST_F(PhoneGapTest, AnswersWhetherAListenerWasRemovedAndForgetsANameWithoutList
     EXPECT_FALSE(controller->dicEventListener.contains("onhide"));
 }
 
-TEST_F(PhoneGapTest, RecordsNothingOnceTheTableIsGone)
+TEST_F(PhoneGapTest, RecordsNothingWithoutTheTable)
 {
     controller->dicEventListener = nullptr;
 
@@ -101,7 +101,7 @@ TEST_F(PhoneGapTest, CallsAListenerByItsIdWhenTheScriptGivesNoCallback)
     EXPECT_EQ(controller->dicEventListener["onhide"].array()[0], Value(NSArray{"a", "a"}));
 }
 
-TEST_F(PhoneGapTest, RefusesACommandThatItDoesNotKnow)
+TEST_F(PhoneGapTest, RefusesAnUnknownCommand)
 {
     EXPECT_EQ(controller->callFromScript({"format", {}}).error, NSString("unknown command format"));
     EXPECT_FALSE(controller->callFromScript({"MRAIDClose", {}}).error);
@@ -109,7 +109,7 @@ TEST_F(PhoneGapTest, RefusesACommandThatItDoesNotKnow)
 
 // ------------------------------------------------------------------------------------------------------ close button
 
-TEST_F(PhoneGapTest, TheCloseButtonClosesUntilTheScriptWantsItsTaps)
+TEST_F(PhoneGapTest, TheCloseButtonClosesUntilTheScriptTakesItsTaps)
 {
     const UIButton button = UIButton::create();
 
@@ -126,7 +126,7 @@ TEST_F(PhoneGapTest, TheCloseButtonClosesUntilTheScriptWantsItsTaps)
     EXPECT_EQ(platform.transcript, Texts{"js event=onclick_closebtn data=null listeners=0"});
 }
 
-TEST_F(PhoneGapTest, TheCloseButtonHasOneActionHoweverOftenItIsGiven)
+TEST_F(PhoneGapTest, TheCloseButtonHasOneActionHoweverOftenItIsSet)
 {
     const UIButton button = UIButton::create();
 
@@ -139,7 +139,7 @@ TEST_F(PhoneGapTest, TheCloseButtonHasOneActionHoweverOftenItIsGiven)
 
 // -------------------------------------------------------------------------------------------------------------- page
 
-TEST_F(PhoneGapTest, ThePagesOwnLoadGoesOn)
+TEST_F(PhoneGapTest, ThePagesOwnLoadIsAllowed)
 {
     controller->strBaseUrl = "http://ad/page.html";
     controller->webView().loadHTMLString("page", NSURL::URLWithString("http://ad/page.html"));
@@ -155,7 +155,7 @@ TEST_F(PhoneGapTest, APageMayMoveWithinItself)
     EXPECT_TRUE(goes_on("http://ad/page.html#end", 0));
 }
 
-TEST_F(PhoneGapTest, WhereElseAPageLeadsIsRefusedAndTold)
+TEST_F(PhoneGapTest, NavigationAwayIsRefusedAndReported)
 {
     controller->strBaseUrl = "http://ad/page.html";
     platform.transcript.clear();
@@ -181,7 +181,7 @@ TEST_F(PhoneGapTest, AFloodOfAddressesIsABoundedNumberOfBoundedLines)
         EXPECT_LT(line.size(), 1100U);
 }
 
-TEST_F(PhoneGapTest, AFailedPageRequestIsToldAndReachesTheAdsOwnHandler)
+TEST_F(PhoneGapTest, AFailedPageRequestIsReportedAndReachesTheAdsHandler)
 {
     QoroAdRequest request;
     request.error.text = "not found";
@@ -193,7 +193,7 @@ TEST_F(PhoneGapTest, AFailedPageRequestIsToldAndReachesTheAdsOwnHandler)
     EXPECT_EQ(controller->failures, Texts{"not found"});
 }
 
-TEST_F(PhoneGapTest, ThePageOutlivesItsControllerHarmlessly)
+TEST_F(PhoneGapTest, ThePageMayOutliveItsController)
 {
     const UIView web = controller->webView();
 
@@ -223,7 +223,7 @@ TEST_F(PhoneGapTest, AScreenThatIsWiderThanHighIsUprightWithItsShortEdgeAsWidth)
     EXPECT_EQ(controller->getCurrnetScreenSize(), (CGSize{375, 812}));
 }
 
-TEST_F(PhoneGapTest, AGivenCurrentScreenIsAnsweredAsItIs)
+TEST_F(PhoneGapTest, AGivenCurrentScreenIsReturnedUnchanged)
 {
     platform.device_facts.current_screen = CGSize{1, 2};
     platform.device_orientation = 3;
@@ -254,7 +254,7 @@ TEST(Colours, AreDecimalArgbNumbers)
     EXPECT_EQ(QoroPhoneGapViewController::formatColor("0"), UIColor::colorWithRed(0, 0, 0, 0));
 }
 
-TEST(Colours, AreWhiteAndOpaqueForATextThatIsNone)
+TEST(Colours, AreWhiteAndOpaqueForAnInvalidText)
 {
     EXPECT_EQ(QoroPhoneGapViewController::formatColor(nullptr), UIColor::whiteColor());
     EXPECT_EQ(QoroPhoneGapViewController::formatColor(""), UIColor::whiteColor());
@@ -282,7 +282,7 @@ TEST_F(PhoneGapTest, LaysTheAdOutAgainOnlyWhileOneIsOpen)
     EXPECT_EQ(controller->layouts, 0);
 }
 
-TEST_F(PhoneGapTest, ShowsOneSpinnerWhereItIsAskedAndTakesItAwayAgain)
+TEST_F(PhoneGapTest, ShowsOneSpinnerAtTheRequestedPlaceAndRemovesIt)
 {
     const UIView first = UIView::create();
     const UIView second = UIView::create();
@@ -297,7 +297,7 @@ TEST_F(PhoneGapTest, ShowsOneSpinnerWhereItIsAskedAndTakesItAwayAgain)
     EXPECT_TRUE(second.subviews().empty());
 }
 
-TEST_F(PhoneGapTest, TellsWhenItsFieldLosesAPlayer)
+TEST_F(PhoneGapTest, ReportsWhenItsFieldLosesAPlayer)
 {
     const auto one = MPMoviePlayerViewController::initWithContentURL(NSURL::URLWithString("http://ad/1"));
     const auto two = MPMoviePlayerViewController::initWithContentURL(NSURL::URLWithString("http://ad/2"));
@@ -326,7 +326,7 @@ TEST_F(PhoneGapTest, ForgetsTheApplicationScreenThatItCloses)
     EXPECT_TRUE(screen.expired());
 }
 
-TEST_F(PhoneGapTest, ItsNoticesWriteTheirLineAndDoNothingElse)
+TEST_F(PhoneGapTest, ItsNoticesOnlyWriteTheirTraceLine)
 {
     platform.transcript.clear();
 
@@ -342,7 +342,7 @@ TEST_F(PhoneGapTest, ItsNoticesWriteTheirLineAndDoNothingElse)
                      "super do=sendImpression", "super do=stopUpdateTimer", "super do=MRAIDClose"}));
 }
 
-TEST_F(PhoneGapTest, HandsACalendarEventToTheCalendar)
+TEST_F(PhoneGapTest, PassesACalendarEventToTheCalendar)
 {
     platform.transcript.clear();
 
@@ -359,7 +359,7 @@ TEST_F(PhoneGapTest, HandsACalendarEventToTheCalendar)
                      "kit do=calendar.add"}));
 }
 
-TEST_F(PhoneGapTest, ACalendarGetsNoEventThatIsNone)
+TEST_F(PhoneGapTest, TheCalendarReceivesNoInvalidEvent)
 {
     platform.transcript.clear();
 
@@ -370,7 +370,7 @@ TEST_F(PhoneGapTest, ACalendarGetsNoEventThatIsNone)
                                           "kit do=calendar.refused why=the event is \"party\": expected a record"}));
 }
 
-TEST_F(PhoneGapTest, WhatTheCalendarSaysAgainstAnEventIsTold)
+TEST_F(PhoneGapTest, ARefusalByTheCalendarIsReported)
 {
     platform.calendar_answer = "no room";
     const NSDictionary party{{"summary", "Party"}, {"start", "2027-03-24"}};

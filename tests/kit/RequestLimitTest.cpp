@@ -53,7 +53,7 @@ std::int64_t told_refusals(const std::vector<std::string>& trace)
     return sum;
 }
 
-TEST(RequestLimit, TwentyHeartbeatsASecondGoOut)
+TEST(RequestLimit, TwentyHeartbeatsASecondAreSent)
 {
     const auto trace = played(Limited, heartbeat("0.001"));
     std::vector<double> at;
@@ -75,14 +75,14 @@ TEST(RequestLimit, AnIntervalAboveATwentiethOfASecondLosesNothing)
     EXPECT_TRUE(with_text(trace, "request.refused").empty());
 }
 
-TEST(RequestLimit, AScenarioHasNoneUnlessItAsks)
+TEST(RequestLimit, AScenarioHasNoneUnlessItEnablesIt)
 {
     EXPECT_GE(of_kind(played("", heartbeat("0.001")), "request").size(), 9900U);
     EXPECT_GE(of_kind(played(R"("host": {},)", heartbeat("0.001")), "request").size(), 9900U);
     EXPECT_GE(of_kind(played(R"("host": {"trackerLimit": false},)", heartbeat("0.001")), "request").size(), 9900U);
 }
 
-TEST(RequestLimit, AHostOfAMachineHasItUnlessItSaysNo)
+TEST(RequestLimit, ARealHostHasItUnlessItDisablesIt)
 {
     EXPECT_TRUE(HostSetup{}.tracker_limit);
     EXPECT_TRUE(read_surroundings("{}", "host.json").host.tracker_limit);
@@ -101,7 +101,7 @@ TEST(RequestLimit, ARefusedRequestCallsItsFailAction)
     EXPECT_EQ(told_refusals(trace), static_cast<std::int64_t>(failed));
 }
 
-TEST(RequestLimit, RefusalsAreALineASecondThatCountsThem)
+TEST(RequestLimit, RefusalsAreCountedInOneLineASecond)
 {
     const auto lines = with_text(played(Limited, heartbeat("0.001")), "request.refused");
 
@@ -123,7 +123,7 @@ std::string muting(std::size_t count)
     return R"("arrayMuteTrackingUrls": [)" + list + "]";
 }
 
-TEST(RequestLimit, EverythingElseIsBoundedByItsSum)
+TEST(RequestLimit, OtherRequestsAreBoundedInTotal)
 {
     const auto trace = played(Limited, muting(15'000), R"(, {"at": 2, "tap": "btnMute"}, {"at": 3, "tap": "btnMute"},
         {"at": 4, "tap": "btnMute"})");
@@ -137,14 +137,14 @@ TEST(RequestLimit, EverythingElseIsBoundedByItsSum)
     EXPECT_EQ(lines[0]["why"], "more than 20000 requests of one ad");
 }
 
-TEST(RequestLimit, ManyAtOnceAreNoHeartbeats)
+TEST(RequestLimit, SimultaneousRequestsAreNotHeartbeats)
 {
     const auto trace = played(Limited, muting(500), R"(, {"at": 2, "tap": "btnMute"})");
 
     EXPECT_EQ(of_kind(trace, "request").size(), 500U);
 }
 
-TEST(RequestLimit, HeartbeatsDoNotKeepOthersBack)
+TEST(RequestLimit, HeartbeatsDoNotBlockOthers)
 {
     const auto trace = played(Limited, heartbeat("0.001") + ", " + muting(500), R"(, {"at": 5, "tap": "btnMute"})");
 
@@ -152,7 +152,7 @@ TEST(RequestLimit, HeartbeatsDoNotKeepOthersBack)
     EXPECT_EQ(std::ranges::count_if(sent, [](const std::string& line) { return line.find("beat") == line.npos; }), 500);
 }
 
-TEST(RequestLimit, EachAdIsCountedByItself)
+TEST(RequestLimit, EachAdIsCountedSeparately)
 {
     SimulatedPlatform platform{World{}};
     const PlatformScope scope(platform);

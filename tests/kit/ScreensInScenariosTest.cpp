@@ -40,7 +40,7 @@ Lines after_step(const Lines& trace, int n)
     return rest;
 }
 
-TEST(ScreensInScenarios, ATouchOnTheBrowsersWayOutIsWhatTheCallIs)
+TEST(ScreensInScenarios, ATouchOnTheBrowsersCloseButtonEqualsTheCloseCall)
 {
     const Lines touched = manual_run(std::string(Opens) + Tap + R"({"at": 3, "touch": [355, 20]})", Browser);
     const Lines called = manual_run(std::string(Opens) + Tap + R"({"at": 3, "call": ["closeInAppWebView"]})", Browser);
@@ -49,7 +49,7 @@ TEST(ScreensInScenarios, ATouchOnTheBrowsersWayOutIsWhatTheCallIs)
     EXPECT_THAT(after_step(touched, 4), Contains(HasSubstr("checkViewSizeAfterOpenOtherApp")));
 }
 
-TEST(ScreensInScenarios, ATouchBesideTheWayOutReachesThePageAndNotTheAd)
+TEST(ScreensInScenarios, ATouchBesideTheCloseButtonReachesThePageAndNotTheAd)
 {
     const Lines trace = manual_run(std::string(Opens) + Tap + R"({"at": 3, "touch": [25, 69]})", Browser);
 
@@ -67,7 +67,7 @@ TEST(ScreensInScenarios, ThePageOfABrowserAddsNoLine)
                 ElementsAre(HasSubstr("browser.create"), HasSubstr("addExtraView"), HasSubstr("browser.expand")));
 }
 
-TEST(ScreensInScenarios, ABrowserOnADeviceThatIsTurnedIsLeftInTheViewersCorner)
+TEST(ScreensInScenarios, ABrowserOnATurnedDeviceClosesInTheViewersCorner)
 {
     const Lines trace = manual_run(std::string(Opens) + Tap + R"({"at": 3, "device": {"orientation": 3}},
                                                                  {"at": 3, "touch": [355, 20]}, {"at": 3, "touch": [355, 792]})",
@@ -77,7 +77,7 @@ TEST(ScreensInScenarios, ABrowserOnADeviceThatIsTurnedIsLeftInTheViewersCorner)
     EXPECT_THAT(after_step(trace, 6), Contains(HasSubstr("checkViewSizeAfterOpenOtherApp")));
 }
 
-TEST(ScreensInScenarios, ABrowserWithItsOwnCloseSignIsLeftInTheSameCorner)
+TEST(ScreensInScenarios, ABrowserWithItsOwnCloseSignClosesInTheSameCorner)
 {
     const Lines trace =
         manual_run(std::string(Opens) + Tap + R"({"at": 3, "touch": [330, 45]})",
@@ -86,7 +86,7 @@ TEST(ScreensInScenarios, ABrowserWithItsOwnCloseSignIsLeftInTheSameCorner)
     EXPECT_THAT(after_step(trace, 4), Contains(HasSubstr("checkViewSizeAfterOpenOtherApp")));
 }
 
-TEST(ScreensInScenarios, AMessageIsOverWhenAStepSaysSo)
+TEST(ScreensInScenarios, AMessageEndsWithItsStep)
 {
     const std::string message = button(R"("action": "send_sms", "data": {"tel": "+1 555", "b": "Hi"})");
 
@@ -99,7 +99,7 @@ TEST(ScreensInScenarios, AMessageIsOverWhenAStepSaysSo)
     EXPECT_EQ(in_snapshot(over, "/fields/_bDoButtonAction"), "false");
 }
 
-TEST(ScreensInScenarios, ATouchOnTheWayOutOfAnItemsPageIsWhatTheCallIs)
+TEST(ScreensInScenarios, ATouchOnTheCloseButtonOfAnItemsPageEqualsTheCloseCall)
 {
     const std::string store = button(R"("action": "open_store", "id": 42, "data": {})");
 
@@ -111,7 +111,7 @@ TEST(ScreensInScenarios, ATouchOnTheWayOutOfAnItemsPageIsWhatTheCallIs)
     EXPECT_THAT(after_step(touched, 4), Contains(HasSubstr("closeInAppApplication")));
 }
 
-TEST(ScreensInScenarios, OnAPhoneTheStorePageLiesBelowTheVideoAndItsWayOutClosesTheAd)
+TEST(ScreensInScenarios, OnAPhoneTheStorePageIsBelowTheVideoAndItsCloseButtonClosesTheAd)
 {
     const std::string store = R"("strStoreId": "org.example.Lamps", )";
 
@@ -131,7 +131,7 @@ TEST(ScreensInScenarios, OnAPhoneTheStoresWindowKeepsTheFrameThatTheAdGivesIt)
     EXPECT_EQ(in_snapshot(trace, "/views/appStoreWindow/frame"), "[0,254.9375,375,557.0625]");
 }
 
-TEST(ScreensInScenarios, OnATabletTheWayOutOfTheStorePageLeavesTheAd)
+TEST(ScreensInScenarios, OnATabletTheCloseButtonOfTheStorePageKeepsTheAdOpen)
 {
     const Lines trace =
         manual_run(std::string(Opens) + R"({"at": 3, "player": {"time": 2, "state": 2}},

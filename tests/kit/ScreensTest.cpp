@@ -40,7 +40,7 @@ struct ScreensTest : testing::Test {
 
 // ------------------------------------------------------------------------------------------------------------ browser
 
-TEST_F(ScreensTest, ABrowserTellsAllThatItIsOpenedWith)
+TEST_F(ScreensTest, ABrowserReportsItsSettings)
 {
     const auto browser = QoroInAppWebViewController::create();
     browser->setBIsUseNavigationBar(true);
@@ -55,7 +55,7 @@ TEST_F(ScreensTest, ABrowserTellsAllThatItIsOpenedWith)
                      "width=375 background=[0,0,0,1] session=12.5 sequence=7"}));
 }
 
-TEST_F(ScreensTest, ABrowserStandsOverTheAdInTheAdsWindow)
+TEST_F(ScreensTest, ABrowserCoversTheAdInTheAdsWindow)
 {
     opener->windowTempWindow = UIWindow::create({0, 0, 375, 812});
     const auto browser = QoroInAppWebViewController::create();
@@ -66,7 +66,7 @@ TEST_F(ScreensTest, ABrowserStandsOverTheAdInTheAdsWindow)
     EXPECT_EQ(browser->view().frame(), (CGRect{0, 0, 375, 812}));
 }
 
-TEST_F(ScreensTest, ABrowserThatTheViewerClosesTellsItsOpener)
+TEST_F(ScreensTest, ABrowserClosedByTheViewerNotifiesItsOpener)
 {
     const auto browser = QoroInAppWebViewController::create();
     QoroAdManager::sharedInstance().addExtraView(browser);
@@ -81,7 +81,7 @@ TEST_F(ScreensTest, ABrowserThatTheViewerClosesTellsItsOpener)
     EXPECT_TRUE(platform.transcript.empty());
 }
 
-TEST_F(ScreensTest, ABrowserThatTheAdClosesTellsNobody)
+TEST_F(ScreensTest, ABrowserClosedByTheAdNotifiesNoOpener)
 {
     const auto browser = QoroInAppWebViewController::create();
     browser->expand("http://shop/", nullptr, false, 812, 375, opener, UIColor::blackColor());
@@ -93,7 +93,7 @@ TEST_F(ScreensTest, ABrowserThatTheAdClosesTellsNobody)
     EXPECT_EQ(platform.transcript, Texts{"kit do=browser.close"});
 }
 
-TEST_F(ScreensTest, ABrowserWhoseAdIsGoneTellsNobody)
+TEST_F(ScreensTest, ABrowserWhoseAdIsDestroyedNotifiesNoOpener)
 {
     const auto browser = QoroInAppWebViewController::create();
     browser->expand("http://shop/", nullptr, false, 812, 375, opener, UIColor::blackColor());
@@ -104,7 +104,7 @@ TEST_F(ScreensTest, ABrowserWhoseAdIsGoneTellsNobody)
     EXPECT_EQ(opener->browsers_closed, 0);
 }
 
-TEST_F(ScreensTest, ABrowserLoadsItsPageUnseenByTheWitness)
+TEST_F(ScreensTest, ABrowsersPageLoadIsNotTraced)
 {
     const auto browser = QoroInAppWebViewController::create();
     platform.transcript.clear();
@@ -115,7 +115,7 @@ TEST_F(ScreensTest, ABrowserLoadsItsPageUnseenByTheWitness)
     EXPECT_EQ(platform.transcript.size(), 1U) << "the expansion alone";
 }
 
-TEST_F(ScreensTest, ABrowserShowsAPageThatItIsGivenInsteadOfAnAddress)
+TEST_F(ScreensTest, ABrowserShowsAGivenPageInsteadOfAnAddress)
 {
     const auto browser = QoroInAppWebViewController::create();
 
@@ -124,7 +124,7 @@ TEST_F(ScreensTest, ABrowserShowsAPageThatItIsGivenInsteadOfAnAddress)
     EXPECT_EQ(platform.web->html, "<p>hello");
 }
 
-TEST_F(ScreensTest, ATapOnTheBrowsersWayOutClosesIt)
+TEST_F(ScreensTest, ATapOnTheBrowsersCloseButtonClosesIt)
 {
     opener->windowTempWindow = UIWindow::create({0, 0, 375, 812});
     opener->windowTempWindow.makeKeyAndVisible();
@@ -138,7 +138,7 @@ TEST_F(ScreensTest, ATapOnTheBrowsersWayOutClosesIt)
     EXPECT_EQ(platform.web, nullptr) << "its page is silent";
 }
 
-TEST_F(ScreensTest, ABrowserMovedToAnotherWindowIsLeftThere)
+TEST_F(ScreensTest, ABrowserMovedToAnotherWindowClosesThere)
 {
     const UIWindow host = UIWindow::create({0, 0, 375, 812});
     host.makeKeyAndVisible();
@@ -155,7 +155,7 @@ TEST_F(ScreensTest, ABrowserMovedToAnotherWindowIsLeftThere)
     EXPECT_EQ(opener->browsers_closed, 1);
 }
 
-TEST_F(ScreensTest, ABrowserThatGoesTakesItsViewAlong)
+TEST_F(ScreensTest, ADestroyedBrowserRemovesItsView)
 {
     const UIWindow host = UIWindow::create({0, 0, 375, 812});
     auto browser = QoroInAppWebViewController::create();
@@ -184,7 +184,7 @@ struct SheetTest : ScreensTest {
     std::shared_ptr<ZulixOpenInAppApplicationViewController> sheet = ZulixOpenInAppApplicationViewController::create();
 };
 
-TEST_F(SheetTest, AMessageIsHandedToTheSystemsProgram)
+TEST_F(SheetTest, AMessageIsPassedToTheSystemsProgram)
 {
     sheet->sendSmsMsg("tel:+15551234", "Hi & bye");
 
@@ -195,7 +195,7 @@ TEST_F(SheetTest, AMessageIsHandedToTheSystemsProgram)
     EXPECT_EQ(opener->applications_closed, 1);
 }
 
-TEST_F(SheetTest, TheEndOfAMessageWaitsForTheBrowserThatLiesOverIt)
+TEST_F(SheetTest, TheEndOfAMessageWaitsForTheBrowserOverIt)
 {
     sheet->sendSmsMsg("tel:1", nullptr);
     const auto browser = QoroInAppWebViewController::create();
@@ -222,7 +222,7 @@ TEST_F(SheetTest, ABrowserThatClosesWhileTheViewerStillWritesEndsNoMessage)
     EXPECT_EQ(opener->applications_closed, 1);
 }
 
-TEST_F(SheetTest, TheEndOfAMessageIsNoNewsToAnAdWithAnotherSheet)
+TEST_F(SheetTest, TheEndOfAMessageIsNotReportedToAnAdWithAnotherSheet)
 {
     sheet->sendSmsMsg("tel:1", nullptr);
     opener->openInAppApplicationViewController = ZulixOpenInAppApplicationViewController::create();
@@ -232,7 +232,7 @@ TEST_F(SheetTest, TheEndOfAMessageIsNoNewsToAnAdWithAnotherSheet)
     EXPECT_EQ(opener->applications_closed, 0);
 }
 
-TEST_F(SheetTest, TheEndOfAMessageIsNoNewsToAnAdThatHasClosed)
+TEST_F(SheetTest, TheEndOfAMessageIsNotReportedToAClosedAd)
 {
     sheet->sendSmsMsg("tel:1", nullptr);
     opener->dicEventListener = nullptr;
@@ -242,7 +242,7 @@ TEST_F(SheetTest, TheEndOfAMessageIsNoNewsToAnAdThatHasClosed)
     EXPECT_EQ(opener->applications_closed, 0);
 }
 
-TEST_F(SheetTest, TheEndOfAMessageAfterItsSheetIsLost)
+TEST_F(SheetTest, TheEndOfAMessageAfterItsSheetIsIgnored)
 {
     sheet->sendSmsMsg("tel:1", nullptr);
     opener->openInAppApplicationViewController = nullptr;
@@ -264,7 +264,7 @@ TEST_F(SheetTest, AStoresAddressIsOpenedByTheSystem)
     EXPECT_EQ(opener->applications_closed, 1);
 }
 
-TEST_F(SheetTest, AProductIsShownByTheSoftwareCentreWhereThereIsOne)
+TEST_F(SheetTest, AProductIsShownByTheSoftwareCentreIfThereIsOne)
 {
     platform.opens = "appstream:";
 
@@ -274,7 +274,7 @@ TEST_F(SheetTest, AProductIsShownByTheSoftwareCentreWhereThereIsOne)
     EXPECT_EQ(PageScreen::topmost(platform), nullptr);
 }
 
-TEST_F(SheetTest, AProductHasItsPageOverTheAdWhereThereIsNoSoftwareCentre)
+TEST_F(SheetTest, WithoutASoftwareCentreAProductsPageCoversTheAd)
 {
     sheet->open_store("appstream://org.gnome.Maps", 7);
 
@@ -282,7 +282,7 @@ TEST_F(SheetTest, AProductHasItsPageOverTheAdWhereThereIsNoSoftwareCentre)
     EXPECT_EQ(platform.web->address.absoluteString(), "https://flathub.org/apps/org.gnome.Maps");
 }
 
-TEST_F(SheetTest, AnItemsPageLiesOverTheAdUntilTheViewerClosesIt)
+TEST_F(SheetTest, AnItemsPageCoversTheAdUntilTheViewerClosesIt)
 {
     sheet->open_store(nullptr, 42);
     EXPECT_EQ(platform.web->address.absoluteString(), "https://flathub.org/apps/42");
@@ -296,7 +296,7 @@ TEST_F(SheetTest, AnItemsPageLiesOverTheAdUntilTheViewerClosesIt)
     EXPECT_EQ(platform.web, nullptr);
 }
 
-TEST_F(SheetTest, AnItemsPageOverAnAdInNoWindowLiesOverTheHost)
+TEST_F(SheetTest, AnItemsPageOfAnAdWithoutAWindowCoversTheHost)
 {
     opener->view().removeFromSuperview();
     opener->windowDefaultWindow = UIWindow::create({0, 0, 375, 812});
@@ -307,7 +307,7 @@ TEST_F(SheetTest, AnItemsPageOverAnAdInNoWindowLiesOverTheHost)
     EXPECT_EQ(sheet->view().superview(), opener->windowDefaultWindow);
 }
 
-TEST_F(SheetTest, AnItemWithoutANumberIsSaidToHaveNoPage)
+TEST_F(SheetTest, AnItemWithoutANumberIsReportedAsHavingNoPage)
 {
     sheet->open_store(nullptr, 0);
 
@@ -325,7 +325,7 @@ TEST_F(SheetTest, AnAdThatClosesItsSheetTakesThePageOffTheScreen)
     EXPECT_EQ(PageScreen::topmost(platform), nullptr);
 }
 
-TEST_F(ScreensTest, AnApplicationScreenTellsItsSheets)
+TEST_F(ScreensTest, AnApplicationScreenReportsItsSheets)
 {
     const auto screen = ZulixOpenInAppApplicationViewController::create();
 
@@ -336,7 +336,7 @@ TEST_F(ScreensTest, AnApplicationScreenTellsItsSheets)
                                           "kit do=openStore url=null id=42"}));
 }
 
-TEST_F(ScreensTest, AnApplicationScreenThatEndsTellsItsParentWhileItHasOne)
+TEST_F(ScreensTest, AnEndingApplicationScreenNotifiesItsParentIfItHasOne)
 {
     const auto screen = ZulixOpenInAppApplicationViewController::create();
     screen->setParentViewController(opener);
@@ -350,7 +350,7 @@ TEST_F(ScreensTest, AnApplicationScreenThatEndsTellsItsParentWhileItHasOne)
 
 // --------------------------------------------------------------------------------------------------------- store page
 
-TEST_F(ScreensTest, AStorePageShowsItsItemWhereTheHostSays)
+TEST_F(ScreensTest, AStorePageShowsItsItemAtTheHostsAddress)
 {
     QoroAdManager::sharedInstance().set_store_page(
         "http://store.example/{id}?again={id}&c={campaign}&p={provider}&a={adProvider}");
@@ -361,7 +361,7 @@ TEST_F(ScreensTest, AStorePageShowsItsItemWhereTheHostSays)
               "http://store.example/a%20b%2Fc?again=a%20b%2Fc&c=%7Bid%7D&p=&a=x%26y");
 }
 
-TEST_F(ScreensTest, AStorePageWithoutAnAddressOfTheHostsIsTheUsualOne)
+TEST_F(ScreensTest, AStorePageWithoutAHostAddressUsesTheDefault)
 {
     const auto page = QoroAppStoreMockViewController::initWithStoreId("org.example.Lamps", nullptr, nullptr, nullptr);
 
@@ -385,7 +385,7 @@ TEST_F(ScreensTest, AStorePageFillsItsWindowAndFollowsIt)
     EXPECT_EQ(delegate->dismissed, page);
 }
 
-TEST_F(ScreensTest, AStorePageThatGivesWayToAnotherLeavesItsWindow)
+TEST_F(ScreensTest, AReplacedStorePageLeavesItsWindow)
 {
     const UIWindow window = UIWindow::create();
     window.setRootViewController(QoroAppStoreMockViewController::initWithStoreId("42", nullptr, nullptr, nullptr));
@@ -394,7 +394,7 @@ TEST_F(ScreensTest, AStorePageThatGivesWayToAnotherLeavesItsWindow)
     EXPECT_EQ(window.subviews(), std::vector<UIView>{window.rootViewController()->view()});
 }
 
-TEST_F(ScreensTest, APresentedStorePageLiesOverAllThatIsAddedLater)
+TEST_F(ScreensTest, APresentedStorePageCoversViewsAddedLater)
 {
     const auto delegate = std::make_shared<StoreDelegate>();
     opener->loadView();
@@ -415,7 +415,7 @@ TEST_F(ScreensTest, APresentedStorePageLiesOverAllThatIsAddedLater)
     EXPECT_FALSE(page->view().superview());
 }
 
-TEST_F(ScreensTest, AStorePageTellsItsIdsAndItsPresentation)
+TEST_F(ScreensTest, AStorePageReportsItsIdsAndItsPresentation)
 {
     const auto page = QoroAppStoreMockViewController::initWithStoreId("42", "c", nullptr, "a");
     opener->presentViewController(page, true, nullptr);
@@ -427,14 +427,14 @@ TEST_F(ScreensTest, AStorePageTellsItsIdsAndItsPresentation)
               (Texts{"kit do=store.create ids=[42,c,null,a]", "kit do=store.present", "kit do=store.dismiss"}));
 }
 
-TEST_F(ScreensTest, AnotherScreensPresentationIsUntold)
+TEST_F(ScreensTest, AnotherScreensPresentationIsNotReported)
 {
     opener->presentViewController(std::make_shared<UIViewController>(), true, nullptr);
 
     EXPECT_TRUE(platform.transcript.empty());
 }
 
-TEST_F(ScreensTest, AStorePageThatTheViewerDismissesTellsItsDelegate)
+TEST_F(ScreensTest, AStorePageDismissedByTheViewerNotifiesItsDelegate)
 {
     const auto delegate = std::make_shared<StoreDelegate>();
     const auto page = QoroAppStoreMockViewController::initWithStoreId("42", nullptr, nullptr, nullptr);

@@ -45,7 +45,7 @@ TEST(ShownAddress, HidesAUserThatPretendsToBeTheHost)
     EXPECT_EQ(shown("https://shop.example/@lumo"), "shop.example/@lumo");
 }
 
-TEST(AppStreamId, IsWhatFollowsTheSchemeWithoutSlashesAround)
+TEST(AppStreamId, IsTheRestAfterTheSchemeWithoutSlashes)
 {
     EXPECT_EQ(appstream_id_of(NSURL::URLWithString("appstream://org.gnome.Maps")), NSString("org.gnome.Maps"));
     EXPECT_EQ(appstream_id_of(NSURL::URLWithString("appstream:org.gnome.Maps/")), NSString("org.gnome.Maps"));

@@ -36,7 +36,7 @@ TEST_F(Fetching, AtOnceAnswersWithTheBody)
     EXPECT_EQ(platform.transcript, Lines{"fetch url=http://ad/icon.png for=brandIcon"});
 }
 
-TEST_F(Fetching, ThatFailsAnswersNothing)
+TEST_F(Fetching, ThatFailsReturnsNull)
 {
     platform.world.net["http://ad/gone"].ok = false;
 
@@ -44,7 +44,7 @@ TEST_F(Fetching, ThatFailsAnswersNothing)
     EXPECT_EQ(platform.transcript, Lines{"fetch url=http://ad/gone for=buttonImage"});
 }
 
-TEST_F(Fetching, OfNoAddressIsNone)
+TEST_F(Fetching, OfANullAddressReturnsNull)
 {
     EXPECT_FALSE(dataWithContentsOfURL(nullptr, FetchPurpose::BrandIcon));
     fetch_in_background("");
@@ -68,7 +68,7 @@ TEST_F(Fetching, InTheBackgroundBeginsAsAnEventOfItsOwn)
     EXPECT_EQ(arrived, Lines{"PNG mi"});
 }
 
-TEST_F(Fetching, InTheBackgroundThatFailsHandsBackNothing)
+TEST_F(Fetching, InTheBackgroundThatFailsReturnsNull)
 {
     platform.world.net["http://ad/gone"].ok = false;
 

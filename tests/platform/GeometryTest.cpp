@@ -28,13 +28,13 @@ TEST(ARotation, ByAnyOtherAngleIsBroughtIntoOneTurn)
     EXPECT_DOUBLE_EQ(CGAffineTransformMakeRotation(4).angle, 4 - 2 * HalfTurn);
 }
 
-TEST(ARotation, ByNoFiniteAngleIsNone)
+TEST(ARotation, ByANonFiniteAngleIsTheIdentity)
 {
     EXPECT_EQ(CGAffineTransformMakeRotation(std::numeric_limits<double>::infinity()).angle, 0);
     EXPECT_EQ(CGAffineTransformMakeRotation(std::numeric_limits<double>::quiet_NaN()).angle, 0);
 }
 
-TEST(ABottomEdge, OfANegativeHeightLiesAboveTheTop)
+TEST(ABottomEdge, OfANegativeHeightIsAboveTheTop)
 {
     EXPECT_EQ(CGRectGetMaxY({0, 100, 10, -40}), 60);
 }

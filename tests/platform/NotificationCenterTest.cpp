@@ -65,7 +65,7 @@ protected:
 
 } // namespace
 
-TEST_F(Notifications, AreDeliveredInsideThePostInTheOrderInWhichObserversCame)
+TEST_F(Notifications, AreDeliveredInsideThePostInTheOrderOfRegistration)
 {
     center.addObserver(action<&Listener::hear>(second.get(), "hear:"), "news");
     center.addObserver(action<&Listener::hear>(first.get(), "hear:"), "news");
@@ -96,7 +96,7 @@ TEST_F(Notifications, OfOnePosterReachItsObserversAndThoseOfAnyPoster)
     EXPECT_EQ(heard, (Lines{"second news", "first news", "second news"}));
 }
 
-TEST_F(Notifications, ReachNobodyWhoWasRemovedDuringThePost)
+TEST_F(Notifications, DoNotReachAnObserverRemovedDuringThePost)
 {
     first->other = second;
     center.addObserver(action<&Listener::remove_other>(first.get(), "remove"), "news");
@@ -107,7 +107,7 @@ TEST_F(Notifications, ReachNobodyWhoWasRemovedDuringThePost)
     EXPECT_EQ(heard, Lines{"first"});
 }
 
-TEST_F(Notifications, StillReachThoseBehindAnObserverThatRemovesItself)
+TEST_F(Notifications, StillReachObserversAfterOneThatRemovesItself)
 {
     first->other = first;
     center.addObserver(action<&Listener::remove_other>(first.get(), "remove"), "news");
@@ -119,7 +119,7 @@ TEST_F(Notifications, StillReachThoseBehindAnObserverThatRemovesItself)
     first->other.reset();
 }
 
-TEST_F(Notifications, ReachThoseWhoCameDuringThePostFromTheNextOneOn)
+TEST_F(Notifications, ReachAnObserverAddedDuringThePostFromTheNextOneOn)
 {
     first->other = second;
     center.addObserver(action<&Listener::add_other>(first.get(), "add"), "news");
@@ -131,7 +131,7 @@ TEST_F(Notifications, ReachThoseWhoCameDuringThePostFromTheNextOneOn)
     EXPECT_EQ(heard, (Lines{"first", "first", "second news"}));
 }
 
-TEST_F(Notifications, ReachNobodyWhoWasRemovedAndCameAgainDuringThePost)
+TEST_F(Notifications, DoNotReachAnObserverRemovedAndAddedAgainDuringThePost)
 {
     first->other = second;
     center.addObserver(action<&Listener::move_other_to_the_end>(first.get(), "move"), "news");
@@ -142,7 +142,7 @@ TEST_F(Notifications, ReachNobodyWhoWasRemovedAndCameAgainDuringThePost)
     EXPECT_EQ(heard, Lines{"first"});
 }
 
-TEST_F(Notifications, PassOverObserversThatAreGone)
+TEST_F(Notifications, SkipDestroyedObservers)
 {
     first->other = std::move(second);
     const Object* gone = first->other.get();
@@ -177,7 +177,7 @@ TEST_F(Notifications, ReachAnObserverOncePerRegistration)
     EXPECT_EQ(center.count_of(first.get()), 2U);
 }
 
-TEST_F(Notifications, NoLongerComeFromAPosterWhoseRegistrationWasRemoved)
+TEST_F(Notifications, StopForAPosterWhoseRegistrationWasRemoved)
 {
     center.addObserver(action<&Listener::hear>(first.get(), "hear:"), "news", &poster);
     center.addObserver(action<&Listener::hear>(first.get(), "hear:"), "news", &stranger);
@@ -189,7 +189,7 @@ TEST_F(Notifications, NoLongerComeFromAPosterWhoseRegistrationWasRemoved)
     EXPECT_EQ(heard, Lines{"first news"});
 }
 
-TEST_F(Notifications, NoLongerComeUnderANameThatWasRemovedForEveryPoster)
+TEST_F(Notifications, StopForANameRemovedForEveryPoster)
 {
     center.addObserver(action<&Listener::hear>(first.get(), "hear:"), "news", &poster);
     center.addObserver(action<&Listener::hear>(first.get(), "hear:"), "news");
@@ -202,7 +202,7 @@ TEST_F(Notifications, NoLongerComeUnderANameThatWasRemovedForEveryPoster)
     EXPECT_EQ(heard, Lines{"first weather"});
 }
 
-TEST_F(Notifications, PostedByTheControllerAreToldToTheWitness)
+TEST_F(Notifications, PostedByTheControllerReachTheWitness)
 {
     center.postNotificationName("willOpen");
     center.postNotificationName("result", nullptr, {{"Result", NSDictionary{{"success", true}}}});

@@ -13,7 +13,7 @@ TEST(Numbers, AreTruncatedTowardZero)
     EXPECT_EQ(truncated(-2.9), -2);
 }
 
-TEST(Numbers, OutsideThirtyTwoBitsAreHeldAtTheNearestEnd)
+TEST(Numbers, OutsideThirtyTwoBitsAreClamped)
 {
     EXPECT_EQ(truncated(2147483646.9), 2147483646);
     EXPECT_EQ(truncated(2147483648.0), 2147483647);

@@ -70,7 +70,7 @@ TEST(APlatform, BelongsToTheThreadThatMadeItCurrent)
     EXPECT_EQ(elsewhere, nullptr);
 }
 
-TEST(APlatform, GivesWayToTheOneBeforeAtTheEndOfItsScope)
+TEST(APlatform, RestoresThePreviousOneAtTheEndOfItsScope)
 {
     RecordingPlatform outer;
     {
@@ -92,7 +92,7 @@ TEST(APlatform, HasOneSharedObjectOfAType)
     EXPECT_EQ(other.shared<Counter>().count, 0);
 }
 
-TEST(APlatform, GivesItselfToTheSharedObjectsThatAskForIt)
+TEST(APlatform, PassesItselfToSharedObjectsThatTakeIt)
 {
     RecordingPlatform platform;
     const RecordingPlatform other;
@@ -100,7 +100,7 @@ TEST(APlatform, GivesItselfToTheSharedObjectsThatAskForIt)
     EXPECT_EQ(platform.shared<Aware>().platform, &platform);
 }
 
-TEST(APlatform, DropsItsSharedObjectsTheLastOneFirst)
+TEST(APlatform, DestroysItsSharedObjectsInReverseOrder)
 {
     ended.clear();
     RecordingPlatform platform;
@@ -112,7 +112,7 @@ TEST(APlatform, DropsItsSharedObjectsTheLastOneFirst)
     EXPECT_EQ(ended, (Lines{"later", "earlier"}));
 }
 
-TEST(APlatform, IsCurrentWhileItsSharedObjectsGo)
+TEST(APlatform, IsCurrentWhileItsSharedObjectsAreDestroyed)
 {
     RecordingPlatform platform;
     platform.shared<Later>();
@@ -124,7 +124,7 @@ TEST(APlatform, IsCurrentWhileItsSharedObjectsGo)
     EXPECT_EQ(Platform::current_or_null(), &other);
 }
 
-TEST(APlatform, RecordsWhatItRejectsAndGoesOn)
+TEST(APlatform, RecordsRejectionsAndContinues)
 {
     RecordingPlatform platform;
     bool went_on = false;
@@ -181,7 +181,7 @@ TEST(APlatform, IsCurrentWhileItReports)
     EXPECT_EQ(ear->platform, &platform);
 }
 
-TEST(AnAction, HoldsItsTargetToTheEndOfTheCall)
+TEST(AnAction, RetainsItsTargetUntilTheEndOfTheCall)
 {
     struct Leaver : Object {
         void leave()
@@ -206,7 +206,7 @@ TEST(AnAction, HoldsItsTargetToTheEndOfTheCall)
     EXPECT_EQ(leave.target(), nullptr);
 }
 
-TEST(AnAction, OfATargetThatIsGoneDoesNothing)
+TEST(AnAction, OfADestroyedTargetDoesNothing)
 {
     auto ear = std::make_shared<Ear>();
     const Action reject = action<&Ear::reject>(ear.get(), "reject:");

@@ -15,7 +15,7 @@ TEST(TextRange, IsTheFirstOfSeveral)
     EXPECT_EQ(range.length, 2U);
 }
 
-TEST(TextRange, OfWhatIsNotThereIsNotFound)
+TEST(TextRange, OfAMissingTextIsNotFound)
 {
     EXPECT_EQ(rangeOfString("abc", "x").location, NSNotFound);
     EXPECT_EQ(rangeOfString(nullptr, "x").location, NSNotFound);
@@ -27,7 +27,7 @@ TEST(ReplacedRange, TakesTheTextInItsPlace)
     EXPECT_EQ(stringByReplacingCharactersInRange("ab", {2, 0}, "c"), "abc");
 }
 
-TEST(ReplacedRange, OfNothingIsNothing)
+TEST(ReplacedRange, OfANullTextIsNull)
 {
     EXPECT_FALSE(stringByReplacingCharactersInRange(nullptr, {}, "c"));
 }

@@ -88,7 +88,7 @@ TEST_F(Timers, OfOneShotAreNoLongerValidWhenTheirActionRuns)
     EXPECT_FALSE(clockwork->was_valid);
 }
 
-TEST_F(Timers, TellWhichActionTheyCallWhileTheyCallIt)
+TEST_F(Timers, ReportTheirActionDuringTheCall)
 {
     start<&Clockwork::note_firing>(1, false);
 
@@ -99,7 +99,7 @@ TEST_F(Timers, TellWhichActionTheyCallWhileTheyCallIt)
     EXPECT_EQ(NSTimer::firing(), "");
 }
 
-TEST_F(Timers, TellNoActionOnceThePlatformHasRejectedIt)
+TEST_F(Timers, ReportNoActionAfterItsRejection)
 {
     start<&Clockwork::reject>(1, false);
 
@@ -132,7 +132,7 @@ TEST_F(Timers, KeepTheirTargetWhileTheyRun)
     EXPECT_TRUE(target.expired());
 }
 
-TEST_F(Timers, OfOneShotLetTheirTargetGoOnceTheyHaveFired)
+TEST_F(Timers, OfOneShotReleaseTheirTargetOnceTheyHaveFired)
 {
     const std::weak_ptr<Clockwork> target = clockwork;
     start<&Clockwork::note>(1, false);
@@ -144,7 +144,7 @@ TEST_F(Timers, OfOneShotLetTheirTargetGoOnceTheyHaveFired)
     EXPECT_TRUE(target.expired());
 }
 
-TEST_F(Timers, OfOneShotFireAlsoWhenNothingElseHoldsTheirTarget)
+TEST_F(Timers, OfOneShotFireEvenAsTheOnlyOwnerOfTheirTarget)
 {
     double fired_at = 0;
     clockwork->elsewhere = &fired_at;
@@ -156,7 +156,7 @@ TEST_F(Timers, OfOneShotFireAlsoWhenNothingElseHoldsTheirTarget)
     EXPECT_EQ(fired_at, 1);
 }
 
-TEST_F(Timers, MayBeAllThatHoldsTheTargetThatStopsThem)
+TEST_F(Timers, MayBeTheOnlyOwnerOfTheTargetThatStopsThem)
 {
     const std::weak_ptr<Clockwork> target = clockwork;
     start<&Clockwork::stop>(1, true);
@@ -167,7 +167,7 @@ TEST_F(Timers, MayBeAllThatHoldsTheTargetThatStopsThem)
     EXPECT_TRUE(target.expired());
 }
 
-TEST_F(Timers, ThatTheirTargetStopsLetItGoInsideTheirEvent)
+TEST_F(Timers, StoppedByTheirTargetReleaseItWithinTheEvent)
 {
     Platform* at_the_end = nullptr;
     clockwork->platform_at_the_end = &at_the_end;
@@ -180,7 +180,7 @@ TEST_F(Timers, ThatTheirTargetStopsLetItGoInsideTheirEvent)
     EXPECT_EQ(at_the_end, &platform);
 }
 
-TEST(ARunningTimer, LetsItsTargetGoWithThePlatform)
+TEST(ARunningTimer, ReleasesItsTargetWithThePlatform)
 {
     auto platform = std::make_unique<RecordingPlatform>();
     auto clockwork = std::make_shared<Clockwork>(*platform);
@@ -195,7 +195,7 @@ TEST(ARunningTimer, LetsItsTargetGoWithThePlatform)
     EXPECT_TRUE(target.expired());
 }
 
-TEST_F(Timers, TellWhenTheyFireNext)
+TEST_F(Timers, ReportTheirNextFireDate)
 {
     start<&Clockwork::note>(0.5, true);
 
@@ -221,7 +221,7 @@ TEST_F(Timers, ThatAreNullDoNothingAndReadZero)
     EXPECT_EQ(none.fireDate(), 0);
 }
 
-TEST_F(Timers, GoOnAfterAnActionThatThePlatformRejects)
+TEST_F(Timers, ContinueAfterARejectedAction)
 {
     start<&Clockwork::reject>(1, true);
 

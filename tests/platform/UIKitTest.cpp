@@ -29,7 +29,7 @@ std::string hex(const std::string& bytes)
 
 } // namespace
 
-TEST_F(System, OpensAddressesAndTellsSo)
+TEST_F(System, OpensAddressesAndReportsIt)
 {
     UIApplication::sharedApplication().openURL(NSURL::URLWithString("tel:123"));
     UIApplication::sharedApplication().openURL(nullptr);
@@ -38,14 +38,14 @@ TEST_F(System, OpensAddressesAndTellsSo)
     EXPECT_EQ(platform.transcript, Lines{"openURL url=tel:123"});
 }
 
-TEST_F(System, CannotOpenWhatIsNoAddress)
+TEST_F(System, CannotOpenAnInvalidAddress)
 {
     EXPECT_TRUE(UIApplication::sharedApplication().canOpenURL(NSURL::URLWithString("http://ad/")));
     EXPECT_FALSE(UIApplication::sharedApplication().canOpenURL(NSURL::URLWithString("tel:1")));
     EXPECT_FALSE(UIApplication::sharedApplication().canOpenURL(nullptr));
 }
 
-TEST_F(System, ForcesTheDevicesOrientationAndTellsSo)
+TEST_F(System, ForcesTheDevicesOrientationAndReportsIt)
 {
     UIDevice::forceOrientation(3);
 
@@ -53,7 +53,7 @@ TEST_F(System, ForcesTheDevicesOrientationAndTellsSo)
     EXPECT_EQ(platform.transcript, Lines{"device orientation=3"});
 }
 
-TEST_F(System, AnswersForTheStatusBar)
+TEST_F(System, ReportsTheStatusBar)
 {
     platform.bar_orientation = 4;
     platform.bar_hidden = true;
@@ -91,7 +91,7 @@ TEST_F(System, NamesTheHostApplicationWhenItHasAName)
     EXPECT_FALSE(bundleDisplayName());
 }
 
-TEST_F(System, TellsWhatGoesToTheConsole)
+TEST_F(System, ReportsConsoleOutput)
 {
     NSLog("playback finished");
 
@@ -112,7 +112,7 @@ TEST_F(System, CutsATextToItsBox)
     EXPECT_EQ(sizeWithFont(nullptr, {"Arial", 17}, {296, 9999}), (CGSize{0, 0}));
 }
 
-TEST_F(System, DecodesAnImageEachTimeThatItIsAskedFor)
+TEST_F(System, DecodesAnImageAtEachCall)
 {
     const NSData bytes(std::string("PNG picture"));
 
@@ -124,7 +124,7 @@ TEST_F(System, DecodesAnImageEachTimeThatItIsAskedFor)
     EXPECT_EQ(platform.decodings, 2);
 }
 
-TEST_F(System, MakesNoImageOfWhatIsNone)
+TEST_F(System, MakesNoImageOfUndecodableData)
 {
     EXPECT_FALSE(UIImage::imageWithData(NSData(std::string("text"))));
     EXPECT_FALSE(UIImage::imageWithData(nullptr));

@@ -24,7 +24,7 @@ TEST(Text, IsNeverEqualWithANullOnEitherSide)
     EXPECT_FALSE(NSString().isEqualToString(nullptr));
 }
 
-TEST(Text, OfBytesThatAreNoUtf8IsNull)
+TEST(Text, OfInvalidUtf8IsNull)
 {
     EXPECT_EQ(NSString::with_utf8("gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x8E\xAC"),
               "gr\xC3\xBC\xC3\x9F \xE2\x82\xAC \xF0\x9F\x8E\xAC");
@@ -61,7 +61,7 @@ TEST(List, ThatIsNullIsNotTheEmptyList)
     EXPECT_TRUE(NSArray(std::vector<Value>()));
 }
 
-TEST(List, IsNullOutsideItsValues)
+TEST(List, IsNullOutOfRange)
 {
     const NSArray list = NSArray::of_strings({"a", "b"});
 
@@ -95,7 +95,7 @@ TEST(Dictionary, IsSharedByItsCopies)
     EXPECT_FALSE(other.contains("start"));
 }
 
-TEST(Dictionary, ThatIsNullTakesNothingAndHoldsNothing)
+TEST(Dictionary, ThatIsNullIgnoresInsertionsAndIsEmpty)
 {
     NSDictionary none;
     none.setObject(1, "a");
@@ -120,7 +120,7 @@ TEST(AValue, ReadAsAnotherTypeIsNullOrZero)
     EXPECT_FALSE(Value(NSDictionary::dictionary()).stringValue());
 }
 
-TEST(AValue, MadeOfNothingIsNull)
+TEST(AValue, MadeOfANullObjectIsNull)
 {
     EXPECT_TRUE(Value(NSString()).is_null());
     EXPECT_TRUE(Value(NSArray()).is_null());
@@ -146,7 +146,7 @@ TEST(AValue, BeyondSinglePrecisionIsInfiniteThere)
     EXPECT_EQ(Value("1e-999").doubleValue(), 0);
 }
 
-TEST(AValue, BeyondThirtyTwoBitsIsHeldAtTheNearestEnd)
+TEST(AValue, BeyondThirtyTwoBitsIsClamped)
 {
     EXPECT_EQ(Value(std::int64_t{1} << 40).intValue(), 2147483647);
     EXPECT_EQ(Value(-1e18).intValue(), std::numeric_limits<std::int32_t>::min());
@@ -193,7 +193,7 @@ TEST(Data, OfNoBytesIsNotNull)
     EXPECT_EQ(NSData().view(), "");
 }
 
-TEST(Data, OfTheProgramItselfIsPointedTo)
+TEST(Data, OfStaticStorageIsNotCopied)
 {
     static constexpr unsigned char bytes[] = {'a', 0, 'b'};
 
@@ -203,7 +203,7 @@ TEST(Data, OfTheProgramItselfIsPointedTo)
     EXPECT_EQ(data.view(), std::string_view("a\0b", 3));
 }
 
-TEST(AnAddress, IsNullForATextOfWhichNoneCanBeMade)
+TEST(AnAddress, IsNullForAnInvalidText)
 {
     EXPECT_FALSE(NSURL::URLWithString(nullptr));
     EXPECT_FALSE(NSURL::URLWithString(""));
@@ -220,7 +220,7 @@ TEST(AnAddress, KeepsItsText)
     EXPECT_FALSE(NSURL::URLWithString("http://ad/").is_file());
 }
 
-TEST(AnAddress, OfAFileIsItsPath)
+TEST(AnAddress, OfAFileHasItsPath)
 {
     const NSURL file = NSURL::fileURLWithPath("/cache/my video.mp4");
 
@@ -237,7 +237,7 @@ TEST(PercentEscapes, AreDecodedAsUtf8)
     EXPECT_EQ(stringByReplacingPercentEscapes(""), "");
 }
 
-TEST(PercentEscapes, ThatAreMalformedOrNoUtf8GiveNull)
+TEST(PercentEscapes, ThatAreMalformedOrNotUtf8GiveNull)
 {
     EXPECT_FALSE(stringByReplacingPercentEscapes("100%"));
     EXPECT_FALSE(stringByReplacingPercentEscapes("%4"));

@@ -45,7 +45,7 @@ std::string playable_complaint(const std::string& text)
 }
 } // namespace
 
-TEST(AdFileTest, PropertiesStandUnderTheirOwnNames)
+TEST(AdFileTest, PropertiesHaveTheirOwnNames)
 {
     const auto ad =
         strict(R"({"strVideoUrl": "v.mp4", "fVideoWidth": 1280, "iCloseBtnCountdown": 5, "bIsAutoStart": true,
@@ -165,7 +165,7 @@ TEST(AdFileTest, EveryPropertyIsReadInItsTypeAndZeroOrNullWhenLeftOut)
                                      {{"dicProgressTrackingUrls", &QoroVideoAd::dicProgressTrackingUrls}});
 }
 
-TEST(AdFileTest, WhatIsLeftOutOrNullIsAbsent)
+TEST(AdFileTest, AMissingOrNullPropertyIsAbsent)
 {
     const auto ad = strict(R"({"strVideoUrl": null, "arrayCloseTrackingUrls": []})");
     EXPECT_FALSE(ad->strVideoUrl);
@@ -183,13 +183,13 @@ TEST(AdFileTest, AnUnknownPropertyIsRefusedWithTheNearestName)
               R"(ad.json: /videoUrl: no property of an ad; did you mean "strVideoUrl"?)");
 }
 
-TEST(AdFileTest, AnUnknownPropertyIsRefusedEvenWhenTypesAreTakenLeniently)
+TEST(AdFileTest, AnUnknownPropertyIsRefusedEvenInLenientMode)
 {
     EXPECT_THROW(lenient(R"({"bIsAutoStrat": true})"), InputError);
     EXPECT_THROW(lenient(R"({"portraitVideoPos": "TPO"})"), InputError);
 }
 
-TEST(AdFileTest, AWrongTypeIsRefusedWithItsPlaceAndWhatWasExpected)
+TEST(AdFileTest, AWrongTypeIsRefusedWithItsPlaceAndTheExpectedType)
 {
     EXPECT_EQ(complaint(R"({"iCloseBtnCountdown": "five"})"),
               R"(ad.json: /iCloseBtnCountdown: expected a whole number, got "five")");
@@ -226,7 +226,7 @@ TEST(AdFileTest, AnEnumerationIsANumberOrANameOfItsOwn)
               R"(ad.json: /closeBtnSize: expected one of SMALL, BIG, or its number, got true)");
 }
 
-TEST(AdFileTest, WhatIsNoObjectOrNoJsonIsRefused)
+TEST(AdFileTest, InvalidJsonAndNonObjectsAreRefused)
 {
     EXPECT_EQ(complaint("[1]"), "ad.json: expected an object with the ad's properties, got [1]");
     EXPECT_EQ(complaint("{\n  \"a\": }").substr(0, 29), "ad.json: no JSON at line 2, c");
@@ -240,7 +240,7 @@ TEST(AdFileTest, AComplaintIsOneLine)
     EXPECT_EQ(complaint("{\"strBrandText\": {\"a\": \"b\\nc\"}}").find('\n'), std::string::npos);
 }
 
-TEST(AdFileTest, TakenLenientlyAValueOfAnotherTypeIsAbsent)
+TEST(AdFileTest, InLenientModeAValueOfAnotherTypeIsAbsent)
 {
     const auto ad = lenient(R"({"iCloseBtnCountdown": "five", "iBufferingSufferTime": 2.9, "fVideoWidth": "1280",
         "bIsAutoStart": 1, "strBrandText": 7, "arrayCloseTrackingUrls": "http://t", "closeBtnSize": true,
@@ -270,7 +270,7 @@ TEST(AdFileTest, ABandNeedsAVideoOfPositiveSize)
     EXPECT_EQ(playable_complaint("{" + band + R"(, "fVideoWidth": 16, "fVideoHeight": 9})"), "");
 }
 
-TEST(AdFileTest, WhereNothingDividesByItTheVideosSizeMayBeLeftOut)
+TEST(AdFileTest, TheVideosSizeMayBeLeftOutWhereTheLayoutDoesNotUseIt)
 {
     EXPECT_EQ(playable_complaint(R"({"strVideoUrl": "v", "portraitModeType": 1, "portraitVideoPos": "FULL"})"), "");
     EXPECT_EQ(playable_complaint(R"({"strVideoUrl": "v", "landscapeModeType": 1, "portraitVideoPos": "TOP"})"), "");
@@ -280,7 +280,7 @@ TEST(AdFileTest, WhereNothingDividesByItTheVideosSizeMayBeLeftOut)
               "");
 }
 
-TEST(AdFileTest, WhatIsFetchedHasASchemeThatCanBe)
+TEST(AdFileTest, FetchedAddressesNeedASupportedScheme)
 {
     EXPECT_EQ(playable_complaint(R"({"strVideoUrl": "file:///etc/passwd"})"),
               R"(ad.json: /strVideoUrl: expected an address of http or https, or one in the ad's folder, got )"
@@ -318,7 +318,7 @@ TEST(AdAddressesTest, EveryAddressIsVisitedWithItsPlaceAndUse)
     EXPECT_EQ(ad->arrayButtonsInfo.count(), 2u);
 }
 
-TEST(AdAddressesTest, RelativeAddressesLeadToTheServerAndOthersStayAsTheyAre)
+TEST(AdAddressesTest, RelativeAddressesPointToTheServerAndOthersAreUnchanged)
 {
     const std::string server = "http://127.0.0.1:80";
     EXPECT_EQ(address_on_server("v.mp4", server), "http://127.0.0.1:80/v.mp4");

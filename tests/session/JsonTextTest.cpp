@@ -31,14 +31,14 @@ std::string seconds(std::int64_t microseconds)
     return out;
 }
 
-TEST(JsonText, EscapesWhatJsonAsksForAndNothingElse)
+TEST(JsonText, EscapesOnlyWhatJsonRequires)
 {
     EXPECT_EQ(text("a/b \"c\" \\ d"), R"("a/b \"c\" \\ d")");
     EXPECT_EQ(text("\b\f\n\r\t\x01\x1f\x7f"), "\"\\b\\f\\n\\r\\t\\u0001\\u001f\x7f\"");
     EXPECT_EQ(text("ü€😀"), "\"ü€😀\"");
 }
 
-TEST(JsonText, ReplacesBytesThatAreNoUtf8)
+TEST(JsonText, ReplacesInvalidUtf8)
 {
     EXPECT_EQ(text("a\xff z"), "\"a\xEF\xBF\xBD z\"");
     EXPECT_EQ(text("\xc0\xaf"), "\"\xEF\xBF\xBD\xEF\xBF\xBD\"");                 // overlong

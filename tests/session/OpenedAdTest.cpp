@@ -83,7 +83,7 @@ protected:
 
 // ------------------------------------------------------------------------------------------------------ end of an ad
 
-TEST_F(OpenedAdTest, AnAdThatRunsTellsNothing)
+TEST_F(OpenedAdTest, ARunningAdReportsNothing)
 {
     open();
 
@@ -93,7 +93,7 @@ TEST_F(OpenedAdTest, AnAdThatRunsTellsNothing)
     EXPECT_FALSE(opened->has_ended());
 }
 
-TEST_F(OpenedAdTest, TheViewersCloseIsTold)
+TEST_F(OpenedAdTest, TheViewersCloseIsReported)
 {
     open();
     let_pass(4);
@@ -107,7 +107,7 @@ TEST_F(OpenedAdTest, TheViewersCloseIsTold)
     EXPECT_EQ(told[0].error, std::nullopt);
 }
 
-TEST_F(OpenedAdTest, ThePagesCloseIsTold)
+TEST_F(OpenedAdTest, ThePagesCloseIsReported)
 {
     open();
     let_pass(4);
@@ -119,7 +119,7 @@ TEST_F(OpenedAdTest, ThePagesCloseIsTold)
     EXPECT_EQ(told[0].end, AdEnd::Page);
 }
 
-TEST_F(OpenedAdTest, AnAdThatClosesAtItsVideosEndSaysSo)
+TEST_F(OpenedAdTest, AnAutomaticCloseAtTheVideosEndIsReported)
 {
     ad->bIsAutoClose = true;
     open();
@@ -131,7 +131,7 @@ TEST_F(OpenedAdTest, AnAdThatClosesAtItsVideosEndSaysSo)
     EXPECT_NEAR(told[0].lasted, 10.3, 1e-6);
 }
 
-TEST_F(OpenedAdTest, ACloseOfTheViewersAfterTheVideosEndIsTheViewers)
+TEST_F(OpenedAdTest, ACloseByTheViewerAfterTheVideosEndIsTheViewers)
 {
     open();
     let_pass(20);
@@ -144,7 +144,7 @@ TEST_F(OpenedAdTest, ACloseOfTheViewersAfterTheVideosEndIsTheViewers)
     EXPECT_TRUE(told[0].videos[0].reached_end);
 }
 
-TEST_F(OpenedAdTest, TheHostsCloseIsTold)
+TEST_F(OpenedAdTest, TheHostsCloseIsReported)
 {
     open();
     let_pass(4);
@@ -173,7 +173,7 @@ TEST_F(OpenedAdTest, TheHostsCloseEndsAnAdWhoseCloseButtonHidesTheVideo)
     EXPECT_EQ(told[0].end, AdEnd::Host);
 }
 
-TEST_F(OpenedAdTest, HidingTheVideoIsNoEndAndTheNextTapIsTheViewersOwnAfterThePagesFirst)
+TEST_F(OpenedAdTest, HidingTheVideoIsNoEndAndALaterTapIsACloseByTheViewer)
 {
     ad->landscapeModeType = VIDEO_AND_WEBVIEW;
     ad->bShowHideVideoBtn = true;
@@ -229,7 +229,7 @@ TEST_F(OpenedAdTest, NoAdAtAllFails)
 
 // ------------------------------------------------------------------------------------------------ time of the report
 
-TEST_F(OpenedAdTest, TheEndIsToldAsAnEventOfItsOwn)
+TEST_F(OpenedAdTest, TheEndIsReportedAsAnEventOfItsOwn)
 {
     open();
     let_pass(4);
@@ -240,7 +240,7 @@ TEST_F(OpenedAdTest, TheEndIsToldAsAnEventOfItsOwn)
     EXPECT_THAT(told, SizeIs(0)) << "the close is still under way";
 }
 
-TEST_F(OpenedAdTest, TheEndIsToldOnceHoweverOftenTheAdIsClosed)
+TEST_F(OpenedAdTest, TheEndIsReportedOnceHoweverOftenTheAdIsClosed)
 {
     open();
     let_pass(4);
@@ -256,7 +256,7 @@ TEST_F(OpenedAdTest, TheEndIsToldOnceHoweverOftenTheAdIsClosed)
     EXPECT_THAT(told, SizeIs(1));
 }
 
-TEST_F(OpenedAdTest, AnAdThatTheHostLetsGoLeavesTheScreenAndTellsNothing)
+TEST_F(OpenedAdTest, AnAdDestroyedByTheHostLeavesTheScreenAndReportsNothing)
 {
     open();
     let_pass(4);
@@ -268,7 +268,7 @@ TEST_F(OpenedAdTest, AnAdThatTheHostLetsGoLeavesTheScreenAndTellsNothing)
     EXPECT_EQ(controller(), nullptr);
 }
 
-TEST_F(OpenedAdTest, AnEndThatWasNotToldYetIsNotToldOnceTheHostHasLetGo)
+TEST_F(OpenedAdTest, APendingEndIsNotReportedAfterTheHostDestroyedTheAd)
 {
     open();
     let_pass(4);
@@ -280,7 +280,7 @@ TEST_F(OpenedAdTest, AnEndThatWasNotToldYetIsNotToldOnceTheHostHasLetGo)
     EXPECT_THAT(told, SizeIs(0));
 }
 
-TEST_F(OpenedAdTest, TheHostMayLetGoAsItIsTold)
+TEST_F(OpenedAdTest, TheHostMayDestroyTheAdInTheCallback)
 {
     platform.emplace(ten_second_world());
     opened = std::make_unique<OpenedAd>(*platform, ad, [this](const AdOutcome& outcome) {
@@ -296,7 +296,7 @@ TEST_F(OpenedAdTest, TheHostMayLetGoAsItIsTold)
     EXPECT_EQ(told[0].end, AdEnd::Viewer);
 }
 
-TEST_F(OpenedAdTest, TheHostMayOpenTheNextAdAsItIsToldOfTheFirst)
+TEST_F(OpenedAdTest, TheHostMayOpenTheNextAdInTheCallback)
 {
     platform.emplace(ten_second_world());
     const auto tell = [this](const AdOutcome& outcome) { told.push_back(outcome); };
@@ -324,7 +324,7 @@ TEST_F(OpenedAdTest, ASecondAdOnOnePlatformIsRefused)
     EXPECT_THROW(OpenedAd(*platform, playing_ad(), nullptr), std::logic_error);
 }
 
-TEST_F(OpenedAdTest, WhatThePlatformTellsStillReachesItsWitnessAndOnlyThatOneAfterwards)
+TEST_F(OpenedAdTest, ThePreviousWitnessKeepsReceivingEventsAndIsRestoredAfterwards)
 {
     struct Counter final : Witness {
         void tell(std::string_view, std::initializer_list<Field>) override { ++count; }
@@ -342,7 +342,7 @@ TEST_F(OpenedAdTest, WhatThePlatformTellsStillReachesItsWitnessAndOnlyThatOneAft
 
 // -------------------------------------------------------------------------------------------------------------- video
 
-TEST_F(OpenedAdTest, SaysHowMuchOfTheVideoRan)
+TEST_F(OpenedAdTest, ReportsHowMuchOfTheVideoPlayed)
 {
     open();
     let_pass(4);
@@ -386,7 +386,7 @@ TEST_F(OpenedAdTest, APauseDoesNotCountAsPlayed)
     EXPECT_NEAR(told[0].videos[0].played, 3, 1e-6);
 }
 
-TEST_F(OpenedAdTest, WhatWasSkippedDoesNotCountAsPlayed)
+TEST_F(OpenedAdTest, SkippedPartsDoNotCountAsPlayed)
 {
     open();
     let_pass(2.3);
@@ -399,7 +399,7 @@ TEST_F(OpenedAdTest, WhatWasSkippedDoesNotCountAsPlayed)
     EXPECT_NEAR(told[0].videos[0].played, 3, 1e-6);
 }
 
-TEST_F(OpenedAdTest, AVideoThatRanThroughReachedItsEnd)
+TEST_F(OpenedAdTest, AVideoThatPlayedToItsEndIsReportedSo)
 {
     open();
     let_pass(20);
@@ -411,7 +411,7 @@ TEST_F(OpenedAdTest, AVideoThatRanThroughReachedItsEnd)
     EXPECT_NEAR(told[0].videos[0].played, 10, 1e-6);
 }
 
-TEST_F(OpenedAdTest, AStalledVideoCountsOnlyWhatRan)
+TEST_F(OpenedAdTest, AStalledVideoCountsOnlyTheTimePlayed)
 {
     World world = ten_second_world();
     world.video.stalls = {{.at = 2, .lasts = 5}};
@@ -424,7 +424,7 @@ TEST_F(OpenedAdTest, AStalledVideoCountsOnlyWhatRan)
     EXPECT_NEAR(told[0].videos[0].played, 3, 1e-6);
 }
 
-TEST_F(OpenedAdTest, AVideoThatFailsSaysSoAndTheAdGoesOn)
+TEST_F(OpenedAdTest, AFailedVideoIsReportedAndTheAdContinues)
 {
     World world = ten_second_world();
     world.video.error = 2;
@@ -459,7 +459,7 @@ TEST_F(OpenedAdTest, ThePagesNextVideoIsOneMore)
 
 // -------------------------------------------------------------------------------------------- page, clicks, impression
 
-TEST_F(OpenedAdTest, APageThatDoesNotComeIsNamedAndEndsNothing)
+TEST_F(OpenedAdTest, AFailedPageIsReportedAndDoesNotEndTheAd)
 {
     ad->strWebViewUrl = "http://ad/page.html";
     World world = ten_second_world();
@@ -474,7 +474,7 @@ TEST_F(OpenedAdTest, APageThatDoesNotComeIsNamedAndEndsNothing)
     EXPECT_EQ(told[0].page_error, "not found");
 }
 
-TEST_F(OpenedAdTest, APageThatComesHasNoError)
+TEST_F(OpenedAdTest, ALoadedPageHasNoError)
 {
     ad->strWebViewUrl = "http://ad/page.html";
     open();
@@ -551,7 +551,7 @@ TEST_F(OpenedAdTest, ATouchThatOpensAMessageAndAPageIsOneClickThrough)
     EXPECT_EQ(told[0].departures, 1);
 }
 
-TEST_F(OpenedAdTest, TheImpressionCountsOnceTheKitWasAskedForIt)
+TEST_F(OpenedAdTest, TheImpressionCountsOnceTheKitIsCalledForIt)
 {
     open();
     let_pass(4);

@@ -17,7 +17,7 @@ Scenario read(const std::string& keys)
     return read_scenario("{" + keys + R"( "ad": {}, "steps": []})", "scenario.json");
 }
 
-TEST(Scenario, LeavesEverythingButAdAndStepsAtItsDefault)
+TEST(Scenario, HasDefaultsForEverythingButAdAndSteps)
 {
     const Scenario scenario = read("");
 
@@ -105,7 +105,7 @@ TEST(Scenario, ReadsTheHost)
     EXPECT_EQ(scenario.world.cached.at("http://ad/v.mp4"), "/cache/v.mp4");
 }
 
-TEST(Scenario, ReadsWhereTheHostsStoreIs)
+TEST(Scenario, ReadsTheHostsStoreAddress)
 {
     EXPECT_EQ(read(R"("host": {"storePage": "http://store.example/?item={id}"},)").host.store_page,
               "http://store.example/?item={id}");
@@ -116,7 +116,7 @@ TEST(Scenario, ReadsWhereTheHostsStoreIs)
     EXPECT_NE(complaint_about(R"({"host": {"storePage": null}, "ad": {}, "steps": []})"), "");
 }
 
-TEST(Scenario, ReadsWhatAddressesAnswer)
+TEST(Scenario, ReadsTheAnswersOfAddresses)
 {
     const World world = read(R"("net": {"http://a": {"body": "text", "after": 0.25}, "http://b": {"fail": "gone"},
                                         "http://c": {"body64": "iVBORw0KGgoA/w=="}, "http://d": {}},)")
@@ -240,7 +240,7 @@ INSTANTIATE_TEST_SUITE_P(
         Unusable{R"({"ad": {}, "steps": [], "video": {"stalls": [[1]]}})",
                  "scenario.json: /video/stalls/0: expected [at, for], got [1]"}));
 
-TEST(Scenario, RefusesWhatIsNestedTooDeepBeforeReadingIt)
+TEST(Scenario, RefusesTooDeepNestingBeforeReadingIt)
 {
     std::string deep = R"({"ad": {"arrayButtonsInfo": )";
     deep += std::string(100'000, '[') + std::string(100'000, ']') + "}, \"steps\": []}";

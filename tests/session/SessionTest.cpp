@@ -44,7 +44,7 @@ TEST(SessionSetUp, GivesTheHostsWindowTheScreensSizeAndTheKey)
     EXPECT_EQ(in_snapshot(trace, "/views/windowDefaultWindow/hidden"), "false");
 }
 
-TEST(SessionSetUp, WithoutAKeyWindowTheFirstWindowStandsIn)
+TEST(SessionSetUp, WithoutAKeyWindowTheFirstWindowIsUsed)
 {
     const Lines trace = manual_run(R"({"snapshot": true})", "", R"("host": {"keyWindow": false},)");
 
@@ -81,7 +81,7 @@ TEST(SessionSetUp, AParentsWindowIsHiddenAndOfTheScreensSize)
 
 // ----------------------------------------------------------------------------------------------------- host and parent
 
-TEST(SessionHost, AParentIsToldOfClicksTheImpressionAndTheClose)
+TEST(SessionHost, AParentIsNotifiedOfClicksTheImpressionAndTheClose)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"call": ["clickRequester"]}, {"call": ["sendImpression"]},
                                       {"call": ["closeAction"]})",
@@ -94,7 +94,7 @@ TEST(SessionHost, AParentIsToldOfClicksTheImpressionAndTheClose)
                                         }));
 }
 
-TEST(SessionHost, TheDelegatesThatAreSetAreToldOfAFailure)
+TEST(SessionHost, TheDelegatesThatAreSetAreNotifiedOfAFailure)
 {
     const Lines trace = manual_run(R"({"call": ["failAdRequest", "no fill"]})", "",
                                    R"("host": {"delegates": ["qoroDelegate", "interstitialDelegate"]},)");
@@ -121,14 +121,14 @@ TEST(SessionHost, APageThatCannotBeFetchedReachesTheDelegatesThroughTheSuperclas
 
 // --------------------------------------------------------------------------------------------------------------- steps
 
-TEST(SessionSteps, ATapOnAButtonThatIsGoneDoesNothing)
+TEST(SessionSteps, ATapOnAMissingButtonDoesNothing)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"call": ["closeAction"]}, {"at": 1, "tap": "btnMute"})");
 
     EXPECT_EQ(trace.back(), R"({"t":1,"what":"step","n":2,"tap":"btnMute"})");
 }
 
-TEST(SessionSteps, ATouchReachesWhatAFingerWouldReach)
+TEST(SessionSteps, ATouchReachesTheViewThatAFingerWouldReach)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"player": {"duration": 30, "load": 1, "state": 1}},
                                       {"at": 1, "touch": [350, 230]}, {"touch": [350, 400]})");
@@ -176,7 +176,7 @@ TEST(SessionSteps, ADeviceStepMovesTheVolumeSlider)
               R"({"t":1.5,"what":"js","event":"video_volumechange","data":{"e":{"volume":"0"}},"listeners":0})");
 }
 
-TEST(SessionSteps, AListenerGetsTheEventsThatItAskedFor)
+TEST(SessionSteps, AListenerGetsTheEventsItRegisteredFor)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"script": ["addEventListener", "video_pause", "a"]},
                                       {"script": ["addEventListener", "video_pause", "b"]},
@@ -232,7 +232,7 @@ TEST(SessionRelease, AnUnansweredRequestKeepsAClosedAdUntilItsAnswer)
     EXPECT_EQ(of_kind(trace, "released"), Lines{R"({"t":6,"what":"released"})"});
 }
 
-TEST(SessionRelease, WhatTheHostAsksAfterwardsDoesNothing)
+TEST(SessionRelease, HostCallsAfterwardsDoNothing)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"release": true}, {"at": 0.5, "tap": "btnMute"},
                                       {"script": ["setVideoPlay"]}, {"call": ["closeAction"]})");
@@ -289,7 +289,7 @@ TEST(SessionScreens, DismissingAPhonesStorePageClosesTheAd)
     EXPECT_EQ(in_snapshot(trace, "/views/appStoreWindow"), "null");
 }
 
-TEST(SessionScreens, DismissingAStorePageThatIsNotThereIsHarmless)
+TEST(SessionScreens, DismissingAMissingStorePageIsHarmless)
 {
     const Lines phone = manual_run(R"({"call": ["didDismissStoreViewController"]})");
     const Lines tablet =

@@ -39,7 +39,7 @@ TEST(Snapshot, DoesNotCountTheSpinner)
     EXPECT_EQ(in_snapshot(loading, "/views/btnClose/order"), in_snapshot(playing, "/views/btnClose/order"));
 }
 
-TEST(Snapshot, AViewInTheMoviePlayersViewStandsInTheMoviePlayerView)
+TEST(Snapshot, AViewInThePlayersViewHasTheMoviePlayerViewAsParent)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"snapshot": true})");
 
@@ -56,7 +56,7 @@ TEST(Snapshot, NamesTheEmbeddedPictureOfAControl)
     EXPECT_EQ(in_snapshot(trace, "/views/btnBrandIcon/image"), "null");
 }
 
-TEST(Snapshot, CallsAPictureFromTheNetFetched)
+TEST(Snapshot, LabelsAPictureFromTheNetworkAsFetched)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"call": ["setAbilityButtonImage", "btnActionOne", "http://ad/i"]},
                                       {"snapshot": true})",
@@ -65,7 +65,7 @@ TEST(Snapshot, CallsAPictureFromTheNetFetched)
     EXPECT_EQ(in_snapshot(trace, "/views/btnActionOne/image"), "\"fetched\"");
 }
 
-TEST(Snapshot, ShowsWhatATapOnTheCloseButtonRuns)
+TEST(Snapshot, ShowsTheActionsOfTheCloseButton)
 {
     const Lines trace =
         manual_run(R"({"open": 0}, {"script": ["addEventListener", "onclick_closebtn", "a"]}, {"snapshot": true})");
@@ -119,7 +119,7 @@ TEST(Snapshot, ShowsThePlayersSettingsAndReadings)
               R"("controlStyle":0,"repeatMode":0,"sourceType":0,"time":2.5,"duration":30,"state":2,"load":3})");
 }
 
-TEST(Snapshot, CallsAPlayersFileByItsPath)
+TEST(Snapshot, NamesAPlayersFileByItsPath)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"snapshot": true})", R"("bIsUseVideoCache": true,)",
                                    R"("host": {"cached": {"http://ad/v.mp4": "/cache/v.mp4"}},)");

@@ -21,7 +21,7 @@ What only(const std::string& step)
     return std::get<What>(read(step).at(0).what);
 }
 
-TEST(Steps, HappenAtTheLastStepsTimeUnlessTheySay)
+TEST(Steps, RunAtThePreviousStepsTimeByDefault)
 {
     const auto steps = read(R"({"open": 0}, {"at": 1.5, "snapshot": true}, {"release": true})");
 
@@ -58,7 +58,7 @@ TEST(Steps, ReadACommandWithItsArguments)
     EXPECT_EQ(message.arguments[0].dictionary()["id"], Value("n"));
 }
 
-TEST(Steps, ReadTheNewsOfAPlayer)
+TEST(Steps, ReadTheNotificationsOfAPlayer)
 {
     const PlayerNews news = only<PlayerStep>(R"({"player": {"duration": 30, "finish": 0}})").news;
 
@@ -130,7 +130,7 @@ INSTANTIATE_TEST_SUITE_P(
         Unusable{R"({"snapshot": false})", "steps.json: /1/snapshot: expected true, got false"},
         Unusable{R"({"release": 1})", "steps.json: /1/release: expected true, got 1"}));
 
-TEST(Steps, OfAPlayerAreRefusedWherePlayersDriveThemselves)
+TEST(Steps, OfAPlayerAreRefusedWithAutomaticPlayers)
 {
     EXPECT_THROW(read_steps(R"([{"player": {"state": 1}}])", "steps.json", false), InputError);
     EXPECT_NO_THROW(read_steps(R"([{"tap": "btnMute"}])", "steps.json", false));

@@ -42,7 +42,7 @@ TEST_F(TraceTest, AnAbsentTextIsNull)
     EXPECT_EQ(lines[0], "{\"t\":0,\"what\":\"request\",\"url\":null,\"for\":\"tracking\"}\n");
 }
 
-TEST_F(TraceTest, AReadableLineSaysTimeWhomAndWhat)
+TEST_F(TraceTest, AReadableLineHasTimeObjectAndEvent)
 {
     Trace trace = make(TraceFormat::Text);
     platform.run_until(12.3456789);
@@ -58,7 +58,7 @@ TEST_F(TraceTest, AReadableLineSaysTimeWhomAndWhat)
                      }));
 }
 
-TEST_F(TraceTest, AReadableLineSaysWhatAnAddressIsForAndHowGraveALogLineIs)
+TEST_F(TraceTest, AReadableLineHasTheUseOfAnAddressAndTheLevelOfALogLine)
 {
     Trace trace = make(TraceFormat::Text);
 

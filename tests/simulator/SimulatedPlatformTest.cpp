@@ -51,7 +51,7 @@ World world_with_answer(const std::string& address, const NetAnswer& answer)
 
 // ------------------------------------------------------------------------------------------------------------ network
 
-TEST(SimulatedNet, AnAddressThatIsNotNamedAnswersWithSuccessAndNoBodyAsAnEventOfItsOwn)
+TEST(SimulatedNet, AnUnlistedAddressAnswersWithSuccessAndNoBodyAsAnEventOfItsOwn)
 {
     SimulatedPlatform platform;
     FetchAnswer answer;
@@ -90,7 +90,7 @@ TEST(SimulatedNet, AFailureCarriesItsText)
     EXPECT_EQ(answer.error, "not found");
 }
 
-TEST(SimulatedNet, ASynchronousFetchAnswersAtOnceAndCountsWhatItWouldHaveBlocked)
+TEST(SimulatedNet, ASynchronousFetchAnswersAtOnceAndCountsTheTimeItWouldHaveBlocked)
 {
     SimulatedPlatform platform(world_with_answer("http://ad/icon", {true, "", "icon", 0.7}));
 
@@ -100,7 +100,7 @@ TEST(SimulatedNet, ASynchronousFetchAnswersAtOnceAndCountsWhatItWouldHaveBlocked
     EXPECT_EQ(platform.fetcher().blocked_seconds(), 0.7);
 }
 
-TEST(SimulatedVideoCache, KnowsTheCopiesOfItsWorldAlone)
+TEST(SimulatedVideoCache, KnowsOnlyTheCopiesOfItsScenario)
 {
     World world;
     world.cached["http://ad/v.mp4"] = "/cache/v.mp4";
@@ -140,7 +140,7 @@ TEST(SimulatedText, IsCutToTheBox)
     EXPECT_EQ(platform.text().measure("abcdef", {}, {30, 10}), (CGSize{30, 10}));
 }
 
-TEST(SimulatedImages, TakeTheSignaturesOfPngAndJpegForPictures)
+TEST(SimulatedImages, RecognisePicturesByTheSignaturesOfPngAndJpeg)
 {
     SimulatedPlatform platform;
 
@@ -153,7 +153,7 @@ TEST(SimulatedImages, TakeTheSignaturesOfPngAndJpegForPictures)
 
 // ------------------------------------------------------------------------------------------------------------- device
 
-TEST(SimulatedDevice, OpensWhatBeginsAsOneOfItsBeginnings)
+TEST(SimulatedDevice, OpensAddressesWithAListedPrefix)
 {
     SimulatedPlatform platform;
 
@@ -162,7 +162,7 @@ TEST(SimulatedDevice, OpensWhatBeginsAsOneOfItsBeginnings)
     EXPECT_FALSE(platform.device().can_open(NSURL::URLWithString("market://a")));
 }
 
-TEST(SimulatedDevice, AForcedOrientationStandsUntilTheDeviceIsTurned)
+TEST(SimulatedDevice, AForcedOrientationLastsUntilTheDeviceIsTurned)
 {
     SimulatedPlatform platform;
 
@@ -216,7 +216,7 @@ TEST(SimulatedVolume, AChangeIsReportedAsAnEventOfItsOwn)
     EXPECT_EQ(observer->names.size(), 1U);
 }
 
-TEST(SimulatedVolume, TheVolumeThatItHasIsNoChange)
+TEST(SimulatedVolume, SettingTheCurrentVolumeIsNoChange)
 {
     SimulatedPlatform platform;
     const auto observer = observe(platform, SystemVolumeDidChangeNotification);
@@ -269,7 +269,7 @@ TEST(SimulatedWebEngine, AFurtherPageEndsTheLoadBeforeIt)
     EXPECT_EQ(page.reports, (Texts{"0 start", "0.05 start", "0.15 end"}));
 }
 
-TEST(SimulatedWebEngine, OneThatIsGoneReportsNothing)
+TEST(SimulatedWebEngine, ADestroyedEngineReportsNothing)
 {
     SimulatedPlatform platform;
     Page page(platform);

@@ -60,7 +60,7 @@ VideoSetup manual()
     return video;
 }
 
-TEST(AutomaticPlayer, StandsAtNothingBeforeItIsLoaded)
+TEST(AutomaticPlayer, ReadsZeroBeforeItIsLoaded)
 {
     PlayerRun run(lasting(30));
 
@@ -104,7 +104,7 @@ TEST(AutomaticPlayer, APlayBeforeTheVideoIsLoadedIsRemembered)
     EXPECT_EQ(run.reports.back(), "0.3 state 1");
 }
 
-TEST(AutomaticPlayer, APauseBeforeTheVideoIsLoadedTakesBackAPlay)
+TEST(AutomaticPlayer, APauseBeforeTheVideoIsLoadedRevokesAPlay)
 {
     PlayerRun run(lasting(30));
     run.autoplay(false);
@@ -116,7 +116,7 @@ TEST(AutomaticPlayer, APauseBeforeTheVideoIsLoadedTakesBackAPlay)
     EXPECT_EQ(run.reports, (Reports{"0.3 load 1", "0.3 load 3"}));
 }
 
-TEST(AutomaticPlayer, APauseBeforeTheVideoIsLoadedDoesNotTakeBackAutoplay)
+TEST(AutomaticPlayer, APauseBeforeTheVideoIsLoadedDoesNotRevokeAutoplay)
 {
     PlayerRun run(lasting(30));
 
@@ -126,7 +126,7 @@ TEST(AutomaticPlayer, APauseBeforeTheVideoIsLoadedDoesNotTakeBackAutoplay)
     EXPECT_EQ(run.player->playback_state(), 1);
 }
 
-TEST(AutomaticPlayer, PlayingMovesTheTimeAndAPauseHoldsIt)
+TEST(AutomaticPlayer, PlayingAdvancesTheTimeAndAPauseHoldsIt)
 {
     PlayerRun run(lasting(30));
     run.run_until(2.5);
@@ -174,7 +174,7 @@ TEST(AutomaticPlayer, AtTheEndTheTimeIsExactlyTheDurationAndPausedIsReportedBefo
     EXPECT_EQ(run.player->current_time(), 0.1 + 0.2);
 }
 
-TEST(AutomaticPlayer, ADurationThatIsNoWholeNumberOfMicrosecondsIsReachedExactly)
+TEST(AutomaticPlayer, ADurationWithFractionsOfAMicrosecondIsReachedExactly)
 {
     PlayerRun run(lasting(1.0000004));
 
@@ -195,7 +195,7 @@ TEST(AutomaticPlayer, PlayAfterTheEndStartsFromTheBeginning)
     EXPECT_EQ(run.reports.back(), "5 state 1");
 }
 
-TEST(AutomaticPlayer, ASeekAfterTheEndLiftsItAndPlayGoesOnFromThere)
+TEST(AutomaticPlayer, ASeekAfterTheEndRevokesItAndPlayContinuesFromThere)
 {
     PlayerRun run(lasting(10));
     run.run_until(20);
@@ -207,7 +207,7 @@ TEST(AutomaticPlayer, ASeekAfterTheEndLiftsItAndPlayGoesOnFromThere)
     EXPECT_EQ(run.player->current_time(), 5);
 }
 
-TEST(AutomaticPlayer, ASeekIsHeldWithinTheVideo)
+TEST(AutomaticPlayer, ASeekIsClampedToTheVideo)
 {
     PlayerRun run(lasting(10));
     run.autoplay(false);
@@ -259,7 +259,7 @@ TEST(AutomaticPlayer, ACommandDuringAStallDoesNothing)
     EXPECT_EQ(run.player->current_time(), 2);
 }
 
-TEST(AutomaticPlayer, AStallHappensOnceAPlayer)
+TEST(AutomaticPlayer, AStallHappensOncePerPlayer)
 {
     VideoSetup video = lasting(10);
     video.stalls = {{2, 1}};
@@ -274,7 +274,7 @@ TEST(AutomaticPlayer, AStallHappensOnceAPlayer)
     EXPECT_EQ(run.player->current_time(), 3);
 }
 
-TEST(AutomaticPlayer, AFailureIsStoppedAndThenAFinishOnceAPlayer)
+TEST(AutomaticPlayer, AFailureReportsStoppedAndThenAFinishOncePerPlayer)
 {
     VideoSetup video = lasting(10);
     video.error = 3;
@@ -289,7 +289,7 @@ TEST(AutomaticPlayer, AFailureIsStoppedAndThenAFinishOnceAPlayer)
     EXPECT_EQ(run.reports, (Reports{"3.3 state 0", "3.3 finish 1", "5 state 1", "12 state 2", "12 finish 0"}));
 }
 
-TEST(AutomaticPlayer, AFailureForGoodAnswersThreePlaysWithAnotherAndThenNothing)
+TEST(AutomaticPlayer, APermanentFailureAnswersThreePlaysWithAnotherAndThenNothing)
 {
     VideoSetup video = lasting(10);
     video.error_for_good = 3;
@@ -308,7 +308,7 @@ TEST(AutomaticPlayer, AFailureForGoodAnswersThreePlaysWithAnotherAndThenNothing)
     EXPECT_EQ(run.player->current_time(), 3);
 }
 
-TEST(AutomaticPlayer, AFailureThatPassesCanComeBeforeOneForGood)
+TEST(AutomaticPlayer, ATemporaryFailureMayPrecedeAPermanentOne)
 {
     VideoSetup video = lasting(10);
     video.stalls = {{4, 1}};
@@ -341,7 +341,7 @@ TEST(AutomaticPlayer, WithoutAnAddressFailsOnceInsteadOfLoading)
     EXPECT_EQ(run.player->load_state(), 0);
 }
 
-TEST(AutomaticPlayer, LeavingTheAppPausesWhatPlays)
+TEST(AutomaticPlayer, LeavingTheAppPausesAPlayingVideo)
 {
     PlayerRun run(lasting(10));
     run.run_until(1);
@@ -367,7 +367,7 @@ TEST(AutomaticPlayer, LeavingTheAppReportsNothingOfAPausedPlayer)
     EXPECT_TRUE(run.reports.empty());
 }
 
-TEST(AutomaticPlayer, APlayerThatIsGoneReportsNothing)
+TEST(AutomaticPlayer, ADestroyedPlayerReportsNothing)
 {
     PlayerRun run(lasting(10));
     run.run_until(1);
@@ -380,7 +380,7 @@ TEST(AutomaticPlayer, APlayerThatIsGoneReportsNothing)
     EXPECT_TRUE(run.reports.empty());
 }
 
-TEST(AutomaticPlayer, NewsOfAStepMoveTheVideo)
+TEST(AutomaticPlayer, AStepsNotificationsMoveTheVideo)
 {
     PlayerRun run(lasting(10));
     run.run_until(1.3);
@@ -400,7 +400,7 @@ PlayerNews playing_news()
     return news;
 }
 
-TEST(AutomaticPlayer, PlayingByAStepBeforeItIsLoadedComesToItsEnd)
+TEST(AutomaticPlayer, PlayingByAStepBeforeItIsLoadedReachesItsEnd)
 {
     PlayerRun run(lasting(10));
     static_cast<SimulatedPlayer&>(*run.player).take(playing_news());
@@ -425,7 +425,7 @@ TEST(AutomaticPlayer, PlayingByAStepBeforeItIsLoadedPausesWhenTheAppIsLeft)
     EXPECT_EQ(run.player->current_time(), 0.1);
 }
 
-TEST(ManualPlayer, DoesNothingByItself)
+TEST(ManualPlayer, DoesNothingWithoutSteps)
 {
     PlayerRun run(manual());
 
@@ -447,7 +447,7 @@ TEST(ManualPlayer, ASeekSetsTheTime)
     EXPECT_EQ(run.player->current_time(), 12.5);
 }
 
-TEST(ManualPlayer, PostsItsNewsAsLoadThenStateThenFinishInsideTheCall)
+TEST(ManualPlayer, PostsItsNotificationsAsLoadThenStateThenFinishInsideTheCall)
 {
     PlayerRun run(manual());
     PlayerNews news;
@@ -464,7 +464,7 @@ TEST(ManualPlayer, PostsItsNewsAsLoadThenStateThenFinishInsideTheCall)
     EXPECT_EQ(run.player->duration(), 30);
 }
 
-TEST(ManualPlayer, NewsOfATimeBeyondAllMediaDoesNotStopLaterNews)
+TEST(ManualPlayer, AHugeTimeDoesNotStopLaterNotifications)
 {
     PlayerRun run(manual());
     PlayerNews far = playing_news();
@@ -479,7 +479,7 @@ TEST(ManualPlayer, NewsOfATimeBeyondAllMediaDoesNotStopLaterNews)
     EXPECT_EQ(run.player->current_time(), 3);
 }
 
-TEST(AutomaticPlayer, PlayingFromATimeFarBeforeTheBeginIsNowhereNearTheEnd)
+TEST(AutomaticPlayer, PlayingFromATimeFarBeforeTheStartDoesNotReachTheEnd)
 {
     PlayerRun run(lasting(10));
     run.run_until(1.3);
@@ -493,7 +493,7 @@ TEST(AutomaticPlayer, PlayingFromATimeFarBeforeTheBeginIsNowhereNearTheEnd)
     EXPECT_LT(run.player->current_time(), -1e12);
 }
 
-TEST(AutomaticPlayer, ASeekStaysAtTheBeginOfAVideoWhoseNewsIsANegativeDuration)
+TEST(AutomaticPlayer, ASeekInAVideoOfNegativeDurationStaysAtTheStart)
 {
     PlayerRun run(lasting(10));
     run.run_until(1);

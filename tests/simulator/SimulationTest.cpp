@@ -31,7 +31,7 @@ constexpr std::string_view Example = R"({
   ]
 })";
 
-TEST(Simulation, TellsAWholeSessionInTheOrderInWhichItHappens)
+TEST(Simulation, TracesAWholeSessionInOrder)
 {
     const Lines trace = trace_of(Example);
     const Lines until_mute(trace.begin(), trace.begin() + 38);
@@ -115,7 +115,7 @@ TEST(Simulation, GivesTheSameBytesOnManyThreadsAtOnce)
     EXPECT_EQ(traces, (std::vector<std::string>{alone, alone, alone, alone}));
 }
 
-TEST(Simulation, ChangesNothingInTheScenarioThatItRuns)
+TEST(Simulation, DoesNotChangeItsScenario)
 {
     const Scenario scenario = read_scenario(
         R"({"ad": {"strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2,
@@ -149,7 +149,7 @@ TEST(Simulation, RunsNothingAfterTheLastStep)
     EXPECT_EQ(trace.back(), R"({"t":1,"what":"player","do":"drop"})");
 }
 
-TEST(Simulation, PlaysAVideoToItsEndByItself)
+TEST(Simulation, PlaysAVideoToItsEndWithoutSteps)
 {
     const Lines trace = trace_of(R"({"video": {"duration": 4},
         "ad": {"strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2,
@@ -165,7 +165,7 @@ TEST(Simulation, PlaysAVideoToItsEndByItself)
     EXPECT_EQ(in_snapshot(trace, "/fields/videoState"), "4");
 }
 
-TEST(Simulation, TellsARejectedPageRewriteAndGoesOn)
+TEST(Simulation, TracesARejectedPageRewriteAndContinues)
 {
     const Lines trace = trace_of(R"({"net": {"http://ad/p": {"body": "mraid.js without a head"}},
         "video": {"mode": "manual"},

@@ -55,7 +55,7 @@ Json tracker(const Json& summary, const Json& kind)
 
 // ------------------------------------------------------------------------------------------------------------- times
 
-TEST(Summary, SaysWhenTheAdOpenedAndNullForWhatNeverHappened)
+TEST(Summary, HasTheTimeOfTheOpeningAndNullForWhatNeverHappened)
 {
     const Scenario late = read_scenario(
         R"({"ad": {}, "steps": [{"at": 2.5, "open": 0}, {"open": 10}, {"at": 4, "open": 0}]})", "scenario.json");
@@ -113,7 +113,7 @@ TEST(Summary, AnAdThatClosesItselfIsClosedAtItsEnd)
 
 // ---------------------------------------------------------------------------------------------------------- trackers
 
-TEST(Summary, CountsEachTrackerOfTheAdSentOrNot)
+TEST(Summary, CountsEachTrackerOfTheAdEvenIfUnsent)
 {
     const Json summary = figures(R"("dicTrackingUrls": {"start": ["http://t/start?at={CurrentTime}", "http://t/too"],
                                     "complete": ["http://t/complete"]},
@@ -130,7 +130,7 @@ TEST(Summary, CountsEachTrackerOfTheAdSentOrNot)
     EXPECT_EQ(tracker(summary, "mute")["sent"], (Times{2, 2.5}));
 }
 
-TEST(Summary, ATrackerIsOneWhateverItsMacrosBecame)
+TEST(Summary, ATrackerIsRecognisedWhateverItsMacrosExpandTo)
 {
     const Scenario beats = read_scenario(R"({"video": {"duration": 3.5}, "ad": {"strVideoUrl": "http://ad/v.mp4",
         "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true,
@@ -143,7 +143,7 @@ TEST(Summary, ATrackerIsOneWhateverItsMacrosBecame)
     EXPECT_EQ(tracker(summary, "heartbeat")["sent"], (Times{1.3, 2.3, 3.3}));
 }
 
-TEST(Summary, AnAddressThatFitsTwoTrackersIsTheOneThatSaysMore)
+TEST(Summary, AnAddressThatFitsTwoTrackersCountsForTheMoreSpecificOne)
 {
     const Json summary = figures(R"("arrayMuteTrackingUrls": ["http://t/{CurrentTime}"],
                                     "arrayCloseTrackingUrls": ["http://t/close?at={CurrentTime}"],)",
@@ -228,7 +228,7 @@ TEST(Summary, AnOpenAdHasItsTimersObserversWindowAndListeners)
     EXPECT_EQ(left["controller"], "held");
 }
 
-TEST(Summary, TheBufferingTimerIsWhatACloseLeavesRunning)
+TEST(Summary, ACloseLeavesTheBufferingTimerRunning)
 {
     const Json summary = figures(R"("iBufferingSufferTime": 20, "arrayCloseTrackingUrls": ["http://t/close"],)",
                                  R"({"at": 1, "script": ["addEventListener", "video_play", 1]},
@@ -245,7 +245,7 @@ TEST(Summary, TheBufferingTimerIsWhatACloseLeavesRunning)
     EXPECT_EQ(summary["atEnd"], left) << "nothing runs after the last step";
 }
 
-TEST(Summary, SoIsTheTimerThatCountsAVideoAsLoadedThatDoesNotLoad)
+TEST(Summary, ACloseLeavesTheLoadedTimerRunning)
 {
     const Scenario waits = read_scenario(R"({"video": {"mode": "manual"}, "ad": {"strVideoUrl": "http://ad/v.mp4",
         "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP",
@@ -257,7 +257,7 @@ TEST(Summary, SoIsTheTimerThatCountsAVideoAsLoadedThatDoesNotLoad)
     EXPECT_EQ(summary["atEnd"]["timers"], Json::array()) << "it has fired at 1.5 s";
 }
 
-TEST(Summary, AReleasedControllerIsKeptUntilItsTimerHasRunOut)
+TEST(Summary, AReleasedControllerIsRetainedUntilItsTimerHasRunOut)
 {
     const std::string ad = R"("iBufferingSufferTime": 20,)";
     const std::string closes = R"({"at": 3, "call": ["closeAction"]}, {"at": 4, "release": true}, )";
@@ -273,7 +273,7 @@ TEST(Summary, AReleasedControllerIsKeptUntilItsTimerHasRunOut)
     EXPECT_EQ(late["atEnd"]["timers"], Json::array());
 }
 
-TEST(Summary, AControllerThatNothingKeepsIsGoneWithItsClose)
+TEST(Summary, AnUnreferencedControllerIsDestroyedWithItsClose)
 {
     // Released by the host; its own window retains it until the close.
     const Json summary =
@@ -285,7 +285,7 @@ TEST(Summary, AControllerThatNothingKeepsIsGoneWithItsClose)
     EXPECT_EQ(summary["afterClose"]["controller"], "gone");
 }
 
-TEST(Summary, HidingTheVideoIsNoClose)
+TEST(Summary, HidingTheVideoDoesNotCountAsAClose)
 {
     const Scenario hides = read_scenario(R"({"device": {"statusBarOrientation": 3},
         "host": {"autorotates": [1, 3, 4]}, "video": {"mode": "manual"},
@@ -349,7 +349,7 @@ TEST(Summary, TheTableShowsTheSameFigures)
 )");
 }
 
-TEST(Summary, TheTableOfAnAdThatNeverClosedSaysSo)
+TEST(Summary, TheTableShowsAnAdThatNeverClosed)
 {
     std::string table;
     append_table(table, sum_up(scenario("", "")));
@@ -359,7 +359,7 @@ TEST(Summary, TheTableOfAnAdThatNeverClosedSaysSo)
     EXPECT_NE(table.find("at the end (the ad was not closed)\n"), std::string::npos) << table;
 }
 
-TEST(Summary, TheTableCountsMomentsThatItDoesNotList)
+TEST(Summary, TheTableCountsUnlistedTimes)
 {
     Summary summary;
     summary.trackers.push_back({"heartbeat", "http://t/b", {}});

@@ -32,7 +32,7 @@ struct VirtualLoopTest : testing::Test {
 
 using Times = std::vector<double>;
 
-TEST_F(VirtualLoopTest, TimeStandsAtZeroUntilItIsLetPass)
+TEST_F(VirtualLoopTest, TimeIsZeroUntilItIsAdvanced)
 {
     loop.post(note_time());
 
@@ -91,7 +91,7 @@ TEST_F(VirtualLoopTest, ATimerWhoseIntervalIsNotFiniteNeverFires)
     EXPECT_EQ(loop.due(undefined), std::numeric_limits<double>::infinity());
 }
 
-TEST_F(VirtualLoopTest, WhatIsDueAtOneMomentRunsInTheOrderOfItsCreation)
+TEST_F(VirtualLoopTest, SimultaneousWorkRunsInTheOrderOfItsCreation)
 {
     loop.start_timer(1, false, note('a'));
     loop.after(1'000'000, note('b'));
@@ -102,7 +102,7 @@ TEST_F(VirtualLoopTest, WhatIsDueAtOneMomentRunsInTheOrderOfItsCreation)
     EXPECT_EQ(order, "abc");
 }
 
-TEST_F(VirtualLoopTest, ARepeatingTimerKeepsItsPlaceAmongWhatIsDueWithIt)
+TEST_F(VirtualLoopTest, ARepeatingTimerKeepsItsPlaceAmongSimultaneousWork)
 {
     loop.start_timer(1, true, note('r'));
     loop.start_timer(2, false, note('o'));
@@ -149,7 +149,7 @@ TEST_F(VirtualLoopTest, StoppingATimerThatHasEndedLeavesALaterOneAlone)
     EXPECT_EQ(order, "l");
 }
 
-TEST_F(VirtualLoopTest, TheNextFiringIsKnownWhileTheTimerFires)
+TEST_F(VirtualLoopTest, TheNextFireDateIsKnownWhileTheTimerFires)
 {
     double next = 0;
     TimerId timer = 0;
@@ -172,7 +172,7 @@ TEST_F(VirtualLoopTest, WorkIsPostedAsAnEventOfItsOwn)
     EXPECT_EQ(order, "ab");
 }
 
-TEST_F(VirtualLoopTest, NothingDueLaterThanTheMomentRuns)
+TEST_F(VirtualLoopTest, NothingDueLaterRuns)
 {
     loop.after(1'000'001, note('x'));
 
@@ -193,7 +193,7 @@ TEST_F(VirtualLoopTest, ManyTimersAreRunInTheOrderInWhichTheyAreDue)
     EXPECT_TRUE(std::ranges::is_sorted(fired));
 }
 
-TEST_F(VirtualLoopTest, ATickAsksForNoMemory)
+TEST_F(VirtualLoopTest, ATickAllocatesNoMemory)
 {
     int ticks = 0;
     loop.start_timer(0.1, true, [&ticks] { ++ticks; });
@@ -206,7 +206,7 @@ TEST_F(VirtualLoopTest, ATickAsksForNoMemory)
     EXPECT_EQ(ticks, 1000);
 }
 
-TEST_F(VirtualLoopTest, WhatIsRejectedInAnEventEndsThatEventAlone)
+TEST_F(VirtualLoopTest, ARejectionEndsOnlyItsEvent)
 {
     loop.post([] { throw PlatformFault{"replace", "out of bounds"}; });
     loop.post(note('n'));

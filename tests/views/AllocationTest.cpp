@@ -25,7 +25,7 @@ struct Memory : testing::Test {
 
 } // namespace
 
-TEST_F(Memory, IsCounted)
+TEST_F(Memory, AllocationsAreCounted)
 {
     const std::size_t before = allocations_so_far();
 
@@ -34,7 +34,7 @@ TEST_F(Memory, IsCounted)
     EXPECT_EQ(allocations_so_far(), before + 1);
 }
 
-TEST_F(Memory, IsNotAskedForToPlaceAView)
+TEST_F(Memory, IsNotAllocatedToPlaceAView)
 {
     const std::size_t before = allocations_so_far();
 
@@ -47,7 +47,7 @@ TEST_F(Memory, IsNotAskedForToPlaceAView)
     EXPECT_EQ(height, 375);
 }
 
-TEST_F(Memory, IsNotAskedForToShowAndHideAView)
+TEST_F(Memory, IsNotAllocatedToShowAndHideAView)
 {
     const std::size_t before = allocations_so_far();
 
@@ -60,7 +60,7 @@ TEST_F(Memory, IsNotAskedForToShowAndHideAView)
     EXPECT_TRUE(hidden);
 }
 
-TEST_F(Memory, IsNotAskedForToBringAViewToTheFront)
+TEST_F(Memory, IsNotAllocatedToBringAViewToTheFront)
 {
     view.addSubview(window);
     view.addSubview(label);
@@ -72,7 +72,7 @@ TEST_F(Memory, IsNotAskedForToBringAViewToTheFront)
     EXPECT_EQ(window.superview(), view);
 }
 
-TEST_F(Memory, IsNotAskedForToFitAnUnchangedShortText)
+TEST_F(Memory, IsNotAllocatedToFitAnUnchangedShortText)
 {
     const NSString text("00:12");
     label.setText(text);
@@ -86,7 +86,7 @@ TEST_F(Memory, IsNotAskedForToFitAnUnchangedShortText)
     EXPECT_EQ(label.frame().width, 35);
 }
 
-TEST_F(Memory, IsNotAskedForToDeliverANotification)
+TEST_F(Memory, IsNotAllocatedToDeliverANotification)
 {
     const auto ear = std::make_shared<Ear>();
     NSNotificationCenter& center = NSNotificationCenter::defaultCenter();

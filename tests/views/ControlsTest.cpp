@@ -48,7 +48,7 @@ UIImage image_of(const unsigned char (&bytes)[4])
 
 } // namespace
 
-TEST_F(Controls, RunTheirTargetsInTheOrderInWhichTheyWereAdded)
+TEST_F(Controls, RunTheirTargetsInTheOrderOfAddition)
 {
     button.addTarget(action<&Hand::second>(hand.get(), "second"));
     button.addTarget(action<&Hand::first>(hand.get(), "first"));
@@ -81,7 +81,7 @@ TEST_F(Controls, RunTheTargetsThatTheyHadWhenTheyWereTouched)
     EXPECT_EQ(hand->done, (Lines{"change", "first", "second", "second"}));
 }
 
-TEST_F(Controls, TellTheirTargetWhichOneWasTouched)
+TEST_F(Controls, PassTheTouchedControlToTheirTarget)
 {
     button.addTarget(action<&Hand::third>(hand.get(), "third:"));
 
@@ -90,7 +90,7 @@ TEST_F(Controls, TellTheirTargetWhichOneWasTouched)
     EXPECT_EQ(button.title(), "touched");
 }
 
-TEST_F(Controls, AreTouchedWhetherOrNotTheyCanBeSeen)
+TEST_F(Controls, AreTouchedEvenWhenHidden)
 {
     button.setHidden(true);
     button.addTarget(action<&Hand::first>(hand.get(), "first"));
@@ -100,7 +100,7 @@ TEST_F(Controls, AreTouchedWhetherOrNotTheyCanBeSeen)
     EXPECT_EQ(hand->done, Lines{"first"});
 }
 
-TEST_F(Controls, DoNotKeepTheirTargets)
+TEST_F(Controls, DoNotRetainTheirTargets)
 {
     const UIButton kept = button;
     const std::weak_ptr<Hand> target = hand;
@@ -124,7 +124,7 @@ TEST_F(Controls, DrawTheirTitleWithALabelInNoParent)
     EXPECT_FALSE(button.titleLabel().superview());
 }
 
-TEST_F(Controls, AreUnchangedByTheSamePictureDecodedAnew)
+TEST_F(Controls, AreUnchangedByTheSamePictureDecodedAgain)
 {
     button.setBackgroundImage(image_of(sound_on));
     const std::uint64_t revision = button.node()->revision;
@@ -146,7 +146,7 @@ TEST_F(Controls, LoseTheirPictureToANullOne)
     EXPECT_FALSE(button.backgroundImage());
 }
 
-TEST_F(Controls, OfNoHandleDoNothing)
+TEST_F(Controls, OfANullHandleDoNothing)
 {
     const UIButton none;
 
@@ -163,7 +163,7 @@ TEST_F(Controls, OfNoHandleDoNothing)
     EXPECT_EQ(hand->done, Lines{});
 }
 
-TEST_F(Controls, OfTextKeepWhatTheyAreGiven)
+TEST_F(Controls, OfTextStoreTheirProperties)
 {
     const UILabel label = UILabel::create();
     EXPECT_FALSE(label.text());
@@ -192,7 +192,7 @@ TEST_F(Controls, OfTextAreUnchangedByAnEqualText)
     EXPECT_EQ(label.node()->revision, revision + 1);
 }
 
-TEST_F(Controls, OfImagesShowWhatTheyAreGiven)
+TEST_F(Controls, OfImagesShowTheirImage)
 {
     const UIImageView view = UIImageView::create();
 
@@ -201,7 +201,7 @@ TEST_F(Controls, OfImagesShowWhatTheyAreGiven)
     EXPECT_EQ(view.image().data().bytes(), sound_on);
 }
 
-TEST(TheVolumeView, HoldsTheOutputVolumesSlider)
+TEST(TheVolumeView, ContainsTheOutputVolumesSlider)
 {
     RecordingPlatform platform;
     const MPVolumeView view = MPVolumeView::create({20, 100, 335, 50});
@@ -213,7 +213,7 @@ TEST(TheVolumeView, HoldsTheOutputVolumesSlider)
     EXPECT_EQ(view.firstSlider().value(), 0.25F);
 }
 
-TEST(TheVolumeView, TellsEveryTimeThatItsSliderIsSet)
+TEST(TheVolumeView, ReportsEachChangeOfItsSlider)
 {
     RecordingPlatform platform;
     const UISlider slider = MPVolumeView::create({}).firstSlider();

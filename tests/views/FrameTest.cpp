@@ -76,7 +76,7 @@ TEST_F(Frames, OfAHalfTurnAreThoseOfTheUprightView)
     EXPECT_EQ(view.bounds(), (CGSize{30, 40}));
 }
 
-TEST_F(Frames, ComeBackWhenAQuarterTurnIsTakenBack)
+TEST_F(Frames, AreRestoredWhenAQuarterTurnIsUndone)
 {
     view.setFrame({0, 300.53125, 375, 210.9375});
 
@@ -130,7 +130,7 @@ TEST_F(Frames, KeepNegativeSizesAsTheyAre)
     EXPECT_EQ(CGRectGetMaxY(view.frame()), 50);
 }
 
-TEST_F(Frames, SetToWhatTheyAreChangeNothing)
+TEST_F(Frames, SetToTheSameValueChangeNothing)
 {
     view.setFrame({1, 2, 3, 4});
     turn(QuarterTurn);
@@ -146,7 +146,7 @@ TEST_F(Frames, SetToWhatTheyAreChangeNothing)
     EXPECT_EQ(platform.display_requests, requests);
 }
 
-TEST_F(Frames, ThatChangeAskForTheDisplay)
+TEST_F(Frames, ThatChangeRequestARedraw)
 {
     const std::uint64_t revision = view.node()->revision;
 
@@ -184,7 +184,7 @@ TEST_F(Frames, OfALabelFitItsTextAndKeepTheirOrigin)
     EXPECT_EQ(label.frame(), (CGRect{12.5, 40, 35, 16}));
 }
 
-TEST_F(Frames, StandOnTheScreenWhereTheirParentsPutThem)
+TEST_F(Frames, AreOnTheScreenAtTheirParentsOffset)
 {
     const UIView child = UIView::create();
     view.setFrame({100, 200, 50, 50});
@@ -198,7 +198,7 @@ TEST_F(Frames, StandOnTheScreenWhereTheirParentsPutThem)
     EXPECT_EQ(placement.angle, 0);
 }
 
-TEST_F(Frames, StandOnTheScreenTurnedWithTheirParents)
+TEST_F(Frames, AreTurnedOnTheScreenWithTheirParents)
 {
     const UIView child = UIView::create();
     turn(QuarterTurn);
@@ -212,7 +212,7 @@ TEST_F(Frames, StandOnTheScreenTurnedWithTheirParents)
     EXPECT_EQ(placement.angle, QuarterTurn);
 }
 
-TEST_F(Frames, StandUprightOnTheScreenWhenTheirTurnsCancelOut)
+TEST_F(Frames, AreUprightOnTheScreenWhenTheirTurnsCancelOut)
 {
     const UIView child = UIView::create();
     turn(QuarterTurn);

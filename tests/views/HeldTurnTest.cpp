@@ -11,7 +11,7 @@ namespace
 constexpr CGSize Phone{375, 812};
 } // namespace
 
-TEST(HeldTurn, TurnsTheScreenAgainstWhatIsTurnedOnIt)
+TEST(HeldTurn, FollowsTheDeviceOrientation)
 {
     EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, 1, Phone, HalfTurn), 0);
     EXPECT_EQ(held_turn(UIDeviceOrientationPortraitUpsideDown, 1, Phone, 0), HalfTurn);

@@ -62,7 +62,7 @@ TEST_F(Touches, CountLeftAndTopEdgesInRightAndBottomOut)
     EXPECT_EQ(at(0, 0), view);
 }
 
-TEST_F(Touches, PassByWhatIsHiddenFaintOrTakesNone)
+TEST_F(Touches, SkipViewsThatAreHiddenFaintOrDisabled)
 {
     put(button, {0, 0, 50, 50});
 
@@ -77,7 +77,7 @@ TEST_F(Touches, PassByWhatIsHiddenFaintOrTakesNone)
     EXPECT_EQ(at(10, 10), view);
 }
 
-TEST_F(Touches, PassByTheSubviewsOfAHiddenView)
+TEST_F(Touches, SkipTheSubviewsOfAHiddenView)
 {
     const UIView bar = UIView::create();
     bar.setFrame({0, 0, 375, 50});
@@ -90,7 +90,7 @@ TEST_F(Touches, PassByTheSubviewsOfAHiddenView)
     EXPECT_EQ(at(10, 10), view);
 }
 
-TEST_F(Touches, PassByLabelsAndImageViews)
+TEST_F(Touches, SkipLabelsAndImageViews)
 {
     const UILabel label = UILabel::create();
     const UIImageView image = UIImageView::create();
@@ -138,7 +138,7 @@ TEST_F(Touches, FollowAViewTurnedTheOtherWay)
     EXPECT_EQ(at(10, 750), view);
 }
 
-TEST_F(Touches, FollowAViewThatStandsOnItsHead)
+TEST_F(Touches, FollowAViewTurnedUpsideDown)
 {
     view.setTransform(CGAffineTransformMakeRotation(HalfTurn));
     put(button, {0, 0, 50, 20});
@@ -178,7 +178,7 @@ TEST_F(Touches, ReachTheWindowShownLastOfEqualLevels)
     EXPECT_EQ(at(10, 10), view);
 }
 
-TEST_F(Touches, PassByAHiddenWindow)
+TEST_F(Touches, SkipAHiddenWindow)
 {
     const UIWindow other = UIWindow::create({0, 0, 375, 812});
     other.makeKeyAndVisible();
@@ -188,7 +188,7 @@ TEST_F(Touches, PassByAHiddenWindow)
     EXPECT_EQ(at(10, 10), view);
 }
 
-TEST_F(Touches, GoNoFurtherThanTheTopmostWindow)
+TEST_F(Touches, DoNotReachBelowTheTopmostWindow)
 {
     const UIWindow other = UIWindow::create({0, 0, 375, 812});
     other.makeKeyAndVisible();
@@ -243,14 +243,14 @@ TEST_F(Touches, AWindowThatWasGivenNoFrameFillsTheScreen)
     EXPECT_EQ(over.frame(), CGRect());
 }
 
-TEST_F(Touches, FindTheirPointInTheMiddleOfAViewThatLiesFree)
+TEST_F(Touches, FindTheirPointInTheMiddleOfAnUncoveredView)
 {
     put(button, {100, 200, 50, 40});
 
     EXPECT_EQ(touchable_point(*button.node()), (CGPoint{125, 220}));
 }
 
-TEST_F(Touches, FindTheirPointBesideWhatLiesInTheMiddle)
+TEST_F(Touches, FindTheirPointBesideAViewThatCoversTheMiddle)
 {
     const UIView above = UIView::create();
     put(button, {0, 0, 300, 200});
@@ -259,7 +259,7 @@ TEST_F(Touches, FindTheirPointBesideWhatLiesInTheMiddle)
     EXPECT_EQ(touchable_point(*button.node()), (CGPoint{45, 100}));
 }
 
-TEST_F(Touches, FindNoPointOfWhatIsCoveredHiddenOrAwayFromTheScreen)
+TEST_F(Touches, FindNoPointOfACoveredHiddenOrOffscreenView)
 {
     const UIView above = UIView::create();
     put(button, {0, 0, 50, 50});

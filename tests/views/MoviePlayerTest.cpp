@@ -72,7 +72,7 @@ TEST_F(MoviePlayer, SharesItsViewWithItsViewController)
     EXPECT_EQ(player().view().node()->player, player().engine());
 }
 
-TEST_F(MoviePlayer, CarriesOutCommandsAndTellsThem)
+TEST_F(MoviePlayer, CarriesOutCommandsAndReportsThem)
 {
     open();
 
@@ -99,7 +99,7 @@ TEST_F(MoviePlayer, ReadsItsEngine)
     EXPECT_EQ(player().contentURL().absoluteString(), "http://ad/v.mp4");
 }
 
-TEST_F(MoviePlayer, IsNewWithItsOwnSettings)
+TEST_F(MoviePlayer, HasItsDefaultSettings)
 {
     open();
 
@@ -131,7 +131,7 @@ TEST_F(MoviePlayer, PassesOnASettingThatChanges)
     EXPECT_EQ(platform.transcript, Lines{});
 }
 
-TEST_F(MoviePlayer, IsNotHeardByTheObserversOfAPlayerThatIsGone)
+TEST_F(MoviePlayer, DoesNotReachTheObserversOfADestroyedPlayer)
 {
     open();
     viewer->listen_for<&Viewer::hear>("MPMoviePlayerLoadStateDidChangeNotification", player().identity());
@@ -143,7 +143,7 @@ TEST_F(MoviePlayer, IsNotHeardByTheObserversOfAPlayerThatIsGone)
     EXPECT_EQ(viewer->heard, Lines{});
 }
 
-TEST_F(MoviePlayer, PostsItsNewsInItsOwnName)
+TEST_F(MoviePlayer, PostsItsNotificationsInItsOwnName)
 {
     open();
     const void* identity = player().identity();
@@ -174,7 +174,7 @@ TEST_F(MoviePlayer, EndsWithItsLastHandle)
     EXPECT_EQ(view.node()->player, nullptr);
 }
 
-TEST_F(MoviePlayer, DroppedByAnObserverEndsOnceItsReportHasEnded)
+TEST_F(MoviePlayer, DestroyedByAnObserverEndsAfterItsReport)
 {
     open();
     viewer->listen_for<&Viewer::drop>("MPMoviePlayerPlaybackDidFinishNotification");
@@ -223,7 +223,7 @@ TEST_F(MoviePlayer, ThatIsNullDoesNothingAndReadsZero)
     EXPECT_EQ(platform.transcript, Lines{});
 }
 
-TEST(TheMusicPlayer, IsThereOnceItIsAskedFor)
+TEST(TheMusicPlayer, IsMadeOnFirstUse)
 {
     EXPECT_FALSE(MPMusicPlayerController());
     EXPECT_TRUE(MPMusicPlayerController::applicationMusicPlayer());

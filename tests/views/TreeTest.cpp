@@ -88,7 +88,7 @@ TEST_F(Tree, TakesViewsOut)
     EXPECT_EQ(root.node()->revision, revision + 1);
 }
 
-TEST_F(Tree, BringsToTheFrontOnlyWhatStandsInIt)
+TEST_F(Tree, BringsOnlyItsSubviewsToTheFront)
 {
     root.addSubview(a);
     root.addSubview(b);
@@ -99,7 +99,7 @@ TEST_F(Tree, BringsToTheFrontOnlyWhatStandsInIt)
     EXPECT_EQ(root.subviews(), (Views{b, a}));
 }
 
-TEST_F(Tree, LosesAViewThatNothingHolds)
+TEST_F(Tree, LosesAnUnreferencedView)
 {
     const std::weak_ptr<ViewNode> node = a.node();
     root.addSubview(a);
@@ -120,7 +120,7 @@ TEST_F(Tree, LeavesTheSubviewsOfALostViewInNoParent)
     EXPECT_FALSE(a.superview());
 }
 
-TEST_F(Tree, TakesAViewFromWhatOnlyItsHandleHeld)
+TEST_F(Tree, TakesAViewFromAParentThatOnlyItsHandleHeld)
 {
     root.addSubview(UIView::create());
     const UIView& inner = root;
@@ -194,13 +194,13 @@ TEST_F(Tree, KeepsAutoresizingMasksAndMovesNothingByThem)
     EXPECT_EQ(a.frame(), (CGRect{0, 0, 50, 50}));
 }
 
-TEST_F(Tree, NumbersViewsInTheOrderOfTheirMaking)
+TEST_F(Tree, NumbersViewsInTheOrderOfCreation)
 {
     EXPECT_LT(root.node()->serial, a.node()->serial);
     EXPECT_LT(a.node()->serial, b.node()->serial);
 }
 
-TEST_F(Tree, KeepsWhatIsPresentedAboveWhatIsAddedLater)
+TEST_F(Tree, KeepsPresentedViewsAboveViewsAddedLater)
 {
     const UIWindow window = UIWindow::create({0, 0, 375, 812});
     const UIView sheet = UIView::create();
@@ -239,7 +239,7 @@ TEST_F(Tree, PresentsNothingOverAViewInNoWindow)
     EXPECT_FALSE(b.superview());
 }
 
-TEST_F(Tree, GivesAViewThatFillsItsParentItsSize)
+TEST_F(Tree, ResizesAViewThatFillsItsParent)
 {
     root.setFrame({10, 10, 100, 50});
     a.node()->fills_parent = true;
@@ -251,7 +251,7 @@ TEST_F(Tree, GivesAViewThatFillsItsParentItsSize)
     EXPECT_EQ(a.frame(), (CGRect{0, 0, 30, 40}));
 }
 
-TEST_F(Tree, TellsOfANewSizeAndOfNothingElse)
+TEST_F(Tree, ReportsOnlyNewSizes)
 {
     int told = 0;
     a.node()->on_resize = [&] { ++told; };

@@ -59,7 +59,7 @@ TEST_F(Controllers, WithoutAMainScreenLoadAnEmptyView)
     EXPECT_EQ(host->view().frame(), (CGRect{0, 0, 0, 0}));
 }
 
-TEST_F(Controllers, KeepWhatTheyPresentUntilItIsDismissed)
+TEST_F(Controllers, RetainPresentedControllersUntilTheyAreDismissed)
 {
     const std::weak_ptr<Screen> presented = sheet;
     host->presentViewController(sheet, true, {});
@@ -82,7 +82,7 @@ TEST_F(Controllers, EndTheirOwnPresentation)
     EXPECT_FALSE(sheet->isBeingPresented());
 }
 
-TEST_F(Controllers, ThatNothingElseHoldsMayEndTheirOwnPresentation)
+TEST_F(Controllers, WithoutOtherReferencesMayEndTheirOwnPresentation)
 {
     const std::weak_ptr<Screen> presented = sheet;
     host->presentViewController(sheet, true, {});
@@ -93,7 +93,7 @@ TEST_F(Controllers, ThatNothingElseHoldsMayEndTheirOwnPresentation)
     EXPECT_TRUE(presented.expired());
 }
 
-TEST_F(Controllers, AreNoLongerPresentedByOneThatIsGone)
+TEST_F(Controllers, AreNoLongerPresentedByADestroyedController)
 {
     host->presentViewController(sheet, true, {});
 
@@ -114,7 +114,7 @@ TEST_F(Controllers, CompleteAPresentationAsAnEventOfItsOwn)
     EXPECT_EQ(done, (Lines{"presented", "dismissed"}));
 }
 
-TEST_F(Controllers, TellNothingOfThemselves)
+TEST_F(Controllers, ReportNothing)
 {
     host->presentViewController(sheet, true, {});
     sheet->dismissViewController(true, {});

@@ -27,7 +27,7 @@ struct TheWebView : testing::Test {
 
 } // namespace
 
-TEST_F(TheWebView, IsGivenAPageAndTellsSo)
+TEST_F(TheWebView, LoadsAPageAndReportsIt)
 {
     view.loadHTMLString("<p>hello", NSURL::URLWithString("http://ad/page.html"));
 
@@ -36,7 +36,7 @@ TEST_F(TheWebView, IsGivenAPageAndTellsSo)
     EXPECT_EQ(platform.transcript, Lines{"page html=<p>hello base=http://ad/page.html"});
 }
 
-TEST_F(TheWebView, IsGivenANullPageToo)
+TEST_F(TheWebView, LoadsANullPageToo)
 {
     view.loadHTMLString(nullptr, nullptr);
 

@@ -52,7 +52,7 @@ TEST_F(Screens, HaveNoKeyWindowAfterItResigned)
     EXPECT_FALSE(first.isHidden());
 }
 
-TEST_F(Screens, KnowTheWindowsThatSomethingHolds)
+TEST_F(Screens, ListTheWindowsThatAreReferenced)
 {
     EXPECT_EQ(application.windows(), (std::vector<UIWindow>{first, second}));
 
@@ -61,7 +61,7 @@ TEST_F(Screens, KnowTheWindowsThatSomethingHolds)
     EXPECT_EQ(application.windows(), std::vector<UIWindow>{second});
 }
 
-TEST_F(Screens, LoseTheKeyWithTheWindowThatHadIt)
+TEST_F(Screens, LoseTheKeyWithTheKeyWindow)
 {
     first.makeKeyAndVisible();
 

@@ -54,7 +54,7 @@ protected:
 };
 } // namespace
 
-TEST_F(CacheTest, WhatIsPrefetchedIsListedAndEmptied)
+TEST_F(CacheTest, APrefetchedVideoIsListedAndRemoved)
 {
     const std::string one = video("/1.mp4", "one video");
     const std::string two = video("/2.mp4", "another video");
@@ -87,7 +87,7 @@ TEST_F(CacheTest, AListAsJsonIsAnObjectALine)
     EXPECT_TRUE(listed.output.ends_with(".video\"}\n")) << listed.output;
 }
 
-TEST_F(CacheTest, AVideoThatCannotBeHadIsALineAndTheOthersAreFetched)
+TEST_F(CacheTest, AVideoThatCannotBeFetchedIsOneLineAndTheOthersAreFetched)
 {
     const std::string good = video("/1.mp4", "one video");
     const std::string missing = server.address("/missing.mp4");
@@ -97,7 +97,7 @@ TEST_F(CacheTest, AVideoThatCannotBeHadIsALineAndTheOthersAreFetched)
     EXPECT_EQ(result.output, "fetched  9 bytes  " + good + "\n");
 }
 
-TEST_F(CacheTest, ALengthThatIsNoneIsOneLine)
+TEST_F(CacheTest, AnInvalidContentLengthIsOneLine)
 {
     for (const char* length : {"-1", "18446744073709551615"}) {
         RawServer liar([length](const auto&, const auto& connection) {
@@ -112,7 +112,7 @@ TEST_F(CacheTest, ALengthThatIsNoneIsOneLine)
     }
 }
 
-TEST_F(CacheTest, WhatIsNoAddressIsRefusedBeforeAnythingIsFetched)
+TEST_F(CacheTest, AnInvalidAddressIsRefusedBeforeAnythingIsFetched)
 {
     const std::string good = video("/1.mp4", "one video");
     EXPECT_EQ(complaint({"prefetch", good, "clip.mp4"}, 2),
@@ -132,7 +132,7 @@ TEST_F(CacheTest, OptionsThatMakeNoSenseAreRefused)
               "qoro-ad: --limit: expected a whole number of megabytes from 1 to 1000000, got \"much\"\n");
 }
 
-TEST_F(CacheTest, AFolderThatIsNoneIsALine)
+TEST_F(CacheTest, APathThatIsNotAFolderIsOneLine)
 {
     folder.write("videos", "a file");
     const std::string said = "qoro-ad: " + folder.path("videos") + ": Not a directory\n";
@@ -143,7 +143,7 @@ TEST_F(CacheTest, AFolderThatIsNoneIsALine)
               "qoro-ad: " + address + ": " + folder.path("videos") + ": Not a directory\n");
 }
 
-TEST_F(CacheTest, TheLimitHoldsAndTheLastUsedStay)
+TEST_F(CacheTest, TheLimitHoldsAndTheMostRecentlyUsedStay)
 {
     const std::string content(400'000, 'x');
     std::vector<std::string> arguments{"prefetch", "--limit", "1"};
@@ -188,7 +188,7 @@ TEST_F(CacheTest, ManyProcessesAtOnceLeaveWholeCopiesWithinTheBound)
     EXPECT_EQ(videos, 2);
 }
 
-TEST_F(CacheTest, WhatAKilledProcessLeavesIsNeverACopyAndGoesWithTheNextVideo)
+TEST_F(CacheTest, RemainsOfAKilledProcessAreNeverACopyAndRemovedWithTheNextVideo)
 {
     server.serve("/stalls.mp4", {.body = std::string(100'000, 'x'), .holds_at = 50'000});
     const std::string stalls = server.address("/stalls.mp4");
@@ -201,7 +201,7 @@ TEST_F(CacheTest, WhatAKilledProcessLeavesIsNeverACopyAndGoesWithTheNextVideo)
     EXPECT_EQ(parts(), 0);
 }
 
-TEST_F(CacheTest, HelpSaysWhatThereIs)
+TEST_F(CacheTest, HelpNamesEveryCommand)
 {
     const CommandResult result = run_command({"cache", "--help"}, Deadline);
     EXPECT_EQ(result.status, 0);

@@ -30,13 +30,13 @@ protected:
 };
 } // namespace
 
-TEST_F(CommandTest, AnAdThatIsNotThereIsRefused)
+TEST_F(CommandTest, AMissingAdFileIsRefused)
 {
     EXPECT_EQ(complaint({"play", "/nowhere/ad.json"}), "qoro-ad: /nowhere/ad.json: No such file or directory\n");
     EXPECT_EQ(complaint({"play", "/"}), "qoro-ad: /: Is a directory\n");
 }
 
-TEST_F(CommandTest, AnAdThatIsNoAdIsRefused)
+TEST_F(CommandTest, AnInvalidAdFileIsRefused)
 {
     const std::string no_json = folder.write("no.json", "{\"a\": ");
     EXPECT_NE(complaint({"play", no_json}).find("no JSON at line 1"), std::string::npos);

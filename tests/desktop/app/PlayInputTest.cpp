@@ -49,7 +49,7 @@ TEST_F(PlayInputTest, ByDefaultTheHostFollowsTheDeviceAndIdentifiersAreInvented)
     EXPECT_EQ(input.orientation, 1);
 }
 
-TEST_F(PlayInputTest, AHostFileSaysWhatTheDeviceAndTheHostAre)
+TEST_F(PlayInputTest, AHostFileDescribesTheDeviceAndTheHost)
 {
     options.host_file =
         folder.write("host.json", R"({"device": {"screen": [320, 568], "imei": null, "canOpen": ["tel:"],
@@ -66,7 +66,7 @@ TEST_F(PlayInputTest, AHostFileSaysWhatTheDeviceAndTheHostAre)
     EXPECT_FALSE(input.host.parent);
 }
 
-TEST_F(PlayInputTest, ADeviceOnTheCommandLineGoesBeforeTheHostFiles)
+TEST_F(PlayInputTest, ADeviceOnTheCommandLineOverridesTheHostFiles)
 {
     options.host_file = folder.write("host.json", R"({"device": {"screen": [320, 568]}})");
     options.device = "tablet";
@@ -87,12 +87,12 @@ TEST_F(PlayInputTest, AHostThatIsLockedToLandscapeHasAWideScreen)
     EXPECT_EQ(input.host.autorotates, (std::vector<std::int64_t>{3, 4}));
 }
 
-TEST_F(PlayInputTest, TheAdsFolderIsTheOneItsFileIsIn)
+TEST_F(PlayInputTest, TheAdsFolderIsTheOneOfItsFile)
 {
     EXPECT_EQ(read_play_input(options).folder + "/ad.json", options.ad_file);
 }
 
-TEST_F(PlayInputTest, AStorePageOnTheCommandLineGoesBeforeTheHostFiles)
+TEST_F(PlayInputTest, AStorePageOnTheCommandLineOverridesTheHostFiles)
 {
     EXPECT_EQ(read_play_input(options).host.store_page, "https://flathub.org/apps/{id}");
     options.host_file = folder.write("host.json", R"({"host": {"storePage": "http://host.example/{id}"}})");

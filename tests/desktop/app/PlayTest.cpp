@@ -101,7 +101,7 @@ protected:
 };
 } // namespace
 
-TEST_F(PlayTest, AnAdInOrderPlaysToItsEndAndCloses)
+TEST_F(PlayTest, AFaultlessAdPlaysToItsEndAndCloses)
 {
     play(video, page, {Ended, R"("url":"/t/start)"},
          R"(, "dicTrackingUrls": {"start": ["/t/start?at={CurrentTime}"], "complete": ["t/complete"]})");
@@ -119,7 +119,7 @@ TEST_F(PlayTest, AMissingVideoFailsAndTheAdCanBeClosed)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-TEST_F(PlayTest, AVideoThatIsNoneFailsAndTheAdCanBeClosed)
+TEST_F(PlayTest, AnInvalidVideoFailsAndTheAdCanBeClosed)
 {
     folder.write("false.mp4", "<html>not a video at all</html>");
     play("false.mp4", page, {Failed});
@@ -127,7 +127,7 @@ TEST_F(PlayTest, AVideoThatIsNoneFailsAndTheAdCanBeClosed)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-TEST_F(PlayTest, AServerThatIsDeadFailsAndTheAdCanBeClosed)
+TEST_F(PlayTest, AnUnreachableServerFailsAndTheAdCanBeClosed)
 {
     std::string base;
     {
@@ -141,14 +141,14 @@ TEST_F(PlayTest, AServerThatIsDeadFailsAndTheAdCanBeClosed)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-TEST_F(PlayTest, AServerThatSaysNothingHoldsTheCloseUpByLittle)
+TEST_F(PlayTest, ASilentServerDelaysTheCloseOnlyBriefly)
 {
     RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
     play(silent.base() + "/clip.mp4", silent.base() + "/page.html", {R"("for":"page")"});
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-TEST_F(PlayTest, TheLastTrackerIsFollowedToWhereItLeadsBeforeTheProgramEnds)
+TEST_F(PlayTest, TheLastTrackersRedirectIsFollowedBeforeTheProgramEnds)
 {
     std::atomic<int> counted = 0;
     RawServer server([&counted](const auto& head, const auto& connection) {
@@ -165,7 +165,7 @@ TEST_F(PlayTest, TheLastTrackerIsFollowedToWhereItLeadsBeforeTheProgramEnds)
     EXPECT_EQ(counted, 1);
 }
 
-TEST_F(PlayTest, ATraceThatCannotBeWrittenIsOneLineAndTheAdGoesOn)
+TEST_F(PlayTest, ATraceThatCannotBeWrittenIsOneLineAndTheAdContinues)
 {
     RawServer server([](const auto&, const auto& connection) { connection.send("HTTP/1.1 204 No Content\r\n\r\n"); });
     last_tracker = server.base() + "/close";
@@ -178,7 +178,7 @@ TEST_F(PlayTest, ATraceThatCannotBeWrittenIsOneLineAndTheAdGoesOn)
     EXPECT_EQ(server.connections(), 1) << "the ad was closed";
 }
 
-TEST_F(PlayTest, APictureThatCannotBeWrittenIsOneLineAndTheAdGoesOn)
+TEST_F(PlayTest, APictureThatCannotBeWrittenIsOneLineAndTheAdContinues)
 {
     std::filesystem::create_directories(folder.path("pictures/snapshot-1.png"));
     further_arguments = {"--snapshot", "1", "--out", folder.path("pictures"), "--for", "3"};
@@ -202,7 +202,7 @@ TEST_F(PlayTest, APageThatFailsIsALineWithItsAddressAndTheReason)
     EXPECT_EQ(server.connections(), 2) << "once more after a moment";
 }
 
-TEST_F(PlayTest, ALastTrackerThatIsNeverAnsweredHoldsTheProgramUpByLittle)
+TEST_F(PlayTest, AnUnansweredLastTrackerDelaysTheProgramOnlyBriefly)
 {
     RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
     last_tracker = silent.base() + "/close";
@@ -225,7 +225,7 @@ TEST_F(PlayTest, AServerThatStallsInMidFileIsSurvived)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-TEST_F(PlayTest, HalfAFileEndsOneWayOrTheOther)
+TEST_F(PlayTest, ATruncatedFileFailsOrEndsAndTheAdCanBeClosed)
 {
     folder.write("half.mp4", clip().substr(0, clip().size() / 2));
     play("half.mp4", page, {"playbackFinished. Reason: "});
@@ -250,7 +250,7 @@ TEST_F(PlayTest, APageThatIsNotUtf8StaysEmpty)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-TEST_F(PlayTest, APageThatNamesTheLibraryWithoutAHeadIsAFaultAndTheAdGoesOn)
+TEST_F(PlayTest, APageThatNamesTheLibraryWithoutAHeadIsAFaultAndTheAdContinues)
 {
     folder.write("headless.html", "<script src='mraid.js'></script>");
     play(video, "headless.html", {Ended, R"("what":"fault")"});
@@ -271,7 +271,7 @@ TEST_F(PlayTest, AHugePageIsRefusedAndALargeOneIsShown)
     EXPECT_TRUE(was_closed());
 }
 
-TEST_F(PlayTest, AnIconThatIsNoPictureIsNone)
+TEST_F(PlayTest, AnIconThatIsNoPictureIsNotShown)
 {
     folder.write("icon.png", "not a picture");
     play(video, page, {Ended}, R"(, "strBrandIconUrl": "icon.png")");
@@ -309,7 +309,7 @@ protected:
 };
 } // namespace
 
-TEST_F(PlayFromCacheTest, APrefetchedVideoPlaysAlthoughItsServerIsGone)
+TEST_F(PlayFromCacheTest, APrefetchedVideoPlaysWithoutItsServer)
 {
     play(prefetched(), page, {Ended}, MayBeCopied);
     EXPECT_TRUE(says(PlaysAFile)) << trace;
@@ -359,7 +359,7 @@ TEST_F(PlayFromCacheTest, ACacheThatCannotBeUsedIsOneLineAndTheVideoStreams)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-TEST_F(PlayFromCacheTest, ACopyThatTheHostHasIsPlayed)
+TEST_F(PlayFromCacheTest, ACopyFromTheHostFileIsPlayed)
 {
     host_file = folder.write("host.json", R"({"host": {"parent": true, "cached": {"remote.mp4": "clip.mp4"}}})");
     play("remote.mp4", page, {Ended}, MayBeCopied);

@@ -81,7 +81,7 @@ protected:
 
 // -------------------------------------------------------------------------------------------------------- contents
 
-TEST_F(VideoCacheTest, AFolderThatIsNotThereHoldsNothingAndIsNoReasonToWarn)
+TEST_F(VideoCacheTest, AMissingFolderHoldsNothingWithoutAWarning)
 {
     EXPECT_FALSE(cache.path_for(Address));
     EXPECT_TRUE(cache.videos().empty());
@@ -116,7 +116,7 @@ TEST_F(VideoCacheTest, ItsFilesAreForItsUserAloneAndNamedByADigestOfTheAddress)
     EXPECT_EQ(fs::status(scratch.path("videos")).permissions(), fs::perms::owner_all);
 }
 
-TEST_F(VideoCacheTest, WhatIsNotKeptLeavesNothing)
+TEST_F(VideoCacheTest, AnAbandonedVideoLeavesNothing)
 {
     {
         IncomingVideo video(cache, Address);
@@ -127,7 +127,7 @@ TEST_F(VideoCacheTest, WhatIsNotKeptLeavesNothing)
     EXPECT_TRUE(files().empty());
 }
 
-TEST_F(VideoCacheTest, ANewVideoTakesTheOldOnesPlaceWhole)
+TEST_F(VideoCacheTest, ANewVideoReplacesTheOldOneAtomically)
 {
     keep(cache, Address, "the old video");
     IncomingVideo video(cache, Address);
@@ -139,7 +139,7 @@ TEST_F(VideoCacheTest, ANewVideoTakesTheOldOnesPlaceWhole)
     EXPECT_EQ(files().size(), 2U);
 }
 
-TEST_F(VideoCacheTest, TwoThatBringTheSameVideoAtOnceLeaveOneCopy)
+TEST_F(VideoCacheTest, TwoConcurrentWritersOfOneVideoLeaveOneCopy)
 {
     VideoCache another = make_cache();
     IncomingVideo one(cache, Address);
@@ -157,7 +157,7 @@ TEST_F(VideoCacheTest, TwoThatBringTheSameVideoAtOnceLeaveOneCopy)
 
 // ----------------------------------------------------------------------------------------------------- damaged files
 
-TEST_F(VideoCacheTest, ACopyThatWasCutShortIsNoneAndGoes)
+TEST_F(VideoCacheTest, ATruncatedCopyIsNotUsedAndRemoved)
 {
     keep(cache, Address, "the video");
     fs::resize_file(copy(".video"), 5);
@@ -165,7 +165,7 @@ TEST_F(VideoCacheTest, ACopyThatWasCutShortIsNoneAndGoes)
     EXPECT_TRUE(files().empty());
 }
 
-TEST_F(VideoCacheTest, ACopyOfWhichAByteWasChangedIsNoneHoweverSoon)
+TEST_F(VideoCacheTest, ACopyWithAChangedByteIsNotUsedHoweverSoonItChanged)
 {
     keep(cache, Address, "the video");
     overwrite(copy(".video"), 4, "V");
@@ -173,7 +173,7 @@ TEST_F(VideoCacheTest, ACopyOfWhichAByteWasChangedIsNoneHoweverSoon)
     EXPECT_TRUE(files().empty());
 }
 
-TEST_F(VideoCacheTest, ACopyOfWhichAByteWasChangedAfterItWasUsedIsNone)
+TEST_F(VideoCacheTest, ACopyWithAByteChangedAfterItsUseIsNotUsed)
 {
     keep(cache, Address, "the video");
     EXPECT_TRUE(cache.path_for(Address));
@@ -181,7 +181,7 @@ TEST_F(VideoCacheTest, ACopyOfWhichAByteWasChangedAfterItWasUsedIsNone)
     EXPECT_FALSE(cache.path_for(Address));
 }
 
-TEST_F(VideoCacheTest, ACopyThatCameFromABackupIsReadAndKnownAgain)
+TEST_F(VideoCacheTest, ACopyRestoredFromABackupIsVerifiedAndUsed)
 {
     keep(cache, Address, "the video");
     const std::string path = copy(".video");
@@ -197,7 +197,7 @@ TEST_F(VideoCacheTest, ACopyThatCameFromABackupIsReadAndKnownAgain)
     EXPECT_EQ(content_of(cache.path_for(Address)), "the video");
 }
 
-TEST_F(VideoCacheTest, AVideoWithoutARecordIsNoCopyAndGoesWhenTheNextComes)
+TEST_F(VideoCacheTest, AVideoWithoutARecordIsNoCopyAndRemovedWithTheNextVideo)
 {
     keep(cache, Address, "the video");
     fs::remove(copy(".json"));
@@ -206,7 +206,7 @@ TEST_F(VideoCacheTest, AVideoWithoutARecordIsNoCopyAndGoesWhenTheNextComes)
     EXPECT_EQ(files().size(), 2U);
 }
 
-TEST_F(VideoCacheTest, ARecordThatIsNoneOrOfAnotherAddressIsNoCopy)
+TEST_F(VideoCacheTest, AnInvalidRecordOrOneOfAnotherAddressIsNoCopy)
 {
     keep(cache, Address, "the video");
     const std::string record = copy(".json");
@@ -242,7 +242,7 @@ TEST_F(VideoCacheTest, NoLinkIsFollowed)
     EXPECT_NE(scratch.read("record"), "") << "what the link led to is as it was";
 }
 
-TEST_F(VideoCacheTest, APipeInAVideosPlaceHoldsNobodyUp)
+TEST_F(VideoCacheTest, APipeInPlaceOfAVideoDoesNotBlock)
 {
     keep(cache, Address, "the video");
     const std::string path = copy(".video");
@@ -253,7 +253,7 @@ TEST_F(VideoCacheTest, APipeInAVideosPlaceHoldsNobodyUp)
 
 // --------------------------------------------------------------------------------------------------------- size limit
 
-TEST_F(VideoCacheTest, ThoseNotUsedForTheLongestTimeMakeRoom)
+TEST_F(VideoCacheTest, TheLeastRecentlyUsedVideosMakeRoom)
 {
     VideoCache small = make_cache(30);
     keep(small, "http://ad/1", "0123456789");
@@ -275,7 +275,7 @@ TEST_F(VideoCacheTest, AVideosOwnOldCopyNeedsNoRoomBesideIt)
     EXPECT_EQ(addresses(), (std::vector<std::string>{"http://ad/2", "http://ad/1"}));
 }
 
-TEST_F(VideoCacheTest, TheListTellsAddressLengthPathAndLastUse)
+TEST_F(VideoCacheTest, TheListHasAddressLengthPathAndLastUse)
 {
     const auto before = std::chrono::system_clock::now().time_since_epoch();
     keep(cache, Address, "the video");
@@ -287,7 +287,7 @@ TEST_F(VideoCacheTest, TheListTellsAddressLengthPathAndLastUse)
     EXPECT_GE(videos[0].last_use, std::chrono::nanoseconds(before).count());
 }
 
-TEST_F(VideoCacheTest, EmptyingSaysWhatItRemovedAndLeavesWhatIsNotTheCaches)
+TEST_F(VideoCacheTest, EmptyingReportsWhatItRemovedAndKeepsForeignFiles)
 {
     keep(cache, Address, "the video");
     keep(cache, Other, "another");
@@ -298,7 +298,7 @@ TEST_F(VideoCacheTest, EmptyingSaysWhatItRemovedAndLeavesWhatIsNotTheCaches)
     EXPECT_EQ(files(), std::vector<std::string>{"of the user.txt"});
 }
 
-TEST_F(VideoCacheTest, AVideoThatIsStillComingInOutlivesAnEmptyingAndIsKept)
+TEST_F(VideoCacheTest, AVideoBeingWrittenSurvivesEmptyingAndIsKept)
 {
     IncomingVideo video(cache, Address);
     video.write("the video");
@@ -307,7 +307,7 @@ TEST_F(VideoCacheTest, AVideoThatIsStillComingInOutlivesAnEmptyingAndIsKept)
     EXPECT_EQ(content_of(cache.path_for(Address)), "the video");
 }
 
-TEST_F(VideoCacheTest, WhatAProcessLeftThatEndedInTheMiddleGoesWhenTheNextComes)
+TEST_F(VideoCacheTest, RemainsOfAnAbortedProcessAreRemovedWithTheNextVideo)
 {
     keep(cache, Address, "the video");
     scratch.write("videos/9f0c2f4e-0000.part", "half of");
@@ -317,7 +317,7 @@ TEST_F(VideoCacheTest, WhatAProcessLeftThatEndedInTheMiddleGoesWhenTheNextComes)
 
 // --------------------------------------------------------------------------------------------------- unusable folders
 
-TEST_F(VideoCacheTest, AFolderThatIsNoneWarnsOnceAndHoldsNothing)
+TEST_F(VideoCacheTest, APathThatIsNotAFolderWarnsOnceAndHoldsNothing)
 {
     scratch.write("videos", "a file");
     EXPECT_FALSE(cache.path_for(Address));
@@ -329,7 +329,7 @@ TEST_F(VideoCacheTest, AFolderThatIsNoneWarnsOnceAndHoldsNothing)
     EXPECT_THROW(cache.empty(), std::system_error);
 }
 
-TEST_F(VideoCacheTest, ADiskThatIsFullKeepsTheOldCopiesAndLeavesNothingOfTheNew)
+TEST_F(VideoCacheTest, AFullDiskKeepsTheOldCopiesAndLeavesNothingOfTheNew)
 {
     keep(cache, Address, "the video");
     std::signal(SIGXFSZ, SIG_IGN);

@@ -55,7 +55,7 @@ std::string answer_of(const std::string& body, const std::string& more = "Conten
 }
 } // namespace
 
-TEST_F(VideoDownloadTest, ALengthThatIsNoneIsRefused)
+TEST_F(VideoDownloadTest, AnInvalidContentLengthIsRefused)
 {
     for (const char* length : {"-1", "9223372036854775808", "18446744073709551615"}) {
         EXPECT_EQ(fetch(std::string("HTTP/1.1 200 OK\r\nContent-Type: video/mp4\r\nContent-Length: ") + length +
@@ -67,7 +67,7 @@ TEST_F(VideoDownloadTest, ALengthThatIsNoneIsRefused)
     }
 }
 
-TEST_F(VideoDownloadTest, AVideoOfEveryByteThereIsIsTooLarge)
+TEST_F(VideoDownloadTest, AHugeContentLengthIsTooLarge)
 {
     EXPECT_EQ(fetch("HTTP/1.1 200 OK\r\nContent-Length: 9223372036854775807\r\nConnection: close\r\n\r\n").error,
               "the video has 9223372036854775807 bytes, more than the whole cache may have (1000000)");
@@ -85,7 +85,7 @@ TEST_F(VideoDownloadTest, AWholeAnswerBecomesACopyByteForByte)
     EXPECT_EQ(kept(), body);
 }
 
-TEST_F(VideoDownloadTest, WhatIsThereIsNotAskedForAgain)
+TEST_F(VideoDownloadTest, AnExistingCopyIsNotFetchedAgain)
 {
     RawServer server([](const auto&, const auto& connection) { connection.send(answer_of("the video")); });
     VideoDownload download;
@@ -97,7 +97,7 @@ TEST_F(VideoDownloadTest, WhatIsThereIsNotAskedForAgain)
     EXPECT_EQ(server.connections(), 1);
 }
 
-TEST_F(VideoDownloadTest, ADamagedCopyIsFetchedAnew)
+TEST_F(VideoDownloadTest, ADamagedCopyIsFetchedAgain)
 {
     RawServer server([](const auto&, const auto& connection) { connection.send(answer_of("the video")); });
     VideoDownload download;
@@ -121,7 +121,7 @@ TEST_F(VideoDownloadTest, ARedirectIsFollowedAndTheCopyIsThatOfTheFirstAddress)
     EXPECT_EQ(kept(), "the video");
 }
 
-TEST_F(VideoDownloadTest, ItIsAskedForUnpackedAndByName)
+TEST_F(VideoDownloadTest, TheRequestNamesTheProgramAndWantsNoCompression)
 {
     std::string head;
     RawServer server([&head](const auto& request, const auto& connection) {
@@ -142,7 +142,7 @@ TEST_F(VideoDownloadTest, ABodyThatEndsEarlyIsDiscarded)
     EXPECT_TRUE(left_nothing());
 }
 
-TEST_F(VideoDownloadTest, AServerThatStallsIsGivenUpAndNothingStays)
+TEST_F(VideoDownloadTest, AStallingServerIsGivenUpAndNothingIsLeft)
 {
     RawServer server([](const auto&, const auto& connection) {
         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nhalf");
@@ -164,7 +164,7 @@ TEST_F(VideoDownloadTest, AServerThatSendsByteByByteIsGivenUpInTheEnd)
     EXPECT_TRUE(left_nothing());
 }
 
-TEST_F(VideoDownloadTest, WhatIsNoVideoIsRefusedInWords)
+TEST_F(VideoDownloadTest, AnAnswerThatIsNoVideoIsRefusedWithAReason)
 {
     EXPECT_EQ(fetch("HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\ngone").error, "HTTP status 404");
     EXPECT_EQ(
@@ -185,7 +185,7 @@ TEST_F(VideoDownloadTest, WhatIsNoVideoIsRefusedInWords)
     EXPECT_TRUE(left_nothing());
 }
 
-TEST_F(VideoDownloadTest, AServerElsewhereLeadsItNotToThisMachine)
+TEST_F(VideoDownloadTest, ARemoteServerCannotRedirectItToThisMachine)
 {
     const test::NamesHere names;
     RawServer server([](const auto& head, const auto& connection) {
@@ -200,7 +200,7 @@ TEST_F(VideoDownloadTest, AServerElsewhereLeadsItNotToThisMachine)
     EXPECT_TRUE(left_nothing());
 }
 
-TEST_F(VideoDownloadTest, WhatIsNoAddressOfHttpIsRefused)
+TEST_F(VideoDownloadTest, AnAddressThatIsNotHttpIsRefused)
 {
     VideoDownload download;
     EXPECT_EQ(download.fetch(cache, "file:///etc/hostname").error, "not an address of http or https");
@@ -208,7 +208,7 @@ TEST_F(VideoDownloadTest, WhatIsNoAddressOfHttpIsRefused)
     EXPECT_TRUE(left_nothing());
 }
 
-TEST_F(VideoDownloadTest, AFolderThatCannotBeMadeIsToldInWords)
+TEST_F(VideoDownloadTest, AFolderThatCannotBeMadeFailsWithAReason)
 {
     scratch.write("videos", "a file");
     EXPECT_EQ(fetch(answer_of("the video")).error, scratch.path("videos") + ": Not a directory");

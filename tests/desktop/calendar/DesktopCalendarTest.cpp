@@ -116,7 +116,7 @@ TEST_F(DesktopCalendarTest, TheSameEventTwiceIsTwoEvents)
     EXPECT_EQ(files().size(), 2U);
 }
 
-TEST_F(DesktopCalendarTest, FilesOfTheDayBeforeGoWithTheNextEvent)
+TEST_F(DesktopCalendarTest, FilesOfTheDayBeforeAreRemovedWithTheNextEvent)
 {
     leave_file("old.ics", 25);
     leave_file("old.ics.part", 25);
@@ -134,7 +134,7 @@ TEST_F(DesktopCalendarTest, FilesOfTheDayBeforeGoWithTheNextEvent)
     EXPECT_EQ(left.size(), 3U);
 }
 
-TEST_F(DesktopCalendarTest, AZoneThatTheMachineDoesNotKnowIsRefusedAndLeavesNoFile)
+TEST_F(DesktopCalendarTest, AnUnknownZoneIsRefusedAndLeavesNoFile)
 {
     CalendarEvent event = concert();
     event.clock = {.zone = "Mars/Olympus"};
@@ -143,7 +143,7 @@ TEST_F(DesktopCalendarTest, AZoneThatTheMachineDoesNotKnowIsRefusedAndLeavesNoFi
     EXPECT_TRUE(files().empty());
 }
 
-TEST_F(DesktopCalendarTest, ADiskThatIsFullIsSaidAndLeavesNoPartOfAFile)
+TEST_F(DesktopCalendarTest, AFullDiskIsReportedAndLeavesNoPartOfAFile)
 {
     fs::create_directories(folder);
     std::signal(SIGXFSZ, SIG_IGN);
@@ -159,7 +159,7 @@ TEST_F(DesktopCalendarTest, ADiskThatIsFullIsSaidAndLeavesNoPartOfAFile)
     EXPECT_TRUE(files().empty());
 }
 
-TEST_F(DesktopCalendarTest, AFolderThatCannotBeWrittenToIsSaidWithoutItsName)
+TEST_F(DesktopCalendarTest, AnUnwritableFolderIsReportedWithoutItsName)
 {
     scratch.write("cache", "a file");
     EXPECT_EQ(calendar.add(concert()), "the event could not be written: Not a directory");
@@ -170,7 +170,7 @@ TEST_F(DesktopCalendarTest, AFolderThatCannotBeWrittenToIsSaidWithoutItsName)
     EXPECT_EQ(why.find("/proc"), std::string::npos) << why;
 }
 
-TEST_F(DesktopCalendarTest, AMachineWithoutAProgramForCalendarsHasNone)
+TEST_F(DesktopCalendarTest, WithoutACalendarProgramThereIsNoCalendar)
 {
     Programs::instance().keep_calendar(false);
     EXPECT_TRUE(until([&] { return !calendar.available(); }));
@@ -182,7 +182,7 @@ TEST_F(DesktopCalendarTest, AMachineWithoutAProgramForCalendarsHasNone)
     EXPECT_TRUE(until([&] { return calendar.available(); }));
 }
 
-TEST_F(DesktopCalendarTest, AHostMayKeepEventsAway)
+TEST_F(DesktopCalendarTest, AHostMayDisableTheCalendar)
 {
     DesktopCalendar kept({.folder = folder, .allowed = false});
 

@@ -109,7 +109,7 @@ NSDictionary repeated(const char* start, const NSDictionary& recurrence)
 
 // ------------------------------------------------------------------------------------------------------ single events
 
-TEST(EventText, AnEventHasItsStampAndItsOwner)
+TEST(EventText, AnEventHasItsTimestampAndItsProducer)
 {
     const ReadBack read(at("2027-03-24T09:00-08:00"));
 
@@ -121,7 +121,7 @@ TEST(EventText, AnEventHasItsStampAndItsOwner)
     EXPECT_TRUE(read.text.ends_with("END:VCALENDAR\r\n"));
 }
 
-TEST(EventText, AMomentThatComesOnceIsInUtc)
+TEST(EventText, ASingleMomentIsInUtc)
 {
     const ReadBack read(with(at("2027-03-24T22:00-08:00"), "end", "2027-03-24T23:30-08:00"));
 
@@ -129,7 +129,7 @@ TEST(EventText, AMomentThatComesOnceIsInUtc)
     EXPECT_EQ(read.property(ICAL_DTEND_PROPERTY), "DTEND:20270325T073000Z");
 }
 
-TEST(EventText, ATimeOfDayWithoutAClockStaysOne)
+TEST(EventText, ATimeOfDayWithoutAZoneStaysFloating)
 {
     const ReadBack read(at("2027-03-24T22:00"));
 
@@ -145,7 +145,7 @@ TEST(EventText, WholeDaysEndWithTheDayAfter)
     EXPECT_EQ(read.property(ICAL_DTEND_PROPERTY), "DTEND;VALUE=DATE:20270301");
 }
 
-TEST(EventText, AZoneComesWithItsRules)
+TEST(EventText, AZoneIsWrittenWithItsRules)
 {
     const ReadBack read(with(at("2027-07-01T20:00"), "timezone", "Europe/Berlin"));
 
@@ -164,14 +164,14 @@ TEST(EventText, AnAliasOfAZoneIsKnownAndUtcNeedsNoRules)
     EXPECT_EQ(utc.property(ICAL_DTSTART_PROPERTY), "DTSTART:20270701T200000Z");
 }
 
-TEST(EventText, AZoneThatNobodyKnowsMakesNoText)
+TEST(EventText, AnUnknownZoneMakesNoText)
 {
     const CalendarEventReading reading = read_calendar_event(with(at("2027-07-01T20:00"), "timezone", "Mars/Olympus"));
 
     EXPECT_FALSE(event_text(reading.event, {.uid = "u-1", .made = Made}));
 }
 
-TEST(EventText, WhatIsSaidOfAnEventStandsInIt)
+TEST(EventText, AnEventContainsItsProperties)
 {
     NSDictionary event = at("2027-03-24T09:00Z");
     event.setObject("Band X", "summary");
@@ -192,7 +192,7 @@ TEST(EventText, WhatIsSaidOfAnEventStandsInIt)
     EXPECT_EQ(ReadBack::property_of(read.alarm(), ICAL_DESCRIPTION_PROPERTY), "DESCRIPTION:Band X");
 }
 
-TEST(EventText, EachStatusHasItsWordAndNothingIsSaidForNone)
+TEST(EventText, EachStatusHasItsWordAndNoStatusWritesNothing)
 {
     const auto status = [](const char* given) {
         return ReadBack(with(at("2027-03-24"), "status", given)).property(ICAL_STATUS_PROPERTY);
@@ -209,7 +209,7 @@ TEST(EventText, EachStatusHasItsWordAndNothingIsSaidForNone)
               "TRANSP:OPAQUE");
 }
 
-TEST(EventText, AReminderAtTheStartIsOne)
+TEST(EventText, AReminderAtTheStartIsWritten)
 {
     const ReadBack read(with(at("2027-03-24T09:00Z"), "reminder", 0));
 
@@ -217,7 +217,7 @@ TEST(EventText, AReminderAtTheStartIsOne)
     EXPECT_EQ(ReadBack::property_of(read.alarm(), ICAL_TRIGGER_PROPERTY), "TRIGGER:PT0S");
 }
 
-TEST(EventText, TextsComeBackAsTheyWereAndBreakNoLine)
+TEST(EventText, TextsSurviveARoundTripAndBreakNoLine)
 {
     const std::string odd = "a;b,c\\d\\n\"e\"\nEND:VEVENT\nBEGIN:VALARM\nACTION:AUDIO: ÄÖ€𝄞";
     const ReadBack read(with(with(at("2027-03-24"), "summary", "s"), "description", odd));
@@ -227,7 +227,7 @@ TEST(EventText, TextsComeBackAsTheyWereAndBreakNoLine)
     EXPECT_FALSE(read.alarm());
 }
 
-TEST(EventText, NoLineIsLongerThan75BytesAndNoCharacterIsTorn)
+TEST(EventText, NoLineIsLongerThan75BytesAndNoCharacterIsSplit)
 {
     for (const std::string letter : {"x", "ä", "€", "𝄞"}) {
         std::string location;
@@ -282,7 +282,7 @@ TEST(EventText, ATimeInUtcNeedsNoZone)
     EXPECT_EQ(read.occurrences(2), (Texts{"20270322T220000Z", "20270329T220000Z"}));
 }
 
-TEST(EventText, TheLastTimeIsTheOneOnTheDayOnWhichItExpires)
+TEST(EventText, TheLastOccurrenceIsOnTheDayOfExpiry)
 {
     EXPECT_EQ(ReadBack(repeated("2027-03-22T22:00-08:00", {{"frequency", "daily"}, {"expires", "2027-03-24"}}))
                   .occurrences(9),
@@ -299,7 +299,7 @@ TEST(EventText, TheLastTimeIsTheOneOnTheDayOnWhichItExpires)
               "RRULE:FREQ=DAILY;UNTIL=20270323T220000");
 }
 
-TEST(EventText, TheEndOfARuleIsInUtcWhereTheClockIsKnown)
+TEST(EventText, TheEndOfARuleIsInUtcWhereTheZoneIsKnown)
 {
     EXPECT_EQ(ReadBack(repeated("2027-03-22T22:00-08:00", {{"frequency", "daily"}, {"expires", "2027-03-24"}}))
                   .property(ICAL_RRULE_PROPERTY),
@@ -326,7 +326,7 @@ TEST(EventText, ExceptionsAreLeftOut)
     EXPECT_EQ(days.occurrences(2), (Texts{"20270322T000000Z", "20270324T000000Z"}));
 }
 
-TEST(EventText, ListsOfDaysAndMonthsSayWhenItComesAgain)
+TEST(EventText, ListsOfDaysAndMonthsSetTheOccurrences)
 {
     const auto times = [](const char* start, const NSDictionary& recurrence) {
         Texts days;

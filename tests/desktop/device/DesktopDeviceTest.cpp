@@ -50,7 +50,7 @@ TEST_F(DesktopDeviceTest, TurningReportsTheStatusBarWhereTheHostAllowsTheOrienta
     EXPECT_EQ(listener->count, 1);
 }
 
-TEST_F(DesktopDeviceTest, TurningToWhereTheHostDoesNotGoReportsNothing)
+TEST_F(DesktopDeviceTest, TurningToAnOrientationTheHostForbidsReportsNothing)
 {
     device.turn(4);
     let_events_pass();
@@ -59,7 +59,7 @@ TEST_F(DesktopDeviceTest, TurningToWhereTheHostDoesNotGoReportsNothing)
     EXPECT_EQ(listener->count, 0);
 }
 
-TEST_F(DesktopDeviceTest, AfterItLayFlatItTurnsFromHowItWasHeld)
+TEST_F(DesktopDeviceTest, AfterLyingFlatItTurnsFromItsPreviousOrientation)
 {
     device.turn(3);
     device.turn(5);
@@ -69,7 +69,7 @@ TEST_F(DesktopDeviceTest, AfterItLayFlatItTurnsFromHowItWasHeld)
     EXPECT_EQ(device.orientation(), 1);
 }
 
-TEST_F(DesktopDeviceTest, AForcedOrientationReadsSoUntilTheDeviceIsTurned)
+TEST_F(DesktopDeviceTest, AForcedOrientationLastsUntilTheDeviceIsTurned)
 {
     device.turn(3);
     device.force_orientation(1);
@@ -79,7 +79,7 @@ TEST_F(DesktopDeviceTest, AForcedOrientationReadsSoUntilTheDeviceIsTurned)
     EXPECT_EQ(device.orientation(), 4);
 }
 
-TEST_F(DesktopDeviceTest, FourQuartersLeadRound)
+TEST_F(DesktopDeviceTest, FourQuarterTurnsAreAFullTurn)
 {
     device.turn_counterclockwise();
     EXPECT_EQ(device.orientation(), 3);
@@ -103,7 +103,7 @@ TEST_F(DesktopDeviceTest, AChangeToTheSameOrientationReportsNothing)
     EXPECT_EQ(listener->count, 0);
 }
 
-TEST_F(DesktopDeviceTest, AHostThatNamesWhatCanBeOpenedIsBelieved)
+TEST_F(DesktopDeviceTest, TheHostsListOfOpenableSchemesIsUsed)
 {
     DesktopDevice named(platform, {.can_open = {{"http:", "tel:"}}});
     EXPECT_TRUE(named.can_open(NSURL::URLWithString("tel:123")));
@@ -125,7 +125,7 @@ TEST_F(DesktopDeviceTest, FilesOfThisMachineAreNotOpened)
     EXPECT_FALSE(device.can_open(NSURL::fileURLWithPath("/etc/hostname")));
 }
 
-TEST_F(DesktopDeviceTest, OpeningHandsTheAddressToTheSchemesProgram)
+TEST_F(DesktopDeviceTest, OpeningPassesTheAddressToTheSchemesProgram)
 {
     device.open(NSURL::URLWithString("qoro-test:some/where?x=1"));
     const test::Programs& programs = test::Programs::instance();
@@ -133,7 +133,7 @@ TEST_F(DesktopDeviceTest, OpeningHandsTheAddressToTheSchemesProgram)
         << programs.opened();
 }
 
-TEST_F(DesktopDeviceTest, AScreenThatWaitsGoesOnWhenTheProgramHasBeenStartedOrThereIsNone)
+TEST_F(DesktopDeviceTest, AWaitingScreenContinuesOnceTheProgramHasStartedOrIsMissing)
 {
     int done = 0;
     device.open_and_wait(NSURL::URLWithString("qoro-test:waits"), [&] { ++done; });

@@ -140,14 +140,14 @@ TEST_F(OrientationSensorTest, AnUndefinedReadingReportsNothing)
     EXPECT_TRUE(turned({4}));
 }
 
-TEST_F(OrientationSensorTest, TheSensorIsReleasedWhenNobodyListensAnyMore)
+TEST_F(OrientationSensorTest, TheSensorIsReleasedWithTheLastListener)
 {
     start_service();
     sensor.reset();
     EXPECT_TRUE(loop.run_until([this] { return service->claims == 0; }, Deadline));
 }
 
-TEST_F(OrientationSensorTest, ASensorThatComesBackIsHeardAgain)
+TEST_F(OrientationSensorTest, AReturningSensorIsReadAgain)
 {
     start_service();
     service->turn_to("left-up");

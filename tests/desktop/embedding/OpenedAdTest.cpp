@@ -75,7 +75,7 @@ protected:
 };
 } // namespace
 
-TEST_F(OpenedAdOnTheDesktopTest, AnAdThatClosesAtItsVideosEndSaysHowMuchItPlayed)
+TEST_F(OpenedAdOnTheDesktopTest, AnAdThatClosesAtItsVideosEndReportsTheTimePlayed)
 {
     play(R"(, "bIsAutoClose": true)");
 
@@ -89,7 +89,7 @@ TEST_F(OpenedAdOnTheDesktopTest, AnAdThatClosesAtItsVideosEndSaysHowMuchItPlayed
     EXPECT_EQ(told[0].page_error, std::nullopt);
 }
 
-TEST_F(OpenedAdOnTheDesktopTest, APageThatClosesItsAdIsNamedAsTheOneWhoDid)
+TEST_F(OpenedAdOnTheDesktopTest, APageThatClosesItsAdIsReportedAsTheCause)
 {
     folder.write("page.html", R"(<!DOCTYPE html><html><head><script src="mraid.js"></script></head><body><script>
         qoroPlayer.addEventListener("video_timeupdate", () => qoroPlayer.MRAIDClose());
@@ -103,7 +103,7 @@ TEST_F(OpenedAdOnTheDesktopTest, APageThatClosesItsAdIsNamedAsTheOneWhoDid)
     EXPECT_FALSE(told[0].videos[0].reached_end);
 }
 
-TEST_F(OpenedAdOnTheDesktopTest, AVideoAndAPageThatAreNotThereSayWhy)
+TEST_F(OpenedAdOnTheDesktopTest, AMissingVideoAndPageReportTheReason)
 {
     folder.write("ad.json", R"({"strVideoUrl": "none.mp4", "strWebViewUrl": "none.html", "fVideoWidth": 16,
         "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})");
@@ -181,7 +181,7 @@ TEST_F(OpenedAdOfAServerTest, AServerThatIsUnavailableOnceDoesNotCostTheVideo)
     EXPECT_EQ(failures.plays, 1);
 }
 
-TEST_F(OpenedAdOfAServerTest, AServerThatHangsUpInTheMiddleForAWhileDoesNotCostTheVideo)
+TEST_F(OpenedAdOfAServerTest, AServerThatBreaksOffForAWhileDoesNotCostTheVideo)
 {
     VideoServer::Answer half = whole_video();
     half.cuts_at = half.body.size() * 6 / 10;
@@ -198,7 +198,7 @@ TEST_F(OpenedAdOfAServerTest, AServerThatHangsUpInTheMiddleForAWhileDoesNotCostT
     EXPECT_GE(failures.video, 1);
 }
 
-TEST_F(OpenedAdOfAServerTest, AServerThatIsUnavailableForGoodIsAskedFourTimesInAll)
+TEST_F(OpenedAdOfAServerTest, APermanentlyUnavailableServerIsTriedFourTimesInAll)
 {
     VideoServer::Answer unavailable;
     unavailable.status = 503;

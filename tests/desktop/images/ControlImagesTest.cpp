@@ -95,7 +95,7 @@ TEST_P(ControlImageTest, IsAPngOfItsPixelsWithEightBitsOfRedGreenBlueAndAlpha)
     g_object_unref(loader);
 }
 
-TEST_P(ControlImageTest, IsPassedWithExactlyItsBytesOfWhichTheLastOneEndsThePicture)
+TEST_P(ControlImageTest, IsPassedWithItsExactBytesAndEndsWithTheLastOne)
 {
     BarePlatform platform;
     GdkImages decoder;

@@ -45,7 +45,7 @@ TEST(GdkImagesTest, DecodesPngAndJpegToTheirPixels)
     }
 }
 
-TEST(GdkImagesTest, OtherFormatsAreNone)
+TEST(GdkImagesTest, OtherFormatsAreNotDecoded)
 {
     EXPECT_FALSE(decode(picture("bmp", 4, 4)));
     EXPECT_FALSE(decode("<svg xmlns='http://www.w3.org/2000/svg'/>"));
@@ -53,7 +53,7 @@ TEST(GdkImagesTest, OtherFormatsAreNone)
     EXPECT_FALSE(GdkImages().decode(NSData()));
 }
 
-TEST(GdkImagesTest, ABrokenPictureIsNone)
+TEST(GdkImagesTest, ABrokenPictureIsNotDecoded)
 {
     const std::string png = picture("png", 40, 40);
     EXPECT_FALSE(decode(png.substr(0, png.size() / 2)));
@@ -61,7 +61,7 @@ TEST(GdkImagesTest, ABrokenPictureIsNone)
     EXPECT_FALSE(decode("\xff\xd8\xff rubbish"));
 }
 
-TEST(GdkImagesTest, APictureThatClaimsToFillTheMemoryIsNone)
+TEST(GdkImagesTest, APictureThatClaimsAHugeSizeIsNotDecoded)
 {
     // A valid header of 60000 by 60000 pixels: only the size is wrong.
     std::string png = picture("png", 4, 4);

@@ -24,7 +24,7 @@ protected:
     }
 };
 
-TEST_F(GstPlayerAddressTest, an_escaped_zero_byte_is_the_servers_own_matter)
+TEST_F(GstPlayerAddressTest, AnEscapedZeroByteIsPassedToTheServer)
 {
     for (const std::string asked : {"/v.mp4?%00", "/v%00.mp4", "/v.mp4?a=%00&%00=b", "/%00/v.mp4", "/v.%00"}) {
         watch.reports.clear();
@@ -34,14 +34,14 @@ TEST_F(GstPlayerAddressTest, an_escaped_zero_byte_is_the_servers_own_matter)
     }
 }
 
-TEST_F(GstPlayerAddressTest, what_follows_a_number_sign_is_not_asked_for)
+TEST_F(GstPlayerAddressTest, TheFragmentIsNotRequested)
 {
     open("/v.mp4", "/v.mp4#%00", bytes_of(Clip));
 
     EXPECT_TRUE(watch.has("state 1"));
 }
 
-TEST_F(GstPlayerAddressTest, a_zero_byte_is_no_part_of_an_address)
+TEST_F(GstPlayerAddressTest, AZeroByteIsNoPartOfAnAddress)
 {
     open("/v.mp4", std::string("/v.mp4\0?a", 9), bytes_of(Clip));
 
@@ -49,7 +49,7 @@ TEST_F(GstPlayerAddressTest, a_zero_byte_is_no_part_of_an_address)
     EXPECT_EQ(watch.reports, (Reports{"state 0", "finished 1"}));
 }
 
-TEST_F(GstPlayerAddressTest, a_video_is_recognised_whatever_its_name_says)
+TEST_F(GstPlayerAddressTest, AVideoIsRecognisedWhateverItsExtension)
 {
     for (const std::string path : {"/v", "/v.txt", "/V.MP4", "/v.webm", "/v.strange-ending", "/v."}) {
         watch.reports.clear();
@@ -60,7 +60,7 @@ TEST_F(GstPlayerAddressTest, a_video_is_recognised_whatever_its_name_says)
     }
 }
 
-TEST_F(GstPlayerAddressTest, a_file_is_called_whatever_it_is_called)
+TEST_F(GstPlayerAddressTest, AFileMayHaveAnyName)
 {
     const std::string path = testing::TempDir() + "/clip.mp4?%00";
     std::filesystem::copy_file(Clip, path, std::filesystem::copy_options::overwrite_existing);
@@ -70,7 +70,7 @@ TEST_F(GstPlayerAddressTest, a_file_is_called_whatever_it_is_called)
     std::filesystem::remove(path);
 }
 
-TEST_F(GstPlayerAddressTest, an_address_of_a_file_with_an_escaped_zero_byte_is_none)
+TEST_F(GstPlayerAddressTest, AFileAddressWithAnEscapedZeroByteIsInvalid)
 {
     watch.open(NSURL::URLWithString("file:///tmp/v.mp4%00"));
 

@@ -25,7 +25,7 @@ constexpr double NoWait = 5;
 
 // ------------------------------------------------------------------------------------------------------- buffering
 
-TEST_F(GstPlayerTest, a_server_that_stalls_is_a_lack_of_data_that_ends_with_it)
+TEST_F(GstPlayerTest, AStallingServerStallsThePlayerUntilDataArrives)
 {
     GstPlayer& player = watch.open(served(stalling_at(7)));
     ASSERT_TRUE(watch.until("state 3"));
@@ -43,7 +43,7 @@ TEST_F(GstPlayerTest, a_server_that_stalls_is_a_lack_of_data_that_ends_with_it)
     EXPECT_LT(stood, 3.5);
 }
 
-TEST_F(GstPlayerTest, a_pause_while_data_is_lacking_is_kept_when_it_comes)
+TEST_F(GstPlayerTest, APauseDuringAStallLastsWhenDataArrives)
 {
     GstPlayer& player = watch.open(served(stalling_at(7)));
     ASSERT_TRUE(watch.until("state 3"));
@@ -58,7 +58,7 @@ TEST_F(GstPlayerTest, a_pause_while_data_is_lacking_is_kept_when_it_comes)
     EXPECT_EQ(watch.reports, (Reports{"state 2", "load 3"}));
 }
 
-TEST_F(GstPlayerTest, a_player_without_data_can_be_dropped_at_once)
+TEST_F(GstPlayerTest, AStalledPlayerCanBeDestroyedAtOnce)
 {
     watch.open(served(stalling_at(7)));
     ASSERT_TRUE(watch.until("state 3"));
@@ -74,7 +74,7 @@ TEST_F(GstPlayerTest, a_player_without_data_can_be_dropped_at_once)
     EXPECT_EQ(watch.reports.size(), reports);
 }
 
-TEST_F(GstPlayerTest, a_video_that_is_there_as_a_whole_never_lacks_data)
+TEST_F(GstPlayerTest, ACompleteVideoNeverStalls)
 {
     GstPlayer& player = watch.open(served());
     ASSERT_TRUE(watch.until("state 1"));
@@ -88,7 +88,7 @@ TEST_F(GstPlayerTest, a_video_that_is_there_as_a_whole_never_lacks_data)
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "finished 0"}));
 }
 
-TEST_F(GstPlayerTest, starts_only_when_enough_has_come)
+TEST_F(GstPlayerTest, StartsOnlyWithEnoughData)
 {
     watch.open(served(stalling_at(3)));
     ASSERT_TRUE(watch.until("load 1"));
@@ -120,35 +120,35 @@ protected:
     }
 };
 
-TEST_F(GstPlayerFailureTest, a_missing_file)
+TEST_F(GstPlayerFailureTest, AMissingFileFails)
 {
     expect_failure(NSURL::fileURLWithPath("/nonexistent/v.mp4"));
 }
 
-TEST_F(GstPlayerFailureTest, no_address)
+TEST_F(GstPlayerFailureTest, ANullAddressFails)
 {
     expect_failure(nullptr);
 }
 
-TEST_F(GstPlayerFailureTest, an_address_that_is_neither_http_nor_a_file)
+TEST_F(GstPlayerFailureTest, AnAddressThatIsNeitherHttpNorAFileFails)
 {
     expect_failure(NSURL::URLWithString("rtsp://127.0.0.1/v.mp4"));
 }
 
-TEST_F(GstPlayerFailureTest, a_video_that_the_server_does_not_have)
+TEST_F(GstPlayerFailureTest, AVideoThatTheServerDoesNotHaveFails)
 {
     expect_failure(NSURL::URLWithString(server.address("/missing.mp4")));
     EXPECT_EQ(watch.failure, "HTTP status 404");
     EXPECT_EQ(server.requests(), 1);
 }
 
-TEST_F(GstPlayerFailureTest, a_server_that_does_not_answer_its_door)
+TEST_F(GstPlayerFailureTest, AnUnreachableServerFails)
 {
     expect_failure(NSURL::URLWithString("http://127.0.0.1:9/v.mp4"));
     EXPECT_EQ(watch.failure, "its server can't be reached");
 }
 
-TEST_F(GstPlayerFailureTest, a_page_instead_of_a_video)
+TEST_F(GstPlayerFailureTest, APageInsteadOfAVideoFails)
 {
     VideoServer::Answer answer;
     answer.body = "<!DOCTYPE html><html><body>Sorry</body></html>";
@@ -156,7 +156,7 @@ TEST_F(GstPlayerFailureTest, a_page_instead_of_a_video)
     expect_failure(served(answer));
 }
 
-TEST_F(GstPlayerFailureTest, a_picture_instead_of_a_video)
+TEST_F(GstPlayerFailureTest, APictureInsteadOfAVideoFails)
 {
     VideoServer::Answer answer;
     answer.body = std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR\0\0\0\1\0\0\0\1\10\2\0\0\0\x90wS\xde\0\0\0\14IDAT\10\xd7"
@@ -167,7 +167,7 @@ TEST_F(GstPlayerFailureTest, a_picture_instead_of_a_video)
     expect_failure(served(answer));
 }
 
-TEST_F(GstPlayerFailureTest, a_list_of_other_addresses)
+TEST_F(GstPlayerFailureTest, APlaylistFails)
 {
     VideoServer::Answer answer;
     answer.body = "#EXTM3U\n#EXT-X-TARGETDURATION:4\n#EXTINF:4,\n" + server.address("/other.ts") + "\n#EXT-X-ENDLIST\n";
@@ -176,14 +176,14 @@ TEST_F(GstPlayerFailureTest, a_list_of_other_addresses)
     EXPECT_EQ(server.requests(), 1);
 }
 
-TEST_F(GstPlayerFailureTest, an_empty_answer)
+TEST_F(GstPlayerFailureTest, AnEmptyAnswerFails)
 {
     server.serve("/v.mp4", {});
     expect_failure(NSURL::URLWithString(server.address("/v.mp4")));
     EXPECT_EQ(watch.failure, "it is empty");
 }
 
-TEST_F(GstPlayerTest, a_server_that_promises_more_than_the_video_has_does_not_take_its_end)
+TEST_F(GstPlayerTest, AnOverstatedContentLengthDoesNotPreventTheEnd)
 {
     VideoServer::Answer answer;
     answer.cuts_at = bytes_of(Clip).size();
@@ -194,14 +194,14 @@ TEST_F(GstPlayerTest, a_server_that_promises_more_than_the_video_has_does_not_ta
     EXPECT_EQ(watch.failure, "");
 }
 
-TEST_F(GstPlayerFailureTest, nothing_at_all)
+TEST_F(GstPlayerFailureTest, ASingleZeroByteFails)
 {
     VideoServer::Answer answer;
     answer.body = std::string(1, '\0');
     expect_failure(served(answer));
 }
 
-TEST_F(GstPlayerTest, half_a_file_plays_and_then_fails_once)
+TEST_F(GstPlayerTest, HalfAFilePlaysAndThenFailsOnce)
 {
     const std::string whole = bytes_of(Clip);
     const std::string path = testing::TempDir() + "/half-" + std::to_string(getpid()) + ".mp4";
@@ -217,7 +217,7 @@ TEST_F(GstPlayerTest, half_a_file_plays_and_then_fails_once)
     std::filesystem::remove(path);
 }
 
-TEST_F(GstPlayerTest, half_a_file_that_is_sought_behind_its_end_fails_there)
+TEST_F(GstPlayerTest, ASeekBehindTheEndOfATruncatedFileFails)
 {
     const std::string whole = bytes_of(Clip);
     const std::string path = testing::TempDir() + "/half-" + std::to_string(getpid()) + ".mp4";
@@ -234,7 +234,7 @@ TEST_F(GstPlayerTest, half_a_file_that_is_sought_behind_its_end_fails_there)
     std::filesystem::remove(path);
 }
 
-TEST_F(GstPlayerTest, a_server_that_hangs_up_in_the_middle_fails_after_what_it_sent)
+TEST_F(GstPlayerTest, AServerThatBreaksOffFailsAfterTheDataItSent)
 {
     VideoServer::Answer answer;
     answer.body = bytes_of(Clip);
@@ -247,7 +247,7 @@ TEST_F(GstPlayerTest, a_server_that_hangs_up_in_the_middle_fails_after_what_it_s
     EXPECT_GT(player.current_time(), 1);
 }
 
-TEST_F(GstPlayerTest, a_server_that_hangs_up_before_enough_has_come_fails_after_what_it_sent)
+TEST_F(GstPlayerTest, AServerThatBreaksOffBeforeThePlayFailsAfterTheDataItSent)
 {
     VideoServer::Answer answer;
     answer.body = bytes_of(Clip);
@@ -259,7 +259,7 @@ TEST_F(GstPlayerTest, a_server_that_hangs_up_before_enough_has_come_fails_after_
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 0", "finished 1"}));
 }
 
-TEST_F(GstPlayerTest, a_server_that_hangs_up_while_data_is_lacking_fails_after_what_it_sent)
+TEST_F(GstPlayerTest, AServerThatBreaksOffDuringAStallFailsAfterTheDataItSent)
 {
     VideoServer::Answer answer = stalling_at(7);
     answer.cuts_at = answer.body.size() * 3 / 4;
@@ -274,7 +274,7 @@ TEST_F(GstPlayerTest, a_server_that_hangs_up_while_data_is_lacking_fails_after_w
     EXPECT_EQ(watch.reports.back(), "finished 1");
 }
 
-TEST_F(GstPlayerTest, a_connection_that_breaks_is_taken_up_again)
+TEST_F(GstPlayerTest, ABrokenConnectionIsResumed)
 {
     VideoServer::Answer answer;
     answer.body = bytes_of(Clip);
@@ -287,7 +287,7 @@ TEST_F(GstPlayerTest, a_connection_that_breaks_is_taken_up_again)
     EXPECT_GE(server.requests(), 4);
 }
 
-TEST_F(GstPlayerTest, a_server_that_only_sends_from_the_start_is_enough)
+TEST_F(GstPlayerTest, AServerWithoutRangesIsEnough)
 {
     VideoServer::Answer answer;
     answer.body = bytes_of(Clip);
@@ -302,7 +302,7 @@ TEST_F(GstPlayerTest, a_server_that_only_sends_from_the_start_is_enough)
     EXPECT_EQ(watch.failure, "");
 }
 
-TEST_F(GstPlayerTest, a_server_elsewhere_leads_it_not_to_this_machine)
+TEST_F(GstPlayerTest, ARemoteServerCannotRedirectItToThisMachine)
 {
     const NamesHere names;
     served();
@@ -318,7 +318,7 @@ TEST_F(GstPlayerTest, a_server_elsewhere_leads_it_not_to_this_machine)
     EXPECT_EQ(server.requests(), 0);
 }
 
-TEST_F(GstPlayerTest, a_server_that_never_speaks_holds_up_nothing)
+TEST_F(GstPlayerTest, ASilentServerBlocksNothing)
 {
     VideoServer::Answer answer;
     answer.silent = true;

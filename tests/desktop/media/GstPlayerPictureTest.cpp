@@ -16,7 +16,7 @@ double processor_time()
            static_cast<double>(used.ru_utime.tv_usec + used.ru_stime.tv_usec) * 1e-6;
 }
 
-TEST_F(GstPlayerTest, the_first_picture_is_there_before_it_plays)
+TEST_F(GstPlayerTest, TheFirstPictureIsAvailableBeforeItPlays)
 {
     GstPlayer& player = watch.open(file(), false);
     player.set_picture_size(64, 36);
@@ -28,7 +28,7 @@ TEST_F(GstPlayerTest, the_first_picture_is_there_before_it_plays)
     EXPECT_EQ(player.latest_frame().height, 36);
 }
 
-TEST_F(GstPlayerTest, a_picture_of_another_size_is_there_at_once_while_paused)
+TEST_F(GstPlayerTest, APictureOfAnotherSizeIsAvailableAtOnceWhilePaused)
 {
     GstPlayer& player = watch.open(file(), false);
     player.set_picture_size(64, 36);
@@ -41,7 +41,7 @@ TEST_F(GstPlayerTest, a_picture_of_another_size_is_there_at_once_while_paused)
     EXPECT_EQ(colour_of(player.latest_frame()), "red");
 }
 
-TEST_F(GstPlayerTest, aspect_fill_covers_the_box)
+TEST_F(GstPlayerTest, AspectFillCoversTheBox)
 {
     GstPlayer& player = watch.open(file(), false);
     PlayerSettings settings;
@@ -57,7 +57,7 @@ TEST_F(GstPlayerTest, aspect_fill_covers_the_box)
     EXPECT_EQ(colour_of(player.latest_frame()), "red");
 }
 
-TEST_F(GstPlayerTest, a_player_that_is_not_shown_makes_no_pictures)
+TEST_F(GstPlayerTest, APlayerThatIsNotShownMakesNoPictures)
 {
     GstPlayer& player = watch.open(file());
     int announced = 0;
@@ -74,7 +74,7 @@ TEST_F(GstPlayerTest, a_player_that_is_not_shown_makes_no_pictures)
     EXPECT_EQ(colour_of(player.latest_frame()), "red");
 }
 
-TEST_F(GstPlayerTest, every_picture_of_the_video_is_announced)
+TEST_F(GstPlayerTest, EveryPictureOfTheVideoIsAnnounced)
 {
     GstPlayer& player = watch.open(file());
     player.set_picture_size(32, 18);
@@ -92,7 +92,7 @@ TEST_F(GstPlayerTest, every_picture_of_the_video_is_announced)
     EXPECT_EQ(colour_of(player.latest_frame()), "white");
 }
 
-TEST_F(GstPlayerTest, pictures_that_nobody_fetched_are_announced_once)
+TEST_F(GstPlayerTest, PicturesThatAreNotFetchedAreAnnouncedOnce)
 {
     GstPlayer& player = watch.open(file());
     player.set_picture_size(32, 18);
@@ -107,7 +107,7 @@ TEST_F(GstPlayerTest, pictures_that_nobody_fetched_are_announced_once)
     EXPECT_EQ(announced, 1);
 }
 
-TEST_F(GstPlayerTest, a_paused_player_costs_nothing)
+TEST_F(GstPlayerTest, APausedPlayerUsesNoProcessorTime)
 {
     GstPlayer& player = watch.open(file());
     player.set_picture_size(375, 211);
@@ -121,7 +121,7 @@ TEST_F(GstPlayerTest, a_paused_player_costs_nothing)
     EXPECT_LT(processor_time() - before, 0.01);
 }
 
-TEST_F(GstPlayerTest, an_ended_player_costs_nothing)
+TEST_F(GstPlayerTest, AnEndedPlayerUsesNoProcessorTime)
 {
     GstPlayer& player = watch.open(file());
     player.set_picture_size(375, 211);

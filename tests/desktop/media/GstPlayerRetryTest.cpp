@@ -83,7 +83,7 @@ Reports after_one_failure()
     return all;
 }
 
-TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_once_costs_a_moment)
+TEST_F(GstPlayerRetryTest, AServerThatIsUnavailableOnceOnlyDelaysTheVideo)
 {
     play_after_each_failure();
     watch.open(served_in_turn({unavailable(), whole()}));
@@ -94,7 +94,7 @@ TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_once_costs_a_moment)
     EXPECT_EQ(failures, (std::vector<std::string>{"HTTP status 503"}));
 }
 
-TEST_F(GstPlayerRetryTest, a_server_that_resets_its_connections_for_a_while_costs_a_moment)
+TEST_F(GstPlayerRetryTest, AServerThatResetsItsConnectionsForAWhileOnlyDelaysTheVideo)
 {
     play_after_each_failure();
     // The reader itself retries after the first reset.
@@ -105,7 +105,7 @@ TEST_F(GstPlayerRetryTest, a_server_that_resets_its_connections_for_a_while_cost
     EXPECT_EQ(watch.reports, after_one_failure());
 }
 
-TEST_F(GstPlayerRetryTest, a_server_that_is_silent_for_a_while_costs_a_moment)
+TEST_F(GstPlayerRetryTest, AServerThatIsSilentForAWhileOnlyDelaysTheVideo)
 {
     play_after_each_failure();
     watch.open(served_in_turn({silence(), silence(), whole()}));
@@ -116,7 +116,7 @@ TEST_F(GstPlayerRetryTest, a_server_that_is_silent_for_a_while_costs_a_moment)
     EXPECT_EQ(failures, (std::vector<std::string>{"its server does not answer"}));
 }
 
-TEST_F(GstPlayerRetryTest, without_autoplay_a_play_after_a_failure_plays)
+TEST_F(GstPlayerRetryTest, WithoutAutoplayAPlayAfterAFailurePlays)
 {
     play_after_each_failure();
     watch.open(served_in_turn({unavailable(), whole()}), false);
@@ -124,7 +124,7 @@ TEST_F(GstPlayerRetryTest, without_autoplay_a_play_after_a_failure_plays)
     EXPECT_TRUE(watch.until("finished 0"));
 }
 
-TEST_F(GstPlayerRetryTest, a_pause_before_it_is_loaded_anew_takes_the_play_back)
+TEST_F(GstPlayerRetryTest, APauseBeforeTheReloadRevokesThePlay)
 {
     GstPlayer& player = watch.open(served(half()));
     ASSERT_TRUE(watch.until("finished 1"));
@@ -143,7 +143,7 @@ TEST_F(GstPlayerRetryTest, a_pause_before_it_is_loaded_anew_takes_the_play_back)
     EXPECT_EQ(watch.reports, (Reports{"state 1", "state 2", "finished 0"}));
 }
 
-TEST_F(GstPlayerRetryTest, leaving_the_app_before_it_is_loaded_anew_takes_the_play_back)
+TEST_F(GstPlayerRetryTest, LeavingTheAppBeforeTheReloadRevokesThePlay)
 {
     GstPlayer& player = watch.open(served(half()));
     ASSERT_TRUE(watch.until("finished 1"));
@@ -157,7 +157,7 @@ TEST_F(GstPlayerRetryTest, leaving_the_app_before_it_is_loaded_anew_takes_the_pl
     EXPECT_EQ(watch.reports, Reports{});
 }
 
-TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_for_good_is_asked_three_times_more)
+TEST_F(GstPlayerRetryTest, APermanentlyUnavailableServerIsTriedThreeMoreTimes)
 {
     play_after_each_failure();
     watch.open(served(unavailable()));
@@ -177,7 +177,7 @@ TEST_F(GstPlayerRetryTest, a_server_that_is_unavailable_for_good_is_asked_three_
     EXPECT_EQ(server.requests(), 4);
 }
 
-TEST_F(GstPlayerRetryTest, a_video_that_got_on_in_between_has_its_three_plays_again)
+TEST_F(GstPlayerRetryTest, AVideoThatMadeProgressHasItsThreeRetriesAgain)
 {
     VideoServer::Answer begun = whole();
     begun.cuts_at = begun.body.size() * 4 / 10;
@@ -198,7 +198,7 @@ TEST_F(GstPlayerRetryTest, a_video_that_got_on_in_between_has_its_three_plays_ag
     EXPECT_EQ(failures.size(), 6U) << "two at the first place, and four at the second";
 }
 
-TEST_F(GstPlayerRetryTest, another_video_of_another_length_is_a_failure)
+TEST_F(GstPlayerRetryTest, AnotherVideoOfAnotherLengthFails)
 {
     const std::string other = testing::TempDir() + "/other-" + std::to_string(getpid()) + ".mp4";
     GstPlayer& player = watch.open(served(half()));
@@ -220,7 +220,7 @@ TEST_F(GstPlayerRetryTest, another_video_of_another_length_is_a_failure)
     std::filesystem::remove(other);
 }
 
-TEST_F(GstPlayerRetryTest, what_is_no_video_any_more_fails_again)
+TEST_F(GstPlayerRetryTest, AnAnswerThatIsNoLongerAVideoFailsAgain)
 {
     GstPlayer& player = watch.open(served(half()));
     ASSERT_TRUE(watch.until("finished 1"));
@@ -255,7 +255,7 @@ protected:
     const std::string path = testing::TempDir() + "/copy-" + std::to_string(getpid()) + ".mp4";
 };
 
-TEST_F(GstPlayerFileRetryTest, a_copy_that_was_cut_goes_on_when_it_is_whole_again)
+TEST_F(GstPlayerFileRetryTest, ATruncatedCopyContinuesWhenItIsCompleteAgain)
 {
     const std::string all = bytes_of(Clip);
     write(all.substr(0, all.size() * 6 / 10));
@@ -274,7 +274,7 @@ TEST_F(GstPlayerFileRetryTest, a_copy_that_was_cut_goes_on_when_it_is_whole_agai
     EXPECT_EQ(watch.reports, (Reports{"state 1", "state 2", "finished 0"}));
 }
 
-TEST_F(GstPlayerFileRetryTest, a_copy_that_stays_cut_fails_four_times_in_all)
+TEST_F(GstPlayerFileRetryTest, ACopyThatStaysTruncatedFailsFourTimesInAll)
 {
     const std::string all = bytes_of(Clip);
     write(all.substr(0, all.size() * 6 / 10));
@@ -287,7 +287,7 @@ TEST_F(GstPlayerFileRetryTest, a_copy_that_stays_cut_fails_four_times_in_all)
     EXPECT_EQ(failures.size(), 4U);
 }
 
-TEST_F(GstPlayerFileRetryTest, a_copy_that_vanishes_while_it_plays_plays_on_and_again)
+TEST_F(GstPlayerFileRetryTest, ACopyRemovedWhileItPlaysPlaysOnAndAgain)
 {
     GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
     ASSERT_TRUE(watch.until("state 1"));
@@ -303,7 +303,7 @@ TEST_F(GstPlayerFileRetryTest, a_copy_that_vanishes_while_it_plays_plays_on_and_
     EXPECT_TRUE(failures.empty());
 }
 
-TEST_F(GstPlayerFileRetryTest, a_copy_that_has_vanished_before_it_is_opened_fails_until_it_is_there)
+TEST_F(GstPlayerFileRetryTest, ACopyRemovedBeforeItIsOpenedFailsUntilItExists)
 {
     std::filesystem::remove(path);
     GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
@@ -316,7 +316,7 @@ TEST_F(GstPlayerFileRetryTest, a_copy_that_has_vanished_before_it_is_opened_fail
     EXPECT_EQ(watch.reports, after_one_failure());
 }
 
-TEST_F(GstPlayerFileRetryTest, a_copy_that_is_cut_while_it_plays_fails_where_it_ends_now)
+TEST_F(GstPlayerFileRetryTest, ACopyTruncatedWhileItPlaysFailsAtItsNewEnd)
 {
     GstPlayer& player = watch.open(NSURL::fileURLWithPath(path));
     ASSERT_TRUE(watch.until("state 1"));

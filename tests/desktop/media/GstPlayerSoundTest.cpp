@@ -10,7 +10,7 @@ namespace qoro::test
 namespace
 {
 
-TEST_F(GstPlayerTest, plays_on_time_with_sound)
+TEST_F(GstPlayerTest, PlaysOnTimeWithSound)
 {
     const SoundServer sound;
     ASSERT_TRUE(sound.runs());
@@ -26,7 +26,7 @@ TEST_F(GstPlayerTest, plays_on_time_with_sound)
     EXPECT_EQ(player.current_time(), Duration);
 }
 
-TEST_F(GstPlayerTest, its_sound_begins_with_the_volume_that_it_is_given)
+TEST_F(GstPlayerTest, ItsSoundBeginsWithTheGivenVolume)
 {
     const SoundServer sound;
     ASSERT_TRUE(sound.runs());
@@ -42,7 +42,7 @@ TEST_F(GstPlayerTest, its_sound_begins_with_the_volume_that_it_is_given)
     EXPECT_EQ(first, "40%");
 }
 
-TEST_F(GstPlayerTest, a_silent_player_opens_no_sound)
+TEST_F(GstPlayerTest, ASilentPlayerOpensNoSound)
 {
     const SoundServer sound;
     ASSERT_TRUE(sound.runs());
@@ -54,7 +54,7 @@ TEST_F(GstPlayerTest, a_silent_player_opens_no_sound)
     EXPECT_EQ(sound.pactl("list short sink-inputs"), "");
 }
 
-TEST_F(GstPlayerTest, a_sound_server_that_ends_leaves_a_silent_video)
+TEST_F(GstPlayerTest, ASoundServerThatEndsLeavesASilentVideo)
 {
     SoundServer sound;
     ASSERT_TRUE(sound.runs());
@@ -69,7 +69,7 @@ TEST_F(GstPlayerTest, a_sound_server_that_ends_leaves_a_silent_video)
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "finished 0"}));
 }
 
-TEST_F(GstPlayerTest, a_sound_server_that_says_nothing_leaves_a_silent_video)
+TEST_F(GstPlayerTest, AnUnresponsiveSoundServerLeavesASilentVideo)
 {
     const std::string path = testing::TempDir() + "/mute-server";
     std::filesystem::remove(path);

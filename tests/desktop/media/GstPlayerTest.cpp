@@ -12,7 +12,7 @@ namespace
 
 // ---------------------------------------------------------------------------------------------- start, play, end
 
-TEST_F(GstPlayerTest, loads_plays_and_ends_in_this_order)
+TEST_F(GstPlayerTest, LoadsPlaysAndEndsInThisOrder)
 {
     GstPlayer& player = watch.open(file());
 
@@ -23,7 +23,7 @@ TEST_F(GstPlayerTest, loads_plays_and_ends_in_this_order)
     EXPECT_EQ(player.current_time(), player.duration());
 }
 
-TEST_F(GstPlayerTest, the_time_is_exactly_the_duration_when_the_pause_at_the_end_is_reported)
+TEST_F(GstPlayerTest, TheTimeIsExactlyTheDurationWhenThePauseAtTheEndIsReported)
 {
     GstPlayer& player = watch.open(file());
     double time = 0;
@@ -37,7 +37,7 @@ TEST_F(GstPlayerTest, the_time_is_exactly_the_duration_when_the_pause_at_the_end
     EXPECT_EQ(time, Duration);
 }
 
-TEST_F(GstPlayerTest, reads_nothing_before_it_is_loaded)
+TEST_F(GstPlayerTest, ReadsNothingBeforeItIsLoaded)
 {
     GstPlayer& player = watch.open(file());
 
@@ -47,7 +47,7 @@ TEST_F(GstPlayerTest, reads_nothing_before_it_is_loaded)
     EXPECT_EQ(player.playback_state(), MPMoviePlaybackStateStopped);
 }
 
-TEST_F(GstPlayerTest, without_autoplay_it_loads_and_waits)
+TEST_F(GstPlayerTest, WithoutAutoplayItLoadsAndWaits)
 {
     GstPlayer& player = watch.open(file(), false);
 
@@ -58,14 +58,14 @@ TEST_F(GstPlayerTest, without_autoplay_it_loads_and_waits)
     EXPECT_EQ(player.current_time(), 0);
 }
 
-TEST_F(GstPlayerTest, a_play_before_it_is_loaded_counts)
+TEST_F(GstPlayerTest, APlayBeforeItIsLoadedCounts)
 {
     watch.open(file(), false).play();
 
     EXPECT_TRUE(watch.until("state 1"));
 }
 
-TEST_F(GstPlayerTest, a_pause_before_it_is_loaded_takes_back_a_play)
+TEST_F(GstPlayerTest, APauseBeforeItIsLoadedRevokesAPlay)
 {
     GstPlayer& player = watch.open(file(), false);
     player.play();
@@ -77,14 +77,14 @@ TEST_F(GstPlayerTest, a_pause_before_it_is_loaded_takes_back_a_play)
     EXPECT_FALSE(watch.has("state 1"));
 }
 
-TEST_F(GstPlayerTest, a_pause_before_it_is_loaded_leaves_autoplay)
+TEST_F(GstPlayerTest, APauseBeforeItIsLoadedLeavesAutoplay)
 {
     watch.open(file()).pause();
 
     EXPECT_TRUE(watch.until("state 1"));
 }
 
-TEST_F(GstPlayerTest, a_play_while_it_plays_reports_nothing)
+TEST_F(GstPlayerTest, APlayWhileItPlaysReportsNothing)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until("state 1"));
@@ -95,7 +95,7 @@ TEST_F(GstPlayerTest, a_play_while_it_plays_reports_nothing)
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1"}));
 }
 
-TEST_F(GstPlayerTest, the_time_moves_with_the_clock_while_it_plays)
+TEST_F(GstPlayerTest, TheTimeMovesWithTheClockWhileItPlays)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.3; }));
@@ -113,7 +113,7 @@ TEST_F(GstPlayerTest, the_time_moves_with_the_clock_while_it_plays)
     EXPECT_LE(moved, most + 0.05);
 }
 
-TEST_F(GstPlayerTest, the_time_stands_still_while_it_is_paused)
+TEST_F(GstPlayerTest, TheTimeDoesNotMoveWhilePaused)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.3; }));
@@ -126,7 +126,7 @@ TEST_F(GstPlayerTest, the_time_stands_still_while_it_is_paused)
     EXPECT_EQ(player.current_time(), from);
 }
 
-TEST_F(GstPlayerTest, goes_on_after_a_pause_where_it_stood)
+TEST_F(GstPlayerTest, ContinuesAfterAPauseAtTheSamePosition)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.3; }));
@@ -144,7 +144,7 @@ TEST_F(GstPlayerTest, goes_on_after_a_pause_where_it_stood)
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "state 1"}));
 }
 
-TEST_F(GstPlayerTest, what_plays_pauses_when_the_app_is_left)
+TEST_F(GstPlayerTest, APlayingVideoPausesWhenTheAppIsLeft)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until("state 1"));
@@ -157,7 +157,7 @@ TEST_F(GstPlayerTest, what_plays_pauses_when_the_app_is_left)
     EXPECT_EQ(player.playback_state(), MPMoviePlaybackStatePaused);
 }
 
-TEST_F(GstPlayerTest, a_play_after_the_end_starts_at_0)
+TEST_F(GstPlayerTest, APlayAfterTheEndStartsAt0)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until("state 1"));
@@ -174,7 +174,7 @@ TEST_F(GstPlayerTest, a_play_after_the_end_starts_at_0)
     EXPECT_LT(player.current_time(), 3.5);
 }
 
-TEST_F(GstPlayerTest, a_replay_ends_like_the_first_run)
+TEST_F(GstPlayerTest, AReplayEndsLikeTheFirstRun)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until("state 1"));
@@ -190,7 +190,7 @@ TEST_F(GstPlayerTest, a_replay_ends_like_the_first_run)
     EXPECT_EQ(player.current_time(), Duration);
 }
 
-TEST_F(GstPlayerTest, a_replay_asks_the_server_for_nothing_again)
+TEST_F(GstPlayerTest, AReplayRequestsNothingAgain)
 {
     GstPlayer& player = watch.open(served());
     ASSERT_TRUE(watch.until("state 1"));
@@ -204,7 +204,7 @@ TEST_F(GstPlayerTest, a_replay_asks_the_server_for_nothing_again)
     EXPECT_EQ(server.requests(), asked);
 }
 
-TEST_F(GstPlayerTest, what_it_keeps_of_a_video_has_no_name_to_be_left_behind)
+TEST_F(GstPlayerTest, ItsBufferFileHasNoNameAndCannotBeLeftBehind)
 {
     watch.open(served());
     ASSERT_TRUE(watch.until("state 1"));
@@ -223,7 +223,7 @@ TEST_F(GstPlayerTest, what_it_keeps_of_a_video_has_no_name_to_be_left_behind)
 
 // --------------------------------------------------------------------------------------------------------- seeking
 
-TEST_F(GstPlayerTest, a_seek_while_it_plays_goes_on_playing_from_there)
+TEST_F(GstPlayerTest, ASeekDuringPlaybackContinuesFromThere)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until("state 1"));
@@ -238,7 +238,7 @@ TEST_F(GstPlayerTest, a_seek_while_it_plays_goes_on_playing_from_there)
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1"}));
 }
 
-TEST_F(GstPlayerTest, a_seek_while_paused_shows_the_picture_there_and_stays_paused)
+TEST_F(GstPlayerTest, ASeekWhilePausedShowsThePictureThereAndStaysPaused)
 {
     GstPlayer& player = watch.open(file(), false);
     player.set_picture_size(32, 18);
@@ -252,7 +252,7 @@ TEST_F(GstPlayerTest, a_seek_while_paused_shows_the_picture_there_and_stays_paus
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3"}));
 }
 
-TEST_F(GstPlayerTest, a_seek_is_held_within_the_video)
+TEST_F(GstPlayerTest, ASeekIsClampedToTheVideo)
 {
     GstPlayer& player = watch.open(file(), false);
     ASSERT_TRUE(watch.until("load 3"));
@@ -269,7 +269,7 @@ TEST_F(GstPlayerTest, a_seek_is_held_within_the_video)
     EXPECT_EQ(none, 0);
 }
 
-TEST_F(GstPlayerTest, a_seek_before_it_is_loaded_does_nothing)
+TEST_F(GstPlayerTest, ASeekBeforeItIsLoadedDoesNothing)
 {
     GstPlayer& player = watch.open(file(), false);
 
@@ -279,7 +279,7 @@ TEST_F(GstPlayerTest, a_seek_before_it_is_loaded_does_nothing)
     EXPECT_EQ(player.current_time(), 0);
 }
 
-TEST_F(GstPlayerTest, a_seek_lifts_the_end_and_play_goes_on_from_there)
+TEST_F(GstPlayerTest, ASeekRevokesTheEndAndPlayContinuesFromThere)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until("state 1"));
@@ -294,7 +294,7 @@ TEST_F(GstPlayerTest, a_seek_lifts_the_end_and_play_goes_on_from_there)
     EXPECT_LE(player.current_time(), 1.5 + loop.now() - before + 0.15);
 }
 
-TEST_F(GstPlayerTest, a_seek_to_the_end_while_it_plays_ends_it)
+TEST_F(GstPlayerTest, ASeekToTheEndWhileItPlaysEndsIt)
 {
     GstPlayer& player = watch.open(file());
     ASSERT_TRUE(watch.until("state 1"));
@@ -305,7 +305,7 @@ TEST_F(GstPlayerTest, a_seek_to_the_end_while_it_plays_ends_it)
     EXPECT_EQ(watch.reports, (Reports{"load 1", "load 3", "state 1", "state 2", "finished 0"}));
 }
 
-TEST_F(GstPlayerTest, of_many_seeks_the_last_one_counts)
+TEST_F(GstPlayerTest, OfManySeeksTheLastOneCounts)
 {
     GstPlayer& player = watch.open(file(), false);
     player.set_picture_size(32, 18);
@@ -326,7 +326,7 @@ class GstPlayerDropTest : public GstPlayerTest, public testing::WithParamInterfa
 {
 };
 
-TEST_P(GstPlayerDropTest, a_player_dropped_inside_a_report_says_no_more)
+TEST_P(GstPlayerDropTest, APlayerDestroyedInsideAReportReportsNothingMore)
 {
     GstPlayer& player = watch.open(file());
     watch.on_report = [&] {
@@ -346,7 +346,7 @@ TEST_P(GstPlayerDropTest, a_player_dropped_inside_a_report_says_no_more)
 INSTANTIATE_TEST_SUITE_P(Reports, GstPlayerDropTest,
                          testing::Values("load 1", "load 3", "state 1", "state 2", "finished 0"));
 
-TEST_F(GstPlayerTest, players_come_and_go_quickly)
+TEST_F(GstPlayerTest, PlayersAreCreatedAndDestroyedQuickly)
 {
     for (int count = 0; count < 20; ++count) {
         watch.open(served());

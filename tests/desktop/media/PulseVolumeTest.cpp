@@ -57,7 +57,7 @@ protected:
     int changes = 0;
 };
 
-TEST_F(SystemVolumeTest, reads_the_devices_volume_at_once)
+TEST_F(SystemVolumeTest, ReadsTheDevicesVolumeAtOnce)
 {
     sound.pactl("set-sink-volume nothing 50%");
 
@@ -68,7 +68,7 @@ TEST_F(SystemVolumeTest, reads_the_devices_volume_at_once)
     EXPECT_FALSE(read.player_volume().has_value());
 }
 
-TEST_F(SystemVolumeTest, sets_the_devices_volume_and_reports_it_once)
+TEST_F(SystemVolumeTest, SetsTheDevicesVolumeAndReportsItOnce)
 {
     open();
 
@@ -84,7 +84,7 @@ TEST_F(SystemVolumeTest, sets_the_devices_volume_and_reports_it_once)
     EXPECT_EQ(volume->value(), 0.3F);
 }
 
-TEST_F(SystemVolumeTest, setting_the_volume_that_it_has_is_no_change)
+TEST_F(SystemVolumeTest, SettingTheCurrentVolumeIsNoChange)
 {
     open();
 
@@ -94,7 +94,7 @@ TEST_F(SystemVolumeTest, setting_the_volume_that_it_has_is_no_change)
     EXPECT_EQ(changes, 0);
 }
 
-TEST_F(SystemVolumeTest, of_quick_settings_the_last_one_stays)
+TEST_F(SystemVolumeTest, OfQuickChangesTheLastOneStays)
 {
     open();
 
@@ -107,7 +107,7 @@ TEST_F(SystemVolumeTest, of_quick_settings_the_last_one_stays)
     EXPECT_EQ(changes, 5);
 }
 
-TEST_F(SystemVolumeTest, follows_what_the_person_at_the_machine_sets)
+TEST_F(SystemVolumeTest, FollowsChangesByTheUser)
 {
     open();
 
@@ -119,7 +119,7 @@ TEST_F(SystemVolumeTest, follows_what_the_person_at_the_machine_sets)
     EXPECT_EQ(changes, 1);
 }
 
-TEST_F(SystemVolumeTest, a_muted_device_reads_0)
+TEST_F(SystemVolumeTest, AMutedDeviceReads0)
 {
     open();
 
@@ -129,7 +129,7 @@ TEST_F(SystemVolumeTest, a_muted_device_reads_0)
     EXPECT_EQ(volume->value(), 0);
 }
 
-TEST_F(SystemVolumeTest, a_volume_above_0_unmutes_the_device)
+TEST_F(SystemVolumeTest, AVolumeAbove0UnmutesTheDevice)
 {
     sound.pactl("set-sink-mute nothing 1");
     open();
@@ -139,7 +139,7 @@ TEST_F(SystemVolumeTest, a_volume_above_0_unmutes_the_device)
     EXPECT_TRUE(until([&] { return sound.device_volume() == "50%"; }));
 }
 
-TEST_F(SystemVolumeTest, a_volume_set_before_the_connection_stands_is_not_lost)
+TEST_F(SystemVolumeTest, AVolumeSetBeforeTheConnectionIsNotLost)
 {
     PulseVolume early(loop, PulseVolume::Scope::System);
 
@@ -149,7 +149,7 @@ TEST_F(SystemVolumeTest, a_volume_set_before_the_connection_stands_is_not_lost)
     EXPECT_EQ(early.value(), 0.25F);
 }
 
-TEST_F(SystemVolumeTest, puts_back_what_it_found)
+TEST_F(SystemVolumeTest, RestoresTheOriginalVolume)
 {
     sound.pactl("set-sink-volume nothing 64%");
     sound.pactl("set-sink-mute nothing 1");
@@ -162,7 +162,7 @@ TEST_F(SystemVolumeTest, puts_back_what_it_found)
     EXPECT_EQ(sound.device_volume(), "64% muted");
 }
 
-TEST_F(SystemVolumeTest, leaves_alone_what_it_did_not_change)
+TEST_F(SystemVolumeTest, DoesNotRestoreAVolumeThatItDidNotSet)
 {
     open();
     sound.pactl("set-sink-volume nothing 44%");
@@ -175,7 +175,7 @@ TEST_F(SystemVolumeTest, leaves_alone_what_it_did_not_change)
 
 // Disabled, because it kills its process. The next test runs it in a separate process and checks the volume after the
 // crash.
-TEST(CrashingProgram, DISABLED_changes_the_volume_and_crashes)
+TEST(CrashingProgram, DISABLED_ChangesTheVolumeAndCrashes)
 {
     GlibLoop loop;
     PulseVolume volume(loop, PulseVolume::Scope::System);
@@ -185,7 +185,7 @@ TEST(CrashingProgram, DISABLED_changes_the_volume_and_crashes)
     raise(SIGKILL);
 }
 
-TEST_F(SystemVolumeTest, a_crash_puts_back_what_was_found)
+TEST_F(SystemVolumeTest, ACrashRestoresTheOriginalVolume)
 {
     sound.pactl("set-sink-volume nothing 64%");
     const std::string self = std::filesystem::read_symlink("/proc/self/exe");
@@ -231,7 +231,7 @@ protected:
     int changes = 0;
 };
 
-TEST_F(ProgramVolumeTest, begins_at_full_whatever_the_devices_volume)
+TEST_F(ProgramVolumeTest, BeginsAtFullWhateverTheDevicesVolume)
 {
     sound.pactl("set-sink-volume nothing 50%");
     open();
@@ -243,7 +243,7 @@ TEST_F(ProgramVolumeTest, begins_at_full_whatever_the_devices_volume)
     EXPECT_EQ(changes, 0);
 }
 
-TEST_F(ProgramVolumeTest, sets_its_own_stream_and_leaves_the_device)
+TEST_F(ProgramVolumeTest, SetsItsOwnStreamAndLeavesTheDevice)
 {
     open();
     ASSERT_TRUE(plays());
@@ -257,7 +257,7 @@ TEST_F(ProgramVolumeTest, sets_its_own_stream_and_leaves_the_device)
     EXPECT_EQ(volume->value(), 0.3F);
 }
 
-TEST_F(ProgramVolumeTest, a_volume_set_before_there_is_a_stream_holds_for_it)
+TEST_F(ProgramVolumeTest, AVolumeSetBeforeTheStreamAppliesToIt)
 {
     open();
     volume->set_value(0);
@@ -269,7 +269,7 @@ TEST_F(ProgramVolumeTest, a_volume_set_before_there_is_a_stream_holds_for_it)
     EXPECT_EQ(changes, 1);
 }
 
-TEST_F(ProgramVolumeTest, follows_what_the_person_at_the_machine_sets)
+TEST_F(ProgramVolumeTest, FollowsChangesByTheUser)
 {
     open();
     ASSERT_TRUE(plays());
@@ -284,7 +284,7 @@ TEST_F(ProgramVolumeTest, follows_what_the_person_at_the_machine_sets)
     EXPECT_EQ(changes, 1);
 }
 
-TEST_F(ProgramVolumeTest, the_streams_of_other_programs_are_not_followed)
+TEST_F(ProgramVolumeTest, TheStreamsOfOtherProgramsAreNotFollowed)
 {
     open();
     ASSERT_TRUE(plays());
@@ -304,7 +304,7 @@ TEST_F(ProgramVolumeTest, the_streams_of_other_programs_are_not_followed)
     const_cast<std::thread&>(other).join();
 }
 
-TEST_F(ProgramVolumeTest, puts_back_what_its_stream_began_with)
+TEST_F(ProgramVolumeTest, RestoresItsStreamsOriginalVolume)
 {
     open();
     ASSERT_TRUE(plays());
@@ -316,7 +316,7 @@ TEST_F(ProgramVolumeTest, puts_back_what_its_stream_began_with)
     EXPECT_EQ(sound.stream_volume(), "100%");
 }
 
-TEST(PulseVolumeWithoutServer, is_a_number_that_is_kept_and_reported)
+TEST(PulseVolumeWithoutServer, StoresAndReportsTheValue)
 {
     without_sound_server();
     GlibLoop loop;
@@ -334,7 +334,7 @@ TEST(PulseVolumeWithoutServer, is_a_number_that_is_kept_and_reported)
     EXPECT_EQ(volume.player_volume(), 0.4F);
 }
 
-TEST(PulseVolumeWithoutServer, a_value_outside_the_range_is_held_within)
+TEST(PulseVolumeWithoutServer, AValueOutsideTheRangeIsClamped)
 {
     without_sound_server();
     GlibLoop loop;

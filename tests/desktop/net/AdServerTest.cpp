@@ -69,7 +69,7 @@ bool has_header(const std::string& answer, const std::string& header)
 }
 } // namespace
 
-TEST_F(AdServerTest, ATrackersAnswerSaysThatItsConnectionEnds)
+TEST_F(AdServerTest, ATrackersAnswerClosesItsConnection)
 {
     const int port = test::port_of(server->base());
     const std::string answer =
@@ -108,7 +108,7 @@ TEST_F(AdServerTest, NothingOutsideTheFolderIsServed)
     EXPECT_EQ(status_of(get("/%zz")), "HTTP/1.1 400");
 }
 
-TEST_F(AdServerTest, NoLinkLeadsOutOfTheFolder)
+TEST_F(AdServerTest, NoSymbolicLinkLeadsOutOfTheFolder)
 {
     EXPECT_EQ(status_of(get("/way-out.txt")), "HTTP/1.1 404");
     EXPECT_EQ(status_of(get("/way-up/secret.txt")), "HTTP/1.1 404");
@@ -123,7 +123,7 @@ TEST_F(AdServerTest, AFolderIsNotListed)
     EXPECT_EQ(status_of(get("/sub/")), "HTTP/1.1 404");
 }
 
-TEST_F(AdServerTest, APageThatCameByAnotherHostNameReadsNothing)
+TEST_F(AdServerTest, ARequestWithAnotherHostNameIsRefused)
 {
     const int port = test::port_of(server->base());
     const std::string answer =
@@ -174,7 +174,7 @@ TEST_F(AdServerTest, ALargeFileArrivesWhole)
     EXPECT_EQ(body_of(get("/large.bin", "Range: bytes=100000-299998\r\n")), large.substr(100000, 199999));
 }
 
-TEST_F(AdServerTest, AnEmptyFileIsAFile)
+TEST_F(AdServerTest, AnEmptyFileIsServed)
 {
     write("ad/empty.txt", "");
     const std::string answer = get("/empty.txt");
@@ -182,7 +182,7 @@ TEST_F(AdServerTest, AnEmptyFileIsAFile)
     EXPECT_EQ(body_of(answer), "");
 }
 
-TEST_F(AdServerTest, TheScriptLibraryAnswersForEveryMraidScriptThatIsNoFile)
+TEST_F(AdServerTest, TheScriptLibraryIsServedForEveryMraidScriptThatIsNotAFile)
 {
     EXPECT_EQ(body_of(get("/qoro-player.js")), "library");
     EXPECT_EQ(body_of(get("/sub/mraid.js")), "library");
@@ -206,7 +206,7 @@ TEST_F(AdServerTest, ATrackerIsAnsweredWithoutABodyAndRecordedAsItWasSent)
     EXPECT_EQ(hits[1].target, "/t/at/12.5/x");
 }
 
-TEST_F(AdServerTest, WhatIsNeitherFileNorTrackerIsNotFoundAndRecordedToo)
+TEST_F(AdServerTest, AnythingElseIsNotFoundAndRecordedToo)
 {
     EXPECT_EQ(status_of(get("/t/other")), "HTTP/1.1 404");
     const auto hits = server->hits();
@@ -222,7 +222,7 @@ TEST_F(AdServerTest, FilesAreOnlyRead)
     EXPECT_TRUE(fs::exists(root / "ad" / "page.html"));
 }
 
-TEST_F(AdServerTest, TellsOfEachHitOnce)
+TEST_F(AdServerTest, ReportsEachHitOnce)
 {
     std::atomic<int> told = 0;
     AdServer telling({.folder = (root / "ad").string(), .trackers = {"/t"}, .script = ""},
@@ -232,7 +232,7 @@ TEST_F(AdServerTest, TellsOfEachHitOnce)
     EXPECT_EQ(told, 1);
 }
 
-TEST_F(AdServerTest, AFolderThatIsNotThereIsAnErrorInWords)
+TEST_F(AdServerTest, AMissingFolderIsAnErrorWithAReason)
 {
     const AdServer nowhere({.folder = (root / "no").string(), .trackers = {}, .script = ""});
     EXPECT_FALSE(nowhere.listens());
@@ -240,7 +240,7 @@ TEST_F(AdServerTest, AFolderThatIsNotThereIsAnErrorInWords)
     EXPECT_EQ(nowhere.error(), "No such file or directory");
 }
 
-TEST(ContentTypeTest, GoesByTheExtensionWhateverItsCase)
+TEST(ContentTypeTest, DependsOnTheExtensionWhateverItsCase)
 {
     EXPECT_STREQ(content_type_of("/a/CLIP.MP4"), "video/mp4");
     EXPECT_STREQ(content_type_of("icon.png"), "image/png");

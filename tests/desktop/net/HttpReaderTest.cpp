@@ -101,7 +101,7 @@ protected:
     Outcome last = Outcome::Stopped;
 };
 
-TEST_F(HttpReaderTest, GivesTheFileByteForByteByOneRequest)
+TEST_F(HttpReaderTest, ReadsTheFileByteForByteWithOneRequest)
 {
     HttpReader reader(serve(Manner{}));
 
@@ -120,7 +120,7 @@ TEST_F(HttpReaderTest, NamesItselfAndWantsTheBytesAsTheyAre)
     EXPECT_NE(heads[0].find("Accept-Encoding: identity\r\n"), std::string::npos) << heads[0];
 }
 
-TEST_F(HttpReaderTest, KnowsSizeAndJumpsOnceTheServerHasAnswered)
+TEST_F(HttpReaderTest, KnowsSizeAndSeekabilityOnceTheServerHasAnswered)
 {
     HttpReader reader(serve(Manner{}));
     EXPECT_FALSE(reader.size());
@@ -132,7 +132,7 @@ TEST_F(HttpReaderTest, KnowsSizeAndJumpsOnceTheServerHasAnswered)
     EXPECT_TRUE(reader.can_jump());
 }
 
-TEST_F(HttpReaderTest, AServerThatAcceptsNoRangesCannotJump)
+TEST_F(HttpReaderTest, AServerThatAcceptsNoRangesIsNotSeekable)
 {
     HttpReader reader(serve(Manner{.knows_ranges = false, .more_headers = "Accept-Ranges: none\r\n"}));
     read_all(reader);
@@ -150,7 +150,7 @@ TEST_F(HttpReaderTest, AFileOfUnknownSizeEndsWithItsConnection)
     EXPECT_FALSE(reader.can_jump());
 }
 
-TEST_F(HttpReaderTest, AnotherPositionIsAskedForAsARange)
+TEST_F(HttpReaderTest, AnotherPositionIsRequestedAsARange)
 {
     HttpReader reader(serve(Manner{}));
     EXPECT_TRUE(read_all(reader, 70'000) == file.substr(70'000));
@@ -158,7 +158,7 @@ TEST_F(HttpReaderTest, AnotherPositionIsAskedForAsARange)
     EXPECT_EQ(heads.size(), 2U);
 }
 
-TEST_F(HttpReaderTest, BehindTheEndNothingIsAskedFor)
+TEST_F(HttpReaderTest, NothingIsRequestedBehindTheEnd)
 {
     HttpReader reader(serve(Manner{}));
     read_all(reader);
@@ -168,7 +168,7 @@ TEST_F(HttpReaderTest, BehindTheEndNothingIsAskedFor)
     EXPECT_EQ(heads.size(), 1U);
 }
 
-TEST_F(HttpReaderTest, ABrokenConnectionIsTakenUpAgainWhereItBroke)
+TEST_F(HttpReaderTest, ABrokenConnectionIsResumedWhereItBroke)
 {
     HttpReader reader(serve(Manner{.hangs_up_after = 30'000}));
 
@@ -191,7 +191,7 @@ TEST_F(HttpReaderTest, AServerWithoutRangesIsReadUpToThereAgain)
     EXPECT_EQ(heads.size(), 2U);
 }
 
-TEST_F(HttpReaderTest, AServerThatHangsUpWithoutAByteIsAskedTwice)
+TEST_F(HttpReaderTest, AServerThatClosesWithoutAByteIsTriedTwice)
 {
     HttpReader reader(serve(Manner{.hangs_up_after = 0}));
 
@@ -201,7 +201,7 @@ TEST_F(HttpReaderTest, AServerThatHangsUpWithoutAByteIsAskedTwice)
     EXPECT_EQ(heads.size(), 2U);
 }
 
-TEST_F(HttpReaderTest, OnlyTheSameVersionIsGoneOnWith)
+TEST_F(HttpReaderTest, OnlyTheSameVersionIsResumed)
 {
     HttpReader reader(serve(Manner{.hangs_up_after = 60'000, .more_headers = "ETag: \"one\"\r\n"}));
     read_all(reader);
@@ -210,7 +210,7 @@ TEST_F(HttpReaderTest, OnlyTheSameVersionIsGoneOnWith)
     EXPECT_NE(heads[1].find("If-Range: \"one\"\r\n"), std::string::npos) << heads[1];
 }
 
-TEST_F(HttpReaderTest, AWeakNameOfAVersionIsNotReliedOn)
+TEST_F(HttpReaderTest, AWeakETagIsNotSentAsIfRange)
 {
     HttpReader reader(serve(Manner{.hangs_up_after = 60'000, .more_headers = "ETag: W/\"one\"\r\n"}));
     read_all(reader);
@@ -218,7 +218,7 @@ TEST_F(HttpReaderTest, AWeakNameOfAVersionIsNotReliedOn)
     EXPECT_EQ(heads[1].find("If-Range"), std::string::npos) << heads[1];
 }
 
-TEST_F(HttpReaderTest, AFileThatIsAnotherNowFails)
+TEST_F(HttpReaderTest, AReplacedFileFails)
 {
     int answers = 0;
     HttpReader reader(serve([&](const std::string& head, const auto& connection) {
@@ -231,7 +231,7 @@ TEST_F(HttpReaderTest, AFileThatIsAnotherNowFails)
     EXPECT_EQ(reader.error(), "it has changed at its server");
 }
 
-TEST_F(HttpReaderTest, APartOfAnotherVersionFails)
+TEST_F(HttpReaderTest, ARangeOfAnotherVersionFails)
 {
     int answers = 0;
     HttpReader reader(serve([&](const std::string& head, const auto& connection) {
@@ -244,7 +244,7 @@ TEST_F(HttpReaderTest, APartOfAnotherVersionFails)
     EXPECT_EQ(reader.error(), "it has changed at its server");
 }
 
-TEST_F(HttpReaderTest, AServerThatHangsUpAgainAndAgainIsLeftInTheEnd)
+TEST_F(HttpReaderTest, AServerThatKeepsClosingIsGivenUp)
 {
     HttpReader reader(serve(Manner{.hangs_up_after = 1}));
 
@@ -253,7 +253,7 @@ TEST_F(HttpReaderTest, AServerThatHangsUpAgainAndAgainIsLeftInTheEnd)
     EXPECT_EQ(reader.error(), "its server hung up");
 }
 
-TEST_F(HttpReaderTest, ATooLargeFileIsRefusedBeforeItComes)
+TEST_F(HttpReaderTest, ATooLargeFileIsRefusedBeforeItsBody)
 {
     HttpReader reader(serve(Manner{}), {.size = 99'999});
     EXPECT_EQ(read_all(reader), "");
@@ -261,7 +261,7 @@ TEST_F(HttpReaderTest, ATooLargeFileIsRefusedBeforeItComes)
     EXPECT_EQ(reader.error(), "it is larger than 99999 bytes");
 }
 
-TEST_F(HttpReaderTest, APackedFileIsRefused)
+TEST_F(HttpReaderTest, ACompressedFileIsRefused)
 {
     HttpReader reader(serve(Manner{.more_headers = "Content-Encoding: gzip\r\n"}));
     EXPECT_EQ(read_all(reader), "");
@@ -269,7 +269,7 @@ TEST_F(HttpReaderTest, APackedFileIsRefused)
     EXPECT_EQ(reader.error(), "its server sent it packed, expected it as it is");
 }
 
-TEST_F(HttpReaderTest, AServerThatSendsEverythingForAPartCannotJump)
+TEST_F(HttpReaderTest, AServerThatAnswersARangeWithTheWholeFileIsNotSeekable)
 {
     HttpReader reader(serve(Manner{.knows_ranges = false}));
     std::string bytes(1000, '\0');
@@ -284,7 +284,7 @@ TEST_F(HttpReaderTest, AServerThatSendsEverythingForAPartCannotJump)
     EXPECT_FALSE(reader.can_jump()) << "for good";
 }
 
-TEST_F(HttpReaderTest, AnotherPartThanAskedForFails)
+TEST_F(HttpReaderTest, AnotherRangeThanRequestedFails)
 {
     HttpReader reader(serve([](const std::string&, const auto& connection) {
         connection.send("HTTP/1.1 206 Part\r\nContent-Range: bytes 0-99/100000\r\nContent-Length: 100\r\n\r\n" +
@@ -295,7 +295,7 @@ TEST_F(HttpReaderTest, AnotherPartThanAskedForFails)
     EXPECT_EQ(reader.error(), "its server sent another part than was asked for");
 }
 
-TEST_F(HttpReaderTest, APartThatCannotBeFails)
+TEST_F(HttpReaderTest, AnImpossibleRangeFails)
 {
     for (const char* range : {"-1-5/100", "50-40/100", "50-99/60", "50-99/50", "99999999999999999999-9/100", "x"}) {
         HttpReader reader(serve([range](const std::string&, const auto& connection) {
@@ -308,7 +308,7 @@ TEST_F(HttpReaderTest, APartThatCannotBeFails)
     }
 }
 
-TEST_F(HttpReaderTest, ALengthThatIsNoneFails)
+TEST_F(HttpReaderTest, AnInvalidContentLengthFails)
 {
     for (const char* length : {"-1", "9223372036854775808", "18446744073709551615"}) {
         HttpReader reader(serve([length](const std::string&, const auto& connection) {
@@ -320,7 +320,7 @@ TEST_F(HttpReaderTest, ALengthThatIsNoneFails)
     }
 }
 
-TEST_F(HttpReaderTest, WhatAServerRefusesIsNotAskedForAgain)
+TEST_F(HttpReaderTest, ARefusedRequestIsNotRepeated)
 {
     HttpReader reader(serve([](const std::string&, const auto& connection) {
         connection.send("HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\nConnection: close\r\n\r\ngone");
@@ -333,7 +333,7 @@ TEST_F(HttpReaderTest, WhatAServerRefusesIsNotAskedForAgain)
     EXPECT_EQ(heads.size(), 1U);
 }
 
-TEST_F(HttpReaderTest, AServerThatIsNotThereFails)
+TEST_F(HttpReaderTest, AnUnreachableServerFails)
 {
     const std::string address = serve(Manner{});
     server.reset();
@@ -343,7 +343,7 @@ TEST_F(HttpReaderTest, AServerThatIsNotThereFails)
     EXPECT_EQ(reader.error(), "its server can't be reached");
 }
 
-TEST_F(HttpReaderTest, WhatIsNoHttpAddressFails)
+TEST_F(HttpReaderTest, AnAddressThatIsNotHttpFails)
 {
     HttpReader reader("gopher://ads.example/v.mp4");
     EXPECT_EQ(read_all(reader), "");
@@ -351,7 +351,7 @@ TEST_F(HttpReaderTest, WhatIsNoHttpAddressFails)
     EXPECT_EQ(reader.error(), "its address is none of http or https");
 }
 
-TEST_F(HttpReaderTest, ASilentServerFailsAfterItsTimeAndASecondTry)
+TEST_F(HttpReaderTest, ASilentServerFailsAfterTheTimeOutAndASecondTry)
 {
     HttpReader reader(serve([](const auto&, const auto& connection) { connection.wait_for_close(); }),
                       {.silent_seconds = 1, .attempts = 2});
@@ -361,7 +361,7 @@ TEST_F(HttpReaderTest, ASilentServerFailsAfterItsTimeAndASecondTry)
     EXPECT_EQ(heads.size(), 2U);
 }
 
-TEST_F(HttpReaderTest, AServerThatFallsSilentInMidFileFailsAfterItsTimeAndASecondTry)
+TEST_F(HttpReaderTest, AServerThatStallsInMidFileFailsAfterTheTimeOutAndASecondTry)
 {
     HttpReader reader(serve([this](const std::string& head, const auto& connection) {
                           connection.send(answer_of(file, head, {.hangs_up_after = range_of(head) ? 0U : 30'000U}));
@@ -400,7 +400,7 @@ TEST_F(HttpReaderTest, StoppedWhileAServerIsSilentItReturnsAtOnce)
     EXPECT_EQ(last, Outcome::Stopped) << "before it is resumed";
 }
 
-TEST_F(HttpReaderTest, StoppedInMidFileItGoesOnThereLater)
+TEST_F(HttpReaderTest, StoppedInMidFileItContinuesThereLater)
 {
     HttpReader reader(serve(Manner{}));
     std::string bytes(1000, '\0');
@@ -416,7 +416,7 @@ TEST_F(HttpReaderTest, StoppedInMidFileItGoesOnThereLater)
     EXPECT_TRUE(bytes + read_all(reader, got) == file);
 }
 
-TEST_F(HttpReaderTest, AServerElsewhereLeadsItNotToThisMachine)
+TEST_F(HttpReaderTest, ARemoteServerCannotRedirectItToThisMachine)
 {
     const NamesHere names;
     serve([](const std::string& head, const auto& connection) {
@@ -442,7 +442,7 @@ TEST_F(HttpReaderTest, OtherRedirectsAreFollowed)
     EXPECT_EQ(heads.size(), 2U);
 }
 
-TEST_F(HttpReaderTest, WhatHasComeIsGivenBeforeMoreComes)
+TEST_F(HttpReaderTest, AvailableDataIsReturnedBeforeMoreArrives)
 {
     HttpReader reader(serve([this](const std::string& head, const auto& connection) {
         connection.send(answer_of(file, head, {.hangs_up_after = 30'000}));
@@ -459,7 +459,7 @@ TEST_F(HttpReaderTest, WhatHasComeIsGivenBeforeMoreComes)
     EXPECT_EQ(heads.size(), 1U) << "without a second request";
 }
 
-TEST_F(HttpReaderTest, DroppedInMidFileItDoesNotWaitForTheRest)
+TEST_F(HttpReaderTest, DestroyedInMidFileItDoesNotWaitForTheRest)
 {
     std::size_t got = 0;
     char byte = 0;

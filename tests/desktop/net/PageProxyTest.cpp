@@ -123,7 +123,7 @@ protected:
     }};
 };
 
-TEST_F(PageProxyTest, NothingInsideIsReachedAtFirst)
+TEST_F(PageProxyTest, NothingPrivateIsReachableAtFirst)
 {
     for (const char* host : {"127.0.0.1", "127.0.0.2", "nas.example", "::1"})
         EXPECT_FALSE(connect(host, proxy.address())) << host;
@@ -135,7 +135,7 @@ TEST_F(PageProxyTest, NothingInsideIsReachedAtFirst)
                                                 "[::1]:" + std::to_string(echo.port)}));
 }
 
-TEST_F(PageProxyTest, BytesPassBothWaysAndSoDoesTheirEnd)
+TEST_F(PageProxyTest, BytesAndTheEndOfStreamPassBothWays)
 {
     proxy.set_reach(NetworkZone::Machine);
     const auto connection = connect("nas.example", proxy.address());
@@ -153,7 +153,7 @@ TEST_F(PageProxyTest, BytesPassBothWaysAndSoDoesTheirEnd)
     EXPECT_TRUE(told().empty());
 }
 
-TEST_F(PageProxyTest, WhoReadsNothingHoldsNobodyElseUp)
+TEST_F(PageProxyTest, AConnectionThatReadsNothingDelaysNoOther)
 {
     proxy.set_reach(NetworkZone::Machine);
     const auto idle = connect("nas.example", proxy.address());
@@ -172,7 +172,7 @@ TEST_F(PageProxyTest, WhoReadsNothingHoldsNobodyElseUp)
     EXPECT_EQ(other->rest(), "hello");
 }
 
-TEST_F(PageProxyTest, AShorterReachEndsConnectionsThatGoFurther)
+TEST_F(PageProxyTest, ANarrowerReachEndsConnectionsBeyondIt)
 {
     proxy.set_reach(NetworkZone::Machine);
     const auto connection = connect("nas.example", proxy.address());
@@ -184,7 +184,7 @@ TEST_F(PageProxyTest, AShorterReachEndsConnectionsThatGoFurther)
     EXPECT_FALSE(connect("nas.example", proxy.address()));
 }
 
-TEST_F(PageProxyTest, NobodyUsesItWithoutItsPassword)
+TEST_F(PageProxyTest, ClientsWithoutThePasswordAreRefused)
 {
     proxy.set_reach(NetworkZone::Machine);
     const std::string address = proxy.address();
@@ -197,7 +197,7 @@ TEST_F(PageProxyTest, NobodyUsesItWithoutItsPassword)
     EXPECT_NE(address, PageProxy([](const std::string&) {}).address());
 }
 
-TEST_F(PageProxyTest, ANameThatLeadsNowhereAndAServerThatIsNotThereFail)
+TEST_F(PageProxyTest, AnUnknownNameAndAnUnreachableServerFail)
 {
     proxy.set_reach(NetworkZone::Machine);
 
@@ -206,7 +206,7 @@ TEST_F(PageProxyTest, ANameThatLeadsNowhereAndAServerThatIsNotThereFail)
     EXPECT_TRUE(told().empty());
 }
 
-TEST_F(PageProxyTest, WhatIsNoSocksIsHungUpOn)
+TEST_F(PageProxyTest, AConnectionThatIsNotSocksIsClosed)
 {
     const std::string port = proxy.address().substr(proxy.address().rfind(':') + 1);
 
@@ -215,7 +215,7 @@ TEST_F(PageProxyTest, WhatIsNoSocksIsHungUpOn)
     EXPECT_EQ(converse(std::stoi(port), std::string("\x05\x00", 2)), "\x05\xFF");
 }
 
-TEST_F(PageProxyTest, HangsUpWhenAPageOpensTooManyConnections)
+TEST_F(PageProxyTest, RefusesConnectionsBeyondItsLimit)
 {
     proxy.set_reach(NetworkZone::Machine);
     std::vector<std::unique_ptr<Connection>> open;

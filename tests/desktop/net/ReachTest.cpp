@@ -101,7 +101,7 @@ TEST_F(ReachTest, AnAddressOfThisMachineIsNotFetched)
     EXPECT_EQ(server.raw.connections(), 0);
 }
 
-TEST_F(ReachTest, ANameThatLeadsToThisMachineIsNotFetched)
+TEST_F(ReachTest, ANameThatResolvesToThisMachineIsNotFetched)
 {
     const ReachRule rule(NetworkZone::Public);
 
@@ -110,7 +110,7 @@ TEST_F(ReachTest, ANameThatLeadsToThisMachineIsNotFetched)
     EXPECT_EQ(server.raw.connections(), 0);
 }
 
-TEST_F(ReachTest, NeitherAVideoNorACopyComesFromThisMachine)
+TEST_F(ReachTest, NeitherAVideoNorACopyIsFetchedFromThisMachine)
 {
     const ReachRule rule(NetworkZone::Public);
     HttpReader reader(server.at("nas.example"));
@@ -125,7 +125,7 @@ TEST_F(ReachTest, NeitherAVideoNorACopyComesFromThisMachine)
     EXPECT_EQ(server.raw.connections(), 0);
 }
 
-TEST_F(ReachTest, WhatAnAdOfThisMachineNamesItselfIsFetched)
+TEST_F(ReachTest, AddressesNamedByAnAdOfThisMachineAreFetched)
 {
     const ReachRule rule(NetworkZone::Public);
     {
@@ -138,14 +138,14 @@ TEST_F(ReachTest, WhatAnAdOfThisMachineNamesItselfIsFetched)
     EXPECT_EQ(fetch(fetcher, loop, server.at("nas.example")).error, Inside) << "the ad is gone";
 }
 
-TEST_F(ReachTest, WhatTheHostOpensIsFetched)
+TEST_F(ReachTest, AnAddressThatTheHostOpensIsFetched)
 {
     const ReachRule rule(NetworkZone::Private);
 
     EXPECT_TRUE(fetch(fetcher, loop, server.at("nas.example")).ok);
 }
 
-TEST_F(ReachTest, APageReachesAsFarAsItsServerLies)
+TEST_F(ReachTest, APageReachesTheZoneOfItsServer)
 {
     const ReachRule rule(NetworkZone::Public);
     const NamedHosts named({server.at("studio.example")});
@@ -196,7 +196,7 @@ TEST_F(ReachNetworkTest, APublicServerIsReachedAndAPrivateOneIsNot)
     });
 }
 
-TEST_F(ReachNetworkTest, APublicServerRedirectsNothingInside)
+TEST_F(ReachNetworkTest, APublicServerCannotRedirectInside)
 {
     run([](Server& server, NamesHere&, GlibLoop& loop) {
         // Not even to addresses that the ad itself names: the redirecting server is not trusted.
@@ -218,7 +218,7 @@ TEST_F(ReachNetworkTest, APublicServerRedirectsNothingInside)
     });
 }
 
-TEST_F(ReachNetworkTest, AConnectionThatIsThereIsNoWayAround)
+TEST_F(ReachNetworkTest, AKeptConnectionDoesNotBypassTheCheck)
 {
     run([](Server& server, NamesHere&, GlibLoop& loop) {
         // A server that keeps the connection open for further requests.
@@ -238,7 +238,7 @@ TEST_F(ReachNetworkTest, AConnectionThatIsThereIsNoWayAround)
     });
 }
 
-TEST_F(ReachNetworkTest, ANameThatLeadsOutAndInIsReachedOutside)
+TEST_F(ReachNetworkTest, ANameWithPublicAndPrivateAddressesIsReachedAtThePublicOne)
 {
     run([](Server& server, NamesHere& names, GlibLoop& loop) {
         names.lead("both.example", {PrivateIp, PublicIp});
@@ -248,7 +248,7 @@ TEST_F(ReachNetworkTest, ANameThatLeadsOutAndInIsReachedOutside)
     });
 }
 
-TEST_F(ReachNetworkTest, ANameThatHasLedOutLeadsNothingIn)
+TEST_F(ReachNetworkTest, ANameThatWasPublicBeforeIsCheckedAgain)
 {
     run([](Server& server, NamesHere& names, GlibLoop& loop) {
         // A new fetcher each time: a fetcher caches resolved names.

@@ -47,7 +47,7 @@ void answer_ok(const RawServer::Connection& connection, const std::string& body)
 }
 } // namespace
 
-TEST_F(SoupFetcherTest, HandsBackTheBodyByteForByte)
+TEST_F(SoupFetcherTest, ReturnsTheBodyByteForByte)
 {
     RawServer server([](const auto&, const auto& connection) { answer_ok(connection, std::string("a\0\xff z", 5)); });
     const FetchAnswer answer = fetch(server.base() + "/x?q=%7Ba%7D");
@@ -75,7 +75,7 @@ TEST_F(SoupFetcherTest, NamesItselfToServers)
     EXPECT_NE(head.find("User-Agent: QoroVideoAd/0.1 (Linux)\r\n"), std::string::npos) << head;
 }
 
-TEST_F(SoupFetcherTest, FollowsARedirectAndSaysWhereItEnded)
+TEST_F(SoupFetcherTest, FollowsARedirectAndReportsItsFinalAddress)
 {
     RawServer server([](const auto& head, const auto& connection) {
         if (head.starts_with("GET /from "))
@@ -90,7 +90,7 @@ TEST_F(SoupFetcherTest, FollowsARedirectAndSaysWhereItEnded)
     EXPECT_EQ(answer.final_address, server.base() + "/to?x=1");
 }
 
-TEST_F(SoupFetcherTest, RedirectsWithoutAnEndAreFollowedTwentyTimesAndFail)
+TEST_F(SoupFetcherTest, EndlessRedirectsFailAfterTwenty)
 {
     std::atomic<int> requests = 0;
     RawServer server([&requests](const auto&, const auto& connection) {
@@ -129,7 +129,7 @@ void say_503(const RawServer::Connection& connection)
     connection.send("HTTP/1.1 503 Busy\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
 }
 
-TEST_F(SoupFetcherTest, APageWhoseServerFailsOnceIsAskedForOnceMore)
+TEST_F(SoupFetcherTest, APageWhoseServerFailsOnceIsRequestedOnceMore)
 {
     const std::vector<std::function<void(const RawServer::Connection&)>> failures{
         say_503, [](const RawServer::Connection&) {}, // closes at once
@@ -147,7 +147,7 @@ TEST_F(SoupFetcherTest, APageWhoseServerFailsOnceIsAskedForOnceMore)
     }
 }
 
-TEST_F(SoupFetcherTest, APageWhoseServerFailsTwiceHasFailedOnce)
+TEST_F(SoupFetcherTest, APageWhoseServerFailsTwiceReportsOneFailure)
 {
     const FailingServer server(100, say_503);
     int answers = 0;
@@ -162,7 +162,7 @@ TEST_F(SoupFetcherTest, APageWhoseServerFailsTwiceHasFailedOnce)
     EXPECT_EQ(server.requests(), 2);
 }
 
-TEST_F(SoupFetcherTest, APageThatIsNotThereIsAskedForOnce)
+TEST_F(SoupFetcherTest, AMissingPageIsRequestedOnce)
 {
     const FailingServer server(1, [](const RawServer::Connection& connection) {
         connection.send("HTTP/1.1 404 None\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
@@ -171,7 +171,7 @@ TEST_F(SoupFetcherTest, APageThatIsNotThereIsAskedForOnce)
     EXPECT_EQ(server.requests(), 1);
 }
 
-TEST_F(SoupFetcherTest, NothingButAPageIsAskedForTwice)
+TEST_F(SoupFetcherTest, OnlyPagesAreRetried)
 {
     for (const FetchKind kind : {FetchKind::Tracker, FetchKind::Image}) {
         const FailingServer server(1, say_503);
@@ -183,7 +183,7 @@ TEST_F(SoupFetcherTest, NothingButAPageIsAskedForTwice)
     EXPECT_EQ(server.requests(), 1);
 }
 
-TEST_F(SoupFetcherTest, EndsWhileAPagePauses)
+TEST_F(SoupFetcherTest, CanBeDestroyedWhileAPageWaitsForItsRetry)
 {
     const FailingServer server(1, say_503);
     {
@@ -197,7 +197,7 @@ TEST_F(SoupFetcherTest, EndsWhileAPagePauses)
     EXPECT_EQ(server.requests(), 1);
 }
 
-TEST_F(SoupFetcherTest, ALengthThatIsNoneIsAFailureInWords)
+TEST_F(SoupFetcherTest, AnInvalidContentLengthIsAFailureWithAReason)
 {
     for (const char* length : {"-1", "-5", "9223372036854775808", "18446744073709551615"}) {
         RawServer server([length](const auto&, const auto& connection) {
@@ -210,7 +210,7 @@ TEST_F(SoupFetcherTest, ALengthThatIsNoneIsAFailureInWords)
     }
 }
 
-TEST_F(SoupFetcherTest, AServerElsewhereLeadsNoRequestToThisMachine)
+TEST_F(SoupFetcherTest, ARemoteServerCannotRedirectToThisMachine)
 {
     const NamesHere names;
     std::vector<std::string> heads;
@@ -230,7 +230,7 @@ TEST_F(SoupFetcherTest, AServerElsewhereLeadsNoRequestToThisMachine)
     EXPECT_EQ(heads, (std::vector<std::string>{"GET /from", "GET /to-here"})) << "at once, or by a detour";
 }
 
-TEST_F(SoupFetcherTest, AServerElsewhereRedirectsElsewhere)
+TEST_F(SoupFetcherTest, ARemoteServerCanRedirectToAnother)
 {
     const NamesHere names;
     RawServer server([](const auto& head, const auto& connection) {
@@ -244,7 +244,7 @@ TEST_F(SoupFetcherTest, AServerElsewhereRedirectsElsewhere)
     EXPECT_EQ(fetch("http://ads.example:" + port + "/from").body, "there");
 }
 
-TEST_F(SoupFetcherTest, ACookieIsSentBackToItsServerAsLongAsTheFetcherLives)
+TEST_F(SoupFetcherTest, ACookieIsSentBackToItsServerForTheFetchersLifetime)
 {
     std::vector<std::string> heads;
     RawServer server([&heads](const auto& head, const auto& connection) {
@@ -260,7 +260,7 @@ TEST_F(SoupFetcherTest, ACookieIsSentBackToItsServerAsLongAsTheFetcherLives)
     EXPECT_EQ(heads[2].find("Cookie:"), std::string::npos) << heads[2];
 }
 
-TEST_F(SoupFetcherTest, ACookieOfARedirectIsSentToWhereItLeads)
+TEST_F(SoupFetcherTest, ACookieOfARedirectIsSentToItsTarget)
 {
     std::string head;
     RawServer server([&head](const auto& request, const auto& connection) {
@@ -276,7 +276,7 @@ TEST_F(SoupFetcherTest, ACookieOfARedirectIsSentToWhereItLeads)
     EXPECT_NE(head.find("Cookie: from=1\r\n"), std::string::npos) << head;
 }
 
-TEST_F(SoupFetcherTest, ARequestOnAKeptConnectionIsNotSentAgainWhenTheServerHangsUp)
+TEST_F(SoupFetcherTest, ARequestOnAKeptConnectionIsNotRepeatedWhenTheServerCloses)
 {
     std::atomic<int> requests = 0;
     RawServer server([&requests](const auto&, const auto& connection) {
@@ -293,7 +293,7 @@ TEST_F(SoupFetcherTest, ARequestOnAKeptConnectionIsNotSentAgainWhenTheServerHang
     EXPECT_EQ(server.connections(), 1);
 }
 
-TEST_F(SoupFetcherTest, ARequestOnANewConnectionIsNotSentAgainWhenTheServerHangsUp)
+TEST_F(SoupFetcherTest, ARequestOnANewConnectionIsNotRepeatedWhenTheServerCloses)
 {
     RawServer server([](const auto&, const auto&) {});
     EXPECT_FALSE(fetch(server.base() + "/").ok);
@@ -322,7 +322,7 @@ TEST_F(SoupFetcherTest, AStatusOf404IsAFailure)
     EXPECT_EQ(answer.error, "HTTP status 404");
 }
 
-TEST_F(SoupFetcherTest, AServerThatIsNotThereIsAFailure)
+TEST_F(SoupFetcherTest, AnUnreachableServerIsAFailure)
 {
     std::string base;
     {
@@ -367,7 +367,7 @@ TEST_F(SoupFetcherTest, ABodyAboveTheBoundIsAFailure)
     EXPECT_EQ(answer.error, "the answer is larger than 1000 bytes");
 }
 
-TEST_F(SoupFetcherTest, WhatIsNoHttpAddressIsAFailure)
+TEST_F(SoupFetcherTest, AnAddressThatIsNotHttpIsAFailure)
 {
     EXPECT_FALSE(fetch("not an address").ok);
     EXPECT_FALSE(fetch("ftp://127.0.0.1/x").ok);
@@ -383,7 +383,7 @@ TEST_F(SoupFetcherTest, ARedirectToAFileIsAFailure)
     EXPECT_FALSE(fetch(server.base() + "/").ok);
 }
 
-TEST_F(SoupFetcherTest, OneAfterTheOtherTheyShareAConnection)
+TEST_F(SoupFetcherTest, ConsecutiveRequestsShareAConnection)
 {
     std::array<FetchAnswer, 2> answers;
     RawServer server([](const auto&, const auto& connection) {
@@ -399,7 +399,7 @@ TEST_F(SoupFetcherTest, OneAfterTheOtherTheyShareAConnection)
     EXPECT_EQ(server.connections(), 1);
 }
 
-TEST_F(SoupFetcherTest, ThirtyAtOnceDoNotWaitForEachOther)
+TEST_F(SoupFetcherTest, ThirtyConcurrentRequestsDoNotWaitForEachOther)
 {
     // Answers only when all thirty requests have arrived.
     RawServer* all = nullptr;
@@ -417,7 +417,7 @@ TEST_F(SoupFetcherTest, ThirtyAtOnceDoNotWaitForEachOther)
     EXPECT_EQ(succeeded, 30);
 }
 
-TEST_F(SoupFetcherTest, AThousandAtOnceArriveOnceEach)
+TEST_F(SoupFetcherTest, AThousandConcurrentRequestsArriveOnceEach)
 {
     std::mutex mutex;
     std::map<std::string, int> came;
@@ -440,7 +440,7 @@ TEST_F(SoupFetcherTest, AThousandAtOnceArriveOnceEach)
     EXPECT_TRUE(std::ranges::all_of(came, [](const auto& each) { return each.second == 1; }));
 }
 
-TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForIsAnsweredAtOnce)
+TEST_F(SoupFetcherTest, ABlockingFetchReturnsWithItsAnswer)
 {
     RawServer server([](const auto&, const auto& connection) { answer_ok(connection, "icon"); });
     const FetchAnswer answer = fetcher.fetch_now(server.base() + "/icon.png");
@@ -448,7 +448,7 @@ TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForIsAnsweredAtOnce)
     EXPECT_EQ(answer.body, "icon");
 }
 
-TEST_F(SoupFetcherTest, ASilentServerHoldsTheMainThreadNoLongerThanItsTimeOut)
+TEST_F(SoupFetcherTest, ASilentServerBlocksTheMainThreadNoLongerThanTheTimeOut)
 {
     RawServer server([](const auto&, const auto& connection) { connection.wait_for_close(); });
     const double begun = loop.now();
@@ -457,7 +457,7 @@ TEST_F(SoupFetcherTest, ASilentServerHoldsTheMainThreadNoLongerThanItsTimeOut)
     EXPECT_LT(loop.now() - begun, 5) << "it would be silent for ever";
 }
 
-TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForDoesNotStandBehindASlowOne)
+TEST_F(SoupFetcherTest, ABlockingFetchDoesNotQueueBehindASlowOne)
 {
     RawServer server([](const auto& head, const auto& connection) {
         if (head.starts_with("GET /slow "))
@@ -469,7 +469,7 @@ TEST_F(SoupFetcherTest, AFetchThatTheMainThreadWaitsForDoesNotStandBehindASlowOn
     EXPECT_EQ(fetcher.fetch_now(server.base() + "/quick").body, "quick");
 }
 
-TEST(SoupFetcherBoundTest, HostsThatNeverAnswerDelayNoOther)
+TEST(SoupFetcherBoundTest, UnresponsiveHostsDelayNoOther)
 {
     GlibLoop loop;
     std::array<std::unique_ptr<RawServer>, 5> silent;
@@ -489,7 +489,7 @@ TEST(SoupFetcherBoundTest, HostsThatNeverAnswerDelayNoOther)
     EXPECT_EQ(given_up, 0);
 }
 
-TEST(SoupFetcherBoundTest, BeyondAHostsBoundTheyGoOutAsOthersEndAndNoneIsLost)
+TEST(SoupFetcherBoundTest, RequestsBeyondAHostsLimitWaitAndNoneIsLost)
 {
     GlibLoop loop;
     std::atomic<int> at_once = 0;
@@ -514,7 +514,7 @@ TEST(SoupFetcherBoundTest, BeyondAHostsBoundTheyGoOutAsOthersEndAndNoneIsLost)
     EXPECT_LE(most, 2);
 }
 
-TEST(SoupFetcherBoundTest, BeyondTheBoundInAllHostsTakeTurnsAndNoneIsLost)
+TEST(SoupFetcherBoundTest, BeyondTheTotalLimitHostsTakeTurnsAndNoRequestIsLost)
 {
     GlibLoop loop;
     const auto answer = [](const auto&, const auto& connection) {
@@ -536,7 +536,7 @@ TEST(SoupFetcherBoundTest, BeyondTheBoundInAllHostsTakeTurnsAndNoneIsLost)
     EXPECT_EQ(succeeded, 100);
 }
 
-TEST(SoupFetcherBoundTest, AFetchThatTheMainThreadWaitsForGoesBeforeThoseThatWait)
+TEST(SoupFetcherBoundTest, ABlockingFetchOvertakesWaitingOnes)
 {
     GlibLoop loop;
     RawServer server([](const auto& head, const auto& connection) {
@@ -553,7 +553,7 @@ TEST(SoupFetcherBoundTest, AFetchThatTheMainThreadWaitsForGoesBeforeThoseThatWai
     EXPECT_EQ(fetcher.fetch_now(server.base() + "/icon").body, "icon");
 }
 
-TEST(SoupFetcherEndTest, FinishingLetsAllThatWasAskedForGoOutAlthoughNobodyWaitsForItAnyMore)
+TEST(SoupFetcherEndTest, FinishingSendsAllPendingRequestsAlthoughTheirTargetsAreGone)
 {
     GlibLoop loop;
     std::atomic<int> requests = 0;
@@ -571,7 +571,7 @@ TEST(SoupFetcherEndTest, FinishingLetsAllThatWasAskedForGoOutAlthoughNobodyWaits
     EXPECT_EQ(requests, 50);
 }
 
-TEST(SoupFetcherEndTest, FinishingWaitsForAServerThatNeverAnswersNoLongerThanItIsTold)
+TEST(SoupFetcherEndTest, FinishingWaitsForASilentServerNoLongerThanItsLimit)
 {
     GlibLoop loop;
     RawServer server([](const auto&, const auto& connection) { connection.wait_for_close(); });
@@ -585,7 +585,7 @@ TEST(SoupFetcherEndTest, FinishingWaitsForAServerThatNeverAnswersNoLongerThanItI
     EXPECT_LT(loop.now() - begun, 5) << "a fetch is given up after ten";
 }
 
-TEST(SoupFetcherEndTest, EndingBreaksOffWhatIsUnderWayAndLetsItsTargetsGo)
+TEST(SoupFetcherEndTest, DestructionCancelsPendingRequestsAndReleasesTheirTargets)
 {
     GlibLoop loop;
     RawServer server([](const auto&, const auto& connection) { connection.wait_for_close(); });
@@ -604,7 +604,7 @@ TEST(SoupFetcherEndTest, EndingBreaksOffWhatIsUnderWayAndLetsItsTargetsGo)
     EXPECT_FALSE(answered);
 }
 
-TEST(SoupFetcherEndTest, AbandonedAnswersLetTheirTargetsGoAndNeverCome)
+TEST(SoupFetcherEndTest, AbandonedAnswersReleaseTheirTargetsAndNeverArrive)
 {
     GlibLoop loop;
     RawServer server([](const auto&, const auto& connection) { answer_ok(connection, "late"); });

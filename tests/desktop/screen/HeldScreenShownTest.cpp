@@ -21,7 +21,7 @@ protected:
     }
 };
 
-TEST_F(HeldScreenShown, an_ad_turned_for_landscape_left_stands_upright_there)
+TEST_F(HeldScreenShown, AnAdTurnedForLandscapeLeftIsUprightThere)
 {
     show_ad_turned_by(QuarterTurn);
     turn(UIDeviceOrientationLandscapeLeft);
@@ -33,7 +33,7 @@ TEST_F(HeldScreenShown, an_ad_turned_for_landscape_left_stands_upright_there)
     EXPECT_EQ(picture.box_of(Blue), (CGRect{360, 280, 40, 20}));
 }
 
-TEST_F(HeldScreenShown, an_ad_turned_for_landscape_right_stands_upright_there)
+TEST_F(HeldScreenShown, AnAdTurnedForLandscapeRightIsUprightThere)
 {
     show_ad_turned_by(-QuarterTurn);
     turn(UIDeviceOrientationLandscapeRight);
@@ -43,7 +43,7 @@ TEST_F(HeldScreenShown, an_ad_turned_for_landscape_right_stands_upright_there)
     EXPECT_EQ(picture.box_of(Blue), (CGRect{360, 280, 40, 20}));
 }
 
-TEST_F(HeldScreenShown, an_ad_turned_on_a_device_held_upright_lies_on_its_side)
+TEST_F(HeldScreenShown, AnAdTurnedOnAnUprightDeviceIsSideways)
 {
     show_ad_turned_by(QuarterTurn);
     open();
@@ -53,7 +53,7 @@ TEST_F(HeldScreenShown, an_ad_turned_on_a_device_held_upright_lies_on_its_side)
     EXPECT_EQ(picture.box_of(Blue), (CGRect{0, 360, 20, 40}));
 }
 
-TEST_F(HeldScreenShown, a_device_upside_down_shows_everything_so)
+TEST_F(HeldScreenShown, AnUpsideDownDeviceShowsEverythingUpsideDown)
 {
     window.addSubview(colored({0, 0, 40, 20}, Red));
     turn(UIDeviceOrientationPortraitUpsideDown);
@@ -61,7 +61,7 @@ TEST_F(HeldScreenShown, a_device_upside_down_shows_everything_so)
     EXPECT_EQ(shown().box_of(Red), (CGRect{260, 380, 40, 20}));
 }
 
-TEST_F(HeldScreenShown, the_window_follows_the_turn)
+TEST_F(HeldScreenShown, TheWindowFollowsTheTurn)
 {
     open();
     EXPECT_EQ(surface_width(), 300);
@@ -71,7 +71,7 @@ TEST_F(HeldScreenShown, the_window_follows_the_turn)
     EXPECT_TRUE(platform.loop().run_until([&] { return surface_width() == 300; }, 10));
 }
 
-TEST_F(HeldScreenShown, a_device_larger_than_the_monitor_is_shown_smaller_and_pictured_whole)
+TEST_F(HeldScreenShown, ADeviceLargerThanTheMonitorIsScaledDownAndItsSnapshotIsComplete)
 {
     platform.device_facts.screen = CGSize{1500, 3000};
     window.setFrame({0, 0, 1500, 3000});

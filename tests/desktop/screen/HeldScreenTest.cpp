@@ -9,14 +9,14 @@ namespace
 
 constexpr CGSize Phone{375, 812};
 
-TEST(HeldScreen, takes_its_extents_turned)
+TEST(HeldScreen, SwapsItsExtents)
 {
     EXPECT_EQ((HeldScreen{Phone, 0}.extents()), (CGSize{375, 812}));
     EXPECT_EQ((HeldScreen{Phone, -QuarterTurn}.extents()), (CGSize{812, 375}));
     EXPECT_EQ((HeldScreen{Phone, HalfTurn}.extents()), (CGSize{375, 812}));
 }
 
-TEST(HeldScreen, held_landscape_left_has_its_top_on_the_left)
+TEST(HeldScreen, HeldLandscapeLeftHasItsTopOnTheLeft)
 {
     const HeldScreen left{Phone, -QuarterTurn};
     EXPECT_EQ(left.to_window({0, 0}), (CGPoint{0, 375}));
@@ -24,14 +24,14 @@ TEST(HeldScreen, held_landscape_left_has_its_top_on_the_left)
     EXPECT_EQ(left.to_window({375, 812}), (CGPoint{812, 0}));
 }
 
-TEST(HeldScreen, held_landscape_right_has_its_top_on_the_right)
+TEST(HeldScreen, HeldLandscapeRightHasItsTopOnTheRight)
 {
     const HeldScreen right{Phone, QuarterTurn};
     EXPECT_EQ(right.to_window({0, 0}), (CGPoint{812, 0}));
     EXPECT_EQ(right.to_window({375, 0}), (CGPoint{812, 375}));
 }
 
-TEST(HeldScreen, finds_a_point_of_the_screen_again)
+TEST(HeldScreen, MapsPointsToTheScreenAndBack)
 {
     EXPECT_EQ((HeldScreen{Phone, -QuarterTurn}.to_screen({10, 20})), (CGPoint{355, 10}));
     EXPECT_EQ((HeldScreen{Phone, QuarterTurn}.to_screen({10, 20})), (CGPoint{20, 802}));
@@ -39,7 +39,7 @@ TEST(HeldScreen, finds_a_point_of_the_screen_again)
     EXPECT_EQ((HeldScreen{Phone, 0}.to_screen({10, 20})), (CGPoint{10, 20}));
 }
 
-TEST(WidgetPlace, of_turns_that_cancel_is_not_turned_at_all)
+TEST(WidgetPlace, OfTurnsThatCancelOutIsNotTurned)
 {
     const Placement landscape_ad{{187.5, 406}, {812, 375}, QuarterTurn};
     const WidgetPlace place = place_in_window(landscape_ad, {Phone, -QuarterTurn});
@@ -48,13 +48,13 @@ TEST(WidgetPlace, of_turns_that_cancel_is_not_turned_at_all)
     EXPECT_EQ(place.width, 812);
 }
 
-TEST(WidgetPlace, of_an_ad_turned_the_other_way_stands_upright_too)
+TEST(WidgetPlace, OfAnAdTurnedTheOtherWayIsUprightToo)
 {
     const Placement landscape_ad{{187.5, 406}, {812, 375}, -QuarterTurn};
     EXPECT_EQ(place_in_window(landscape_ad, {Phone, QuarterTurn}).angle, 0);
 }
 
-TEST(WidgetPlace, keeps_a_turn_that_nothing_cancels)
+TEST(WidgetPlace, KeepsATurnThatIsNotCancelledOut)
 {
     const Placement landscape_ad{{187.5, 406}, {812, 375}, QuarterTurn};
     const WidgetPlace place = place_in_window(landscape_ad, {Phone, 0});
@@ -64,7 +64,7 @@ TEST(WidgetPlace, keeps_a_turn_that_nothing_cancels)
     EXPECT_EQ(place.around(), (CGRect{0, 0, 375, 812}));
 }
 
-TEST(WidgetPlace, has_whole_edges_that_neighbours_share)
+TEST(WidgetPlace, HasWholeEdgesThatNeighboursShare)
 {
     const HeldScreen held{Phone, 0};
     const WidgetPlace band = place_in_window({{187.5, 105.46875}, {375, 210.9375}, 0}, held);
@@ -73,7 +73,7 @@ TEST(WidgetPlace, has_whole_edges_that_neighbours_share)
     EXPECT_EQ(page.around(), (CGRect{0, 211, 375, 601}));
 }
 
-TEST(WidgetPlace, of_a_negative_size_is_empty)
+TEST(WidgetPlace, OfANegativeSizeIsEmpty)
 {
     const WidgetPlace place = place_in_window({{0, 125}, {-40, 50}, 0}, {Phone, 0});
     EXPECT_EQ(place.width, 0);

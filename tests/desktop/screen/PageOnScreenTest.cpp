@@ -51,7 +51,7 @@ protected:
     UIWebView page;
 };
 
-TEST_F(PageOnScreen, the_page_is_in_the_picture)
+TEST_F(PageOnScreen, ThePageIsInTheSnapshot)
 {
     open();
     show_page("<body style='background: #00ff00'>");
@@ -59,7 +59,7 @@ TEST_F(PageOnScreen, the_page_is_in_the_picture)
     EXPECT_EQ(shown().at(150, 50), Black);
 }
 
-TEST_F(PageOnScreen, a_page_that_is_not_opaque_lets_what_lies_beneath_through)
+TEST_F(PageOnScreen, ATransparentPageShowsWhatIsBelowIt)
 {
     window.setBackgroundColor(color(Red));
     page.setOpaque(false);
@@ -69,7 +69,7 @@ TEST_F(PageOnScreen, a_page_that_is_not_opaque_lets_what_lies_beneath_through)
     EXPECT_EQ(shown().at(150, 300), Red);
 }
 
-TEST_F(PageOnScreen, what_moves_on_a_clear_page_leaves_no_trail)
+TEST_F(PageOnScreen, MovementOnATransparentPageLeavesNoTrail)
 {
     page.setOpaque(false);
     open();
@@ -80,7 +80,7 @@ TEST_F(PageOnScreen, what_moves_on_a_clear_page_leaves_no_trail)
     EXPECT_EQ(shown().box_of(Green), (CGRect{250, 100, 20, 20}));
 }
 
-TEST_F(PageOnScreen, an_opaque_page_is_white_where_it_paints_nothing)
+TEST_F(PageOnScreen, AnOpaquePageIsWhiteWhereItPaintsNothing)
 {
     window.setBackgroundColor(color(Red));
     open();
@@ -88,7 +88,7 @@ TEST_F(PageOnScreen, an_opaque_page_is_white_where_it_paints_nothing)
     EXPECT_TRUE(comes_to_show({150, 300}, White));
 }
 
-TEST_F(PageOnScreen, a_turned_page_stands_upright_on_the_turned_device)
+TEST_F(PageOnScreen, ATurnedPageIsUprightOnTheTurnedDevice)
 {
     page.setTransform(CGAffineTransformMakeRotation(QuarterTurn));
     page.setFrame({0, 0, 300, 400});
@@ -100,7 +100,7 @@ TEST_F(PageOnScreen, a_turned_page_stands_upright_on_the_turned_device)
     EXPECT_EQ(shown().box_of(Green), (CGRect{0, 0, 60, 30}));
 }
 
-TEST_F(PageOnScreen, the_page_gets_what_happens_on_it_alone)
+TEST_F(PageOnScreen, ThePageGetsOnlyTheInputOnIt)
 {
     const UIButton button = UIButton::create();
     button.setFrame({0, 100, 50, 50});
@@ -112,7 +112,7 @@ TEST_F(PageOnScreen, the_page_gets_what_happens_on_it_alone)
     EXPECT_FALSE(page_gets({150, 50}));
 }
 
-TEST_F(PageOnScreen, a_view_without_a_picture_keeps_the_page_from_being_touched)
+TEST_F(PageOnScreen, AnEmptyViewOverThePageBlocksItsTouches)
 {
     const UIView sheet = UIView::create();
     sheet.setFrame({0, 0, 300, 400});
@@ -124,7 +124,7 @@ TEST_F(PageOnScreen, a_view_without_a_picture_keeps_the_page_from_being_touched)
     EXPECT_TRUE(page_gets({150, 300}));
 }
 
-TEST_F(PageOnScreen, a_hidden_page_goes_on_where_it_was)
+TEST_F(PageOnScreen, AHiddenPageContinuesWhenShownAgain)
 {
     open();
     show_page("<body style='background: #00ff00'>");
@@ -135,7 +135,7 @@ TEST_F(PageOnScreen, a_hidden_page_goes_on_where_it_was)
     EXPECT_TRUE(comes_to_show({150, 300}, Green));
 }
 
-TEST_F(PageOnScreen, a_page_that_was_faded_away_comes_back_up_to_date)
+TEST_F(PageOnScreen, AFadedOutPageIsUpToDateWhenShownAgain)
 {
     page.setAlpha(0);
     open();

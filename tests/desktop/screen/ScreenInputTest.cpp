@@ -26,35 +26,35 @@ protected:
     UIButton button = UIButton::create();
 };
 
-TEST_F(TouchedScreen, a_tap_on_a_button_runs_its_target_once)
+TEST_F(TouchedScreen, ATapOnAButtonRunsItsTargetOnce)
 {
     open();
     tap({125, 125});
     EXPECT_EQ(target->taps, 1);
 }
 
-TEST_F(TouchedScreen, a_tap_beside_it_does_not)
+TEST_F(TouchedScreen, ATapBesideTheButtonDoesNotRunIt)
 {
     open();
     tap({99, 125});
     EXPECT_EQ(target->taps, 0);
 }
 
-TEST_F(TouchedScreen, a_finger_that_leaves_the_button_does_not_tap_it)
+TEST_F(TouchedScreen, AFingerThatLeavesTheButtonDoesNotTapIt)
 {
     open();
     touch_screen({125, 125}, {160, 125});
     EXPECT_EQ(target->taps, 0);
 }
 
-TEST_F(TouchedScreen, a_finger_that_comes_from_elsewhere_does_not_tap_it)
+TEST_F(TouchedScreen, AFingerThatEntersTheButtonDoesNotTapIt)
 {
     open();
     touch_screen({10, 10}, {125, 125});
     EXPECT_EQ(target->taps, 0);
 }
 
-TEST_F(TouchedScreen, on_a_turned_device_the_button_is_tapped_where_it_is_seen)
+TEST_F(TouchedScreen, OnATurnedDeviceTheButtonIsTappedWhereItIsSeen)
 {
     turn(UIDeviceOrientationLandscapeLeft);
     open();
@@ -66,7 +66,7 @@ TEST_F(TouchedScreen, on_a_turned_device_the_button_is_tapped_where_it_is_seen)
     EXPECT_EQ(target->taps, 2);
 }
 
-TEST_F(TouchedScreen, a_pressed_button_that_shows_touches_glows)
+TEST_F(TouchedScreen, APressedButtonThatShowsTouchesGlows)
 {
     button.setBackgroundColor(color(Blue));
     button.setShowsTouchWhenHighlighted(true);
@@ -81,7 +81,7 @@ TEST_F(TouchedScreen, a_pressed_button_that_shows_touches_glows)
     g_object_unref(controllers);
 }
 
-TEST_F(TouchedScreen, a_button_that_goes_while_it_is_touched_is_not_tapped)
+TEST_F(TouchedScreen, AButtonRemovedDuringATouchIsNotTapped)
 {
     open();
     GListModel* controllers = gtk_widget_observe_controllers(surface());
@@ -144,7 +144,7 @@ private:
     }
 };
 
-TEST_F(KeyboardOnScreen, the_space_bar_and_enter_use_the_control_that_has_the_keyboard)
+TEST_F(KeyboardOnScreen, SpaceAndEnterUseTheFocusedControl)
 {
     open();
     ASSERT_TRUE(tab());
@@ -158,7 +158,7 @@ TEST_F(KeyboardOnScreen, the_space_bar_and_enter_use_the_control_that_has_the_ke
     EXPECT_EQ(target->taps, 2);
 }
 
-TEST_F(KeyboardOnScreen, a_key_that_is_held_down_uses_the_control_once)
+TEST_F(KeyboardOnScreen, AHeldKeyUsesTheControlOnce)
 {
     open();
     ASSERT_TRUE(tab());
@@ -169,7 +169,7 @@ TEST_F(KeyboardOnScreen, a_key_that_is_held_down_uses_the_control_once)
     EXPECT_EQ(target->taps, 1);
 }
 
-TEST_F(KeyboardOnScreen, without_a_control_the_keys_use_nothing)
+TEST_F(KeyboardOnScreen, WithoutAFocusedControlTheKeysDoNothing)
 {
     button.setHidden(true);
     second.setHidden(true);
@@ -179,7 +179,7 @@ TEST_F(KeyboardOnScreen, without_a_control_the_keys_use_nothing)
     EXPECT_EQ(target->taps + second_target->taps, 0);
 }
 
-TEST_F(KeyboardOnScreen, what_a_finger_cannot_reach_the_keyboard_does_not_either)
+TEST_F(KeyboardOnScreen, TheKeyboardReachesOnlyControlsThatAFingerReaches)
 {
     const UIView sheet = UIView::create();
     sheet.setFrame({0, 0, 300, 180});
@@ -192,7 +192,7 @@ TEST_F(KeyboardOnScreen, what_a_finger_cannot_reach_the_keyboard_does_not_either
     EXPECT_EQ(second_target->taps, 1);
 }
 
-TEST_F(KeyboardOnScreen, a_ring_stands_around_the_control_that_has_the_keyboard)
+TEST_F(KeyboardOnScreen, AFocusRingSurroundsTheFocusedControl)
 {
     open();
     EXPECT_FALSE(has_ring({152, 125}));
@@ -204,7 +204,7 @@ TEST_F(KeyboardOnScreen, a_ring_stands_around_the_control_that_has_the_keyboard)
     EXPECT_TRUE(has_ring({152, 225}));
 }
 
-TEST_F(KeyboardOnScreen, a_finger_takes_the_ring_away)
+TEST_F(KeyboardOnScreen, ATouchRemovesTheFocusRing)
 {
     open();
     ASSERT_TRUE(tab());
@@ -212,7 +212,7 @@ TEST_F(KeyboardOnScreen, a_finger_takes_the_ring_away)
     EXPECT_FALSE(has_ring({152, 125}));
 }
 
-TEST_F(KeyboardOnScreen, a_control_that_comes_back_has_the_keyboard_again)
+TEST_F(KeyboardOnScreen, AControlShownAgainRegainsTheFocus)
 {
     open();
     ASSERT_TRUE(tab());

@@ -7,7 +7,7 @@ namespace
 
 // ----------------------------------------------------------------------------------------------------------- view tree
 
-TEST_F(ScreenTest, a_view_covers_its_frame)
+TEST_F(ScreenTest, AViewCoversItsFrame)
 {
     window.addSubview(colored({10, 20, 100, 50}, Red));
     open();
@@ -17,13 +17,13 @@ TEST_F(ScreenTest, a_view_covers_its_frame)
     EXPECT_EQ(picture.box_of(Red), (CGRect{10, 20, 100, 50}));
 }
 
-TEST_F(ScreenTest, what_nothing_covers_is_black)
+TEST_F(ScreenTest, UncoveredAreasAreBlack)
 {
     open();
     EXPECT_EQ(shown().box_of(Black), (CGRect{0, 0, 300, 400}));
 }
 
-TEST_F(ScreenTest, neighbours_with_a_broken_edge_leave_no_gap)
+TEST_F(ScreenTest, NeighboursWithAFractionalEdgeLeaveNoGap)
 {
     window.setBackgroundColor(color(Green));
     window.addSubview(colored({0, 0, 300, 168.75}, Red));
@@ -34,7 +34,7 @@ TEST_F(ScreenTest, neighbours_with_a_broken_edge_leave_no_gap)
     EXPECT_EQ(picture.box_of(Blue), (CGRect{0, 169, 300, 231}));
 }
 
-TEST_F(ScreenTest, later_subviews_lie_above_and_bringing_to_the_front_is_seen)
+TEST_F(ScreenTest, LaterSubviewsAreAboveAndBringingToTheFrontIsVisible)
 {
     const UIView lower = colored({0, 0, 100, 100}, Red);
     const UIView upper = colored({50, 0, 100, 100}, Blue);
@@ -46,7 +46,7 @@ TEST_F(ScreenTest, later_subviews_lie_above_and_bringing_to_the_front_is_seen)
     EXPECT_EQ(shown().at(75, 50), Red);
 }
 
-TEST_F(ScreenTest, a_subview_reaches_out_of_its_parent)
+TEST_F(ScreenTest, ASubviewIsNotClippedToItsParent)
 {
     const UIView parent = colored({100, 100, 50, 50}, Red);
     parent.addSubview(colored({40, 40, 50, 50}, Blue));
@@ -55,7 +55,7 @@ TEST_F(ScreenTest, a_subview_reaches_out_of_its_parent)
     EXPECT_EQ(shown().box_of(Blue), (CGRect{140, 140, 50, 50}));
 }
 
-TEST_F(ScreenTest, a_window_cuts_what_reaches_out_of_it)
+TEST_F(ScreenTest, AWindowClipsItsViews)
 {
     UIWindow small = UIWindow::create({100, 100, 80, 80});
     small.addSubview(colored({-50, -50, 200, 200}, Red));
@@ -64,7 +64,7 @@ TEST_F(ScreenTest, a_window_cuts_what_reaches_out_of_it)
     EXPECT_EQ(shown().box_of(Red), (CGRect{100, 100, 80, 80}));
 }
 
-TEST_F(ScreenTest, windows_lie_by_level_then_by_last_shown)
+TEST_F(ScreenTest, WindowsAreStackedByLevelThenByLastShown)
 {
     window.setBackgroundColor(color(Red));
     UIWindow high = UIWindow::create({0, 0, 300, 100});
@@ -81,7 +81,7 @@ TEST_F(ScreenTest, windows_lie_by_level_then_by_last_shown)
     EXPECT_EQ(picture.at(150, 250), Red);
 }
 
-TEST_F(ScreenTest, a_hidden_view_hides_its_subviews_and_comes_back_whole)
+TEST_F(ScreenTest, AHiddenViewHidesItsSubviewsAndShowsThemAgain)
 {
     const UIView parent = colored({0, 0, 100, 100}, Red);
     parent.addSubview(colored({10, 10, 20, 20}, Blue));
@@ -93,7 +93,7 @@ TEST_F(ScreenTest, a_hidden_view_hides_its_subviews_and_comes_back_whole)
     EXPECT_EQ(shown().at(20, 20), Blue);
 }
 
-TEST_F(ScreenTest, alphas_of_parents_and_colours_multiply)
+TEST_F(ScreenTest, AlphasOfParentsAndColoursMultiply)
 {
     window.setBackgroundColor(color(White));
     const UIView parent = UIView::create();
@@ -107,7 +107,7 @@ TEST_F(ScreenTest, alphas_of_parents_and_colours_multiply)
     EXPECT_NEAR(static_cast<double>(shown().at(150, 200) & 0xff), 255 * 0.75, 2);
 }
 
-TEST_F(ScreenTest, a_view_that_is_gone_is_not_shown_and_takes_its_widget_along)
+TEST_F(ScreenTest, ADestroyedViewDisappearsWithItsWidget)
 {
     UIView view = colored({0, 0, 100, 100}, Red);
     window.addSubview(view);
@@ -121,7 +121,7 @@ TEST_F(ScreenTest, a_view_that_is_gone_is_not_shown_and_takes_its_widget_along)
     EXPECT_EQ(widget, nullptr);
 }
 
-TEST_F(ScreenTest, views_outlive_the_screen_unharmed)
+TEST_F(ScreenTest, ViewsMayOutliveTheScreen)
 {
     window.addSubview(colored({0, 0, 100, 100}, Red));
     const auto player = MPMoviePlayerViewController::initWithContentURL(NSURL::URLWithString("http://ad/v.mp4"));
@@ -137,7 +137,7 @@ TEST_F(ScreenTest, views_outlive_the_screen_unharmed)
 
 // -------------------------------------------------------------------------------------------------------- drawing cost
 
-TEST_F(ScreenTest, nothing_is_drawn_while_nothing_changes)
+TEST_F(ScreenTest, NothingIsDrawnWhileNothingChanges)
 {
     window.addSubview(colored({0, 0, 100, 100}, Red));
     open();
@@ -145,7 +145,7 @@ TEST_F(ScreenTest, nothing_is_drawn_while_nothing_changes)
     EXPECT_EQ(frames_in(0.4), 0);
 }
 
-TEST_F(ScreenTest, many_changes_at_once_are_one_frame)
+TEST_F(ScreenTest, ManyChangesAtOnceAreOneFrame)
 {
     const UIView view = colored({0, 0, 100, 100}, Red);
     window.addSubview(view);
@@ -158,7 +158,7 @@ TEST_F(ScreenTest, many_changes_at_once_are_one_frame)
     EXPECT_LE(frames, 2);
 }
 
-TEST_F(ScreenTest, a_spinner_turns_only_while_it_is_shown)
+TEST_F(ScreenTest, ASpinnerTurnsOnlyWhileItIsShown)
 {
     const UIView spinner(std::make_shared<ViewNode>(ViewNode::Kind::Spinner));
     spinner.setFrame({100, 100, 40, 40});
@@ -173,7 +173,7 @@ TEST_F(ScreenTest, a_spinner_turns_only_while_it_is_shown)
 
 // -------------------------------------------------------------------------------------------------------------- window
 
-TEST_F(ScreenTest, closing_the_window_asks_and_leaves_it_open)
+TEST_F(ScreenTest, ClosingTheWindowCallsTheHandlerAndLeavesItOpen)
 {
     int asked = 0;
     screen->on_close = [&] { ++asked; };
@@ -184,7 +184,7 @@ TEST_F(ScreenTest, closing_the_window_asks_and_leaves_it_open)
     EXPECT_TRUE(gtk_widget_get_mapped(GTK_WIDGET(screen->window())));
 }
 
-TEST_F(ScreenTest, a_window_closed_without_asking_leaves_a_screen_that_shows_nothing)
+TEST_F(ScreenTest, AWindowClosedWithoutAHandlerLeavesAnEmptyScreen)
 {
     open();
     gtk_window_close(screen->window());
@@ -193,7 +193,7 @@ TEST_F(ScreenTest, a_window_closed_without_asking_leaves_a_screen_that_shows_not
     EXPECT_NE(screen->snapshot_png(picture_path), "");
 }
 
-TEST_F(ScreenTest, the_help_line_stands_under_the_device)
+TEST_F(ScreenTest, TheHelpLineIsBelowTheDevice)
 {
     screen->set_help("Keys turn the device, change the volume, leave and return, and close the ad. Every one of them.");
     open();
@@ -202,13 +202,13 @@ TEST_F(ScreenTest, the_help_line_stands_under_the_device)
     EXPECT_GT(gtk_widget_get_height(GTK_WIDGET(screen->window())), 410);
 }
 
-TEST_F(ScreenTest, a_picture_that_cannot_be_written_is_reported)
+TEST_F(ScreenTest, ASnapshotThatCannotBeWrittenIsReported)
 {
     open();
     EXPECT_NE(screen->snapshot_png("/nowhere/at/all.png"), "");
 }
 
-TEST_F(ScreenTest, without_an_open_window_there_is_no_picture)
+TEST_F(ScreenTest, WithoutAnOpenWindowThereIsNoSnapshot)
 {
     EXPECT_NE(screen->snapshot_png(picture_path), "");
 }

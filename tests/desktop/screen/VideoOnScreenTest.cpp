@@ -19,7 +19,7 @@ protected:
     MPMoviePlayerViewController video;
 };
 
-TEST_F(VideoOnScreen, its_player_is_asked_for_pictures_of_the_size_shown)
+TEST_F(VideoOnScreen, ItsPlayerMakesPicturesOfTheSizeShown)
 {
     add_video({0, 0, 300, 168.75});
     open();
@@ -27,7 +27,7 @@ TEST_F(VideoOnScreen, its_player_is_asked_for_pictures_of_the_size_shown)
     EXPECT_EQ(player().box_height, 169);
 }
 
-TEST_F(VideoOnScreen, turned_with_the_device_its_pictures_are_upright)
+TEST_F(VideoOnScreen, TurnedWithTheDeviceItsPicturesAreUpright)
 {
     add_video({});
     video.view().setTransform(CGAffineTransformMakeRotation(QuarterTurn));
@@ -39,7 +39,7 @@ TEST_F(VideoOnScreen, turned_with_the_device_its_pictures_are_upright)
     EXPECT_EQ(shown().box_of(Blue), (CGRect{0, 37, 400, 225}));
 }
 
-TEST_F(VideoOnScreen, turned_on_its_side_its_picture_is_too)
+TEST_F(VideoOnScreen, TurnedOnItsSideItsPictureIsToo)
 {
     add_video({});
     video.view().setTransform(CGAffineTransformMakeRotation(QuarterTurn));
@@ -49,7 +49,7 @@ TEST_F(VideoOnScreen, turned_on_its_side_its_picture_is_too)
     EXPECT_EQ(shown().box_of(Blue), (CGRect{38, 0, 225, 400}));
 }
 
-TEST_F(VideoOnScreen, the_picture_stands_in_the_middle_on_black)
+TEST_F(VideoOnScreen, ThePictureIsCentredOnBlack)
 {
     window.setBackgroundColor(color(White));
     add_video({0, 0, 160, 200});
@@ -59,7 +59,7 @@ TEST_F(VideoOnScreen, the_picture_stands_in_the_middle_on_black)
     EXPECT_EQ(picture.at(80, 10), Black);
 }
 
-TEST_F(VideoOnScreen, beside_the_picture_a_clear_view_shows_what_lies_beneath)
+TEST_F(VideoOnScreen, BesideThePictureATransparentViewShowsWhatIsBelow)
 {
     window.setBackgroundColor(color(White));
     add_video({0, 0, 160, 200});
@@ -68,7 +68,7 @@ TEST_F(VideoOnScreen, beside_the_picture_a_clear_view_shows_what_lies_beneath)
     EXPECT_EQ(shown().at(80, 10), White);
 }
 
-TEST_F(VideoOnScreen, a_new_picture_is_drawn)
+TEST_F(VideoOnScreen, ANewPictureIsDrawn)
 {
     add_video({0, 0, 160, 90});
     open();
@@ -77,7 +77,7 @@ TEST_F(VideoOnScreen, a_new_picture_is_drawn)
     EXPECT_EQ(shown().at(80, 45), Green);
 }
 
-TEST_F(VideoOnScreen, while_hidden_no_picture_is_asked_for)
+TEST_F(VideoOnScreen, WhileHiddenNoPictureIsRequested)
 {
     add_video({0, 0, 160, 90});
     open();
@@ -89,7 +89,7 @@ TEST_F(VideoOnScreen, while_hidden_no_picture_is_asked_for)
     EXPECT_EQ(player().box_width, 160);
 }
 
-TEST_F(VideoOnScreen, behind_a_parent_that_has_faded_away_no_picture_is_asked_for)
+TEST_F(VideoOnScreen, InAFadedOutParentNoPictureIsRequested)
 {
     const UIView parent = UIView::create();
     parent.setFrame({0, 0, 300, 400});
@@ -102,7 +102,7 @@ TEST_F(VideoOnScreen, behind_a_parent_that_has_faded_away_no_picture_is_asked_fo
     EXPECT_EQ(player().box_width, 0);
 }
 
-TEST_F(VideoOnScreen, outside_the_tree_no_picture_is_asked_for)
+TEST_F(VideoOnScreen, OutsideTheTreeNoPictureIsRequested)
 {
     add_video({0, 0, 160, 90});
     open();
@@ -111,7 +111,7 @@ TEST_F(VideoOnScreen, outside_the_tree_no_picture_is_asked_for)
     EXPECT_EQ(player().box_width, 0);
 }
 
-TEST_F(VideoOnScreen, a_picture_that_comes_after_its_player_went_harms_nothing)
+TEST_F(VideoOnScreen, APictureAfterItsPlayersDestructionIsHarmless)
 {
     add_video({0, 0, 160, 90});
     open();

@@ -22,7 +22,7 @@ UIImage two_colours(int width, int height)
     return image;
 }
 
-TEST_F(ScreenTest, a_buttons_image_is_stretched_over_it)
+TEST_F(ScreenTest, AButtonsImageIsStretchedOverIt)
 {
     UIButton button = UIButton::create();
     button.setFrame({50, 50, 100, 40});
@@ -36,7 +36,7 @@ TEST_F(ScreenTest, a_buttons_image_is_stretched_over_it)
     EXPECT_EQ(picture.at(150, 60), Black);
 }
 
-TEST_F(ScreenTest, a_new_image_replaces_the_old_one)
+TEST_F(ScreenTest, ANewImageReplacesTheOldOne)
 {
     UIButton button = UIButton::create();
     button.setFrame({0, 0, 40, 40});
@@ -48,7 +48,7 @@ TEST_F(ScreenTest, a_new_image_replaces_the_old_one)
     EXPECT_EQ(shown().at(5, 5), Black);
 }
 
-TEST_F(ScreenTest, an_image_view_that_keeps_the_shape_shows_the_image_in_its_middle)
+TEST_F(ScreenTest, AnImageViewThatKeepsTheAspectRatioCentresTheImage)
 {
     UIImageView view = UIImageView::create();
     view.setFrame({0, 0, 100, 200});
@@ -63,7 +63,7 @@ TEST_F(ScreenTest, an_image_view_that_keeps_the_shape_shows_the_image_in_its_mid
     EXPECT_EQ(picture.at(98, 152), Black);
 }
 
-TEST_F(ScreenTest, a_label_draws_its_text_in_its_colour_within_its_box)
+TEST_F(ScreenTest, ALabelDrawsItsTextInItsColourWithinItsBox)
 {
     UILabel label = UILabel::create();
     label.setFrame({20, 40, 80, 30});
@@ -78,7 +78,7 @@ TEST_F(ScreenTest, a_label_draws_its_text_in_its_colour_within_its_box)
     EXPECT_LE(ink.y + ink.height, 70);
 }
 
-TEST_F(ScreenTest, a_label_aligned_to_the_right_ends_at_its_right_edge)
+TEST_F(ScreenTest, ALabelAlignedToTheRightEndsAtItsRightEdge)
 {
     UILabel label = UILabel::create();
     label.setFrame({0, 0, 200, 30});
@@ -92,7 +92,7 @@ TEST_F(ScreenTest, a_label_aligned_to_the_right_ends_at_its_right_edge)
     EXPECT_NEAR(ink.x + ink.width, 200, 3);
 }
 
-TEST_F(ScreenTest, a_label_of_many_lines_breaks_between_letters)
+TEST_F(ScreenTest, ALabelOfManyLinesBreaksBetweenLetters)
 {
     UILabel label = UILabel::create();
     label.setFrame({0, 0, 40, 200});
@@ -107,7 +107,7 @@ TEST_F(ScreenTest, a_label_of_many_lines_breaks_between_letters)
     EXPECT_GT(ink.height, 30);
 }
 
-TEST_F(ScreenTest, a_buttons_title_stands_in_its_middle)
+TEST_F(ScreenTest, AButtonsTitleIsCentred)
 {
     UIButton button = UIButton::create();
     button.setFrame({100, 100, 100, 60});
@@ -120,7 +120,7 @@ TEST_F(ScreenTest, a_buttons_title_stands_in_its_middle)
     EXPECT_NEAR(ink.x + ink.width / 2, 150, 2);
 }
 
-TEST_F(ScreenTest, a_countdown_draws_what_is_left_of_its_ring)
+TEST_F(ScreenTest, ACountdownDrawsTheRemainingPartOfItsRing)
 {
     const auto countdown = std::make_shared<ViewNode>(ViewNode::Kind::CountDown);
     countdown->seconds_full = 4;
@@ -137,7 +137,7 @@ TEST_F(ScreenTest, a_countdown_draws_what_is_left_of_its_ring)
     EXPECT_EQ(picture.at(100, 100), Black); // beside the disc
 }
 
-TEST_F(ScreenTest, a_countdown_over_white_has_a_white_ring_between_dark_rim_and_dark_disc)
+TEST_F(ScreenTest, ACountdownOverWhiteHasAWhiteRingBetweenDarkRimAndDarkDisc)
 {
     window.setBackgroundColor(color(White));
     const auto countdown = std::make_shared<ViewNode>(ViewNode::Kind::CountDown);

@@ -35,7 +35,7 @@ protected:
     GettextTranslation texts;
 };
 
-TEST_F(GettextTranslationTest, texts_come_in_german_and_in_french)
+TEST_F(GettextTranslationTest, TextsAreTranslatedIntoGermanAndFrench)
 {
     speak("de");
     EXPECT_EQ(texts.translate("Back"), "Zurück");
@@ -43,7 +43,7 @@ TEST_F(GettextTranslationTest, texts_come_in_german_and_in_french)
     EXPECT_EQ(texts.translate("Back"), "Page précédente");
 }
 
-TEST_F(GettextTranslationTest, a_number_chooses_its_form_by_the_languages_rule)
+TEST_F(GettextTranslationTest, TheLanguagesPluralRuleChoosesTheForm)
 {
     speak("de");
     EXPECT_EQ(texts.translate(SecondsLeft, 1), "Kann in %d Sekunde geschlossen werden");
@@ -53,7 +53,7 @@ TEST_F(GettextTranslationTest, a_number_chooses_its_form_by_the_languages_rule)
     EXPECT_EQ(texts.translate(SecondsLeft, 2), "Peut être fermée dans %d secondes");
 }
 
-TEST_F(GettextTranslationTest, a_language_without_a_catalogue_and_a_text_without_a_translation_stay_as_they_are)
+TEST_F(GettextTranslationTest, WithoutACatalogueOrATranslationTheTextStaysAsItIs)
 {
     speak("tlh");
     EXPECT_EQ(texts.translate("Back"), "Back");
@@ -62,7 +62,7 @@ TEST_F(GettextTranslationTest, a_language_without_a_catalogue_and_a_text_without
     EXPECT_EQ(texts.translate("What the ad says"), "What the ad says");
 }
 
-TEST_F(GettextTranslationTest, the_language_leaves_numbers_alone)
+TEST_F(GettextTranslationTest, TheLanguageDoesNotChangeNumberFormats)
 {
     speak("de");
     EXPECT_STREQ(std::setlocale(LC_NUMERIC, nullptr), "C");

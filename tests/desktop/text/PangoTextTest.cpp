@@ -32,7 +32,7 @@ TEST_F(PangoTextTest, FractionsOfAPointAreKept)
     EXPECT_NE(at13, std::round(at13));
 }
 
-TEST_F(PangoTextTest, ALineIsAsHighAsTheFontAsks)
+TEST_F(PangoTextTest, ALineHasTheFontsHeight)
 {
     // Ascent 905 and descent 212, in 1/1000 em.
     EXPECT_NEAR(text.measure("Ag", Arial20, Unbounded).height, 20 * 1.117, 1.0);
@@ -60,7 +60,7 @@ TEST_F(PangoTextTest, ATextIsCutToItsBox)
     EXPECT_EQ(cut.height, 30);
 }
 
-TEST_F(PangoTextTest, ABoxThatIsNoBoxGivesNothing)
+TEST_F(PangoTextTest, AnInvalidBoxGivesZero)
 {
     EXPECT_EQ(text.measure("A", Arial20, {-5, -5}), CGSize{});
     EXPECT_EQ(text.measure("A", Arial20, {0, 0}), CGSize{});

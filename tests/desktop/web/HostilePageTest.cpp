@@ -131,7 +131,7 @@ private:
     std::unique_ptr<Session> session_;
 };
 
-TEST_F(HostilePage, gets_nothing_and_each_refusal_is_written_down)
+TEST_F(HostilePage, GetsNothingAndEachRefusalIsTraced)
 {
     show_from("http://ads.example/hostile.html");
 
@@ -174,7 +174,7 @@ TEST_F(HostilePage, gets_nothing_and_each_refusal_is_written_down)
         ADD_FAILURE() << all();
 }
 
-TEST_F(HostilePage, that_becomes_a_frameset_is_not_replaced_by_what_its_server_sends)
+TEST_F(HostilePage, ThatBecomesAFramesetIsNotReplacedByWhatItsServerSends)
 {
     server.pages["/hostile.html"] = {"text/html", "<script>qoroBridge(JSON.stringify("
                                                   "{command: 'evil', args: []}), () => {})</script>"};
@@ -210,7 +210,7 @@ std::string asking(const std::string& host)
            "</script></body></html>";
 }
 
-TEST_F(HostilePage, reaches_nothing_by_a_name_that_leads_to_this_machine)
+TEST_F(HostilePage, ReachesNothingByANameThatResolvesToThisMachine)
 {
     const NamesHere names;
     const std::string nas = replaced(replaced(server.base(), "http://127.0.0.1", "nas.example"), "/", "");
@@ -220,7 +220,7 @@ TEST_F(HostilePage, reaches_nothing_by_a_name_that_leads_to_this_machine)
     EXPECT_TRUE(has("web", R"("refused" "request" "http://)" + nas + ", which is 127.0.0.1:")) << all();
 }
 
-TEST_F(HostilePage, of_this_machine_reaches_it_by_name_too)
+TEST_F(HostilePage, OfThisMachineReachesItByNameToo)
 {
     const NamesHere names;
     const std::string nas = replaced(replaced(server.base(), "http://127.0.0.1", "nas.example"), "/", "");
@@ -230,7 +230,7 @@ TEST_F(HostilePage, of_this_machine_reaches_it_by_name_too)
         EXPECT_TRUE(std::find(server.asked.begin(), server.asked.end(), path) != server.asked.end()) << path << all();
 }
 
-TEST_F(HostilePage, reaches_nothing_that_an_earlier_page_has_opened)
+TEST_F(HostilePage, ReachesNothingThatAnEarlierPageWasAllowed)
 {
     const NamesHere names;
     const std::string nas = replaced(replaced(server.base(), "http://127.0.0.1", "nas.example"), "/", "");
@@ -243,7 +243,7 @@ TEST_F(HostilePage, reaches_nothing_that_an_earlier_page_has_opened)
     EXPECT_THAT(asked_by_page(), testing::IsEmpty());
 }
 
-TEST_F(HostilePage, reaches_the_machine_that_it_comes_from)
+TEST_F(HostilePage, ReachesTheMachineThatItComesFrom)
 {
     server.pages["/hostile.html"] = {"text/html", "<script>qoroBridge(JSON.stringify("
                                                   "{command: 'evil', args: []}), () => {})</script>"};

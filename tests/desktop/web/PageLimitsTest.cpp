@@ -78,7 +78,7 @@ class PageDrainTest : public PageLimitsTest, public testing::WithParamInterface<
 {
 };
 
-TEST_P(PageDrainTest, is_ended_at_the_limit_and_the_next_page_loads)
+TEST_P(PageDrainTest, IsEndedAtTheLimitAndTheNextPageLoads)
 {
     server.pages["/clip.mp4"] = {"video/mp4", contents_of("/examples/demo/clip.mp4")};
     double peak = 0;
@@ -102,7 +102,7 @@ TEST_P(PageDrainTest, is_ended_at_the_limit_and_the_next_page_loads)
 INSTANTIATE_TEST_SUITE_P(By, PageDrainTest, testing::Values("arrays", "workers", "canvas", "svg", "videos", "blobs"),
                          [](const auto& page) { return std::string(page.param); });
 
-TEST_F(PageLimitsTest, a_page_within_the_limit_lives)
+TEST_F(PageLimitsTest, APageWithinTheLimitIsNotEnded)
 {
     load_script("const kept = new Float64Array(32 << 20).fill(1); note(kept.length)"); // 256 megabytes
     wait_for("note[33554432]");
@@ -110,7 +110,7 @@ TEST_F(PageLimitsTest, a_page_within_the_limit_lives)
     EXPECT_FALSE(died());
 }
 
-TEST_F(PageLimitsTest, a_hosts_own_limit_counts)
+TEST_F(PageLimitsTest, AHostsOwnLimitApplies)
 {
     WebKitEngineFactory strict(platform, {.memory = 200});
     hide();
@@ -122,7 +122,7 @@ TEST_F(PageLimitsTest, a_hosts_own_limit_counts)
     engine.reset();
 }
 
-TEST_F(PageLimitsTest, a_hanging_page_that_goes_leaves_no_process_at_work)
+TEST_F(PageLimitsTest, AClosedHangingPageLeavesNoBusyProcess)
 {
     load_script("note('hangs'); for (;;);");
     wait_for("note[\"hangs\"]");
@@ -147,7 +147,7 @@ class PageFloodTest : public PageLimitsTest, public testing::WithParamInterface<
 {
 };
 
-TEST_P(PageFloodTest, raises_this_program_by_little)
+TEST_P(PageFloodTest, BarelyRaisesThisProgramsMemory)
 {
 #ifdef __SANITIZE_ADDRESS__
     constexpr double Most = 64 + 256; // AddressSanitizer quarantines freed memory

@@ -10,14 +10,14 @@ class PageMessagesTest : public PageTest
 {
 };
 
-TEST_F(PageMessagesTest, there_is_no_way_but_the_bounded_one)
+TEST_F(PageMessagesTest, OnlyTheBoundedBridgeExists)
 {
     load_script("note(typeof window.webkit?.messageHandlers?.qoroPlayer, typeof window.webkit?.messageHandlers?."
                 "textEntry, typeof qoroBridge)");
     wait_for(R"(note["undefined","undefined","function"])");
 }
 
-TEST_F(PageMessagesTest, the_library_refuses_what_is_too_much_and_sends_nothing)
+TEST_F(PageMessagesTest, TheLibraryRefusesTooLargeArgumentsAndSendsNothing)
 {
     load_script(
         "const names = n => Object.fromEntries([...Array(n).keys()].map(i => [`n${i}`, i]));"
@@ -31,7 +31,7 @@ TEST_F(PageMessagesTest, the_library_refuses_what_is_too_much_and_sends_nothing)
     EXPECT_TRUE(recorder.refusals.empty()) << "nothing of it left the page";
 }
 
-TEST_F(PageMessagesTest, what_bypasses_the_library_is_refused_as_well)
+TEST_F(PageMessagesTest, MessagesThatBypassTheLibraryAreRefusedToo)
 {
     load_script("const sent = text => new Promise(done => qoroBridge(text, error => done(error === null)));"
                 "const many = Object.fromEntries([...Array(800000).keys()].map(i => [`n${i}`, i]));"
@@ -42,7 +42,7 @@ TEST_F(PageMessagesTest, what_bypasses_the_library_is_refused_as_well)
     EXPECT_FALSE(recorder.refusals.empty());
 }
 
-TEST_F(PageMessagesTest, every_message_is_answered_once)
+TEST_F(PageMessagesTest, EveryMessageIsAnsweredOnce)
 {
     load_script("let answers = 0; for (let n = 0; n < 1000; ++n)"
                 "  qoroBridge(JSON.stringify({command: 'c', args: []}), () => { ++answers; });"
@@ -52,7 +52,7 @@ TEST_F(PageMessagesTest, every_message_is_answered_once)
     EXPECT_GT(recorder.count("c[]"), 299);
 }
 
-TEST_F(PageMessagesTest, large_messages_pass_a_few_at_a_time)
+TEST_F(PageMessagesTest, LargeMessagesPassAFewAtATime)
 {
     load_script("const text = JSON.stringify({command: 'c', args: ['x'.repeat(60000)]});"
                 "let taken = 0, left = 100; for (let n = 0; n < 100; ++n)"
@@ -63,7 +63,7 @@ TEST_F(PageMessagesTest, large_messages_pass_a_few_at_a_time)
     EXPECT_EQ(recorder.heard.back(), R"(note["taken",4])") << "256 KiB at once";
 }
 
-TEST_F(PageMessagesTest, a_function_that_throws_at_its_answer_disturbs_nobody)
+TEST_F(PageMessagesTest, ACallbackThatThrowsDoesNotDisturbOthers)
 {
     load_script("qoroBridge('', () => { throw 1; }); qoroBridge(JSON.stringify({command: 'c', args: []}), "
                 "() => { throw 2; }); setTimeout(() => note('goes on'), 300);");

@@ -22,7 +22,7 @@ protected:
     }
 };
 
-TEST_F(PagePulseTest, a_page_that_hangs_is_reported_once)
+TEST_F(PagePulseTest, APageThatHangsIsReportedOnce)
 {
     engine->watch_responsiveness(true);
     load_script(Hangs);
@@ -32,7 +32,7 @@ TEST_F(PagePulseTest, a_page_that_hangs_is_reported_once)
     EXPECT_FALSE(recorder.has("answers"));
 }
 
-TEST_F(PagePulseTest, a_page_that_answers_again_is_reported)
+TEST_F(PagePulseTest, APageThatAnswersAgainIsReported)
 {
     engine->watch_responsiveness(true);
     load_script("setTimeout(() => { for (const end = Date.now() + 5000; Date.now() < end;); note('free'); }, 100);");
@@ -43,7 +43,7 @@ TEST_F(PagePulseTest, a_page_that_answers_again_is_reported)
     EXPECT_EQ(recorder.count("answers"), 1);
 }
 
-TEST_F(PagePulseTest, nothing_is_reported_of_a_page_that_nobody_watches)
+TEST_F(PagePulseTest, AnUnwatchedPageReportsNothing)
 {
     load_script(Hangs);
     wait_for("note[\"hangs\"]");
@@ -51,7 +51,7 @@ TEST_F(PagePulseTest, nothing_is_reported_of_a_page_that_nobody_watches)
     EXPECT_FALSE(recorder.has("silent"));
 }
 
-TEST_F(PagePulseTest, a_page_counts_as_answering_once_nobody_watches_it_any_more)
+TEST_F(PagePulseTest, APageCountsAsAnsweringOnceItIsNoLongerWatched)
 {
     engine->watch_responsiveness(true);
     load_script(Hangs);
@@ -63,7 +63,7 @@ TEST_F(PagePulseTest, a_page_counts_as_answering_once_nobody_watches_it_any_more
     EXPECT_TRUE(platform.loop().run_until([&] { return recorder.count("silent") == 2; }, 15)) << "it still hangs";
 }
 
-TEST_F(PagePulseTest, what_ends_and_what_comes_after_it_count_as_answering)
+TEST_F(PagePulseTest, AnEndedPageAndItsSuccessorCountAsAnswering)
 {
     engine->watch_responsiveness(true);
     load_script(Hangs);
@@ -79,7 +79,7 @@ TEST_F(PagePulseTest, what_ends_and_what_comes_after_it_count_as_answering)
     EXPECT_FALSE(recorder.has("answers")) << "a new page answers without a report";
 }
 
-TEST_F(PagePulseTest, an_engine_goes_while_its_page_owes_an_answer)
+TEST_F(PagePulseTest, AnEngineCanBeDestroyedWhileAnAnswerIsPending)
 {
     engine->watch_responsiveness(true);
     load_script(Hangs);

@@ -10,7 +10,7 @@ class PageSurroundingsTest : public PageTest
 {
 };
 
-TEST_F(PageSurroundingsTest, what_an_ad_has_no_use_for_is_not_there)
+TEST_F(PageSurroundingsTest, FeaturesThatNoAdNeedsAreMissing)
 {
     load_script("note(...['mediaSession', 'wakeLock', 'getGamepads', 'clipboard'].filter(n => n in navigator),"
                 "  ...['speechSynthesis', 'SharedWorker'].filter(n => n in window),"

@@ -41,7 +41,7 @@ TEST(ProcessorUse, APageOnOneProcessorIsNotToBlame)
     EXPECT_EQ(use.starves_for(), 0);
 }
 
-TEST(ProcessorUse, ASecondWithoutADropBeginsAnew)
+TEST(ProcessorUse, ASecondWithoutADropStartsOver)
 {
     ProcessorUse use;
     std::uint64_t dropped = 0;

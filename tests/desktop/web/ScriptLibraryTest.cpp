@@ -42,7 +42,7 @@ protected:
     std::vector<std::string> heard_since_loading() const { return {recorder.heard.begin() + 2, recorder.heard.end()}; }
 };
 
-TEST_F(ScriptLibraryTest, a_page_finds_the_documented_calls_and_nothing_else)
+TEST_F(ScriptLibraryTest, APageFindsTheDocumentedCallsAndNothingElse)
 {
     load_script("const names = object => Reflect.ownKeys(object).map(String).sort().join(' ');"
                 "note(names(mraid)); note(names(qoroPlayer)); note(names(MRAID_ENV));");
@@ -60,7 +60,7 @@ TEST_F(ScriptLibraryTest, a_page_finds_the_documented_calls_and_nothing_else)
     EXPECT_TRUE(recorder.has("note[\"appId coppa ifa limitAdTracking sdk sdkVersion version\"]"));
 }
 
-TEST_F(ScriptLibraryTest, the_environment_names_the_standard_and_no_device)
+TEST_F(ScriptLibraryTest, TheEnvironmentNamesTheStandardAndNoDevice)
 {
     load_script("note(MRAID_ENV)");
     wait_for(
@@ -68,13 +68,13 @@ TEST_F(ScriptLibraryTest, the_environment_names_the_standard_and_no_device)
         R"(","version":"3.0"}])");
 }
 
-TEST_F(ScriptLibraryTest, an_ad_is_loading_until_the_kit_has_told_of_it)
+TEST_F(ScriptLibraryTest, AnAdIsLoadingUntilTheKitsFirstFacts)
 {
     load_script("note(mraid.getVersion(), mraid.getPlacementType(), mraid.getState(), mraid.isViewable())");
     wait_for(R"(note["3.0","interstitial","loading",false])");
 }
 
-TEST_F(ScriptLibraryTest, the_first_news_make_it_ready_in_the_order_of_the_standard)
+TEST_F(ScriptLibraryTest, TheFirstFactsMakeItReadyInTheOrderOfTheStandard)
 {
     begin("for (const name of ['ready', 'stateChange', 'viewableChange', 'exposureChange', 'audioVolumeChange', "
           "'sizeChange', 'error']) mraid.addEventListener(name, (...args) => note(name, ...args));");
@@ -85,7 +85,7 @@ TEST_F(ScriptLibraryTest, the_first_news_make_it_ready_in_the_order_of_the_stand
                                         R"(note["viewableChange",true])", R"(note["audioVolumeChange",60])"}));
 }
 
-TEST_F(ScriptLibraryTest, what_the_kit_told_is_what_the_page_reads)
+TEST_F(ScriptLibraryTest, ThePageReadsTheFactsOfTheKit)
 {
     begin("mraid.addEventListener('ready', () => note(mraid.getState(), mraid.isViewable(), "
           "mraid.getCurrentPosition(), mraid.getDefaultPosition(), mraid.getMaxSize(), mraid.getScreenSize(), "
@@ -99,7 +99,7 @@ TEST_F(ScriptLibraryTest, what_the_kit_told_is_what_the_page_reads)
              R"({"allowOrientationChange":true,"forceOrientation":"none"},null,["tel","calendar","inlineVideo"]])");
 }
 
-TEST_F(ScriptLibraryTest, only_what_changes_is_reported)
+TEST_F(ScriptLibraryTest, OnlyChangesAreReported)
 {
     begin("for (const name of ['ready', 'stateChange', 'viewableChange', 'exposureChange', 'audioVolumeChange', "
           "'sizeChange']) mraid.addEventListener(name, (...args) => note(name, ...args));");
@@ -118,7 +118,7 @@ TEST_F(ScriptLibraryTest, only_what_changes_is_reported)
         << "the size last, and what is to be seen of it: this page is not laid out";
 }
 
-TEST_F(ScriptLibraryTest, a_resize_to_another_size_is_not_the_one_that_was_told_of)
+TEST_F(ScriptLibraryTest, AResizeToAnotherSizeIsReported)
 {
     begin("mraid.addEventListener('sizeChange', (...args) => note('sizeChange', ...args));"
           "mraid.addEventListener('audioVolumeChange', volume => {"
@@ -130,7 +130,7 @@ TEST_F(ScriptLibraryTest, a_resize_to_another_size_is_not_the_one_that_was_told_
     EXPECT_EQ(heard_since_loading(), (std::vector<std::string>{"note[\"resize\"]", R"(note["sizeChange",400,300])"}));
 }
 
-TEST_F(ScriptLibraryTest, a_fraction_of_a_point_is_no_new_size)
+TEST_F(ScriptLibraryTest, AFractionOfAPointIsNoNewSize)
 {
     begin("for (const name of ['sizeChange', 'audioVolumeChange'])"
           "  mraid.addEventListener(name, (...args) => note(name, ...args));");
@@ -142,7 +142,7 @@ TEST_F(ScriptLibraryTest, a_fraction_of_a_point_is_no_new_size)
     EXPECT_EQ(recorder.heard.size(), 4U);
 }
 
-TEST_F(ScriptLibraryTest, who_comes_while_everyone_is_told_is_told_once)
+TEST_F(ScriptLibraryTest, AListenerAddedDuringAnEventIsCalledOnce)
 {
     begin("const hear = name => mraid.addEventListener(name, (...args) => note(name, args.length));"
           "mraid.addEventListener('stateChange', () => hear('ready'));"
@@ -153,7 +153,7 @@ TEST_F(ScriptLibraryTest, who_comes_while_everyone_is_told_is_told_once)
                                                                R"(note["audioVolumeChange",1])", "note[\"end\"]"}));
 }
 
-TEST_F(ScriptLibraryTest, a_page_may_take_over_the_names)
+TEST_F(ScriptLibraryTest, APageMayRedefineTheNames)
 {
     load_script("", "<script>const mraid = window.mraid, qoroPlayer = 1; note = 0;</script>"
                     "<script>qoroBridge(JSON.stringify("
@@ -161,7 +161,7 @@ TEST_F(ScriptLibraryTest, a_page_may_take_over_the_names)
     wait_for(R"(taken["3.0",1])");
 }
 
-TEST_F(ScriptLibraryTest, what_is_no_argument_is_refused_and_not_sent)
+TEST_F(ScriptLibraryTest, InvalidArgumentsAreRefusedAndNotSent)
 {
     begin("const said = promise => promise.catch(error => error.message);"
           "Promise.all([said(qoroPlayer.setVideoSeekToTime('x')), said(qoroPlayer.setVideoSeekToTime(NaN)),"
@@ -173,7 +173,7 @@ TEST_F(ScriptLibraryTest, what_is_no_argument_is_refused_and_not_sent)
     EXPECT_EQ(heard_since_loading().size(), 1U);
 }
 
-TEST_F(ScriptLibraryTest, properties_that_are_none_are_an_error_and_not_kept)
+TEST_F(ScriptLibraryTest, InvalidPropertiesAreAnErrorAndNotStored)
 {
     begin("mraid.addEventListener('error', (message, action) => note(action));"
           "mraid.setOrientationProperties({ forceOrientation: 'portrait' });" // not ready yet
@@ -195,19 +195,19 @@ TEST_F(ScriptLibraryTest, properties_that_are_none_are_an_error_and_not_kept)
         << "nothing was sent";
 }
 
-TEST_F(ScriptLibraryTest, an_address_may_be_a_url_object)
+TEST_F(ScriptLibraryTest, AnAddressMayBeAUrlObject)
 {
     begin("mraid.addEventListener('ready', () => mraid.open(new URL('https://shop.example/a?b')));");
     wait_for(R"(mraid.open["https://shop.example/a?b"])");
 }
 
-TEST_F(ScriptLibraryTest, a_creative_that_cannot_get_ready_may_unload)
+TEST_F(ScriptLibraryTest, ACreativeThatCannotGetReadyMayUnload)
 {
     load_script("mraid.unload();");
     wait_for("mraid.unload[]");
 }
 
-TEST_F(ScriptLibraryTest, null_removes_every_listener_of_an_event)
+TEST_F(ScriptLibraryTest, NullRemovesEveryListenerOfAnEvent)
 {
     begin("mraid.addEventListener('error', message => note(message));"
           "for (const n of [1, 2]) mraid.addEventListener('ready', () => note(n));"
@@ -217,7 +217,7 @@ TEST_F(ScriptLibraryTest, null_removes_every_listener_of_an_event)
     EXPECT_EQ(heard_since_loading(), std::vector<std::string>{"note[\"end\"]"});
 }
 
-TEST_F(ScriptLibraryTest, who_comes_late_is_told_how_things_stand_and_once)
+TEST_F(ScriptLibraryTest, ALateListenerReceivesTheCurrentStateOnce)
 {
     begin("mraid.addEventListener('ready', () => setTimeout(() => {"
           "const late = (...args) => note('late', ...args);"
@@ -231,7 +231,7 @@ TEST_F(ScriptLibraryTest, who_comes_late_is_told_how_things_stand_and_once)
                                   R"(note["late",60])", R"(note["end"])"}));
 }
 
-TEST_F(ScriptLibraryTest, a_removed_listener_of_the_ad_hears_nothing_more)
+TEST_F(ScriptLibraryTest, ARemovedListenerOfTheAdReceivesNothingMore)
 {
     begin("const gone = () => note('gone'); mraid.addEventListener('stateChange', gone);"
           "mraid.removeEventListener('stateChange', gone);"
@@ -241,7 +241,7 @@ TEST_F(ScriptLibraryTest, a_removed_listener_of_the_ad_hears_nothing_more)
     EXPECT_FALSE(recorder.has("note[\"gone\"]"));
 }
 
-TEST_F(ScriptLibraryTest, every_request_carries_its_arguments)
+TEST_F(ScriptLibraryTest, EveryRequestCarriesItsArguments)
 {
     begin("mraid.addEventListener('ready', () => { mraid.open('https://shop/'); mraid.playVideo('https://v/');"
           "mraid.useCustomClose(true); mraid.createCalendarEvent({description: 'party', start: new Date(0)});"
@@ -257,7 +257,7 @@ TEST_F(ScriptLibraryTest, every_request_carries_its_arguments)
                   "mraid.close[]"}));
 }
 
-TEST_F(ScriptLibraryTest, what_the_kit_refuses_is_an_error_event_with_the_action)
+TEST_F(ScriptLibraryTest, ARefusalByTheKitIsAnErrorEventWithTheAction)
 {
     recorder.answer = [](const ScriptMessage& message) {
         return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{"no touch", nullptr};
@@ -267,7 +267,7 @@ TEST_F(ScriptLibraryTest, what_the_kit_refuses_is_an_error_event_with_the_action
     wait_for(R"(note["error","no touch","open"])");
 }
 
-TEST_F(ScriptLibraryTest, a_calendar_event_may_be_json_text_and_a_text_that_is_none_goes_on_as_it_is)
+TEST_F(ScriptLibraryTest, ACalendarEventMayBeJsonAndOtherTextsAreSentUnchanged)
 {
     begin(R"(mraid.addEventListener('ready', () => {
                  mraid.createCalendarEvent('{"description":"party","start":"2027-03-24"}');
@@ -278,7 +278,7 @@ TEST_F(ScriptLibraryTest, a_calendar_event_may_be_json_text_and_a_text_that_is_n
                                         R"(mraid.createCalendarEvent["{\"description\":"])", "note[\"end\"]"}));
 }
 
-TEST_F(ScriptLibraryTest, what_the_kit_refuses_later_is_an_error_event_and_no_other_news)
+TEST_F(ScriptLibraryTest, ALaterRefusalByTheKitIsOnlyAnErrorEvent)
 {
     begin("for (const name of ['ready', 'stateChange', 'viewableChange', 'exposureChange', 'audioVolumeChange', "
           "'sizeChange', 'error']) mraid.addEventListener(name, (...args) => note(name, ...args));");
@@ -291,7 +291,7 @@ TEST_F(ScriptLibraryTest, what_the_kit_refuses_later_is_an_error_event_and_no_ot
     EXPECT_EQ(recorder.heard.size(), 1U);
 }
 
-TEST_F(ScriptLibraryTest, what_the_library_refuses_is_an_error_event_and_reaches_nobody)
+TEST_F(ScriptLibraryTest, ARefusalByTheLibraryIsAnErrorEventAndIsNotSent)
 {
     load_script("mraid.addEventListener('error', (message, action) => note('error', action));"
                 "mraid.open('https://shop/'); mraid.addEventListener('shake', () => {});"
@@ -308,7 +308,7 @@ TEST_F(ScriptLibraryTest, what_the_library_refuses_is_an_error_event_and_reaches
                                         R"(note["error","setResizeProperties"])", R"(note["end"])"}));
 }
 
-TEST_F(ScriptLibraryTest, an_error_event_reaches_a_listener_that_is_set_after_the_call)
+TEST_F(ScriptLibraryTest, AnErrorEventReachesAListenerThatIsSetAfterTheCall)
 {
     recorder.answer = [](const ScriptMessage& message) {
         return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{"an interstitial does not", nullptr};
@@ -324,7 +324,7 @@ TEST_F(ScriptLibraryTest, an_error_event_reaches_a_listener_that_is_set_after_th
     wait_for(R"(note["late","resize"])");
 }
 
-TEST_F(ScriptLibraryTest, properties_that_are_set_are_read_back)
+TEST_F(ScriptLibraryTest, PropertiesThatAreSetAreReadBack)
 {
     load_script("mraid.setExpandProperties({width: 320, isModal: false, useCustomClose: true});"
                 "mraid.setResizeProperties({width: 100, height: 50, offsetX: 5, offsetY: 6, allowOffscreen: false});"
@@ -334,7 +334,7 @@ TEST_F(ScriptLibraryTest, properties_that_are_set_are_read_back)
              R"("offsetY":6,"width":100}])");
 }
 
-TEST_F(ScriptLibraryTest, a_page_that_replaces_every_built_in_keeps_its_ad)
+TEST_F(ScriptLibraryTest, APageThatReplacesEveryBuiltInKeepsItsAd)
 {
     recorder.answer = [](const ScriptMessage& message) {
         return message.command == "mraid.open" ? ScriptAnswer{"no touch", nullptr} : ScriptAnswer{};
@@ -380,7 +380,7 @@ TEST_F(ScriptLibraryTest, a_page_that_replaces_every_built_in_keeps_its_ad)
     EXPECT_TRUE(recorder.has("setVideoSeekToTime[2.5]"));
 }
 
-TEST_F(ScriptLibraryTest, a_listener_of_the_ad_that_throws_does_not_stop_the_others)
+TEST_F(ScriptLibraryTest, AListenerOfTheAdThatThrowsDoesNotStopTheOthers)
 {
     begin("mraid.addEventListener('ready', () => { throw new Error('mine'); });"
           "mraid.addEventListener('ready', () => note('heard'));"
@@ -389,7 +389,7 @@ TEST_F(ScriptLibraryTest, a_listener_of_the_ad_that_throws_does_not_stop_the_oth
     wait_for("note[\"error reported\"]");
 }
 
-TEST_F(ScriptLibraryTest, a_listener_may_remove_all_of_its_event_while_it_is_told)
+TEST_F(ScriptLibraryTest, AListenerMayRemoveAllOfItsEventDuringTheCall)
 {
     begin("mraid.addEventListener('stateChange', () => mraid.removeEventListener('stateChange'));"
           "mraid.addEventListener('stateChange', () => note('removed, and called all the same'));"
@@ -398,7 +398,7 @@ TEST_F(ScriptLibraryTest, a_listener_may_remove_all_of_its_event_while_it_is_tol
     EXPECT_FALSE(recorder.has("note[\"removed, and called all the same\"]"));
 }
 
-TEST_F(ScriptLibraryTest, the_page_cannot_replace_the_ad)
+TEST_F(ScriptLibraryTest, ThePageCannotReplaceTheAd)
 {
     load_script("try { mraid = 1; } catch {} try { mraid.close = 1; } catch {} try { MRAID_ENV.ifa = 'x'; } catch {}"
                 "note(typeof mraid.close, MRAID_ENV.ifa)");

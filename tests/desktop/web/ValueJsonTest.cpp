@@ -10,14 +10,14 @@ namespace qoro::test
 namespace
 {
 
-TEST(ValueJson, writes_every_kind_of_value)
+TEST(ValueJson, WritesEveryKindOfValue)
 {
     const NSDictionary mapping{{"b", true},   {"i", 7},       {"d", 0.5},
                                {"t", "a\"b"}, {"n", nullptr}, {"l", NSArray{1, "x"}}};
     EXPECT_EQ(json_of(mapping), R"({"b":true,"i":7,"d":0.5,"t":"a\"b","n":null,"l":[1,"x"]})");
 }
 
-TEST(ValueJson, tells_absent_from_empty)
+TEST(ValueJson, DistinguishesAbsentFromEmpty)
 {
     EXPECT_EQ(json_of(NSDictionary()), "null");
     EXPECT_EQ(json_of(NSDictionary::dictionary()), "{}");
@@ -25,34 +25,34 @@ TEST(ValueJson, tells_absent_from_empty)
     EXPECT_EQ(json_of(NSArray(std::vector<Value>())), "[]");
 }
 
-TEST(ValueJson, keeps_whole_numbers_beyond_32_bits)
+TEST(ValueJson, KeepsWholeNumbersBeyond32Bits)
 {
     EXPECT_EQ(json_of(Value(std::int64_t{9007199254740993})), "9007199254740993");
 }
 
-TEST(ValueJson, writes_a_number_that_is_not_finite_as_null)
+TEST(ValueJson, WritesANumberThatIsNotFiniteAsNull)
 {
     EXPECT_EQ(json_of(Value(std::nan(""))), "null");
     EXPECT_EQ(json_of(Value(INFINITY)), "null");
 }
 
-TEST(ValueJson, replaces_bytes_that_are_no_text)
+TEST(ValueJson, ReplacesInvalidUtf8)
 {
     EXPECT_EQ(json_of(Value(std::string("a\xff"))), "\"a\xef\xbf\xbd\"");
 }
 
-TEST(ValueJson, reads_what_it_writes)
+TEST(ValueJson, ReadsWhatItWrites)
 {
     const Value value = NSDictionary{{"z", NSArray{true, nullptr, -3, 2.5}}, {"a", NSDictionary{{"t", "ü"}}}};
     EXPECT_EQ(value_of_json(json_of(value)), value);
 }
 
-TEST(ValueJson, keeps_the_order_of_keys)
+TEST(ValueJson, KeepsTheOrderOfKeys)
 {
     EXPECT_EQ(value_of_json(R"({"z":1,"a":2})")->dictionary().allKeys(), (std::vector<std::string>{"z", "a"}));
 }
 
-TEST(ValueJson, reads_a_whole_number_that_is_too_large_as_a_double)
+TEST(ValueJson, ReadsAWholeNumberThatIsTooLargeAsADouble)
 {
     const std::optional<Value> value = value_of_json("18446744073709551615");
     ASSERT_TRUE(value);
@@ -60,7 +60,7 @@ TEST(ValueJson, reads_a_whole_number_that_is_too_large_as_a_double)
     EXPECT_EQ(value->doubleValue(), 18446744073709551615.0);
 }
 
-TEST(ValueJson, refuses_what_is_no_json)
+TEST(ValueJson, RefusesInvalidJson)
 {
     EXPECT_FALSE(value_of_json(""));
     EXPECT_FALSE(value_of_json("{"));
@@ -68,7 +68,7 @@ TEST(ValueJson, refuses_what_is_no_json)
     EXPECT_FALSE(value_of_json("undefined"));
 }
 
-TEST(ValueJson, refuses_more_than_256_names)
+TEST(ValueJson, RefusesMoreThan256Names)
 {
     std::string names = "\"n0\":0";
     for (int n = 1; n < 256; ++n)
@@ -77,7 +77,7 @@ TEST(ValueJson, refuses_more_than_256_names)
     EXPECT_FALSE(value_of_json("[{" + names + "},{\"one more\":0}]"));
 }
 
-TEST(ValueJson, costs_as_much_for_each_record_however_many_there_are)
+TEST(ValueJson, ParsesInLinearTime)
 {
     // Quadratic parsing would take minutes.
     std::string records = "[{}";
@@ -88,7 +88,7 @@ TEST(ValueJson, costs_as_much_for_each_record_however_many_there_are)
     EXPECT_EQ(value->array().count(), 1'000'001U);
 }
 
-TEST(ValueJson, refuses_what_is_nested_too_deep)
+TEST(ValueJson, RefusesTooDeepNesting)
 {
     EXPECT_TRUE(value_of_json(std::string(32, '[') + std::string(32, ']')));
     EXPECT_FALSE(value_of_json(std::string(33, '[') + std::string(33, ']')));

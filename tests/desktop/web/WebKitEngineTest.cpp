@@ -15,7 +15,7 @@ class WebKitEngineTest : public PageTest
 {
 };
 
-TEST_F(WebKitEngineTest, a_pages_start_and_end_are_reported_once_each)
+TEST_F(WebKitEngineTest, APagesStartAndEndAreReportedOnceEach)
 {
     load("<p>hello</p>");
     wait_for("finish");
@@ -23,33 +23,33 @@ TEST_F(WebKitEngineTest, a_pages_start_and_end_are_reported_once_each)
     EXPECT_EQ(engine->current_address().absoluteString().text(), server.base());
 }
 
-TEST_F(WebKitEngineTest, nothing_is_shown_before_the_first_page)
+TEST_F(WebKitEngineTest, NothingIsShownBeforeTheFirstPage)
 {
     EXPECT_FALSE(engine->current_address());
 }
 
-TEST_F(WebKitEngineTest, a_null_page_reports_start_and_end_like_any_other)
+TEST_F(WebKitEngineTest, ANullPageReportsStartAndEndLikeAnyOther)
 {
     engine->load_html(nullptr, NSURL::URLWithString(server.base()));
     wait_for("finish");
     EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "finish"}));
 }
 
-TEST_F(WebKitEngineTest, a_page_without_a_base_loads)
+TEST_F(WebKitEngineTest, APageWithoutABaseLoads)
 {
     engine->load_html("<p>hello</p>", nullptr);
     wait_for("finish");
     EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "finish"}));
 }
 
-TEST_F(WebKitEngineTest, nobody_is_asked_for_the_engines_own_load_however_its_base_is_spelt)
+TEST_F(WebKitEngineTest, TheEnginesOwnLoadNeedsNoPermissionHoweverItsBaseIsSpelt)
 {
     engine->load_html("<p>hello</p>", NSURL::URLWithString("HTTP://127.0.0.1:80/%7ea/../b?q=\u00fc#here"));
     wait_for("finish");
     EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "finish"}));
 }
 
-TEST_F(WebKitEngineTest, a_page_loaded_over_an_unfinished_one_reports_its_own_end_alone)
+TEST_F(WebKitEngineTest, APageLoadedOverAnUnfinishedOneReportsOnlyItsOwnEnd)
 {
     load("<img src='/never'>");
     wait_for("start");
@@ -59,7 +59,7 @@ TEST_F(WebKitEngineTest, a_page_loaded_over_an_unfinished_one_reports_its_own_en
     EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "note[\"second\"]", "finish"}));
 }
 
-TEST_F(WebKitEngineTest, a_page_that_never_finishes_loading_runs_its_script_and_can_go)
+TEST_F(WebKitEngineTest, APageThatNeverFinishesLoadingRunsItsScriptAndCanBeDestroyed)
 {
     load_script("note('here')", "<img src='/never'>");
     wait_for("note[\"here\"]");
@@ -69,20 +69,20 @@ TEST_F(WebKitEngineTest, a_page_that_never_finishes_loading_runs_its_script_and_
 
 // ------------------------------------------------------------------------------------------------- script library
 
-TEST_F(WebKitEngineTest, the_library_loads_on_a_page_from_an_unsafe_address)
+TEST_F(WebKitEngineTest, TheLibraryLoadsOnAPageFromAnUnsafeAddress)
 {
     load_script("note(typeof qoroPlayer, Object.isFrozen(qoroPlayer))");
     wait_for(R"(note["object",true])");
 }
 
-TEST_F(WebKitEngineTest, the_library_loads_on_a_page_from_a_safe_address)
+TEST_F(WebKitEngineTest, TheLibraryLoadsOnAPageFromASafeAddress)
 {
     engine->load_html("<head><script src='kit://script.js'></script></head><script>qoroPlayer.setVideoPlay()</script>",
                       NSURL::URLWithString("https://ads.example/creative/"));
     wait_for("setVideoPlay[]");
 }
 
-TEST_F(WebKitEngineTest, the_library_loads_twice_without_a_trace_of_the_second_time)
+TEST_F(WebKitEngineTest, LoadingTheLibraryTwiceHasNoEffect)
 {
     server.pages["/mraid.js"] = {"text/javascript", std::string(script_library())};
     load_script("qoroPlayer.addEventListener('video_play', () => note('played')); first = qoroPlayer;");
@@ -93,21 +93,21 @@ TEST_F(WebKitEngineTest, the_library_loads_twice_without_a_trace_of_the_second_t
     EXPECT_EQ(server.asked, std::vector<std::string>{"/mraid.js"});
 }
 
-TEST_F(WebKitEngineTest, an_element_named_like_the_library_does_not_keep_it_away)
+TEST_F(WebKitEngineTest, AnElementNamedLikeTheLibraryDoesNotReplaceIt)
 {
     load("<body><div id='qoroPlayer'></div><script src='kit://script.js'></script>"
          "<script>qoroPlayer.setVideoPlay()</script>");
     wait_for("setVideoPlay[]");
 }
 
-TEST_F(WebKitEngineTest, the_page_cannot_replace_the_library)
+TEST_F(WebKitEngineTest, ThePageCannotReplaceTheLibrary)
 {
     load_script("try { qoroPlayer = 1; } catch {} try { qoroPlayer.setVideoPlay = 1; } catch {}"
                 "qoroPlayer.setVideoPlay();");
     wait_for("setVideoPlay[]");
 }
 
-TEST_F(WebKitEngineTest, the_library_outlives_a_page_that_replaces_built_ins)
+TEST_F(WebKitEngineTest, TheLibraryOutlivesAPageThatReplacesBuiltIns)
 {
     recorder.answer = [](const ScriptMessage&) { return ScriptAnswer{nullptr, 30}; };
     load_script("Promise.reject = Object.create = Object.hasOwn = Error = setTimeout = null;"
@@ -117,7 +117,7 @@ TEST_F(WebKitEngineTest, the_library_outlives_a_page_that_replaces_built_ins)
     wait_for("getVideoTotalTime[]");
 }
 
-TEST_F(WebKitEngineTest, every_command_carries_its_arguments)
+TEST_F(WebKitEngineTest, EveryCommandCarriesItsArguments)
 {
     load_script("qoroPlayer.setVideoPlay(); qoroPlayer.setVideoPause(); qoroPlayer.setVideoMute();"
                 "qoroPlayer.setVideoUnmute(); qoroPlayer.setVideoSeekToTime(12.5); qoroPlayer.getVideoTotalTime();"
@@ -136,7 +136,7 @@ TEST_F(WebKitEngineTest, every_command_carries_its_arguments)
                                   "MRAIDUseCustomClose[true]", "MRAIDClose[]", "finish"}));
 }
 
-TEST_F(WebKitEngineTest, a_command_answers_with_its_value)
+TEST_F(WebKitEngineTest, ACommandAnswersWithItsValue)
 {
     recorder.answer = [](const ScriptMessage& message) {
         return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{nullptr, 29};
@@ -145,13 +145,13 @@ TEST_F(WebKitEngineTest, a_command_answers_with_its_value)
     wait_for("note[29]");
 }
 
-TEST_F(WebKitEngineTest, a_command_without_a_value_answers_null)
+TEST_F(WebKitEngineTest, ACommandWithoutAValueAnswersNull)
 {
     load_script("qoroPlayer.setVideoPlay().then(nothing => note(nothing))");
     wait_for("note[null]");
 }
 
-TEST_F(WebKitEngineTest, a_refused_command_is_rejected_with_the_reason)
+TEST_F(WebKitEngineTest, ARefusedCommandIsRejectedWithTheReason)
 {
     recorder.answer = [](const ScriptMessage& message) {
         return message.command == "note" ? ScriptAnswer{} : ScriptAnswer{"seconds expected", nullptr};
@@ -160,7 +160,7 @@ TEST_F(WebKitEngineTest, a_refused_command_is_rejected_with_the_reason)
     wait_for("note[\"seconds expected\"]");
 }
 
-TEST_F(WebKitEngineTest, a_command_that_the_platform_rejects_is_answered_all_the_same)
+TEST_F(WebKitEngineTest, ACommandThatThePlatformRejectsIsStillAnswered)
 {
     recorder.answer = [](const ScriptMessage& message) -> ScriptAnswer {
         if (message.command == "note")
@@ -171,7 +171,7 @@ TEST_F(WebKitEngineTest, a_command_that_the_platform_rejects_is_answered_all_the
     wait_for("note[\"rejected\"]");
 }
 
-TEST_F(WebKitEngineTest, arguments_are_sent_as_plain_data)
+TEST_F(WebKitEngineTest, ArgumentsAreSentAsPlainData)
 {
     load_script("qoroPlayer.playNextVideo({strVideoUrl() {}, iCloseBtnCountdown: 5});"
                 "qoroPlayer.checkCanPlayNextVideo(); qoroPlayer.checkCanPlayNextVideo(NaN);");
@@ -181,7 +181,7 @@ TEST_F(WebKitEngineTest, arguments_are_sent_as_plain_data)
                                         "checkCanPlayNextVideo[null]", "checkCanPlayNextVideo[null]", "finish"}));
 }
 
-TEST_F(WebKitEngineTest, arguments_that_cannot_be_sent_reject_the_command)
+TEST_F(WebKitEngineTest, ArgumentsThatCannotBeSentRejectTheCommand)
 {
     load_script("const endless = {}; endless.self = endless;"
                 "qoroPlayer.playNextVideo(endless).catch(() => note('rejected'))");
@@ -191,7 +191,7 @@ TEST_F(WebKitEngineTest, arguments_that_cannot_be_sent_reject_the_command)
 
 // --------------------------------------------------------------------------------------------------------- messages
 
-TEST_F(WebKitEngineTest, messages_that_are_none_are_refused_and_reach_nobody)
+TEST_F(WebKitEngineTest, InvalidMessagesAreRefusedAndNotDelivered)
 {
     load_script("const refused = message => new Promise(done => qoroBridge(JSON.stringify(message) ?? '', error =>"
                 "  done(error === null ? note('taken', String(message)) : note('refused'))));"
@@ -206,13 +206,13 @@ TEST_F(WebKitEngineTest, messages_that_are_none_are_refused_and_reach_nobody)
     EXPECT_EQ(recorder.heard.size(), 14U); // eleven refusals, the end, the page's start and its finish
 }
 
-TEST_F(WebKitEngineTest, a_message_of_sixty_thousand_letters_is_taken)
+TEST_F(WebKitEngineTest, AMessageOfSixtyThousandLettersIsAccepted)
 {
     load_script("note('x'.repeat(60000))");
     wait_for("note[\"" + std::string(60000, 'x') + "\"]");
 }
 
-TEST_F(WebKitEngineTest, an_engine_that_goes_inside_a_message_goes_quietly)
+TEST_F(WebKitEngineTest, AnEngineCanBeDestroyedInsideAMessage)
 {
     recorder.answer = [this](const ScriptMessage&) {
         engine.reset();
@@ -263,7 +263,7 @@ protected:
     Listeners listeners;
 };
 
-TEST_F(WebKitEngineEventTest, a_listener_gets_what_the_event_carries)
+TEST_F(WebKitEngineEventTest, AListenerReceivesTheEventsData)
 {
     load_script("for (const name of ['video_timeupdate', 'video_orientation', 'video_play'])"
                 "  qoroPlayer.addEventListener(name, data => note(name, data));");
@@ -276,7 +276,7 @@ TEST_F(WebKitEngineEventTest, a_listener_gets_what_the_event_carries)
     wait_for(R"(note["video_play",null])");
 }
 
-TEST_F(WebKitEngineEventTest, events_arrive_in_the_order_in_which_they_were_sent)
+TEST_F(WebKitEngineEventTest, EventsArriveInTheOrderInWhichTheyWereSent)
 {
     load_script("const seen = []; qoroPlayer.addEventListener('count', data => seen.push(data.n));"
                 "qoroPlayer.addEventListener('end', () => note(seen.length, seen.every((n, i) => n === i)));");
@@ -290,7 +290,7 @@ TEST_F(WebKitEngineEventTest, events_arrive_in_the_order_in_which_they_were_sent
     wait_for("note[600,true]");
 }
 
-TEST_F(WebKitEngineEventTest, a_listener_that_throws_does_not_stop_the_others)
+TEST_F(WebKitEngineEventTest, AListenerThatThrowsDoesNotStopTheOthers)
 {
     load_script("qoroPlayer.addEventListener('video_play', () => { throw new Error('mine'); });"
                 "qoroPlayer.addEventListener('video_play', () => note('heard'));"
@@ -301,7 +301,7 @@ TEST_F(WebKitEngineEventTest, a_listener_that_throws_does_not_stop_the_others)
     wait_for("note[\"error reported\"]");
 }
 
-TEST_F(WebKitEngineEventTest, a_removed_listener_hears_nothing_more)
+TEST_F(WebKitEngineEventTest, ARemovedListenerReceivesNothingMore)
 {
     load_script("const gone = () => note('gone'); qoroPlayer.addEventListener('video_play', gone);"
                 "qoroPlayer.removeEventListener('video_play', gone);"
@@ -313,7 +313,7 @@ TEST_F(WebKitEngineEventTest, a_removed_listener_hears_nothing_more)
     EXPECT_FALSE(recorder.has("note[\"gone\"]"));
 }
 
-TEST_F(WebKitEngineEventTest, a_listener_added_twice_is_one_listener)
+TEST_F(WebKitEngineEventTest, AListenerAddedTwiceIsOneListener)
 {
     load_script("const once = () => {}; qoroPlayer.addEventListener('video_play', once);"
                 "qoroPlayer.addEventListener('video_play', once);");
@@ -322,7 +322,7 @@ TEST_F(WebKitEngineEventTest, a_listener_added_twice_is_one_listener)
     EXPECT_EQ(listeners.registered[0], listeners.registered[1]);
 }
 
-TEST_F(WebKitEngineEventTest, an_event_sent_while_the_listener_registers_reaches_it)
+TEST_F(WebKitEngineEventTest, AnEventSentWhileTheListenerRegistersReachesIt)
 {
     recorder.answer = [this](const ScriptMessage& message) {
         listeners(message);
@@ -334,7 +334,7 @@ TEST_F(WebKitEngineEventTest, an_event_sent_while_the_listener_registers_reaches
     wait_for("note[1]");
 }
 
-TEST_F(WebKitEngineEventTest, an_event_for_an_earlier_page_reaches_nobody)
+TEST_F(WebKitEngineEventTest, AnEventForAnEarlierPageIsNotDelivered)
 {
     load_script("qoroPlayer.addEventListener('video_play', () => note('first page'))");
     wait_for("finish");
@@ -349,7 +349,7 @@ TEST_F(WebKitEngineEventTest, an_event_for_an_earlier_page_reaches_nobody)
     EXPECT_FALSE(recorder.has("note[\"first page\"]"));
 }
 
-TEST_F(WebKitEngineEventTest, an_event_after_the_page_has_ended_is_lost_without_harm)
+TEST_F(WebKitEngineEventTest, AnEventAfterThePageHasEndedIsLost)
 {
     load_script("qoroPlayer.addEventListener('video_play', () => note('heard'))");
     wait_for("finish");
@@ -361,7 +361,7 @@ TEST_F(WebKitEngineEventTest, an_event_after_the_page_has_ended_is_lost_without_
     EXPECT_FALSE(recorder.has("note[\"heard\"]"));
 }
 
-TEST_F(WebKitEngineEventTest, hard_text_reaches_the_script_unharmed)
+TEST_F(WebKitEngineEventTest, SpecialCharactersReachTheScriptUnchanged)
 {
     load_script("qoroPlayer.addEventListener('text', data => note(data.t === '<\\/script>\\u2028\"\\\\\\u0000ü'))");
     wait_for("finish");
@@ -371,7 +371,7 @@ TEST_F(WebKitEngineEventTest, hard_text_reaches_the_script_unharmed)
 
 // --------------------------------------------------------------------------------------- navigation and permissions
 
-TEST_F(WebKitEngineTest, a_followed_link_asks_as_a_link_and_stays_when_refused)
+TEST_F(WebKitEngineTest, AFollowedLinkAsksAsALinkAndStaysWhenRefused)
 {
     load_script(
         "onload = () => { document.querySelector('a').click(); setTimeout(() => note(location.pathname), 200); }",
@@ -381,7 +381,7 @@ TEST_F(WebKitEngineTest, a_followed_link_asks_as_a_link_and_stays_when_refused)
     EXPECT_TRUE(server.asked.empty());
 }
 
-TEST_F(WebKitEngineTest, where_a_script_leads_is_asked_about_and_not_loaded_even_when_allowed)
+TEST_F(WebKitEngineTest, NavigationByAScriptAsksAndIsNotLoadedEvenWhenAllowed)
 {
     recorder.allow_loads = true;
     server.pages["/app.apk"] = {"application/octet-stream", "bytes"};
@@ -397,7 +397,7 @@ TEST_F(WebKitEngineTest, where_a_script_leads_is_asked_about_and_not_loaded_even
     EXPECT_TRUE(server.asked.empty()) << "and nothing was downloaded";
 }
 
-TEST_F(WebKitEngineTest, a_page_moves_to_its_own_fragments_by_whatever_name_it_goes)
+TEST_F(WebKitEngineTest, APageMayNavigateToItsFragmentsUnderAnyBaseAddress)
 {
     recorder.allow_loads = true;
     load_script("onload = () => { location = '#one'; history.pushState({}, '', '/name'); location = '#two';"
@@ -407,7 +407,7 @@ TEST_F(WebKitEngineTest, a_page_moves_to_its_own_fragments_by_whatever_name_it_g
     EXPECT_TRUE(server.asked.empty());
 }
 
-TEST_F(WebKitEngineTest, a_telephone_link_is_asked_about_and_never_loaded)
+TEST_F(WebKitEngineTest, ATelephoneLinkAsksAndIsNeverLoaded)
 {
     recorder.allow_loads = true;
     load_script("onload = () => { document.querySelector('a').click(); setTimeout(() => note('still here'), 200); }",
@@ -416,7 +416,7 @@ TEST_F(WebKitEngineTest, a_telephone_link_is_asked_about_and_never_loaded)
     EXPECT_TRUE(recorder.has("ask 0 tel:123"));
 }
 
-TEST_F(WebKitEngineTest, no_window_is_opened)
+TEST_F(WebKitEngineTest, NoWindowIsOpened)
 {
     load_script("onload = () => note(window.open('/other.html') === null)");
     wait_for("note[true]");
@@ -424,13 +424,13 @@ TEST_F(WebKitEngineTest, no_window_is_opened)
     EXPECT_TRUE(server.asked.empty());
 }
 
-TEST_F(WebKitEngineTest, dialogs_do_not_hold_the_page)
+TEST_F(WebKitEngineTest, DialogsDoNotBlockThePage)
 {
     load_script("alert('stop'); note(confirm('stop?'), prompt('stop?'))");
     wait_for("note[false,null]");
 }
 
-TEST_F(WebKitEngineTest, a_page_does_not_blank_itself_and_its_blank_frames_work)
+TEST_F(WebKitEngineTest, APageCannotBlankItselfAndItsBlankFramesWork)
 {
     load_script("const frame = document.createElement('iframe');"
                 "frame.onload = () => note('frame', frame.contentDocument.location.href);"
@@ -443,7 +443,7 @@ TEST_F(WebKitEngineTest, a_page_does_not_blank_itself_and_its_blank_frames_work)
     EXPECT_EQ(recorder.refusals.back(), "navigation about:blank");
 }
 
-TEST_F(WebKitEngineTest, local_files_are_out_of_reach)
+TEST_F(WebKitEngineTest, LocalFilesAreOutOfReach)
 {
     const auto path = std::filesystem::temp_directory_path() / ("qoro-secret-" + std::to_string(getpid()) + ".js");
     std::ofstream(path) << "note('read');";
@@ -461,7 +461,7 @@ TEST_F(WebKitEngineTest, local_files_are_out_of_reach)
     std::filesystem::remove(path);
 }
 
-TEST_F(WebKitEngineTest, a_file_as_base_gives_no_right_to_files)
+TEST_F(WebKitEngineTest, AFileAsBaseGivesNoAccessToFiles)
 {
     engine->load_html("<script>qoroBridge(JSON.stringify({command: 'note', args: "
                       "[location.href]}), () => {})</script>",
@@ -469,7 +469,7 @@ TEST_F(WebKitEngineTest, a_file_as_base_gives_no_right_to_files)
     wait_for("note[\"about:blank\"]");
 }
 
-TEST_F(WebKitEngineTest, frames_within_the_page_ask_before_they_load)
+TEST_F(WebKitEngineTest, FramesWithinThePageAskBeforeTheyLoad)
 {
     load_script("onload = () => note('end')",
                 "</head><iframe src='/frame.html'></iframe><iframe srcdoc='x'></iframe><head>");
@@ -499,14 +499,14 @@ protected:
     }
 };
 
-TEST_F(BrowsedPageTest, finds_neither_the_library_nor_the_bridge)
+TEST_F(BrowsedPageTest, FindsNeitherTheLibraryNorTheBridge)
 {
     browse("<title>?</title><script src='kit://script.js'></script><script>"
            "document.title = [typeof qoroPlayer, typeof window.qoroBridge]</script>");
     wait_for_title("undefined,undefined");
 }
 
-TEST_F(BrowsedPageTest, asks_for_a_telephone_link_that_a_script_clicks_as_for_no_link)
+TEST_F(BrowsedPageTest, AsksForAScriptedTelephoneLinkAsForNoLink)
 {
     browse("<title>?</title><a href='tel:123'>x</a><script>document.querySelector('a').click();"
            "setTimeout(() => { document.title = 'still here'; }, 200)</script>");
@@ -515,7 +515,7 @@ TEST_F(BrowsedPageTest, asks_for_a_telephone_link_that_a_script_clicks_as_for_no
     EXPECT_FALSE(recorder.has("ask 0 tel:123"));
 }
 
-TEST_F(BrowsedPageTest, that_leads_elsewhere_can_be_gone_back_to)
+TEST_F(BrowsedPageTest, ThatLeadsElsewhereCanBeReturnedTo)
 {
     recorder.allow_loads = true;
     server.pages["/other.html"] = {"text/html", "<title>other</title>"};
@@ -524,14 +524,14 @@ TEST_F(BrowsedPageTest, that_leads_elsewhere_can_be_gone_back_to)
     EXPECT_EQ(engine->page_state().address.absoluteString(), server.base() + "other.html");
 }
 
-TEST_F(BrowsedPageTest, cannot_read_files)
+TEST_F(BrowsedPageTest, CannotReadFiles)
 {
     browse("<title>?</title><img src='file:///etc/hostname' onload='document.title = \"read\"' "
            "onerror='document.title = \"refused\"'>");
     wait_for_title("refused");
 }
 
-TEST_F(BrowsedPageTest, from_elsewhere_cannot_lead_to_this_machine)
+TEST_F(BrowsedPageTest, FromARemoteServerCannotLeadToThisMachine)
 {
     recorder.allow_loads = true;
     server.pages["/secret.html"] = {"text/html", "a secret"};
@@ -544,7 +544,7 @@ TEST_F(BrowsedPageTest, from_elsewhere_cannot_lead_to_this_machine)
     EXPECT_TRUE(server.asked.empty());
 }
 
-TEST_F(BrowsedPageTest, whose_process_is_killed_is_reported_and_comes_again)
+TEST_F(BrowsedPageTest, WhoseProcessIsKilledIsReportedAndCanBeReloaded)
 {
     browse("<title>here</title>");
     recorder.heard.clear();
@@ -557,7 +557,7 @@ TEST_F(BrowsedPageTest, whose_process_is_killed_is_reported_and_comes_again)
     EXPECT_TRUE(engine->page_state().has_content);
 }
 
-TEST_F(BrowsedPageTest, that_answers_with_a_download_fails_and_saves_nothing)
+TEST_F(BrowsedPageTest, ThatAnswersWithADownloadFailsAndSavesNothing)
 {
     server.pages["/file"] = {"application/octet-stream", "bytes"};
     engine->load_address(NSURL::URLWithString(server.base() + "file"));
@@ -565,7 +565,7 @@ TEST_F(BrowsedPageTest, that_answers_with_a_download_fails_and_saves_nothing)
     EXPECT_FALSE(engine->page_state().has_content);
 }
 
-TEST_F(WebKitEngineTest, a_pages_process_that_is_killed_is_reported_and_the_next_page_loads)
+TEST_F(WebKitEngineTest, APagesProcessThatIsKilledIsReportedAndTheNextPageLoads)
 {
     load_script("note('alive')");
     wait_for("finish");
@@ -578,7 +578,7 @@ TEST_F(WebKitEngineTest, a_pages_process_that_is_killed_is_reported_and_the_next
     EXPECT_EQ(recorder.heard, (std::vector<std::string>{"start", "note[\"again\"]", "finish"}));
 }
 
-TEST_F(WebKitEngineTest, a_page_wider_than_the_view_is_shrunk_when_it_is_to_fit)
+TEST_F(WebKitEngineTest, AScaledPageWiderThanTheViewIsShrunk)
 {
     GtkWidget* widget = dynamic_cast<WidgetSource&>(*engine).widget();
     GtkWidget* window = gtk_window_new();
@@ -604,7 +604,7 @@ std::set<std::uint64_t> page_process_namespaces()
     return found;
 }
 
-TEST_F(WebKitEngineTest, pages_run_locked_away_where_the_sandbox_works)
+TEST_F(WebKitEngineTest, PagesRunInASandboxWhereItWorks)
 {
     if (!sandbox_works())
         GTEST_SKIP()
