@@ -20,7 +20,7 @@ namespace qoro::test
 /// To add one: put its page into tests/hostile/pages/ (it calls mraid.expand("done") when it has finished), and check
 /// here that the attack has failed:
 ///
-///     TEST_F(HostileTest, APageThatEatsMemoryIsEnded)
+///     TEST_F(HostileTest, APageThatExhaustsMemoryIsEnded)
 ///     {
 ///         play("memory.html");
 ///         EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));

@@ -132,7 +132,7 @@ bool open_and_close(DesktopPlatform& platform, const std::string& file, bool has
         ended = platform.loop().run_until([&] { return ended; }, Patience) && ready;
     }
     platform.set_witness(nullptr);
-    // As many viewers watch one ad after the other, and not ten a second.
+    // Ads must not overlap: the processes of a closed page end before the next ad opens.
     return ended && platform.loop().run_until([&] { return processes() <= Pools; }, Patience);
 }
 
