@@ -1,9 +1,9 @@
 #pragma once
 
+#include "desktop/media/PictureSource.h"
 #include "desktop/media/Pipeline.h"
 #include "desktop/media/VideoFrame.h"
 #include "desktop/media/VideoPictures.h"
-#include "desktop/screen/PictureSource.h"
 #include "platform/Ports.h"
 
 #include <functional>

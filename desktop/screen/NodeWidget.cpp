@@ -1,8 +1,8 @@
 #include "desktop/screen/NodeWidget.h"
 
 #include "desktop/images/GdkImages.h"
+#include "desktop/media/PictureSource.h"
 #include "desktop/screen/Painting.h"
-#include "desktop/screen/PictureSource.h"
 #include "desktop/screen/WidgetSource.h"
 #include "kit/Accessible.h"
 

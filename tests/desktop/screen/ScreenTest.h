@@ -1,7 +1,7 @@
 #pragma once
 
 #include "desktop/images/GdkImages.h"
-#include "desktop/screen/PictureSource.h"
+#include "desktop/media/PictureSource.h"
 #include "desktop/screen/Screen.h"
 #include "platform/MediaPlayer.h"
 #include "tests/desktop/support/BarePlatform.h"
