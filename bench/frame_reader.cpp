@@ -140,6 +140,7 @@ int main(int argc, char** argv)
             origins.push_back(frame.at - FrameSeconds * frame.number);
     const double origin = percentile(origins, 0.5);
     std::vector<double> strayed;
+    strayed.reserve(origins.size());
     for (const double each : origins)
         strayed.push_back(std::abs(each - origin) * 1000);
     const int missed = seen.back().number - seen.front().number + 1 - static_cast<int>(seen.size());

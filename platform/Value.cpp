@@ -15,7 +15,7 @@ namespace qoro
 namespace
 {
 
-const Value null_value;
+const Value NullValue;
 
 /// Length of the UTF-8 sequence at the start of the bytes; 0 when it is malformed, which includes overlong forms,
 /// surrogates and code points above U+10FFFF (RFC 3629, section 4).
@@ -194,7 +194,7 @@ std::size_t NSArray::count() const
 
 const Value& NSArray::operator[](std::size_t index) const
 {
-    return index < count() ? (*values_)[index] : null_value;
+    return index < count() ? (*values_)[index] : NullValue;
 }
 
 const Value* NSArray::begin() const
@@ -230,7 +230,7 @@ std::size_t NSDictionary::count() const
 const Value& NSDictionary::objectForKey(std::string_view key) const
 {
     const Entry* entry = std::find_if(begin(), end(), [&](const Entry& each) { return each.key == key; });
-    return entry == end() ? null_value : entry->value;
+    return entry == end() ? NullValue : entry->value;
 }
 
 bool NSDictionary::contains(std::string_view key) const

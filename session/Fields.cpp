@@ -82,6 +82,7 @@ UIButton button_named(const QoroVideoWebViewController& controller, std::string_
 std::vector<std::string> button_names()
 {
     std::vector<std::string> names;
+    names.reserve(std::size(ButtonFields));
     for (const ButtonField& button : ButtonFields)
         names.emplace_back(button.name);
     return names;

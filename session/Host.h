@@ -77,7 +77,7 @@ public:
     /// @param name which of the delegates this is; outlives it
     explicit HostDelegate(std::string_view name) : platform_(Platform::current()), name_(name) {}
     bool responds_to_ad_failed() const override { return true; }
-    void onZulixAdFailed(const UIView& adView, const NSError& error) override;
+    void onZulixAdFailed(const UIView& ad_view, const NSError& error) override;
 
 private:
     Platform& platform_;

@@ -12,9 +12,9 @@ namespace
 
 const NetAnswer& find(const World& world, const std::string& address)
 {
-    static const NetAnswer Unnamed;
+    static const NetAnswer unnamed;
     const auto named = world.net.find(address);
-    return named == world.net.end() ? Unnamed : named->second;
+    return named == world.net.end() ? unnamed : named->second;
 }
 
 } // namespace

@@ -66,7 +66,7 @@ gint64 gst_time(double time)
 } // namespace
 
 struct Pipeline::Core {
-    Core(Opening how, std::shared_ptr<VideoPictures> to, MainLoop& loop, Listener& heard)
+    Core(const Opening& how, std::shared_ptr<VideoPictures> to, MainLoop& loop, Listener& heard)
         : mailbox(std::make_shared<Mailbox>(loop)), listener(heard), low(!how.is_file),
           feed(how.location, how.is_file, how.server_seconds,
                {.changed = [this] { wake(); }, .failed = [this](const std::string& reason) { fail(reason); }}),
@@ -146,8 +146,8 @@ struct Pipeline::Core {
 
 // --------------------------------------------------------------------------------------------------- Main thread
 
-Pipeline::Pipeline(Opening opening, std::shared_ptr<VideoPictures> pictures, MainLoop& loop, Listener& listener)
-    : core_(std::make_shared<Core>(std::move(opening), std::move(pictures), loop, listener))
+Pipeline::Pipeline(const Opening& opening, std::shared_ptr<VideoPictures> pictures, MainLoop& loop, Listener& listener)
+    : core_(std::make_shared<Core>(opening, std::move(pictures), loop, listener))
 {
     Workers::all().start([core = core_] { core->work(); });
 }

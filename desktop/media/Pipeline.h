@@ -54,7 +54,7 @@ public:
     /// @param pictures receives the video's pictures
     /// @param loop its post() must accept calls from any thread
     /// @param listener must outlive the pipeline
-    Pipeline(Opening opening, std::shared_ptr<VideoPictures> pictures, MainLoop& loop, Listener& listener);
+    Pipeline(const Opening& opening, std::shared_ptr<VideoPictures> pictures, MainLoop& loop, Listener& listener);
     ~Pipeline();
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;

@@ -261,7 +261,7 @@ void Screen::needs_display()
         return;
     // GTK draws frames no closer together than the monitor's refresh interval. While a video plays, other changes wait
     // for its next picture: a frame of their own would delay that picture.
-    if (last_picture_ && g_get_monotonic_time() - last_picture_ < longest_wait_ms * 1000)
+    if (last_picture_ && g_get_monotonic_time() - last_picture_ < gint64{longest_wait_ms} * 1000)
         patience_ = g_timeout_add(longest_wait_ms, Signals::patience_ended, this);
     else
         walk_with_next_frame();

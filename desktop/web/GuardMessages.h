@@ -20,7 +20,7 @@ inline constexpr const char* guard_answer = "answer";
 inline constexpr const char* guard_process = "process";
 
 /// Bytes of JSON in UTF-8.
-inline constexpr std::size_t longest_message = 64 * 1024;
+inline constexpr std::size_t longest_message = std::size_t{64} * 1024;
 
 /// Initialisation data of a guard: whether its pages are creatives, which have a bridge; the innermost NetworkZone that
 /// every page may reach.

@@ -107,6 +107,7 @@ public:
         if (!reason_.empty())
             return;
         std::vector<char*> words;
+        words.reserve(command.size() + 1);
         for (std::string& word : command)
             words.push_back(word.data());
         words.push_back(nullptr);

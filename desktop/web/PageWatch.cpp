@@ -27,7 +27,7 @@ namespace
 constexpr auto Interval = std::chrono::milliseconds(100);
 /// During a flood, memory can grow by hundreds of megabytes a second.
 constexpr auto FloodInterval = std::chrono::milliseconds(20);
-constexpr std::uint64_t Megabyte = 1024 * 1024;
+constexpr std::uint64_t Megabyte = std::uint64_t{1024} * 1024;
 /// Process names, truncated by the system to 15 bytes.
 constexpr const char* PageProcess = "WebKitWebProces";
 constexpr const char* RequestProcess = "WebKitNetworkPr";

@@ -89,7 +89,7 @@ void for_each_number_in(const std::string& folder, F&& found)
     closedir(entries);
 }
 
-std::string first_line(std::string text)
+std::string first_line(const std::string& text)
 {
     return text.substr(0, text.find('\n'));
 }

@@ -84,7 +84,7 @@ public:
 private:
     void later(std::function<void(NoPage&)> event)
     {
-        platform_.loop().post([alive = std::weak_ptr(alive_), event, this] {
+        platform_.loop().post([alive = std::weak_ptr(alive_), event = std::move(event), this] {
             if (!alive.expired())
                 event(*this);
         });
