@@ -1,6 +1,8 @@
 #!/bin/sh
-# Fails if a source file deviates from clang-format's layout, and prints the location.
+# Fails if a C++ file deviates from clang-format's layout, and prints the location.
 set -eu
 cd "$(dirname "$0")/.."
-find app Base bench desktop embedding examples kit platform session simulator tests views -name '*.cpp' -o -name '*.h' |
-    xargs clang-format --dry-run -Werror
+tools/list_files.sh '*.cpp' '*.h' | xargs -n 100 -P "$(nproc)" clang-format --dry-run -Werror || {
+    echo "check_format: run \"clang-format -i\" on the files above" >&2
+    exit 1
+}

@@ -3,6 +3,7 @@
 set -eu
 cd "$(dirname "$0")/.."
 status=0
+# shellcheck disable=SC2016 # the backticks are Markdown's
 names=$(sed -n '/^## Promises/,/^## /p' SECURITY.md | grep -o '`[A-Za-z]*\.[A-Za-z_*]*`' | tr -d '`' | sort -u)
 [ -n "$names" ] || {
     echo "check_promises: SECURITY.md names no test below \"Promises\"" >&2

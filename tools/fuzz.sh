@@ -36,11 +36,11 @@ case "${1-}" in
     ;;
 esac
 all=$(ls tests/fuzz/corpus)
-# shellcheck disable=SC2086
+# shellcheck disable=SC2086 # a list of words
 [ $# -gt 0 ] || set -- $all
 for target in "$@"; do
     [ -d "tests/fuzz/corpus/$target" ] || {
-        # shellcheck disable=SC2086
+        # shellcheck disable=SC2086 # a list of words
         echo "fuzz: no target $target, expected one of" $all >&2
         exit 2
     }
@@ -51,9 +51,9 @@ programs=""
 for target in "$@"; do
     programs="$programs fuzz_$target"
 done
-# shellcheck disable=SC2086
+# shellcheck disable=SC2086 # a list of words
 tools/build.sh fuzz $programs
-# shellcheck disable=SC2086
+# shellcheck disable=SC2086 # a list of words
 [ -z "$runs" ] || tools/build.sh fuzz-fast $programs
 
 build=build/fuzz

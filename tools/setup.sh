@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs missing Debian packages: tools/setup.sh play | test | bench | fuzz | coverage | mutation
+# Installs missing Debian packages: tools/setup.sh play | test | bench | fuzz | coverage | mutation | draw
 # Prints the packages before it installs them; prints nothing if none is missing.
 set -eu
 
@@ -10,8 +10,9 @@ build="g++ cmake ninja-build ccache pkg-config git gettext
 run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
     gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap xdg-dbus-proxy glib-networking
     xvfb dbus"
-test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg clang-format eslint
+test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg
     at-spi2-core libatspi2.0-dev locales iproute2 weston"
+check="clang-format clang-tidy codespell eslint python3 shellcheck"
 fuzz="clang libclang-rt-14-dev zlib1g-dev"
 coverage="libgtest-dev libgmock-dev gcovr"
 mutation="libgtest-dev libgmock-dev python3-clang-14"
@@ -19,13 +20,14 @@ bench="libbenchmark-dev libx11-dev libxext-dev mpv gstreamer1.0-plugins-base-app
 
 case "${1-}" in
 play) wanted="$build $run" ;;
-test) wanted="$build $run $test $fuzz" ;;
+test) wanted="$build $run $test $check $fuzz" ;;
 fuzz) wanted="$build $run $fuzz" ;;
 coverage) wanted="$build $coverage" ;;
 mutation) wanted="$build $mutation" ;;
+draw) wanted="graphviz fonts-liberation" ;;
 bench) wanted="$build $run $bench" ;;
 *)
-    echo "usage: tools/setup.sh play | test | bench | fuzz | coverage | mutation" >&2
+    echo "usage: tools/setup.sh play | test | bench | fuzz | coverage | mutation | draw" >&2
     exit 2
     ;;
 esac
@@ -47,5 +49,5 @@ if [ "$(id -u)" -ne 0 ]; then
     root="sudo"
 fi
 $root apt-get update -q
-# shellcheck disable=SC2086
+# shellcheck disable=SC2086 # a list of words
 $root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends $missing

@@ -12,10 +12,10 @@ trap 'exit 143' TERM
 trap 'exit 130' INT
 waited=0
 until [ -s "$scratch/display" ]; do
-    kill -0 $server 2>/dev/null && [ $waited -lt 100 ] || {
+    if ! kill -0 $server 2>/dev/null || [ $waited -ge 100 ]; then
         echo "with_display: Xvfb did not start: $(tail -n 1 "$scratch/xvfb.log")" >&2
         exit 1
-    }
+    fi
     waited=$((waited + 1))
     sleep 0.1
 done
@@ -25,5 +25,5 @@ unset WAYLAND_DISPLAY
 export GDK_BACKEND=x11
 # By default no assistive technology runs on this server, unless the caller sets GTK_A11Y=atspi: then the session bus
 # starts the accessibility bus and stops it on exit.
-export GTK_A11Y=${GTK_A11Y-none}
+export GTK_A11Y="${GTK_A11Y-none}"
 dbus-run-session -- "$@"
