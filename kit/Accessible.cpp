@@ -6,8 +6,6 @@
 #include "views/ViewNode.h"
 
 #include <algorithm>
-#include <array>
-#include <string_view>
 
 namespace qoro
 {
@@ -16,39 +14,6 @@ namespace
 {
 
 using namespace screen_texts;
-
-/// Accessible name and state of a control that shows one of the compiled-in pictures.
-struct PictureMeaning {
-    std::string_view picture;
-    const char* name;
-    std::optional<bool> on;
-};
-
-constexpr auto PictureMeanings = std::to_array<PictureMeaning>({
-    {"arrayVideoBigCloseButton", Close, {}},
-    {"arrayVideoCloseButton", Close, {}},
-    {"arrayVideoFullscreenButton", FillScreen, {}},
-    {"arrayVideoPauseButton", Pause, {}},
-    {"arrayVideoPlayButton", Play, {}},
-    {"arrayVideoReplayButton", Replay, {}},
-    {"arrayVideoSoundOffButton", Mute, true},
-    {"arrayVideoSounOnButton", Mute, false},
-    {"arrayVideoScaleToPortraitButton", LeaveFullScreen, {}},
-    {"arrayHideVideo", HideVideo, {}},
-    {"arrayShowVideo", ShowVideo, {}},
-});
-
-/// Accessible name by action, for a control that shows nothing or a picture supplied by the ad.
-struct ActionMeaning {
-    std::string_view action;
-    const char* name;
-};
-
-constexpr auto ActionMeanings = std::to_array<ActionMeaning>({
-    {"setControllerBarHiddenState", ShowControls},
-    {"doButtonOneAction", FirstOffer},
-    {"doButtonTwoAction", SecondOffer},
-});
 
 std::string translated(const ViewNode& view, const char* text)
 {
@@ -69,15 +34,16 @@ Accessible button(const ViewNode& view)
     Accessible says{.role = Accessible::Role::Button, .name = own_words(view), .usable = view.takes_touches};
     if (!says.name.empty())
         return says;
-    const auto* picture =
-        std::ranges::find(PictureMeanings, view.image.accessibilityIdentifier(), &PictureMeaning::picture);
-    if (picture != PictureMeanings.end()) {
+    const ControlNames& names = view.platform.shared<ControlNames>();
+    const auto picture =
+        std::ranges::find(names.pictures, view.image.accessibilityIdentifier(), &ControlNames::Picture::picture);
+    if (picture != names.pictures.end()) {
         says.name = translated(view, picture->name);
         says.on = picture->on;
         return says;
     }
-    const auto* action = std::ranges::find(ActionMeanings, view.targets.front().name(), &ActionMeaning::action);
-    if (action != ActionMeanings.end())
+    const auto action = std::ranges::find(names.actions, view.targets.front().name(), &ControlNames::Action::action);
+    if (action != names.actions.end())
         says.name = translated(view, action->name);
     return says;
 }

@@ -2,12 +2,36 @@
 
 #include <cstdint>
 #include <optional>
+#include <span>
 #include <string>
+#include <string_view>
 
 namespace qoro
 {
 
 struct ViewNode;
+
+/// Accessible names of the ad's controls that have no text, untranslated. Shared by a platform (Platform::shared) and
+/// empty until the session sets it.
+struct ControlNames {
+    /// A control that shows one of the ad's own pictures.
+    struct Picture {
+        /// Accessibility identifier of the picture.
+        std::string_view picture;
+        const char* name;
+        /// State of a toggle; absent for any other control.
+        std::optional<bool> on;
+    };
+    /// A control that shows nothing, or a picture supplied by the ad.
+    struct Action {
+        /// Name of its first action.
+        std::string_view action;
+        const char* name;
+    };
+    /// Of static storage duration.
+    std::span<const Picture> pictures;
+    std::span<const Action> actions;
+};
 
 /// The accessible properties of a view.
 struct Accessible {
@@ -34,7 +58,7 @@ struct Accessible {
     bool usable = true;
 };
 
-/// Derives the properties of a view. The name is its label, its text, or else the meaning of its picture or action.
+/// Derives the properties of a view. The name is its label, its text, or else its entry in ControlNames.
 Accessible accessible(const ViewNode& view);
 
 } // namespace qoro

@@ -1,6 +1,7 @@
 #include "session/Session.h"
 
 #include "kit/PageScreen.h"
+#include "session/ControlNames.h"
 #include "session/Fields.h"
 #include "session/Operations.h"
 #include "session/Snapshot.h"
@@ -30,6 +31,7 @@ CGRect screen_frame()
 Session::Session(Platform& platform, SessionControls& controls, const HostSetup& host, std::shared_ptr<QoroVideoAd> ad)
     : platform_(platform), controls_(controls), ad_(std::move(ad))
 {
+    set_control_names(platform_);
     platform_.dispatch([&] {
         make_host(host);
         make_controller(host);

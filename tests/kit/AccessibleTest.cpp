@@ -1,6 +1,7 @@
 #include "kit/Accessible.h"
 
 #include "platform/QoroCountDownView.h"
+#include "session/ControlNames.h"
 #include "tests/support/RecordingPlatform.h"
 #include "views/ViewNode.h"
 
@@ -37,6 +38,8 @@ struct Loud : test::RecordingPlatform, private Translation {
 };
 
 struct AccessibleTest : testing::Test {
+    AccessibleTest() { set_control_names(platform); }
+
     static UIButton button(const UIImage& picture = nullptr)
     {
         const UIButton made = UIButton::create();
@@ -148,7 +151,8 @@ TEST_F(AccessibleTest, APictureWithoutALabelIsDecoration)
 
 TEST(AccessibleInAnotherLanguage, BuiltInNamesAreTranslatedAndTheAdsTextsAreNot)
 {
-    const Loud platform;
+    Loud platform;
+    set_control_names(platform);
     const auto target = std::make_shared<Target>();
     const UIButton offer = UIButton::create();
     offer.addTarget(action<&Target::doButtonOneAction>(target.get(), "doButtonOneAction"));
