@@ -42,7 +42,7 @@ constexpr double LastRequestsInterval = 0.01;
 constexpr double LastNews = 0.25;
 
 /// One playing of one ad.
-class Player final : public SessionControls, public Witness
+class Player final : public SessionControls, public EventSink
 {
 public:
     Player(const PlayOptions& options, PlayInput input, std::optional<TraceFile> trace_file);
@@ -57,7 +57,7 @@ private:
     void change_device(const DeviceChange& change) override;
     void leave_app() override { platform_.leave_app(); }
 
-    void tell(std::string_view what, std::initializer_list<Field> fields) override;
+    void receive(const Event& event) override;
 
     void connect_window();
     void schedule();
@@ -66,8 +66,7 @@ private:
     void leave_or_return(bool leaves);
     void take_snapshot(double seconds);
 
-    bool is_closed() const;
-    void close_ad();
+    void close_ad(ClosedBy closer);
     void end();
     void display_lost();
     void fail(const std::string& what);
@@ -96,12 +95,10 @@ Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceF
 {
     if (trace_file_)
         trace_.emplace(platform_.loop(), trace_file_->format(), trace_file_->sink());
-    platform_.set_witness(this);
+    platform_.set_event_sink(this);
     served_.emplace(input_.ad, input_.folder, [this](const AdServerHit& hit) {
         if (hit.tracker)
-            platform_.loop().post([this, hit] {
-                platform_.tell("hit", {{"method", hit.method}, {"url", hit.target}});
-            });
+            platform_.loop().post([this, hit] { platform_.emit(event::ServerHit{hit.method, hit.target}); });
     });
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address_on_server(address, served_->server().base()), path);
@@ -113,7 +110,7 @@ Player::~Player()
 {
     for (const guint source : signals_)
         g_source_remove(source);
-    platform_.set_witness(nullptr);
+    platform_.set_event_sink(nullptr);
     session_.reset();
     served_.reset();
     platform_.loop().clear();
@@ -141,7 +138,7 @@ void Player::connect_window()
     screen.set_title(platform_.translation().translate(Title));
     screen.set_help(platform_.translation().translate(Help));
     screen.on_key = [this](unsigned keyval, unsigned) { return key_pressed(keyval); };
-    screen.on_close = [this] { close_ad(); };
+    screen.on_close = [this] { close_ad(ClosedBy::Viewer); };
     screen.on_iconified = [this](bool iconified) { leave_or_return(iconified); };
 }
 
@@ -163,7 +160,7 @@ void Player::schedule()
     for (const double seconds : options_.snapshots)
         at(seconds, [this, seconds] { take_snapshot(seconds); });
     if (options_.seconds)
-        at(*options_.seconds, [this] { close_ad(); });
+        at(*options_.seconds, [this] { close_ad(ClosedBy::Host); });
 }
 
 void Player::change_device(const DeviceChange& change)
@@ -199,7 +196,7 @@ bool Player::key_pressed(unsigned keyval)
         return true;
     case GDK_KEY_Escape:
         if (!session_->leave_screen())
-            close_ad();
+            close_ad(ClosedBy::Viewer);
         return true;
     default:
         return false;
@@ -226,38 +223,22 @@ void Player::take_snapshot(double seconds)
 
 // ------------------------------------------------------------------------------------------------------------ the end
 
-void Player::tell(std::string_view what, std::initializer_list<Field> fields)
+void Player::receive(const Event& event)
 {
     if (trace_)
-        trace_->tell(what, fields);
-    // Every close begins with this event, and may stop at hiding the video.
-    const bool may_close =
-        what == "released" ||
-        (what == "js" && fields.size() > 0 && fields.begin()->content == Field::Content(std::string_view("onhide")));
-    if (may_close)
-        platform_.loop().post([this] {
-            if (is_closed())
-                end();
-        });
+        trace_->receive(event);
+    // A controller that is destroyed need not have closed its ad.
+    if (std::holds_alternative<event::AdClosed>(event) || std::holds_alternative<event::Released>(event))
+        platform_.loop().post([this] { end(); });
 }
 
-bool Player::is_closed() const
-{
-    const auto controller = session_->living();
-    return !controller || !controller->dicEventListener;
-}
-
-void Player::close_ad()
+void Player::close_ad(ClosedBy closer)
 {
     if (ends_) {
         platform_.loop().quit();
         return;
     }
-    platform_.dispatch([this] {
-        // The first call may hide a video that lies over the page; the next one closes.
-        for (int calls = 0; calls < 2 && !is_closed(); ++calls)
-            session_->living()->closeAction();
-    });
+    session_->close(closer);
     end();
 }
 
@@ -277,7 +258,7 @@ void Player::end()
 void Player::display_lost()
 {
     fail("the display is gone, and the ad was closed");
-    close_ad();
+    close_ad(ClosedBy::Host);
     platform_.loop().run_alone([this] { return platform_.fetcher().pending() == 0; }, LastRequestsPatience);
     platform_.loop().quit();
 }
@@ -290,7 +271,7 @@ void Player::fail(const std::string& what)
 
 gboolean Player::signalled(gpointer self)
 {
-    static_cast<Player*>(self)->close_ad();
+    static_cast<Player*>(self)->close_ad(ClosedBy::Host);
     return G_SOURCE_CONTINUE;
 }
 

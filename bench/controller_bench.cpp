@@ -101,14 +101,14 @@ void session_of_30_s(benchmark::State& state, bool traced)
         const PlatformScope scope(platform);
         Trace trace(platform.loop(), TraceFormat::Json, [&](std::string_view line) { bytes += line.size(); });
         if (traced)
-            platform.set_witness(&trace);
+            platform.set_event_sink(&trace);
         auto description = ordinary_ad();
         description->arrayPrePauseLocations = NSArray(std::vector<Value>{});
         Session session(platform, platform, {}, description);
         session.open(0);
         platform.run_until(31);
         session.release();
-        platform.set_witness(nullptr);
+        platform.set_event_sink(nullptr);
     }
     state.counters["sessions/s"] =
         benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);

@@ -37,18 +37,16 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     players_.options.on_end = [this](const GstPlayer&) { return_memory_later(); };
     // The controller's own log line contains neither the page's address nor the reason.
     fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
-        tell("web", {{"do", "failed"}, {"url", address}, {"reason", reason}});
+        emit(event::PageFailed{address, reason});
     };
-    players_.options.on_failure = [this](const std::string& reason) {
-        tell("player", {{"do", "failed"}, {"reason", reason}});
-    };
+    players_.options.on_failure = [this](const std::string& reason) { emit(event::PlayerFailed{reason}); };
 }
 
 DesktopPlatform::~DesktopPlatform()
 {
     // Objects destroyed below may look up the current platform. The event sink is gone, so they report nothing.
     const PlatformScope scope(*this);
-    set_witness(nullptr);
+    set_event_sink(nullptr);
     output_volume_.on_change = nullptr;
     loop_.clear();
     fetcher_.abandon();

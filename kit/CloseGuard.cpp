@@ -232,7 +232,7 @@ void CloseGuard::show(std::string_view why)
 {
     if (is_shown())
         return;
-    platform_.tell("guard", {{"do", "show"}, {"why", why}});
+    platform_.emit(event::GuardShown{why});
     button_ = UIButton::create();
     button_.setAccessibilityLabel(platform_.translation().translate(screen_texts::Close));
     button_.addTarget(action<&CloseGuard::tapped>(this, "tapped"));
@@ -282,7 +282,7 @@ void CloseGuard::tapped()
 {
     const auto self = shared_from_this();
     const auto ad = ad_.lock();
-    platform_.tell("guard", {{"do", "close"}});
+    platform_.emit(event::GuardUsed{});
     hide();
     // The first close may only hide a video that covers the page.
     for (int closes = 0; closes < 2 && !is_over(); ++closes)

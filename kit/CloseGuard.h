@@ -32,7 +32,7 @@ struct CloseGuardTimes {
 /// modify the controller. Once shown, the button stays. A tap on it closes the ad, even if the ad's first close only
 /// hides the video.
 ///
-/// The guard's actions are reported to the witness ("guard"). Delays start anew when the viewer returns to the
+/// The guard emits its actions as events. Delays start anew when the viewer returns to the
 /// application or from a screen of the kit, which has a close button of its own. Main thread only.
 class CloseGuard : public Object
 {

@@ -152,12 +152,10 @@ ScriptAnswer Mraid::carry_out(const ScriptMessage& message)
         refusal =
             command->needs_touch ? run_on_touch(*command, message.arguments) : (this->*command->run)(message.arguments);
     const auto times = refusal ? ad_.count_refusal() : std::nullopt;
-    if (times)
-        platform_.tell("mraid", {{"do", "refused"},
-                                 {"command", name},
-                                 {"arguments", shown(arguments)},
-                                 {"why", refusal},
-                                 {"times", *times}});
+    if (times) {
+        const Value cut = shown(arguments);
+        platform_.emit(event::MraidRefused{.command = name, .arguments = &cut, .why = refusal, .times = *times});
+    }
     return {.error = refusal, .value = {}};
 }
 
@@ -176,7 +174,7 @@ NSString Mraid::run_on_touch(const Command& command, const NSArray& arguments)
 
 NSString Mraid::close(const NSArray&)
 {
-    platform_.tell("mraid", {{"do", "close"}});
+    platform_.emit(event::MraidClosed{});
     ad_.MRAIDClose();
     return nullptr;
 }
@@ -184,7 +182,7 @@ NSString Mraid::close(const NSArray&)
 NSString Mraid::use_custom_close(const NSArray& arguments)
 {
     wants_custom_close_ = arguments[0].boolValue();
-    platform_.tell("mraid", {{"do", "useCustomClose"}, {"flag", wants_custom_close_}});
+    platform_.emit(event::MraidCustomClose{wants_custom_close_});
     ad_.MRAIDUseCustomClose(wants_custom_close_);
     return nullptr;
 }
@@ -198,7 +196,7 @@ NSString Mraid::set_orientation(const NSArray& arguments)
             ad_.checkVideoSize();
         return nullptr; // follows the device
     }
-    platform_.tell("mraid", {{"do", "forceOrientation"}, {"orientation", forced}});
+    platform_.emit(event::MraidOrientation{forced});
     release_orientation();
     const int before = platform_.device().orientation();
     const int now = landscape ? UIDeviceOrientationLandscapeLeft : UIDeviceOrientationPortrait;
@@ -252,7 +250,7 @@ NSString Mraid::leave_for(const NSURL& address)
         return "this machine and private networks are out of reach";
     if (!UIApplication::sharedApplication().canOpenURL(address))
         return "nothing here opens " + text.text();
-    platform_.tell("mraid", {{"do", "open"}, {"url", text}});
+    platform_.emit(event::MraidOpened{text});
     UIApplication::sharedApplication().openURL(address);
     ad_.qoroPresent();
     ad_.qoroLeaveApplication();
@@ -261,7 +259,7 @@ NSString Mraid::leave_for(const NSURL& address)
 
 NSString Mraid::create_calendar_event(const NSArray& arguments)
 {
-    platform_.tell("mraid", {{"do", "createCalendarEvent"}});
+    platform_.emit(event::MraidCalendarEvent{});
     ad_.MRAIDCreateCalendarEvent(arguments[0]);
     return nullptr;
 }
@@ -280,7 +278,7 @@ NSString Mraid::refuse_picture(const NSArray&)
 
 NSString Mraid::load(const NSArray& arguments)
 {
-    platform_.tell("mraid", {{"do", "load"}});
+    platform_.emit(event::MraidLoaded{});
     callback_ = arguments[0];
     told_ = NSDictionary::dictionary();
     if (!watch_) {
@@ -354,8 +352,7 @@ void Mraid::tell_changes()
         return;
     for (const NSDictionary::Entry& fact : news)
         told_.setObject(fact.value, fact.key);
-    platform_.tell("mraid", {{"do", "tell"}, {"facts", Value(news)}});
-    ad_.webView().callListeners("mraid", NSArray{callback_}, news);
+    send(news);
     if (!ad_.dicEventListener) {
         release_orientation();
         watch_.reset();
@@ -367,8 +364,14 @@ void Mraid::tell_error(const NSString& why, std::string_view action)
     if (!watch_)
         return;
     const NSDictionary news{{"error", NSDictionary{{"message", why}, {"action", action}}}};
-    platform_.tell("mraid", {{"do", "tell"}, {"facts", Value(news)}});
-    ad_.webView().callListeners("mraid", NSArray{callback_}, news);
+    send(news);
+}
+
+void Mraid::send(const NSDictionary& facts)
+{
+    const Value sent(facts);
+    platform_.emit(event::MraidTold{&sent});
+    ad_.webView().callListeners("mraid", NSArray{callback_}, facts);
 }
 
 void Mraid::volume_changed()

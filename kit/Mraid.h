@@ -13,8 +13,8 @@ class QoroPhoneGapViewController;
 
 /// The ad's side of the page's `mraid` object (IAB MRAID 3.0, for an interstitial). Executes the page's requests and
 /// sends it changes of the ad, its position on the screen and the sound. Sends nothing before the page's library
-/// requests it (mraid.load), and nothing after the ad has closed. Reports every request and everything sent to the
-/// witness.
+/// requests it (mraid.load), and nothing after the ad has closed. Emits every request and everything sent as
+/// events.
 class Mraid : public Object
 {
 public:
@@ -65,6 +65,7 @@ private:
     NSDictionary facts() const;
     void look_later();
     void tell_changes();
+    void send(const NSDictionary& facts);
     void volume_changed();
     void went_to_background();
     void came_back();

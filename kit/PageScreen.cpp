@@ -289,7 +289,7 @@ void PageScreen::page_state_changed()
 
 void PageScreen::refused(const std::string& what, const std::string& detail)
 {
-    refusals_.tell(platform_, what, detail);
+    refusals_.report(platform_, what, detail);
 }
 
 void PageScreen::died(const std::string&)
@@ -307,7 +307,7 @@ bool PageScreen::should_start_load(const NSURL& address, int navigation_type)
     if (navigation_type != LinkFollowed)
         return contains(MadeUpByThePage, scheme);
     if (!contains(NeverHandedOn, scheme)) {
-        platform_.tell("kit", {{"do", "page.handOn"}, {"url", address.absoluteString()}});
+        platform_.emit(event::PageHandedOn{address.absoluteString()});
         platform_.device().open(address);
     }
     return false;

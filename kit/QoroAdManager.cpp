@@ -14,11 +14,6 @@ namespace qoro
 namespace
 {
 
-/// Action of page requests; a request with any other action is a tracker.
-constexpr std::string_view PageAction = "didAdRequester:";
-/// Timer action that sends heartbeats, at an interval chosen by the ad.
-constexpr std::string_view HeartbeatTimer = "sendVideoTrackingToServer";
-
 /// A pending request: its two actions, one of which will be called, and their retained targets.
 struct Pending {
     Action action;
@@ -57,7 +52,7 @@ QoroAdManager& QoroAdManager::sharedInstance()
 
 void QoroAdManager::showLog(std::string_view message, ZulixLogTag level)
 {
-    Platform::current().tell("log", {{"level", static_cast<int>(level)}, {"message", message}});
+    Platform::current().emit(event::Logged{level, message});
 }
 
 bool QoroAdManager::bIsiPhone()
@@ -71,10 +66,9 @@ NSString QoroAdManager::imei() const
 }
 
 void QoroAdManager::connectToServerWithRequest(const NSString& address, const Action& action, const Action& failAction,
-                                               bool)
+                                               bool, RequestPurpose purpose)
 {
     Platform& platform = Platform::current();
-    const FetchKind kind = action.name() == PageAction ? FetchKind::Page : FetchKind::Tracker;
     auto pending = std::make_shared<const Pending>(action, failAction);
     auto answer = [pending = std::move(pending), &platform](FetchAnswer fetched) {
         platform.dispatch([&] { pending->answer(std::move(fetched)); });
@@ -82,14 +76,14 @@ void QoroAdManager::connectToServerWithRequest(const NSString& address, const Ac
     const auto fail = [&platform, &answer](const char* why) {
         platform.loop().post([answer = std::move(answer), why] { answer({false, why, "", ""}); });
     };
-    const bool heartbeat = NSTimer::firing() == HeartbeatTimer;
-    if (const char* why = limit_ ? limit_->refusal(address.text(), heartbeat) : nullptr) {
+    if (const char* why = limit_ ? limit_->refusal(address.text(), purpose) : nullptr) {
         fail(why);
         return;
     }
-    platform.tell("request", {{"url", address}, {"for", kind == FetchKind::Page ? "page" : "tracking"}});
+    platform.emit(event::Requested{address, purpose});
     if (address)
-        platform.fetcher().fetch(address.text(), kind, std::move(answer));
+        platform.fetcher().fetch(address.text(), purpose == RequestPurpose::Page ? FetchKind::Page : FetchKind::Tracker,
+                                 std::move(answer));
     else
         fail("no address");
 }
@@ -101,14 +95,14 @@ void QoroAdManager::begin_ad(bool limited)
 
 void QoroAdManager::addExtraView(const std::shared_ptr<UIViewController>& controller)
 {
-    Platform::current().tell("kit", {{"do", "addExtraView"}});
+    Platform::current().emit(event::ExtraViewAdded{});
     if (controller)
         extra_views_.push_back(controller);
 }
 
 void QoroAdManager::removeExtraView(const UIViewController* controller)
 {
-    Platform::current().tell("kit", {{"do", "removeExtraView"}});
+    Platform::current().emit(event::ExtraViewRemoved{});
     forget_extra_view(controller);
 }
 

@@ -12,7 +12,7 @@ QoroAppStoreMockViewController::initWithStoreId(const NSString& storeId, const N
                                                 const NSString& ProviderId, const NSString& AdProviderId)
 {
     const Value ids(NSArray{Value(storeId), Value(CampaignId), Value(ProviderId), Value(AdProviderId)});
-    Platform::current().tell("kit", {{"do", "store.create"}, {"ids", ids}});
+    Platform::current().emit(event::StorePageCreated{&ids});
     auto page = std::make_shared<QoroAppStoreMockViewController>();
     page->loadView();
     page->view().setBackgroundColor(UIColor::whiteColor());
@@ -35,7 +35,7 @@ QoroAppStoreMockViewController::~QoroAppStoreMockViewController()
 
 void QoroAppStoreMockViewController::dismissViewController(bool animated, std::function<void()> completion)
 {
-    Platform::current().tell("kit", {{"do", "store.dismiss"}});
+    Platform::current().emit(event::StorePageDismissed{});
     UIViewController::dismissViewController(animated, std::move(completion));
     screen_ = nullptr;
 }

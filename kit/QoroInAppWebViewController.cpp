@@ -10,7 +10,7 @@ namespace qoro
 
 std::shared_ptr<QoroInAppWebViewController> QoroInAppWebViewController::create()
 {
-    Platform::current().tell("kit", {{"do", "browser.create"}});
+    Platform::current().emit(event::BrowserCreated{});
     return std::make_shared<QoroInAppWebViewController>();
 }
 
@@ -22,7 +22,7 @@ QoroInAppWebViewController::~QoroInAppWebViewController()
 
 void QoroInAppWebViewController::closeAction()
 {
-    Platform::current().tell("kit", {{"do", "browser.close"}});
+    Platform::current().emit(event::BrowserClosed{});
     leave();
 }
 
@@ -40,16 +40,15 @@ void QoroInAppWebViewController::expand(const NSString& url, const NSString& wit
         backgroundColor
             ? Value(NSArray{backgroundColor.red, backgroundColor.green, backgroundColor.blue, backgroundColor.alpha})
             : Value();
-    Platform::current().tell("kit", {{"do", "browser.expand"},
-                                     {"url", url},
-                                     {"customClose", customClose},
-                                     {"navBar", bIsUseNavigationBar},
-                                     {"progressBar", bIsUseProgressbar},
-                                     {"height", customHeight},
-                                     {"width", customWidth},
-                                     {"background", background},
-                                     {"session", dSessionId},
-                                     {"sequence", iSeqNo}});
+    Platform::current().emit(event::BrowserExpanded{.url = url,
+                                                    .custom_close = customClose,
+                                                    .navigation_bar = bIsUseNavigationBar,
+                                                    .progress_bar = bIsUseProgressbar,
+                                                    .height = customHeight,
+                                                    .width = customWidth,
+                                                    .background = &background,
+                                                    .session = dSessionId,
+                                                    .sequence = iSeqNo});
     opener_ = Delegate;
     screen_ = nullptr;
     loadView();

@@ -81,7 +81,7 @@ QoroPhoneGapViewController::~QoroPhoneGapViewController()
     if (webView_)
         webView_.node()->web.reset();
     if (bIsVideoViewController)
-        platform_.tell("released");
+        platform_.emit(event::Released{});
 }
 
 QoroPhoneGapViewController* QoroPhoneGapViewController::init()
@@ -94,7 +94,7 @@ QoroPhoneGapViewController* QoroPhoneGapViewController::init()
 void QoroPhoneGapViewController::setQoroMoviePlayer(const MPMoviePlayerController& player)
 {
     if (qoroMoviePlayer && !(qoroMoviePlayer == player))
-        platform_.tell("player", {{"do", "drop"}});
+        platform_.emit(event::PlayerDropped{});
     qoroMoviePlayer = player;
 }
 
@@ -135,8 +135,7 @@ void QoroPhoneGapViewController::listenerCallbackToJS(const NSString& event, con
 {
     const NSArray listeners = dicEventListener[event.text()].array();
     const Value data(withData);
-    platform_.tell("js",
-                   {{"event", event}, {"data", data}, {"listeners", static_cast<std::int64_t>(listeners.count())}});
+    platform_.emit(event::ScriptEvent{event, &data, static_cast<std::int64_t>(listeners.count())});
     if (listeners.count() == 0)
         return;
     std::vector<Value> callbacks;
@@ -241,7 +240,7 @@ void QoroPhoneGapViewController::report_close_tap()
 
 void QoroPhoneGapViewController::MRAIDClose()
 {
-    tell_super("MRAIDClose");
+    platform_.emit(event::MraidCloseCalled{});
 }
 
 void QoroPhoneGapViewController::MRAIDUseCustomClose(bool)
@@ -259,16 +258,16 @@ AdFacts QoroPhoneGapViewController::facts() const
 
 void QoroPhoneGapViewController::MRAIDCreateCalendarEvent(const Value& event)
 {
-    platform_.tell("super", {{"do", "createCalendarEvent"}, {"event", event}});
+    platform_.emit(event::CalendarEventPassed{&event});
     const CalendarEventReading read = read_calendar_event(event);
     NSString why = read.error;
     if (!why)
         why = platform_.calendar().available() ? platform_.calendar().add(read.event) : "this device has no calendar";
     if (!why) {
-        platform_.tell("kit", {{"do", "calendar.add"}});
+        platform_.emit(event::CalendarEventAdded{});
         return;
     }
-    platform_.tell("kit", {{"do", "calendar.refused"}, {"why", why}});
+    platform_.emit(event::CalendarEventRefused{why});
     if (mraid_)
         mraid_->tell_error(why, "createCalendarEvent");
 }
@@ -304,7 +303,7 @@ void QoroPhoneGapViewController::webViewDidFinishLoad(const UIWebView&)
 
 void QoroPhoneGapViewController::failAdRequest(const QoroAdRequest& request)
 {
-    tell_super("failAdRequest");
+    platform_.emit(event::AdRequestFailed{});
     failAdRequest(request.error);
 }
 
@@ -338,13 +337,13 @@ ScriptAnswer QoroPhoneGapViewController::message(const ScriptMessage& message)
 
 void QoroPhoneGapViewController::refused(const std::string& what, const std::string& detail)
 {
-    refusals_->tell(platform_, what, detail);
+    refusals_->report(platform_, what, detail);
 }
 
 void QoroPhoneGapViewController::died(const std::string& reason)
 {
     const auto held = weak_from_this().lock();
-    platform_.tell("web", {{"do", "died"}, {"reason", reason}});
+    platform_.emit(event::PageDied{reason});
     take_back_from_page();
 }
 
@@ -457,7 +456,10 @@ NSString QoroPhoneGapViewController::formatPhoneNumber(const NSString& number)
 
 void QoroPhoneGapViewController::updateStatusbar()
 {
-    tell_super("updateStatusbar");
+    platform_.emit(event::StatusbarUpdated{});
+    // Called by a close only, and not by one that stops at hiding the video.
+    if (!std::exchange(has_closed_, true))
+        platform_.emit(event::AdClosed{closer_});
     // The ad is closing: the host regains control of the orientation.
     if (mraid_)
         mraid_->release_orientation();
@@ -465,7 +467,7 @@ void QoroPhoneGapViewController::updateStatusbar()
 
 void QoroPhoneGapViewController::showProgressbarPosX(int x, int showPosY, const UIView& addOn)
 {
-    platform_.tell("super", {{"do", "showProgressbar"}, {"x", x}, {"y", showPosY}});
+    platform_.emit(event::ProgressbarShown{x, showPosY});
     if (!progressbar_)
         progressbar_ = UIView(std::make_shared<ViewNode>(ViewNode::Kind::Spinner));
     progressbar_.setFrame({static_cast<double>(x), static_cast<double>(showPosY), SpinnerExtent, SpinnerExtent});
@@ -474,7 +476,7 @@ void QoroPhoneGapViewController::showProgressbarPosX(int x, int showPosY, const 
 
 void QoroPhoneGapViewController::stopProgressbar()
 {
-    tell_super("stopProgressbar");
+    platform_.emit(event::ProgressbarStopped{});
     progressbar_.removeFromSuperview();
     progressbar_ = nullptr;
 }
@@ -485,7 +487,7 @@ void QoroPhoneGapViewController::presentViewController(const std::shared_ptr<UIV
                                                        bool animated, std::function<void()> completion)
 {
     if (dynamic_cast<const QoroAppStoreMockViewController*>(controller.get()))
-        platform_.tell("kit", {{"do", "store.present"}});
+        platform_.emit(event::StorePagePresented{});
     UIViewController::presentViewController(controller, animated, std::move(completion));
 }
 
@@ -503,7 +505,7 @@ void QoroPhoneGapViewController::checkVideoSize()
 
 void QoroPhoneGapViewController::checkViewSizeAfterOpenOtherApp()
 {
-    tell_super("checkViewSizeAfterOpenOtherApp");
+    platform_.emit(event::ViewSizeChecked{});
     // The listener table is null after the ad has closed.
     if (qoroVideoAdInfo && dicEventListener)
         checkVideoSize();
@@ -516,12 +518,12 @@ void QoroPhoneGapViewController::stopTimerWith(const NSTimer& timer)
 
 void QoroPhoneGapViewController::stopUpdateTimer()
 {
-    tell_super("stopUpdateTimer");
+    platform_.emit(event::UpdateTimerStopped{});
 }
 
 void QoroPhoneGapViewController::sendImpression()
 {
-    tell_super("sendImpression");
+    platform_.emit(event::ImpressionSent{});
 }
 
 void QoroPhoneGapViewController::setBIsSendImpression(bool)
@@ -534,12 +536,12 @@ void QoroPhoneGapViewController::clickRequester()
 
 void QoroPhoneGapViewController::qoroPresent()
 {
-    tell_super("qoroPresent");
+    platform_.emit(event::ScreenPresented{});
 }
 
 void QoroPhoneGapViewController::qoroLeaveApplication()
 {
-    tell_super("qoroLeaveApplication");
+    platform_.emit(event::ApplicationLeft{});
 }
 
 void QoroPhoneGapViewController::closeInAppWebView()
@@ -548,7 +550,7 @@ void QoroPhoneGapViewController::closeInAppWebView()
 
 void QoroPhoneGapViewController::closeInAppApplication()
 {
-    tell_super("closeInAppApplication");
+    platform_.emit(event::InAppApplicationClosed{});
     // The manager retains the screen while it is registered; it is destroyed when this function returns.
     const auto closed = std::move(openInAppApplicationViewController);
     openInAppApplicationViewController = nullptr;
@@ -563,9 +565,14 @@ void QoroPhoneGapViewController::exitFullScreen(const NSNotification&)
 {
 }
 
-void QoroPhoneGapViewController::tell_super(std::string_view operation) const
+ClosingBy::ClosingBy(QoroPhoneGapViewController& ad, ClosedBy closer)
+    : ad_(ad), before_(std::exchange(ad.closer_, closer))
 {
-    platform_.tell("super", {{"do", operation}});
+}
+
+ClosingBy::~ClosingBy()
+{
+    ad_.closer_ = before_;
 }
 
 } // namespace qoro

@@ -15,10 +15,10 @@ std::optional<std::int64_t> RefusalLog::count(double now)
     return std::exchange(untold_, 0);
 }
 
-void RefusalLog::tell(Platform& platform, const std::string& kind, const std::string& detail)
+void RefusalLog::report(Platform& platform, const std::string& kind, const std::string& detail)
 {
     if (const auto times = count(platform.loop().now()))
-        platform.tell("web", {{"do", "refused"}, {"kind", kind}, {"detail", shortened(detail)}, {"times", *times}});
+        platform.emit(event::PageRefused{kind, shortened(detail), *times});
 }
 
 std::string RefusalLog::shortened(const std::string& detail)

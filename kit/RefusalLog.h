@@ -22,7 +22,7 @@ public:
     std::optional<std::int64_t> count(double now);
     /// Counts a refusal of a web view and reports it if a line is due.
     /// @param kind what was refused, in one word
-    void tell(Platform& platform, const std::string& kind, const std::string& detail);
+    void report(Platform& platform, const std::string& kind, const std::string& detail);
     /// Truncates a text from a page to 1000 bytes.
     static std::string shortened(const std::string& detail);
 

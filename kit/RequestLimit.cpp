@@ -15,8 +15,9 @@ RequestLimit::~RequestLimit()
         platform_.loop().stop_timer(line_);
 }
 
-const char* RequestLimit::refusal(const std::string& address, bool heartbeat)
+const char* RequestLimit::refusal(const std::string& address, RequestPurpose purpose)
 {
+    const bool heartbeat = purpose == RequestPurpose::Heartbeat;
     const char* why = nullptr;
     if (heartbeat && !heartbeats_.take(platform_.loop().now()))
         why = "more than 20 heartbeats a second";
@@ -34,14 +35,14 @@ void RequestLimit::refused(const std::string& address, const char* why)
     address_ = RefusalLog::shortened(address);
     why_ = why;
     const double wait = std::max(0.0, next_line_ - platform_.loop().now());
-    line_ = platform_.loop().start_timer(wait, false, [this] { tell(); });
+    line_ = platform_.loop().start_timer(wait, false, [this] { report(); });
 }
 
-void RequestLimit::tell()
+void RequestLimit::report()
 {
     next_line_ = platform_.loop().now() + BetweenLines;
     const std::int64_t times = std::exchange(untold_, 0);
-    platform_.tell("kit", {{"do", "request.refused"}, {"url", address_}, {"why", why_}, {"times", times}});
+    platform_.emit(event::RequestRefused{address_, why_, times});
 }
 
 } // namespace qoro

@@ -2,6 +2,7 @@
 
 #include "kit/MessageBudget.h"
 #include "platform/Ports.h"
+#include "platform/Purposes.h"
 
 #include <cstdint>
 #include <string>
@@ -12,7 +13,7 @@ namespace qoro
 /// Limits the requests of one ad. Heartbeats are limited by rate, because a tiny interval would drain the viewer's
 /// bandwidth and battery: a burst of 20, then 20 a second. All other requests are limited by number: 20,000.
 ///
-/// Refusals are reported to the witness: the first at once, then at most one line a second, each with the number of
+/// Refusals are reported as events: the first at once, then at most one line a second, each with the number of
 /// refusals that it covers. Only refusals within an ad's last second may go unreported.
 class RequestLimit
 {
@@ -23,9 +24,8 @@ public:
     RequestLimit& operator=(const RequestLimit&) = delete;
 
     /// Counts a request.
-    /// @param heartbeat whether the tracking timer sends it, at the ad's own interval
     /// @return null when it is permitted; otherwise a one-line reason with static storage duration
-    const char* refusal(const std::string& address, bool heartbeat);
+    const char* refusal(const std::string& address, RequestPurpose purpose);
 
 private:
     static constexpr double HeartbeatsAtOnce = 20;
@@ -35,7 +35,7 @@ private:
     static constexpr double BetweenLines = 1;
 
     void refused(const std::string& address, const char* why);
-    void tell();
+    void report();
 
     Platform& platform_;
     MessageBudget heartbeats_{HeartbeatsAtOnce, HeartbeatsPerSecond};

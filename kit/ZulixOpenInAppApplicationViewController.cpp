@@ -13,19 +13,19 @@ namespace qoro
 
 std::shared_ptr<ZulixOpenInAppApplicationViewController> ZulixOpenInAppApplicationViewController::create()
 {
-    Platform::current().tell("kit", {{"do", "application.create"}});
+    Platform::current().emit(event::ApplicationScreenCreated{});
     return std::make_shared<ZulixOpenInAppApplicationViewController>();
 }
 
 void ZulixOpenInAppApplicationViewController::sendSmsMsg(const NSString& number, const NSString& smsBody)
 {
-    Platform::current().tell("kit", {{"do", "sendSms"}, {"number", number}, {"body", smsBody}});
+    Platform::current().emit(event::MessageSent{number, smsBody});
     wait_for(message_address(number, smsBody));
 }
 
 void ZulixOpenInAppApplicationViewController::open_store(const NSString& url, std::int32_t downloadId)
 {
-    Platform::current().tell("kit", {{"do", "openStore"}, {"url", url}, {"id", downloadId}});
+    Platform::current().emit(event::StoreOpened{url, downloadId});
     const NSURL address = NSURL::URLWithString(url);
     const NSString product = appstream_id_of(address);
     if (url && !(product && !Platform::current().device().can_open(address)))

@@ -27,31 +27,6 @@ void Action::operator()(const Cause& cause) const
 
 // ----------------------------------------------------------------------------------------------------------- NSTimer
 
-namespace
-{
-/// The timer action being run; shared by the timers of a platform.
-struct Firing {
-    std::string_view action;
-};
-
-/// Timers do not nest, except when a test runs a loop inside one.
-class FiringScope
-{
-public:
-    FiringScope(Platform& platform, std::string_view action)
-        : firing_(platform.shared<Firing>()), before_(std::exchange(firing_.action, action))
-    {
-    }
-    ~FiringScope() { firing_.action = before_; }
-    FiringScope(const FiringScope&) = delete;
-    FiringScope& operator=(const FiringScope&) = delete;
-
-private:
-    Firing& firing_;
-    const std::string_view before_;
-};
-} // namespace
-
 struct NSTimer::State {
     State(Platform& on_platform, double every, bool again) : platform(on_platform), interval(every), repeats(again) {}
 
@@ -80,7 +55,6 @@ struct NSTimer::Running {
                 state->valid = false;
                 target.reset();
             }
-            const FiringScope firing(state->platform, action.name());
             action();
         });
     }
@@ -127,11 +101,6 @@ bool NSTimer::repeats() const
     return state_ && state_->repeats;
 }
 
-std::string_view NSTimer::firing()
-{
-    return Platform::current().shared<Firing>().action;
-}
-
 double NSTimer::fireDate() const
 {
     return isValid() ? state_->platform.loop().due(state_->id) : 0;
@@ -165,7 +134,7 @@ void NSNotificationCenter::removeObserver(const Object* observer, std::string_vi
 void NSNotificationCenter::postNotificationName(std::string_view name, const void* object, const NSDictionary& userInfo)
 {
     const Value info(userInfo);
-    platform_.tell("notification", {{"name", name}, {"info", info}});
+    platform_.emit(event::NotificationPosted{name, &info});
     deliver(name, object, userInfo);
 }
 
@@ -204,12 +173,9 @@ std::size_t NSNotificationCenter::count_of(const Object* observer) const
 namespace
 {
 
-constexpr std::array PurposeNames{"brandIcon", "hiddenImage", "buttonImage"};
-
-void tell_fetch(Platform& platform, const NSURL& address, FetchPurpose purpose)
+void emit_fetch(const Platform& platform, const NSURL& address, FetchPurpose purpose)
 {
-    platform.tell("fetch",
-                  {{"url", address.absoluteString()}, {"for", PurposeNames[static_cast<std::size_t>(purpose)]}});
+    platform.emit(event::Fetched{address.absoluteString(), purpose});
 }
 
 } // namespace
@@ -219,7 +185,7 @@ NSData dataWithContentsOfURL(const NSURL& address, FetchPurpose purpose)
     if (!address)
         return {};
     Platform& platform = Platform::current();
-    tell_fetch(platform, address, purpose);
+    emit_fetch(platform, address, purpose);
     FetchAnswer answer = platform.fetcher().fetch_now(address.absoluteString().text());
     return answer.ok ? NSData(std::move(answer.body)) : NSData();
 }
@@ -236,7 +202,7 @@ void dataWithContentsOfURLInBackground(const NSURL& address, FetchPurpose purpos
     };
     platform.loop().post([&platform, address, purpose, hand_back = std::move(hand_back)] {
         platform.dispatch([&] {
-            tell_fetch(platform, address, purpose);
+            emit_fetch(platform, address, purpose);
             platform.fetcher().fetch(address.absoluteString().text(), FetchKind::Image, hand_back);
         });
     });
@@ -246,7 +212,7 @@ void dataWithContentsOfURLInBackground(const NSURL& address, FetchPurpose purpos
 
 void NSLog(const std::string& line)
 {
-    Platform::current().tell("console", {{"message", line}});
+    Platform::current().emit(event::ConsoleLogged{line});
 }
 
 NSString bundleDisplayName()

@@ -124,8 +124,6 @@ public:
     bool repeats() const;
     /// Next firing, in seconds since the session started; 0 for a timer that is not valid.
     double fireDate() const;
-    /// Name of the timer action that the current platform is running; empty outside a timer.
-    static std::string_view firing();
 
 private:
     struct Running;
@@ -148,9 +146,9 @@ public:
     void removeObserver(const Object* observer);
     /// Removes the observer's registrations of a name for one poster; for every poster when object is null.
     void removeObserver(const Object* observer, std::string_view name, const void* object);
-    /// Posts a notification of the controller; reported to the witness.
+    /// Posts a notification of the controller, and emits it as an event.
     void postNotificationName(std::string_view name, const void* object = nullptr, const NSDictionary& userInfo = {});
-    /// Posts a notification of the platform; not reported to the witness.
+    /// Posts a notification of the platform; emits no event.
     void deliver(std::string_view name, const void* object = nullptr, const NSDictionary& userInfo = {});
     /// Number of the observer's registrations.
     std::size_t count_of(const Object* observer) const;
@@ -167,9 +165,6 @@ private:
     std::vector<Registration> registrations_;
     std::uint64_t next_serial_ = 1;
 };
-
-/// Purpose of a fetch, recorded in the trace.
-enum class FetchPurpose { BrandIcon, HiddenImage, ButtonImage };
 
 /// Fetches an address synchronously. Null when the fetch fails or the address is null.
 NSData dataWithContentsOfURL(const NSURL& address, FetchPurpose purpose);

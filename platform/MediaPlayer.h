@@ -64,7 +64,7 @@ class MPMoviePlayerViewController
 public:
     MPMoviePlayerViewController() = default;
     MPMoviePlayerViewController(std::nullptr_t) {}
-    /// Creates the player; reported to the witness. With a null address the player fails.
+    /// Creates the player, and emits it as an event. With a null address the player fails.
     static MPMoviePlayerViewController initWithContentURL(const NSURL& address);
 
     explicit operator bool() const { return static_cast<bool>(player_); }

@@ -105,7 +105,7 @@ void Platform::audio_interrupted(int type)
 
 void Platform::fault(std::string_view operation, std::string_view message)
 {
-    tell("fault", {{"operation", operation}, {"message", message}});
+    emit(event::Faulted{operation, message});
 }
 
 ViewWatch::ViewWatch(Platform& platform, std::function<void()> changed)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Events.h"
 #include "platform/Ports.h"
 
 #include <functional>
@@ -44,14 +45,15 @@ public:
     /// The default implementation returns every text untranslated.
     virtual Translation& translation();
 
-    /// Null when nobody listens.
-    Witness* witness() const { return witness_; }
-    void set_witness(Witness* witness) { witness_ = witness; }
-    /// Tells the witness, if there is one.
-    void tell(std::string_view what, std::initializer_list<Field> fields = {})
+    /// Null when there is none.
+    EventSink* event_sink() const { return event_sink_; }
+    /// Sets the event sink; null for none. It must stay alive until it is replaced.
+    void set_event_sink(EventSink* sink) { event_sink_ = sink; }
+    /// Passes an event to the event sink, if there is one.
+    void emit(const Event& event) const
     {
-        if (witness_)
-            witness_->tell(what, fields);
+        if (event_sink_)
+            event_sink_->receive(event);
     }
 
     /// The platform's singleton of type T, created on first use; constructed from the platform if T accepts it.
@@ -61,7 +63,7 @@ public:
     /// ports still exist.
     void drop_shared();
 
-    /// Runs an event with this platform current. Catches PlatformFault and reports it to the witness; other exceptions
+    /// Runs an event with this platform current. Catches PlatformFault and emits it as an event; other exceptions
     /// propagate.
     template <typename F>
     void dispatch(F&& event);
@@ -88,7 +90,7 @@ private:
     friend class ViewWatch;
     void fault(std::string_view operation, std::string_view message);
 
-    Witness* witness_ = nullptr;
+    EventSink* event_sink_ = nullptr;
     std::vector<ViewWatch*> view_watches_;
     /// In order of creation; destroyed in reverse order. A handful of entries, so a linear search is fastest.
     std::vector<std::pair<std::type_index, std::shared_ptr<void>>> shared_;

@@ -7,12 +7,10 @@
 
 #include <cstdint>
 #include <functional>
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <variant>
 
 // The ports that a platform implements. All of them are called on the main-loop thread. Unless stated otherwise a
 // callback runs on that thread as an event of its own, never inside the call that requested it.
@@ -435,40 +433,6 @@ public:
     virtual ~Display() = default;
     /// Called after every visible change. A display draws once per frame, however often this is called.
     virtual void needs_display() = 0;
-};
-
-// -------------------------------------------------------------------------------------------------------- witness
-
-/// One named value of a witnessed event.
-struct Field {
-    using Content = std::variant<std::nullptr_t, bool, std::int64_t, double, float, std::string_view, const Value*>;
-
-    Field(std::string_view name, std::nullptr_t) : key(name), content(nullptr) {}
-    Field(std::string_view name, bool value) : key(name), content(value) {}
-    Field(std::string_view name, int value) : key(name), content(static_cast<std::int64_t>(value)) {}
-    Field(std::string_view name, std::int64_t value) : key(name), content(value) {}
-    Field(std::string_view name, double value) : key(name), content(value) {}
-    Field(std::string_view name, float value) : key(name), content(value) {}
-    Field(std::string_view name, const char* value) : key(name), content(std::string_view(value)) {}
-    Field(std::string_view name, std::string_view value) : key(name), content(value) {}
-    Field(std::string_view name, const std::string& value) : key(name), content(std::string_view(value)) {}
-    Field(std::string_view name, const NSString& value) : key(name), content(nullptr)
-    {
-        if (value)
-            content = std::string_view(value.text());
-    }
-    Field(std::string_view name, const Value& value) : key(name), content(&value) {}
-
-    std::string_view key;
-    Content content;
-};
-
-/// Is told everything that leaves the controller, as it happens. The fields live only as long as the call.
-class Witness
-{
-public:
-    virtual ~Witness() = default;
-    virtual void tell(std::string_view what, std::initializer_list<Field> fields) = 0;
 };
 
 } // namespace qoro

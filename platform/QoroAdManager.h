@@ -63,18 +63,19 @@ public:
     /// own. A pending request retains the targets. A null address fails. A request above the limit fails too and is
     /// reported as refused.
     /// @param isBannerGetAdRequest ignored
+    /// @param purpose decides which limit applies, and whether the request may be retried
     void connectToServerWithRequest(const NSString& address, const Action& action, const Action& failAction,
-                                    bool isBannerGetAdRequest);
+                                    bool isBannerGetAdRequest, RequestPurpose purpose);
 
     /// Starts a new ad: its request count begins at 0.
     /// @param limited whether its requests are limited (kit/RequestLimit.h); a new manager has no limit
     void begin_ad(bool limited);
 
-    /// Registers and retains an auxiliary screen; reported to the witness.
+    /// Registers and retains an auxiliary screen; emits an event.
     void addExtraView(const std::shared_ptr<UIViewController>& controller);
-    /// Unregisters a screen; reported to the witness even if the controller was never registered.
+    /// Unregisters a screen; emits an event even if the controller was never registered.
     void removeExtraView(const UIViewController* controller);
-    /// As removeExtraView, but not reported: for a screen of the kit that has closed itself.
+    /// As removeExtraView, but emits no event: for a screen of the kit that has closed itself.
     void forget_extra_view(const UIViewController* controller);
     std::size_t extra_view_count() const { return extra_views_.size(); }
 

@@ -22,7 +22,7 @@ public:
 class QoroAppStoreMockViewController : public UIViewController
 {
 public:
-    /// Creates the page and loads it; reported to the witness. Any of the ids may be null.
+    /// Creates the page and loads it; emits an event. Any of the ids may be null.
     static std::shared_ptr<QoroAppStoreMockViewController> initWithStoreId(const NSString& storeId,
                                                                            const NSString& CampaignId,
                                                                            const NSString& ProviderId,
@@ -32,7 +32,7 @@ public:
 
     /// Held weakly; null clears it.
     void setDelegate(const std::weak_ptr<QoroAppStoreMockViewControllerDelegate>& delegate) { delegate_ = delegate; }
-    /// Reported to the witness.
+    /// Emits an event.
     void dismissViewController(bool animated, std::function<void()> completion) override;
     /// Handles the viewer's tap on the close button: notifies the delegate.
     void dismissed_by_viewer();

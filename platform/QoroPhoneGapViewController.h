@@ -96,7 +96,7 @@ public:
 
     // ------------------------------------------------------------------------------------------ Fields: the video
 
-    /// The movie player. Set with setQoroMoviePlayer, which reports its loss to the witness.
+    /// The movie player. Set with setQoroMoviePlayer, which emits its loss as an event.
     MPMoviePlayerController qoroMoviePlayer;
     void setQoroMoviePlayer(const MPMoviePlayerController& player);
     bool bIsFullScreen = false;
@@ -154,7 +154,7 @@ public:
     /// Removes a listener; removes the name with its last listener.
     /// @return 1 if a listener was removed, otherwise 0
     virtual std::int32_t removeEventListener(const NSString& name, const Value& EventId);
-    /// Calls every listener of the event in the script; reported to the witness.
+    /// Calls every listener of the event in the script, and emits the call as an event.
     /// @param withData a mapping; null for no data
     virtual void listenerCallbackToJS(const NSString& event, const NSDictionary& withData);
     /// Sets the guard that is notified of close taps handled by the page and of changes in its responsiveness; null for
@@ -163,7 +163,7 @@ public:
     /// Handles a message from the page's script: forwards messages of the kit's `mraid` object to it, and passes any
     /// other as a command to callFromScript. Messages above the rate limit are refused. Unless the page came from this
     /// machine, so are commands that name a file or an address on this machine or a private network. Refusals are
-    /// reported to the witness.
+    /// emitted as events.
     ScriptAnswer take_script_message(const ScriptMessage& message);
     /// Counts a refusal.
     /// @return the number of refusals that a trace line written now covers; absent when no line is due
@@ -183,8 +183,8 @@ public:
     virtual void changeOrientation(const NSString& orientation);
     /// The state of the ad; in the base class every field is false.
     virtual AdFacts facts() const;
-    /// Parses MRAID's calendar event and hands it to the device's calendar. A refusal is reported to the witness, and
-    /// to the page as an error event.
+    /// Parses MRAID's calendar event and hands it to the device's calendar. A refusal is emitted as an event, and
+    /// sent to the page as an error event.
     virtual void MRAIDCreateCalendarEvent(const Value& event);
 
     // ------------------------------------------------------------------------------------------------ The web view
@@ -212,8 +212,11 @@ public:
     static UIColor formatColor(const NSString& color);
     /// "tel:" followed by the text's digits and plus signs; null for null.
     static NSString formatPhoneNumber(const NSString& number);
-    /// Restores the host's status bar. Called when the ad closes; also releases an orientation forced by the page.
+    /// Restores the host's status bar. Called when the ad closes: emits event::AdClosed the first time, and releases an
+    /// orientation forced by the page.
     virtual void updateStatusbar();
+    /// Whether the ad has begun to close for good; hiding its video is no close.
+    bool has_closed() const { return has_closed_; }
     /// Shows a spinner of 40 by 40 points with its top left corner at a point of a view.
     void showProgressbarPosX(int x, int showPosY, const UIView& addOn);
     /// Removes the spinner; no effect without one.
@@ -221,7 +224,7 @@ public:
 
     // ----------------------------------------------------------------------------------------------- Running the ad
 
-    /// Also reports a presented store page to the witness.
+    /// Also emits a presented store page as an event.
     void presentViewController(const std::shared_ptr<UIViewController>& controller, bool animated,
                                std::function<void()> completion) override;
     /// Closes the ad. No effect in the base class.
@@ -253,11 +256,11 @@ public:
 
 protected:
     void populateView() override;
-    /// Reports a call of a base-class operation to the witness.
-    void tell_super(std::string_view operation) const;
     Platform& platform() const { return platform_; }
 
 private:
+    friend class ClosingBy;
+
     void did_start_load() override;
     void did_finish_load() override;
     bool should_start_load(const NSURL& address, int navigation_type) override;
@@ -282,10 +285,28 @@ private:
     /// Created by the page's first message to it.
     std::shared_ptr<Mraid> mraid_;
     CloseGuard* close_guard_ = nullptr;
+    ClosedBy closer_ = ClosedBy::Viewer;
+    bool has_closed_ = false;
     /// Rate limits: of the page's messages, and of trace lines about refusals.
     std::unique_ptr<MessageBudget> messages_;
     std::unique_ptr<RefusalLog> refusals_;
     UIView progressbar_;
+};
+
+/// Names who closes an ad, for event::AdClosed, while it exists. Outside such a scope the viewer does: the ad's own
+/// controls call the close directly.
+class ClosingBy
+{
+public:
+    /// @param ad must outlive this object
+    ClosingBy(QoroPhoneGapViewController& ad, ClosedBy closer);
+    ~ClosingBy();
+    ClosingBy(const ClosingBy&) = delete;
+    ClosingBy& operator=(const ClosingBy&) = delete;
+
+private:
+    QoroPhoneGapViewController& ad_;
+    const ClosedBy before_;
 };
 
 } // namespace qoro

@@ -57,7 +57,7 @@ void UIApplication::openURL(const NSURL& address) const
 {
     if (!address)
         return;
-    platform_.tell("openURL", {{"url", address.absoluteString()}});
+    platform_.emit(event::AddressOpened{address.absoluteString()});
     platform_.device().open(address);
 }
 
@@ -69,7 +69,7 @@ std::int64_t UIDevice::orientation()
 void UIDevice::forceOrientation(std::int64_t orientation)
 {
     Platform& platform = Platform::current();
-    platform.tell("device", {{"orientation", orientation}});
+    platform.emit(event::OrientationForced{orientation});
     const bool turns = platform.device().orientation() != orientation;
     platform.device().force_orientation(static_cast<int>(orientation));
     if (turns)

@@ -265,7 +265,7 @@ public:
     /// The listener must outlive the web view's engine.
     static UIWebView create(WebListener& listener, PageKind kind = PageKind::Creative);
 
-    /// Loads a page from its source; reported to the witness. Null HTML (bytes that were not valid UTF-8) shows
+    /// Loads a page from its source, and emits it as an event. Null HTML (bytes that were not valid UTF-8) shows
     /// nothing.
     void loadHTMLString(const NSString& html, const NSURL& baseURL) const;
     /// Address of the page shown; null before the first.
@@ -330,7 +330,7 @@ public:
     std::int64_t statusBarOrientation() const;
     bool isStatusBarHidden() const;
     bool canOpenURL(const NSURL& address) const;
-    /// Opens an address; reported to the witness. No effect for a null address.
+    /// Opens an address, and emits it as an event. No effect for a null address.
     void openURL(const NSURL& address) const;
 
 private:
@@ -341,7 +341,7 @@ private:
 struct UIDevice {
     /// UIDeviceOrientation
     static std::int64_t orientation();
-    /// Overrides the orientation, as setting the key "orientation" does; reported to the witness.
+    /// Overrides the orientation, as setting the key "orientation" does, and emits it as an event.
     static void forceOrientation(std::int64_t orientation);
 };
 

@@ -25,22 +25,22 @@ bool is_store_page(const std::string& pattern)
 
 void ParentController::clickRequester()
 {
-    platform().tell("parent", {{"do", "clickRequester"}});
+    platform().emit(event::ParentClicked{});
 }
 
 void ParentController::closeVideoAdUnit(bool close)
 {
-    platform().tell("parent", {{"do", "closeVideoAdUnit"}, {"close", close}});
+    platform().emit(event::ParentClosed{close});
 }
 
 void ParentController::setBIsSendImpression(bool)
 {
-    platform().tell("parent", {{"do", "bIsSendImpression"}});
+    platform().emit(event::ParentImpression{});
 }
 
 void HostDelegate::onZulixAdFailed(const UIView&, const NSError& error)
 {
-    platform_.tell("kit", {{"do", "adFailed"}, {"to", name_}, {"error", error.text}});
+    platform_.emit(event::AdFailed{name_, error.text});
 }
 
 } // namespace qoro

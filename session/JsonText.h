@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/Ports.h"
+#include "platform/EventTable.h"
 #include "platform/Value.h"
 
 #include <cstdint>

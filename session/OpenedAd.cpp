@@ -19,26 +19,25 @@ struct NoControls final : SessionControls {
     void leave_app() override {}
 };
 
-/// What a witnessed event says under a name; empty when it says no text there.
-std::string_view text_in(std::initializer_list<Field> fields, std::string_view key)
-{
-    for (const Field& field : fields)
-        if (field.key == key)
-            if (const auto* text = std::get_if<std::string_view>(&field.content))
-                return *text;
-    return "";
-}
-
 HostSetup with_delegate(HostSetup host)
 {
     host.delegate = true;
     return host;
 }
 
-bool leads_elsewhere(std::string_view what, std::string_view does)
+AdEnd end_by(ClosedBy closer)
 {
-    return what == "openURL" || (what == "super" && does == "createCalendarEvent") ||
-           (what == "kit" && (does == "browser.expand" || does == "sendSms" || does == "openStore"));
+    switch (closer) {
+    case ClosedBy::Viewer:
+        break;
+    case ClosedBy::Page:
+        return AdEnd::Page;
+    case ClosedBy::Video:
+        return AdEnd::Video;
+    case ClosedBy::Host:
+        return AdEnd::Host;
+    }
+    return AdEnd::Viewer;
 }
 
 } // namespace
@@ -60,8 +59,8 @@ std::string_view words_for(AdEnd end)
     return "failed";
 }
 
-/// Hears what the ad's collaborators hear, and draws the outcome from it.
-class OpenedAd::Watch final : public Object, public Witness
+/// Derives the outcome from the events of the ad.
+class OpenedAd::Watch final : public Object, public EventSink
 {
 public:
     Watch(Platform& platform, OnEnd on_end) : platform_(platform), on_end_(std::move(on_end)) {}
@@ -72,24 +71,40 @@ public:
     bool has_ended() const { return ended_; }
 
 private:
-    void tell(std::string_view what, std::initializer_list<Field> fields) override;
-    void hear(std::string_view what, std::initializer_list<Field> fields);
-    void hear_player(std::string_view does, std::initializer_list<Field> fields);
-    void hear_opening(const NSDictionary& result);
-    void hear_elsewhere();
+    void receive(const Event& event) override;
+    void note(const event::AdClosed& close);
+    void note(const event::ImpressionSent&) { outcome_.impression_sent = true; }
+    void note(const event::ApplicationLeft&) { ++outcome_.departures; }
+    void note(const event::AdFailed& failure) { outcome_.page_error = failure.error.view(); }
+    void note(const event::PageDied& death) { outcome_.page_error = death.reason.view(); }
+    void note(const event::NotificationPosted& notification);
+    void note(const event::PlayerCreated& player);
+    void note(const event::PlayerDropped&);
+    void note(const event::PlayerSought& seek);
+    void note(const event::PlayerFailed& failure);
+    void note(const event::AddressOpened&) { note_click_through(); }
+    void note(const event::CalendarEventPassed&) { note_click_through(); }
+    void note(const event::BrowserExpanded&) { note_click_through(); }
+    void note(const event::MessageSent&) { note_click_through(); }
+    void note(const event::StoreOpened&) { note_click_through(); }
+    /// Every other event leaves the outcome as it is.
+    template <typename Other>
+    void note(const Other&)
+    {
+    }
+    void note_click_through();
 
     void video_changed(const NSNotification& notification);
     void video_finished(const NSNotification& notification);
     MPMoviePlayerController player() const;
-    /// What the player has run since the last look is counted.
+    /// Adds what the player has played since the last call.
     void count_played();
 
-    void close_ad();
     void end(AdEnd how);
 
     Platform& platform_;
     OnEnd on_end_;
-    Witness* const before_ = platform_.witness();
+    EventSink* const before_ = platform_.event_sink();
     NoControls controls_;
     std::unique_ptr<Session> session_;
 
@@ -97,17 +112,9 @@ private:
     double opened_ = 0;
     bool shows_ = false;
     bool ended_ = false;
-
-    /// Who closes, as of the last close that began; it may stop at hiding the video.
-    AdEnd closer_ = AdEnd::Viewer;
-    bool host_closes_ = false;
-    /// The page's script has just asked for the close.
-    bool page_closes_ = false;
-    /// The player's report of its end is being heard.
-    bool video_ends_ = false;
     /// A touch has led elsewhere in this event.
     bool led_elsewhere_ = false;
-    /// Seconds of the video at which what is not counted yet began; absent while nothing runs.
+    /// Position in seconds from which playback is not counted yet; absent while the video does not play.
     std::optional<double> runs_from_;
 };
 
@@ -115,8 +122,8 @@ void OpenedAd::Watch::open(const std::shared_ptr<QoroVideoAd>& ad, const HostSet
 {
     if (dynamic_cast<Watch*>(before_))
         throw std::logic_error("the platform has an opened ad already");
-    platform_.set_witness(this);
-    // Before the controller's own: what it does with a piece of news finds it heard here.
+    platform_.set_event_sink(this);
+    // Registered before the controller: this object counts what was played before the controller reacts.
     platform_.dispatch([this] {
         NSNotificationCenter& notifications = NSNotificationCenter::defaultCenter();
         notifications.addObserver(action<&Watch::video_changed>(this, "video_changed"),
@@ -135,92 +142,75 @@ void OpenedAd::Watch::close()
 {
     if (ended_)
         return;
-    host_closes_ = true;
-    close_ad();
-    host_closes_ = false;
+    session_->close(ClosedBy::Host);
 }
 
-/// From here on nobody is told.
+/// Afterwards no end is reported.
 void OpenedAd::Watch::leave()
 {
     on_end_ = nullptr;
     close();
     platform_.dispatch([this] { NSNotificationCenter::defaultCenter().removeObserver(this); });
     session_.reset();
-    if (platform_.witness() == this)
-        platform_.set_witness(before_);
+    if (platform_.event_sink() == this)
+        platform_.set_event_sink(before_);
 }
 
-// ------------------------------------------------------------------------------------------------------ what is heard
+// ------------------------------------------------------------------------------------------------------------- events
 
-void OpenedAd::Watch::tell(std::string_view what, std::initializer_list<Field> fields)
+void OpenedAd::Watch::receive(const Event& event)
 {
     if (before_)
-        before_->tell(what, fields);
+        before_->receive(event);
     if (!ended_)
-        hear(what, fields);
+        std::visit([this](const auto& each) { note(each); }, event);
 }
 
-void OpenedAd::Watch::hear(std::string_view what, std::initializer_list<Field> fields)
+void OpenedAd::Watch::note(const event::AdClosed& close)
 {
-    const std::string_view does = text_in(fields, "do");
-    const bool page_asked = std::exchange(page_closes_, what == "super" && does == "MRAIDClose");
-    if (what == "js" && text_in(fields, "event") == "onhide") {
-        // Every close begins with this event. The viewer is left when it is none of the others: the ad's own controls
-        // are the only further way to close it.
-        closer_ = host_closes_ ? AdEnd::Host : page_asked ? AdEnd::Page : video_ends_ ? AdEnd::Video : AdEnd::Viewer;
-    } else if (what == "super" && does == "updateStatusbar") {
-        // The host gets its status bar back: the close went beyond hiding the video, and the player is still there.
-        count_played();
-        end(closer_);
-    } else if (what == "super" && does == "sendImpression") {
-        outcome_.impression_sent = true;
-    } else if (what == "super" && does == "qoroLeaveApplication") {
-        ++outcome_.departures;
-    } else if (what == "kit" && does == "adFailed") {
-        outcome_.page_error = text_in(fields, "error");
-    } else if (what == "web" && does == "died") {
-        outcome_.page_error = text_in(fields, "reason");
-    } else if (what == "notification" && text_in(fields, "name") == "NotifyOpenVideoExResult") {
-        for (const Field& field : fields)
-            if (const auto* info = std::get_if<const Value*>(&field.content); info && field.key == "info")
-                hear_opening((*info)->dictionary());
-    } else if (what == "player") {
-        hear_player(does, fields);
-    } else if (leads_elsewhere(what, does)) {
-        hear_elsewhere();
-    }
+    // The controller still has its player.
+    count_played();
+    end(end_by(close.by));
 }
 
-void OpenedAd::Watch::hear_player(std::string_view does, std::initializer_list<Field> fields)
+void OpenedAd::Watch::note(const event::NotificationPosted& notification)
 {
-    if (does == "create") {
-        count_played();
-        runs_from_.reset();
-        outcome_.videos.emplace_back().address = text_in(fields, "url");
-    } else if (does == "drop") {
-        count_played();
-        runs_from_.reset();
-    } else if (does == "seek") {
-        // Told before the player jumps.
-        count_played();
-        for (const Field& field : fields)
-            if (const auto* to = std::get_if<double>(&field.content); to && field.key == "to" && runs_from_)
-                runs_from_ = std::clamp(*to, 0.0, player().duration());
-    } else if (does == "failed" && !outcome_.videos.empty()) {
-        outcome_.videos.back().error = text_in(fields, "reason");
-    }
-}
-
-void OpenedAd::Watch::hear_opening(const NSDictionary& result)
-{
+    if (notification.name.view() != "NotifyOpenVideoExResult")
+        return;
+    const NSDictionary result = notification.info->dictionary();
     shows_ = result["Result"].string().isEqualToString("1");
     if (!shows_ && result["e"])
         outcome_.error = result["e"].string().text();
 }
 
+void OpenedAd::Watch::note(const event::PlayerCreated& player)
+{
+    count_played();
+    runs_from_.reset();
+    outcome_.videos.emplace_back().address = player.url.view();
+}
+
+void OpenedAd::Watch::note(const event::PlayerDropped&)
+{
+    count_played();
+    runs_from_.reset();
+}
+
+void OpenedAd::Watch::note(const event::PlayerSought& seek)
+{
+    count_played();
+    if (runs_from_)
+        runs_from_ = std::clamp(seek.to, 0.0, player().duration());
+}
+
+void OpenedAd::Watch::note(const event::PlayerFailed& failure)
+{
+    if (!outcome_.videos.empty())
+        outcome_.videos.back().error = failure.reason.view();
+}
+
 /// One touch may do two things, such as a message and a page.
-void OpenedAd::Watch::hear_elsewhere()
+void OpenedAd::Watch::note_click_through()
 {
     if (std::exchange(led_elsewhere_, true))
         return;
@@ -277,13 +267,6 @@ void OpenedAd::Watch::video_finished(const NSNotification& notification)
     switch (notification.userInfo[MPMoviePlayerPlaybackDidFinishReasonUserInfoKey].intValue()) {
     case MPMovieFinishReasonPlaybackEnded:
         video.reached_end = true;
-        if (const auto controller = session_->living(); !controller || !controller->ad().bIsAutoClose)
-            break;
-        video_ends_ = true;
-        platform_.loop().post([weak = weak_from_this()] {
-            if (const auto self = weak.lock())
-                static_cast<Watch&>(*self).video_ends_ = false;
-        });
         break;
     case MPMovieFinishReasonPlaybackError:
         if (!video.error)
@@ -295,16 +278,6 @@ void OpenedAd::Watch::video_finished(const NSNotification& notification)
 }
 
 // ------------------------------------------------------------------------------------------------------------- the end
-
-void OpenedAd::Watch::close_ad()
-{
-    platform_.dispatch([this] {
-        // The first call may hide a video that lies over the page; the next one closes.
-        for (int calls = 0; calls < 2 && !ended_; ++calls)
-            if (const auto controller = session_->living())
-                controller->closeAction();
-    });
-}
 
 void OpenedAd::Watch::end(AdEnd how)
 {

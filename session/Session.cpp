@@ -115,6 +115,20 @@ bool Session::leave_screen()
     return screen != nullptr;
 }
 
+void Session::close(ClosedBy closer)
+{
+    platform_.dispatch([&] {
+        // The first call may only hide a video that covers the page.
+        for (int calls = 0; calls < 2; ++calls) {
+            const auto ad = living();
+            if (!ad || ad->has_closed())
+                return;
+            const ClosingBy scope(*ad, closer);
+            ad->closeAction();
+        }
+    });
+}
+
 void Session::release()
 {
     const auto released = std::exchange(controller_, nullptr);
@@ -185,7 +199,7 @@ struct Session::Performer {
     void operator()(const SnapshotStep&) const
     {
         if (controller)
-            tell_snapshot(session.platform_, *controller);
+            emit_snapshot(session.platform_, *controller);
     }
 
     void operator()(const ReleaseStep&) const { session.release(); }
@@ -193,14 +207,14 @@ struct Session::Performer {
     void tell_return(std::string_view command, const Value& value) const
     {
         if (value)
-            session.platform_.tell("return", {{"command", command}, {"value", value}});
+            session.platform_.emit(event::Returned{command, &value});
     }
 };
 
 void Session::perform(const Step& step, std::size_t n)
 {
     platform_.dispatch([&] {
-        platform_.tell("step", {{"n", static_cast<std::int64_t>(n)}, {step.key, step.value}});
+        platform_.emit(event::StepBegun{static_cast<std::int64_t>(n), step.key, &step.value});
         const bool releases = std::holds_alternative<ReleaseStep>(step.what);
         std::visit(Performer{*this, releases ? nullptr : controller_}, step.what);
     });

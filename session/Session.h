@@ -30,6 +30,9 @@ public:
     /// Opens the ad.
     /// @param y vertical position, points
     void open(float y);
+    /// Closes the ad, even while its first close only hides the video. No effect once it has closed.
+    /// @param closer for event::AdClosed
+    void close(ClosedBy closer);
     /// The viewer leaves the topmost screen of the kit: the browser or a store page.
     /// @return false when no such screen is shown
     bool leave_screen();

@@ -337,9 +337,9 @@ NSDictionary snapshot_views(const QoroVideoWebViewController& controller)
     return views;
 }
 
-void tell_snapshot(Platform& platform, const QoroVideoWebViewController& controller)
+void emit_snapshot(Platform& platform, const QoroVideoWebViewController& controller)
 {
-    if (!platform.witness())
+    if (!platform.event_sink())
         return;
     const Value fields(snapshot_fields(controller));
     const Value super(snapshot_super(controller));
@@ -347,9 +347,8 @@ void tell_snapshot(Platform& platform, const QoroVideoWebViewController& control
     const Value player(snapshot_player(controller));
     const Value timers(snapshot_timers(controller));
     const Value views(snapshot_views(controller));
-    platform.tell(
-        "snapshot",
-        {{"fields", fields}, {"super", super}, {"ad", ad}, {"player", player}, {"timers", timers}, {"views", views}});
+    platform.emit(event::Snapshot{
+        .fields = &fields, .superclass = &super, .ad = &ad, .player = &player, .timers = &timers, .views = &views});
 }
 
 } // namespace qoro

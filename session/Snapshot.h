@@ -25,6 +25,6 @@ NSDictionary snapshot_timers(const QoroVideoWebViewController& controller);
 NSDictionary snapshot_views(const QoroVideoWebViewController& controller);
 
 /// Reports all of it to the platform's event sink as one event. No effect without a sink.
-void tell_snapshot(Platform& platform, const QoroVideoWebViewController& controller);
+void emit_snapshot(Platform& platform, const QoroVideoWebViewController& controller);
 
 } // namespace qoro

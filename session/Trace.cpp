@@ -96,7 +96,7 @@ std::string_view log_level(std::string_view what, const Field& field)
 }
 
 /// A snapshot is many lines: one a group, and one a view.
-void append_snapshot(std::string& line, std::initializer_list<Field> groups)
+void append_snapshot(std::string& line, std::span<const Field> groups)
 {
     const std::string indent = "\n" + std::string(TimeWidth + 2, ' ');
     for (const Field& group : groups) {
@@ -108,7 +108,7 @@ void append_snapshot(std::string& line, std::initializer_list<Field> groups)
         }
         for (const NSDictionary::Entry& view : (*value)->dictionary()) {
             line += indent;
-            append_field(line, Field(view.key, view.value), std::string::npos);
+            append_field(line, {view.key, &view.value}, std::string::npos);
         }
     }
 }
@@ -120,7 +120,12 @@ Trace::Trace(const MainLoop& loop, TraceFormat format, LineSink sink)
 {
 }
 
-void Trace::tell(std::string_view what, std::initializer_list<Field> fields)
+void Trace::receive(const Event& event)
+{
+    describe(event, [this](std::string_view what, std::span<const Field> fields) { write(what, fields); });
+}
+
+void Trace::write(std::string_view what, std::span<const Field> fields)
 {
     const std::int64_t microseconds = std::llround(loop_.now() * 1e6);
     line_.clear();
@@ -132,7 +137,7 @@ void Trace::tell(std::string_view what, std::initializer_list<Field> fields)
     sink_(line_);
 }
 
-void Trace::write_json(std::int64_t microseconds, std::string_view what, std::initializer_list<Field> fields)
+void Trace::write_json(std::int64_t microseconds, std::string_view what, std::span<const Field> fields)
 {
     line_ += R"({"t":)";
     append_seconds(line_, microseconds);
@@ -147,7 +152,7 @@ void Trace::write_json(std::int64_t microseconds, std::string_view what, std::in
     line_ += '}';
 }
 
-void Trace::write_text(std::int64_t microseconds, std::string_view what, std::initializer_list<Field> fields)
+void Trace::write_text(std::int64_t microseconds, std::string_view what, std::span<const Field> fields)
 {
     append_time(line_, microseconds);
     line_ += "  ";
@@ -168,7 +173,7 @@ void Trace::write_text(std::int64_t microseconds, std::string_view what, std::in
     }
     // First the event's own words, then what they are about. What is null says nothing.
     for (const std::string_view word : Words) {
-        const auto* field = std::ranges::find(fields, word, &Field::key);
+        const auto field = std::ranges::find(fields, word, &Field::key);
         const auto* text = field == fields.end() ? nullptr : std::get_if<std::string_view>(&field->content);
         if (!text)
             continue;

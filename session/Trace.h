@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/Events.h"
 #include "platform/Ports.h"
 
 #include <cstdint>
 #include <functional>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -14,24 +16,25 @@ namespace qoro
 using LineSink = std::function<void(std::string_view line)>;
 
 enum class TraceFormat {
-    /// One JSON object a line: "t" (seconds), "what", and the fields of what was told.
+    /// One JSON object a line: "t" (seconds), "what", and the fields of the event.
     Json,
     /// A readable timeline: time, whom it concerns, what happened.
     Text,
 };
 
-/// Writes down what a platform tells, one line for each event, as it happens.
-class Trace final : public Witness
+/// Writes the events of a platform as they happen, each as one line that its table describes.
+class Trace final : public EventSink
 {
 public:
     /// @param loop whose time the lines carry; outlives the trace
     Trace(const MainLoop& loop, TraceFormat format, LineSink sink);
 
-    void tell(std::string_view what, std::initializer_list<Field> fields) override;
+    void receive(const Event& event) override;
 
 private:
-    void write_json(std::int64_t microseconds, std::string_view what, std::initializer_list<Field> fields);
-    void write_text(std::int64_t microseconds, std::string_view what, std::initializer_list<Field> fields);
+    void write(std::string_view what, std::span<const Field> fields);
+    void write_json(std::int64_t microseconds, std::string_view what, std::span<const Field> fields);
+    void write_text(std::int64_t microseconds, std::string_view what, std::span<const Field> fields);
 
     const MainLoop& loop_;
     const TraceFormat format_;

@@ -87,16 +87,9 @@ std::size_t length_of(const std::vector<std::string>& pieces)
     return length;
 }
 
-/// The text of a told field; empty when it is none.
-std::string_view text_of(const Field& field)
-{
-    const auto* text = std::get_if<std::string_view>(&field.content);
-    return text ? *text : "";
-}
-
 } // namespace
 
-SessionWatch::SessionWatch(Simulation& simulation, const QoroVideoAd& ad, Witness& trace)
+SessionWatch::SessionWatch(Simulation& simulation, const QoroVideoAd& ad, EventSink& trace)
     : simulation_(simulation), platform_(simulation.platform()), trace_(trace)
 {
     find_trackers(ad);
@@ -104,36 +97,51 @@ SessionWatch::SessionWatch(Simulation& simulation, const QoroVideoAd& ad, Witnes
         if (!summary_.close_button)
             look_later();
     });
-    platform_.set_witness(this);
+    platform_.set_event_sink(this);
 }
 
 SessionWatch::~SessionWatch()
 {
-    platform_.set_witness(nullptr);
+    platform_.set_event_sink(nullptr);
     platform_.on_display_change(nullptr);
 }
 
-void SessionWatch::tell(std::string_view what, std::initializer_list<Field> fields)
+void SessionWatch::receive(const Event& event)
 {
-    trace_.tell(what, fields);
-    if (what == "request") {
-        const Field& url = *fields.begin();
-        const Field& purpose = *(fields.begin() + 1);
-        if (text_of(purpose) == "tracking")
-            count_tracker(text_of(url));
-    } else if (what == "step") {
-        const Field& step = *(fields.begin() + 1);
-        if (step.key == "open" && !summary_.opened)
-            summary_.opened = platform_.loop().now_microseconds();
-        if (step.key == "release" && !summary_.released)
-            summary_.released = platform_.loop().now_microseconds();
-    } else if (what == "released") {
-        summary_.destroyed = platform_.loop().now_microseconds();
-    } else if (what == "js" && text_of(*fields.begin()) == "onhide" && !summary_.closed) {
-        // Every close begins with this event, and may stop at hiding the video.
-        close_began_ = platform_.loop().now_microseconds();
+    trace_.receive(event);
+    std::visit([this](const auto& each) { note(each); }, event);
+}
+
+void SessionWatch::note(const event::Requested& request)
+{
+    if (request.purpose != RequestPurpose::Page)
+        count_tracker(request.url.view());
+}
+
+void SessionWatch::note(const event::StepBegun& step)
+{
+    if (step.key.view() == "open" && !summary_.opened)
+        summary_.opened = platform_.loop().now_microseconds();
+    if (step.key.view() == "release" && !summary_.released)
+        summary_.released = platform_.loop().now_microseconds();
+}
+
+void SessionWatch::note(const event::Released&)
+{
+    summary_.destroyed = platform_.loop().now_microseconds();
+}
+
+/// A close begins with this event, so the look precedes the answers to the close trackers.
+void SessionWatch::note(const event::ExtraViewRemoved&)
+{
+    if (!summary_.closed)
         look_later();
-    }
+}
+
+void SessionWatch::note(const event::AdClosed&)
+{
+    summary_.closed = platform_.loop().now_microseconds();
+    look_later();
 }
 
 Summary SessionWatch::finish()
@@ -196,13 +204,10 @@ void SessionWatch::look_later()
 
 void SessionWatch::look()
 {
-    const auto living = simulation_.session()->living();
     if (!summary_.close_button && close_button_is_reachable())
         summary_.close_button = platform_.loop().now_microseconds();
-    if (close_began_ && !summary_.closed && (!living || !living->dicEventListener)) {
-        summary_.closed = close_began_;
+    if (summary_.closed && !summary_.after_close)
         summary_.after_close = left_behind();
-    }
 }
 
 bool SessionWatch::close_button_is_reachable() const

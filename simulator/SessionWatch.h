@@ -12,25 +12,35 @@
 namespace qoro
 {
 
-/// Watches a simulated session for its summary, between the platform and the trace. It costs nothing while nothing
-/// happens: it looks only after something on the screen has changed, until the close button was seen, and after a
-/// close.
-class SessionWatch final : public Witness
+/// Watches a simulated session for its summary, between the platform and the trace. It examines the session only after
+/// a visible change, until the close button could be tapped, and after a close.
+class SessionWatch final : public EventSink
 {
 public:
-    /// Becomes the simulation's witness.
+    /// Becomes the simulation's event sink.
     /// @param ad whose trackers are counted
-    /// @param trace is told everything, unchanged
-    SessionWatch(Simulation& simulation, const QoroVideoAd& ad, Witness& trace);
+    /// @param trace receives every event, unchanged
+    SessionWatch(Simulation& simulation, const QoroVideoAd& ad, EventSink& trace);
     /// Stops watching.
     ~SessionWatch() override;
 
-    void tell(std::string_view what, std::initializer_list<Field> fields) override;
+    void receive(const Event& event) override;
 
     /// After the last step.
     Summary finish();
 
 private:
+    void note(const event::Requested& request);
+    void note(const event::StepBegun& step);
+    void note(const event::Released&);
+    void note(const event::ExtraViewRemoved&);
+    void note(const event::AdClosed&);
+    /// Every other event leaves the summary as it is.
+    template <typename Other>
+    void note(const Other&)
+    {
+    }
+
     /// A tracker's address between its macros, each of which stands for any text.
     using Pieces = std::vector<std::string>;
 
@@ -44,11 +54,10 @@ private:
 
     Simulation& simulation_;
     SimulatedPlatform& platform_;
-    Witness& trace_;
+    EventSink& trace_;
     Summary summary_;
     /// Of the ad's own trackers, at the same index as in the summary.
     std::vector<Pieces> patterns_;
-    std::optional<std::int64_t> close_began_;
     bool will_look_ = false;
 };
 

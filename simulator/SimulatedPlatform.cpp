@@ -19,7 +19,7 @@ SimulatedPlatform::~SimulatedPlatform()
 {
     // Objects destroyed here may use the current platform; their events are no longer reported.
     const PlatformScope scope(*this);
-    set_witness(nullptr);
+    set_event_sink(nullptr);
     loop_.clear();
     // A window retains a root view controller that retains the window.
     for (const std::shared_ptr<ViewNode>& window : shared<WindowList>().all()) {

@@ -10,7 +10,7 @@ Simulation::Simulation(const Scenario& scenario) : scenario_(scenario), platform
 Simulation::~Simulation()
 {
     // Events of the teardown are not part of the session.
-    platform_.set_witness(nullptr);
+    platform_.set_event_sink(nullptr);
 }
 
 void Simulation::run()
@@ -27,9 +27,9 @@ void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink
 {
     Simulation simulation(scenario);
     Trace trace(simulation.platform().loop(), format, sink);
-    simulation.platform().set_witness(&trace);
+    simulation.platform().set_event_sink(&trace);
     simulation.run();
-    simulation.platform().set_witness(nullptr);
+    simulation.platform().set_event_sink(nullptr);
 }
 
 std::string simulate(const Scenario& scenario)

@@ -207,7 +207,7 @@ void UISlider::setValue(float value) const
 {
     if (!node_)
         return;
-    node_->platform.tell("volume", {{"value", value}});
+    node_->platform.emit(event::VolumeSet{value});
     node_->platform.volume().set_value(value);
 }
 

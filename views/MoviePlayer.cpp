@@ -74,7 +74,7 @@ struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared
 MPMoviePlayerViewController MPMoviePlayerViewController::initWithContentURL(const NSURL& address)
 {
     Platform& platform = Platform::current();
-    platform.tell("player", {{"do", "create"}, {"url", address.absoluteString()}, {"file", address.is_file()}});
+    platform.emit(event::PlayerCreated{address.absoluteString(), address.is_file()});
     MPMoviePlayerViewController controller;
     auto& state = controller.player_.state_;
     state = std::make_shared<MPMoviePlayerController::State>(platform, address);
@@ -92,7 +92,7 @@ void MPMoviePlayerController::play() const
 {
     if (!state_)
         return;
-    state_->platform.tell("player", {{"do", "play"}});
+    state_->platform.emit(event::PlayerStarted{});
     state_->engine->play();
 }
 
@@ -100,7 +100,7 @@ void MPMoviePlayerController::pause() const
 {
     if (!state_)
         return;
-    state_->platform.tell("player", {{"do", "pause"}});
+    state_->platform.emit(event::PlayerPaused{});
     state_->engine->pause();
 }
 
@@ -128,7 +128,7 @@ void MPMoviePlayerController::setCurrentPlaybackTime(double seconds) const
 {
     if (!state_)
         return;
-    state_->platform.tell("player", {{"do", "seek"}, {"to", seconds}});
+    state_->platform.emit(event::PlayerSought{seconds});
     ++state_->seeks;
     state_->engine->seek(seconds);
 }

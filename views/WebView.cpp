@@ -14,7 +14,7 @@ void UIWebView::loadHTMLString(const NSString& html, const NSURL& baseURL) const
 {
     if (!node_ || !node_->web)
         return;
-    node_->platform.tell("page", {{"html", html}, {"base", baseURL.absoluteString()}});
+    node_->platform.emit(event::PageLoaded{html, baseURL.absoluteString()});
     node_->web->load_html(html, baseURL);
 }
 

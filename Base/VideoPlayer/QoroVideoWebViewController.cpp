@@ -250,6 +250,7 @@ void QoroVideoWebViewController::closeAction()
 void QoroVideoWebViewController::MRAIDClose()
 {
     QoroPhoneGapViewController::MRAIDClose();
+    const ClosingBy page(*this, ClosedBy::Page);
     closeAction();
 }
 

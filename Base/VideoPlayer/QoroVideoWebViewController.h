@@ -614,6 +614,8 @@ private:
     void moviePlays();
     void moviePauses();
     void movieEnds();
+    // tracking/Delivery.cpp: sendTrackingToServer, with the purpose of the request.
+    void requestTracker(const NSString& url, RequestPurpose purpose);
 
     mutable std::unique_ptr<QoroVideoAd> absentAd_;
 };

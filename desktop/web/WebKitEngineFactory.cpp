@@ -186,7 +186,7 @@ void WebKitEngineFactory::tell_refusal(const std::string& where)
     platform_.loop().post([weak = std::weak_ptr(self_), where] {
         if (const auto self = weak.lock())
             (*self)->platform_.dispatch(
-                [&] { (*self)->refusals_.tell((*self)->platform_, "request", "http://" + where + "/"); });
+                [&] { (*self)->refusals_.report((*self)->platform_, "request", "http://" + where + "/"); });
     });
 }
 

@@ -380,6 +380,84 @@ TEST(Close, TheScriptsCloseCallsTheSuperclassFirst)
     EXPECT_FALSE(session->qoroMoviePlayer);
 }
 
+TEST(Close, IsEmittedOnceWhoeverClosesAgain)
+{
+    AdSession session;
+    session.open();
+
+    session.tap(session->btnClose);
+    session->closeAction();
+    session->MRAIDClose();
+
+    EXPECT_THAT(session.closes(), ElementsAre(ClosedBy::Viewer));
+}
+
+TEST(Close, HidingTheVideoIsNoClose)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.open();
+    session.plays();
+
+    session.tap(session->btnClose);
+    EXPECT_THAT(session.events(), testing::Contains("onhide"));
+    EXPECT_THAT(session.closes(), IsEmpty());
+    EXPECT_FALSE(session->has_closed());
+
+    session->closeAction();
+    EXPECT_THAT(session.closes(), ElementsAre(ClosedBy::Viewer));
+    EXPECT_TRUE(session->has_closed());
+}
+
+TEST(Close, ByThePageIsEmittedAsThePages)
+{
+    AdSession session;
+    session.open();
+
+    session.script_says("MRAIDClose");
+
+    EXPECT_THAT(session.closes(), ElementsAre(ClosedBy::Page));
+}
+
+TEST(Close, APageThatOnlyHidHasNotClosedWhenTheViewerDoes)
+{
+    AdSession session;
+    show_hide_button(session);
+    session.open();
+    session.plays();
+
+    session.script_says("MRAIDClose");
+    ASSERT_THAT(session.closes(), IsEmpty());
+    session->closeAction();
+
+    EXPECT_THAT(session.closes(), ElementsAre(ClosedBy::Viewer));
+}
+
+TEST(Close, AtTheVideosEndIsEmittedAsTheVideos)
+{
+    AdSession session;
+    session.ad().bIsAutoClose = true;
+    session.open();
+    session.plays();
+
+    session.ends();
+
+    EXPECT_THAT(session.closes(), ElementsAre(ClosedBy::Video));
+}
+
+TEST(Close, ByTheHostIsEmittedAsTheHosts)
+{
+    AdSession session;
+    session.open();
+
+    {
+        const ClosingBy host(session.controller(), ClosedBy::Host);
+        session->closeAction();
+    }
+
+    EXPECT_THAT(session.closes(), ElementsAre(ClosedBy::Host));
+}
+
 TEST(Close, NothingReachesTheScriptAfterwards)
 {
     AdSession session;

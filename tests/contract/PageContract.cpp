@@ -202,7 +202,7 @@ ScriptContract::ScriptContract()
     ad->fVideoWidth = 320;
     ad->fVideoHeight = 180;
     ad->strBackgroundColor = "4279704105"; // without one the page is not visible
-    platform().set_witness(this);
+    platform().set_event_sink(this);
     session_ = std::make_unique<Session>(platform(), world().controls(), HostSetup{}, ad);
     platform().dispatch([&] { session_->open(0); });
     EXPECT_TRUE(world().script_starts(*session_->controller()));
@@ -211,24 +211,26 @@ ScriptContract::ScriptContract()
 
 ScriptContract::~ScriptContract()
 {
-    platform().set_witness(nullptr);
+    platform().set_event_sink(nullptr);
     session_.reset();
 }
 
-void ScriptContract::tell(std::string_view what, std::initializer_list<Field> fields)
+void ScriptContract::receive(const Event& event)
 {
-    if (what != "player")
-        return;
-    std::ostringstream line;
-    for (const Field& field : fields) {
-        line << (line.tellp() > 0 ? " " : "");
-        if (const auto* text = std::get_if<std::string_view>(&field.content))
-            line << *text;
-        else if (const auto* number = std::get_if<double>(&field.content))
-            line << *number;
-    }
-    EXPECT_FALSE(line.str().starts_with("failed")) << line.str();
-    told.push_back(line.str());
+    describe(event, [this](std::string_view what, std::span<const Field> fields) {
+        if (what != "player")
+            return;
+        std::ostringstream line;
+        for (const Field& field : fields) {
+            line << (line.tellp() > 0 ? " " : "");
+            if (const auto* text = std::get_if<std::string_view>(&field.content))
+                line << *text;
+            else if (const auto* number = std::get_if<double>(&field.content))
+                line << *number;
+        }
+        EXPECT_FALSE(line.str().starts_with("failed")) << line.str();
+        told.push_back(line.str());
+    });
 }
 
 TEST_P(ScriptContract, EventsReachTheScriptInTheOrderInWhichTheyWereSent)

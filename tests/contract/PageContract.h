@@ -73,7 +73,7 @@ private:
 };
 
 /// An ad with a page whose script uses the bridge; the test observes the player's commands.
-class ScriptContract : public ContractTest, private Witness
+class ScriptContract : public ContractTest, private EventSink
 {
 protected:
     using Lines = std::vector<std::string>;
@@ -96,7 +96,7 @@ protected:
     Lines told;
 
 private:
-    void tell(std::string_view what, std::initializer_list<Field> fields) override;
+    void receive(const Event& event) override;
 
     std::unique_ptr<Session> session_;
 };

@@ -33,7 +33,7 @@ protected:
     static void send_tracker(DesktopPlatform& platform, const std::string& address)
     {
         const PlatformScope scope(platform);
-        QoroAdManager::sharedInstance().connectToServerWithRequest(address, {}, {}, false);
+        QoroAdManager::sharedInstance().connectToServerWithRequest(address, {}, {}, false, RequestPurpose::Tracking);
     }
 };
 } // namespace

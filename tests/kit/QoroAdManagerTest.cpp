@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 namespace qoro
 {
 namespace
@@ -31,11 +33,11 @@ struct ManagerTest : testing::Test {
     test::RecordingPlatform platform;
     std::shared_ptr<Asker> asker = std::make_shared<Asker>();
 
-    void ask(const NSString& address, std::string_view name = "didSendTracking:")
+    void ask(const NSString& address, RequestPurpose purpose = RequestPurpose::Tracking)
     {
         QoroAdManager::sharedInstance().connectToServerWithRequest(
-            address, action<&Asker::didAnswer>(asker.get(), name), action<&Asker::didFail>(asker.get(), "didFail:"),
-            false);
+            address, action<&Asker::didAnswer>(asker.get(), "didAnswer:"),
+            action<&Asker::didFail>(asker.get(), "didFail:"), false, purpose);
     }
 };
 
@@ -79,12 +81,26 @@ TEST_F(ManagerTest, ANullAddressFails)
     EXPECT_EQ(platform.transcript, Texts{"request url=null for=tracking"});
 }
 
-TEST_F(ManagerTest, DistinguishesPageRequestsFromTrackers)
+TEST_F(ManagerTest, ARequestIsTracedWithItsPurpose)
 {
-    ask("http://ad/p", "didAdRequester:");
+    ask("http://ad/p", RequestPurpose::Page);
     ask("http://t/1");
+    ask("http://t/2", RequestPurpose::Heartbeat);
 
-    EXPECT_EQ(platform.transcript, (Texts{"request url=http://ad/p for=page", "request url=http://t/1 for=tracking"}));
+    EXPECT_EQ(platform.transcript, (Texts{"request url=http://ad/p for=page", "request url=http://t/1 for=tracking",
+                                          "request url=http://t/2 for=tracking"}));
+}
+
+TEST_F(ManagerTest, OnlyHeartbeatsAreLimitedByRate)
+{
+    QoroAdManager::sharedInstance().begin_ad(true);
+    for (int n = 0; n < 30; ++n)
+        ask("http://t/beat", RequestPurpose::Heartbeat);
+    for (int n = 0; n < 30; ++n)
+        ask("http://t/1");
+
+    EXPECT_EQ(std::ranges::count(platform.transcript, "request url=http://t/beat for=tracking"), 20);
+    EXPECT_EQ(std::ranges::count(platform.transcript, "request url=http://t/1 for=tracking"), 30);
 }
 
 TEST_F(ManagerTest, AnUnansweredRequestRetainsItsTarget)

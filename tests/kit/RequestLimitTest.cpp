@@ -162,11 +162,11 @@ TEST(RequestLimit, EachAdIsCountedSeparately)
         ad->portraitModeType = VIDEO_AND_WEBVIEW;
         ad->portraitVideoPos = TOP;
         ad->arrayCloseTrackingUrls = NSArray(std::vector<Value>(15'000, Value(NSString("http://t/close"))));
-        struct : Witness {
-            void tell(std::string_view what, std::initializer_list<Field>) override { sent += what == "request"; }
+        struct : EventSink {
+            void receive(const Event& event) override { sent += std::holds_alternative<event::Requested>(event); }
             int sent = 0;
-        } witness;
-        platform.set_witness(&witness);
+        } sink;
+        platform.set_event_sink(&sink);
         {
             Session session(platform, platform, {}, ad);
             platform.dispatch([&] { session.open(0); });
@@ -174,8 +174,8 @@ TEST(RequestLimit, EachAdIsCountedSeparately)
             platform.dispatch([&] { session.controller()->closeAction(); });
             platform.run_until(platform.loop().now() + 1);
         }
-        platform.set_witness(nullptr);
-        return witness.sent;
+        platform.set_event_sink(nullptr);
+        return sink.sent;
     };
 
     EXPECT_EQ(opened_and_closed(), 15'000);

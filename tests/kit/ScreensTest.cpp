@@ -104,7 +104,7 @@ TEST_F(ScreensTest, ABrowserWhoseAdIsDestroyedNotifiesNoOpener)
     EXPECT_EQ(opener->browsers_closed, 0);
 }
 
-TEST_F(ScreensTest, ABrowsersPageLoadIsNotTraced)
+TEST_F(ScreensTest, ABrowserLoadsItsPageWithoutAnEvent)
 {
     const auto browser = QoroInAppWebViewController::create();
     platform.transcript.clear();

@@ -202,7 +202,7 @@ TEST_F(Notifications, StopForANameRemovedForEveryPoster)
     EXPECT_EQ(heard, Lines{"first weather"});
 }
 
-TEST_F(Notifications, PostedByTheControllerReachTheWitness)
+TEST_F(Notifications, PostedByTheControllerAreEmittedAsEvents)
 {
     center.postNotificationName("willOpen");
     center.postNotificationName("result", nullptr, {{"Result", NSDictionary{{"success", true}}}});

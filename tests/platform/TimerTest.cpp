@@ -27,7 +27,6 @@ struct Clockwork : Object {
         note();
         timer.invalidate();
     }
-    void note_firing() { firing = NSTimer::firing(); }
     void note_elsewhere() { *elsewhere = platform.loop().now(); }
     void reject() { throw PlatformFault{"replace", "out of range"}; }
     void ask_for_platform() { current = Platform::current_or_null(); }
@@ -36,7 +35,6 @@ struct Clockwork : Object {
     NSTimer timer;
     Moments moments;
     bool was_valid = true;
-    std::string_view firing;
     double* elsewhere = nullptr;
     Platform** platform_at_the_end = nullptr;
     Platform* current = nullptr;
@@ -86,26 +84,6 @@ TEST_F(Timers, OfOneShotAreNoLongerValidWhenTheirActionRuns)
     platform.let_pass(1);
 
     EXPECT_FALSE(clockwork->was_valid);
-}
-
-TEST_F(Timers, ReportTheirActionDuringTheCall)
-{
-    start<&Clockwork::note_firing>(1, false);
-
-    EXPECT_EQ(NSTimer::firing(), "");
-    platform.let_pass(1);
-
-    EXPECT_EQ(clockwork->firing, "clockwork");
-    EXPECT_EQ(NSTimer::firing(), "");
-}
-
-TEST_F(Timers, ReportNoActionAfterItsRejection)
-{
-    start<&Clockwork::reject>(1, false);
-
-    platform.let_pass(1);
-
-    EXPECT_EQ(NSTimer::firing(), "");
 }
 
 TEST_F(Timers, CanBeStoppedByTheirOwnAction)

@@ -324,20 +324,20 @@ TEST_F(OpenedAdTest, ASecondAdOnOnePlatformIsRefused)
     EXPECT_THROW(OpenedAd(*platform, playing_ad(), nullptr), std::logic_error);
 }
 
-TEST_F(OpenedAdTest, ThePreviousWitnessKeepsReceivingEventsAndIsRestoredAfterwards)
+TEST_F(OpenedAdTest, EventsStillReachThePreviousSinkAndOnlyThatOneAfterwards)
 {
-    struct Counter final : Witness {
-        void tell(std::string_view, std::initializer_list<Field>) override { ++count; }
+    struct Counter final : EventSink {
+        void receive(const Event&) override { ++count; }
         int count = 0;
     } counter;
     platform.emplace(ten_second_world());
-    platform->set_witness(&counter);
+    platform->set_event_sink(&counter);
     opened = std::make_unique<OpenedAd>(*platform, ad, nullptr);
     EXPECT_GT(counter.count, 0);
 
     opened.reset();
 
-    EXPECT_EQ(platform->witness(), &counter);
+    EXPECT_EQ(platform->event_sink(), &counter);
 }
 
 // -------------------------------------------------------------------------------------------------------------- video

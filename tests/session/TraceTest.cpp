@@ -25,7 +25,7 @@ TEST_F(TraceTest, AJsonLineHoldsTimeKindAndFieldsInTheirOrder)
     const Value data(NSDictionary{{"e", NSDictionary{{"visibility", 1}}}});
     platform.run_until(1.25);
 
-    trace.tell("js", {{"event", "video_visibilitychange"}, {"data", data}, {"listeners", 2}});
+    trace.receive(event::ScriptEvent{"video_visibilitychange", &data, 2});
 
     EXPECT_EQ(lines, std::vector<std::string>{
                          R"({"t":1.25,"what":"js","event":"video_visibilitychange","data":{"e":{"visibility":1}},)"
@@ -37,7 +37,7 @@ TEST_F(TraceTest, AnAbsentTextIsNull)
 {
     Trace trace = make(TraceFormat::Json);
 
-    trace.tell("request", {{"url", NSString()}, {"for", "tracking"}});
+    trace.receive(event::Requested{NSString(), RequestPurpose::Tracking});
 
     EXPECT_EQ(lines[0], "{\"t\":0,\"what\":\"request\",\"url\":null,\"for\":\"tracking\"}\n");
 }
@@ -47,9 +47,10 @@ TEST_F(TraceTest, AReadableLineHasTimeObjectAndEvent)
     Trace trace = make(TraceFormat::Text);
     platform.run_until(12.3456789);
 
-    trace.tell("player", {{"do", "seek"}, {"to", 4.5}});
-    trace.tell("volume", {{"value", 0.6F}});
-    trace.tell("js", {{"event", "onhide"}, {"data", Value()}, {"listeners", 1}});
+    trace.receive(event::PlayerSought{4.5});
+    trace.receive(event::VolumeSet{0.6F});
+    const Value no_data;
+    trace.receive(event::ScriptEvent{"onhide", &no_data, 1});
 
     EXPECT_EQ(lines, (std::vector<std::string>{
                          "    12.346  player      seek  to 4.5\n",
@@ -62,10 +63,10 @@ TEST_F(TraceTest, AReadableLineHasTheUseOfAnAddressAndTheLevelOfALogLine)
 {
     Trace trace = make(TraceFormat::Text);
 
-    trace.tell("request", {{"url", "http://t/start"}, {"for", "tracking"}});
-    trace.tell("fetch", {{"url", "http://ad/icon.png"}, {"for", "brandIcon"}});
-    trace.tell("device", {{"orientation", 1}});
-    trace.tell("log", {{"level", 4}, {"message", "Time's up"}});
+    trace.receive(event::Requested{"http://t/start", RequestPurpose::Tracking});
+    trace.receive(event::Fetched{"http://ad/icon.png", FetchPurpose::BrandIcon});
+    trace.receive(event::OrientationForced{1});
+    trace.receive(event::Logged{4, "Time's up"});
 
     EXPECT_EQ(lines, (std::vector<std::string>{
                          "     0.000  network     tracking  http://t/start\n",
@@ -79,7 +80,7 @@ TEST_F(TraceTest, AReadableLineStaysOneLineWhateverItsText)
 {
     Trace trace = make(TraceFormat::Text);
 
-    trace.tell("log", {{"level", 1}, {"message", "one\ntwo"}});
+    trace.receive(event::Logged{1, "one\ntwo"});
 
     EXPECT_EQ(lines[0], "     0.000  log         one two  (info)\n");
 }
@@ -91,7 +92,7 @@ TEST_F(TraceTest, AReadableLineCutsALongFieldBetweenCharacters)
     for (int i = 0; i < 200; ++i)
         page += "ä";
 
-    trace.tell("page", {{"html", page}, {"base", nullptr}});
+    trace.receive(event::PageLoaded{page, nullptr});
 
     EXPECT_LT(lines[0].size(), 220U);
     EXPECT_TRUE(lines[0].ends_with("ä…\n")) << lines[0];

@@ -55,7 +55,7 @@ World world_for(const ContractNeeds& needs)
     return world;
 }
 
-class SimulatorContract final : public ContractPlatform, private Witness
+class SimulatorContract final : public ContractPlatform, private EventSink
 {
 public:
     explicit SimulatorContract(const ContractNeeds& needs) : platform_(world_for(needs)) {}
@@ -128,30 +128,28 @@ private:
     /// Issues a listener command and records the events sent to the listeners afterwards.
     void hear(QoroVideoWebViewController& ad, const std::string& command)
     {
-        if (platform_.witness() != this) {
-            next_ = platform_.witness();
-            platform_.set_witness(this);
+        if (platform_.event_sink() != this) {
+            next_ = platform_.event_sink();
+            platform_.set_event_sink(this);
         }
         EXPECT_TRUE(script_says(ad, command)) << command;
     }
 
-    void tell(std::string_view what, std::initializer_list<Field> fields) override
+    void receive(const Event& event) override
     {
         if (next_)
-            next_->tell(what, fields);
-        if (what != "js")
+            next_->receive(event);
+        const auto* call = std::get_if<event::ScriptEvent>(&event);
+        if (!call || call->listeners == 0)
             return;
-        const auto* field = fields.begin(); // event name, data, number of listeners
-        if (std::get<std::int64_t>(field[2].content) == 0)
-            return;
-        std::string line(std::get<std::string_view>(field[0].content));
+        std::string line(call->event.view());
         line += ' ';
-        append_json(line, field[1].content);
+        append_json(line, *call->data);
         heard_.push_back(line);
     }
 
     SimulatedPlatform platform_;
-    Witness* next_ = nullptr;
+    EventSink* next_ = nullptr;
     std::vector<std::string> heard_;
 };
 

@@ -104,12 +104,12 @@ std::ostream& operator<<(std::ostream& out, const Holdings& held)
 // ------------------------------------------------------------------------------------------------------------ one ad
 
 /// Whether an ad has reached the state in which it is closed.
-struct Progress final : Witness {
-    void tell(std::string_view what, std::initializer_list<Field> fields) override
+struct Progress final : EventSink {
+    void receive(const Event& event) override
     {
-        const auto* told = fields.size() > 0 ? std::get_if<std::string_view>(&fields.begin()->content) : nullptr;
-        plays |= what == "js" && told && *told == "video_play";
-        scripts |= what == "mraid" && told && *told == "load";
+        const auto* call = std::get_if<event::ScriptEvent>(&event);
+        plays |= call && call->event.view() == "video_play";
+        scripts |= std::holds_alternative<event::MraidLoaded>(event);
     }
     bool plays = false;
     bool scripts = false;
@@ -119,7 +119,7 @@ struct Progress final : Witness {
 bool open_and_close(DesktopPlatform& platform, const std::string& file, bool has_page)
 {
     Progress progress;
-    platform.set_witness(&progress);
+    platform.set_event_sink(&progress);
     bool ended = false;
     {
         const ServedAd served(file);
@@ -131,7 +131,7 @@ bool open_and_close(DesktopPlatform& platform, const std::string& file, bool has
         ad.close();
         ended = platform.loop().run_until([&] { return ended; }, Patience) && ready;
     }
-    platform.set_witness(nullptr);
+    platform.set_event_sink(nullptr);
     // Ads must not overlap: the processes of a closed page end before the next ad opens.
     return ended && platform.loop().run_until([&] { return processes() <= Pools; }, Patience);
 }

@@ -14,38 +14,42 @@ namespace qoro
 namespace
 {
 
-/// A delegate that implements the failure message and reports it.
+/// A delegate that implements the failure message and writes it down.
 class ToldDelegate final : public QoroAdDelegate
 {
 public:
-    ToldDelegate(Platform& platform, std::string name) : platform_(platform), name_(std::move(name)) {}
+    ToldDelegate(std::vector<std::string>& transcript, std::string name)
+        : transcript_(transcript), name_(std::move(name))
+    {
+    }
     bool responds_to_ad_failed() const override { return true; }
     void onZulixAdFailed(const UIView& view, const NSError& error) override
     {
-        platform_.tell("adFailed", {{"to", name_}, {"view", static_cast<bool>(view)}, {"error", error.text}});
+        transcript_.push_back("adFailed " + name_ + (view ? " true " : " false ") + error.text.text());
     }
 
 private:
-    Platform& platform_;
+    std::vector<std::string>& transcript_;
     std::string name_;
 };
 
-/// The ad controller that opened the video ad; reports the calls it receives.
+/// The ad controller that opened the video ad; writes down the calls it receives.
 class ToldParent final : public QoroPhoneGapViewController
 {
 public:
-    void clickRequester() override { tell("clickRequester"); }
+    explicit ToldParent(std::vector<std::string>& transcript) : transcript_(transcript) {}
+    void clickRequester() override { transcript_.emplace_back("parent clickRequester"); }
     void closeVideoAdUnit(bool close) override
     {
-        platform().tell("parent", {{"do", "closeVideoAdUnit"}, {"close", close}});
+        transcript_.emplace_back(close ? "parent closeVideoAdUnit true" : "parent closeVideoAdUnit false");
     }
     void setBIsSendImpression(bool sent) override
     {
-        platform().tell("parent", {{"do", "bIsSendImpression"}, {"sent", sent}});
+        transcript_.emplace_back(sent ? "parent bIsSendImpression true" : "parent bIsSendImpression false");
     }
 
 private:
-    void tell(std::string_view what) { platform().tell("parent", {{"do", what}}); }
+    std::vector<std::string>& transcript_;
 };
 
 std::string quoted(std::string_view text)
@@ -113,7 +117,7 @@ World AdSession::manual_world()
 
 AdSession::AdSession(World world, HostApp host) : platform_(std::move(world))
 {
-    platform_.set_witness(this);
+    platform_.set_event_sink(this);
     ad_->strVideoUrl = "http://ad/v.mp4";
     ad_->fVideoWidth = 1280;
     ad_->fVideoHeight = 720;
@@ -142,15 +146,15 @@ AdSession::AdSession(World world, HostApp host) : platform_(std::move(world))
         controller_->rootViewController = host_root_;
     }
     if (host.delegate) {
-        delegate_ = std::make_shared<ToldDelegate>(platform_, "qoroDelegate");
+        delegate_ = std::make_shared<ToldDelegate>(transcript_, "qoroDelegate");
         controller_->qoroDelegate = delegate_;
     }
     if (host.interstitial_delegate) {
-        interstitial_delegate_ = std::make_shared<ToldDelegate>(platform_, "interstitialDelegate");
+        interstitial_delegate_ = std::make_shared<ToldDelegate>(transcript_, "interstitialDelegate");
         controller_->interstitialDelegate = interstitial_delegate_;
     }
     if (host.parent) {
-        parent_ = std::make_shared<ToldParent>();
+        parent_ = std::make_shared<ToldParent>(transcript_);
         parent_->init();
         controller_->setParentViewController(parent_);
     }
@@ -348,12 +352,16 @@ double AdSession::now()
     return platform_.loop().now();
 }
 
-void AdSession::tell(std::string_view what, std::initializer_list<Field> fields)
+void AdSession::receive(const Event& event)
 {
-    std::string line(what);
-    for (const Field& field : fields)
-        line += ' ' + as_text(field);
-    transcript_.push_back(std::move(line));
+    if (const auto* close = std::get_if<event::AdClosed>(&event))
+        closes_.push_back(close->by);
+    describe(event, [this](std::string_view what, std::span<const Field> fields) {
+        std::string line(what);
+        for (const Field& field : fields)
+            line += ' ' + as_text(field);
+        transcript_.push_back(std::move(line));
+    });
 }
 
 } // namespace qoro

@@ -29,7 +29,7 @@ struct HostApp {
 /// A test fixture for one ad on the simulated platform, in virtual time: verbs are actions of the viewer and the
 /// surroundings, nouns are queries. Fill the ad through ad() before open(); access the controller's operations and
 /// fields through ->. The player changes only on the test's news, unless the world says otherwise.
-class AdSession : private Witness
+class AdSession : private EventSink
 {
 public:
     /// A world with a manual player.
@@ -101,11 +101,13 @@ public:
     std::vector<std::string> events() const;
     /// How often a line occurs in the transcript.
     std::size_t count_of(std::string_view line) const;
+    /// Who closed the ad, one entry for each event::AdClosed, which has no line.
+    const std::vector<ClosedBy>& closes() const { return closes_; }
     void forget() { transcript_.clear(); }
     double now();
 
 private:
-    void tell(std::string_view what, std::initializer_list<Field> fields) override;
+    void receive(const Event& event) override;
     template <typename F>
     void as_event(F&& event);
     void bring(const PlayerNews& news);
@@ -113,6 +115,7 @@ private:
     SimulatedPlatform platform_;
     PlatformScope scope_{platform_};
     std::vector<std::string> transcript_;
+    std::vector<ClosedBy> closes_;
     std::shared_ptr<QoroVideoAd> ad_ = std::make_shared<QoroVideoAd>();
     UIWindow host_window_;
     std::shared_ptr<UIViewController> host_root_;

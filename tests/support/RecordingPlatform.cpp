@@ -83,12 +83,14 @@ std::shared_ptr<const DecodedImage> RecordingPlatform::decode(const NSData& byte
     return bytes.view().starts_with("PNG") ? std::make_shared<const Picture>() : nullptr;
 }
 
-void RecordingPlatform::tell(std::string_view what, std::initializer_list<Field> fields)
+void RecordingPlatform::receive(const Event& event)
 {
-    std::string line(what);
-    for (const Field& field : fields)
-        line += " " + std::string(field.key) + "=" + text_of(field.content);
-    transcript.push_back(line);
+    describe(event, [this](std::string_view what, std::span<const Field> fields) {
+        std::string line(what);
+        for (const Field& field : fields)
+            line += " " + std::string(field.key) + "=" + text_of(field.content);
+        transcript.push_back(line);
+    });
 }
 
 } // namespace qoro::test

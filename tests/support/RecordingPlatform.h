@@ -79,10 +79,10 @@ class RecordingPlatform : public Platform,
                           private Device,
                           private Calendar,
                           private Display,
-                          private Witness
+                          private EventSink
 {
 public:
-    RecordingPlatform() { set_witness(this); }
+    RecordingPlatform() { set_event_sink(this); }
     ~RecordingPlatform() override
     {
         loop_.clear();
@@ -159,7 +159,7 @@ private:
         return calendar_answer;
     }
     void needs_display() override { ++display_requests; }
-    void tell(std::string_view what, std::initializer_list<Field> fields) override;
+    void receive(const Event& event) override;
 
     VirtualLoop loop_{*this};
     SimulatedNet net_{loop_, world};

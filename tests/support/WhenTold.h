@@ -11,28 +11,30 @@ namespace qoro
 
 /// Queries the controller, or changes the world, in the middle of an operation: runs a function at each event of one
 /// kind ("js", "player", "openURL", …), before the session receives the event.
-class WhenTold final : private Witness
+class WhenTold final : private EventSink
 {
 public:
     WhenTold(AdSession& session, std::string_view what, std::function<void()> then)
-        : platform_(session.platform()), session_(platform_.witness()), what_(what), then_(std::move(then))
+        : platform_(session.platform()), session_(platform_.event_sink()), what_(what), then_(std::move(then))
     {
-        platform_.set_witness(this);
+        platform_.set_event_sink(this);
     }
     WhenTold(const WhenTold&) = delete;
     WhenTold& operator=(const WhenTold&) = delete;
-    ~WhenTold() override { platform_.set_witness(session_); }
+    ~WhenTold() override { platform_.set_event_sink(session_); }
 
 private:
-    void tell(std::string_view what, std::initializer_list<Field> fields) override
+    void receive(const Event& event) override
     {
-        if (what == what_)
-            then_();
-        session_->tell(what, fields);
+        describe(event, [this](std::string_view what, std::span<const Field>) {
+            if (what == what_)
+                then_();
+        });
+        session_->receive(event);
     }
 
     Platform& platform_;
-    Witness* session_;
+    EventSink* session_;
     std::string_view what_;
     std::function<void()> then_;
 };

@@ -159,8 +159,10 @@ void QoroVideoWebViewController::movieEnds()
     btnReplay.setHidden(false);
     stopTimerWith(timerSetControllerButtonHide);
     timerSetControllerButtonHide = nullptr;
-    if (reachedEnd && ad().bIsAutoClose)
+    if (reachedEnd && ad().bIsAutoClose) {
+        const ClosingBy video(*this, ClosedBy::Video);
         closeAction();
+    }
     if (ad().bIsEndedCloseBtn)
         btnClose.setHidden(false);
     if ((ad().portraitVideoPos == FULL && ad().bIsHideFullPortraitVideoAtEnd) || ad().bIsHideLandscapeVideoAtEnd)

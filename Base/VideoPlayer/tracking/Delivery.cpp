@@ -18,6 +18,11 @@ void QoroVideoWebViewController::sendBtnClickTracking(const NSString& url)
 
 void QoroVideoWebViewController::sendTrackingToServer(const NSString& url)
 {
+    requestTracker(url, RequestPurpose::Tracking);
+}
+
+void QoroVideoWebViewController::requestTracker(const NSString& url, RequestPurpose purpose)
+{
     if (!url)
         return;
     if (url.isEqualToString("c")) {
@@ -26,7 +31,7 @@ void QoroVideoWebViewController::sendTrackingToServer(const NSString& url)
     }
     QoroAdManager::sharedInstance().connectToServerWithRequest(
         url, action<&QoroVideoWebViewController::didSendTracking>(this, "didSendTracking:"),
-        action<&QoroVideoWebViewController::failSendTracking>(this, "failSendTracking:"), false);
+        action<&QoroVideoWebViewController::failSendTracking>(this, "failSendTracking:"), false, purpose);
 }
 
 void QoroVideoWebViewController::didSendTracking(const QoroAdRequest&)

@@ -86,7 +86,7 @@ void QoroVideoWebViewController::checkSendVideoTracking()
 void QoroVideoWebViewController::sendVideoTrackingToServer()
 {
     if (bIsPlay && ad().strVideoTrackingUrl)
-        sendTrackingToServer(getTrackingUniqueInfo(ad().strVideoTrackingUrl));
+        requestTracker(getTrackingUniqueInfo(ad().strVideoTrackingUrl), RequestPurpose::Heartbeat);
 }
 
 } // namespace qoro

@@ -48,7 +48,7 @@ void QoroVideoWebViewController::loadWebView(const NSString& url)
         &QoroPhoneGapViewController::failAdRequest);
     QoroAdManager::sharedInstance().connectToServerWithRequest(
         url, action<&QoroVideoWebViewController::didAdRequester>(this, "didAdRequester:"),
-        action<superFailAdRequest>(this, "failAdRequest"), false);
+        action<superFailAdRequest>(this, "failAdRequest"), false, RequestPurpose::Page);
 }
 
 void QoroVideoWebViewController::didAdRequester(const QoroAdRequest& request)

@@ -33,15 +33,12 @@ DesktopPlatform::Options silent_options()
 }
 
 /// Counts the failures and play commands of the video, and notes the failure of the page.
-struct FailureCount final : Witness {
-    void tell(std::string_view what, std::initializer_list<Field> fields) override
+struct FailureCount final : EventSink {
+    void receive(const Event& event) override
     {
-        const bool names = fields.size() > 0 && fields.begin()->key == "do";
-        const auto* does = names ? std::get_if<std::string_view>(&fields.begin()->content) : nullptr;
-        const bool of_player = what == "player" && does;
-        video += of_player && *does == "failed" ? 1 : 0;
-        plays += of_player && *does == "play" ? 1 : 0;
-        page |= what == "kit" && does && *does == "adFailed";
+        video += std::holds_alternative<event::PlayerFailed>(event) ? 1 : 0;
+        plays += std::holds_alternative<event::PlayerStarted>(event) ? 1 : 0;
+        page |= std::holds_alternative<event::AdFailed>(event);
     }
     int video = 0;
     /// The number of play commands from the controller.
@@ -109,7 +106,7 @@ TEST_F(OpenedAdOnTheDesktopTest, AMissingVideoAndPageReportTheReason)
         "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})");
     DesktopPlatform platform(silent_options());
     FailureCount failures;
-    platform.set_witness(&failures);
+    platform.set_event_sink(&failures);
     const ServedAd served(folder.path("ad.json"));
     OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
     platform.loop().run_until([&] { return failures.video > 0 && failures.page; }, Deadline);
@@ -146,7 +143,7 @@ protected:
             "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true,
             "bIsAutoClose": true})");
         DesktopPlatform platform(silent_options());
-        platform.set_witness(&failures);
+        platform.set_event_sink(&failures);
         const ServedAd served(folder.path("ad.json"));
         OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
         platform.loop().run_until([&] { return !told.empty() || failures.video == failures_until_closed; }, Deadline);

@@ -35,7 +35,7 @@ std::string replaced(std::string text, const std::string& what, const std::strin
 }
 
 /// An ad whose page is tests/desktop/web/hostile.html. Records everything the platform reports about it.
-class HostilePage : public testing::Test, private Witness
+class HostilePage : public testing::Test, private EventSink
 {
 protected:
     static void SetUpTestSuite() { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
@@ -44,7 +44,7 @@ protected:
     {
         std::ofstream(file_) << "a secret";
         platform_.display().show(); // a hidden page loads no video
-        platform_.set_witness(this);
+        platform_.set_event_sink(this);
         const auto ad = std::make_shared<QoroVideoAd>();
         ad->strVideoUrl = server.base() + "ad.mp4";
         ad->fVideoWidth = 320;
@@ -59,7 +59,7 @@ protected:
     }
     ~HostilePage() override
     {
-        platform_.set_witness(nullptr);
+        platform_.set_event_sink(nullptr);
         session_.reset();
         std::filesystem::remove(file_);
     }
@@ -114,14 +114,16 @@ protected:
     const NamedHosts named{{server.base()}};
 
 private:
-    void tell(std::string_view what, std::initializer_list<Field> fields) override
+    void receive(const Event& event) override
     {
-        std::string line(what);
-        for (const Field& field : fields) {
-            line += " ";
-            append_json(line, field.content);
-        }
-        told.push_back(line);
+        describe(event, [this](std::string_view what, std::span<const Field> fields) {
+            std::string line(what);
+            for (const Field& field : fields) {
+                line += " ";
+                append_json(line, field.content);
+            }
+            told.push_back(line);
+        });
     }
 
     const std::string file_ =
