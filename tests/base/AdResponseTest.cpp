@@ -305,7 +305,7 @@ struct KeepingDelegate : QoroAdDelegate {
     explicit KeepingDelegate(bool answers) : answers_(answers) {}
 
     bool responds_to_ad_failed() const override { return answers_; }
-    void onZulixAdFailed(const UIView& adView, const NSError&) override
+    void onZulixAdFailed(const UIView& ad_view, const NSError&) override
     {
         ++told;
         view = adView;
