@@ -23,7 +23,7 @@ void ZulixOpenInAppApplicationViewController::sendSmsMsg(const NSString& number,
     wait_for(message_address(number, smsBody));
 }
 
-void ZulixOpenInAppApplicationViewController::open_store(const NSString& url, std::int32_t downloadId)
+void ZulixOpenInAppApplicationViewController::open_store(const NSString& url, std::int64_t downloadId)
 {
     Platform::current().emit(event::StoreOpened{url, downloadId});
     const NSURL address = NSURL::URLWithString(url);

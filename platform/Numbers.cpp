@@ -1,5 +1,6 @@
 #include "platform/Numbers.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cmath>
@@ -28,18 +29,45 @@ std::string shortest(Number number)
     return {text.begin(), end.ptr};
 }
 
-} // namespace
-
-std::int32_t truncated(double number)
+template <typename Integer>
+Integer truncated_to(double number)
 {
-    using Limits = std::numeric_limits<std::int32_t>;
+    using Limits = std::numeric_limits<Integer>;
     if (std::isnan(number))
         return 0;
     if (number <= static_cast<double>(Limits::min()))
         return Limits::min();
     if (number >= static_cast<double>(Limits::max()))
         return Limits::max();
-    return static_cast<std::int32_t>(number);
+    return static_cast<Integer>(number);
+}
+
+} // namespace
+
+std::int32_t truncated(double number)
+{
+    return truncated_to<std::int32_t>(number);
+}
+
+std::int64_t truncated_to_64(double number)
+{
+    return truncated_to<std::int64_t>(number);
+}
+
+std::int64_t leading_integer(std::string_view text)
+{
+    using Limits = std::numeric_limits<std::int64_t>;
+    text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
+    const bool minus = text.starts_with('-');
+    if (minus || text.starts_with('+'))
+        text.remove_prefix(1);
+    std::uint64_t number = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error == std::errc::invalid_argument)
+        return 0;
+    if (error != std::errc() || number > static_cast<std::uint64_t>(Limits::max()))
+        return minus ? Limits::min() : Limits::max();
+    return minus ? -static_cast<std::int64_t>(number) : static_cast<std::int64_t>(number);
 }
 
 std::string fixed_text(double number, int decimals)

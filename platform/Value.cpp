@@ -156,15 +156,8 @@ bool NSString::isEqualToString(const NSString& other) const
 
 std::int32_t NSString::intValue() const
 {
-    std::string_view digits = without_leading_blanks(text());
-    const bool minus = take_sign(digits);
-    std::int64_t number = 0;
-    for (const char digit : digits) {
-        if (!is_digit(digit))
-            break;
-        number = std::min<std::int64_t>(number * 10 + (digit - '0'), std::int64_t{1} << 40);
-    }
-    return truncated(static_cast<double>(minus ? -number : number));
+    using Limits = std::numeric_limits<std::int32_t>;
+    return static_cast<std::int32_t>(std::clamp<std::int64_t>(leading_integer(text()), Limits::min(), Limits::max()));
 }
 
 bool NSString::contains(std::string_view part) const

@@ -24,7 +24,7 @@ public:
     /// ad, as is a product named by its AppStream identifier when no program handles such addresses.
     /// @param url the store's address, or "appstream:" and an identifier; null for none
     /// @param downloadId the item, used when url is null; 0 for none
-    void open_store(const NSString& url, std::int32_t downloadId);
+    void open_store(const NSString& url, std::int64_t downloadId);
     /// Handles the end of a sheet: removes it from the screen and notifies the parent.
     void finished();
     /// Removes its page from the screen without notifying the parent.

@@ -208,6 +208,20 @@ TEST(OpenStore, TakesTheItemAsANumberTooAndNoAddress)
     EXPECT_EQ(session.count_of("kit openStore null 42"), 1U);
 }
 
+TEST(OpenStore, ShowsAnItemAboveThirtyTwoBits)
+{
+    OpenAd session;
+    const NSDictionary data = NSDictionary::dictionary();
+
+    session->checkLaunchType({{"action", "open_store"}, {"id", "6443914720"}, {"data", data}});
+    session->checkLaunchType({{"action", "open_store"}, {"id", std::int64_t{2'147'483'648}}, {"data", data}});
+    session->checkLaunchType({{"action", "open_store"}, {"id", 6443914721.0}, {"data", data}});
+
+    EXPECT_EQ(session.count_of("kit openStore null 6443914720"), 1U);
+    EXPECT_EQ(session.count_of("kit openStore null 6443914721"), 1U);
+    EXPECT_EQ(session.count_of("kit openStore null 2147483648"), 1U);
+}
+
 TEST(CalendarEvent, IsPassedOnAndDoneAtOnce)
 {
     OpenAd session;

@@ -307,6 +307,13 @@ TEST_F(SheetTest, AnItemsPageOfAnAdWithoutAWindowCoversTheHost)
     EXPECT_EQ(sheet->view().superview(), opener->windowDefaultWindow);
 }
 
+TEST_F(SheetTest, AnItemAboveThirtyTwoBitsHasAPageOfItsOwn)
+{
+    sheet->open_store(nullptr, 6'443'914'720);
+
+    EXPECT_EQ(platform.web->address.absoluteString().text(), "https://flathub.org/apps/6443914720");
+}
+
 TEST_F(SheetTest, AnItemWithoutANumberIsReportedAsHavingNoPage)
 {
     sheet->open_store(nullptr, 0);

@@ -27,6 +27,27 @@ TEST(Numbers, NotANumberTruncatesToZero)
     EXPECT_EQ(truncated(std::numeric_limits<double>::quiet_NaN()), 0);
 }
 
+TEST(Numbers, AreTruncatedToSixtyFourBitsToo)
+{
+    EXPECT_EQ(truncated_to_64(-4'294'967'296.75), -4'294'967'296);
+    EXPECT_EQ(truncated_to_64(1e300), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(truncated_to_64(-1e300), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(truncated_to_64(std::numeric_limits<double>::quiet_NaN()), 0);
+}
+
+TEST(Numbers, AtTheBeginOfATextAreReadToSixtyFourBits)
+{
+    EXPECT_EQ(leading_integer(" +9007199254740993 "), 9'007'199'254'740'993);
+    EXPECT_EQ(leading_integer("-9007199254740993.9"), -9'007'199'254'740'993);
+    EXPECT_EQ(leading_integer("9223372036854775807"), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(leading_integer("9223372036854775808"), std::numeric_limits<std::int64_t>::max());
+    EXPECT_EQ(leading_integer("-9223372036854775808"), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(leading_integer("-99999999999999999999"), std::numeric_limits<std::int64_t>::min());
+    EXPECT_EQ(leading_integer("12s"), 12);
+    for (const char* none : {"", " ", "seven", "--1", "+-1", ".5"})
+        EXPECT_EQ(leading_integer(none), 0) << none;
+}
+
 TEST(Numbers, AreWrittenWithAFixedCountOfDecimals)
 {
     EXPECT_EQ(fixed_text(30, 6), "30.000000");

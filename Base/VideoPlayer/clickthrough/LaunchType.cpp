@@ -1,5 +1,8 @@
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "Base/VideoPlayer/SharedFrom.h"
+#include "platform/Numbers.h"
+
+#include <cstdint>
 
 namespace qoro
 {
@@ -8,6 +11,14 @@ namespace
 {
 /// Default background of the in-app browser, decimal ARGB: dark grey, 0xCC202020.
 constexpr const char* DefaultBrowserColor = "3424657440";
+
+/// The number of a store item, exact to 64 bits; 0 for none.
+std::int64_t itemNumber(const Value& id)
+{
+    if (id.is_integer())
+        return id.integer();
+    return id.is_string() ? leading_integer(id.text()) : truncated_to_64(id.doubleValue());
+}
 } // namespace
 
 void QoroVideoWebViewController::checkLaunchType(const NSDictionary& info)
@@ -48,7 +59,7 @@ void QoroVideoWebViewController::checkLaunchType(const NSDictionary& info)
     } else if (action.isEqualToString("open_store")) {
         // The click-through stays under way until closeInAppApplication.
         qoroMoviePlayer.pause();
-        getOpenInAppApplicationController()->open_store(appAddress, info["id"].intValue());
+        getOpenInAppApplicationController()->open_store(appAddress, itemNumber(info["id"]));
         return;
     } else if (action.isEqualToString("cre_cal_event")) {
         MRAIDCreateCalendarEvent(data["e"]);
