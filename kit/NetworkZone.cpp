@@ -137,9 +137,9 @@ bool is_unreadable(std::string_view address, std::string_view empty)
 {
     const auto authority = authority_in(empty);
     if (!authority) {
-        // A placeholder may still supply the scheme.
+        // A placeholder before the colon may still supply the scheme.
         const std::size_t slashes = address.find("//");
-        return slashes != std::string_view::npos && address.find('{') < slashes;
+        return slashes != std::string_view::npos && address.find('{') < std::min(slashes, address.find(':'));
     }
     if (address.find('{') <= authority->end)
         return true;

@@ -5,8 +5,8 @@
 #include "kit/MessageBudget.h"
 #include "kit/Mraid.h"
 #include "kit/NetworkZone.h"
+#include "kit/NextVideoAddresses.h"
 #include "kit/RefusalLog.h"
-#include "kit/WebText.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/ZulixOpenInAppApplicationViewController.h"
 #include "views/ViewNode.h"
@@ -38,25 +38,6 @@ constexpr std::int64_t NavigationTypeOther = 5;
 bool is_long(const Value& id)
 {
     return id.is_array() || id.is_dictionary() || id.stringValue().length() > LongestListenerId;
-}
-
-/// Finds the first address in a value that the page must not reach: a file, or an address on this machine or a private
-/// network. Null without one.
-/// @param page address of the page
-NSString inward_address_in(const Value& value, const std::string& page, NetworkZone open)
-{
-    if (value.is_string()) {
-        const NSURL address = NSURL::URLWithString(value.string());
-        const bool inward = scheme_of(address) == "file" || leads_inward(page, value.string().text(), open);
-        return inward ? value.string() : NSString();
-    }
-    for (const Value& entry : value.array())
-        if (const NSString found = inward_address_in(entry, page, open))
-            return found;
-    for (const NSDictionary::Entry& entry : value.dictionary())
-        if (const NSString found = inward_address_in(entry.value, page, open))
-            return found;
-    return nullptr;
 }
 
 /// The address without its fragment: identifies the document.
@@ -158,17 +139,24 @@ ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage
         return held->carry_out(message);
     }
     ScriptAnswer answer;
-    const std::string& page = strBaseUrl.text();
-    const NSString inward = zone_named_by(page) == NetworkZone::Machine
-                                ? NSString()
-                                : inward_address_in(message.arguments, page, platform_.shared<OpenNetworks>().open);
-    if (inward)
+    if (const NSString inward = inward_address_named_by(message))
         answer.error = "this machine and private networks are out of reach: " + inward.text();
     else
         answer = callFromScript(message);
     if (answer.error)
         refused("command", message.command + ": " + answer.error.text());
     return answer;
+}
+
+/// The address in a command that the page must not reach; null without one. Only a next video names addresses that the
+/// ad uses.
+NSString QoroPhoneGapViewController::inward_address_named_by(const ScriptMessage& message) const
+{
+    const std::string& page = strBaseUrl.text();
+    if (message.command != "playNextVideo" || zone_named_by(page) == NetworkZone::Machine)
+        return nullptr;
+    return inward_address_in(message.arguments[0].dictionary(), page, platform_.shared<OpenNetworks>().open,
+                             [this](const NSString& tracker) { return getTrackingUniqueInfo(tracker); });
 }
 
 std::optional<std::int64_t> QoroPhoneGapViewController::count_refusal()
@@ -270,6 +258,11 @@ void QoroPhoneGapViewController::MRAIDCreateCalendarEvent(const Value& event)
     platform_.emit(event::CalendarEventRefused{why});
     if (mraid_)
         mraid_->tell_error(why, "createCalendarEvent");
+}
+
+NSString QoroPhoneGapViewController::getTrackingUniqueInfo(const NSString& url) const
+{
+    return url;
 }
 
 // ------------------------------------------------------------------------------------------------------- The web view

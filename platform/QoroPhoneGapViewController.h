@@ -162,8 +162,8 @@ public:
     void set_close_guard(CloseGuard* guard) { close_guard_ = guard; }
     /// Handles a message from the page's script: forwards messages of the kit's `mraid` object to it, and passes any
     /// other as a command to callFromScript. Messages above the rate limit are refused. Unless the page came from this
-    /// machine, so are commands that name a file or an address on this machine or a private network. Refusals are
-    /// emitted as events.
+    /// machine, so is a next video with an address of this machine or a private network (kit/NextVideoAddresses.h).
+    /// Refusals are emitted as events.
     ScriptAnswer take_script_message(const ScriptMessage& message);
     /// Counts a refusal.
     /// @return the number of refusals that a trace line written now covers; absent when no line is due
@@ -186,6 +186,10 @@ public:
     /// Parses MRAID's calendar event and hands it to the device's calendar. A refusal is emitted as an event, and
     /// sent to the page as an error event.
     virtual void MRAIDCreateCalendarEvent(const Value& event);
+
+    /// The address that a tracker's template is sent to: the template with its macros replaced; null for null. The base
+    /// class has no macros.
+    virtual NSString getTrackingUniqueInfo(const NSString& url) const;
 
     // ------------------------------------------------------------------------------------------------ The web view
 
@@ -266,6 +270,7 @@ private:
     bool should_start_load(const NSURL& address, int navigation_type) override;
     ScriptAnswer message(const ScriptMessage& message) override;
     void refused(const std::string& what, const std::string& detail) override;
+    NSString inward_address_named_by(const ScriptMessage& message) const;
     std::size_t count_of_listeners() const;
     void died(const std::string& reason) override;
     void responsiveness_changed(bool responds) override;

@@ -382,7 +382,7 @@ public:
     // ====================================================================================== tracking/Macros.cpp
 
     /// The template with its macros replaced, without URL escaping; null for null.
-    NSString getTrackingUniqueInfo(const NSString& url) const;
+    NSString getTrackingUniqueInfo(const NSString& url) const override;
     /// MD5 (RFC 1321) of the text up to its first zero byte, as 32 lower-case hexadecimal digits; null for null.
     static NSString md5(const NSString& text);
 

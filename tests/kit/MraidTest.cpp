@@ -402,6 +402,76 @@ TEST_F(MraidTest, ADictionaryThatNamesThisMachineIsRefusedFromARemotePage)
     EXPECT_EQ(refusal("playNextVideo", {tracker}), "");
 }
 
+TEST_F(MraidTest, ANextVideoReachesNoInnerAddressWhateverItIsUsedFor)
+{
+    session->strCookieGuid = "localhost";
+    session->iSeqNo = 1;
+    session.ad().strVideoUrl = "http://ads.example/first.mp4";
+    const auto next = [](const char* key, const Value& value) { return NSDictionary{{key, value}}; };
+    const auto button = [](const char* key, const Value& value) {
+        return NSDictionary{{"btns", NSArray{NSDictionary{{key, value}}}}};
+    };
+    const auto target = [&](const char* address) { return button("data", NSDictionary{{"u", address}}); };
+    for (const NSDictionary& record :
+         {next("v_u", "http://localhost/next.mp4"), next("v_u", "http://192.168.1.1/next.mp4"),
+          next("v_u", "http://{Zulix-Guid}.ads.example/next.mp4"), next("v_u", "FILE:/home/viewer/film.mp4"),
+          next("v_tracking", NSDictionary{{"complete", NSArray{"c", "http://10.0.0.1/track"}}}),
+          next("tracking_u", "http://[::1]/track"), next("tracking_u", "file:///etc/passwd"),
+          next("replay_tracking_urls", NSArray{"http://2130706433/track"}), target("http://127.1/"),
+          target("file:///etc/passwd"), button("app_u", "http://localhost:8080/"),
+          button("btn_tracking_urls", NSArray{"http://169.254.169.254/latest"})})
+        EXPECT_NE(refusal("playNextVideo", {record}), "") << as_text(record);
+    for (const char* tracker :
+         {"http://127.0.0.{Zulix-Seq}/track", "http://{Zulix-Guid}/track", "http://0x7f.{Zulix-Seq}",
+          "http://{CurrentTime}.1/track", "http://127.{TotalTime}.example/", "http://{host}/",
+          "http://{Zulix-{TotalTime}Seq}/track", "{scheme}://localhost/"})
+        EXPECT_NE(refusal("playNextVideo", {next("tracking_u", tracker)}), "") << tracker;
+    session.let_pass(10);
+
+    EXPECT_THAT(session.lines("player"), IsEmpty());
+    EXPECT_THAT(session.lines("request"), IsEmpty());
+    EXPECT_EQ(session.ad().strVideoUrl, NSString("http://ads.example/first.mp4"));
+}
+
+TEST_F(MraidTest, ANextVideoMaySayWhatIsNoAddress)
+{
+    const NSDictionary call{{"btn_text", "Only {2} left // now"},
+                            {"data", NSDictionary{{"tel", "tel:+1 {555} // 0100"}, {"b", "http://localhost/"}}}};
+
+    EXPECT_EQ(refusal("playNextVideo", {NSDictionary{{"v_u", "http://ads.example/next.mp4"},
+                                                     {"btns", NSArray{call}},
+                                                     {"note", "http://localhost/"}}}),
+              "");
+
+    EXPECT_EQ(session->btnActionOne.title(), NSString("Only {2} left // now"));
+}
+
+TEST_F(MraidTest, ATrackerMayHaveAMacroInItsHost)
+{
+    session->strCookieGuid = "g-1";
+    session->iSeqNo = 7;
+
+    EXPECT_EQ(
+        refusal("playNextVideo",
+                {NSDictionary{{"v_u", "http://ads.example/next.mp4"},
+                              {"v_tracking", NSDictionary{{"start", NSArray{"http://{Zulix-Guid}.t.example/{TotalTime}",
+                                                                            "http://127.0.0.{Zulix-Seq}.example"}}}}}}),
+        "");
+    session.plays(20);
+    session.let_pass(1);
+
+    EXPECT_THAT(session.fetched(), ElementsAre("http://g-1.t.example/20.000000", "http://127.0.0.7.example"));
+}
+
+TEST_F(MraidTest, ACommandThatUsesNoAddressMayNameOne)
+{
+    const ScriptAnswer can_play = session.script_says("checkCanPlayNextVideo", {"http://localhost/next.mp4"});
+
+    EXPECT_FALSE(can_play.error) << can_play.error.text();
+    EXPECT_EQ(can_play.value, Value(true));
+    EXPECT_EQ(refusal("addEventListener", {"video_play", "http://localhost/"}), "");
+}
+
 TEST_F(MraidTest, ListenersAreBoundedInNumberAndInTheLengthOfTheirIds)
 {
     EXPECT_EQ(refusal("addEventListener", {"video_play", std::string(129, 'x')}),

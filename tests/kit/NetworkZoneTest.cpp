@@ -132,6 +132,7 @@ TEST(NetworkZone, AnUnparsableTargetCountsAsThisMachine)
         EXPECT_TRUE(leads_inward(Elsewhere, address)) << address;
     EXPECT_FALSE(leads_inward(Elsewhere, "http://ads.example/{Zulix-Seq}"));
     EXPECT_FALSE(leads_inward(Elsewhere, "http://ads.example?n={Zulix-Seq}"));
+    EXPECT_FALSE(leads_inward(Elsewhere, "tel:{number}//"));
 }
 
 TEST(NetworkZone, LocalOriginsReachThisMachine)
