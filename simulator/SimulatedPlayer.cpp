@@ -8,19 +8,6 @@
 namespace qoro
 {
 
-namespace
-{
-
-/// Media seconds as microseconds, clamped to about 73,000 years around 0, so that two of them plus the session's time
-/// do not overflow.
-std::int64_t media_microseconds(double seconds)
-{
-    constexpr std::int64_t Farthest = std::int64_t{1} << 61;
-    return std::clamp(to_microseconds(seconds), -Farthest, Farthest);
-}
-
-} // namespace
-
 std::unique_ptr<PlayerEngine> SimulatedPlayers::make_player(const NSURL& source, PlayerListener& listener)
 {
     return std::make_unique<SimulatedPlayer>(*this, source, listener);
@@ -90,8 +77,8 @@ void SimulatedPlayer::seek(double time)
     } else if (!stalled_) {
         ended_ = false;
         // A step's news may have set a negative duration.
-        const std::int64_t end = std::max<std::int64_t>(media_microseconds(duration_), 0);
-        put(std::clamp<std::int64_t>(media_microseconds(time), 0, end));
+        const MediaTime end = std::max(MediaTime(duration_), MediaTime());
+        put(std::clamp(MediaTime(time), MediaTime(), end));
     }
 }
 
@@ -99,23 +86,23 @@ double SimulatedPlayer::current_time() const
 {
     if (manual())
         return manual_time_;
-    const std::int64_t now = position();
-    // Exactly the duration at the end, even when it is not a whole number of microseconds.
-    return now == media_microseconds(duration_) ? duration_ : static_cast<double>(now) / 1e6;
+    const MediaTime now = position();
+    // A duration may be longer than a position can be.
+    return now == MediaTime(duration_) ? duration_ : now.seconds();
 }
 
 void SimulatedPlayer::take(const PlayerNews& news)
 {
     const SimulatedPlayers& players = players_;
     const std::uint32_t serial = serial_;
-    const std::int64_t now = position();
+    const MediaTime now = position();
     if (news.duration)
         duration_ = *news.duration;
     if (news.time) {
         manual_time_ = *news.time;
         ended_ = false;
     }
-    put(news.time ? media_microseconds(*news.time) : now);
+    put(news.time ? MediaTime(*news.time) : now);
     // A listener may destroy the player.
     if (news.load) {
         load_state_ = *news.load;
@@ -171,12 +158,16 @@ void SimulatedPlayer::run(Event event)
     }
 }
 
-std::int64_t SimulatedPlayer::position() const
+MediaTime SimulatedPlayer::position() const
 {
-    return playing() ? position_ + (players_.loop_.now_microseconds() - put_at_) : position_;
+    if (!playing())
+        return position_;
+    const MediaTime now = position_.after(players_.loop_.now_microseconds() - put_at_);
+    // The event ahead is due at a whole microsecond, perhaps just after its position.
+    return ahead_timer_ != 0 && position_ <= ahead_at_ ? std::min(now, ahead_at_) : now;
 }
 
-void SimulatedPlayer::put(std::int64_t position)
+void SimulatedPlayer::put(const MediaTime& position)
 {
     position_ = position;
     put_at_ = players_.loop_.now_microseconds();
@@ -185,7 +176,7 @@ void SimulatedPlayer::put(std::int64_t position)
 
 void SimulatedPlayer::set_playback_state(int state)
 {
-    const std::int64_t now = position();
+    const MediaTime now = position();
     playback_state_ = state;
     put(now);
 }
@@ -193,7 +184,7 @@ void SimulatedPlayer::set_playback_state(int state)
 void SimulatedPlayer::begin_playing()
 {
     if (std::exchange(ended_, false))
-        position_ = 0;
+        position_ = MediaTime();
     // Posted first, so that it precedes any event of playback due immediately.
     post(Event::ReportPlayback);
     set_playback_state(MPMoviePlaybackStatePlaying);
@@ -209,35 +200,36 @@ void SimulatedPlayer::fail()
 void SimulatedPlayer::look_ahead()
 {
     players_.loop_.stop_timer(std::exchange(ahead_timer_, 0));
-    const std::int64_t end = media_microseconds(duration_);
-    if (manual() || !playing() || end <= 0)
+    const MediaTime end(duration_);
+    if (manual() || !playing() || end <= MediaTime())
         return;
-    std::int64_t next = end;
+    ahead_at_ = end;
     ahead_ = Ahead::End;
     const VideoSetup& video = players_.video_;
     if (video.error && !failed_) {
-        const std::int64_t at = to_microseconds(*video.error);
-        if (at >= position_ && at <= next) {
-            next = at;
+        const MediaTime at(*video.error);
+        if (at >= position_ && at <= ahead_at_) {
+            ahead_at_ = at;
             ahead_ = Ahead::Error;
         }
     }
     if (video.error_for_good) {
-        const std::int64_t at = to_microseconds(*video.error_for_good);
-        if (at >= position_ && at <= next && (at < next || ahead_ == Ahead::End)) {
-            next = at;
+        const MediaTime at(*video.error_for_good);
+        if (at >= position_ && at <= ahead_at_ && (at < ahead_at_ || ahead_ == Ahead::End)) {
+            ahead_at_ = at;
             ahead_ = Ahead::ErrorForGood;
         }
     }
     for (std::size_t i = 0; i < video.stalls.size(); ++i) {
-        const std::int64_t at = to_microseconds(video.stalls[i].at);
-        if (!stalls_done_[i] && at >= position_ && at < end && (at < next || (at == next && ahead_ != Ahead::Stall))) {
-            next = at;
+        const MediaTime at(video.stalls[i].at);
+        if (!stalls_done_[i] && at >= position_ && at < end &&
+            (at < ahead_at_ || (at == ahead_at_ && ahead_ != Ahead::Stall))) {
+            ahead_at_ = at;
             ahead_ = Ahead::Stall;
             ahead_stall_ = i;
         }
     }
-    ahead_timer_ = after(next - position_, Event::ComeToIt);
+    ahead_timer_ = after(ahead_at_.microseconds_since(position_), Event::ComeToIt);
 }
 
 // ------------------------------------------------------------------------------------------------------------ events
@@ -283,11 +275,12 @@ void SimulatedPlayer::report_playthrough()
 void SimulatedPlayer::come_to_it()
 {
     ahead_timer_ = 0;
+    position_ = ahead_at_;
+    put_at_ = players_.loop_.now_microseconds();
     switch (ahead_) {
     case Ahead::End:
         ended_ = true;
         set_playback_state(MPMoviePlaybackStatePaused);
-        position_ = media_microseconds(duration_);
         post(Event::ReportPlayback);
         post(Event::ReportEnd);
         break;

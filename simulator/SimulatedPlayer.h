@@ -3,6 +3,7 @@
 #include "platform/Ports.h"
 #include "session/Steps.h"
 #include "session/World.h"
+#include "simulator/MediaTime.h"
 
 #include <cstdint>
 #include <vector>
@@ -76,10 +77,9 @@ private:
     TimerId after(std::int64_t microseconds, Event event);
     bool manual() const { return players_.video_.manual; }
     bool playing() const { return playback_state_ == MPMoviePlaybackStatePlaying; }
-    /// Media position, microseconds.
-    std::int64_t position() const;
+    MediaTime position() const;
     /// Sets the position, and counts from there while playing.
-    void put(std::int64_t position);
+    void put(const MediaTime& position);
     void set_playback_state(int state);
     void begin_playing();
     void fail();
@@ -105,10 +105,11 @@ private:
 
     double manual_time_ = 0;
 
-    std::int64_t position_ = 0; // microseconds, when last set
-    std::int64_t put_at_ = 0;   // microseconds of virtual time
+    MediaTime position_;      // when last set
+    std::int64_t put_at_ = 0; // microseconds of virtual time
     TimerId ahead_timer_ = 0;
     Ahead ahead_ = Ahead::End;
+    MediaTime ahead_at_;
     std::size_t ahead_stall_ = 0;
     bool ready_ = false; // loading is complete and reported
     bool wants_play_ = false;

@@ -1,3 +1,4 @@
+#include "platform/Numbers.h"
 #include "tests/support/AdSession.h"
 
 #include <gtest/gtest.h>
@@ -70,6 +71,23 @@ TEST(Macros, TheCurrentTimeHasSixDecimalsOfSinglePrecision)
     EXPECT_EQ(session->getTrackingUniqueInfo("{CurrentTime}"), "12.300000");
     session.player_is_at(1234.567);
     EXPECT_EQ(session->getTrackingUniqueInfo("{CurrentTime}"), "1234.567017");
+}
+
+TEST(Macros, TheCurrentTimeAfterASeekIsThatOfTheSeekInSinglePrecision)
+{
+    AdSession session{World()};
+    session.ad().strVideoUrl = "http://ad/v.mp4";
+    session.ad().bIsAutoStart = true;
+    session.open();
+    session.let_pass(1);
+    constexpr float Sought = 6.45F;
+
+    session->setVideoSeekToTime(Sought);
+    session.let_pass(1.9);
+
+    const auto exact = static_cast<float>(static_cast<double>(Sought) + 1.9);
+    EXPECT_EQ(fixed_text(exact, 6), "8.349999");
+    EXPECT_EQ(session->getTrackingUniqueInfo("{CurrentTime}"), "8.349999");
 }
 
 TEST(Macros, ACurrentTimeOfZeroIsWrittenInFull)

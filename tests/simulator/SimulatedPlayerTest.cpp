@@ -230,6 +230,53 @@ TEST(AutomaticPlayer, ASeekWhilePlayingMovesTheEnd)
     EXPECT_EQ(run.reports.back(), "3.3 finish 0");
 }
 
+TEST(AutomaticPlayer, ASeekKeepsItsFullPrecision)
+{
+    constexpr double Sought = 2.34567890123;
+    PlayerRun run(lasting(10));
+    run.run_until(0.3);
+
+    run.player->seek(Sought);
+    EXPECT_EQ(run.player->current_time(), Sought);
+    run.run_until(1.55);
+    EXPECT_DOUBLE_EQ(run.player->current_time(), Sought + 1.25);
+
+    run.player->pause();
+    run.run_until(3);
+    run.player->play();
+    run.run_until(3.5);
+    EXPECT_DOUBLE_EQ(run.player->current_time(), Sought + 1.75);
+}
+
+TEST(AutomaticPlayer, TheEndIsNotPassedWhereItLiesBetweenTwoMicroseconds)
+{
+    PlayerRun run(lasting(10));
+    run.run_until(0.3);
+    double at_end = 0;
+    // Older than the player's own timer, it runs first.
+    run.platform.loop().start_timer(9, false, [&] { at_end = run.player->current_time(); });
+
+    run.player->seek(1.0000004);
+    run.run_until(20);
+
+    EXPECT_EQ(at_end, 10);
+    EXPECT_EQ(run.player->current_time(), 10);
+    EXPECT_EQ(run.reports.back(), "9.3 finish 0");
+}
+
+TEST(AutomaticPlayer, TwoStallsAtOnePlaceBothHappen)
+{
+    VideoSetup video = lasting(10);
+    video.stalls = {{4, 1}, {4, 1}};
+    PlayerRun run(video);
+    run.run_until(0.3);
+
+    run.player->seek(3.4999996);
+    run.run_until(20);
+
+    EXPECT_EQ(run.reports.back(), "8.8 finish 0");
+}
+
 TEST(AutomaticPlayer, AStallIsReportedAndThenItsEnd)
 {
     VideoSetup video = lasting(10);
