@@ -11,6 +11,7 @@
 #include "platform/Numbers.h"
 #include "session/AdAddresses.h"
 #include "session/InputError.h"
+#include "session/LogLines.h"
 #include "session/Session.h"
 
 #include <gdk/gdkkeysyms.h>
@@ -40,6 +41,15 @@ constexpr double LastRequestsPatience = 2;
 constexpr double LastRequestsInterval = 0.01;
 /// Seconds that a page always has for hearing that the ad has closed.
 constexpr double LastNews = 0.25;
+
+/// Writes the log to standard error.
+/// @param from absent for no line
+LogSink log_lines(std::optional<ZulixLogTag> from)
+{
+    if (!from)
+        return nullptr;
+    return log_writer(*from, "", [](std::string_view line) { std::cerr << line << std::flush; });
+}
 
 /// One playing of one ad.
 class Player final : public SessionControls, public EventSink
@@ -78,6 +88,7 @@ private:
     const std::optional<TraceFile> trace_file_;
     DesktopPlatform platform_;
     std::optional<Trace> trace_;
+    const LogSink log_ = log_lines(options_.log);
     std::optional<ServedAd> served_;
     /// Where the store is, the host says, who may have it in its own network.
     const NamedHosts store_{{store_page_of_id(input_.host.store_page).absoluteString().text()}};
@@ -227,6 +238,7 @@ void Player::receive(const Event& event)
 {
     if (trace_)
         trace_->receive(event);
+    pass_log_line(log_, event);
     // A controller that is destroyed need not have closed its ad.
     if (std::holds_alternative<event::AdClosed>(event) || std::holds_alternative<event::Released>(event))
         platform_.loop().post([this] { end(); });

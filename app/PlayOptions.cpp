@@ -1,5 +1,6 @@
 #include "app/PlayOptions.h"
 
+#include "app/LogOption.h"
 #include "platform/UIKit.h"
 #include "session/Host.h"
 
@@ -144,6 +145,7 @@ void add_play_options(CLI::App& command, PlayOptions& options)
         ->type_name("SECONDS")
         ->check(seconds);
     command.add_option("--steps", options.steps_file, "What the viewer does, and when: a JSON file")->type_name("FILE");
+    add_log_option(command, options.log);
     command.add_option("--trace", options.trace_file, "Write down what happens; - for standard output")
         ->type_name("FILE");
     auto* snapshots =

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Geometry.h"
+#include "platform/QoroAdManager.h"
 
 #include <optional>
 #include <string>
@@ -39,6 +40,8 @@ struct PlayOptions {
     /// Time after which to end, seconds; absent to wait for the ad's close.
     std::optional<double> seconds;
     std::string steps_file;
+    /// Level from which lines of the ad's log go to standard error; absent for none.
+    std::optional<ZulixLogTag> log = ZulixLogTagOfWarnning;
     /// "-" for standard output.
     std::string trace_file;
     /// Times of pictures, seconds.

@@ -1,9 +1,11 @@
 #include "app/Simulate.h"
 
+#include "app/LogOption.h"
 #include "app/OrderedWork.h"
 #include "session/InputError.h"
 #include "session/InputFile.h"
 #include "session/JsonText.h"
+#include "session/LogLines.h"
 #include "simulator/Simulation.h"
 #include "simulator/Summary.h"
 
@@ -82,11 +84,34 @@ std::string complaint_of(const std::string& name, Work&& work)
     }
 }
 
+/// The log of one session. Its lines reach standard error together, because several sessions may run at a time.
+class SessionLog
+{
+public:
+    /// @param from absent for no line
+    /// @param name of the scenario
+    SessionLog(std::optional<ZulixLogTag> from, const std::string& name)
+    {
+        if (from)
+            sink_ = log_writer(*from, name, [this](std::string_view line) { lines_ += line; });
+    }
+    ~SessionLog() { std::fwrite(lines_.data(), 1, lines_.size(), stderr); }
+    SessionLog(const SessionLog&) = delete;
+    SessionLog& operator=(const SessionLog&) = delete;
+
+    const LogSink& sink() const { return sink_; }
+
+private:
+    LogSink sink_;
+    std::string lines_;
+};
+
 // -------------------------------------------------------------------------------------------------------------- files
 
 struct FileStyle {
     TraceFormat format;
     bool summary;
+    std::optional<ZulixLogTag> log;
     /// Whether each trace starts with its file's name.
     bool named;
 };
@@ -120,13 +145,15 @@ void write_summary(const Summary& summary, TraceFormat format, const LineSink& s
 
 void run_file(const std::string& file, const FileStyle& style, const LineSink& sink)
 {
-    const Scenario scenario = read_scenario(read_input_file(file), file == "-" ? "stdin" : file);
+    const std::string name = file == "-" ? "stdin" : file;
+    const Scenario scenario = read_scenario(read_input_file(file), name);
+    const SessionLog log(style.log, name);
     if (style.named)
         write_header(file, style.format, sink);
     if (style.summary)
-        write_summary(simulate_and_sum_up(scenario, style.format, sink), style.format, sink);
+        write_summary(simulate_and_sum_up(scenario, style.format, sink, log.sink()), style.format, sink);
     else
-        simulate(scenario, style.format, sink);
+        simulate(scenario, style.format, sink, log.sink());
     if (style.named && style.format == TraceFormat::Text)
         sink("\n");
 }
@@ -135,6 +162,7 @@ int run_files(const SimulateOptions& options)
 {
     const FileStyle style{.format = options.format.value_or(options.summary ? TraceFormat::Text : TraceFormat::Json),
                           .summary = options.summary,
+                          .log = options.log,
                           .named = options.files.size() > 1};
     Output output;
     int status = 0;
@@ -172,17 +200,19 @@ bool read_line(std::string& line)
     return c != EOF || !line.empty();
 }
 
-std::string simulated_line(const std::string& line, const std::string& name)
+std::string simulated_line(const std::string& line, const std::string& name, std::optional<ZulixLogTag> log_from)
 {
     if (line.size() > LargestInput)
         throw InputError(name, "", "larger than 64 MiB");
     const Scenario scenario = read_scenario(line, name);
+    const SessionLog log(log_from, name);
     std::string result = R"("trace":[)";
-    const Summary summary = simulate_and_sum_up(scenario, TraceFormat::Json, [&result](std::string_view event) {
+    const LineSink into_result = [&result](std::string_view event) {
         if (result.back() != '[')
             result += ',';
         result += event.substr(0, event.size() - 1);
-    });
+    };
+    const Summary summary = simulate_and_sum_up(scenario, TraceFormat::Json, into_result, log.sink());
     result += R"(],"summary":)";
     append_json(result, summary);
     return result;
@@ -190,14 +220,14 @@ std::string simulated_line(const std::string& line, const std::string& name)
 
 /// The result of a line, valid or not.
 /// @param number of the line, from 1
-std::string result_of(const std::string& line, std::int64_t number)
+std::string result_of(const std::string& line, std::int64_t number, std::optional<ZulixLogTag> log)
 {
     std::string result = R"({"scenario":)";
     append_json(result, number);
     result += ',';
     const std::string name = "stdin line " + std::to_string(number);
     std::string simulated;
-    const std::string complaint = complaint_of(name, [&] { simulated = simulated_line(line, name); });
+    const std::string complaint = complaint_of(name, [&] { simulated = simulated_line(line, name, log); });
     if (complaint.empty()) {
         result += simulated;
     } else {
@@ -218,8 +248,8 @@ int run_lines(const SimulateOptions& options)
             [&output](const std::string&) { output.flush(); });
         std::string line;
         for (std::int64_t number = 1; !output.failed() && read_line(line); ++number)
-            work.add([line, number](const LineSink& sink) {
-                sink(result_of(line, number));
+            work.add([line, number, log = options.log](const LineSink& sink) {
+                sink(result_of(line, number, log));
                 return std::string();
             });
     }
@@ -277,6 +307,7 @@ void add_simulate_options(CLI::App& command, SimulateOptions& options)
     command.add_flag("--jsonl", options.jsonl,
                      "A scenario a line on standard input gives a result a line: "
                      R"({"scenario": n, "trace": [...], "summary": {...}})");
+    add_log_option(command, options.log);
     command.add_option("--jobs", options.jobs, "Sessions that run at a time; the output is the same to the byte")
         ->type_name("N")
         ->check(CLI::Validator(check_jobs, ""));

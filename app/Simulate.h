@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/QoroAdManager.h"
 #include "session/Trace.h"
 
 #include <optional>
@@ -23,6 +24,8 @@ struct SimulateOptions {
     /// Absent: JSON, or text when a summary is requested.
     std::optional<TraceFormat> format;
     bool summary = false;
+    /// Level from which lines of the ads' logs go to standard error; absent for none.
+    std::optional<ZulixLogTag> log;
     unsigned jobs = 1;
 };
 

@@ -5,6 +5,7 @@
 #include "platform/QoroAdManager.h"
 #include "platform/QoroPhoneGapViewController.h"
 #include "platform/Value.h"
+#include "session/LogLines.h"
 
 #include <cstdint>
 #include <optional>
@@ -49,6 +50,10 @@ struct HostSetup {
 
     /// Whether the ad's requests are limited (QoroAdManager::begin_ad).
     bool tracker_limit = true;
+
+    /// Receives the lines of the ad's log, on the main thread and inside the event that writes them; it must not call
+    /// the ad. Used by OpenedAd; may be empty.
+    LogSink log;
 };
 
 /// Defaults of a simulated session's host: without the kit's close guard and request limits.

@@ -104,6 +104,7 @@ private:
 
     Platform& platform_;
     OnEnd on_end_;
+    LogSink log_;
     EventSink* const before_ = platform_.event_sink();
     NoControls controls_;
     std::unique_ptr<Session> session_;
@@ -131,6 +132,7 @@ void OpenedAd::Watch::open(const std::shared_ptr<QoroVideoAd>& ad, const HostSet
         notifications.addObserver(action<&Watch::video_finished>(this, "video_finished"),
                                   MPMoviePlayerPlaybackDidFinishNotification);
     });
+    log_ = host.log;
     session_ = std::make_unique<Session>(platform_, controls_, host, ad);
     opened_ = platform_.loop().now();
     platform_.dispatch([this] { session_->open(0); });
@@ -149,6 +151,7 @@ void OpenedAd::Watch::close()
 void OpenedAd::Watch::leave()
 {
     on_end_ = nullptr;
+    log_ = nullptr;
     close();
     platform_.dispatch([this] { NSNotificationCenter::defaultCenter().removeObserver(this); });
     session_.reset();
@@ -162,6 +165,7 @@ void OpenedAd::Watch::receive(const Event& event)
 {
     if (before_)
         before_->receive(event);
+    pass_log_line(log_, event);
     if (!ended_)
         std::visit([this](const auto& each) { note(each); }, event);
 }

@@ -1,6 +1,7 @@
 #include "session/Trace.h"
 
 #include "session/JsonText.h"
+#include "session/LogLines.h"
 
 #include <algorithm>
 #include <array>
@@ -34,9 +35,6 @@ constexpr std::array Concerns{
 constexpr std::array<std::string_view, 5> SaidByName{"volume", "openURL", "fetch", "released", "return"};
 /// Fields that hold an event's own words, in the order in which they are said: "tracking http://t/start".
 constexpr std::array<std::string_view, 7> Words{"do", "event", "name", "message", "command", "for", "url"};
-
-/// The kit's log levels, from 0.
-constexpr std::array<std::string_view, 5> LogLevels{"debug", "info", "warning", "error", "note"};
 
 constexpr std::size_t TimeWidth = 10;
 constexpr std::size_t WhomWidth = 12;
@@ -88,11 +86,7 @@ void append_field(std::string& line, const Field& field, std::size_t longest)
 std::string_view log_level(std::string_view what, const Field& field)
 {
     const auto* level = std::get_if<std::int64_t>(&field.content);
-    if (what != "log" || field.key != "level" || !level)
-        return "";
-    return *level >= 0 && static_cast<std::size_t>(*level) < LogLevels.size()
-               ? LogLevels[static_cast<std::size_t>(*level)]
-               : "";
+    return what == "log" && field.key == "level" && level ? log_level_name(*level) : "";
 }
 
 /// A snapshot is many lines: one a group, and one a view.

@@ -23,11 +23,12 @@ void Simulation::run()
     }
 }
 
-void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink)
+void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink, const LogSink& log)
 {
     Simulation simulation(scenario);
     Trace trace(simulation.platform().loop(), format, sink);
-    simulation.platform().set_event_sink(&trace);
+    LogFilter filter(log, trace);
+    simulation.platform().set_event_sink(&filter);
     simulation.run();
     simulation.platform().set_event_sink(nullptr);
 }

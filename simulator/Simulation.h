@@ -32,7 +32,8 @@ private:
 };
 
 /// Runs a scenario and writes its trace to a sink.
-void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink);
+/// @param log receives the lines of the ad's log, too; may be empty
+void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink, const LogSink& log = {});
 
 /// As above, as one text of JSON lines.
 std::string simulate(const Scenario& scenario);

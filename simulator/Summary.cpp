@@ -233,11 +233,12 @@ void append_left_behind(std::string& out, const Summary& summary)
 
 } // namespace
 
-Summary simulate_and_sum_up(const Scenario& scenario, TraceFormat format, const LineSink& sink)
+Summary simulate_and_sum_up(const Scenario& scenario, TraceFormat format, const LineSink& sink, const LogSink& log)
 {
     Simulation simulation(scenario);
     Trace trace(simulation.platform().loop(), format, sink);
-    SessionWatch watch(simulation, *scenario.ad, trace);
+    LogWitness witness(log, trace);
+    SessionWatch watch(simulation, *scenario.ad, witness);
     simulation.run();
     return watch.finish();
 }

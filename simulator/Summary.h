@@ -67,7 +67,8 @@ struct Summary {
 };
 
 /// Runs a scenario, writes its trace and returns its summary. The summary does not change the trace.
-Summary simulate_and_sum_up(const Scenario& scenario, TraceFormat format, const LineSink& sink);
+Summary simulate_and_sum_up(const Scenario& scenario, TraceFormat format, const LineSink& sink,
+                            const LogSink& log = {});
 
 /// Appends the summary as an object with one field per figure; times in seconds.
 void append_json(std::string& out, const Summary& summary);

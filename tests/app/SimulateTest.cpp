@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
@@ -84,6 +85,29 @@ TEST(Simulate, ASummaryInJsonIsOneMoreLine)
     const Json last = Json::parse(both.output.substr(trace.size()));
     EXPECT_EQ(last["summary"]["closed"], 9.5);
     EXPECT_EQ(last["summary"]["mainThreadBlocked"], 0.35);
+}
+
+TEST(Simulate, WritesTheLogToStandardErrorFromALevelUp)
+{
+    const std::string trace = run_shell("qoro-ad simulate " + Session).output;
+    const std::string begin = "qoro-ad: " + Session + ": ";
+
+    const ShellResult notes = run_shell("qoro-ad simulate --log note " + Session);
+    EXPECT_EQ(notes.errors, begin + "note: Buffer Suffer Time's up, show close button.\n");
+    EXPECT_EQ(notes.output, trace);
+
+    const ShellResult all = run_shell("qoro-ad simulate --log debug --summary --jobs 2 " + Session + " " + Session);
+    const auto lines = lines_of(all.errors);
+    EXPECT_EQ(std::ranges::count(lines, begin + "debug: didSendTracking"), 2 * 4);
+    EXPECT_EQ(std::ranges::count(lines, begin + "info: video play"), 2 * 2);
+}
+
+TEST(Simulate, WritesTheLogOfALineWithItsNumber)
+{
+    const ShellResult result =
+        run_shell("grep -v '^$' " + Session + " | tr -d '\\n' | qoro-ad simulate --jsonl --log note");
+
+    EXPECT_EQ(result.errors, "qoro-ad: stdin line 1: note: Buffer Suffer Time's up, show close button.\n");
 }
 
 // ------------------------------------------------------------------------------------------------------ several files

@@ -7,6 +7,8 @@
 
 #include <optional>
 #include <stdexcept>
+#include <string>
+#include <utility>
 #include <vector>
 
 namespace qoro
@@ -80,6 +82,26 @@ protected:
     std::unique_ptr<OpenedAd> opened;
     std::vector<AdOutcome> told;
 };
+
+// ----------------------------------------------------------------------------------------------------------- the log
+
+TEST_F(OpenedAdTest, TheHostGetsTheLinesOfTheLog)
+{
+    std::vector<std::pair<ZulixLogTag, std::string>> lines;
+    HostSetup host;
+    host.log = [&lines](ZulixLogTag level, std::string_view message) { lines.emplace_back(level, message); };
+    platform.emplace(ten_second_world());
+    opened = std::make_unique<OpenedAd>(*platform, ad, nullptr, host);
+
+    let_pass(12);
+
+    EXPECT_THAT(lines, testing::Contains(std::pair(ZulixLogTagOfInfo, std::string("video play"))));
+    EXPECT_THAT(lines, testing::Contains(std::pair(ZulixLogTagOfInfo,
+                                                   std::string("playbackFinished. Reason: Playback Ended 10.000000"))));
+    const std::size_t before = lines.size();
+    opened.reset();
+    EXPECT_EQ(lines.size(), before) << "nothing is reported to a host that has left";
+}
 
 // ------------------------------------------------------------------------------------------------------ end of an ad
 

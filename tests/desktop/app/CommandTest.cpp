@@ -57,6 +57,8 @@ TEST_F(CommandTest, OptionsThatMakeNoSenseAreRefused)
               std::string::npos);
     EXPECT_NE(complaint({"play", good, "--orientation", "up"}).find("--orientation: expected one of portrait"),
               std::string::npos);
+    EXPECT_EQ(complaint({"play", good, "--log", "loud"}),
+              "qoro-ad: --log: expected one of debug, info, note, warning, error, got \"loud\"\n");
     EXPECT_EQ(complaint({"play", good, "--for", "soon"}), "qoro-ad: --for: expected seconds, got \"soon\"\n");
     EXPECT_EQ(complaint({"play", good, "--snapshot", "2,x", "--out", folder.path("o")}),
               "qoro-ad: --snapshot: expected seconds, got \"x\"\n");

@@ -138,6 +138,7 @@ TEST_F(PlayTest, AnUnreachableServerFailsAndTheAdCanBeClosed)
          R"(, "strBrandIconUrl": ")" + base + R"(/icon.png")");
     EXPECT_TRUE(says(Failed)) << trace;
     EXPECT_TRUE(says("InApp failAdRequest")) << trace;
+    EXPECT_EQ(errors_of_ours(), "qoro-ad: error: InApp failAdRequest\n") << "the log from its warnings up";
     EXPECT_TRUE(was_closed()) << trace;
 }
 

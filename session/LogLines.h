@@ -1,0 +1,52 @@
+#pragma once
+
+#include "platform/Events.h"
+#include "platform/QoroAdManager.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace qoro
+{
+
+/// Receives a line of an ad's log. The message lives only as long as the call.
+using LogSink = std::function<void(ZulixLogTag level, std::string_view message)>;
+
+/// "debug", "info", "warning", "error" or "note".
+/// @param level a ZulixLogTag; any other number gives an empty text
+std::string_view log_level_name(std::int64_t level);
+/// The level of a name; absent for any other text.
+std::optional<ZulixLogTag> log_level_named(std::string_view name);
+
+/// Forwards an event to a sink if it is a line of the kit's log or of the console, whose lines have the level info. An
+/// empty sink receives nothing.
+void pass_log_line(const LogSink& sink, const Event& event);
+
+/// A sink that writes lines of a level and above, in the order debug, info, note, warning, error: "qoro-ad: warning:
+/// …\n". Control characters become blanks.
+/// @param origin where the lines come from, such as a file; empty for nowhere in particular
+LogSink log_writer(ZulixLogTag from, const std::string& origin, std::function<void(std::string_view)> write);
+
+/// Forwards every event to another event sink, and the log's lines to a log sink.
+class LogFilter final : public EventSink
+{
+public:
+    /// @param sink may be empty
+    /// @param next outlives this
+    LogFilter(LogSink sink, EventSink& next) : sink_(std::move(sink)), next_(next) {}
+    void receive(const Event& event) override
+    {
+        pass_log_line(sink_, event);
+        next_.receive(event);
+    }
+
+private:
+    const LogSink sink_;
+    EventSink& next_;
+};
+
+} // namespace qoro
