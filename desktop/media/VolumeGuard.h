@@ -7,8 +7,8 @@
 namespace qoro
 {
 
-/// A helper process that restores a sink's volume if this process ends without destroying the guard, as in a crash. It
-/// uses pactl; without pactl, a crash leaves the volume changed.
+/// A helper process that restores a sink's volume if this process ends without destroying the guard, as in a crash. Its
+/// program is compiled in and run from memory; a kernel that forbids that (vm.memfd_noexec) leaves the volume changed.
 class VolumeGuard
 {
 public:

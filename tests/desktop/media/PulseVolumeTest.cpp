@@ -189,8 +189,10 @@ TEST_F(SystemVolumeTest, ACrashRestoresTheOriginalVolume)
 {
     sound.pactl("set-sink-volume nothing 64%");
     const std::string self = std::filesystem::read_symlink("/proc/self/exe");
+    // Without any program to help it.
     const std::string crashing =
-        "'" + self + "' --gtest_also_run_disabled_tests --gtest_filter='CrashingProgram.*' >/dev/null 2>&1 &";
+        "PATH=/nonexistent '" + self +
+        "' --gtest_also_run_disabled_tests --gtest_filter='CrashingProgram.*' >/dev/null 2>&1 &";
 
     ASSERT_EQ(std::system(crashing.c_str()), 0);
     const bool changed = until([&] { return sound.device_volume() == "10%"; });
