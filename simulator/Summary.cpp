@@ -237,8 +237,8 @@ Summary simulate_and_sum_up(const Scenario& scenario, TraceFormat format, const 
 {
     Simulation simulation(scenario);
     Trace trace(simulation.platform().loop(), format, sink);
-    LogWitness witness(log, trace);
-    SessionWatch watch(simulation, *scenario.ad, witness);
+    LogFilter filter(log, trace);
+    SessionWatch watch(simulation, *scenario.ad, filter);
     simulation.run();
     return watch.finish();
 }
