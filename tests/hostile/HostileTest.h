@@ -34,7 +34,7 @@ namespace qoro::test
 class HostileTest : public testing::Test
 {
 protected:
-    static constexpr long Megabyte = 1024 * 1024;
+    static constexpr long Megabyte = 1024L * 1024;
 #ifdef __SANITIZE_ADDRESS__
     /// Bytes by which a page may grow the program. The sanitizers quarantine freed memory and add shadow memory for
     /// each byte.
