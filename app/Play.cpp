@@ -135,7 +135,7 @@ int Player::run()
     session_ = std::make_unique<Session>(platform_, *this, input_.host, served_->ad());
     // The controller forces the device upright as it is made.
     if (input_.orientation != platform_.device().orientation())
-        platform_.device().turn(input_.orientation);
+        platform_.device().hold(input_.orientation);
     platform_.device().follow_sensor();
     schedule();
     platform_.loop().run();

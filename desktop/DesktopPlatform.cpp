@@ -1,5 +1,6 @@
 #include "desktop/DesktopPlatform.h"
 
+#include "views/RootControllers.h"
 #include "views/ViewNode.h"
 
 #include <algorithm>
@@ -35,6 +36,7 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     players_.options.silent = options.silent;
     players_.options.volume = [this] { return output_volume_.player_volume(); };
     players_.options.on_end = [this](const GstPlayer&) { return_memory_later(); };
+    device_.on_interface_rotated = [this](int from) { tell_rotation(*this, from); };
     // The controller's own log line contains neither the page's address nor the reason.
     fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
         emit(event::PageFailed{address, reason});
@@ -91,6 +93,7 @@ void DesktopPlatform::return_to_app()
 {
     loop_.post([this] { application_will_enter_foreground(); });
     loop_.post([this] { application_did_become_active(); });
+    loop_.post([this] { tell_appearance(*this); });
 }
 
 void DesktopPlatform::change_volume(float step)

@@ -71,8 +71,9 @@ public:
     /// Reports that the viewer has left the application: pauses the players, then notifies the kit of
     /// did-enter-background, as a separate event.
     void leave_app();
-    /// Reports that the viewer has returned: will-enter-foreground, then did-become-active, each as a separate event.
-    /// The players stay paused until play() is called.
+    /// Reports that the viewer has returned: will-enter-foreground, then did-become-active, then viewDidAppear to the
+    /// root controllers of the visible windows, each as a separate event. The players stay paused until play() is
+    /// called.
     void return_to_app();
     /// Changes the output volume on behalf of the viewer.
     /// @param step added to the volume; the result is clamped to 0 to 1

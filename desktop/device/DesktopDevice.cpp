@@ -117,12 +117,22 @@ void DesktopDevice::launch(const NSURL& address, std::function<void()> done)
     g_app_info_launch_default_for_uri_async(opening->address.c_str(), nullptr, nullptr, was_opened, opening);
 }
 
-void DesktopDevice::turn(int device_orientation)
+DeviceUpdate DesktopDevice::update_for(int device_orientation) const
 {
     DeviceUpdate turned{.orientation = device_orientation};
     if (std::ranges::find(options_.autorotates, device_orientation) != options_.autorotates.end())
         turned.status_bar_orientation = device_orientation;
-    change(turned);
+    return turned;
+}
+
+void DesktopDevice::hold(int device_orientation)
+{
+    apply(update_for(device_orientation));
+}
+
+void DesktopDevice::turn(int device_orientation)
+{
+    change(update_for(device_orientation));
 }
 
 void DesktopDevice::turn_clockwise()
@@ -136,6 +146,18 @@ void DesktopDevice::turn_counterclockwise()
 }
 
 void DesktopDevice::change(const DeviceUpdate& change)
+{
+    const int before = options_.status_bar_orientation;
+    apply(change);
+    if (options_.status_bar_orientation == before)
+        return;
+    platform_.loop().post([this, before] {
+        if (on_interface_rotated)
+            on_interface_rotated(before);
+    });
+}
+
+void DesktopDevice::apply(const DeviceUpdate& change)
 {
     options_.status_bar_hidden = change.status_bar_hidden.value_or(options_.status_bar_hidden);
     const int held_before = std::exchange(options_.orientation, change.orientation.value_or(options_.orientation));

@@ -4,6 +4,7 @@
 #include "platform/Ports.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -56,6 +57,12 @@ public:
     /// UIInterfaceOrientations to which the host rotates automatically.
     const std::vector<std::int64_t>& autorotates() const { return options_.autorotates; }
 
+    /// Called when the status bar has rotated, as an event of its own after its report: receives the
+    /// UIInterfaceOrientation before. May be empty.
+    std::function<void(int from)> on_interface_rotated;
+
+    /// Holds the device in the orientation in which the viewer begins: as turn(), but no interface has rotated.
+    void hold(int device_orientation);
     /// Rotates the device: its orientation changes, then the status bar's if the host permits that interface
     /// orientation.
     void turn(int device_orientation);
@@ -63,12 +70,14 @@ public:
     void turn_clockwise();
     void turn_counterclockwise();
     /// Applies a change. A new device orientation and a new status bar orientation are each reported as an event of
-    /// their own; a change of status_bar_hidden is not reported.
+    /// their own, and the latter to on_interface_rotated; a change of status_bar_hidden is not reported.
     void change(const DeviceUpdate& change);
     /// Rotates the device with this machine if it has an orientation sensor.
     void follow_sensor();
 
 private:
+    DeviceUpdate update_for(int device_orientation) const;
+    void apply(const DeviceUpdate& change);
     void launch(const NSURL& address, std::function<void()> done);
 
     Platform& platform_;

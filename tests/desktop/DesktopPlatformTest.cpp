@@ -1,5 +1,7 @@
 #include "desktop/DesktopPlatform.h"
 
+#include "Places.h"
+#include "platform/MediaPlayer.h"
 #include "platform/QoroAdManager.h"
 #include "tests/desktop/net/RawHttp.h"
 #include "tests/desktop/support/Desktop.h"
@@ -8,7 +10,12 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
+#include <functional>
 #include <memory>
+#include <optional>
+#include <string>
+#include <vector>
 
 using namespace qoro;
 using namespace qoro::test;
@@ -71,4 +78,109 @@ TEST_F(DesktopPlatformEndTest, AnUnansweredTrackerDelaysTheEndByTwoSecondsAtMost
     platform.reset();
 
     EXPECT_LT(Clock::now() - begun, std::chrono::seconds(4)) << "two, and what a busy machine adds";
+}
+
+namespace
+{
+/// The root of a window; writes down what it is told, and the notifications that concern an application.
+class Root : public UIViewController
+{
+public:
+    void viewDidAppear(bool) override { told.emplace_back("appears"); }
+    void didRotateFromInterfaceOrientation(std::int64_t from) override
+    {
+        told.push_back("rotated from " + std::to_string(from));
+    }
+    void became_active() { told.emplace_back("active"); }
+    void bar_turned() { told.emplace_back("bar"); }
+    void interrupted(const NSNotification& notification)
+    {
+        told.push_back("interruption " +
+                       std::to_string(notification.userInfo[AVAudioSessionInterruptionTypeKey].intValue()));
+    }
+
+    std::vector<std::string> told;
+};
+
+using Told = std::vector<std::string>;
+
+class DesktopPlatformReportTest : public testing::Test, protected PlayerListener
+{
+protected:
+    void SetUp() override { ASSERT_TRUE(start_desktop()) << "these tests need a display"; }
+
+    /// Makes the platform with a window for the root.
+    void open(bool silent)
+    {
+        DesktopPlatform::Options options;
+        options.silent = silent;
+        platform = std::make_unique<DesktopPlatform>(options);
+        scope.emplace(*platform);
+        root = std::make_shared<Root>();
+        root->loadView();
+        window = UIWindow::create({0, 0, 375, 812});
+        window.setRootViewController(root);
+        NSNotificationCenter& news = NSNotificationCenter::defaultCenter();
+        news.addObserver(action<&Root::became_active>(root.get(), "became_active"),
+                         UIApplicationDidBecomeActiveNotification);
+        news.addObserver(action<&Root::bar_turned>(root.get(), "bar_turned"),
+                         UIApplicationDidChangeStatusBarFrameNotification);
+        news.addObserver(action<&Root::interrupted>(root.get(), "interrupted"), AVAudioSessionInterruptionNotification);
+    }
+    void TearDown() override
+    {
+        window = nullptr;
+        root.reset();
+        scope.reset();
+        platform.reset();
+    }
+    bool until(const std::function<bool()>& condition)
+    {
+        constexpr double Deadline = 90;
+        const TimerId turns = platform->loop().start_timer(0.01, true, [] {});
+        const bool holds = platform->loop().run_until(condition, Deadline);
+        platform->loop().stop_timer(turns);
+        return holds;
+    }
+    void let_events_pass()
+    {
+        bool passed = false;
+        platform->loop().post([&passed] { passed = true; });
+        until([&passed] { return passed; });
+    }
+    void load_state_changed() override {}
+    void playback_state_changed() override {}
+    void finished(int) override {}
+
+    std::unique_ptr<DesktopPlatform> platform;
+    std::optional<PlatformScope> scope;
+    std::shared_ptr<Root> root;
+    UIWindow window;
+};
+} // namespace
+
+TEST_F(DesktopPlatformReportTest, AControllerOnTheScreenIsToldOfAReturnToTheAppAndOfARotation)
+{
+    open(true);
+    window.setHidden(false);
+
+    platform->device().hold(3);
+    platform->leave_app();
+    platform->return_to_app();
+    platform->device().turn(1);
+    let_events_pass();
+
+    EXPECT_EQ(root->told, (Told{"bar", "active", "appears", "bar", "rotated from 3"}));
+}
+
+TEST_F(DesktopPlatformReportTest, AControllerInAHiddenWindowIsToldOfNeither)
+{
+    open(true);
+
+    platform->leave_app();
+    platform->return_to_app();
+    platform->device().turn(3);
+    let_events_pass();
+
+    EXPECT_EQ(root->told, (Told{"active", "bar"}));
 }

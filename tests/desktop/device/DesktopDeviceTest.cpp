@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <vector>
+
 using namespace qoro;
 
 namespace
@@ -48,6 +50,39 @@ TEST_F(DesktopDeviceTest, TurningReportsTheStatusBarWhereTheHostAllowsTheOrienta
     EXPECT_EQ(listener->count, 0) << "posted inside the call";
     let_events_pass();
     EXPECT_EQ(listener->count, 1);
+}
+
+TEST_F(DesktopDeviceTest, AnInterfaceHasRotatedAfterItsStatusBarWasReported)
+{
+    std::vector<int> rotated_from;
+    device.on_interface_rotated = [&](int from) {
+        EXPECT_EQ(listener->count, static_cast<int>(rotated_from.size()) + 1);
+        rotated_from.push_back(from);
+    };
+
+    device.turn(3);
+    device.turn(4);
+    EXPECT_TRUE(rotated_from.empty()) << "posted inside the call";
+    let_events_pass();
+    EXPECT_EQ(rotated_from, std::vector<int>{1});
+
+    device.change({.status_bar_orientation = 1});
+    let_events_pass();
+    EXPECT_EQ(rotated_from, (std::vector<int>{1, 3}));
+}
+
+TEST_F(DesktopDeviceTest, NoInterfaceRotatesToWhereTheViewerBegins)
+{
+    int rotations = 0;
+    device.on_interface_rotated = [&](int) { ++rotations; };
+
+    device.hold(3);
+    let_events_pass();
+
+    EXPECT_EQ(device.orientation(), 3);
+    EXPECT_EQ(device.status_bar_orientation(), 3);
+    EXPECT_EQ(listener->count, 1);
+    EXPECT_EQ(rotations, 0);
 }
 
 TEST_F(DesktopDeviceTest, TurningToAnOrientationTheHostForbidsReportsNothing)

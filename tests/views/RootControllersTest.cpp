@@ -1,0 +1,79 @@
+#include "views/RootControllers.h"
+
+#include "platform/UIKit.h"
+#include "tests/support/RecordingPlatform.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <utility>
+#include <vector>
+
+using namespace qoro;
+
+namespace
+{
+
+struct Root : UIViewController {
+    Root(std::string its_name, std::vector<std::string>& into) : name(std::move(its_name)), told(into) {}
+    void viewDidAppear(bool animated) override { told.push_back(name + (animated ? " animated" : " appears")); }
+    void didRotateFromInterfaceOrientation(std::int64_t from) override
+    {
+        told.push_back(name + " from " + std::to_string(from));
+        then();
+    }
+
+    const std::string name;
+    std::vector<std::string>& told;
+    std::function<void()> then = [] {};
+};
+
+struct RootControllers : testing::Test {
+    UIWindow window_with(const std::string& name, double level)
+    {
+        const UIWindow window = UIWindow::create({0, 0, 375, 812});
+        window.setRootViewController(std::make_shared<Root>(name, told));
+        window.setWindowLevel(level);
+        window.setHidden(false);
+        return window;
+    }
+
+    test::RecordingPlatform platform;
+    std::vector<std::string> told;
+    UIWindow above = window_with("above", UIWindowLevelStatusBar);
+    UIWindow below = window_with("below", UIWindowLevelNormal);
+};
+
+} // namespace
+
+TEST_F(RootControllers, AreToldFromTheBottomWindowUp)
+{
+    const UIWindow without = UIWindow::create({0, 0, 375, 812});
+    without.setHidden(false);
+
+    tell_appearance(platform);
+    tell_rotation(platform, 3);
+
+    EXPECT_EQ(told, (std::vector<std::string>{"below appears", "above appears", "below from 3", "above from 3"}));
+}
+
+TEST_F(RootControllers, OfHiddenWindowsAreToldNothing)
+{
+    above.setHidden(true);
+
+    tell_appearance(platform);
+    tell_rotation(platform, 1);
+
+    EXPECT_EQ(told, (std::vector<std::string>{"below appears", "below from 1"}));
+}
+
+TEST_F(RootControllers, MayBeReplacedByWhatTheyAreTold)
+{
+    dynamic_cast<Root&>(*below.rootViewController()).then = [this] { below.setRootViewController(nullptr); };
+
+    tell_rotation(platform, 1);
+
+    EXPECT_EQ(told, (std::vector<std::string>{"below from 1", "above from 1"}));
+}
