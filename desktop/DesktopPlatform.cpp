@@ -35,7 +35,13 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     output_volume_.on_change = [this] { output_volume_changed(); };
     players_.options.silent = options.silent;
     players_.options.volume = [this] { return output_volume_.player_volume(); };
-    players_.options.on_end = [this](const GstPlayer&) { return_memory_later(); };
+    players_.options.on_end = [this](const GstPlayer& player) {
+        interrupted_.erase(&player);
+        return_memory_later();
+    };
+    players_.options.on_sound_request = [this](const GstPlayer& player, SoundRequest request) {
+        sound_requested(player, request);
+    };
     device_.on_interface_rotated = [this](int from) { tell_rotation(*this, from); };
     // The controller's own log line contains neither the page's address nor the reason.
     fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
@@ -81,6 +87,17 @@ NSString DesktopPlatform::VideoCopies::path_for(const NSString& address)
 {
     const auto named = address ? named_.find(address.text()) : named_.end();
     return named == named_.end() ? cache_.path_for(address) : NSString(named->second);
+}
+
+void DesktopPlatform::sound_requested(const GstPlayer& player, SoundRequest request)
+{
+    const bool was_interrupted = !interrupted_.empty();
+    if (request == SoundRequest::Pause)
+        interrupted_.insert(&player);
+    else
+        interrupted_.erase(&player);
+    if (interrupted_.empty() == was_interrupted)
+        audio_interrupted(was_interrupted ? 0 : 1);
 }
 
 void DesktopPlatform::leave_app()

@@ -17,6 +17,7 @@
 
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 #include <utility>
 
@@ -112,12 +113,17 @@ private:
         VideoCache cache_;
     };
 
+    /// Reports an audio interruption when the sound server asks the first stream to pause, and its end when it asks the
+    /// last of them to go on.
+    void sound_requested(const GstPlayer& player, SoundRequest request);
     /// Returns freed memory to the kernel some seconds after a player was destroyed.
     void return_memory_later();
 
     const double last_requests_seconds_;
     bool returns_memory_ = false;
     bool has_more_to_return_ = false;
+    /// The players whose sound the server has asked to pause.
+    std::set<const GstPlayer*> interrupted_;
     const ReachRule reach_;
     GlibLoop loop_{this};
     DesktopDevice device_;

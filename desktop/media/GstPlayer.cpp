@@ -320,6 +320,15 @@ void GstPlayer::sound_failed()
     time_ = current_time();
     silent_ = true;
     open();
+    if (asked_to_pause_)
+        sound_requested(SoundRequest::Resume);
+}
+
+void GstPlayer::sound_requested(SoundRequest request)
+{
+    asked_to_pause_ = request == SoundRequest::Pause;
+    if (options_.on_sound_request)
+        options_.on_sound_request(*this, request);
 }
 
 // ---------------------------------------------------------------------------------------------------- Lack of data

@@ -34,6 +34,9 @@ public:
         bool silent = false;
         /// Seconds without data after which the server is contacted once more, and then given up.
         unsigned server_seconds = 10;
+        /// Called when the sound server asks the player to pause or to go on; the player itself does neither. A sound
+        /// that is lost meanwhile counts as a request to go on, because no other will follow. May be empty.
+        std::function<void(const GstPlayer&, SoundRequest)> on_sound_request = {};
         /// Called from the destructor; the player must not be used any more.
         std::function<void(const GstPlayer&)> on_end = {};
     };
@@ -69,6 +72,7 @@ private:
     void ended() override;
     void failed(const std::string& reason) override;
     void sound_failed() override;
+    void sound_requested(SoundRequest request) override;
 
     void open();
     void load_anew();
@@ -88,6 +92,8 @@ private:
     std::string location_;
     bool is_file_ = false;
     bool silent_ = false;
+    /// Whether the sound server's last request was to pause.
+    bool asked_to_pause_ = false;
     PlayerSettings settings_;
     std::shared_ptr<VideoPictures> pictures_;
     std::unique_ptr<Pipeline> pipeline_;

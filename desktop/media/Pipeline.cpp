@@ -129,6 +129,7 @@ struct Pipeline::Core {
     // GStreamer's threads.
     void hear(GstMessage* message);
     void hear_error(GstMessage* message);
+    void hear_request(GstMessage* message);
     void hear_end();
     void add_stream(GstPad* pad);
 
@@ -460,6 +461,9 @@ void Pipeline::Core::hear(GstMessage* message)
         if (GST_MESSAGE_SRC(message) == GST_OBJECT(pipeline.load()))
             hear_end();
         break;
+    case GST_MESSAGE_REQUEST_STATE:
+        hear_request(message);
+        break;
     case GST_MESSAGE_QOS:
         ++dropped;
         break;
@@ -493,6 +497,17 @@ void Pipeline::Core::hear_error(GstMessage* message)
         return;
     }
     fail(reason);
+}
+
+/// The sound sink passes on what the sound server asks for.
+void Pipeline::Core::hear_request(GstMessage* message)
+{
+    GstState state = GST_STATE_NULL;
+    gst_message_parse_request_state(message, &state);
+    if (!sinks.is_of_sound(GST_MESSAGE_SRC(message)) || (state != GST_STATE_PAUSED && state != GST_STATE_PLAYING))
+        return;
+    const SoundRequest request = state == GST_STATE_PAUSED ? SoundRequest::Pause : SoundRequest::Resume;
+    mailbox->post([this, request] { listener.sound_requested(request); });
 }
 
 void Pipeline::Core::hear_end()

@@ -11,6 +11,9 @@
 namespace qoro
 {
 
+/// What a sound server asks of a stream.
+enum class SoundRequest { Pause, Resume };
+
 /// A GStreamer pipeline for one video. Everything that may block, on a server, a disk or the sound device, runs on a
 /// worker thread: the functions here only set the wanted state, and the destructor returns at once. Main thread only.
 class Pipeline
@@ -48,6 +51,8 @@ public:
         virtual void failed(const std::string& reason) = 0;
         /// The sound cannot be played; a silent pipeline could take over.
         virtual void sound_failed() = 0;
+        /// The sound server asks the stream to pause or to go on, for another application's sound, such as a call.
+        virtual void sound_requested(SoundRequest request) = 0;
     };
 
     /// Starts to load at once; the pipeline is then paused.

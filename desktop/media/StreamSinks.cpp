@@ -92,8 +92,9 @@ GstElement* StreamSinks::open_sound()
         return nullptr;
     // With the sound server's clock, a suspended device would stop the picture for about a second.
     g_object_set(sink, "provide-clock", FALSE, nullptr);
-    GstStructure* tags =
-        gst_structure_new("tags", "qoro.player", G_TYPE_STRING, std::to_string(getpid()).c_str(), nullptr);
+    // By its role, a sound server knows which streams to pause for a call.
+    GstStructure* tags = gst_structure_new("tags", "qoro.player", G_TYPE_STRING, std::to_string(getpid()).c_str(),
+                                           "media.role", G_TYPE_STRING, "video", nullptr);
     g_object_set(sink, "stream-properties", tags, nullptr);
     gst_structure_free(tags);
     if (volume_) {

@@ -308,7 +308,7 @@ struct KeepingDelegate : QoroAdDelegate {
     void onZulixAdFailed(const UIView& ad_view, const NSError&) override
     {
         ++told;
-        view = adView;
+        view = ad_view;
     }
 
     int told = 0;

@@ -3,6 +3,7 @@
 #include "Places.h"
 #include "platform/MediaPlayer.h"
 #include "platform/QoroAdManager.h"
+#include "tests/desktop/media/SoundServer.h"
 #include "tests/desktop/net/RawHttp.h"
 #include "tests/desktop/support/Desktop.h"
 
@@ -183,4 +184,23 @@ TEST_F(DesktopPlatformReportTest, AControllerInAHiddenWindowIsToldOfNeither)
     let_events_pass();
 
     EXPECT_EQ(root->told, (Told{"active", "bar"}));
+}
+
+TEST_F(DesktopPlatformReportTest, ACallInterruptsTheSoundUntilItEnds)
+{
+    SoundServer sound;
+    ASSERT_TRUE(sound.runs());
+    open(false);
+    const auto video = platform->players().make_player(
+        NSURL::fileURLWithPath(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4"), *this);
+    ASSERT_TRUE(until([&] { return video->current_time() > 0.2; }));
+    EXPECT_EQ(root->told, Told{});
+
+    sound.begin_call();
+    ASSERT_TRUE(until([&] { return !root->told.empty(); }));
+    video->pause();
+    sound.end_call();
+    ASSERT_TRUE(until([&] { return root->told.size() > 1; }));
+
+    EXPECT_EQ(root->told, (Told{"interruption 1", "interruption 0"}));
 }

@@ -162,6 +162,29 @@ TEST(CloseGuard, IsNotShownForAStallOfAnAdThatCanBeClosed)
     EXPECT_THAT(guard_lines(auto_run(EndOfPlay, "", R"("stalls": [[10, 80]], )")), IsEmpty());
 }
 
+TEST(CloseGuard, AnInterruptionThatTakesTheVideoWithItsCloseButtonOffTheScreen)
+{
+    const Lines trace =
+        auto_run(R"({"at": 5, "interrupt": 1}, {"at": 40, "touch": [360, 15]}, )" + std::string(EndOfPlay),
+                 R"(, "arrayCloseTrackingUrls": ["http://t/close"])");
+
+    EXPECT_THAT(guard_lines(trace),
+                ElementsAre(HasSubstr(R"("why":"the video does not move, and the ad cannot be closed"})"),
+                            HasSubstr(R"({"t":40,"what":"guard","do":"close"})")));
+    EXPECT_THAT(trace, Contains(HasSubstr("http://t/close")));
+}
+
+TEST(CloseGuard, AnInterruptionThatEndsBringsTheCloseButtonBack)
+{
+    const Lines trace =
+        auto_run(R"({"at": 5, "interrupt": 1}, {"at": 25, "interrupt": 0}, {"at": 30, "tap": "btnClose"},
+        {"at": 60, "device": {}})");
+
+    EXPECT_THAT(guard_lines(trace), IsEmpty());
+    EXPECT_THAT(trace, Contains(AllOf(HasSubstr(R"("t":25)"), HasSubstr(R"("do":"play")"))));
+    EXPECT_THAT(trace, Contains(AllOf(HasSubstr(R"("t":30)"), HasSubstr(R"("event":"onhide")"))));
+}
+
 /// Script steps, repeated.
 std::string again_and_again(double from, double to, double every, const std::string& first, const std::string& second)
 {

@@ -54,6 +54,47 @@ TEST_F(GstPlayerTest, ASilentPlayerOpensNoSound)
     EXPECT_EQ(sound.pactl("list short sink-inputs"), "");
 }
 
+TEST_F(GstPlayerTest, ReportsThatTheSoundServerRequestsAPauseForACall)
+{
+    SoundServer sound;
+    ASSERT_TRUE(sound.runs());
+    std::vector<SoundRequest> requests;
+    watch.factory().options.on_sound_request = [&](const GstPlayer&, SoundRequest request) {
+        requests.push_back(request);
+    };
+    GstPlayer& player = watch.open(file());
+    ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.2; }));
+
+    sound.begin_call();
+    ASSERT_TRUE(watch.until([&] { return !requests.empty(); }));
+    player.pause();
+    sound.end_call();
+    ASSERT_TRUE(watch.until([&] { return requests.size() > 1; }));
+
+    EXPECT_EQ(requests, (std::vector{SoundRequest::Pause, SoundRequest::Resume}));
+    EXPECT_EQ(watch.reports.back(), "state 2") << "it obeys the controller alone";
+}
+
+TEST_F(GstPlayerTest, ASoundServerThatEndsDuringACallEndsTheRequestedPause)
+{
+    SoundServer sound;
+    ASSERT_TRUE(sound.runs());
+    std::vector<SoundRequest> requests;
+    watch.factory().options.on_sound_request = [&](const GstPlayer&, SoundRequest request) {
+        requests.push_back(request);
+    };
+    GstPlayer& player = watch.open(file());
+    ASSERT_TRUE(watch.until([&] { return player.current_time() > 0.2; }));
+    sound.begin_call();
+    ASSERT_TRUE(watch.until([&] { return !requests.empty(); }));
+
+    sound.end();
+    ASSERT_TRUE(watch.until([&] { return requests.size() > 1; }));
+    ASSERT_TRUE(watch.until("finished 0")) << "without a sound";
+
+    EXPECT_EQ(requests, (std::vector{SoundRequest::Pause, SoundRequest::Resume}));
+}
+
 TEST_F(GstPlayerTest, ASoundServerThatEndsLeavesASilentVideo)
 {
     SoundServer sound;

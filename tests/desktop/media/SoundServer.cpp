@@ -113,6 +113,19 @@ std::string SoundServer::device_volume() const
     return percentage_after(pactl("get-sink-volume nothing"), "Volume:") + (muted ? " muted" : "");
 }
 
+void SoundServer::begin_call()
+{
+    if (pactl("list short modules").find("module-role-cork") == std::string::npos)
+        pactl("load-module module-role-cork trigger_roles=abstract cork_roles=video");
+    // Its role is "abstract".
+    call_ = pactl("load-module module-sine sink=nothing");
+}
+
+void SoundServer::end_call()
+{
+    pactl("unload-module " + call_.substr(0, call_.find('\n')));
+}
+
 std::string SoundServer::stream_volume() const
 {
     const std::string list = pactl("list sink-inputs");
