@@ -148,15 +148,19 @@ ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage
     return answer;
 }
 
-/// The address in a command that the page must not reach; null without one. Only a next video names addresses that the
-/// ad uses.
+/// The address in a command that the page must not reach; null without one. Only the record of a next video names
+/// addresses that the ad uses, and no other command takes a record.
 NSString QoroPhoneGapViewController::inward_address_named_by(const ScriptMessage& message) const
 {
     const std::string& page = strBaseUrl.text();
-    if (message.command != "playNextVideo" || zone_named_by(page) == NetworkZone::Machine)
+    if (zone_named_by(page) == NetworkZone::Machine)
         return nullptr;
-    return inward_address_in(message.arguments[0].dictionary(), page, platform_.shared<OpenNetworks>().open,
-                             [this](const NSString& tracker) { return getTrackingUniqueInfo(tracker); });
+    NSString inward;
+    for (const Value& argument : message.arguments)
+        if (!inward && argument.is_dictionary())
+            inward = inward_address_in(argument.dictionary(), page, platform_.shared<OpenNetworks>().open,
+                                       [this](const NSString& tracker) { return getTrackingUniqueInfo(tracker); });
+    return inward;
 }
 
 std::optional<std::int64_t> QoroPhoneGapViewController::count_refusal()
