@@ -130,9 +130,11 @@ Mraid::Mraid(QoroPhoneGapViewController& ad, Platform& platform) : ad_(ad), plat
 {
 }
 
+// Without a notification: its first recipient would be the ad that is being destroyed.
 Mraid::~Mraid()
 {
-    release_orientation();
+    if (forced_ && platform_.device().orientation() == forced_->now)
+        platform_.device().force_orientation(forced_->before);
 }
 
 ScriptAnswer Mraid::carry_out(const ScriptMessage& message)
