@@ -94,6 +94,22 @@ TEST(Simulation, ShowsTheWholeStateInASnapshot)
               R"("background":null,"image":"arrayVideoSoundOffButton","text":null,"targets":["setMute"]})");
 }
 
+TEST(Simulation, EndsWhileAPageForcesTheOrientation)
+{
+    const Lines trace = trace_of(R"({
+      "ad": {"strVideoUrl": "http://ad/v.mp4", "portraitModeType": 2, "landscapeModeType": 2, "strStoreId": "99"},
+      "steps": [
+        {"open": 0},
+        {"at": 7, "script": ["mraid.load"]},
+        {"at": 7, "script": ["mraid.setOrientationProperties", {"forceOrientation": "landscape"}]},
+        {"at": 8, "snapshot": true}
+      ]
+    })");
+
+    ASSERT_FALSE(trace.empty());
+    EXPECT_NE(trace.back().find("snapshot"), std::string::npos);
+}
+
 TEST(Simulation, GivesTheSameBytesEveryTime)
 {
     const Scenario scenario = read_scenario(Example, "scenario.json");
