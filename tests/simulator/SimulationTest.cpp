@@ -123,6 +123,7 @@ TEST(Simulation, GivesTheSameBytesOnManyThreadsAtOnce)
     const std::string alone = simulate(scenario);
     std::vector<std::string> traces(4);
     std::vector<std::thread> threads;
+    threads.reserve(traces.size());
     for (std::string& trace : traces)
         threads.emplace_back([&scenario, &trace] { trace = simulate(scenario); });
     for (std::thread& thread : threads)
