@@ -4,7 +4,7 @@
 #include "desktop/cache/VideoDownload.h"
 #include "desktop/net/HttpAddress.h"
 #include "desktop/net/Reach.h"
-#include "session/InputError.h"
+#include "formats/InputError.h"
 
 #include <CLI/CLI.hpp>
 #include <glib.h>

@@ -1,6 +1,6 @@
 #include "app/LogOption.h"
 
-#include "session/LogLines.h"
+#include "formats/LogLines.h"
 
 #include <CLI/CLI.hpp>
 

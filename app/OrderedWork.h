@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/Trace.h"
+#include "formats/Trace.h"
 
 #include <condition_variable>
 #include <deque>

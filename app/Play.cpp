@@ -7,12 +7,12 @@
 #include "desktop/screen/DisplayWatch.h"
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
-#include "embedding/ServedAd.h"
+#include "formats/AdAddresses.h"
+#include "formats/InputError.h"
+#include "formats/LogLines.h"
+#include "host/Session.h"
+#include "host/desktop/ServedAd.h"
 #include "platform/Numbers.h"
-#include "session/AdAddresses.h"
-#include "session/InputError.h"
-#include "session/LogLines.h"
-#include "session/Session.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <glib-unix.h>

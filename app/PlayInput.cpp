@@ -1,8 +1,8 @@
 #include "app/PlayInput.h"
 
-#include "session/AdFile.h"
-#include "session/InputError.h"
-#include "session/InputFile.h"
+#include "formats/AdFile.h"
+#include "formats/InputError.h"
+#include "formats/InputFile.h"
 
 #include <filesystem>
 #include <iostream>

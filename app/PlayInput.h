@@ -2,7 +2,7 @@
 
 #include "app/PlayOptions.h"
 #include "desktop/DesktopPlatform.h"
-#include "session/Scenario.h"
+#include "formats/Scenario.h"
 
 #include <map>
 #include <memory>

@@ -1,8 +1,8 @@
 #include "app/PlayOptions.h"
 
 #include "app/LogOption.h"
+#include "formats/HostSetup.h"
 #include "platform/UIKit.h"
-#include "session/Host.h"
 
 #include <CLI/CLI.hpp>
 

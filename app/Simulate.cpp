@@ -2,10 +2,10 @@
 
 #include "app/LogOption.h"
 #include "app/OrderedWork.h"
-#include "session/InputError.h"
-#include "session/InputFile.h"
-#include "session/JsonText.h"
-#include "session/LogLines.h"
+#include "formats/InputError.h"
+#include "formats/InputFile.h"
+#include "formats/JsonText.h"
+#include "formats/LogLines.h"
 #include "simulator/Simulation.h"
 #include "simulator/Summary.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "formats/Trace.h"
 #include "platform/QoroAdManager.h"
-#include "session/Trace.h"
 
 #include <optional>
 #include <string>

@@ -1,6 +1,6 @@
 #include "app/TraceFile.h"
 
-#include "session/InputError.h"
+#include "formats/InputError.h"
 
 #include <cerrno>
 #include <cstdio>

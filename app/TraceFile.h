@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/Trace.h"
+#include "formats/Trace.h"
 
 #include <memory>
 #include <string>

@@ -1,5 +1,5 @@
 #include "app/Simulate.h"
-#include "session/InputError.h"
+#include "formats/InputError.h"
 
 #ifdef QORO_DESKTOP
 #include "app/Cache.h"

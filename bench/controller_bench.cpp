@@ -1,8 +1,8 @@
 // Cost of the controller on the simulated platform: time and allocations of one pass of each layout, one tick, and one
 // event to the script; and whole sessions per second, with and without their trace.
 
-#include "session/Session.h"
-#include "session/Trace.h"
+#include "formats/Trace.h"
+#include "host/Session.h"
 #include "simulator/SimulatedPlatform.h"
 #include "tests/support/Allocations.h"
 

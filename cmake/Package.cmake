@@ -25,16 +25,16 @@ function(qoro_install_headers)
     endforeach()
 endfunction()
 
-qoro_install_component(Controller qoro_session qoro_platform qoro_views qoro_kit qoro_controller qoro_session)
-qoro_install_headers(platform views kit Base session)
+qoro_install_component(Controller qoro_host qoro_platform qoro_views qoro_kit qoro_controller qoro_formats qoro_host)
+qoro_install_headers(platform views kit Base formats host)
 qoro_install_component(Simulator qoro_simulator qoro_simulator)
 qoro_install_headers(simulator)
 if(QORO_DESKTOP)
-    qoro_install_component(Desktop qoro_embedding
+    qoro_install_component(Desktop qoro_host_desktop
         qoro_desktop qoro_desktop_cache qoro_desktop_calendar qoro_desktop_device qoro_desktop_disk qoro_desktop_images
         qoro_desktop_loop qoro_desktop_media
-        qoro_desktop_net qoro_desktop_screen qoro_desktop_text qoro_desktop_web qoro_embedding qoro_script_library)
-    qoro_install_headers(desktop embedding)
+        qoro_desktop_net qoro_desktop_screen qoro_desktop_text qoro_desktop_web qoro_host_desktop qoro_script_library)
+    qoro_install_headers(desktop)
 endif()
 install(TARGETS qoro-ad RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 

@@ -37,7 +37,7 @@ struct Returned {
         line("return", field("command", &Returned::command), field("value", &Returned::value));
 };
 
-/// The controller's state, group by group (session/Snapshot.h).
+/// The controller's state, group by group (formats/Snapshot.h).
 struct Snapshot {
     const Value* fields;
     const Value* superclass;

@@ -1,7 +1,7 @@
 #include "simulator/SessionWatch.h"
 
-#include "session/AdAddresses.h"
-#include "session/Snapshot.h"
+#include "formats/AdAddresses.h"
+#include "formats/Snapshot.h"
 #include "views/ViewNode.h"
 
 #include <algorithm>

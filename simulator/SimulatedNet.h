@@ -1,7 +1,7 @@
 #pragma once
 
+#include "formats/World.h"
 #include "platform/Ports.h"
-#include "session/World.h"
 
 #include <cstddef>
 

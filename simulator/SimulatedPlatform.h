@@ -1,8 +1,8 @@
 #pragma once
 
+#include "formats/World.h"
+#include "host/SessionControls.h"
 #include "platform/Platform.h"
-#include "session/Controls.h"
-#include "session/World.h"
 #include "simulator/SimulatedDevice.h"
 #include "simulator/SimulatedNet.h"
 #include "simulator/SimulatedPlayer.h"

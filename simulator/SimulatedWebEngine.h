@@ -1,8 +1,8 @@
 #pragma once
 
+#include "formats/Steps.h"
+#include "formats/World.h"
 #include "platform/Ports.h"
-#include "session/Steps.h"
-#include "session/World.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,8 +1,8 @@
 #pragma once
 
-#include "session/Scenario.h"
-#include "session/Session.h"
-#include "session/Trace.h"
+#include "formats/Scenario.h"
+#include "formats/Trace.h"
+#include "host/Session.h"
 #include "simulator/SimulatedPlatform.h"
 
 #include <string>

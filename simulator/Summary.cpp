@@ -1,6 +1,6 @@
 #include "simulator/Summary.h"
 
-#include "session/JsonText.h"
+#include "formats/JsonText.h"
 #include "simulator/SessionWatch.h"
 
 #include <algorithm>

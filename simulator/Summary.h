@@ -1,7 +1,7 @@
 #pragma once
 
-#include "session/Scenario.h"
-#include "session/Trace.h"
+#include "formats/Scenario.h"
+#include "formats/Trace.h"
 
 #include <cstddef>
 #include <cstdint>

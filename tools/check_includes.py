@@ -1,8 +1,9 @@
 #!/usr/bin/env python3
-"""Fails if an #include points against the drawing of the top folders, or closes a cycle between subfolders.
+"""Fails if an #include points against the drawing of the folders, or closes a cycle between subfolders.
 
 A folder includes only folders that its arrows in docs/architecture.dot reach. The picture of the drawing is up to date.
-Subfolders of a top folder, of tests/ excepted, include each other without a cycle; a folder named detail is a part of the folder above it.
+The other subfolders of a folder, of tests/ excepted, include each other without a cycle; a folder named detail is a
+part of the folder above it.
 """
 
 import hashlib
@@ -15,7 +16,7 @@ from pathlib import Path, PurePosixPath
 ROOT = Path(__file__).resolve().parent.parent
 DRAWING = "docs/architecture.dot"
 PICTURE = "docs/architecture.svg"
-ARROW = re.compile(r"^\s*(\w+)\s*->\s*(\w+)\s*;?\s*$", re.MULTILINE)
+ARROW = re.compile(r'^\s*"?([\w/]+)"?\s*->\s*"?([\w/]+)"?\s*;?\s*$', re.MULTILINE)
 INCLUDE = re.compile(r'^[ \t]*#[ \t]*include[ \t]*"([^"]+)"', re.MULTILINE)
 
 
@@ -81,10 +82,16 @@ def main():
         faults.append(f"{PICTURE}: not rendered from {DRAWING} as it is; run tools/draw_architecture.sh")
     allowed = {folder: reachable(drawn, folder) for folder in list(drawn)}
 
+    nodes = set(drawn) | set().union(*drawn.values())
+
+    def node_of(folder):
+        """The innermost drawn folder that contains a folder; its top folder if none does."""
+        return next((str(outer) for outer in (folder, *folder.parents) if str(outer) in nodes), folder.parts[0])
+
     inner = defaultdict(lambda: defaultdict(set))
     places = {}
     for name, line, folder, included, target in includes():
-        top, target_top = folder.parts[0], target.parts[0]
+        top, target_top = node_of(folder), node_of(target)
         if top != target_top:
             if target_top not in allowed.get(top, ()):
                 faults.append(f"{name}:{line}: {top}/ must not include {included}; its arrows in {DRAWING} lead to "

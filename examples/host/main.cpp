@@ -3,8 +3,8 @@
 #include "desktop/DesktopPlatform.h"
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
-#include "embedding/ServedAd.h"
-#include "session/OpenedAd.h"
+#include "host/OpenedAd.h"
+#include "host/desktop/ServedAd.h"
 
 #include <gtk/gtk.h>
 

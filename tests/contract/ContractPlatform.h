@@ -1,8 +1,8 @@
 #pragma once
 
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
+#include "host/SessionControls.h"
 #include "platform/Platform.h"
-#include "session/Controls.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "session/Session.h"
+#include "host/Session.h"
 #include "tests/contract/ContractPlatform.h"
 
 #include <sstream>

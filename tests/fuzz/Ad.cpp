@@ -1,6 +1,6 @@
 // An ad file, then a session with the ad read from it.
 
-#include "session/AdFile.h"
+#include "formats/AdFile.h"
 #include "tests/fuzz/FuzzSession.h"
 #include "tests/fuzz/FuzzTarget.h"
 

@@ -1,6 +1,6 @@
 // The ad's buttons, a JSON list: all are shown, tapped, and executed one by one, on a phone and on a tablet.
 
-#include "session/Operations.h"
+#include "formats/Operations.h"
 #include "tests/fuzz/FuzzSession.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/AdSession.h"

@@ -1,7 +1,7 @@
 #include "tests/fuzz/FuzzSession.h"
 
-#include "session/AdFile.h"
-#include "session/Trace.h"
+#include "formats/AdFile.h"
+#include "formats/Trace.h"
 #include "simulator/Simulation.h"
 #include "simulator/Summary.h"
 #include "tests/fuzz/FuzzTarget.h"

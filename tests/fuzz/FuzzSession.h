@@ -1,8 +1,8 @@
 #pragma once
 
+#include "formats/InputError.h"
+#include "formats/Scenario.h"
 #include "platform/Value.h"
-#include "session/InputError.h"
-#include "session/Scenario.h"
 
 #include <string_view>
 

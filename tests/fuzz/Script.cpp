@@ -1,6 +1,6 @@
 // Messages of the creative's script: a JSON list of lists, each a command and its arguments.
 
-#include "session/JsonText.h"
+#include "formats/JsonText.h"
 #include "tests/fuzz/FuzzSession.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/support/AdSession.h"

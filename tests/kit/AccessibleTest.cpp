@@ -1,7 +1,7 @@
 #include "kit/Accessible.h"
 
+#include "host/ControlNames.h"
 #include "platform/QoroCountDownView.h"
-#include "session/ControlNames.h"
 #include "tests/support/RecordingPlatform.h"
 #include "views/ViewNode.h"
 

@@ -1,6 +1,6 @@
 #include "platform/QoroPhoneGapViewController.h"
+#include "formats/JsonText.h"
 #include "platform/ZulixOpenInAppApplicationViewController.h"
-#include "session/JsonText.h"
 #include "tests/support/RecordingPlatform.h"
 #include "views/ViewNode.h"
 

@@ -1,5 +1,5 @@
-#include "session/Scenario.h"
-#include "session/Session.h"
+#include "formats/Scenario.h"
+#include "host/Session.h"
 #include "simulator/SimulatedPlatform.h"
 #include "tests/support/ScenarioRun.h"
 

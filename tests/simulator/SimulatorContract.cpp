@@ -2,9 +2,9 @@
 #include "tests/contract/PlayerContract.h"
 #include "tests/contract/VolumeContract.h"
 
-#include "session/InputError.h"
-#include "session/JsonText.h"
-#include "session/Steps.h"
+#include "formats/InputError.h"
+#include "formats/JsonText.h"
+#include "formats/Steps.h"
 #include "simulator/SimulatedPlatform.h"
 
 #include <map>

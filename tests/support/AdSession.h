@@ -1,7 +1,7 @@
 #pragma once
 
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
-#include "session/World.h"
+#include "formats/World.h"
 #include "simulator/SimulatedPlatform.h"
 
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "tests/support/ScenarioRun.h"
 
-#include "session/InputError.h"
+#include "formats/InputError.h"
 #include "simulator/Simulation.h"
 
 #include <algorithm>

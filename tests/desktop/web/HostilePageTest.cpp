@@ -1,8 +1,8 @@
 #include "Places.h"
 #include "desktop/DesktopPlatform.h"
 #include "desktop/net/Reach.h"
-#include "session/JsonText.h"
-#include "session/Session.h"
+#include "formats/JsonText.h"
+#include "host/Session.h"
 #include "tests/desktop/net/NamesHere.h"
 #include "tests/desktop/web/PageTest.h"
 

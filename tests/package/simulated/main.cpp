@@ -1,4 +1,4 @@
-#include "session/OpenedAd.h"
+#include "host/OpenedAd.h"
 #include "simulator/SimulatedPlatform.h"
 
 #include <iostream>

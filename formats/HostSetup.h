@@ -1,0 +1,68 @@
+#pragma once
+
+#include "formats/LogLines.h"
+#include "kit/CloseGuard.h"
+#include "platform/Geometry.h"
+#include "platform/QoroAdManager.h"
+#include "platform/Value.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qoro
+{
+
+/// The host application around an ad, and the settings that the kit makes on the ad's controller before it opens.
+struct HostSetup {
+    /// Interface orientations that the host allows.
+    std::vector<std::int64_t> autorotates{UIInterfaceOrientationPortrait};
+    /// Size of the host's root view; absent for a host without a root view controller.
+    std::optional<CGSize> root_view = CGSize{375, 812};
+    /// Whether the host's window is the key window.
+    bool key_window = true;
+    /// Whether another ad controller opened this one.
+    bool parent = false;
+    /// Whether the ad is added to a window of its parent.
+    bool parent_window = false;
+    /// Which delegates are set. They implement the failure message.
+    bool delegate = false;
+    bool interstitial_delegate = false;
+
+    bool lock_one_side = false;
+    bool lock_one_side_landscape = false;
+    bool lock_one_side_portrait = false;
+    bool use_auto_rotate = false;
+    SendImpPolicy impression_policy = CallShowFunc;
+    /// Times of the close guard; absent for none.
+    std::optional<CloseGuardTimes> guard = CloseGuardTimes{};
+
+    /// The kit's cookie identifier; null when not set.
+    NSString guid = "g-1";
+    double session = 1700000000.0;
+    std::int32_t sequence = 7;
+    /// Path of the kit's script library, as a page names it.
+    NSString script = "kit://script.js";
+    /// Address pattern of a store's item, as for QoroAdManager::set_store_page.
+    std::string store_page = DefaultStorePage;
+
+    /// Whether the ad's requests are limited (QoroAdManager::begin_ad).
+    bool tracker_limit = true;
+
+    /// Receives the lines of the ad's log, on the main thread and inside the event that writes them; it must not call
+    /// the ad. Used by OpenedAd; may be empty.
+    LogSink log;
+};
+
+/// Defaults of a simulated session's host: without the kit's close guard and request limits.
+HostSetup unguarded_host();
+
+/// Address of the item "id" in a pattern.
+/// @param pattern as for QoroAdManager::set_store_page
+NSURL store_page_of_id(const std::string& pattern);
+
+/// Whether a pattern is valid: it contains "{id}" and gives an http or https address.
+bool is_store_page(const std::string& pattern);
+
+} // namespace qoro

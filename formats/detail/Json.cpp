@@ -1,0 +1,132 @@
+#include "formats/detail/Json.h"
+
+#include "formats/InputError.h"
+
+#include <algorithm>
+#include <limits>
+#include <utility>
+#include <vector>
+
+namespace qoro::detail
+{
+
+namespace
+{
+
+/// The deepest nesting of brackets outside strings. Checked before parsing, to bound recursion (to_value, dump).
+int nesting(std::string_view text)
+{
+    int depth = 0;
+    int deepest = 0;
+    bool in_text = false;
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        const char c = text[i];
+        if (in_text) {
+            if (c == '\\')
+                ++i;
+            else if (c == '"')
+                in_text = false;
+        } else if (c == '"') {
+            in_text = true;
+        } else if (c == '[' || c == '{') {
+            deepest = std::max(deepest, ++depth);
+        } else if (c == ']' || c == '}') {
+            --depth;
+        }
+    }
+    return deepest;
+}
+
+std::string line_and_column(std::string_view text, std::size_t byte)
+{
+    const std::string_view before = text.substr(0, byte == 0 ? 0 : byte - 1);
+    const auto line = 1 + std::ranges::count(before, '\n');
+    const std::size_t last_break = before.rfind('\n');
+    const std::size_t column = last_break == std::string_view::npos ? before.size() + 1 : before.size() - last_break;
+    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+}
+
+} // namespace
+
+Json parse_json(std::string_view text, const std::string& file)
+{
+    if (nesting(text) > DeepestNesting)
+        throw InputError(file, "", "lists and objects stand more than " + std::to_string(DeepestNesting) + " deep");
+    try {
+        return Json::parse(text);
+    } catch (const Json::parse_error& error) {
+        throw InputError(file, "", "no JSON at " + line_and_column(text, error.byte));
+    } catch (const Json::out_of_range&) {
+        throw InputError(file, "", "a number is too large");
+    }
+}
+
+Value to_value(const Json& json)
+{
+    using Kind = Json::value_t;
+    switch (json.type()) {
+    case Kind::boolean:
+        return json.get<bool>();
+    case Kind::number_integer:
+        return json.get<std::int64_t>();
+    case Kind::number_unsigned: {
+        const auto number = json.get<std::uint64_t>();
+        if (number > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
+            return static_cast<double>(number);
+        return static_cast<std::int64_t>(number);
+    }
+    case Kind::number_float:
+        return json.get<double>();
+    case Kind::string:
+        return json.get_ref<const std::string&>();
+    case Kind::array: {
+        std::vector<Value> values;
+        values.reserve(json.size());
+        for (const Json& each : json)
+            values.push_back(to_value(each));
+        return NSArray(std::move(values));
+    }
+    case Kind::object: {
+        NSDictionary mapping = NSDictionary::dictionary();
+        for (const auto& [key, value] : json.items())
+            mapping.setObject(to_value(value), key);
+        return mapping;
+    }
+    default:
+        return nullptr;
+    }
+}
+
+std::string shown(const Json& json)
+{
+    constexpr std::size_t Longest = 60;
+    std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
+    if (text.size() <= Longest)
+        return text;
+    std::size_t end = Longest;
+    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
+        --end;
+    return text.substr(0, end) + "…";
+}
+
+std::string under(const std::string& path, std::string_view key)
+{
+    std::string result = path + "/";
+    for (const char c : key) {
+        // Escapes of a JSON pointer (RFC 6901, section 3); control characters would break the one-line error.
+        if (c == '~')
+            result += "~0";
+        else if (c == '/')
+            result += "~1";
+        else
+            result += static_cast<unsigned char>(c) < 0x20 ? '?' : c;
+    }
+    return result;
+}
+
+std::string under(const std::string& path, std::size_t index)
+{
+    return path + "/" + std::to_string(index);
+}
+
+} // namespace qoro::detail

@@ -1,0 +1,323 @@
+#include "host/OpenedAd.h"
+
+#include "host/Session.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// No step asks for anything here.
+struct NoControls final : SessionControls {
+    void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
+    void change_device(const DeviceChange&) override {}
+    void leave_app() override {}
+};
+
+HostSetup with_delegate(HostSetup host)
+{
+    host.delegate = true;
+    return host;
+}
+
+AdEnd end_by(ClosedBy closer)
+{
+    switch (closer) {
+    case ClosedBy::Viewer:
+        break;
+    case ClosedBy::Page:
+        return AdEnd::Page;
+    case ClosedBy::Video:
+        return AdEnd::Video;
+    case ClosedBy::Host:
+        return AdEnd::Host;
+    }
+    return AdEnd::Viewer;
+}
+
+} // namespace
+
+std::string_view words_for(AdEnd end)
+{
+    switch (end) {
+    case AdEnd::Viewer:
+        return "closed by the viewer";
+    case AdEnd::Page:
+        return "closed by its page";
+    case AdEnd::Video:
+        return "closed at its video's end";
+    case AdEnd::Host:
+        return "closed by the host";
+    case AdEnd::Failed:
+        break;
+    }
+    return "failed";
+}
+
+/// Derives the outcome from the events of the ad.
+class OpenedAd::Watch final : public Object, public EventSink
+{
+public:
+    Watch(Platform& platform, OnEnd on_end) : platform_(platform), on_end_(std::move(on_end)) {}
+
+    void open(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host);
+    void close();
+    void leave();
+    bool has_ended() const { return ended_; }
+
+private:
+    void receive(const Event& event) override;
+    void note(const event::AdClosed& close);
+    void note(const event::ImpressionSent&) { outcome_.impression_sent = true; }
+    void note(const event::ApplicationLeft&) { ++outcome_.departures; }
+    void note(const event::AdFailed& failure) { outcome_.page_error = failure.error.view(); }
+    void note(const event::PageDied& death) { outcome_.page_error = death.reason.view(); }
+    void note(const event::NotificationPosted& notification);
+    void note(const event::PlayerCreated& player);
+    void note(const event::PlayerDropped&);
+    void note(const event::PlayerSought& seek);
+    void note(const event::PlayerFailed& failure);
+    void note(const event::AddressOpened&) { note_click_through(); }
+    void note(const event::CalendarEventPassed&) { note_click_through(); }
+    void note(const event::BrowserExpanded&) { note_click_through(); }
+    void note(const event::MessageSent&) { note_click_through(); }
+    void note(const event::StoreOpened&) { note_click_through(); }
+    /// Every other event leaves the outcome as it is.
+    template <typename Other>
+    void note(const Other&)
+    {
+    }
+    void note_click_through();
+
+    void video_changed(const NSNotification& notification);
+    void video_finished(const NSNotification& notification);
+    MPMoviePlayerController player() const;
+    /// Adds what the player has played since the last call.
+    void count_played();
+
+    void end(AdEnd how);
+
+    Platform& platform_;
+    OnEnd on_end_;
+    LogSink log_;
+    EventSink* const before_ = platform_.event_sink();
+    NoControls controls_;
+    std::unique_ptr<Session> session_;
+
+    AdOutcome outcome_;
+    double opened_ = 0;
+    bool shows_ = false;
+    bool ended_ = false;
+    /// A touch has led elsewhere in this event.
+    bool led_elsewhere_ = false;
+    /// Position in seconds from which playback is not counted yet; absent while the video does not play.
+    std::optional<double> runs_from_;
+};
+
+void OpenedAd::Watch::open(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host)
+{
+    if (dynamic_cast<Watch*>(before_))
+        throw std::logic_error("the platform has an opened ad already");
+    platform_.set_event_sink(this);
+    // Registered before the controller: this object counts what was played before the controller reacts.
+    platform_.dispatch([this] {
+        NSNotificationCenter& notifications = NSNotificationCenter::defaultCenter();
+        notifications.addObserver(action<&Watch::video_changed>(this, "video_changed"),
+                                  MPMoviePlayerPlaybackStateDidChangeNotification);
+        notifications.addObserver(action<&Watch::video_finished>(this, "video_finished"),
+                                  MPMoviePlayerPlaybackDidFinishNotification);
+    });
+    log_ = host.log;
+    session_ = std::make_unique<Session>(platform_, controls_, host, ad);
+    opened_ = platform_.loop().now();
+    platform_.dispatch([this] { session_->open(0); });
+    if (!shows_)
+        end(AdEnd::Failed);
+}
+
+void OpenedAd::Watch::close()
+{
+    if (ended_)
+        return;
+    session_->close(ClosedBy::Host);
+}
+
+/// Afterwards no end is reported.
+void OpenedAd::Watch::leave()
+{
+    on_end_ = nullptr;
+    log_ = nullptr;
+    close();
+    platform_.dispatch([this] { NSNotificationCenter::defaultCenter().removeObserver(this); });
+    session_.reset();
+    if (platform_.event_sink() == this)
+        platform_.set_event_sink(before_);
+}
+
+// ------------------------------------------------------------------------------------------------------------- events
+
+void OpenedAd::Watch::receive(const Event& event)
+{
+    if (before_)
+        before_->receive(event);
+    pass_log_line(log_, event);
+    if (!ended_)
+        std::visit([this](const auto& each) { note(each); }, event);
+}
+
+void OpenedAd::Watch::note(const event::AdClosed& close)
+{
+    // The controller still has its player.
+    count_played();
+    end(end_by(close.by));
+}
+
+void OpenedAd::Watch::note(const event::NotificationPosted& notification)
+{
+    if (notification.name.view() != "NotifyOpenVideoExResult")
+        return;
+    const NSDictionary result = notification.info->dictionary();
+    shows_ = result["Result"].string().isEqualToString("1");
+    if (!shows_ && result["e"])
+        outcome_.error = result["e"].string().text();
+}
+
+void OpenedAd::Watch::note(const event::PlayerCreated& player)
+{
+    count_played();
+    runs_from_.reset();
+    outcome_.videos.emplace_back().address = player.url.view();
+}
+
+void OpenedAd::Watch::note(const event::PlayerDropped&)
+{
+    count_played();
+    runs_from_.reset();
+}
+
+void OpenedAd::Watch::note(const event::PlayerSought& seek)
+{
+    count_played();
+    if (runs_from_)
+        runs_from_ = std::clamp(seek.to, 0.0, player().duration());
+}
+
+void OpenedAd::Watch::note(const event::PlayerFailed& failure)
+{
+    if (!outcome_.videos.empty())
+        outcome_.videos.back().error = failure.reason.view();
+}
+
+/// One touch may do two things, such as a message and a page.
+void OpenedAd::Watch::note_click_through()
+{
+    if (std::exchange(led_elsewhere_, true))
+        return;
+    ++outcome_.click_throughs;
+    platform_.loop().post([weak = weak_from_this()] {
+        if (const auto self = weak.lock())
+            static_cast<Watch&>(*self).led_elsewhere_ = false;
+    });
+}
+
+// ----------------------------------------------------------------------------------------------------------- the video
+
+MPMoviePlayerController OpenedAd::Watch::player() const
+{
+    const auto controller = session_ ? session_->living() : nullptr;
+    return controller ? controller->qoroMoviePlayer : MPMoviePlayerController();
+}
+
+void OpenedAd::Watch::count_played()
+{
+    const MPMoviePlayerController video = player();
+    if (!video || outcome_.videos.empty())
+        return;
+    PlayedVideo& played = outcome_.videos.back();
+    if (video.duration() > 0)
+        played.duration = video.duration();
+    if (!runs_from_)
+        return;
+    const double now = video.currentPlaybackTime();
+    played.played += std::max(now - *runs_from_, 0.0);
+    runs_from_ = now;
+}
+
+void OpenedAd::Watch::video_changed(const NSNotification&)
+{
+    if (ended_)
+        return;
+    count_played();
+    const MPMoviePlayerController video = player();
+    const bool runs = video.playbackState() == MPMoviePlaybackStatePlaying;
+    if (!runs)
+        runs_from_.reset();
+    else if (!runs_from_)
+        runs_from_ = video.currentPlaybackTime();
+}
+
+void OpenedAd::Watch::video_finished(const NSNotification& notification)
+{
+    if (ended_ || outcome_.videos.empty())
+        return;
+    count_played();
+    runs_from_.reset();
+    PlayedVideo& video = outcome_.videos.back();
+    switch (notification.userInfo[MPMoviePlayerPlaybackDidFinishReasonUserInfoKey].intValue()) {
+    case MPMovieFinishReasonPlaybackEnded:
+        video.reached_end = true;
+        break;
+    case MPMovieFinishReasonPlaybackError:
+        if (!video.error)
+            video.error.emplace();
+        break;
+    default:
+        break;
+    }
+}
+
+// ------------------------------------------------------------------------------------------------------------- the end
+
+void OpenedAd::Watch::end(AdEnd how)
+{
+    ended_ = true;
+    outcome_.end = how;
+    outcome_.lasted = platform_.loop().now() - opened_;
+    if (how == AdEnd::Failed && !outcome_.error)
+        outcome_.error = "the ad names no video";
+    platform_.loop().post([weak = weak_from_this()] {
+        const auto self = std::static_pointer_cast<Watch>(weak.lock());
+        if (const OnEnd on_end = self ? std::exchange(self->on_end_, nullptr) : nullptr)
+            on_end(self->outcome_);
+    });
+}
+
+// ----------------------------------------------------------------------------------------------------------- OpenedAd
+
+OpenedAd::OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host)
+    : watch_(std::make_shared<Watch>(platform, std::move(on_end)))
+{
+    watch_->open(ad, with_delegate(std::move(host)));
+}
+
+OpenedAd::~OpenedAd()
+{
+    watch_->leave();
+}
+
+void OpenedAd::close()
+{
+    watch_->close();
+}
+
+bool OpenedAd::has_ended() const
+{
+    return watch_->has_ended();
+}
+
+} // namespace qoro

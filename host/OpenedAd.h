@@ -1,0 +1,46 @@
+#pragma once
+
+#include "Base/VideoPlayer/QoroVideoAd.h"
+#include "formats/HostSetup.h"
+#include "host/AdOutcome.h"
+#include "platform/Platform.h"
+
+#include <functional>
+#include <memory>
+
+namespace qoro
+{
+
+/// An ad that a host application has opened, on any platform. Reports its end (AdEnd) to the host once. At most one at
+/// a time on a platform; the platform outlives it. Main thread only.
+///
+/// While it exists, it is the platform's event sink and forwards every event to the previous one.
+class OpenedAd
+{
+public:
+    using OnEnd = std::function<void(const AdOutcome& outcome)>;
+
+    /// Opens the ad.
+    /// @param ad the description; null fails
+    /// @param on_end called once when the ad has ended, as a separate event of the platform's loop; may destroy this
+    ///        object
+    /// @param host the ad's surroundings; the delegate that is notified of a page's failure is always set
+    /// @throws std::logic_error while the platform has another opened ad
+    OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host = {});
+    /// Takes an ad that has not ended off the screen, as close() does. No end is reported afterwards.
+    ~OpenedAd();
+    OpenedAd(const OpenedAd&) = delete;
+    OpenedAd& operator=(const OpenedAd&) = delete;
+
+    /// Ends the ad on behalf of the host; no effect for one that has ended.
+    void close();
+    /// Whether the ad has ended. The end may not have been reported yet.
+    bool has_ended() const;
+
+private:
+    class Watch;
+
+    const std::shared_ptr<Watch> watch_;
+};
+
+} // namespace qoro

@@ -1,0 +1,70 @@
+#pragma once
+
+#include "Base/VideoPlayer/QoroVideoWebViewController.h"
+#include "formats/HostSetup.h"
+#include "formats/Steps.h"
+#include "host/HostObjects.h"
+#include "host/SessionControls.h"
+#include "kit/CloseGuard.h"
+
+#include <cstddef>
+#include <memory>
+
+namespace qoro
+{
+
+/// One ad in its host, on any platform. Construction sets up the host, creates the controller, loads its view and makes
+/// it appear; steps do the rest. The platform outlives it.
+class Session
+{
+public:
+    /// @param controls carries out the steps that affect the ad's surroundings; outlives the session
+    /// @param ad the description to open; null opens an absent one
+    Session(Platform& platform, SessionControls& controls, const HostSetup& host, std::shared_ptr<QoroVideoAd> ad);
+    ~Session();
+    Session(const Session&) = delete;
+    Session& operator=(const Session&) = delete;
+
+    /// Reports a step to the event sink, then performs it, as one event.
+    /// @param n the step's index, from 0
+    void perform(const Step& step, std::size_t n);
+
+    /// Opens the ad.
+    /// @param y vertical position, points
+    void open(float y);
+    /// Closes the ad, even while its first close only hides the video. No effect once it has closed.
+    /// @param closer for event::AdClosed
+    void close(ClosedBy closer);
+    /// The viewer leaves the topmost screen of the kit: the browser or a store page.
+    /// @return false when no such screen is shown
+    bool leave_screen();
+    /// The host releases the controller; other owners may retain it.
+    void release();
+
+    /// The host's reference to the controller; null after release().
+    const std::shared_ptr<QoroVideoWebViewController>& controller() const { return controller_; }
+    /// The host's own window.
+    const UIWindow& host_window() const { return host_window_; }
+    /// The controller while anything retains it; null once destroyed.
+    std::shared_ptr<QoroVideoWebViewController> living() const { return living_.lock(); }
+
+private:
+    struct Performer;
+
+    void make_host(const HostSetup& host);
+    void make_controller(const HostSetup& host);
+
+    Platform& platform_;
+    SessionControls& controls_;
+    const std::shared_ptr<QoroVideoAd> ad_;
+    UIWindow host_window_;
+    std::shared_ptr<UIViewController> host_root_;
+    std::shared_ptr<ParentController> parent_;
+    std::shared_ptr<HostDelegate> delegate_;
+    std::shared_ptr<HostDelegate> interstitial_delegate_;
+    std::shared_ptr<QoroVideoWebViewController> controller_;
+    std::weak_ptr<QoroVideoWebViewController> living_;
+    std::shared_ptr<CloseGuard> guard_;
+};
+
+} // namespace qoro

@@ -1,0 +1,34 @@
+#pragma once
+
+#include "formats/Steps.h"
+#include "platform/MediaPlayer.h"
+
+namespace qoro
+{
+
+/// What a session's steps can change around the ad, beyond the platform's ports.
+class SessionControls
+{
+public:
+    virtual ~SessionControls() = default;
+    /// Delivers player news inside the call. No effect for a null player, or where players are real.
+    virtual void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) = 0;
+    /// Sets all values before posting any change; a value equal to the current one posts nothing.
+    virtual void change_device(const DeviceChange& change) = 0;
+    /// The user leaves the app.
+    virtual void leave_app() = 0;
+    /// Ends a page's process, or hangs its script, inside the call. No effect for a null page, or where pages are real.
+    virtual void break_page(const UIWebView& page, PageFault fault)
+    {
+        static_cast<void>(page);
+        static_cast<void>(fault);
+    }
+    /// Whether a page's script runs, so that a step may issue commands on its behalf.
+    virtual bool page_runs(const UIWebView& page) const
+    {
+        static_cast<void>(page);
+        return true;
+    }
+};
+
+} // namespace qoro

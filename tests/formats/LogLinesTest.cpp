@@ -1,0 +1,68 @@
+#include "formats/LogLines.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace qoro
+{
+namespace
+{
+
+struct Counter final : EventSink {
+    void receive(const Event&) override { ++count; }
+    int count = 0;
+};
+
+TEST(LogLines, HaveTheKitsLevels)
+{
+    EXPECT_EQ(log_level_name(ZulixLogTagOfDebug), "debug");
+    EXPECT_EQ(log_level_name(ZulixLogTagOfNote), "note");
+    EXPECT_EQ(log_level_name(5), "");
+    EXPECT_EQ(log_level_name(-1), "");
+    EXPECT_EQ(log_level_named("warning"), ZulixLogTagOfWarnning);
+    EXPECT_FALSE(log_level_named("Warning"));
+}
+
+TEST(LogLines, AreThoseOfTheLogAndTheConsole)
+{
+    std::vector<std::string> lines;
+    const LogSink sink = [&lines](ZulixLogTag level, std::string_view message) {
+        lines.push_back(std::string(log_level_name(level)) + " " + std::string(message));
+    };
+    Counter next;
+    LogFilter filter(sink, next);
+
+    filter.receive(event::Logged{.level = 3, .message = "InApp failAdRequest"});
+    filter.receive(event::ParentClicked{});
+    filter.receive(event::ConsoleLogged{.message = "playbackFinished"});
+
+    EXPECT_EQ(lines, (std::vector<std::string>{"error InApp failAdRequest", "info playbackFinished"}));
+    EXPECT_EQ(next.count, 3);
+}
+
+TEST(LogLines, MayHaveNoSink)
+{
+    Counter next;
+    LogFilter(nullptr, next).receive(event::Logged{.level = 3, .message = "InApp failAdRequest"});
+
+    EXPECT_EQ(next.count, 1);
+}
+
+TEST(LogLines, AreWrittenFromTheirLevelUp)
+{
+    std::string written;
+    const LogSink sink =
+        log_writer(ZulixLogTagOfWarnning, "ad.json", [&written](std::string_view line) { written += line; });
+
+    sink(ZulixLogTagOfInfo, "video play");
+    sink(ZulixLogTagOfNote, "Time's up");
+    sink(ZulixLogTagOfWarnning, "one\ntwo");
+    sink(ZulixLogTagOfError, "InApp failAdRequest");
+
+    EXPECT_EQ(written, "qoro-ad: ad.json: warning: one two\nqoro-ad: ad.json: error: InApp failAdRequest\n");
+}
+
+} // namespace
+} // namespace qoro
