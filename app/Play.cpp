@@ -65,7 +65,6 @@ private:
     // What the steps ask for.
     void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
     void change_device(const DeviceChange& change) override;
-    void leave_app() override { platform_.leave_app(); }
 
     void receive(const Event& event) override;
 

@@ -21,8 +21,8 @@ struct PlayInput {
     HostSetup host;
     /// Files of the host's own copies of videos, by address. A relative address is relative to the ad's folder.
     std::map<std::string, std::string> copies;
-    /// UIDeviceOrientation in which the device is held when the ad opens.
-    int orientation = 1;
+    /// How the device is held when the ad opens.
+    UIDeviceOrientation orientation = UIDeviceOrientationPortrait;
     std::vector<Step> steps;
 };
 

@@ -173,13 +173,13 @@ std::optional<DeviceModel> device_model(const std::string& name)
                        std::min(*width, *height) < ShortEdgeOfTablets};
 }
 
-std::optional<int> device_orientation(const std::string& name)
+std::optional<UIDeviceOrientation> device_orientation(const std::string& name)
 {
     const auto* row = std::ranges::find_if(
         Orientations, [&name](const NamedOrientation& one) { return one.name == name || one.number == name; });
     if (row == Orientations.end())
         return std::nullopt;
-    return static_cast<int>(row->orientation);
+    return row->orientation;
 }
 
 } // namespace qoro

@@ -65,6 +65,6 @@ struct DeviceModel {
 std::optional<DeviceModel> device_model(const std::string& name);
 
 /// A UIDeviceOrientation by its command-line name or its number; absent for any other text.
-std::optional<int> device_orientation(const std::string& name);
+std::optional<UIDeviceOrientation> device_orientation(const std::string& name);
 
 } // namespace qoro

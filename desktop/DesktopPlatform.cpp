@@ -42,7 +42,7 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     players_.options.on_sound_request = [this](const GstPlayer& player, SoundRequest request) {
         sound_requested(player, request);
     };
-    device_.on_interface_rotated = [this](int from) { tell_rotation(*this, from); };
+    device_.on_interface_rotated = [this](UIInterfaceOrientation from) { tell_rotation(*this, from); };
     // The controller's own log line contains neither the page's address nor the reason.
     fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
         emit(event::PageFailed{address, reason});
@@ -97,7 +97,7 @@ void DesktopPlatform::sound_requested(const GstPlayer& player, SoundRequest requ
     else
         interrupted_.erase(&player);
     if (interrupted_.empty() == was_interrupted)
-        audio_interrupted(was_interrupted ? 0 : 1);
+        audio_interrupted(was_interrupted ? AVAudioSessionInterruptionTypeEnded : AVAudioSessionInterruptionTypeBegan);
 }
 
 void DesktopPlatform::leave_app()

@@ -69,9 +69,8 @@ public:
     Screen& display() override { return screen_; }
     Translation& translation() override { return translation_; }
 
-    /// Reports that the viewer has left the application: pauses the players, then notifies the kit of
-    /// did-enter-background, as a separate event.
-    void leave_app();
+    /// Notifies the kit as a separate event.
+    void leave_app() override;
     /// Reports that the viewer has returned: will-enter-foreground, then did-become-active, then viewDidAppear to the
     /// root controllers of the visible windows, each as a separate event. The players stay paused until play() is
     /// called.

@@ -1,5 +1,7 @@
 #include "formats/HostSetup.h"
 
+#include "platform/QoroAdManager.h"
+
 namespace qoro
 {
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include "formats/LogLines.h"
-#include "kit/CloseGuard.h"
+#include "kit/CloseGuardTimes.h"
 #include "platform/Geometry.h"
-#include "platform/QoroAdManager.h"
+#include "platform/KitEnumerations.h"
+#include "platform/Orientation.h"
+#include "platform/StoreItem.h"
 #include "platform/Value.h"
 
 #include <cstdint>

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/Events.h"
-#include "platform/QoroAdManager.h"
+#include "platform/KitEnumerations.h"
 
 #include <cstdint>
 #include <functional>

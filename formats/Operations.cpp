@@ -52,7 +52,7 @@ Value view_did_appear(Controller& controller, const NSArray&)
 
 Value did_rotate(Controller& controller, const NSArray& arguments)
 {
-    controller.didRotateFromInterfaceOrientation(arguments[0].intValue());
+    controller.didRotateFromInterfaceOrientation(static_cast<UIInterfaceOrientation>(arguments[0].intValue()));
     return nullptr;
 }
 

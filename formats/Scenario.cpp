@@ -33,9 +33,9 @@ DeviceSetup read_device(const Reader& device)
     if (const auto screen = device.at("currentScreen"))
         setup.facts.current_screen = screen->size_or_null();
     if (const auto orientation = device.at("orientation"))
-        setup.orientation = orientation->whole("a device orientation");
+        setup.orientation = orientation->enumerated<UIDeviceOrientation>("a device orientation");
     if (const auto orientation = device.at("statusBarOrientation"))
-        setup.status_bar_orientation = orientation->whole("an interface orientation");
+        setup.status_bar_orientation = orientation->enumerated<UIInterfaceOrientation>("an interface orientation");
     if (const auto hidden = device.at("statusBarHidden"))
         setup.status_bar_hidden = hidden->flag();
     if (const auto phone = device.at("phone"))

@@ -120,11 +120,11 @@ What read_player(const Reader& reader)
     if (const auto duration = reader.at("duration"))
         news.duration = duration->number("a number of seconds");
     if (const auto load = reader.at("load"))
-        news.load = load->whole("a load state");
+        news.load = load->enumerated<MPMovieLoadState>("a load state");
     if (const auto state = reader.at("state"))
-        news.state = state->whole("a playback state");
+        news.state = state->enumerated<MPMoviePlaybackState>("a playback state");
     if (const auto finish = reader.at("finish"))
-        news.finish = finish->whole("a finish reason");
+        news.finish = finish->enumerated<MPMovieFinishReason>("a finish reason");
     return PlayerStep{news};
 }
 
@@ -152,9 +152,9 @@ What read_device(const Reader& reader)
     reader.with_keys({"orientation", "statusBarOrientation", "statusBarHidden", "outputVolume"});
     DeviceChange change;
     if (const auto orientation = reader.at("orientation"))
-        change.orientation = orientation->whole("a device orientation");
+        change.orientation = orientation->enumerated<UIDeviceOrientation>("a device orientation");
     if (const auto orientation = reader.at("statusBarOrientation"))
-        change.status_bar_orientation = orientation->whole("an interface orientation");
+        change.status_bar_orientation = orientation->enumerated<UIInterfaceOrientation>("an interface orientation");
     if (const auto hidden = reader.at("statusBarHidden"))
         change.status_bar_hidden = hidden->flag();
     if (const auto volume = reader.at("outputVolume"))
@@ -173,7 +173,7 @@ What read_app(const Reader& reader)
 
 What read_interrupt(const Reader& reader)
 {
-    return InterruptStep{reader.whole("an interruption type")};
+    return InterruptStep{reader.enumerated<AVAudioSessionInterruptionType>("an interruption type")};
 }
 
 void check_argument(const Reader& reader, ArgumentKind kind)

@@ -20,18 +20,15 @@ struct PlayerNews {
     std::optional<double> time;
     /// Seconds.
     std::optional<double> duration;
-    std::optional<int> load;
-    std::optional<int> state;
-    /// MPMovieFinishReason
-    std::optional<int> finish;
+    std::optional<MPMovieLoadState> load;
+    std::optional<MPMoviePlaybackState> state;
+    std::optional<MPMovieFinishReason> finish;
 };
 
 /// Changes of the device; absent values stay as they are.
 struct DeviceChange {
-    /// UIDeviceOrientation
-    std::optional<int> orientation;
-    /// UIInterfaceOrientation
-    std::optional<int> status_bar_orientation;
+    std::optional<UIDeviceOrientation> orientation;
+    std::optional<UIInterfaceOrientation> status_bar_orientation;
     std::optional<bool> status_bar_hidden;
     /// 0 to 1.
     std::optional<float> output_volume;
@@ -75,7 +72,7 @@ struct AppStep {
 };
 /// An audio interruption and its type.
 struct InterruptStep {
-    int type = 0;
+    AVAudioSessionInterruptionType type{};
 };
 /// The host or the kit calls an operation of the controller.
 struct CallStep {

@@ -25,10 +25,8 @@ struct NetAnswer {
 /// The device and its state at the session's start.
 struct DeviceSetup {
     DeviceFacts facts;
-    /// UIDeviceOrientation, 0 to 6.
-    int orientation = 1;
-    /// UIInterfaceOrientation, 1 to 4.
-    int status_bar_orientation = 1;
+    UIDeviceOrientation orientation = UIDeviceOrientationPortrait;
+    UIInterfaceOrientation status_bar_orientation = UIInterfaceOrientationPortrait;
     bool status_bar_hidden = false;
     /// 0 to 1.
     float output_volume = 0.6F;

@@ -16,7 +16,6 @@ namespace
 struct NoControls final : SessionControls {
     void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
     void change_device(const DeviceChange&) override {}
-    void leave_app() override {}
 };
 
 HostSetup with_delegate(HostSetup host)

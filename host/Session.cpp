@@ -177,7 +177,7 @@ struct Session::Performer {
     {
         switch (step.event) {
         case AppStep::Event::Background:
-            session.controls_.leave_app();
+            session.platform_.leave_app();
             break;
         case AppStep::Event::Foreground:
             session.platform_.application_will_enter_foreground();

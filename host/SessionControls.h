@@ -15,8 +15,6 @@ public:
     virtual void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) = 0;
     /// Sets all values before posting any change; a value equal to the current one posts nothing.
     virtual void change_device(const DeviceChange& change) = 0;
-    /// The user leaves the app.
-    virtual void leave_app() = 0;
     /// Ends a page's process, or hangs its script, inside the call. No effect for a null page, or where pages are real.
     virtual void break_page(const UIWebView& page, PageFault fault)
     {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kit/CloseGuardTimes.h"
 #include "kit/VideoMotion.h"
 #include "platform/Foundation.h"
 #include "platform/Platform.h"
@@ -13,20 +14,6 @@ namespace qoro
 {
 
 class QoroPhoneGapViewController;
-
-/// How long each condition must hold before the close guard shows its button, in seconds; none is negative.
-struct CloseGuardTimes {
-    /// The page controls closing, and its script does not respond.
-    double page_silent = 2;
-    /// The page received a tap on the close button, and nothing happened.
-    double tap_unanswered = 1;
-    /// The ad's own close button is due, but the page draws its own; or the video has played its whole length, but the
-    /// page prevents it from ending.
-    double custom_close = 5;
-    /// The video makes no progress and no close button can be tapped. A video that the page repeatedly pauses or seeks
-    /// makes no progress.
-    double nothing_moves = 30;
-};
 
 /// Lets the viewer close an ad that offers no working close control: a close button in a window above the ad. Does not
 /// modify the controller. Once shown, the button stays. A tap on it closes the ad, even if the ad's first close only

@@ -200,8 +200,8 @@ NSString Mraid::set_orientation(const NSArray& arguments)
     }
     platform_.emit(event::MraidOrientation{forced});
     release_orientation();
-    const int before = platform_.device().orientation();
-    const int now = landscape ? UIDeviceOrientationLandscapeLeft : UIDeviceOrientationPortrait;
+    const UIDeviceOrientation before = platform_.device().orientation();
+    const UIDeviceOrientation now = landscape ? UIDeviceOrientationLandscapeLeft : UIDeviceOrientationPortrait;
     // After five seconds the ad compares its layout with the device's orientation and adopts the latter, so the device
     // has to report the forced orientation. Either landscape side will do.
     const bool held_so = landscape && isLandscape(before);
@@ -219,7 +219,7 @@ bool Mraid::release_orientation()
     return forced.has_value();
 }
 
-void Mraid::set_device_orientation(int orientation)
+void Mraid::set_device_orientation(UIDeviceOrientation orientation)
 {
     Device& device = platform_.device();
     if (device.orientation() == orientation)

@@ -57,7 +57,7 @@ private:
     NSString refuse_size(const NSArray& arguments);
     NSString refuse_picture(const NSArray& arguments);
 
-    void set_device_orientation(int orientation);
+    void set_device_orientation(UIDeviceOrientation orientation);
     NSString leave_for(const NSURL& address);
     NSString run_on_touch(const Command& command, const NSArray& arguments);
 
@@ -82,8 +82,8 @@ private:
     bool wants_custom_close_ = false;
     /// The orientation before the page forced one, and the one set instead; absent while none is forced.
     struct Forced {
-        int before = 0;
-        int now = 0;
+        UIDeviceOrientation before;
+        UIDeviceOrientation now;
     };
     std::optional<Forced> forced_;
 };

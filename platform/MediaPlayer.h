@@ -27,10 +27,8 @@ public:
 
     void play() const;
     void pause() const;
-    /// MPMoviePlaybackState
-    int playbackState() const;
-    /// MPMovieLoadState
-    int loadState() const;
+    MPMoviePlaybackState playbackState() const;
+    MPMovieLoadState loadState() const;
     /// Seconds; 0 while unknown.
     double duration() const;
     /// Seconds from the start.
@@ -41,11 +39,11 @@ public:
     /// Null for a null player.
     UIView view() const;
     void setFullscreen(bool fullscreen) const;
-    void setScalingMode(int mode) const;
+    void setScalingMode(MPMovieScalingMode mode) const;
     void setShouldAutoplay(bool autoplay) const;
-    void setRepeatMode(int mode) const;
-    void setControlStyle(int style) const;
-    void setMovieSourceType(int type) const;
+    void setRepeatMode(MPMovieRepeatMode mode) const;
+    void setControlStyle(MPMovieControlStyle style) const;
+    void setMovieSourceType(MPMovieSourceType type) const;
     PlayerSettings settings() const;
     /// The address that it plays; null for a null player.
     NSURL contentURL() const;

@@ -80,6 +80,12 @@ void Platform::status_bar_frame_changed()
     dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidChangeStatusBarFrameNotification); });
 }
 
+void Platform::leave_app()
+{
+    players().leave_app();
+    application_did_enter_background();
+}
+
 void Platform::application_did_enter_background()
 {
     dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidEnterBackgroundNotification); });
@@ -95,7 +101,7 @@ void Platform::application_did_become_active()
     dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidBecomeActiveNotification); });
 }
 
-void Platform::audio_interrupted(int type)
+void Platform::audio_interrupted(AVAudioSessionInterruptionType type)
 {
     dispatch([this, type] {
         shared<NSNotificationCenter>().deliver(AVAudioSessionInterruptionNotification, AVAudioSession::sharedInstance(),

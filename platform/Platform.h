@@ -79,12 +79,13 @@ public:
     void device_orientation_changed();
     /// The status bar's orientation changed.
     void status_bar_frame_changed();
+    /// The viewer leaves the application: pauses the players, then calls application_did_enter_background().
+    virtual void leave_app();
     /// Observed by the kit only.
     void application_did_enter_background();
     void application_will_enter_foreground();
     void application_did_become_active();
-    /// @param type AVAudioSessionInterruptionType: 1 began, 0 ended
-    void audio_interrupted(int type);
+    void audio_interrupted(AVAudioSessionInterruptionType type);
 
 private:
     friend class ViewWatch;

@@ -2,6 +2,7 @@
 
 #include "platform/CalendarEvent.h"
 #include "platform/Geometry.h"
+#include "platform/Orientation.h"
 #include "platform/Translatable.h"
 #include "platform/Value.h"
 
@@ -19,6 +20,9 @@ namespace qoro
 {
 
 class Platform;
+/// What a display draws of a player, and of a web engine. Each platform whose display draws them defines them.
+class PictureSource;
+class WidgetSource;
 
 // ---------------------------------------------------------------------------------------------------------- Time
 
@@ -46,10 +50,17 @@ public:
 
 // ---------------------------------------------------------------------------------------------------------- Video
 
-/// MPMovieLoadState: bit flags.
-inline constexpr int MPMovieLoadStatePlayable = 1;
-inline constexpr int MPMovieLoadStatePlaythroughOK = 2;
-inline constexpr int MPMovieLoadStateStalled = 4;
+/// Bit flags.
+enum MPMovieLoadState : int {
+    MPMovieLoadStateUnknown = 0,
+    MPMovieLoadStatePlayable = 1,
+    MPMovieLoadStatePlaythroughOK = 2,
+    MPMovieLoadStateStalled = 4,
+};
+constexpr MPMovieLoadState operator|(MPMovieLoadState a, MPMovieLoadState b)
+{
+    return static_cast<MPMovieLoadState>(static_cast<int>(a) | static_cast<int>(b));
+}
 
 enum MPMoviePlaybackState : int {
     MPMoviePlaybackStateStopped = 0,
@@ -77,14 +88,19 @@ enum MPMovieControlStyle : int { MPMovieControlStyleNone = 0, MPMovieControlStyl
 enum MPMovieRepeatMode : int { MPMovieRepeatModeNone = 0, MPMovieRepeatModeOne = 1 };
 enum MPMovieSourceType : int { MPMovieSourceTypeUnknown = 0, MPMovieSourceTypeFile = 1 };
 
+enum AVAudioSessionInterruptionType : int {
+    AVAudioSessionInterruptionTypeEnded = 0,
+    AVAudioSessionInterruptionTypeBegan = 1
+};
+
 /// Playback and drawing options; the defaults are those of a new player.
 struct PlayerSettings {
     bool should_autoplay = true;
-    int scaling_mode = MPMovieScalingModeAspectFit;
+    MPMovieScalingMode scaling_mode = MPMovieScalingModeAspectFit;
     bool fullscreen = false;
-    int control_style = MPMovieControlStyleEmbedded;
-    int repeat_mode = MPMovieRepeatModeNone;
-    int source_type = MPMovieSourceTypeUnknown;
+    MPMovieControlStyle control_style = MPMovieControlStyleEmbedded;
+    MPMovieRepeatMode repeat_mode = MPMovieRepeatModeNone;
+    MPMovieSourceType source_type = MPMovieSourceTypeUnknown;
 };
 
 /// Receives a player's events, each as an event of its own. The player's getters already return the new state when the
@@ -95,8 +111,7 @@ public:
     virtual ~PlayerListener() = default;
     virtual void load_state_changed() = 0;
     virtual void playback_state_changed() = 0;
-    /// @param reason MPMovieFinishReason
-    virtual void finished(int reason) = 0;
+    virtual void finished(MPMovieFinishReason reason) = 0;
 };
 
 /// Plays one video. Every implementation follows these rules:
@@ -135,10 +150,11 @@ public:
     virtual double current_time() const = 0;
     /// Seconds; 0 while unknown.
     virtual double duration() const = 0;
-    /// MPMovieLoadState; 0 before the first report.
-    virtual int load_state() const = 0;
-    /// MPMoviePlaybackState
-    virtual int playback_state() const = 0;
+    /// MPMovieLoadStateUnknown before the first report.
+    virtual MPMovieLoadState load_state() const = 0;
+    virtual MPMoviePlaybackState playback_state() const = 0;
+    /// The pictures that the platform's display draws; null for a player without pictures.
+    virtual PictureSource* pictures() { return nullptr; }
 };
 
 /// Creates players.
@@ -149,6 +165,9 @@ public:
     /// Creates a player for a URL or a file path. A null source fails like a missing video. The listener must outlive
     /// the engine.
     virtual std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) = 0;
+    /// Pauses every player that exists, as the platform does when the viewer leaves the application. Each reports it;
+    /// it stays paused until play() is called.
+    virtual void leave_app() {}
 };
 
 /// The device's output volume. The viewer can change it too.
@@ -272,6 +291,8 @@ public:
     /// Turns the responsiveness watch on or off; a new engine has it off. Turning it off marks an unresponsive page as
     /// responsive again.
     virtual void watch_responsiveness(bool watch) { static_cast<void>(watch); }
+    /// The widget that the platform's display shows; null for an engine that draws nothing.
+    virtual WidgetSource* widget_source() { return nullptr; }
 };
 
 /// Creates web engines.
@@ -374,12 +395,10 @@ class Device
 public:
     virtual ~Device() = default;
     virtual const DeviceFacts& facts() const = 0;
-    /// UIDeviceOrientation, 0 to 6.
-    virtual int orientation() const = 0;
+    virtual UIDeviceOrientation orientation() const = 0;
     /// Overrides orientation() until the device is turned.
-    virtual void force_orientation(int orientation) = 0;
-    /// UIInterfaceOrientation, 1 to 4.
-    virtual int status_bar_orientation() const = 0;
+    virtual void force_orientation(UIDeviceOrientation orientation) = 0;
+    virtual UIInterfaceOrientation status_bar_orientation() const = 0;
     virtual bool status_bar_hidden() const = 0;
     /// Whether an application is registered for the address.
     virtual bool can_open(const NSURL& address) = 0;

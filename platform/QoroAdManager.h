@@ -1,6 +1,8 @@
 #pragma once
 
 #include "platform/Foundation.h"
+#include "platform/KitEnumerations.h"
+#include "platform/StoreItem.h"
 #include "platform/UIKit.h"
 
 #include <memory>
@@ -10,15 +12,6 @@
 namespace qoro
 {
 
-/// The kit's log levels. The misspelt name is part of the interface.
-enum ZulixLogTag : int {
-    ZulixLogTagOfDebug = 0,
-    ZulixLogTagOfInfo = 1,
-    ZulixLogTagOfWarnning = 2,
-    ZulixLogTagOfError = 3,
-    ZulixLogTagOfNote = 4,
-};
-
 /// The result of a request to the manager.
 struct QoroAdRequest {
     /// The response body; null when the request failed.
@@ -27,17 +20,6 @@ struct QoroAdRequest {
     NSString strTargetURL;
     /// Why it failed; its text is null on success.
     NSError error;
-};
-
-/// The default store page: shows an item by its AppStream identifier when the host has not set another.
-inline constexpr const char* DefaultStorePage = "https://flathub.org/apps/{id}";
-
-/// A store item and the attribution that the store receives. Any field may be null.
-struct StoreItem {
-    NSString id;
-    NSString campaign;
-    NSString provider;
-    NSString ad_provider;
 };
 
 class RequestLimit;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Foundation.h"
+#include "platform/KitEnumerations.h"
 #include "platform/MediaPlayer.h"
 #include "platform/QoroAdManager.h"
 #include "platform/QoroCountDownView.h"
@@ -20,19 +21,6 @@ class RefusalLog;
 class Mraid;
 class QoroVideoAd;
 class ZulixOpenInAppApplicationViewController;
-
-/// When an impression is sent.
-enum SendImpPolicy : int { CallShowFunc = 0, JsSide = 1, PageFinished = 2 };
-
-enum AdUnitType : int {
-    UNKNOWN = 0,
-    BANNER_AD = 1,
-    INTERSTITIAL_AD = 2,
-    IN_APP_WEBVIEW = 3,
-    VIDEO_AD = 4,
-    NATIVE_AD = 5,
-    SPLASH_AD = 6,
-};
 
 /// State of a running ad that the kit queries.
 struct AdFacts {

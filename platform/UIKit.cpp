@@ -38,7 +38,7 @@ UIApplication& UIApplication::sharedApplication()
     return Platform::current().shared<UIApplication>();
 }
 
-std::int64_t UIApplication::statusBarOrientation() const
+UIInterfaceOrientation UIApplication::statusBarOrientation() const
 {
     return platform_.device().status_bar_orientation();
 }
@@ -61,17 +61,17 @@ void UIApplication::openURL(const NSURL& address) const
     platform_.device().open(address);
 }
 
-std::int64_t UIDevice::orientation()
+UIDeviceOrientation UIDevice::orientation()
 {
     return Platform::current().device().orientation();
 }
 
-void UIDevice::forceOrientation(std::int64_t orientation)
+void UIDevice::forceOrientation(UIDeviceOrientation orientation)
 {
     Platform& platform = Platform::current();
     platform.emit(event::OrientationForced{orientation});
     const bool turns = platform.device().orientation() != orientation;
-    platform.device().force_orientation(static_cast<int>(orientation));
+    platform.device().force_orientation(orientation);
     if (turns)
         platform.device_orientation_changed();
 }

@@ -21,31 +21,6 @@ class UIViewController;
 class UIView;
 class UILabel;
 
-/// UIDeviceOrientation
-enum UIDeviceOrientation : std::int64_t {
-    UIDeviceOrientationUnknown = 0,
-    UIDeviceOrientationPortrait = 1,
-    UIDeviceOrientationPortraitUpsideDown = 2,
-    UIDeviceOrientationLandscapeLeft = 3,
-    UIDeviceOrientationLandscapeRight = 4,
-    UIDeviceOrientationFaceUp = 5,
-    UIDeviceOrientationFaceDown = 6,
-};
-
-/// UIInterfaceOrientation. The landscape values are swapped relative to UIDeviceOrientation.
-enum UIInterfaceOrientation : std::int64_t {
-    UIInterfaceOrientationPortrait = 1,
-    UIInterfaceOrientationPortraitUpsideDown = 2,
-    UIInterfaceOrientationLandscapeRight = 3,
-    UIInterfaceOrientationLandscapeLeft = 4,
-};
-
-/// Whether a device or interface orientation is landscape (3 or 4).
-inline bool isLandscape(std::int64_t orientation)
-{
-    return static_cast<std::uint64_t>(orientation) - 3 <= 1;
-}
-
 /// A colour, its components from 0 to 1, or null.
 struct UIColor {
     double red = 0;
@@ -295,7 +270,7 @@ public:
     /// Whether another controller presents this one.
     bool isBeingPresented() const { return !presenter_.expired(); }
     virtual void removeFromParentViewController();
-    virtual void didRotateFromInterfaceOrientation(std::int64_t orientation);
+    virtual void didRotateFromInterfaceOrientation(UIInterfaceOrientation orientation);
 
 protected:
     /// For a controller whose view is created elsewhere (the movie player's).
@@ -327,7 +302,7 @@ public:
     UIWindow keyWindow() const;
     /// All windows that still exist, in order of creation.
     std::vector<UIWindow> windows() const;
-    std::int64_t statusBarOrientation() const;
+    UIInterfaceOrientation statusBarOrientation() const;
     bool isStatusBarHidden() const;
     bool canOpenURL(const NSURL& address) const;
     /// Opens an address, and emits it as an event. No effect for a null address.
@@ -339,10 +314,9 @@ private:
 
 /// The orientation of the current platform's device.
 struct UIDevice {
-    /// UIDeviceOrientation
-    static std::int64_t orientation();
+    static UIDeviceOrientation orientation();
     /// Overrides the orientation, as setting the key "orientation" does, and emits it as an event.
-    static void forceOrientation(std::int64_t orientation);
+    static void forceOrientation(UIDeviceOrientation orientation);
 };
 
 /// Availability of the message composer.

@@ -18,9 +18,9 @@ public:
     explicit SimulatedDevice(const DeviceSetup& setup);
 
     const DeviceFacts& facts() const override { return setup_.facts; }
-    int orientation() const override { return orientation_; }
-    void force_orientation(int orientation) override { orientation_ = orientation; }
-    int status_bar_orientation() const override { return status_bar_orientation_; }
+    UIDeviceOrientation orientation() const override { return orientation_; }
+    void force_orientation(UIDeviceOrientation orientation) override { orientation_ = orientation; }
+    UIInterfaceOrientation status_bar_orientation() const override { return status_bar_orientation_; }
     bool status_bar_hidden() const override { return status_bar_hidden_; }
     bool can_open(const NSURL& address) override;
     void open(const NSURL& address) override;
@@ -33,8 +33,8 @@ public:
 
 private:
     const DeviceSetup& setup_;
-    int orientation_;
-    int status_bar_orientation_;
+    UIDeviceOrientation orientation_;
+    UIInterfaceOrientation status_bar_orientation_;
     bool status_bar_hidden_;
 };
 

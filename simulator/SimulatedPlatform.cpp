@@ -37,12 +37,6 @@ void SimulatedPlatform::bring_news(const MPMoviePlayerController& player, const 
         engine->take(news);
 }
 
-void SimulatedPlatform::leave_app()
-{
-    players_.leave_app();
-    application_did_enter_background();
-}
-
 void SimulatedPlatform::break_page(const UIWebView& page, PageFault fault)
 {
     if (auto* engine = static_cast<SimulatedWebEngine*>(page.engine()))
@@ -57,7 +51,7 @@ bool SimulatedPlatform::page_runs(const UIWebView& page) const
 
 void SimulatedPlatform::change_device(const DeviceChange& change)
 {
-    const int held_before = device_.orientation();
+    const UIDeviceOrientation held_before = device_.orientation();
     const bool bar_turned = device_.turn(change);
     if (change.output_volume)
         volume_.set_value(*change.output_volume);

@@ -46,7 +46,6 @@ public:
 
     void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) override;
     void change_device(const DeviceChange& change) override;
-    void leave_app() override;
     void break_page(const UIWebView& page, PageFault fault) override;
     bool page_runs(const UIWebView& page) const override;
 

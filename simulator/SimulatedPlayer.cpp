@@ -174,7 +174,7 @@ void SimulatedPlayer::put(const MediaTime& position)
     look_ahead();
 }
 
-void SimulatedPlayer::set_playback_state(int state)
+void SimulatedPlayer::set_playback_state(MPMoviePlaybackState state)
 {
     const MediaTime now = position();
     playback_state_ = state;

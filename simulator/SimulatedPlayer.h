@@ -22,7 +22,7 @@ public:
 
     std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) override;
     /// The user leaves the app: running players pause. No effect in manual mode.
-    void leave_app();
+    void leave_app() override;
 
 private:
     friend class SimulatedPlayer;
@@ -49,8 +49,8 @@ public:
     void seek(double time) override;
     double current_time() const override;
     double duration() const override { return duration_; }
-    int load_state() const override { return load_state_; }
-    int playback_state() const override { return playback_state_; }
+    MPMovieLoadState load_state() const override { return load_state_; }
+    MPMoviePlaybackState playback_state() const override { return playback_state_; }
 
     /// Applies player news and posts them in order, inside the call.
     void take(const PlayerNews& news);
@@ -80,7 +80,7 @@ private:
     MediaTime position() const;
     /// Sets the position, and counts from there while playing.
     void put(const MediaTime& position);
-    void set_playback_state(int state);
+    void set_playback_state(MPMoviePlaybackState state);
     void begin_playing();
     void fail();
     /// Restarts the timer for the next event of playback: end, stall or error.
@@ -100,8 +100,8 @@ private:
     const bool has_source_;
     PlayerSettings settings_;
     double duration_ = 0;
-    int load_state_ = 0;
-    int playback_state_ = MPMoviePlaybackStateStopped;
+    MPMovieLoadState load_state_ = MPMovieLoadStateUnknown;
+    MPMoviePlaybackState playback_state_ = MPMoviePlaybackStateStopped;
 
     double manual_time_ = 0;
 

@@ -5,7 +5,8 @@
 namespace qoro
 {
 
-double held_turn(int device_orientation, int bar_orientation, CGSize screen, double before)
+double held_turn(UIDeviceOrientation device_orientation, UIInterfaceOrientation bar_orientation, CGSize screen,
+                 double before)
 {
     if (screen.width > screen.height)
         return bar_orientation == UIInterfaceOrientationLandscapeLeft ? HalfTurn : 0;

@@ -40,7 +40,7 @@ struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared
 
     void load_state_changed() override { post(MPMoviePlayerLoadStateDidChangeNotification); }
     void playback_state_changed() override { post(MPMoviePlayerPlaybackStateDidChangeNotification); }
-    void finished(int reason) override
+    void finished(MPMovieFinishReason reason) override
     {
         post(MPMoviePlayerPlaybackDidFinishNotification,
              {{std::string(MPMoviePlayerPlaybackDidFinishReasonUserInfoKey), reason}});
@@ -104,14 +104,14 @@ void MPMoviePlayerController::pause() const
     state_->engine->pause();
 }
 
-int MPMoviePlayerController::playbackState() const
+MPMoviePlaybackState MPMoviePlayerController::playbackState() const
 {
-    return state_ ? state_->engine->playback_state() : 0;
+    return state_ ? state_->engine->playback_state() : MPMoviePlaybackStateStopped;
 }
 
-int MPMoviePlayerController::loadState() const
+MPMovieLoadState MPMoviePlayerController::loadState() const
 {
-    return state_ ? state_->engine->load_state() : 0;
+    return state_ ? state_->engine->load_state() : MPMovieLoadStateUnknown;
 }
 
 double MPMoviePlayerController::duration() const
@@ -149,7 +149,7 @@ void MPMoviePlayerController::setFullscreen(bool fullscreen) const
         state_->set(&PlayerSettings::fullscreen, fullscreen);
 }
 
-void MPMoviePlayerController::setScalingMode(int mode) const
+void MPMoviePlayerController::setScalingMode(MPMovieScalingMode mode) const
 {
     if (!state_)
         return;
@@ -163,19 +163,19 @@ void MPMoviePlayerController::setShouldAutoplay(bool autoplay) const
         state_->set(&PlayerSettings::should_autoplay, autoplay);
 }
 
-void MPMoviePlayerController::setRepeatMode(int mode) const
+void MPMoviePlayerController::setRepeatMode(MPMovieRepeatMode mode) const
 {
     if (state_)
         state_->set(&PlayerSettings::repeat_mode, mode);
 }
 
-void MPMoviePlayerController::setControlStyle(int style) const
+void MPMoviePlayerController::setControlStyle(MPMovieControlStyle style) const
 {
     if (state_)
         state_->set(&PlayerSettings::control_style, style);
 }
 
-void MPMoviePlayerController::setMovieSourceType(int type) const
+void MPMoviePlayerController::setMovieSourceType(MPMovieSourceType type) const
 {
     if (state_)
         state_->set(&PlayerSettings::source_type, type);
@@ -183,7 +183,12 @@ void MPMoviePlayerController::setMovieSourceType(int type) const
 
 PlayerSettings MPMoviePlayerController::settings() const
 {
-    return state_ ? state_->settings : PlayerSettings{false, 0, false, 0, 0, 0};
+    return state_ ? state_->settings : PlayerSettings{false,
+                                                      MPMovieScalingModeNone,
+                                                      false,
+                                                      MPMovieControlStyleNone,
+                                                      MPMovieRepeatModeNone,
+                                                      MPMovieSourceTypeUnknown};
 }
 
 NSURL MPMoviePlayerController::contentURL() const

@@ -20,7 +20,7 @@ void tell_each(Platform& platform, const std::function<void(UIViewController&)>&
 
 } // namespace
 
-void tell_rotation(Platform& platform, std::int64_t from)
+void tell_rotation(Platform& platform, UIInterfaceOrientation from)
 {
     tell_each(platform, [from](UIViewController& root) { root.didRotateFromInterfaceOrientation(from); });
 }

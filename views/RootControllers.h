@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cstdint>
+#include "platform/Orientation.h"
 
 namespace qoro
 {
@@ -11,8 +11,8 @@ class Platform;
 // own, from the bottom window up.
 
 /// The interface has rotated.
-/// @param from the UIInterfaceOrientation before
-void tell_rotation(Platform& platform, std::int64_t from);
+/// @param from the orientation before
+void tell_rotation(Platform& platform, UIInterfaceOrientation from);
 
 /// The viewer sees the windows again, after another application.
 void tell_appearance(Platform& platform);

@@ -69,7 +69,7 @@ void UIViewController::end_presentation()
 void UIViewController::removeFromParentViewController()
 {
 }
-void UIViewController::didRotateFromInterfaceOrientation(std::int64_t)
+void UIViewController::didRotateFromInterfaceOrientation(UIInterfaceOrientation)
 {
 }
 

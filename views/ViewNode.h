@@ -112,7 +112,7 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     /// Video views: the engine that supplies the picture. Owned by the player, which clears the pointer before
     /// destroying it. Null without a player.
     PlayerEngine* player = nullptr;
-    int scaling_mode = MPMovieScalingModeAspectFit;
+    MPMovieScalingMode scaling_mode = MPMovieScalingModeAspectFit;
 
     /// Increments revision and reports a visible change.
     void changed();

@@ -278,7 +278,7 @@ public:
     /// @param orientation "portrait" or "landscape"; anything else is ignored
     void changeOrientation(const NSString& orientation) override;
     /// Forces the device back to portrait until the video has begun to play.
-    void didRotateFromInterfaceOrientation(std::int64_t orientation) override;
+    void didRotateFromInterfaceOrientation(UIInterfaceOrientation orientation) override;
     /// Whether the status bar is hidden.
     bool ckeckIsStatusbarHide() const;
 

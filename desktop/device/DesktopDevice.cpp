@@ -16,16 +16,21 @@ namespace qoro
 namespace
 {
 struct Turned {
-    int clockwise;
-    int counterclockwise;
+    UIDeviceOrientation clockwise;
+    UIDeviceOrientation counterclockwise;
 };
-/// Indexed by the current UIDeviceOrientation, 1 to 4. A device whose top points left (3) was rotated
-/// counter-clockwise.
-constexpr std::array<Turned, 5> TurnedTable{{{}, {4, 3}, {3, 4}, {1, 2}, {2, 1}}};
+/// Indexed by the current UIDeviceOrientation, 1 to 4. A device whose top points left was rotated counter-clockwise.
+constexpr std::array<Turned, 5> TurnedTable{{
+    {},
+    {UIDeviceOrientationLandscapeRight, UIDeviceOrientationLandscapeLeft},
+    {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight},
+    {UIDeviceOrientationPortrait, UIDeviceOrientationPortraitUpsideDown},
+    {UIDeviceOrientationPortraitUpsideDown, UIDeviceOrientationPortrait},
+}};
 
-bool is_held(int orientation)
+bool is_held(UIDeviceOrientation orientation)
 {
-    return orientation >= 1 && orientation <= 4;
+    return orientation >= UIDeviceOrientationPortrait && orientation <= UIDeviceOrientationLandscapeRight;
 }
 
 /// In lower case; empty if the address has no scheme.
@@ -73,7 +78,7 @@ DesktopDevice::DesktopDevice(Platform& platform, DesktopDeviceOptions options)
         held_ = options_.orientation;
 }
 
-void DesktopDevice::force_orientation(int orientation)
+void DesktopDevice::force_orientation(UIDeviceOrientation orientation)
 {
     options_.orientation = orientation;
     if (is_held(orientation))
@@ -117,20 +122,21 @@ void DesktopDevice::launch(const NSURL& address, std::function<void()> done)
     g_app_info_launch_default_for_uri_async(opening->address.c_str(), nullptr, nullptr, was_opened, opening);
 }
 
-DeviceUpdate DesktopDevice::update_for(int device_orientation) const
+DeviceUpdate DesktopDevice::update_for(UIDeviceOrientation device_orientation) const
 {
     DeviceUpdate turned{.orientation = device_orientation};
     if (std::ranges::find(options_.autorotates, device_orientation) != options_.autorotates.end())
-        turned.status_bar_orientation = device_orientation;
+        // An interface orientation has the number of the device orientation in which it is upright.
+        turned.status_bar_orientation = static_cast<UIInterfaceOrientation>(device_orientation);
     return turned;
 }
 
-void DesktopDevice::hold(int device_orientation)
+void DesktopDevice::hold(UIDeviceOrientation device_orientation)
 {
     apply(update_for(device_orientation));
 }
 
-void DesktopDevice::turn(int device_orientation)
+void DesktopDevice::turn(UIDeviceOrientation device_orientation)
 {
     change(update_for(device_orientation));
 }
@@ -147,7 +153,7 @@ void DesktopDevice::turn_counterclockwise()
 
 void DesktopDevice::change(const DeviceUpdate& change)
 {
-    const int before = options_.status_bar_orientation;
+    const UIInterfaceOrientation before = options_.status_bar_orientation;
     apply(change);
     if (options_.status_bar_orientation == before)
         return;
@@ -160,12 +166,13 @@ void DesktopDevice::change(const DeviceUpdate& change)
 void DesktopDevice::apply(const DeviceUpdate& change)
 {
     options_.status_bar_hidden = change.status_bar_hidden.value_or(options_.status_bar_hidden);
-    const int held_before = std::exchange(options_.orientation, change.orientation.value_or(options_.orientation));
+    const UIDeviceOrientation held_before =
+        std::exchange(options_.orientation, change.orientation.value_or(options_.orientation));
     if (is_held(options_.orientation))
         held_ = options_.orientation;
     if (options_.orientation != held_before)
         platform_.loop().post([this] { platform_.device_orientation_changed(); });
-    const int before = options_.status_bar_orientation;
+    const UIInterfaceOrientation before = options_.status_bar_orientation;
     options_.status_bar_orientation = change.status_bar_orientation.value_or(before);
     if (options_.status_bar_orientation != before)
         platform_.loop().post([this] { platform_.status_bar_frame_changed(); });
@@ -174,7 +181,7 @@ void DesktopDevice::apply(const DeviceUpdate& change)
 
 void DesktopDevice::follow_sensor()
 {
-    sensor_ = std::make_unique<OrientationSensor>([this](int orientation) { turn(orientation); });
+    sensor_ = std::make_unique<OrientationSensor>([this](UIDeviceOrientation orientation) { turn(orientation); });
 }
 
 } // namespace qoro

@@ -17,10 +17,8 @@ namespace qoro
 struct DesktopDeviceOptions {
     /// Made-up values by default, so that trackers carry no information about this machine.
     DeviceFacts facts = {};
-    /// UIDeviceOrientation
-    int orientation = 1;
-    /// UIInterfaceOrientation
-    int status_bar_orientation = 1;
+    UIDeviceOrientation orientation = UIDeviceOrientationPortrait;
+    UIInterfaceOrientation status_bar_orientation = UIInterfaceOrientationPortrait;
     bool status_bar_hidden = false;
     /// UIInterfaceOrientations to which the host rotates automatically.
     std::vector<std::int64_t> autorotates{1, 3, 4};
@@ -30,8 +28,8 @@ struct DesktopDeviceOptions {
 
 /// Changes of a device that apply together; absent values stay as they are.
 struct DeviceUpdate {
-    std::optional<int> orientation = {};
-    std::optional<int> status_bar_orientation = {};
+    std::optional<UIDeviceOrientation> orientation = {};
+    std::optional<UIInterfaceOrientation> status_bar_orientation = {};
     std::optional<bool> status_bar_hidden = {};
 };
 
@@ -43,9 +41,9 @@ public:
     DesktopDevice(Platform& platform, DesktopDeviceOptions options);
 
     const DeviceFacts& facts() const override { return options_.facts; }
-    int orientation() const override { return options_.orientation; }
-    void force_orientation(int orientation) override;
-    int status_bar_orientation() const override { return options_.status_bar_orientation; }
+    UIDeviceOrientation orientation() const override { return options_.orientation; }
+    void force_orientation(UIDeviceOrientation orientation) override;
+    UIInterfaceOrientation status_bar_orientation() const override { return options_.status_bar_orientation; }
     bool status_bar_hidden() const override { return options_.status_bar_hidden; }
     bool can_open(const NSURL& address) override;
     /// Opens an address with the machine's program for its scheme. Local files are never opened.
@@ -58,14 +56,14 @@ public:
     const std::vector<std::int64_t>& autorotates() const { return options_.autorotates; }
 
     /// Called when the status bar has rotated, as an event of its own after its report: receives the
-    /// UIInterfaceOrientation before. May be empty.
-    std::function<void(int from)> on_interface_rotated;
+    /// May be empty.
+    std::function<void(UIInterfaceOrientation from)> on_interface_rotated;
 
     /// Holds the device in the orientation in which the viewer begins: as turn(), but no interface has rotated.
-    void hold(int device_orientation);
+    void hold(UIDeviceOrientation device_orientation);
     /// Rotates the device: its orientation changes, then the status bar's if the host permits that interface
     /// orientation.
-    void turn(int device_orientation);
+    void turn(UIDeviceOrientation device_orientation);
     /// Rotates by a quarter turn from the current orientation.
     void turn_clockwise();
     void turn_counterclockwise();
@@ -76,14 +74,14 @@ public:
     void follow_sensor();
 
 private:
-    DeviceUpdate update_for(int device_orientation) const;
+    DeviceUpdate update_for(UIDeviceOrientation device_orientation) const;
     void apply(const DeviceUpdate& change);
     void launch(const NSURL& address, std::function<void()> done);
 
     Platform& platform_;
     DesktopDeviceOptions options_;
-    /// The last orientation in which the device was not lying flat: 1 to 4.
-    int held_ = 1;
+    /// The last orientation in which the device was not lying flat.
+    UIDeviceOrientation held_ = UIDeviceOrientationPortrait;
     std::unique_ptr<OrientationSensor> sensor_;
     /// Expires with the device; checked by pending program launches.
     std::shared_ptr<bool> alive_ = std::make_shared<bool>();

@@ -19,15 +19,17 @@ constexpr const char* OrientationProperty = "AccelerometerOrientation";
 struct Row {
     /// The edge of the machine that points up.
     std::string_view reading;
-    int orientation;
+    UIDeviceOrientation orientation;
 };
-constexpr auto Readings = std::to_array<Row>({{"normal", 1}, {"bottom-up", 2}, {"right-up", 3}, {"left-up", 4}});
+constexpr auto Readings = std::to_array<Row>({{"normal", UIDeviceOrientationPortrait},
+                                              {"bottom-up", UIDeviceOrientationPortraitUpsideDown},
+                                              {"right-up", UIDeviceOrientationLandscapeLeft},
+                                              {"left-up", UIDeviceOrientationLandscapeRight}});
 
-/// 0 for an unknown reading.
-int orientation_of(std::string_view reading)
+UIDeviceOrientation orientation_of(std::string_view reading)
 {
     const auto* row = std::ranges::find(Readings, reading, &Row::reading);
-    return row == Readings.end() ? 0 : row->orientation;
+    return row == Readings.end() ? UIDeviceOrientationUnknown : row->orientation;
 }
 } // namespace
 
@@ -37,7 +39,7 @@ struct OrientationSensor::State {
     GDBusConnection* bus = nullptr;
     GDBusProxy* proxy = nullptr;
     guint watch = 0;
-    int last = 0;
+    UIDeviceOrientation last = UIDeviceOrientationUnknown;
 
     ~State()
     {
@@ -113,13 +115,13 @@ struct OrientationSensor::State {
         GVariant* property = g_dbus_proxy_get_cached_property(proxy, OrientationProperty);
         if (!property)
             return;
-        int now = 0;
+        UIDeviceOrientation now = UIDeviceOrientationUnknown;
         if (g_variant_is_of_type(property, G_VARIANT_TYPE_STRING))
             now = orientation_of(g_variant_get_string(property, nullptr));
         g_variant_unref(property);
-        if (now == 0 || now == last)
+        if (now == UIDeviceOrientationUnknown || now == last)
             return;
-        if (std::exchange(last, now) != 0)
+        if (std::exchange(last, now) != UIDeviceOrientationUnknown)
             on_turn(now);
     }
 

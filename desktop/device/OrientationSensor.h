@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Orientation.h"
+
 #include <functional>
 #include <memory>
 
@@ -13,10 +15,10 @@ namespace qoro
 class OrientationSensor
 {
 public:
-    /// Receives the UIDeviceOrientation of the machine: 1 upright, 2 upside down, 3 top to the left, 4 top to the
-    /// right. Called on the main loop, for changes only: the machine's initial orientation says nothing about how the
-    /// viewer wants to see the device.
-    using OnTurn = std::function<void(int)>;
+    /// Receives the orientation of the machine: upright, upside down, or lying on one of its sides. Called on the main
+    /// loop, for changes only: the machine's initial orientation says nothing about how the viewer wants to see the
+    /// device.
+    using OnTurn = std::function<void(UIDeviceOrientation)>;
 
     /// Uses the system bus.
     explicit OrientationSensor(OnTurn on_turn);

@@ -71,7 +71,7 @@ struct FrameScaler::Input {
     GstVideoInfo info;
     int box_width;
     int box_height;
-    int scaling_mode;
+    MPMovieScalingMode scaling_mode;
 };
 
 struct FrameScaler::Step {
@@ -84,7 +84,7 @@ struct FrameScaler::Step {
 FrameScaler::FrameScaler() = default;
 FrameScaler::~FrameScaler() = default;
 
-void FrameScaler::prepare(GstCaps* caps, int box_width, int box_height, int scaling_mode)
+void FrameScaler::prepare(GstCaps* caps, int box_width, int box_height, MPMovieScalingMode scaling_mode)
 {
     if (input_ && input_->caps.get() == caps && input_->box_width == box_width && input_->box_height == box_height &&
         input_->scaling_mode == scaling_mode)
@@ -142,7 +142,7 @@ void FrameScaler::prepare(GstCaps* caps, int box_width, int box_height, int scal
     }
 }
 
-VideoFrame FrameScaler::scale(GstSample* sample, int box_width, int box_height, int scaling_mode)
+VideoFrame FrameScaler::scale(GstSample* sample, int box_width, int box_height, MPMovieScalingMode scaling_mode)
 {
     GstBuffer* decoded = gst_sample_get_buffer(sample);
     GstCaps* caps = gst_sample_get_caps(sample);

@@ -24,15 +24,14 @@ public:
     FrameScaler& operator=(const FrameScaler&) = delete;
 
     /// @param box_width, box_height device pixels, above 0
-    /// @param scaling_mode MPMovieScalingMode
     /// @return an empty frame if the sample contains no readable picture
-    VideoFrame scale(GstSample* sample, int box_width, int box_height, int scaling_mode);
+    VideoFrame scale(GstSample* sample, int box_width, int box_height, MPMovieScalingMode scaling_mode);
 
 private:
     struct Input;
     struct Step;
 
-    void prepare(GstCaps* caps, int box_width, int box_height, int scaling_mode);
+    void prepare(GstCaps* caps, int box_width, int box_height, MPMovieScalingMode scaling_mode);
 
     std::unique_ptr<Input> input_;
     std::vector<Step> steps_;

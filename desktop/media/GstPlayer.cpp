@@ -19,7 +19,7 @@ constexpr double ClosingPatience = 2.0;
 constexpr double Progress = 1.0;
 /// Seconds by which the duration may differ after a reload for the video to count as the same.
 constexpr double SameDuration = 0.5;
-constexpr int Ready = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
+constexpr MPMovieLoadState Ready = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
 
 struct FreeText {
     void operator()(char* text) const { g_free(text); }
@@ -197,13 +197,13 @@ double GstPlayer::current_time() const
 
 // -------------------------------------------------------------------------------------------------- Notifications
 
-void GstPlayer::set_load(int state)
+void GstPlayer::set_load(MPMovieLoadState state)
 {
     load_state_ = state;
     mailbox_->post([this] { listener_.load_state_changed(); });
 }
 
-void GstPlayer::set_playback(int state)
+void GstPlayer::set_playback(MPMoviePlaybackState state)
 {
     playback_state_ = state;
     mailbox_->post([this] { listener_.playback_state_changed(); });

@@ -52,8 +52,9 @@ public:
     void seek(double time) override;
     double current_time() const override;
     double duration() const override { return duration_; }
-    int load_state() const override { return load_state_; }
-    int playback_state() const override { return playback_state_; }
+    MPMovieLoadState load_state() const override { return load_state_; }
+    MPMoviePlaybackState playback_state() const override { return playback_state_; }
+    PictureSource* pictures() override { return this; }
 
     // PictureSource
 
@@ -79,8 +80,8 @@ private:
     void announce_playable();
     void announce_playthrough();
     void start();
-    void set_load(int state);
-    void set_playback(int state);
+    void set_load(MPMovieLoadState state);
+    void set_playback(MPMoviePlaybackState state);
     void run(bool playing);
     void stall();
     void go_on();
@@ -98,8 +99,8 @@ private:
     std::shared_ptr<VideoPictures> pictures_;
     std::unique_ptr<Pipeline> pipeline_;
 
-    int load_state_ = 0;
-    int playback_state_ = MPMoviePlaybackStateStopped;
+    MPMovieLoadState load_state_ = MPMovieLoadStateUnknown;
+    MPMoviePlaybackState playback_state_ = MPMoviePlaybackStateStopped;
     double duration_ = 0;
     /// Position in seconds: the exact one while the video does not move; while it plays, the last one that was read, so
     /// that positions never decrease.
@@ -144,7 +145,7 @@ public:
     GstPlayer::Options options;
 
     /// The viewer leaves the application: playing players pause and report it.
-    void leave_app();
+    void leave_app() override;
 
 private:
     MainLoop& loop_;

@@ -23,7 +23,7 @@ int shown(double length, int most)
 } // namespace
 
 PictureFit fit_picture(int frame_width, int frame_height, double pixel_ratio, int box_width, int box_height,
-                       int scaling_mode)
+                       MPMovieScalingMode scaling_mode)
 {
     PictureFit fit{0, 0, frame_width, frame_height, box_width, box_height};
     const double natural_width = frame_width * pixel_ratio;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Ports.h"
+
 namespace qoro
 {
 
@@ -23,8 +25,7 @@ struct PictureFit {
 /// @param frame_width, frame_height pixels
 /// @param pixel_ratio width of a frame's pixel divided by its height
 /// @param box_width, box_height device pixels, above 0
-/// @param scaling_mode MPMovieScalingMode
 PictureFit fit_picture(int frame_width, int frame_height, double pixel_ratio, int box_width, int box_height,
-                       int scaling_mode);
+                       MPMovieScalingMode scaling_mode);
 
 } // namespace qoro

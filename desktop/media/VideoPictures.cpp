@@ -39,7 +39,7 @@ void VideoPictures::set_box(int width, int height)
     make_picture();
 }
 
-void VideoPictures::set_scaling_mode(int mode)
+void VideoPictures::set_scaling_mode(MPMovieScalingMode mode)
 {
     std::scoped_lock lock(making_);
     if (mode == scaling_mode_)

@@ -30,8 +30,7 @@ public:
 
     /// Sets the box that pictures are fitted into, in device pixels. 0: no pictures are made.
     void set_box(int width, int height);
-    /// @param mode MPMovieScalingMode
-    void set_scaling_mode(int mode);
+    void set_scaling_mode(MPMovieScalingMode mode);
     /// Enables the announcement of the next picture.
     void fetched() { announced_ = false; }
     /// The latest picture; empty if there is none for the box. Any thread may call this.
@@ -49,7 +48,7 @@ private:
     std::shared_ptr<GstSample> decoded_;
     int width_ = 0;
     int height_ = 0;
-    int scaling_mode_;
+    MPMovieScalingMode scaling_mode_;
 
     mutable std::mutex taking_;
     // Guarded by taking_.

@@ -37,12 +37,12 @@ struct NodeState {
 
 PictureSource* picture_source_of(PlayerEngine* player)
 {
-    return dynamic_cast<PictureSource*>(player);
+    return player ? player->pictures() : nullptr;
 }
 
 WidgetSource* page_of(const ViewNode& view)
 {
-    return dynamic_cast<WidgetSource*>(view.web.get());
+    return view.web ? view.web->widget_source() : nullptr;
 }
 
 } // namespace

@@ -156,7 +156,7 @@ std::shared_ptr<ViewNode> Screen::focused_view() const
 bool Screen::is_written_into() const
 {
     const std::shared_ptr<ViewNode> view = focused_view();
-    const auto* page = view ? dynamic_cast<const WidgetSource*>(view->web.get()) : nullptr;
+    const WidgetSource* page = view && view->web ? view->web->widget_source() : nullptr;
     return page && page->takes_text();
 }
 

@@ -60,6 +60,7 @@ public:
     /// Cancels all downloads of a session and reports each to the engine of its page as refused.
     static void refuse_downloads(WebKitNetworkSession* session);
 
+    WidgetSource* widget_source() override { return this; }
     GtkWidget* widget() const override;
     void set_transparent(bool transparent) override;
     bool takes_text() const override { return text_entry_.active(); }

@@ -49,6 +49,12 @@ public:
     /// Seconds from 0 to LatestMoment.
     double seconds() const;
     std::int32_t whole(const std::string& expected = "a whole number") const;
+    /// A whole number as a value of an enumeration, also one that the enumeration does not name.
+    template <typename Enumeration>
+    Enumeration enumerated(const std::string& expected) const
+    {
+        return static_cast<Enumeration>(whole(expected));
+    }
     const std::string& text(const std::string& expected = "a text") const;
     /// A string, or null.
     NSString text_or_null() const;

@@ -24,7 +24,7 @@ World world_without_screen()
     return world;
 }
 
-World world_with_status_bar(int orientation)
+World world_with_status_bar(UIInterfaceOrientation orientation)
 {
     World world = AdSession::manual_world();
     world.device.status_bar_orientation = orientation;

@@ -23,7 +23,7 @@ World small_screen()
 }
 
 /// A host locked to landscape: its screen is landscape while the device is upright.
-World locked_host(int status_bar_orientation)
+World locked_host(UIInterfaceOrientation status_bar_orientation)
 {
     World world = AdSession::manual_world();
     world.device.facts.screen = CGSize{812, 375};
@@ -344,7 +344,7 @@ TEST(LockedLandscapeLayout, EverythingIsTurnedAHalfWhenTheStatusBarLeftTheLeft)
 TEST(LockedLandscapeLayout, IsTurnedAHalfByAStatusBarOnTheLeftOrByHavingEnteredThereButNotByBoth)
 {
     struct Turn {
-        int status_bar;
+        UIInterfaceOrientation status_bar;
         bool entered_left;
         double angle;
     };

@@ -138,7 +138,7 @@ struct Choice {
     const char* of;
     UIDeviceOrientation launch{};
     int device = UIDeviceOrientationPortrait;
-    int status_bar = UIInterfaceOrientationPortrait;
+    UIInterfaceOrientation status_bar = UIInterfaceOrientationPortrait;
     bool locked = false;
     bool has_portrait = true;
     bool has_landscape = true;

@@ -128,7 +128,8 @@ TEST(RemoveBtnClose, AnUprightDeviceIsNotLandscapeAlthoughTheAdHasThatArrangemen
 
 TEST(RemoveBtnClose, ALandscapeStatusBarCountsInALockedHost)
 {
-    for (const int side : {UIInterfaceOrientationLandscapeRight, UIInterfaceOrientationLandscapeLeft}) {
+    for (const UIInterfaceOrientation side :
+         {UIInterfaceOrientationLandscapeRight, UIInterfaceOrientationLandscapeLeft}) {
         AdSession session;
         has_hide_button(session);
         session.open();

@@ -45,7 +45,7 @@ protected:
 private:
     void load_state_changed() override { note("load ", player_->load_state()); }
     void playback_state_changed() override { note("state ", player_->playback_state()); }
-    void finished(int reason) override { note("finished ", reason); }
+    void finished(MPMovieFinishReason reason) override { note("finished ", reason); }
     void note(const char* what, int value)
     {
         times.push_back(player_->current_time());

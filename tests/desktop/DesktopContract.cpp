@@ -47,7 +47,6 @@ std::string clip()
 struct NoControls final : SessionControls {
     void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
     void change_device(const DeviceChange&) override {}
-    void leave_app() override {}
 };
 
 /// Starts a sound server if the test needs the volume. Must run before the platform is created.
@@ -192,7 +191,7 @@ private:
     /// @return its return value as text; absent if it throws
     std::optional<std::string> run(QoroVideoWebViewController& ad, const std::string& body)
     {
-        auto* view = WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*ad.webView().node()->web).widget());
+        auto* view = WEBKIT_WEB_VIEW(ad.webView().node()->web->widget_source()->widget());
         // Shared with the callback: if the page never answers, the result outlives this call.
         auto* shared = new std::shared_ptr<Result>(std::make_shared<Result>());
         const std::shared_ptr<Result> result = *shared;

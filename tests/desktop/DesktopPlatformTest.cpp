@@ -88,7 +88,7 @@ class Root : public UIViewController
 {
 public:
     void viewDidAppear(bool) override { told.emplace_back("appears"); }
-    void didRotateFromInterfaceOrientation(std::int64_t from) override
+    void didRotateFromInterfaceOrientation(UIInterfaceOrientation from) override
     {
         told.push_back("rotated from " + std::to_string(from));
     }
@@ -151,7 +151,7 @@ protected:
     }
     void load_state_changed() override {}
     void playback_state_changed() override {}
-    void finished(int) override {}
+    void finished(MPMovieFinishReason) override {}
 
     std::unique_ptr<DesktopPlatform> platform;
     std::optional<PlatformScope> scope;
@@ -165,10 +165,10 @@ TEST_F(DesktopPlatformReportTest, AControllerOnTheScreenIsToldOfAReturnToTheAppA
     open(true);
     window.setHidden(false);
 
-    platform->device().hold(3);
+    platform->device().hold(UIDeviceOrientationLandscapeLeft);
     platform->leave_app();
     platform->return_to_app();
-    platform->device().turn(1);
+    platform->device().turn(UIDeviceOrientationPortrait);
     let_events_pass();
 
     EXPECT_EQ(root->told, (Told{"bar", "active", "appears", "bar", "rotated from 3"}));
@@ -180,7 +180,7 @@ TEST_F(DesktopPlatformReportTest, AControllerInAHiddenWindowIsToldOfNeither)
 
     platform->leave_app();
     platform->return_to_app();
-    platform->device().turn(3);
+    platform->device().turn(UIDeviceOrientationLandscapeLeft);
     let_events_pass();
 
     EXPECT_EQ(root->told, (Told{"active", "bar"}));

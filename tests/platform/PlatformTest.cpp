@@ -163,7 +163,7 @@ TEST(APlatform, ReportsInterruptionsInTheAudioSessionsName)
     const auto ear = std::make_shared<Ear>();
     ear->listen_for("AVAudioSessionInterruptionNotification");
 
-    platform.audio_interrupted(1);
+    platform.audio_interrupted(AVAudioSessionInterruptionTypeBegan);
 
     EXPECT_EQ(ear->type, 1);
     EXPECT_EQ(ear->object, AVAudioSession::sharedInstance());

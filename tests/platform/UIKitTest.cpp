@@ -47,7 +47,7 @@ TEST_F(System, CannotOpenAnInvalidAddress)
 
 TEST_F(System, ForcesTheDevicesOrientationAndReportsIt)
 {
-    UIDevice::forceOrientation(3);
+    UIDevice::forceOrientation(UIDeviceOrientationLandscapeLeft);
 
     EXPECT_EQ(UIDevice::orientation(), 3);
     EXPECT_EQ(platform.transcript, Lines{"device orientation=3"});

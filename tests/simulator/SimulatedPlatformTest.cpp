@@ -166,10 +166,10 @@ TEST(SimulatedDevice, AForcedOrientationLastsUntilTheDeviceIsTurned)
 {
     SimulatedPlatform platform;
 
-    platform.device().force_orientation(4);
+    platform.device().force_orientation(UIDeviceOrientationLandscapeRight);
     EXPECT_EQ(platform.device().orientation(), 4);
     DeviceChange turn;
-    turn.orientation = 3;
+    turn.orientation = UIDeviceOrientationLandscapeLeft;
     platform.change_device(turn);
 
     EXPECT_EQ(platform.device().orientation(), 3);
@@ -180,7 +180,7 @@ TEST(SimulatedDevice, ANewStatusBarOrientationPostsItsNotificationAndTheSameOneD
     SimulatedPlatform platform;
     const auto observer = observe(platform, UIApplicationDidChangeStatusBarFrameNotification);
     DeviceChange change;
-    change.status_bar_orientation = 3;
+    change.status_bar_orientation = UIInterfaceOrientationLandscapeRight;
 
     platform.change_device(change);
     platform.change_device(change);
@@ -193,7 +193,7 @@ TEST(SimulatedDevice, ANewDeviceOrientationPostsNothing)
     SimulatedPlatform platform;
     const auto observer = observe(platform, UIApplicationDidChangeStatusBarFrameNotification);
     DeviceChange change;
-    change.orientation = 3;
+    change.orientation = UIDeviceOrientationLandscapeLeft;
 
     platform.change_device(change);
     platform.run_until(1);

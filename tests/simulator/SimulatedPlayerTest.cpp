@@ -38,7 +38,7 @@ struct PlayerRun : PlayerListener {
 
     void load_state_changed() override { note("load " + std::to_string(player->load_state())); }
     void playback_state_changed() override { note("state " + std::to_string(player->playback_state())); }
-    void finished(int reason) override { note("finish " + std::to_string(reason)); }
+    void finished(MPMovieFinishReason reason) override { note("finish " + std::to_string(reason)); }
     void note(const std::string& what) { reports.push_back(shortest_text(platform.loop().now()) + " " + what); }
 
     SimulatedPlatform platform;
@@ -443,7 +443,7 @@ TEST(AutomaticPlayer, AStepsNotificationsMoveTheVideo)
 PlayerNews playing_news()
 {
     PlayerNews news;
-    news.state = 1;
+    news.state = MPMoviePlaybackStatePlaying;
     return news;
 }
 
@@ -500,9 +500,9 @@ TEST(ManualPlayer, PostsItsNotificationsAsLoadThenStateThenFinishInsideTheCall)
     PlayerNews news;
     news.time = 30;
     news.duration = 30;
-    news.load = 3;
-    news.state = 2;
-    news.finish = 0;
+    news.load = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
+    news.state = MPMoviePlaybackStatePaused;
+    news.finish = MPMovieFinishReasonPlaybackEnded;
 
     static_cast<SimulatedPlayer&>(*run.player).take(news);
 

@@ -195,14 +195,14 @@ void AdSession::touch(double x, double y)
 void AdSession::rotate(int device_orientation)
 {
     DeviceChange change;
-    change.orientation = device_orientation;
+    change.orientation = static_cast<UIDeviceOrientation>(device_orientation);
     as_event([this, &change] { platform_.change_device(change); });
 }
 
-void AdSession::turn_status_bar(int interface_orientation)
+void AdSession::turn_status_bar(UIInterfaceOrientation orientation)
 {
     DeviceChange change;
-    change.status_bar_orientation = interface_orientation;
+    change.status_bar_orientation = orientation;
     as_event([this, &change] { platform_.change_device(change); });
 }
 
@@ -228,7 +228,7 @@ void AdSession::return_to_app()
 
 void AdSession::interrupt(int type)
 {
-    as_event([this, type] { platform_.audio_interrupted(type); });
+    as_event([this, type] { platform_.audio_interrupted(static_cast<AVAudioSessionInterruptionType>(type)); });
 }
 
 ScriptAnswer AdSession::script_says(const std::string& command, const NSArray& arguments)
@@ -251,21 +251,21 @@ void AdSession::bring(const PlayerNews& news)
 void AdSession::player_reports_load(int state)
 {
     PlayerNews news;
-    news.load = state;
+    news.load = static_cast<MPMovieLoadState>(state);
     bring(news);
 }
 
 void AdSession::player_reports_state(int state)
 {
     PlayerNews news;
-    news.state = state;
+    news.state = static_cast<MPMoviePlaybackState>(state);
     bring(news);
 }
 
 void AdSession::player_reports_finish(int reason)
 {
     PlayerNews news;
-    news.finish = reason;
+    news.finish = static_cast<MPMovieFinishReason>(reason);
     bring(news);
 }
 

@@ -58,7 +58,7 @@ public:
     /// Sets the device's orientation (UIDeviceOrientation) without posting.
     void rotate(int device_orientation);
     /// Sets the status bar's orientation (UIInterfaceOrientation), which posts its notification.
-    void turn_status_bar(int interface_orientation);
+    void turn_status_bar(UIInterfaceOrientation orientation);
     /// The hardware volume buttons; reported as a separate event, which has run on return.
     void set_volume(float volume);
     void leave_app();

@@ -21,8 +21,8 @@ struct ScriptedPlayer : PlayerEngine {
     void seek(double to) override { time = to; }
     double current_time() const override { return time; }
     double duration() const override { return length; }
-    int load_state() const override { return load; }
-    int playback_state() const override { return state; }
+    MPMovieLoadState load_state() const override { return static_cast<MPMovieLoadState>(load); }
+    MPMoviePlaybackState playback_state() const override { return static_cast<MPMoviePlaybackState>(state); }
 
     PlayerListener& listener;
     std::vector<PlayerSettings> applied;
@@ -141,9 +141,15 @@ private:
     /// Decodes any bytes that start with "PNG".
     std::shared_ptr<const DecodedImage> decode(const NSData& bytes) override;
     const DeviceFacts& facts() const override { return device_facts; }
-    int orientation() const override { return device_orientation; }
-    void force_orientation(int orientation) override { device_orientation = orientation; }
-    int status_bar_orientation() const override { return bar_orientation; }
+    UIDeviceOrientation orientation() const override { return static_cast<UIDeviceOrientation>(device_orientation); }
+    void force_orientation(UIDeviceOrientation orientation) override
+    {
+        device_orientation = static_cast<int>(orientation);
+    }
+    UIInterfaceOrientation status_bar_orientation() const override
+    {
+        return static_cast<UIInterfaceOrientation>(bar_orientation);
+    }
     bool status_bar_hidden() const override { return bar_hidden; }
     bool can_open(const NSURL& address) override { return address.absoluteString().contains(opens); }
     void open(const NSURL& address) override { opened.push_back(address.absoluteString().text()); }

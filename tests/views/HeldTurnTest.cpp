@@ -13,17 +13,17 @@ constexpr CGSize Phone{375, 812};
 
 TEST(HeldTurn, FollowsTheDeviceOrientation)
 {
-    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, 1, Phone, HalfTurn), 0);
-    EXPECT_EQ(held_turn(UIDeviceOrientationPortraitUpsideDown, 1, Phone, 0), HalfTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeLeft, 1, Phone, 0), -QuarterTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeRight, 1, Phone, 0), QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortrait, UIInterfaceOrientationPortrait, Phone, HalfTurn), 0);
+    EXPECT_EQ(held_turn(UIDeviceOrientationPortraitUpsideDown, UIInterfaceOrientationPortrait, Phone, 0), HalfTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeLeft, UIInterfaceOrientationPortrait, Phone, 0), -QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationLandscapeRight, UIInterfaceOrientationPortrait, Phone, 0), QuarterTurn);
 }
 
 TEST(HeldTurn, StaysWhileTheDeviceLiesFlat)
 {
-    EXPECT_EQ(held_turn(UIDeviceOrientationUnknown, 1, Phone, QuarterTurn), QuarterTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationFaceUp, 1, Phone, -QuarterTurn), -QuarterTurn);
-    EXPECT_EQ(held_turn(UIDeviceOrientationFaceDown, 1, Phone, 0), 0);
+    EXPECT_EQ(held_turn(UIDeviceOrientationUnknown, UIInterfaceOrientationPortrait, Phone, QuarterTurn), QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationFaceUp, UIInterfaceOrientationPortrait, Phone, -QuarterTurn), -QuarterTurn);
+    EXPECT_EQ(held_turn(UIDeviceOrientationFaceDown, UIInterfaceOrientationPortrait, Phone, 0), 0);
 }
 
 TEST(HeldTurn, OfAHostInLandscapeFollowsTheSideAlone)

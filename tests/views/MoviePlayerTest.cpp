@@ -209,7 +209,7 @@ TEST_F(MoviePlayer, ThatIsNullDoesNothingAndReadsZero)
     none.pause();
     none.setCurrentPlaybackTime(5);
     none.setFullscreen(true);
-    none.setScalingMode(2);
+    none.setScalingMode(MPMovieScalingModeAspectFill);
 
     EXPECT_EQ(none.duration(), 0);
     EXPECT_EQ(none.currentPlaybackTime(), 0);

@@ -19,7 +19,7 @@ namespace
 struct Root : UIViewController {
     Root(std::string its_name, std::vector<std::string>& into) : name(std::move(its_name)), told(into) {}
     void viewDidAppear(bool animated) override { told.push_back(name + (animated ? " animated" : " appears")); }
-    void didRotateFromInterfaceOrientation(std::int64_t from) override
+    void didRotateFromInterfaceOrientation(UIInterfaceOrientation from) override
     {
         told.push_back(name + " from " + std::to_string(from));
         then();
@@ -54,7 +54,7 @@ TEST_F(RootControllers, AreToldFromTheBottomWindowUp)
     without.setHidden(false);
 
     tell_appearance(platform);
-    tell_rotation(platform, 3);
+    tell_rotation(platform, UIInterfaceOrientationLandscapeRight);
 
     EXPECT_EQ(told, (std::vector<std::string>{"below appears", "above appears", "below from 3", "above from 3"}));
 }
@@ -64,7 +64,7 @@ TEST_F(RootControllers, OfHiddenWindowsAreToldNothing)
     above.setHidden(true);
 
     tell_appearance(platform);
-    tell_rotation(platform, 1);
+    tell_rotation(platform, UIInterfaceOrientationPortrait);
 
     EXPECT_EQ(told, (std::vector<std::string>{"below appears", "below from 1"}));
 }
@@ -73,7 +73,7 @@ TEST_F(RootControllers, MayBeReplacedByWhatTheyAreTold)
 {
     dynamic_cast<Root&>(*below.rootViewController()).then = [this] { below.setRootViewController(nullptr); };
 
-    tell_rotation(platform, 1);
+    tell_rotation(platform, UIInterfaceOrientationPortrait);
 
     EXPECT_EQ(told, (std::vector<std::string>{"below from 1", "above from 1"}));
 }

@@ -91,7 +91,7 @@ void QoroVideoWebViewController::changeOrientation(const NSString& orientation)
         setLandscapeFullScreenVideo();
 }
 
-void QoroVideoWebViewController::didRotateFromInterfaceOrientation(std::int64_t /*orientation*/)
+void QoroVideoWebViewController::didRotateFromInterfaceOrientation(UIInterfaceOrientation /*orientation*/)
 {
     if (!bIsInitVideoBeginStep)
         UIDevice::forceOrientation(UIDeviceOrientationPortrait);

@@ -44,7 +44,7 @@ protected:
 
 TEST_F(DesktopDeviceTest, TurningReportsTheStatusBarWhereTheHostAllowsTheOrientation)
 {
-    device.turn(3);
+    device.turn(UIDeviceOrientationLandscapeLeft);
     EXPECT_EQ(device.orientation(), 3);
     EXPECT_EQ(device.status_bar_orientation(), 3);
     EXPECT_EQ(listener->count, 0) << "posted inside the call";
@@ -60,13 +60,13 @@ TEST_F(DesktopDeviceTest, AnInterfaceHasRotatedAfterItsStatusBarWasReported)
         rotated_from.push_back(from);
     };
 
-    device.turn(3);
-    device.turn(4);
+    device.turn(UIDeviceOrientationLandscapeLeft);
+    device.turn(UIDeviceOrientationLandscapeRight);
     EXPECT_TRUE(rotated_from.empty()) << "posted inside the call";
     let_events_pass();
     EXPECT_EQ(rotated_from, std::vector<int>{1});
 
-    device.change({.status_bar_orientation = 1});
+    device.change({.status_bar_orientation = UIInterfaceOrientationPortrait});
     let_events_pass();
     EXPECT_EQ(rotated_from, (std::vector<int>{1, 3}));
 }
@@ -76,7 +76,7 @@ TEST_F(DesktopDeviceTest, NoInterfaceRotatesToWhereTheViewerBegins)
     int rotations = 0;
     device.on_interface_rotated = [&](int) { ++rotations; };
 
-    device.hold(3);
+    device.hold(UIDeviceOrientationLandscapeLeft);
     let_events_pass();
 
     EXPECT_EQ(device.orientation(), 3);
@@ -87,7 +87,7 @@ TEST_F(DesktopDeviceTest, NoInterfaceRotatesToWhereTheViewerBegins)
 
 TEST_F(DesktopDeviceTest, TurningToAnOrientationTheHostForbidsReportsNothing)
 {
-    device.turn(4);
+    device.turn(UIDeviceOrientationLandscapeRight);
     let_events_pass();
     EXPECT_EQ(device.orientation(), 4);
     EXPECT_EQ(device.status_bar_orientation(), 1);
@@ -96,8 +96,8 @@ TEST_F(DesktopDeviceTest, TurningToAnOrientationTheHostForbidsReportsNothing)
 
 TEST_F(DesktopDeviceTest, AfterLyingFlatItTurnsFromItsPreviousOrientation)
 {
-    device.turn(3);
-    device.turn(5);
+    device.turn(UIDeviceOrientationLandscapeLeft);
+    device.turn(UIDeviceOrientationFaceUp);
     EXPECT_EQ(device.orientation(), 5);
     EXPECT_EQ(device.status_bar_orientation(), 3);
     device.turn_clockwise();
@@ -106,11 +106,11 @@ TEST_F(DesktopDeviceTest, AfterLyingFlatItTurnsFromItsPreviousOrientation)
 
 TEST_F(DesktopDeviceTest, AForcedOrientationLastsUntilTheDeviceIsTurned)
 {
-    device.turn(3);
-    device.force_orientation(1);
+    device.turn(UIDeviceOrientationLandscapeLeft);
+    device.force_orientation(UIDeviceOrientationPortrait);
     EXPECT_EQ(device.orientation(), 1);
     EXPECT_EQ(device.status_bar_orientation(), 3);
-    device.turn(4);
+    device.turn(UIDeviceOrientationLandscapeRight);
     EXPECT_EQ(device.orientation(), 4);
 }
 
@@ -132,7 +132,9 @@ TEST_F(DesktopDeviceTest, FourQuarterTurnsAreAFullTurn)
 
 TEST_F(DesktopDeviceTest, AChangeToTheSameOrientationReportsNothing)
 {
-    device.change({.orientation = 1, .status_bar_orientation = 1, .status_bar_hidden = true});
+    device.change({.orientation = UIDeviceOrientationPortrait,
+                   .status_bar_orientation = UIInterfaceOrientationPortrait,
+                   .status_bar_hidden = true});
     let_events_pass();
     EXPECT_TRUE(device.status_bar_hidden());
     EXPECT_EQ(listener->count, 0);
@@ -184,10 +186,10 @@ TEST_F(DesktopDeviceTest, TurningIsReportedAlsoWhereTheHostDoesNotFollow)
     const auto watcher = std::make_shared<Listener>();
     NSNotificationCenter::defaultCenter().addObserver(action<&Listener::turned>(watcher.get(), "turned"),
                                                       UIDeviceOrientationDidChangeNotification);
-    device.turn(4);
+    device.turn(UIDeviceOrientationLandscapeRight);
     EXPECT_EQ(watcher->count, 0) << "posted inside the call";
     let_events_pass();
-    device.turn(4);
+    device.turn(UIDeviceOrientationLandscapeRight);
     let_events_pass();
 
     EXPECT_EQ(watcher->count, 1);

@@ -42,7 +42,7 @@ protected:
     bool page_gets(CGPoint point)
     {
         GtkWidget* picked = gtk_widget_pick(surface(), point.x, point.y, GTK_PICK_DEFAULT);
-        GtkWidget* page_widget = dynamic_cast<WidgetSource&>(*page.node()->web).widget();
+        GtkWidget* page_widget = page.node()->web->widget_source()->widget();
         return picked == page_widget || (picked && gtk_widget_is_ancestor(picked, page_widget));
     }
 

@@ -94,8 +94,9 @@ struct StillPlayer : PlayerEngine, PictureSource {
     void seek(double) override {}
     double current_time() const override { return 0; }
     double duration() const override { return 0; }
-    int load_state() const override { return 0; }
-    int playback_state() const override { return 0; }
+    MPMovieLoadState load_state() const override { return MPMovieLoadStateUnknown; }
+    MPMoviePlaybackState playback_state() const override { return MPMoviePlaybackStateStopped; }
+    PictureSource* pictures() override { return this; }
 
     void set_picture_size(int width_px, int height_px) override
     {

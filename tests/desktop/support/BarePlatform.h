@@ -54,9 +54,15 @@ private:
     CGSize measure(const NSString&, const FontSpec&, CGSize) override { return {}; }
     std::shared_ptr<const DecodedImage> decode(const NSData&) override { return nullptr; }
     const DeviceFacts& facts() const override { return device_facts; }
-    int orientation() const override { return device_orientation; }
-    void force_orientation(int orientation) override { device_orientation = orientation; }
-    int status_bar_orientation() const override { return bar_orientation; }
+    UIDeviceOrientation orientation() const override { return static_cast<UIDeviceOrientation>(device_orientation); }
+    void force_orientation(UIDeviceOrientation orientation) override
+    {
+        device_orientation = static_cast<int>(orientation);
+    }
+    UIInterfaceOrientation status_bar_orientation() const override
+    {
+        return static_cast<UIInterfaceOrientation>(bar_orientation);
+    }
     bool status_bar_hidden() const override { return false; }
     bool can_open(const NSURL&) override { return false; }
     void open(const NSURL&) override {}

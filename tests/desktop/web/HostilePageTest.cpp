@@ -18,7 +18,6 @@ namespace
 struct NoControls final : SessionControls {
     void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
     void change_device(const DeviceChange&) override {}
-    void leave_app() override {}
 };
 
 DesktopPlatform::Options silent()

@@ -48,7 +48,7 @@ protected:
 
     void show()
     {
-        gtk_window_set_child(GTK_WINDOW(window_), dynamic_cast<WidgetSource&>(*engine).widget());
+        gtk_window_set_child(GTK_WINDOW(window_), engine->widget_source()->widget());
         gtk_window_present(GTK_WINDOW(window_));
     }
     void hide() { gtk_window_set_child(GTK_WINDOW(window_), nullptr); }

@@ -16,10 +16,7 @@ protected:
     {
         platform.loop().run_until([] { return false; }, seconds);
     }
-    void end_process()
-    {
-        webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*engine).widget()));
-    }
+    void end_process() { webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(engine->widget_source()->widget())); }
 };
 
 TEST_F(PagePulseTest, APageThatHangsIsReportedOnce)

@@ -353,7 +353,7 @@ TEST_F(WebKitEngineEventTest, AnEventAfterThePageHasEndedIsLost)
 {
     load_script("qoroPlayer.addEventListener('video_play', () => note('heard'))");
     wait_for("finish");
-    webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*engine).widget()));
+    webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(engine->widget_source()->widget()));
     send("video_play");
     wait_for("died: the page's process was ended");
     send("video_play");
@@ -548,7 +548,7 @@ TEST_F(BrowsedPageTest, WhoseProcessIsKilledIsReportedAndCanBeReloaded)
 {
     browse("<title>here</title>");
     recorder.heard.clear();
-    webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*engine).widget()));
+    webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(engine->widget_source()->widget()));
     wait_for("died: the page's process was ended");
     EXPECT_FALSE(engine->page_state().has_content);
 
@@ -569,7 +569,7 @@ TEST_F(WebKitEngineTest, APagesProcessThatIsKilledIsReportedAndTheNextPageLoads)
 {
     load_script("note('alive')");
     wait_for("finish");
-    auto* view = WEBKIT_WEB_VIEW(dynamic_cast<WidgetSource&>(*engine).widget());
+    auto* view = WEBKIT_WEB_VIEW(engine->widget_source()->widget());
     webkit_web_view_terminate_web_process(view);
     wait_for("died: the page's process was ended");
     recorder.heard.clear();
@@ -580,7 +580,7 @@ TEST_F(WebKitEngineTest, APagesProcessThatIsKilledIsReportedAndTheNextPageLoads)
 
 TEST_F(WebKitEngineTest, AScaledPageWiderThanTheViewIsShrunk)
 {
-    GtkWidget* widget = dynamic_cast<WidgetSource&>(*engine).widget();
+    GtkWidget* widget = engine->widget_source()->widget();
     GtkWidget* window = gtk_window_new();
     gtk_window_set_default_size(GTK_WINDOW(window), 300, 200);
     gtk_window_set_child(GTK_WINDOW(window), widget);
