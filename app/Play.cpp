@@ -10,7 +10,9 @@
 #include "formats/AdAddresses.h"
 #include "formats/InputError.h"
 #include "formats/LogLines.h"
-#include "host/Session.h"
+#include "host/OpenedAd.h"
+#include "host/Rehearsal.h"
+#include "host/SessionControls.h"
 #include "host/desktop/ServedAd.h"
 #include "platform/Numbers.h"
 
@@ -75,6 +77,7 @@ private:
     void leave_or_return(bool leaves);
     void take_snapshot(double seconds);
 
+    void ended(const AdOutcome& outcome);
     void close_ad(ClosedBy closer);
     void end();
     void display_lost();
@@ -87,11 +90,10 @@ private:
     const std::optional<TraceFile> trace_file_;
     DesktopPlatform platform_;
     std::optional<Trace> trace_;
-    const LogSink log_ = log_lines(options_.log);
     std::optional<ServedAd> served_;
     /// Where the store is, the host says, who may have it in its own network.
     const NamedHosts store_{{store_page_of_id(input_.host.store_page).absoluteString().text()}};
-    std::unique_ptr<Session> session_;
+    std::unique_ptr<OpenedAd> opened_;
     std::vector<guint> signals_;
     const DisplayWatch display_watch_{[this] { display_lost(); }};
     bool is_away_ = false;
@@ -111,7 +113,7 @@ Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceF
             platform_.loop().post([this, hit] { platform_.emit(event::ServerHit{hit.method, hit.target}); });
     });
     for (const auto& [address, path] : input_.copies)
-        platform_.add_video_copy(address_on_server(address, served_->server().base()), path);
+        platform_.add_video_copy(address_on_server(address, served_->base()), path);
     for (const int number : {SIGINT, SIGTERM, SIGHUP})
         signals_.push_back(g_unix_signal_add(number, signalled, this));
 }
@@ -121,7 +123,7 @@ Player::~Player()
     for (const guint source : signals_)
         g_source_remove(source);
     platform_.set_event_sink(nullptr);
-    session_.reset();
+    opened_.reset();
     served_.reset();
     platform_.loop().clear();
 }
@@ -131,11 +133,17 @@ int Player::run()
     connect_window();
     platform_.display().show();
     platform_.loop().restart_clock();
-    session_ = std::make_unique<Session>(platform_, *this, input_.host, served_->ad());
-    // The controller forces the device upright as it is made.
-    if (input_.orientation != platform_.device().orientation())
-        platform_.device().hold(input_.orientation);
-    platform_.device().follow_sensor();
+    HostSetup host = input_.host;
+    host.log = log_lines(options_.log);
+    const auto prepared = [this] {
+        // The controller forces the device upright as it is made.
+        if (input_.orientation != platform_.device().orientation())
+            platform_.device().hold(input_.orientation);
+        platform_.device().follow_sensor();
+    };
+    opened_ = std::make_unique<OpenedAd>(
+        platform_, served_->ad(), [this](const AdOutcome& outcome) { ended(outcome); }, std::move(host),
+        Rehearsal{input_.steps, *this, prepared});
     schedule();
     platform_.loop().run();
     const bool trace_failed = trace_file_ && trace_file_->has_failed();
@@ -161,12 +169,6 @@ void Player::at(double seconds, std::function<void()> event)
 
 void Player::schedule()
 {
-    const bool steps_open =
-        std::ranges::any_of(input_.steps, [](const Step& step) { return std::holds_alternative<OpenStep>(step.what); });
-    if (!steps_open)
-        platform_.loop().post([this] { session_->open(0); });
-    for (std::size_t n = 0; n < input_.steps.size(); ++n)
-        at(input_.steps[n].at, [this, n] { session_->perform(input_.steps[n], n); });
     for (const double seconds : options_.snapshots)
         at(seconds, [this, seconds] { take_snapshot(seconds); });
     if (options_.seconds)
@@ -205,7 +207,7 @@ bool Player::key_pressed(unsigned keyval)
         leave_or_return(!is_away_);
         return true;
     case GDK_KEY_Escape:
-        if (!session_->leave_screen())
+        if (!opened_->leave_screen())
             close_ad(ClosedBy::Viewer);
         return true;
     default:
@@ -237,10 +239,13 @@ void Player::receive(const Event& event)
 {
     if (trace_)
         trace_->receive(event);
-    pass_log_line(log_, event);
-    // A controller that is destroyed need not have closed its ad.
-    if (std::holds_alternative<event::AdClosed>(event) || std::holds_alternative<event::Released>(event))
-        platform_.loop().post([this] { end(); });
+}
+
+void Player::ended(const AdOutcome& outcome)
+{
+    if (outcome.error)
+        fail("nothing was shown: " + *outcome.error);
+    end();
 }
 
 void Player::close_ad(ClosedBy closer)
@@ -249,7 +254,7 @@ void Player::close_ad(ClosedBy closer)
         platform_.loop().quit();
         return;
     }
-    session_->close(closer);
+    opened_->close(closer);
     end();
 }
 

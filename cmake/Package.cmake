@@ -1,12 +1,12 @@
 # The installed package: find_package(QoroVideoAd COMPONENTS Controller Simulator Desktop).
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
-set(QORO_HEADERS ${CMAKE_INSTALL_INCLUDEDIR}/qoro-video-ad)
+include(cmake/PublicHeaders.cmake)
 set(QORO_PACKAGE ${CMAKE_INSTALL_LIBDIR}/cmake/QoroVideoAd)
 
 # The base of all our libraries.
 target_compile_features(qoro_platform PUBLIC cxx_std_20)
-target_include_directories(qoro_platform INTERFACE $<INSTALL_INTERFACE:${QORO_HEADERS}>)
+target_include_directories(qoro_platform INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 
 # A component: the target that a host links, and the libraries it needs.
 function(qoro_install_component name entry)
@@ -19,23 +19,15 @@ function(qoro_install_component name entry)
             FILE QoroVideoAd${name}Targets.cmake)
 endfunction()
 
-function(qoro_install_headers)
-    foreach(folder IN LISTS ARGN)
-        install(DIRECTORY ${PROJECT_SOURCE_DIR}/${folder} DESTINATION ${QORO_HEADERS} FILES_MATCHING PATTERN "*.h")
-    endforeach()
-endfunction()
-
 qoro_install_component(Controller qoro_host qoro_platform qoro_views qoro_kit qoro_controller qoro_formats qoro_host)
-qoro_install_headers(platform views kit Base formats host)
 qoro_install_component(Simulator qoro_simulator qoro_simulator)
-qoro_install_headers(simulator)
 if(QORO_DESKTOP)
     qoro_install_component(Desktop qoro_host_desktop
         qoro_desktop qoro_desktop_cache qoro_desktop_calendar qoro_desktop_device qoro_desktop_disk qoro_desktop_images
         qoro_desktop_loop qoro_desktop_media
         qoro_desktop_net qoro_desktop_screen qoro_desktop_text qoro_desktop_web qoro_host_desktop qoro_script_library)
-    qoro_install_headers(desktop)
 endif()
+install(DIRECTORY ${QORO_PUBLIC}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 install(TARGETS qoro-ad RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/QoroVideoAdConfig.cmake.in

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "formats/LogLines.h"
+#include "formats/LogSink.h"
 #include "kit/CloseGuardTimes.h"
 #include "platform/Geometry.h"
 #include "platform/KitEnumerations.h"

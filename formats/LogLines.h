@@ -1,5 +1,6 @@
 #pragma once
 
+#include "formats/LogSink.h"
 #include "platform/Events.h"
 #include "platform/KitEnumerations.h"
 
@@ -12,9 +13,6 @@
 
 namespace qoro
 {
-
-/// Receives a line of an ad's log. The message lives only as long as the call.
-using LogSink = std::function<void(ZulixLogTag level, std::string_view message)>;
 
 /// "debug", "info", "warning", "error" or "note".
 /// @param level a ZulixLogTag; any other number gives an empty text

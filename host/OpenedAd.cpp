@@ -1,5 +1,6 @@
 #include "host/OpenedAd.h"
 
+#include "host/Rehearsal.h"
 #include "host/Session.h"
 
 #include <algorithm>
@@ -65,13 +66,16 @@ public:
     Watch(Platform& platform, OnEnd on_end) : platform_(platform), on_end_(std::move(on_end)) {}
 
     void open(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host);
-    void close();
+    void rehearse(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, Rehearsal rehearsal);
+    void close(ClosedBy closer);
+    bool leave_screen() { return session_->leave_screen(); }
     void leave();
     bool has_ended() const { return ended_; }
 
 private:
     void receive(const Event& event) override;
     void note(const event::AdClosed& close);
+    void note(const event::Released&);
     void note(const event::ImpressionSent&) { outcome_.impression_sent = true; }
     void note(const event::ApplicationLeft&) { ++outcome_.departures; }
     void note(const event::AdFailed& failure) { outcome_.page_error = failure.error.view(); }
@@ -93,6 +97,12 @@ private:
     }
     void note_click_through();
 
+    void prepare(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, SessionControls& controls);
+    void show();
+    void perform(const Step& step, std::size_t n);
+    /// Ends the ad if an attempt to open it has shown nothing.
+    void fail_unless_shown();
+
     void video_changed(const NSNotification& notification);
     void video_finished(const NSNotification& notification);
     MPMoviePlayerController player() const;
@@ -105,7 +115,7 @@ private:
     OnEnd on_end_;
     LogSink log_;
     EventSink* const before_ = platform_.event_sink();
-    NoControls controls_;
+    NoControls no_controls_;
     std::unique_ptr<Session> session_;
 
     AdOutcome outcome_;
@@ -120,6 +130,37 @@ private:
 
 void OpenedAd::Watch::open(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host)
 {
+    prepare(ad, host, no_controls_);
+    show();
+}
+
+void OpenedAd::Watch::rehearse(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, Rehearsal rehearsal)
+{
+    prepare(ad, host, rehearsal.controls);
+    if (rehearsal.prepared)
+        rehearsal.prepared();
+    const auto while_open = [weak = weak_from_this()](auto work) {
+        return [weak, work] {
+            if (const auto self = std::static_pointer_cast<Watch>(weak.lock()); self && self->session_)
+                work(*self);
+        };
+    };
+    const bool steps_open = std::ranges::any_of(
+        rehearsal.steps, [](const Step& step) { return std::holds_alternative<OpenStep>(step.what); });
+    if (!steps_open)
+        platform_.loop().post(while_open([](Watch& self) { self.show(); }));
+    const double now = platform_.loop().now();
+    for (std::size_t n = 0; n < rehearsal.steps.size(); ++n) {
+        const double delay = rehearsal.steps[n].at - now;
+        platform_.loop().start_timer(delay, false, while_open([step = std::move(rehearsal.steps[n]), n](Watch& self) {
+                                         self.perform(step, n);
+                                     }));
+    }
+}
+
+/// Sets up everything but the ad itself.
+void OpenedAd::Watch::prepare(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, SessionControls& controls)
+{
     if (dynamic_cast<Watch*>(before_))
         throw std::logic_error("the platform has an opened ad already");
     platform_.set_event_sink(this);
@@ -132,18 +173,37 @@ void OpenedAd::Watch::open(const std::shared_ptr<QoroVideoAd>& ad, const HostSet
                                   MPMoviePlayerPlaybackDidFinishNotification);
     });
     log_ = host.log;
-    session_ = std::make_unique<Session>(platform_, controls_, host, ad);
+    session_ = std::make_unique<Session>(platform_, controls, host, ad);
+    opened_ = platform_.loop().now();
+}
+
+void OpenedAd::Watch::show()
+{
     opened_ = platform_.loop().now();
     platform_.dispatch([this] { session_->open(0); });
-    if (!shows_)
+    fail_unless_shown();
+}
+
+void OpenedAd::Watch::perform(const Step& step, std::size_t n)
+{
+    const bool opens = std::holds_alternative<OpenStep>(step.what);
+    if (opens && !shows_)
+        opened_ = platform_.loop().now();
+    session_->perform(step, n);
+    if (opens)
+        fail_unless_shown();
+}
+
+void OpenedAd::Watch::fail_unless_shown()
+{
+    if (!shows_ && !ended_)
         end(AdEnd::Failed);
 }
 
-void OpenedAd::Watch::close()
+void OpenedAd::Watch::close(ClosedBy closer)
 {
-    if (ended_)
-        return;
-    session_->close(ClosedBy::Host);
+    if (!ended_)
+        session_->close(closer);
 }
 
 /// Afterwards no end is reported.
@@ -151,7 +211,7 @@ void OpenedAd::Watch::leave()
 {
     on_end_ = nullptr;
     log_ = nullptr;
-    close();
+    close(ClosedBy::Host);
     platform_.dispatch([this] { NSNotificationCenter::defaultCenter().removeObserver(this); });
     session_.reset();
     if (platform_.event_sink() == this)
@@ -174,6 +234,13 @@ void OpenedAd::Watch::note(const event::AdClosed& close)
     // The controller still has its player.
     count_played();
     end(end_by(close.by));
+}
+
+void OpenedAd::Watch::note(const event::Released&)
+{
+    // The controller of an earlier ad may end late.
+    if (session_ && !session_->living())
+        end(AdEnd::Host);
 }
 
 void OpenedAd::Watch::note(const event::NotificationPosted& notification)
@@ -304,14 +371,26 @@ OpenedAd::OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on
     watch_->open(ad, with_delegate(std::move(host)));
 }
 
+OpenedAd::OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host,
+                   Rehearsal rehearsal)
+    : watch_(std::make_shared<Watch>(platform, std::move(on_end)))
+{
+    watch_->rehearse(ad, host, std::move(rehearsal));
+}
+
 OpenedAd::~OpenedAd()
 {
     watch_->leave();
 }
 
-void OpenedAd::close()
+void OpenedAd::close(ClosedBy closer)
 {
-    watch_->close();
+    watch_->close(closer);
+}
+
+bool OpenedAd::leave_screen()
+{
+    return watch_->leave_screen();
 }
 
 bool OpenedAd::has_ended() const

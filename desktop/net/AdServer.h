@@ -1,6 +1,7 @@
 #pragma once
 
-#include <cstdint>
+#include "desktop/net/AdServerHit.h"
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -19,19 +20,6 @@ struct AdServerContent {
     /// The kit's script library: JavaScript, served under ScriptPath and under every path that ends in "/mraid.js",
     /// unless the folder contains a file of that name.
     std::string script;
-};
-
-/// One request that the server received.
-struct AdServerHit {
-    /// Microseconds of the machine's monotonic clock.
-    std::int64_t time = 0;
-    std::string method;
-    /// Path and query as the client sent them.
-    std::string target;
-    /// HTTP status of the answer.
-    unsigned status = 0;
-    /// Whether the path matched one of the trackers.
-    bool tracker = false;
 };
 
 /// A small HTTP server for an ad's own folder, on 127.0.0.1 and a free port. It runs on its own thread, so it can

@@ -1,10 +1,8 @@
 // An application with its own window that opens a video ad and prints how the ad ended:
 // host AD.json [--no-web-sandbox]
-#include "desktop/DesktopPlatform.h"
-#include "desktop/screen/Toolkit.h"
-#include "desktop/web/WebSandbox.h"
-#include "host/OpenedAd.h"
-#include "host/desktop/ServedAd.h"
+#include <qoro/Desktop.h>
+#include <qoro/OpenedAd.h>
+#include <qoro/ServedAd.h>
 
 #include <gtk/gtk.h>
 
@@ -32,30 +30,29 @@ void say_how_it_ended(const qoro::AdOutcome& outcome)
     std::cout << "  clicked through " << outcome.click_throughs << " times\n";
 }
 
-int host(const char* ad_file)
+void host(const char* ad_file, bool sandboxed)
 {
-    qoro::DesktopPlatform platform({});
+    qoro::Desktop desktop({.unsandboxed_pages = !sandboxed});
     const qoro::ServedAd served(ad_file);
     show_own_window();
-    platform.display().show();
-    qoro::OpenedAd ad(platform, served.ad(), [&](const qoro::AdOutcome& outcome) {
+    desktop.show();
+    qoro::OpenedAd ad(desktop.platform(), served.ad(), [&desktop](const qoro::AdOutcome& outcome) {
         say_how_it_ended(outcome);
-        platform.loop().quit();
+        desktop.quit();
     });
-    platform.display().on_close = [&] { ad.close(); };
-    platform.loop().run();
-    return 0;
+    desktop.on_close([&ad] { ad.close(qoro::ClosedBy::Viewer); });
+    desktop.run();
 }
 } // namespace
 
 int main(int count, char** words)
 {
-    if (count < 2 || !qoro::start_toolkit())
+    if (count < 2) {
+        std::cerr << "usage: host AD.json [--no-web-sandbox]\n";
         return 2;
-    if (count > 2 && !std::strcmp(words[2], "--no-web-sandbox"))
-        qoro::give_up_sandbox();
+    }
     try {
-        return host(words[1]);
+        host(words[1], count < 3 || std::strcmp(words[2], "--no-web-sandbox") != 0);
     } catch (const std::exception& problem) {
         std::cerr << problem.what() << '\n';
         return 1;

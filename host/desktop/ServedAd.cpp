@@ -1,10 +1,13 @@
 #include "host/desktop/ServedAd.h"
 
+#include "desktop/net/AdServer.h"
+#include "desktop/net/Reach.h"
 #include "desktop/web/ScriptLibrary.h"
 #include "formats/AdAddresses.h"
 #include "formats/AdFile.h"
 
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <utility>
 #include <vector>
@@ -37,23 +40,37 @@ std::vector<std::string> named_addresses(QoroVideoAd& ad)
 }
 } // namespace
 
-ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, AdServer::OnHit on_hit)
-    : ad_(std::move(ad))
+struct ServedAd::Serving {
+    AdServer server;
+    std::optional<NamedHosts> named;
+};
+
+ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, OnHit on_hit)
+    : ad_(std::move(ad)),
+      serving_(new Serving{
+          .server =
+              AdServer({.folder = folder, .trackers = tracker_paths(*ad_), .script = std::string(script_library())},
+                       std::move(on_hit)),
+          .named = {}})
 {
-    server_ = std::make_unique<AdServer>(
-        AdServerContent{.folder = folder, .trackers = tracker_paths(*ad_), .script = std::string(script_library())},
-        std::move(on_hit));
-    if (!server_->listens())
-        throw std::runtime_error("the ad's folder cannot be served: " + server_->error());
-    rewrite_addresses(*ad_, [base = server_->base()](AdAddressUse, const std::string&, const std::string& address) {
+    if (!serving_->server.listens())
+        throw std::runtime_error("the ad's folder cannot be served: " + serving_->server.error());
+    rewrite_addresses(*ad_, [base = base()](AdAddressUse, const std::string&, const std::string& address) {
         return address_on_server(address, base);
     });
-    named_.emplace(named_addresses(*ad_));
+    serving_->named.emplace(named_addresses(*ad_));
 }
 
-ServedAd::ServedAd(const std::string& file, AdServer::OnHit on_hit)
+ServedAd::ServedAd(const std::string& file, OnHit on_hit)
     : ServedAd(read_ad_file(file), std::filesystem::absolute(file).parent_path().string(), std::move(on_hit))
 {
+}
+
+ServedAd::~ServedAd() = default;
+
+std::string ServedAd::base() const
+{
+    return serving_->server.base();
 }
 
 } // namespace qoro

@@ -1,38 +1,46 @@
 #pragma once
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
-#include "desktop/net/AdServer.h"
-#include "desktop/net/Reach.h"
+#include "desktop/net/AdServerHit.h"
 
+#include <functional>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace qoro
 {
 
 /// Serves an ad's folder on a server of its own and makes the ad's relative addresses absolute on it. While this object
-/// exists, every host that the ad itself names is reachable, also in a private network or on this machine (NamedHosts).
+/// exists, every host that the ad itself names is reachable, also in a private network or on this machine.
 class ServedAd
 {
 public:
+    /// Called for every request once its status is known, on the server's thread.
+    using OnHit = std::function<void(const AdServerHit&)>;
+
     /// @param ad its relative addresses are replaced
     /// @param folder base of relative addresses
-    /// @param on_hit as for AdServer
+    /// @param on_hit may be empty
     /// @throws std::runtime_error when the server cannot be started
-    ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, AdServer::OnHit on_hit = nullptr);
+    ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, OnHit on_hit = {});
     /// Reads the ad from a file and serves that file's folder.
     /// @throws InputError when the file cannot be read, or holds no playable ad
     /// @throws std::runtime_error when the server cannot be started
-    explicit ServedAd(const std::string& file, AdServer::OnHit on_hit = nullptr);
+    explicit ServedAd(const std::string& file, OnHit on_hit = {});
+    ~ServedAd();
+    ServedAd(const ServedAd&) = delete;
+    ServedAd& operator=(const ServedAd&) = delete;
 
+    /// The ad with absolute addresses.
     const std::shared_ptr<QoroVideoAd>& ad() const { return ad_; }
-    const AdServer& server() const { return *server_; }
+    /// Address of the server: "http://127.0.0.1:41234", without a trailing slash.
+    std::string base() const;
 
 private:
+    struct Serving;
+
     const std::shared_ptr<QoroVideoAd> ad_;
-    std::unique_ptr<AdServer> server_;
-    std::optional<NamedHosts> named_;
+    std::unique_ptr<Serving> serving_;
 };
 
 } // namespace qoro

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace qoro
+{
+
+/// One request that an ad's own server received.
+struct AdServerHit {
+    /// Microseconds of the machine's monotonic clock.
+    std::int64_t time = 0;
+    std::string method;
+    /// Path and query as the client sent them.
+    std::string target;
+    /// HTTP status of the answer.
+    unsigned status = 0;
+    /// Whether the path matched one of the trackers.
+    bool tracker = false;
+};
+
+} // namespace qoro

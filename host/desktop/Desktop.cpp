@@ -1,0 +1,104 @@
+#include "host/desktop/Desktop.h"
+
+#include "desktop/DesktopPlatform.h"
+#include "desktop/screen/Toolkit.h"
+#include "desktop/web/WebSandbox.h"
+
+#include <stdexcept>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// What must precede the platform.
+DesktopPlatform::Options started(const DesktopOptions& options)
+{
+    if (!start_toolkit())
+        throw std::runtime_error("there is no display");
+    if (options.unsandboxed_pages)
+        give_up_sandbox();
+    DesktopPlatform::Options platform;
+    platform.device.facts = options.device;
+    platform.device.autorotates = options.autorotates;
+    platform.system_volume = options.system_volume;
+    platform.silent = options.silent;
+    platform.volume = options.volume;
+    platform.last_requests_seconds = options.last_requests_seconds;
+    platform.allow_private_network = options.allow_private_network;
+    if (!options.video_cache_folder.empty())
+        platform.video_cache.folder = options.video_cache_folder;
+    platform.video_cache.most_bytes = options.video_cache_bytes;
+    platform.video_cache.warn = options.warn;
+    platform.calendar.allowed = options.calendar;
+    platform.pages.memory = options.page_memory;
+    platform.pages.processor_seconds = options.page_processor_seconds;
+    return platform;
+}
+
+} // namespace
+
+Desktop::Desktop(const DesktopOptions& options) : platform_(std::make_unique<DesktopPlatform>(started(options)))
+{
+}
+
+Desktop::~Desktop() = default;
+
+Platform& Desktop::platform()
+{
+    return *platform_;
+}
+
+void Desktop::show()
+{
+    platform_->display().show();
+}
+
+void Desktop::set_title(const std::string& title)
+{
+    platform_->display().set_title(title);
+}
+
+void Desktop::on_close(std::function<void()> closed)
+{
+    platform_->display().on_close = std::move(closed);
+}
+
+std::string Desktop::snapshot_png(const std::string& path)
+{
+    return platform_->display().snapshot_png(path);
+}
+
+void Desktop::run()
+{
+    platform_->loop().run();
+}
+
+void Desktop::quit()
+{
+    platform_->loop().quit();
+}
+
+void Desktop::leave_app()
+{
+    platform_->leave_app();
+}
+
+void Desktop::return_to_app()
+{
+    platform_->return_to_app();
+}
+
+void Desktop::turn(UIDeviceOrientation orientation)
+{
+    platform_->device().turn(orientation);
+}
+
+void Desktop::add_video_copy(const std::string& address, const std::string& path)
+{
+    platform_->add_video_copy(address, path);
+}
+
+} // namespace qoro

@@ -1,0 +1,106 @@
+#pragma once
+
+#include "platform/Ports.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qoro
+{
+
+class DesktopPlatform;
+class Platform;
+
+/// Settings of a Desktop.
+struct DesktopOptions {
+    /// Properties of the device that the window shows. Made-up values by default, so that trackers carry no information
+    /// about this machine.
+    DeviceFacts device = {};
+    /// UIInterfaceOrientations to which the host application rotates automatically.
+    std::vector<std::int64_t> autorotates{1, 3, 4};
+    /// Whether the output volume is the machine's; if false, it is that of this program's own sound streams.
+    bool system_volume = false;
+    /// Discards the sound. The volume is still maintained.
+    bool silent = false;
+    /// Initial output volume, 0 to 1. Absent: the current volume is used as found.
+    std::optional<float> volume = {};
+    /// Shows pages outside the web engine's sandbox, for trusted pages only. If false, pages are refused where the
+    /// sandbox does not work; the ad continues without its page.
+    bool unsandboxed_pages = false;
+    /// Whether ads and their pages may reach private networks, such as a studio's own servers. If false, they reach
+    /// public addresses only, apart from the hosts that a ServedAd names itself. If true, requests of the ad reach this
+    /// machine as well; those of its pages do not.
+    bool allow_private_network = false;
+    /// Memory in megabytes above which a page's process is ended; the ad continues.
+    double page_memory = 512;
+    /// Seconds for which a page's process may use more than one processor while the video drops frames, before it is
+    /// ended. Absent: no limit.
+    std::optional<double> page_processor_seconds = {};
+    /// Folder of the copies of videos (bIsUseVideoCache), created with the first. Empty: "qoro-ad/videos" in the user's
+    /// cache directory.
+    std::string video_cache_folder = {};
+    /// Maximum size of all copies together, in bytes; the least recently used are removed first.
+    std::uint64_t video_cache_bytes = 256'000'000;
+    /// Whether ads may hand events to the viewer's calendar.
+    bool calendar = true;
+    /// Receives one line, once, if the folder of the copies cannot be used. May be empty.
+    std::function<void(const std::string&)> warn = {};
+    /// Seconds that the destructor waits at most for pending requests, such as trackers of an ad that has just closed.
+    double last_requests_seconds = 2;
+};
+
+/// This machine as the platform of ads, with one window that shows the device. It belongs to the thread that created
+/// it, whose GLib main context it uses. One per program.
+class Desktop
+{
+public:
+    /// Starts GTK, if the program has not. A program that creates threads before this must call prepare_toolkit()
+    /// (qoro/Toolkit.h) before the first of them.
+    /// @throws std::runtime_error if there is no display
+    explicit Desktop(const DesktopOptions& options = {});
+    /// Ends all events and waits for pending requests (last_requests_seconds). No ad may be open.
+    ~Desktop();
+    Desktop(const Desktop&) = delete;
+    Desktop& operator=(const Desktop&) = delete;
+
+    /// The platform to open ads on.
+    Platform& platform();
+
+    /// Opens the window.
+    void show();
+    /// Sets the window's title.
+    void set_title(const std::string& title);
+    /// Sets what happens when the viewer closes the window, which stays open until the desktop is destroyed. If empty,
+    /// the window closes.
+    void on_close(std::function<void()> closed);
+    /// Writes a picture of the window as a PNG file, one pixel per point. The window must be open.
+    /// @return the reason of a failure, one line; empty on success
+    std::string snapshot_png(const std::string& path);
+
+    /// Runs the main loop until quit(). A program with a main loop of its own in GLib's default context does not need
+    /// it.
+    void run();
+    /// Makes run() return.
+    void quit();
+
+    /// The viewer leaves the application: the video pauses.
+    void leave_app();
+    /// The viewer returns to it.
+    void return_to_app();
+    /// Rotates the device, as the viewer does.
+    void turn(UIDeviceOrientation orientation);
+
+    /// Registers a video file that the host already has. It takes precedence over the copies.
+    /// @param address of the video, compared exactly
+    /// @param path of the file
+    void add_video_copy(const std::string& address, const std::string& path);
+
+private:
+    const std::unique_ptr<DesktopPlatform> platform_;
+};
+
+} // namespace qoro
