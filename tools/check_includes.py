@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Fails if an #include points against the drawing of the folders, or closes a cycle between subfolders.
+"""Fails if an #include points against the drawing of the folders, or closes a cycle between subfolders, and if a header
+lacks #pragma once.
 
 A folder includes only folders that its arrows in docs/architecture.dot reach. The picture of the drawing is up to date.
 The other subfolders of a folder, of tests/ excepted, include each other without a cycle; a folder named detail is a
@@ -60,6 +61,8 @@ def includes():
     listed = subprocess.run([ROOT / "tools/list_files.sh", "*.cpp", "*.h"], check=True, capture_output=True, text=True)
     for name in listed.stdout.split("\n")[:-1]:
         text = (ROOT / name).read_text(encoding="utf-8")
+        if name.endswith(".h") and "\n#pragma once\n" not in "\n" + text:
+            raise SystemExit(f"{name}:1: expected #pragma once")
         for match in INCLUDE.finditer(text):
             line = text.count("\n", 0, match.start()) + 1
             # From the root, or else beside the including file; generated headers are neither.
