@@ -1,14 +1,14 @@
-#include "desktop/screen/Screen.h"
+#include "desktop/screen/ScreenInput.h"
 
 #include "desktop/screen/FocusOrder.h"
+#include "desktop/screen/FocusRing.h"
 #include "desktop/screen/WidgetSource.h"
 
 #include <gtk/gtk.h>
 
 #include <algorithm>
 #include <utility>
-
-// Input from the viewer: touches and keys.
+#include <vector>
 
 namespace qoro
 {
@@ -21,44 +21,146 @@ bool uses_control(unsigned keyval)
     return keyval == GDK_KEY_space || keyval == GDK_KEY_Return || keyval == GDK_KEY_KP_Enter;
 }
 
+bool is_page(const std::shared_ptr<ViewNode>& view)
+{
+    return view && view->kind == ViewNode::Kind::WebView;
+}
+
+/// Position of a window system's event in a widget of the window; absent if it has none.
+std::optional<CGPoint> place_of(GdkEvent* event, GtkWindow* window, GtkWidget* widget)
+{
+    double x = 0;
+    double y = 0;
+    if (!gdk_event_get_position(event, &x, &y))
+        return {};
+    double left = 0;
+    double top = 0;
+    gtk_native_get_surface_transform(GTK_NATIVE(window), &left, &top);
+    const graphene_point_t in_window = GRAPHENE_POINT_INIT(static_cast<float>(x - left), static_cast<float>(y - top));
+    graphene_point_t in_widget;
+    if (!gtk_widget_compute_point(GTK_WIDGET(window), widget, &in_window, &in_widget))
+        return {};
+    return CGPoint{static_cast<double>(in_widget.x), static_cast<double>(in_widget.y)};
+}
+
 } // namespace
+
+struct ScreenInput::Signals {
+    static gboolean key_pressed(GtkEventControllerKey*, unsigned keyval, unsigned, GdkModifierType state,
+                                ScreenInput* input)
+    {
+        return input->capture_key(keyval, static_cast<unsigned>(state));
+    }
+
+    static gboolean key_left_over(GtkEventControllerKey*, unsigned keyval, unsigned, GdkModifierType,
+                                  ScreenInput* input)
+    {
+        return input->take_key(keyval);
+    }
+
+    static void key_released(GtkEventControllerKey*, unsigned keyval, unsigned, GdkModifierType, ScreenInput* input)
+    {
+        input->let_key_go(keyval);
+    }
+
+    static void focus_moved(GtkWindow*, GParamSpec*, ScreenInput* input) { gtk_widget_queue_draw(input->surface_); }
+
+    /// Observes input before the page receives it, without consuming any.
+    static gboolean input_passes(GtkEventControllerLegacy*, GdkEvent* event, ScreenInput* input)
+    {
+        switch (gdk_event_get_event_type(event)) {
+        case GDK_BUTTON_PRESS:
+        case GDK_BUTTON_RELEASE:
+        case GDK_TOUCH_BEGIN:
+        case GDK_TOUCH_END:
+            input->note_touch(event);
+            break;
+        case GDK_KEY_PRESS:
+        case GDK_KEY_RELEASE:
+            input->note_key(event);
+            break;
+        default:
+            break;
+        }
+        return GDK_EVENT_PROPAGATE;
+    }
+
+    static void drag_begin(GtkGestureDrag* gesture, double x, double y, ScreenInput* input)
+    {
+        // Input for a page is passed on; all other input is consumed.
+        gtk_gesture_set_state(GTK_GESTURE(gesture),
+                              input->press({x, y}) ? GTK_EVENT_SEQUENCE_CLAIMED : GTK_EVENT_SEQUENCE_DENIED);
+    }
+
+    static void drag_update(GtkGestureDrag*, double x, double y, ScreenInput* input)
+    {
+        input->drag({input->touch_began_.x + x, input->touch_began_.y + y});
+    }
+
+    static void drag_end(GtkGestureDrag*, double x, double y, ScreenInput* input)
+    {
+        input->release({input->touch_began_.x + x, input->touch_began_.y + y});
+    }
+
+    static void cancelled(GtkGesture*, GdkEventSequence*, ScreenInput* input) { input->cancel(); }
+};
+
+ScreenInput::ScreenInput(Platform& platform, GtkWindow* window, GtkWidget* surface, LayerStack& layers, OnKey on_key)
+    : platform_(platform), window_(window), surface_(surface), layers_(layers), on_key_(std::move(on_key))
+{
+    observe_keys();
+    observe_touches();
+}
+
+void ScreenInput::observe_keys()
+{
+    GtkEventController* keys = gtk_event_controller_key_new();
+    gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
+    connections_.add(keys, "key-pressed", Signals::key_pressed, this);
+    gtk_widget_add_controller(GTK_WIDGET(window_), keys);
+    // Bubble phase: a page receives keys first and returns those it does not use.
+    GtkEventController* keys_left_over = gtk_event_controller_key_new();
+    connections_.add(keys_left_over, "key-pressed", Signals::key_left_over, this);
+    connections_.add(keys_left_over, "key-released", Signals::key_released, this);
+    gtk_widget_add_controller(GTK_WIDGET(window_), keys_left_over);
+    connections_.add(window_, "notify::focus-widget", Signals::focus_moved, this);
+}
+
+void ScreenInput::observe_touches()
+{
+    GtkEventController* all = gtk_event_controller_legacy_new();
+    gtk_event_controller_set_propagation_phase(all, GTK_PHASE_CAPTURE);
+    connections_.add(all, "event", Signals::input_passes, this);
+    gtk_widget_add_controller(surface_, all);
+
+    GtkEventController* finger = GTK_EVENT_CONTROLLER(gtk_gesture_drag_new());
+    gtk_event_controller_set_propagation_phase(finger, GTK_PHASE_CAPTURE);
+    connections_.add(finger, "drag-begin", Signals::drag_begin, this);
+    connections_.add(finger, "drag-update", Signals::drag_update, this);
+    connections_.add(finger, "drag-end", Signals::drag_end, this);
+    connections_.add(finger, "cancel", Signals::cancelled, this);
+    gtk_widget_add_controller(surface_, finger);
+}
 
 // --------------------------------------------------------------------------------------------------------- Touches
 
-CGPoint Screen::screen_point(double x, double y) const
+std::shared_ptr<ViewNode> ScreenInput::touched_at(CGPoint in_surface)
 {
-    return held_.to_screen({(x - origin_.x) / scale_, (y - origin_.y) / scale_});
+    return hit_test(platform_, layers_.viewport().to_screen(in_surface));
 }
 
-std::shared_ptr<ViewNode> Screen::touched_at(double x, double y) const
+bool ScreenInput::keeps(CGPoint in_surface)
 {
-    return hit_test(platform_, screen_point(x, y));
-}
-
-bool Screen::keeps(double x, double y) const
-{
-    const std::shared_ptr<ViewNode> view = touched_at(x, y);
-    return !view || view->kind != ViewNode::Kind::WebView;
+    return !is_page(touched_at(in_surface));
 }
 
 /// Records the time of a touch on a page, which enables commands that need a user action. Only events from the window
 /// system count.
-void Screen::note_touch(GdkEvent* event)
+void ScreenInput::note_touch(GdkEvent* event)
 {
-    double x = 0;
-    double y = 0;
-    GtkNative* native = GTK_NATIVE(window_);
-    if (!gdk_event_get_position(event, &x, &y))
-        return;
-    double left = 0;
-    double top = 0;
-    gtk_native_get_surface_transform(native, &left, &top);
-    const graphene_point_t in_window = GRAPHENE_POINT_INIT(static_cast<float>(x - left), static_cast<float>(y - top));
-    graphene_point_t in_surface;
-    if (!gtk_widget_compute_point(GTK_WIDGET(native), surface_, &in_window, &in_surface))
-        return;
-    const auto view = touched_at(static_cast<double>(in_surface.x), static_cast<double>(in_surface.y));
-    if (!view || view->kind != ViewNode::Kind::WebView)
+    const std::optional<CGPoint> place = place_of(event, window_, surface_);
+    const std::shared_ptr<ViewNode> view = place ? touched_at(*place) : nullptr;
+    if (!is_page(view))
         return;
     // Press and release are one touch: the release counts unless the page has already used the press.
     const GdkEventType type = gdk_event_get_event_type(event);
@@ -67,7 +169,60 @@ void Screen::note_touch(GdkEvent* event)
         view->page_touched = platform_.loop().now();
 }
 
-void Screen::note_key(GdkEvent* event)
+bool ScreenInput::press(CGPoint in_surface)
+{
+    touch_began_ = in_surface;
+    shows_focus_ = false;
+    gtk_widget_queue_draw(surface_);
+    const std::shared_ptr<ViewNode> view = touched_at(in_surface);
+    chosen_ = view;
+    if (is_page(view))
+        return false;
+    touched_ = view;
+    // The focus follows the touch, away from a page that it has left.
+    if (!give_focus(view.get()))
+        gtk_window_set_focus(window_, nullptr);
+    set_pressed(true);
+    return true;
+}
+
+void ScreenInput::drag(CGPoint in_surface)
+{
+    const std::shared_ptr<ViewNode> view = touched_.lock();
+    set_pressed(view && touched_at(in_surface) == view);
+}
+
+void ScreenInput::release(CGPoint in_surface)
+{
+    set_pressed(false);
+    const std::shared_ptr<ViewNode> view = touched_.lock();
+    touched_.reset();
+    if (view && touched_at(in_surface) == view)
+        touch(platform_, layers_.viewport().to_screen(in_surface));
+}
+
+void ScreenInput::cancel()
+{
+    set_pressed(false);
+    touched_.reset();
+}
+
+void ScreenInput::set_pressed(bool pressed)
+{
+    const std::shared_ptr<ViewNode> view = touched_.lock();
+    if (const Layer* layer = view ? layers_.find(*view) : nullptr)
+        node_widget_set_pressed(layer->widget, pressed);
+}
+
+void ScreenInput::activate(const std::shared_ptr<ViewNode>& view)
+{
+    if (const auto point = view ? touchable_point(*view) : std::nullopt)
+        touch(platform_, *point);
+}
+
+// ------------------------------------------------------------------------------------------------------------ Keys
+
+void ScreenInput::note_key(GdkEvent* event)
 {
     const unsigned code = gdk_key_event_get_keycode(event);
     if (gdk_event_get_event_type(event) == GDK_KEY_RELEASE) {
@@ -80,62 +235,57 @@ void Screen::note_key(GdkEvent* event)
     GtkWidget* focus = gtk_window_get_focus(window_);
     if (!focus || gdk_key_event_is_modifier(event) || gdk_key_event_get_keyval(event) == GDK_KEY_Escape)
         return;
-    for (const auto& [serial, layer] : layers_) {
-        const auto view = layer.view.lock();
-        if (view && view->kind == ViewNode::Kind::WebView && gtk_widget_is_ancestor(focus, layer.widget))
+    layers_.for_each([&](const Layer& layer) {
+        const std::shared_ptr<ViewNode> view = layer.view.lock();
+        if (is_page(view) && gtk_widget_is_ancestor(focus, layer.widget))
             view->page_touched = platform_.loop().now();
-    }
+    });
 }
 
-bool Screen::press(double x, double y)
+bool ScreenInput::capture_key(unsigned keyval, unsigned state)
 {
-    touch_began_ = {x, y};
-    shows_focus_ = false;
-    gtk_widget_queue_draw(surface_);
-    chosen_ = touched_at(x, y);
-    if (!keeps(x, y))
+    if (on_key_(keyval, state))
+        return true;
+    // Ctrl+Tab leaves a page, whatever the page does with the key.
+    const bool back = keyval == GDK_KEY_ISO_Left_Tab || (state & GDK_SHIFT_MASK) != 0;
+    const bool tab = keyval == GDK_KEY_Tab || keyval == GDK_KEY_ISO_Left_Tab;
+    if (!tab || (state & GDK_CONTROL_MASK) == 0)
         return false;
-    touched_ = touched_at(x, y);
-    // The focus follows the touch, away from a page that it has left.
-    const std::shared_ptr<ViewNode> view = touched_.lock();
-    if (!give_focus(view ? layer_of(*view) : nullptr))
-        gtk_window_set_focus(window_, nullptr);
-    set_pressed(true);
+    return is_page(focused_view()) && move_focus(!back);
+}
+
+bool ScreenInput::take_key(unsigned keyval)
+{
+    if (!uses_control(keyval))
+        return false;
+    const std::shared_ptr<ViewNode> view = focused_view();
+    if (!view || view->kind != ViewNode::Kind::Button)
+        return false;
+    shows_focus_ = true;
+    key_held_ = view;
+    node_widget_set_pressed(layers_.find(*view)->widget, true);
     return true;
 }
 
-void Screen::drag(double x, double y)
+/// Controls are activated on release, because a held key repeats.
+void ScreenInput::let_key_go(unsigned keyval)
 {
-    const std::shared_ptr<ViewNode> view = touched_.lock();
-    set_pressed(view && touched_at(x, y) == view);
+    if (!uses_control(keyval))
+        return;
+    const std::shared_ptr<ViewNode> view = key_held_.lock();
+    key_held_.reset();
+    const Layer* layer = view ? layers_.find(*view) : nullptr;
+    if (!layer)
+        return;
+    node_widget_set_pressed(layer->widget, false);
+    if (view == focused_view())
+        activate(view);
 }
 
-void Screen::release(double x, double y)
-{
-    set_pressed(false);
-    const std::shared_ptr<ViewNode> view = touched_.lock();
-    touched_.reset();
-    if (view && touched_at(x, y) == view)
-        touch(platform_, screen_point(x, y));
-}
-
-void Screen::set_pressed(bool pressed)
-{
-    const std::shared_ptr<ViewNode> view = touched_.lock();
-    if (const Layer* layer = view ? layer_of(*view) : nullptr)
-        node_widget_set_pressed(layer->widget, pressed);
-}
-
-// -------------------------------------------------------------------------------------------------------- Keyboard
-
-Screen::Layer* Screen::layer_of(const ViewNode& view)
-{
-    const auto found = layers_.find(view.serial);
-    return found == layers_.end() ? nullptr : &found->second;
-}
+// ----------------------------------------------------------------------------------------------------------- Focus
 
 /// The shown layer whose widget or page has the focus.
-Screen::Layer* Screen::focused_layer() const
+Layer* ScreenInput::focused_layer() const
 {
     GtkWidget* focus = gtk_window_get_focus(window_);
     if (!focus)
@@ -143,17 +293,17 @@ Screen::Layer* Screen::focused_layer() const
     const auto has_it = [&](const Layer* layer) {
         return focus == layer->widget || gtk_widget_is_ancestor(focus, layer->widget);
     };
-    const auto found = std::ranges::find_if(from_below_, has_it);
-    return found == from_below_.end() ? nullptr : *found;
+    const auto found = std::ranges::find_if(layers_.from_below(), has_it);
+    return found == layers_.from_below().end() ? nullptr : *found;
 }
 
-std::shared_ptr<ViewNode> Screen::focused_view() const
+std::shared_ptr<ViewNode> ScreenInput::focused_view() const
 {
-    const Layer* layer = window_ ? focused_layer() : nullptr;
+    const Layer* layer = focused_layer();
     return layer ? layer->view.lock() : nullptr;
 }
 
-bool Screen::is_written_into() const
+bool ScreenInput::is_written_into() const
 {
     const std::shared_ptr<ViewNode> view = focused_view();
     const WidgetSource* page = view && view->web ? view->web->widget_source() : nullptr;
@@ -161,24 +311,24 @@ bool Screen::is_written_into() const
 }
 
 /// Gives the focus to a control or a page. Returns whether it accepts the focus.
-bool Screen::give_focus(Layer* layer)
+bool ScreenInput::give_focus(const Layer* layer)
 {
     GtkWidget* target = layer ? node_widget_focus_target(layer->widget) : nullptr;
     if (!target)
         return false;
     if (gtk_window_get_focus(window_) != target)
         gtk_widget_grab_focus(target);
-    focus_place_ = held_.to_screen(layer->place.center);
+    focus_place_ = layers_.viewport().held.to_screen(layer->place.center);
     return true;
 }
 
-bool Screen::move_focus(bool forward)
+bool ScreenInput::move_focus(bool forward)
 {
-    if (opening_)
+    if (focus_held_)
         return false;
     std::vector<Layer*> reached;
     std::vector<FocusStop> stops;
-    for (Layer* layer : from_below_)
+    for (Layer* layer : layers_.from_below())
         if (node_widget_focus_target(layer->widget)) {
             reached.push_back(layer);
             stops.push_back({layer->window, layer->place.around()});
@@ -192,74 +342,32 @@ bool Screen::move_focus(bool forward)
     const std::size_t next = here == order.end() ? (forward ? 0 : last)
                              : forward           ? (place == last ? 0 : place + 1)
                                                  : (place == 0 ? last : place - 1);
-    Layer* layer = reached[order[next]];
+    const Layer* layer = reached[order[next]];
     chosen_ = layer->view;
     shows_focus_ = true;
     gtk_widget_queue_draw(surface_);
     return give_focus(layer);
 }
 
-/// Restores the focus after an update that may have hidden, covered or removed its view. If the chosen view is out of
-/// reach, the focus stays where it is, or moves to the view in its place.
-void Screen::keep_focus()
+void ScreenInput::restore_focus()
 {
     const std::shared_ptr<ViewNode> chosen = chosen_.lock();
-    if (!chosen || give_focus(layer_of(*chosen)))
+    if (!chosen || give_focus(chosen.get()))
         return;
-    Layer* layer = focused_layer();
+    const Layer* layer = focused_layer();
     if (layer && give_focus(layer))
         return;
-    const std::shared_ptr<ViewNode> instead = hit_test(platform_, focus_place_);
-    if (!give_focus(instead ? layer_of(*instead) : nullptr))
+    if (!give_focus(hit_test(platform_, focus_place_).get()))
         gtk_window_set_focus(window_, nullptr);
 }
 
-bool Screen::capture_key(unsigned keyval, unsigned state)
+void ScreenInput::draw_focus(GtkSnapshot* snapshot) const
 {
-    if (on_key && on_key(keyval, state))
-        return true;
-    // Ctrl+Tab leaves a page, whatever the page does with the key.
-    const bool back = keyval == GDK_KEY_ISO_Left_Tab || (state & GDK_SHIFT_MASK) != 0;
-    const bool tab = keyval == GDK_KEY_Tab || keyval == GDK_KEY_ISO_Left_Tab;
-    if (!tab || (state & GDK_CONTROL_MASK) == 0)
-        return false;
-    const std::shared_ptr<ViewNode> view = focused_view();
-    return view && view->kind == ViewNode::Kind::WebView && move_focus(!back);
-}
-
-bool Screen::take_key(unsigned keyval)
-{
-    if (!uses_control(keyval))
-        return false;
-    const std::shared_ptr<ViewNode> view = focused_view();
-    if (!view || view->kind != ViewNode::Kind::Button)
-        return false;
-    shows_focus_ = true;
-    key_held_ = view;
-    node_widget_set_pressed(layer_of(*view)->widget, true);
-    return true;
-}
-
-/// Controls are activated on release, because a held key repeats.
-void Screen::let_key_go(unsigned keyval)
-{
-    if (!uses_control(keyval))
-        return;
-    const std::shared_ptr<ViewNode> view = key_held_.lock();
-    key_held_.reset();
-    const Layer* layer = view ? layer_of(*view) : nullptr;
+    const Layer* layer = shows_focus_ ? focused_layer() : nullptr;
     if (!layer)
         return;
-    node_widget_set_pressed(layer->widget, false);
-    if (view == focused_view())
-        activate(view);
-}
-
-/// Like a touch: only if a touch can reach the control.
-void Screen::activate(const std::shared_ptr<ViewNode>& view)
-{
-    if (const auto point = view ? touchable_point(*view) : std::nullopt)
-        touch(platform_, *point);
+    const Viewport& viewport = layers_.viewport();
+    draw_focus_ring(snapshot, viewport.to_surface(layer->place.around()), viewport.area());
 }
 
 } // namespace qoro

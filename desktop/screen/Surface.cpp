@@ -65,7 +65,7 @@ gboolean focus_surface(GtkWidget* widget, GtkDirectionType direction)
 
 gboolean glass_contains(GtkWidget* glass, double x, double y)
 {
-    const SurfaceOwner* owner = owner_of(gtk_widget_get_parent(glass));
+    SurfaceOwner* owner = owner_of(gtk_widget_get_parent(glass));
     return owner && owner->keeps(x, y);
 }
 

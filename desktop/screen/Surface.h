@@ -19,7 +19,7 @@ public:
     /// Draws the surface with its children.
     virtual void draw(GtkSnapshot* snapshot) = 0;
     /// Whether the surface handles input at a point; otherwise the child at that point does.
-    virtual bool keeps(double x, double y) const = 0;
+    virtual bool keeps(double x, double y) = 0;
     /// Moves the focus to the next or the previous control. Returns false if there is no control.
     virtual bool move_focus(bool forward) = 0;
 };

@@ -6,6 +6,7 @@
 #include "platform/MediaPlayer.h"
 #include "tests/desktop/support/BarePlatform.h"
 #include "tests/desktop/support/Desktop.h"
+#include "views/ViewNode.h"
 
 #include <gtest/gtest.h>
 #include <gtk/gtk.h>
