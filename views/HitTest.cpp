@@ -61,11 +61,21 @@ std::shared_ptr<ViewNode> reached(const std::shared_ptr<ViewNode>& view, std::op
     return view;
 }
 
+void deliver_touch(Platform& platform, const std::shared_ptr<ViewNode>& view)
+{
+    if (view && view->kind == ViewNode::Kind::Button)
+        UIButton(view).sendTouchUpInside();
+    else if (view && view->kind == ViewNode::Kind::WebView)
+        view->page_touched = platform.loop().now();
+}
+
 } // namespace
 
 std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point)
 {
-    const auto windows = platform.shared<WindowList>().visible_from_below();
+    auto& list = platform.shared<WindowList>();
+    ++list.hit_tests;
+    const auto windows = list.visible_from_below();
     for (auto window = windows.rbegin(); window != windows.rend(); ++window)
         if (const auto own = point_in_window(**window, point))
             return reached(*window, own);
@@ -96,12 +106,14 @@ std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point)
     std::shared_ptr<ViewNode> view;
     platform.dispatch([&] {
         view = hit_test(platform, point);
-        if (view && view->kind == ViewNode::Kind::Button)
-            UIButton(view).sendTouchUpInside();
-        else if (view && view->kind == ViewNode::Kind::WebView)
-            view->page_touched = platform.loop().now();
+        deliver_touch(platform, view);
     });
     return view;
+}
+
+void touch_view(Platform& platform, const std::shared_ptr<ViewNode>& view)
+{
+    platform.dispatch([&] { deliver_touch(platform, view); });
 }
 
 } // namespace qoro

@@ -123,6 +123,8 @@ struct WindowList {
     std::vector<std::weak_ptr<ViewNode>> windows; // in order of creation
     std::uint64_t next_shown_serial = 1;
     std::uint64_t next_view_serial = 1;
+    /// Number of hit tests so far, as a measure of their cost.
+    std::uint64_t hit_tests = 0;
 
     /// All windows that still exist, in order of creation.
     std::vector<std::shared_ptr<ViewNode>> all();
@@ -168,5 +170,7 @@ void end_presentation_of(const UIView& view);
 /// Delivers a touch and release at a point of the screen: runs a button's targets, or records a touch of the page.
 /// @return the view touched; null without one
 std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point);
+/// As touch(), to the view that a hit test has found; null has no effect.
+void touch_view(Platform& platform, const std::shared_ptr<ViewNode>& view);
 
 } // namespace qoro

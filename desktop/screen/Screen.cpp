@@ -49,7 +49,7 @@ public:
     std::string snapshot_png(const std::string& path);
 
     GtkWindow* window() const { return window_; }
-    FramePacer& pacer() { return pacer_; }
+    void views_changed();
     const ScreenInput& input() const { return input_; }
 
 private:
@@ -165,6 +165,12 @@ void Screen::Window::update()
     gtk_widget_queue_draw(surface_.get());
 }
 
+void Screen::Window::views_changed()
+{
+    input_.views_changed();
+    pacer_.schedule();
+}
+
 double Screen::Window::monitor_scale() const
 {
     // One point is one point of the monitor, unless the device is larger than the monitor.
@@ -256,7 +262,7 @@ void Screen::show()
 void Screen::needs_display()
 {
     if (open_)
-        open_->pacer().schedule();
+        open_->views_changed();
 }
 
 std::string Screen::snapshot_png(const std::string& path)

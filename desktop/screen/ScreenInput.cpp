@@ -146,7 +146,10 @@ void ScreenInput::observe_touches()
 
 std::shared_ptr<ViewNode> ScreenInput::touched_at(CGPoint in_surface)
 {
-    return hit_test(platform_, layers_.viewport().to_screen(in_surface));
+    const CGPoint point = layers_.viewport().to_screen(in_surface);
+    if (!hit_ || hit_->point != point)
+        hit_ = Hit{point, hit_test(platform_, point)};
+    return hit_->view.lock();
 }
 
 bool ScreenInput::keeps(CGPoint in_surface)
@@ -198,7 +201,7 @@ void ScreenInput::release(CGPoint in_surface)
     const std::shared_ptr<ViewNode> view = touched_.lock();
     touched_.reset();
     if (view && touched_at(in_surface) == view)
-        touch(platform_, layers_.viewport().to_screen(in_surface));
+        touch_view(platform_, view);
 }
 
 void ScreenInput::cancel()
@@ -216,8 +219,8 @@ void ScreenInput::set_pressed(bool pressed)
 
 void ScreenInput::activate(const std::shared_ptr<ViewNode>& view)
 {
-    if (const auto point = view ? touchable_point(*view) : std::nullopt)
-        touch(platform_, *point);
+    if (view && touchable_point(*view))
+        touch_view(platform_, view);
 }
 
 // ------------------------------------------------------------------------------------------------------------ Keys

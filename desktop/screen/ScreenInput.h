@@ -30,6 +30,8 @@ public:
 
     /// Ignores all further input, before the layers' widgets are released.
     void disconnect() { connections_.clear(); }
+    /// The view tree has changed: another view may receive a touch.
+    void views_changed() { hit_.reset(); }
 
     /// Whether the surface handles input at a point of it; otherwise the page at that point does.
     bool keeps(CGPoint in_surface);
@@ -50,6 +52,12 @@ public:
 
 private:
     struct Signals;
+    /// The result of a hit test: one event asks several times, and a tap begins and ends at one point.
+    struct Hit {
+        /// In screen coordinates.
+        CGPoint point;
+        std::weak_ptr<ViewNode> view;
+    };
 
     void observe_keys();
     void observe_touches();
@@ -77,6 +85,8 @@ private:
     LayerStack& layers_;
     const OnKey on_key_;
 
+    /// The last hit test; absent once the view tree has changed.
+    std::optional<Hit> hit_;
     std::weak_ptr<ViewNode> touched_;
     /// In surface coordinates.
     CGPoint touch_began_;

@@ -1,5 +1,7 @@
 #include "tests/desktop/screen/ScreenTest.h"
 
+#include <gdk/x11/gdkx.h>
+
 namespace qoro::test
 {
 namespace
@@ -20,6 +22,31 @@ protected:
         button.setFrame({100, 100, 50, 50});
         button.addTarget(action<&Target::tapped>(target.get(), "tapped"));
         window.addSubview(button);
+    }
+
+    std::uint64_t hit_tests() { return platform.shared<WindowList>().hit_tests; }
+    /// Moves the X server's pointer to a point of the surface and waits until GTK has noticed.
+    void move_pointer(CGPoint point)
+    {
+        GtkNative* native = GTK_NATIVE(screen->window());
+        double left = 0;
+        double top = 0;
+        gtk_native_get_surface_transform(native, &left, &top);
+        const graphene_point_t in_surface =
+            GRAPHENE_POINT_INIT(static_cast<float>(point.x), static_cast<float>(point.y));
+        graphene_point_t in_window;
+        ASSERT_TRUE(gtk_widget_compute_point(surface(), GTK_WIDGET(native), &in_surface, &in_window));
+        const std::uint64_t before = hit_tests();
+        xdotool("mousemove --window " + std::to_string(gdk_x11_surface_get_xid(gtk_native_get_surface(native))) + " " +
+                std::to_string(std::lround(static_cast<double>(in_window.x) + left)) + " " +
+                std::to_string(std::lround(static_cast<double>(in_window.y) + top)));
+        ASSERT_TRUE(platform.loop().run_until([&] { return hit_tests() > before; }, 30));
+    }
+    static void xdotool(const std::string& arguments)
+    {
+        int status = 0;
+        ASSERT_TRUE(g_spawn_command_line_sync(("xdotool " + arguments).c_str(), nullptr, nullptr, &status, nullptr));
+        ASSERT_EQ(status, 0);
     }
 
     std::shared_ptr<Target> target = std::make_shared<Target>();
@@ -94,6 +121,35 @@ TEST_F(TouchedScreen, AButtonRemovedDuringATouchIsNotTapped)
     g_object_unref(controllers);
 }
 
+TEST_F(TouchedScreen, APressAndAReleaseAreHitTestedOnceEachAtMost)
+{
+    open();
+    move_pointer({125, 125});
+    const std::uint64_t before = hit_tests();
+    xdotool("click 1");
+    ASSERT_TRUE(platform.loop().run_until([&] { return target->taps == 1; }, 30));
+    EXPECT_LE(hit_tests() - before, 2U);
+}
+
+TEST_F(TouchedScreen, AViewThatCoversTheButtonDuringATouchPreventsTheTap)
+{
+    const UIView sheet = UIView::create();
+    sheet.setFrame({0, 0, 300, 400});
+    sheet.setHidden(true);
+    window.addSubview(sheet);
+    button.setBackgroundColor(color(Blue));
+    button.setShowsTouchWhenHighlighted(true);
+    const auto glows = [this] { return shown().at(125, 125) != Blue; };
+    open();
+    move_pointer({125, 125});
+    xdotool("mousedown 1");
+    ASSERT_TRUE(platform.loop().run_until(glows, 30));
+    sheet.setHidden(false);
+    xdotool("mouseup 1");
+    ASSERT_TRUE(platform.loop().run_until([&] { return !glows(); }, 30));
+    EXPECT_EQ(target->taps, 0);
+}
+
 // ------------------------------------------------------------------------------------------------------------ keyboard
 
 class KeyboardOnScreen : public TouchedScreen
@@ -156,6 +212,16 @@ TEST_F(KeyboardOnScreen, SpaceAndEnterUseTheFocusedControl)
     ASSERT_TRUE(tab(false));
     key(GDK_KEY_KP_Enter);
     EXPECT_EQ(target->taps, 2);
+}
+
+TEST_F(KeyboardOnScreen, AKeyIsHitTestedOnce)
+{
+    open();
+    ASSERT_TRUE(tab());
+    const std::uint64_t before = hit_tests();
+    key(GDK_KEY_space);
+    EXPECT_EQ(target->taps, 1);
+    EXPECT_EQ(hit_tests() - before, 1U);
 }
 
 TEST_F(KeyboardOnScreen, AHeldKeyUsesTheControlOnce)
