@@ -2,6 +2,7 @@
 
 #include "formats/detail/AdProperties.h"
 #include "formats/detail/Json.h"
+#include "platform/AddressParts.h"
 
 #include <utility>
 #include <vector>
@@ -115,30 +116,15 @@ std::string escaped(std::string_view address)
 
 } // namespace
 
-std::string_view scheme_of_address(std::string_view address)
-{
-    constexpr auto is_letter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
-    constexpr auto is_rest = [](char c) { return (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.'; };
-    std::size_t end = 0;
-    while (end < address.size() && (is_letter(address[end]) || (end > 0 && is_rest(address[end]))))
-        ++end;
-    return end > 0 && end < address.size() && address[end] == ':' ? address.substr(0, end) : "";
-}
-
 void rewrite_addresses(QoroVideoAd& ad,
                        const std::function<std::string(AdAddressUse, const std::string&, const std::string&)>& visit)
 {
     AddressWalk(visit).walk(ad);
 }
 
-bool is_relative_address(std::string_view address)
-{
-    return scheme_of_address(address).empty() && !address.starts_with("//");
-}
-
 std::string address_on_server(std::string_view address, const std::string& server)
 {
-    if (!is_relative_address(address))
+    if (!AddressParts(address).names_no_server())
         return std::string(address);
     while (address.starts_with("./"))
         address.remove_prefix(2);

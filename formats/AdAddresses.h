@@ -26,14 +26,8 @@ enum class AdAddressUse {
 void rewrite_addresses(QoroVideoAd& ad,
                        const std::function<std::string(AdAddressUse, const std::string&, const std::string&)>& visit);
 
-/// The scheme of an address, without the colon (RFC 3986, section 3.1); empty for an address without one.
-std::string_view scheme_of_address(std::string_view address);
-
-/// Whether an address is relative to a server: no scheme and no host ("clip.mp4", "/t/start?x", "?x").
-bool is_relative_address(std::string_view address);
-
-/// Makes a relative address absolute on a server and percent-escapes what a URL must not contain (blanks, controls,
-/// non-ASCII bytes). Any other address is returned unchanged.
+/// Makes an address that names no server (AddressParts::names_no_server) absolute on a server and percent-escapes what a
+/// URL must not contain (blanks, controls, non-ASCII bytes). Any other address is returned unchanged.
 /// @param server "http://127.0.0.1:41234"
 std::string address_on_server(std::string_view address, const std::string& server);
 

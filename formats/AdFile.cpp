@@ -6,10 +6,10 @@
 #include "formats/detail/AdJson.h"
 #include "formats/detail/AdProperties.h"
 #include "formats/detail/Names.h"
+#include "platform/AddressParts.h"
 #include "platform/Numbers.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -219,9 +219,8 @@ private:
 
 bool is_fetchable(std::string_view address)
 {
-    std::string scheme(scheme_of_address(address));
-    std::ranges::transform(scheme, scheme.begin(), [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return scheme.empty() || scheme == "http" || scheme == "https";
+    const AddressParts parts(address);
+    return parts.has_scheme("") || parts.has_scheme("http") || parts.has_scheme("https");
 }
 
 /// The portrait layout keeps the video's aspect ratio, unless the video fills the screen.

@@ -22,14 +22,6 @@ constexpr double TouchLasts = 1;
 /// Schemes that a page may open.
 constexpr std::array<std::string_view, 4> OpenableSchemes{"http", "https", "tel", "sms"};
 
-bool has_scheme(const NSURL& address, std::string_view scheme)
-{
-    const std::string& text = address.absoluteString().text();
-    return text.size() > scheme.size() && text[scheme.size()] == ':' &&
-           std::equal(scheme.begin(), scheme.end(), text.begin(),
-                      [](char a, char b) { return a == (b >= 'A' && b <= 'Z' ? b - 'A' + 'a' : b); });
-}
-
 bool can_open(std::string_view beginning)
 {
     return UIApplication::sharedApplication().canOpenURL(NSURL::URLWithString(beginning));
@@ -231,7 +223,8 @@ void Mraid::set_device_orientation(UIDeviceOrientation orientation)
 NSString Mraid::open(const NSArray& arguments)
 {
     const NSURL address = NSURL::URLWithString(arguments[0].string());
-    if (!std::ranges::any_of(OpenableSchemes, [&](std::string_view scheme) { return has_scheme(address, scheme); }))
+    if (!std::ranges::any_of(OpenableSchemes,
+                             [&](std::string_view scheme) { return address.parts().has_scheme(scheme); }))
         return "an address begins with http:, https:, tel: or sms:";
     return leave_for(address);
 }
@@ -239,7 +232,7 @@ NSString Mraid::open(const NSArray& arguments)
 NSString Mraid::play_video(const NSArray& arguments)
 {
     const NSURL address = NSURL::URLWithString(arguments[0].string());
-    if (!has_scheme(address, "http") && !has_scheme(address, "https"))
+    if (!address.parts().has_scheme("http") && !address.parts().has_scheme("https"))
         return "a video's address begins with http: or https:";
     return leave_for(address);
 }

@@ -1,5 +1,7 @@
 #include "kit/NetworkZone.h"
 
+#include "platform/AddressParts.h"
+
 #include <arpa/inet.h>
 
 #include <algorithm>
@@ -32,32 +34,29 @@ struct Span {
 };
 
 /// Finds the authority as browsers do: any number of slashes and backslashes may precede it (WHATWG URL Standard,
-/// special authority ignore slashes state). Absent for an address that is not a web address.
+/// special authority ignore slashes state). RFC 3986, and so AddressParts, would find none in "http:127.0.0.1", which a
+/// browser would request. Absent for an address that is not a web address.
 std::optional<Span> authority_in(std::string_view address)
 {
-    const std::size_t colon = address.find(':');
-    if (colon == std::string_view::npos)
+    const AddressParts parts(address);
+    if (std::ranges::none_of(WebSchemes, [&parts](std::string_view scheme) { return parts.has_scheme(scheme); }))
         return std::nullopt;
-    if (std::ranges::find(WebSchemes, in_lower_case(address.substr(0, colon))) == WebSchemes.end())
-        return std::nullopt;
-    const std::size_t begin = std::min(address.find_first_not_of("/\\", colon + 1), address.size());
+    const std::size_t after_scheme = address.size() - parts.after_scheme().size();
+    const std::size_t begin = std::min(address.find_first_not_of("/\\", after_scheme), address.size());
     return Span{begin, std::min(address.find_first_of("/\\?#", begin), address.size())};
 }
 
-std::string host_of(std::string_view address)
+/// The host that a browser would connect to, in lower case; empty for an address that is not a web address.
+std::string browsed_host(std::string_view address)
 {
     const auto authority = authority_in(address);
     if (!authority)
         return "";
-    address = address.substr(authority->begin, authority->end - authority->begin);
-    if (const std::size_t user = address.rfind('@'); user != std::string_view::npos)
-        address.remove_prefix(user + 1);
-    if (address.starts_with('['))
-        return in_lower_case(address.substr(0, std::min(address.find(']'), address.size() - 1) + 1));
-    address = address.substr(0, address.find(':'));
-    if (address.ends_with('.'))
-        address.remove_suffix(1);
-    return in_lower_case(address);
+    std::string_view host =
+        AuthorityParts::of(address.substr(authority->begin, authority->end - authority->begin)).host;
+    if (!host.starts_with('[') && host.ends_with('.'))
+        host.remove_suffix(1);
+    return in_lower_case(host);
 }
 
 /// The text with its placeholders removed.
@@ -143,7 +142,7 @@ bool is_unreadable(std::string_view address, std::string_view empty)
     }
     if (address.find('{') <= authority->end)
         return true;
-    const std::string host = host_of(empty);
+    const std::string host = browsed_host(empty);
     if (host.starts_with('[') && !ip6_in(host))
         return true;
     // Some parsers end the host at a backslash; others (RFC 3986) treat the part before it as user information.
@@ -194,7 +193,7 @@ NetworkZone zone_of(const std::array<std::uint8_t, 16>& ip)
 
 NetworkZone zone_named_by(std::string_view address)
 {
-    const std::string host = host_of(address);
+    const std::string host = browsed_host(address);
     if (host.starts_with('[')) {
         const auto ip = ip6_in(host);
         return ip ? zone_of(*ip) : NetworkZone::Public;

@@ -1,7 +1,5 @@
 #include "kit/NextVideoAddresses.h"
 
-#include "kit/WebText.h"
-
 #include <array>
 #include <string_view>
 
@@ -58,7 +56,7 @@ private:
     {
         if (found_ || !used)
             return;
-        if (scheme_of(NSURL::URLWithString(used)) == "file" || leads_inward(page_, used.text(), open_))
+        if (NSURL::URLWithString(used).parts().has_scheme("file") || leads_inward(page_, used.text(), open_))
             found_ = text;
     }
 

@@ -303,7 +303,7 @@ bool PageScreen::should_start_load(const NSURL& address, int navigation_type)
 {
     if (address.is_web())
         return true;
-    const std::string scheme = scheme_of(address);
+    const std::string scheme = address.parts().scheme();
     if (navigation_type != LinkFollowed)
         return contains(MadeUpByThePage, scheme);
     if (!contains(NeverHandedOn, scheme)) {
@@ -325,13 +325,13 @@ void PageScreen::tell_viewer(const char* text)
 }
 
 /// Truncates a long host at its start: its end identifies the site.
-void PageScreen::show_in_field(const std::string& address)
+void PageScreen::show_in_field(const NSURL& address)
 {
     constexpr CGSize Unbounded{1e6, 1e6};
-    const std::string host = address.substr(0, address.find_first_of("/?#"));
+    const std::string host = shown_host(address);
     const bool fits = sizeWithFont(host, text_.font(), Unbounded).width <= text_.bounds().width;
     text_.setLineBreakMode(fits ? CutAtEnd : CutAtStart);
-    text_.setText(fits ? address : host);
+    text_.setText(fits ? shown_address(address) : host);
 }
 
 void PageScreen::update()
@@ -348,7 +348,7 @@ void PageScreen::update()
         set_symbol(lock_, state.has_content ? lock : Symbol::None, state.secure ? InkColor : FaintColor);
         const char* said = state.secure ? screen_texts::SafeConnection : screen_texts::UnsafeConnection;
         lock_.setAccessibilityLabel(state.has_content ? NSString(platform_.translation().translate(said)) : nullptr);
-        show_in_field(shown_address(state.address));
+        show_in_field(state.address);
     } else {
         text_.setText(state.title.empty() ? platform_.translation().translate(screen_texts::Store) : state.title);
     }

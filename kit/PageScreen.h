@@ -71,7 +71,7 @@ private:
     void follow();
     void lay_out();
     void update();
-    void show_in_field(const std::string& address);
+    void show_in_field(const NSURL& address);
     void tell_viewer(const char* text);
     bool is_seen() const;
 

@@ -40,13 +40,6 @@ bool is_long(const Value& id)
     return id.is_array() || id.is_dictionary() || id.stringValue().length() > LongestListenerId;
 }
 
-/// The address without its fragment: identifies the document.
-std::string_view document_of(const NSURL& address)
-{
-    const std::string_view text = address.absoluteString().text();
-    return text.substr(0, text.find('#'));
-}
-
 } // namespace
 
 QoroPhoneGapViewController::QoroPhoneGapViewController()
@@ -276,9 +269,9 @@ NSString QoroPhoneGapViewController::getTrackingUniqueInfo(const NSString& url) 
 bool QoroPhoneGapViewController::webView(const UIWebView& webView, const NSURL& shouldStartLoadWithRequest,
                                          std::int64_t navigationType)
 {
-    const std::string_view wanted = document_of(shouldStartLoadWithRequest);
-    const bool within = !wanted.empty() && (wanted == document_of(webView.requestURL()) ||
-                                            wanted == document_of(NSURL::URLWithString(strBaseUrl)));
+    const std::string_view wanted = shouldStartLoadWithRequest.parts().without_fragment();
+    const bool within = !wanted.empty() && (wanted == webView.requestURL().parts().without_fragment() ||
+                                            wanted == NSURL::URLWithString(strBaseUrl).parts().without_fragment());
     const bool blank = navigationType == NavigationTypeOther && (wanted.empty() || wanted == "about:blank");
     if (within || blank)
         return true;

@@ -1,7 +1,5 @@
 #include "kit/WebText.h"
 
-#include <algorithm>
-
 namespace qoro
 {
 
@@ -11,11 +9,6 @@ namespace
 bool is_letter_or_digit(char c)
 {
     return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9');
-}
-
-char lower(char c)
-{
-    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
 } // namespace
@@ -38,20 +31,11 @@ std::string percent_encoded(std::string_view text)
     return encoded;
 }
 
-std::string scheme_of(const NSURL& address)
-{
-    const std::string& text = address.absoluteString().text();
-    std::string scheme = text.substr(0, std::min(text.find(':'), text.size()));
-    std::ranges::transform(scheme, scheme.begin(), lower);
-    return scheme;
-}
-
 NSString appstream_id_of(const NSURL& address)
 {
-    if (scheme_of(address) != "appstream")
+    if (!address.parts().has_scheme("appstream"))
         return nullptr;
-    std::string_view id = address.absoluteString().text();
-    id.remove_prefix(id.find(':') + 1);
+    std::string_view id = address.parts().after_scheme();
     if (id.starts_with("//"))
         id.remove_prefix(2);
     if (id.ends_with('/'))
@@ -61,15 +45,22 @@ NSString appstream_id_of(const NSURL& address)
 
 std::string shown_address(const NSURL& address)
 {
-    std::string shown = address.absoluteString().text();
-    if (const std::size_t scheme = shown.find("://"); scheme != std::string::npos)
-        shown.erase(0, scheme + 3);
-    const std::size_t host_end = std::min(shown.find_first_of("/?#"), shown.size());
+    const AddressParts& parts = address.parts();
     // A user name in front of the host may imitate another host.
-    if (const std::size_t user = shown.substr(0, host_end).rfind('@'); user != std::string::npos)
-        shown.erase(0, user + 1);
-    if (shown.ends_with('/') && shown.find('/') == shown.size() - 1)
-        shown.pop_back();
+    std::string_view shown = parts.from_host().value_or(parts.text());
+    if (parts.path() == "/" && !parts.query() && !parts.fragment())
+        shown.remove_suffix(1);
+    return std::string(shown);
+}
+
+std::string shown_host(const NSURL& address)
+{
+    const auto& authority = address.parts().authority();
+    if (!authority)
+        return "";
+    std::string shown(authority->host);
+    if (authority->port)
+        shown.append(":").append(*authority->port);
     return shown;
 }
 

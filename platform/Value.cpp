@@ -410,17 +410,19 @@ std::string_view NSData::view() const
 
 // ------------------------------------------------------------------------------------------------------------- NSURL
 
-bool NSURL::is_web() const
-{
-    const std::string& address = text_.text();
-    const auto begins_with = [&address](std::string_view scheme) {
-        return address.size() >= scheme.size() &&
-               std::equal(scheme.begin(), scheme.end(), address.begin(), [](char wanted, char found) {
-                   return wanted == (found >= 'A' && found <= 'Z' ? static_cast<char>(found - 'A' + 'a') : found);
-               });
-    };
-    return !file_ && (begins_with("http://") || begins_with("https://"));
-}
+struct NSURL::Content {
+    Content(const NSString& as_written, bool of_file)
+        : text(as_written), is_file(of_file), parts(is_file ? AddressParts() : AddressParts(text.text()))
+    {
+    }
+    // The parts are views of the text.
+    Content(const Content&) = delete;
+    Content& operator=(const Content&) = delete;
+
+    const NSString text;
+    const bool is_file;
+    const AddressParts parts;
+};
 
 NSURL NSURL::URLWithString(const NSString& text)
 {
@@ -432,17 +434,29 @@ NSURL NSURL::URLWithString(const NSString& text)
         if (letter <= ' ' || letter == 0x7F || (letter == '%' && escaped_byte(address.substr(at)) < 0))
             return {};
     }
-    NSURL url;
-    url.text_ = text;
-    return url;
+    return NSURL(std::make_shared<const Content>(text, false));
 }
 
 NSURL NSURL::fileURLWithPath(const NSString& path)
 {
-    NSURL url;
-    url.text_ = path;
-    url.file_ = static_cast<bool>(path);
-    return url;
+    return path ? NSURL(std::make_shared<const Content>(path, true)) : NSURL();
+}
+
+bool NSURL::is_file() const
+{
+    return content_ && content_->is_file;
+}
+
+const NSString& NSURL::absoluteString() const
+{
+    static const NSString null;
+    return content_ ? content_->text : null;
+}
+
+const AddressParts& NSURL::parts() const
+{
+    static const AddressParts none;
+    return content_ ? content_->parts : none;
 }
 
 // ---------------------------------------------------------------------------------------------------- Percent escapes

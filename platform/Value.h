@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/AddressParts.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <initializer_list>
@@ -186,7 +188,7 @@ private:
     std::size_t length_ = 0;
 };
 
-/// An address, or null.
+/// An address, or null. It is parsed once, and copies share it.
 class NSURL
 {
 public:
@@ -195,18 +197,25 @@ public:
     /// Creates an address; null for a null or empty text and for one with blanks, control characters or a malformed
     /// escape.
     static NSURL URLWithString(const NSString& text);
+    /// The address of a file; null for a null path.
     static NSURL fileURLWithPath(const NSString& path);
 
-    explicit operator bool() const { return static_cast<bool>(text_); }
-    bool is_file() const { return file_; }
-    /// Whether the scheme is http or https.
-    bool is_web() const;
+    explicit operator bool() const { return content_ != nullptr; }
+    /// Whether fileURLWithPath created the address.
+    bool is_file() const;
+    /// Whether the address begins with http:// or https://, in any letter case.
+    bool is_web() const { return parts().is_web(); }
     /// The address as text, or the path of a file; null for a null address.
-    const NSString& absoluteString() const { return text_; }
+    const NSString& absoluteString() const;
+    /// The parts of the address; those of the empty text for null and for a file's path. Valid while this address or a
+    /// copy of it exists.
+    const AddressParts& parts() const;
 
 private:
-    NSString text_;
-    bool file_ = false;
+    struct Content;
+    explicit NSURL(std::shared_ptr<const Content> content) : content_(std::move(content)) {}
+
+    std::shared_ptr<const Content> content_;
 };
 
 /// A description of an error, for the kit's delegates; its text is null when there is no error.

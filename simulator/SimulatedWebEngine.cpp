@@ -67,7 +67,7 @@ PageState SimulatedWebEngine::page_state() const
 {
     PageState state;
     state.address = address_;
-    state.secure = has_content_ && address_.absoluteString().text().starts_with("https:");
+    state.secure = has_content_ && address_.parts().has_scheme("https");
     state.loading = loading_;
     state.progress = loading_ ? 0.1 : has_content_ ? 1 : 0;
     state.has_content = has_content_;

@@ -33,16 +33,6 @@ bool is_held(UIDeviceOrientation orientation)
     return orientation >= UIDeviceOrientationPortrait && orientation <= UIDeviceOrientationLandscapeRight;
 }
 
-/// In lower case; empty if the address has no scheme.
-std::string scheme_of(const NSURL& address)
-{
-    char* scheme = g_uri_parse_scheme(address.absoluteString().text().c_str());
-    std::string text = scheme ? scheme : "";
-    g_free(scheme);
-    std::ranges::transform(text, text.begin(), g_ascii_tolower);
-    return text;
-}
-
 bool has_program(const std::string& scheme)
 {
     GAppInfo* program = g_app_info_get_default_for_uri_scheme(scheme.c_str());
@@ -94,7 +84,7 @@ bool DesktopDevice::can_open(const NSURL& address)
     if (options_.can_open)
         return std::ranges::any_of(*options_.can_open,
                                    [&text](const std::string& beginning) { return text.starts_with(beginning); });
-    const std::string scheme = scheme_of(address);
+    const std::string scheme = address.parts().scheme();
     return !scheme.empty() && scheme != "file" && has_program(scheme);
 }
 
@@ -113,7 +103,7 @@ void DesktopDevice::open_and_wait(const NSURL& address, std::function<void()> do
 
 void DesktopDevice::launch(const NSURL& address, std::function<void()> done)
 {
-    if (!address || address.is_file() || scheme_of(address) == "file") {
+    if (!address || address.is_file() || address.parts().has_scheme("file")) {
         if (done)
             done();
         return;

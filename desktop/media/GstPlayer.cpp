@@ -38,12 +38,10 @@ Source source_of(const NSURL& address)
     const std::string& text = address.absoluteString().text();
     if (address.is_file())
         return {text, true};
-    const std::unique_ptr<char, FreeText> scheme(g_uri_parse_scheme(text.c_str()));
-    if (!scheme)
-        return {};
-    if (g_ascii_strcasecmp(scheme.get(), "http") == 0 || g_ascii_strcasecmp(scheme.get(), "https") == 0)
+    const AddressParts& parts = address.parts();
+    if (parts.has_scheme("http") || parts.has_scheme("https"))
         return {text, false};
-    if (g_ascii_strcasecmp(scheme.get(), "file") == 0) {
+    if (parts.has_scheme("file")) {
         const std::unique_ptr<char, FreeText> path(g_filename_from_uri(text.c_str(), nullptr, nullptr));
         return {path ? path.get() : "", true};
     }

@@ -1,5 +1,7 @@
 #include "desktop/media/HttpSource.h"
 
+#include "platform/AddressParts.h"
+
 #include <gst/base/gstpushsrc.h>
 #include <gst/gst.h>
 
@@ -40,11 +42,11 @@ bool is_plain(char c)
 /// escaped null byte.
 std::string ending_of(const std::string& address)
 {
-    const std::string path = address.substr(0, address.find_first_of("?#"));
+    const std::string_view path = qoro::AddressParts(address).path();
     const std::size_t dot = path.find_last_of("./");
-    if (dot == std::string::npos || path[dot] != '.')
+    if (dot == std::string_view::npos || path[dot] != '.')
         return "";
-    const std::string ending = path.substr(dot + 1);
+    const std::string ending(path.substr(dot + 1));
     const bool usable = !ending.empty() && ending.size() <= LongestEnding && std::ranges::all_of(ending, is_plain);
     return usable ? "." + ending : "";
 }

@@ -3,7 +3,6 @@
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/LaunchTrial.h"
 #include "desktop/web/PageReach.h"
-#include "desktop/web/WebAddress.h"
 
 #include <webkit/webkit.h>
 
@@ -356,11 +355,9 @@ void WebKitEngine::report(News news, const std::string& reason)
 
 void WebKitEngine::load_html(const NSString& html, const NSURL& base)
 {
-    const std::string& address = base.absoluteString().text();
-    const bool has_origin = !base.is_file() && is_web_address(address.c_str());
     bridge_.leave_page(); // the callbacks belonged to the previous page
     has_page_ = true;
-    own_load_ = as_webkit_spells(has_origin ? address.c_str() : "about:blank");
+    own_load_ = as_webkit_spells(base.is_web() ? base.absoluteString().text().c_str() : "about:blank");
     document_ = own_load_;
     reach_->show(content_, own_load_);
     loading_ = false;
@@ -446,7 +443,7 @@ PageState WebKitEngine::page_state() const
 {
     PageState state;
     const char* shown = webkit_web_view_get_uri(view_);
-    if (shown && is_web_address(shown))
+    if (shown && AddressParts(shown).is_web())
         state.address = NSURL::URLWithString(shown);
     else if (!wanted_.empty())
         state.address = NSURL::URLWithString(wanted_);
@@ -495,7 +492,8 @@ void WebKitEngine::load_changed(int event)
         loading_ = true;
         report(News::Started);
     }
-    if (event == WEBKIT_LOAD_COMMITTED && !wanted_.empty() && is_blank_address(webkit_web_view_get_uri(view_))) {
+    if (event == WEBKIT_LOAD_COMMITTED && !wanted_.empty() &&
+        AddressParts(webkit_web_view_get_uri(view_)).has_scheme("about")) {
         // WebKit reports a blocked port in this way, without an error.
         loading_ = false;
         return report(News::Failed, "the address is not to be had");

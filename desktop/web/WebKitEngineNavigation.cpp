@@ -1,5 +1,4 @@
 #include "desktop/net/Reach.h"
-#include "desktop/web/WebAddress.h"
 #include "desktop/web/WebKitEngine.h"
 
 #include <webkit/webkit.h>
@@ -17,12 +16,17 @@ namespace
 constexpr int LinkFollowed = 0;
 constexpr int OtherNavigation = 5;
 
+/// Whether an address belongs to a document without a server: empty frames and frames with generated content.
+bool is_blank(const AddressParts& address)
+{
+    return address.has_scheme("about");
+}
+
 /// Whether the engine can show an address at all. For any other scheme (tel, mailto, file) the listener is only
 /// notified.
-bool is_loadable(const char* address)
+bool is_loadable(const AddressParts& address)
 {
-    return is_web_address(address) || is_blank_address(address) || g_str_has_prefix(address, "data:") ||
-           g_str_has_prefix(address, "blob:");
+    return address.is_web() || is_blank(address) || address.has_scheme("data") || address.has_scheme("blob");
 }
 
 } // namespace
@@ -41,9 +45,9 @@ bool WebKitEngine::moves_within(WebKitNavigationAction* action, const std::strin
 {
     const char* shown = webkit_web_view_get_uri(view_); // the address that the page's script may have changed
     WebKitURIRequest* request = webkit_navigation_action_get_request(action);
-    const std::size_t fragment = address.find('#');
-    const std::string_view here(shown ? shown : "");
-    return fragment != std::string::npos && address.substr(0, fragment) == here.substr(0, here.find('#')) &&
+    const AddressParts there(address);
+    const AddressParts here(shown ? shown : "");
+    return there.fragment() && there.without_fragment() == here.without_fragment() &&
            g_strcmp0(webkit_uri_request_get_http_method(request), "GET") == 0 &&
            !webkit_navigation_action_is_redirect(action) &&
            webkit_navigation_action_get_navigation_type(action) != WEBKIT_NAVIGATION_TYPE_RELOAD;
@@ -55,9 +59,11 @@ bool WebKitEngine::may_move(WebKitNavigationAction* action, const std::string& a
 {
     const std::shared_ptr<WebKitEngine*> self = self_;
     const bool within = moves_within(action, address);
-    const bool blank = is_blank_address(address.c_str()) && !within;
-    const std::string name =
-        within ? document_.substr(0, document_.find('#')) + address.substr(address.find('#')) : address;
+    const AddressParts parts(address);
+    const bool blank = is_blank(parts) && !within;
+    std::string name = address;
+    if (within)
+        name = std::string(AddressParts(document_).without_fragment()).append("#").append(*parts.fragment());
     const bool allowed = blank || listener_allows(name.c_str(), link ? LinkFollowed : OtherNavigation);
     if (allowed && !within && *self)
         refuse("navigation", address);
@@ -106,7 +112,7 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
             return false;
         }
         const std::shared_ptr<WebKitEngine*> self = self_;
-        if (listener_allows(address.c_str(), LinkFollowed) && *self && is_web_address(address.c_str())) {
+        if (listener_allows(address.c_str(), LinkFollowed) && *self && AddressParts(address).is_web()) {
             own_load_ = address;
             webkit_web_view_load_uri(view_, address.c_str());
         }
@@ -122,9 +128,10 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     }
     if (kind_ == PageKind::Creative)
         return may_move(action, address, link);
-    if (is_blank_address(address.c_str()) && !link)
+    if (is_blank(AddressParts(address)) && !link)
         return true;
-    return listener_allows(address.c_str(), link ? LinkFollowed : OtherNavigation) && is_loadable(address.c_str());
+    return listener_allows(address.c_str(), link ? LinkFollowed : OtherNavigation) &&
+           is_loadable(AddressParts(address));
 }
 
 } // namespace qoro

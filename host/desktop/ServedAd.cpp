@@ -5,6 +5,7 @@
 #include "desktop/web/ScriptLibrary.h"
 #include "formats/AdAddresses.h"
 #include "formats/AdFile.h"
+#include "platform/AddressParts.h"
 
 #include <filesystem>
 #include <optional>
@@ -22,7 +23,7 @@ std::vector<std::string> tracker_paths(QoroVideoAd& ad)
 {
     std::vector<std::string> paths;
     rewrite_addresses(ad, [&paths](AdAddressUse use, const std::string&, const std::string& address) {
-        if (use == AdAddressUse::Tracker && is_relative_address(address))
+        if (use == AdAddressUse::Tracker && AddressParts(address).names_no_server())
             paths.push_back(path_on_server(address_on_server(address, ""), ""));
         return address;
     });

@@ -24,17 +24,13 @@ TEST(PercentEncoding, LeavesLettersDigitsAndFourMarks)
     EXPECT_EQ(percent_encoded(""), "");
 }
 
-TEST(Scheme, IsReadInLowerCase)
-{
-    EXPECT_EQ(scheme_of(NSURL::URLWithString("TEL:123")), "tel");
-    EXPECT_EQ(scheme_of(NSURL()), "");
-}
-
 TEST(ShownAddress, BeginsWithTheHost)
 {
     EXPECT_EQ(shown("https://shop.example/lamps?x=1"), "shop.example/lamps?x=1");
     EXPECT_EQ(shown("http://shop.example:8080/"), "shop.example:8080");
     EXPECT_EQ(shown("https://shop.example/a/"), "shop.example/a/");
+    EXPECT_EQ(shown("https://shop.example/?to=/"), "shop.example/?to=/");
+    EXPECT_EQ(shown("https://shop.example?to=/"), "shop.example?to=/");
     EXPECT_EQ(shown_address(NSURL()), "");
 }
 
@@ -45,12 +41,22 @@ TEST(ShownAddress, HidesAUserThatPretendsToBeTheHost)
     EXPECT_EQ(shown("https://shop.example/@lumo"), "shop.example/@lumo");
 }
 
+TEST(ShownHost, IsTheHostWithItsPort)
+{
+    EXPECT_EQ(shown_host(NSURL::URLWithString("https://bank.example@evil.example:8080/login?x#y")),
+              "evil.example:8080");
+    EXPECT_EQ(shown_host(NSURL::URLWithString("http://[::1]?x")), "[::1]");
+    EXPECT_EQ(shown_host(NSURL::URLWithString("tel:1")), "");
+    EXPECT_EQ(shown_host(NSURL()), "");
+}
+
 TEST(AppStreamId, IsTheRestAfterTheSchemeWithoutSlashes)
 {
     EXPECT_EQ(appstream_id_of(NSURL::URLWithString("appstream://org.gnome.Maps")), NSString("org.gnome.Maps"));
     EXPECT_EQ(appstream_id_of(NSURL::URLWithString("appstream:org.gnome.Maps/")), NSString("org.gnome.Maps"));
     EXPECT_FALSE(appstream_id_of(NSURL::URLWithString("appstream://")));
     EXPECT_FALSE(appstream_id_of(NSURL::URLWithString("https://org.gnome.Maps")));
+    EXPECT_FALSE(appstream_id_of(NSURL::URLWithString("appstream")));
     EXPECT_FALSE(appstream_id_of(NSURL()));
 }
 

@@ -1,6 +1,7 @@
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/guard/PageChannel.h"
 #include "kit/NetworkZone.h"
+#include "platform/AddressParts.h"
 
 #include <webkit/webkit-web-process-extension.h>
 
@@ -31,9 +32,10 @@ bool is_out_of_reach(const char* address, const char* page)
 gboolean send_request(WebKitWebPage* page, WebKitURIRequest* request, WebKitURIResponse*, void*)
 {
     const char* address = webkit_uri_request_get_uri(request);
-    if (address && g_str_has_prefix(address, "kit:") && qoro::PageChannel::of(page).may_load_library())
+    const bool library = address && qoro::AddressParts(address).has_scheme("kit");
+    if (library && qoro::PageChannel::of(page).may_load_library())
         return FALSE;
-    if (address && !g_str_has_prefix(address, "kit:") && !is_out_of_reach(address, webkit_web_page_get_uri(page)))
+    if (address && !library && !is_out_of_reach(address, webkit_web_page_get_uri(page)))
         return FALSE;
     tell(page, address ? address : "");
     return TRUE;
@@ -79,7 +81,9 @@ void window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* 
 
 void wanted_by_script(const char* address, WebKitWebPage* page)
 {
-    if (g_ascii_strncasecmp(address, "file:", 5) == 0 || is_out_of_reach(address, webkit_web_page_get_uri(page)))
+    if (!address)
+        return;
+    if (qoro::AddressParts(address).has_scheme("file") || is_out_of_reach(address, webkit_web_page_get_uri(page)))
         tell(page, address);
 }
 
