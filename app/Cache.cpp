@@ -66,7 +66,7 @@ void list(const VideoCache& cache, bool as_json)
 int prefetch(VideoCache& cache, const std::vector<std::string>& addresses)
 {
     for (const std::string& address : addresses)
-        if (!is_http_address(address))
+        if (!HttpAddress::parse(address))
             throw InputError("cache prefetch", "", "expected an address of http or https, got \"" + address + "\"");
     int status = 0;
     // An address that the user names may be anywhere; a redirect must not lead inside a private network.

@@ -91,13 +91,12 @@ VideoDownload::Result VideoDownload::fetch(VideoCache& cache, const std::string&
 
 VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::string& address)
 {
-    GUri* uri = http_uri(address);
-    if (!uri)
+    const auto asked = HttpAddress::parse(address);
+    if (!asked)
         return {.error = "not an address of http or https"};
-    const Message message(soup_message_new_from_uri(SOUP_METHOD_GET, uri));
+    const Message message(soup_message_new_from_uri(SOUP_METHOD_GET, asked->uri()));
     const std::unique_ptr<GCancellable, Unref> request(g_cancellable_new());
-    const RequestGuard guard(message.get(), uri, request.get(), reach_of(address));
-    g_uri_unref(uri);
+    const RequestGuard guard(message.get(), *asked, request.get(), reach_of(asked));
 
     const std::int64_t deadline = g_get_monotonic_time() + static_cast<std::int64_t>(limits_.all_seconds * 1e6);
     GError* error = nullptr;

@@ -2,6 +2,7 @@
 
 #include "desktop/net/ContentType.h"
 #include "desktop/net/ContextThread.h"
+#include "desktop/net/HttpAddress.h"
 #include "desktop/net/ServedFile.h"
 
 #include <libsoup/soup.h>
@@ -117,11 +118,6 @@ bool stands_for(const std::string& tracker, const std::string& path)
     const std::size_t macro = tracker.find('{');
     return macro == std::string::npos ? path == tracker : path.starts_with(tracker.substr(0, macro));
 }
-
-std::string host_of(GUri* uri)
-{
-    return std::string(g_uri_get_host(uri)) + ":" + std::to_string(g_uri_get_port(uri));
-}
 } // namespace
 
 class AdServer::Worker
@@ -177,7 +173,7 @@ private:
             return;
         }
         GSList* uris = soup_server_get_uris(server_);
-        host_ = host_of(static_cast<GUri*>(uris->data));
+        host_ = HttpAddress(static_cast<GUri*>(uris->data)).host_and_port();
         g_slist_free_full(uris, reinterpret_cast<GDestroyNotify>(g_uri_unref));
     }
 

@@ -2,36 +2,73 @@
 
 #include <libsoup/soup.h>
 
+#include <algorithm>
+#include <cstring>
 #include <string_view>
+#include <utility>
 
 namespace qoro
 {
 
-GUri* http_uri(const std::string& address)
+namespace
+{
+
+std::string spelling_of(GUri* uri)
+{
+    char* text = g_uri_to_string(uri);
+    std::string copy = text;
+    g_free(text);
+    return copy;
+}
+
+} // namespace
+
+HttpAddress::HttpAddress(std::string written, std::shared_ptr<GUri> uri)
+    : written_(std::move(written)), uri_(std::move(uri))
+{
+}
+
+HttpAddress::HttpAddress(GUri* uri) : HttpAddress(spelling_of(uri), {g_uri_ref(uri), g_uri_unref})
+{
+}
+
+std::optional<HttpAddress> HttpAddress::parse(std::string address)
 {
     // GLib would stop at a null byte, whereas comparisons of addresses include what follows it.
     if (address.find('\0') != std::string::npos)
-        return nullptr;
+        return std::nullopt;
     // Parsers disagree whether the part before a backslash is a host or user information.
     if (address.find('\\') < address.find_first_of("?#"))
-        return nullptr;
-    GUri* uri = g_uri_parse(address.c_str(), static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS), nullptr);
-    if (!uri)
-        return nullptr;
-    const std::string_view scheme = g_uri_get_scheme(uri);
-    const char* host = g_uri_get_host(uri);
-    if ((scheme == "http" || scheme == "https") && host && *host)
-        return uri;
-    g_uri_unref(uri);
-    return nullptr;
+        return std::nullopt;
+    GUri* parsed = g_uri_parse(address.c_str(), static_cast<GUriFlags>(SOUP_HTTP_URI_FLAGS), nullptr);
+    if (!parsed)
+        return std::nullopt;
+    std::shared_ptr<GUri> uri(parsed, g_uri_unref);
+    const std::string_view scheme = g_uri_get_scheme(parsed);
+    const char* host = g_uri_get_host(parsed);
+    if ((scheme != "http" && scheme != "https") || !host || !*host)
+        return std::nullopt;
+    // GLib tolerates both in a host. For browsers, and for AddressParts, the host begins after the last "@".
+    if (std::strpbrk(host, "@]"))
+        return std::nullopt;
+    return HttpAddress(std::move(address), std::move(uri));
 }
 
-bool is_http_address(const std::string& address)
+std::string HttpAddress::spelt() const
 {
-    GUri* uri = http_uri(address);
-    if (uri)
-        g_uri_unref(uri);
-    return uri != nullptr;
+    return spelling_of(uri_.get());
+}
+
+std::string HttpAddress::host_and_port() const
+{
+    std::string host = g_uri_get_host(uri_.get());
+    std::ranges::transform(host, host.begin(), g_ascii_tolower);
+    return host + ":" + std::to_string(g_uri_get_port(uri_.get()));
+}
+
+std::string HttpAddress::origin() const
+{
+    return std::string(g_uri_get_scheme(uri_.get())) + "://" + host_and_port();
 }
 
 } // namespace qoro

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+#include <optional>
 #include <string>
 
 typedef struct _GUri GUri;
@@ -7,11 +9,34 @@ typedef struct _GUri GUri;
 namespace qoro
 {
 
-/// Parses an HTTP or HTTPS address with a host.
-/// @return null for anything else; the caller unrefs it
-GUri* http_uri(const std::string& address);
+/// An HTTP or HTTPS address with a host, parsed for libsoup. Checks and requests share the result, so a request
+/// connects to the host that was checked. Immutable; copies share the parsed address. Any thread may use it.
+class HttpAddress
+{
+public:
+    /// Absent for anything else, and for an address that parsers may read differently: with a null byte, with a
+    /// backslash before the query and the fragment, or with "@" or "]" in the host.
+    static std::optional<HttpAddress> parse(std::string address);
+    /// The address of a message or a server, in libsoup's spelling.
+    /// @param uri of http or https with a host; not null; referenced
+    explicit HttpAddress(GUri* uri);
 
-/// Whether http_uri() accepts the address.
-bool is_http_address(const std::string& address);
+    /// As it was written.
+    const std::string& written() const { return written_; }
+    /// In libsoup's spelling: the scheme in lower case, escapes in the host decoded, other escapes in upper case.
+    std::string spelt() const;
+    /// "example.org:80", in lower case.
+    std::string host_and_port() const;
+    /// "http://example.org:80", in lower case.
+    std::string origin() const;
+    /// Lives as long as this address or a copy.
+    GUri* uri() const { return uri_.get(); }
+
+private:
+    HttpAddress(std::string written, std::shared_ptr<GUri> uri);
+
+    std::string written_;
+    std::shared_ptr<GUri> uri_;
+};
 
 } // namespace qoro

@@ -1,6 +1,5 @@
 #include "desktop/net/HttpReader.h"
 
-#include "desktop/net/HttpAddress.h"
 #include "desktop/net/HttpAnswer.h"
 #include "desktop/net/Reach.h"
 #include "desktop/net/UserAgent.h"
@@ -32,7 +31,7 @@ HttpReader::HttpReader(const std::string& address) : HttpReader(address, Limits{
 }
 
 HttpReader::HttpReader(const std::string& address, const Limits& limits)
-    : limits_(limits), uri_(http_uri(address)), reach_(reach_of(address)),
+    : limits_(limits), address_(HttpAddress::parse(address)), reach_(reach_of(address_)),
       session_(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))
 {
     // Positions count the bytes as sent by the server, so nothing may decode them.
@@ -44,8 +43,6 @@ HttpReader::~HttpReader()
     disconnect();
     soup_session_abort(session_);
     g_object_unref(session_);
-    if (uri_)
-        g_uri_unref(uri_);
 }
 
 HttpReader::Outcome HttpReader::read(std::uint64_t position, char* to, std::size_t room, std::size_t& got)
@@ -86,7 +83,7 @@ HttpReader::Outcome HttpReader::read(std::uint64_t position, char* to, std::size
 HttpReader::Connection HttpReader::connect(std::uint64_t position)
 {
     disconnect();
-    if (!uri_)
+    if (!address_)
         return refuse("its address is none of http or https");
     {
         const std::scoped_lock lock(mutex_);
@@ -94,7 +91,7 @@ HttpReader::Connection HttpReader::connect(std::uint64_t position)
             return Connection::Stopped;
         cancellable_ = g_cancellable_new();
     }
-    message_ = soup_message_new_from_uri(SOUP_METHOD_GET, uri_);
+    message_ = soup_message_new_from_uri(SOUP_METHOD_GET, address_->uri());
     SoupMessageHeaders* asked = soup_message_get_request_headers(message_);
     soup_message_headers_replace(asked, "Accept-Encoding", "identity");
     if (position > 0) {
@@ -102,7 +99,7 @@ HttpReader::Connection HttpReader::connect(std::uint64_t position)
         if (!version_.empty())
             soup_message_headers_replace(asked, "If-Range", version_.c_str());
     }
-    guard_.emplace(message_, uri_, cancellable_, reach_);
+    guard_.emplace(message_, *address_, cancellable_, reach_);
     GError* error = nullptr;
     stream_ = soup_session_send(session_, message_, cancellable_, &error);
     if (!stream_ && guard_->reason()) {

@@ -76,7 +76,7 @@ private:
     bool is_stopped();
 
     const Limits limits_;
-    GUri* const uri_;
+    const std::optional<HttpAddress> address_;
     const NetworkZone reach_;
     SoupSession* const session_;
     /// The pending request; stream_ is its answer.

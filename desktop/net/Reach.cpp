@@ -1,7 +1,5 @@
 #include "desktop/net/Reach.h"
 
-#include "desktop/net/HttpAddress.h"
-
 #include <gio/gio.h>
 
 #include <algorithm>
@@ -31,19 +29,6 @@ State& state()
     return the;
 }
 
-/// "example.org:80"; empty for anything but an http or https address.
-std::string host_and_port(const std::string& address)
-{
-    GUri* uri = http_uri(address);
-    if (!uri)
-        return "";
-    std::string host = g_uri_get_host(uri);
-    std::ranges::transform(host, host.begin(), g_ascii_tolower);
-    host += ":" + std::to_string(g_uri_get_port(uri));
-    g_uri_unref(uri);
-    return host;
-}
-
 } // namespace
 
 ReachRule::ReachRule(NetworkZone open)
@@ -63,9 +48,9 @@ NamedHosts::NamedHosts(const std::vector<std::string>& addresses)
 {
     const std::scoped_lock lock(state().mutex);
     for (const std::string& address : addresses)
-        if (std::string host = host_and_port(address); !host.empty()) {
-            ++state().named[host];
-            hosts_.push_back(std::move(host));
+        if (const auto named = HttpAddress::parse(address)) {
+            hosts_.push_back(named->host_and_port());
+            ++state().named[hosts_.back()];
         }
 }
 
@@ -77,9 +62,9 @@ NamedHosts::~NamedHosts()
             state().named.erase(host);
 }
 
-NetworkZone reach_of(const std::string& address)
+NetworkZone reach_of(const std::optional<HttpAddress>& address)
 {
-    const std::string host = host_and_port(address);
+    const std::string host = address ? address->host_and_port() : "";
     const std::scoped_lock lock(state().mutex);
     // A private network that is open to pages implies that the ad's own requests may go anywhere: the ad's server may
     // run on this machine.
@@ -99,9 +84,9 @@ bool has_reach_rule()
     return state().open.has_value();
 }
 
-void note_page(const std::string& address, NetworkZone zone)
+void note_page(const HttpAddress& address, NetworkZone zone)
 {
-    const std::string host = host_and_port(address);
+    const std::string host = address.host_and_port();
     const std::scoped_lock lock(state().mutex);
     if (zone == NetworkZone::Public)
         state().pages.erase(host);
@@ -111,11 +96,11 @@ void note_page(const std::string& address, NetworkZone zone)
 
 NetworkZone reach_of_page(const std::string& address)
 {
-    const std::string host = host_and_port(address);
+    const auto asked = HttpAddress::parse(address);
     const std::scoped_lock lock(state().mutex);
     if (!state().open)
         return NetworkZone::Machine;
-    const auto page = state().pages.find(host);
+    const auto page = asked ? state().pages.find(asked->host_and_port()) : state().pages.end();
     const NetworkZone came_from = page == state().pages.end() ? zone_named_by(address) : page->second;
     return std::max(came_from, *state().open);
 }

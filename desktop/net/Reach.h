@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/net/HttpAddress.h"
 #include "kit/NetworkZone.h"
 
 #include <string>
@@ -42,7 +43,8 @@ private:
 };
 
 /// The innermost zone that a request for an address may reach.
-NetworkZone reach_of(const std::string& address);
+/// @param address absent for an address of another scheme, which no ad can name
+NetworkZone reach_of(const std::optional<HttpAddress>& address);
 /// The innermost zone that every request may reach; public without a rule.
 NetworkZone open_zone();
 /// Whether a ReachRule exists.
@@ -50,9 +52,9 @@ bool has_reach_rule();
 
 /// Records the zone that a page came from.
 /// @param zone of the server that sent it
-void note_page(const std::string& address, NetworkZone zone);
+void note_page(const HttpAddress& address, NetworkZone zone);
 /// The innermost zone that the page of an address may reach: the zone it came from, or open_zone() if that lies further
-/// inside. Without a rule, any zone.
+/// inside. Without a rule, any zone. The address may have any scheme.
 NetworkZone reach_of_page(const std::string& address);
 
 /// The zone of a socket address; public for anything but an IP address.

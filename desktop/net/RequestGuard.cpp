@@ -19,14 +19,6 @@ constexpr const char* Inside = "its address is one of a private network or of th
 constexpr const char* FalseLength = "its server tells a length that is no number of bytes";
 constexpr const char* RedirectedInside = "its server redirects to a private network or to this machine";
 
-std::string text_of(GUri* uri)
-{
-    char* text = g_uri_to_string(uri);
-    std::string copy = text;
-    g_free(text);
-    return copy;
-}
-
 /// Whether a text is a valid Content-Length (RFC 9110, 8.6).
 bool is_length(std::string_view text)
 {
@@ -37,8 +29,8 @@ bool is_length(std::string_view text)
 
 } // namespace
 
-RequestGuard::RequestGuard(SoupMessage* message, GUri* asked, GCancellable* request, NetworkZone reach)
-    : message_(static_cast<SoupMessage*>(g_object_ref(message))), asked_(text_of(asked)), request_(request),
+RequestGuard::RequestGuard(SoupMessage* message, const HttpAddress& asked, GCancellable* request, NetworkZone reach)
+    : message_(static_cast<SoupMessage*>(g_object_ref(message))), asked_(asked.spelt()), request_(request),
       reach_(reach)
 {
     g_signal_connect(message_, "network-event", G_CALLBACK(network_event), this);
@@ -105,7 +97,7 @@ void RequestGuard::restarted(SoupMessage* message, RequestGuard* guard)
     guard->redirected_ = true;
     if (has_reach_rule())
         guard->reach_ = std::min(guard->reach_, std::max(guard->zone_, open_zone()));
-    const std::string to = text_of(soup_message_get_uri(message));
+    const std::string to = HttpAddress(soup_message_get_uri(message)).written();
     if (zone_named_by(to) > guard->reach_ || leads_inward(guard->asked_, to, open_zone()))
         guard->refuse(RedirectedInside);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/net/HttpAddress.h"
 #include "kit/NetworkZone.h"
 
 #include <string>
@@ -7,7 +8,6 @@
 typedef struct _GCancellable GCancellable;
 typedef struct _GParamSpec GParamSpec;
 typedef struct _GIOStream GIOStream;
-typedef struct _GUri GUri;
 typedef struct _SoupMessage SoupMessage;
 
 namespace qoro
@@ -28,7 +28,7 @@ public:
     /// @param request cancels the request when it is refused
     /// @param reach the innermost zone that the request may reach; a redirect may go no further inside than the server
     ///        that sent it
-    RequestGuard(SoupMessage* message, GUri* asked, GCancellable* request, NetworkZone reach);
+    RequestGuard(SoupMessage* message, const HttpAddress& asked, GCancellable* request, NetworkZone reach);
     ~RequestGuard();
     RequestGuard(const RequestGuard&) = delete;
     RequestGuard& operator=(const RequestGuard&) = delete;

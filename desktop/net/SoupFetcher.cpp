@@ -31,19 +31,6 @@ FetchAnswer failure(std::string error)
     return answer;
 }
 
-/// Origin that a connection is made to.
-std::string host_of(GUri* uri)
-{
-    return std::string(g_uri_get_scheme(uri)) + "://" + g_uri_get_host(uri) + ":" + std::to_string(g_uri_get_port(uri));
-}
-
-std::string uri_text(GUri* uri)
-{
-    char* text = g_uri_to_string(uri);
-    std::string copy = text;
-    g_free(text);
-    return copy;
-}
 } // namespace
 
 struct SoupFetcher::Waiting {
@@ -91,7 +78,12 @@ public:
     /// @param done called on the worker's thread
     void start(std::string address, FetchKind kind, bool urgent, Done done)
     {
-        thread_.post([this, asked = Asked{std::move(address), kind, urgent, std::move(done)}] { begin(asked); });
+        thread_.post([this, address = std::move(address), kind, urgent, done = std::move(done)] {
+            if (auto parsed = HttpAddress::parse(address))
+                begin({std::move(*parsed), kind, urgent, done});
+            else
+                done(failure("not an http address"));
+        });
     }
 
     void finish(double seconds)
@@ -113,7 +105,7 @@ public:
 
 private:
     struct Asked {
-        std::string address;
+        HttpAddress address;
         FetchKind kind;
         /// Whether the fetch blocks the main thread.
         bool urgent;
@@ -128,18 +120,17 @@ private:
     };
     struct Transfer {
         Worker& worker;
-        std::string address;
+        HttpAddress address;
         Done done;
-        /// Host whose limit the fetch counts towards; empty for an urgent one.
-        std::string host;
-        GUri* asked;
+        /// Origin whose limit the fetch counts towards; empty for an urgent one.
+        std::string origin;
         SoupMessage* message;
         GCancellable* cancellable;
         GSource* time_out;
         double seconds;
         FetchKind kind;
         bool may_try_again;
-        RequestGuard guard{message, asked, cancellable, reach_of(address)};
+        RequestGuard guard{message, address, cancellable, reach_of(address)};
         bool timed_out = false;
         bool hung_up_on = false;
         GInputStream* stream = nullptr;
@@ -148,18 +139,11 @@ private:
 
     void begin(const Asked& asked)
     {
-        GUri* uri = http_uri(asked.address);
-        if (!uri) {
-            asked.done(failure("not an http address"));
-            return;
-        }
-        const std::string host = asked.urgent ? "" : host_of(uri);
-        if (asked.urgent || (active_ < limits_.in_all && may_have_more(host))) {
-            send(asked, host, uri);
-            return;
-        }
-        g_uri_unref(uri);
-        waiting_[host].push_back(asked);
+        const std::string origin = asked.urgent ? "" : asked.address.origin();
+        if (asked.urgent || (active_ < limits_.in_all && may_have_more(origin)))
+            send(asked, origin);
+        else
+            waiting_[origin].push_back(asked);
     }
 
     void begin_again_later(Asked asked)
@@ -188,20 +172,19 @@ private:
         delete pausing;
     }
 
-    /// @param uri taken over
-    void send(const Asked& asked, const std::string& host, GUri* uri)
+    /// @param origin whose limit the fetch counts towards; empty for an urgent one
+    void send(const Asked& asked, const std::string& origin)
     {
-        if (!host.empty()) {
+        if (!origin.empty()) {
             ++active_;
-            ++active_by_host_[host];
+            ++active_by_origin_[origin];
         }
-        const double seconds = host.empty() ? limits_.waiting_seconds : limits_.background_seconds;
-        SoupMessage* message = soup_message_new_from_uri(SOUP_METHOD_GET, uri);
+        const double seconds = origin.empty() ? limits_.waiting_seconds : limits_.background_seconds;
+        SoupMessage* message = soup_message_new_from_uri(SOUP_METHOD_GET, asked.address.uri());
         auto* transfer = new Transfer{.worker = *this,
                                       .address = asked.address,
                                       .done = asked.done,
-                                      .host = host,
-                                      .asked = uri,
+                                      .origin = origin,
                                       .message = message,
                                       .cancellable = g_cancellable_new(),
                                       .time_out = g_timeout_source_new(static_cast<guint>(seconds * 1000)),
@@ -223,36 +206,37 @@ private:
         soup_session_send_async(session_, message, G_PRIORITY_DEFAULT, transfer->cancellable, answered, transfer);
     }
 
-    bool may_have_more(const std::string& host) const
+    bool may_have_more(const std::string& origin) const
     {
-        const auto count = active_by_host_.find(host);
-        return count == active_by_host_.end() || count->second < limits_.per_host;
+        const auto count = active_by_origin_.find(origin);
+        return count == active_by_origin_.end() || count->second < limits_.per_host;
     }
 
-    /// Sends a queued fetch in place of one that has ended: of the same host, otherwise of any host below its limit.
-    void send_next(const std::string& host)
+    /// Sends a queued fetch in place of one that has ended: of the same origin, otherwise of any origin below its
+    /// limit.
+    void send_next(const std::string& origin)
     {
-        auto next = waiting_.find(host);
+        auto next = waiting_.find(origin);
         if (next == waiting_.end())
             next = std::ranges::find_if(waiting_, [this](const auto& each) { return may_have_more(each.first); });
         if (next == waiting_.end())
             return;
-        const std::string its_host = next->first;
+        const std::string its_origin = next->first;
         const Asked asked = std::move(next->second.front());
         next->second.pop_front();
         if (next->second.empty())
             waiting_.erase(next);
-        send(asked, its_host, http_uri(asked.address));
+        send(asked, its_origin);
     }
 
-    void leave(const std::string& host)
+    void leave(const std::string& origin)
     {
-        if (host.empty())
+        if (origin.empty())
             return;
         --active_;
-        if (const auto count = active_by_host_.find(host); --count->second == 0)
-            active_by_host_.erase(count);
-        send_next(host);
+        if (const auto count = active_by_origin_.find(origin); --count->second == 0)
+            active_by_origin_.erase(count);
+        send_next(origin);
     }
 
     /// Emitted after the answer to a redirect. Without an answer, libsoup is about to repeat the request.
@@ -335,9 +319,11 @@ private:
         answer.body = std::move(transfer->body);
         // Without a redirect the address is returned exactly as requested.
         GUri* final = soup_message_get_uri(transfer->message);
-        answer.final_address = soup_uri_equal(transfer->asked, final) ? transfer->address : uri_text(final);
+        const HttpAddress from =
+            soup_uri_equal(transfer->address.uri(), final) ? transfer->address : HttpAddress(final);
+        answer.final_address = from.written();
         if (transfer->kind == FetchKind::Page)
-            note_page(answer.final_address, transfer->guard.zone());
+            note_page(from, transfer->guard.zone());
         end(transfer, std::move(answer));
     }
 
@@ -362,13 +348,12 @@ private:
         g_clear_object(&transfer->stream);
         g_signal_handlers_disconnect_by_data(transfer->message, transfer);
         g_object_unref(transfer->message);
-        g_uri_unref(transfer->asked);
         g_object_unref(transfer->cancellable);
         const Done done = std::move(transfer->done);
-        const std::string host = std::move(transfer->host);
+        const std::string origin = std::move(transfer->origin);
         delete transfer;
         done(std::move(answer));
-        worker.leave(host);
+        worker.leave(origin);
     }
 
     const Limits limits_;
@@ -376,9 +361,9 @@ private:
     std::set<Transfer*> transfers_;
     std::set<Pausing*> pausing_;
     bool ends_ = false;
-    // Pending background fetches, and queued ones, by host.
+    // Pending background fetches, and queued ones, by origin.
     int active_ = 0;
-    std::map<std::string, int> active_by_host_;
+    std::map<std::string, int> active_by_origin_;
     std::map<std::string, std::deque<Asked>> waiting_;
     ContextThread thread_; // last, so that it ends before the members it uses
 };

@@ -21,7 +21,7 @@ void PageReach::show(WebKitUserContentManager* content, const std::string& docum
 {
     sockets_->apply(content, std::max(zone_named_by(document), open_zone()));
     // A browser loads its document itself, so it may reach as far as the ad that named the document.
-    reaches_[content] = kind_ == PageKind::Browsed ? reach_of(document) : reach_of_page(document);
+    reaches_[content] = kind_ == PageKind::Browsed ? reach_of(HttpAddress::parse(document)) : reach_of_page(document);
     update();
 }
 

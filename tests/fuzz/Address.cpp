@@ -62,13 +62,13 @@ bool is_number_of_this_machine(const char* host)
 
 void try_request(const std::string& address)
 {
-    GUri* uri = http_uri(address);
-    fuzz::require((uri != nullptr) == is_http_address(address), "an address that can be asked for is one of HTTP");
-    if (!uri)
+    const auto asked = HttpAddress::parse(address);
+    if (!asked)
         return;
-    const bool is_here = is_number_of_this_machine(g_uri_get_host(uri));
+    const AddressParts parts(address);
+    fuzz::require(parts.is_web() && !parts.host().empty(), "an address that can be asked for is one of the web");
+    const bool is_here = is_number_of_this_machine(g_uri_get_host(asked->uri()));
     fuzz::require(!is_here || leads_inward(Elsewhere, address), "this machine's number is known as such");
-    g_uri_unref(uri);
 }
 
 /// A part without its escapes; malformed ones are kept.
