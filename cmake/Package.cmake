@@ -19,7 +19,8 @@ function(qoro_install_component name entry)
             FILE QoroVideoAd${name}Targets.cmake)
 endfunction()
 
-qoro_install_component(Controller qoro_host qoro_platform qoro_views qoro_kit qoro_controller qoro_formats qoro_host)
+qoro_install_component(Controller qoro_host
+    qoro_platform qoro_json qoro_views qoro_kit qoro_controller qoro_formats qoro_host)
 qoro_install_component(Simulator qoro_simulator qoro_simulator)
 if(QORO_DESKTOP)
     qoro_install_component(Desktop qoro_host_desktop

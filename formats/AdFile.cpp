@@ -164,7 +164,7 @@ private:
         }
         if (strict_)
             check_entries(json, path, entries);
-        into = detail::to_value(json).array();
+        into = to_value(json).array();
     }
 
     void read_value(NSDictionary& into, const Json& json, const std::string& path, Entries entries) const
@@ -179,7 +179,7 @@ private:
             else if (strict_)
                 check_entries(list, under(path, key), entries);
         }
-        into = detail::to_value(json).dictionary();
+        into = to_value(json).dictionary();
     }
 
     void check_entries(const Json& list, const std::string& path, Entries entries) const

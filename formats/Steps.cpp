@@ -18,7 +18,6 @@ namespace
 
 using detail::Reader;
 using detail::shown;
-using detail::to_value;
 using What = decltype(Step::what);
 
 /// Commands of the creative's script.

@@ -1,8 +1,8 @@
 #include "desktop/web/ValueJson.h"
 
-#include <nlohmann/json.hpp>
+#include "platform/json/JsonValue.h"
 
-#include <limits>
+#include <nlohmann/json.hpp>
 
 namespace qoro
 {
@@ -58,39 +58,6 @@ Json to_json(const Value& value)
 std::string text_of(const Json& json)
 {
     return json.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-Value to_value(const Json& json)
-{
-    switch (json.type()) {
-    case Json::value_t::boolean:
-        return json.get<bool>();
-    case Json::value_t::number_unsigned:
-        if (json.get<std::uint64_t>() > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
-            return json.get<double>();
-        return json.get<std::int64_t>();
-    case Json::value_t::number_integer:
-        return json.get<std::int64_t>();
-    case Json::value_t::number_float:
-        return json.get<double>();
-    case Json::value_t::string:
-        return json.get<std::string>();
-    case Json::value_t::array: {
-        std::vector<Value> values;
-        values.reserve(json.size());
-        for (const Json& child : json)
-            values.push_back(to_value(child));
-        return NSArray(std::move(values));
-    }
-    case Json::value_t::object: {
-        NSDictionary mapping = NSDictionary::dictionary();
-        for (const auto& [key, child] : json.items())
-            mapping.setObject(to_value(child), key);
-        return mapping;
-    }
-    default:
-        return nullptr;
-    }
 }
 
 /// Scans a text without storing anything, until it is invalid or exceeds a limit.

@@ -2,7 +2,7 @@
 
 // Only for this folder's .cpp files: public headers of the session do not expose the JSON library.
 
-#include "platform/Value.h"
+#include "platform/json/JsonValue.h"
 
 #include <nlohmann/json.hpp>
 #include <string>
@@ -21,9 +21,6 @@ inline constexpr int DeepestNesting = 64;
 /// @param file name for error messages
 /// @throws InputError for malformed JSON, or nesting deeper than DeepestNesting
 Json parse_json(std::string_view text, const std::string& file);
-
-/// Converts to the platform's value type. A whole number beyond 64 signed bits becomes a double.
-Value to_value(const Json& json);
 
 /// A value as text for error messages, cut after 60 bytes: `"five"`, `[1,2,…`.
 std::string shown(const Json& json);
