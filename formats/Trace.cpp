@@ -2,6 +2,7 @@
 
 #include "formats/JsonText.h"
 #include "formats/LogLines.h"
+#include "platform/ShortText.h"
 
 #include <algorithm>
 #include <array>
@@ -73,11 +74,9 @@ void append_field(std::string& line, const Field& field, std::size_t longest)
     line += ' ';
     const std::size_t begin = line.size();
     append_json(line, field.content);
-    if (line.size() - begin <= longest)
+    const std::size_t end = begin + whole_characters(std::string_view(line).substr(begin), longest);
+    if (end == line.size())
         return;
-    std::size_t end = begin + longest;
-    while ((static_cast<unsigned char>(line[end]) & 0xC0) == 0x80)
-        --end;
     line.resize(end);
     line += "…";
 }

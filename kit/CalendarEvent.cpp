@@ -1,5 +1,7 @@
 #include "kit/CalendarEvent.h"
 
+#include "platform/ShortText.h"
+
 #include <algorithm>
 #include <array>
 #include <charconv>
@@ -41,17 +43,6 @@ struct Refusal {
     std::string text;
 };
 
-/// Truncates a text, never inside a UTF-8 character.
-std::string cut(const std::string& text, std::size_t longest)
-{
-    if (text.size() <= longest)
-        return text;
-    std::size_t end = longest;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-        --end;
-    return text.substr(0, end) + "…";
-}
-
 std::string shown(const Value& value)
 {
     if (value.is_null())
@@ -64,7 +55,7 @@ std::string shown(const Value& value)
         return "a record";
     if (!value.is_string())
         return value.stringValue().text();
-    std::string text = cut(value.text(), LongestShown);
+    std::string text = shortened(value.text(), LongestShown);
     std::ranges::replace_if(
         text, [](unsigned char c) { return c < ' ' || c == 0x7F; }, ' '); // keeps the message on one line
     return '"' + text + '"';

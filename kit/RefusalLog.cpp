@@ -1,6 +1,7 @@
 #include "kit/RefusalLog.h"
 
 #include "platform/Platform.h"
+#include "platform/ShortText.h"
 
 #include <utility>
 
@@ -24,7 +25,7 @@ void RefusalLog::report(Platform& platform, const std::string& kind, const std::
 std::string RefusalLog::shortened(const std::string& detail)
 {
     constexpr std::size_t Most = 1000;
-    return detail.size() <= Most ? detail : detail.substr(0, Most) + "...";
+    return qoro::shortened(detail, Most, "...");
 }
 
 } // namespace qoro

@@ -1,6 +1,7 @@
 #include "formats/detail/Json.h"
 
 #include "formats/InputError.h"
+#include "platform/ShortText.h"
 
 #include <algorithm>
 
@@ -61,13 +62,7 @@ Json parse_json(std::string_view text, const std::string& file)
 std::string shown(const Json& json)
 {
     constexpr std::size_t Longest = 60;
-    std::string text = json.dump(-1, ' ', false, Json::error_handler_t::replace);
-    if (text.size() <= Longest)
-        return text;
-    std::size_t end = Longest;
-    while (end > 0 && (static_cast<unsigned char>(text[end]) & 0xC0) == 0x80)
-        --end;
-    return text.substr(0, end) + "…";
+    return shortened(json.dump(-1, ' ', false, Json::error_handler_t::replace), Longest);
 }
 
 std::string under(const std::string& path, std::string_view key)

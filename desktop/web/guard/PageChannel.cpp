@@ -1,8 +1,8 @@
 #include "desktop/web/guard/PageChannel.h"
 
 #include "desktop/web/GuardMessages.h"
+#include "platform/ShortText.h"
 
-#include <algorithm>
 #include <memory>
 
 namespace qoro
@@ -23,7 +23,8 @@ double now()
 /// The beginning of a text, converted to valid UTF-8.
 std::string beginning_of(const std::string& text)
 {
-    char* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(std::min(text.size(), LongestDetail)));
+    const std::size_t length = whole_characters(text, LongestDetail);
+    char* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(length));
     std::string beginning = valid;
     g_free(valid);
     return beginning;
