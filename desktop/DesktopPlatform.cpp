@@ -1,7 +1,7 @@
 #include "desktop/DesktopPlatform.h"
 
 #include "views/RootControllers.h"
-#include "views/ViewNode.h"
+#include "views/TearDown.h"
 
 #include <algorithm>
 #include <malloc.h>
@@ -52,18 +52,12 @@ DesktopPlatform::DesktopPlatform(const Options& options)
 
 DesktopPlatform::~DesktopPlatform()
 {
-    // Objects destroyed below may look up the current platform. The event sink is gone, so they report nothing.
+    // The callbacks retain objects, which look up the current platform when they are destroyed.
     const PlatformScope scope(*this);
     set_event_sink(nullptr);
     output_volume_.on_change = nullptr;
-    loop_.clear();
     fetcher_.abandon();
-    // A window and the view controller that owns it refer to each other.
-    for (const std::shared_ptr<ViewNode>& window : shared<WindowList>().all()) {
-        const std::shared_ptr<UIViewController> gone = std::move(window->window_root);
-    }
-    drop_shared();
-    loop_.clear();
+    tear_down(*this);
     fetcher_.finish(last_requests_seconds_);
 }
 

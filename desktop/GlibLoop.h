@@ -33,6 +33,7 @@ public:
     /// Any thread may call this, unlike all other functions of the class. The work runs and is destroyed on the loop's
     /// thread.
     void post(std::function<void()> work) override;
+    void clear() override;
 
     /// Runs until quit() is called.
     void run();
@@ -51,8 +52,6 @@ public:
     void restart_clock();
     /// Origin of now(), in microseconds of the machine's monotonic clock.
     std::int64_t start_microseconds() const { return start_; }
-    /// Destroys every timer and all posted work without running them.
-    void clear();
 
 private:
     struct Timer {

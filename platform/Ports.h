@@ -46,6 +46,8 @@ public:
     virtual double due(TimerId timer) const = 0;
     /// Queues work as an event of its own, after everything posted earlier.
     virtual void post(std::function<void()> work) = 0;
+    /// Destroys every timer and all posted work without running them.
+    virtual void clear() = 0;
 };
 
 // ---------------------------------------------------------------------------------------------------------- Video

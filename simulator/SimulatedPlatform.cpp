@@ -1,7 +1,7 @@
 #include "simulator/SimulatedPlatform.h"
 
 #include "platform/MediaPlayer.h"
-#include "views/ViewNode.h"
+#include "views/TearDown.h"
 
 #include <utility>
 
@@ -17,16 +17,7 @@ SimulatedPlatform::SimulatedPlatform(World world)
 
 SimulatedPlatform::~SimulatedPlatform()
 {
-    // Objects destroyed here may use the current platform; their events are no longer reported.
-    const PlatformScope scope(*this);
-    set_event_sink(nullptr);
-    loop_.clear();
-    // A window retains a root view controller that retains the window.
-    for (const std::shared_ptr<ViewNode>& window : shared<WindowList>().all()) {
-        const std::shared_ptr<UIViewController> gone = std::move(window->window_root);
-    }
-    drop_shared();
-    loop_.clear();
+    tear_down(*this);
 }
 
 void SimulatedPlatform::bring_news(const MPMoviePlayerController& player, const PlayerNews& news)

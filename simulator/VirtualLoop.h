@@ -28,6 +28,7 @@ public:
     /// Infinity for a running timer that never fires.
     double due(TimerId timer) const override;
     void post(std::function<void()> work) override;
+    void clear() override;
 
     std::int64_t now_microseconds() const { return now_; }
     /// Runs work once, after a delay.
@@ -36,8 +37,6 @@ public:
     void run_until(std::int64_t microseconds);
     /// Number of queued events, including timers that never fire.
     std::size_t pending() const { return slots_.size() - free_.size(); }
-    /// Drops all queued events.
-    void clear();
 
 private:
     struct Slot {
