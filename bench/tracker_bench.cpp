@@ -242,7 +242,7 @@ int main(int argc, char** argv)
     const int trackers = argc > 1 ? std::atoi(argv[1]) : 10000;
     // A file, since the server keeps the connection open after an answer with a Content-Length.
     const Folder folder;
-    const qoro::AdServer server({.folder = folder.path, .trackers = {}, .script = ""});
+    const qoro::AdServer server({.folder = folder.path, .script = ""});
     if (!server.listens())
         return 1;
     qoro::GlibLoop loop;

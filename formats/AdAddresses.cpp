@@ -1,5 +1,6 @@
 #include "formats/AdAddresses.h"
 
+#include "formats/AdFile.h"
 #include "formats/detail/AdProperties.h"
 #include "formats/detail/Json.h"
 #include "platform/AddressParts.h"
@@ -122,6 +123,15 @@ void rewrite_addresses(QoroVideoAd& ad,
     AddressWalk(visit).walk(ad);
 }
 
+void visit_addresses(const QoroVideoAd& ad,
+                     const std::function<void(AdAddressUse, const std::string&, const std::string&)>& visit)
+{
+    rewrite_addresses(*copy_of(ad), [&visit](AdAddressUse use, const std::string& path, const std::string& address) {
+        visit(use, path, address);
+        return address;
+    });
+}
+
 std::string address_on_server(std::string_view address, const std::string& server)
 {
     if (!AddressParts(address).names_no_server())
@@ -129,14 +139,6 @@ std::string address_on_server(std::string_view address, const std::string& serve
     while (address.starts_with("./"))
         address.remove_prefix(2);
     return server + (address.starts_with('/') ? "" : "/") + escaped(address);
-}
-
-std::string path_on_server(std::string_view address, const std::string& server)
-{
-    if (!address.starts_with(server + "/"))
-        return "";
-    const std::string_view rest = address.substr(server.size());
-    return std::string(rest.substr(0, rest.find_first_of("?#")));
 }
 
 } // namespace qoro

@@ -26,13 +26,13 @@ enum class AdAddressUse {
 void rewrite_addresses(QoroVideoAd& ad,
                        const std::function<std::string(AdAddressUse, const std::string&, const std::string&)>& visit);
 
+/// As rewrite_addresses, without replacing anything.
+void visit_addresses(const QoroVideoAd& ad,
+                     const std::function<void(AdAddressUse, const std::string&, const std::string&)>& visit);
+
 /// Makes an address that names no server (AddressParts::names_no_server) absolute on a server and percent-escapes what a
 /// URL must not contain (blanks, controls, non-ASCII bytes). Any other address is returned unchanged.
 /// @param server "http://127.0.0.1:41234"
 std::string address_on_server(std::string_view address, const std::string& server);
-
-/// The path of an address that address_on_server has built for the same server, without query and fragment; empty for
-/// any other address.
-std::string path_on_server(std::string_view address, const std::string& server);
 
 } // namespace qoro

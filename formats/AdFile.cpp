@@ -14,6 +14,8 @@
 #include <limits>
 #include <optional>
 #include <span>
+#include <type_traits>
+#include <variant>
 #include <vector>
 
 namespace qoro
@@ -251,23 +253,33 @@ std::shared_ptr<QoroVideoAd> read_ad(std::string_view text, const std::string& f
     return detail::read_ad(detail::parse_json(text, file), file, "", types);
 }
 
+std::shared_ptr<QoroVideoAd> copy_of(const QoroVideoAd& ad)
+{
+    auto copy = std::make_shared<QoroVideoAd>();
+    for (const AdProperty& property : AdProperties)
+        std::visit(
+            [&](auto member) {
+                // An NSDictionary is a reference, and the session empties it.
+                if constexpr (std::is_same_v<decltype(member), NSDictionary QoroVideoAd::*>)
+                    (*copy).*member = (ad.*member).copy();
+                else
+                    (*copy).*member = ad.*member;
+            },
+            property.member);
+    return copy;
+}
+
 void require_playable(const QoroVideoAd& ad, const std::string& file)
 {
     if (divides_by_video_size(ad)) {
         require_positive(ad.fVideoWidth, "fVideoWidth", file);
         require_positive(ad.fVideoHeight, "fVideoHeight", file);
     }
-    // rewrite_addresses() replaces list entries and assigns back, so it runs on a shallow copy of the ad.
-    QoroVideoAd looked_at;
-    std::ranges::for_each(AdProperties, [&](const AdProperty& property) {
-        std::visit([&](auto member) { looked_at.*member = ad.*member; }, property.member);
-    });
-    rewrite_addresses(looked_at, [&file](AdAddressUse use, const std::string& path, const std::string& address) {
+    visit_addresses(ad, [&file](AdAddressUse use, const std::string& path, const std::string& address) {
         if (use != AdAddressUse::Target && !is_fetchable(address))
             throw InputError(file, path,
                              "expected an address of http or https, or one in the ad's folder, got " +
                                  shown(Json(address)));
-        return address;
     });
 }
 

@@ -25,6 +25,9 @@ enum class AdTypes {
 /// @throws InputError
 std::shared_ptr<QoroVideoAd> read_ad(std::string_view text, const std::string& file, AdTypes types);
 
+/// A copy whose changes do not affect the original.
+std::shared_ptr<QoroVideoAd> copy_of(const QoroVideoAd& ad);
+
 /// Rejects an ad that cannot be shown: a video without a positive size where the portrait layout divides by it, or
 /// content or a tracker at an address that is neither relative nor http or https.
 /// @throws InputError

@@ -10,7 +10,6 @@
 #include <cstdint>
 #include <optional>
 #include <utility>
-#include <variant>
 
 namespace qoro
 {
@@ -302,22 +301,6 @@ Surroundings read_surroundings(std::string_view text, const std::string& file)
         surroundings.cached = read_cached(*host);
     }
     return surroundings;
-}
-
-std::shared_ptr<QoroVideoAd> copy_of(const QoroVideoAd& ad)
-{
-    auto copy = std::make_shared<QoroVideoAd>();
-    for (const detail::AdProperty& property : detail::AdProperties)
-        std::visit(
-            [&](auto member) {
-                // An NSDictionary is a reference, and the session empties it.
-                if constexpr (std::is_same_v<decltype(member), NSDictionary QoroVideoAd::*>)
-                    (*copy).*member = (ad.*member).copy();
-                else
-                    (*copy).*member = ad.*member;
-            },
-            property.member);
-    return copy;
 }
 
 } // namespace qoro

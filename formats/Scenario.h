@@ -41,7 +41,4 @@ struct Surroundings {
 /// @throws InputError
 Surroundings read_surroundings(std::string_view text, const std::string& file);
 
-/// A copy whose changes do not affect the original.
-std::shared_ptr<QoroVideoAd> copy_of(const QoroVideoAd& ad);
-
 } // namespace qoro

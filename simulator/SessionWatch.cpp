@@ -156,16 +156,15 @@ Summary SessionWatch::finish()
 
 void SessionWatch::find_trackers(const QoroVideoAd& ad)
 {
-    rewrite_addresses(*copy_of(ad), [this](AdAddressUse use, const std::string& path, const std::string& address) {
+    visit_addresses(ad, [this](AdAddressUse use, const std::string& path, const std::string& address) {
         if (use != AdAddressUse::Tracker)
-            return address;
+            return;
         const std::string kind = kind_of(path);
         const auto known = std::ranges::find(summary_.trackers, address, &TrackerSummary::url);
         if (known == summary_.trackers.end())
             summary_.trackers.push_back({kind, address, {}});
         else if (known->kind != kind)
             known->kind += ", " + kind;
-        return address;
     });
     for (const TrackerSummary& tracker : summary_.trackers)
         patterns_.push_back(between_macros(tracker.url));

@@ -1,5 +1,7 @@
 #include "simulator/Simulation.h"
 
+#include "formats/AdFile.h"
+
 namespace qoro
 {
 

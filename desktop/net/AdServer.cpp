@@ -149,6 +149,11 @@ public:
     const std::string& error() const { return error_; }
     const std::string& host() const { return host_; }
 
+    void set_trackers(std::vector<std::string> paths)
+    {
+        thread_.run([&] { trackers_ = std::move(paths); });
+    }
+
     std::vector<AdServerHit> hits() const
     {
         std::scoped_lock lock(mutex_);
@@ -206,8 +211,8 @@ private:
             answer_with(message, SOUP_STATUS_FORBIDDEN);
             return;
         }
-        hit.tracker = std::ranges::any_of(content_.trackers,
-                                          [&path](const std::string& tracker) { return stands_for(tracker, path); });
+        hit.tracker =
+            std::ranges::any_of(trackers_, [&path](const std::string& tracker) { return stands_for(tracker, path); });
         const bool reads = hit.method == SOUP_METHOD_GET || hit.method == SOUP_METHOD_HEAD;
         if (hit.tracker) {
             // libsoup closes the connection after an answer without a length; the header keeps clients from reusing it.
@@ -236,6 +241,7 @@ private:
     }
 
     AdServerContent content_;
+    std::vector<std::string> trackers_; // only touched on the thread
     const OnHit on_hit_;
     std::string error_;
     std::string host_;
@@ -265,6 +271,11 @@ const std::string& AdServer::error() const
 std::string AdServer::base() const
 {
     return listens() ? "http://" + worker_->host() : "";
+}
+
+void AdServer::set_trackers(std::vector<std::string> paths)
+{
+    worker_->set_trackers(std::move(paths));
 }
 
 std::vector<AdServerHit> AdServer::hits() const

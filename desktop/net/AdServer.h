@@ -14,9 +14,6 @@ namespace qoro
 struct AdServerContent {
     /// Folder whose files are served. Nothing outside it is served, even through symbolic links. Empty: no files.
     std::string folder;
-    /// Tracker paths ("/t/start"), as they appear in the address before any query. They are answered with status 204. A
-    /// path that contains a macro ("/t/{CurrentTime}") matches every path that begins with the part before the macro.
-    std::vector<std::string> trackers;
     /// The kit's script library: JavaScript, served under ScriptPath and under every path that ends in "/mraid.js",
     /// unless the folder contains a file of that name.
     std::string script;
@@ -43,6 +40,11 @@ public:
     const std::string& error() const;
     /// "http://127.0.0.1:41234", without a trailing slash. Empty if the server does not listen.
     std::string base() const;
+    /// Answers requests for trackers with status 204 from now on; before, they are requests for files.
+    /// @param paths of the trackers ("/t/start"), as they appear in the address before any query. A path that contains
+    /// a
+    ///        macro ("/t/{CurrentTime}") matches every path that begins with the part before the macro.
+    void set_trackers(std::vector<std::string> paths);
     /// All requests so far, oldest first. Any thread may call this.
     std::vector<AdServerHit> hits() const;
 

@@ -16,31 +16,6 @@
 namespace qoro
 {
 
-namespace
-{
-/// Paths of the ad's relative trackers, which its own server answers.
-std::vector<std::string> tracker_paths(QoroVideoAd& ad)
-{
-    std::vector<std::string> paths;
-    rewrite_addresses(ad, [&paths](AdAddressUse use, const std::string&, const std::string& address) {
-        if (use == AdAddressUse::Tracker && AddressParts(address).names_no_server())
-            paths.push_back(path_on_server(address_on_server(address, ""), ""));
-        return address;
-    });
-    return paths;
-}
-
-std::vector<std::string> named_addresses(QoroVideoAd& ad)
-{
-    std::vector<std::string> addresses;
-    rewrite_addresses(ad, [&addresses](AdAddressUse, const std::string&, const std::string& address) {
-        addresses.push_back(address);
-        return address;
-    });
-    return addresses;
-}
-} // namespace
-
 struct ServedAd::Serving {
     AdServer server;
     std::optional<NamedHosts> named;
@@ -49,17 +24,24 @@ struct ServedAd::Serving {
 ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, OnHit on_hit)
     : ad_(std::move(ad)),
       serving_(new Serving{
-          .server =
-              AdServer({.folder = folder, .trackers = tracker_paths(*ad_), .script = std::string(script_library())},
-                       std::move(on_hit)),
+          .server = AdServer({.folder = folder, .script = std::string(script_library())}, std::move(on_hit)),
           .named = {}})
 {
-    if (!serving_->server.listens())
-        throw std::runtime_error("the ad's folder cannot be served: " + serving_->server.error());
-    rewrite_addresses(*ad_, [base = base()](AdAddressUse, const std::string&, const std::string& address) {
-        return address_on_server(address, base);
-    });
-    serving_->named.emplace(named_addresses(*ad_));
+    AdServer& server = serving_->server;
+    if (!server.listens())
+        throw std::runtime_error("the ad's folder cannot be served: " + server.error());
+    std::vector<std::string> trackers;
+    std::vector<std::string> named;
+    rewrite_addresses(*ad_,
+                      [&, base = server.base()](AdAddressUse use, const std::string&, const std::string& address) {
+                          std::string absolute = address_on_server(address, base);
+                          if (use == AdAddressUse::Tracker && AddressParts(address).names_no_server())
+                              trackers.emplace_back(AddressParts(absolute).path());
+                          named.push_back(absolute);
+                          return absolute;
+                      });
+    server.set_trackers(std::move(trackers));
+    serving_->named.emplace(named);
 }
 
 ServedAd::ServedAd(const std::string& file, OnHit on_hit)

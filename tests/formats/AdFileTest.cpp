@@ -330,9 +330,14 @@ TEST(AdAddressesTest, RelativeAddressesPointToTheServerAndOthersAreUnchanged)
     EXPECT_EQ(address_on_server("//x/y", server), "//x/y");
 }
 
-TEST(AdAddressesTest, APathOnTheServerEndsBeforeTheQuery)
+TEST(AdAddressesTest, AreVisitedInTheOrderInWhichTheyAreRewritten)
 {
-    EXPECT_EQ(path_on_server("http://h:1/t/start?x=1", "http://h:1"), "/t/start");
-    EXPECT_EQ(path_on_server("http://h:1/t#x", "http://h:1"), "/t");
-    EXPECT_EQ(path_on_server("http://h:12/t", "http://h:1"), "");
+    const auto ad = strict(R"({"strVideoUrl": "v", "arrayMuteTrackingUrls": ["c", "x"],
+        "dicProgressTrackingUrls": {"5": ["p"]}, "arrayButtonsInfo": [{"data": {"u": "t"}}]})");
+    std::vector<std::string> seen;
+    visit_addresses(*ad, [&seen](AdAddressUse use, const std::string& path, const std::string& address) {
+        seen.push_back(std::to_string(static_cast<int>(use)) + path + "=" + address);
+    });
+    EXPECT_EQ(seen, (std::vector<std::string>{"0/strVideoUrl=v", "1/arrayMuteTrackingUrls/1=x",
+                                              "1/dicProgressTrackingUrls/5/0=p", "2/arrayButtonsInfo/0/data/u=t"}));
 }

@@ -1,5 +1,6 @@
 #include "formats/Scenario.h"
 
+#include "formats/AdFile.h"
 #include "formats/InputError.h"
 #include "tests/support/ScenarioRun.h"
 

@@ -31,8 +31,8 @@ protected:
         fs::create_symlink(root / "secret.txt", root / "ad" / "way-out.txt");
         fs::create_symlink(root, root / "ad" / "way-up");
         fs::create_symlink("page.html", root / "ad" / "inside.html");
-        server = std::make_unique<AdServer>(AdServerContent{
-            .folder = (root / "ad").string(), .trackers = {"/t/start", "/t/at/{CurrentTime}/x"}, .script = "library"});
+        server = std::make_unique<AdServer>(AdServerContent{.folder = (root / "ad").string(), .script = "library"});
+        server->set_trackers({"/t/start", "/t/at/{CurrentTime}/x"});
     }
     ~AdServerTest() override { fs::remove_all(root); }
 
@@ -225,8 +225,9 @@ TEST_F(AdServerTest, FilesAreOnlyRead)
 TEST_F(AdServerTest, ReportsEachHitOnce)
 {
     std::atomic<int> told = 0;
-    AdServer telling({.folder = (root / "ad").string(), .trackers = {"/t"}, .script = ""},
+    AdServer telling({.folder = (root / "ad").string(), .script = ""},
                      [&told](const AdServerHit& hit) { told += hit.tracker ? 1 : 100; });
+    telling.set_trackers({"/t"});
     const int port = test::port_of(telling.base());
     converse(port, "GET /t HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) + "\r\nConnection: close\r\n\r\n");
     EXPECT_EQ(told, 1);
@@ -234,7 +235,7 @@ TEST_F(AdServerTest, ReportsEachHitOnce)
 
 TEST_F(AdServerTest, AMissingFolderIsAnErrorWithAReason)
 {
-    const AdServer nowhere({.folder = (root / "no").string(), .trackers = {}, .script = ""});
+    const AdServer nowhere({.folder = (root / "no").string(), .script = ""});
     EXPECT_FALSE(nowhere.listens());
     EXPECT_EQ(nowhere.base(), "");
     EXPECT_EQ(nowhere.error(), "No such file or directory");
