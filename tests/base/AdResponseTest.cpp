@@ -274,20 +274,37 @@ TEST(DidAdRequester, LogsTheImpressionPolicyAndSendsNoImpression)
     EXPECT_EQ(session->strBaseUrl, "http://ad/page.html");
 }
 
+/// Writes down the failures it is notified of.
+class Delegate final : public QoroAdDelegate
+{
+public:
+    Delegate(Lines& lines, std::string name) : lines_(lines), name_(std::move(name)) {}
+    bool responds_to_ad_failed() const override { return true; }
+    void onZulixAdFailed(const UIView& view, const NSError& error) override
+    {
+        lines_.push_back(name_ + (view ? " with a view: " : ": ") + error.text.text());
+    }
+
+private:
+    Lines& lines_;
+    const std::string name_;
+};
+
 TEST(FailAdRequest, NotifiesBothDelegatesThroughTheSuperclass)
 {
-    HostApp host;
-    host.delegate = true;
-    host.interstitial_delegate = true;
-    AdSession session(world_with_page({.ok = false, .error = "not found", .body = {}, .after = 0}), host);
+    AdSession session(world_with_page({.ok = false, .error = "not found", .body = {}, .after = 0}));
+    Lines told;
+    const auto delegate = std::make_shared<Delegate>(told, "ad");
+    const auto interstitial = std::make_shared<Delegate>(told, "interstitial");
+    session->qoroDelegate = delegate;
+    session->interstitialDelegate = interstitial;
     open_with_page(session);
     session.forget();
 
     session.let_pass(0);
 
-    EXPECT_THAT(session.transcript(),
-                ElementsAre("super failAdRequest", "log 3 InApp failAdRequest", "adFailed qoroDelegate false not found",
-                            "adFailed interstitialDelegate true not found"));
+    EXPECT_THAT(session.transcript(), ElementsAre("super failAdRequest", "log 3 InApp failAdRequest"));
+    EXPECT_THAT(told, ElementsAre("ad: not found", "interstitial with a view: not found"));
 }
 
 TEST(FailAdRequest, WithoutDelegatesItOnlyLogs)

@@ -455,7 +455,7 @@ TEST(Core, AfterTheInAppApplicationClosedItsPropertyStillReadsOpen)
 
 TEST(Core, TheDelegatePropertyHasAStorageOfItsOwn)
 {
-    HostApp host;
+    HostSetup host = unguarded_host();
     host.delegate = true;
     AdSession session(AdSession::manual_world(), host);
 

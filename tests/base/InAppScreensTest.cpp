@@ -12,7 +12,7 @@ using testing::ElementsAre;
 
 TEST(InAppBrowserScreen, TakesTheKitsSettings)
 {
-    HostApp host;
+    HostSetup host = unguarded_host();
     host.delegate = true;
     AdSession session(AdSession::manual_world(), host);
     session->bUseAutoRotate = true;

@@ -30,9 +30,9 @@ World tablet_world()
     return world;
 }
 
-HostApp host_that_allows(std::vector<std::int64_t> orientations)
+HostSetup host_that_allows(std::vector<std::int64_t> orientations)
 {
-    HostApp host;
+    HostSetup host = unguarded_host();
     host.autorotates = std::move(orientations);
     return host;
 }

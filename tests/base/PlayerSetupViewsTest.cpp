@@ -26,7 +26,7 @@ TEST(PlayVideo, ThePlayerIsSetUpForTheLayouts)
 
 TEST(PlayVideo, BeforeAnyLayoutTheViewsFillTheScreenAndTheVideoTheHost)
 {
-    HostApp host;
+    HostSetup host = unguarded_host();
     host.root_view = CGSize{360, 640};
     AdSession session(AdSession::manual_world(), host);
     session->view().setFrame({1, 2, 3, 4});
@@ -44,7 +44,7 @@ TEST(PlayVideo, BeforeAnyLayoutTheViewsFillTheScreenAndTheVideoTheHost)
 
 TEST(PlayVideo, WithoutAHostsViewTheVideoHasAZeroFrame)
 {
-    HostApp host;
+    HostSetup host = unguarded_host();
     host.root_view.reset();
     AdSession session(AdSession::manual_world(), host);
     session->setBDoButtonAction(true);

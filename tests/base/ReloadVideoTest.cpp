@@ -160,7 +160,7 @@ TEST(ReloadVideo, TheNewPlayersPictureReplacesTheOldOnes)
 
 TEST(ReloadVideo, BeforeAnyLayoutTheVideoFillsTheHost)
 {
-    HostApp host;
+    HostSetup host = unguarded_host();
     host.root_view = CGSize{360, 640};
     AdSession session(AdSession::manual_world(), host);
     play(session);

@@ -22,17 +22,17 @@ inline World screen_of(double width, double height)
 }
 
 /// A host that rotates with the device.
-inline HostApp rotating_host()
+inline HostSetup rotating_host()
 {
-    HostApp host;
+    HostSetup host = unguarded_host();
     host.autorotates = {UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeRight};
     return host;
 }
 
 /// A host in which another ad controller opens the ad.
-inline HostApp host_with_parent()
+inline HostSetup host_with_parent()
 {
-    HostApp host;
+    HostSetup host = unguarded_host();
     host.parent = true;
     return host;
 }

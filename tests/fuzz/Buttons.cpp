@@ -28,7 +28,9 @@ void tap_and_do(const NSArray& buttons, bool phone)
     world.device.facts.phone = phone;
     world.device.facts.ios8 = !phone;
     world.device.facts.can_send_text = phone;
-    AdSession session(world, {.parent = true});
+    HostSetup host = unguarded_host();
+    host.parent = true;
+    AdSession session(world, host);
     session.ad().arrayButtonsInfo = buttons;
     session.open();
     session.plays();

@@ -14,44 +14,6 @@ namespace qoro
 namespace
 {
 
-/// A delegate that implements the failure message and writes it down.
-class ToldDelegate final : public QoroAdDelegate
-{
-public:
-    ToldDelegate(std::vector<std::string>& transcript, std::string name)
-        : transcript_(transcript), name_(std::move(name))
-    {
-    }
-    bool responds_to_ad_failed() const override { return true; }
-    void onZulixAdFailed(const UIView& view, const NSError& error) override
-    {
-        transcript_.push_back("adFailed " + name_ + (view ? " true " : " false ") + error.text.text());
-    }
-
-private:
-    std::vector<std::string>& transcript_;
-    std::string name_;
-};
-
-/// The ad controller that opened the video ad; writes down the calls it receives.
-class ToldParent final : public QoroPhoneGapViewController
-{
-public:
-    explicit ToldParent(std::vector<std::string>& transcript) : transcript_(transcript) {}
-    void clickRequester() override { transcript_.emplace_back("parent clickRequester"); }
-    void closeVideoAdUnit(bool close) override
-    {
-        transcript_.emplace_back(close ? "parent closeVideoAdUnit true" : "parent closeVideoAdUnit false");
-    }
-    void setBIsSendImpression(bool sent) override
-    {
-        transcript_.emplace_back(sent ? "parent bIsSendImpression true" : "parent bIsSendImpression false");
-    }
-
-private:
-    std::vector<std::string>& transcript_;
-};
-
 std::string quoted(std::string_view text)
 {
     std::string json = "\"";
@@ -115,7 +77,7 @@ World AdSession::manual_world()
     return world;
 }
 
-AdSession::AdSession(World world, HostApp host) : platform_(std::move(world))
+AdSession::AdSession(World world, const HostSetup& host) : platform_(std::move(world))
 {
     platform_.set_event_sink(this);
     ad_->strVideoUrl = "http://ad/v.mp4";
@@ -125,41 +87,7 @@ AdSession::AdSession(World world, HostApp host) : platform_(std::move(world))
     ad_->portraitVideoPos = TOP;
     ad_->iCloseBtnCountdown = 5;
     ad_->iBufferingSufferTime = -1;
-
-    const CGSize screen = UIScreen::mainScreenBounds().value_or(CGSize{});
-    host_window_ = UIWindow::create({0, 0, screen.width, screen.height});
-    host_window_.makeKeyAndVisible();
-
-    controller_ = QoroVideoWebViewController::create();
-    controller_->init();
-    controller_->allowedInterfaceOrientations = host.autorotates;
-    controller_->strMRAID2Expanded = "kit://script.js";
-    controller_->dSessionId = 1700000000.0;
-    controller_->iSeqNo = 7;
-    controller_->strCookieGuid = "g-1";
-    controller_->bIsMoreThaniOS8 = platform_.device().facts().ios8;
-    controller_->viewBackground = UIView::create();
-    if (host.root_view) {
-        host_root_ = std::make_shared<UIViewController>();
-        host_root_->loadView();
-        host_root_->view().setFrame({0, 0, host.root_view->width, host.root_view->height});
-        controller_->rootViewController = host_root_;
-    }
-    if (host.delegate) {
-        delegate_ = std::make_shared<ToldDelegate>(transcript_, "qoroDelegate");
-        controller_->qoroDelegate = delegate_;
-    }
-    if (host.interstitial_delegate) {
-        interstitial_delegate_ = std::make_shared<ToldDelegate>(transcript_, "interstitialDelegate");
-        controller_->interstitialDelegate = interstitial_delegate_;
-    }
-    if (host.parent) {
-        parent_ = std::make_shared<ToldParent>(transcript_);
-        parent_->init();
-        controller_->setParentViewController(parent_);
-    }
-    controller_->loadView();
-    controller_->viewDidAppear(false);
+    session_ = std::make_unique<Session>(platform_, platform_, host, ad_);
 }
 
 AdSession::~AdSession() = default;
@@ -172,7 +100,7 @@ void AdSession::as_event(F&& event)
 
 void AdSession::open()
 {
-    as_event([this] { controller_->openInAppVideoView(ad_, 0); });
+    as_event([this] { session_->open(0); });
 }
 
 void AdSession::let_pass(double seconds)
@@ -234,18 +162,18 @@ void AdSession::interrupt(int type)
 ScriptAnswer AdSession::script_says(const std::string& command, const NSArray& arguments)
 {
     ScriptAnswer answer;
-    as_event([&] { answer = controller_->take_script_message({command, arguments}); });
+    as_event([&] { answer = controller().take_script_message({command, arguments}); });
     return answer;
 }
 
 void AdSession::release()
 {
-    controller_.reset();
+    session_->release();
 }
 
 void AdSession::bring(const PlayerNews& news)
 {
-    as_event([this, &news] { platform_.bring_news(controller_->qoroMoviePlayer, news); });
+    as_event([this, &news] { platform_.bring_news(controller().qoroMoviePlayer, news); });
 }
 
 void AdSession::player_reports_load(int state)
@@ -303,7 +231,7 @@ void AdSession::pauses_at(double time)
 
 void AdSession::ends()
 {
-    pauses_at(controller_->qoroMoviePlayer.duration());
+    pauses_at(controller().qoroMoviePlayer.duration());
     player_reports_finish(MPMovieFinishReasonPlaybackEnded);
 }
 

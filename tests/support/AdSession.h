@@ -1,30 +1,17 @@
 #pragma once
 
-#include "Base/VideoPlayer/QoroVideoWebViewController.h"
+#include "formats/HostSetup.h"
 #include "formats/World.h"
+#include "host/Session.h"
 #include "simulator/SimulatedPlatform.h"
 
-#include <cstdint>
 #include <memory>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 namespace qoro
 {
-
-/// The application around the ad.
-struct HostApp {
-    /// UIInterfaceOrientation values that it allows.
-    std::vector<std::int64_t> autorotates{UIInterfaceOrientationPortrait};
-    /// Absent: no root view controller.
-    std::optional<CGSize> root_view = CGSize{375, 812};
-    /// Whether an ad controller opened this one.
-    bool parent = false;
-    bool delegate = false;
-    bool interstitial_delegate = false;
-};
 
 /// A test fixture for one ad on the simulated platform, in virtual time: verbs are actions of the viewer and the
 /// surroundings, nouns are queries. Fill the ad through ad() before open(); access the controller's operations and
@@ -35,15 +22,13 @@ public:
     /// A world with a manual player.
     static World manual_world();
 
-    explicit AdSession(World world = manual_world(), HostApp host = {});
+    explicit AdSession(World world = manual_world(), const HostSetup& host = unguarded_host());
     ~AdSession() override;
 
     QoroVideoAd& ad() { return *ad_; }
-    QoroVideoWebViewController* operator->() const { return controller_.get(); }
-    QoroVideoWebViewController& controller() const { return *controller_; }
+    QoroVideoWebViewController* operator->() const { return session_->controller().get(); }
+    QoroVideoWebViewController& controller() const { return *session_->controller(); }
     SimulatedPlatform& platform() { return platform_; }
-    /// The ad controller that opened this one; null when the host has none.
-    const std::shared_ptr<QoroPhoneGapViewController>& parent() const { return parent_; }
 
     // ------------------------------------------------------------------------------------- viewer and surroundings
 
@@ -117,12 +102,7 @@ private:
     std::vector<std::string> transcript_;
     std::vector<ClosedBy> closes_;
     std::shared_ptr<QoroVideoAd> ad_ = std::make_shared<QoroVideoAd>();
-    UIWindow host_window_;
-    std::shared_ptr<UIViewController> host_root_;
-    std::shared_ptr<QoroPhoneGapViewController> parent_;
-    std::shared_ptr<QoroAdDelegate> delegate_;
-    std::shared_ptr<QoroAdDelegate> interstitial_delegate_;
-    std::shared_ptr<QoroVideoWebViewController> controller_;
+    std::unique_ptr<Session> session_;
 };
 
 /// A value as compact JSON.
