@@ -30,8 +30,8 @@ void rewrite_addresses(QoroVideoAd& ad,
 void visit_addresses(const QoroVideoAd& ad,
                      const std::function<void(AdAddressUse, const std::string&, const std::string&)>& visit);
 
-/// Makes an address that names no server (AddressParts::names_no_server) absolute on a server and percent-escapes what a
-/// URL must not contain (blanks, controls, non-ASCII bytes). Any other address is returned unchanged.
+/// Makes an address that names no server (AddressParts::names_no_server) absolute on a server and percent-escapes what
+/// a URL must not contain (blanks, controls, non-ASCII bytes). Any other address is returned unchanged.
 /// @param server "http://127.0.0.1:41234"
 std::string address_on_server(std::string_view address, const std::string& server);
 

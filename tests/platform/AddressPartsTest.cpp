@@ -76,7 +76,7 @@ TEST(AddressScheme, BeginsWithALetterAndContainsLettersDigitsAndThreeMarks)
 TEST(AddressScheme, IsComparedWithoutCase)
 {
     EXPECT_TRUE(AddressParts("TEL:1").has_scheme("tel"));
-    EXPECT_FALSE(AddressParts("tel:1").has_scheme("te"));
+    EXPECT_FALSE(AddressParts("tel:1").has_scheme("t"));
     EXPECT_FALSE(AddressParts("tel:1").has_scheme("tels"));
     EXPECT_FALSE(AddressParts("tel:1").has_scheme(""));
     EXPECT_TRUE(AddressParts("tel").has_scheme(""));
