@@ -146,11 +146,11 @@ public:
     explicit Parent(const AdSession& session) : session_(session) {}
     void setBIsSendImpression(bool sent) override
     {
-        this->sent = sent;
+        told = sent;
         lines_before = session_.transcript();
     }
 
-    std::optional<bool> sent;
+    std::optional<bool> told;
     std::vector<std::string> lines_before;
 
 private:
@@ -166,7 +166,7 @@ TEST(SendImpression, CallsTheSuperclassThenTheParent)
 
     session->sendImpression();
 
-    EXPECT_EQ(parent->sent, true);
+    EXPECT_EQ(parent->told, true);
     EXPECT_THAT(parent->lines_before, ElementsAre("super sendImpression"));
 }
 
