@@ -22,15 +22,23 @@ class Value;
 class NSString
 {
 public:
+    /// Null.
+    /// @{
     NSString() = default;
     NSString(std::nullptr_t) {}
+    /// @}
+    /// A copy of the text, which must be valid UTF-8 and is not checked; with_utf8 checks untrusted bytes. A character
+    /// pointer must not be null.
+    /// @{
     NSString(std::string text) : text_(std::move(text)) {}
     NSString(std::string_view text) : text_(std::string(text)) {}
     NSString(const char* text) : text_(std::string(text)) {}
+    /// @}
 
     /// Validates the bytes; null when they are not valid UTF-8.
     static NSString with_utf8(std::string_view bytes);
 
+    /// False for null; true for the empty text.
     explicit operator bool() const { return text_.has_value(); }
     /// Length in bytes; 0 for null.
     std::size_t length() const { return text_ ? text_->size() : 0; }
@@ -40,6 +48,7 @@ public:
     bool isEqualToString(const NSString& other) const;
     /// The leading decimal integer, after optional blanks and a sign, clamped to 32 bits; 0 without one.
     std::int32_t intValue() const;
+    /// Whether the text contains a part, compared by bytes; false for null.
     bool contains(std::string_view part) const;
 
     /// Structural equality: null equals null. For tests and tables; the rules use isEqualToString.
@@ -53,18 +62,30 @@ private:
 class NSArray
 {
 public:
+    /// Null.
+    /// @{
     NSArray() = default;
     NSArray(std::nullptr_t) {}
+    /// @}
+    /// A list of these values; not null, even without values.
+    /// @{
     NSArray(std::initializer_list<Value> values);
     explicit NSArray(std::vector<Value> values);
+    /// @}
+    /// A list of texts.
     static NSArray of_strings(std::initializer_list<const char*> texts);
 
+    /// False for null; true for the empty list.
     explicit operator bool() const { return values_ != nullptr; }
+    /// Number of values; 0 for null.
     std::size_t count() const;
     /// The value at an index; null when out of range.
     const Value& operator[](std::size_t index) const;
+    /// The values in order, for range-based loops; an empty range for null.
+    /// @{
     const Value* begin() const;
     const Value* end() const;
+    /// @}
 
 private:
     std::shared_ptr<const std::vector<Value>> values_;
@@ -77,32 +98,48 @@ class NSDictionary
 public:
     struct Entry;
 
+    /// Null.
+    /// @{
     NSDictionary() = default;
     NSDictionary(std::nullptr_t) {}
+    /// @}
+    /// A new mapping with these entries; of entries with equal keys the last value counts.
     NSDictionary(std::initializer_list<Entry> entries);
     /// Creates an empty dictionary.
     static NSDictionary dictionary();
 
+    /// False for null; true for the empty mapping.
     explicit operator bool() const { return entries_ != nullptr; }
+    /// Number of entries; 0 for null.
     std::size_t count() const;
-    /// The value of a key; null when the key is missing or the dictionary null.
+    /// The value of a key; null when the key is missing or the dictionary null. The reference is valid until the
+    /// mapping changes.
+    /// @{
     const Value& objectForKey(std::string_view key) const;
     const Value& operator[](std::string_view key) const { return objectForKey(key); }
+    /// @}
+    /// Whether the key has an entry, whose value may be null; false for a null dictionary.
     bool contains(std::string_view key) const;
     /// Sets a value; an existing key retains its position. No effect on a null dictionary.
     void setObject(Value value, std::string_view key);
+    /// Removes the key's entry. No effect without one.
     void removeObjectForKey(std::string_view key);
+    /// Removes every entry. No effect on a null dictionary.
     void removeAllObjects();
     /// A snapshot of the keys in order; empty for a null dictionary.
     std::vector<std::string> allKeys() const;
     /// A shallow copy; null for null.
     NSDictionary copy() const;
+    /// The entries in order, for range-based loops; an empty range for null. Invalidated by a change of the mapping.
+    /// @{
     const Entry* begin() const;
     const Entry* end() const;
+    /// @}
 
 private:
     std::shared_ptr<std::vector<Entry>> entries_;
 };
+/// The same type: every dictionary is mutable.
 using NSMutableDictionary = NSDictionary;
 
 /// A value of a record, a button description or a script message: null, a boolean, a number, a text, a list or a
@@ -110,21 +147,38 @@ using NSMutableDictionary = NSDictionary;
 class Value
 {
 public:
+    /// Null.
+    /// @{
     Value() = default;
     Value(std::nullptr_t) {}
+    /// @}
+    /// A boolean, an integer or a floating-point number.
+    /// @{
     Value(bool flag) : content_(flag) {}
     Value(int number) : content_(static_cast<std::int64_t>(number)) {}
     Value(std::int64_t number) : content_(number) {}
     Value(double number) : content_(number) {}
+    /// @}
+    /// A copy of a UTF-8 text, which is not checked. A character pointer must not be null.
+    /// @{
     Value(const char* text) : content_(std::string(text)) {}
     Value(std::string_view text) : content_(std::string(text)) {}
     Value(std::string text) : content_(std::move(text)) {}
+    /// @}
+    /// A text, a list or a mapping; null for null. Lists and mappings are shared, not copied.
+    /// @{
     Value(const NSString& text);
     Value(NSArray list);
     Value(NSDictionary mapping);
+    /// @}
 
+    /// Whether the value is null.
     bool is_null() const { return std::holds_alternative<std::monostate>(content_); }
+    /// Whether the value is not null; true for false, 0 and empty content.
     explicit operator bool() const { return !is_null(); }
+    /// The type of the value. Each number was stored either as an integer or as a double; is_number() also accepts a
+    /// boolean.
+    /// @{
     bool is_bool() const { return std::holds_alternative<bool>(content_); }
     bool is_integer() const { return std::holds_alternative<std::int64_t>(content_); }
     bool is_double() const { return std::holds_alternative<double>(content_); }
@@ -132,6 +186,7 @@ public:
     bool is_string() const { return std::holds_alternative<std::string>(content_); }
     bool is_array() const { return std::holds_alternative<NSArray>(content_); }
     bool is_dictionary() const { return std::holds_alternative<NSDictionary>(content_); }
+    /// @}
 
     /// The text; null for any other type.
     NSString string() const;
@@ -163,23 +218,31 @@ private:
 
 /// An entry: a key and its value.
 struct NSDictionary::Entry {
-    std::string key;
-    Value value;
+    std::string key; ///< Unique in its mapping.
+    Value value;     ///< May be null.
 };
 
 /// Bytes, or null. Copies share them; static bytes are referenced, not copied.
 class NSData
 {
 public:
+    /// Null.
+    /// @{
     NSData() = default;
     NSData(std::nullptr_t) {}
+    /// @}
+    /// Takes over the bytes; not null, even without bytes.
     explicit NSData(std::string bytes);
     /// References bytes with static storage duration (the compiled-in images).
     static NSData dataWithBytesNoCopy(const unsigned char* bytes, std::size_t length);
 
+    /// False for null.
     explicit operator bool() const { return bytes_ != nullptr; }
+    /// The first byte, valid as long as a copy of this object exists; null for null.
     const unsigned char* bytes() const { return bytes_; }
+    /// Number of bytes; 0 for null.
     std::size_t length() const { return length_; }
+    /// The bytes, valid as long as a copy of this object exists; empty for null.
     std::string_view view() const;
 
 private:
@@ -192,14 +255,18 @@ private:
 class NSURL
 {
 public:
+    /// Null.
+    /// @{
     NSURL() = default;
     NSURL(std::nullptr_t) {}
+    /// @}
     /// Creates an address; null for a null or empty text and for one with blanks, control characters or a malformed
     /// escape.
     static NSURL URLWithString(const NSString& text);
     /// The address of a file; null for a null path.
     static NSURL fileURLWithPath(const NSString& path);
 
+    /// False for null.
     explicit operator bool() const { return content_ != nullptr; }
     /// Whether fileURLWithPath created the address.
     bool is_file() const;
@@ -220,7 +287,7 @@ private:
 
 /// A description of an error, for the kit's delegates; its text is null when there is no error.
 struct NSError {
-    NSString text;
+    NSString text; ///< One line, or null.
 };
 
 /// Decodes percent escapes. Null for a null text, a malformed escape, or a result that is not valid UTF-8.
