@@ -11,7 +11,8 @@
 namespace qoro
 {
 
-// Every event is a plain structure with the table of its line in a trace. docs/simulator.md describes the lines.
+// Every event is a plain structure with the table of its line in a trace. docs/simulator.md describes the lines. A
+// pointer to a Value is never null; the Value itself may be. Texts and values are valid as long as the event.
 
 namespace event
 {
@@ -20,18 +21,18 @@ namespace event
 
 /// A step of a scenario begins.
 struct StepBegun {
-    std::int64_t n;
-    EventText key;
-    const Value* value;
+    std::int64_t n;     ///< Index of the step, from 0.
+    EventText key;      ///< Kind of the step, such as "tap".
+    const Value* value; ///< Argument of the step, as the scenario gives it.
 
     static constexpr auto table =
         line("step", field("n", &StepBegun::n), field_named_by(&StepBegun::key, &StepBegun::value, "<key>"));
 };
 
-/// The return value of a step's operation.
+/// The return value of a step's operation; not emitted for an operation without one.
 struct Returned {
-    EventText command;
-    const Value* value;
+    EventText command;  ///< Name of the operation or of the script's command.
+    const Value* value; ///< The return value; not null.
 
     static constexpr auto table =
         line("return", field("command", &Returned::command), field("value", &Returned::value));
@@ -39,12 +40,12 @@ struct Returned {
 
 /// The controller's state, group by group (formats/Snapshot.h).
 struct Snapshot {
-    const Value* fields;
-    const Value* superclass;
-    const Value* ad;
-    const Value* player;
-    const Value* timers;
-    const Value* views;
+    const Value* fields;     ///< The controller's flags, numbers and dictionaries by name.
+    const Value* superclass; ///< The superclass's fields by name.
+    const Value* ad;         ///< The properties that the controller may change; null before the ad opens.
+    const Value* player;     ///< The player's settings and state; null without a player.
+    const Value* timers;     ///< The running timers by field name.
+    const Value* views;      ///< The views by name.
 
     static constexpr auto table =
         line("snapshot", field("fields", &Snapshot::fields), field("super", &Snapshot::superclass),
@@ -54,8 +55,8 @@ struct Snapshot {
 
 /// The platform rejected an operation.
 struct Faulted {
-    EventText operation;
-    EventText message;
+    EventText operation; ///< Name of the rejected operation.
+    EventText message;   ///< Why, one line.
 
     static constexpr auto table =
         line("fault", field("operation", &Faulted::operation), field("message", &Faulted::message));
@@ -68,15 +69,15 @@ struct Released {
 
 /// An ad has closed; hiding its video is not a close. Emitted once per ad, before its player and views are removed.
 struct AdClosed {
-    ClosedBy by;
+    ClosedBy by; ///< Who closed it.
 
     static constexpr auto table = unwritten();
 };
 
 /// The ad's own server received the request of a tracker.
 struct ServerHit {
-    EventText method;
-    EventText url;
+    EventText method; ///< HTTP method.
+    EventText url;    ///< Path and query as the client sent them.
 
     static constexpr auto table = line("hit", field("method", &ServerHit::method), field("url", &ServerHit::url));
 };
@@ -85,25 +86,25 @@ struct ServerHit {
 
 /// An address is requested.
 struct Requested {
-    EventText url;
-    RequestPurpose purpose;
+    EventText url;          ///< The address, its macros replaced; null for a missing one.
+    RequestPurpose purpose; ///< Why it is requested.
 
     static constexpr auto table = line("request", field("url", &Requested::url), field("for", &Requested::purpose));
 };
 
 /// A picture is fetched.
 struct Fetched {
-    EventText url;
-    FetchPurpose purpose;
+    EventText url;        ///< Address of the picture.
+    FetchPurpose purpose; ///< What the picture is for.
 
     static constexpr auto table = line("fetch", field("url", &Fetched::url), field("for", &Fetched::purpose));
 };
 
-/// Requests beyond the ad's limit were not sent.
+/// Requests beyond the ad's limit were not sent. Emitted at most once a second, for all refusals since the last one.
 struct RequestRefused {
-    EventText url;
-    EventText why;
-    std::int64_t times;
+    EventText url;      ///< Address of the first request refused, cut at 1000 bytes.
+    EventText why;      ///< Reason of the first refusal, one line.
+    std::int64_t times; ///< Number of requests refused.
 
     static constexpr auto table =
         action_line("kit", "request.refused", field("url", &RequestRefused::url), field("why", &RequestRefused::why),
@@ -114,17 +115,17 @@ struct RequestRefused {
 
 /// The web view loads a page.
 struct PageLoaded {
-    EventText html;
-    EventText base;
+    EventText html; ///< Source of the page; null when it was not valid UTF-8.
+    EventText base; ///< Address that relative references resolve against; null without one.
 
     static constexpr auto table = line("page", field("html", &PageLoaded::html), field("base", &PageLoaded::base));
 };
 
-/// The listeners of the page's script are called.
+/// The listeners of the page's script are called. Emitted even when there are none.
 struct ScriptEvent {
-    EventText event;
-    const Value* data;
-    std::int64_t listeners;
+    EventText event;        ///< Name of the event.
+    const Value* data;      ///< A mapping with the event's data; null without data.
+    std::int64_t listeners; ///< Number of listeners called.
 
     static constexpr auto table = line("js", field("event", &ScriptEvent::event), field("data", &ScriptEvent::data),
                                        field("listeners", &ScriptEvent::listeners));
@@ -132,9 +133,9 @@ struct ScriptEvent {
 
 /// The page was denied something.
 struct PageRefused {
-    EventText kind;
-    EventText detail;
-    std::int64_t times;
+    EventText kind;     ///< What was denied, such as "navigation", "window" or "message".
+    EventText detail;   ///< The address or the mistake, cut at 1000 bytes.
+    std::int64_t times; ///< Number of refusals that this event represents.
 
     static constexpr auto table =
         action_line("web", "refused", field("kind", &PageRefused::kind), field("detail", &PageRefused::detail),
@@ -143,15 +144,15 @@ struct PageRefused {
 
 /// The page's process ended.
 struct PageDied {
-    EventText reason;
+    EventText reason; ///< Why, one line.
 
     static constexpr auto table = action_line("web", "died", field("reason", &PageDied::reason));
 };
 
 /// The page could not be fetched.
 struct PageFailed {
-    EventText url;
-    EventText reason;
+    EventText url;    ///< Address of the page.
+    EventText reason; ///< Why, one line.
 
     static constexpr auto table =
         action_line("web", "failed", field("url", &PageFailed::url), field("reason", &PageFailed::reason));
@@ -166,7 +167,7 @@ struct MraidLoaded {
 
 /// The page opens an address.
 struct MraidOpened {
-    EventText url;
+    EventText url; ///< The address, as the page gives it.
 
     static constexpr auto table = action_line("mraid", "open", field("url", &MraidOpened::url));
 };
@@ -178,14 +179,14 @@ struct MraidClosed {
 
 /// The page starts or stops drawing its own close control.
 struct MraidCustomClose {
-    bool flag;
+    bool flag; ///< Whether the page draws it from now on.
 
     static constexpr auto table = action_line("mraid", "useCustomClose", field("flag", &MraidCustomClose::flag));
 };
 
 /// The page forces an orientation.
 struct MraidOrientation {
-    EventText orientation;
+    EventText orientation; ///< "portrait" or "landscape".
 
     static constexpr auto table =
         action_line("mraid", "forceOrientation", field("orientation", &MraidOrientation::orientation));
@@ -198,10 +199,10 @@ struct MraidCalendarEvent {
 
 /// A call was refused.
 struct MraidRefused {
-    EventText command;
-    const Value* arguments;
-    EventText why;
-    std::int64_t times;
+    EventText command;      ///< Name of the call, without "mraid.".
+    const Value* arguments; ///< List of its arguments, without those that are too long.
+    EventText why;          ///< Why, one line.
+    std::int64_t times;     ///< Number of refusals that this event represents.
 
     static constexpr auto table = action_line("mraid", "refused", field("command", &MraidRefused::command),
                                               field("arguments", &MraidRefused::arguments),
@@ -210,7 +211,7 @@ struct MraidRefused {
 
 /// The page is sent changes of the ad.
 struct MraidTold {
-    const Value* facts;
+    const Value* facts; ///< What has changed, by name; or the mapping "error", of "message" and "action".
 
     static constexpr auto table = action_line("mraid", "tell", field("facts", &MraidTold::facts));
 };
@@ -219,26 +220,26 @@ struct MraidTold {
 
 /// A player is created.
 struct PlayerCreated {
-    EventText url;
-    bool file;
+    EventText url; ///< Address of the video, or the path of a local copy; null for a null address.
+    bool file;     ///< Whether it is a local copy.
 
     static constexpr auto table =
         action_line("player", "create", field("url", &PlayerCreated::url), field("file", &PlayerCreated::file));
 };
 
-/// The player is told to play.
+/// Command to the player: play.
 struct PlayerStarted {
     static constexpr auto table = action_line("player", "play");
 };
 
-/// The player is told to pause.
+/// Command to the player: pause.
 struct PlayerPaused {
     static constexpr auto table = action_line("player", "pause");
 };
 
-/// The player is told to jump; emitted before it does. In seconds.
+/// Command to the player: seek. Emitted before the player does it.
 struct PlayerSought {
-    double to;
+    double to; ///< Seconds from the start, as commanded: not clamped to the video.
 
     static constexpr auto table = action_line("player", "seek", field("to", &PlayerSought::to));
 };
@@ -250,52 +251,52 @@ struct PlayerDropped {
 
 /// Playback failed.
 struct PlayerFailed {
-    EventText reason;
+    EventText reason; ///< Why, one line.
 
     static constexpr auto table = action_line("player", "failed", field("reason", &PlayerFailed::reason));
 };
 
-/// The controller sets the volume, 0 to 1.
+/// The controller sets the output volume.
 struct VolumeSet {
-    float value;
+    float value; ///< 0 to 1.
 
     static constexpr auto table = line("volume", field("value", &VolumeSet::value));
 };
 
-/// The controller forces the device's orientation (UIDeviceOrientation).
+/// The controller forces the device's orientation.
 struct OrientationForced {
-    std::int64_t orientation;
+    std::int64_t orientation; ///< A UIDeviceOrientation.
 
     static constexpr auto table = line("device", field("orientation", &OrientationForced::orientation));
 };
 
 /// The system opens an address.
 struct AddressOpened {
-    EventText url;
+    EventText url; ///< The address, of any scheme.
 
     static constexpr auto table = line("openURL", field("url", &AddressOpened::url));
 };
 
 /// The controller posts a notification.
 struct NotificationPosted {
-    EventText name;
-    const Value* info;
+    EventText name;    ///< Name of the notification.
+    const Value* info; ///< Its user info, a mapping; null without one.
 
     static constexpr auto table =
         line("notification", field("name", &NotificationPosted::name), field("info", &NotificationPosted::info));
 };
 
-/// A line of the kit's log, with its ZulixLogTag.
+/// A line of the kit's log.
 struct Logged {
-    std::int64_t level;
-    EventText message;
+    std::int64_t level; ///< A ZulixLogTag.
+    EventText message;  ///< Text of the line.
 
     static constexpr auto table = line("log", field("level", &Logged::level), field("message", &Logged::message));
 };
 
 /// A line of the console.
 struct ConsoleLogged {
-    EventText message;
+    EventText message; ///< Text of the line.
 
     static constexpr auto table = line("console", field("message", &ConsoleLogged::message));
 };
@@ -309,7 +310,7 @@ struct ParentClicked {
 
 /// The close is passed on to the parent.
 struct ParentClosed {
-    bool close;
+    bool close; ///< Whether the parent is to close too (bNeedCloseParent).
 
     static constexpr auto table = action_line("parent", "closeVideoAdUnit", field("close", &ParentClosed::close));
 };
@@ -321,10 +322,10 @@ struct ParentImpression {
 
 // --------------------------------------------------------------------------------------------------- The superclass
 
-/// The spinner is shown at a point.
+/// The spinner is shown at a point, in points of the view that it is added to.
 struct ProgressbarShown {
-    std::int64_t x;
-    std::int64_t y;
+    std::int64_t x; ///< Left edge.
+    std::int64_t y; ///< Top edge.
 
     static constexpr auto table =
         action_line("super", "showProgressbar", field("x", &ProgressbarShown::x), field("y", &ProgressbarShown::y));
@@ -377,7 +378,7 @@ struct InAppApplicationClosed {
 
 /// A calendar event is passed to the kit.
 struct CalendarEventPassed {
-    const Value* event;
+    const Value* event; ///< The event as the ad or its page gives it, before it is validated.
 
     static constexpr auto table =
         action_line("super", "createCalendarEvent", field("event", &CalendarEventPassed::event));
@@ -407,8 +408,8 @@ struct ApplicationScreenCreated {
 
 /// A message is composed.
 struct MessageSent {
-    EventText number;
-    EventText body;
+    EventText number; ///< The number with the scheme "tel:"; null without one.
+    EventText body;   ///< Text of the message; null without one.
 
     static constexpr auto table =
         action_line("kit", "sendSms", field("number", &MessageSent::number), field("body", &MessageSent::body));
@@ -416,8 +417,8 @@ struct MessageSent {
 
 /// A store's page is opened by its address or number.
 struct StoreOpened {
-    EventText url;
-    std::int64_t id;
+    EventText url;   ///< Address, which takes precedence over the number; null without one.
+    std::int64_t id; ///< Number of the item; 0 without one.
 
     static constexpr auto table =
         action_line("kit", "openStore", field("url", &StoreOpened::url), field("id", &StoreOpened::id));
@@ -430,15 +431,15 @@ struct BrowserCreated {
 
 /// The in-app browser opens a page.
 struct BrowserExpanded {
-    EventText url;
-    bool custom_close;
-    bool navigation_bar;
-    bool progress_bar;
-    double height;
-    double width;
-    const Value* background;
-    double session;
-    std::int64_t sequence;
+    EventText url;           ///< Address of the page; null without one.
+    bool custom_close;       ///< Whether the page draws its own close control.
+    bool navigation_bar;     ///< Whether the browser shows back, forward, address and reload.
+    bool progress_bar;       ///< Whether the browser shows the progress of the load.
+    double height;           ///< Height of the browser in points.
+    double width;            ///< Width of the browser in points.
+    const Value* background; ///< Colour until the page arrives, [red, green, blue, alpha] from 0 to 1; null for none.
+    double session;          ///< The kit's session identifier.
+    std::int64_t sequence;   ///< The kit's sequence number.
 
     static constexpr auto table = action_line(
         "kit", "browser.expand", field("url", &BrowserExpanded::url),
@@ -455,7 +456,7 @@ struct BrowserClosed {
 
 /// A store page is created for an item.
 struct StorePageCreated {
-    const Value* ids;
+    const Value* ids; ///< List of item, campaign, provider and ad provider, each null when absent.
 
     static constexpr auto table = action_line("kit", "store.create", field("ids", &StorePageCreated::ids));
 };
@@ -472,8 +473,8 @@ struct StorePageDismissed {
 
 /// A delegate of the host is notified of a failed page.
 struct AdFailed {
-    EventText to;
-    EventText error;
+    EventText to;    ///< "qoroDelegate" or "interstitialDelegate".
+    EventText error; ///< Why, one line; null without a reason.
 
     static constexpr auto table =
         action_line("kit", "adFailed", field("to", &AdFailed::to), field("error", &AdFailed::error));
@@ -486,21 +487,21 @@ struct CalendarEventAdded {
 
 /// The calendar event was refused.
 struct CalendarEventRefused {
-    EventText why;
+    EventText why; ///< Why, one line.
 
     static constexpr auto table = action_line("kit", "calendar.refused", field("why", &CalendarEventRefused::why));
 };
 
 /// A link on a page over the ad opens another program.
 struct PageHandedOn {
-    EventText url;
+    EventText url; ///< Address of the link.
 
     static constexpr auto table = action_line("kit", "page.handOn", field("url", &PageHandedOn::url));
 };
 
 /// The close guard shows its button.
 struct GuardShown {
-    EventText why;
+    EventText why; ///< Which condition held, such as "the page does not answer".
 
     static constexpr auto table = action_line("guard", "show", field("why", &GuardShown::why));
 };
