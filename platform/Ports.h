@@ -26,6 +26,7 @@ class WidgetSource;
 
 // ---------------------------------------------------------------------------------------------------------- Time
 
+/// Identifies a timer of one main loop.
 using TimerId = std::uint64_t;
 
 /// The event queue of the main thread: timers and posted work.
@@ -39,6 +40,8 @@ public:
     /// timer never fires. An interval below a microsecond is rounded up to one; with a non-finite interval the timer
     /// never fires.
     /// @param interval seconds
+    /// @param repeats whether it fires again and again, rather than once
+    /// @param fire called on every firing
     virtual TimerId start_timer(double interval, bool repeats, std::function<void()> fire) = 0;
     /// No effect on a timer that has ended.
     virtual void stop_timer(TimerId timer) = 0;
@@ -52,18 +55,20 @@ public:
 
 // ---------------------------------------------------------------------------------------------------------- Video
 
-/// Bit flags.
+/// How far a player has loaded its video; bit flags.
 enum MPMovieLoadState : int {
     MPMovieLoadStateUnknown = 0,
     MPMovieLoadStatePlayable = 1,
     MPMovieLoadStatePlaythroughOK = 2,
     MPMovieLoadStateStalled = 4,
 };
+/// Both sets of flags.
 constexpr MPMovieLoadState operator|(MPMovieLoadState a, MPMovieLoadState b)
 {
     return static_cast<MPMovieLoadState>(static_cast<int>(a) | static_cast<int>(b));
 }
 
+/// What a player does.
 enum MPMoviePlaybackState : int {
     MPMoviePlaybackStateStopped = 0,
     MPMoviePlaybackStatePlaying = 1,
@@ -73,12 +78,14 @@ enum MPMoviePlaybackState : int {
     MPMoviePlaybackStateSeekingBackward = 5,
 };
 
+/// Why a player finished.
 enum MPMovieFinishReason : int {
     MPMovieFinishReasonPlaybackEnded = 0,
     MPMovieFinishReasonPlaybackError = 1,
     MPMovieFinishReasonUserExited = 2,
 };
 
+/// How a picture fills its view: None and AspectFit show it whole, AspectFill crops it, Fill stretches it.
 enum MPMovieScalingMode : int {
     MPMovieScalingModeNone = 0,
     MPMovieScalingModeAspectFit = 1,
@@ -86,10 +93,14 @@ enum MPMovieScalingMode : int {
     MPMovieScalingModeFill = 3,
 };
 
+/// A player's own controls.
 enum MPMovieControlStyle : int { MPMovieControlStyleNone = 0, MPMovieControlStyleEmbedded = 1 };
+/// Whether a player repeats its video.
 enum MPMovieRepeatMode : int { MPMovieRepeatModeNone = 0, MPMovieRepeatModeOne = 1 };
+/// Where a video comes from.
 enum MPMovieSourceType : int { MPMovieSourceTypeUnknown = 0, MPMovieSourceTypeFile = 1 };
 
+/// Whether an audio interruption, such as a call, begins or ends.
 enum AVAudioSessionInterruptionType : int {
     AVAudioSessionInterruptionTypeEnded = 0,
     AVAudioSessionInterruptionTypeBegan = 1
@@ -97,12 +108,17 @@ enum AVAudioSessionInterruptionType : int {
 
 /// Playback and drawing options; the defaults are those of a new player.
 struct PlayerSettings {
+    /// Whether it starts playing as soon as it has loaded enough.
     bool should_autoplay = true;
+    /// How the picture fills the video view.
     MPMovieScalingMode scaling_mode = MPMovieScalingModeAspectFit;
+    /// Recorded in snapshots only: players neither draw controls, nor change the screen, nor repeat a video.
+    /// @{
     bool fullscreen = false;
     MPMovieControlStyle control_style = MPMovieControlStyleEmbedded;
     MPMovieRepeatMode repeat_mode = MPMovieRepeatModeNone;
     MPMovieSourceType source_type = MPMovieSourceTypeUnknown;
+    /// @}
 };
 
 /// Receives a player's events, each as an event of its own. The player's getters already return the new state when the
@@ -111,8 +127,11 @@ class PlayerListener
 {
 public:
     virtual ~PlayerListener() = default;
+    /// PlayerEngine::load_state() has changed.
     virtual void load_state_changed() = 0;
+    /// PlayerEngine::playback_state() has changed.
     virtual void playback_state_changed() = 0;
+    /// Playback has ended, for this reason.
     virtual void finished(MPMovieFinishReason reason) = 0;
 };
 
@@ -144,8 +163,11 @@ public:
     virtual ~PlayerEngine() = default;
     /// Replaces all settings; allowed at any time.
     virtual void apply(const PlayerSettings& settings) = 0;
+    /// Starts or resumes playback; before the video has loaded, once it has.
     virtual void play() = 0;
+    /// Pauses playback at the current position.
     virtual void pause() = 0;
+    /// Moves the position.
     /// @param time seconds from the start
     virtual void seek(double time) = 0;
     /// Seconds from the start; 0 before anything was played.
@@ -154,6 +176,7 @@ public:
     virtual double duration() const = 0;
     /// MPMovieLoadStateUnknown before the first report.
     virtual MPMovieLoadState load_state() const = 0;
+    /// MPMoviePlaybackStateStopped before the first report.
     virtual MPMoviePlaybackState playback_state() const = 0;
     /// The pictures that the platform's display draws; null for a player without pictures.
     virtual PictureSource* pictures() { return nullptr; }
@@ -190,8 +213,8 @@ public:
 
 /// A message from the page's script: a command name and its arguments.
 struct ScriptMessage {
-    std::string command;
-    NSArray arguments;
+    std::string command; ///< Chosen by the page; any text.
+    NSArray arguments;   ///< Chosen by the page; any values.
 };
 
 /// The reply to a script message.
@@ -207,9 +230,12 @@ class WebListener
 {
 public:
     virtual ~WebListener() = default;
+    /// A load has started.
     virtual void did_start_load() = 0;
+    /// A load has finished.
     virtual void did_finish_load() = 0;
     /// Decides whether a navigation started by the page or the viewer may proceed.
+    /// @param address the destination; null when it is malformed
     /// @param navigation_type UIWebViewNavigationType: 0 a link was followed, 5 anything else
     virtual bool should_start_load(const NSURL& address, int navigation_type) = 0;
     /// Handles a message from the page's script.
@@ -250,7 +276,9 @@ struct PageState {
     double progress = 0;
     /// Whether the page has content to display, at least in part.
     bool has_content = false;
+    /// Whether there is an earlier page.
     bool can_go_back = false;
+    /// Whether there is a later page, which the viewer has left by going back.
     bool can_go_forward = false;
 };
 
@@ -269,6 +297,7 @@ public:
     virtual ~WebEngine() = default;
     /// Loads a page from its source. Null HTML (a body that was not valid UTF-8) shows nothing, but start and end of
     /// the load are reported as usual.
+    /// @param html source of the page
     /// @param base address that relative references resolve against; may be null
     virtual void load_html(const NSString& html, const NSURL& base) = 0;
     /// Loads an http or https address without consulting should_start_load. Ignores any other address.
@@ -279,8 +308,10 @@ public:
     virtual void go_forward() = 0;
     /// Reloads the address of page_state(), also after a failed load. No effect before the first address.
     virtual void reload() = 0;
+    /// The page's current state.
     virtual PageState page_state() const = 0;
     /// Calls listeners in the page's script, in the given order and after every earlier call.
+    /// @param event name of the event
     /// @param callbacks callback ids chosen by the script
     /// @param data a mapping; null for no data
     virtual void call_listeners(const std::string& event, const NSArray& callbacks, const NSDictionary& data) = 0;
@@ -310,9 +341,11 @@ public:
 
 /// The result of a fetch.
 struct FetchAnswer {
+    /// Whether the address was fetched.
     bool ok = false;
     /// Description of the error when not ok.
     std::string error;
+    /// The bytes received; meaningful only when ok.
     std::string body;
     /// Address of the body after redirects.
     std::string final_address;
@@ -342,8 +375,11 @@ public:
 
 /// A font by family and size in points.
 struct FontSpec {
+    /// Name of the family.
     std::string family = "Arial";
+    /// In points.
     double size = 17;
+    /// Whether family and size are equal.
     friend bool operator==(const FontSpec&, const FontSpec&) = default;
 };
 
@@ -381,7 +417,9 @@ struct DeviceFacts {
     std::optional<CGSize> screen = CGSize{375, 812};
     /// Overrides the computed size of the current screen; absent to derive it from the main screen and the orientation.
     std::optional<CGSize> current_screen;
+    /// Whether the device is a phone rather than a tablet.
     bool phone = true;
+    /// Whether the system is at least version 8, which the landscape layouts depend on.
     bool ios8 = true;
     /// The device identifier (IMEI); null when there is none.
     NSString imei = "356938035643809";
@@ -396,17 +434,22 @@ class Device
 {
 public:
     virtual ~Device() = default;
+    /// The constant properties.
     virtual const DeviceFacts& facts() const = 0;
+    /// How the device is held, or the orientation that was forced since it was last turned.
     virtual UIDeviceOrientation orientation() const = 0;
     /// Overrides orientation() until the device is turned.
     virtual void force_orientation(UIDeviceOrientation orientation) = 0;
+    /// Orientation of the interface.
     virtual UIInterfaceOrientation status_bar_orientation() const = 0;
+    /// Whether the status bar is hidden.
     virtual bool status_bar_hidden() const = 0;
     /// Whether an application is registered for the address.
     virtual bool can_open(const NSURL& address) = 0;
     /// Opens an address in the application registered for it.
     virtual void open(const NSURL& address) = 0;
     /// Opens an address for a screen that waits for the viewer to return (a message composer, a store).
+    /// @param address of any scheme
     /// @param done called at most once, as an event of its own: when the viewer has returned, when the device cannot
     ///             detect the return, or when nothing could be opened
     virtual void open_and_wait(const NSURL& address, std::function<void()> done) = 0;
