@@ -19,10 +19,14 @@ namespace qoro
 class EventText
 {
 public:
+    /// Null.
     constexpr EventText(std::nullptr_t = nullptr) {}
+    /// A view of a text, which must outlive it; not null, even when the text is empty.
+    /// @{
     constexpr EventText(std::string_view text) : text_(text), present_(true) {}
     constexpr EventText(const char* text) : EventText(std::string_view(text)) {}
     EventText(const std::string& text) : EventText(std::string_view(text)) {}
+    /// @}
     /// Null for null.
     EventText(const NSString& text)
     {
@@ -45,8 +49,8 @@ struct Field {
     /// A Value is valid as long as the event.
     using Content = std::variant<std::nullptr_t, bool, std::int64_t, double, float, std::string_view, const Value*>;
 
-    std::string_view key;
-    Content content;
+    std::string_view key; ///< Name of the field.
+    Content content;      ///< Its value; nullptr and a null Value are written as null.
 };
 
 /// A member of an event as the content of a field. An enumeration has an overload of its own.
@@ -81,10 +85,12 @@ namespace event
 /// A field whose content is a member of the event.
 template <typename Event, typename Member>
 struct MemberField {
-    std::string_view key;
-    Member Event::*member;
+    std::string_view key;  ///< Name of the field.
+    Member Event::*member; ///< The member of the event.
 
+    /// Name of the field in the documentation.
     constexpr std::string_view documented() const { return key; }
+    /// The field of an event.
     Field of(const Event& event) const { return {key, field_content(event.*member)}; }
 };
 
@@ -93,10 +99,12 @@ template <typename Event>
 struct KeyedField {
     /// Stands for the name in the documentation.
     std::string_view placeholder;
-    EventText Event::*key;
-    const Value* Event::*value;
+    EventText Event::*key;      ///< The member that holds the field's name.
+    const Value* Event::*value; ///< The member that holds its content.
 
+    /// Name of the field in the documentation.
     constexpr std::string_view documented() const { return placeholder; }
+    /// The field of an event.
     Field of(const Event& event) const { return {(event.*key).view(), field_content(event.*value)}; }
 };
 
@@ -107,15 +115,19 @@ struct Table {
     std::string_view what;
     /// Value of the line's "do"; empty for a line without this field.
     std::string_view action;
+    /// A MemberField or KeyedField for each field, in their order on the line.
     std::tuple<Fields...> fields;
 };
 
+/// A field whose content is a member of the event.
 template <typename Event, typename Member>
 constexpr MemberField<Event, Member> field(std::string_view key, Member Event::*member)
 {
     return {key, member};
 }
 
+/// A field whose name is a member of the event too.
+/// @param placeholder stands for the name in the documentation
 template <typename Event>
 constexpr KeyedField<Event> field_named_by(EventText Event::*key, const Value* Event::*value,
                                            std::string_view placeholder)

@@ -18,6 +18,7 @@ struct QoroAdRequest;
 
 /// A notification as passed to its observers.
 struct NSNotification {
+    /// Name of the notification, such as UIDeviceOrientationDidChangeNotification.
     std::string_view name;
     /// Identity of the poster; null for an anonymous one. Compared, never dereferenced.
     const void* object = nullptr;
@@ -26,11 +27,11 @@ struct NSNotification {
 };
 
 /// The argument of an action: nothing, the touched control, a notification or the result of a request. Unused members
-/// are null.
+/// are null. The objects are valid during the call of the action only.
 struct Cause {
-    const UIButton* sender = nullptr;
-    const NSNotification* notification = nullptr;
-    const QoroAdRequest* request = nullptr;
+    const UIButton* sender = nullptr;             ///< The touched control.
+    const NSNotification* notification = nullptr; ///< The notification that was posted.
+    const QoroAdRequest* request = nullptr;       ///< The request that has ended.
 };
 
 /// A target, the name of an operation and the operation. Compared by target and name. Holds its target weakly; a timer
@@ -38,11 +39,18 @@ struct Cause {
 class Action
 {
 public:
+    /// The operation, called with its target.
     using Call = void (*)(Object&, const Cause&);
 
+    /// A null action.
     Action() = default;
+    /// An action of a target; action<>() creates it from a member function.
+    /// @param target owned by a shared pointer; null makes an action without effect
+    /// @param name stored by reference; must have static storage duration
+    /// @param call the operation; null for a null action
     Action(Object* target, std::string_view name, Call call);
 
+    /// False for a null action; true even when the target no longer exists.
     explicit operator bool() const { return call_ != nullptr; }
     /// Null when the target no longer exists.
     std::shared_ptr<Object> target() const { return target_.lock(); }
@@ -53,6 +61,7 @@ public:
     /// Calls the operation and retains the target until it returns. No effect when the target no longer exists.
     void operator()(const Cause& cause = {}) const;
 
+    /// Whether target and name are equal.
     friend bool operator==(const Action& a, const Action& b)
     {
         return a.identity_ == b.identity_ && a.name_ == b.name_;
@@ -65,6 +74,7 @@ private:
     Call call_ = nullptr;
 };
 
+/// @cond
 namespace detail
 {
 template <typename Member>
@@ -95,6 +105,7 @@ void call(Object& object, const Cause& cause)
         (target.*member)(*cause.sender);
 }
 } // namespace detail
+/// @endcond
 
 /// Creates an action from a member function that takes nothing, a notification, a request's result or the touched
 /// button: action<&QoroVideoWebViewController::setMute>(this, "setMute").
@@ -108,12 +119,18 @@ Action action(typename detail::MemberOf<decltype(member)>::Target* target, std::
 class NSTimer
 {
 public:
+    /// A null timer.
+    /// @{
     NSTimer() = default;
     NSTimer(std::nullptr_t) {}
-    /// @param interval seconds
+    /// @}
     /// Starts a timer on the current platform's loop.
+    /// @param interval seconds
+    /// @param action called on every firing, as an event of its own
+    /// @param repeats whether it fires again and again, rather than once
     static NSTimer scheduledTimerWithTimeInterval(double interval, const Action& action, bool repeats);
 
+    /// False for null; true for a timer that has ended.
     explicit operator bool() const { return state_ != nullptr; }
     /// Whether it may still fire; false for null.
     bool isValid() const;
@@ -121,6 +138,7 @@ public:
     void invalidate() const;
     /// Seconds; 0 for null.
     double timeInterval() const;
+    /// Whether it fires again and again; false for null.
     bool repeats() const;
     /// Next firing, in seconds since the session started; 0 for a timer that is not valid.
     double fireDate() const;
@@ -136,10 +154,14 @@ private:
 class NSNotificationCenter
 {
 public:
+    /// Called by Platform::shared; use defaultCenter().
     explicit NSNotificationCenter(Platform& platform) : platform_(platform) {}
+    /// The current platform's notification centre.
     static NSNotificationCenter& defaultCenter();
 
     /// Registers an observer.
+    /// @param action its target is the observer
+    /// @param name of the notifications to observe
     /// @param object restricts it to notifications of this poster; null for any poster
     void addObserver(const Action& action, std::string_view name, const void* object = nullptr);
     /// Removes all registrations of the observer.
@@ -183,7 +205,8 @@ NSString bundleDisplayName();
 /// The MD5 digest: 16 raw bytes.
 std::string CC_MD5(std::string_view bytes);
 
-// Names of the platform's notifications and their user-info keys.
+/// Name of a notification of the platform, or of a key of its user info.
+/// @{
 inline constexpr std::string_view UIApplicationDidEnterBackgroundNotification =
     "UIApplicationDidEnterBackgroundNotification";
 inline constexpr std::string_view UIApplicationDidBecomeActiveNotification = "UIApplicationDidBecomeActiveNotification";
@@ -206,5 +229,6 @@ inline constexpr std::string_view MPMoviePlayerPlaybackDidFinishReasonUserInfoKe
     "MPMoviePlayerPlaybackDidFinishReasonUserInfoKey";
 inline constexpr std::string_view AVAudioSessionInterruptionNotification = "AVAudioSessionInterruptionNotification";
 inline constexpr std::string_view AVAudioSessionInterruptionTypeKey = "AVAudioSessionInterruptionTypeKey";
+/// @}
 
 } // namespace qoro

@@ -21,6 +21,7 @@ class ViewWatch;
 class Platform
 {
 public:
+    /// Creates a platform that is not current on any thread.
     Platform();
     Platform(const Platform&) = delete;
     Platform& operator=(const Platform&) = delete;
@@ -31,6 +32,8 @@ public:
     /// As current(), but null when the thread has none.
     static Platform* current_or_null();
 
+    /// A port of the platform, which lives as long as the platform.
+    /// @{
     virtual MainLoop& loop() = 0;
     virtual PlayerFactory& players() = 0;
     virtual WebEngineFactory& web_engines() = 0;
@@ -42,6 +45,7 @@ public:
     virtual VideoCacheStore& video_cache() = 0;
     virtual Calendar& calendar() = 0;
     virtual Display& display() = 0;
+    /// @}
     /// The default implementation returns every text untranslated.
     virtual Translation& translation();
 
@@ -81,10 +85,13 @@ public:
     void status_bar_frame_changed();
     /// The viewer leaves the application: pauses the players, then calls application_did_enter_background().
     virtual void leave_app();
-    /// Observed by the kit only.
+    /// The application is in the background. Observed by the kit only.
     void application_did_enter_background();
+    /// The viewer returns to the application.
     void application_will_enter_foreground();
+    /// The application is in the foreground and receives touches again.
     void application_did_become_active();
+    /// An audio interruption, such as a call, begins or ends.
     void audio_interrupted(AVAudioSessionInterruptionType type);
 
 private:
@@ -102,6 +109,7 @@ private:
 class ViewWatch
 {
 public:
+    /// Starts the watch. The platform must outlive it.
     ViewWatch(Platform& platform, std::function<void()> changed);
     ~ViewWatch();
     ViewWatch(const ViewWatch&) = delete;
@@ -117,6 +125,7 @@ private:
 class PlatformScope
 {
 public:
+    /// Makes the platform current. It must outlive the scope.
     explicit PlatformScope(Platform& platform);
     ~PlatformScope();
     PlatformScope(const PlatformScope&) = delete;
@@ -130,6 +139,7 @@ private:
 struct PlatformFault {
     /// Name of the rejected operation.
     std::string operation;
+    /// Why, one line.
     std::string message;
 };
 
