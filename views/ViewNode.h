@@ -20,13 +20,16 @@ enum class Symbol : std::uint8_t { None, Close, CloseOnDisc, Back, Forward, Relo
 /// A view in the tree: the state common to all views, and that of each kind. The complete interface between views and
 /// displays; views do not depend on a display. A parent owns its subviews; a view without an owner is destroyed.
 struct ViewNode : std::enable_shared_from_this<ViewNode> {
+    /// The handle's class: View for UIView, Video for a player's view, CountDown and Spinner for views of the kit.
     enum class Kind { View, Button, Label, ImageView, Window, Slider, VolumeView, WebView, Video, CountDown, Spinner };
 
+    /// Creates a node on the current platform. A window is created hidden.
     explicit ViewNode(Kind of_kind);
     ~ViewNode();
     ViewNode(const ViewNode&) = delete;
     ViewNode& operator=(const ViewNode&) = delete;
 
+    /// Decides which members of the state below are used.
     const Kind kind;
     /// The platform that was current at creation.
     Platform& platform;
@@ -38,9 +41,11 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
 
     // ------------------------------------------------------------------------------------------------- Geometry
 
+    /// The view's own size before rotation, in points.
     CGSize bounds;
+    /// The middle of the frame, in the parent's coordinates, in points.
     CGPoint center;
-    /// Radians in (−π, π], clockwise.
+    /// Rotation about the centre: radians in (−π, π], clockwise.
     double angle = 0;
     /// The frame in the parent's coordinates. At quarter turns it is exactly the frame that was set, until another
     /// setter moves the view.
@@ -52,21 +57,28 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
 
     // ----------------------------------------------------------------------------------------------- Appearance
 
+    /// Hides the view with its subviews; a parent can hide it too.
     bool hidden = false;
+    /// Opacity of the view with its subviews, 0 to 1.
     double alpha = 1;
+    /// Null for a view without a background.
     UIColor background;
+    /// Web and video views: see UIView::setOpaque.
     bool opaque = true;
     /// Points.
     double corner_radius = 0;
+    /// Stored only; does not affect layout.
     int autoresizing_mask = 0;
+    /// Image views: UIViewContentModeScaleAspectFit, or any other value to stretch the picture.
     int content_mode = 0;
-    /// Accessible name; null derives it from the picture or action.
+    /// Accessible name; null derives it from the view's text, picture or action.
     NSString accessibility_label;
     /// Whether it receives touches. Off by default for labels, image views, spinners and the countdown.
     bool takes_touches = true;
 
     // ------------------------------------------------------------------------------------------------- Hierarchy
 
+    /// Null for a window, and for a view without a parent.
     ViewNode* parent = nullptr;
     /// Presented: stays above siblings that are not, regardless of the order of addition.
     bool stays_on_top = false;
@@ -77,41 +89,62 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
 
     /// Buttons and labels; null when not set.
     NSString text;
-    UIImage image;              // image views, and the background of buttons
-    FontSpec font;              // labels
-    UIColor text_color;         // labels; elsewhere the symbol's colour
-    Symbol symbol{};            // buttons and image views; centred
-    UIColor text_shadow_color;  // labels
-    CGSize text_shadow_offset;  // labels
-    int line_break_mode = 0;    // labels
-    int text_alignment = 0;     // labels
-    int number_of_lines = 1;    // labels
-    bool highlighted = false;   // labels
-    UIColor title_shadow_color; // buttons
-    bool shows_touch = false;   // buttons
+    /// Image views, and the background of buttons; null for none.
+    UIImage image;
+    /// Labels: the font.
+    FontSpec font;
+    /// Labels: the text's colour. Elsewhere the symbol's, for which null is black.
+    UIColor text_color;
+    /// Buttons and image views: drawn centred.
+    Symbol symbol{};
+    /// Labels: as UILabel describes them.
+    /// @{
+    UIColor text_shadow_color;
+    CGSize text_shadow_offset;
+    int line_break_mode = 0;
+    int text_alignment = 0;
+    int number_of_lines = 1;
+    bool highlighted = false;
+    /// @}
+    /// Buttons: as UIButton describes them.
+    /// @{
+    UIColor title_shadow_color;
+    bool shows_touch = false;
+    /// @}
     /// Buttons: the label that draws the title. It has no parent.
     std::shared_ptr<ViewNode> title_label;
-    std::vector<Action> targets; // buttons
+    /// Buttons: what a touch runs, in order.
+    std::vector<Action> targets;
 
-    double window_level = 0;                       // windows
-    bool key_window = false;                       // windows
-    std::uint64_t shown_serial = 0;                // windows: order of the last makeKeyAndVisible on the platform
-    std::shared_ptr<UIViewController> window_root; // windows
+    /// Windows: one of a higher level covers those of lower levels.
+    double window_level = 0;
+    /// Windows: whether it is the platform's key window.
+    bool key_window = false;
+    /// Windows: order of the last makeKeyAndVisible on the platform; 0 before the first.
+    std::uint64_t shown_serial = 0;
+    /// Windows: the root view controller, which the window retains; null without one.
+    std::shared_ptr<UIViewController> window_root;
 
-    double seconds_full = 0; // countdown: seconds of a full ring
-    double seconds = 0;      // countdown: seconds shown
-    double ring_width = 0;   // countdown: line width in points
+    double seconds_full = 0; ///< Countdown: seconds of a full ring.
+    double seconds = 0;      ///< Countdown: seconds shown.
+    double ring_width = 0;   ///< Countdown: line width in points.
 
-    bool shows_volume_slider = true; // volume views
-    bool shows_route_button = true;  // volume views
-    std::unique_ptr<WebEngine> web;  // web views
-    bool scales_page_to_fit = false; // web views
+    /// Volume views: stored only.
+    /// @{
+    bool shows_volume_slider = true;
+    bool shows_route_button = true;
+    /// @}
+    /// Web views: the engine.
+    std::unique_ptr<WebEngine> web;
+    /// Web views: whether a page wider than the view is shrunk to fit.
+    bool scales_page_to_fit = false;
     /// Web views: time of the viewer's last touch of the page, in seconds of the main loop; absent before the first
     /// touch, or when the page has consumed it.
     std::optional<double> page_touched;
     /// Video views: the engine that supplies the picture. Owned by the player, which clears the pointer before
     /// destroying it. Null without a player.
     PlayerEngine* player = nullptr;
+    /// Video views: how the picture fills the view.
     MPMovieScalingMode scaling_mode = MPMovieScalingModeAspectFit;
 
     /// Increments revision and reports a visible change.
@@ -120,8 +153,11 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
 
 /// The windows of a platform.
 struct WindowList {
-    std::vector<std::weak_ptr<ViewNode>> windows; // in order of creation
+    /// In order of creation; may contain windows that no longer exist.
+    std::vector<std::weak_ptr<ViewNode>> windows;
+    /// ViewNode::shown_serial of the next makeKeyAndVisible.
     std::uint64_t next_shown_serial = 1;
+    /// ViewNode::serial of the next view, of any kind.
     std::uint64_t next_view_serial = 1;
     /// Number of hit tests so far, as a measure of their cost.
     std::uint64_t hit_tests = 0;
@@ -136,6 +172,7 @@ struct WindowList {
 struct Placement {
     /// Centre of the view, in screen points.
     CGPoint center;
+    /// The view's own size before rotation, in points.
     CGSize bounds;
     /// Sum of its own and its ancestors' angles: radians in (−π, π], clockwise.
     double angle = 0;
