@@ -28,21 +28,29 @@ struct HostSetup {
     bool parent = false;
     /// Whether the ad is added to a window of its parent.
     bool parent_window = false;
-    /// Which delegates are set. They implement the failure message.
+    /// Whether this delegate of the ad is set, which is notified of a page's failure.
+    /// @{
     bool delegate = false;
     bool interstitial_delegate = false;
+    /// @}
 
+    /// Set on the controller before it opens: bIsLockOneSide, bIsLockOneSideAndIsLandscape,
+    /// bIsLockOneSideAndIsPortrait, bUseAutoRotate and instSendImpPolicy.
+    /// @{
     bool lock_one_side = false;
     bool lock_one_side_landscape = false;
     bool lock_one_side_portrait = false;
     bool use_auto_rotate = false;
     SendImpPolicy impression_policy = CallShowFunc;
+    /// @}
     /// Times of the close guard; absent for none.
     std::optional<CloseGuardTimes> guard = CloseGuardTimes{};
 
-    /// The kit's cookie identifier; null when not set.
+    /// The kit's cookie identifier, the value of the macro {Zulix-Guid}; null when not set.
     NSString guid = "g-1";
+    /// The kit's session identifier, the value of the macro {Zulix-Sid}; written as a whole number.
     double session = 1700000000.0;
+    /// The kit's sequence number, the value of the macro {Zulix-Seq}.
     std::int32_t sequence = 7;
     /// Path of the kit's script library, as a page names it.
     NSString script = "kit://script.js";

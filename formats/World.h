@@ -14,9 +14,11 @@ namespace qoro
 
 /// The answer to requests for an address.
 struct NetAnswer {
+    /// Whether the request succeeds.
     bool ok = true;
     /// Error text, when not ok.
     std::string error;
+    /// The bytes of the answer.
     std::string body;
     /// Seconds until the answer arrives.
     double after = 0;
@@ -24,12 +26,17 @@ struct NetAnswer {
 
 /// The device and its state at the session's start.
 struct DeviceSetup {
+    /// The constant properties.
     DeviceFacts facts;
+    /// How the device is held.
     UIDeviceOrientation orientation = UIDeviceOrientationPortrait;
+    /// Orientation of the interface.
     UIInterfaceOrientation status_bar_orientation = UIInterfaceOrientationPortrait;
+    /// Whether the status bar is hidden.
     bool status_bar_hidden = false;
     /// 0 to 1.
     float output_volume = 0.6F;
+    /// Whether a volume view has a slider that sets the output volume.
     bool volume_slider = true;
     /// Prefixes of the addresses that can be opened.
     std::vector<std::string> can_open{"http:", "https:", "tel:"};
@@ -53,6 +60,7 @@ struct VideoSetup {
     double duration = 30;
     /// Seconds from the player's creation until it is playable.
     double load_after = 0.3;
+    /// In any order.
     std::vector<Stall> stalls;
     /// Media time in seconds at which playback fails, once per player; the next play() continues. Absent for never.
     std::optional<double> error;
@@ -62,9 +70,11 @@ struct VideoSetup {
 
 /// The surroundings of a simulated session: device, network, text metrics, video cache and video.
 struct World {
+    /// The device at the session's start.
     DeviceSetup device;
+    /// Behaviour of every player of the session.
     VideoSetup video;
-    /// By address; an unnamed address answers with success and an empty body.
+    /// Answers by address; an unnamed address answers with success and an empty body.
     std::map<std::string, NetAnswer, std::less<>> net;
     /// Measured sizes by text, for every font.
     std::map<std::string, CGSize, std::less<>> text;

@@ -43,6 +43,7 @@ struct PlayedVideo {
 
 /// How an ad ended.
 struct AdOutcome {
+    /// Why the ad ended.
     AdEnd end{};
     /// Why nothing was shown, one line; absent when the ad was shown.
     std::optional<std::string> error;

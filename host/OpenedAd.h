@@ -21,9 +21,11 @@ struct Rehearsal;
 class OpenedAd
 {
 public:
+    /// Receives the outcome of an ad that has ended.
     using OnEnd = std::function<void(const AdOutcome& outcome)>;
 
     /// Opens the ad.
+    /// @param platform the platform that shows it
     /// @param ad the description; null fails
     /// @param on_end called once when the ad has ended, as a separate event of the platform's loop; may destroy this
     ///        object

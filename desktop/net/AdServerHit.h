@@ -10,6 +10,7 @@ namespace qoro
 struct AdServerHit {
     /// Microseconds of the machine's monotonic clock.
     std::int64_t time = 0;
+    /// HTTP method, such as "GET".
     std::string method;
     /// Path and query as the client sent them.
     std::string target;
