@@ -13,6 +13,7 @@ namespace qoro
 /// counts displayed days and hours, not elapsed time. A bare date is its midnight.
 using WallTime = std::int64_t;
 
+/// How certain an event is.
 enum class CalendarStatus { Tentative, Confirmed, Cancelled };
 
 /// The clock of an event's times. With neither an offset nor a zone the event is floating: it takes place at that time
@@ -26,7 +27,9 @@ struct CalendarClock {
 
 /// Recurrence rule. Each list is sorted and free of duplicates; an empty list restricts nothing.
 struct CalendarRecurrence {
+    /// Unit of the interval.
     enum class Frequency { Daily, Weekly, Monthly, Yearly };
+    /// Whether the event recurs by days, weeks, months or years.
     Frequency frequency = Frequency::Daily;
     /// Number of days, weeks, months or years from one recurrence to the next; at least 1.
     int interval = 1;
@@ -50,17 +53,24 @@ struct CalendarRecurrence {
 struct CalendarEvent {
     /// Never null.
     NSString title = {};
+    /// Null without one.
+    /// @{
     NSString description = {};
     NSString location = {};
+    /// @}
+    /// The clock of start, end and the recurrence's times.
     CalendarClock clock = {};
     /// Whole days: start is the first day, end the day after the last. The clock is not set.
     bool all_day = false;
+    /// Start by the clock.
     WallTime start = 0;
     /// End, not before start; absent for an event without a duration.
     std::optional<WallTime> end = {};
+    /// Absent when unspecified.
     std::optional<CalendarStatus> status = {};
     /// Whether the event blocks time; absent when unspecified.
     std::optional<bool> busy = {};
+    /// Absent for an event that takes place once.
     std::optional<CalendarRecurrence> recurrence = {};
     /// Seconds before the start at which to remind, at least 0; absent for no reminder.
     std::optional<std::int64_t> reminder = {};

@@ -10,10 +10,10 @@ inline constexpr const char* DefaultStorePage = "https://flathub.org/apps/{id}";
 
 /// A store item and the attribution that the store receives. Any field may be null.
 struct StoreItem {
-    NSString id;
-    NSString campaign;
-    NSString provider;
-    NSString ad_provider;
+    NSString id;          ///< Value of {id} in the store page's address. An item without one has no page.
+    NSString campaign;    ///< Value of {campaign}.
+    NSString provider;    ///< Value of {provider}.
+    NSString ad_provider; ///< Value of {adProvider}.
 };
 
 } // namespace qoro
