@@ -21,7 +21,9 @@ enum class AdTypes {
 
 /// Reads an ad: a JSON object of QoroVideoAd's properties by name, with enumerations as numbers or names. A missing or
 /// null property is absent.
+/// @param text of the object
 /// @param file name for error messages
+/// @param types how to treat a value of the wrong type
 /// @throws InputError
 std::shared_ptr<QoroVideoAd> read_ad(std::string_view text, const std::string& file, AdTypes types);
 

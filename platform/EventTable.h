@@ -54,6 +54,7 @@ struct Field {
 };
 
 /// A member of an event as the content of a field. An enumeration has an overload of its own.
+/// @{
 inline Field::Content field_content(const EventText& text)
 {
     return text ? Field::Content(text.view()) : Field::Content(nullptr);
@@ -78,6 +79,7 @@ inline Field::Content field_content(const Value* value)
 {
     return value;
 }
+/// @}
 
 namespace event
 {
@@ -127,6 +129,8 @@ constexpr MemberField<Event, Member> field(std::string_view key, Member Event::*
 }
 
 /// A field whose name is a member of the event too.
+/// @param key the member that holds the field's name
+/// @param value the member that holds its content
 /// @param placeholder stands for the name in the documentation
 template <typename Event>
 constexpr KeyedField<Event> field_named_by(EventText Event::*key, const Value* Event::*value,

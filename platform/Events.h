@@ -14,6 +14,7 @@ namespace qoro
 // Every event is a plain structure with the table of its line in a trace. docs/simulator.md describes the lines. A
 // pointer to a Value is never null; the Value itself may be. Texts and values are valid as long as the event.
 
+/// The events that leave the controller.
 namespace event
 {
 
@@ -540,6 +541,7 @@ public:
 };
 
 /// Passes the line of an event to a function, as (what, fields); does not call it for an event that is not written.
+/// @param event the event
 /// @param write void(std::string_view what, std::span<const Field> fields)
 template <typename Write>
 void describe(const Event& event, Write&& write)

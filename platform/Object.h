@@ -2,6 +2,8 @@
 
 #include <memory>
 
+/// Video ads: the controller, its kit, and the platforms that it runs on. A platform and its objects belong to one
+/// thread, its main thread, and are used on it only, unless stated otherwise.
 namespace qoro
 {
 

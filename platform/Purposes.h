@@ -30,6 +30,7 @@ enum class ClosedBy {
     Page,
     /// The end of the video (bIsAutoClose).
     Video,
+    /// The host application.
     Host,
 };
 
@@ -39,6 +40,7 @@ inline Field::Content field_content(RequestPurpose purpose)
     return std::string_view(purpose == RequestPurpose::Page ? "page" : "tracking");
 }
 
+/// The name of the purpose, such as "brandIcon".
 inline Field::Content field_content(FetchPurpose purpose)
 {
     constexpr std::array<std::string_view, 3> Names{"brandIcon", "hiddenImage", "buttonImage"};
