@@ -99,7 +99,7 @@ struct MemberField {
 /// A field whose name is a member of the event too.
 template <typename Event>
 struct KeyedField {
-    /// Stands for the name in the documentation.
+    /// Replaces the name in the documentation.
     std::string_view placeholder;
     EventText Event::*key;      ///< The member that holds the field's name.
     const Value* Event::*value; ///< The member that holds its content.
@@ -131,7 +131,7 @@ constexpr MemberField<Event, Member> field(std::string_view key, Member Event::*
 /// A field whose name is a member of the event too.
 /// @param key the member that holds the field's name
 /// @param value the member that holds its content
-/// @param placeholder stands for the name in the documentation
+/// @param placeholder replaces the name in the documentation
 template <typename Event>
 constexpr KeyedField<Event> field_named_by(EventText Event::*key, const Value* Event::*value,
                                            std::string_view placeholder)

@@ -84,6 +84,7 @@ public:
     const NSData& data() const { return data_; }
     /// Identifies a compiled-in picture, from which its accessible name is derived; empty for any other picture.
     std::string_view accessibilityIdentifier() const { return identifier_; }
+    /// Sets the identifier.
     /// @param identifier stored by reference; must have static storage duration
     void setAccessibilityIdentifier(std::string_view identifier) { identifier_ = identifier; }
 
@@ -201,7 +202,7 @@ public:
     void setBackgroundImage(const UIImage& image) const;
     UIImage backgroundImage() const;
     /// @}
-    /// Title, which the title label draws centred; null for none.
+    /// Title, drawn centred in the title label's font and colour; null for none.
     /// @{
     void setTitle(const NSString& title) const;
     NSString title() const;
@@ -210,7 +211,7 @@ public:
     void setTitleShadowColor(const UIColor& color) const;
     /// Whether the button glows while it is pressed.
     void setShowsTouchWhenHighlighted(bool shows) const;
-    /// The label that draws the title; null for a null button.
+    /// The label that determines the title's font, colour and shadow offset; null for a null button. It has no parent.
     UILabel titleLabel() const;
 
     /// Adds a target for touch-up-inside. An equal action is added only once.
@@ -241,7 +242,7 @@ public:
     UIFont font() const;
     void setFont(const UIFont& font) const;
     /// @}
-    /// The text's colour; null when not set.
+    /// The text's colour. Null is black, or white in a button's title label.
     /// @{
     UIColor textColor() const;
     void setTextColor(const UIColor& color) const;

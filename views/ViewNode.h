@@ -93,7 +93,7 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     UIImage image;
     /// Labels: the font.
     FontSpec font;
-    /// Labels: the text's colour. Elsewhere the symbol's, for which null is black.
+    /// Labels: the text's colour. Elsewhere the symbol's. Null is black, or white in a button's title label.
     UIColor text_color;
     /// Buttons and image views: drawn centred.
     Symbol symbol{};
@@ -111,7 +111,7 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     UIColor title_shadow_color;
     bool shows_touch = false;
     /// @}
-    /// Buttons: the label that draws the title. It has no parent.
+    /// Buttons: the label that determines the title's font, colour and shadow offset. It has no parent.
     std::shared_ptr<ViewNode> title_label;
     /// Buttons: what a touch runs, in order.
     std::vector<Action> targets;
@@ -134,7 +134,7 @@ struct ViewNode : std::enable_shared_from_this<ViewNode> {
     bool shows_volume_slider = true;
     bool shows_route_button = true;
     /// @}
-    /// Web views: the engine.
+    /// Web views: the engine; null once its listener has destroyed it.
     std::unique_ptr<WebEngine> web;
     /// Web views: whether a page wider than the view is shrunk to fit.
     bool scales_page_to_fit = false;

@@ -106,7 +106,8 @@ public:
 
     /// One dictionary per call-to-action button.
     NSArray arrayButtonsInfo;
-    /// Landscape left selects the landscape arrangement in every device orientation; other values have no effect.
+    /// Landscape left selects the landscape arrangement in every device orientation, unless portraitVideoPos is FULL.
+    /// Other values have no effect.
     UIDeviceOrientation launchOrientation{};
     /// Background behind video and page, as a decimal ARGB number. Without it the page is invisible.
     NSString strBackgroundColor;
@@ -169,7 +170,7 @@ public:
 
     // -------------------------------------------------------------------------------- written by the controller
 
-    /// Sets a property while the ad runs.
+    /// Sets the property of this name while the ad runs; the controller assigns properties only with these.
     /// @{
     void setPortraitModeType(VideoAdMode mode) { portraitModeType = mode; }
     void setBIsWebViewInFront(bool inFront) { bIsWebViewInFront = inFront; }
