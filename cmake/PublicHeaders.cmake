@@ -2,7 +2,7 @@
 # host does: <qoro/OpenedAd.h>. A public header includes public headers only.
 set(QORO_PUBLIC ${PROJECT_BINARY_DIR}/include)
 
-# Opening an ad, and hearing of it.
+# Opens an ad and reports its outcome.
 set(QORO_PUBLIC_CONTROLLER
     Base/VideoPlayer/QoroVideoAd.h
     formats/AdFile.h
@@ -13,6 +13,7 @@ set(QORO_PUBLIC_CONTROLLER
     host/OpenedAd.h
     kit/CloseGuardTimes.h
     # The ports, for a platform of one's own.
+    platform/AddressParts.h
     platform/CalendarEvent.h
     platform/EventTable.h
     platform/Events.h

@@ -1,5 +1,6 @@
 #include "host/OpenedAd.h"
 
+#include "formats/LogLines.h"
 #include "host/Rehearsal.h"
 #include "host/Session.h"
 

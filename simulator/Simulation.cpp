@@ -1,6 +1,7 @@
 #include "simulator/Simulation.h"
 
 #include "formats/AdFile.h"
+#include "formats/LogLines.h"
 
 namespace qoro
 {

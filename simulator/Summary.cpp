@@ -1,6 +1,7 @@
 #include "simulator/Summary.h"
 
 #include "formats/JsonText.h"
+#include "formats/LogLines.h"
 #include "simulator/SessionWatch.h"
 
 #include <algorithm>
