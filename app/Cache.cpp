@@ -2,6 +2,7 @@
 
 #include "desktop/cache/VideoCache.h"
 #include "desktop/cache/VideoDownload.h"
+#include "desktop/glib/Owned.h"
 #include "desktop/net/HttpAddress.h"
 #include "desktop/net/Reach.h"
 #include "formats/InputError.h"
@@ -32,20 +33,14 @@ constexpr std::int64_t Microsecond = 1000;
 /// "2026-03-01T09:30:00Z"
 std::string date_of(std::int64_t nanoseconds)
 {
-    GDateTime* moment = g_date_time_new_from_unix_utc(nanoseconds / 1'000'000 / Microsecond);
-    char* text = g_date_time_format(moment, "%Y-%m-%dT%H:%M:%SZ");
-    g_date_time_unref(moment);
-    std::string date = text ? text : "";
-    g_free(text);
-    return date;
+    const Owned<GDateTime, g_date_time_unref> moment(
+        g_date_time_new_from_unix_utc(nanoseconds / 1'000'000 / Microsecond));
+    return take_text(g_date_time_format(moment.get(), "%Y-%m-%dT%H:%M:%SZ"));
 }
 
 std::string size_of(std::uint64_t bytes)
 {
-    char* text = g_format_size(bytes);
-    std::string size = text;
-    g_free(text);
-    return size;
+    return take_text(g_format_size(bytes));
 }
 
 void list(const VideoCache& cache, bool as_json)

@@ -56,29 +56,27 @@ struct GlibLoop::Source {
 };
 
 GlibLoop::GlibLoop(Platform* platform)
-    : platform_(platform), context_(g_main_context_ref_thread_default()), loop_(g_main_loop_new(context_, FALSE)),
+    : platform_(platform), context_(g_main_context_ref_thread_default()), loop_(g_main_loop_new(context_.get(), FALSE)),
       armed_for_(Never), start_(g_get_monotonic_time())
 {
     static GSourceFuncs functions = {Source::prepare, Source::check, Source::dispatch, nullptr, nullptr, nullptr};
     timer_fd_ = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
     if (timer_fd_ < 0)
         g_error("no timer can be had of the system: %s", g_strerror(errno));
-    source_ = g_source_new(&functions, sizeof(Source));
-    reinterpret_cast<Source*>(source_)->loop = this;
-    g_source_set_name(source_, "qoro loop");
+    source_.reset(g_source_new(&functions, sizeof(Source)));
+    GSource* source = source_.get();
+    reinterpret_cast<Source*>(source)->loop = this;
+    g_source_set_name(source, "qoro loop");
     // An event may run the loop recursively (a nested wait), which must still deliver events.
-    g_source_set_can_recurse(source_, TRUE);
-    g_source_add_unix_fd(source_, timer_fd_, G_IO_IN);
-    g_source_attach(source_, context_);
+    g_source_set_can_recurse(source, TRUE);
+    g_source_add_unix_fd(source, timer_fd_, G_IO_IN);
+    g_source_attach(source, context_.get());
 }
 
 GlibLoop::~GlibLoop()
 {
-    g_source_destroy(source_);
-    g_source_unref(source_);
+    source_.reset();
     close(timer_fd_);
-    g_main_loop_unref(loop_);
-    g_main_context_unref(context_);
 }
 
 std::int64_t GlibLoop::microseconds() const
@@ -132,7 +130,7 @@ void GlibLoop::post(std::function<void()> work)
         std::scoped_lock lock(mutex_);
         work_.push_back({g_get_monotonic_time(), next_serial_++, std::move(work)});
     }
-    g_main_context_wakeup(context_);
+    g_main_context_wakeup(context_.get());
 }
 
 void GlibLoop::restart_clock()
@@ -241,12 +239,12 @@ void GlibLoop::run_event(const std::function<void()>& event)
 
 void GlibLoop::run()
 {
-    g_main_loop_run(loop_);
+    g_main_loop_run(loop_.get());
 }
 
 void GlibLoop::quit()
 {
-    g_main_loop_quit(loop_);
+    g_main_loop_quit(loop_.get());
 }
 
 void GlibLoop::run_alone(const std::function<bool()>& condition, double seconds)
@@ -265,7 +263,7 @@ bool GlibLoop::run_until(const std::function<bool()>& condition, double seconds)
     bool expired = false;
     const TimerId deadline = start_timer(seconds, false, [&expired] { expired = true; });
     while (!over && !expired) {
-        g_main_context_iteration(context_, TRUE);
+        g_main_context_iteration(context_.get(), TRUE);
         over = condition();
     }
     stop_timer(deadline);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
 #include "platform/Ports.h"
 
 #include <cstdint>
@@ -7,10 +8,6 @@
 #include <functional>
 #include <map>
 #include <mutex>
-
-typedef struct _GMainContext GMainContext;
-typedef struct _GMainLoop GMainLoop;
-typedef struct _GSource GSource;
 
 namespace qoro
 {
@@ -76,9 +73,9 @@ private:
     bool has_work();
 
     Platform* const platform_;
-    GMainContext* const context_;
-    GMainLoop* const loop_;
-    GSource* source_ = nullptr;
+    const ContextRef context_;
+    const LoopRef loop_;
+    OwnedSource source_;
     int timer_fd_ = -1;
     std::int64_t armed_for_ = 0;
     std::int64_t start_;

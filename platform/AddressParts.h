@@ -31,8 +31,10 @@ class AddressParts
 public:
     /// The parts of the empty text.
     AddressParts() = default;
+    /// The parts of a text.
     explicit AddressParts(std::string_view text);
 
+    /// The whole address.
     std::string_view text() const { return text_; }
     /// In lower case, without the colon; empty for a relative reference.
     std::string scheme() const;

@@ -2,6 +2,7 @@
 
 #include "desktop/cache/CacheFolder.h"
 #include "desktop/calendar/EventText.h"
+#include "desktop/glib/Owned.h"
 
 #include <gio/gio.h>
 
@@ -22,10 +23,14 @@ constexpr const char* CalendarType = "text/calendar";
 constexpr std::string_view FileEnd = ".ics";
 constexpr std::int64_t FilesLast = 86'400 * std::int64_t{1'000'000'000};
 
-struct Unref {
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-using Program = std::unique_ptr<GAppInfo, Unref>;
+using Program = ObjectRef<GAppInfo>;
+
+void free_objects(GList* list)
+{
+    g_list_free_full(list, g_object_unref);
+}
+/// A list that owns its objects.
+using ObjectList = Owned<GList, free_objects>;
 
 /// The viewer's default program comes first, unless it does not declare support for calendars: a default that only
 /// opens the file as plain text is not a calendar.
@@ -35,18 +40,8 @@ Program calendar_program()
     const char** const types = chosen ? g_app_info_get_supported_types(chosen.get()) : nullptr;
     if (types && g_strv_contains(types, CalendarType))
         return chosen;
-    GList* const programs = g_app_info_get_recommended_for_type(CalendarType);
-    Program first(programs ? G_APP_INFO(g_object_ref(programs->data)) : nullptr);
-    g_list_free_full(programs, g_object_unref);
-    return first;
-}
-
-std::string new_identifier()
-{
-    char* const made = g_uuid_string_random();
-    const std::string identifier = made;
-    g_free(made);
-    return identifier;
+    const ObjectList programs(g_app_info_get_recommended_for_type(CalendarType));
+    return programs ? new_ref(G_APP_INFO(programs->data)) : nullptr;
 }
 
 void remove_old_files(const CacheFolder& folder)
@@ -63,15 +58,11 @@ void remove_old_files(const CacheFolder& folder)
 /// @return whether the program was started
 bool open_with(const Program& program, const std::string& path)
 {
-    GFile* const file = g_file_new_for_path(path.c_str());
-    GList* const files = g_list_append(nullptr, file);
-    GError* error = nullptr;
-    const bool started = g_app_info_launch(program.get(), files, nullptr, &error);
-    if (!started) {
-        g_message("%s was not started: %s", g_app_info_get_id(program.get()), error->message);
-        g_error_free(error);
-    }
-    g_list_free_full(files, g_object_unref);
+    const ObjectList files(g_list_append(nullptr, g_file_new_for_path(path.c_str())));
+    Error error;
+    const bool started = g_app_info_launch(program.get(), files.get(), nullptr, error.out());
+    if (!started)
+        g_message("%s was not started: %s", g_app_info_get_id(program.get()), error.message());
     return started;
 }
 
@@ -93,7 +84,7 @@ NSString DesktopCalendar::add(const CalendarEvent& event)
     const Program program = options_.allowed ? calendar_program() : nullptr;
     if (!program)
         return "this device has no calendar";
-    const std::string identifier = new_identifier();
+    const std::string identifier = take_text(g_uuid_string_random());
     const NSString text = event_text(event, {.uid = identifier, .made = std::time(nullptr)});
     if (!text)
         return "timezone is \"" + event.clock.zone.text() + "\": expected one that this device knows";

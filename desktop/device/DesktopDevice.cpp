@@ -1,5 +1,7 @@
 #include "desktop/device/DesktopDevice.h"
 
+#include "desktop/glib/AsyncResult.h"
+#include "desktop/glib/Owned.h"
 #include "platform/Foundation.h"
 #include "platform/Platform.h"
 #include "platform/UIKit.h"
@@ -30,34 +32,24 @@ constexpr std::array<Turned, 5> TurnedTable{{
 
 bool is_held(UIDeviceOrientation orientation)
 {
+<<<<<<< HEAD
     return orientation >= UIDeviceOrientationPortrait && orientation <= UIDeviceOrientationLandscapeRight;
+=======
+    return orientation >= 1 && orientation <= 4;
+}
+
+/// In lower case; empty if the address has no scheme.
+std::string scheme_of(const NSURL& address)
+{
+    std::string text = take_text(g_uri_parse_scheme(address.absoluteString().text().c_str()));
+    std::ranges::transform(text, text.begin(), g_ascii_tolower);
+    return text;
+>>>>>>> 9092280 (desktop: own the values of loop, texts, pictures and device)
 }
 
 bool has_program(const std::string& scheme)
 {
-    GAppInfo* program = g_app_info_get_default_for_uri_scheme(scheme.c_str());
-    const bool found = program != nullptr;
-    g_clear_object(&program);
-    return found;
-}
-
-/// A pending launch of a program for an address.
-struct Opening {
-    std::string address;
-    /// May be empty.
-    std::function<void()> done;
-};
-
-void was_opened(GObject*, GAsyncResult* result, gpointer data)
-{
-    const std::unique_ptr<Opening> opening(static_cast<Opening*>(data));
-    GError* error = nullptr;
-    if (!g_app_info_launch_default_for_uri_finish(result, &error)) {
-        g_message("%s was not opened: %s", opening->address.c_str(), error->message);
-        g_error_free(error);
-    }
-    if (opening->done)
-        opening->done();
+    return adopt(g_app_info_get_default_for_uri_scheme(scheme.c_str())) != nullptr;
 }
 } // namespace
 
@@ -95,10 +87,8 @@ void DesktopDevice::open(const NSURL& address)
 
 void DesktopDevice::open_and_wait(const NSURL& address, std::function<void()> done)
 {
-    launch(address, [platform = &platform_, alive = std::weak_ptr(alive_), done = std::move(done)] {
-        if (!alive.expired())
-            platform->loop().post(done);
-    });
+    launch(address,
+           liveness_.guard([done = std::move(done)](DesktopDevice& self) { self.platform_.loop().post(done); }));
 }
 
 void DesktopDevice::launch(const NSURL& address, std::function<void()> done)
@@ -108,8 +98,15 @@ void DesktopDevice::launch(const NSURL& address, std::function<void()> done)
             done();
         return;
     }
-    auto* opening = new Opening{address.absoluteString().text(), std::move(done)};
-    g_app_info_launch_default_for_uri_async(opening->address.c_str(), nullptr, nullptr, was_opened, opening);
+    const std::string text = address.absoluteString().text();
+    const auto opened = [text, done = std::move(done)](GObject*, GAsyncResult* result) {
+        Error error;
+        if (!g_app_info_launch_default_for_uri_finish(result, error.out()))
+            g_message("%s was not opened: %s", text.c_str(), error.message());
+        if (done)
+            done();
+    };
+    g_app_info_launch_default_for_uri_async(text.c_str(), nullptr, nullptr, async_done, async_data(opened));
 }
 
 DeviceUpdate DesktopDevice::update_for(UIDeviceOrientation device_orientation) const

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/device/OrientationSensor.h"
+#include "desktop/glib/Liveness.h"
 #include "platform/Ports.h"
 
 #include <cstdint>
@@ -83,8 +84,8 @@ private:
     /// The last orientation in which the device was not lying flat.
     UIDeviceOrientation held_ = UIDeviceOrientationPortrait;
     std::unique_ptr<OrientationSensor> sensor_;
-    /// Expires with the device; checked by pending program launches.
-    std::shared_ptr<bool> alive_ = std::make_shared<bool>();
+    /// For pending program launches.
+    Liveness<DesktopDevice> liveness_{*this};
 };
 
 } // namespace qoro

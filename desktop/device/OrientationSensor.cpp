@@ -1,5 +1,9 @@
 #include "desktop/device/OrientationSensor.h"
 
+#include "desktop/glib/AsyncResult.h"
+#include "desktop/glib/Liveness.h"
+#include "desktop/glib/Owned.h"
+
 #include <gio/gio.h>
 
 #include <algorithm>
@@ -35,91 +39,101 @@ UIDeviceOrientation orientation_of(std::string_view reading)
 
 struct OrientationSensor::State {
     OnTurn on_turn;
-    GCancellable* cancellable = g_cancellable_new();
-    GDBusConnection* bus = nullptr;
-    GDBusProxy* proxy = nullptr;
+    const ObjectRef<GCancellable> cancellable = adopt(g_cancellable_new());
+    ObjectRef<GDBusConnection> bus;
+    ObjectRef<GDBusProxy> proxy;
+    Connections changes; // of the proxy
     guint watch = 0;
+<<<<<<< HEAD
     UIDeviceOrientation last = UIDeviceOrientationUnknown;
+=======
+    int last = 0;
+    /// For pending calls of the bus.
+    Liveness<State> liveness{*this};
+    using Pointer = Liveness<State>::Pointer;
+>>>>>>> 9092280 (desktop: own the values of loop, texts, pictures and device)
 
+    State() = default;
     ~State()
     {
-        g_cancellable_cancel(cancellable);
+        liveness.end();
+        g_cancellable_cancel(cancellable.get());
         if (watch)
             g_bus_unwatch_name(watch);
         lose();
-        g_clear_object(&bus);
-        g_object_unref(cancellable);
+    }
+    State(const State&) = delete;
+    State& operator=(const State&) = delete;
+
+    void find_bus()
+    {
+        g_bus_get(G_BUS_TYPE_SYSTEM, cancellable.get(), async_done,
+                  async_data(liveness.guard([](State& self, GObject*, GAsyncResult* result) {
+                      if (auto found = adopt(g_bus_get_finish(result, nullptr)))
+                          self.listen(std::move(found));
+                  })));
     }
 
-    // Pending bus calls hold a weak pointer and do nothing once the state is destroyed.
-    using Weak = std::weak_ptr<State>;
-    static gpointer keep(const std::shared_ptr<State>& state) { return new Weak(state); }
-    static void drop(gpointer weak) { delete static_cast<Weak*>(weak); }
-    static std::shared_ptr<State> take(gpointer weak)
+    void listen(ObjectRef<GDBusConnection> on)
     {
-        std::shared_ptr<State> state = static_cast<Weak*>(weak)->lock();
-        drop(weak);
-        return state;
-    }
-
-    static void listen(const std::shared_ptr<State>& state, GDBusConnection* on)
-    {
-        state->bus = G_DBUS_CONNECTION(g_object_ref(on));
-        state->watch = g_bus_watch_name_on_connection(on, SensorName, G_BUS_NAME_WATCHER_FLAGS_AUTO_START, appeared,
-                                                      vanished, keep(state), drop);
+        bus = std::move(on);
+        watch = g_bus_watch_name_on_connection(bus.get(), SensorName, G_BUS_NAME_WATCHER_FLAGS_AUTO_START, appeared,
+                                               vanished, new Pointer(liveness.pointer()),
+                                               [](gpointer self) { delete static_cast<Pointer*>(self); });
     }
 
     static void appeared(GDBusConnection* on, const char*, const char*, gpointer data)
     {
-        const std::shared_ptr<State> state = static_cast<Weak*>(data)->lock();
-        if (state)
+        if (State* self = static_cast<Pointer*>(data)->get())
             g_dbus_proxy_new(on, G_DBUS_PROXY_FLAGS_NONE, nullptr, SensorName, SensorPath, SensorName,
-                             state->cancellable, proxy_made, keep(state));
+                             self->cancellable.get(), async_done,
+                             async_data(self->liveness.guard([](State& state, GObject*, GAsyncResult* result) {
+                                 if (auto made = adopt(g_dbus_proxy_new_finish(result, nullptr)))
+                                     state.claim(std::move(made));
+                             })));
     }
 
     static void vanished(GDBusConnection*, const char*, gpointer data)
     {
-        if (const std::shared_ptr<State> state = static_cast<Weak*>(data)->lock())
-            state->lose();
+        if (State* self = static_cast<Pointer*>(data)->get())
+            self->lose();
     }
 
-    static void proxy_made(GObject*, GAsyncResult* result, gpointer data)
+    void claim(ObjectRef<GDBusProxy> made)
     {
-        GDBusProxy* made = g_dbus_proxy_new_finish(result, nullptr);
-        const std::shared_ptr<State> state = take(data);
-        if (!state || !made) {
-            g_clear_object(&made);
-            return;
-        }
-        state->lose();
-        state->proxy = made;
-        g_signal_connect_swapped(made, "g-properties-changed", G_CALLBACK(+[](State* self) { self->read(); }),
-                                 state.get());
+        lose();
+        proxy = std::move(made);
+        changes.add(
+            proxy.get(), "g-properties-changed", +[](GDBusProxy*, GVariant*, GStrv, State* self) { self->read(); },
+            this);
         // iio-sensor-proxy reads the sensor only while a client claims it.
-        g_dbus_proxy_call(made, "ClaimAccelerometer", nullptr, G_DBUS_CALL_FLAGS_NONE, -1, state->cancellable, claimed,
-                          keep(state));
-    }
-
-    static void claimed(GObject* from, GAsyncResult* result, gpointer data)
-    {
-        GVariant* answer = g_dbus_proxy_call_finish(G_DBUS_PROXY(from), result, nullptr);
-        const std::shared_ptr<State> state = take(data);
-        if (state && answer)
-            state->read();
-        if (answer)
-            g_variant_unref(answer);
+        g_dbus_proxy_call(proxy.get(), "ClaimAccelerometer", nullptr, G_DBUS_CALL_FLAGS_NONE, -1, cancellable.get(),
+                          async_done, async_data(liveness.guard([](State& self, GObject* from, GAsyncResult* result) {
+                              const Owned<GVariant, g_variant_unref> answer(
+                                  g_dbus_proxy_call_finish(G_DBUS_PROXY(from), result, nullptr));
+                              if (answer && self.proxy)
+                                  self.read();
+                          })));
     }
 
     void read()
     {
-        GVariant* property = g_dbus_proxy_get_cached_property(proxy, OrientationProperty);
+        const Owned<GVariant, g_variant_unref> property(
+            g_dbus_proxy_get_cached_property(proxy.get(), OrientationProperty));
         if (!property)
             return;
+<<<<<<< HEAD
         UIDeviceOrientation now = UIDeviceOrientationUnknown;
         if (g_variant_is_of_type(property, G_VARIANT_TYPE_STRING))
             now = orientation_of(g_variant_get_string(property, nullptr));
         g_variant_unref(property);
         if (now == UIDeviceOrientationUnknown || now == last)
+=======
+        int now = 0;
+        if (g_variant_is_of_type(property.get(), G_VARIANT_TYPE_STRING))
+            now = orientation_of(g_variant_get_string(property.get(), nullptr));
+        if (now == 0 || now == last)
+>>>>>>> 9092280 (desktop: own the values of loop, texts, pictures and device)
             return;
         if (std::exchange(last, now) != UIDeviceOrientationUnknown)
             on_turn(now);
@@ -129,32 +143,23 @@ struct OrientationSensor::State {
     {
         if (!proxy)
             return;
-        g_signal_handlers_disconnect_by_data(proxy, this);
-        g_dbus_proxy_call(proxy, "ReleaseAccelerometer", nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr, nullptr,
-                          nullptr);
-        g_clear_object(&proxy);
+        changes.clear();
+        g_dbus_proxy_call(proxy.get(), "ReleaseAccelerometer", nullptr, G_DBUS_CALL_FLAGS_NO_AUTO_START, -1, nullptr,
+                          nullptr, nullptr);
+        proxy.reset();
     }
 };
 
-OrientationSensor::OrientationSensor(OnTurn on_turn) : state_(std::make_shared<State>())
+OrientationSensor::OrientationSensor(OnTurn on_turn) : state_(std::make_unique<State>())
 {
     state_->on_turn = std::move(on_turn);
-    g_bus_get(
-        G_BUS_TYPE_SYSTEM, state_->cancellable,
-        [](GObject*, GAsyncResult* result, gpointer data) {
-            GDBusConnection* bus = g_bus_get_finish(result, nullptr);
-            const std::shared_ptr<State> state = State::take(data);
-            if (state && bus)
-                State::listen(state, bus);
-            g_clear_object(&bus);
-        },
-        State::keep(state_));
+    state_->find_bus();
 }
 
-OrientationSensor::OrientationSensor(GDBusConnection* bus, OnTurn on_turn) : state_(std::make_shared<State>())
+OrientationSensor::OrientationSensor(GDBusConnection* bus, OnTurn on_turn) : state_(std::make_unique<State>())
 {
     state_->on_turn = std::move(on_turn);
-    State::listen(state_, bus);
+    state_->listen(new_ref(bus));
 }
 
 OrientationSensor::~OrientationSensor() = default;

@@ -28,7 +28,7 @@ public:
 
 private:
     struct State;
-    std::shared_ptr<State> state_;
+    const std::unique_ptr<State> state_;
 };
 
 } // namespace qoro

@@ -32,6 +32,16 @@ void EndSource::operator()(GSource* source) const
     g_source_unref(source);
 }
 
+void UnrefLoop::operator()(GMainContext* context) const
+{
+    g_main_context_unref(context);
+}
+
+void UnrefLoop::operator()(GMainLoop* loop) const
+{
+    g_main_loop_unref(loop);
+}
+
 const char* Error::message() const
 {
     return error_ ? error_->message : "";

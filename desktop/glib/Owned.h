@@ -7,6 +7,8 @@
 
 typedef struct _GClosure GClosure;
 typedef struct _GError GError;
+typedef struct _GMainContext GMainContext;
+typedef struct _GMainLoop GMainLoop;
 typedef struct _GSource GSource;
 
 namespace qoro
@@ -66,6 +68,13 @@ struct EndSource {
 };
 /// An attached source; its end removes it from its context.
 using OwnedSource = std::unique_ptr<GSource, EndSource>;
+
+struct UnrefLoop {
+    void operator()(GMainContext* context) const;
+    void operator()(GMainLoop* loop) const;
+};
+using ContextRef = std::unique_ptr<GMainContext, UnrefLoop>;
+using LoopRef = std::unique_ptr<GMainLoop, UnrefLoop>;
 
 /// The error of a call.
 class Error

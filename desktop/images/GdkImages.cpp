@@ -45,19 +45,14 @@ void refuse_giants(GdkPixbufLoader* loader, int width, int height, gpointer)
 }
 } // namespace
 
-GdkDecodedImage::~GdkDecodedImage()
-{
-    g_object_unref(texture_);
-}
-
 int GdkDecodedImage::width() const
 {
-    return gdk_texture_get_width(texture_);
+    return gdk_texture_get_width(texture());
 }
 
 int GdkDecodedImage::height() const
 {
-    return gdk_texture_get_height(texture_);
+    return gdk_texture_get_height(texture());
 }
 
 std::shared_ptr<const DecodedImage> GdkImages::decode(const NSData& bytes)
@@ -65,20 +60,18 @@ std::shared_ptr<const DecodedImage> GdkImages::decode(const NSData& bytes)
     const Format* format = format_of(bytes.view());
     if (!format)
         return nullptr;
-    GdkPixbufLoader* loader = gdk_pixbuf_loader_new_with_type(format->name, nullptr);
+    const auto owned = adopt(gdk_pixbuf_loader_new_with_type(format->name, nullptr));
+    GdkPixbufLoader* loader = owned.get();
     if (!loader)
         return nullptr;
     g_signal_connect(loader, "size-prepared", G_CALLBACK(refuse_giants), nullptr);
     const bool written = gdk_pixbuf_loader_write(loader, bytes.bytes(), bytes.length(), nullptr);
     const bool whole = gdk_pixbuf_loader_close(loader, nullptr) && written;
-    std::shared_ptr<const DecodedImage> image;
-    if (GdkPixbuf* pixels = whole ? gdk_pixbuf_loader_get_pixbuf(loader) : nullptr) {
-        GdkPixbuf* upright = gdk_pixbuf_apply_embedded_orientation(pixels);
-        image = std::make_shared<GdkDecodedImage>(gdk_texture_new_for_pixbuf(upright));
-        g_object_unref(upright);
-    }
-    g_object_unref(loader);
-    return image;
+    GdkPixbuf* pixels = whole ? gdk_pixbuf_loader_get_pixbuf(loader) : nullptr;
+    if (!pixels)
+        return nullptr;
+    const auto upright = adopt(gdk_pixbuf_apply_embedded_orientation(pixels));
+    return std::make_shared<GdkDecodedImage>(adopt(gdk_texture_new_for_pixbuf(upright.get())));
 }
 
 } // namespace qoro

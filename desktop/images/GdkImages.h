@@ -1,6 +1,9 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
 #include "platform/Ports.h"
+
+#include <utility>
 
 typedef struct _GdkTexture GdkTexture;
 
@@ -11,18 +14,16 @@ namespace qoro
 class GdkDecodedImage : public DecodedImage
 {
 public:
-    /// @param texture taken over
-    explicit GdkDecodedImage(GdkTexture* texture) : texture_(texture) {}
-    ~GdkDecodedImage() override;
+    explicit GdkDecodedImage(ObjectRef<GdkTexture> texture) : texture_(std::move(texture)) {}
 
     /// Owned by the image.
-    GdkTexture* texture() const { return texture_; }
+    GdkTexture* texture() const { return texture_.get(); }
     /// Pixels.
     int width() const;
     int height() const;
 
 private:
-    GdkTexture* const texture_;
+    const ObjectRef<GdkTexture> texture_;
 };
 
 /// Decodes PNG and JPEG. Returns null for other formats, for broken or truncated files, and above 64 million pixels.

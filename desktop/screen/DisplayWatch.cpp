@@ -94,23 +94,16 @@ DisplayWatch::DisplayWatch(std::function<void()> lost) : lost_(std::move(lost))
     if (connection < 0)
         return;
     static GSourceFuncs functions = {Source::prepare, Source::check, Source::dispatch, nullptr, nullptr, nullptr};
-    source_ = g_source_new(&functions, sizeof(Source));
-    auto* source = reinterpret_cast<Source*>(source_);
+    GSource* made = g_source_new(&functions, sizeof(Source));
+    source_.reset(made);
+    auto* source = reinterpret_cast<Source*>(made);
     source->watch = this;
     source->told = false;
     source->connection = connection;
-    source->tag = g_source_add_unix_fd(source_, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
-    g_source_set_name(source_, "qoro display watch");
-    g_source_set_priority(source_, BeforeAll);
-    g_source_attach(source_, nullptr);
-}
-
-DisplayWatch::~DisplayWatch()
-{
-    if (!source_)
-        return;
-    g_source_destroy(source_);
-    g_source_unref(source_);
+    source->tag = g_source_add_unix_fd(made, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
+    g_source_set_name(made, "qoro display watch");
+    g_source_set_priority(made, BeforeAll);
+    g_source_attach(made, nullptr);
 }
 
 } // namespace qoro

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <functional>
+#include "desktop/glib/Owned.h"
 
-typedef struct _GSource GSource;
+#include <functional>
 
 namespace qoro
 {
@@ -17,7 +17,7 @@ public:
     ///        loop, so that GTK does not detect the loss: the callback must perform the shutdown and quit the loop
     explicit DisplayWatch(std::function<void()> lost);
     /// Leaves the X11 error handlers installed, so that later calls of GTK on the lost display are harmless.
-    ~DisplayWatch();
+    ~DisplayWatch() = default;
     DisplayWatch(const DisplayWatch&) = delete;
     DisplayWatch& operator=(const DisplayWatch&) = delete;
 
@@ -26,7 +26,7 @@ private:
 
     const std::function<void()> lost_;
     /// Null if there is nothing to watch.
-    GSource* source_ = nullptr;
+    OwnedSource source_;
 };
 
 } // namespace qoro

@@ -1,5 +1,7 @@
 #include "desktop/screen/NodeWidget.h"
 
+#include "desktop/glib/Liveness.h"
+#include "desktop/glib/Owned.h"
 #include "desktop/images/GdkImages.h"
 #include "desktop/media/PictureSource.h"
 #include "desktop/screen/Painting.h"
@@ -27,12 +29,12 @@ struct NodeState {
     VideoFrame frame;                          // content of a video's picture
     std::shared_ptr<const DecodedImage> image; // content of a button's or an image view's picture
     PaintState look;
-    guint spinning = 0;
+    SourceId spinning;
     NodeNews news;
     Accessible said; // last reported to assistive technology
     NodeReach reach = NodeReach::Away;
-    /// Expires with the widget; checked by a player that outlives it.
-    std::shared_ptr<bool> alive = std::make_shared<bool>();
+    /// For players that outlive the widget.
+    Liveness<NodeState> liveness{*this};
 };
 
 PictureSource* picture_source_of(PlayerEngine* player)
@@ -187,12 +189,12 @@ void show_reach(GtkWidget* widget, const NodeState& state)
 /// Positions text without rounding, as the layout does.
 void use_exact_text(GtkWidget* widget)
 {
-    cairo_font_options_t* exact = cairo_font_options_create();
+    const Owned<cairo_font_options_t, cairo_font_options_destroy> options(cairo_font_options_create());
+    cairo_font_options_t* exact = options.get();
     cairo_font_options_set_hint_metrics(exact, CAIRO_HINT_METRICS_OFF);
     cairo_font_options_set_hint_style(exact, CAIRO_HINT_STYLE_NONE);
     cairo_font_options_set_antialias(exact, CAIRO_ANTIALIAS_GRAY);
     gtk_widget_set_font_options(widget, exact);
-    cairo_font_options_destroy(exact);
     pango_context_set_round_glyph_positions(gtk_widget_get_pango_context(widget), FALSE);
 }
 
@@ -204,12 +206,10 @@ void hear_frames_of(GtkWidget* widget, PlayerEngine* player)
     // The previous player may be destroyed, so its callback is not reset; the view refers to live players only.
     state.player = player;
     if (PictureSource* source = picture_source_of(player))
-        source->on_frame = [widget, alive = std::weak_ptr(state.alive)] {
-            if (alive.expired())
-                return;
+        source->on_frame = state.liveness.guard([widget](const NodeState& self) {
             gtk_widget_queue_draw(widget);
-            self_of(widget)->state->news.picture();
-        };
+            self.news.picture();
+        });
 }
 
 void show_page(GtkWidget* widget, const ViewNode& view)
@@ -234,13 +234,6 @@ gboolean turn_spinner(void* widget)
     state.look.spinner_step = (state.look.spinner_step + 1) % spinner_steps;
     gtk_widget_queue_draw(GTK_WIDGET(widget));
     return G_SOURCE_CONTINUE;
-}
-
-void stop_spinner(NodeState& state)
-{
-    if (state.spinning)
-        g_source_remove(state.spinning);
-    state.spinning = 0;
 }
 
 void activate_node(GtkWidget* widget, const char*, GVariant*)
@@ -339,15 +332,15 @@ void node_widget_set_resolution(GtkWidget* widget, CGSize size, double pixels_pe
     if (view->kind != ViewNode::Kind::Spinner)
         return;
     if (pixels_per_point <= 0)
-        stop_spinner(state);
+        state.spinning.reset();
     else if (!state.spinning)
-        state.spinning = g_timeout_add(1000 / spinner_steps, turn_spinner, widget);
+        state.spinning.reset(g_timeout_add(1000 / spinner_steps, turn_spinner, widget));
 }
 
 void node_widget_release(GtkWidget* widget)
 {
     NodeState& state = *self_of(widget)->state;
-    stop_spinner(state);
+    state.spinning.reset();
     const std::shared_ptr<ViewNode> view = state.view.lock();
     if (view && state.player && view->player == state.player)
         if (PictureSource* source = picture_source_of(state.player)) {

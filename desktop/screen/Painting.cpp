@@ -118,10 +118,10 @@ void paint_video(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area
 // ----------------------------------------------------------------------------------------------------------- Text
 
 /// A single line without a width; set_breaking() may add one.
-PangoLayout* line_layout(PangoContext* context, const std::string& text, const FontSpec& font)
+ObjectRef<PangoLayout> line_layout(PangoContext* context, const std::string& text, const FontSpec& font)
 {
-    PangoLayout* layout = text_layout(context, text, font, 0);
-    pango_layout_set_width(layout, -1);
+    ObjectRef<PangoLayout> layout = text_layout(context, text, font, 0);
+    pango_layout_set_width(layout.get(), -1);
     return layout;
 }
 
@@ -185,7 +185,8 @@ void paint_label(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& l
     constexpr int Centered = 1;
     if (label.text.length() == 0)
         return;
-    PangoLayout* layout = line_layout(context, label.text.text(), label.font);
+    const auto line = line_layout(context, label.text.text(), label.font);
+    PangoLayout* layout = line.get();
     set_breaking(layout, label);
     const PangoAlignment alignment = label.text_alignment == NSTextAlignmentRight ? PANGO_ALIGN_RIGHT
                                      : label.text_alignment == Centered           ? PANGO_ALIGN_CENTER
@@ -200,7 +201,6 @@ void paint_label(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& l
     append_text(snapshot, layout, {x, (area.height - size.height) / 2},
                 {label.text_color, label.text_shadow_color, label.text_shadow_offset});
     gtk_snapshot_pop(snapshot);
-    g_object_unref(layout);
 }
 
 void paint_title(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& button, const CGRect& area)
@@ -208,14 +208,14 @@ void paint_title(GtkSnapshot* snapshot, PangoContext* context, const ViewNode& b
     if (button.text.length() == 0 || !button.title_label)
         return;
     const ViewNode& label = *button.title_label;
-    PangoLayout* layout = line_layout(context, button.text.text(), label.font);
+    const auto line = line_layout(context, button.text.text(), label.font);
+    PangoLayout* layout = line.get();
     // A button centres its title whatever the label's alignment, because the label is as wide as its text.
     pango_layout_set_ellipsize(layout, PANGO_ELLIPSIZE_MIDDLE);
     pango_layout_set_alignment(layout, PANGO_ALIGN_CENTER);
     pango_layout_set_width(layout, static_cast<int>(area.width * PANGO_SCALE));
     append_text(snapshot, layout, {0, (area.height - size_of(layout).height) / 2},
                 {label.text_color ? label.text_color : White, button.title_shadow_color, label.text_shadow_offset});
-    g_object_unref(layout);
 }
 
 // -------------------------------------------------------------------------------------------------------- Symbols
@@ -323,12 +323,12 @@ void paint_countdown(GtkSnapshot* snapshot, PangoContext* context, const ViewNod
 
     if (look.font_size <= 0)
         return;
-    PangoLayout* layout = line_layout(context, look.seconds, {"Arial", look.font_size});
+    const auto line = line_layout(context, look.seconds, {"Arial", look.font_size});
+    PangoLayout* layout = line.get();
     const double baseline = pango_layout_get_baseline(layout) / static_cast<double>(PANGO_SCALE);
     append_text(snapshot, layout,
                 {(area.width - size_of(layout).width) / 2, area.height / 2 + look.baseline - baseline},
                 {White, {}, {}});
-    g_object_unref(layout);
 }
 
 void paint_spinner(GtkSnapshot* snapshot, const CGRect& area, int step)

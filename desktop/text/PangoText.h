@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
 #include "platform/Ports.h"
 
 typedef struct _PangoContext PangoContext;
@@ -13,20 +14,18 @@ class PangoText : public TextMeasurer
 {
 public:
     PangoText();
-    ~PangoText() override;
     PangoText(const PangoText&) = delete;
     PangoText& operator=(const PangoText&) = delete;
 
     CGSize measure(const NSString& text, const FontSpec& font, CGSize box) override;
 
 private:
-    PangoContext* const context_;
+    const ObjectRef<PangoContext> context_;
 };
 
 /// A layout with the properties of labels and titles: wrapped by character, without hyphens, in the font that replaces
-/// the platform's on this machine (Liberation Sans, metrically compatible with Arial). A point is a pixel. The caller
-/// unrefs it.
+/// the platform's on this machine (Liberation Sans, metrically compatible with Arial). A point is a pixel.
 /// @param width at which lines wrap, in points
-PangoLayout* text_layout(PangoContext* context, const std::string& text, const FontSpec& font, double width);
+ObjectRef<PangoLayout> text_layout(PangoContext* context, const std::string& text, const FontSpec& font, double width);
 
 } // namespace qoro
