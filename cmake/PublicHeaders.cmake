@@ -35,7 +35,6 @@ set(QORO_PUBLIC_SIMULATOR
     simulator/Simulator.h)
 set(QORO_PUBLIC_DESKTOP
     desktop/net/AdServerHit.h
-    desktop/screen/DisplayWatch.h
     desktop/screen/Toolkit.h
     desktop/web/WebSandbox.h
     host/desktop/Desktop.h

@@ -32,19 +32,7 @@ constexpr std::array<Turned, 5> TurnedTable{{
 
 bool is_held(UIDeviceOrientation orientation)
 {
-<<<<<<< HEAD
     return orientation >= UIDeviceOrientationPortrait && orientation <= UIDeviceOrientationLandscapeRight;
-=======
-    return orientation >= 1 && orientation <= 4;
-}
-
-/// In lower case; empty if the address has no scheme.
-std::string scheme_of(const NSURL& address)
-{
-    std::string text = take_text(g_uri_parse_scheme(address.absoluteString().text().c_str()));
-    std::ranges::transform(text, text.begin(), g_ascii_tolower);
-    return text;
->>>>>>> 9092280 (desktop: own the values of loop, texts, pictures and device)
 }
 
 bool has_program(const std::string& scheme)

@@ -44,14 +44,10 @@ struct OrientationSensor::State {
     ObjectRef<GDBusProxy> proxy;
     Connections changes; // of the proxy
     guint watch = 0;
-<<<<<<< HEAD
     UIDeviceOrientation last = UIDeviceOrientationUnknown;
-=======
-    int last = 0;
     /// For pending calls of the bus.
     Liveness<State> liveness{*this};
     using Pointer = Liveness<State>::Pointer;
->>>>>>> 9092280 (desktop: own the values of loop, texts, pictures and device)
 
     State() = default;
     ~State()
@@ -122,18 +118,10 @@ struct OrientationSensor::State {
             g_dbus_proxy_get_cached_property(proxy.get(), OrientationProperty));
         if (!property)
             return;
-<<<<<<< HEAD
         UIDeviceOrientation now = UIDeviceOrientationUnknown;
-        if (g_variant_is_of_type(property, G_VARIANT_TYPE_STRING))
-            now = orientation_of(g_variant_get_string(property, nullptr));
-        g_variant_unref(property);
-        if (now == UIDeviceOrientationUnknown || now == last)
-=======
-        int now = 0;
         if (g_variant_is_of_type(property.get(), G_VARIANT_TYPE_STRING))
             now = orientation_of(g_variant_get_string(property.get(), nullptr));
-        if (now == 0 || now == last)
->>>>>>> 9092280 (desktop: own the values of loop, texts, pictures and device)
+        if (now == UIDeviceOrientationUnknown || now == last)
             return;
         if (std::exchange(last, now) != UIDeviceOrientationUnknown)
             on_turn(now);

@@ -1,6 +1,7 @@
 #include "host/desktop/Desktop.h"
 
 #include "desktop/DesktopPlatform.h"
+#include "desktop/screen/DisplayWatch.h"
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
 
@@ -64,6 +65,13 @@ void Desktop::set_title(const std::string& title)
 void Desktop::on_close(std::function<void()> closed)
 {
     platform_->display().on_close = std::move(closed);
+}
+
+void Desktop::on_display_lost(std::function<void()> lost)
+{
+    display_watch_.reset();
+    if (lost)
+        display_watch_ = std::make_unique<DisplayWatch>(std::move(lost));
 }
 
 std::string Desktop::snapshot_png(const std::string& path)

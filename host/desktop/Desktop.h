@@ -13,6 +13,7 @@ namespace qoro
 {
 
 class DesktopPlatform;
+class DisplayWatch;
 class Platform;
 
 /// Settings of a Desktop.
@@ -77,6 +78,11 @@ public:
     /// Sets what happens when the viewer closes the window, which stays open until the desktop is destroyed. If empty,
     /// the window closes.
     void on_close(std::function<void()> closed);
+    /// Sets what happens when the display is lost: its X server or Wayland compositor has ended. Without it GTK ends
+    /// the program at once.
+    /// @param lost called once, as an event of the main loop, which then runs nothing else: it closes the ad and calls
+    ///        quit()
+    void on_display_lost(std::function<void()> lost);
     /// Writes a picture of the window as a PNG file, one pixel per point. The window must be open.
     /// @return the reason of a failure, one line; empty on success
     std::string snapshot_png(const std::string& path);
@@ -101,6 +107,7 @@ public:
 
 private:
     const std::unique_ptr<DesktopPlatform> platform_;
+    std::unique_ptr<DisplayWatch> display_watch_;
 };
 
 } // namespace qoro
