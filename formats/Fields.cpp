@@ -1,10 +1,10 @@
 #include "formats/Fields.h"
 
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
+#include "Base/VideoPlayer/overlay/ControlButtons.h"
 
 #include <algorithm>
-#include <array>
-#include <utility>
+#include <iterator>
 
 namespace qoro
 {
@@ -14,42 +14,14 @@ namespace
 
 using Controller = QoroVideoWebViewController;
 
-struct ButtonField {
-    std::string_view name;
-    UIButton Controller::*field;
-};
-
-constexpr std::array ButtonFields{
-    ButtonField{"btnMute", &Controller::btnMute},
-    ButtonField{"btnPlayAndPause", &Controller::btnPlayAndPause},
-    ButtonField{"btnScreenScale", &Controller::btnScreenScale},
-    ButtonField{"btnClose", &Controller::btnClose},
-    ButtonField{"btnActionOne", &Controller::btnActionOne},
-    ButtonField{"btnActionTwo", &Controller::btnActionTwo},
-    ButtonField{"btnReplay", &Controller::btnReplay},
-    ButtonField{"btnClickListener", &Controller::btnClickListener},
-    ButtonField{"btnReturnToVideo", &Controller::btnReturnToVideo},
-    ButtonField{"btnBrandIcon", &Controller::btnBrandIcon},
-};
-
 template <auto field>
 UIView own(const Controller& controller)
 {
     return controller.*field;
 }
 
-// Where a view has two names, the first is the one reported as the parent of its subviews.
-constexpr ViewField ViewFields[] = {
-    {"btnMute", own<&Controller::btnMute>},
-    {"btnPlayAndPause", own<&Controller::btnPlayAndPause>},
-    {"btnScreenScale", own<&Controller::btnScreenScale>},
-    {"btnClose", own<&Controller::btnClose>},
-    {"btnActionOne", own<&Controller::btnActionOne>},
-    {"btnActionTwo", own<&Controller::btnActionTwo>},
-    {"btnReplay", own<&Controller::btnReplay>},
-    {"btnClickListener", own<&Controller::btnClickListener>},
-    {"btnReturnToVideo", own<&Controller::btnReturnToVideo>},
-    {"btnBrandIcon", own<&Controller::btnBrandIcon>},
+// The views other than buttons.
+constexpr ViewField OtherViews[] = {
     {"labelRemainderTime", own<&Controller::labelRemainderTime>},
     {"labelBrandText", own<&Controller::labelBrandText>},
     {"imgTopBackgroundColor", own<&Controller::imgTopBackgroundColor>},
@@ -75,22 +47,29 @@ constexpr ViewField ViewFields[] = {
 
 UIButton button_named(const QoroVideoWebViewController& controller, std::string_view name)
 {
-    const auto button = std::ranges::find(ButtonFields, name, &ButtonField::name);
-    return button == ButtonFields.end() ? UIButton() : controller.*button->field;
+    const auto button = std::ranges::find(controlButtons(), name, &ControlButton::name);
+    return button == controlButtons().end() ? UIButton() : controller.*button->field;
 }
 
 std::vector<std::string> button_names()
 {
     std::vector<std::string> names;
-    names.reserve(std::size(ButtonFields));
-    for (const ButtonField& button : ButtonFields)
+    for (const ControlButton& button : controlButtons())
         names.emplace_back(button.name);
     return names;
 }
 
 std::span<const ViewField> view_fields()
 {
-    return ViewFields;
+    // Where a view has two names, the first is the one reported as the parent of its subviews.
+    static const auto fields = [] {
+        std::vector<ViewField> all;
+        for (const ControlButton& button : controlButtons())
+            all.push_back({button.name, button.view});
+        all.insert(all.end(), std::begin(OtherViews), std::end(OtherViews));
+        return all;
+    }();
+    return fields;
 }
 
 } // namespace qoro

@@ -4,6 +4,6 @@
 # po/LANGUAGE.po FILE.pot".
 set -eu
 cd "$(dirname "$0")/.."
-find app desktop kit platform -name '*.cpp' -o -name '*.h' | LC_ALL=C sort |
+find Base app desktop kit platform -name '*.cpp' -o -name '*.h' | LC_ALL=C sort |
     xgettext --language=C++ --from-code=UTF-8 --keyword --keyword=translatable --keyword=translatable_count:1,2 \
         --sort-by-file --add-location=file --no-wrap --package-name=qoro-video-ad --files-from=- --output="$1"

@@ -1,8 +1,7 @@
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 
 #include "Base/VideoPlayer/RemoveViews.h"
-#include "Base/VideoPlayer/VideoImage/EmbeddedImage.h"
-#include "Base/VideoPlayer/VideoImage/VideoImage.h"
+#include "Base/VideoPlayer/overlay/ControlButtons.h"
 #include "platform/QoroAdManager.h"
 
 #include <memory>
@@ -70,41 +69,16 @@ QoroVideoWebViewController* QoroVideoWebViewController::init()
     imgTopBackgroundColor = UIImageView::create();
     imgBottomBackgroundColor = UIImageView::create();
 
-    btnMute = UIButton::create();
-    btnMute.setBackgroundImage(embeddedImage(arrayVideoSoundOffButton));
-    btnMute.addTarget(action<&QoroVideoWebViewController::setMute>(this, "setMute"));
-    btnPlayAndPause = UIButton::create();
-    btnPlayAndPause.setBackgroundImage(embeddedImage(arrayVideoPlayButton));
-    btnPlayAndPause.addTarget(action<&QoroVideoWebViewController::setPlayOrPause>(this, "setPlayOrPause"));
-    btnScreenScale = UIButton::create();
-    btnScreenScale.setBackgroundImage(embeddedImage(arrayVideoFullscreenButton));
-    btnScreenScale.addTarget(action<&QoroVideoWebViewController::setScreenScale>(this, "setScreenScale"));
-    btnClose = UIButton::create();
-    btnClose.setBackgroundImage(embeddedImage(arrayVideoCloseButton));
+    createControlButtons(*this);
     btnClose.setFrame({0, 0, 50, 50});
-    btnClose.addTarget(action<&QoroVideoWebViewController::closeAction>(this, "closeAction"));
-
-    btnActionOne = UIButton::create();
-    btnActionTwo = UIButton::create();
-    btnReplay = UIButton::create();
-    btnReturnToVideo = UIButton::create();
-    btnReturnToVideo.setBackgroundImage(embeddedImage(arrayShowVideo));
-    btnReturnToVideo.addTarget(action<&QoroVideoWebViewController::setVideoVisible>(this, "setVideoVisible"));
-    btnReturnToVideo.setHidden(true);
-    btnReplay.setBackgroundImage(embeddedImage(arrayVideoReplayButton));
-    btnReplay.addTarget(action<&QoroVideoWebViewController::videoReplay>(this, "videoReplay:"));
-    btnReplay.setHidden(true);
 
     const CGSize screen = UIScreen::mainScreenBounds().value_or(CGSize{});
     fScreenWidth = static_cast<float>(screen.width);
     fScreenHeight = static_cast<float>(screen.height);
     changeModeOrientation = UIDeviceOrientationUnknown;
 
-    btnClickListener = UIButton::create();
     // Landscape size: the screen's height becomes the width.
     btnClickListener.setFrame({0, 0, fScreenHeight, fScreenWidth});
-    btnClickListener.addTarget(
-        action<&QoroVideoWebViewController::setControllerBarHiddenState>(this, "setControllerBarHiddenState"));
     btnClickListener.setBackgroundColor(UIColor::clearColor());
 
     bIsStopProgreeebar = false;
@@ -124,7 +98,6 @@ QoroVideoWebViewController* QoroVideoWebViewController::init()
 
     labelRemainderTime = labelOverVideo(13.5);
     labelBrandText = labelOverVideo(20.0);
-    btnBrandIcon = UIButton::create();
 
     bIsVideoOrientationLandscape = false;
     bHideVideoToShowWebViewInLandscapeMode = false;
@@ -280,9 +253,9 @@ void QoroVideoWebViewController::removeViewAndButton()
         setQoroMoviePlayer(nullptr);
     }
     playerViewController = nullptr;
-    removeAndRelease(btnActionOne, btnActionTwo, btnClose, btnPlayAndPause, btnMute, labelRemainderTime,
-                     imgTopBackgroundColor, viewTopBackground, imgBottomBackgroundColor, viewButtonBackground,
-                     viewBottomBackground, btnReplay, btnClickListener, btnBrandIcon, labelBrandText);
+    removeControlButtons(*this);
+    removeAndRelease(labelRemainderTime, imgTopBackgroundColor, viewTopBackground, imgBottomBackgroundColor,
+                     viewButtonBackground, viewBottomBackground, labelBrandText);
 }
 
 void QoroVideoWebViewController::removeBtnClose()

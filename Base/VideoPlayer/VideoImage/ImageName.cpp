@@ -1,7 +1,9 @@
 #include "Base/VideoPlayer/VideoImage/ImageName.h"
 
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
+#include "platform/Translatable.h"
 
+#include <algorithm>
 #include <array>
 
 namespace qoro
@@ -10,35 +12,34 @@ namespace qoro
 namespace
 {
 
-struct EmbeddedPicture {
-    std::string_view name;
-    const unsigned char* bytes;
-};
-
 constexpr std::array EmbeddedPictures{
-    EmbeddedPicture{"arrayVideoBigCloseButton", arrayVideoBigCloseButton},
-    EmbeddedPicture{"arrayVideoCloseButton", arrayVideoCloseButton},
-    EmbeddedPicture{"arrayVideoFullscreenButton", arrayVideoFullscreenButton},
-    EmbeddedPicture{"arrayVideoPauseButton", arrayVideoPauseButton},
-    EmbeddedPicture{"arrayVideoPlayButton", arrayVideoPlayButton},
-    EmbeddedPicture{"arrayVideoReplayButton", arrayVideoReplayButton},
-    EmbeddedPicture{"arrayVideoSoundOffButton", arrayVideoSoundOffButton},
-    EmbeddedPicture{"arrayVideoSounOnButton", arrayVideoSounOnButton},
+    EmbeddedPicture{"arrayVideoBigCloseButton", arrayVideoBigCloseButton, translatable("Close")},
+    EmbeddedPicture{"arrayVideoCloseButton", arrayVideoCloseButton, translatable("Close")},
+    EmbeddedPicture{"arrayVideoFullscreenButton", arrayVideoFullscreenButton, translatable("Full screen")},
+    EmbeddedPicture{"arrayVideoPauseButton", arrayVideoPauseButton, translatable("Pause")},
+    EmbeddedPicture{"arrayVideoPlayButton", arrayVideoPlayButton, translatable("Play")},
+    EmbeddedPicture{"arrayVideoReplayButton", arrayVideoReplayButton, translatable("Play again")},
+    EmbeddedPicture{"arrayVideoSoundOffButton", arrayVideoSoundOffButton, translatable("Mute"), true},
+    EmbeddedPicture{"arrayVideoSounOnButton", arrayVideoSounOnButton, translatable("Mute"), false},
     EmbeddedPicture{"arrayTopBackGround", arrayTopBackGround},
-    EmbeddedPicture{"arrayVideoScaleToPortraitButton", arrayVideoScaleToPortraitButton},
+    EmbeddedPicture{"arrayVideoScaleToPortraitButton", arrayVideoScaleToPortraitButton,
+                    translatable("Leave full screen")},
     EmbeddedPicture{"arrayBottomBackGround", arrayBottomBackGround},
-    EmbeddedPicture{"arrayHideVideo", arrayHideVideo},
-    EmbeddedPicture{"arrayShowVideo", arrayShowVideo},
+    EmbeddedPicture{"arrayHideVideo", arrayHideVideo, translatable("Hide the video")},
+    EmbeddedPicture{"arrayShowVideo", arrayShowVideo, translatable("Show the video")},
 };
 
 } // namespace
 
+std::span<const EmbeddedPicture> embeddedPictures()
+{
+    return EmbeddedPictures;
+}
+
 std::string_view embeddedImageName(const unsigned char* bytes)
 {
-    for (const EmbeddedPicture& embedded : EmbeddedPictures)
-        if (embedded.bytes == bytes)
-            return embedded.name;
-    return {};
+    const auto* embedded = std::ranges::find(EmbeddedPictures, bytes, &EmbeddedPicture::bytes);
+    return embedded == EmbeddedPictures.end() ? std::string_view() : embedded->name;
 }
 
 } // namespace qoro

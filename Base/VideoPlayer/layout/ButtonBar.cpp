@@ -2,6 +2,9 @@
 #include "Base/VideoPlayer/VideoImage/EmbeddedImage.h"
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "Base/VideoPlayer/layout/Frames.h"
+#include "Base/VideoPlayer/overlay/ControlButtons.h"
+
+#include <ranges>
 
 namespace qoro
 {
@@ -46,8 +49,9 @@ void QoroVideoWebViewController::setButtonBarToScreen(bool bIsPlayNextVideo)
     viewTopBackground.addSubview(btnBrandIcon);
     viewTopBackground.addSubview(labelBrandText);
     viewBottomBackground.addSubview(imgBottomBackgroundColor);
-    viewBottomBackground.addSubview(btnMute);
-    viewBottomBackground.addSubview(btnScreenScale);
+    for (const ControlButton& row : controlButtons())
+        if (row.place == ControlButton::Place::BottomBar)
+            viewBottomBackground.addSubview(this->*row.field);
 
     if (!bIsPlayNextVideo)
         btnClose.setHidden(true);
@@ -57,9 +61,10 @@ void QoroVideoWebViewController::setButtonBarToScreen(bool bIsPlayNextVideo)
     const UIView player = qoroMoviePlayer.view();
     player.addSubview(viewTopBackground);
     player.addSubview(viewBottomBackground);
-    player.addSubview(btnPlayAndPause);
     btnReplay.setHidden(true);
-    player.addSubview(btnReplay);
+    for (const ControlButton& row : controlButtons())
+        if (row.place == ControlButton::Place::Middle)
+            player.addSubview(this->*row.field);
     btnClose.removeFromSuperview();
     if (!ad().bIsHideActionButton) {
         viewButtonBackground.removeFromSuperview();
@@ -89,16 +94,22 @@ void QoroVideoWebViewController::setButtonPosition()
     const double down = area.down;
 
     const CGRect middle{(across - side) * 0.5, (down - side) * 0.5, side, side};
-    btnReplay.setFrame(middle);
-    btnPlayAndPause.setFrame(middle);
+    for (const ControlButton& row : controlButtons())
+        if (row.place == ControlButton::Place::Middle)
+            (this->*row.field).setFrame(middle);
     qoroMoviePlayer.view().bringSubviewToFront(btnPlayAndPause);
     viewTopBackground.setFrame({0, 0, across, TopBarHeight});
     viewBottomBackground.setFrame({0, down - side, across, side});
     imgTopBackgroundColor.setFrame({0, 0, across, side});
     imgBottomBackgroundColor.setFrame({0, 0, across, side});
-    // The scale button is at the right end of the bottom bar, mute to its left.
-    btnMute.setFrame({btnScreenScale.isHidden() ? across - side : across - 2 * side, 0, side, side});
-    btnScreenScale.setFrame({across - side, 0, side, side});
+    int taken = 0;
+    for (const ControlButton& row : controlButtons() | std::views::reverse) {
+        if (row.place != ControlButton::Place::BottomBar)
+            continue;
+        const UIButton& button = this->*row.field;
+        button.setFrame({across - (taken + 1) * side, 0, side, side});
+        taken += button.isHidden() ? 0 : 1;
+    }
 
     const bool twoButtons = buttonPosMode == ButtonPositionMode_TwoButton;
     if (buttonPosMode != 0 && btnActionOne.title()) {

@@ -1,6 +1,7 @@
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "Base/VideoPlayer/RemoveViews.h"
 #include "Base/VideoPlayer/TextFormat.h"
+#include "Base/VideoPlayer/overlay/ControlButtons.h"
 #include "platform/QoroAdManager.h"
 #include "platform/TextRange.h"
 
@@ -102,9 +103,9 @@ void QoroVideoWebViewController::handleWebViewInFront()
     if (!(bIsLockOneSideAndIsLandscape && bIsMoreThaniOS8))
         playerViewController.view().setFrame(windowTempWindow.frame());
     windowTempWindow.bringSubviewToFront(view());
-    removeAndRelease(btnActionOne, btnActionTwo, btnClose, btnPlayAndPause, btnMute, imgTopBackgroundColor,
-                     viewTopBackground, imgBottomBackgroundColor, viewButtonBackground, viewBottomBackground, btnReplay,
-                     btnClickListener, btnBrandIcon, labelBrandText);
+    removeControlButtons(*this);
+    removeAndRelease(imgTopBackgroundColor, viewTopBackground, imgBottomBackgroundColor, viewButtonBackground,
+                     viewBottomBackground, labelBrandText);
 }
 
 } // namespace qoro
