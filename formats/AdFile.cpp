@@ -91,6 +91,7 @@ private:
     static std::vector<std::string_view> names()
     {
         std::vector<std::string_view> all;
+        all.reserve(AdProperties.size());
         for (const AdProperty& property : AdProperties)
             all.push_back(property.name);
         return all;
