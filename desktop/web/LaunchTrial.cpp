@@ -1,5 +1,7 @@
 #include "desktop/web/LaunchTrial.h"
 
+#include "desktop/glib/Owned.h"
+
 #include <glib.h>
 #include <webkit/webkit.h>
 
@@ -63,9 +65,7 @@ std::string programs_folder()
     void* symbol = dlsym(RTLD_DEFAULT, "webkit_get_major_version");
     if (!symbol || dladdr(symbol, &library) == 0)
         return "";
-    char* beside = g_path_get_dirname(library.dli_fname);
-    const std::string found = std::string(beside) + "/webkitgtk-6.0";
-    g_free(beside);
+    const std::string found = take_text(g_path_get_dirname(library.dli_fname)) + "/webkitgtk-6.0";
     for (const std::string& folder : {found, std::string("/usr/libexec/webkitgtk-6.0")})
         if (g_file_test(folder.c_str(), G_FILE_TEST_IS_DIR))
             return folder;
@@ -113,15 +113,14 @@ public:
         words.push_back(nullptr);
         const std::array<int, 2> sources{theirs[0].get(), theirs[1].get()};
         const std::array<int, 2> targets{3, 4};
-        GError* error = nullptr;
+        Error error;
         g_spawn_async_with_pipes_and_fds(
             nullptr, words.data(), nullptr,
             static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_STDOUT_TO_DEV_NULL),
             nullptr, nullptr, -1, -1, theirs[2].get(), sources.data(), targets.data(), sources.size(), &process_,
-            nullptr, nullptr, nullptr, &error);
+            nullptr, nullptr, nullptr, error.out());
         if (error)
-            reason_ = error->message;
-        g_clear_error(&error);
+            reason_ = error.message();
     }
     ~Launch()
     {

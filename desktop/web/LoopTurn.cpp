@@ -31,21 +31,15 @@ GSourceFuncs functions = {nullptr, woke_up, has_nothing, nullptr, nullptr, nullp
 
 LoopTurn::LoopTurn() : source_(g_source_new(&functions, sizeof(Watch)))
 {
-    g_source_set_static_name(source_, "turns of the main loop");
+    g_source_set_static_name(source_.get(), "turns of the main loop");
     // GLib does not check sources of lower priority than a ready one.
-    g_source_set_priority(source_, G_MININT);
-    g_source_attach(source_, nullptr);
-}
-
-LoopTurn::~LoopTurn()
-{
-    g_source_destroy(source_);
-    g_source_unref(source_);
+    g_source_set_priority(source_.get(), G_MININT);
+    g_source_attach(source_.get(), nullptr);
 }
 
 double LoopTurn::woke() const
 {
-    return reinterpret_cast<const Watch*>(source_)->woke;
+    return reinterpret_cast<const Watch*>(source_.get())->woke;
 }
 
 double LoopTurn::now()

@@ -1,6 +1,6 @@
 #pragma once
 
-typedef struct _GSource GSource;
+#include "desktop/glib/Owned.h"
 
 namespace qoro
 {
@@ -10,7 +10,6 @@ class LoopTurn
 {
 public:
     LoopTurn();
-    ~LoopTurn();
     LoopTurn(const LoopTurn&) = delete;
     LoopTurn& operator=(const LoopTurn&) = delete;
 
@@ -20,7 +19,7 @@ public:
     static double now();
 
 private:
-    GSource* const source_;
+    const OwnedSource source_;
 };
 
 } // namespace qoro

@@ -38,22 +38,19 @@ std::optional<ScriptMessage> parse_message(std::string_view json)
 
 void reply(WebKitUserMessage* message, bool done, const std::string& words)
 {
-    char* valid = g_utf8_make_valid(words.data(), static_cast<gssize>(words.size()));
+    const std::string valid = take_text(g_utf8_make_valid(words.data(), static_cast<gssize>(words.size())));
     webkit_user_message_send_reply(
-        message, webkit_user_message_new(guard_answer, g_variant_new("(bs)", done ? TRUE : FALSE, valid)));
-    g_free(valid);
+        message, webkit_user_message_new(guard_answer, g_variant_new("(bs)", done ? TRUE : FALSE, valid.c_str())));
 }
 
 } // namespace
 
-PageBridge::PageBridge(Platform& platform, WebListener& listener)
-    : platform_(platform), listener_(listener), self_(std::make_shared<PageBridge*>(this))
+PageBridge::PageBridge(Platform& platform, WebListener& listener) : platform_(platform), listener_(listener)
 {
 }
 
 PageBridge::~PageBridge()
 {
-    *self_ = nullptr;
     dismiss_script();
 }
 
@@ -83,10 +80,7 @@ void PageBridge::call(const NSArray& callbacks, const NSDictionary& data)
     if (callbacks.count() == 0 || pending_.size() == MostPending || pending_bytes_ > MostPendingBytes)
         return;
     if (pending_.empty())
-        platform_.loop().post([self = self_] {
-            if (PageBridge* bridge = *self)
-                bridge->deliver();
-        });
+        platform_.loop().post(liveness_.guard([](PageBridge& self) { self.deliver(); }));
     pending_.push_back("[" + json_of(callbacks) + "," + json_of(data) + "]");
     pending_bytes_ += pending_.back().size();
 }
@@ -96,7 +90,7 @@ void PageBridge::call(const NSArray& callbacks, const NSDictionary& data)
 void PageBridge::wait_for_events(WebKitUserMessage* question)
 {
     dismiss_script();
-    waiting_ = WEBKIT_USER_MESSAGE(g_object_ref(question));
+    waiting_ = new_ref(question);
     deliver();
 }
 
@@ -110,8 +104,8 @@ void PageBridge::deliver()
     events += "]";
     pending_.clear();
     pending_bytes_ = 0;
-    reply(waiting_, true, events);
-    g_clear_object(&waiting_);
+    reply(waiting_.get(), true, events);
+    waiting_.reset();
 }
 
 /// Ends the script's pending request; it receives no more events.
@@ -119,8 +113,8 @@ void PageBridge::dismiss_script()
 {
     if (!waiting_)
         return;
-    reply(waiting_, false, "no more events");
-    g_clear_object(&waiting_);
+    reply(waiting_.get(), false, "no more events");
+    waiting_.reset();
 }
 
 void PageBridge::leave_page()

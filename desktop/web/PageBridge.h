@@ -1,9 +1,10 @@
 #pragma once
 
+#include "desktop/glib/Liveness.h"
+#include "desktop/glib/Owned.h"
 #include "platform/Platform.h"
 
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -38,13 +39,13 @@ private:
 
     Platform& platform_;
     WebListener& listener_;
-    /// Reset to null by the destructor; checked by work posted to the main loop.
-    const std::shared_ptr<PageBridge*> self_;
     /// Calls for the script, in JSON, to be sent with the next reply to its library.
     std::vector<std::string> pending_;
     std::size_t pending_bytes_ = 0;
     /// The library's pending request for the next events; null if there is none.
-    WebKitUserMessage* waiting_ = nullptr;
+    ObjectRef<WebKitUserMessage> waiting_;
+    /// For work posted to the main loop.
+    Liveness<PageBridge> liveness_{*this};
 };
 
 } // namespace qoro

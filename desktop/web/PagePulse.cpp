@@ -1,5 +1,7 @@
 #include "desktop/web/PagePulse.h"
 
+#include "desktop/glib/AsyncResult.h"
+#include "desktop/glib/Owned.h"
 #include "desktop/web/GuardMessages.h"
 
 #include <webkit/webkit.h>
@@ -17,10 +19,6 @@ constexpr double Interval = 1; // seconds
 constexpr double HeldUp = 1.5 * Interval;
 
 } // namespace
-
-struct PagePulse::Question {
-    PagePulse* asker;
-};
 
 PagePulse::PagePulse(MainLoop& loop, WebKitWebView* view, std::function<void(bool)> changed)
     : loop_(loop), view_(view), changed_(std::move(changed))
@@ -49,8 +47,6 @@ void PagePulse::reset(bool present)
 {
     present_ = present;
     responds_ = true;
-    if (open_)
-        open_->asker = nullptr;
     open_.reset();
 }
 
@@ -67,22 +63,17 @@ void PagePulse::tick()
 
 void PagePulse::ask()
 {
-    open_ = std::make_shared<Question>(Question{this});
-    const GAsyncReadyCallback answered = [](GObject* view, GAsyncResult* result, void* data) {
-        const std::unique_ptr<std::shared_ptr<Question>> question(static_cast<std::shared_ptr<Question>*>(data));
+    open_.emplace(*this);
+    const auto answered = open_->guard([](PagePulse& self, GObject* view, GAsyncResult* result) {
         // Any reply counts; there is none if the process has ended.
-        WebKitUserMessage* answer = webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
-        const bool alive = answer != nullptr;
-        g_clear_object(&answer);
-        PagePulse* self = (*question)->asker;
-        if (!alive || !self)
+        if (!adopt(webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, nullptr)))
             return;
-        self->open_.reset();
-        if (!std::exchange(self->responds_, true))
-            self->changed_(true);
-    };
-    webkit_web_view_send_message_to_page(view_, webkit_user_message_new(guard_question, nullptr), nullptr, answered,
-                                         new std::shared_ptr<Question>(open_));
+        self.open_.reset();
+        if (!std::exchange(self.responds_, true))
+            self.changed_(true);
+    });
+    webkit_web_view_send_message_to_page(view_, webkit_user_message_new(guard_question, nullptr), nullptr, async_done,
+                                         async_data(answered));
 }
 
 } // namespace qoro

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "desktop/glib/Liveness.h"
 #include "platform/Ports.h"
 
 #include <functional>
-#include <memory>
+#include <optional>
 
 typedef struct _WebKitWebView WebKitWebView;
 
@@ -31,8 +32,6 @@ public:
     void reset(bool present);
 
 private:
-    struct Question;
-
     void tick();
     void ask();
 
@@ -44,8 +43,8 @@ private:
     /// 0 while monitoring is off.
     TimerId timer_ = 0;
     double last_tick_ = 0;
-    /// The unanswered query; null if there is none. An answer is only accepted while its query is stored here.
-    std::shared_ptr<Question> open_;
+    /// The unanswered query; absent if there is none. An answer is only accepted while its query exists.
+    std::optional<Liveness<PagePulse>> open_;
 };
 
 } // namespace qoro

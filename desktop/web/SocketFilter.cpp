@@ -1,5 +1,8 @@
 #include "desktop/web/SocketFilter.h"
 
+#include "desktop/glib/AsyncResult.h"
+#include "desktop/glib/Owned.h"
+
 #include <webkit/webkit.h>
 
 #include <array>
@@ -62,21 +65,16 @@ std::string rules_for(const std::array<const char*, count>& hosts)
 
 struct SocketFilter::State {
     explicit State(const std::string& folder) : store(webkit_user_content_filter_store_new(folder.c_str())) {}
-    ~State()
-    {
-        g_clear_pointer(&filter, webkit_user_content_filter_unref);
-        g_object_unref(store);
-    }
     State(const State&) = delete;
     State& operator=(const State&) = delete;
 
     static std::shared_ptr<State> make(const std::string& folder, const char* name, const std::string& rules)
     {
         auto state = std::make_shared<State>(folder);
-        GBytes* source = g_bytes_new(rules.data(), rules.size());
-        webkit_user_content_filter_store_save(state->store, name, source, nullptr, made,
-                                              new std::shared_ptr<State>(state));
-        g_bytes_unref(source);
+        const Owned<GBytes, g_bytes_unref> source(g_bytes_new(rules.data(), rules.size()));
+        webkit_user_content_filter_store_save(
+            state->store.get(), name, source.get(), nullptr, async_done,
+            async_data([state](GObject*, GAsyncResult* result) { state->compiled(result); }));
         return state;
     }
 
@@ -86,29 +84,26 @@ struct SocketFilter::State {
         if (!changes || !filter)
             return;
         if (is_filtered)
-            webkit_user_content_manager_add_filter(content, filter);
+            webkit_user_content_manager_add_filter(content, filter.get());
         else
-            webkit_user_content_manager_remove_filter(content, filter);
+            webkit_user_content_manager_remove_filter(content, filter.get());
     }
 
-    static void made(GObject* store, GAsyncResult* result, void* data)
+    void compiled(GAsyncResult* result)
     {
-        const std::unique_ptr<std::shared_ptr<State>> state(static_cast<std::shared_ptr<State>*>(data));
-        GError* error = nullptr;
-        (*state)->filter =
-            webkit_user_content_filter_store_save_finish(WEBKIT_USER_CONTENT_FILTER_STORE(store), result, &error);
+        Error error;
+        filter.reset(webkit_user_content_filter_store_save_finish(store.get(), result, error.out()));
         if (error) {
-            g_warning("pages can open sockets to what they must not reach: %s", error->message);
-            g_error_free(error);
+            g_warning("pages can open sockets to what they must not reach: %s", error.message());
             return;
         }
-        for (WebKitUserContentManager* content : (*state)->filtered)
-            webkit_user_content_manager_add_filter(content, (*state)->filter);
+        for (WebKitUserContentManager* content : filtered)
+            webkit_user_content_manager_add_filter(content, filter.get());
     }
 
-    WebKitUserContentFilterStore* const store;
+    const ObjectRef<WebKitUserContentFilterStore> store;
     /// Null until it is compiled.
-    WebKitUserContentFilter* filter = nullptr;
+    Owned<WebKitUserContentFilter, webkit_user_content_filter_unref> filter;
     std::set<WebKitUserContentManager*> filtered;
 };
 

@@ -43,21 +43,14 @@ constexpr const char* Watch = R"js("use strict";
 
 } // namespace
 
-TextEntry::TextEntry(WebKitUserContentManager* content) : content_(WEBKIT_USER_CONTENT_MANAGER(g_object_ref(content)))
+TextEntry::TextEntry(WebKitUserContentManager* content)
 {
-    g_signal_connect(content, "script-message-received::textEntry", G_CALLBACK(told), this);
+    connections_.add(content, "script-message-received::textEntry", told, this);
     webkit_user_content_manager_register_script_message_handler(content, Channel, World);
-    WebKitUserScript* watch =
+    const Owned<WebKitUserScript, webkit_user_script_unref> watch(
         webkit_user_script_new_for_world(Watch, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
-                                         WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, World, nullptr, nullptr);
-    webkit_user_content_manager_add_script(content, watch);
-    webkit_user_script_unref(watch);
-}
-
-TextEntry::~TextEntry()
-{
-    g_signal_handlers_disconnect_by_data(content_, this);
-    g_object_unref(content_);
+                                         WEBKIT_USER_SCRIPT_INJECT_AT_DOCUMENT_START, World, nullptr, nullptr));
+    webkit_user_content_manager_add_script(content, watch.get());
 }
 
 void TextEntry::told(WebKitUserContentManager*, JSCValue* value, TextEntry* self)

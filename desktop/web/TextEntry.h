@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
+
 typedef struct _JSCValue JSCValue;
 typedef struct _WebKitUserContentManager WebKitUserContentManager;
 
@@ -13,7 +15,6 @@ class TextEntry
 public:
     /// @param content of the single view that shows the page
     explicit TextEntry(WebKitUserContentManager* content);
-    ~TextEntry();
     TextEntry(const TextEntry&) = delete;
     TextEntry& operator=(const TextEntry&) = delete;
 
@@ -25,8 +26,8 @@ public:
 private:
     static void told(WebKitUserContentManager* content, JSCValue* value, TextEntry* self);
 
-    WebKitUserContentManager* const content_;
     bool active_ = false;
+    Connections connections_;
 };
 
 } // namespace qoro

@@ -1,5 +1,6 @@
 #include "desktop/web/WebKitEngine.h"
 
+#include "desktop/glib/AsyncResult.h"
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/LaunchTrial.h"
 #include "desktop/web/PageReach.h"
@@ -32,34 +33,32 @@ constexpr std::array<std::string_view, 10> Forbidden{
 
 void forbid_features(WebKitSettings* settings)
 {
-    WebKitFeatureList* features = webkit_settings_get_all_features();
+    const Owned<WebKitFeatureList, webkit_feature_list_unref> owned(webkit_settings_get_all_features());
+    WebKitFeatureList* features = owned.get();
     for (gsize n = 0; n < webkit_feature_list_get_length(features); ++n) {
         WebKitFeature* feature = webkit_feature_list_get(features, n);
         if (std::ranges::find(Forbidden, webkit_feature_get_identifier(feature)) != Forbidden.end())
             webkit_settings_set_feature_enabled(settings, feature, FALSE);
     }
-    webkit_feature_list_unref(features);
 }
 
 /// Windows opened by scripts are enabled, so that the engine receives, refuses and reports each of them.
-WebKitSettings* make_settings()
+ObjectRef<WebKitSettings> make_settings()
 {
-    return webkit_settings_new_with_settings(
+    return adopt(webkit_settings_new_with_settings(
         "enable-developer-extras", FALSE, "enable-fullscreen", FALSE, "enable-page-cache", FALSE,
         "enable-back-forward-navigation-gestures", FALSE, "enable-html5-database", FALSE, "enable-webrtc", FALSE,
         "enable-media-stream", FALSE, "enable-encrypted-media", FALSE, "allow-file-access-from-file-urls", FALSE,
         "allow-universal-access-from-file-urls", FALSE, "allow-modal-dialogs", FALSE, "javascript-can-access-clipboard",
         FALSE, "javascript-can-open-windows-automatically", TRUE, "media-playback-requires-user-gesture", FALSE,
-        "media-playback-allows-inline", TRUE, nullptr);
+        "media-playback-allows-inline", TRUE, nullptr));
 }
 
 /// An address in WebKit's normalised spelling.
 std::string as_webkit_spells(const char* address)
 {
-    WebKitURIRequest* request = webkit_uri_request_new(address);
-    std::string spelt = webkit_uri_request_get_uri(request);
-    g_object_unref(request);
-    return spelt;
+    const auto request = adopt(webkit_uri_request_new(address));
+    return webkit_uri_request_get_uri(request.get());
 }
 
 const char* words_for(WebKitWebProcessTerminationReason reason)
@@ -83,17 +82,17 @@ struct WebKitEngine::Signals {
     class Entry
     {
     public:
-        explicit Entry(WebKitEngine* engine) : engine_(engine->self_) { ++engine->inside_; }
+        explicit Entry(WebKitEngine* engine) : engine_(engine->liveness_.pointer()) { ++engine->inside_; }
         ~Entry()
         {
-            if (WebKitEngine* engine = *engine_)
+            if (WebKitEngine* engine = engine_.get())
                 --engine->inside_;
         }
         Entry(const Entry&) = delete;
         Entry& operator=(const Entry&) = delete;
 
     private:
-        const std::shared_ptr<WebKitEngine*> engine_;
+        const Liveness<WebKitEngine>::Pointer engine_;
     };
 
     static void load_changed(WebKitWebView*, WebKitLoadEvent event, WebKitEngine* engine)
@@ -217,64 +216,57 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
                            WebKitNetworkSession* session, std::shared_ptr<PageReach> reach,
                            std::shared_ptr<PageWatch> watch)
     : platform_(platform), listener_(listener), kind_(kind), reach_(std::move(reach)), watch_(std::move(watch)),
-      content_(webkit_user_content_manager_new()), view_([&] {
-          WebKitSettings* settings = make_settings();
-          forbid_features(settings);
-          auto* view =
-              WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session,
-                                           "user-content-manager", content_, "settings", settings, nullptr));
-          g_object_unref(settings);
-          g_object_ref_sink(view);
-          return view;
+      content_(adopt(webkit_user_content_manager_new())), view_([&] {
+          const ObjectRef<WebKitSettings> settings = make_settings();
+          forbid_features(settings.get());
+          return sink_ref(WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session",
+                                                       session, "user-content-manager", content_.get(), "settings",
+                                                       settings.get(), nullptr)));
       }()),
-      bridge_(platform, listener),
-      pulse_(platform.loop(), view_,
-             [this](bool answers) { platform_.dispatch([&] { listener_.responsiveness_changed(answers); }); }),
-      self_(std::make_shared<WebKitEngine*>(this))
+      bridge_(platform, listener), pulse_(platform.loop(), view_.get(), [this](bool answers) {
+          platform_.dispatch([&] { listener_.responsiveness_changed(answers); });
+      })
 {
-    reach_->show(content_, "");
+    reach_->show(content_.get(), "");
     if (kind == PageKind::Browsed) {
         for (const char* shown : {"notify::uri", "notify::title", "notify::estimated-load-progress"})
-            g_signal_connect(view_, shown, G_CALLBACK(Signals::state_changed), this);
-        g_signal_connect(view_, "insecure-content-detected", G_CALLBACK(Signals::insecure_part), this);
+            connections_.add(view_.get(), shown, Signals::state_changed, this);
+        connections_.add(view_.get(), "insecure-content-detected", Signals::insecure_part, this);
     }
-    g_signal_connect(view_, "load-changed", G_CALLBACK(Signals::load_changed), this);
-    g_signal_connect(view_, "load-failed", G_CALLBACK(Signals::load_failed), this);
-    g_signal_connect(view_, "decide-policy", G_CALLBACK(Signals::decide_policy), this);
-    g_signal_connect(view_, "web-process-terminated", G_CALLBACK(Signals::process_ended), this);
-    g_signal_connect(view_, "create", G_CALLBACK(Signals::create_window), this);
-    g_signal_connect(view_, "permission-request", G_CALLBACK(Signals::deny_permission), this);
-    g_signal_connect(view_, "run-file-chooser", G_CALLBACK(Signals::refuse_files), this);
-    g_signal_connect(view_, "authenticate", G_CALLBACK(Signals::refuse_login), this);
-    g_signal_connect(view_, "user-message-received", G_CALLBACK(Signals::guard_spoke), this);
-    g_object_set_data(G_OBJECT(view_), engine_key, this);
-    g_signal_connect(view_, "script-dialog", G_CALLBACK(Signals::refuse_dialog), this);
-    g_signal_connect(view_, "print", G_CALLBACK(Signals::refuse_print), this);
-    g_signal_connect(view_, "show-notification", G_CALLBACK(Signals::refuse_notification), this);
-    g_signal_connect(view_, "context-menu", G_CALLBACK(Signals::suppress), this);
+    connections_.add(view_.get(), "load-changed", Signals::load_changed, this);
+    connections_.add(view_.get(), "load-failed", Signals::load_failed, this);
+    connections_.add(view_.get(), "decide-policy", Signals::decide_policy, this);
+    connections_.add(view_.get(), "web-process-terminated", Signals::process_ended, this);
+    connections_.add(view_.get(), "create", Signals::create_window, this);
+    connections_.add(view_.get(), "permission-request", Signals::deny_permission, this);
+    connections_.add(view_.get(), "run-file-chooser", Signals::refuse_files, this);
+    connections_.add(view_.get(), "authenticate", Signals::refuse_login, this);
+    connections_.add(view_.get(), "user-message-received", Signals::guard_spoke, this);
+    g_object_set_data(G_OBJECT(view_.get()), engine_key, this);
+    connections_.add(view_.get(), "script-dialog", Signals::refuse_dialog, this);
+    connections_.add(view_.get(), "print", Signals::refuse_print, this);
+    connections_.add(view_.get(), "show-notification", Signals::refuse_notification, this);
+    connections_.add(view_.get(), "context-menu", Signals::suppress, this);
 }
 
 WebKitEngine::~WebKitEngine()
 {
-    *self_ = nullptr;
+    liveness_.end();
     watch_->leave(process_);
     forget_load();
     bridge_.leave_page();
-    reach_->forget(content_);
-    g_signal_handlers_disconnect_by_data(view_, this);
-    g_object_set_data(G_OBJECT(view_), engine_key, nullptr);
+    reach_->forget(content_.get());
+    connections_.clear();
+    g_object_set_data(G_OBJECT(view_.get()), engine_key, nullptr);
     // WebKit waits up to ten seconds for a process to end by itself.
-    webkit_web_view_terminate_web_process(view_);
-    auto* widget = GTK_WIDGET(view_);
+    webkit_web_view_terminate_web_process(view_.get());
+    auto* widget = GTK_WIDGET(view_.get());
     if (gtk_widget_get_parent(widget))
         gtk_widget_unparent(widget);
-    if (inside_ == 0) {
-        g_object_unref(view_);
-        g_object_unref(content_);
+    if (inside_ == 0)
         return;
-    }
     // WebKit is still using the view: release it after WebKit has returned.
-    for (void* object : {static_cast<void*>(view_), static_cast<void*>(content_)})
+    for (void* object : {static_cast<void*>(view_.release()), static_cast<void*>(content_.release())})
         g_idle_add_full(
             G_PRIORITY_HIGH, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, object, g_object_unref);
 }
@@ -299,10 +291,10 @@ void WebKitEngine::guard_spoke(WebKitUserMessage* message)
     }
     if (g_strcmp0(name, guard_message) == 0 && content && g_variant_is_of_type(content, G_VARIANT_TYPE_STRING) &&
         kind_ == PageKind::Creative) {
-        const std::shared_ptr<WebKitEngine*> still = self_;
+        const auto still = liveness_.pointer();
         bridge_.answer(message);
-        if (*still && load_.is_too_much(turn_.woke(), LoopTurn::now()))
-            webkit_web_view_terminate_web_process(view_);
+        if (still.get() && load_.is_too_much(turn_.woke(), LoopTurn::now()))
+            webkit_web_view_terminate_web_process(view_.get());
     }
 }
 
@@ -313,13 +305,13 @@ void WebKitEngine::refuse_downloads(WebKitNetworkSession* session)
 
 GtkWidget* WebKitEngine::widget() const
 {
-    return GTK_WIDGET(view_);
+    return GTK_WIDGET(view_.get());
 }
 
 void WebKitEngine::set_transparent(bool transparent)
 {
     const GdkRGBA color = transparent ? GdkRGBA{0, 0, 0, 0} : GdkRGBA{1, 1, 1, 1};
-    webkit_web_view_set_background_color(view_, &color);
+    webkit_web_view_set_background_color(view_.get(), &color);
 }
 
 template <typename F>
@@ -345,10 +337,7 @@ void WebKitEngine::report(News news, const std::string& reason)
         platform_.dispatch([&] { tell(listener_); });
         return;
     }
-    platform_.loop().post([self = self_, tell] {
-        if (WebKitEngine* engine = *self)
-            tell(engine->listener_);
-    });
+    platform_.loop().post(liveness_.guard([tell](WebKitEngine& self) { tell(self.listener_); }));
 }
 
 // ---------------------------------------------------------------------------------------------------------- Loads
@@ -359,13 +348,14 @@ void WebKitEngine::load_html(const NSString& html, const NSURL& base)
     has_page_ = true;
     own_load_ = as_webkit_spells(base.is_web() ? base.absoluteString().text().c_str() : "about:blank");
     document_ = own_load_;
-    reach_->show(content_, own_load_);
+    reach_->show(content_.get(), own_load_);
     loading_ = false;
     wanted_.clear();
     const std::string_view page = html.length() > 0 ? std::string_view(html.text()) : " "; // WebKit rejects empty data
     const std::shared_ptr<GBytes> bytes(g_bytes_new(page.data(), page.size()), g_bytes_unref);
-    begin_load(
-        [this, bytes] { webkit_web_view_load_bytes(view_, bytes.get(), "text/html", "UTF-8", own_load_.c_str()); });
+    begin_load([this, bytes] {
+        webkit_web_view_load_bytes(view_.get(), bytes.get(), "text/html", "UTF-8", own_load_.c_str());
+    });
 }
 
 void WebKitEngine::load_address(const NSURL& address)
@@ -376,18 +366,18 @@ void WebKitEngine::load_address(const NSURL& address)
     has_page_ = true;
     loading_ = false;
     wanted_ = own_load_ = as_webkit_spells(address.absoluteString().text().c_str());
-    reach_->show(content_, own_load_);
-    begin_load([this] { webkit_web_view_load_uri(view_, own_load_.c_str()); });
+    reach_->show(content_.get(), own_load_);
+    begin_load([this] { webkit_web_view_load_uri(view_.get(), own_load_.c_str()); });
 }
 
 void WebKitEngine::go_back()
 {
-    begin_load([this] { webkit_web_view_go_back(view_); });
+    begin_load([this] { webkit_web_view_go_back(view_.get()); });
 }
 
 void WebKitEngine::go_forward()
 {
-    begin_load([this] { webkit_web_view_go_forward(view_); });
+    begin_load([this] { webkit_web_view_go_forward(view_.get()); });
 }
 
 void WebKitEngine::reload()
@@ -396,7 +386,7 @@ void WebKitEngine::reload()
     if (!wanted_.empty())
         load_address(NSURL::URLWithString(wanted_));
     else if (has_page_ && waiting_ == 0)
-        begin_load([this] { webkit_web_view_reload(view_); });
+        begin_load([this] { webkit_web_view_reload(view_.get()); });
 }
 
 void WebKitEngine::begin_load(std::function<void()> load)
@@ -442,22 +432,22 @@ void WebKitEngine::forget_load()
 PageState WebKitEngine::page_state() const
 {
     PageState state;
-    const char* shown = webkit_web_view_get_uri(view_);
+    const char* shown = webkit_web_view_get_uri(view_.get());
     if (shown && AddressParts(shown).is_web())
         state.address = NSURL::URLWithString(shown);
     else if (!wanted_.empty())
         state.address = NSURL::URLWithString(wanted_);
-    const char* title = webkit_web_view_get_title(view_);
+    const char* title = webkit_web_view_get_title(view_.get());
     state.title = title ? title : "";
     GTlsCertificate* certificate = nullptr;
     GTlsCertificateFlags errors{};
-    state.secure = has_content_ && !has_insecure_parts_ && webkit_web_view_get_tls_info(view_, &certificate, &errors) &&
-                   errors == 0;
-    state.loading = waiting_ != 0 || webkit_web_view_is_loading(view_);
-    state.progress = webkit_web_view_get_estimated_load_progress(view_);
+    state.secure = has_content_ && !has_insecure_parts_ &&
+                   webkit_web_view_get_tls_info(view_.get(), &certificate, &errors) && errors == 0;
+    state.loading = waiting_ != 0 || webkit_web_view_is_loading(view_.get());
+    state.progress = webkit_web_view_get_estimated_load_progress(view_.get());
     state.has_content = has_content_;
-    state.can_go_back = webkit_web_view_can_go_back(view_);
-    state.can_go_forward = webkit_web_view_can_go_forward(view_);
+    state.can_go_back = webkit_web_view_can_go_back(view_.get());
+    state.can_go_forward = webkit_web_view_can_go_forward(view_.get());
     return state;
 }
 
@@ -465,10 +455,7 @@ void WebKitEngine::state_changed()
 {
     // During a call of the engine's own, only the requested change has happened, so the event is posted.
     if (asking_)
-        platform_.loop().post([self = self_] {
-            if (WebKitEngine* engine = *self)
-                engine->listener_.page_state_changed();
-        });
+        platform_.loop().post(liveness_.guard([](WebKitEngine& self) { self.listener_.page_state_changed(); }));
     else
         platform_.dispatch([&] { listener_.page_state_changed(); });
 }
@@ -482,8 +469,8 @@ void WebKitEngine::load_changed(int event)
 {
     if (event == WEBKIT_LOAD_STARTED && kind_ == PageKind::Creative && own_load_.empty()) {
         // An allowed move within the page turned out to replace it: a frameset has no fragments.
-        refuse("navigation", webkit_web_view_get_uri(view_));
-        webkit_web_view_stop_loading(view_);
+        refuse("navigation", webkit_web_view_get_uri(view_.get()));
+        webkit_web_view_stop_loading(view_.get());
         return;
     }
     if (event == WEBKIT_LOAD_STARTED) {
@@ -493,7 +480,7 @@ void WebKitEngine::load_changed(int event)
         report(News::Started);
     }
     if (event == WEBKIT_LOAD_COMMITTED && !wanted_.empty() &&
-        AddressParts(webkit_web_view_get_uri(view_)).has_scheme("about")) {
+        AddressParts(webkit_web_view_get_uri(view_.get())).has_scheme("about")) {
         // WebKit reports a blocked port in this way, without an error.
         loading_ = false;
         return report(News::Failed, "the address is not to be had");
@@ -503,9 +490,9 @@ void WebKitEngine::load_changed(int event)
         own_answer_due_ = false;
         has_insecure_parts_ = false;
         wanted_.clear();
-        document_ = webkit_web_view_get_uri(view_);
+        document_ = webkit_web_view_get_uri(view_.get());
         pulse_.reset(true);
-        reach_->show(content_, document_);
+        reach_->show(content_.get(), document_);
         if (kind_ == PageKind::Browsed)
             state_changed();
     }
@@ -560,32 +547,28 @@ void WebKitEngine::set_scales_page_to_fit(bool scales)
 {
     scales_page_to_fit_ = scales;
     if (!scales)
-        webkit_web_view_set_zoom_level(view_, 1);
+        webkit_web_view_set_zoom_level(view_.get(), 1);
 }
 
 double WebKitEngine::page_scale() const
 {
-    return webkit_web_view_get_zoom_level(view_);
+    return webkit_web_view_get_zoom_level(view_.get());
 }
 
 void WebKitEngine::fit_page()
 {
-    using Self = std::shared_ptr<WebKitEngine*>;
-    const GAsyncReadyCallback shrink = [](GObject* view, GAsyncResult* result, void* data) {
-        const std::unique_ptr<Self> self(static_cast<Self*>(data));
-        JSCValue* wide = webkit_web_view_evaluate_javascript_finish(WEBKIT_WEB_VIEW(view), result, nullptr);
-        if (!wide)
-            return;
-        const double ratio = jsc_value_to_double(wide);
-        g_object_unref(wide);
-        if (**self && ratio > 0 && ratio < 1) {
-            webkit_web_view_set_zoom_level(WEBKIT_WEB_VIEW(view), ratio);
-            (**self)->platform_.views_changed();
+    const auto shrink = liveness_.guard([](WebKitEngine& self, GObject*, GAsyncResult* result) {
+        WebKitWebView* view = self.view_.get();
+        const auto wide = adopt(webkit_web_view_evaluate_javascript_finish(view, result, nullptr));
+        const double ratio = wide ? jsc_value_to_double(wide.get()) : 0;
+        if (ratio > 0 && ratio < 1) {
+            webkit_web_view_set_zoom_level(view, ratio);
+            self.platform_.views_changed();
         }
-    };
-    webkit_web_view_set_zoom_level(view_, 1);
-    webkit_web_view_evaluate_javascript(view_, "innerWidth / document.documentElement.scrollWidth", -1, nullptr,
-                                        nullptr, nullptr, shrink, new Self(self_));
+    });
+    webkit_web_view_set_zoom_level(view_.get(), 1);
+    webkit_web_view_evaluate_javascript(view_.get(), "innerWidth / document.documentElement.scrollWidth", -1, nullptr,
+                                        nullptr, nullptr, async_done, async_data(shrink));
 }
 
 } // namespace qoro

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/glib/Liveness.h"
+#include "desktop/glib/Owned.h"
 #include "desktop/screen/WidgetSource.h"
 #include "desktop/web/LoopTurn.h"
 #include "desktop/web/PageBridge.h"
@@ -100,15 +102,15 @@ private:
     const std::shared_ptr<PageWatch> watch_;
     /// The page's process in watch_; 0 if there is none.
     PageWatch::Page process_ = 0;
-    WebKitUserContentManager* const content_;
-    WebKitWebView* const view_;
+    ObjectRef<WebKitUserContentManager> content_;
+    ObjectRef<WebKitWebView> view_;
     PageBridge bridge_;
     LoopTurn turn_;
     MessageLoad load_;
-    TextEntry text_entry_{content_};
+    TextEntry text_entry_{content_.get()};
     PagePulse pulse_;
-    /// Reset to null by the destructor; checked by work posted to the main loop and by replies of the page's process.
-    const std::shared_ptr<WebKitEngine*> self_;
+    /// For work posted to the main loop, replies of the page's process, and calls from WebKit that destroy the engine.
+    Liveness<WebKitEngine> liveness_{*this};
 
     /// Whether a page process was requested and has not ended.
     bool has_process_ = false;
@@ -138,6 +140,7 @@ private:
     bool scales_page_to_fit_ = false;
     /// Number of active calls from WebKit into the engine.
     int inside_ = 0;
+    Connections connections_;
 };
 
 } // namespace qoro

@@ -31,23 +31,21 @@ void serve_library(WebKitURISchemeRequest* request, void*)
     if (!address.empty() && address.back() == '/')
         address.pop_back();
     if (address != script_library_address) {
-        GError* error = g_error_new(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "there is nothing at %s", address.c_str());
-        webkit_uri_scheme_request_finish_error(request, error);
-        g_error_free(error);
+        const Owned<GError, g_error_free> error(
+            g_error_new(G_IO_ERROR, G_IO_ERROR_NOT_FOUND, "there is nothing at %s", address.c_str()));
+        webkit_uri_scheme_request_finish_error(request, error.get());
         return;
     }
     const std::string_view source = script_library();
-    GInputStream* stream =
-        g_memory_input_stream_new_from_data(source.data(), static_cast<gssize>(source.size()), nullptr);
-    WebKitURISchemeResponse* response = webkit_uri_scheme_response_new(stream, static_cast<gint64>(source.size()));
-    webkit_uri_scheme_response_set_content_type(response, "text/javascript; charset=utf-8");
+    const auto stream =
+        adopt(g_memory_input_stream_new_from_data(source.data(), static_cast<gssize>(source.size()), nullptr));
+    const auto response = adopt(webkit_uri_scheme_response_new(stream.get(), static_cast<gint64>(source.size())));
+    webkit_uri_scheme_response_set_content_type(response.get(), "text/javascript; charset=utf-8");
     // For pages that load the library with a crossorigin attribute (Fetch, CORS protocol).
     SoupMessageHeaders* headers = soup_message_headers_new(SOUP_MESSAGE_HEADERS_RESPONSE);
     soup_message_headers_append(headers, "Access-Control-Allow-Origin", "*");
-    webkit_uri_scheme_response_set_http_headers(response, headers);
-    webkit_uri_scheme_request_finish_with_response(request, response);
-    g_object_unref(response);
-    g_object_unref(stream);
+    webkit_uri_scheme_response_set_http_headers(response.get(), headers);
+    webkit_uri_scheme_request_finish_with_response(request, response.get());
 }
 
 /// Replaces the engine if no page can be shown. The ad continues without pages.
@@ -82,19 +80,13 @@ public:
     void set_scales_page_to_fit(bool) override {}
 
 private:
-    void later(std::function<void(NoPage&)> event)
-    {
-        platform_.loop().post([alive = std::weak_ptr(alive_), event = std::move(event), this] {
-            if (!alive.expired())
-                event(*this);
-        });
-    }
+    void later(std::function<void(NoPage&)> event) { platform_.loop().post(liveness_.guard(std::move(event))); }
 
     Platform& platform_;
     WebListener& listener_;
     const std::string reason_;
     NSURL address_;
-    const std::shared_ptr<bool> alive_ = std::make_shared<bool>();
+    const Liveness<NoPage> liveness_{*this};
 };
 
 } // namespace
@@ -107,13 +99,7 @@ WebKitEngineFactory::WebKitEngineFactory(Platform& platform, const PageLimits& l
     try_launch(WebProcess::Page, LaunchCounts);
 }
 
-WebKitEngineFactory::~WebKitEngineFactory()
-{
-    for (Family* family : {&creatives_, &browsed_}) {
-        g_clear_object(&family->session);
-        g_clear_object(&family->context);
-    }
-}
+WebKitEngineFactory::~WebKitEngineFactory() = default;
 
 std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& listener, PageKind kind)
 {
@@ -124,8 +110,8 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     } catch (const std::runtime_error& unguarded) {
         return std::make_unique<NoPage>(platform_, listener, unguarded.what());
     }
-    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context, family.session, family.reach,
-                                          watch_);
+    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context.get(), family.session.get(),
+                                          family.reach, watch_);
 }
 
 void WebKitEngineFactory::found(Family& family, PageKind kind)
@@ -141,25 +127,26 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
         sockets_ = std::make_shared<SocketFilter>(guard_->path() + "/filters");
     }
     if (!family.session) {
-        family.session = webkit_network_session_new_ephemeral();
-        webkit_network_session_set_persistent_credential_storage_enabled(family.session, FALSE);
-        WebKitEngine::refuse_downloads(family.session);
+        family.session = adopt(webkit_network_session_new_ephemeral());
+        webkit_network_session_set_persistent_credential_storage_enabled(family.session.get(), FALSE);
+        WebKitEngine::refuse_downloads(family.session.get());
     }
-    family.reach = guard_network(kind, family.session);
+    family.reach = guard_network(kind, family.session.get());
     // Second line of defence: WebKit only checks when the page's script gives it time.
-    WebKitMemoryPressureSettings* pressure = webkit_memory_pressure_settings_new();
+    const Owned<WebKitMemoryPressureSettings, webkit_memory_pressure_settings_free> pressure(
+        webkit_memory_pressure_settings_new());
     webkit_memory_pressure_settings_set_memory_limit(
-        pressure, static_cast<guint>(std::clamp(limits_.memory, 1.0, static_cast<double>(G_MAXINT / 1024))));
-    webkit_memory_pressure_settings_set_poll_interval(pressure, 2);
-    family.context =
-        WEBKIT_WEB_CONTEXT(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure, nullptr));
-    webkit_memory_pressure_settings_free(pressure);
-    webkit_web_context_set_web_process_extensions_directory(family.context, guard_->path().c_str());
+        pressure.get(), static_cast<guint>(std::clamp(limits_.memory, 1.0, static_cast<double>(G_MAXINT / 1024))));
+    webkit_memory_pressure_settings_set_poll_interval(pressure.get(), 2);
+    family.context = adopt(
+        WEBKIT_WEB_CONTEXT(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure.get(), nullptr)));
+    webkit_web_context_set_web_process_extensions_directory(family.context.get(), guard_->path().c_str());
     webkit_web_context_set_web_process_extensions_initialization_user_data(
-        family.context, g_variant_new(guard_settings, kind == PageKind::Creative, static_cast<gint32>(open_zone())));
+        family.context.get(),
+        g_variant_new(guard_settings, kind == PageKind::Creative, static_cast<gint32>(open_zone())));
     if (kind == PageKind::Creative) {
-        webkit_web_context_register_uri_scheme(family.context, "kit", serve_library, nullptr, nullptr);
-        WebKitSecurityManager* security = webkit_web_context_get_security_manager(family.context);
+        webkit_web_context_register_uri_scheme(family.context.get(), "kit", serve_library, nullptr, nullptr);
+        WebKitSecurityManager* security = webkit_web_context_get_security_manager(family.context.get());
         webkit_security_manager_register_uri_scheme_as_secure(security, "kit");
         webkit_security_manager_register_uri_scheme_as_cors_enabled(security, "kit");
     }
@@ -174,20 +161,18 @@ std::shared_ptr<PageReach> WebKitEngineFactory::guard_network(PageKind kind, Web
         proxy = std::make_unique<PageProxy>([this](const std::string& where) { tell_refusal(where); });
         if (proxy->address().empty())
             throw std::runtime_error("pages can't be kept out of private networks: no port of 127.0.0.1 is free");
-        WebKitNetworkProxySettings* settings = webkit_network_proxy_settings_new(proxy->address().c_str(), nullptr);
-        webkit_network_session_set_proxy_settings(session, WEBKIT_NETWORK_PROXY_MODE_CUSTOM, settings);
-        webkit_network_proxy_settings_free(settings);
+        const Owned<WebKitNetworkProxySettings, webkit_network_proxy_settings_free> settings(
+            webkit_network_proxy_settings_new(proxy->address().c_str(), nullptr));
+        webkit_network_session_set_proxy_settings(session, WEBKIT_NETWORK_PROXY_MODE_CUSTOM, settings.get());
     }
     return std::make_shared<PageReach>(kind, sockets_, std::move(proxy));
 }
 
 void WebKitEngineFactory::tell_refusal(const std::string& where)
 {
-    platform_.loop().post([weak = std::weak_ptr(self_), where] {
-        if (const auto self = weak.lock())
-            (*self)->platform_.dispatch(
-                [&] { (*self)->refusals_.report((*self)->platform_, "request", "http://" + where + "/"); });
-    });
+    platform_.loop().post(liveness_.guard([where](WebKitEngineFactory& self) {
+        self.platform_.dispatch([&] { self.refusals_.report(self.platform_, "request", "http://" + where + "/"); });
+    }));
 }
 
 } // namespace qoro

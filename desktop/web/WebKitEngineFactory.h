@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/glib/Liveness.h"
+#include "desktop/glib/Owned.h"
 #include "desktop/web/PageWatch.h"
 #include "kit/RefusalLog.h"
 #include "platform/Platform.h"
@@ -35,9 +37,9 @@ public:
 
 private:
     struct Family {
-        WebKitWebContext* context = nullptr;
-        WebKitNetworkSession* session = nullptr;
         std::shared_ptr<PageReach> reach = {};
+        ObjectRef<WebKitWebContext> context = {};
+        ObjectRef<WebKitNetworkSession> session = {};
     };
     /// Sets up a family on first use.
     /// @throws std::runtime_error if pages cannot be guarded
@@ -51,11 +53,11 @@ private:
     std::shared_ptr<SocketFilter> sockets_;
     const PageLimits limits_;
     const std::shared_ptr<PageWatch> watch_;
+    /// For work posted to the main loop, also by the threads of the families' proxies.
+    const Liveness<WebKitEngineFactory> liveness_{*this};
     Family creatives_;
     Family browsed_;
     RefusalLog refusals_;
-    /// Expires with the factory; checked by work posted to the main loop.
-    const std::shared_ptr<WebKitEngineFactory*> self_ = std::make_shared<WebKitEngineFactory*>(this);
 };
 
 } // namespace qoro

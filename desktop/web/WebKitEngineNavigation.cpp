@@ -43,7 +43,7 @@ bool WebKitEngine::listener_allows(const char* address, int navigation_type)
 /// because it needs no request.
 bool WebKitEngine::moves_within(WebKitNavigationAction* action, const std::string& address) const
 {
-    const char* shown = webkit_web_view_get_uri(view_); // the address that the page's script may have changed
+    const char* shown = webkit_web_view_get_uri(view_.get()); // the address that the page's script may have changed
     WebKitURIRequest* request = webkit_navigation_action_get_request(action);
     const AddressParts there(address);
     const AddressParts here(shown ? shown : "");
@@ -57,7 +57,7 @@ bool WebKitEngine::moves_within(WebKitNavigationAction* action, const std::strin
 /// returns.
 bool WebKitEngine::may_move(WebKitNavigationAction* action, const std::string& address, bool link)
 {
-    const std::shared_ptr<WebKitEngine*> self = self_;
+    const auto self = liveness_.pointer();
     const bool within = moves_within(action, address);
     const AddressParts parts(address);
     const bool blank = is_blank(parts) && !within;
@@ -65,7 +65,7 @@ bool WebKitEngine::may_move(WebKitNavigationAction* action, const std::string& a
     if (within)
         name = std::string(AddressParts(document_).without_fragment()).append("#").append(*parts.fragment());
     const bool allowed = blank || listener_allows(name.c_str(), link ? LinkFollowed : OtherNavigation);
-    if (allowed && !within && *self)
+    if (allowed && !within && self.get())
         refuse("navigation", address);
     return allowed && within;
 }
@@ -106,15 +106,15 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
             return false;
         }
         if (kind_ == PageKind::Creative) {
-            const std::shared_ptr<WebKitEngine*> self = self_;
-            if (may_move(action, address, true) && *self)
+            const auto self = liveness_.pointer();
+            if (may_move(action, address, true) && self.get())
                 refuse("window", address);
             return false;
         }
-        const std::shared_ptr<WebKitEngine*> self = self_;
-        if (listener_allows(address.c_str(), LinkFollowed) && *self && AddressParts(address).is_web()) {
+        const auto self = liveness_.pointer();
+        if (listener_allows(address.c_str(), LinkFollowed) && self.get() && AddressParts(address).is_web()) {
             own_load_ = address;
-            webkit_web_view_load_uri(view_, address.c_str());
+            webkit_web_view_load_uri(view_.get(), address.c_str());
         }
         return false;
     }

@@ -1,5 +1,7 @@
 #include "desktop/web/WebSandbox.h"
 
+#include "desktop/glib/Owned.h"
+
 #include <glib.h>
 #include <glib/gstdio.h>
 
@@ -46,10 +48,10 @@ bool sandbox_has_room()
 {
     const std::string file = std::string(g_get_user_runtime_dir()) + "/qoro-ad-room-" + std::to_string(getpid());
     const std::string words(4096, ' ');
-    GError* error = nullptr;
-    const bool full = !g_file_set_contents(file.c_str(), words.data(), static_cast<gssize>(words.size()), &error) &&
-                      g_error_matches(error, G_FILE_ERROR, G_FILE_ERROR_NOSPC);
-    g_clear_error(&error);
+    Error error;
+    const bool full =
+        !g_file_set_contents(file.c_str(), words.data(), static_cast<gssize>(words.size()), error.out()) &&
+        g_error_matches(error.get(), G_FILE_ERROR, G_FILE_ERROR_NOSPC);
     g_remove(file.c_str());
     return !full;
 }

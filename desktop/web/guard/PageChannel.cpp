@@ -1,8 +1,10 @@
 #include "desktop/web/guard/PageChannel.h"
 
+#include "desktop/glib/Owned.h"
 #include "desktop/web/GuardMessages.h"
 #include "platform/ShortText.h"
 
+#include <array>
 #include <memory>
 
 namespace qoro
@@ -24,36 +26,31 @@ double now()
 std::string beginning_of(const std::string& text)
 {
     const std::size_t length = whole_characters(text, LongestDetail);
-    char* valid = g_utf8_make_valid(text.data(), static_cast<gssize>(length));
-    std::string beginning = valid;
-    g_free(valid);
-    return beginning;
+    return take_text(g_utf8_make_valid(text.data(), static_cast<gssize>(length)));
 }
 
 } // namespace
 
 /// A pending message, with the page's function that receives the answer.
 struct PageChannel::Call {
-    explicit Call(JSCValue* function) : answered(JSC_VALUE(g_object_ref(function))) {}
-    ~Call() { g_object_unref(answered); }
+    explicit Call(JSCValue* function) : answered(new_ref(function)) {}
     Call(const Call&) = delete;
     Call& operator=(const Call&) = delete;
 
     void answer(const char* error, const char* result) const
     {
-        JSCContext* context = JSC_CONTEXT(g_object_ref(jsc_value_get_context(answered)));
-        JSCValue* texts[2];
-        const char* contents[2] = {error, result};
-        for (int n = 0; n < 2; ++n)
-            texts[n] = contents[n] ? jsc_value_new_string(context, contents[n]) : jsc_value_new_null(context);
-        JSCValue* nothing = jsc_value_function_callv(answered, 2, texts);
-        for (JSCValue* value : {nothing, texts[0], texts[1]})
-            g_object_unref(value);
-        jsc_context_clear_exception(context); // ignore exceptions of the page's function
-        g_object_unref(context);
+        const auto context = new_ref(jsc_value_get_context(answered.get()));
+        const auto value_of = [&](const char* text) {
+            return adopt(text ? jsc_value_new_string(context.get(), text) : jsc_value_new_null(context.get()));
+        };
+        const auto first = value_of(error);
+        const auto second = value_of(result);
+        std::array<JSCValue*, 2> texts{first.get(), second.get()};
+        const auto nothing = adopt(jsc_value_function_callv(answered.get(), texts.size(), texts.data()));
+        jsc_context_clear_exception(context.get()); // ignore exceptions of the page's function
     }
 
-    JSCValue* const answered;
+    const ObjectRef<JSCValue> answered;
 };
 
 PageChannel& PageChannel::of(WebKitWebPage* page)
@@ -70,12 +67,11 @@ PageChannel& PageChannel::of(WebKitWebPage* page)
 void PageChannel::give_to(JSCContext* context)
 {
     // The function holds a reference to the page, which owns the channel.
-    JSCValue* bridge = jsc_value_new_function(
+    const auto bridge = adopt(jsc_value_new_function(
         context, "qoroBridge",
         G_CALLBACK(+[](JSCValue* text, JSCValue* answered, WebKitWebPage* page) { post(text, answered, &of(page)); }),
-        g_object_ref(page_), g_object_unref, G_TYPE_NONE, 2, JSC_TYPE_VALUE, JSC_TYPE_VALUE);
-    jsc_context_set_value(context, "qoroBridge", bridge);
-    g_object_unref(bridge);
+        g_object_ref(page_), g_object_unref, G_TYPE_NONE, 2, JSC_TYPE_VALUE, JSC_TYPE_VALUE));
+    jsc_context_set_value(context, "qoroBridge", bridge.get());
 }
 
 const char* PageChannel::objection(const std::string& text)
@@ -92,11 +88,8 @@ void PageChannel::post(JSCValue* text, JSCValue* answered, PageChannel* channel)
     if (!jsc_value_is_function(answered))
         return;
     std::string message;
-    if (jsc_value_is_string(text)) {
-        char* bytes = jsc_value_to_string(text);
-        message = bytes ? bytes : "";
-        g_free(bytes);
-    }
+    if (jsc_value_is_string(text))
+        message = take_text(jsc_value_to_string(text));
     auto call = std::make_unique<Call>(answered);
     if (const char* objection = channel->objection(message)) {
         channel->refuse("message", objection);
@@ -112,14 +105,13 @@ void PageChannel::post(JSCValue* text, JSCValue* answered, PageChannel* channel)
     }
     const GAsyncReadyCallback came = [](GObject* page, GAsyncResult* result, void* data) {
         const std::unique_ptr<Call> asked(static_cast<Call*>(data));
-        WebKitUserMessage* answer = webkit_web_page_send_message_to_view_finish(WEBKIT_WEB_PAGE(page), result, nullptr);
-        GVariant* content = answer ? webkit_user_message_get_parameters(answer) : nullptr;
+        const auto answer = adopt(webkit_web_page_send_message_to_view_finish(WEBKIT_WEB_PAGE(page), result, nullptr));
+        GVariant* content = answer ? webkit_user_message_get_parameters(answer.get()) : nullptr;
         gboolean done = FALSE;
         const char* words = "the ad has gone";
         if (content && g_variant_is_of_type(content, G_VARIANT_TYPE("(bs)")))
             g_variant_get(content, "(b&s)", &done, &words);
         asked->answer(done ? nullptr : words, done ? words : nullptr);
-        g_clear_object(&answer);
     };
     webkit_web_page_send_message_to_view(channel->page_,
                                          webkit_user_message_new(guard_message, g_variant_new_string(message.c_str())),

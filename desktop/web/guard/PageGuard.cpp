@@ -1,3 +1,4 @@
+#include "desktop/glib/Owned.h"
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/guard/PageChannel.h"
 #include "kit/NetworkZone.h"
@@ -13,6 +14,8 @@
 
 namespace
 {
+
+using qoro::adopt;
 
 /// Whether the guarded pages are creatives.
 bool has_bridge = false;
@@ -69,14 +72,11 @@ constexpr const char* watch_files = R"(
 /// Runs in a separate script world, which shares nothing with the page but its elements.
 void window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
 {
-    JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
-    JSCValue* told = jsc_value_new_function(context, "told", G_CALLBACK(file_failed), g_object_ref(page),
-                                            g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING);
-    jsc_context_set_value(context, "told", told);
-    g_object_unref(told);
-    JSCValue* nothing = jsc_context_evaluate(context, watch_files, -1);
-    g_object_unref(nothing);
-    g_object_unref(context);
+    const auto context = adopt(webkit_frame_get_js_context_for_script_world(frame, world));
+    const auto told = adopt(jsc_value_new_function(context.get(), "told", G_CALLBACK(file_failed), g_object_ref(page),
+                                                   g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING));
+    jsc_context_set_value(context.get(), "told", told.get());
+    const auto nothing = adopt(jsc_context_evaluate(context.get(), watch_files, -1));
 }
 
 void wanted_by_script(const char* address, WebKitWebPage* page)
@@ -118,16 +118,13 @@ constexpr const char* watch_scripts = R"(told => {
 /// Runs in the page's own script world.
 void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
 {
-    JSCContext* context = webkit_frame_get_js_context_for_script_world(frame, world);
+    const auto context = adopt(webkit_frame_get_js_context_for_script_world(frame, world));
     if (has_bridge)
-        qoro::PageChannel::of(page).give_to(context);
-    JSCValue* told = jsc_value_new_function(context, "told", G_CALLBACK(wanted_by_script), g_object_ref(page),
-                                            g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING);
-    JSCValue* watch = jsc_context_evaluate(context, watch_scripts, -1);
-    JSCValue* nothing = jsc_value_function_call(watch, JSC_TYPE_VALUE, told, G_TYPE_NONE);
-    for (JSCValue* value : {nothing, watch, told})
-        g_object_unref(value);
-    g_object_unref(context);
+        qoro::PageChannel::of(page).give_to(context.get());
+    const auto told = adopt(jsc_value_new_function(context.get(), "told", G_CALLBACK(wanted_by_script),
+                                                   g_object_ref(page), g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING));
+    const auto watch = adopt(jsc_context_evaluate(context.get(), watch_scripts, -1));
+    const auto nothing = adopt(jsc_value_function_call(watch.get(), JSC_TYPE_VALUE, told.get(), G_TYPE_NONE));
 }
 
 /// The reply proves that the thread of the page's script is responsive.
