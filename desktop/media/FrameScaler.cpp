@@ -1,5 +1,7 @@
 #include "desktop/media/FrameScaler.h"
 
+#include "desktop/glib/Owned.h"
+
 #include <gst/gst.h>
 #include <gst/video/video.h>
 
@@ -10,15 +12,9 @@ namespace qoro
 
 namespace
 {
-struct FreeConverter {
-    void operator()(GstVideoConverter* converter) const { gst_video_converter_free(converter); }
-};
-struct FreeBuffer {
-    void operator()(GstBuffer* buffer) const { gst_buffer_unref(buffer); }
-};
-struct FreeCaps {
-    void operator()(GstCaps* caps) const { gst_caps_unref(caps); }
-};
+using Buffer = Owned<GstBuffer, gst_buffer_unref>;
+using Caps = Owned<GstCaps, gst_caps_unref>;
+using Converter = Owned<GstVideoConverter, gst_video_converter_free>;
 
 /// Maps a frame; the destructor unmaps it.
 class Mapped
@@ -67,7 +63,7 @@ constexpr GstVideoFormat ScreenFormat = GST_VIDEO_FORMAT_BGRA;
 } // namespace
 
 struct FrameScaler::Input {
-    std::unique_ptr<GstCaps, FreeCaps> caps;
+    Caps caps;
     GstVideoInfo info;
     int box_width;
     int box_height;
@@ -76,9 +72,9 @@ struct FrameScaler::Input {
 
 struct FrameScaler::Step {
     GstVideoInfo out;
-    std::unique_ptr<GstVideoConverter, FreeConverter> converter;
+    Converter converter;
     /// Output of every step but the last; null for the last.
-    std::unique_ptr<GstBuffer, FreeBuffer> scratch;
+    Buffer scratch;
 };
 
 FrameScaler::FrameScaler() = default;
@@ -155,7 +151,7 @@ VideoFrame FrameScaler::scale(GstSample* sample, int box_width, int box_height, 
     const GstVideoInfo& out = steps_.back().out;
     const std::size_t size = GST_VIDEO_INFO_SIZE(&out);
     gpointer pixels = g_malloc(size);
-    const std::unique_ptr<GstBuffer, FreeBuffer> picture(
+    const Buffer picture(
         gst_buffer_new_wrapped_full(static_cast<GstMemoryFlags>(0), pixels, size, 0, size, nullptr, nullptr));
     const GstVideoInfo* info = &input_->info;
     GstBuffer* from = decoded;

@@ -1,5 +1,6 @@
 #include "desktop/media/GstPlayer.h"
 
+#include "desktop/glib/Owned.h"
 #include "desktop/media/Mailbox.h"
 
 #include <glib.h>
@@ -21,10 +22,6 @@ constexpr double Progress = 1.0;
 constexpr double SameDuration = 0.5;
 constexpr MPMovieLoadState Ready = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
 
-struct FreeText {
-    void operator()(char* text) const { g_free(text); }
-};
-
 /// Location of a video; empty for an unsupported address.
 struct Source {
     std::string location;
@@ -41,10 +38,8 @@ Source source_of(const NSURL& address)
     const AddressParts& parts = address.parts();
     if (parts.has_scheme("http") || parts.has_scheme("https"))
         return {text, false};
-    if (parts.has_scheme("file")) {
-        const std::unique_ptr<char, FreeText> path(g_filename_from_uri(text.c_str(), nullptr, nullptr));
-        return {path ? path.get() : "", true};
-    }
+    if (parts.has_scheme("file"))
+        return {take_text(g_filename_from_uri(text.c_str(), nullptr, nullptr)), true};
     return {};
 }
 } // namespace

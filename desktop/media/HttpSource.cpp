@@ -1,5 +1,6 @@
 #include "desktop/media/HttpSource.h"
 
+#include "desktop/glib/Owned.h"
 #include "platform/AddressParts.h"
 
 #include <gst/base/gstpushsrc.h>
@@ -130,7 +131,8 @@ GstFlowReturn create(GstPushSrc* source, GstBuffer** made)
     using Outcome = qoro::HttpReader::Outcome;
 
     QoroHttpSource& self = self_of(source);
-    GstBuffer* buffer = gst_buffer_new_allocate(nullptr, PieceSize, nullptr);
+    qoro::Owned<GstBuffer, gst_buffer_unref> owned(gst_buffer_new_allocate(nullptr, PieceSize, nullptr));
+    GstBuffer* buffer = owned.get();
     GstMapInfo room;
     gst_buffer_map(buffer, &room, GST_MAP_WRITE);
     std::size_t got = 0;
@@ -143,10 +145,9 @@ GstFlowReturn create(GstPushSrc* source, GstBuffer** made)
         gst_buffer_resize(buffer, 0, static_cast<gssize>(got));
         GST_BUFFER_OFFSET(buffer) = self.position;
         self.position += got;
-        *made = buffer;
+        *made = owned.release();
         return GST_FLOW_OK;
     }
-    gst_buffer_unref(buffer);
     if (outcome == Outcome::End && self.position == 0) {
         GST_ELEMENT_ERROR(&self, RESOURCE, READ, ("it is empty"), (nullptr));
         return GST_FLOW_ERROR;

@@ -1,5 +1,6 @@
 #include "desktop/media/Pipeline.h"
 
+#include "desktop/glib/Owned.h"
 #include "desktop/media/Mailbox.h"
 #include "desktop/media/StreamKind.h"
 #include "desktop/media/StreamSinks.h"
@@ -49,9 +50,9 @@ constexpr std::array<std::string_view, 6> Manifests = {
     "application/sdp",   "text/uri-list",        "application/x-rtsp",
 };
 
-struct FreeError {
-    void operator()(GError* error) const { g_error_free(error); }
-};
+using Bus = Owned<GstBus, gst_object_unref>;
+using Element = Owned<GstElement, gst_object_unref>;
+using Message = Owned<GstMessage, gst_message_unref>;
 
 double seconds(gint64 time)
 {
@@ -135,8 +136,8 @@ struct Pipeline::Core {
 
     static GstBusSyncReply on_message(GstBus*, GstMessage* message, gpointer core)
     {
+        const Message owned(message);
         static_cast<Core*>(core)->hear(message);
-        gst_message_unref(message);
         return GST_BUS_DROP;
     }
     static void on_pad(GstElement*, GstPad* pad, gpointer core) { static_cast<Core*>(core)->add_stream(pad); }
@@ -207,8 +208,7 @@ void Pipeline::warm_up()
             for (const char* name :
                  {"filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse", "avdec_h264",
                   "avdec_aac", "appsink", "audioconvert", "audioresample", "pulsesink"}) {
-                if (GstElement* element = gst_element_factory_make(name, nullptr))
-                    gst_object_unref(element);
+                const Element element(gst_element_factory_make(name, nullptr));
             }
         });
     });
@@ -247,9 +247,7 @@ bool Pipeline::Core::open()
 {
     GstElement* whole = gst_pipeline_new(nullptr);
     pipeline = whole;
-    GstBus* bus = gst_element_get_bus(whole);
-    gst_bus_set_sync_handler(bus, on_message, this, nullptr);
-    gst_object_unref(bus);
+    gst_bus_set_sync_handler(Bus(gst_element_get_bus(whole)).get(), on_message, this, nullptr);
 
     GstElement* before_decoder = feed.add_to(GST_BIN(whole));
     if (!before_decoder)
@@ -406,12 +404,9 @@ bool Pipeline::Core::seek(double time)
 
 void Pipeline::Core::close()
 {
-    GstElement* whole = pipeline;
-    gst_element_set_state(whole, GST_STATE_NULL);
-    GstBus* bus = gst_element_get_bus(whole);
-    gst_bus_set_sync_handler(bus, nullptr, nullptr, nullptr);
-    gst_object_unref(bus);
-    gst_object_unref(whole);
+    const Element whole(pipeline);
+    gst_element_set_state(whole.get(), GST_STATE_NULL);
+    gst_bus_set_sync_handler(Bus(gst_element_get_bus(whole.get())).get(), nullptr, nullptr, nullptr);
 }
 
 // ----------------------------------------------------------------------------------------------------- Any thread
@@ -474,10 +469,9 @@ void Pipeline::Core::hear(GstMessage* message)
 
 void Pipeline::Core::hear_error(GstMessage* message)
 {
-    GError* raw = nullptr;
-    gst_message_parse_error(message, &raw, nullptr);
-    const std::unique_ptr<GError, FreeError> error(raw);
-    std::string reason = error ? error->message : "an unknown fault";
+    Error error;
+    gst_message_parse_error(message, error.out(), nullptr);
+    std::string reason = error ? error.message() : "an unknown fault";
     GstObject* from = GST_MESSAGE_SRC(message);
     if (sinks.is_of_sound(from)) {
         tell(&Listener::sound_failed);
@@ -485,7 +479,7 @@ void Pipeline::Core::hear_error(GstMessage* message)
     }
     if (feed.is_source(from)) {
         // GStreamer's own message for this case is not helpful.
-        if (is_file && g_error_matches(raw, GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED))
+        if (is_file && g_error_matches(error.get(), GST_STREAM_ERROR, GST_STREAM_ERROR_FAILED))
             reason = "it can't be read";
         // The data received before can still be played; the end of stream that follows is caused by this failure.
         std::scoped_lock lock(mutex);

@@ -1,5 +1,7 @@
 #include "desktop/media/PulseCall.h"
 
+#include "desktop/glib/Owned.h"
+
 #include <pulse/error.h>
 #include <pulse/introspect.h>
 #include <pulse/operation.h>
@@ -53,11 +55,11 @@ bool PulseCall::wait(pa_operation* operation)
 {
     if (!operation)
         return false;
+    const Owned<pa_operation, pa_operation_unref> owned(operation);
     while (pa_operation_get_state(operation) == PA_OPERATION_RUNNING && turn()) {
     }
     const bool done = pa_operation_get_state(operation) == PA_OPERATION_DONE;
     pa_operation_cancel(operation);
-    pa_operation_unref(operation);
     return done;
 }
 

@@ -1,5 +1,6 @@
 #include "desktop/media/PulseVolume.h"
 
+#include "desktop/glib/Owned.h"
 #include "desktop/media/Mailbox.h"
 #include "desktop/media/PulseCall.h"
 #include "desktop/media/VolumeGuard.h"
@@ -45,8 +46,7 @@ float value_of(const pa_cvolume& volume, bool muted)
 
 void forget(pa_operation* operation)
 {
-    if (operation)
-        pa_operation_unref(operation);
+    const Owned<pa_operation, pa_operation_unref> owned(operation);
 }
 
 /// Sets the loudest channel to a value and preserves the balance.

@@ -1,5 +1,6 @@
 #include "desktop/media/StreamSinks.h"
 
+#include "desktop/glib/Owned.h"
 #include "desktop/media/StreamKind.h"
 
 #include <unistd.h>
@@ -12,21 +13,23 @@ namespace qoro
 
 namespace
 {
+using Caps = Owned<GstCaps, gst_caps_unref>;
+using Pad = Owned<GstPad, gst_object_unref>;
+using Sample = Owned<GstSample, gst_sample_unref>;
+
 /// Whether a sink plays a buffer. Buffers before the target of a seek are only decoded.
 bool lies_within_segment(GstPad* pad, GstBuffer* buffer)
 {
-    GstEvent* event = gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0);
+    const Owned<GstEvent, gst_event_unref> event(gst_pad_get_sticky_event(pad, GST_EVENT_SEGMENT, 0));
     if (!event)
         return false;
     const GstSegment* segment = nullptr;
-    gst_event_parse_segment(event, &segment);
+    gst_event_parse_segment(event.get(), &segment);
     const GstClockTime begin = GST_BUFFER_PTS(buffer);
     const GstClockTime end = GST_CLOCK_TIME_IS_VALID(begin) && GST_BUFFER_DURATION_IS_VALID(buffer)
                                  ? begin + GST_BUFFER_DURATION(buffer)
                                  : begin;
-    const bool within = gst_segment_clip(segment, GST_FORMAT_TIME, begin, end, nullptr, nullptr);
-    gst_event_unref(event);
-    return within;
+    return gst_segment_clip(segment, GST_FORMAT_TIME, begin, end, nullptr, nullptr);
 }
 } // namespace
 
@@ -37,16 +40,13 @@ StreamSinks::StreamSinks(std::shared_ptr<VideoPictures> pictures, bool silent, s
 
 bool StreamSinks::add(GstBin* pipeline, GstPad* pad)
 {
-    GstCaps* caps = gst_pad_get_current_caps(pad);
-    const std::string_view kind = stream_kind(caps);
-    bool added = true;
+    const Caps caps(gst_pad_get_current_caps(pad));
+    const std::string_view kind = stream_kind(caps.get());
     if (kind == "video/x-raw" && !picture_)
-        added = add_picture(pipeline, pad);
-    else if (kind == "audio/x-raw" && !sound_)
+        return add_picture(pipeline, pad);
+    if (kind == "audio/x-raw" && !sound_)
         add_sound(pipeline, pad);
-    if (caps)
-        gst_caps_unref(caps);
-    return added;
+    return true;
 }
 
 bool StreamSinks::is_of_sound(GstObject* from) const
@@ -66,26 +66,24 @@ bool StreamSinks::add_picture(GstBin* pipeline, GstPad* pad)
     GstElement* sink = gst_element_factory_make("appsink", nullptr);
     if (!sink)
         return false;
-    GstCaps* readable = gst_caps_new_empty_simple("video/x-raw");
+    const Caps readable(gst_caps_new_empty_simple("video/x-raw"));
     // qos: a late decoder is notified and drops frames. max-lateness: frames that are too late are not shown.
-    g_object_set(sink, "caps", readable, "max-buffers", 1U, "enable-last-sample", FALSE, "qos", TRUE, "max-lateness",
-                 static_cast<gint64>(50 * GST_MSECOND), nullptr);
-    gst_caps_unref(readable);
+    g_object_set(sink, "caps", readable.get(), "max-buffers", 1U, "enable-last-sample", FALSE, "qos", TRUE,
+                 "max-lateness", static_cast<gint64>(50 * GST_MSECOND), nullptr);
     GstAppSinkCallbacks callbacks{};
     callbacks.new_preroll = on_preroll;
     callbacks.new_sample = on_sample;
     gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
     picture_ = sink;
     gst_bin_add(pipeline, sink);
-    GstPad* entry = gst_element_get_static_pad(sink, "sink");
-    watch(entry);
-    gst_pad_link(pad, entry);
-    gst_object_unref(entry);
+    const Pad entry(gst_element_get_static_pad(sink, "sink"));
+    watch(entry.get());
+    gst_pad_link(pad, entry.get());
     gst_element_sync_state_with_parent(sink);
     return true;
 }
 
-GstElement* StreamSinks::open_sound()
+ObjectRef<GstElement> StreamSinks::open_sound()
 {
     GstElement* sink = silent_ ? nullptr : gst_element_factory_make("pulsesink", nullptr);
     if (!sink)
@@ -93,44 +91,41 @@ GstElement* StreamSinks::open_sound()
     // With the sound server's clock, a suspended device would stop the picture for about a second.
     g_object_set(sink, "provide-clock", FALSE, nullptr);
     // By its role, a sound server knows which streams to pause for a call.
-    GstStructure* tags = gst_structure_new("tags", "qoro.player", G_TYPE_STRING, std::to_string(getpid()).c_str(),
-                                           "media.role", G_TYPE_STRING, "video", nullptr);
-    g_object_set(sink, "stream-properties", tags, nullptr);
-    gst_structure_free(tags);
+    const Owned<GstStructure, gst_structure_free> tags(gst_structure_new("tags", "qoro.player", G_TYPE_STRING,
+                                                                         std::to_string(getpid()).c_str(), "media.role",
+                                                                         G_TYPE_STRING, "video", nullptr));
+    g_object_set(sink, "stream-properties", tags.get(), nullptr);
     if (volume_) {
         const double slider = *volume_;
         g_object_set(sink, "volume", slider * slider * slider, nullptr);
     }
-    gst_object_ref_sink(sink);
+    auto owned = sink_ref(sink);
     sound_opening_ = Clock::now().time_since_epoch().count();
     // Opened outside the pipeline, where a failure does not become an error of the pipeline.
     const bool opened = gst_element_set_state(sink, GST_STATE_READY) == GST_STATE_CHANGE_SUCCESS;
     sound_opening_ = 0;
     if (opened)
-        return sink;
+        return owned;
     gst_element_set_state(sink, GST_STATE_NULL);
-    gst_object_unref(sink);
     return nullptr;
 }
 
 void StreamSinks::add_sound(GstBin* pipeline, GstPad* pad)
 {
-    GstElement* sink = open_sound();
-    if (!sink) {
-        sink = gst_element_factory_make("fakesink", nullptr);
-        g_object_set(sink, "sync", TRUE, nullptr);
-        gst_object_ref_sink(sink);
+    ObjectRef<GstElement> owned = open_sound();
+    if (!owned) {
+        owned = sink_ref(gst_element_factory_make("fakesink", nullptr));
+        g_object_set(owned.get(), "sync", TRUE, nullptr);
     }
+    GstElement* sink = owned.get();
     GstElement* convert = gst_element_factory_make("audioconvert", nullptr);
     GstElement* resample = gst_element_factory_make("audioresample", nullptr);
     sound_ = sink;
     gst_bin_add_many(pipeline, convert, resample, sink, nullptr);
-    gst_object_unref(sink);
     gst_element_link_many(convert, resample, sink, nullptr);
-    GstPad* entry = gst_element_get_static_pad(convert, "sink");
-    watch(entry);
-    gst_pad_link(pad, entry);
-    gst_object_unref(entry);
+    const Pad entry(gst_element_get_static_pad(convert, "sink"));
+    watch(entry.get());
+    gst_pad_link(pad, entry.get());
     for (GstElement* element : {sink, resample, convert})
         gst_element_sync_state_with_parent(element);
 }
@@ -156,19 +151,15 @@ GstPadProbeReturn StreamSinks::on_data(GstPad* pad, GstPadProbeInfo* info, gpoin
 
 GstFlowReturn StreamSinks::on_preroll(GstAppSink* sink, gpointer sinks)
 {
-    if (GstSample* sample = gst_app_sink_pull_preroll(sink)) {
-        static_cast<StreamSinks*>(sinks)->pictures_->put(sample);
-        gst_sample_unref(sample);
-    }
+    if (const Sample sample{gst_app_sink_pull_preroll(sink)})
+        static_cast<StreamSinks*>(sinks)->pictures_->put(sample.get());
     return GST_FLOW_OK;
 }
 
 GstFlowReturn StreamSinks::on_sample(GstAppSink* sink, gpointer sinks)
 {
-    if (GstSample* sample = gst_app_sink_pull_sample(sink)) {
-        static_cast<StreamSinks*>(sinks)->pictures_->put(sample);
-        gst_sample_unref(sample);
-    }
+    if (const Sample sample{gst_app_sink_pull_sample(sink)})
+        static_cast<StreamSinks*>(sinks)->pictures_->put(sample.get());
     return GST_FLOW_OK;
 }
 

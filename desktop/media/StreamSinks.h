@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
 #include "desktop/media/VideoPictures.h"
 
 #include <gst/app/gstappsink.h>
@@ -41,7 +42,7 @@ private:
 
     bool add_picture(GstBin* pipeline, GstPad* pad);
     void add_sound(GstBin* pipeline, GstPad* pad);
-    GstElement* open_sound();
+    ObjectRef<GstElement> open_sound();
 
     void watch(GstPad* entry);
 

@@ -1,6 +1,7 @@
 #include "desktop/media/VideoFeed.h"
 
 #include "desktop/disk/ScratchFolders.h"
+#include "desktop/glib/Owned.h"
 #include "desktop/media/HttpSource.h"
 
 #include <filesystem>
@@ -13,6 +14,8 @@ namespace qoro
 
 namespace
 {
+using Pad = Owned<GstPad, gst_object_unref>;
+
 /// Larger videos are refused.
 constexpr std::uint64_t MostBytes = 1'000'000'000;
 /// Bytes per second, for a video whose server does not state its size.
@@ -68,14 +71,12 @@ bool VideoFeed::keep(GstBin* pipeline)
     g_signal_connect(keeper_, "notify::temp-location", G_CALLBACK(on_file), nullptr);
     gst_element_link(source_, keeper_);
 
-    GstPad* entry = gst_element_get_static_pad(keeper_, "sink");
-    gst_pad_add_probe(entry, GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_event, this, nullptr);
-    gst_pad_add_probe(entry, GST_PAD_PROBE_TYPE_BUFFER, on_data, this, nullptr);
-    gst_object_unref(entry);
-    GstPad* exit = gst_element_get_static_pad(keeper_, "src");
-    wait_.watch(exit);
-    gst_pad_add_probe(exit, GST_PAD_PROBE_TYPE_QUERY_UPSTREAM, on_query, nullptr, nullptr);
-    gst_object_unref(exit);
+    const Pad entry(gst_element_get_static_pad(keeper_, "sink"));
+    gst_pad_add_probe(entry.get(), GST_PAD_PROBE_TYPE_EVENT_DOWNSTREAM, on_event, this, nullptr);
+    gst_pad_add_probe(entry.get(), GST_PAD_PROBE_TYPE_BUFFER, on_data, this, nullptr);
+    const Pad exit(gst_element_get_static_pad(keeper_, "src"));
+    wait_.watch(exit.get());
+    gst_pad_add_probe(exit.get(), GST_PAD_PROBE_TYPE_QUERY_UPSTREAM, on_query, nullptr, nullptr);
     return true;
 }
 
@@ -102,13 +103,12 @@ double VideoFeed::seconds_ready()
 // The file is only used through its descriptor. Unlinked, it disappears with the program, however that ends.
 void VideoFeed::on_file(GstElement* keeper, GParamSpec*, gpointer)
 {
-    gchar* file = nullptr;
-    g_object_get(keeper, "temp-location", &file, nullptr);
-    if (file) {
-        std::error_code no_matter;
+    gchar* name = nullptr;
+    g_object_get(keeper, "temp-location", &name, nullptr);
+    const std::string file = take_text(name);
+    std::error_code no_matter;
+    if (!file.empty())
         std::filesystem::remove(file, no_matter);
-    }
-    g_free(file);
 }
 
 GstPadProbeReturn VideoFeed::on_event(GstPad*, GstPadProbeInfo* info, gpointer feed)
