@@ -1,5 +1,7 @@
 #include "desktop/cache/CacheRecord.h"
 
+#include "desktop/glib/Owned.h"
+
 #include <glib.h>
 #include <nlohmann/json.hpp>
 
@@ -46,11 +48,8 @@ std::optional<CacheRecord> read_cache_record(std::string_view json)
 
 std::string digest_of(std::string_view bytes)
 {
-    char* digest =
-        g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(bytes.data()), bytes.size());
-    std::string text = digest;
-    g_free(digest);
-    return text;
+    return take_text(
+        g_compute_checksum_for_data(G_CHECKSUM_SHA256, reinterpret_cast<const guchar*>(bytes.data()), bytes.size()));
 }
 
 std::string digest_of(const Descriptor& file)

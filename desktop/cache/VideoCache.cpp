@@ -2,6 +2,7 @@
 
 #include "desktop/cache/CacheFolder.h"
 #include "desktop/cache/CacheRecord.h"
+#include "desktop/glib/Owned.h"
 
 #include <glib.h>
 
@@ -264,9 +265,7 @@ IncomingVideo::IncomingVideo(VideoCache& cache, const std::string& address) : ca
     CacheFolder folder = CacheFolder::make(cache.folder());
     // The folder's lock prevents other processes from removing the new file as abandoned before it has its own lock.
     const CacheFolder::Lock lock = folder.lock();
-    char* unique = g_uuid_string_random();
-    std::string name = unique + std::string(PartEnd);
-    g_free(unique);
+    std::string name = take_text(g_uuid_string_random()).append(PartEnd);
     Descriptor file = folder.create(name);
     flock(file.number(), LOCK_EX | LOCK_NB);
     part_.reset(new Part{.folder = std::move(folder), .name = std::move(name), .file = std::move(file)});

@@ -21,19 +21,6 @@ namespace
 {
 constexpr std::size_t PieceSize = 64u << 10;
 
-struct Unref {
-    void operator()(gpointer object) const { g_object_unref(object); }
-};
-using Message = std::unique_ptr<SoupMessage, Unref>;
-using Stream = std::unique_ptr<GInputStream, Unref>;
-
-std::string words_of(GError* error)
-{
-    std::string words = error->message;
-    g_error_free(error);
-    return words;
-}
-
 /// Why an answer is unsuitable, judged before its body is read; empty if it can become a copy.
 std::string fault_of(SoupMessage* message, std::uint64_t most_bytes)
 {
@@ -64,15 +51,10 @@ VideoDownload::VideoDownload() : VideoDownload(Limits{})
 
 VideoDownload::VideoDownload(const Limits& limits)
     : limits_(limits),
-      session_(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))
+      session_(adopt(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr)))
 {
     // Content-Length counts encoded bytes: without a decoder it matches the bytes that are read.
-    soup_session_remove_feature_by_type(session_, SOUP_TYPE_CONTENT_DECODER);
-}
-
-VideoDownload::~VideoDownload()
-{
-    g_object_unref(session_);
+    soup_session_remove_feature_by_type(session_.get(), SOUP_TYPE_CONTENT_DECODER);
 }
 
 VideoDownload::Result VideoDownload::fetch(VideoCache& cache, const std::string& address)
@@ -94,17 +76,15 @@ VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::strin
     const auto asked = HttpAddress::parse(address);
     if (!asked)
         return {.error = "not an address of http or https"};
-    const Message message(soup_message_new_from_uri(SOUP_METHOD_GET, asked->uri()));
-    const std::unique_ptr<GCancellable, Unref> request(g_cancellable_new());
+    const auto message = adopt(soup_message_new_from_uri(SOUP_METHOD_GET, asked->uri()));
+    const auto request = adopt(g_cancellable_new());
     const RequestGuard guard(message.get(), *asked, request.get(), reach_of(asked));
 
     const std::int64_t deadline = g_get_monotonic_time() + static_cast<std::int64_t>(limits_.all_seconds * 1e6);
-    GError* error = nullptr;
-    const Stream stream(soup_session_send(session_, message.get(), request.get(), &error));
-    if (!stream) {
-        const std::string words = words_of(error);
-        return {.error = guard.reason() ? guard.reason() : words};
-    }
+    Error error;
+    const auto stream = adopt(soup_session_send(session_.get(), message.get(), request.get(), error.out()));
+    if (!stream)
+        return {.error = guard.reason() ? guard.reason() : error.message()};
     if (std::string fault = fault_of(message.get(), cache.most_bytes()); !fault.empty())
         return {.error = std::move(fault)};
 
@@ -113,9 +93,9 @@ VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::strin
     IncomingVideo video(cache, address);
     const std::unique_ptr<char[]> piece(new char[PieceSize]);
     for (;;) {
-        const gssize got = g_input_stream_read(stream.get(), piece.get(), PieceSize, nullptr, &error);
+        const gssize got = g_input_stream_read(stream.get(), piece.get(), PieceSize, nullptr, error.out());
         if (got < 0)
-            return {.error = words_of(error)};
+            return {.error = error.message()};
         if (got == 0)
             break;
         video.write({piece.get(), static_cast<std::size_t>(got)});

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
+
 #include <cstdint>
 #include <string>
 
@@ -33,7 +35,6 @@ public:
 
     VideoDownload();
     explicit VideoDownload(const Limits& limits);
-    ~VideoDownload();
     VideoDownload(const VideoDownload&) = delete;
     VideoDownload& operator=(const VideoDownload&) = delete;
 
@@ -46,7 +47,7 @@ private:
     Result receive(VideoCache& cache, const std::string& address);
 
     const Limits limits_;
-    SoupSession* const session_;
+    const ObjectRef<SoupSession> session_;
 };
 
 } // namespace qoro

@@ -1,5 +1,6 @@
 #include "desktop/net/AdServer.h"
 
+#include "desktop/glib/Owned.h"
 #include "desktop/net/ContentType.h"
 #include "desktop/net/ContextThread.h"
 #include "desktop/net/HttpAddress.h"
@@ -56,16 +57,15 @@ void send_piece(SoupServerMessage* message, Sending& sending)
     const auto length = static_cast<std::size_t>(std::min<std::int64_t>(sending.end - sending.next, PieceSize));
     if (length == 0)
         return;
-    auto* piece = static_cast<char*>(g_malloc(length));
-    if (sending.file.read(sending.next, piece, length) < length) {
+    Owned<char, g_free> piece(static_cast<char*>(g_malloc(length)));
+    if (sending.file.read(sending.next, piece.get(), length) < length) {
         // The file has shrunk since its size was sent: a broken connection is the only way to report that.
-        g_free(piece);
         g_socket_close(soup_server_message_get_socket(message), nullptr);
         return;
     }
     sending.next += static_cast<std::int64_t>(length);
     soup_message_body_append_take(soup_server_message_get_response_body(message),
-                                  reinterpret_cast<unsigned char*>(piece), length);
+                                  reinterpret_cast<unsigned char*>(piece.release()), length);
 }
 
 void answer_with(SoupServerMessage* message, guint status)
@@ -113,6 +113,11 @@ void answer_with_script(SoupServerMessage* message, const std::string& script)
                                      script.size());
 }
 
+void free_addresses(GSList* uris)
+{
+    g_slist_free_full(uris, [](gpointer uri) { g_uri_unref(static_cast<GUri*>(uri)); });
+}
+
 bool stands_for(const std::string& tracker, const std::string& path)
 {
     const std::size_t macro = tracker.find('{');
@@ -141,8 +146,8 @@ public:
         thread_.run([this] {
             if (!server_)
                 return;
-            soup_server_disconnect(server_);
-            g_object_unref(server_);
+            soup_server_disconnect(server_.get());
+            server_.reset();
         });
     }
 
@@ -164,22 +169,20 @@ private:
     void listen()
     {
         // raw-paths: a tracker's address is recorded as it was sent.
-        server_ = soup_server_new("raw-paths", TRUE, nullptr);
+        server_ = adopt(soup_server_new("raw-paths", TRUE, nullptr));
         soup_server_add_handler(
-            server_, nullptr,
+            server_.get(), nullptr,
             [](SoupServer*, SoupServerMessage* message, const char*, GHashTable*, gpointer self) {
                 static_cast<Worker*>(self)->handle(message);
             },
             this, nullptr);
-        GError* failed = nullptr;
-        if (!soup_server_listen_local(server_, 0, SOUP_SERVER_LISTEN_IPV4_ONLY, &failed)) {
-            error_ = failed->message;
-            g_error_free(failed);
+        Error failed;
+        if (!soup_server_listen_local(server_.get(), 0, SOUP_SERVER_LISTEN_IPV4_ONLY, failed.out())) {
+            error_ = failed.message();
             return;
         }
-        GSList* uris = soup_server_get_uris(server_);
+        const Owned<GSList, free_addresses> uris(soup_server_get_uris(server_.get()));
         host_ = HttpAddress(static_cast<GUri*>(uris->data)).host_and_port();
-        g_slist_free_full(uris, reinterpret_cast<GDestroyNotify>(g_uri_unref));
     }
 
     void handle(SoupServerMessage* message)
@@ -245,7 +248,7 @@ private:
     const OnHit on_hit_;
     std::string error_;
     std::string host_;
-    SoupServer* server_ = nullptr;
+    ObjectRef<SoupServer> server_;
     mutable std::mutex mutex_;
     std::vector<AdServerHit> hits_; // guarded by mutex_
     ContextThread thread_;          // last, so that it ends before the members it uses

@@ -17,14 +17,14 @@ constexpr int LastTurns = 100;
 ContextThread::ContextThread(const char* name)
     : context_(g_main_context_new()), thread_([this, name] {
           pthread_setname_np(pthread_self(), name);
-          g_main_context_push_thread_default(context_);
+          g_main_context_push_thread_default(context());
           while (!over_)
-              g_main_context_iteration(context_, TRUE);
+              g_main_context_iteration(context(), TRUE);
           // Closed connections release their memory in further iterations. Their number is limited, in case a source
           // never stops.
-          for (int turns = 0; turns < LastTurns && g_main_context_iteration(context_, FALSE); ++turns) {
+          for (int turns = 0; turns < LastTurns && g_main_context_iteration(context(), FALSE); ++turns) {
           }
-          g_main_context_pop_thread_default(context_);
+          g_main_context_pop_thread_default(context());
       })
 {
 }
@@ -33,23 +33,21 @@ ContextThread::~ContextThread()
 {
     post([this] { over_ = true; });
     thread_.join();
-    g_main_context_unref(context_);
 }
 
 void ContextThread::post(std::function<void()> work)
 {
-    GSource* source = g_idle_source_new();
-    g_source_set_priority(source, G_PRIORITY_DEFAULT);
+    const Owned<GSource, g_source_unref> source(g_idle_source_new());
+    g_source_set_priority(source.get(), G_PRIORITY_DEFAULT);
     g_source_set_callback(
-        source,
+        source.get(),
         [](gpointer data) -> gboolean {
             (*static_cast<std::function<void()>*>(data))();
             return G_SOURCE_REMOVE;
         },
         new std::function<void()>(std::move(work)),
         [](gpointer data) { delete static_cast<std::function<void()>*>(data); });
-    g_source_attach(source, context_);
-    g_source_unref(source);
+    g_source_attach(source.get(), context());
 }
 
 void ContextThread::run(const std::function<void()>& work)
@@ -66,7 +64,7 @@ void ContextThread::run_while(const std::function<bool()>& condition)
 {
     run([this, &condition] {
         while (condition())
-            g_main_context_iteration(context_, TRUE);
+            g_main_context_iteration(context(), TRUE);
     });
 }
 

@@ -1,9 +1,9 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
+
 #include <functional>
 #include <thread>
-
-typedef struct _GMainContext GMainContext;
 
 namespace qoro
 {
@@ -19,7 +19,7 @@ public:
     ContextThread(const ContextThread&) = delete;
     ContextThread& operator=(const ContextThread&) = delete;
 
-    GMainContext* context() const { return context_; }
+    GMainContext* context() const { return context_.get(); }
     /// Runs work on the thread, after everything posted before it.
     void post(std::function<void()> work);
     /// Like post(), but blocks until the work has run.
@@ -28,7 +28,7 @@ public:
     void run_while(const std::function<bool()>& condition);
 
 private:
-    GMainContext* const context_;
+    const ContextRef context_;
     bool over_ = false; // only touched on the thread
     std::thread thread_;
 };

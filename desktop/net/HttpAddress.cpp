@@ -1,5 +1,7 @@
 #include "desktop/net/HttpAddress.h"
 
+#include "desktop/glib/Owned.h"
+
 #include <libsoup/soup.h>
 
 #include <algorithm>
@@ -15,10 +17,7 @@ namespace
 
 std::string spelling_of(GUri* uri)
 {
-    char* text = g_uri_to_string(uri);
-    std::string copy = text;
-    g_free(text);
-    return copy;
+    return take_text(g_uri_to_string(uri));
 }
 
 } // namespace

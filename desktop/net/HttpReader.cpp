@@ -16,11 +16,10 @@ namespace
 
 constexpr std::uint64_t BytesForABreak = 64u << 10;
 
-/// @param error freed; null if the connection was closed regularly
-const char* words_for(GError* error, const char* usual)
+/// @param error absent if the connection was closed regularly
+const char* words_for(const Error& error, const char* usual)
 {
-    const bool silent = g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
-    g_clear_error(&error);
+    const bool silent = g_error_matches(error.get(), G_IO_ERROR, G_IO_ERROR_TIMED_OUT);
     return silent ? "its server does not answer" : usual;
 }
 
@@ -32,17 +31,16 @@ HttpReader::HttpReader(const std::string& address) : HttpReader(address, Limits{
 
 HttpReader::HttpReader(const std::string& address, const Limits& limits)
     : limits_(limits), address_(HttpAddress::parse(address)), reach_(reach_of(address_)),
-      session_(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))
+      session_(adopt(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr)))
 {
     // Positions count the bytes as sent by the server, so nothing may decode them.
-    soup_session_remove_feature_by_type(session_, SOUP_TYPE_CONTENT_DECODER);
+    soup_session_remove_feature_by_type(session_.get(), SOUP_TYPE_CONTENT_DECODER);
 }
 
 HttpReader::~HttpReader()
 {
     disconnect();
-    soup_session_abort(session_);
-    g_object_unref(session_);
+    soup_session_abort(session_.get());
 }
 
 HttpReader::Outcome HttpReader::read(std::uint64_t position, char* to, std::size_t room, std::size_t& got)
@@ -57,8 +55,8 @@ HttpReader::Outcome HttpReader::read(std::uint64_t position, char* to, std::size
         if (!stream_ || at_ != position)
             state = connect(position);
         if (state == Connection::Open) {
-            GError* error = nullptr;
-            const gssize count = g_input_stream_read(stream_, to, room, cancellable_, &error);
+            Error error;
+            const gssize count = g_input_stream_read(stream_.get(), to, room, cancellable_.get(), error.out());
             if (count > 0) {
                 got = static_cast<std::size_t>(count);
                 at_ += got;
@@ -89,23 +87,21 @@ HttpReader::Connection HttpReader::connect(std::uint64_t position)
         const std::scoped_lock lock(mutex_);
         if (stopped_)
             return Connection::Stopped;
-        cancellable_ = g_cancellable_new();
+        cancellable_ = adopt(g_cancellable_new());
     }
-    message_ = soup_message_new_from_uri(SOUP_METHOD_GET, address_->uri());
-    SoupMessageHeaders* asked = soup_message_get_request_headers(message_);
+    message_ = adopt(soup_message_new_from_uri(SOUP_METHOD_GET, address_->uri()));
+    SoupMessageHeaders* asked = soup_message_get_request_headers(message_.get());
     soup_message_headers_replace(asked, "Accept-Encoding", "identity");
     if (position > 0) {
         soup_message_headers_set_range(asked, static_cast<goffset>(position), -1);
         if (!version_.empty())
             soup_message_headers_replace(asked, "If-Range", version_.c_str());
     }
-    guard_.emplace(message_, *address_, cancellable_, reach_);
-    GError* error = nullptr;
-    stream_ = soup_session_send(session_, message_, cancellable_, &error);
-    if (!stream_ && guard_->reason()) {
-        g_clear_error(&error);
+    guard_.emplace(message_.get(), *address_, cancellable_.get(), reach_);
+    Error error;
+    stream_ = adopt(soup_session_send(session_.get(), message_.get(), cancellable_.get(), error.out()));
+    if (!stream_ && guard_->reason())
         return refuse(guard_->reason());
-    }
     if (!stream_)
         return broken(words_for(error, "its server can't be reached"));
     return take_answer(position);
@@ -113,8 +109,8 @@ HttpReader::Connection HttpReader::connect(std::uint64_t position)
 
 HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
 {
-    const guint status = soup_message_get_status(message_);
-    const HttpAnswer answer = read_answer(status, soup_message_get_response_headers(message_));
+    const guint status = soup_message_get_status(message_.get());
+    const HttpAnswer answer = read_answer(status, soup_message_get_response_headers(message_.get()));
     const bool part = status == SOUP_STATUS_PARTIAL_CONTENT;
     if (!part && status != SOUP_STATUS_OK)
         return refuse("HTTP status " + std::to_string(status));
@@ -139,8 +135,9 @@ HttpReader::Connection HttpReader::take_answer(std::uint64_t position)
 HttpReader::Connection HttpReader::skip_to(std::uint64_t position)
 {
     while (at_ < position) {
-        GError* error = nullptr;
-        const gssize count = g_input_stream_skip(stream_, static_cast<gsize>(position - at_), cancellable_, &error);
+        Error error;
+        const gssize count =
+            g_input_stream_skip(stream_.get(), static_cast<gsize>(position - at_), cancellable_.get(), error.out());
         if (count <= 0)
             return broken(words_for(error, "its server hung up"));
         at_ += static_cast<std::uint64_t>(count);
@@ -179,15 +176,15 @@ void HttpReader::disconnect()
         // Cancelled first: on a regular close, libsoup would wait for the rest of the body.
         const std::scoped_lock lock(mutex_);
         if (cancellable_)
-            g_cancellable_cancel(cancellable_);
+            g_cancellable_cancel(cancellable_.get());
     }
     if (stream_)
-        g_input_stream_close(stream_, cancellable_, nullptr);
-    g_clear_object(&stream_);
+        g_input_stream_close(stream_.get(), cancellable_.get(), nullptr);
+    stream_.reset();
     guard_.reset();
-    g_clear_object(&message_);
+    message_.reset();
     const std::scoped_lock lock(mutex_);
-    g_clear_object(&cancellable_);
+    cancellable_.reset();
 }
 
 std::optional<std::uint64_t> HttpReader::size() const
@@ -213,7 +210,7 @@ void HttpReader::stop()
     const std::scoped_lock lock(mutex_);
     stopped_ = true;
     if (cancellable_)
-        g_cancellable_cancel(cancellable_);
+        g_cancellable_cancel(cancellable_.get());
 }
 
 void HttpReader::resume()

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
 #include "desktop/net/RequestGuard.h"
 
 #include <cstddef>
@@ -78,10 +79,10 @@ private:
     const Limits limits_;
     const std::optional<HttpAddress> address_;
     const NetworkZone reach_;
-    SoupSession* const session_;
+    const ObjectRef<SoupSession> session_;
     /// The pending request; stream_ is its answer.
-    SoupMessage* message_ = nullptr;
-    GInputStream* stream_ = nullptr;
+    ObjectRef<SoupMessage> message_;
+    ObjectRef<GInputStream> stream_;
     std::optional<RequestGuard> guard_;
     bool refused_ = false;
     /// Offset in the file of the stream's next byte.
@@ -97,7 +98,7 @@ private:
     bool can_jump_ = false;
     bool stopped_ = false;
     /// Cancels the pending request; each request has its own.
-    GCancellable* cancellable_ = nullptr;
+    ObjectRef<GCancellable> cancellable_;
 };
 
 } // namespace qoro

@@ -51,35 +51,31 @@ class PageProxy::Worker
 {
 public:
     explicit Worker(std::function<void(const std::string&)> on_refusal)
-        : listener_(g_socket_listener_new()), stop_(g_cancellable_new())
+        : listener_(adopt(g_socket_listener_new())), stop_(adopt(g_cancellable_new()))
     {
         rules_.user = "page";
         rules_.password = new_password();
         rules_.on_refusal = std::move(on_refusal);
-        GInetAddress* here = g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4);
-        GSocketAddress* any_port = g_inet_socket_address_new(here, 0);
+        const auto here = adopt(g_inet_address_new_loopback(G_SOCKET_FAMILY_IPV4));
+        const auto any_port = adopt(g_inet_socket_address_new(here.get(), 0));
         GSocketAddress* bound = nullptr;
-        if (g_socket_listener_add_address(listener_, any_port, G_SOCKET_TYPE_STREAM, G_SOCKET_PROTOCOL_TCP, nullptr,
-                                          &bound, nullptr)) {
+        if (g_socket_listener_add_address(listener_.get(), any_port.get(), G_SOCKET_TYPE_STREAM, G_SOCKET_PROTOCOL_TCP,
+                                          nullptr, &bound, nullptr)) {
+            const auto owned = adopt(bound);
             port_ = g_inet_socket_address_get_port(G_INET_SOCKET_ADDRESS(bound));
-            g_object_unref(bound);
             accepting_ = std::thread([this] { accept(); });
         }
-        g_object_unref(any_port);
-        g_object_unref(here);
     }
 
     ~Worker()
     {
-        g_cancellable_cancel(stop_);
+        g_cancellable_cancel(stop_.get());
         if (accepting_.joinable())
             accepting_.join();
         for (Served& served : served_)
             served.tunnel.stop();
         for (Served& served : served_)
             served.thread.join();
-        g_object_unref(listener_);
-        g_object_unref(stop_);
     }
 
     std::string address() const
@@ -98,7 +94,7 @@ public:
 
 private:
     struct Served {
-        Served(PageTunnel::Rules& rules, GSocketConnection* page) : tunnel(rules, page) {}
+        Served(PageTunnel::Rules& rules, ObjectRef<GSocketConnection> page) : tunnel(rules, std::move(page)) {}
         PageTunnel tunnel;
         std::atomic<bool> over = false;
         std::thread thread;
@@ -106,8 +102,8 @@ private:
 
     void accept()
     {
-        while (!g_cancellable_is_cancelled(stop_)) {
-            GSocketConnection* page = g_socket_listener_accept(listener_, nullptr, stop_, nullptr);
+        while (!g_cancellable_is_cancelled(stop_.get())) {
+            auto page = adopt(g_socket_listener_accept(listener_.get(), nullptr, stop_.get(), nullptr));
             if (!page) {
                 std::this_thread::sleep_for(Pause); // for example, the page has already closed the connection
                 continue;
@@ -119,11 +115,9 @@ private:
                     served.thread.join();
                 return over;
             });
-            if (served_.size() == MostTunnels) {
-                g_object_unref(page);
+            if (served_.size() == MostTunnels)
                 continue;
-            }
-            Served& served = served_.emplace_back(rules_, page);
+            Served& served = served_.emplace_back(rules_, std::move(page));
             try {
                 served.thread = std::thread([&served] {
                     served.tunnel.run();
@@ -136,8 +130,8 @@ private:
     }
 
     PageTunnel::Rules rules_;
-    GSocketListener* const listener_;
-    GCancellable* const stop_;
+    const ObjectRef<GSocketListener> listener_;
+    const ObjectRef<GCancellable> stop_;
     int port_ = 0;
     std::mutex mutex_;
     std::list<Served> served_; // guarded by mutex_
@@ -169,9 +163,9 @@ bool PageProxy::system_has_proxy()
     std::thread([found] {
         bool has = false;
         for (const char* address : {"http://example.org/", "https://example.org/"}) {
-            char** proxies = g_proxy_resolver_lookup(g_proxy_resolver_get_default(), address, nullptr, nullptr);
-            has = has || (proxies && g_strcmp0(proxies[0], "direct://") != 0);
-            g_strfreev(proxies);
+            const Owned<char*, g_strfreev> proxies(
+                g_proxy_resolver_lookup(g_proxy_resolver_get_default(), address, nullptr, nullptr));
+            has = has || (proxies && g_strcmp0(*proxies, "direct://") != 0);
         }
         found->set_value(has);
     }).detach();

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <poll.h>
 #include <sys/socket.h>
+#include <utility>
 
 namespace qoro
 {
@@ -87,20 +88,14 @@ private:
 
 } // namespace
 
-PageTunnel::PageTunnel(Rules& rules, GSocketConnection* page) : rules_(rules), page_(page), stop_(g_cancellable_new())
+PageTunnel::PageTunnel(Rules& rules, ObjectRef<GSocketConnection> page)
+    : rules_(rules), page_(std::move(page)), stop_(adopt(g_cancellable_new()))
 {
-}
-
-PageTunnel::~PageTunnel()
-{
-    g_clear_object(&server_);
-    g_object_unref(page_);
-    g_object_unref(stop_);
 }
 
 void PageTunnel::stop()
 {
-    g_cancellable_cancel(stop_);
+    g_cancellable_cancel(stop_.get());
 }
 
 void PageTunnel::keep_within(NetworkZone reach)
@@ -111,19 +106,16 @@ void PageTunnel::keep_within(NetworkZone reach)
 
 void PageTunnel::run()
 {
-    g_socket_set_timeout(g_socket_connection_get_socket(page_), AskingPatience);
+    g_socket_set_timeout(g_socket_connection_get_socket(page_.get()), AskingPatience);
     if (log_in()) {
         const Asked asked = read_request();
-        if (asked.target) {
-            if (connect(asked))
-                relay();
-            g_object_unref(asked.target);
-        }
+        if (asked.target && connect(asked))
+            relay();
     }
     // Closed here, because the proxy may destroy the tunnel much later.
     if (server_)
-        g_io_stream_close(G_IO_STREAM(server_), nullptr, nullptr);
-    g_io_stream_close(G_IO_STREAM(page_), nullptr, nullptr);
+        g_io_stream_close(G_IO_STREAM(server_.get()), nullptr, nullptr);
+    g_io_stream_close(G_IO_STREAM(page_.get()), nullptr, nullptr);
 }
 
 // -------------------------------------------------------------------------------------------------------------- SOCKS
@@ -131,14 +123,14 @@ void PageTunnel::run()
 bool PageTunnel::read(unsigned char* to, std::size_t count)
 {
     gsize got = 0;
-    GInputStream* stream = g_io_stream_get_input_stream(G_IO_STREAM(page_));
-    return g_input_stream_read_all(stream, to, count, &got, stop_, nullptr) && got == count;
+    GInputStream* stream = g_io_stream_get_input_stream(G_IO_STREAM(page_.get()));
+    return g_input_stream_read_all(stream, to, count, &got, stop_.get(), nullptr) && got == count;
 }
 
 bool PageTunnel::write(const unsigned char* bytes, std::size_t count)
 {
-    GOutputStream* stream = g_io_stream_get_output_stream(G_IO_STREAM(page_));
-    return g_output_stream_write_all(stream, bytes, count, nullptr, stop_, nullptr);
+    GOutputStream* stream = g_io_stream_get_output_stream(G_IO_STREAM(page_.get()));
+    return g_output_stream_write_all(stream, bytes, count, nullptr, stop_.get(), nullptr);
 }
 
 bool PageTunnel::log_in()
@@ -192,15 +184,14 @@ PageTunnel::Asked PageTunnel::read_request()
     if (head[3] == Name) {
         const std::string name(reinterpret_cast<const char*>(host.data()), length);
         if (name.find('\0') == std::string::npos)
-            return {g_network_address_new(name.c_str(), port), name + ":" + std::to_string(port)};
+            return {adopt(g_network_address_new(name.c_str(), port)), name + ":" + std::to_string(port)};
         answer_request(UnknownAddress);
         return {};
     }
-    GInetAddress* ip =
-        g_inet_address_new_from_bytes(host.data(), head[3] == Ip4 ? G_SOCKET_FAMILY_IPV4 : G_SOCKET_FAMILY_IPV6);
-    GSocketAddress* address = g_inet_socket_address_new(ip, port);
-    g_object_unref(ip);
-    return {G_SOCKET_CONNECTABLE(address), text_of(address)};
+    const auto ip =
+        adopt(g_inet_address_new_from_bytes(host.data(), head[3] == Ip4 ? G_SOCKET_FAMILY_IPV4 : G_SOCKET_FAMILY_IPV6));
+    GSocketAddress* address = g_inet_socket_address_new(ip.get(), port);
+    return {adopt(G_SOCKET_CONNECTABLE(address)), text_of(address)};
 }
 
 void PageTunnel::answer_request(unsigned char status)
@@ -216,29 +207,27 @@ void PageTunnel::answer_request(unsigned char status)
 /// address of the name is tried.
 void PageTunnel::connecting(GSocketConnection* server, PageTunnel* tunnel)
 {
-    GSocketAddress* address = g_socket_connection_get_remote_address(server, nullptr);
-    tunnel->zone_ = zone_of(address);
+    const auto address = adopt(g_socket_connection_get_remote_address(server, nullptr));
+    tunnel->zone_ = zone_of(address.get());
     if (tunnel->zone_ > tunnel->rules_.reach) {
-        tunnel->refused_ = text_of(address);
+        tunnel->refused_ = text_of(address.get());
         g_socket_close(g_socket_connection_get_socket(server), nullptr);
     }
-    g_clear_object(&address);
 }
 
 bool PageTunnel::connect(const Asked& asked)
 {
-    GSocketClient* client = g_socket_client_new();
-    g_socket_client_set_enable_proxy(client, FALSE);
-    g_socket_client_set_timeout(client, ConnectingPatience);
-    g_signal_connect(client, "event",
+    const auto client = adopt(g_socket_client_new());
+    g_socket_client_set_enable_proxy(client.get(), FALSE);
+    g_socket_client_set_timeout(client.get(), ConnectingPatience);
+    g_signal_connect(client.get(), "event",
                      G_CALLBACK(+[](GSocketClient*, GSocketClientEvent event, GSocketConnectable*, GIOStream* stream,
                                     PageTunnel* tunnel) {
                          if (event == G_SOCKET_CLIENT_CONNECTING)
                              connecting(G_SOCKET_CONNECTION(stream), tunnel);
                      }),
                      this);
-    server_ = g_socket_client_connect(client, asked.target, stop_, nullptr);
-    g_object_unref(client);
+    server_ = adopt(g_socket_client_connect(client.get(), asked.target.get(), stop_.get(), nullptr));
     // The reach may have been reduced meanwhile.
     const bool connected = server_ && zone_ <= rules_.reach;
     if (!connected && !refused_.empty())
@@ -249,12 +238,12 @@ bool PageTunnel::connect(const Asked& asked)
 
 void PageTunnel::relay()
 {
-    GSocket* const page = g_socket_connection_get_socket(page_);
-    GSocket* const server = g_socket_connection_get_socket(server_);
+    GSocket* const page = g_socket_connection_get_socket(page_.get());
+    GSocket* const server = g_socket_connection_get_socket(server_.get());
     const int page_fd = g_socket_get_fd(page);
     const int server_fd = g_socket_get_fd(server); // GSocket's descriptors are always non-blocking
     GPollFD stop{};
-    if (!g_cancellable_make_pollfd(stop_, &stop))
+    if (!g_cancellable_make_pollfd(stop_.get(), &stop))
         return;
     Way up(page_fd, server_fd);
     Way down(server_fd, page_fd);
@@ -271,7 +260,7 @@ void PageTunnel::relay()
         if (ends[2].revents != 0 || !up.move() || !down.move())
             break;
     }
-    g_cancellable_release_fd(stop_);
+    g_cancellable_release_fd(stop_.get());
 }
 
 } // namespace qoro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
 #include "kit/NetworkZone.h"
 
 #include <atomic>
@@ -30,9 +31,7 @@ public:
     };
 
     /// @param rules must outlive the tunnel
-    /// @param page taken over
-    PageTunnel(Rules& rules, GSocketConnection* page);
-    ~PageTunnel();
+    PageTunnel(Rules& rules, ObjectRef<GSocketConnection> page);
     PageTunnel(const PageTunnel&) = delete;
     PageTunnel& operator=(const PageTunnel&) = delete;
 
@@ -46,7 +45,7 @@ public:
 private:
     /// A SOCKS request; target is null if it was invalid.
     struct Asked {
-        GSocketConnectable* target = nullptr;
+        ObjectRef<GSocketConnectable> target = {};
         std::string where;
     };
 
@@ -60,9 +59,9 @@ private:
     void relay();
 
     Rules& rules_;
-    GSocketConnection* const page_;
-    GSocketConnection* server_ = nullptr;
-    GCancellable* const stop_;
+    const ObjectRef<GSocketConnection> page_;
+    ObjectRef<GSocketConnection> server_;
+    const ObjectRef<GCancellable> stop_;
     std::atomic<NetworkZone> zone_ = NetworkZone::Public;
     /// The last address that was refused because it lies too far inside; empty if none was.
     std::string refused_;

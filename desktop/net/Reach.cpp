@@ -1,5 +1,7 @@
 #include "desktop/net/Reach.h"
 
+#include "desktop/glib/Owned.h"
+
 #include <gio/gio.h>
 
 #include <algorithm>
@@ -123,10 +125,7 @@ NetworkZone zone_of(GSocketAddress* address)
 
 std::string text_of(GSocketAddress* address)
 {
-    char* text = g_socket_connectable_to_string(G_SOCKET_CONNECTABLE(address));
-    std::string copy = text;
-    g_free(text);
-    return copy;
+    return take_text(g_socket_connectable_to_string(G_SOCKET_CONNECTABLE(address)));
 }
 
 } // namespace qoro

@@ -30,22 +30,15 @@ bool is_length(std::string_view text)
 } // namespace
 
 RequestGuard::RequestGuard(SoupMessage* message, const HttpAddress& asked, GCancellable* request, NetworkZone reach)
-    : message_(static_cast<SoupMessage*>(g_object_ref(message))), asked_(asked.spelt()), request_(request),
-      reach_(reach)
+    : asked_(asked.spelt()), request_(request), reach_(reach)
 {
-    g_signal_connect(message_, "network-event", G_CALLBACK(network_event), this);
-    g_signal_connect(message_, "starting", G_CALLBACK(starting), this);
+    connections_.add(message, "network-event", network_event, this);
+    connections_.add(message, "starting", starting, this);
     // The only signal between reading the header section of an answer and using it.
-    g_signal_connect(message_, "notify::status-code", G_CALLBACK(got_head), this);
-    g_signal_connect(message_, "restarted", G_CALLBACK(restarted), this);
+    connections_.add(message, "notify::status-code", got_head, this);
+    connections_.add(message, "restarted", restarted, this);
     if (zone_named_by(asked_) > reach_)
         refuse(Inside);
-}
-
-RequestGuard::~RequestGuard()
-{
-    g_signal_handlers_disconnect_by_data(message_, this);
-    g_object_unref(message_);
 }
 
 void RequestGuard::refuse(const char* reason)
@@ -59,15 +52,12 @@ void RequestGuard::network_event(SoupMessage*, int event, GIOStream* connection,
     if (event != G_SOCKET_CLIENT_CONNECTING)
         return;
     auto* socket = G_SOCKET_CONNECTION(connection);
-    GSocketAddress* address = g_socket_connection_get_remote_address(socket, nullptr);
-    if (!address)
-        return;
-    if (!G_IS_PROXY_ADDRESS(address) && zone_of(address) > guard->reach_) {
+    const auto address = adopt(g_socket_connection_get_remote_address(socket, nullptr));
+    if (address && !G_IS_PROXY_ADDRESS(address.get()) && zone_of(address.get()) > guard->reach_) {
         // Nothing is sent to this address; the host's other addresses are tried.
         g_socket_close(g_socket_connection_get_socket(socket), nullptr);
         guard->reason_ = guard->redirected_ ? RedirectedInside : Inside;
     }
-    g_object_unref(address);
 }
 
 /// The request has a connection, possibly one that another request opened.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/glib/Owned.h"
 #include "desktop/net/HttpAddress.h"
 #include "kit/NetworkZone.h"
 
@@ -29,7 +30,6 @@ public:
     /// @param reach the innermost zone that the request may reach; a redirect may go no further inside than the server
     ///        that sent it
     RequestGuard(SoupMessage* message, const HttpAddress& asked, GCancellable* request, NetworkZone reach);
-    ~RequestGuard();
     RequestGuard(const RequestGuard&) = delete;
     RequestGuard& operator=(const RequestGuard&) = delete;
 
@@ -45,13 +45,13 @@ private:
     static void restarted(SoupMessage* message, RequestGuard* guard);
     void refuse(const char* reason);
 
-    SoupMessage* const message_;
     const std::string asked_;
     GCancellable* const request_;
     NetworkZone reach_;
     NetworkZone zone_ = NetworkZone::Public;
     bool redirected_ = false;
     const char* reason_ = nullptr;
+    Connections connections_;
 };
 
 } // namespace qoro

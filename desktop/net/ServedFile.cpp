@@ -1,5 +1,7 @@
 #include "desktop/net/ServedFile.h"
 
+#include "desktop/glib/Owned.h"
+
 #include <glib.h>
 
 #include <algorithm>
@@ -29,11 +31,10 @@ bool lies_in(const std::filesystem::path& file, const std::filesystem::path& fol
 
 std::optional<ServedFile> ServedFile::open(const std::string& folder, std::string_view path)
 {
-    char* unescaped = g_uri_unescape_segment(path.data(), path.data() + path.size(), nullptr);
+    const Owned<char, g_free> unescaped(g_uri_unescape_segment(path.data(), path.data() + path.size(), nullptr));
     if (!unescaped)
         return std::nullopt;
-    const std::filesystem::path asked = std::filesystem::path(unescaped).relative_path();
-    g_free(unescaped);
+    const std::filesystem::path asked = std::filesystem::path(unescaped.get()).relative_path();
     if (climbs(asked))
         return std::nullopt;
 

@@ -1,5 +1,6 @@
 #include "desktop/net/SoupFetcher.h"
 
+#include "desktop/glib/Owned.h"
 #include "desktop/net/ContextThread.h"
 #include "desktop/net/HttpAddress.h"
 #include "desktop/net/Reach.h"
@@ -50,10 +51,10 @@ public:
     {
         thread_.run([this] {
             // One more than our own limits, which do not count the fetch that blocks the main thread.
-            session_ = soup_session_new_with_options("user-agent", UserAgent, "max-conns", limits_.in_all + 1,
-                                                     "max-conns-per-host", limits_.per_host + 1, "idle-timeout",
-                                                     limits_.idle_seconds, nullptr);
-            soup_session_add_feature_by_type(session_, SOUP_TYPE_COOKIE_JAR);
+            session_ = adopt(soup_session_new_with_options("user-agent", UserAgent, "max-conns", limits_.in_all + 1,
+                                                           "max-conns-per-host", limits_.per_host + 1, "idle-timeout",
+                                                           limits_.idle_seconds, nullptr));
+            soup_session_add_feature_by_type(session_.get(), SOUP_TYPE_COOKIE_JAR);
         });
     }
 
@@ -65,12 +66,12 @@ public:
             while (!pausing_.empty())
                 forget(*pausing_.begin());
             for (Transfer* transfer : transfers_)
-                g_cancellable_cancel(transfer->cancellable);
+                g_cancellable_cancel(transfer->cancellable.get());
         });
         thread_.run_while([this] { return !transfers_.empty(); });
         thread_.run([this] {
-            soup_session_abort(session_);
-            g_object_unref(session_);
+            soup_session_abort(session_.get());
+            session_.reset();
         });
     }
 
@@ -89,18 +90,16 @@ public:
     void finish(double seconds)
     {
         bool expired = false;
-        GSource* deadline = g_timeout_source_new(static_cast<guint>(seconds * 1000));
+        const OwnedSource deadline(g_timeout_source_new(static_cast<guint>(seconds * 1000)));
         g_source_set_callback(
-            deadline,
+            deadline.get(),
             [](gpointer over) -> gboolean {
                 *static_cast<bool*>(over) = true;
                 return G_SOURCE_REMOVE;
             },
             &expired, nullptr);
-        g_source_attach(deadline, thread_.context());
+        g_source_attach(deadline.get(), thread_.context());
         thread_.run_while([this, &expired] { return !expired && !transfers_.empty(); });
-        g_source_destroy(deadline);
-        g_source_unref(deadline);
     }
 
 private:
@@ -116,7 +115,7 @@ private:
     struct Pausing {
         Worker& worker;
         Asked asked;
-        GSource* pause;
+        OwnedSource pause;
     };
     struct Transfer {
         Worker& worker;
@@ -124,17 +123,18 @@ private:
         Done done;
         /// Origin whose limit the fetch counts towards; empty for an urgent one.
         std::string origin;
-        SoupMessage* message;
-        GCancellable* cancellable;
-        GSource* time_out;
+        ObjectRef<SoupMessage> message;
+        ObjectRef<GCancellable> cancellable;
+        OwnedSource time_out;
         double seconds;
         FetchKind kind;
         bool may_try_again;
-        RequestGuard guard{message, address, cancellable, reach_of(address)};
+        RequestGuard guard{message.get(), address, cancellable.get(), reach_of(address)};
         bool timed_out = false;
         bool hung_up_on = false;
-        GInputStream* stream = nullptr;
+        ObjectRef<GInputStream> stream = {};
         std::string body = {};
+        Connections connections = {};
     };
 
     void begin(const Asked& asked)
@@ -149,10 +149,10 @@ private:
     void begin_again_later(Asked asked)
     {
         asked.again = true;
-        auto* pausing =
-            new Pausing{*this, std::move(asked), g_timeout_source_new(static_cast<guint>(limits_.page_pause * 1000))};
+        auto* pausing = new Pausing{*this, std::move(asked),
+                                    OwnedSource(g_timeout_source_new(static_cast<guint>(limits_.page_pause * 1000)))};
         g_source_set_callback(
-            pausing->pause,
+            pausing->pause.get(),
             [](gpointer data) -> gboolean {
                 auto* over = static_cast<Pausing*>(data);
                 over->worker.begin(over->asked);
@@ -160,15 +160,13 @@ private:
                 return G_SOURCE_REMOVE;
             },
             pausing, nullptr);
-        g_source_attach(pausing->pause, thread_.context());
+        g_source_attach(pausing->pause.get(), thread_.context());
         pausing_.insert(pausing);
     }
 
     void forget(Pausing* pausing)
     {
         pausing_.erase(pausing);
-        g_source_destroy(pausing->pause);
-        g_source_unref(pausing->pause);
         delete pausing;
     }
 
@@ -180,30 +178,31 @@ private:
             ++active_by_origin_[origin];
         }
         const double seconds = origin.empty() ? limits_.waiting_seconds : limits_.background_seconds;
-        SoupMessage* message = soup_message_new_from_uri(SOUP_METHOD_GET, asked.address.uri());
         auto* transfer = new Transfer{.worker = *this,
                                       .address = asked.address,
                                       .done = asked.done,
                                       .origin = origin,
-                                      .message = message,
-                                      .cancellable = g_cancellable_new(),
-                                      .time_out = g_timeout_source_new(static_cast<guint>(seconds * 1000)),
+                                      .message = adopt(soup_message_new_from_uri(SOUP_METHOD_GET, asked.address.uri())),
+                                      .cancellable = adopt(g_cancellable_new()),
+                                      .time_out = OwnedSource(g_timeout_source_new(static_cast<guint>(seconds * 1000))),
                                       .seconds = seconds,
                                       .kind = asked.kind,
                                       .may_try_again = asked.kind == FetchKind::Page && !asked.urgent && !asked.again};
         g_source_set_callback(
-            transfer->time_out,
+            transfer->time_out.get(),
             [](gpointer data) -> gboolean {
                 auto* late = static_cast<Transfer*>(data);
                 late->timed_out = true;
-                g_cancellable_cancel(late->cancellable);
+                g_cancellable_cancel(late->cancellable.get());
                 return G_SOURCE_REMOVE;
             },
             transfer, nullptr);
-        g_source_attach(transfer->time_out, thread_.context());
-        g_signal_connect(message, "restarted", G_CALLBACK(restarted), transfer);
+        g_source_attach(transfer->time_out.get(), thread_.context());
+        SoupMessage* message = transfer->message.get();
+        transfer->connections.add(message, "restarted", restarted, transfer);
         transfers_.insert(transfer);
-        soup_session_send_async(session_, message, G_PRIORITY_DEFAULT, transfer->cancellable, answered, transfer);
+        soup_session_send_async(session_.get(), message, G_PRIORITY_DEFAULT, transfer->cancellable.get(), answered,
+                                transfer);
     }
 
     bool may_have_more(const std::string& origin) const
@@ -246,39 +245,39 @@ private:
             return;
         auto* transfer = static_cast<Transfer*>(data);
         transfer->hung_up_on = true;
-        g_cancellable_cancel(transfer->cancellable);
+        g_cancellable_cancel(transfer->cancellable.get());
     }
 
     static void answered(GObject*, GAsyncResult* result, gpointer data)
     {
         auto* transfer = static_cast<Transfer*>(data);
-        GError* error = nullptr;
-        transfer->stream = soup_session_send_finish(transfer->worker.session_, result, &error);
+        Error error;
+        transfer->stream = adopt(soup_session_send_finish(transfer->worker.session_.get(), result, error.out()));
         if (transfer->stream)
             read_on(transfer);
         else
-            end_with(transfer, error);
+            end_with(transfer, *error.get());
     }
 
     static void read_on(Transfer* transfer)
     {
-        g_input_stream_read_bytes_async(transfer->stream, PieceSize, G_PRIORITY_DEFAULT, transfer->cancellable,
-                                        was_read, transfer);
+        g_input_stream_read_bytes_async(transfer->stream.get(), PieceSize, G_PRIORITY_DEFAULT,
+                                        transfer->cancellable.get(), was_read, transfer);
     }
 
     static void was_read(GObject* stream, GAsyncResult* result, gpointer data)
     {
         auto* transfer = static_cast<Transfer*>(data);
-        GError* error = nullptr;
-        GBytes* piece = g_input_stream_read_bytes_finish(G_INPUT_STREAM(stream), result, &error);
+        Error error;
+        const Owned<GBytes, g_bytes_unref> piece(
+            g_input_stream_read_bytes_finish(G_INPUT_STREAM(stream), result, error.out()));
         if (!piece) {
-            end_with(transfer, error);
+            end_with(transfer, *error.get());
             return;
         }
         gsize length = 0;
-        const void* bytes = g_bytes_get_data(piece, &length);
+        const void* bytes = g_bytes_get_data(piece.get(), &length);
         transfer->body.append(static_cast<const char*>(bytes), length);
-        g_bytes_unref(piece);
         const std::size_t limit = transfer->worker.limits_.body;
         if (transfer->body.size() > limit)
             end(transfer, failure("the answer is larger than " + std::to_string(limit) + " bytes"));
@@ -288,11 +287,10 @@ private:
             read_on(transfer);
     }
 
-    static void end_with(Transfer* transfer, GError* error)
+    static void end_with(Transfer* transfer, const GError& error)
     {
-        std::string words = error->message;
-        bool server_failed = error->domain == G_IO_ERROR;
-        g_error_free(error);
+        std::string words = error.message;
+        bool server_failed = error.domain == G_IO_ERROR;
         if (transfer->timed_out)
             words = "no complete answer within " + std::to_string(static_cast<int>(transfer->seconds)) + " seconds";
         else if (transfer->hung_up_on)
@@ -309,7 +307,7 @@ private:
 
     static void end_with_body(Transfer* transfer)
     {
-        const guint status = soup_message_get_status(transfer->message);
+        const guint status = soup_message_get_status(transfer->message.get());
         if (status >= 500)
             return end_or_try_again(transfer, failure("HTTP status " + std::to_string(status)));
         if (status >= 400)
@@ -318,7 +316,7 @@ private:
         answer.ok = true;
         answer.body = std::move(transfer->body);
         // Without a redirect the address is returned exactly as requested.
-        GUri* final = soup_message_get_uri(transfer->message);
+        GUri* final = soup_message_get_uri(transfer->message.get());
         const HttpAddress from =
             soup_uri_equal(transfer->address.uri(), final) ? transfer->address : HttpAddress(final);
         answer.final_address = from.written();
@@ -342,13 +340,7 @@ private:
     {
         Worker& worker = transfer->worker;
         worker.transfers_.erase(transfer);
-        g_source_destroy(transfer->time_out);
-        g_source_unref(transfer->time_out);
-        g_cancellable_cancel(transfer->cancellable); // discards the rest of the body
-        g_clear_object(&transfer->stream);
-        g_signal_handlers_disconnect_by_data(transfer->message, transfer);
-        g_object_unref(transfer->message);
-        g_object_unref(transfer->cancellable);
+        g_cancellable_cancel(transfer->cancellable.get()); // discards the rest of the body
         const Done done = std::move(transfer->done);
         const std::string origin = std::move(transfer->origin);
         delete transfer;
@@ -357,7 +349,7 @@ private:
     }
 
     const Limits limits_;
-    SoupSession* session_ = nullptr;
+    ObjectRef<SoupSession> session_;
     std::set<Transfer*> transfers_;
     std::set<Pausing*> pausing_;
     bool ends_ = false;
