@@ -1,7 +1,7 @@
 #include "formats/Fields.h"
 
+#include "Base/VideoPlayer/ControlButtons.h"
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
-#include "Base/VideoPlayer/overlay/ControlButtons.h"
 
 #include <algorithm>
 #include <iterator>

@@ -23,9 +23,9 @@ struct ServedAd::Serving {
 
 ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, OnHit on_hit)
     : ad_(std::move(ad)),
-      serving_(new Serving{
-          .server = AdServer({.folder = folder, .script = std::string(script_library())}, std::move(on_hit)),
-          .named = {}})
+      serving_(new Serving{.server =
+                               AdServer({.folder = folder, .script = std::string(script_library())}, std::move(on_hit)),
+                           .named = {}})
 {
     AdServer& server = serving_->server;
     if (!server.listens())

@@ -1,4 +1,4 @@
-#include "Base/VideoPlayer/overlay/ControlButtons.h"
+#include "Base/VideoPlayer/ControlButtons.h"
 
 #include "Base/VideoPlayer/VideoImage/ImageName.h"
 #include "Places.h"

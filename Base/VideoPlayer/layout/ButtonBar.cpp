@@ -1,8 +1,8 @@
+#include "Base/VideoPlayer/ControlButtons.h"
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "Base/VideoPlayer/VideoImage/EmbeddedImage.h"
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "Base/VideoPlayer/layout/Frames.h"
-#include "Base/VideoPlayer/overlay/ControlButtons.h"
 
 #include <ranges>
 

@@ -1,7 +1,7 @@
+#include "Base/VideoPlayer/ControlButtons.h"
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "Base/VideoPlayer/RemoveViews.h"
 #include "Base/VideoPlayer/TextFormat.h"
-#include "Base/VideoPlayer/overlay/ControlButtons.h"
 #include "platform/QoroAdManager.h"
 #include "platform/TextRange.h"
 

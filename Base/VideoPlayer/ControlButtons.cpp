@@ -1,4 +1,4 @@
-#include "Base/VideoPlayer/overlay/ControlButtons.h"
+#include "Base/VideoPlayer/ControlButtons.h"
 
 #include "Base/VideoPlayer/RemoveViews.h"
 #include "Base/VideoPlayer/VideoImage/EmbeddedImage.h"
