@@ -2,6 +2,8 @@
 
 #include <gdk/x11/gdkx.h>
 
+#include <cmath>
+
 namespace qoro::test
 {
 namespace
@@ -25,8 +27,14 @@ protected:
     }
 
     std::uint64_t hit_tests() { return platform.shared<WindowList>().hit_tests; }
-    /// Moves the X server's pointer to a point of the surface and waits until GTK has noticed.
+    /// Moves the X server's pointer to a point of the surface, from elsewhere: without a motion there is no event.
     void move_pointer(CGPoint point)
+    {
+        place_pointer({point.x - 20, point.y});
+        place_pointer(point);
+    }
+    /// Waits until GTK has noticed.
+    void place_pointer(CGPoint point)
     {
         GtkNative* native = GTK_NATIVE(screen->window());
         double left = 0;
