@@ -24,7 +24,7 @@ qoro_install_component(Controller qoro_host
 qoro_install_component(Simulator qoro_simulator qoro_simulator)
 if(QORO_DESKTOP)
     qoro_install_component(Desktop qoro_host_desktop
-        qoro_desktop qoro_desktop_cache qoro_desktop_calendar qoro_desktop_device qoro_desktop_disk qoro_desktop_glib
+        qoro_desktop qoro_desktop_cache qoro_desktop_calendar qoro_desktop_device qoro_desktop_glib
         qoro_desktop_images
         qoro_desktop_loop qoro_desktop_media
         qoro_desktop_net qoro_desktop_screen qoro_desktop_text qoro_desktop_web qoro_host_desktop qoro_script_library)

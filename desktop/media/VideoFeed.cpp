@@ -1,7 +1,7 @@
 #include "desktop/media/VideoFeed.h"
 
-#include "desktop/disk/ScratchFolders.h"
 #include "desktop/glib/Owned.h"
+#include "desktop/glib/ScratchFolders.h"
 #include "desktop/media/HttpSource.h"
 
 #include <filesystem>

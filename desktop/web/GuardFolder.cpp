@@ -1,6 +1,6 @@
 #include "desktop/web/GuardFolder.h"
 
-#include "desktop/disk/ScratchFolders.h"
+#include "desktop/glib/ScratchFolders.h"
 #include "desktop/web/Embedded.h"
 
 #include <dlfcn.h>

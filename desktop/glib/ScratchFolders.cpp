@@ -1,4 +1,4 @@
-#include "desktop/disk/ScratchFolders.h"
+#include "desktop/glib/ScratchFolders.h"
 
 #include <glib.h>
 
