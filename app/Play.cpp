@@ -3,6 +3,7 @@
 #include "app/PlayInput.h"
 #include "app/TraceFile.h"
 #include "desktop/DesktopPlatform.h"
+#include "desktop/glib/Owned.h"
 #include "desktop/net/Reach.h"
 #include "desktop/screen/DisplayWatch.h"
 #include "desktop/screen/Toolkit.h"
@@ -19,7 +20,7 @@
 #include <gdk/gdkkeysyms.h>
 #include <glib-unix.h>
 
-#include <algorithm>
+#include <array>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -38,10 +39,12 @@ constexpr const char* Title = translatable("Qoro Video Ad: ←→ turn, ↑↓ v
 constexpr const char* Help =
     translatable("←→ turn the device   ↑↓ volume   H leave the app and return   Esc close the ad");
 constexpr float VolumeStep = 0.05F;
+/// Signals that close the ad in order.
+constexpr std::array Signals{SIGINT, SIGTERM, SIGHUP};
 /// Seconds for trackers that are still on their way when the ad has closed.
 constexpr double LastRequestsPatience = 2;
 constexpr double LastRequestsInterval = 0.01;
-/// Seconds that a page always has for hearing that the ad has closed.
+/// Seconds that a page always has to receive the close event.
 constexpr double LastNews = 0.25;
 
 /// Writes the log to standard error.
@@ -91,10 +94,10 @@ private:
     DesktopPlatform platform_;
     std::optional<Trace> trace_;
     std::optional<ServedAd> served_;
-    /// Where the store is, the host says, who may have it in its own network.
+    /// The host chooses the store, which may be in a private network.
     const NamedHosts store_{{store_page_of_id(input_.host.store_page).absoluteString().text()}};
     std::unique_ptr<OpenedAd> opened_;
-    std::vector<guint> signals_;
+    std::array<SourceId, std::size(Signals)> signals_;
     const DisplayWatch display_watch_{[this] { display_lost(); }};
     bool is_away_ = false;
     bool ends_ = false;
@@ -114,14 +117,12 @@ Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceF
     });
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address_on_server(address, served_->base()), path);
-    for (const int number : {SIGINT, SIGTERM, SIGHUP})
-        signals_.push_back(g_unix_signal_add(number, signalled, this));
+    for (std::size_t n = 0; n < signals_.size(); ++n)
+        signals_[n].reset(g_unix_signal_add(Signals[n], signalled, this));
 }
 
 Player::~Player()
 {
-    for (const guint source : signals_)
-        g_source_remove(source);
     platform_.set_event_sink(nullptr);
     opened_.reset();
     served_.reset();
@@ -186,7 +187,7 @@ void Player::change_device(const DeviceChange& change)
 
 bool Player::key_pressed(unsigned keyval)
 {
-    // The way out stays the viewer's, whatever he was about.
+    // Escape always closes, also while a text field has the focus.
     if (keyval != GDK_KEY_Escape && platform_.display().is_written_into())
         return false;
     switch (keyval) {
