@@ -210,6 +210,17 @@ protected:
         return frames;
     }
 
+    /// Whether nothing is drawn for a while. Other programs on the display may cause single frames before that, such as
+    /// by taking the focus.
+    bool comes_to_rest()
+    {
+        constexpr int attempts = 20;
+        for (int attempt = 0; attempt < attempts; ++attempt)
+            if (frames_in(0.4) == 0)
+                return true;
+        return false;
+    }
+
     const std::string picture_path =
         std::filesystem::temp_directory_path() / ("qoro-screen-" + std::to_string(getpid()) + ".png");
     BarePlatform platform;
