@@ -25,7 +25,7 @@ constexpr double Interval = 0.1;
 struct Quiet final : qoro::PlayerListener {
     void load_state_changed() override {}
     void playback_state_changed() override {}
-    void finished(int) override {}
+    void finished(qoro::MPMovieFinishReason) override {}
 };
 
 /// Firing times of a timer, in seconds after its start.
