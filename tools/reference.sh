@@ -1,13 +1,20 @@
 #!/bin/sh
-# Writes the API reference of a configured build's public headers: tools/reference.sh [BUILD]
-# The default build is build/release. The reference is BUILD/reference/html/index.html. Fails on a declaration without
-# documentation.
+# Writes the API reference of the public headers: tools/reference.sh [BUILD]
+# The default build is build/release, which is configured if necessary. The reference is
+# BUILD/reference/html/index.html. Fails on a declaration without documentation.
 set -eu
 cd "$(dirname "$0")/.."
+command -v doxygen >/dev/null || {
+    echo "reference: Doxygen is not installed; run: tools/setup.sh test" >&2
+    exit 1
+}
 build=${1-build/release}
 if [ ! -d "$build/include/qoro" ]; then
-    echo "reference: $build: not configured; run: cmake --preset release" >&2
-    exit 2
+    if [ $# -gt 0 ]; then
+        echo "reference: $build: expected a configured build; run: cmake --preset debug" >&2
+        exit 2
+    fi
+    cmake --preset release >/dev/null
 fi
 mkdir -p "$build/reference"
 doxygen - <<END
