@@ -19,7 +19,7 @@ fi
 mkdir -p "$build/reference"
 doxygen - <<END
 $(cat docs/Doxyfile)
-INPUT = $build/include/qoro
+INPUT = $build/include/qoro docs/reference.md
 STRIP_FROM_PATH = $build/include
 STRIP_FROM_INC_PATH = $build/include
 OUTPUT_DIRECTORY = $build/reference
