@@ -17,7 +17,7 @@
 using namespace qoro;
 using namespace qoro::test;
 
-// Like tests/session/OpenedAdTest.cpp, with a real video, a real page and a real screen.
+// Like tests/host/OpenedAdTest.cpp, with a real video, a real page and a real screen.
 
 namespace
 {
