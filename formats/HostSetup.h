@@ -18,9 +18,9 @@ namespace qoro
 
 /// The host application around an ad, and the settings that the kit makes on the ad's controller before it opens.
 struct HostSetup {
-    /// Interface orientations that the host allows.
+    /// Interface orientations that the host allows, as values of UIInterfaceOrientation.
     std::vector<std::int64_t> autorotates{UIInterfaceOrientationPortrait};
-    /// Size of the host's root view; absent for a host without a root view controller.
+    /// Size of the host's root view in points; absent: the host has no root view controller.
     std::optional<CGSize> root_view = CGSize{375, 812};
     /// Whether the host's window is the key window.
     bool key_window = true;
@@ -28,7 +28,7 @@ struct HostSetup {
     bool parent = false;
     /// Whether the ad is added to a window of its parent.
     bool parent_window = false;
-    /// Whether this delegate of the ad is set, which is notified of a page's failure.
+    /// Whether the ad has this delegate, which is notified when the ad fails, for example when its page does not load.
     /// @{
     bool delegate = false;
     bool interstitial_delegate = false;
@@ -43,21 +43,22 @@ struct HostSetup {
     bool use_auto_rotate = false;
     SendImpPolicy impression_policy = CallShowFunc;
     /// @}
-    /// Times of the close guard; absent for none.
+    /// Times of the close guard; absent: the guard is off.
     std::optional<CloseGuardTimes> guard = CloseGuardTimes{};
 
     /// The kit's cookie identifier, the value of the macro {Zulix-Guid}; null when not set.
     NSString guid = "g-1";
-    /// The kit's session identifier, the value of the macro {Zulix-Sid}; written as a whole number.
+    /// The kit's session identifier, the value of the macro {Zulix-Sid}, which writes it as a whole number.
     double session = 1700000000.0;
     /// The kit's sequence number, the value of the macro {Zulix-Seq}.
     std::int32_t sequence = 7;
-    /// Path of the kit's script library, as a page names it.
+    /// Address of the kit's script library, as a page names it.
     NSString script = "kit://script.js";
-    /// Address pattern of a store's item, as for QoroAdManager::set_store_page.
+    /// Address pattern of a store's item. {id}, {campaign}, {provider} and {adProvider} are replaced with the item's
+    /// values, percent-encoded; a null value becomes empty. See is_store_page.
     std::string store_page = DefaultStorePage;
 
-    /// Whether the ad's requests are limited (QoroAdManager::begin_ad).
+    /// Whether the number and the rate of the ad's requests are limited; a request beyond the limit is not sent.
     bool tracker_limit = true;
 
     /// Receives the lines of the ad's log, on the main thread and inside the event that writes them; it must not call
@@ -68,11 +69,11 @@ struct HostSetup {
 /// Defaults of a simulated session's host: without the kit's close guard and request limits.
 HostSetup unguarded_host();
 
-/// Address of the item "id" in a pattern.
-/// @param pattern as for QoroAdManager::set_store_page
+/// Address of the store page of an example item, whose identifier is "id" and whose other values are empty.
+/// @param pattern as HostSetup::store_page
 NSURL store_page_of_id(const std::string& pattern);
 
-/// Whether a pattern is valid: it contains "{id}" and gives an http or https address.
+/// Whether a pattern is valid for HostSetup::store_page: it contains "{id}" and results in an http or https address.
 bool is_store_page(const std::string& pattern);
 
 } // namespace qoro

@@ -11,7 +11,8 @@ namespace qoro
 
 /// Why an ad ended.
 enum class AdEnd {
-    /// The viewer used the ad's close button or left its store page.
+    /// The viewer used the ad's close button or the close guard's, or left the store page; or the host closed the ad on
+    /// the viewer's behalf (OpenedAd::close with ClosedBy::Viewer).
     Viewer,
     /// The page's script closed it.
     Page,
@@ -23,7 +24,7 @@ enum class AdEnd {
     Failed,
 };
 
-/// "closed by the viewer", "failed", …
+/// A phrase for a report: "closed by the viewer", "failed", … Not translated; lives as long as the program.
 std::string_view words_for(AdEnd end);
 
 /// Playback of one video.
@@ -54,7 +55,7 @@ struct AdOutcome {
     std::vector<PlayedVideo> videos;
     /// Why the page failed to load, or stopped; absent when it has not failed, and for an ad without a page.
     std::optional<std::string> page_error;
-    /// Number of touches that led elsewhere: to a page, a program, a message, a store or a calendar entry.
+    /// Number of touches that led to a page, a program, a message, a store or a calendar entry.
     std::size_t click_throughs = 0;
     /// Number of times the ad sent the viewer out of the app.
     std::size_t departures = 0;

@@ -5,7 +5,8 @@ namespace qoro
 
 class Platform;
 
-/// Sets the accessible names of the controller's controls, which the kit does not know (kit/Accessible.h).
+/// Registers with a platform the accessible names of the controller's pictures and actions. The kit knows neither; it
+/// looks the names up (kit/Accessible.h).
 void set_control_names(Platform& platform);
 
 } // namespace qoro

@@ -8,7 +8,7 @@
 namespace qoro
 {
 
-/// The ad controller that opened the ad. Only reports the calls it receives.
+/// The ad controller that opened the ad. Emits an event for each call that it receives, and does nothing else.
 class ParentController final : public QoroPhoneGapViewController
 {
 public:
@@ -17,11 +17,12 @@ public:
     void setBIsSendImpression(bool sent) override;
 };
 
-/// A delegate of the host. Reports the failures it is notified of.
+/// A delegate of the host. Emits an event for each failure of which it is notified, on the platform that was current
+/// when it was created.
 class HostDelegate final : public QoroAdDelegate
 {
 public:
-    /// @param name which of the delegates this is; outlives it
+    /// @param name which of the ad's delegates this is, for the events; outlives the delegate
     explicit HostDelegate(std::string_view name) : platform_(Platform::current()), name_(name) {}
     bool responds_to_ad_failed() const override { return true; }
     void onZulixAdFailed(const UIView& ad_view, const NSError& error) override;

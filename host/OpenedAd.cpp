@@ -14,7 +14,7 @@ namespace qoro
 namespace
 {
 
-/// No step asks for anything here.
+/// For an ad without steps.
 struct NoControls final : SessionControls {
     void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
     void change_device(const DeviceChange&) override {}
@@ -123,7 +123,7 @@ private:
     double opened_ = 0;
     bool shows_ = false;
     bool ended_ = false;
-    /// A touch has led elsewhere in this event.
+    /// Whether a click-through has been counted in this event.
     bool led_elsewhere_ = false;
     /// Position in seconds from which playback is not counted yet; absent while the video does not play.
     std::optional<double> runs_from_;
@@ -159,11 +159,11 @@ void OpenedAd::Watch::rehearse(const std::shared_ptr<QoroVideoAd>& ad, const Hos
     }
 }
 
-/// Sets up everything but the ad itself.
+/// Registers the event sink and the observers and creates the session. The ad is not open afterwards.
 void OpenedAd::Watch::prepare(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, SessionControls& controls)
 {
     if (dynamic_cast<Watch*>(before_))
-        throw std::logic_error("the platform has an opened ad already");
+        throw std::logic_error("another ad is open on this platform");
     platform_.set_event_sink(this);
     // Registered before the controller: this object counts what was played before the controller reacts.
     platform_.dispatch([this] {
@@ -207,7 +207,7 @@ void OpenedAd::Watch::close(ClosedBy closer)
         session_->close(closer);
 }
 
-/// Afterwards no end is reported.
+/// Closes the ad without a report of its end, and restores the previous event sink.
 void OpenedAd::Watch::leave()
 {
     on_end_ = nullptr;

@@ -11,12 +11,12 @@ namespace qoro
 
 /// Steps that run while an ad is open, for programs that test ads.
 struct Rehearsal {
-    /// Performed at their times, in seconds of the loop's clock. With an OpenStep among them, the first of them opens
-    /// the ad; otherwise the ad opens as a first event of the loop.
+    /// Performed at their times, in seconds of MainLoop::now(); at once if the time has passed. The first OpenStep
+    /// opens the ad; without an OpenStep, the ad opens as the loop's first event.
     std::vector<Step> steps;
     /// Carries out the steps that affect the ad's surroundings; outlives the ad.
     SessionControls& controls;
-    /// Called when the controller exists and the ad is not open yet. May be empty.
+    /// Called once, after the controller has been created and before the ad opens. May be empty.
     std::function<void()> prepared;
 };
 

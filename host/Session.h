@@ -14,12 +14,13 @@ namespace qoro
 {
 
 /// One ad in its host, on any platform. Construction sets up the host, creates the controller, loads its view and makes
-/// it appear; steps do the rest. The platform outlives it.
+/// it appear; steps do the rest. The platform outlives it. Main thread only.
 class Session
 {
 public:
     /// @param controls carries out the steps that affect the ad's surroundings; outlives the session
-    /// @param ad the description to open; null opens an absent one
+    /// @param host the ad's surroundings; not kept
+    /// @param ad the description that open() passes to the controller; with null, open() shows nothing
     Session(Platform& platform, SessionControls& controls, const HostSetup& host, std::shared_ptr<QoroVideoAd> ad);
     ~Session();
     Session(const Session&) = delete;
@@ -29,19 +30,19 @@ public:
     /// @param n the step's index, from 0
     void perform(const Step& step, std::size_t n);
 
-    /// Opens the ad.
+    /// Opens the ad. No effect after release().
     /// @param y vertical position, points
     void open(float y);
-    /// Closes the ad, even while its first close only hides the video. No effect once it has closed.
-    /// @param closer for event::AdClosed
+    /// Closes the ad, also where a first close only hides the video. No effect once the ad has closed.
+    /// @param closer reported by event::AdClosed
     void close(ClosedBy closer);
-    /// The viewer leaves the topmost screen of the kit: the browser or a store page.
+    /// Closes the topmost screen of the kit, the browser or a store page, as the viewer does.
     /// @return false when no such screen is shown
     bool leave_screen();
     /// The host releases the controller; other owners may retain it.
     void release();
 
-    /// The host's reference to the controller; null after release().
+    /// The host's reference to the controller; null after release(), and if the controller could not be initialised.
     const std::shared_ptr<QoroVideoWebViewController>& controller() const { return controller_; }
     /// The host's own window.
     const UIWindow& host_window() const { return host_window_; }

@@ -26,7 +26,8 @@ public:
     Platform& platform();
     /// Virtual seconds since the start.
     double now() const;
-    /// Runs every event that is due at or before a time.
+    /// Runs every event that is due at or before a time, then sets now() to that time. No effect for a time before
+    /// now().
     /// @param seconds since the start
     void run_until(double seconds);
 

@@ -14,7 +14,7 @@ namespace qoro
 namespace
 {
 
-/// What must precede the platform.
+/// Starts GTK, which the platform requires, and translates the options.
 DesktopPlatform::Options started(const DesktopOptions& options)
 {
     if (!start_toolkit())

@@ -21,7 +21,7 @@ struct DesktopOptions {
     /// Properties of the device that the window shows. Made-up values by default, so that trackers carry no information
     /// about this machine.
     DeviceFacts device = {};
-    /// UIInterfaceOrientations to which the host application rotates automatically.
+    /// Values of UIInterfaceOrientation to which the host application rotates automatically.
     std::vector<std::int64_t> autorotates{1, 3, 4};
     /// Whether the output volume is the machine's; if false, it is that of this program's own sound streams.
     bool system_volume = false;
@@ -36,13 +36,14 @@ struct DesktopOptions {
     /// public addresses only, apart from the hosts that a ServedAd names itself. If true, requests of the ad reach this
     /// machine as well; those of its pages do not.
     bool allow_private_network = false;
-    /// Memory in megabytes above which a page's process is ended; the ad continues.
+    /// Private memory, in megabytes of 1024 × 1024 bytes, above which a page's process, or the process for the pages'
+    /// requests, is ended. The ad continues.
     double page_memory = 512;
     /// Seconds for which a page's process may use more than one processor while the video drops frames, before it is
     /// ended. Absent: no limit.
     std::optional<double> page_processor_seconds = {};
-    /// Folder of the copies of videos (bIsUseVideoCache), created with the first. Empty: "qoro-ad/videos" in the user's
-    /// cache directory.
+    /// Folder of the cached copies of videos (bIsUseVideoCache), created with the first copy. Empty: "qoro-ad/videos"
+    /// in the user's cache directory.
     std::string video_cache_folder = {};
     /// Maximum size of all copies together, in bytes; the least recently used are removed first.
     std::uint64_t video_cache_bytes = 256'000'000;
@@ -75,15 +76,15 @@ public:
     void show();
     /// Sets the window's title.
     void set_title(const std::string& title);
-    /// Sets what happens when the viewer closes the window, which stays open until the desktop is destroyed. If empty,
-    /// the window closes.
+    /// Sets the function to call when the viewer closes the window, which then stays open until the desktop is
+    /// destroyed. If empty, the window closes and cannot be opened again.
     void on_close(std::function<void()> closed);
-    /// Sets what happens when the display is lost: its X server or Wayland compositor has ended. Without it GTK ends
-    /// the program at once.
-    /// @param lost called once, as an event of the main loop, which then runs nothing else: it closes the ad and calls
-    ///        quit()
+    /// Sets the function to call when the display is lost: its X server or Wayland compositor has ended. Without one,
+    /// GTK ends the program at once.
+    /// @param lost called once, as an event of the main loop, which then runs nothing else: it must close the ad and
+    ///        call quit(). Empty: removes the function
     void on_display_lost(std::function<void()> lost);
-    /// Writes a picture of the window as a PNG file, one pixel per point. The window must be open.
+    /// Writes a picture of the device as a PNG file, one pixel per point. Fails while the window is not open.
     /// @return the reason of a failure, one line; empty on success
     std::string snapshot_png(const std::string& path);
 
@@ -100,7 +101,7 @@ public:
     /// Rotates the device, as the viewer does.
     void turn(UIDeviceOrientation orientation);
 
-    /// Registers a video file that the host already has. It takes precedence over the copies.
+    /// Registers a video file that the host already has. It takes precedence over a cached copy.
     /// @param address of the video, compared exactly
     /// @param path of the file
     void add_video_copy(const std::string& address, const std::string& path);

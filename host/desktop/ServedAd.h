@@ -11,14 +11,15 @@ namespace qoro
 {
 
 /// Serves an ad's folder on a server of its own and makes the ad's relative addresses absolute on it. While this object
-/// exists, every host that the ad itself names is reachable, also in a private network or on this machine.
+/// exists, every host that the ad itself names is reachable, also in a private network or on this machine. It must
+/// outlive the opened ad.
 class ServedAd
 {
 public:
     /// Called for every request once its status is known, on the server's thread.
     using OnHit = std::function<void(const AdServerHit&)>;
 
-    /// @param ad its relative addresses are replaced
+    /// @param ad not null; its relative addresses are replaced
     /// @param folder base of relative addresses
     /// @param on_hit may be empty
     /// @throws std::runtime_error when the server cannot be started
@@ -33,7 +34,7 @@ public:
 
     /// The ad with absolute addresses.
     const std::shared_ptr<QoroVideoAd>& ad() const { return ad_; }
-    /// Address of the server: "http://127.0.0.1:41234", without a trailing slash.
+    /// Address of the server, without a trailing slash: "http://127.0.0.1:41234".
     std::string base() const;
 
 private:
