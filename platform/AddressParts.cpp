@@ -19,7 +19,7 @@ char lower(char c)
     return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
 }
 
-/// The length of a scheme (RFC 3986, section 3.1) that a colon ends; 0 without one.
+/// The length of the scheme (RFC 3986, section 3.1) without its colon; 0 without a scheme.
 std::size_t scheme_length(std::string_view text)
 {
     const auto may_follow = [](char c) {
@@ -31,7 +31,7 @@ std::size_t scheme_length(std::string_view text)
     return end < text.size() && text[end] == ':' ? end : 0;
 }
 
-/// Splits a text before the first of some characters, and returns the part before it.
+/// Removes from a text the part before the first of some characters, and returns that part.
 std::string_view take_until(std::string_view& text, std::string_view ends)
 {
     const std::string_view part = text.substr(0, text.find_first_of(ends));

@@ -38,11 +38,12 @@ public:
     std::string_view text() const { return text_; }
     /// In lower case, without the colon; empty for a relative reference.
     std::string scheme() const;
-    /// @param scheme in lower case; empty for a relative reference
+    /// Whether the address has a scheme, in any letter case.
+    /// @param scheme in lower case, without the colon; empty: whether the address is a relative reference
     bool has_scheme(std::string_view scheme) const;
     /// The text after the scheme and its colon; the whole text of a relative reference.
     std::string_view after_scheme() const { return text_.substr(scheme_.empty() ? 0 : scheme_.size() + 1); }
-    /// Absent if no "//" follows the scheme.
+    /// Absent unless "//" follows the scheme, or begins a relative reference.
     const std::optional<AuthorityParts>& authority() const { return authority_; }
     /// Empty without an authority.
     std::string_view host() const { return authority_ ? authority_->host : std::string_view(); }
@@ -56,7 +57,7 @@ public:
     const std::optional<std::string_view>& query() const { return query_; }
     /// Without the "#"; absent without one.
     const std::optional<std::string_view>& fragment() const { return fragment_; }
-    /// The text before the fragment: it identifies the document.
+    /// The text before the fragment, which identifies the document.
     std::string_view without_fragment() const;
 
     /// Whether the address begins with http:// or https://, in any letter case.

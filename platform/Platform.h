@@ -27,9 +27,9 @@ public:
     Platform& operator=(const Platform&) = delete;
     virtual ~Platform();
 
-    /// The current platform of the thread. Aborts the program when there is none: that is a programming error.
+    /// The current platform of the thread. Aborts the program when the thread has none: that is a programming error.
     static Platform& current();
-    /// As current(), but null when the thread has none.
+    /// As current(), but null when the thread has no current platform.
     static Platform* current_or_null();
 
     /// A port of the platform, which lives as long as the platform.
@@ -49,9 +49,9 @@ public:
     /// The default implementation returns every text untranslated.
     virtual Translation& translation();
 
-    /// Null when there is none.
+    /// Receives the platform's events; null when no sink is set.
     EventSink* event_sink() const { return event_sink_; }
-    /// Sets the event sink; null for none. It must stay alive until it is replaced.
+    /// Sets the event sink; null removes it. A sink must stay alive until it is replaced.
     void set_event_sink(EventSink* sink) { event_sink_ = sink; }
     /// Passes an event to the event sink, if there is one.
     void emit(const Event& event) const

@@ -20,7 +20,7 @@ namespace qoro
 {
 
 class Platform;
-/// What a display draws of a player, and of a web engine. Each platform whose display draws them defines them.
+/// What a display draws of a player, and of a web engine. A platform whose display draws them defines both classes.
 class PictureSource;
 class WidgetSource;
 
@@ -34,7 +34,7 @@ class MainLoop
 {
 public:
     virtual ~MainLoop() = default;
-    /// Monotonic clock: seconds since the session started.
+    /// Monotonic clock: seconds since the loop was created.
     virtual double now() const = 0;
     /// Starts a timer. A repeating timer fires on the grid start + n × interval and skips firings it missed. A stopped
     /// timer never fires. An interval below a microsecond is rounded up to one; with a non-finite interval the timer
@@ -141,29 +141,30 @@ public:
 ///   starts playing and reports it.
 /// - pause() before the video has loaded cancels a pending play(), but not autoplay.
 /// - A reported duration never changes.
-/// - A buffer underrun sets load state 4 and playback state 3 (interrupted), each reported. Recovery sets load state 3
-///   and, unless play() or pause() was called meanwhile, playback state 1.
-/// - At the end the time equals the duration exactly; the player reports paused, then finished with reason 0. A later
-///   play() restarts at 0. A seek cancels the end, and play() continues from the new position.
+/// - A buffer underrun sets the load state to Stalled and the playback state to Interrupted, each reported. Recovery
+///   sets the load state to Playable and PlaythroughOK and, unless play() or pause() was called meanwhile, the playback
+///   state to Playing.
+/// - At the end the time equals the duration exactly; the player reports the playback state Paused, then finished with
+///   PlaybackEnded. A later play() restarts at 0. A seek cancels the end, and play() continues from the new position.
 /// - Seeks are clamped to 0 and the duration.
-/// - A failure reports playback state 0, then finished with reason 1. A later play() reloads the video, resumes at the
-///   position of the failure and reports playing; a seek before that moves the position without a report. If such a
-///   play() fails too, that is reported in the same way, at most MostVainPlays times; further calls of play() have no
-///   effect.
+/// - A failure reports the playback state Stopped, then finished with PlaybackError. A later play() reloads the video,
+///   resumes at the position of the failure and reports Playing; a seek before that moves the position without a
+///   report. If such a play() fails too, that is reported in the same way, at most MostVainPlays times; further calls
+///   of play() have no effect.
 /// - A null or unplayable address fails once; play() has no effect afterwards.
 ///
 /// The destructor stops playback and all reports. An engine is never destroyed inside one of its own reports.
 class PlayerEngine
 {
 public:
-    /// Consecutive failing plays after a failure before the player gives up. A listener may call play() on every
-    /// failure; without a bound the two would loop forever.
+    /// Number of consecutive calls of play() that may fail after a failure; the player then gives up. A listener may
+    /// call play() on every failure; without a bound the two would loop forever.
     static constexpr int MostVainPlays = 3;
 
     virtual ~PlayerEngine() = default;
     /// Replaces all settings; allowed at any time.
     virtual void apply(const PlayerSettings& settings) = 0;
-    /// Starts or resumes playback; before the video has loaded, once it has.
+    /// Starts or resumes playback; a video that has not loaded yet plays once it has.
     virtual void play() = 0;
     /// Pauses playback at the current position.
     virtual void pause() = 0;
@@ -234,14 +235,14 @@ public:
     virtual void did_start_load() = 0;
     /// A load has finished.
     virtual void did_finish_load() = 0;
-    /// Decides whether a navigation started by the page or the viewer may proceed.
+    /// Returns whether a navigation started by the page or the viewer may proceed.
     /// @param address the destination; null when it is malformed
     /// @param navigation_type UIWebViewNavigationType: 0 a link was followed, 5 anything else
     virtual bool should_start_load(const NSURL& address, int navigation_type) = 0;
     /// Handles a message from the page's script.
     virtual ScriptAnswer message(const ScriptMessage& message) = 0;
-    /// A load by address, or one started by the page or the viewer, failed; the previous page stays. Reported instead
-    /// of did_finish_load.
+    /// A load by address, or one started by the page or the viewer, failed, for the reason given as one line; the
+    /// previous page stays. Reported instead of did_finish_load.
     virtual void did_fail_load(const std::string&) {}
     /// A field of page_state() changed. The start and the end of a load are reported by their own events.
     virtual void page_state_changed() {}
@@ -253,8 +254,8 @@ public:
         static_cast<void>(what);
         static_cast<void>(detail);
     }
-    /// The page's web process ended: it crashed, was terminated for exceeding a limit, or could not start. The page is
-    /// gone; the ad continues.
+    /// The page's web process ended: it crashed, was terminated for exceeding a limit, or could not start. The page no
+    /// longer exists; the ad continues.
     /// @param reason one line for the trace
     virtual void died(const std::string& reason) = 0;
     /// The page's script stopped responding, or responds again. Reported only while WebEngine::watch_responsiveness is
@@ -270,7 +271,7 @@ struct PageState {
     std::string title = {};
     /// Whether every resource of the page was loaded over an authenticated, encrypted connection.
     bool secure = false;
-    /// A load is in progress.
+    /// Whether a load is in progress.
     bool loading = false;
     /// Estimated progress of the load, 0 to 1.
     double progress = 0;
@@ -306,7 +307,7 @@ public:
     virtual void go_back() = 0;
     /// No effect without a later page.
     virtual void go_forward() = 0;
-    /// Reloads the address of page_state(), also after a failed load. No effect before the first address.
+    /// Loads the address of page_state() again, also after a failed load. No effect before the first address.
     virtual void reload() = 0;
     /// The page's current state.
     virtual PageState page_state() const = 0;
@@ -357,6 +358,7 @@ enum class FetchKind {
     Page,
     /// A request that its server counts: sent at most once.
     Tracker,
+    /// A picture; never retried.
     Image,
 };
 
@@ -365,9 +367,10 @@ class Fetcher
 {
 public:
     virtual ~Fetcher() = default;
-    /// Starts a fetch. Calls answer exactly once, as an event of its own.
+    /// Starts a fetch. Calls answer exactly once, as an event of its own; an address that cannot be fetched gives an
+    /// answer that is not ok.
     virtual void fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer) = 0;
-    /// Fetches an address synchronously. Blocks the main thread, at most for the platform's time-out.
+    /// Fetches an address synchronously, as a picture. Blocks the main thread, at most for the platform's time-out.
     virtual FetchAnswer fetch_now(const std::string& address) = 0;
 };
 
@@ -389,7 +392,7 @@ class TextMeasurer
 public:
     virtual ~TextMeasurer() = default;
     /// Size of a text in fractional points. Lines break at character boundaries; the result is clipped to the box. A
-    /// null text measures 0 by 0.
+    /// null text measures 0 by 0. The box is in points.
     virtual CGSize measure(const NSString& text, const FontSpec& font, CGSize box) = 0;
 };
 
@@ -405,7 +408,7 @@ class ImageDecoder
 {
 public:
     virtual ~ImageDecoder() = default;
-    /// Decodes PNG or JPEG; null when the bytes are neither.
+    /// Decodes PNG or JPEG; null when the bytes are neither, or null.
     virtual std::shared_ptr<const DecodedImage> decode(const NSData& bytes) = 0;
 };
 
@@ -415,7 +418,8 @@ public:
 struct DeviceFacts {
     /// Size of the main screen in points, in portrait; absent without a main screen.
     std::optional<CGSize> screen = CGSize{375, 812};
-    /// Overrides the computed size of the current screen; absent to derive it from the main screen and the orientation.
+    /// Overrides the computed size of the current screen, in points; absent: it is derived from the main screen and the
+    /// orientation.
     std::optional<CGSize> current_screen;
     /// Whether the device is a phone rather than a tablet.
     bool phone = true;
@@ -446,7 +450,7 @@ public:
     virtual bool status_bar_hidden() const = 0;
     /// Whether an application is registered for the address.
     virtual bool can_open(const NSURL& address) = 0;
-    /// Opens an address in the application registered for it.
+    /// Opens an address in the application registered for it. No effect for a null address, or without an application.
     virtual void open(const NSURL& address) = 0;
     /// Opens an address for a screen that waits for the viewer to return (a message composer, a store).
     /// @param address of any scheme
@@ -460,7 +464,7 @@ class VideoCacheStore
 {
 public:
     virtual ~VideoCacheStore() = default;
-    /// Path of the complete local copy of an address; null without one.
+    /// Path of the complete local copy of an address; null without a copy, and for a null address.
     virtual NSString path_for(const NSString& address) = 0;
 };
 
@@ -469,7 +473,8 @@ class Translation
 {
 public:
     virtual ~Translation() = default;
-    /// The translation of a text; the text itself when there is none.
+    /// The translation of a text; the text itself when it has no translation.
+    /// @param text in English, not null
     virtual std::string translate(const char* text) = 0;
     /// The translation for a number, in the plural form it requires. "%d" in the text is not replaced.
     virtual std::string translate(const CountedText& text, unsigned long number) = 0;
@@ -495,7 +500,7 @@ class Display
 {
 public:
     virtual ~Display() = default;
-    /// Called after every visible change. A display draws once per frame, however often this is called.
+    /// Called after every visible change. A display draws at most once per frame, however often this is called.
     virtual void needs_display() = 0;
 };
 

@@ -17,7 +17,7 @@ void tear_down(Platform& platform)
         const std::shared_ptr<UIViewController> gone = std::move(window->window_root);
     }
     platform.drop_shared();
-    // What has been destroyed may have posted more.
+    // The destructors may have posted work.
     platform.loop().clear();
 }
 

@@ -5,9 +5,9 @@ namespace qoro
 
 class Platform;
 
-/// Ends a platform, for its destructor, while its ports still exist: removes the event sink, discards what the loop
-/// would still run, and destroys the windows' root controllers and the shared objects. These find the platform as the
-/// current one.
+/// Tears a platform down, for its destructor, while its ports still exist: removes the event sink, discards the loop's
+/// timers and posted work, and destroys the windows' root controllers and the shared objects. The platform is current
+/// while their destructors run.
 void tear_down(Platform& platform);
 
 } // namespace qoro

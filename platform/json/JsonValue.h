@@ -1,6 +1,6 @@
 #pragma once
 
-// For the .cpp files that parse JSON: no other header exposes the JSON library.
+// For the .cpp files that parse JSON, and for formats/detail/Json.h. No public header exposes the JSON library.
 
 #include "platform/Value.h"
 
@@ -9,8 +9,8 @@
 namespace qoro
 {
 
-/// Converts parsed JSON. A whole number beyond 64 signed bits becomes a double. Recursive: the parser's
-/// caller limits the nesting.
+/// Converts parsed JSON. A whole number beyond 64 signed bits becomes a double; null, and what JSON text cannot
+/// contain, becomes a null value. Recursive: the caller must have limited the nesting when it parsed the text.
 Value to_value(const nlohmann::ordered_json& json);
 
 } // namespace qoro
