@@ -62,7 +62,7 @@ GlibLoop::GlibLoop(Platform* platform)
     static GSourceFuncs functions = {Source::prepare, Source::check, Source::dispatch, nullptr, nullptr, nullptr};
     timer_fd_ = timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC);
     if (timer_fd_ < 0)
-        g_error("no timer can be had of the system: %s", g_strerror(errno));
+        g_error("the system provides no timer: %s", g_strerror(errno));
     source_.reset(g_source_new(&functions, sizeof(Source)));
     GSource* source = source_.get();
     reinterpret_cast<Source*>(source)->loop = this;

@@ -6,9 +6,9 @@
 namespace qoro
 {
 
-/// Guards callbacks that may outlive their object. A member of that object: what it hands out does nothing once the
-/// object has been destroyed, or end() was called. Any thread may copy and destroy what it hands out; only the object's
-/// own thread may use it.
+/// Guards callbacks that may outlive their object. It is a member of that object. Its pointers become null, and its
+/// guarded callbacks do nothing, once the object has been destroyed or end() was called. Any thread may copy and
+/// destroy pointers and callbacks; only the object's own thread may use them.
 template <typename T>
 class Liveness
 {
@@ -17,7 +17,7 @@ public:
     class Pointer
     {
     public:
-        /// Null once the object has ended.
+        /// Null once the object has been destroyed, or end() was called.
         T* get() const
         {
             const std::shared_ptr<T*> held = object_.lock();
@@ -31,10 +31,12 @@ public:
         std::weak_ptr<T*> object_;
     };
 
+    /// @param object whose member this is
     explicit Liveness(T& object) : object_(std::make_shared<T*>(&object)) {}
     Liveness(const Liveness&) = delete;
     Liveness& operator=(const Liveness&) = delete;
 
+    /// A pointer to the object.
     Pointer pointer() const { return Pointer(object_); }
     /// Wraps a callback, which receives the object before its arguments. Its result is discarded.
     template <typename F>
@@ -45,7 +47,8 @@ public:
                 callback(*self, std::forward<decltype(arguments)>(arguments)...);
         };
     }
-    /// Ends the object's life for its callbacks, in a destructor that still calls out.
+    /// Disables the pointers and the callbacks before the object is destroyed: for a destructor whose work could call
+    /// them.
     void end() { object_.reset(); }
 
 private:

@@ -14,9 +14,9 @@ typedef struct _GSource GSource;
 namespace qoro
 {
 
-// Owners of what GLib and its libraries hand out. Each releases its value when it is destroyed; null is nothing to
-// release. A value belongs to one owner: std::unique_ptr and the classes below cannot be copied. The owners lock
-// nothing; one thread at a time may use an owner.
+// Owners of values from GLib and its libraries. Each releases its value when it is destroyed; null needs no release. A
+// value belongs to one owner: std::unique_ptr and the classes below cannot be copied. The owners lock nothing; one
+// thread at a time may use an owner.
 
 /// Deleter that calls a C function: Owned<GBytes, g_bytes_unref>.
 template <auto release>
@@ -37,7 +37,7 @@ struct UnrefObject {
 template <typename T>
 using ObjectRef = std::unique_ptr<T, UnrefObject>;
 
-/// Takes over a reference that a function has returned (transfer full).
+/// Takes over a reference that a function has returned (transfer full). Null stays null.
 template <typename T>
 ObjectRef<T> adopt(T* object)
 {
@@ -45,7 +45,7 @@ ObjectRef<T> adopt(T* object)
 }
 /// Implementation of new_ref; returns its argument.
 void* ref_object(void* object);
-/// Adds a reference to an object that somebody else owns (transfer none). Null stays null.
+/// Adds a reference to an object that has another owner (transfer none). Null stays null.
 template <typename T>
 ObjectRef<T> new_ref(T* object)
 {
@@ -53,7 +53,7 @@ ObjectRef<T> new_ref(T* object)
 }
 /// Implementation of sink_ref; returns its argument.
 void* sink_object(void* object);
-/// Takes over a new object's floating reference, such as that of a widget.
+/// Takes over a new object's floating reference, such as that of a widget. The object must not be null.
 template <typename T>
 ObjectRef<T> sink_ref(T* object)
 {
@@ -66,7 +66,7 @@ std::string take_text(char* text);
 struct EndSource {
     void operator()(GSource* source) const;
 };
-/// An attached source; its end removes it from its context.
+/// Owns a source. Releasing it also removes it from its context.
 using OwnedSource = std::unique_ptr<GSource, EndSource>;
 
 struct UnrefLoop {
@@ -94,9 +94,9 @@ public:
         return &error_;
     }
     explicit operator bool() const { return error_ != nullptr; }
-    /// Null if there is none.
+    /// Null without an error.
     const GError* get() const { return error_; }
-    /// The reason in words; empty if there is none. Valid while the error exists.
+    /// The reason in words; empty without an error. Valid until the next call of out(), at most as long as this object.
     const char* message() const;
 
 private:
@@ -105,8 +105,8 @@ private:
     GError* error_ = nullptr;
 };
 
-/// A timeout or another source of the main loop's default context, by its number; its end removes the source. If the
-/// source ends itself (G_SOURCE_REMOVE), its function must call forget().
+/// A timeout or another source of GLib's default main context, by its number. Its destruction removes the source. A
+/// source that removes itself (G_SOURCE_REMOVE) must call forget().
 class SourceId
 {
 public:
@@ -116,8 +116,9 @@ public:
     SourceId& operator=(const SourceId&) = delete;
 
     /// Removes the source, if there is one, and keeps another in its place.
+    /// @param id 0: no other source
     void reset(unsigned id = 0);
-    /// The source has ended by itself.
+    /// Forgets the source, which has removed itself.
     void forget() { id_ = 0; }
     explicit operator bool() const { return id_ != 0; }
 
@@ -125,7 +126,7 @@ private:
     unsigned id_ = 0;
 };
 
-/// Signal handlers of an object of this program; its end disconnects them. An emitter may end before.
+/// Signal handlers of an object of this program. Its destruction disconnects them. An emitter may be destroyed before.
 class Connections
 {
 public:
@@ -137,6 +138,7 @@ public:
     /// Connects a handler, as g_signal_connect does.
     /// @param emitter a GObject
     /// @param handler a function with the parameters of the signal, then a pointer to the data's type
+    /// @param data must outlive the connection
     template <typename Result, typename... Parameters>
     void add(void* emitter, const char* signal, Result (*handler)(Parameters...), void* data)
     {
@@ -148,7 +150,8 @@ public:
 private:
     void connect(void* emitter, const char* signal, void (*handler)(), void* data);
 
-    // The end of a closure disconnects it, and an emitter's end ends the closure, so no emitter is referred to.
+    // Invalidating a closure disconnects it, and an emitter's destruction invalidates its closures, so the emitters
+    // need not be known.
     std::vector<GClosure*> handlers_;
 };
 

@@ -41,9 +41,8 @@ public:
     /// "http://127.0.0.1:41234", without a trailing slash. Empty if the server does not listen.
     std::string base() const;
     /// Answers requests for trackers with status 204 from now on; before, they are requests for files.
-    /// @param paths of the trackers ("/t/start"), as they appear in the address before any query. A path that contains
-    /// a
-    ///        macro ("/t/{CurrentTime}") matches every path that begins with the part before the macro.
+    /// @param paths of the trackers ("/t/start"), as they appear in the address before any query. A path with a macro
+    ///        ("/t/{CurrentTime}") matches every path that begins with the part before the macro
     void set_trackers(std::vector<std::string> paths);
     /// All requests so far, oldest first. Any thread may call this.
     std::vector<AdServerHit> hits() const;

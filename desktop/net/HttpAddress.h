@@ -14,22 +14,23 @@ namespace qoro
 class HttpAddress
 {
 public:
-    /// Absent for anything else, and for an address that parsers may read differently: with a null byte, with a
-    /// backslash before the query and the fragment, or with "@" or "]" in the host.
+    /// Absent unless the text is an http or https address with a host. Absent also for an address that parsers may read
+    /// differently: with a null byte, with a backslash before the query and the fragment, or with "@" or "]" in the
+    /// host.
     static std::optional<HttpAddress> parse(std::string address);
-    /// The address of a message or a server, in libsoup's spelling.
-    /// @param uri of http or https with a host; not null; referenced
+    /// The address of one of libsoup's messages or servers; written() is in libsoup's spelling.
+    /// @param uri an http or https address with a host; not null; the object keeps a reference
     explicit HttpAddress(GUri* uri);
 
     /// As it was written.
     const std::string& written() const { return written_; }
     /// In libsoup's spelling: the scheme in lower case, escapes in the host decoded, other escapes in upper case.
     std::string spelt() const;
-    /// "example.org:80", in lower case.
+    /// "example.org:80", in lower case; an IPv6 address has no brackets.
     std::string host_and_port() const;
-    /// "http://example.org:80", in lower case.
+    /// "http://example.org:80", in lower case: the scheme and host_and_port().
     std::string origin() const;
-    /// Lives as long as this address or a copy.
+    /// Never null; lives as long as this address or a copy.
     GUri* uri() const { return uri_.get(); }
 
 private:

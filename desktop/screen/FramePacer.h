@@ -10,12 +10,12 @@ typedef struct _GtkWidget GtkWidget;
 namespace qoro
 {
 
-/// Decides when a changed screen is updated: at most once per frame, never while its window is invisible, and while a
-/// video plays together with its next picture. Main thread only.
+/// Decides when a changed screen is updated: at most once per frame, never while its window is invisible, and, while a
+/// video plays, together with the video's next picture. Main thread only.
 class FramePacer
 {
 public:
-    /// @param widget its frame clock sets the pace
+    /// @param widget its frame clock sets the pace; kept alive
     /// @param update brings the screen up to date, before the frame is drawn
     FramePacer(GtkWidget* widget, std::function<void()> update);
     ~FramePacer();
@@ -34,7 +34,7 @@ private:
 
     const ObjectRef<GtkWidget> widget_;
     const std::function<void()> update_;
-    /// Tick callback of the scheduled update, 0 if there is none.
+    /// Tick callback of the scheduled update; 0 while no update is scheduled.
     unsigned tick_ = 0;
     /// The timer of a change that waits for the video's next picture.
     SourceId patience_;

@@ -138,7 +138,7 @@ NodeReach LayerStack::reach_of(const Layer& layer)
     return part ? NodeReach::Seen : NodeReach::Away;
 }
 
-/// A hidden view retains its widget while it lives, so that a page continues where it was.
+/// A hidden view keeps its widget, so that a page keeps its state; a destroyed view loses it.
 void LayerStack::retire()
 {
     for (auto each = layers_.begin(); each != layers_.end();) {
@@ -155,8 +155,8 @@ void LayerStack::retire()
     }
 }
 
-/// GTK searches for the widget under the pointer from the last child on. The surface's glass remains after the shown
-/// widgets, so it comes first in that search.
+/// GTK searches for the widget under the pointer from the last child to the first. The surface's glass remains the last
+/// child, after the shown widgets, so GTK asks it first.
 void LayerStack::order_widgets()
 {
     GtkWidget* before = nullptr;

@@ -21,15 +21,20 @@ namespace qoro
 /// A view on the screen.
 struct Layer {
     std::weak_ptr<ViewNode> view;
+    /// A child of the surface.
     GtkWidget* widget = nullptr;
+    /// Whether the last walk found the view in a visible window, with neither it nor a parent hidden.
     bool shown = false;
+    /// In points of the held device.
     WidgetPlace place;
+    /// Of the view and its parents together, 0 to 1.
     double opacity = 1;
-    /// Stacking position of its window, and its own among all views.
+    /// Stacking position of its window among the windows, and its own among all shown views; 0 is the bottom.
     std::size_t window = 0;
     std::size_t height = 0;
-    /// Clip rectangle of its window in window points; only used if it does not cover the screen.
+    /// Whether its window clips it: not where the window covers the screen.
     bool clipped = false;
+    /// Frame of its window, in points of the held device.
     CGRect clip;
 };
 
@@ -48,19 +53,20 @@ public:
     };
 
     /// @param platform its device supplies screen size and orientation
-    /// @param surface parent of the widgets, which it releases at its own end; must outlive the stack
+    /// @param surface parent of the widgets, which it releases when it is destroyed; must outlive the stack
     LayerStack(Platform& platform, GtkWidget* surface, News news);
     LayerStack(const LayerStack&) = delete;
     LayerStack& operator=(const LayerStack&) = delete;
 
-    /// Visits the view tree: creates, updates, orders and retires the widgets. A size or rotation of the device that
-    /// has changed resizes the surface.
+    /// Visits the view tree: creates, updates, orders and hides the widgets, and removes those of destroyed views. If
+    /// the device's size or rotation has changed, the surface is resized.
     void walk();
-    /// Places the layers in a surface of a new size.
+    /// Places the layers in a surface of a new size, in surface points.
     void allocate(int width, int height);
-    /// Draws the device with its layers.
+    /// Draws the device's screen with its layers, on black.
     void draw(GtkSnapshot* snapshot) const;
-    /// Calls a function while the device is placed unscaled at the surface's origin, independent of the monitor's size.
+    /// Calls a function while the device is placed unscaled at the surface's origin, so that a picture of it does not
+    /// depend on the monitor's size.
     void unscaled(const std::function<void()>& action);
 
     const Viewport& viewport() const { return viewport_; }

@@ -67,10 +67,10 @@ private:
 
     Screen& screen_;
     Platform& platform_;
-    /// A toplevel belongs to GTK. A reference would delay the end of a window that the viewer closes.
+    /// A toplevel belongs to GTK. A reference would delay the destruction of a window that the viewer closes.
     GtkWindow* const window_;
     const ObjectRef<GtkWidget> surface_;
-    GtkWidget* const help_; // of the window
+    GtkWidget* const help_; // belongs to the window
     std::unique_ptr<UploadMemory> upload_memory_;
     FramePacer pacer_;
     LayerStack layers_;
@@ -173,7 +173,7 @@ void Screen::Window::views_changed()
 
 double Screen::Window::monitor_scale() const
 {
-    // One point is one point of the monitor, unless the device is larger than the monitor.
+    // A point of the device is a point of the monitor, unless the device is larger than the monitor.
     GListModel* monitors = gdk_display_get_monitors(gtk_widget_get_display(surface_.get()));
     const auto monitor = adopt(GDK_MONITOR(g_list_model_get_item(monitors, 0)));
     if (!monitor)
@@ -237,7 +237,7 @@ Screen::Screen(Platform& platform) : open_(std::make_unique<Window>(*this, platf
 
 Screen::~Screen()
 {
-    // Null before the window is destroyed, which may report changes.
+    // Null before the window is destroyed: its destruction may call needs_display().
     open_.reset();
 }
 

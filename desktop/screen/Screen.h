@@ -24,17 +24,18 @@ public:
     Screen(const Screen&) = delete;
     Screen& operator=(const Screen&) = delete;
 
+    /// Sets the window's title. No effect once the viewer has closed the window.
     void set_title(const std::string& title);
     /// Sets a small line of text below the screen; empty hides it.
     void set_help(const std::string& line);
-    /// Opens the window.
+    /// Opens the window. No effect once the viewer has closed it.
     void show();
 
-    /// Schedules a redraw. Called for every change of the view tree; must also be called when the device was rotated.
+    /// Schedules a redraw. To be called for every change of the view tree, and for every rotation of the device.
     void needs_display() override;
 
-    /// Writes a picture of the whole screen as a PNG file, one pixel per point. The window must be open.
-    /// @return the reason of a failure, in words; empty on success
+    /// Writes a picture of the whole screen as a PNG file, one pixel per point. Fails while the window is not open.
+    /// @return the reason of a failure, one line; empty on success
     std::string snapshot_png(const std::string& path);
 
     /// Receives each key press before anything else in the window. Returns whether it has handled the key. May be
@@ -44,10 +45,10 @@ public:
     std::function<bool(unsigned keyval, unsigned state)> on_key;
     /// Whether a text field of a page has the focus. Keyboard shortcuts should be inactive then.
     bool is_written_into() const;
-    /// The viewer requests to close the window, which stays open until the screen is destroyed. If empty, the window
-    /// closes.
+    /// Called when the viewer closes the window, which then stays open until the screen is destroyed. If empty, the
+    /// window closes.
     std::function<void()> on_close;
-    /// The window was minimised (true) or restored (false). May be empty.
+    /// Called when the window was minimised (true) or restored (false). May be empty.
     std::function<void(bool iconified)> on_iconified;
 
     /// Null once the viewer has closed the window.

@@ -20,7 +20,8 @@ namespace qoro
 class ScreenInput
 {
 public:
-    /// Receives each key press before anything else in the window. Returns whether it has handled the key.
+    /// Receives each key press before anything else in the window: GDK's key value and modifiers. Returns whether it
+    /// has handled the key.
     using OnKey = std::function<bool(unsigned keyval, unsigned state)>;
 
     /// Adds its event controllers to window and surface. Window, surface and layers must outlive the object.
@@ -28,26 +29,29 @@ public:
     ScreenInput(const ScreenInput&) = delete;
     ScreenInput& operator=(const ScreenInput&) = delete;
 
-    /// Ignores all further input, before the layers' widgets are released.
+    /// Ignores all further input. To be called before the layers' widgets are released.
     void disconnect() { connections_.clear(); }
     /// The view tree has changed: another view may receive a touch.
     void views_changed() { hit_.reset(); }
 
-    /// Whether the surface handles input at a point of it; otherwise the page at that point does.
+    /// Whether the surface itself handles input at a point; if not, the page at that point does.
+    /// @param in_surface in surface points
     bool keeps(CGPoint in_surface);
     /// Whether a text field of a page has the focus.
     bool is_written_into() const;
-    /// Uses a control like a touch: only if a touch can reach it. The view may be null.
+    /// Acts on a control as a touch does. No effect unless a touch can reach the view. The view may be null.
     void activate(const std::shared_ptr<ViewNode>& view);
 
-    /// Whether the focus stays where it is when GTK moves it; initially false.
+    /// Sets whether move_focus() leaves the focus unchanged; initially false.
     void hold_focus(bool held) { focus_held_ = held; }
-    /// Moves the focus to the next or the previous control. Returns false if there is no control.
+    /// Moves the focus to the next or the previous control, from the last one to the first and back. Returns false if
+    /// no control can have the focus, and while the focus is held.
     bool move_focus(bool forward);
     /// Restores the focus after a walk of the layers that may have hidden, covered or removed its view. If the chosen
-    /// view is out of reach, the focus stays where it is, or moves to the view in its place.
+    /// view is out of reach, the focused view keeps the focus if it can; otherwise the view at the same place receives
+    /// it, if it accepts it.
     void restore_focus();
-    /// Draws the focus ring if the viewer uses the keyboard.
+    /// Draws the focus ring if the last input was a key.
     void draw_focus(GtkSnapshot* snapshot) const;
 
 private:
@@ -88,7 +92,7 @@ private:
     /// The last hit test; absent once the view tree has changed.
     std::optional<Hit> hit_;
     std::weak_ptr<ViewNode> touched_;
-    /// In surface coordinates.
+    /// Where the last touch began, in surface points.
     CGPoint touch_began_;
     /// Hardware code of the last key pressed and not yet released.
     std::optional<unsigned> held_key_;
@@ -97,7 +101,7 @@ private:
     std::weak_ptr<ViewNode> chosen_;
     /// Last known centre of the focused view, in screen coordinates.
     CGPoint focus_place_;
-    /// Draw the focus ring: the last input was a key.
+    /// Whether to draw the focus ring: the last input was a key.
     bool shows_focus_ = false;
     bool focus_held_ = false;
     /// The control that a key holds down.

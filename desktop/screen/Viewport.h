@@ -8,7 +8,7 @@
 namespace qoro
 {
 
-/// Where the device's screen appears in the surface that shows it. Pure geometry, in points.
+/// Where the device's screen appears in the surface that shows it. Pure geometry; all lengths are in points.
 struct Viewport {
     HeldScreen held{{375, 812}, 0};
     /// The held device's top left corner in the surface.
@@ -16,7 +16,7 @@ struct Viewport {
     /// Surface points per point of the screen.
     double scale = 1;
 
-    /// Centres the device in a surface; scales it down if there is too little room.
+    /// Centres the device in a surface of a size in surface points; scales it down if there is too little room.
     void fit(int width, int height)
     {
         const CGSize device = held.extents();
