@@ -41,7 +41,7 @@ constexpr std::array Buttons{
         {.picture = shows<arrayVideoPlayButton>,
          .action = [](Controller& self) { return action<&Controller::setPlayOrPause>(&self, "setPlayOrPause"); },
          .place = Place::Middle}),
-    // Leaves the screen with its bar.
+    // Removed with the bar that contains it.
     row<&Controller::btnScreenScale>(
         "btnScreenScale",
         {.picture = shows<arrayVideoFullscreenButton>,
@@ -52,7 +52,7 @@ constexpr std::array Buttons{
         "btnClose",
         {.picture = shows<arrayVideoCloseButton>,
          .action = [](Controller& self) { return action<&Controller::closeAction>(&self, "closeAction"); }}),
-    // addActionButton supplies the look and the actions of these two.
+    // addActionButton sets the appearance and the actions of these two.
     row<&Controller::btnActionOne>("btnActionOne"),
     row<&Controller::btnActionTwo>("btnActionTwo"),
     row<&Controller::btnReplay>(

@@ -13,9 +13,10 @@ namespace qoro
 struct ControlButton {
     /// Where setButtonBarToScreen adds the button to the video and setButtonPosition places it.
     enum class Place : std::uint8_t {
-        /// Not by these two operations.
+        /// These two operations do not concern the button.
         Elsewhere,
-        /// In the bottom bar. Its buttons fill it from the right end, the last row first; a hidden one takes no place.
+        /// In the bottom bar. The buttons fill it from the right end, the last row first; a hidden button takes no
+        /// room.
         BottomBar,
         /// In the middle of the video.
         Middle,
@@ -31,6 +32,7 @@ struct ControlButton {
     UIImage (*picture)() = nullptr;
     /// The first action; null for a button that begins without one.
     Action (*action)(QoroVideoWebViewController& controller) = nullptr;
+    /// Where the button is added and placed.
     Place place = Place::Elsewhere;
     /// Whether the button begins hidden.
     bool hidden = false;
@@ -38,13 +40,13 @@ struct ControlButton {
     bool endsWithVideo = true;
 };
 
-/// Every button of the controller.
+/// Every button of the controller, in order of creation.
 std::span<const ControlButton> controlButtons();
 
-/// Creates every button with its picture and its action.
+/// Creates every button with its picture and its action; no button has a superview yet.
 void createControlButtons(QoroVideoWebViewController& controller);
 
-/// Removes the buttons that end with the video from their superviews and releases them.
+/// Removes the buttons whose endsWithVideo is true from their superviews and releases them.
 void removeControlButtons(QoroVideoWebViewController& controller);
 
 } // namespace qoro

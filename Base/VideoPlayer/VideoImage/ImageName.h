@@ -11,10 +11,11 @@ namespace qoro
 struct EmbeddedPicture {
     /// The array's name, which is the picture's accessibility identifier.
     std::string_view name;
+    /// A PNG file, which lives as long as the program.
     const unsigned char* bytes;
-    /// Accessible name of a control that shows the picture, untranslated; null for a background.
+    /// Accessible name, in English, of a control that shows the picture; null for a background.
     const char* meaning = nullptr;
-    /// State of a toggle that shows the picture; absent for any other control.
+    /// Whether a toggle that shows the picture is on; absent for any other control.
     std::optional<bool> on = {};
 };
 
