@@ -61,8 +61,8 @@ struct HostSetup {
     /// Whether the number and the rate of the ad's requests are limited; a request beyond the limit is not sent.
     bool tracker_limit = true;
 
-    /// Receives the lines of the ad's log, on the main thread and inside the event that writes them; it must not call
-    /// the ad. Used by OpenedAd; may be empty.
+    /// Receives the lines of the ad's log, on the platform's thread and inside the event that writes them; it must not
+    /// call the ad. Used by OpenedAd; may be empty.
     LogSink log;
 };
 

@@ -15,7 +15,7 @@ namespace qoro
 struct Rehearsal;
 
 /// An ad that a host application has opened, on any platform. Reports its end (AdEnd) to the host once. At most one at
-/// a time on a platform; the platform outlives it. Main thread only.
+/// a time on a platform; the platform outlives it. Only the platform's thread may use it.
 ///
 /// While it exists, it is the platform's event sink and forwards every event to the previous one, if any. The previous
 /// sink must outlive it; the platform's sink must not be replaced meanwhile.

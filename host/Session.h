@@ -14,7 +14,7 @@ namespace qoro
 {
 
 /// One ad in its host, on any platform. Construction sets up the host, creates the controller, loads its view and makes
-/// it appear; steps do the rest. The platform outlives it. Main thread only.
+/// it appear; steps do the rest. The platform outlives it. Only the platform's thread may use it.
 class Session
 {
 public:

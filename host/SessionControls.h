@@ -6,7 +6,7 @@
 namespace qoro
 {
 
-/// What a session's steps can change around the ad, beyond the platform's ports. Called on the main thread.
+/// What a session's steps can change around the ad, beyond the platform's ports. Called on the platform's thread.
 class SessionControls
 {
 public:
