@@ -46,7 +46,7 @@ TEST(ControlPictures, AllButTheTwoBackgroundsHaveAnAccessibleName)
     EXPECT_THAT(nameless, testing::UnorderedElementsAre("arrayTopBackGround", "arrayBottomBackGround"));
 }
 
-TEST(ControlButtons, OfTheTableAreInTheDocument)
+TEST(ControlButtons, AreAllInTheDocument)
 {
     std::ifstream file(QORO_SOURCE_DIR "/docs/simulator.md");
     const std::string document(std::istreambuf_iterator<char>(file), {});

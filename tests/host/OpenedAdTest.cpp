@@ -100,7 +100,7 @@ TEST_F(OpenedAdTest, TheHostGetsTheLinesOfTheLog)
                                                    std::string("playbackFinished. Reason: Playback Ended 10.000000"))));
     const std::size_t before = lines.size();
     opened.reset();
-    EXPECT_EQ(lines.size(), before) << "nothing is reported to a host that has left";
+    EXPECT_EQ(lines.size(), before) << "nothing is reported after the ad was destroyed";
 }
 
 // ------------------------------------------------------------------------------------------------------ end of an ad
@@ -226,7 +226,7 @@ TEST_F(OpenedAdTest, AnAdWithoutAVideoFails)
     EXPECT_THAT(told[0].videos, SizeIs(0));
 }
 
-TEST_F(OpenedAdTest, AnAdWithAnEmptyAddressFailsWithTheControllersOwnWords)
+TEST_F(OpenedAdTest, AnAdWithAnEmptyAddressFailsWithTheControllersReason)
 {
     ad->strVideoUrl = "";
     open();
@@ -238,7 +238,7 @@ TEST_F(OpenedAdTest, AnAdWithAnEmptyAddressFailsWithTheControllersOwnWords)
     EXPECT_EQ(told[0].error, "url = nil.");
 }
 
-TEST_F(OpenedAdTest, NoAdAtAllFails)
+TEST_F(OpenedAdTest, ANullAdFails)
 {
     ad = nullptr;
     open();
@@ -421,7 +421,7 @@ TEST_F(OpenedAdTest, SkippedPartsDoNotCountAsPlayed)
     EXPECT_NEAR(told[0].videos[0].played, 3, 1e-6);
 }
 
-TEST_F(OpenedAdTest, AVideoThatPlayedToItsEndIsReportedSo)
+TEST_F(OpenedAdTest, ReachingTheVideosEndIsReported)
 {
     open();
     let_pass(20);
@@ -461,7 +461,7 @@ TEST_F(OpenedAdTest, AFailedVideoIsReportedAndTheAdContinues)
     EXPECT_TRUE(told[0].videos[0].error.has_value());
 }
 
-TEST_F(OpenedAdTest, ThePagesNextVideoIsOneMore)
+TEST_F(OpenedAdTest, ThePagesNextVideoIsASecondEntry)
 {
     open();
     let_pass(2.3);
@@ -586,7 +586,7 @@ TEST_F(OpenedAdTest, TheImpressionCountsOnceTheKitIsCalledForIt)
     EXPECT_TRUE(told[0].impression_sent);
 }
 
-TEST_F(OpenedAdTest, NoImpressionIsInvented)
+TEST_F(OpenedAdTest, AnImpressionThatTheKitDidNotCountIsNotReported)
 {
     open();
     let_pass(20);

@@ -121,7 +121,7 @@ TEST_F(RehearsalTest, ACloseOnBehalfOfTheViewerIsReportedAsTheViewers)
     EXPECT_EQ(outcomes[0].end, AdEnd::Viewer);
 }
 
-TEST_F(RehearsalTest, WithoutAScreenOfTheKitThereIsNoneToLeave)
+TEST_F(RehearsalTest, WithoutAScreenOfTheKitLeavingItHasNoEffect)
 {
     rehearse("[]");
     platform.run_until(2);

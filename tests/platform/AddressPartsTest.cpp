@@ -12,7 +12,7 @@ namespace
 
 using Text = std::optional<std::string_view>;
 
-TEST(AddressParts, OfTheExampleInTheStandard)
+TEST(AddressParts, MatchTheExampleInTheStandard)
 {
     // RFC 3986, section 3.
     const AddressParts foo("foo://example.com:8042/over/there?name=ferret#nose");
@@ -34,7 +34,7 @@ TEST(AddressParts, OfTheExampleInTheStandard)
     EXPECT_EQ(urn.fragment(), Text());
 }
 
-TEST(AddressParts, OfTheExampleForTheRegularExpression)
+TEST(AddressParts, MatchTheExampleForTheRegularExpression)
 {
     // RFC 3986, appendix B.
     const AddressParts parts("http://www.ics.uci.edu/pub/ietf/uri/#Related");
@@ -45,7 +45,7 @@ TEST(AddressParts, OfTheExampleForTheRegularExpression)
     EXPECT_EQ(parts.fragment(), Text("Related"));
 }
 
-TEST(AddressParts, OfTheStandardsOtherExamples)
+TEST(AddressParts, MatchTheStandardsOtherExamples)
 {
     // RFC 3986, section 1.1.2.
     const AddressParts ldap("ldap://[2001:db8::7]/c=GB?objectClass?one");

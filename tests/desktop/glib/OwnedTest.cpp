@@ -67,7 +67,7 @@ TEST(Owned, AnErrorIsReplacedByTheNextCall)
     EXPECT_STREQ(error.message(), "second");
 }
 
-TEST(Connections, TheirEndDisconnectsThem)
+TEST(Connections, TheirDestructionDisconnectsTheHandlers)
 {
     const Emitter emitter;
     int calls = 0;
@@ -104,7 +104,7 @@ TEST(Connections, AHandlerMayDestroyThem)
     EXPECT_EQ(calls, 0);
 }
 
-TEST(SourceId, ItsEndRemovesTheSource)
+TEST(SourceId, ItsDestructionRemovesTheSource)
 {
     int calls = 0;
     const auto count_idle = [](void* data) -> gboolean {
@@ -127,7 +127,7 @@ TEST(SourceId, ItsEndRemovesTheSource)
     EXPECT_EQ(calls, 0);
 }
 
-TEST(Liveness, AGuardedCallbackEndsWithItsObject)
+TEST(Liveness, AGuardedCallbackDoesNothingAfterItsObjectsDestruction)
 {
     struct Counter {
         int calls = 0;
@@ -149,7 +149,7 @@ TEST(Liveness, AGuardedCallbackEndsWithItsObject)
     EXPECT_EQ(all, 2);
 }
 
-TEST(Liveness, ItEndsBeforeItsObjectOnRequest)
+TEST(Liveness, EndDisablesTheCallbacksBeforeTheDestruction)
 {
     struct Object {
         Liveness<Object> liveness{*this};

@@ -159,7 +159,7 @@ protected:
 
 } // namespace
 
-TEST_F(OpenedAdOfAServerTest, AServerThatIsUnavailableOnceDoesNotCostTheVideo)
+TEST_F(OpenedAdOfAServerTest, TheVideoPlaysAfterItsServerWasUnavailableOnce)
 {
     VideoServer::Answer unavailable;
     unavailable.status = 503;
@@ -178,7 +178,7 @@ TEST_F(OpenedAdOfAServerTest, AServerThatIsUnavailableOnceDoesNotCostTheVideo)
     EXPECT_EQ(failures.plays, 1);
 }
 
-TEST_F(OpenedAdOfAServerTest, AServerThatBreaksOffForAWhileDoesNotCostTheVideo)
+TEST_F(OpenedAdOfAServerTest, TheVideoPlaysToItsEndThoughItsServerBreaksOffForAWhile)
 {
     VideoServer::Answer half = whole_video();
     half.cuts_at = half.body.size() * 6 / 10;
@@ -191,7 +191,7 @@ TEST_F(OpenedAdOfAServerTest, AServerThatBreaksOffForAWhileDoesNotCostTheVideo)
     EXPECT_EQ(told[0].end, AdEnd::Video);
     ASSERT_THAT(told[0].videos, SizeIs(1));
     EXPECT_TRUE(told[0].videos[0].reached_end);
-    EXPECT_NEAR(told[0].videos[0].played, 4, 0.3) << "what had played is not played again";
+    EXPECT_NEAR(told[0].videos[0].played, 4, 0.3) << "the part that had played is not played again";
     EXPECT_GE(failures.video, 1);
 }
 
@@ -207,6 +207,6 @@ TEST_F(OpenedAdOfAServerTest, APermanentlyUnavailableServerIsTriedFourTimesInAll
     ASSERT_THAT(told, SizeIs(1));
     EXPECT_EQ(told[0].end, AdEnd::Host);
     EXPECT_EQ(failures.video, 4);
-    EXPECT_EQ(failures.plays, 4) << "the last one finds a player that has given up";
+    EXPECT_EQ(failures.plays, 4) << "the last one reaches a player that has given up";
     EXPECT_EQ(server.requests(), 4);
 }

@@ -18,7 +18,7 @@ TEST(HttpAddressTest, IsAnHttpOrHttpsAddressWithAHost)
         EXPECT_FALSE(HttpAddress::parse(address)) << address;
 }
 
-TEST(HttpAddressTest, ThatParsersReadDifferentlyIsNone)
+TEST(HttpAddressTest, ThatParsersReadDifferentlyIsRefused)
 {
     for (const char* address : {"http://127.0.0.1\\@ads.example/", "http://a@127.0.0.1@ads.example/",
                                 "http://a@ads.example@/", "http://127.0.0.1%40ads.example/", "http://[::1%25lo]x/"})
@@ -37,7 +37,7 @@ TEST(HttpAddressTest, NamesHostAndPortInLowerCase)
     EXPECT_EQ(HttpAddress::parse("https://a:80")->host_and_port(), "a:80");
 }
 
-TEST(HttpAddressTest, SpellsTheHostAsTheRequestWillNameIt)
+TEST(HttpAddressTest, SpellsTheHostAsTheRequestNamesIt)
 {
     EXPECT_EQ(HttpAddress::parse("http://%6cocalhost/")->host_and_port(), "localhost:80");
     EXPECT_EQ(HttpAddress::parse("http://%6cocalhost/a%2fb")->spelt(), "http://localhost/a%2Fb");
