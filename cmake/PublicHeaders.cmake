@@ -12,7 +12,7 @@ set(QORO_PUBLIC_CONTROLLER
     host/AdOutcome.h
     host/OpenedAd.h
     kit/CloseGuardTimes.h
-    # The ports, for a platform of one's own.
+    # The ports and the view tree, for a platform of the host's own.
     platform/AddressParts.h
     platform/CalendarEvent.h
     platform/EventTable.h

@@ -27,13 +27,13 @@ protected:
     }
 
     std::uint64_t hit_tests() { return platform.shared<WindowList>().hit_tests; }
-    /// Moves the X server's pointer to a point of the surface, from elsewhere: without a motion there is no event.
+    /// Moves the X server's pointer to a point of the surface, from another point: without a motion there is no event.
     void move_pointer(CGPoint point)
     {
         place_pointer({point.x - 20, point.y});
         place_pointer(point);
     }
-    /// Waits until GTK has noticed.
+    /// Moves the pointer and waits until the screen has received the motion.
     void place_pointer(CGPoint point)
     {
         GtkNative* native = GTK_NATIVE(screen->window());

@@ -198,7 +198,7 @@ protected:
     }
     void tap(CGPoint point) { touch_screen(point, point); }
 
-    /// The number of frames that the window draws in so many seconds.
+    /// The number of frames that the window draws within a time.
     int frames_in(double seconds)
     {
         int frames = 0;
