@@ -127,7 +127,7 @@ void add_play_options(CLI::App& command, PlayOptions& options)
     command.add_flag("--system-volume", options.system_volume,
                      "The ad's volume is the machine's, not only this program's");
     command.add_flag("--no-web-sandbox", options.no_web_sandbox,
-                     "Run the page outside a sandbox, for trusted pages where none can be had");
+                     "Run the page outside a sandbox, for trusted pages on a machine without one");
     command
         .add_option("--page-memory", options.page_memory,
                     "End the page when its process uses more than so many megabytes (512)")

@@ -11,6 +11,7 @@ set(QORO_PUBLIC_CONTROLLER
     formats/LogSink.h
     host/AdOutcome.h
     host/OpenedAd.h
+    kit/Accessible.h
     kit/CloseGuardTimes.h
     # The ports and the view tree, for a platform of the host's own.
     platform/AddressParts.h
@@ -29,6 +30,7 @@ set(QORO_PUBLIC_CONTROLLER
     platform/Translatable.h
     platform/UIKit.h
     platform/Value.h
+    views/TearDown.h
     views/ViewNode.h)
 set(QORO_PUBLIC_SIMULATOR
     formats/World.h

@@ -24,7 +24,7 @@ enum class AdEnd {
     Failed,
 };
 
-/// A phrase for a report: "closed by the viewer", "failed", … Not translated; lives as long as the program.
+/// A phrase for a report: "closed by the viewer", "not shown", … Not translated; lives as long as the program.
 std::string_view words_for(AdEnd end);
 
 /// Playback of one video.

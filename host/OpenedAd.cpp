@@ -57,7 +57,7 @@ std::string_view words_for(AdEnd end)
     case AdEnd::Failed:
         break;
     }
-    return "failed";
+    return "not shown";
 }
 
 /// Derives the outcome from the events of the ad.

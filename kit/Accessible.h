@@ -18,6 +18,7 @@ struct ControlNames {
     struct Picture {
         /// Accessibility identifier of the picture.
         std::string_view picture;
+        /// Accessible name; not null.
         const char* name;
         /// State of a toggle; absent for any other control.
         std::optional<bool> on;
@@ -26,15 +27,18 @@ struct ControlNames {
     struct Action {
         /// Name of its first action.
         std::string_view action;
+        /// Accessible name; not null.
         const char* name;
     };
     /// Of static storage duration.
     std::span<const Picture> pictures;
+    /// Of static storage duration; consulted after the pictures.
     std::span<const Action> actions;
 };
 
 /// The accessible properties of a view.
 struct Accessible {
+    /// What a view is for assistive technology.
     enum class Role : std::uint8_t {
         /// Not exposed: a background, a strip, a decorative picture.
         None,
@@ -49,6 +53,7 @@ struct Accessible {
         Wait,
     };
 
+    /// None for a view that is not exposed.
     Role role = Role::None;
     /// The accessible name: translated, unless the ad supplied it. May be empty.
     std::string name = {};

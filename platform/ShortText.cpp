@@ -9,9 +9,9 @@ std::size_t whole_characters(std::string_view text, std::size_t longest)
         return text.size();
     constexpr std::size_t LongestCharacter = 4;
     const auto continues = [text](std::size_t at) { return (static_cast<unsigned char>(text[at]) & 0xC0U) == 0x80U; };
-    for (std::size_t end = longest; end > 0 && longest - end < LongestCharacter; --end)
-        if (!continues(end))
-            return end;
+    for (std::size_t back = 0; back < LongestCharacter && back <= longest; ++back)
+        if (!continues(longest - back))
+            return longest - back;
     return longest;
 }
 

@@ -8,8 +8,7 @@ namespace qoro
 {
 
 /// The number of bytes after which a text can be cut without splitting a UTF-8 character: the text's size if that is at
-/// most `longest`; otherwise `longest` or up to three less, also in a text that is not valid UTF-8. If the first
-/// character is longer than `longest`, it is split: the result is `longest`.
+/// most `longest`; otherwise `longest` or up to three less, also in a text that is not valid UTF-8.
 std::size_t whole_characters(std::string_view text, std::size_t longest);
 
 /// Cuts a text that is longer than a number of bytes at the end of a character (see whole_characters), and marks the

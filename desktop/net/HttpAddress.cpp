@@ -62,6 +62,8 @@ std::string HttpAddress::host_and_port() const
 {
     std::string host = g_uri_get_host(uri_.get());
     std::ranges::transform(host, host.begin(), g_ascii_tolower);
+    if (host.find(':') != std::string::npos)
+        host = "[" + host + "]";
     return host + ":" + std::to_string(g_uri_get_port(uri_.get()));
 }
 

@@ -26,7 +26,7 @@ public:
     const std::string& written() const { return written_; }
     /// In libsoup's spelling: the scheme in lower case, escapes in the host decoded, other escapes in upper case.
     std::string spelt() const;
-    /// "example.org:80", in lower case; an IPv6 address has no brackets.
+    /// "example.org:80" or "[::1]:80", in lower case.
     std::string host_and_port() const;
     /// "http://example.org:80", in lower case: the scheme and host_and_port().
     std::string origin() const;

@@ -24,6 +24,8 @@ void show_own_window()
 void say_how_it_ended(const qoro::AdOutcome& outcome)
 {
     std::cout << "The ad was " << words_for(outcome.end) << " after " << outcome.lasted << " s\n";
+    if (outcome.error)
+        std::cout << "  " << *outcome.error << '\n';
     for (const qoro::PlayedVideo& video : outcome.videos)
         std::cout << "  played " << video.played << " s of " << video.duration.value_or(0)
                   << (video.reached_end ? " s, to the end\n" : " s\n");

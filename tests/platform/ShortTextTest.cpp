@@ -33,6 +33,12 @@ TEST(ShortText, NeverSplitsACharacter)
     }
 }
 
+TEST(ShortText, KeepsNothingOfACharacterThatIsTooLong)
+{
+    EXPECT_EQ(whole_characters("\xE2\x82\xAC.", 2), 0U);
+    EXPECT_EQ(shortened("\xF0\x9F\x8E\xAC", 3), "…");
+}
+
 TEST(ShortText, LosesAtMostThreeBytesOfATextThatIsNotUtf8)
 {
     EXPECT_EQ(whole_characters("\x80\x80\x80\x80\x80\x80", 5), 5U);

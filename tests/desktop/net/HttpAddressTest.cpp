@@ -35,6 +35,7 @@ TEST(HttpAddressTest, NamesHostAndPortInLowerCase)
     EXPECT_EQ(address->written(), "HTTP://ADS.Example/Path");
     EXPECT_EQ(HttpAddress::parse("https://a")->origin(), "https://a:443");
     EXPECT_EQ(HttpAddress::parse("https://a:80")->host_and_port(), "a:80");
+    EXPECT_EQ(HttpAddress::parse("http://[::1]:8080/")->host_and_port(), "[::1]:8080");
 }
 
 TEST(HttpAddressTest, SpellsTheHostAsTheRequestNamesIt)
