@@ -4,7 +4,7 @@
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "Base/VideoPlayer/layout/Frames.h"
 
-#include <ranges>
+#include <span>
 
 namespace qoro
 {
@@ -103,10 +103,11 @@ void QoroVideoWebViewController::setButtonPosition()
     imgTopBackgroundColor.setFrame({0, 0, across, side});
     imgBottomBackgroundColor.setFrame({0, 0, across, side});
     int taken = 0;
-    for (const ControlButton& row : controlButtons() | std::views::reverse) {
-        if (row.place != ControlButton::Place::BottomBar)
+    const std::span<const ControlButton> rows = controlButtons();
+    for (auto row = rows.rbegin(); row != rows.rend(); ++row) {
+        if (row->place != ControlButton::Place::BottomBar)
             continue;
-        const UIButton& button = this->*row.field;
+        const UIButton& button = this->*row->field;
         button.setFrame({across - (taken + 1) * side, 0, side, side});
         taken += button.isHidden() ? 0 : 1;
     }
