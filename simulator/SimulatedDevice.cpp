@@ -30,7 +30,7 @@ bool SimulatedDevice::turn(const DeviceChange& change)
 {
     orientation_ = change.orientation.value_or(orientation_);
     status_bar_hidden_ = change.status_bar_hidden.value_or(status_bar_hidden_);
-    const int before =
+    const UIInterfaceOrientation before =
         std::exchange(status_bar_orientation_, change.status_bar_orientation.value_or(status_bar_orientation_));
     return status_bar_orientation_ != before;
 }
