@@ -6,7 +6,7 @@
 namespace qoro::test
 {
 
-/// A platform with stub ports. A test sets the pointers of the ports it needs.
+/// A platform whose ports do nothing. A test sets the pointers of the ports it needs.
 class BarePlatform : public Platform,
                      private PlayerFactory,
                      private WebEngineFactory,
