@@ -42,7 +42,7 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     players_.options.on_sound_request = [this](const GstPlayer& player, SoundRequest request) {
         sound_requested(player, request);
     };
-    device_.on_interface_rotated = [this](UIInterfaceOrientation from) { tell_rotation(*this, from); };
+    device_.on_interface_rotated = [this](UIInterfaceOrientation from) { notify_rotation(*this, from); };
     // The controller's own log line contains neither the page's address nor the reason.
     fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
         emit(event::PageFailed{address, reason});
@@ -104,7 +104,7 @@ void DesktopPlatform::return_to_app()
 {
     loop_.post([this] { application_will_enter_foreground(); });
     loop_.post([this] { application_did_become_active(); });
-    loop_.post([this] { tell_appearance(*this); });
+    loop_.post([this] { notify_appearance(*this); });
 }
 
 void DesktopPlatform::change_volume(float step)

@@ -10,24 +10,24 @@ namespace qoro
 namespace
 {
 
-void tell_each(Platform& platform, const std::function<void(UIViewController&)>& tell)
+void notify_each(Platform& platform, const std::function<void(UIViewController&)>& notify)
 {
     for (const std::shared_ptr<ViewNode>& window : platform.shared<WindowList>().visible_from_below())
         // Retained: what it does may replace it.
         if (const std::shared_ptr<UIViewController> root = window->window_root)
-            platform.dispatch([&] { tell(*root); });
+            platform.dispatch([&] { notify(*root); });
 }
 
 } // namespace
 
-void tell_rotation(Platform& platform, UIInterfaceOrientation from)
+void notify_rotation(Platform& platform, UIInterfaceOrientation from)
 {
-    tell_each(platform, [from](UIViewController& root) { root.didRotateFromInterfaceOrientation(from); });
+    notify_each(platform, [from](UIViewController& root) { root.didRotateFromInterfaceOrientation(from); });
 }
 
-void tell_appearance(Platform& platform)
+void notify_appearance(Platform& platform)
 {
-    tell_each(platform, [](UIViewController& root) { root.viewDidAppear(false); });
+    notify_each(platform, [](UIViewController& root) { root.viewDidAppear(false); });
 }
 
 } // namespace qoro

@@ -12,9 +12,9 @@ class Platform;
 
 /// The interface has rotated.
 /// @param from the orientation before
-void tell_rotation(Platform& platform, UIInterfaceOrientation from);
+void notify_rotation(Platform& platform, UIInterfaceOrientation from);
 
 /// The viewer sees the windows again, after another application.
-void tell_appearance(Platform& platform);
+void notify_appearance(Platform& platform);
 
 } // namespace qoro

@@ -253,12 +253,12 @@ TEST_F(Tree, ResizesAViewThatFillsItsParent)
 
 TEST_F(Tree, ReportsOnlyNewSizes)
 {
-    int told = 0;
-    a.node()->on_resize = [&] { ++told; };
+    int resizes = 0;
+    a.node()->on_resize = [&] { ++resizes; };
 
     a.setFrame({0, 0, 30, 40});
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(resizes, 1);
     a.setFrame({10, 20, 30, 40});
     a.setTransform(CGAffineTransformMakeRotation(QuarterTurn));
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(resizes, 1);
 }
