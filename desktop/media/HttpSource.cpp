@@ -16,7 +16,7 @@ struct QoroHttpSource {
     qoro::HttpReader* reader;
     /// Offset of the next byte.
     std::uint64_t position;
-    bool size_told;
+    bool size_reported;
 };
 
 struct QoroHttpSourceClass {
@@ -61,7 +61,7 @@ gboolean start(GstBaseSrc* source)
 {
     QoroHttpSource& self = self_of(source);
     self.position = 0;
-    self.size_told = false;
+    self.size_reported = false;
     return TRUE;
 }
 
@@ -117,13 +117,13 @@ gboolean query(GstBaseSrc* source, GstQuery* asked)
     return TRUE;
 }
 
-void tell_size(QoroHttpSource& self)
+void report_size(QoroHttpSource& self)
 {
     GST_OBJECT_LOCK(&self);
     GST_BASE_SRC(&self)->segment.duration = *self.reader->size();
     GST_OBJECT_UNLOCK(&self);
     gst_element_post_message(GST_ELEMENT(&self), gst_message_new_duration_changed(GST_OBJECT(&self)));
-    self.size_told = true;
+    self.size_reported = true;
 }
 
 GstFlowReturn create(GstPushSrc* source, GstBuffer** made)
@@ -139,8 +139,8 @@ GstFlowReturn create(GstPushSrc* source, GstBuffer** made)
     const Outcome outcome =
         self.reader->read(self.position, reinterpret_cast<char*>(room.data), static_cast<std::size_t>(room.size), got);
     gst_buffer_unmap(buffer, &room);
-    if (self.reader->size() && !self.size_told)
-        tell_size(self);
+    if (self.reader->size() && !self.size_reported)
+        report_size(self);
     if (outcome == Outcome::Bytes) {
         gst_buffer_resize(buffer, 0, static_cast<gssize>(got));
         GST_BUFFER_OFFSET(buffer) = self.position;

@@ -118,7 +118,7 @@ struct Pipeline::Core {
     /// Converts GStreamer's position to seconds; the mutex is held. Before any data has arrived GStreamer returns the
     /// duration, so the target of the last seek is used.
     double reached(gint64 position) const { return sinks.got_any() ? seconds(position) : seek_to; }
-    void tell(void (Listener::*news)())
+    void notify(void (Listener::*news)())
     {
         mailbox->post([this, news] { (listener.*news)(); });
     }
@@ -308,7 +308,7 @@ bool Pipeline::Core::settle(unsigned for_seek)
         if (duration > 0 && !feed.complete() && feed.starved())
             set_low(true);
         if (sinks.opening_sound_since() > SoundTimeOut) {
-            tell(&Listener::sound_failed);
+            notify(&Listener::sound_failed);
             return false;
         }
     }
@@ -414,16 +414,16 @@ void Pipeline::Core::close()
 // A failure of the source takes precedence, because the others result from it.
 void Pipeline::Core::fail(const std::string& reason)
 {
-    std::string told;
+    std::string cause;
     {
         std::scoped_lock lock(mutex);
         if (failed)
             return;
         failed = true;
-        told = source_failure.empty() ? reason : source_failure;
+        cause = source_failure.empty() ? reason : source_failure;
         wishes_changed.notify_all();
     }
-    mailbox->post([this, told] { listener.failed(told); });
+    mailbox->post([this, cause] { listener.failed(cause); });
 }
 
 void Pipeline::Core::set_low(bool is_low)
@@ -435,7 +435,7 @@ void Pipeline::Core::set_low(bool is_low)
         low = is_low;
         wishes_changed.notify_all();
     }
-    tell(&Listener::data_changed);
+    notify(&Listener::data_changed);
 }
 
 void Pipeline::Core::wake()
@@ -474,7 +474,7 @@ void Pipeline::Core::hear_error(GstMessage* message)
     std::string reason = error ? error.message() : "an unknown fault";
     GstObject* from = GST_MESSAGE_SRC(message);
     if (sinks.is_of_sound(from)) {
-        tell(&Listener::sound_failed);
+        notify(&Listener::sound_failed);
         return;
     }
     if (feed.is_source(from)) {

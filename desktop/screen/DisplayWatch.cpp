@@ -63,7 +63,7 @@ struct DisplayWatch::Source {
     DisplayWatch* watch;
     int connection;
     gpointer tag;
-    bool told;
+    bool reported;
 
     // Polls the connection directly: GTK's own source flushes its requests while it prepares, before GLib polls, and
     // terminates the program if that fails.
@@ -72,17 +72,17 @@ struct DisplayWatch::Source {
         *timeout = -1;
         const auto* self = reinterpret_cast<Source*>(source);
         pollfd connection{self->connection, 0, 0};
-        return x_is_gone || self->told || (poll(&connection, 1, 0) == 1 && connection.revents != 0);
+        return x_is_gone || self->reported || (poll(&connection, 1, 0) == 1 && connection.revents != 0);
     }
     static gboolean check(GSource* source)
     {
         const auto* self = reinterpret_cast<Source*>(source);
-        return x_is_gone || self->told || (g_source_query_unix_fd(source, self->tag) & (G_IO_HUP | G_IO_ERR)) != 0;
+        return x_is_gone || self->reported || (g_source_query_unix_fd(source, self->tag) & (G_IO_HUP | G_IO_ERR)) != 0;
     }
     static gboolean dispatch(GSource* source, GSourceFunc, gpointer)
     {
         auto* self = reinterpret_cast<Source*>(source);
-        if (!std::exchange(self->told, true))
+        if (!std::exchange(self->reported, true))
             self->watch->lost_();
         return G_SOURCE_CONTINUE;
     }
@@ -98,7 +98,7 @@ DisplayWatch::DisplayWatch(std::function<void()> lost) : lost_(std::move(lost))
     source_.reset(made);
     auto* source = reinterpret_cast<Source*>(made);
     source->watch = this;
-    source->told = false;
+    source->reported = false;
     source->connection = connection;
     source->tag = g_source_add_unix_fd(made, connection, static_cast<GIOCondition>(G_IO_HUP | G_IO_ERR));
     g_source_set_name(made, "qoro display watch");

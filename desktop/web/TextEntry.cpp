@@ -20,24 +20,24 @@ constexpr const char* Watch = R"js("use strict";
     // A page may move its focus arbitrarily often. Only the latest state is reported, at most once per pause
     // (milliseconds).
     const pause = 50;
-    let now = false, told = null, waits = false;
+    let now = false, reported = null, waits = false;
     const report = () => {
-        if (now === told)
+        if (now === reported)
             return;
-        told = now;
-        window.webkit.messageHandlers.textEntry.postMessage(told);
+        reported = now;
+        window.webkit.messageHandlers.textEntry.postMessage(reported);
         waits = true;
         setTimeout(() => { waits = false; report(); }, pause);
     };
-    const tell = active => {
+    const focusChanged = active => {
         now = active;
         if (!waits)
             report();
     };
-    addEventListener("focusin", event => tell(takesKeys(event.composedPath()[0])), true);
-    addEventListener("focusout", () => tell(false), true);
+    addEventListener("focusin", event => focusChanged(takesKeys(event.composedPath()[0])), true);
+    addEventListener("focusout", () => focusChanged(false), true);
     if (window === window.top)
-        tell(false);
+        focusChanged(false);
 })();
 )js";
 
@@ -45,7 +45,7 @@ constexpr const char* Watch = R"js("use strict";
 
 TextEntry::TextEntry(WebKitUserContentManager* content)
 {
-    connections_.add(content, "script-message-received::textEntry", told, this);
+    connections_.add(content, "script-message-received::textEntry", received, this);
     webkit_user_content_manager_register_script_message_handler(content, Channel, World);
     const Owned<WebKitUserScript, webkit_user_script_unref> watch(
         webkit_user_script_new_for_world(Watch, WEBKIT_USER_CONTENT_INJECT_ALL_FRAMES,
@@ -53,7 +53,7 @@ TextEntry::TextEntry(WebKitUserContentManager* content)
     webkit_user_content_manager_add_script(content, watch.get());
 }
 
-void TextEntry::told(WebKitUserContentManager*, JSCValue* value, TextEntry* self)
+void TextEntry::received(WebKitUserContentManager*, JSCValue* value, TextEntry* self)
 {
     self->active_ = jsc_value_is_boolean(value) && jsc_value_to_boolean(value);
 }

@@ -24,7 +24,7 @@ public:
     void end() { active_ = false; }
 
 private:
-    static void told(WebKitUserContentManager* content, JSCValue* value, TextEntry* self);
+    static void received(WebKitUserContentManager* content, JSCValue* value, TextEntry* self);
 
     bool active_ = false;
     Connections connections_;

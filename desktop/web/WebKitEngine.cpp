@@ -324,7 +324,7 @@ void WebKitEngine::ask(F&& call)
 
 void WebKitEngine::report(News news, const std::string& reason)
 {
-    const auto tell = [news, reason](WebListener& listener) {
+    const auto notify = [news, reason](WebListener& listener) {
         if (news == News::Started)
             listener.did_start_load();
         else if (news == News::Finished)
@@ -334,10 +334,10 @@ void WebKitEngine::report(News news, const std::string& reason)
     };
     if (!asking_) {
         // A call from WebKit is an event of its own, and messages of the page may follow immediately.
-        platform_.dispatch([&] { tell(listener_); });
+        platform_.dispatch([&] { notify(listener_); });
         return;
     }
-    platform_.loop().post(liveness_.guard([tell](WebKitEngine& self) { tell(self.listener_); }));
+    platform_.loop().post(liveness_.guard([notify](WebKitEngine& self) { notify(self.listener_); }));
 }
 
 // ---------------------------------------------------------------------------------------------------------- Loads

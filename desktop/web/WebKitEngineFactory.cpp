@@ -158,7 +158,7 @@ std::shared_ptr<PageReach> WebKitEngineFactory::guard_network(PageKind kind, Web
 {
     std::unique_ptr<PageProxy> proxy;
     if (!PageProxy::system_has_proxy()) {
-        proxy = std::make_unique<PageProxy>([this](const std::string& where) { tell_refusal(where); });
+        proxy = std::make_unique<PageProxy>([this](const std::string& where) { report_refusal(where); });
         if (proxy->address().empty())
             throw std::runtime_error("pages can't be kept out of private networks: no port of 127.0.0.1 is free");
         const Owned<WebKitNetworkProxySettings, webkit_network_proxy_settings_free> settings(
@@ -168,7 +168,7 @@ std::shared_ptr<PageReach> WebKitEngineFactory::guard_network(PageKind kind, Web
     return std::make_shared<PageReach>(kind, sockets_, std::move(proxy));
 }
 
-void WebKitEngineFactory::tell_refusal(const std::string& where)
+void WebKitEngineFactory::report_refusal(const std::string& where)
 {
     platform_.loop().post(liveness_.guard([where](WebKitEngineFactory& self) {
         self.platform_.dispatch([&] { self.refusals_.report(self.platform_, "request", "http://" + where + "/"); });

@@ -46,7 +46,7 @@ private:
     void found(Family& family, PageKind kind);
     std::shared_ptr<PageReach> guard_network(PageKind kind, WebKitNetworkSession* session);
     /// Reports a connection that the proxy refused. Any thread may call this.
-    void tell_refusal(const std::string& where);
+    void report_refusal(const std::string& where);
 
     Platform& platform_;
     std::unique_ptr<GuardFolder> guard_;

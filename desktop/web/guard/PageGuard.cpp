@@ -22,7 +22,7 @@ bool has_bridge = false;
 /// The innermost zone that every page may reach.
 qoro::NetworkZone open = qoro::NetworkZone::Public;
 
-void tell(WebKitWebPage* page, const char* address)
+void report_refusal(WebKitWebPage* page, const char* address)
 {
     qoro::PageChannel::of(page).refuse("request", address);
 }
@@ -40,23 +40,23 @@ gboolean send_request(WebKitWebPage* page, WebKitURIRequest* request, WebKitURIR
         return FALSE;
     if (address && !library && !is_out_of_reach(address, webkit_web_page_get_uri(page)))
         return FALSE;
-    tell(page, address ? address : "");
+    report_refusal(page, address ? address : "");
     return TRUE;
 }
 
 void file_failed(const char* address, WebKitWebPage* page)
 {
-    tell(page, address);
+    report_refusal(page, address);
 }
 
 /// WebKit itself refuses local files before there is a request. The element concerned emits an error event; frames do
 /// not, so they are checked when they are added or changed.
 constexpr const char* watch_files = R"(
-    const tellOf = address => {
+    const reportFile = address => {
         if (typeof address === 'string' && address.startsWith('file:'))
-            told(address);
+            report(address);
     };
-    addEventListener('error', ({ target }) => [target.src, target.href, target.data].forEach(tellOf), true);
+    addEventListener('error', ({ target }) => [target.src, target.href, target.data].forEach(reportFile), true);
     const frames = 'iframe, frame, embed';
     new MutationObserver(changes => {
         for (const { target, addedNodes } of changes)
@@ -64,7 +64,7 @@ constexpr const char* watch_files = R"(
                 const inside = element === target ? [] : element.querySelectorAll(frames);
                 for (const frame of [element, ...inside])
                     if (frame.matches(frames))
-                        tellOf(frame.src);
+                        reportFile(frame.src);
             }
     }).observe(document, { subtree: true, childList: true, attributes: true, attributeFilter: ['src'] });
 )";
@@ -73,9 +73,10 @@ constexpr const char* watch_files = R"(
 void window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
 {
     const auto context = adopt(webkit_frame_get_js_context_for_script_world(frame, world));
-    const auto told = adopt(jsc_value_new_function(context.get(), "told", G_CALLBACK(file_failed), g_object_ref(page),
-                                                   g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING));
-    jsc_context_set_value(context.get(), "told", told.get());
+    const auto report =
+        adopt(jsc_value_new_function(context.get(), "report", G_CALLBACK(file_failed), g_object_ref(page),
+                                     g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING));
+    jsc_context_set_value(context.get(), "report", report.get());
     const auto nothing = adopt(jsc_context_evaluate(context.get(), watch_files, -1));
 }
 
@@ -84,17 +85,17 @@ void wanted_by_script(const char* address, WebKitWebPage* page)
     if (!address)
         return;
     if (qoro::AddressParts(address).has_scheme("file") || is_out_of_reach(address, webkit_web_page_get_uri(page)))
-        tell(page, address);
+        report_refusal(page, address);
 }
 
 /// Local files and WebSockets requested by scripts are refused by WebKit and its content filter without a report, so
 /// this script reports them. (Requests of workers, and navigations to a file, are refused without a report.)
-constexpr const char* watch_scripts = R"(told => {
+constexpr const char* watch_scripts = R"(report => {
     const { apply, construct } = Reflect;
     const isFile = address => address.slice(0, 5).toLowerCase() === 'file:';
     window.WebSocket = new Proxy(WebSocket, {
         construct(type, args, made) {
-            told(`${args[0]}`);
+            report(`${args[0]}`);
             return construct(type, args, made);
         },
     });
@@ -102,14 +103,14 @@ constexpr const char* watch_scripts = R"(told => {
         apply(call, self, args) {
             const address = args[0] instanceof Request ? args[0].url : `${args[0]}`;
             if (isFile(address))
-                told(address);
+                report(address);
             return apply(call, self, args);
         },
     });
     XMLHttpRequest.prototype.open = new Proxy(XMLHttpRequest.prototype.open, {
         apply(call, self, args) {
             if (isFile(`${args[1]}`))
-                told(`${args[1]}`);
+                report(`${args[1]}`);
             return apply(call, self, args);
         },
     });
@@ -121,10 +122,11 @@ void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFr
     const auto context = adopt(webkit_frame_get_js_context_for_script_world(frame, world));
     if (has_bridge)
         qoro::PageChannel::of(page).give_to(context.get());
-    const auto told = adopt(jsc_value_new_function(context.get(), "told", G_CALLBACK(wanted_by_script),
-                                                   g_object_ref(page), g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING));
+    const auto report =
+        adopt(jsc_value_new_function(context.get(), "report", G_CALLBACK(wanted_by_script), g_object_ref(page),
+                                     g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING));
     const auto watch = adopt(jsc_context_evaluate(context.get(), watch_scripts, -1));
-    const auto nothing = adopt(jsc_value_function_call(watch.get(), JSC_TYPE_VALUE, told.get(), G_TYPE_NONE));
+    const auto nothing = adopt(jsc_value_function_call(watch.get(), JSC_TYPE_VALUE, report.get(), G_TYPE_NONE));
 }
 
 /// The reply proves that the thread of the page's script is responsive.
