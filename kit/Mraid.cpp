@@ -275,7 +275,7 @@ NSString Mraid::load(const NSArray& arguments)
 {
     platform_.emit(event::MraidLoaded{});
     callback_ = arguments[0];
-    told_ = NSDictionary::dictionary();
+    sent_ = NSDictionary::dictionary();
     if (!watch_) {
         watch_ = std::make_unique<ViewWatch>(platform_, [this] { look_later(); });
         NSNotificationCenter& news = platform_.shared<NSNotificationCenter>();
@@ -284,7 +284,7 @@ NSString Mraid::load(const NSArray& arguments)
                          UIApplicationDidEnterBackgroundNotification);
         news.addObserver(action<&Mraid::came_back>(this, "came_back"), UIApplicationWillEnterForegroundNotification);
     }
-    tell_changes();
+    send_changes();
     return nullptr;
 }
 
@@ -328,25 +328,25 @@ void Mraid::look_later()
     platform_.loop().post([weak = std::weak_ptr(std::static_pointer_cast<Mraid>(shared_from_this()))] {
         if (const auto self = weak.lock()) {
             self->looks_ = false;
-            self->tell_changes();
+            self->send_changes();
         }
     });
 }
 
-void Mraid::tell_changes()
+void Mraid::send_changes()
 {
     if (!watch_)
         return;
     NSDictionary news = NSDictionary::dictionary();
-    if (told_.count() == 0)
+    if (sent_.count() == 0)
         news.setObject(features(), "supports");
     for (const NSDictionary::Entry& fact : facts())
-        if (!told_.contains(fact.key) || !(told_[fact.key] == fact.value))
+        if (!sent_.contains(fact.key) || !(sent_[fact.key] == fact.value))
             news.setObject(fact.value, fact.key);
     if (news.count() == 0)
         return;
     for (const NSDictionary::Entry& fact : news)
-        told_.setObject(fact.value, fact.key);
+        sent_.setObject(fact.value, fact.key);
     send(news);
     if (!ad_.dicEventListener) {
         release_orientation();
@@ -354,7 +354,7 @@ void Mraid::tell_changes()
     }
 }
 
-void Mraid::tell_error(const NSString& why, std::string_view action)
+void Mraid::send_error(const NSString& why, std::string_view action)
 {
     if (!watch_)
         return;
@@ -365,25 +365,25 @@ void Mraid::tell_error(const NSString& why, std::string_view action)
 void Mraid::send(const NSDictionary& facts)
 {
     const Value sent(facts);
-    platform_.emit(event::MraidTold{&sent});
+    platform_.emit(event::MraidSent{&sent});
     ad_.webView().callListeners("mraid", NSArray{callback_}, facts);
 }
 
 void Mraid::volume_changed()
 {
-    tell_changes();
+    send_changes();
 }
 
 void Mraid::went_to_background()
 {
     in_background_ = true;
-    tell_changes();
+    send_changes();
 }
 
 void Mraid::came_back()
 {
     in_background_ = false;
-    tell_changes();
+    send_changes();
 }
 
 } // namespace qoro

@@ -31,7 +31,7 @@ public:
     /// Sends the page an error event, provided that it has called mraid.load. For refusals of something that the page
     /// did not request, or that was examined only after its request was accepted.
     /// @param action name of the MRAID call
-    void tell_error(const NSString& why, std::string_view action);
+    void send_error(const NSString& why, std::string_view action);
 
     /// Whether the page has called MRAID's useCustomClose(true). The layouts add the ad's button again, so the wish
     /// must be reapplied after each of them.
@@ -64,7 +64,7 @@ private:
     NSDictionary features() const;
     NSDictionary facts() const;
     void look_later();
-    void tell_changes();
+    void send_changes();
     void send(const NSDictionary& facts);
     void volume_changed();
     void went_to_background();
@@ -75,7 +75,7 @@ private:
     /// The script's callback id; null before mraid.load.
     Value callback_;
     /// The facts last sent to the page.
-    NSDictionary told_;
+    NSDictionary sent_;
     std::unique_ptr<ViewWatch> watch_;
     bool looks_ = false;
     bool in_background_ = false;

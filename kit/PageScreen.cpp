@@ -243,7 +243,7 @@ void PageScreen::lay_out()
 void PageScreen::show_address(const NSURL& address)
 {
     if (!address.is_web())
-        return tell_viewer(screen_texts::AddressCannotBeShown);
+        return show_notice(screen_texts::AddressCannotBeShown);
     notice_.setHidden(true);
     loading_ = true;
     if (WebEngine* engine = page_.engine())
@@ -278,7 +278,7 @@ void PageScreen::did_fail_load(const std::string&)
     loading_ = false;
     // After a failed link the previous page stays.
     if (!page_.engine()->page_state().has_content)
-        tell_viewer(screen_texts::PageDoesNotCome);
+        show_notice(screen_texts::PageDoesNotCome);
     update();
 }
 
@@ -295,7 +295,7 @@ void PageScreen::refused(const std::string& what, const std::string& detail)
 void PageScreen::died(const std::string&)
 {
     loading_ = false;
-    tell_viewer(screen_texts::PageHasStopped);
+    show_notice(screen_texts::PageHasStopped);
     update();
 }
 
@@ -318,7 +318,7 @@ ScriptAnswer PageScreen::message(const ScriptMessage&)
     return {"a browsed page has no commands", nullptr};
 }
 
-void PageScreen::tell_viewer(const char* text)
+void PageScreen::show_notice(const char* text)
 {
     notice_text_.setText(platform_.translation().translate(text));
     notice_.setHidden(false);

@@ -72,7 +72,7 @@ private:
     void lay_out();
     void update();
     void show_in_field(const NSURL& address);
-    void tell_viewer(const char* text);
+    void show_notice(const char* text);
     bool is_seen() const;
 
     Platform& platform_;

@@ -254,7 +254,7 @@ void QoroPhoneGapViewController::MRAIDCreateCalendarEvent(const Value& event)
     }
     platform_.emit(event::CalendarEventRefused{why});
     if (mraid_)
-        mraid_->tell_error(why, "createCalendarEvent");
+        mraid_->send_error(why, "createCalendarEvent");
 }
 
 NSString QoroPhoneGapViewController::getTrackingUniqueInfo(const NSString& url) const
@@ -278,7 +278,7 @@ bool QoroPhoneGapViewController::webView(const UIWebView& webView, const NSURL& 
     const std::string& address = shouldStartLoadWithRequest.absoluteString().text();
     refused("navigation", address);
     if (navigationType == NavigationTypeLink && mraid_)
-        mraid_->tell_error(
+        mraid_->send_error(
             "a link leads nowhere, a page opens an address by mraid.open: " + RefusalLog::shortened(address), "open");
     return false;
 }

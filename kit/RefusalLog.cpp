@@ -10,10 +10,10 @@ namespace qoro
 
 std::optional<std::int64_t> RefusalLog::count(double now)
 {
-    ++untold_;
+    ++unreported_;
     if (!lines_.take(now))
         return std::nullopt;
-    return std::exchange(untold_, 0);
+    return std::exchange(unreported_, 0);
 }
 
 void RefusalLog::report(Platform& platform, const std::string& kind, const std::string& detail)

@@ -28,7 +28,7 @@ public:
 
 private:
     MessageBudget lines_{100, 1};
-    std::int64_t untold_ = 0;
+    std::int64_t unreported_ = 0;
 };
 
 } // namespace qoro

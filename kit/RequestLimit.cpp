@@ -11,7 +11,7 @@ namespace qoro
 
 RequestLimit::~RequestLimit()
 {
-    if (untold_ > 0)
+    if (unreported_ > 0)
         platform_.loop().stop_timer(line_);
 }
 
@@ -30,7 +30,7 @@ const char* RequestLimit::refusal(const std::string& address, RequestPurpose pur
 
 void RequestLimit::refused(const std::string& address, const char* why)
 {
-    if (untold_++ > 0)
+    if (unreported_++ > 0)
         return;
     address_ = RefusalLog::shortened(address);
     why_ = why;
@@ -41,7 +41,7 @@ void RequestLimit::refused(const std::string& address, const char* why)
 void RequestLimit::report()
 {
     next_line_ = platform_.loop().now() + BetweenLines;
-    const std::int64_t times = std::exchange(untold_, 0);
+    const std::int64_t times = std::exchange(unreported_, 0);
     platform_.emit(event::RequestRefused{address_, why_, times});
 }
 

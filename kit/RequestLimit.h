@@ -44,7 +44,7 @@ private:
     // Content of the next line: address and reason of the first refusal that it covers.
     std::string address_;
     const char* why_ = "";
-    std::int64_t untold_ = 0;
+    std::int64_t unreported_ = 0;
     double next_line_ = 0;
     /// Runs while a refusal is unreported.
     TimerId line_ = 0;

@@ -211,10 +211,10 @@ struct MraidRefused {
 };
 
 /// The page is sent changes of the ad.
-struct MraidTold {
+struct MraidSent {
     const Value* facts; ///< What has changed, by name; or the mapping "error", of "message" and "action".
 
-    static constexpr auto table = action_line("mraid", "tell", field("facts", &MraidTold::facts));
+    static constexpr auto table = action_line("mraid", "tell", field("facts", &MraidSent::facts));
 };
 
 // --------------------------------------------------------------------------------- Player, sound, device and system
@@ -519,7 +519,7 @@ using Event = std::variant<
     event::StepBegun, event::Returned, event::Snapshot, event::Faulted, event::Released, event::AdClosed,
     event::ServerHit, event::Requested, event::Fetched, event::RequestRefused, event::PageLoaded, event::ScriptEvent,
     event::PageRefused, event::PageDied, event::PageFailed, event::MraidLoaded, event::MraidOpened, event::MraidClosed,
-    event::MraidCustomClose, event::MraidOrientation, event::MraidCalendarEvent, event::MraidRefused, event::MraidTold,
+    event::MraidCustomClose, event::MraidOrientation, event::MraidCalendarEvent, event::MraidRefused, event::MraidSent,
     event::PlayerCreated, event::PlayerStarted, event::PlayerPaused, event::PlayerSought, event::PlayerDropped,
     event::PlayerFailed, event::VolumeSet, event::OrientationForced, event::AddressOpened, event::NotificationPosted,
     event::Logged, event::ConsoleLogged, event::ParentClicked, event::ParentClosed, event::ParentImpression,

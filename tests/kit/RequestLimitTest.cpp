@@ -45,7 +45,7 @@ std::vector<nlohmann::json> with_text(const std::vector<std::string>& trace, std
     return found;
 }
 
-std::int64_t told_refusals(const std::vector<std::string>& trace)
+std::int64_t refusals_reported(const std::vector<std::string>& trace)
 {
     std::int64_t sum = 0;
     for (const nlohmann::json& line : with_text(trace, "request.refused"))
@@ -98,7 +98,7 @@ TEST(RequestLimit, ARefusedRequestCallsItsFailAction)
 
     EXPECT_EQ(with_text(trace, R"("didSendTracking")").size(), sent);
     EXPECT_GE(sent + failed, 9900U);
-    EXPECT_EQ(told_refusals(trace), static_cast<std::int64_t>(failed));
+    EXPECT_EQ(refusals_reported(trace), static_cast<std::int64_t>(failed));
 }
 
 TEST(RequestLimit, RefusalsAreCountedInOneLineASecond)
