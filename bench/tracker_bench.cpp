@@ -101,7 +101,7 @@ public:
     Watch(const Watch&) = delete;
     Watch& operator=(const Watch&) = delete;
 
-    void tell(Figures& figures) const
+    void add_to(Figures& figures) const
     {
         figures.longest_stall = longest_;
         figures.longest_work = longest_work_;
@@ -129,7 +129,7 @@ Figures run_at_rest(qoro::GlibLoop& loop)
     Figures figures{.name = "at rest"};
     const Watch watch(loop);
     loop.run_until([] { return false; }, RestSeconds);
-    watch.tell(figures);
+    watch.add_to(figures);
     figures.seconds = RestSeconds;
     return figures;
 }
@@ -154,7 +154,7 @@ Figures run_ours(qoro::GlibLoop& loop, const qoro::AdServer& server, int tracker
     loop.post(send_list);
     loop.run_until([&] { return answered == trackers; }, Patience);
     figures.seconds = loop.now() - begun;
-    watch.tell(figures);
+    watch.add_to(figures);
     figures.received = received(server, "ours");
     return figures;
 }
@@ -197,7 +197,7 @@ Figures run_libsoup(qoro::GlibLoop& loop, const qoro::AdServer& server, int trac
         libsoup.send_one();
     loop.run_until([&] { return libsoup.answered == trackers; }, Patience);
     libsoup.figures.seconds = loop.now() - begun;
-    watch.tell(libsoup.figures);
+    watch.add_to(libsoup.figures);
     libsoup.figures.received = received(server, "libsoup");
     g_object_unref(libsoup.session);
     return libsoup.figures;

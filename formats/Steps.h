@@ -79,7 +79,7 @@ struct CallStep {
     std::string operation;
     NSArray arguments;
 };
-/// Reports a snapshot of the controller (tell_snapshot).
+/// Reports a snapshot of the controller (emit_snapshot).
 struct SnapshotStep {
 };
 /// The host releases the controller.

@@ -156,7 +156,7 @@ struct Session::Performer {
     void operator()(const ScriptStep& step) const
     {
         if (controller && session.controls_.page_runs(controller->webView()))
-            tell_return(step.message.command, controller->take_script_message(step.message).value);
+            emit_return(step.message.command, controller->take_script_message(step.message).value);
     }
 
     void operator()(const PlayerStep& step) const
@@ -193,7 +193,7 @@ struct Session::Performer {
     void operator()(const CallStep& step) const
     {
         if (controller)
-            tell_return(step.operation, call_operation(*controller, step.operation, step.arguments));
+            emit_return(step.operation, call_operation(*controller, step.operation, step.arguments));
     }
 
     void operator()(const SnapshotStep&) const
@@ -204,7 +204,7 @@ struct Session::Performer {
 
     void operator()(const ReleaseStep&) const { session.release(); }
 
-    void tell_return(std::string_view command, const Value& value) const
+    void emit_return(std::string_view command, const Value& value) const
     {
         if (value)
             session.platform_.emit(event::Returned{command, &value});

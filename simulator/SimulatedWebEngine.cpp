@@ -97,7 +97,7 @@ void SimulatedWebEngine::break_page(PageFault fault)
         return;
     fault_ = fault;
     if (fault == PageFault::Hangs) {
-        tell(Report::Silence);
+        deliver(Report::Silence);
         return;
     }
     ++load_;
@@ -135,11 +135,11 @@ void SimulatedWebEngine::after(std::int64_t microseconds, Report report)
     engines_.loop_.after(microseconds, [engines = &engines_, serial = serial_, load = load_, report] {
         SimulatedWebEngine* engine = engines->engines_[serial];
         if (engine && engine->load_ == load)
-            engine->tell(report);
+            engine->deliver(report);
     });
 }
 
-void SimulatedWebEngine::tell(Report report)
+void SimulatedWebEngine::deliver(Report report)
 {
     if (report == Report::Silence) {
         if (watched_ && fault_ == PageFault::Hangs && !std::exchange(silent_, true))

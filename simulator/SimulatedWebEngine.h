@@ -58,7 +58,7 @@ private:
     void begin(const NSURL& address);
     void visit(std::size_t place);
     void after(std::int64_t microseconds, Report report);
-    void tell(Report report);
+    void deliver(Report report);
     const NetAnswer* answer() const;
     void mend_page();
 
