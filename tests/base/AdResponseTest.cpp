@@ -293,9 +293,9 @@ private:
 TEST(FailAdRequest, NotifiesBothDelegatesThroughTheSuperclass)
 {
     AdSession session(world_with_page({.ok = false, .error = "not found", .body = {}, .after = 0}));
-    Lines told;
-    const auto delegate = std::make_shared<Delegate>(told, "ad");
-    const auto interstitial = std::make_shared<Delegate>(told, "interstitial");
+    Lines failures;
+    const auto delegate = std::make_shared<Delegate>(failures, "ad");
+    const auto interstitial = std::make_shared<Delegate>(failures, "interstitial");
     session->qoroDelegate = delegate;
     session->interstitialDelegate = interstitial;
     open_with_page(session);
@@ -304,7 +304,7 @@ TEST(FailAdRequest, NotifiesBothDelegatesThroughTheSuperclass)
     session.let_pass(0);
 
     EXPECT_THAT(session.transcript(), ElementsAre("super failAdRequest", "log 3 InApp failAdRequest"));
-    EXPECT_THAT(told, ElementsAre("ad: not found", "interstitial with a view: not found"));
+    EXPECT_THAT(failures, ElementsAre("ad: not found", "interstitial with a view: not found"));
 }
 
 TEST(FailAdRequest, WithoutDelegatesItOnlyLogs)
@@ -324,11 +324,11 @@ struct KeepingDelegate : QoroAdDelegate {
     bool responds_to_ad_failed() const override { return answers_; }
     void onZulixAdFailed(const UIView& ad_view, const NSError&) override
     {
-        ++told;
+        ++failures;
         view = ad_view;
     }
 
-    int told = 0;
+    int failures = 0;
     UIView view;
 
 private:
@@ -345,8 +345,8 @@ TEST(FailAdRequest, DelegatesThatDoNotImplementTheMethodAreNotNotified)
 
     session->failAdRequest(NSError{"gone"});
 
-    EXPECT_EQ(delegate->told, 0);
-    EXPECT_EQ(interstitial->told, 0);
+    EXPECT_EQ(delegate->failures, 0);
+    EXPECT_EQ(interstitial->failures, 0);
 }
 
 TEST(FailAdRequest, TheAdsDelegateGetsTheBannersViewAndTheInterstitialsTheControllers)

@@ -21,14 +21,14 @@ public:
 
     void closeVideoAdUnit(bool) override
     {
-        ++told;
+        ++closes;
         still_parent = session_->getParentViewController().get() == this;
         player_gone = !session_->qoroMoviePlayer;
         windows_gone = !session_->windowTempWindow && !session_->windowAddOnParent && !session_->appStoreWindow;
         off_screen = !session_->view().superview() && !session_->webView().superview();
     }
 
-    int told = 0;
+    int closes = 0;
     bool still_parent = false;
     bool player_gone = false;
     bool windows_gone = false;
@@ -127,7 +127,7 @@ TEST(Close, NotifiesTheParentLastAndThenReleasesIt)
 
     session.tap(session->btnClose);
 
-    EXPECT_EQ(parent->told, 1);
+    EXPECT_EQ(parent->closes, 1);
     EXPECT_TRUE(parent->still_parent);
     EXPECT_TRUE(parent->player_gone);
     EXPECT_TRUE(parent->windows_gone);

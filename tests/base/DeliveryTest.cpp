@@ -139,18 +139,18 @@ TEST(ClickRequester, ReportsTheClickToTheParent)
     EXPECT_THAT(session.transcript(), ElementsAre("parent clickRequester"));
 }
 
-/// Remembers what it is told of an impression, and the lines before it.
+/// Records whether an impression was sent, and the lines before that call.
 class Parent final : public QoroPhoneGapViewController
 {
 public:
     explicit Parent(const AdSession& session) : session_(session) {}
     void setBIsSendImpression(bool sent) override
     {
-        told = sent;
+        impression = sent;
         lines_before = session_.transcript();
     }
 
-    std::optional<bool> told;
+    std::optional<bool> impression;
     std::vector<std::string> lines_before;
 
 private:
@@ -166,7 +166,7 @@ TEST(SendImpression, CallsTheSuperclassThenTheParent)
 
     session->sendImpression();
 
-    EXPECT_EQ(parent->told, true);
+    EXPECT_EQ(parent->impression, true);
     EXPECT_THAT(parent->lines_before, ElementsAre("super sendImpression"));
 }
 

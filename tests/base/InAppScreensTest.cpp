@@ -1,5 +1,5 @@
 #include "tests/support/AdSession.h"
-#include "tests/support/WhenTold.h"
+#include "tests/support/AtEvent.h"
 
 #include <gmock/gmock.h>
 
@@ -78,8 +78,8 @@ TEST(InAppBrowserScreen, TheClickThroughHasEndedWhenPortraitIsForced)
     session.open();
     session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
     bool ended = false;
-    const WhenTold looks(session, "device",
-                         [&] { ended = !session->getBDoButtonAction() && !session->qoroInAppWebViewController; });
+    const AtEvent looks(session, "device",
+                        [&] { ended = !session->getBDoButtonAction() && !session->qoroInAppWebViewController; });
 
     session->closeInAppWebView();
 
@@ -94,7 +94,7 @@ TEST(InAppApplication, TheOrientationCheckHasStoppedBeforeItIsClosedAndTheClickT
     session->checkDeviceOrientation();
     bool stopped = false;
     bool going_on = false;
-    const WhenTold looks(session, "super", [&] {
+    const AtEvent looks(session, "super", [&] {
         // The close is reported first, the spinner of the following layout second.
         if (session.count_of("super closeInAppApplication") > 0)
             return;

@@ -1,7 +1,7 @@
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "tests/base/StartingPoints.h"
+#include "tests/support/AtEvent.h"
 #include "tests/support/Views.h"
-#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
 
@@ -127,7 +127,7 @@ TEST(LandscapeLayout, RootAndPageAreSquaresOnTheLongEdgeUntilTheTimeHasBeenRepor
     session.plays();
     CGRect root;
     CGRect page;
-    const WhenTold looks(session, "js", [&] {
+    const AtEvent looks(session, "js", [&] {
         root = session->view().frame();
         page = session->webView().frame();
     });
@@ -518,7 +518,7 @@ TEST(LandscapeLayout, APageInFrontRemovesTheControlsBeforeTheTimeIsReported)
     session.plays();
     session.ad().bIsWebViewInFront = true;
     bool mute_there = true;
-    const WhenTold looks(session, "js", [&] { mute_there = static_cast<bool>(session->btnMute); });
+    const AtEvent looks(session, "js", [&] { mute_there = static_cast<bool>(session->btnMute); });
 
     session->setLandscapeFullScreenVideo();
 

@@ -1,6 +1,6 @@
 #include "tests/support/AdSession.h"
+#include "tests/support/AtEvent.h"
 #include "tests/support/Views.h"
-#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
 
@@ -290,8 +290,8 @@ std::vector<std::pair<bool, bool>> said_at_opening(const NSDictionary& button)
 {
     OpenAd session;
     std::vector<std::pair<bool, bool>> said;
-    const WhenTold looks(session, "openURL",
-                         [&] { said.emplace_back(session->getBDoButtonAction(), session->bGoOutApp); });
+    const AtEvent looks(session, "openURL",
+                        [&] { said.emplace_back(session->getBDoButtonAction(), session->bGoOutApp); });
     session->checkLaunchType(button);
     return said;
 }
@@ -310,7 +310,7 @@ TEST(OutOfApp, IsRememberedBeforeTheVideoIsPaused)
 {
     OpenAd session;
     bool out_at_pause = false;
-    const WhenTold looks(session, "player", [&] { out_at_pause = session->bGoOutApp; });
+    const AtEvent looks(session, "player", [&] { out_at_pause = session->bGoOutApp; });
 
     session->doOutAppNotify();
 
@@ -386,7 +386,7 @@ TEST(InAppBrowser, ItsSettingsAreIndependent)
 {
     struct Setting {
         const char* key;
-        const char* told;
+        const char* flags;
     };
     // Custom close, navigation bar, progress bar.
     constexpr Setting settings[] = {
@@ -394,14 +394,14 @@ TEST(InAppBrowser, ItsSettingsAreIndependent)
         {"show_nav_bar", "false true false"},
         {"show_prog_bar", "false false true"},
     };
-    for (const auto& [key, told] : settings) {
+    for (const auto& [key, flags] : settings) {
         SCOPED_TRACE(key);
         OpenAd session;
 
         session->openInAppAction({{"u", "http://l/"}, {key, true}, {"bk_c", 4278255360.0}});
 
         EXPECT_EQ(
-            session.count_of("kit browser.expand http://l/ " + std::string(told) + " 812 375 [0,1,0,1] 1700000000 7"),
+            session.count_of("kit browser.expand http://l/ " + std::string(flags) + " 812 375 [0,1,0,1] 1700000000 7"),
             1U);
         EXPECT_EQ(session->qoroInAppWebViewController->bIsUseCustomClose, std::string_view(key) == "custom_close");
     }
@@ -497,7 +497,7 @@ TEST(InAppBrowser, TheOrientationAtTheTapCountsNotTheOneOnceOpen)
     OpenAd session;
     const UIWindow window = session->windowTempWindow;
     session.rotate(UIDeviceOrientationLandscapeLeft);
-    const WhenTold turns(session, "kit", [&] { session.rotate(UIDeviceOrientationPortrait); });
+    const AtEvent turns(session, "kit", [&] { session.rotate(UIDeviceOrientationPortrait); });
 
     session->checkLaunchType({{"launch_type", "inapp"}, {"data", NSDictionary{{"u", "http://l/"}}}});
 

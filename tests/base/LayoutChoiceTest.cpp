@@ -1,5 +1,5 @@
 #include "tests/base/StartingPoints.h"
-#include "tests/support/WhenTold.h"
+#include "tests/support/AtEvent.h"
 
 #include <gmock/gmock.h>
 
@@ -381,7 +381,7 @@ TEST(CheckVideoSize, ShowsTheBarsBeforeItReportsTheTime)
     session.plays();
     session->setControlBottonInVisible(true);
     bool bars_hidden = true;
-    const WhenTold looks(session, "js", [&] { bars_hidden = session->bIsHideControlbutton; });
+    const AtEvent looks(session, "js", [&] { bars_hidden = session->bIsHideControlbutton; });
 
     session->checkVideoSize();
 

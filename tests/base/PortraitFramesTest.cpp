@@ -1,6 +1,6 @@
 #include "tests/base/StartingPoints.h"
+#include "tests/support/AtEvent.h"
 #include "tests/support/Views.h"
-#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
 
@@ -182,7 +182,7 @@ TEST(PortraitLayout, PageAndVideoFillTheScreenFromItsTopUntilTheTimeHasBeenRepor
     session->setLandscapeFullScreenVideo();
     CGRect page;
     CGRect video;
-    const WhenTold looks(session, "js", [&] {
+    const AtEvent looks(session, "js", [&] {
         page = session->webView().frame();
         video = video_frame(session);
     });

@@ -1,7 +1,7 @@
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "tests/base/StartingPoints.h"
+#include "tests/support/AtEvent.h"
 #include "tests/support/Views.h"
-#include "tests/support/WhenTold.h"
 
 #include <gmock/gmock.h>
 
@@ -267,7 +267,7 @@ TEST(PortraitLayout, APageInFrontRemovesTheControlsBeforeTheTimeIsReported)
     session.plays();
     session.ad().bIsWebViewInFront = true;
     bool mute_there = true;
-    const WhenTold looks(session, "js", [&] { mute_there = static_cast<bool>(session->btnMute); });
+    const AtEvent looks(session, "js", [&] { mute_there = static_cast<bool>(session->btnMute); });
 
     session->setPortraitModeScreen();
 

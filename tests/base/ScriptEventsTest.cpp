@@ -12,7 +12,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 /// The data that a new listener of an event receives immediately, in a range of video states; nothing in other states.
-struct Told {
+struct LateEvent {
     const char* name;
     std::uint32_t from;
     std::uint32_t to;
@@ -22,7 +22,7 @@ struct Told {
 /// One past the last state.
 constexpr std::uint32_t Never = VideoEnded + 1;
 
-constexpr Told LateListeners[] = {
+constexpr LateEvent LateListeners[] = {
     {"video_loading", VideoLoading, VideoLoading, "video_loading"},
     {"video_loaded", VideoLoaded, VideoLoaded, "video_loaded"},
     {"video_play", VideoPlay, VideoEnded, "video_play"},
@@ -37,7 +37,7 @@ constexpr Told LateListeners[] = {
 
 TEST(AddEventListener, ALateListenerReceivesTheEventForTheVideosCurrentState)
 {
-    for (const Told& row : LateListeners) {
+    for (const LateEvent& row : LateListeners) {
         for (std::uint32_t state = VideoLoading; state <= VideoEnded; ++state) {
             AdSession session;
             session.open();
@@ -46,10 +46,10 @@ TEST(AddEventListener, ALateListenerReceivesTheEventForTheVideosCurrentState)
 
             session->addEventListener(row.name, "1", "1");
 
-            std::vector<std::string> told;
+            std::vector<std::string> expected;
             if (row.from <= state && state <= row.to)
-                told.emplace_back(row.event);
-            EXPECT_EQ(session.events(), told) << row.name << " in state " << state;
+                expected.emplace_back(row.event);
+            EXPECT_EQ(session.events(), expected) << row.name << " in state " << state;
         }
     }
 }

@@ -206,7 +206,7 @@ ScriptContract::ScriptContract()
     session_ = std::make_unique<Session>(platform(), world().controls(), HostSetup{}, ad);
     platform().dispatch([&] { session_->open(0); });
     EXPECT_TRUE(world().script_starts(*session_->controller()));
-    told.clear();
+    commands.clear();
 }
 
 ScriptContract::~ScriptContract()
@@ -229,7 +229,7 @@ void ScriptContract::receive(const Event& event)
                 line << *number;
         }
         EXPECT_FALSE(line.str().starts_with("failed")) << line.str();
-        told.push_back(line.str());
+        commands.push_back(line.str());
     });
 }
 
@@ -293,7 +293,7 @@ TEST_P(ScriptContract, ACommandIsCarriedOutAndAnswered)
     EXPECT_EQ(world().script_says(ad(), R"(["getVideoIsMute"])"), "false");
     EXPECT_EQ(world().script_says(ad(), R"(["checkCanPlayNextVideo", "http://ad.example/next.mp4"])"), "true");
 
-    EXPECT_EQ(told, Lines{"seek 2.5"});
+    EXPECT_EQ(commands, Lines{"seek 2.5"});
 }
 
 TEST_P(ScriptContract, AnInvalidMessageIsRefusedAndHasNoEffect)
@@ -304,7 +304,7 @@ TEST_P(ScriptContract, AnInvalidMessageIsRefusedAndHasNoEffect)
           R"([["setVideoPlay"]])", R"(["setvideoplay"])", R"(["closeAction"])", R"(["setVideoSeekToTime"])"})
         EXPECT_EQ(world().script_says(ad(), message), std::nullopt) << message;
 
-    EXPECT_EQ(told, Lines{});
+    EXPECT_EQ(commands, Lines{});
 }
 
 TEST_P(ScriptContract, CommandsThatNeedATouchAreRefusedWithoutOne)

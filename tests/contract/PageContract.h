@@ -93,7 +93,7 @@ protected:
     }
 
     /// The player's commands since the ad opened.
-    Lines told;
+    Lines commands;
 
 private:
     void receive(const Event& event) override;

@@ -83,27 +83,27 @@ TEST_F(DesktopPlatformEndTest, AnUnansweredTrackerDelaysTheEndByTwoSecondsAtMost
 
 namespace
 {
-/// The root of a window; writes down what it is told, and the notifications that concern an application.
+/// The root of a window; records its calls, and the notifications that concern an application.
 class Root : public UIViewController
 {
 public:
-    void viewDidAppear(bool) override { told.emplace_back("appears"); }
+    void viewDidAppear(bool) override { calls.emplace_back("appears"); }
     void didRotateFromInterfaceOrientation(UIInterfaceOrientation from) override
     {
-        told.push_back("rotated from " + std::to_string(from));
+        calls.push_back("rotated from " + std::to_string(from));
     }
-    void became_active() { told.emplace_back("active"); }
-    void bar_turned() { told.emplace_back("bar"); }
+    void became_active() { calls.emplace_back("active"); }
+    void bar_turned() { calls.emplace_back("bar"); }
     void interrupted(const NSNotification& notification)
     {
-        told.push_back("interruption " +
-                       std::to_string(notification.userInfo[AVAudioSessionInterruptionTypeKey].intValue()));
+        calls.push_back("interruption " +
+                        std::to_string(notification.userInfo[AVAudioSessionInterruptionTypeKey].intValue()));
     }
 
-    std::vector<std::string> told;
+    std::vector<std::string> calls;
 };
 
-using Told = std::vector<std::string>;
+using Calls = std::vector<std::string>;
 
 class DesktopPlatformReportTest : public testing::Test, protected PlayerListener
 {
@@ -160,7 +160,7 @@ protected:
 };
 } // namespace
 
-TEST_F(DesktopPlatformReportTest, AControllerOnTheScreenIsToldOfAReturnToTheAppAndOfARotation)
+TEST_F(DesktopPlatformReportTest, AControllerOnTheScreenIsNotifiedOfAReturnToTheAppAndOfARotation)
 {
     open(true);
     window.setHidden(false);
@@ -171,10 +171,10 @@ TEST_F(DesktopPlatformReportTest, AControllerOnTheScreenIsToldOfAReturnToTheAppA
     platform->device().turn(UIDeviceOrientationPortrait);
     let_events_pass();
 
-    EXPECT_EQ(root->told, (Told{"bar", "active", "appears", "bar", "rotated from 3"}));
+    EXPECT_EQ(root->calls, (Calls{"bar", "active", "appears", "bar", "rotated from 3"}));
 }
 
-TEST_F(DesktopPlatformReportTest, AControllerInAHiddenWindowIsToldOfNeither)
+TEST_F(DesktopPlatformReportTest, AControllerInAHiddenWindowIsNotifiedOfNeither)
 {
     open(true);
 
@@ -183,7 +183,7 @@ TEST_F(DesktopPlatformReportTest, AControllerInAHiddenWindowIsToldOfNeither)
     platform->device().turn(UIDeviceOrientationLandscapeLeft);
     let_events_pass();
 
-    EXPECT_EQ(root->told, (Told{"active", "bar"}));
+    EXPECT_EQ(root->calls, (Calls{"active", "bar"}));
 }
 
 TEST_F(DesktopPlatformReportTest, ACallInterruptsTheSoundUntilItEnds)
@@ -194,13 +194,13 @@ TEST_F(DesktopPlatformReportTest, ACallInterruptsTheSoundUntilItEnds)
     const auto video = platform->players().make_player(
         NSURL::fileURLWithPath(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4"), *this);
     ASSERT_TRUE(until([&] { return video->current_time() > 0.2; }));
-    EXPECT_EQ(root->told, Told{});
+    EXPECT_EQ(root->calls, Calls{});
 
     sound.begin_call();
-    ASSERT_TRUE(until([&] { return !root->told.empty(); }));
+    ASSERT_TRUE(until([&] { return !root->calls.empty(); }));
     video->pause();
     sound.end_call();
-    ASSERT_TRUE(until([&] { return root->told.size() > 1; }));
+    ASSERT_TRUE(until([&] { return root->calls.size() > 1; }));
 
-    EXPECT_EQ(root->told, (Told{"interruption 1", "interruption 0"}));
+    EXPECT_EQ(root->calls, (Calls{"interruption 1", "interruption 0"}));
 }

@@ -111,7 +111,7 @@ TEST_F(PlayAccessible, EveryControlOfTheDemoHasItsNameAndItsRole)
     const auto countdown = reader.find("timer", "Can be closed in ", ScreenReader::Beginning);
     ASSERT_TRUE(countdown);
     EXPECT_TRUE(countdown->name.ends_with(" seconds")) << countdown->name;
-    EXPECT_FALSE(reader.tells("push button", "Close")) << "it is not there yet";
+    EXPECT_FALSE(reader.announces("push button", "Close")) << "it is not there yet";
 }
 
 TEST_F(PlayAccessible, TheCloseButtonTakesThePlaceOfTheCountdown)
@@ -120,7 +120,7 @@ TEST_F(PlayAccessible, TheCloseButtonTakesThePlaceOfTheCountdown)
     ScreenReader reader(ad->process());
 
     EXPECT_TRUE(reader.find("push button", "Close")) << ad->complaints();
-    EXPECT_FALSE(reader.tells("timer", "Can be closed in ", ScreenReader::Beginning));
+    EXPECT_FALSE(reader.announces("timer", "Can be closed in ", ScreenReader::Beginning));
 }
 
 TEST_F(PlayAccessible, MuteReportsItsStateAndCanBeUsedWithoutAPointer)
@@ -223,8 +223,8 @@ TEST_F(PlayAccessible, TheBrowserExposesItsControlsAndNoneOfTheAdBelow)
     EXPECT_TRUE(reader.find("push button", "Close"));
     EXPECT_TRUE(reader.find("image", "The connection is not secure"));
     EXPECT_TRUE(reader.find("label", server_.address("/landing").substr(7)));
-    EXPECT_FALSE(reader.tells("push button", "Go"));
-    EXPECT_FALSE(reader.tells("push button", "Show the controls"));
+    EXPECT_FALSE(reader.announces("push button", "Go"));
+    EXPECT_FALSE(reader.announces("push button", "Show the controls"));
 }
 
 TEST_F(PlayAccessible, TheBrowserKeepsTheFocusInsideAndCanBeClosedByKeyboard)
@@ -246,7 +246,7 @@ TEST_F(PlayAccessible, TheBrowserKeepsTheFocusInsideAndCanBeClosedByKeyboard)
     ASSERT_TRUE(reader.focuses("Close"));
     ad->press("Return");
 
-    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
+    EXPECT_TRUE(ad->reports({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
 TEST_F(PlayAccessible, InATextFieldArrowsAndLettersGoToThePageAndDoNotTurnTheDevice)

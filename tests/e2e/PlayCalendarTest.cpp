@@ -99,7 +99,7 @@ protected:
     std::unique_ptr<PlayedAd> play() const
     {
         auto ad = std::make_unique<PlayedAd>(std::vector<std::string>{(folder_ / "ad.json").string()});
-        EXPECT_TRUE(ad->tells({{"what", "mraid"}, {"facts", {{"state", "default"}, {"viewable", true}}}}))
+        EXPECT_TRUE(ad->reports({{"what", "mraid"}, {"facts", {{"state", "default"}, {"viewable", true}}}}))
             << ad->complaints();
         return ad;
     }
@@ -114,7 +114,7 @@ TEST_F(PlayCalendar, AClickAddsTheEventToTheSystemsCalendar)
 {
     install_calendar();
     const auto ad = play();
-    EXPECT_TRUE(ad->tells({{"what", "mraid"}, {"facts", {{"supports", {{"calendar", true}}}}}}));
+    EXPECT_TRUE(ad->reports({{"what", "mraid"}, {"facts", {{"supports", {{"calendar", true}}}}}}));
 
     ad->click(90, 500);
 
@@ -124,7 +124,7 @@ TEST_F(PlayCalendar, AClickAddsTheEventToTheSystemsCalendar)
           "DTSTART;TZID=UTC-0800:20270322T220000", "DTEND;TZID=UTC-0800:20270322T230000",
           "RRULE:FREQ=WEEKLY;UNTIL=20270701T075959Z;BYDAY=MO", "STATUS:TENTATIVE", "TRIGGER:-PT15M", "END:VCALENDAR"})
         EXPECT_NE(file.find(std::string(line) + "\r\n"), std::string::npos) << line << " is not in\n" << file;
-    EXPECT_TRUE(ad->tells({{"what", "kit"}, {"do", "calendar.add"}}));
+    EXPECT_TRUE(ad->reports({{"what", "kit"}, {"do", "calendar.add"}}));
     ad->press("Escape");
     EXPECT_EQ(ad->exit_status(), 0);
 }
@@ -138,8 +138,8 @@ TEST_F(PlayCalendar, AnInvalidEventIsAnErrorOfThePageAndWritesNoFile)
 
     const std::string why =
         "start is \"soon\": expected a date that there is, such as 2027-03-24 or 2027-03-24T09:00-08:00";
-    EXPECT_TRUE(ad->tells({{"what", "kit"}, {"do", "calendar.refused"}, {"why", why}}));
-    EXPECT_TRUE(ad->tells(
+    EXPECT_TRUE(ad->reports({{"what", "kit"}, {"do", "calendar.refused"}, {"why", why}}));
+    EXPECT_TRUE(ad->reports(
         {{"what", "mraid"}, {"command", "expand"}, {"arguments", json::array({"createCalendarEvent: " + why})}}));
     EXPECT_EQ(files_in_cache(), 0U);
 }
@@ -147,13 +147,13 @@ TEST_F(PlayCalendar, AnInvalidEventIsAnErrorOfThePageAndWritesNoFile)
 TEST_F(PlayCalendar, AMachineWithoutACalendarSupportsNone)
 {
     const auto ad = play();
-    EXPECT_TRUE(ad->tells({{"what", "mraid"}, {"facts", {{"supports", {{"calendar", false}}}}}}));
+    EXPECT_TRUE(ad->reports({{"what", "mraid"}, {"facts", {{"supports", {{"calendar", false}}}}}}));
 
     ad->click(90, 500);
 
-    EXPECT_TRUE(ad->tells({{"what", "mraid"},
-                           {"command", "expand"},
-                           {"arguments", json::array({"createCalendarEvent: this device has no calendar"})}}));
+    EXPECT_TRUE(ad->reports({{"what", "mraid"},
+                             {"command", "expand"},
+                             {"arguments", json::array({"createCalendarEvent: this device has no calendar"})}}));
     EXPECT_EQ(files_in_cache(), 0U);
 }
 

@@ -52,14 +52,14 @@ private:
 TEST(PlayCreatives, TheMinimalOneOpensItsShopWhenTheViewerTouchesIt)
 {
     Creative minimal("minimal");
-    ASSERT_TRUE(minimal.ad->tells({{"what", "mraid"}, {"facts", {{"state", "default"}, {"viewable", true}}}}))
+    ASSERT_TRUE(minimal.ad->reports({{"what", "mraid"}, {"facts", {{"state", "default"}, {"viewable", true}}}}))
         << minimal.ad->complaints();
 
     minimal.ad->click(187, 300);
 
-    EXPECT_TRUE(minimal.ad->tells({{"what", "mraid"}, {"do", "open"}, {"url", "https://lumo.example/lamps"}}));
-    EXPECT_TRUE(minimal.ad->tells({{"what", "openURL"}, {"url", "https://lumo.example/lamps"}}));
-    EXPECT_TRUE(minimal.ad->tells({{"what", "super"}, {"do", "qoroLeaveApplication"}}));
+    EXPECT_TRUE(minimal.ad->reports({{"what", "mraid"}, {"do", "open"}, {"url", "https://lumo.example/lamps"}}));
+    EXPECT_TRUE(minimal.ad->reports({{"what", "openURL"}, {"url", "https://lumo.example/lamps"}}));
+    EXPECT_TRUE(minimal.ad->reports({{"what", "super"}, {"do", "qoroLeaveApplication"}}));
 }
 
 TEST(PlayCreatives, TheEndCardComesWithTheEndPlaysAgainAndCloses)
@@ -76,7 +76,7 @@ TEST(PlayCreatives, TheEndCardComesWithTheEndPlaysAgainAndCloses)
     ASSERT_TRUE(card.ad->clicks_until(187, 300, [&] { return plays() > before; })) << "watch again";
     EXPECT_TRUE(card.ad->clicks_until(187, 300 + 2 * 110, [&] { return card.ad->exit_status(0) == 0; })) << "close";
 
-    EXPECT_TRUE(card.ad->tells({{"what", "mraid"}, {"do", "close"}}));
+    EXPECT_TRUE(card.ad->reports({{"what", "mraid"}, {"do", "close"}}));
 }
 
 TEST(PlayCreatives, TheOneWithTwoVideosPlaysTheOther)

@@ -90,8 +90,8 @@ void close_when_it_goes_away(OwnDisplay& display)
     EXPECT_EQ(ad.exit_status(), 1) << ad.complaints();
     EXPECT_EQ(own_words(ad.complaints()), "qoro-ad: the display is gone, and the ad was closed\n");
     EXPECT_TRUE(ad.hears("onhide")) << "the trace goes on to the end";
-    EXPECT_TRUE(ad.tells({{"what", "super"}, {"do", "updateStatusbar"}}));
-    EXPECT_TRUE(ad.tells({{"what", "player"}, {"do", "drop"}}));
+    EXPECT_TRUE(ad.reports({{"what", "super"}, {"do", "updateStatusbar"}}));
+    EXPECT_TRUE(ad.reports({{"what", "player"}, {"do", "drop"}}));
     EXPECT_EQ(ad.hits_of("/t/close"), 1) << "its close tracker has gone out, and come in";
     EXPECT_EQ(sound.device_volume(), volume);
 }

@@ -59,7 +59,7 @@ struct Fault {
     VideoServer::Answer page;
     VideoServer::Answer icon;
     /// Members and values of trace lines, all of which must appear.
-    std::vector<nlohmann::json> told;
+    std::vector<nlohmann::json> reports;
     /// Whether the server runs.
     bool server_lives = true;
 
@@ -203,9 +203,9 @@ TEST_P(PlayFaultTest, IsReportedAndTheViewerLeavesByEscape)
         server.reset();
 
     PlayedAd ad({file});
-    for (const nlohmann::json& told : fault.told)
-        EXPECT_TRUE(ad.wait_for([&](const nlohmann::json& line) { return holds(line, told); }).is_object())
-            << "never told: " << told << "\n"
+    for (const nlohmann::json& expected : fault.reports)
+        EXPECT_TRUE(ad.wait_for([&](const nlohmann::json& line) { return holds(line, expected); }).is_object())
+            << "never reported: " << expected << "\n"
             << ad.complaints();
     ad.press("Escape");
 
@@ -285,12 +285,12 @@ mraid.addEventListener("stateChange", state => mraid.expand(state));
                                           {"portraitVideoPos", "TOP"},
                                           {"strBackgroundColor", "4279704105"}};
     PlayedAd ad({file});
-    ASSERT_TRUE(ad.tells({{"what", "mraid"}, {"do", "refused"}, {"arguments", {"default"}}})) << ad.complaints();
+    ASSERT_TRUE(ad.reports({{"what", "mraid"}, {"do", "refused"}, {"arguments", {"default"}}})) << ad.complaints();
 
     ad.terminate();
 
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
-    EXPECT_TRUE(ad.tells({{"what", "mraid"}, {"do", "refused"}, {"arguments", {"hidden"}}}));
+    EXPECT_TRUE(ad.reports({{"what", "mraid"}, {"do", "refused"}, {"arguments", {"hidden"}}}));
     std::filesystem::remove_all(folder);
 }
 

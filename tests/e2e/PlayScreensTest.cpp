@@ -96,7 +96,7 @@ TEST_F(PlayScreens, ALandingPageCoversTheAdUntilItsCloseButtonIsClicked)
 
     ad->click(351, 24);
 
-    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
+    EXPECT_TRUE(ad->reports({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
     EXPECT_TRUE(ad->shows(3, 20, Black)) << "the ad is back, with its black edge above the video";
     ad->press("Escape");
     EXPECT_EQ(ad->exit_status(), 0);
@@ -110,7 +110,7 @@ TEST_F(PlayScreens, ANavigationBarIsAboveThePageAndItsCloseButtonWorks)
 
     ad->click(351, 24);
 
-    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
+    EXPECT_TRUE(ad->reports({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
 TEST_F(PlayScreens, OnADeviceThatIsTurnedThePageFillsTheScreenAndCanBeLeft)
@@ -123,7 +123,7 @@ TEST_F(PlayScreens, OnADeviceThatIsTurnedThePageFillsTheScreenAndCanBeLeft)
     EXPECT_TRUE(ad->shows(406, 44, BarColour));
     ad->click(788, 24);
 
-    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
+    EXPECT_TRUE(ad->reports({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
 TEST_F(PlayScreens, EscapeLeavesThePageFirstAndTheAdAfterIt)
@@ -132,7 +132,7 @@ TEST_F(PlayScreens, EscapeLeavesThePageFirstAndTheAdAfterIt)
     ASSERT_TRUE(ad->shows(187, 400, PageColour)) << ad->complaints();
 
     ad->press("Escape");
-    ASSERT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
+    ASSERT_TRUE(ad->reports({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
     EXPECT_EQ(ad->exit_status(0), -1) << "the ad goes on";
 
     ad->press("Escape");
@@ -159,7 +159,7 @@ TEST_F(PlayScreens, AFollowedTelephoneLinkIsPassedToTheSystemAndThePageStays)
 
     ad->click(187, 100);
 
-    EXPECT_TRUE(ad->tells({{"what", "kit"}, {"do", "page.handOn"}}));
+    EXPECT_TRUE(ad->reports({{"what", "kit"}, {"do", "page.handOn"}}));
     EXPECT_TRUE(ad->shows(187, 600, PageColour));
 }
 
@@ -179,11 +179,11 @@ TEST_F(PlayScreens, ABrowserWhosePageFailsCanBeLeft)
 {
     const auto ad =
         play(button({{"launch_type", "inapp"}, {"data", {{"u", "http://127.0.0.1:1/"}}}}), tap_at_second_one());
-    ASSERT_TRUE(ad->tells({{"what", "kit"}, {"do", "browser.expand"}})) << ad->complaints();
+    ASSERT_TRUE(ad->reports({{"what", "kit"}, {"do", "browser.expand"}})) << ad->complaints();
 
     ad->click(351, 24);
 
-    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
+    EXPECT_TRUE(ad->reports({{"what", "super"}, {"do", "checkViewSizeAfterOpenOtherApp"}}));
 }
 
 TEST_F(PlayScreens, OnAPhoneTheStorePageIsBelowTheVideoAndItsCloseButtonClosesTheAd)
@@ -208,7 +208,7 @@ TEST_F(PlayScreens, OnATabletTheStorePageCoversTheAdAndItsCloseButtonKeepsTheAdO
 
     ad->click(576, 24);
 
-    EXPECT_TRUE(ad->tells({{"what", "kit"}, {"do", "store.dismiss"}}));
+    EXPECT_TRUE(ad->reports({{"what", "kit"}, {"do", "store.dismiss"}}));
     EXPECT_EQ(ad->exit_status(0), -1) << "the ad stays";
 }
 
@@ -222,7 +222,7 @@ TEST_F(PlayScreens, AnItemsPageCoversTheAdAndItsCloseButtonReturnsToTheAd)
 
     ad->click(351, 24);
 
-    EXPECT_TRUE(ad->tells({{"what", "super"}, {"do", "closeInAppApplication"}}));
+    EXPECT_TRUE(ad->reports({{"what", "super"}, {"do", "closeInAppApplication"}}));
 }
 
 } // namespace qoro::test

@@ -57,7 +57,7 @@ TEST(PlayOnASickMachine, WhoseDiskIsFullPlaysAndCanBeLeft)
                       return line["what"] == "web" && line.value("do", "") == "died" &&
                              line.value("reason", "").ends_with(" is full");
                   }).is_object())
-        << "a page that can't be shown is told of";
+        << "a page that can't be shown is reported";
     ad.press("Escape");
 
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();

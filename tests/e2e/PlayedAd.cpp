@@ -228,7 +228,7 @@ bool PlayedAd::eventually(const std::function<bool()>& holds, double seconds)
     }
 }
 
-bool PlayedAd::tells(const nlohmann::json& members)
+bool PlayedAd::reports(const nlohmann::json& members)
 {
     return !wait_for([&](const nlohmann::json& line) {
                 nlohmann::json merged = line;

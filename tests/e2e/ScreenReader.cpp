@@ -114,35 +114,35 @@ bool waited_until(const std::function<bool()>& comes)
 
 std::vector<Spoken> ScreenReader::everything()
 {
-    std::vector<Spoken> told;
+    std::vector<Spoken> announced;
     if (const Accessible found = program(process_))
         walk(found.get(), [&](AtspiAccessible* thing) {
-            told.push_back(spoken(thing));
+            announced.push_back(spoken(thing));
             return false;
         });
-    return told;
+    return announced;
 }
 
-std::optional<Spoken> ScreenReader::tells(const std::string& role, const std::string& name, Match match)
+std::optional<Spoken> ScreenReader::announces(const std::string& role, const std::string& name, Match match)
 {
-    std::optional<Spoken> told;
+    std::optional<Spoken> announced;
     if (const Accessible found = program(process_))
         walk(found.get(), [&](AtspiAccessible* thing) {
             const std::string its = taken(atspi_accessible_get_name(thing, nullptr));
             if (match == Whole ? its != name : !its.starts_with(name))
                 return false;
             if (Spoken says = spoken(thing); says.role == role)
-                told = std::move(says);
-            return told.has_value();
+                announced = std::move(says);
+            return announced.has_value();
         });
-    return told;
+    return announced;
 }
 
 std::optional<Spoken> ScreenReader::find(const std::string& role, const std::string& name, Match match)
 {
     std::optional<Spoken> found;
     waited_until([&] {
-        found = tells(role, name, match);
+        found = announces(role, name, match);
         return found.has_value();
     });
     return found;
@@ -150,7 +150,7 @@ std::optional<Spoken> ScreenReader::find(const std::string& role, const std::str
 
 bool ScreenReader::loses(const std::string& role, const std::string& name)
 {
-    return waited_until([&] { return !tells(role, name); });
+    return waited_until([&] { return !announces(role, name); });
 }
 
 std::string ScreenReader::focused()

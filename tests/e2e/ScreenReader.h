@@ -34,7 +34,7 @@ public:
     /// All objects announced now, in tree order. Slow: each object takes bus calls.
     std::vector<Spoken> everything();
     /// The object with a role and name; absent if it is not announced now.
-    std::optional<Spoken> tells(const std::string& role, const std::string& name, Match match = Whole);
+    std::optional<Spoken> announces(const std::string& role, const std::string& name, Match match = Whole);
     /// Waits for an object with a role and name; absent on timeout.
     std::optional<Spoken> find(const std::string& role, const std::string& name, Match match = Whole);
     /// Waits until no object with a role and name is announced.

@@ -278,18 +278,18 @@ std::map<std::string, std::vector<Line>> compared(const std::vector<json>& trace
 {
     std::map<std::string, std::vector<Line>> lines;
     int pauses = 0;
-    for (const json& told : trace) {
-        const std::string what = told["what"];
-        const bool answered = told.value("message", "") == "didSendTracking";
+    for (const json& record : trace) {
+        const std::string what = record["what"];
+        const bool answered = record.value("message", "") == "didSendTracking";
         if (std::ranges::find(OnlyOnDesktop, what) != OnlyOnDesktop.end() ||
             std::ranges::find(OnlyInSimulator, what) != OnlyInSimulator.end() || answered)
             continue;
-        pauses += told.value("event", "") == "video_pause" ? 1 : 0;
-        Line line{-1, told};
+        pauses += record.value("event", "") == "video_pause" ? 1 : 0;
+        Line line{-1, record};
         line.rest.erase("t");
         if (what == "request")
             line.position = take_position(line.rest["url"]);
-        const std::string timer = timer_of(told);
+        const std::string timer = timer_of(record);
         if (timer == "progress" || timer == "parts")
             line.rest["pauses before"] = pauses;
         lines[timer].push_back(std::move(line));
@@ -298,7 +298,7 @@ std::map<std::string, std::vector<Line>> compared(const std::vector<json>& trace
 }
 
 /// The seconds that the script receives, in order and without repeats: a slow machine may skip some.
-std::vector<int> seconds_told(const std::vector<Line>& lines)
+std::vector<int> seconds_received(const std::vector<Line>& lines)
 {
     std::vector<int> seconds;
     for (const Line& line : lines)
@@ -324,7 +324,7 @@ TEST(SimulatedAndPlayed, TheDemoAdIsTheSameInBoth)
 
     auto played = compared(ad.trace());
     auto simulated = compared(simulated_trace);
-    const std::vector<int> seconds = seconds_told(played["position"]);
+    const std::vector<int> seconds = seconds_received(played["position"]);
     EXPECT_TRUE(std::ranges::is_sorted(seconds));
     EXPECT_FALSE(seconds.empty());
     played.erase("position");

@@ -154,7 +154,7 @@ void try_video(const std::string& address)
     fuzz::require(gst_pad_query(exit, query), "a source answers what its address is");
     gchar* answer = nullptr;
     gst_query_parse_uri(query, &answer);
-    fuzz::require(answer && g_str_has_prefix(answer, "video:stream"), "its answer tells of no address");
+    fuzz::require(answer && g_str_has_prefix(answer, "video:stream"), "its answer reveals no address");
     // As GStreamer does to detect the video's type.
     GstUri* parsed = gst_uri_from_string(answer);
     fuzz::require(parsed != nullptr, "its answer can be read");

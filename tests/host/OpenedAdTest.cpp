@@ -45,8 +45,8 @@ protected:
     void open(World world = ten_second_world())
     {
         platform.emplace(std::move(world));
-        opened =
-            std::make_unique<OpenedAd>(*platform, ad, [this](const AdOutcome& outcome) { told.push_back(outcome); });
+        opened = std::make_unique<OpenedAd>(*platform, ad,
+                                            [this](const AdOutcome& outcome) { outcomes.push_back(outcome); });
     }
     void let_pass(double seconds) { platform->run_until(platform->loop().now() + seconds); }
     /// The controller, which the ad's window retains.
@@ -80,7 +80,7 @@ protected:
     std::shared_ptr<QoroVideoAd> ad = playing_ad();
     std::optional<SimulatedPlatform> platform;
     std::unique_ptr<OpenedAd> opened;
-    std::vector<AdOutcome> told;
+    std::vector<AdOutcome> outcomes;
 };
 
 // ----------------------------------------------------------------------------------------------------------- the log
@@ -111,7 +111,7 @@ TEST_F(OpenedAdTest, ARunningAdReportsNothing)
 
     let_pass(60);
 
-    EXPECT_THAT(told, SizeIs(0));
+    EXPECT_THAT(outcomes, SizeIs(0));
     EXPECT_FALSE(opened->has_ended());
 }
 
@@ -123,10 +123,10 @@ TEST_F(OpenedAdTest, TheViewersCloseIsReported)
     tap(&QoroVideoWebViewController::btnClose);
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Viewer);
-    EXPECT_EQ(told[0].lasted, 4);
-    EXPECT_EQ(told[0].error, std::nullopt);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Viewer);
+    EXPECT_EQ(outcomes[0].lasted, 4);
+    EXPECT_EQ(outcomes[0].error, std::nullopt);
 }
 
 TEST_F(OpenedAdTest, ThePagesCloseIsReported)
@@ -137,8 +137,8 @@ TEST_F(OpenedAdTest, ThePagesCloseIsReported)
     script_says("MRAIDClose");
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Page);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Page);
 }
 
 TEST_F(OpenedAdTest, AnAutomaticCloseAtTheVideosEndIsReported)
@@ -148,9 +148,9 @@ TEST_F(OpenedAdTest, AnAutomaticCloseAtTheVideosEndIsReported)
 
     let_pass(20);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Video);
-    EXPECT_NEAR(told[0].lasted, 10.3, 1e-6);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Video);
+    EXPECT_NEAR(outcomes[0].lasted, 10.3, 1e-6);
 }
 
 TEST_F(OpenedAdTest, ACloseByTheViewerAfterTheVideosEndIsTheViewers)
@@ -161,9 +161,9 @@ TEST_F(OpenedAdTest, ACloseByTheViewerAfterTheVideosEndIsTheViewers)
     tap(&QoroVideoWebViewController::btnClose);
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Viewer);
-    EXPECT_TRUE(told[0].videos[0].reached_end);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Viewer);
+    EXPECT_TRUE(outcomes[0].videos[0].reached_end);
 }
 
 TEST_F(OpenedAdTest, TheHostsCloseIsReported)
@@ -174,8 +174,8 @@ TEST_F(OpenedAdTest, TheHostsCloseIsReported)
     opened->close();
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Host);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Host);
     EXPECT_EQ(controller(), nullptr) << "it has left the screen";
 }
 
@@ -191,8 +191,8 @@ TEST_F(OpenedAdTest, TheHostsCloseEndsAnAdWhoseCloseButtonHidesTheVideo)
     opened->close();
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Host);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Host);
 }
 
 TEST_F(OpenedAdTest, HidingTheVideoIsNoEndAndALaterTapIsACloseByTheViewer)
@@ -205,12 +205,12 @@ TEST_F(OpenedAdTest, HidingTheVideoIsNoEndAndALaterTapIsACloseByTheViewer)
 
     script_says("MRAIDClose");
     let_pass(1);
-    ASSERT_THAT(told, SizeIs(0));
+    ASSERT_THAT(outcomes, SizeIs(0));
     tap(&QoroVideoWebViewController::btnClose);
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Viewer);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Viewer);
 }
 
 TEST_F(OpenedAdTest, AnAdWithoutAVideoFails)
@@ -220,10 +220,10 @@ TEST_F(OpenedAdTest, AnAdWithoutAVideoFails)
 
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Failed);
-    EXPECT_EQ(told[0].error, "the ad names no video");
-    EXPECT_THAT(told[0].videos, SizeIs(0));
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Failed);
+    EXPECT_EQ(outcomes[0].error, "the ad names no video");
+    EXPECT_THAT(outcomes[0].videos, SizeIs(0));
 }
 
 TEST_F(OpenedAdTest, AnAdWithAnEmptyAddressFailsWithTheControllersReason)
@@ -233,9 +233,9 @@ TEST_F(OpenedAdTest, AnAdWithAnEmptyAddressFailsWithTheControllersReason)
 
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Failed);
-    EXPECT_EQ(told[0].error, "url = nil.");
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Failed);
+    EXPECT_EQ(outcomes[0].error, "url = nil.");
 }
 
 TEST_F(OpenedAdTest, ANullAdFails)
@@ -245,8 +245,8 @@ TEST_F(OpenedAdTest, ANullAdFails)
 
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Failed);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Failed);
 }
 
 // ------------------------------------------------------------------------------------------------ time of the report
@@ -259,7 +259,7 @@ TEST_F(OpenedAdTest, TheEndIsReportedAsAnEventOfItsOwn)
     tap(&QoroVideoWebViewController::btnClose);
 
     EXPECT_TRUE(opened->has_ended());
-    EXPECT_THAT(told, SizeIs(0)) << "the close is still under way";
+    EXPECT_THAT(outcomes, SizeIs(0)) << "the close is still under way";
 }
 
 TEST_F(OpenedAdTest, TheEndIsReportedOnceHoweverOftenTheAdIsClosed)
@@ -275,7 +275,7 @@ TEST_F(OpenedAdTest, TheEndIsReportedOnceHoweverOftenTheAdIsClosed)
     opened->close();
     let_pass(60);
 
-    EXPECT_THAT(told, SizeIs(1));
+    EXPECT_THAT(outcomes, SizeIs(1));
 }
 
 TEST_F(OpenedAdTest, AnAdDestroyedByTheHostLeavesTheScreenAndReportsNothing)
@@ -286,7 +286,7 @@ TEST_F(OpenedAdTest, AnAdDestroyedByTheHostLeavesTheScreenAndReportsNothing)
     opened.reset();
     let_pass(60);
 
-    EXPECT_THAT(told, SizeIs(0));
+    EXPECT_THAT(outcomes, SizeIs(0));
     EXPECT_EQ(controller(), nullptr);
 }
 
@@ -299,7 +299,7 @@ TEST_F(OpenedAdTest, APendingEndIsNotReportedAfterTheHostDestroyedTheAd)
     opened.reset();
     let_pass(60);
 
-    EXPECT_THAT(told, SizeIs(0));
+    EXPECT_THAT(outcomes, SizeIs(0));
 }
 
 TEST_F(OpenedAdTest, TheHostMayDestroyTheAdInTheCallback)
@@ -307,25 +307,25 @@ TEST_F(OpenedAdTest, TheHostMayDestroyTheAdInTheCallback)
     platform.emplace(ten_second_world());
     opened = std::make_unique<OpenedAd>(*platform, ad, [this](const AdOutcome& outcome) {
         opened.reset();
-        told.push_back(outcome);
+        outcomes.push_back(outcome);
     });
     let_pass(4);
 
     tap(&QoroVideoWebViewController::btnClose);
     let_pass(60);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Viewer);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Viewer);
 }
 
 TEST_F(OpenedAdTest, TheHostMayOpenTheNextAdInTheCallback)
 {
     platform.emplace(ten_second_world());
-    const auto tell = [this](const AdOutcome& outcome) { told.push_back(outcome); };
-    opened = std::make_unique<OpenedAd>(*platform, ad, [this, tell](const AdOutcome& outcome) {
-        tell(outcome);
+    const auto keep = [this](const AdOutcome& outcome) { outcomes.push_back(outcome); };
+    opened = std::make_unique<OpenedAd>(*platform, ad, [this, keep](const AdOutcome& outcome) {
+        keep(outcome);
         opened.reset();
-        opened = std::make_unique<OpenedAd>(*platform, playing_ad(), tell);
+        opened = std::make_unique<OpenedAd>(*platform, playing_ad(), keep);
     });
     let_pass(4);
     tap(&QoroVideoWebViewController::btnClose);
@@ -334,9 +334,9 @@ TEST_F(OpenedAdTest, TheHostMayOpenTheNextAdInTheCallback)
     script_says("MRAIDClose");
     let_pass(0);
 
-    ASSERT_THAT(told, SizeIs(2));
-    EXPECT_EQ(told[1].end, AdEnd::Page);
-    EXPECT_EQ(told[1].lasted, 3);
+    ASSERT_THAT(outcomes, SizeIs(2));
+    EXPECT_EQ(outcomes[1].end, AdEnd::Page);
+    EXPECT_EQ(outcomes[1].lasted, 3);
 }
 
 TEST_F(OpenedAdTest, ASecondAdOnOnePlatformIsRefused)
@@ -372,12 +372,12 @@ TEST_F(OpenedAdTest, ReportsHowMuchOfTheVideoPlayed)
     tap(&QoroVideoWebViewController::btnClose);
     let_pass(0);
 
-    ASSERT_THAT(told[0].videos, SizeIs(1));
-    EXPECT_EQ(told[0].videos[0].address, "http://ad/v.mp4");
-    EXPECT_EQ(told[0].videos[0].duration, 10);
-    EXPECT_NEAR(told[0].videos[0].played, 3.7, 1e-6);
-    EXPECT_FALSE(told[0].videos[0].reached_end);
-    EXPECT_EQ(told[0].videos[0].error, std::nullopt);
+    ASSERT_THAT(outcomes[0].videos, SizeIs(1));
+    EXPECT_EQ(outcomes[0].videos[0].address, "http://ad/v.mp4");
+    EXPECT_EQ(outcomes[0].videos[0].duration, 10);
+    EXPECT_NEAR(outcomes[0].videos[0].played, 3.7, 1e-6);
+    EXPECT_FALSE(outcomes[0].videos[0].reached_end);
+    EXPECT_EQ(outcomes[0].videos[0].error, std::nullopt);
 }
 
 TEST_F(OpenedAdTest, AVideoThatWasNotLoadedYetHasNoDuration)
@@ -388,9 +388,9 @@ TEST_F(OpenedAdTest, AVideoThatWasNotLoadedYetHasNoDuration)
     opened->close();
     let_pass(0);
 
-    ASSERT_THAT(told[0].videos, SizeIs(1));
-    EXPECT_EQ(told[0].videos[0].duration, std::nullopt);
-    EXPECT_EQ(told[0].videos[0].played, 0);
+    ASSERT_THAT(outcomes[0].videos, SizeIs(1));
+    EXPECT_EQ(outcomes[0].videos[0].duration, std::nullopt);
+    EXPECT_EQ(outcomes[0].videos[0].played, 0);
 }
 
 TEST_F(OpenedAdTest, APauseDoesNotCountAsPlayed)
@@ -405,7 +405,7 @@ TEST_F(OpenedAdTest, APauseDoesNotCountAsPlayed)
     opened->close();
     let_pass(0);
 
-    EXPECT_NEAR(told[0].videos[0].played, 3, 1e-6);
+    EXPECT_NEAR(outcomes[0].videos[0].played, 3, 1e-6);
 }
 
 TEST_F(OpenedAdTest, SkippedPartsDoNotCountAsPlayed)
@@ -418,7 +418,7 @@ TEST_F(OpenedAdTest, SkippedPartsDoNotCountAsPlayed)
     opened->close();
     let_pass(0);
 
-    EXPECT_NEAR(told[0].videos[0].played, 3, 1e-6);
+    EXPECT_NEAR(outcomes[0].videos[0].played, 3, 1e-6);
 }
 
 TEST_F(OpenedAdTest, ReachingTheVideosEndIsReported)
@@ -429,8 +429,8 @@ TEST_F(OpenedAdTest, ReachingTheVideosEndIsReported)
     opened->close();
     let_pass(0);
 
-    EXPECT_TRUE(told[0].videos[0].reached_end);
-    EXPECT_NEAR(told[0].videos[0].played, 10, 1e-6);
+    EXPECT_TRUE(outcomes[0].videos[0].reached_end);
+    EXPECT_NEAR(outcomes[0].videos[0].played, 10, 1e-6);
 }
 
 TEST_F(OpenedAdTest, AStalledVideoCountsOnlyTheTimePlayed)
@@ -443,7 +443,7 @@ TEST_F(OpenedAdTest, AStalledVideoCountsOnlyTheTimePlayed)
     opened->close();
     let_pass(0);
 
-    EXPECT_NEAR(told[0].videos[0].played, 3, 1e-6);
+    EXPECT_NEAR(outcomes[0].videos[0].played, 3, 1e-6);
 }
 
 TEST_F(OpenedAdTest, AFailedVideoIsReportedAndTheAdContinues)
@@ -452,13 +452,13 @@ TEST_F(OpenedAdTest, AFailedVideoIsReportedAndTheAdContinues)
     world.video.error = 2;
     open(world);
     let_pass(4);
-    EXPECT_THAT(told, SizeIs(0));
+    EXPECT_THAT(outcomes, SizeIs(0));
 
     tap(&QoroVideoWebViewController::btnClose);
     let_pass(0);
 
-    EXPECT_EQ(told[0].end, AdEnd::Viewer);
-    EXPECT_TRUE(told[0].videos[0].error.has_value());
+    EXPECT_EQ(outcomes[0].end, AdEnd::Viewer);
+    EXPECT_TRUE(outcomes[0].videos[0].error.has_value());
 }
 
 TEST_F(OpenedAdTest, ThePagesNextVideoIsASecondEntry)
@@ -471,12 +471,12 @@ TEST_F(OpenedAdTest, ThePagesNextVideoIsASecondEntry)
     opened->close();
     let_pass(0);
 
-    ASSERT_THAT(told[0].videos, SizeIs(2));
-    EXPECT_NEAR(told[0].videos[0].played, 2, 1e-6);
-    EXPECT_FALSE(told[0].videos[0].reached_end);
-    EXPECT_EQ(told[0].videos[1].address, "http://ad/second.mp4");
-    EXPECT_NEAR(told[0].videos[1].played, 10, 1e-6);
-    EXPECT_TRUE(told[0].videos[1].reached_end);
+    ASSERT_THAT(outcomes[0].videos, SizeIs(2));
+    EXPECT_NEAR(outcomes[0].videos[0].played, 2, 1e-6);
+    EXPECT_FALSE(outcomes[0].videos[0].reached_end);
+    EXPECT_EQ(outcomes[0].videos[1].address, "http://ad/second.mp4");
+    EXPECT_NEAR(outcomes[0].videos[1].played, 10, 1e-6);
+    EXPECT_TRUE(outcomes[0].videos[1].reached_end);
 }
 
 // -------------------------------------------------------------------------------------------- page, clicks, impression
@@ -488,12 +488,12 @@ TEST_F(OpenedAdTest, AFailedPageIsReportedAndDoesNotEndTheAd)
     world.net["http://ad/page.html"] = {.ok = false, .error = "not found", .body = "", .after = 0.1};
     open(world);
     let_pass(4);
-    EXPECT_THAT(told, SizeIs(0));
+    EXPECT_THAT(outcomes, SizeIs(0));
 
     opened->close();
     let_pass(0);
 
-    EXPECT_EQ(told[0].page_error, "not found");
+    EXPECT_EQ(outcomes[0].page_error, "not found");
 }
 
 TEST_F(OpenedAdTest, ALoadedPageHasNoError)
@@ -505,7 +505,7 @@ TEST_F(OpenedAdTest, ALoadedPageHasNoError)
     opened->close();
     let_pass(0);
 
-    EXPECT_EQ(told[0].page_error, std::nullopt);
+    EXPECT_EQ(outcomes[0].page_error, std::nullopt);
 }
 
 TEST_F(OpenedAdTest, AnUntouchedAdHasNoClickThrough)
@@ -516,8 +516,8 @@ TEST_F(OpenedAdTest, AnUntouchedAdHasNoClickThrough)
     opened->close();
     let_pass(0);
 
-    EXPECT_EQ(told[0].click_throughs, 0);
-    EXPECT_EQ(told[0].departures, 0);
+    EXPECT_EQ(outcomes[0].click_throughs, 0);
+    EXPECT_EQ(outcomes[0].departures, 0);
 }
 
 TEST_F(OpenedAdTest, AClickThroughToAnotherProgramIsADeparture)
@@ -534,8 +534,8 @@ TEST_F(OpenedAdTest, AClickThroughToAnotherProgramIsADeparture)
     opened->close();
     let_pass(0);
 
-    EXPECT_EQ(told[0].click_throughs, 2);
-    EXPECT_EQ(told[0].departures, 2);
+    EXPECT_EQ(outcomes[0].click_throughs, 2);
+    EXPECT_EQ(outcomes[0].departures, 2);
 }
 
 TEST_F(OpenedAdTest, AClickThroughToThePageInTheAppIsNoDeparture)
@@ -551,8 +551,8 @@ TEST_F(OpenedAdTest, AClickThroughToThePageInTheAppIsNoDeparture)
     opened->close();
     let_pass(0);
 
-    EXPECT_EQ(told[0].click_throughs, 1);
-    EXPECT_EQ(told[0].departures, 0);
+    EXPECT_EQ(outcomes[0].click_throughs, 1);
+    EXPECT_EQ(outcomes[0].departures, 0);
 }
 
 TEST_F(OpenedAdTest, ATouchThatOpensAMessageAndAPageIsOneClickThrough)
@@ -569,8 +569,8 @@ TEST_F(OpenedAdTest, ATouchThatOpensAMessageAndAPageIsOneClickThrough)
     opened->close();
     let_pass(0);
 
-    EXPECT_EQ(told[0].click_throughs, 1);
-    EXPECT_EQ(told[0].departures, 1);
+    EXPECT_EQ(outcomes[0].click_throughs, 1);
+    EXPECT_EQ(outcomes[0].departures, 1);
 }
 
 TEST_F(OpenedAdTest, TheImpressionCountsOnceTheKitIsCalledForIt)
@@ -583,7 +583,7 @@ TEST_F(OpenedAdTest, TheImpressionCountsOnceTheKitIsCalledForIt)
     opened->close();
     let_pass(0);
 
-    EXPECT_TRUE(told[0].impression_sent);
+    EXPECT_TRUE(outcomes[0].impression_sent);
 }
 
 TEST_F(OpenedAdTest, AnImpressionThatTheKitDidNotCountIsNotReported)
@@ -594,7 +594,7 @@ TEST_F(OpenedAdTest, AnImpressionThatTheKitDidNotCountIsNotReported)
     opened->close();
     let_pass(0);
 
-    EXPECT_FALSE(told[0].impression_sent);
+    EXPECT_FALSE(outcomes[0].impression_sent);
 }
 
 } // namespace

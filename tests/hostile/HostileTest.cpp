@@ -77,11 +77,11 @@ void HostileTest::TearDown()
     memory_.reset();
     if (!HasFailure() || !ad_)
         return;
-    std::string told;
+    std::string report;
     for (const nlohmann::json& line : ad_->trace())
         if (line["what"] == "web" || line["what"] == "mraid")
-            told += line.dump() + "\n";
-    ADD_FAILURE() << told;
+            report += line.dump() + "\n";
+    ADD_FAILURE() << report;
 }
 
 void HostileTest::play(const std::string& page, nlohmann::json changes)
@@ -97,7 +97,7 @@ void HostileTest::play(const std::string& page, nlohmann::json changes)
 
 bool HostileTest::page_is_done()
 {
-    return ad_->tells({{"what", "mraid"}, {"do", "refused"}, {"arguments", {"done"}}});
+    return ad_->reports({{"what", "mraid"}, {"do", "refused"}, {"arguments", {"done"}}});
 }
 
 bool HostileTest::refused(const std::string& kind, const std::string& part)
@@ -129,9 +129,9 @@ void HostileTest::the_viewer_touches_close()
 
 void HostileTest::the_viewer_leaves_by_the_guard()
 {
-    ASSERT_TRUE(ad_->tells({{"what", "guard"}, {"do", "show"}}));
+    ASSERT_TRUE(ad_->reports({{"what", "guard"}, {"do", "show"}}));
     ad_->click(351, 24);
-    EXPECT_TRUE(ad_->tells({{"what", "guard"}, {"do", "close"}}));
+    EXPECT_TRUE(ad_->reports({{"what", "guard"}, {"do", "close"}}));
     EXPECT_EQ(ad_->exit_status(), 0) << ad_->complaints();
     EXPECT_EQ(ad_->hits_of("/t/close"), 1);
 }

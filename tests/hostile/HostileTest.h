@@ -23,7 +23,7 @@ namespace qoro::test
 ///     TEST_F(HostileTest, APageThatExhaustsMemoryIsEnded)
 ///     {
 ///         play("memory.html");
-///         EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
+///         EXPECT_TRUE(ad().reports({{"what", "web"}, {"do", "died"}}));
 ///         EXPECT_LT(memory().others(), 512 * Megabyte);
 ///         the_viewer_leaves();
 ///     }

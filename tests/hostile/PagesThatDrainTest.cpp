@@ -12,7 +12,7 @@ class HostileDrainTest : public HostileTest, public testing::WithParamInterface<
 TEST_P(HostileDrainTest, APageThatExhaustsMemoryIsEndedAndTheAdContinues)
 {
     play(GetParam());
-    EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
+    EXPECT_TRUE(ad().reports({{"what", "web"}, {"do", "died"}}));
     // The limit, one second of overshoot, and the processes besides the page's.
     EXPECT_LT(memory().others(), 1280 * Megabyte);
     the_viewer_leaves();
@@ -36,7 +36,7 @@ TEST_F(HostileTest, AHeartbeatWithoutAPauseIsBounded)
 {
     const std::string beat = "http://" + std::string(Stranger) + "/beat";
     play("harmless.html", {{"strVideoTrackingUrl", beat}, {"fTrackingInterval", 1e-9}, {"dicTrackingUrls", nullptr}});
-    EXPECT_TRUE(ad().tells({{"what", "kit"}, {"do", "request.refused"}}));
+    EXPECT_TRUE(ad().reports({{"what", "kit"}, {"do", "request.refused"}}));
     EXPECT_TRUE(internet().was_asked(std::string(Stranger) + "/beat")) << "some go out";
     the_viewer_leaves();
 }

@@ -63,7 +63,7 @@ TEST_F(HostileTest, APageCannotForgeATouch)
 {
     play("forged_touch.html");
     EXPECT_TRUE(page_is_done());
-    EXPECT_TRUE(ad().tells({{"what", "mraid"}, {"do", "refused"}, {"command", "open"}}));
+    EXPECT_TRUE(ad().reports({{"what", "mraid"}, {"do", "refused"}, {"command", "open"}}));
     for (const nlohmann::json& line : ad().trace())
         EXPECT_NE(line["what"], "openURL") << line;
     EXPECT_EQ(spoken_to_others(), "");
@@ -85,7 +85,7 @@ TEST_F(HostileTest, APageOpensNoWindowAndDownloadsNothing)
 TEST_F(HostileTest, AServerCannotRedirectItsPageToThisMachine)
 {
     play("to-this-machine");
-    EXPECT_TRUE(ad().tells({{"what", "log"}, {"message", "InApp failAdRequest"}}));
+    EXPECT_TRUE(ad().reports({{"what", "log"}, {"message", "InApp failAdRequest"}}));
     EXPECT_EQ(spoken_to_others(), "");
     the_viewer_leaves();
 }

@@ -38,7 +38,7 @@ TEST_F(HostileTest, APageThatDiesWithTheCloseButtonReturnsIt)
     play("keeps_close.html");
     EXPECT_TRUE(page_is_done());
     ASSERT_TRUE(ad().kill_page_process());
-    EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
+    EXPECT_TRUE(ad().reports({{"what", "web"}, {"do", "died"}}));
     the_viewer_leaves();
 }
 
@@ -47,7 +47,7 @@ TEST_F(HostileTest, APageThatDiesWithACustomCloseReturnsTheButton)
     play("custom_close.html");
     EXPECT_TRUE(page_is_done());
     ASSERT_TRUE(ad().kill_page_process());
-    EXPECT_TRUE(ad().tells({{"what", "web"}, {"do", "died"}}));
+    EXPECT_TRUE(ad().reports({{"what", "web"}, {"do", "died"}}));
     the_viewer_leaves();
 }
 

@@ -300,7 +300,7 @@ TEST(Summary, HidingTheVideoDoesNotCountAsAClose)
         simulate_and_sum_up(hides, TraceFormat::Json, [&trace](std::string_view line) { trace += line; });
 
     EXPECT_NE(trace.find(R"({"t":2,"what":"js","event":"onhide")"), std::string::npos)
-        << "though the script is told so";
+        << "though the script receives the event";
     EXPECT_EQ(as_json(summary)["closed"], 3) << "the second one finds the video hidden";
 }
 

@@ -62,13 +62,13 @@ protected:
         DesktopPlatform platform(silent_options());
         const ServedAd served(folder.path("ad.json"));
         platform.display().show();
-        const OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
-        platform.loop().run_until([this] { return !told.empty(); }, Deadline);
+        const OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { outcomes.push_back(outcome); });
+        platform.loop().run_until([this] { return !outcomes.empty(); }, Deadline);
         platform.loop().run_until([] { return false; }, 0.2);
     }
 
     const ScratchFolder folder;
-    std::vector<AdOutcome> told;
+    std::vector<AdOutcome> outcomes;
 };
 } // namespace
 
@@ -76,14 +76,14 @@ TEST_F(OpenedAdOnTheDesktopTest, AnAdThatClosesAtItsVideosEndReportsTheTimePlaye
 {
     play(R"(, "bIsAutoClose": true)");
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Video);
-    ASSERT_THAT(told[0].videos, SizeIs(1));
-    EXPECT_TRUE(told[0].videos[0].reached_end);
-    EXPECT_NEAR(told[0].videos[0].duration.value_or(0), 4, 0.1);
-    EXPECT_NEAR(told[0].videos[0].played, 4, 0.1);
-    EXPECT_EQ(told[0].videos[0].error, std::nullopt);
-    EXPECT_EQ(told[0].page_error, std::nullopt);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Video);
+    ASSERT_THAT(outcomes[0].videos, SizeIs(1));
+    EXPECT_TRUE(outcomes[0].videos[0].reached_end);
+    EXPECT_NEAR(outcomes[0].videos[0].duration.value_or(0), 4, 0.1);
+    EXPECT_NEAR(outcomes[0].videos[0].played, 4, 0.1);
+    EXPECT_EQ(outcomes[0].videos[0].error, std::nullopt);
+    EXPECT_EQ(outcomes[0].page_error, std::nullopt);
 }
 
 TEST_F(OpenedAdOnTheDesktopTest, APageThatClosesItsAdIsReportedAsTheCause)
@@ -94,10 +94,10 @@ TEST_F(OpenedAdOnTheDesktopTest, APageThatClosesItsAdIsReportedAsTheCause)
 
     play(R"(, "strWebViewUrl": "page.html", "fTrackingInterval": 1)");
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Page);
-    ASSERT_THAT(told[0].videos, SizeIs(1));
-    EXPECT_FALSE(told[0].videos[0].reached_end);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Page);
+    ASSERT_THAT(outcomes[0].videos, SizeIs(1));
+    EXPECT_FALSE(outcomes[0].videos[0].reached_end);
 }
 
 TEST_F(OpenedAdOnTheDesktopTest, AMissingVideoAndPageReportTheReason)
@@ -108,17 +108,17 @@ TEST_F(OpenedAdOnTheDesktopTest, AMissingVideoAndPageReportTheReason)
     FailureCount failures;
     platform.set_event_sink(&failures);
     const ServedAd served(folder.path("ad.json"));
-    OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
+    OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { outcomes.push_back(outcome); });
     platform.loop().run_until([&] { return failures.video > 0 && failures.page; }, Deadline);
 
     ad.close();
-    platform.loop().run_until([this] { return !told.empty(); }, Deadline);
+    platform.loop().run_until([this] { return !outcomes.empty(); }, Deadline);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Host);
-    EXPECT_NE(told[0].page_error.value_or(""), "");
-    ASSERT_THAT(told[0].videos, SizeIs(1));
-    EXPECT_NE(told[0].videos[0].error.value_or(""), "");
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Host);
+    EXPECT_NE(outcomes[0].page_error.value_or(""), "");
+    ASSERT_THAT(outcomes[0].videos, SizeIs(1));
+    EXPECT_NE(outcomes[0].videos[0].error.value_or(""), "");
 }
 
 namespace
@@ -145,12 +145,13 @@ protected:
         DesktopPlatform platform(silent_options());
         platform.set_event_sink(&failures);
         const ServedAd served(folder.path("ad.json"));
-        OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { told.push_back(outcome); });
-        platform.loop().run_until([&] { return !told.empty() || failures.video == failures_until_closed; }, Deadline);
+        OpenedAd ad(platform, served.ad(), [this](const AdOutcome& outcome) { outcomes.push_back(outcome); });
+        platform.loop().run_until([&] { return !outcomes.empty() || failures.video == failures_until_closed; },
+                                  Deadline);
         // Time for one more failure or play command, which would be an error.
-        platform.loop().run_until([&] { return !told.empty(); }, 0.5);
+        platform.loop().run_until([&] { return !outcomes.empty(); }, 0.5);
         ad.close();
-        platform.loop().run_until([this] { return !told.empty(); }, Deadline);
+        platform.loop().run_until([this] { return !outcomes.empty(); }, Deadline);
     }
 
     VideoServer server;
@@ -168,12 +169,12 @@ TEST_F(OpenedAdOfAServerTest, TheVideoPlaysAfterItsServerWasUnavailableOnce)
 
     open(2);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Video);
-    ASSERT_THAT(told[0].videos, SizeIs(1));
-    EXPECT_TRUE(told[0].videos[0].reached_end);
-    EXPECT_NEAR(told[0].videos[0].played, 4, 0.2);
-    EXPECT_EQ(told[0].videos[0].error, "HTTP status 503");
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Video);
+    ASSERT_THAT(outcomes[0].videos, SizeIs(1));
+    EXPECT_TRUE(outcomes[0].videos[0].reached_end);
+    EXPECT_NEAR(outcomes[0].videos[0].played, 4, 0.2);
+    EXPECT_EQ(outcomes[0].videos[0].error, "HTTP status 503");
     EXPECT_EQ(failures.video, 1);
     EXPECT_EQ(failures.plays, 1);
 }
@@ -187,11 +188,11 @@ TEST_F(OpenedAdOfAServerTest, TheVideoPlaysToItsEndThoughItsServerBreaksOffForAW
 
     open(4);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Video);
-    ASSERT_THAT(told[0].videos, SizeIs(1));
-    EXPECT_TRUE(told[0].videos[0].reached_end);
-    EXPECT_NEAR(told[0].videos[0].played, 4, 0.3) << "the part that had played is not played again";
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Video);
+    ASSERT_THAT(outcomes[0].videos, SizeIs(1));
+    EXPECT_TRUE(outcomes[0].videos[0].reached_end);
+    EXPECT_NEAR(outcomes[0].videos[0].played, 4, 0.3) << "the part that had played is not played again";
     EXPECT_GE(failures.video, 1);
 }
 
@@ -204,8 +205,8 @@ TEST_F(OpenedAdOfAServerTest, APermanentlyUnavailableServerIsTriedFourTimesInAll
 
     open(4);
 
-    ASSERT_THAT(told, SizeIs(1));
-    EXPECT_EQ(told[0].end, AdEnd::Host);
+    ASSERT_THAT(outcomes, SizeIs(1));
+    EXPECT_EQ(outcomes[0].end, AdEnd::Host);
     EXPECT_EQ(failures.video, 4);
     EXPECT_EQ(failures.plays, 4) << "the last one reaches a player that has given up";
     EXPECT_EQ(server.requests(), 4);

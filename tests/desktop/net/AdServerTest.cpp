@@ -224,13 +224,13 @@ TEST_F(AdServerTest, FilesAreOnlyRead)
 
 TEST_F(AdServerTest, ReportsEachHitOnce)
 {
-    std::atomic<int> told = 0;
-    AdServer telling({.folder = (root / "ad").string(), .script = ""},
-                     [&told](const AdServerHit& hit) { told += hit.tracker ? 1 : 100; });
-    telling.set_trackers({"/t"});
-    const int port = test::port_of(telling.base());
+    std::atomic<int> hits = 0;
+    AdServer reporting({.folder = (root / "ad").string(), .script = ""},
+                       [&hits](const AdServerHit& hit) { hits += hit.tracker ? 1 : 100; });
+    reporting.set_trackers({"/t"});
+    const int port = test::port_of(reporting.base());
     converse(port, "GET /t HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(port) + "\r\nConnection: close\r\n\r\n");
-    EXPECT_EQ(told, 1);
+    EXPECT_EQ(hits, 1);
 }
 
 TEST_F(AdServerTest, AMissingFolderIsAnErrorWithAReason)

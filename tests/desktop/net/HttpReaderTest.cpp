@@ -42,7 +42,7 @@ struct Manner {
     /// Number of body bytes after which the server closes the connection.
     std::size_t hangs_up_after = std::string::npos;
     bool knows_ranges = true;
-    bool tells_length = true;
+    bool states_length = true;
     std::string more_headers = {};
 };
 
@@ -54,7 +54,7 @@ std::string answer_of(const std::string& file, const std::string& head, const Ma
     if (asked)
         answer += "Content-Range: bytes " + std::to_string(from) + "-" + std::to_string(file.size() - 1) + "/" +
                   std::to_string(file.size()) + "\r\n";
-    if (manner.tells_length)
+    if (manner.states_length)
         answer += "Content-Length: " + std::to_string(file.size() - from) + "\r\n";
     return answer + manner.more_headers + "Connection: close\r\n\r\n" + file.substr(from, manner.hangs_up_after);
 }
@@ -142,7 +142,7 @@ TEST_F(HttpReaderTest, AServerThatAcceptsNoRangesIsNotSeekable)
 
 TEST_F(HttpReaderTest, AFileOfUnknownSizeEndsWithItsConnection)
 {
-    HttpReader reader(serve(Manner{.knows_ranges = false, .tells_length = false}));
+    HttpReader reader(serve(Manner{.knows_ranges = false, .states_length = false}));
 
     EXPECT_TRUE(read_all(reader) == file);
     EXPECT_EQ(last, Outcome::End);

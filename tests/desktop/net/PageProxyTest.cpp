@@ -105,7 +105,7 @@ protected:
         g_object_unref(client);
         return connected ? std::make_unique<Connection>(connected) : nullptr;
     }
-    std::vector<std::string> told()
+    std::vector<std::string> reported()
     {
         const std::scoped_lock lock(mutex);
         return refusals;
@@ -130,9 +130,9 @@ TEST_F(PageProxyTest, NothingPrivateIsReachableAtFirst)
 
     EXPECT_EQ(error, G_IO_ERROR_PROXY_NOT_ALLOWED);
     EXPECT_EQ(echo.connections, 0);
-    EXPECT_EQ(told(), (std::vector<std::string>{echo_at("127.0.0.1"), echo_at("127.0.0.2"),
-                                                echo_at("nas.example") + ", which is " + echo_at("127.0.0.1"),
-                                                "[::1]:" + std::to_string(echo.port)}));
+    EXPECT_EQ(reported(), (std::vector<std::string>{echo_at("127.0.0.1"), echo_at("127.0.0.2"),
+                                                    echo_at("nas.example") + ", which is " + echo_at("127.0.0.1"),
+                                                    "[::1]:" + std::to_string(echo.port)}));
 }
 
 TEST_F(PageProxyTest, BytesAndTheEndOfStreamPassBothWays)
@@ -150,7 +150,7 @@ TEST_F(PageProxyTest, BytesAndTheEndOfStreamPassBothWays)
     connection->say_no_more();
 
     EXPECT_TRUE(back.get() == much);
-    EXPECT_TRUE(told().empty());
+    EXPECT_TRUE(reported().empty());
 }
 
 TEST_F(PageProxyTest, AConnectionThatReadsNothingDelaysNoOther)
@@ -203,7 +203,7 @@ TEST_F(PageProxyTest, AnUnknownNameAndAnUnreachableServerFail)
 
     EXPECT_FALSE(connect("nothing.invalid", proxy.address()));
     EXPECT_FALSE(connect("nas.example", proxy.address(), 1));
-    EXPECT_TRUE(told().empty());
+    EXPECT_TRUE(reported().empty());
 }
 
 TEST_F(PageProxyTest, AConnectionThatIsNotSocksIsClosed)

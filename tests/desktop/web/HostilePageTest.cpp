@@ -87,14 +87,14 @@ protected:
     bool has(const std::string& what, const std::string& part) const { return count(what, part) > 0; }
     std::ptrdiff_t count(const std::string& what, const std::string& part) const
     {
-        return std::count_if(told.begin(), told.end(), [&](const std::string& line) {
+        return std::count_if(lines.begin(), lines.end(), [&](const std::string& line) {
             return line.starts_with(what + " ") && line.find(part) != std::string::npos;
         });
     }
     std::string all() const
     {
         std::string text;
-        for (const std::string& line : told)
+        for (const std::string& line : lines)
             text += "  " + line + "\n";
         return text;
     }
@@ -107,7 +107,7 @@ protected:
         return asked;
     }
 
-    std::vector<std::string> told;
+    std::vector<std::string> lines;
     LocalServer server;
     /// Allows the local server, as for an ad whose video is on this machine.
     const NamedHosts named{{server.base()}};
@@ -121,7 +121,7 @@ private:
                 line += " ";
                 append_json(line, field.content);
             }
-            told.push_back(line);
+            lines.push_back(line);
         });
     }
 
@@ -237,7 +237,7 @@ TEST_F(HostilePage, ReachesNothingThatAnEarlierPageWasAllowed)
     const std::string nas = replaced(replaced(server.base(), "http://127.0.0.1", "nas.example"), "/", "");
     show(asking(nas), server.base() + "page.html", "all asked");
     server.asked.clear();
-    told.clear();
+    lines.clear();
 
     show(asking(nas), "http://ads.example/page.html", "all asked");
 

@@ -28,7 +28,7 @@ class ScriptLibraryTest : public PageTest
 {
 protected:
     /// Sends facts to the page's `mraid` object, as the kit does.
-    void tell(const NSDictionary& facts) { engine->call_listeners("mraid", recorder.mraid, facts); }
+    void send(const NSDictionary& facts) { engine->call_listeners("mraid", recorder.mraid, facts); }
 
     /// Loads a page whose body is a script, and sends it the first facts.
     void begin(const std::string& script)
@@ -36,7 +36,7 @@ protected:
         load_script(script);
         wait_for("finish");
         ASSERT_EQ(recorder.mraid.count(), 1U);
-        tell(first_facts());
+        send(first_facts());
     }
     /// The lines received after "start" and "finish".
     std::vector<std::string> heard_since_loading() const { return {recorder.heard.begin() + 2, recorder.heard.end()}; }
@@ -105,11 +105,11 @@ TEST_F(ScriptLibraryTest, OnlyChangesAreReported)
           "'sizeChange']) mraid.addEventListener(name, (...args) => note(name, ...args));");
     wait_for(R"(note["audioVolumeChange",60])");
     recorder.heard.clear();
-    tell({{"position", NSDictionary{{"x", 0}, {"y", 100}, {"width", 375}, {"height", 523}}}});
-    tell({{"position", NSDictionary{{"x", 0}, {"y", 0}, {"width", 812}, {"height", 375}}}});
-    tell({{"exposure", NSDictionary{{"exposedPercentage", 0}, {"visibleRectangle", nullptr}}}, {"viewable", false}});
-    tell({{"volume", 0}});
-    tell({{"state", "hidden"}});
+    send({{"position", NSDictionary{{"x", 0}, {"y", 100}, {"width", 375}, {"height", 523}}}});
+    send({{"position", NSDictionary{{"x", 0}, {"y", 0}, {"width", 812}, {"height", 375}}}});
+    send({{"exposure", NSDictionary{{"exposedPercentage", 0}, {"visibleRectangle", nullptr}}}, {"viewable", false}});
+    send({{"volume", 0}});
+    send({{"state", "hidden"}});
     wait_for(R"(note["exposureChange",0,null,null])");
     EXPECT_EQ(recorder.heard,
               (std::vector<std::string>{R"(note["viewableChange",false])", R"(note["audioVolumeChange",0])",
@@ -123,9 +123,9 @@ TEST_F(ScriptLibraryTest, AResizeToAnotherSizeIsReported)
     begin("mraid.addEventListener('sizeChange', (...args) => note('sizeChange', ...args));"
           "mraid.addEventListener('audioVolumeChange', volume => {"
           "  if (volume === 10) { dispatchEvent(new Event('resize')); note('resize'); } });");
-    tell({{"position", NSDictionary{{"x", 0}, {"y", 0}, {"width", 812}, {"height", 375}}}});
-    tell({{"position", NSDictionary{{"x", 0}, {"y", 0}, {"width", 400}, {"height", 300}}}});
-    tell({{"volume", 10}});
+    send({{"position", NSDictionary{{"x", 0}, {"y", 0}, {"width", 812}, {"height", 375}}}});
+    send({{"position", NSDictionary{{"x", 0}, {"y", 0}, {"width", 400}, {"height", 300}}}});
+    send({{"volume", 10}});
     wait_for(R"(note["sizeChange",400,300])");
     EXPECT_EQ(heard_since_loading(), (std::vector<std::string>{"note[\"resize\"]", R"(note["sizeChange",400,300])"}));
 }
@@ -135,8 +135,8 @@ TEST_F(ScriptLibraryTest, AFractionOfAPointIsNoNewSize)
     begin("for (const name of ['sizeChange', 'audioVolumeChange'])"
           "  mraid.addEventListener(name, (...args) => note(name, ...args));");
     wait_for(R"(note["audioVolumeChange",60])");
-    tell({{"position", NSDictionary{{"x", 0.4}, {"y", 254.6}, {"width", 375.4}, {"height", 522.6}}}});
-    tell({{"volume", 10}});
+    send({{"position", NSDictionary{{"x", 0.4}, {"y", 254.6}, {"width", 375.4}, {"height", 522.6}}}});
+    send({{"volume", 10}});
     wait_for(R"(note["audioVolumeChange",10])");
     EXPECT_EQ(recorder.heard.back(), R"(note["audioVolumeChange",10])");
     EXPECT_EQ(recorder.heard.size(), 4U);
@@ -285,7 +285,7 @@ TEST_F(ScriptLibraryTest, ALaterRefusalByTheKitIsOnlyAnErrorEvent)
     wait_for(R"(note["audioVolumeChange",60])");
     recorder.heard.clear();
 
-    tell({{"error", NSDictionary{{"message", "start is missing"}, {"action", "createCalendarEvent"}}}});
+    send({{"error", NSDictionary{{"message", "start is missing"}, {"action", "createCalendarEvent"}}}});
     wait_for(R"(note["error","start is missing","createCalendarEvent"])");
 
     EXPECT_EQ(recorder.heard.size(), 1U);
@@ -342,7 +342,7 @@ TEST_F(ScriptLibraryTest, APageThatReplacesEveryBuiltInKeepsItsAd)
     begin(R"(
         const post = qoroBridge;
         const { stringify } = JSON;
-        const tell = (...args) => {
+        const note = (...args) => {
             args.toJSON = undefined;
             post(stringify({ __proto__: null, command: 'note', args }), () => {});
         };
@@ -364,9 +364,9 @@ TEST_F(ScriptLibraryTest, APageThatReplacesEveryBuiltInKeepsItsAd)
         Object = Array = Promise = JSON = Reflect = Error = Date = setTimeout = isFinite = null;
         window.webkit = window.qoroBridge = null;
 
-        mraid.addEventListener('error', (message, action) => tell('error', message, action));
+        mraid.addEventListener('error', (message, action) => note('error', message, action));
         mraid.addEventListener('audioVolumeChange', volume => {
-            tell('volume', volume, mraid.getState(), mraid.getCurrentPosition().y);
+            note('volume', volume, mraid.getState(), mraid.getCurrentPosition().y);
             mraid.open('https://shop/');
             mraid.createCalendarEvent({ description: 'party', reminder: [1, 2] });
             mraid.createCalendarEvent('{"description": "as text"}');

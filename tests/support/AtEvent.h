@@ -11,17 +11,17 @@ namespace qoro
 
 /// Queries the controller, or changes the world, in the middle of an operation: runs a function at each event of one
 /// kind ("js", "player", "openURL", …), before the session receives the event.
-class WhenTold final : private EventSink
+class AtEvent final : private EventSink
 {
 public:
-    WhenTold(AdSession& session, std::string_view what, std::function<void()> then)
+    AtEvent(AdSession& session, std::string_view what, std::function<void()> then)
         : platform_(session.platform()), session_(platform_.event_sink()), what_(what), then_(std::move(then))
     {
         platform_.set_event_sink(this);
     }
-    WhenTold(const WhenTold&) = delete;
-    WhenTold& operator=(const WhenTold&) = delete;
-    ~WhenTold() override { platform_.set_event_sink(session_); }
+    AtEvent(const AtEvent&) = delete;
+    AtEvent& operator=(const AtEvent&) = delete;
+    ~AtEvent() override { platform_.set_event_sink(session_); }
 
 private:
     void receive(const Event& event) override
