@@ -104,7 +104,7 @@ TEST(OpenInAppVideoView, AnEmptyButtonListCountsNone)
     EXPECT_EQ(session->buttonPosMode, 0);
 }
 
-TEST(OpenInAppVideoView, AChangeOfTheOpenedAdCountsFromItsNextReading)
+TEST(OpenInAppVideoView, AChangeOfTheOpenedAdTakesEffectAtItsNextReading)
 {
     AdSession session;
     session.open();
@@ -440,7 +440,7 @@ TEST(OpenNewWebAction, WithoutAPageOpensNothing)
     EXPECT_THAT(session.lines("openURL"), IsEmpty());
 }
 
-TEST(HandleWebViewInFront, RemovesTheControlsButThreeThings)
+TEST(HandleWebViewInFront, RemovesAllControlsExceptThree)
 {
     AdSession session;
     session.open();

@@ -461,7 +461,7 @@ TEST(ReturnToVideo, IsNotOfferedUnderAPageInFront)
 
 // ------------------------------------------------------------------------------------ full portrait video in landscape
 
-TEST(SidewaysButtonPosition, TheControlsRunAlongTheLongEdge)
+TEST(SidewaysButtonPosition, InALockedHostTheControlsArePlacedForLandscape)
 {
     AdSession session(measured_texts());
     session.ad().portraitVideoPos = FULL;
@@ -478,7 +478,7 @@ TEST(SidewaysButtonPosition, TheControlsRunAlongTheLongEdge)
     EXPECT_EQ(session->btnMute.frame(), (CGRect{762, 0, 50, 50}));
 }
 
-TEST(SidewaysButtonPosition, ADeviceHeldInEitherLandscapeIsEnough)
+TEST(SidewaysButtonPosition, ADeviceHeldInEitherLandscapeSwapsTheExtents)
 {
     for (const int side : {UIDeviceOrientationLandscapeLeft, UIDeviceOrientationLandscapeRight}) {
         SCOPED_TRACE(side);

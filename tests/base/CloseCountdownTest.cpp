@@ -168,7 +168,7 @@ TEST(CloseCountdown, IsNotSeenAnyMoreAtTheEnd)
     EXPECT_TRUE(session->countDownView.isHidden());
 }
 
-TEST(CloseCountdown, IsNotSeenOtherwise)
+TEST(CloseCountdown, IsNotSeenUnlessTheAdWantsTheWheel)
 {
     AdSession session;
     session.open();

@@ -174,7 +174,7 @@ TEST(Close, LeavesNoObserverNoListenerAndNoTrackingState)
     EXPECT_FALSE(session->dicSendTrackingState);
 }
 
-TEST(Close, StopsTheSixTimers)
+TEST(Close, StopsThePlaybackAndControlTimers)
 {
     AdSession session;
     session.open();
@@ -380,7 +380,7 @@ TEST(Close, TheScriptsCloseCallsTheSuperclassFirst)
     EXPECT_FALSE(session->qoroMoviePlayer);
 }
 
-TEST(Close, IsEmittedOnceWhoeverClosesAgain)
+TEST(Close, IsEmittedOnceWhenTheAdIsClosedAgain)
 {
     AdSession session;
     session.open();
@@ -419,7 +419,7 @@ TEST(Close, ByThePageIsEmittedAsThePages)
     EXPECT_THAT(session.closes(), ElementsAre(ClosedBy::Page));
 }
 
-TEST(Close, APageThatOnlyHidHasNotClosedWhenTheViewerDoes)
+TEST(Close, AfterThePageHidTheVideoIsEmittedAsTheViewers)
 {
     AdSession session;
     show_hide_button(session);

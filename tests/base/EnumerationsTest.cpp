@@ -64,7 +64,7 @@ TEST(Enumerations, HaveTheirDocumentedNumbers)
         EXPECT_EQ(enumerator.value, enumerator.number) << enumerator.name;
 }
 
-TEST(Enumerations, AreOfThirtyTwoBitsButForThePlayersStatus)
+TEST(Enumerations, AreOfThirtyTwoBitsExceptThePlayersStatus)
 {
     for (const std::size_t size : {sizeof(ViewPosition), sizeof(VideoAdMode), sizeof(VideoAdType),
                                    sizeof(CloseButtonSize), sizeof(ButtonPositionMode), sizeof(VideoState),

@@ -385,7 +385,7 @@ TEST(Finish, AnEndStopsTheTimersOfTheBarsAndTheCountdown)
     EXPECT_FALSE(countdown.isValid());
 }
 
-TEST(Finish, TheSpinnerStaysHiddenWhateverTheReason)
+TEST(Finish, AnErrorMarksTheSpinnerAsStopped)
 {
     AdSession session;
     session.open();

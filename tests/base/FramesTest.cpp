@@ -25,7 +25,7 @@ TEST(LayoutFrames, AScreenOf812PointsHasInsets)
     EXPECT_EQ(insets.bottom, 34.0);
 }
 
-TEST(LayoutFrames, AScreenOf811OrAFractionMoreHasNone)
+TEST(LayoutFrames, AScreenOf811OrOf812AndAHalfPointsHasNoInsets)
 {
     EXPECT_EQ(screenInsets(CGSize{375, 811}).top, 0);
     EXPECT_EQ(screenInsets(CGSize{375, 811}).bottom, 0);

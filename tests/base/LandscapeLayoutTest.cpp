@@ -370,7 +370,7 @@ TEST(LockedLandscapeLayout, IsTurnedAHalfByAStatusBarOnTheLeftOrByHavingEnteredT
     }
 }
 
-TEST(LockedLandscapeLayout, PageAndVideoFillTheScreenAroundTheRootsMiddle)
+TEST(LockedLandscapeLayout, TheRootAndTheVideoFillTheScreenAroundItsMiddle)
 {
     AdSession session(locked_host(UIInterfaceOrientationLandscapeRight));
 

@@ -261,7 +261,7 @@ TEST(PlayNextVideo, TheNextPlayIsAFirstPlay)
     EXPECT_EQ(session->fTotalTime, 12.0F);
 }
 
-TEST(PlayNextVideo, BeforeAnyAdIsOpenItLeavesNothing)
+TEST(PlayNextVideo, BeforeAnyAdIsOpenItMakesNoPlayer)
 {
     AdSession session;
     session.forget();

@@ -100,7 +100,7 @@ TEST(OrientationFollowUp, LaysOutAgainOnADeviceThatStaysUpright)
     EXPECT_EQ(session->timerCheckDeviceOrientation.fireDate(), 10.0);
 }
 
-TEST(OrientationFollowUp, ExpectsTheSameStillWhereNothingMayBeLaidOut)
+TEST(OrientationFollowUp, KeepsItsExpectationWhereNothingMayBeLaidOut)
 {
     AdSession session;
     expect_landscape(session);

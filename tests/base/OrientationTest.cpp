@@ -37,7 +37,7 @@ TEST(StatusBarTurn, IsIgnoredWhileAStorePageBelongsToTheAd)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(StatusBarProbe, ReturnsTheApplicationsOrientation)
+TEST(StatusBarProbe, ReturnsAndRemembersWhetherTheStatusBarIsHidden)
 {
     World world = AdSession::manual_world();
     world.device.status_bar_hidden = true;
@@ -74,7 +74,7 @@ TEST(CheckCanOrientation, FromPortraitRequiresALandscapeMode)
     EXPECT_TRUE(session->checkCanOrientation());
 }
 
-TEST(CheckCanOrientation, FromLandscapeRightAndOthersIsAlwaysFalse)
+TEST(CheckCanOrientation, FromLandscapeRightOrUpsideDownIsFalse)
 {
     AdSession session;
     has_both_modes(session);
@@ -86,7 +86,7 @@ TEST(CheckCanOrientation, FromLandscapeRightAndOthersIsAlwaysFalse)
     EXPECT_FALSE(session->checkCanOrientation());
 }
 
-TEST(ChangeOrientation, IsObeyedWhateverModesTheAdHas)
+TEST(ChangeOrientation, IsObeyedWithoutALandscapeModeToo)
 {
     AdSession session;
     session.open();

@@ -59,7 +59,7 @@ TEST(PlayVideo, RunsItsStepsInOrder)
                             "log 0 Added Count Down View", opened));
 }
 
-TEST(PlayVideo, AnEmptyAddressMakesNoPlayerAndLogsIt)
+TEST(PlayVideo, AnEmptyAddressMakesNoPlayerAndPostsAnError)
 {
     AdSession session;
     session.ad().strVideoUrl = "";
@@ -304,7 +304,7 @@ TEST(PlayVideo, AnAdWithBothArrangementsCanTurn)
     EXPECT_FALSE(session->bOnlyOneSideVideo);
 }
 
-TEST(PlayVideo, AnAdWithOneArrangementCannot)
+TEST(PlayVideo, AnAdWithOneArrangementCannotTurn)
 {
     AdSession session;
 

@@ -75,7 +75,7 @@ TEST(PlayVideo, AScreenOf812PointsGetsABlackBackdrop)
     EXPECT_EQ(session->view().backgroundColor(), UIColor::colorWithRed(0, 0, 0, 0.7));
 }
 
-TEST(PlayVideo, AScreenOf811PointsGetsNone)
+TEST(PlayVideo, AScreenOf811PointsGetsNoBackdrop)
 {
     AdSession session(screen_of(375, 811));
 
@@ -84,7 +84,7 @@ TEST(PlayVideo, AScreenOf811PointsGetsNone)
     EXPECT_EQ(session->view().backgroundColor(), UIColor::clearColor());
 }
 
-TEST(PlayVideo, AScreenOf813PointsGetsNone)
+TEST(PlayVideo, AScreenOf813PointsGetsNoBackdrop)
 {
     AdSession session(screen_of(375, 813));
 

@@ -224,7 +224,7 @@ TEST(PortraitLayout, OnATabletNoWindowIsPlacedBelowTheVideo)
     EXPECT_EQ(session->appStoreWindow.frame(), CGRect{});
 }
 
-TEST(PortraitLayout, WithoutViewsThePageBeginsAtTheTop)
+TEST(PortraitLayout, WithoutAVideoViewThePageBeginsAtTheTop)
 {
     AdSession session;
     session.open();

@@ -294,7 +294,7 @@ TEST(Milestones, WithAnUnknownDurationOnlyStartIsSent)
     EXPECT_THAT(session.fetched(), ElementsAre("http://t/start"));
 }
 
-TEST(Milestones, CompleteIsNotSentFromHere)
+TEST(Milestones, TheTickDoesNotSendComplete)
 {
     AdSession session;
     track_milestones(session);

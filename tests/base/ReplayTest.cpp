@@ -30,7 +30,7 @@ TEST(VideoReplay, TheReplayButtonSendsEveryNonEmptyAddressOnceInOrder)
                 ElementsAre("request http://t/1?t=30.000000 tracking", "request http://t/2 tracking", "player play"));
 }
 
-TEST(VideoReplay, AReplayByThePlayCommandSendsNone)
+TEST(VideoReplay, AReplayByThePlayCommandSendsNoTracker)
 {
     AdSession session;
     session.ad().arrayReplayTrackingUrls = {"http://t/1"};
@@ -41,7 +41,7 @@ TEST(VideoReplay, AReplayByThePlayCommandSendsNone)
     EXPECT_THAT(session.transcript(), ElementsAre("player play"));
 }
 
-TEST(VideoReplay, AnAutoReplaySendsNone)
+TEST(VideoReplay, AnAutoReplaySendsNoTracker)
 {
     AdSession session;
     session.ad().arrayReplayTrackingUrls = {"http://t/1"};
@@ -53,7 +53,7 @@ TEST(VideoReplay, AnAutoReplaySendsNone)
     EXPECT_TRUE(session->btnReplay.isHidden());
 }
 
-TEST(VideoReplay, DuringANextVideosSwapSendsNone)
+TEST(VideoReplay, DuringANextVideosSwapSendsNoTracker)
 {
     AdSession session;
     session.ad().arrayReplayTrackingUrls = {"http://t/1"};
@@ -78,7 +78,7 @@ TEST(VideoReplay, WithTheControlsRemovedANullSenderIsNotTheReplayButton)
     EXPECT_THAT(session.fetched(), IsEmpty());
 }
 
-TEST(VideoReplay, StartedByAnotherButtonSendsNone)
+TEST(VideoReplay, StartedByAnotherButtonSendsNoTracker)
 {
     AdSession session;
     session.ad().arrayReplayTrackingUrls = {"http://t/1"};

@@ -337,7 +337,7 @@ TEST(SendEventToJS, ALandscapePassSendsTheOrientationTwiceBareThenWrapped)
                                               R"(video_orientation {"e":{"orientation":"landscape"}})"));
 }
 
-TEST(SendVideoVisibilityEvent, AVideoHiddenInEitherArrangementIsNotVisible)
+TEST(SendVideoVisibilityEvent, AVideoHiddenInPortraitIsNotVisible)
 {
     AdSession session;
     session->bHideVideoToShowWebViewInPortraitMode = true;

@@ -12,7 +12,7 @@ namespace
 
 using testing::ElementsAre;
 
-TEST(StopUpdateTimer, StopsThePlayersTimersAfterTheSuperclassOnes)
+TEST(StopUpdateTimer, CallsTheSuperclassAndStopsThePlayersTimers)
 {
     AdSession session;
     session.open();

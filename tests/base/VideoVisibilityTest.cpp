@@ -462,7 +462,7 @@ TEST(Spinner, IsNotShownAnyMoreOnceTheVideoHasPlayed)
     EXPECT_THAT(session.transcript(), IsEmpty());
 }
 
-TEST(Spinner, AVideoWithoutASizeHasItAtTheCorner)
+TEST(Spinner, AVideoWithoutAHeightHasItAtTheTop)
 {
     AdSession session;
     session.open();
