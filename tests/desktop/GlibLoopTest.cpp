@@ -165,7 +165,7 @@ TEST_F(GlibLoopTest, AnIntervalThatIsNotFiniteNeverFires)
     EXPECT_FALSE(fired);
 }
 
-TEST_F(GlibLoopTest, AnIntervalOfZeroOrLessDoesNotStarveOtherTimers)
+TEST_F(GlibLoopTest, ANegativeIntervalDoesNotStarveOtherTimers)
 {
     int fired = 0;
     int others = 0;

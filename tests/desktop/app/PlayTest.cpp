@@ -142,7 +142,7 @@ TEST_F(PlayTest, AnUnreachableServerFailsAndTheAdCanBeClosed)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
-TEST_F(PlayTest, ASilentServerDelaysTheCloseOnlyBriefly)
+TEST_F(PlayTest, AnAdOfASilentServerCanBeClosed)
 {
     RawServer silent([](const auto&, const auto& connection) { connection.wait_for_close(); });
     play(silent.base() + "/clip.mp4", silent.base() + "/page.html", {R"("for":"page")"});
@@ -213,7 +213,7 @@ TEST_F(PlayTest, AnUnansweredLastTrackerDelaysTheProgramOnlyBriefly)
     EXPECT_FALSE(says("no complete answer")) << "it does not wait for the request to be given up";
 }
 
-TEST_F(PlayTest, AServerThatStallsInMidFileIsSurvived)
+TEST_F(PlayTest, AnAdWhoseServerStallsInMidFileCanBeClosed)
 {
     const std::string half = clip().substr(0, clip().size() / 2);
     RawServer stalling([&half](const auto&, const auto& connection) {
@@ -272,7 +272,7 @@ TEST_F(PlayTest, AHugePageIsRefusedAndALargeOneIsShown)
     EXPECT_TRUE(was_closed());
 }
 
-TEST_F(PlayTest, AnIconThatIsNoPictureIsNotShown)
+TEST_F(PlayTest, AnIconThatIsNoPictureDoesNotStopTheAd)
 {
     folder.write("icon.png", "not a picture");
     play(video, page, {Ended}, R"(, "strBrandIconUrl": "icon.png")");

@@ -99,7 +99,7 @@ TEST_F(VideoCacheTest, AKeptVideoIsFoundByItsAddressAlone)
     EXPECT_FALSE(cache.path_for(nullptr));
 }
 
-TEST_F(VideoCacheTest, AnotherProcessFindsItToo)
+TEST_F(VideoCacheTest, AnotherInstanceFindsAKeptVideo)
 {
     keep(cache, Address, "the video");
     VideoCache another = make_cache();

@@ -153,7 +153,7 @@ TEST_F(VideoDownloadTest, AStallingServerIsGivenUpAndNothingIsLeft)
     EXPECT_TRUE(left_nothing());
 }
 
-TEST_F(VideoDownloadTest, AServerThatSendsByteByByteIsGivenUpInTheEnd)
+TEST_F(VideoDownloadTest, AVideoThatIsNotWholeInTimeIsGivenUp)
 {
     RawServer server([](const auto&, const auto& connection) {
         connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nx");

@@ -140,7 +140,7 @@ TEST_F(OrientationSensorTest, AnUndefinedReadingReportsNothing)
     EXPECT_TRUE(turned({4}));
 }
 
-TEST_F(OrientationSensorTest, TheSensorIsReleasedWithTheLastListener)
+TEST_F(OrientationSensorTest, TheSensorIsReleasedWhenItsListenerIsDestroyed)
 {
     start_service();
     sensor.reset();

@@ -37,7 +37,7 @@ TEST_F(GstPlayerTest, TheTimeIsExactlyTheDurationWhenThePauseAtTheEndIsReported)
     EXPECT_EQ(time, Duration);
 }
 
-TEST_F(GstPlayerTest, ReadsNothingBeforeItIsLoaded)
+TEST_F(GstPlayerTest, HasNoDurationOrPositionBeforeItIsLoaded)
 {
     GstPlayer& player = watch.open(file());
 
@@ -346,7 +346,7 @@ TEST_P(GstPlayerDropTest, APlayerDestroyedInsideAReportReportsNothingMore)
 INSTANTIATE_TEST_SUITE_P(Reports, GstPlayerDropTest,
                          testing::Values("load 1", "load 3", "state 1", "state 2", "finished 0"));
 
-TEST_F(GstPlayerTest, PlayersAreCreatedAndDestroyedQuickly)
+TEST_F(GstPlayerTest, ManyPlayersInQuickSuccessionLeaveTheNextOnePlaying)
 {
     for (int count = 0; count < 20; ++count) {
         watch.open(served());

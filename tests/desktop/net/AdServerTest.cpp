@@ -222,7 +222,7 @@ TEST_F(AdServerTest, FilesAreOnlyRead)
     EXPECT_TRUE(fs::exists(root / "ad" / "page.html"));
 }
 
-TEST_F(AdServerTest, ReportsEachHitOnce)
+TEST_F(AdServerTest, ReportsAHitOnce)
 {
     std::atomic<int> hits = 0;
     AdServer reporting({.folder = (root / "ad").string(), .script = ""},

@@ -58,7 +58,7 @@ TEST(SoupFetcherBoundTest, RequestsBeyondAHostsLimitWaitAndNoneIsLost)
     EXPECT_LE(most, 2);
 }
 
-TEST(SoupFetcherBoundTest, BeyondTheTotalLimitHostsTakeTurnsAndNoRequestIsLost)
+TEST(SoupFetcherBoundTest, BeyondTheTotalLimitNoRequestIsLost)
 {
     GlibLoop loop;
     const auto answer = [](const auto&, const auto& connection) {

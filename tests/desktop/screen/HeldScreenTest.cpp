@@ -9,7 +9,7 @@ namespace
 
 constexpr CGSize Phone{375, 812};
 
-TEST(HeldScreen, SwapsItsExtents)
+TEST(HeldScreen, HeldInLandscapeSwapsItsExtents)
 {
     EXPECT_EQ((HeldScreen{Phone, 0}.extents()), (CGSize{375, 812}));
     EXPECT_EQ((HeldScreen{Phone, -QuarterTurn}.extents()), (CGSize{812, 375}));

@@ -111,7 +111,7 @@ TEST_F(VideoOnScreen, OutsideTheTreeNoPictureIsRequested)
     EXPECT_EQ(player().box_width, 0);
 }
 
-TEST_F(VideoOnScreen, APictureAfterItsPlayersDestructionIsHarmless)
+TEST_F(VideoOnScreen, AfterItsPlayersDestructionNoPictureIsShown)
 {
     add_video({0, 0, 160, 90});
     open();

@@ -42,7 +42,7 @@ TEST_F(BrowsedPageTest, AsksForAScriptedTelephoneLinkAsForNoLink)
     EXPECT_FALSE(recorder.has("ask 0 tel:123"));
 }
 
-TEST_F(BrowsedPageTest, ThatLeadsElsewhereCanBeReturnedTo)
+TEST_F(BrowsedPageTest, MayLeadToAnotherPage)
 {
     recorder.allow_loads = true;
     server.pages["/other.html"] = {"text/html", "<title>other</title>"};

@@ -23,7 +23,7 @@ TEST_F(WebKitEngineTest, APagesStartAndEndAreReportedOnceEach)
     EXPECT_EQ(engine->current_address().absoluteString().text(), server.base());
 }
 
-TEST_F(WebKitEngineTest, NothingIsShownBeforeTheFirstPage)
+TEST_F(WebKitEngineTest, ThereIsNoAddressBeforeTheFirstPage)
 {
     EXPECT_FALSE(engine->current_address());
 }
