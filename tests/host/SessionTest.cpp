@@ -17,7 +17,7 @@ using Lines = std::vector<std::string>;
 
 // ----------------------------------------------------------------------------------------------- before the first step
 
-TEST(SessionSetUp, ShowsTheControllersViewWithTheWebViewInItBeforeTheAdOpens)
+TEST(SessionSetUp, MakesTheControllersViewWithTheWebViewInItBeforeTheAdOpens)
 {
     const Lines trace = manual_run(R"({"snapshot": true})");
 
@@ -60,7 +60,7 @@ TEST(SessionSetUp, WithoutAScreenEverythingHasNoSize)
     EXPECT_EQ(in_snapshot(trace, "/fields/fScreenHeight"), "0");
 }
 
-TEST(SessionSetUp, SetsTheFlagsBeforeTheControllerIsInitialised)
+TEST(SessionSetUp, SetsTheHostsFlags)
 {
     const Lines trace =
         manual_run(R"({"snapshot": true})", "",
@@ -151,7 +151,7 @@ TEST(SessionSteps, ACommandThatReturnsAValueIsFollowedByIt)
                                         }));
 }
 
-TEST(SessionSteps, LeavingTheAppPostsNothingAndComingBackPostsItsTwoNotices)
+TEST(SessionSteps, ComingBackMarksThePlayerAsResumingAndLaysTheAdOut)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"at": 1, "app": "background"}, {"at": 2, "app": "foreground"},
                                       {"snapshot": true}, {"at": 3, "app": "active"})");
@@ -167,7 +167,7 @@ TEST(SessionSteps, AnInterruptionPausesThePlayer)
     EXPECT_EQ(trace.back(), R"({"t":1,"what":"player","do":"pause"})");
 }
 
-TEST(SessionSteps, ADeviceStepMovesTheVolumeSlider)
+TEST(SessionSteps, AVolumeOfTheDeviceReachesTheScript)
 {
     const Lines trace = manual_run(R"({"open": 0}, {"player": {"duration": 30, "load": 1, "state": 1}},
                                       {"at": 1.5, "device": {"outputVolume": 0}}, {"at": 1.6, "snapshot": true})");
@@ -247,7 +247,7 @@ TEST(SessionRelease, HostCallsAfterwardsDoNothing)
 
 // ------------------------------------------------------------------------------------------------------------ screens
 
-TEST(SessionScreens, TheBrowserLeavesTheScreenWhenItCloses)
+TEST(SessionScreens, ClosingTheBrowserEndsTheClickThrough)
 {
     const Lines trace = manual_run(
         R"({"open": 0}, {"tap": "btnActionOne"}, {"at": 1, "call": ["closeInAppWebView"]}, {"snapshot": true})",
