@@ -46,7 +46,7 @@ TEST_P(PlayerContract, LoadsPlaysAndEndsInThisOrderAndEndsAtExactlyItsDuration)
     EXPECT_EQ(player.playback_state(), MPMoviePlaybackStatePaused);
 }
 
-TEST_P(PlayerContract, ReadsNothingBeforeItIsLoadedAndReportsNothingInsideItsMaking)
+TEST_P(PlayerContract, ReadsZeroBeforeItIsLoadedAndReportsNothingInsideItsMaking)
 {
     PlayerEngine& player = open();
 

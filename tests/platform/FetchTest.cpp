@@ -68,7 +68,7 @@ TEST_F(Fetching, InTheBackgroundBeginsAsAnEventOfItsOwn)
     EXPECT_EQ(arrived, Lines{"PNG mi"});
 }
 
-TEST_F(Fetching, InTheBackgroundThatFailsReturnsNull)
+TEST_F(Fetching, InTheBackgroundThatFailsDoesNotAnswer)
 {
     platform.world.net["http://ad/gone"].ok = false;
 

@@ -35,7 +35,7 @@ TEST(Numbers, AreTruncatedToSixtyFourBitsToo)
     EXPECT_EQ(truncated_to_64(std::numeric_limits<double>::quiet_NaN()), 0);
 }
 
-TEST(Numbers, AtTheBeginOfATextAreReadToSixtyFourBits)
+TEST(Numbers, AtTheBeginningOfATextAreReadToSixtyFourBits)
 {
     EXPECT_EQ(leading_integer(" +9007199254740993 "), 9'007'199'254'740'993);
     EXPECT_EQ(leading_integer("-9007199254740993.9"), -9'007'199'254'740'993);

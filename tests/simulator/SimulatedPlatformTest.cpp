@@ -188,7 +188,7 @@ TEST(SimulatedDevice, ANewStatusBarOrientationPostsItsNotificationAndTheSameOneD
     EXPECT_EQ(observer->names.size(), 1U);
 }
 
-TEST(SimulatedDevice, ANewDeviceOrientationPostsNothing)
+TEST(SimulatedDevice, ANewDeviceOrientationPostsNoStatusBarNotification)
 {
     SimulatedPlatform platform;
     const auto observer = observe(platform, UIApplicationDidChangeStatusBarFrameNotification);
