@@ -31,8 +31,6 @@
 // Compared are all lines and fields of the traces, in order; lines of separate timers are ordered separately. Excluded
 // are lines that only one of them has (OnlyOnDesktop, OnlyInSimulator) and the log's "didSendTracking", which depends
 // on the network's answers. A real position may be later than the simulated one.
-// own. Left out are the lines that only one of them has (OnlyOnDesktop, OnlyInSimulator) and the log's
-// "didSendTracking", which comes whenever the network answers. A real position may be later than the simulated one.
 
 namespace qoro::test
 {
