@@ -190,7 +190,7 @@ TEST(CalendarEvent, TheEndDayOfWholeDaysIsInclusive)
     EXPECT_EQ(read(with("end", "2027-03-31", fair)).end, on(2027, 4, 1));
 }
 
-TEST(CalendarEvent, ADateAndATimeDoNotMakeAnEvent)
+TEST(CalendarEvent, StartAndEndAreBothDaysOrBothTimes)
 {
     EXPECT_EQ(complaint(with("end", "2027-03-25")), "end is \"2027-03-25\": expected a day with a time, as start is");
     EXPECT_EQ(complaint(with("end", "2027-03-25T10:00", with("start", "2027-03-24"))),

@@ -162,7 +162,7 @@ TEST(CloseGuard, IsNotShownForAStallOfAnAdThatCanBeClosed)
     EXPECT_THAT(guard_lines(auto_run(EndOfPlay, "", R"("stalls": [[10, 80]], )")), IsEmpty());
 }
 
-TEST(CloseGuard, AnInterruptionThatTakesTheVideoWithItsCloseButtonOffTheScreen)
+TEST(CloseGuard, IsShownWhenAnInterruptionTakesTheCloseButtonOffTheScreen)
 {
     const Lines trace =
         auto_run(R"({"at": 5, "interrupt": 1}, {"at": 40, "touch": [360, 15]}, )" + std::string(EndOfPlay),

@@ -99,7 +99,7 @@ TEST(NetworkZone, PrivateNetworksReachPrivateNetworksAndNotThisMachine)
     EXPECT_FALSE(leads_inward("http://127.0.0.1/page.html", "http://10.0.0.1/"));
 }
 
-TEST(NetworkZone, PublicNetworksAreReachedFromEverywhere)
+TEST(NetworkZone, APublicOriginReachesPrivateNetworksOnlyIfTheyAreOpen)
 {
     EXPECT_TRUE(leads_inward("http://ads.example/", "http://10.0.0.1/"));
     EXPECT_FALSE(leads_inward("http://ads.example/", "http://10.0.0.1/", NetworkZone::Private));

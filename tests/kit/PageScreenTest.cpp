@@ -269,7 +269,7 @@ TEST_F(PageScreenTest, TheNavigationBarGoesBackForwardReloadsAndCloses)
     EXPECT_EQ(closes, 1);
 }
 
-TEST_F(PageScreenTest, WithoutHistoryTheBackButtonDoesNothing)
+TEST_F(PageScreenTest, WithoutHistoryBackAndForwardDoNothing)
 {
     open({.bar = Bar::Navigation});
 

@@ -53,7 +53,7 @@ TEST_F(PhoneGapTest, KeepsOneListenerOfANameAndId)
     EXPECT_EQ(controller->dicEventListener["onhide"].array().count(), 2U);
 }
 
-TEST_F(PhoneGapTest, ReturnsTheNumberOfListenersThatGotAnEvent)
+TEST_F(PhoneGapTest, ReportsTheNumberOfListenersAndSendsNothingWithoutOne)
 {
     controller->addEventListener("onhide", "a", "cb-1");
     platform.transcript.clear();
@@ -272,7 +272,7 @@ TEST(PhoneNumbers, AreTheDigitsAndPlusSigns)
 
 // ----------------------------------------------------------------------------------------------------- ad life cycle
 
-TEST_F(PhoneGapTest, LaysTheAdOutAgainOnlyWhileOneIsOpen)
+TEST_F(PhoneGapTest, LaysNothingOutWhileNoAdIsOpen)
 {
     controller->checkViewSizeAfterOpenOtherApp();
     EXPECT_EQ(controller->layouts, 0);
