@@ -1,15 +1,13 @@
 // Usually mutates JSON inputs as JSON: byte changes alone rarely pass the parser.
 
+#include "tests/fuzz/Mutator.h"
+
 #include <algorithm>
-#include <cstddef>
-#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <random>
 #include <string>
 #include <utility>
 #include <vector>
-
-extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t most);
 
 namespace
 {
