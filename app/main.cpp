@@ -14,8 +14,8 @@
 #include <string>
 
 #ifdef __SANITIZE_ADDRESS__
-/// Leak suppressions match the allocating frames; in GLib only the slow unwinder finds them. Ten frames suffice and cost a
-/// third less time than the default of thirty.
+/// Leak suppressions match the allocating frames; in GLib only the slow unwinder finds them. Ten frames suffice and
+/// cost a third less time than the default of thirty.
 extern "C" const char* __asan_default_options();
 extern "C" const char* __asan_default_options()
 {

@@ -60,8 +60,8 @@ void HostileTest::SetUp()
 {
     if (const char* why = std::getenv("QORO_NO_OWN_NETWORK"); why && *why)
         GTEST_SKIP() << why;
-    // A small quarantine of freed memory keeps the resident size meaningful. Looking for leaks doubles the processor time
-    // of a short run.
+    // A small quarantine of freed memory keeps the resident size meaningful. Looking for leaks doubles the processor
+    // time of a short run.
     setenv("ASAN_OPTIONS", "quarantine_size_mb=8:fast_unwind_on_malloc=1:detect_leaks=0", 1);
     internet_.emplace();
     for (const std::string& folder : Pages)
