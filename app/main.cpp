@@ -38,13 +38,9 @@ std::string first_line(const std::string& text)
 {
     return text.substr(0, text.find('\n'));
 }
-} // namespace
 
-int main(int argc, char** argv)
+int run(int argc, char** argv)
 {
-    // A closed output pipe must not end the process before it restores the system volume.
-    std::signal(SIGPIPE, SIG_IGN);
-
     CLI::App app("Plays and simulates full-screen video ads.", "qoro-ad");
     app.require_subcommand(1);
 
@@ -67,14 +63,22 @@ int main(int argc, char** argv)
         return refuse(first_line(error.what()));
     }
 
-    try {
 #ifdef QORO_DESKTOP
-        if (play->parsed())
-            return qoro::play(play_options);
-        if (cache->parsed())
-            return qoro::cache_command(cache_options);
+    if (play->parsed())
+        return qoro::play(play_options);
+    if (cache->parsed())
+        return qoro::cache_command(cache_options);
 #endif
-        return qoro::simulate_command(simulate_options);
+    return qoro::simulate_command(simulate_options);
+}
+} // namespace
+
+int main(int argc, char** argv)
+{
+    // A closed output pipe must not end the process before it restores the system volume.
+    std::signal(SIGPIPE, SIG_IGN);
+    try {
+        return run(argc, argv);
     } catch (const qoro::InputError& error) {
         return refuse(error.what());
     } catch (const std::exception& error) {

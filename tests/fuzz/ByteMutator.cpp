@@ -3,7 +3,6 @@
 #include "tests/fuzz/Mutator.h"
 
 #include <algorithm>
-#include <cstring>
 #include <random>
 #include <string>
 
@@ -55,6 +54,6 @@ extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, st
     for (std::size_t changes = 1 + below(4); changes > 0; --changes)
         change(text);
     text.resize(std::min(text.size(), most));
-    std::memcpy(data, text.data(), text.size());
+    std::ranges::copy(text, data);
     return text.size();
 }

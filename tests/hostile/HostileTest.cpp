@@ -85,11 +85,11 @@ void HostileTest::TearDown()
     ADD_FAILURE() << report;
 }
 
-void HostileTest::play(const std::string& page, nlohmann::json changes)
+void HostileTest::play(const std::string& page, const nlohmann::json& changes)
 {
     nlohmann::json properties{{"strWebViewUrl", "http://" + std::string(Stranger) + "/" + page},
                               {"iCloseBtnCountdown", 0}};
-    properties.update(std::move(changes));
+    properties.update(changes);
     demo_.emplace(properties);
     ad_.emplace(std::vector<std::string>{demo_->file()});
     ASSERT_TRUE(ad_->reaches_second(1)) << ad_->complaints();

@@ -52,7 +52,7 @@ protected:
     /// Starts the ad with a page of tests/hostile/pages/ and waits until its video plays.
     /// @param page the file's name
     /// @param changes properties of the ad that differ from the demo's
-    void play(const std::string& page, nlohmann::json changes = nlohmann::json::object());
+    void play(const std::string& page, const nlohmann::json& changes = nlohmann::json::object());
     PlayedAd& ad()
     {
         return *ad_;
