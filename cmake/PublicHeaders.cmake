@@ -18,6 +18,7 @@ set(QORO_PUBLIC_CONTROLLER
     platform/CalendarEvent.h
     platform/EventTable.h
     platform/Events.h
+    platform/Export.h
     platform/Foundation.h
     platform/Geometry.h
     platform/KitEnumerations.h
@@ -69,4 +70,14 @@ foreach(header IN LISTS QORO_PUBLIC_HEADERS)
     endforeach()
     qoro_public_name(${header} name)
     file(WRITE ${QORO_PUBLIC}/qoro/${name} "${text}")
+    list(APPEND QORO_PUBLIC_NAMES ${name})
 endforeach()
+
+# <qoro/qoro.h> includes every other header.
+set(text "#pragma once\n\n#include <qoro/Version.h>\n")
+list(SORT QORO_PUBLIC_NAMES)
+foreach(name IN LISTS QORO_PUBLIC_NAMES)
+    string(APPEND text "#include <qoro/${name}>\n")
+endforeach()
+file(WRITE ${QORO_PUBLIC}/qoro/qoro.h "${text}")
+file(COPY ${PROJECT_BINARY_DIR}/generated/qoro/Version.h DESTINATION ${QORO_PUBLIC}/qoro)

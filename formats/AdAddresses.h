@@ -1,12 +1,13 @@
 #pragma once
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
+#include "platform/Export.h"
 
 #include <functional>
 #include <string>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 /// How an address of an ad is used.

@@ -1,12 +1,13 @@
 #pragma once
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
+#include "platform/Export.h"
 
 #include <memory>
 #include <string>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// How to treat a value that is not of its property's type. An unknown property name or enumerator name is an error in

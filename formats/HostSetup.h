@@ -2,6 +2,7 @@
 
 #include "formats/LogSink.h"
 #include "kit/CloseGuardTimes.h"
+#include "platform/Export.h"
 #include "platform/Geometry.h"
 #include "platform/KitEnumerations.h"
 #include "platform/Orientation.h"
@@ -13,7 +14,7 @@
 #include <string>
 #include <vector>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// The host application around an ad, and the settings that the kit makes on the ad's controller before it opens.

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <stdexcept>
 #include <string>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// An input file written by a person is unusable. The text is one line: the file, the JSON path where known, and what
@@ -14,10 +16,7 @@ struct InputError : std::runtime_error {
     /// @param file name of the file, as the user gave it
     /// @param path JSON path of the mistake; empty when it is unknown
     /// @param complaint what was expected, one line
-    InputError(const std::string& file, const std::string& path, const std::string& complaint)
-        : std::runtime_error(file + ": " + (path.empty() ? "" : path + ": ") + complaint)
-    {
-    }
+    InputError(const std::string& file, const std::string& path, const std::string& complaint);
 };
 
 } // namespace qoro

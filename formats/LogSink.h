@@ -1,11 +1,12 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/KitEnumerations.h"
 
 #include <functional>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// Receives a line of an ad's log. The message lives only as long as the call.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Geometry.h"
 #include "platform/Ports.h"
 
@@ -9,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// The answer to requests for an address.

@@ -3,19 +3,24 @@
 #include "Base/VideoPlayer/QoroVideoAd.h"
 #include "formats/HostSetup.h"
 #include "host/AdOutcome.h"
+#include "platform/Export.h"
 #include "platform/Platform.h"
 #include "platform/Purposes.h"
 
 #include <functional>
 #include <memory>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 struct Rehearsal;
 
 /// An ad that a host application has opened, on any platform. Reports its end (AdEnd) to the host once. At most one at
 /// a time on a platform; the platform outlives it. Only the platform's thread may use it.
+///
+/// A callback of the host may throw: the exception is caught where the callback was called. OnEnd is reported as a fault
+/// and as an error of the ad's log; a log or an event sink that has thrown is reported on standard error and not called
+/// again.
 ///
 /// While it exists, it is the platform's event sink and forwards every event to the previous one, if any. The previous
 /// sink must outlive it; the platform's sink must not be replaced meanwhile.
@@ -30,13 +35,13 @@ public:
     /// @param ad the description, which the controller changes: each opening needs a fresh one. Null, and a description
     ///        that names no video, end as AdEnd::Failed
     /// @param on_end called once when the ad has ended, as a separate event of the platform's loop; may destroy this
-    ///        object; may be empty
+    ///        object, and may open the next ad on the platform while this object exists; may be empty
     /// @param host the ad's surroundings; its member delegate is ignored: the delegate is always set
-    /// @throws std::logic_error while the platform has another opened ad
+    /// @throws std::logic_error while another ad is open on the platform whose end has not been reported
     OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host = {});
     /// Opens the ad and performs steps on it, for programs that test ads. Its delegates are those that the setup names.
     /// An ad whose controller a step releases ends as AdEnd::Host when the controller is destroyed.
-    /// @throws std::logic_error while the platform has another opened ad
+    /// @throws std::logic_error while another ad is open on the platform whose end has not been reported
     OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host, Rehearsal rehearsal);
     /// Closes an ad that has not ended, as close() does. on_end is not called afterwards.
     ~OpenedAd();

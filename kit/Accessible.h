@@ -1,12 +1,14 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <optional>
 #include <span>
 #include <string>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 struct ViewNode;
@@ -41,7 +43,7 @@ struct Accessible {
     /// What a view is for assistive technology.
     enum class Role : std::uint8_t {
         /// Not exposed: a background, a strip, a decorative picture.
-        None,
+        Unexposed,
         Button,
         Text,
         Image,
@@ -53,8 +55,8 @@ struct Accessible {
         Wait,
     };
 
-    /// None for a view that is not exposed.
-    Role role = Role::None;
+    /// Unexposed for a view that assistive technology does not see.
+    Role role = Role::Unexposed;
     /// The accessible name: translated, unless the ad supplied it. May be empty.
     std::string name = {};
     /// State of a toggle; absent for any other view.

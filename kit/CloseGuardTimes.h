@@ -1,6 +1,8 @@
 #pragma once
 
-namespace qoro
+#include "platform/Export.h"
+
+namespace QORO_EXPORT qoro
 {
 
 /// How long each condition must hold before the close guard shows its button, in seconds; none is negative.

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Geometry.h"
 
 #include <string>
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 /// The seconds that a countdown shows: rounded up, at least 1.

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <array>
 #include <cstdint>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 /// Network zones, ordered from outside to inside (the IP address spaces of W3C Private Network Access). Servers in an

@@ -345,7 +345,7 @@ void PageScreen::update()
         set_usable(back_, Symbol::Back, state.can_go_back);
         set_usable(forward_, Symbol::Forward, state.can_go_forward);
         const Symbol lock = state.secure ? Symbol::Lock : Symbol::OpenLock;
-        set_symbol(lock_, state.has_content ? lock : Symbol::None, state.secure ? InkColor : FaintColor);
+        set_symbol(lock_, state.has_content ? lock : Symbol::Blank, state.secure ? InkColor : FaintColor);
         const char* said = state.secure ? screen_texts::SafeConnection : screen_texts::UnsafeConnection;
         lock_.setAccessibilityLabel(state.has_content ? NSString(platform_.translation().translate(said)) : nullptr);
         show_in_field(state.address);

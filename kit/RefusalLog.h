@@ -1,12 +1,13 @@
 #pragma once
 
 #include "kit/MessageBudget.h"
+#include "platform/Export.h"
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 class Platform;

@@ -1,11 +1,13 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// The parts of an authority: [ user "@" ] host [ ":" port ] (RFC 3986, section 3.2).

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Value.h"
 
 #include <cstdint>
 #include <optional>
 #include <vector>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// Wall-clock time: seconds since 1970-01-01 00:00 as a local clock shows it, whether or not summer time applies. It

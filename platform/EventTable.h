@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Value.h"
 
 #include <array>
@@ -12,7 +13,7 @@
 
 // The tables that describe an event's line in a trace: its name, and its fields in their order.
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// Text of an event: null, or a view that is valid during EventSink::receive only.

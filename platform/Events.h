@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/EventTable.h"
+#include "platform/Export.h"
 #include "platform/Purposes.h"
 
 #include <cstdint>
@@ -8,7 +9,7 @@
 #include <string_view>
 #include <variant>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 // Every event is a plain structure with the table of its line in a trace. docs/simulator.md describes the lines. A

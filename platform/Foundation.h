@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Object.h"
 #include "platform/Platform.h"
 #include "platform/Value.h"
@@ -10,7 +11,7 @@
 #include <type_traits>
 #include <vector>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 class UIButton;

@@ -1,8 +1,10 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <numbers>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 // All coordinates are in points; x grows to the right, y down, from the parent's top left corner.

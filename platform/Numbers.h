@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <string>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 /// Truncates toward zero to 32 bits. NaN becomes 0; values out of range are clamped.

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <memory>
 
 /// Video ads: the controller, its kit, and the platforms that it runs on. A platform and its objects belong to one
 /// thread, its main thread, and are used on it only, unless stated otherwise.
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// Base of everything passed by reference: controllers, delegates, the ad description. Always owned by a

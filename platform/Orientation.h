@@ -1,8 +1,10 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// How the device is held.

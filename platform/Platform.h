@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/Events.h"
+#include "platform/Export.h"
 #include "platform/Ports.h"
 
 #include <functional>
@@ -10,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 class ViewWatch;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/CalendarEvent.h"
+#include "platform/Export.h"
 #include "platform/Geometry.h"
 #include "platform/Orientation.h"
 #include "platform/Translatable.h"
@@ -16,7 +17,7 @@
 // The ports that a platform implements. All of them are called on the main-loop thread. Unless stated otherwise a
 // callback runs on that thread as an event of its own, never inside the call that requested it.
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 class Platform;

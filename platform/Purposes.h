@@ -1,12 +1,13 @@
 #pragma once
 
 #include "platform/EventTable.h"
+#include "platform/Export.h"
 
 #include <array>
 #include <cstddef>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// Why the ad requests an address.

@@ -1,10 +1,12 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstddef>
 #include <string>
 #include <string_view>
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 /// The number of bytes after which a text can be cut without splitting a UTF-8 character: the text's size if that is at

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Value.h"
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// The default store page: shows an item by its AppStream identifier when the host has not set another.

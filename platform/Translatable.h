@@ -1,6 +1,8 @@
 #pragma once
 
-namespace qoro
+#include "platform/Export.h"
+
+namespace QORO_EXPORT qoro
 {
 
 // Translatable texts are marked where they are defined and translated where they are shown (Platform::translation).

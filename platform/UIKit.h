@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Foundation.h"
 #include "platform/Geometry.h"
 #include "platform/Object.h"
@@ -13,7 +14,7 @@
 // Views are small handles. An empty handle is null; copies refer to the same view. On a null handle setters have no
 // effect and getters return zero. The view tree behind the handles is implemented in views/.
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 struct ViewNode;

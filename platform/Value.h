@@ -1,6 +1,7 @@
 #pragma once
 
 #include "platform/AddressParts.h"
+#include "platform/Export.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -13,7 +14,7 @@
 #include <variant>
 #include <vector>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 class Value;

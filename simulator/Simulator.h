@@ -1,10 +1,11 @@
 #pragma once
 
 #include "formats/World.h"
+#include "platform/Export.h"
 
 #include <memory>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 class Platform;

@@ -1,9 +1,10 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Geometry.h"
 #include "platform/Orientation.h"
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 /// Rotation of the device's screen relative to the viewer, in radians, clockwise. Content rotated by the negative angle

@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Orientation.h"
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 class Platform;

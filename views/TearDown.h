@@ -1,6 +1,8 @@
 #pragma once
 
-namespace qoro
+#include "platform/Export.h"
+
+namespace QORO_EXPORT qoro
 {
 
 class Platform;

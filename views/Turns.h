@@ -1,8 +1,9 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Geometry.h"
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 // Rotations of vectors and sizes by radians. Multiples of a quarter turn are exact.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Foundation.h"
 #include "platform/Geometry.h"
 #include "platform/UIKit.h"
@@ -11,11 +12,11 @@
 #include <string>
 #include <vector>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// A vector symbol, drawn by the display at any scale.
-enum class Symbol : std::uint8_t { None, Close, CloseOnDisc, Back, Forward, Reload, Lock, OpenLock };
+enum class Symbol : std::uint8_t { Blank, Close, CloseOnDisc, Back, Forward, Reload, Lock, OpenLock };
 
 /// A view in the tree: the state common to all views, and that of each kind. The complete interface between views and
 /// displays; views do not depend on a display. A parent owns its subviews; a view without an owner is destroyed.

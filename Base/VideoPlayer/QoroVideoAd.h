@@ -1,12 +1,13 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Object.h"
 #include "platform/UIKit.h"
 #include "platform/Value.h"
 
 #include <cstdint>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// Where a view sits on the screen; 0 when the ad leaves it open.

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <cstdint>
 #include <string>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// One request that an ad's own server received.

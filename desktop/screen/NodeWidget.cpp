@@ -180,7 +180,7 @@ void speak(GtkWidget* widget, NodeState& state, const ViewNode& view)
 /// Unreachable views are hidden from assistive technology.
 void show_reach(GtkWidget* widget, const NodeState& state)
 {
-    const bool hidden = state.reach == NodeReach::Away || state.said.role == Accessible::Role::None;
+    const bool hidden = state.reach == NodeReach::Away || state.said.role == Accessible::Role::Unexposed;
     gtk_accessible_update_state(GTK_ACCESSIBLE(widget), GTK_ACCESSIBLE_STATE_HIDDEN, hidden, -1);
     gtk_widget_set_focusable(widget,
                              state.reach == NodeReach::Touchable && state.said.role == Accessible::Role::Button);

@@ -256,7 +256,7 @@ void trace_symbol(cairo_t* cairo, Symbol symbol)
         cairo_arc(cairo, symbol == Symbol::Lock ? 0 : 5, -2.5, 3, FullTurn / 2, FullTurn);
         cairo_stroke(cairo);
         break;
-    case Symbol::None:
+    case Symbol::Blank:
         break;
     }
 }
@@ -264,7 +264,7 @@ void trace_symbol(cairo_t* cairo, Symbol symbol)
 void paint_symbol(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area)
 {
     constexpr double DiscRadius = 15;
-    if (view.symbol == Symbol::None)
+    if (view.symbol == Symbol::Blank)
         return;
     const graphene_rect_t box = rect_of(area);
     const UIColor color = view.text_color ? view.text_color : UIColor::blackColor();

@@ -1,6 +1,8 @@
 #pragma once
 
-namespace qoro
+#include "platform/Export.h"
+
+namespace QORO_EXPORT qoro
 {
 
 /// Whether the web engine's processes can be sandboxed on this machine. To be checked before the first engine is

@@ -2,12 +2,13 @@
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
 #include "desktop/net/AdServerHit.h"
+#include "platform/Export.h"
 
 #include <functional>
 #include <memory>
 #include <string>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 /// Serves an ad's folder on a server of its own and makes the ad's relative addresses absolute on it. While this object

@@ -2,11 +2,12 @@
 
 // For the .cpp files that parse JSON, and for formats/detail/Json.h. No public header exposes the JSON library.
 
+#include "platform/Export.h"
 #include "platform/Value.h"
 
 #include <nlohmann/json_fwd.hpp>
 
-namespace qoro
+namespace QORO_EXPORT_TO_DESKTOP qoro
 {
 
 /// Converts parsed JSON. A whole number beyond 64 signed bits becomes a double; null, and what JSON text cannot

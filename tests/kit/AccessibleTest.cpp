@@ -109,7 +109,7 @@ TEST_F(AccessibleTest, AControlWithoutTextOrAKnownPictureIsNamedAfterItsAction)
 
 TEST_F(AccessibleTest, AButtonWithoutAnActionIsNotExposed)
 {
-    EXPECT_EQ(of(button(picture("arrayVideoPlayButton"))).role, Role::None);
+    EXPECT_EQ(of(button(picture("arrayVideoPlayButton"))).role, Role::Unexposed);
 }
 
 TEST_F(AccessibleTest, AControlThatTakesNoTouchesCannotBeUsed)
@@ -134,7 +134,7 @@ TEST_F(AccessibleTest, ACountdownReportsTheSecondsLeft)
 TEST_F(AccessibleTest, ALabelExposesItsTextAndAnEmptyOneNothing)
 {
     const UILabel label = UILabel::create();
-    EXPECT_EQ(of(label).role, Role::None);
+    EXPECT_EQ(of(label).role, Role::Unexposed);
     label.setText("lumo");
     EXPECT_EQ(of(label).role, Role::Text);
     EXPECT_EQ(of(label).name, "lumo");
@@ -144,7 +144,7 @@ TEST_F(AccessibleTest, APictureWithoutALabelIsDecoration)
 {
     const UIImageView view = UIImageView::create();
     view.setImage(picture("arrayTopBackGround"));
-    EXPECT_EQ(of(view).role, Role::None);
+    EXPECT_EQ(of(view).role, Role::Unexposed);
     view.setAccessibilityLabel("A lamp");
     EXPECT_EQ(of(view).role, Role::Image);
 }
@@ -167,8 +167,8 @@ TEST(AccessibleInAnotherLanguage, BuiltInNamesAreTranslatedAndTheAdsTextsAreNot)
 
 TEST_F(AccessibleTest, BackgroundsAndWindowsAreNotExposed)
 {
-    EXPECT_EQ(of(UIView::create()).role, Role::None);
-    EXPECT_EQ(of(UIWindow::create()).role, Role::None);
+    EXPECT_EQ(of(UIView::create()).role, Role::Unexposed);
+    EXPECT_EQ(of(UIWindow::create()).role, Role::Unexposed);
 }
 
 } // namespace

@@ -246,7 +246,7 @@ TEST_F(PageScreenTest, APageThatDrawsItsOwnCloseButtonIsClosedInTheSameCorner)
 {
     open({.close_unseen = true});
 
-    EXPECT_EQ(symbol_at(Close), Symbol::None);
+    EXPECT_EQ(symbol_at(Close), Symbol::Blank);
     EXPECT_EQ(kind_at({324, 10}), ViewNode::Kind::WebView);
     EXPECT_EQ(kind_at({350, 51}), ViewNode::Kind::WebView);
 

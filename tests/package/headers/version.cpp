@@ -1,0 +1,10 @@
+#include <qoro/Version.h>
+
+#include <string_view>
+
+static_assert(QORO_VERSION_AT_LEAST(QORO_VERSION_MAJOR, QORO_VERSION_MINOR, QORO_VERSION_PATCH));
+static_assert(!QORO_VERSION_AT_LEAST(QORO_VERSION_MAJOR, QORO_VERSION_MINOR, QORO_VERSION_PATCH + 1));
+static_assert(!QORO_VERSION_AT_LEAST(QORO_VERSION_MAJOR, QORO_VERSION_MINOR + 1, 0));
+static_assert(!QORO_VERSION_AT_LEAST(QORO_VERSION_MAJOR + 1, 0, 0));
+static_assert(QORO_VERSION_AT_LEAST(0, 0, 9));
+static_assert(!std::string_view(QORO_VERSION_TEXT).empty());
