@@ -1,5 +1,6 @@
 #include "desktop/GlibLoop.h"
 
+#include "platform/HostCall.h"
 #include "platform/Platform.h"
 
 #include <glib.h>
@@ -231,8 +232,9 @@ void GlibLoop::fire(std::map<TimerId, Timer>::iterator timer)
 
 void GlibLoop::run_event(const std::function<void()>& event)
 {
+    // The caller is GLib's main loop.
     if (platform_)
-        platform_->dispatch(event);
+        call_host("an event", platform_, [&] { platform_->dispatch(event); });
     else
         event();
 }

@@ -3,6 +3,7 @@
 #include "formats/LogLines.h"
 #include "host/Rehearsal.h"
 #include "host/Session.h"
+#include "platform/HostCall.h"
 
 #include <algorithm>
 #include <stdexcept>
@@ -65,11 +66,12 @@ class OpenedAd::Watch final : public Object, public EventSink
 {
 public:
     Watch(Platform& platform, OnEnd on_end) : platform_(platform), on_end_(std::move(on_end)) {}
+    ~Watch() override { leave(); }
 
     void open(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host);
     void rehearse(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, Rehearsal rehearsal);
     void close(ClosedBy closer);
-    bool leave_screen() { return session_->leave_screen(); }
+    bool leave_screen() { return session_ && session_->leave_screen(); }
     void leave();
     bool has_ended() const { return ended_; }
 
@@ -115,14 +117,19 @@ private:
     Platform& platform_;
     OnEnd on_end_;
     LogSink log_;
-    EventSink* const before_ = platform_.event_sink();
+    /// Receives every event as well; null when the platform had no sink.
+    EventSink* before_ = nullptr;
     NoControls no_controls_;
     std::unique_ptr<Session> session_;
 
     AdOutcome outcome_;
     double opened_ = 0;
     bool shows_ = false;
+    /// Whether the platform's event sink is this object, or forwards to it.
+    bool open_ = false;
     bool ended_ = false;
+    /// Whether the host has been notified of the end, so that it may open the next ad.
+    bool reported_ = false;
     /// Whether a click-through has been counted in this event.
     bool led_elsewhere_ = false;
     /// Position in seconds from which playback is not counted yet; absent while the video does not play.
@@ -162,9 +169,14 @@ void OpenedAd::Watch::rehearse(const std::shared_ptr<QoroVideoAd>& ad, const Hos
 /// Registers the event sink and the observers and creates the session. The ad is not open afterwards.
 void OpenedAd::Watch::prepare(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, SessionControls& controls)
 {
-    if (dynamic_cast<Watch*>(before_))
-        throw std::logic_error("another ad is open on this platform");
+    if (auto* const last = dynamic_cast<Watch*>(platform_.event_sink())) {
+        if (!last->reported_)
+            throw std::logic_error("another ad is open on this platform");
+        last->leave();
+    }
+    before_ = platform_.event_sink();
     platform_.set_event_sink(this);
+    open_ = true;
     // Registered before the controller: this object counts what was played before the controller reacts.
     platform_.dispatch([this] {
         NSNotificationCenter& notifications = NSNotificationCenter::defaultCenter();
@@ -203,13 +215,15 @@ void OpenedAd::Watch::fail_unless_shown()
 
 void OpenedAd::Watch::close(ClosedBy closer)
 {
-    if (!ended_)
+    if (!ended_ && session_)
         session_->close(closer);
 }
 
-/// Closes the ad without a report of its end, and restores the previous event sink.
+/// Closes the ad without a report of its end, and restores the previous event sink. No effect a second time.
 void OpenedAd::Watch::leave()
 {
+    if (!std::exchange(open_, false))
+        return;
     on_end_ = nullptr;
     log_ = nullptr;
     close(ClosedBy::Host);
@@ -223,9 +237,11 @@ void OpenedAd::Watch::leave()
 
 void OpenedAd::Watch::receive(const Event& event)
 {
-    if (before_)
-        before_->receive(event);
-    pass_log_line(log_, event);
+    // What throws is not called again: it would also throw on the report.
+    if (before_ && !call_host("EventSink", nullptr, [&] { before_->receive(event); }))
+        before_ = nullptr;
+    if (log_ && !call_host("HostSetup::log", nullptr, [&] { pass_log_line(log_, event); }))
+        log_ = nullptr;
     if (!ended_)
         std::visit([this](const auto& each) { note(each); }, event);
 }
@@ -359,8 +375,11 @@ void OpenedAd::Watch::end(AdEnd how)
         outcome_.error = "the ad names no video";
     platform_.loop().post([weak = weak_from_this()] {
         const auto self = std::static_pointer_cast<Watch>(weak.lock());
-        if (const OnEnd on_end = self ? std::exchange(self->on_end_, nullptr) : nullptr)
-            on_end(self->outcome_);
+        if (!self)
+            return;
+        self->reported_ = true;
+        if (const OnEnd on_end = std::exchange(self->on_end_, nullptr))
+            call_host("OpenedAd::OnEnd", &self->platform_, [&] { on_end(self->outcome_); });
     });
 }
 

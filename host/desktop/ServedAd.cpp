@@ -6,6 +6,7 @@
 #include "formats/AdAddresses.h"
 #include "formats/AdFile.h"
 #include "platform/AddressParts.h"
+#include "platform/HostCall.h"
 
 #include <filesystem>
 #include <optional>
@@ -21,11 +22,26 @@ struct ServedAd::Serving {
     std::optional<NamedHosts> named;
 };
 
+namespace
+{
+
+/// A callback that may throw on the server's thread.
+ServedAd::OnHit guarded(ServedAd::OnHit on_hit)
+{
+    if (!on_hit)
+        return nullptr;
+    return [on_hit = std::move(on_hit)](const AdServerHit& hit) {
+        call_host("ServedAd::OnHit", nullptr, [&] { on_hit(hit); });
+    };
+}
+
+} // namespace
+
 ServedAd::ServedAd(std::shared_ptr<QoroVideoAd> ad, const std::string& folder, OnHit on_hit)
     : ad_(std::move(ad)),
-      serving_(new Serving{.server =
-                               AdServer({.folder = folder, .script = std::string(script_library())}, std::move(on_hit)),
-                           .named = {}})
+      serving_(new Serving{
+          .server = AdServer({.folder = folder, .script = std::string(script_library())}, guarded(std::move(on_hit))),
+          .named = {}})
 {
     AdServer& server = serving_->server;
     if (!server.listens())

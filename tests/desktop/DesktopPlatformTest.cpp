@@ -15,6 +15,7 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -203,4 +204,26 @@ TEST_F(DesktopPlatformReportTest, ACallInterruptsTheSoundUntilItEnds)
     ASSERT_TRUE(until([&] { return root->calls.size() > 1; }));
 
     EXPECT_EQ(root->calls, (Calls{"interruption 1", "interruption 0"}));
+}
+
+TEST_F(DesktopPlatformEndTest, AnExceptionOfPostedWorkIsAFaultAndTheLoopContinues)
+{
+    struct Faults final : EventSink {
+        void receive(const Event& event) override
+        {
+            if (const auto* fault = std::get_if<event::Faulted>(&event))
+                messages.emplace_back(fault->message.view());
+        }
+        std::vector<std::string> messages;
+    } faults;
+    DesktopPlatform platform(silent_options());
+    platform.set_event_sink(&faults);
+    bool continued = false;
+    platform.loop().post([] { throw std::runtime_error("a mistake of the host"); });
+    platform.loop().post([&continued] { continued = true; });
+
+    EXPECT_TRUE(platform.loop().run_until([&continued] { return continued; }, 60));
+
+    EXPECT_EQ(faults.messages, std::vector<std::string>{"a mistake of the host"});
+    platform.set_event_sink(nullptr);
 }
