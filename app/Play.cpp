@@ -319,7 +319,7 @@ int play(const PlayOptions& options)
         trace_file.emplace(options.trace_file);
 
     // The sandbox is tried while the toolkit starts.
-    prepare_toolkit();
+    prepare_program();
     std::future<bool> sandbox =
         std::async(std::launch::async, [&] { return options.no_web_sandbox || sandbox_works(); });
     if (!start_toolkit())

@@ -33,7 +33,7 @@ constexpr int frame_memory = 16 * 1024 * 1024;
 constexpr int arenas = 2;
 } // namespace
 
-void prepare_toolkit()
+void prepare_program()
 {
     // GTK's detection of a graphics card stays enabled: without it, WebKit leaves trails behind moving content of a
     // transparent page.
@@ -45,16 +45,15 @@ void prepare_toolkit()
     // By default each thread of an ad would get its own arena, of which some pages stay in use: resident memory would
     // grow with each ad.
     mallopt(M_ARENA_MAX, arenas);
-    // GTK would set the locale later, concurrently with other threads, and for numbers as well, whose decimal point
-    // must not change in trackers and scripts.
+    // Not of numbers, whose decimal point other programs' parsers may expect.
     std::setlocale(LC_CTYPE, "");
     std::setlocale(LC_MESSAGES, "");
-    gtk_disable_setlocale();
 }
 
 bool start_toolkit()
 {
-    prepare_toolkit();
+    if (!gtk_is_initialized())
+        gtk_disable_setlocale();
 #ifdef __SANITIZE_ADDRESS__
     // The memory of a graphics driver becomes unreachable when the driver is unloaded.
     const __lsan::ScopedDisabler drivers_own;

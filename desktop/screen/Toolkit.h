@@ -1,14 +1,18 @@
 #pragma once
 
-namespace qoro
+#include "platform/Export.h"
+
+namespace QORO_EXPORT qoro
 {
 
-/// Sets the locale, GTK's renderer and the allocator's parameters. Unless the user has chosen another renderer, it is
-/// Cairo's, which draws everything correctly without a graphics card. A program that creates threads before
-/// start_toolkit() must call this before the first of them; start_toolkit() calls it as well.
-void prepare_toolkit();
+/// Settings of the whole process, for a program that exists to play ads. Nothing else in the library makes them; a host
+/// that wants them calls this first, before it creates a thread and before GTK starts:
+/// - the locale of characters and messages, as the environment names it; numbers keep their decimal point;
+/// - the environment variable GSK_RENDERER, unless it is set: GTK draws by Cairo, correctly without a graphics card;
+/// - the C library's allocator (mallopt): freed pictures stay in the process, and threads share an arena.
+void prepare_program();
 
-/// Starts GTK. To be called once, before anything is drawn.
+/// Starts GTK, unless the program has. GTK does not set the locale then: that is the host's decision.
 /// @return false if there is no display
 bool start_toolkit();
 

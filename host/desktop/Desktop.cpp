@@ -4,6 +4,7 @@
 #include "desktop/screen/DisplayWatch.h"
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
+#include "platform/HostCall.h"
 
 #include <stdexcept>
 #include <utility>
@@ -17,6 +18,8 @@ namespace
 /// Starts GTK, which the platform requires, and translates the options.
 DesktopPlatform::Options started(const DesktopOptions& options)
 {
+    if (options.prepare_program)
+        prepare_program();
     if (!start_toolkit())
         throw std::runtime_error("there is no display");
     if (options.unsandboxed_pages)
@@ -32,7 +35,10 @@ DesktopPlatform::Options started(const DesktopOptions& options)
     if (!options.video_cache_folder.empty())
         platform.video_cache.folder = options.video_cache_folder;
     platform.video_cache.most_bytes = options.video_cache_bytes;
-    platform.video_cache.warn = options.warn;
+    if (options.warn)
+        platform.video_cache.warn = [warn = options.warn](const std::string& line) {
+            call_host("DesktopOptions::warn", nullptr, [&] { warn(line); });
+        };
     platform.calendar.allowed = options.calendar;
     platform.pages.memory = options.page_memory;
     platform.pages.processor_seconds = options.page_processor_seconds;
@@ -64,14 +70,24 @@ void Desktop::set_title(const std::string& title)
 
 void Desktop::on_close(std::function<void()> closed)
 {
-    platform_->display().on_close = std::move(closed);
+    if (!closed) {
+        platform_->display().on_close = nullptr;
+        return;
+    }
+    platform_->display().on_close = [this, closed = std::move(closed)] {
+        call_host("Desktop::on_close", platform_.get(), closed);
+    };
 }
 
 void Desktop::on_display_lost(std::function<void()> lost)
 {
     display_watch_.reset();
     if (lost)
-        display_watch_ = std::make_unique<DisplayWatch>(std::move(lost));
+        display_watch_ = std::make_unique<DisplayWatch>([this, lost = std::move(lost)] {
+            // A callback that has thrown may not have quit the loop, which runs nothing else by now.
+            if (!call_host("Desktop::on_display_lost", platform_.get(), lost))
+                platform_->loop().quit();
+        });
 }
 
 std::string Desktop::snapshot_png(const std::string& path)

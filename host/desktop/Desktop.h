@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Ports.h"
 
 #include <cstdint>
@@ -9,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace qoro
+namespace QORO_EXPORT qoro
 {
 
 class DesktopPlatform;
@@ -47,6 +48,9 @@ struct DesktopOptions {
     std::string video_cache_folder = {};
     /// Maximum size of all copies together, in bytes; the least recently used are removed first.
     std::uint64_t video_cache_bytes = 256'000'000;
+    /// Calls prepare_program() (qoro/Toolkit.h) before GTK starts. If false, the desktop sets neither the locale, nor
+    /// the environment, nor the allocator's parameters.
+    bool prepare_program = false;
     /// Whether ads may hand events to the viewer's calendar.
     bool calendar = true;
     /// Receives one line, once, if the folder of the copies cannot be used. May be empty.
@@ -60,8 +64,7 @@ struct DesktopOptions {
 class Desktop
 {
 public:
-    /// Starts GTK, if the program has not. A program that creates threads before this must call prepare_toolkit()
-    /// (qoro/Toolkit.h) before the first of them.
+    /// Starts GTK, if the program has not.
     /// @throws std::runtime_error if there is no display
     explicit Desktop(const DesktopOptions& options = {});
     /// Ends all events and waits for pending requests (last_requests_seconds). No ad may be open.

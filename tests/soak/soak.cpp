@@ -226,6 +226,7 @@ int main(int argc, char** argv)
     const Folder folder(argv[2]);
     if (!sandbox_works())
         give_up_sandbox();
+    prepare_program();
     if (!start_toolkit()) {
         std::cerr << "soak: there is no display\n";
         return 1;

@@ -14,6 +14,7 @@ inline bool start_desktop()
     static const bool started = [] {
         if (!sandbox_works())
             give_up_sandbox();
+        prepare_program();
         return start_toolkit();
     }();
     return started;

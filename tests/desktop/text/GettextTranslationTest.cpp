@@ -23,13 +23,13 @@ protected:
         setenv("LANGUAGE", language, 1);
         // gettext reads LANGUAGE again only when the locale is set.
         setenv("LC_ALL", "C.UTF-8", 1);
-        prepare_toolkit();
+        prepare_program();
     }
     ~GettextTranslationTest() override
     {
         unsetenv("LANGUAGE");
         unsetenv("LC_ALL");
-        prepare_toolkit();
+        prepare_program();
     }
 
     GettextTranslation texts;
