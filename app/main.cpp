@@ -1,11 +1,5 @@
-#include "app/Simulate.h"
+#include "app/CommandLine.h"
 #include "formats/InputError.h"
-
-#ifdef QORO_DESKTOP
-#include "app/Cache.h"
-#include "app/Play.h"
-#include "app/PlayOptions.h"
-#endif
 
 #include <CLI/CLI.hpp>
 
@@ -41,35 +35,15 @@ std::string first_line(const std::string& text)
 
 int run(int argc, char** argv)
 {
-    CLI::App app("Plays and simulates full-screen video ads.", "qoro-ad");
-    app.require_subcommand(1);
-
-#ifdef QORO_DESKTOP
-    qoro::PlayOptions play_options;
-    CLI::App* const play = app.add_subcommand("play", "Play an ad in a window");
-    qoro::add_play_options(*play, play_options);
-    qoro::CacheOptions cache_options;
-    CLI::App* const cache = app.add_subcommand("cache");
-    qoro::add_cache_options(*cache, cache_options);
-#endif
-    qoro::SimulateOptions simulate_options;
-    qoro::add_simulate_options(*app.add_subcommand("simulate"), simulate_options);
-
+    qoro::CommandLine line;
     try {
-        app.parse(argc, argv);
-    } catch (const CLI::CallForHelp& help) {
-        return app.exit(help);
+        line.description().parse(argc, argv);
+    } catch (const CLI::Success& answered) { // --help, --version
+        return line.description().exit(answered);
     } catch (const CLI::ParseError& error) {
         return refuse(first_line(error.what()));
     }
-
-#ifdef QORO_DESKTOP
-    if (play->parsed())
-        return qoro::play(play_options);
-    if (cache->parsed())
-        return qoro::cache_command(cache_options);
-#endif
-    return qoro::simulate_command(simulate_options);
+    return line.run();
 }
 } // namespace
 

@@ -12,7 +12,7 @@ run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ba
     xvfb dbus"
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg
     at-spi2-core libatspi2.0-dev locales iproute2 weston zlib1g-dev"
-check="clang-format clang-tidy codespell doxygen eslint python3 shellcheck"
+check="clang man-db mandoc zsh fish debootstrap clang-format clang-tidy codespell doxygen eslint python3 shellcheck"
 fuzz="clang libclang-rt-14-dev zlib1g-dev"
 coverage="libgtest-dev libgmock-dev gcovr"
 mutation="libgtest-dev libgmock-dev python3-clang-14"

@@ -1,0 +1,34 @@
+#include "app/CommandLine.h"
+
+#ifdef QORO_DESKTOP
+#include "app/Play.h"
+#endif
+
+#include <qoro/Version.h>
+
+namespace qoro
+{
+
+CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", "qoro-ad")
+{
+    app_.require_subcommand(1);
+    app_.set_version_flag("--version", "qoro-ad " QORO_VERSION_TEXT, "Print the version and exit");
+#ifdef QORO_DESKTOP
+    add_play_options(*app_.add_subcommand("play", "Play an ad in a window"), play_);
+    add_cache_options(*app_.add_subcommand("cache"), cache_);
+#endif
+    add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
+}
+
+int CommandLine::run() const
+{
+#ifdef QORO_DESKTOP
+    if (app_.got_subcommand("play"))
+        return play(play_);
+    if (app_.got_subcommand("cache"))
+        return cache_command(cache_);
+#endif
+    return simulate_command(simulate_);
+}
+
+} // namespace qoro

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "app/Simulate.h"
+
+#ifdef QORO_DESKTOP
+#include "app/Cache.h"
+#include "app/PlayOptions.h"
+#endif
+
+#include <CLI/CLI.hpp>
+
+namespace qoro
+{
+
+/// The command line of `qoro-ad`: what it is parsed by, and what the manual page and the shells' completions are made
+/// of.
+class CommandLine
+{
+public:
+    CommandLine();
+    CommandLine(const CommandLine&) = delete;
+    CommandLine& operator=(const CommandLine&) = delete;
+
+    /// The description; parsing it fills the options.
+    CLI::App& description() { return app_; }
+    /// Runs the command that was parsed.
+    /// @return the exit status
+    /// @throws InputError, or another std::exception, for what the command reports as one line
+    int run() const;
+
+private:
+    CLI::App app_;
+#ifdef QORO_DESKTOP
+    PlayOptions play_;
+    CacheOptions cache_;
+#endif
+    SimulateOptions simulate_;
+};
+
+} // namespace qoro
