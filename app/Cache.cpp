@@ -1,5 +1,8 @@
 #include "app/Cache.h"
 
+#include "app/Interruption.h"
+#include "app/Progress.h"
+#include "app/SignalMask.h"
 #include "desktop/cache/VideoCache.h"
 #include "desktop/cache/VideoDownload.h"
 #include "desktop/glib/Owned.h"
@@ -12,7 +15,10 @@
 #include <nlohmann/json.hpp>
 
 #include <charconv>
+#include <chrono>
 #include <iostream>
+#include <stop_token>
+#include <thread>
 
 namespace qoro
 {
@@ -58,6 +64,19 @@ void list(const VideoCache& cache, bool as_json)
     }
 }
 
+/// Cancels a download when the program is to end.
+std::jthread watch_signals(VideoDownload& download)
+{
+    static constexpr std::chrono::milliseconds Interval{50};
+    const SignalMask of_the_thread;
+    return std::jthread([&download](const std::stop_token& over) {
+        while (!over.stop_requested() && !Interruption::requested())
+            std::this_thread::sleep_for(Interval);
+        if (Interruption::requested())
+            download.cancel();
+    });
+}
+
 int prefetch(VideoCache& cache, const std::vector<std::string>& addresses)
 {
     for (const std::string& address : addresses)
@@ -68,8 +87,17 @@ int prefetch(VideoCache& cache, const std::vector<std::string>& addresses)
     const ReachRule rule(NetworkZone::Public);
     const NamedHosts named(addresses);
     VideoDownload download;
+    const std::jthread signals = watch_signals(download);
+    Progress progress;
     for (const std::string& address : addresses) {
-        const VideoDownload::Result result = download.fetch(cache, address);
+        progress.set(address);
+        const VideoDownload::Result result =
+            download.fetch(cache, address, [&](std::uint64_t bytes, std::uint64_t all) {
+                progress.set(size_of(bytes) + " of " + size_of(all) + "  " + address);
+            });
+        progress.clear();
+        if (Interruption::requested())
+            break;
         if (!result.error.empty()) {
             std::cerr << "qoro-ad: " << address << ": " << result.error << std::endl;
             status = 1;
@@ -107,7 +135,9 @@ void add_cache_options(CLI::App& command, CacheOptions& options)
     command.description(Description);
     command.footer(Advice);
     command.require_subcommand(1);
-    command.add_option("--dir", options.folder, "The cache's folder; " + VideoCache::default_folder() + " unless told")
+    command
+        .add_option("--dir", options.folder,
+                    "The cache's folder; by default qoro-ad/videos in the user's cache directory")
         ->type_name("DIR");
 
     CLI::App& list = *command.add_subcommand("list", "A line for each copy: its last use, its size, its address");
@@ -148,8 +178,12 @@ int cache_command(const CacheOptions& options)
     case CacheOptions::Do::List:
         list(cache, options.json);
         return 0;
-    case CacheOptions::Do::Prefetch:
-        return prefetch(cache, options.addresses);
+    case CacheOptions::Do::Prefetch: {
+        const Interruption interruption;
+        const int status = prefetch(cache, options.addresses);
+        Interruption::end_program();
+        return status;
+    }
     case CacheOptions::Do::Empty:
         empty(cache);
         return 0;

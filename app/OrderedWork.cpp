@@ -1,5 +1,7 @@
 #include "app/OrderedWork.h"
 
+#include "app/SignalMask.h"
+
 #include <utility>
 
 namespace qoro
@@ -16,6 +18,7 @@ OrderedWork::OrderedWork(unsigned threads, LineSink write, std::function<void(co
 {
     if (threads < 2)
         return;
+    const SignalMask of_the_threads;
     for (unsigned i = 0; i < threads; ++i)
         threads_.emplace_back([this] { serve(); });
 }

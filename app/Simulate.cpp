@@ -1,7 +1,9 @@
 #include "app/Simulate.h"
 
+#include "app/Interruption.h"
 #include "app/LogOption.h"
 #include "app/OrderedWork.h"
+#include "app/Progress.h"
 #include "formats/InputError.h"
 #include "formats/InputFile.h"
 #include "formats/JsonText.h"
@@ -19,6 +21,8 @@
 #include <cstdio>
 #include <cstring>
 #include <iostream>
+#include <optional>
+#include <unistd.h>
 #include <utility>
 
 namespace qoro
@@ -106,6 +110,37 @@ private:
     std::string lines_;
 };
 
+/// How many sessions have been simulated, on the terminal; nothing where the results are written to it as well.
+class Count
+{
+public:
+    /// @param all sessions; absent while unknown
+    explicit Count(std::optional<std::size_t> all) : all_(all)
+    {
+        if (!isatty(STDOUT_FILENO))
+            progress_.emplace();
+    }
+    /// One more session is done.
+    void add()
+    {
+        ++done_;
+        if (progress_)
+            progress_->set(all_ ? std::to_string(done_) + " of " + std::to_string(*all_) + " sessions simulated"
+                                : std::to_string(done_) + " sessions simulated");
+    }
+    /// Before a line on standard error.
+    void make_way()
+    {
+        if (progress_)
+            progress_->clear();
+    }
+
+private:
+    const std::optional<std::size_t> all_;
+    std::size_t done_ = 0;
+    std::optional<Progress> progress_;
+};
+
 // -------------------------------------------------------------------------------------------------------------- files
 
 struct FileStyle {
@@ -167,18 +202,21 @@ int run_files(const SimulateOptions& options)
     Output output;
     int status = 0;
     {
+        Count count(options.files.size());
         OrderedWork work(
             std::min<unsigned>(options.jobs, static_cast<unsigned>(options.files.size())),
             [&output](std::string_view text) { output.write(text); },
             [&](const std::string& complaint) {
                 output.flush();
+                count.add();
                 if (complaint.empty())
                     return;
+                count.make_way();
                 std::cerr << "qoro-ad: " << complaint << '\n';
                 status = UnusableInput;
             });
         for (const std::string& file : options.files) {
-            if (output.failed())
+            if (output.failed() || Interruption::requested())
                 break;
             work.add([&](const LineSink& sink) { return complaint_of(file, [&] { run_file(file, style, sink); }); });
         }
@@ -242,19 +280,27 @@ int run_lines(const SimulateOptions& options)
 {
     Output output;
     {
+        Count count(std::nullopt);
         OrderedWork work(
             options.jobs, [&output](std::string_view text) { output.write(text); },
             // Flush each result: the other end of the pipe may wait for it before sending more.
-            [&output](const std::string&) { output.flush(); });
+            [&](const std::string&) {
+                output.flush();
+                count.add();
+            });
         std::string line;
-        for (std::int64_t number = 1; !output.failed() && read_line(line); ++number)
+        for (std::int64_t number = 1; !output.failed() && read_line(line); ++number) {
+            // What a signal has cut off is no line.
+            if (Interruption::requested())
+                break;
             work.add([line, number, log = options.log](const LineSink& sink) {
                 sink(result_of(line, number, log));
                 return std::string();
             });
+        }
     }
     output.check();
-    if (std::ferror(stdin))
+    if (std::ferror(stdin) && !Interruption::requested())
         throw InputError("stdin", "", std::strerror(errno));
     return 0;
 }
@@ -318,7 +364,11 @@ int simulate_command(const SimulateOptions& options)
     // Default handling: as for any filter, a closed output pipe ends the process.
     std::signal(SIGPIPE, SIG_DFL);
     check_options(options);
-    return options.jsonl ? run_lines(options) : run_files(options);
+    // The results of the sessions that have started are written whole.
+    const Interruption interruption;
+    const int status = options.jsonl ? run_lines(options) : run_files(options);
+    Interruption::end_program();
+    return status;
 }
 
 } // namespace qoro

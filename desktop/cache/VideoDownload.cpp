@@ -43,6 +43,28 @@ std::string fault_of(SoupMessage* message, std::uint64_t most_bytes)
                std::to_string(most_bytes) + ")";
     return "";
 }
+void cancel_request(GCancellable*, GCancellable* request)
+{
+    g_cancellable_cancel(request);
+}
+
+/// Cancels a request when a download is cancelled.
+class CancelWith
+{
+public:
+    CancelWith(GCancellable* download, GCancellable* request)
+        : download_(download),
+          handler_(g_cancellable_connect(download, reinterpret_cast<GCallback>(cancel_request), request, nullptr))
+    {
+    }
+    ~CancelWith() { g_cancellable_disconnect(download_, handler_); }
+    CancelWith(const CancelWith&) = delete;
+    CancelWith& operator=(const CancelWith&) = delete;
+
+private:
+    GCancellable* const download_;
+    const gulong handler_;
+};
 } // namespace
 
 VideoDownload::VideoDownload() : VideoDownload(Limits{})
@@ -51,13 +73,21 @@ VideoDownload::VideoDownload() : VideoDownload(Limits{})
 
 VideoDownload::VideoDownload(const Limits& limits)
     : limits_(limits),
-      session_(adopt(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr)))
+      session_(
+          adopt(soup_session_new_with_options("user-agent", UserAgent, "timeout", limits.silent_seconds, nullptr))),
+      cancelled_(adopt(g_cancellable_new()))
 {
     // Content-Length counts encoded bytes: without a decoder it matches the bytes that are read.
     soup_session_remove_feature_by_type(session_.get(), SOUP_TYPE_CONTENT_DECODER);
 }
 
-VideoDownload::Result VideoDownload::fetch(VideoCache& cache, const std::string& address)
+void VideoDownload::cancel()
+{
+    g_cancellable_cancel(cancelled_.get());
+}
+
+VideoDownload::Result VideoDownload::fetch(VideoCache& cache, const std::string& address,
+                                           const std::function<void(std::uint64_t, std::uint64_t)>& received)
 {
     if (const NSString path = cache.path_for(address)) {
         std::error_code gone;
@@ -65,19 +95,21 @@ VideoDownload::Result VideoDownload::fetch(VideoCache& cache, const std::string&
         return {.length = gone ? 0 : length, .was_there = true};
     }
     try {
-        return receive(cache, address);
+        return receive(cache, address, received);
     } catch (const std::system_error& error) {
         return {.error = error.what()};
     }
 }
 
-VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::string& address)
+VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::string& address,
+                                             const std::function<void(std::uint64_t, std::uint64_t)>& received)
 {
     const auto asked = HttpAddress::parse(address);
     if (!asked)
         return {.error = "not an address of http or https"};
     const auto message = adopt(soup_message_new_from_uri(SOUP_METHOD_GET, asked->uri()));
     const auto request = adopt(g_cancellable_new());
+    const CancelWith cancel(cancelled_.get(), request.get());
     const RequestGuard guard(message.get(), *asked, request.get(), reach_of(asked));
 
     const std::int64_t deadline = g_get_monotonic_time() + static_cast<std::int64_t>(limits_.all_seconds * 1e6);
@@ -93,12 +125,14 @@ VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::strin
     IncomingVideo video(cache, address);
     const std::unique_ptr<char[]> piece(new char[PieceSize]);
     for (;;) {
-        const gssize got = g_input_stream_read(stream.get(), piece.get(), PieceSize, nullptr, error.out());
+        const gssize got = g_input_stream_read(stream.get(), piece.get(), PieceSize, request.get(), error.out());
         if (got < 0)
             return {.error = error.message()};
         if (got == 0)
             break;
         video.write({piece.get(), static_cast<std::size_t>(got)});
+        if (received)
+            received(video.length(), length);
         if (g_get_monotonic_time() > deadline)
             return {.error = "not whole within " + shortest_text(limits_.all_seconds) + " seconds"};
     }

@@ -3,8 +3,10 @@
 #include "desktop/glib/Owned.h"
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
+typedef struct _GCancellable GCancellable;
 typedef struct _SoupSession SoupSession;
 
 namespace qoro
@@ -41,13 +43,20 @@ public:
     /// Makes sure that the cache has a copy. Only a complete answer becomes one: status 200, a Content-Length that the
     /// body matches, no content coding, and a content type other than text/html.
     /// @param address http or https
-    Result fetch(VideoCache& cache, const std::string& address);
+    /// @param received called with the bytes so far and those of the whole video; may be empty
+    Result fetch(VideoCache& cache, const std::string& address,
+                 const std::function<void(std::uint64_t bytes, std::uint64_t all)>& received = nullptr);
+    /// Makes the running download, and all later ones, fail; nothing of them stays in the cache. Any thread may call
+    /// this.
+    void cancel();
 
 private:
-    Result receive(VideoCache& cache, const std::string& address);
+    Result receive(VideoCache& cache, const std::string& address,
+                   const std::function<void(std::uint64_t bytes, std::uint64_t all)>& received);
 
     const Limits limits_;
     const ObjectRef<SoupSession> session_;
+    const ObjectRef<GCancellable> cancelled_;
 };
 
 } // namespace qoro

@@ -188,15 +188,26 @@ TEST_F(CacheTest, ManyProcessesAtOnceLeaveWholeCopiesWithinTheBound)
     EXPECT_EQ(videos, 2);
 }
 
-TEST_F(CacheTest, RemainsOfAKilledProcessAreNeverACopyAndRemovedWithTheNextVideo)
+TEST_F(CacheTest, AnInterruptedDownloadLeavesNothingBehind)
 {
     server.serve("/stalls.mp4", {.body = std::string(100'000, 'x'), .holds_at = 50'000});
     const std::string stalls = server.address("/stalls.mp4");
 
-    EXPECT_EQ(cache({"prefetch", stalls}, [this] { return parts() == 1; }).status, -1) << "killed in the middle";
+    const CommandResult result = cache({"prefetch", stalls}, [this] { return parts() == 1; });
 
-    EXPECT_EQ(parts(), 1);
+    EXPECT_EQ(result.status, -1) << "ended by the signal";
+    EXPECT_EQ(parts(), 0);
     EXPECT_EQ(cache({"list"}).output, "");
+    EXPECT_EQ(result.output + result.errors, "") << "no progress where the output is a pipe";
+}
+
+TEST_F(CacheTest, RemainsOfAKilledProcessAreNeverACopyAndRemovedWithTheNextVideo)
+{
+    std::filesystem::create_directory(folder.path("videos"));
+    folder.write("videos/8d8ac610-566d-4ef0-9c22-186b2a5ed793.part", "half a video");
+
+    EXPECT_EQ(cache({"list"}).output, "");
+    EXPECT_EQ(parts(), 1);
     cache({"prefetch", video("/1.mp4", "one video")});
     EXPECT_EQ(parts(), 0);
 }
