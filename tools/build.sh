@@ -4,7 +4,7 @@ set -eu
 cd "$(dirname "$0")/.."
 preset=$1
 shift
-[ -f "build/$preset/build.ninja" ] || cmake --preset "$preset"
+[ -f "build/$preset/build.ninja" ] || cmake --preset "$preset" --log-level=NOTICE
 if [ $# -gt 0 ]; then
     cmake --build "build/$preset" --target "$@"
 else

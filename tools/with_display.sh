@@ -26,4 +26,11 @@ export GDK_BACKEND=x11
 # By default no assistive technology runs on this server, unless the caller sets GTK_A11Y=atspi: then the session bus
 # starts the accessibility bus and stops it on exit.
 export GTK_A11Y="${GTK_A11Y-none}"
-dbus-run-session -- "$@"
+# The bus and the services that it starts write about themselves, and that the X server has gone; this is not the
+# command's output.
+cat >"$scratch/bus" <<END
+#!/bin/sh
+exec dbus-daemon "\$@" >"$scratch/bus.log" 2>&1
+END
+chmod +x "$scratch/bus"
+dbus-run-session --dbus-daemon="$scratch/bus" -- "$@"
