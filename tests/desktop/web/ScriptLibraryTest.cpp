@@ -342,7 +342,7 @@ TEST_F(ScriptLibraryTest, APageThatReplacesEveryBuiltInKeepsItsAd)
     begin(R"(
         const post = qoroBridge;
         const { stringify } = JSON;
-        const note = (...args) => {
+        const report = (...args) => {
             args.toJSON = undefined;
             post(stringify({ __proto__: null, command: 'note', args }), () => {});
         };
@@ -364,9 +364,9 @@ TEST_F(ScriptLibraryTest, APageThatReplacesEveryBuiltInKeepsItsAd)
         Object = Array = Promise = JSON = Reflect = Error = Date = setTimeout = isFinite = null;
         window.webkit = window.qoroBridge = null;
 
-        mraid.addEventListener('error', (message, action) => note('error', message, action));
+        mraid.addEventListener('error', (message, action) => report('error', message, action));
         mraid.addEventListener('audioVolumeChange', volume => {
-            note('volume', volume, mraid.getState(), mraid.getCurrentPosition().y);
+            report('volume', volume, mraid.getState(), mraid.getCurrentPosition().y);
             mraid.open('https://shop/');
             mraid.createCalendarEvent({ description: 'party', reminder: [1, 2] });
             mraid.createCalendarEvent('{"description": "as text"}');
