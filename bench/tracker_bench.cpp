@@ -62,7 +62,7 @@ struct Folder {
         char* made = g_dir_make_tmp("trackers-XXXXXX", nullptr);
         const std::string text = made ? made : "";
         g_free(made);
-        std::ofstream(text + "/t");
+        const std::ofstream file(text + "/t");
         return text;
     }();
     Folder() = default;

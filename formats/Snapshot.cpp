@@ -211,6 +211,7 @@ Value color(const UIColor& of_color)
 Value target_names(const std::vector<Action>& targets)
 {
     std::vector<Value> names;
+    names.reserve(targets.size());
     for (const Action& target : targets)
         names.emplace_back(target.name());
     return NSArray(std::move(names));

@@ -28,6 +28,7 @@ std::vector<std::string> scratch_folders(std::uint64_t bytes)
     // The room was capped at `bytes`, so that folders with enough of it compare equal and retain their order.
     std::ranges::stable_sort(folders, std::ranges::greater{}, &Folder::room);
     std::vector<std::string> paths;
+    paths.reserve(folders.size());
     for (Folder& folder : folders)
         paths.push_back(std::move(folder.path));
     return paths;

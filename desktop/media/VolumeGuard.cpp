@@ -52,6 +52,7 @@ std::vector<std::string> arguments_for(const SinkVolume& found)
 pid_t start(int program, int input, std::vector<std::string> arguments)
 {
     std::vector<char*> texts;
+    texts.reserve(arguments.size() + 1);
     for (std::string& argument : arguments)
         texts.push_back(argument.data());
     texts.push_back(nullptr);

@@ -75,10 +75,10 @@ double Reader::number(const std::string& expected) const
 
 double Reader::seconds() const
 {
-    static const std::string Expected = "a number of seconds from 0 to 1000000000";
-    const double number = this->number(Expected);
+    static const std::string expected = "a number of seconds from 0 to 1000000000";
+    const double number = this->number(expected);
     if (number < 0 || number > LatestMoment)
-        refuse(Expected);
+        refuse(expected);
     return number;
 }
 
