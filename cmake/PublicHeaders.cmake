@@ -9,6 +9,7 @@ set(QORO_PUBLIC_CONTROLLER
     formats/HostSetup.h
     formats/InputError.h
     formats/LogSink.h
+    host/AdObserver.h
     host/AdOutcome.h
     host/OpenedAd.h
     kit/Accessible.h

@@ -10,6 +10,7 @@ HostSetup unguarded_host()
     HostSetup host;
     host.guard.reset();
     host.tracker_limit = false;
+    host.root_view = CGSize{375, 812};
     return host;
 }
 

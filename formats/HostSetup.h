@@ -17,12 +17,15 @@
 namespace QORO_EXPORT qoro
 {
 
+class AdObserver;
+
 /// The host application around an ad, and the settings that the kit makes on the ad's controller before it opens.
 struct HostSetup {
     /// Interface orientations that the host allows, as values of UIInterfaceOrientation.
     std::vector<std::int64_t> autorotates{UIInterfaceOrientationPortrait};
-    /// Size of the host's root view in points; absent: the host has no root view controller.
-    std::optional<CGSize> root_view = CGSize{375, 812};
+    /// Size of the host's root view in points; zero: that of the device's screen. Absent: the host has no root view
+    /// controller.
+    std::optional<CGSize> root_view = CGSize{};
     /// Whether the host's window is the key window.
     bool key_window = true;
     /// Whether another ad controller opened this one.
@@ -61,6 +64,12 @@ struct HostSetup {
 
     /// Whether the number and the rate of the ad's requests are limited; a request beyond the limit is not sent.
     bool tracker_limit = true;
+
+    /// Closes the ad when its video cannot be played (OpenedAd only). If nothing of any video was played, the outcome
+    /// is AdEnd::Failed.
+    bool close_when_video_fails = false;
+    /// Follows the ad while it runs; outlives the OpenedAd, which alone uses it. May be null.
+    AdObserver* observer = nullptr;
 
     /// Receives the lines of the ad's log, on the platform's thread and inside the event that writes them; it must not
     /// call the ad. Used by OpenedAd; may be empty.

@@ -137,8 +137,8 @@ HostSetup read_host(const Reader& host, HostSetup setup)
         for (const Reader& each : orientations->list("a list of interface orientations"))
             setup.autorotates.push_back(each.whole("an interface orientation"));
     }
-    if (const auto root = host.at("rootView"))
-        setup.root_view = root->size_or_null();
+    const auto root = host.at("rootView");
+    setup.root_view = root ? root->size_or_null() : CGSize{375, 812};
     if (const auto key = host.at("keyWindow"))
         setup.key_window = key->flag();
     if (const auto parent = host.at("parent"))

@@ -22,7 +22,8 @@ enum class AdEnd {
     Video,
     /// The host closed it (OpenedAd::close).
     Host,
-    /// Nothing was ever shown.
+    /// Nothing was ever shown; or nothing of any video was played, and the ad closed because of that
+    /// (HostSetup::close_when_video_fails).
     Failed,
 };
 
@@ -48,7 +49,7 @@ struct PlayedVideo {
 struct AdOutcome {
     /// Why the ad ended.
     AdEnd end{};
-    /// Why nothing was shown, one line; absent when the ad was shown.
+    /// Why nothing was shown or played, one line; present for AdEnd::Failed alone.
     std::optional<std::string> error;
     /// Seconds from opening to end.
     double lasted = 0;

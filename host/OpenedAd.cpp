@@ -1,6 +1,7 @@
 #include "host/OpenedAd.h"
 
 #include "formats/LogLines.h"
+#include "host/AdObserver.h"
 #include "host/Rehearsal.h"
 #include "host/Session.h"
 #include "platform/HostCall.h"
@@ -80,25 +81,34 @@ private:
     void note(const event::AdClosed& close);
     void note(const event::Released&);
     void note(const event::ImpressionSent&) { outcome_.impression_sent = true; }
-    void note(const event::ApplicationLeft&) { ++outcome_.departures; }
-    void note(const event::AdFailed& failure) { outcome_.page_error = failure.error.view(); }
-    void note(const event::PageDied& death) { outcome_.page_error = death.reason.view(); }
+    void note(const event::ApplicationLeft&);
+    void note(const event::AdFailed& failure) { page_failed(failure.error.view()); }
+    void note(const event::PageDied& death) { page_failed(death.reason.view()); }
+    void note(const event::RequestRefused& refusal);
+    void note(const event::PageRefused& refusal);
+    void note(const event::FirstPictureShown&) { notify(&AdObserver::first_frame); }
     void note(const event::NotificationPosted& notification);
     void note(const event::PlayerCreated& player);
     void note(const event::PlayerDropped&);
     void note(const event::PlayerSought& seek);
     void note(const event::PlayerFailed& failure);
-    void note(const event::AddressOpened&) { note_click_through(); }
-    void note(const event::CalendarEventPassed&) { note_click_through(); }
-    void note(const event::BrowserExpanded&) { note_click_through(); }
-    void note(const event::MessageSent&) { note_click_through(); }
-    void note(const event::StoreOpened&) { note_click_through(); }
+    void note(const event::AddressOpened& opening) { note_click_through(opening.url.view()); }
+    void note(const event::CalendarEventPassed&) { note_click_through(""); }
+    void note(const event::BrowserExpanded& browser) { note_click_through(browser.url.view()); }
+    void note(const event::MessageSent& message) { note_click_through(message.number.view()); }
+    void note(const event::StoreOpened& store) { note_click_through(store.url.view()); }
     /// Every other event leaves the outcome as it is.
     template <typename Other>
     void note(const Other&)
     {
     }
-    void note_click_through();
+    void note_click_through(std::string_view address);
+    void page_failed(std::string_view reason);
+    void came_back(const NSNotification& notification);
+
+    /// Calls a function of the observer, if there is one, as a separate event.
+    template <typename... Parameters, typename... Arguments>
+    void notify(void (AdObserver::*function)(Parameters...), Arguments... arguments);
 
     void prepare(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, SessionControls& controls);
     void show();
@@ -108,6 +118,8 @@ private:
 
     void video_changed(const NSNotification& notification);
     void video_finished(const NSNotification& notification);
+    void video_failed(const std::string& reason);
+    std::string why_video_failed() const;
     MPMoviePlayerController player() const;
     /// Adds what the player has played since the last call.
     void count_played();
@@ -119,6 +131,12 @@ private:
     LogSink log_;
     /// Receives every event as well; null when the platform had no sink.
     EventSink* before_ = nullptr;
+    AdObserver* observer_ = nullptr;
+    bool closes_when_video_fails_ = false;
+    /// Whether the ad closes because its video has failed.
+    bool fails_ = false;
+    /// Whether the ad has sent the viewer out of the application.
+    bool is_left_ = false;
     NoControls no_controls_;
     std::unique_ptr<Session> session_;
 
@@ -138,7 +156,13 @@ private:
 
 void OpenedAd::Watch::open(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host)
 {
+    const UIDeviceOrientation held = platform_.device().orientation();
     prepare(ad, host, no_controls_);
+    // The controller has forced the device upright, but the viewer holds it as before.
+    if (platform_.device().orientation() != held) {
+        platform_.device().force_orientation(held);
+        platform_.device_orientation_changed();
+    }
     show();
 }
 
@@ -184,8 +208,12 @@ void OpenedAd::Watch::prepare(const std::shared_ptr<QoroVideoAd>& ad, const Host
                                   MPMoviePlayerPlaybackStateDidChangeNotification);
         notifications.addObserver(action<&Watch::video_finished>(this, "video_finished"),
                                   MPMoviePlayerPlaybackDidFinishNotification);
+        notifications.addObserver(action<&Watch::came_back>(this, "came_back"),
+                                  UIApplicationDidBecomeActiveNotification);
     });
     log_ = host.log;
+    observer_ = host.observer;
+    closes_when_video_fails_ = host.close_when_video_fails;
     session_ = std::make_unique<Session>(platform_, controls, host, ad);
     opened_ = platform_.loop().now();
 }
@@ -226,6 +254,7 @@ void OpenedAd::Watch::leave()
         return;
     on_end_ = nullptr;
     log_ = nullptr;
+    observer_ = nullptr;
     close(ClosedBy::Host);
     platform_.dispatch([this] { NSNotificationCenter::defaultCenter().removeObserver(this); });
     session_.reset();
@@ -250,7 +279,8 @@ void OpenedAd::Watch::note(const event::AdClosed& close)
 {
     // The controller still has its player.
     count_played();
-    end(end_by(close.by));
+    const bool nothing_played = std::ranges::all_of(outcome_.videos, [](const auto& each) { return each.played == 0; });
+    end(fails_ && nothing_played ? AdEnd::Failed : end_by(close.by));
 }
 
 void OpenedAd::Watch::note(const event::Released&)
@@ -266,7 +296,9 @@ void OpenedAd::Watch::note(const event::NotificationPosted& notification)
         return;
     const NSDictionary result = notification.info->dictionary();
     shows_ = result["Result"].string().isEqualToString("1");
-    if (!shows_ && result["e"])
+    if (shows_)
+        notify(&AdObserver::shown);
+    else if (result["e"])
         outcome_.error = result["e"].string().text();
 }
 
@@ -296,12 +328,54 @@ void OpenedAd::Watch::note(const event::PlayerFailed& failure)
         outcome_.videos.back().error = failure.reason.view();
 }
 
+void OpenedAd::Watch::note(const event::ApplicationLeft&)
+{
+    ++outcome_.departures;
+    is_left_ = true;
+    notify(&AdObserver::departed);
+}
+
+void OpenedAd::Watch::came_back(const NSNotification&)
+{
+    if (std::exchange(is_left_, false))
+        notify(&AdObserver::returned);
+}
+
+void OpenedAd::Watch::note(const event::RequestRefused& refusal)
+{
+    notify(&AdObserver::refused, std::string("request"), std::string(refusal.url.view()));
+}
+
+void OpenedAd::Watch::note(const event::PageRefused& refusal)
+{
+    notify(&AdObserver::refused, std::string(refusal.kind.view()), std::string(refusal.detail.view()));
+}
+
+void OpenedAd::Watch::page_failed(std::string_view reason)
+{
+    outcome_.page_error = reason;
+    notify(&AdObserver::page_failed, std::string(reason));
+}
+
+template <typename... Parameters, typename... Arguments>
+void OpenedAd::Watch::notify(void (AdObserver::*function)(Parameters...), Arguments... arguments)
+{
+    if (!observer_)
+        return;
+    platform_.loop().post([weak = weak_from_this(), function, arguments...] {
+        const auto self = std::static_pointer_cast<Watch>(weak.lock());
+        if (self && self->observer_)
+            call_host("AdObserver", &self->platform_, [&] { (self->observer_->*function)(arguments...); });
+    });
+}
+
 /// One touch may do two things, such as a message and a page.
-void OpenedAd::Watch::note_click_through()
+void OpenedAd::Watch::note_click_through(std::string_view address)
 {
     if (std::exchange(led_elsewhere_, true))
         return;
     ++outcome_.click_throughs;
+    notify(&AdObserver::clicked_through, std::string(address));
     platform_.loop().post([weak = weak_from_this()] {
         if (const auto self = weak.lock())
             static_cast<Watch&>(*self).led_elsewhere_ = false;
@@ -340,8 +414,10 @@ void OpenedAd::Watch::video_changed(const NSNotification&)
     const bool runs = video.playbackState() == MPMoviePlaybackStatePlaying;
     if (!runs)
         runs_from_.reset();
-    else if (!runs_from_)
+    else if (!runs_from_) {
         runs_from_ = video.currentPlaybackTime();
+        notify(&AdObserver::playing);
+    }
 }
 
 void OpenedAd::Watch::video_finished(const NSNotification& notification)
@@ -358,10 +434,32 @@ void OpenedAd::Watch::video_finished(const NSNotification& notification)
     case MPMovieFinishReasonPlaybackError:
         if (!video.error)
             video.error.emplace();
+        video_failed(*video.error);
         break;
     default:
         break;
     }
+}
+
+void OpenedAd::Watch::video_failed(const std::string& reason)
+{
+    notify(&AdObserver::video_failed, reason);
+    if (!closes_when_video_fails_)
+        return;
+    // After the controller has received the failure.
+    platform_.loop().post([weak = weak_from_this()] {
+        const auto self = std::static_pointer_cast<Watch>(weak.lock());
+        if (!self || self->ended_ || !self->session_)
+            return;
+        self->fails_ = true;
+        self->close(ClosedBy::Host);
+    });
+}
+
+std::string OpenedAd::Watch::why_video_failed() const
+{
+    const std::string reason = outcome_.videos.back().error.value_or("");
+    return "the video cannot be played" + (reason.empty() ? "" : ": " + reason);
 }
 
 // ------------------------------------------------------------------------------------------------------------- the end
@@ -372,12 +470,14 @@ void OpenedAd::Watch::end(AdEnd how)
     outcome_.end = how;
     outcome_.lasted = platform_.loop().now() - opened_;
     if (how == AdEnd::Failed && !outcome_.error)
-        outcome_.error = "the ad names no video";
+        outcome_.error = fails_ ? why_video_failed() : "the ad names no video";
     platform_.loop().post([weak = weak_from_this()] {
         const auto self = std::static_pointer_cast<Watch>(weak.lock());
         if (!self)
             return;
         self->reported_ = true;
+        if (AdObserver* observer = std::exchange(self->observer_, nullptr))
+            call_host("AdObserver::closed", &self->platform_, [&] { observer->closed(self->outcome_); });
         if (const OnEnd on_end = std::exchange(self->on_end_, nullptr))
             call_host("OpenedAd::OnEnd", &self->platform_, [&] { on_end(self->outcome_); });
     });
@@ -385,13 +485,13 @@ void OpenedAd::Watch::end(AdEnd how)
 
 // ----------------------------------------------------------------------------------------------------------- OpenedAd
 
-OpenedAd::OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host)
+OpenedAd::OpenedAd(Platform& platform, const std::shared_ptr<QoroVideoAd>& ad, OnEnd on_end, HostSetup host)
     : watch_(std::make_shared<Watch>(platform, std::move(on_end)))
 {
     watch_->open(ad, with_delegate(std::move(host)));
 }
 
-OpenedAd::OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host,
+OpenedAd::OpenedAd(Platform& platform, const std::shared_ptr<QoroVideoAd>& ad, OnEnd on_end, const HostSetup& host,
                    Rehearsal rehearsal)
     : watch_(std::make_shared<Watch>(platform, std::move(on_end)))
 {

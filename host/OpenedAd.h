@@ -2,6 +2,7 @@
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
 #include "formats/HostSetup.h"
+#include "host/AdObserver.h"
 #include "host/AdOutcome.h"
 #include "platform/Export.h"
 #include "platform/Platform.h"
@@ -38,11 +39,12 @@ public:
     ///        object, and may open the next ad on the platform while this object exists; may be empty
     /// @param host the ad's surroundings; its member delegate is ignored: the delegate is always set
     /// @throws std::logic_error while another ad is open on the platform whose end has not been reported
-    OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host = {});
+    OpenedAd(Platform& platform, const std::shared_ptr<QoroVideoAd>& ad, OnEnd on_end, HostSetup host = {});
     /// Opens the ad and performs steps on it, for programs that test ads. Its delegates are those that the setup names.
     /// An ad whose controller a step releases ends as AdEnd::Host when the controller is destroyed.
     /// @throws std::logic_error while another ad is open on the platform whose end has not been reported
-    OpenedAd(Platform& platform, std::shared_ptr<QoroVideoAd> ad, OnEnd on_end, HostSetup host, Rehearsal rehearsal);
+    OpenedAd(Platform& platform, const std::shared_ptr<QoroVideoAd>& ad, OnEnd on_end, const HostSetup& host,
+             Rehearsal rehearsal);
     /// Closes an ad that has not ended, as close() does. on_end is not called afterwards.
     ~OpenedAd();
     OpenedAd(const OpenedAd&) = delete;

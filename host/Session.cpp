@@ -54,7 +54,9 @@ void Session::make_host(const HostSetup& host)
     if (host.root_view) {
         host_root_ = std::make_shared<HostRoot>();
         host_root_->loadView();
-        host_root_->view().setFrame({0, 0, host.root_view->width, host.root_view->height});
+        const bool fills_screen = *host.root_view == CGSize{};
+        host_root_->view().setFrame(fills_screen ? screen_frame()
+                                                 : CGRect{0, 0, host.root_view->width, host.root_view->height});
         host_window_.setRootViewController(host_root_);
     }
     if (host.key_window)

@@ -76,6 +76,11 @@ struct AdClosed {
     static constexpr auto table = unwritten();
 };
 
+/// The first picture of a player's video can be seen.
+struct FirstPictureShown {
+    static constexpr auto table = unwritten();
+};
+
 /// The ad's own server received the request of a tracker.
 struct ServerHit {
     EventText method; ///< HTTP method.
@@ -518,19 +523,20 @@ struct GuardUsed {
 /// Everything that leaves the controller.
 using Event = std::variant<
     event::StepBegun, event::Returned, event::Snapshot, event::Faulted, event::Released, event::AdClosed,
-    event::ServerHit, event::Requested, event::Fetched, event::RequestRefused, event::PageLoaded, event::ScriptEvent,
-    event::PageRefused, event::PageDied, event::PageFailed, event::MraidLoaded, event::MraidOpened, event::MraidClosed,
-    event::MraidCustomClose, event::MraidOrientation, event::MraidCalendarEvent, event::MraidRefused, event::MraidSent,
-    event::PlayerCreated, event::PlayerStarted, event::PlayerPaused, event::PlayerSought, event::PlayerDropped,
-    event::PlayerFailed, event::VolumeSet, event::OrientationForced, event::AddressOpened, event::NotificationPosted,
-    event::Logged, event::ConsoleLogged, event::ParentClicked, event::ParentClosed, event::ParentImpression,
-    event::ProgressbarShown, event::ProgressbarStopped, event::StatusbarUpdated, event::UpdateTimerStopped,
-    event::ImpressionSent, event::MraidCloseCalled, event::ScreenPresented, event::ApplicationLeft,
-    event::ViewSizeChecked, event::InAppApplicationClosed, event::CalendarEventPassed, event::AdRequestFailed,
-    event::ExtraViewAdded, event::ExtraViewRemoved, event::ApplicationScreenCreated, event::MessageSent,
-    event::StoreOpened, event::BrowserCreated, event::BrowserExpanded, event::BrowserClosed, event::StorePageCreated,
-    event::StorePagePresented, event::StorePageDismissed, event::AdFailed, event::CalendarEventAdded,
-    event::CalendarEventRefused, event::PageHandedOn, event::GuardShown, event::GuardUsed>;
+    event::FirstPictureShown, event::ServerHit, event::Requested, event::Fetched, event::RequestRefused,
+    event::PageLoaded, event::ScriptEvent, event::PageRefused, event::PageDied, event::PageFailed, event::MraidLoaded,
+    event::MraidOpened, event::MraidClosed, event::MraidCustomClose, event::MraidOrientation, event::MraidCalendarEvent,
+    event::MraidRefused, event::MraidSent, event::PlayerCreated, event::PlayerStarted, event::PlayerPaused,
+    event::PlayerSought, event::PlayerDropped, event::PlayerFailed, event::VolumeSet, event::OrientationForced,
+    event::AddressOpened, event::NotificationPosted, event::Logged, event::ConsoleLogged, event::ParentClicked,
+    event::ParentClosed, event::ParentImpression, event::ProgressbarShown, event::ProgressbarStopped,
+    event::StatusbarUpdated, event::UpdateTimerStopped, event::ImpressionSent, event::MraidCloseCalled,
+    event::ScreenPresented, event::ApplicationLeft, event::ViewSizeChecked, event::InAppApplicationClosed,
+    event::CalendarEventPassed, event::AdRequestFailed, event::ExtraViewAdded, event::ExtraViewRemoved,
+    event::ApplicationScreenCreated, event::MessageSent, event::StoreOpened, event::BrowserCreated,
+    event::BrowserExpanded, event::BrowserClosed, event::StorePageCreated, event::StorePagePresented,
+    event::StorePageDismissed, event::AdFailed, event::CalendarEventAdded, event::CalendarEventRefused,
+    event::PageHandedOn, event::GuardShown, event::GuardUsed>;
 
 /// Receives events.
 class EventSink

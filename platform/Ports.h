@@ -134,6 +134,9 @@ public:
     virtual void playback_state_changed() = 0;
     /// Playback has ended, for this reason.
     virtual void finished(MPMovieFinishReason reason) = 0;
+    /// The first picture of the video can be seen, whether it plays yet or not. At most once per player; the controller
+    /// does not depend on it.
+    virtual void first_picture() {}
 };
 
 /// Plays one video. Every implementation follows these rules:

@@ -253,6 +253,7 @@ void SimulatedPlayer::report_playable()
 {
     const SimulatedPlayers& players = players_;
     const std::uint32_t serial = serial_;
+    listener_.first_picture();
     listener_.load_state_changed();
     if (!players.find(serial))
         return;

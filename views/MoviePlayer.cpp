@@ -46,6 +46,8 @@ struct MPMoviePlayerController::State final : PlayerListener, std::enable_shared
              {{std::string(MPMoviePlayerPlaybackDidFinishReasonUserInfoKey), reason}});
     }
 
+    void first_picture() override { platform.emit(event::FirstPictureShown{}); }
+
     void post(std::string_view name, const NSDictionary& info = {})
     {
         std::shared_ptr<State> held = weak_from_this().lock();

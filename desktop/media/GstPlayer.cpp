@@ -57,6 +57,8 @@ GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& lo
     pictures_ = std::make_shared<VideoPictures>([this, mailbox = mailbox_] {
         mailbox->post([this] {
             pictures_->fetched();
+            if (!std::exchange(seen_, true))
+                listener_.first_picture();
             if (on_frame)
                 on_frame();
         });

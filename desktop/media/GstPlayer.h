@@ -106,6 +106,8 @@ private:
     /// that positions never decrease.
     mutable double time_ = 0;
 
+    /// Whether a picture has arrived.
+    bool seen_ = false;
     /// Whether play() was called before the video could start.
     bool play_asked_ = false;
     /// Whether the start waits for enough data.
