@@ -131,6 +131,12 @@ Player::~Player()
 
 int Player::run()
 {
+    for (const std::string& line : input_.remarks)
+        std::cerr << "qoro-ad: " << line << std::endl;
+    for (const std::string& line : input_.missing_files) {
+        std::cerr << "qoro-ad: " << line << std::endl;
+        has_failed_ |= !options_.lenient;
+    }
     connect_window();
     platform_.display().show();
     platform_.loop().restart_clock();
@@ -143,7 +149,7 @@ int Player::run()
         platform_.device().follow_sensor();
     };
     opened_ = std::make_unique<OpenedAd>(
-        platform_, served_->ad(), [this](const AdOutcome& outcome) { ended(outcome); }, std::move(host),
+        platform_, served_->ad(), [this](const AdOutcome& outcome) { ended(outcome); }, host,
         Rehearsal{input_.steps, *this, prepared});
     schedule();
     platform_.loop().run();
@@ -155,6 +161,7 @@ void Player::connect_window()
 {
     Screen& screen = platform_.display();
     screen.set_title(platform_.translation().translate(Title));
+    screen.mark_safe_areas(input_.portrait_insets, input_.landscape_insets);
     screen.set_help(platform_.translation().translate(Help));
     screen.on_key = [this](unsigned keyval, unsigned) { return key_pressed(keyval); };
     screen.on_close = [this] { close_ad(ClosedBy::Viewer); };

@@ -1,6 +1,8 @@
 #include "app/PlayInput.h"
 
 #include "formats/AdFile.h"
+#include "formats/AdRemarks.h"
+#include "formats/DeviceModels.h"
 #include "formats/InputError.h"
 #include "formats/InputFile.h"
 
@@ -97,6 +99,8 @@ PlayInput read_play_input(const PlayOptions& options)
     PlayInput input;
     input.ad = read_ad_file(options.ad_file);
     input.folder = std::filesystem::absolute(options.ad_file).parent_path().string();
+    input.remarks = ad_remarks(*input.ad, options.ad_file);
+    input.missing_files = missing_files(*input.ad, options.ad_file, input.folder);
 
     Surroundings surroundings = default_surroundings();
     if (!options.host_file.empty())
@@ -111,6 +115,13 @@ PlayInput read_play_input(const PlayOptions& options)
     input.copies = copies_of(surroundings, options.host_file);
     input.orientation = device_orientation(options.orientation).value_or(UIDeviceOrientationPortrait);
 
+    if (options.safe_areas) {
+        const DeviceModel model = device_model(options.device).value_or(DeviceModel{});
+        if (model.scale == 0)
+            throw InputError("--safe-areas", "", "expected --device with the name of a real model, such as iphone-15");
+        input.portrait_insets = model.portrait;
+        input.landscape_insets = model.landscape;
+    }
     if (!options.steps_file.empty())
         input.steps = read_steps(read_input_file(options.steps_file), options.steps_file, false);
     return input;

@@ -3,6 +3,7 @@
 #include "app/PlayOptions.h"
 #include "desktop/DesktopPlatform.h"
 #include "formats/Scenario.h"
+#include "platform/SafeArea.h"
 
 #include <map>
 #include <memory>
@@ -19,11 +20,21 @@ struct PlayInput {
     std::string folder;
     DesktopPlatform::Options platform;
     HostSetup host;
+    /// What the ad contains without effect, and the files that it lacks; a line each.
+    /// @{
+    std::vector<std::string> remarks;
+    std::vector<std::string> missing_files;
+    /// @}
     /// Files of the host's own copies of videos, by address. A relative address is relative to the ad's folder.
     std::map<std::string, std::string> copies;
     /// How the device is held when the ad opens.
     UIDeviceOrientation orientation = UIDeviceOrientationPortrait;
     std::vector<Step> steps;
+    /// Insets to mark in portrait and in landscape; zero: none.
+    /// @{
+    SafeAreaInsets portrait_insets;
+    SafeAreaInsets landscape_insets;
+    /// @}
 };
 
 /// Reads and checks all files that the options name.

@@ -1,6 +1,7 @@
 #include "app/PlayOptions.h"
 
 #include "app/LogOption.h"
+#include "formats/DeviceModels.h"
 #include "formats/HostSetup.h"
 #include "platform/UIKit.h"
 
@@ -16,24 +17,6 @@ namespace qoro
 
 namespace
 {
-struct NamedModel {
-    std::string_view name;
-    DeviceModel model;
-};
-constexpr auto Models = std::to_array<NamedModel>({
-    {"phone", {{375, 812}, true}},
-    {"phone-small", {{320, 568}, true}},
-    {"phone-classic", {{375, 667}, true}},
-    {"phone-large", {{414, 736}, true}},
-    {"phone-tall", {{414, 896}, true}},
-    {"tablet", {{768, 1024}, false}},
-    {"tablet-large", {{1024, 1366}, false}},
-});
-
-constexpr double ShortEdgeOfTablets = 600;
-/// Larger than any monitor, and rendering costs time per pixel.
-constexpr int LongestEdge = 4096;
-
 struct NamedOrientation {
     std::string_view name;
     std::string_view number;
@@ -46,20 +29,11 @@ constexpr auto Orientations = std::to_array<NamedOrientation>({
     {"landscape-right", "4", UIDeviceOrientationLandscapeRight},
 });
 
-std::optional<int> edge(std::string_view text)
-{
-    int number = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (error != std::errc() || end != text.data() + text.size() || number < 1 || number > LongestEdge)
-        return std::nullopt;
-    return number;
-}
-
 std::string model_names()
 {
     std::string names;
-    for (const NamedModel& row : Models)
-        names += std::string(row.name) + ", ";
+    for (const DeviceModel& model : device_models())
+        names += std::string(model.name) + ", ";
     return names;
 }
 
@@ -113,6 +87,8 @@ void add_play_options(CLI::App& command, PlayOptions& options)
     command.add_option("--orientation", options.orientation, "How the device is held when the ad opens")
         ->type_name("portrait|upside-down|landscape-left|landscape-right")
         ->check(CLI::Validator(check_orientation, ""));
+    command.add_flag("--lenient", options.lenient, "Exit with 0 although a file of the ad's own folder is missing");
+    command.add_flag("--safe-areas", options.safe_areas, "Mark what the device's camera, corners and bars may cover");
     auto* phone = command.add_flag("--phone", options.phone, "The device is a phone, whatever its size");
     command.add_flag("--tablet", options.tablet, "The device is a tablet, whatever its size")->excludes(phone);
     command.add_flag("--locked-landscape", options.locked_landscape, "The host application is locked to landscape");
@@ -155,22 +131,6 @@ void add_play_options(CLI::App& command, PlayOptions& options)
             ->check(seconds);
     auto* out = command.add_option("--out", options.out_folder, "The folder for the pictures")->type_name("DIR");
     snapshots->needs(out);
-}
-
-std::optional<DeviceModel> device_model(const std::string& name)
-{
-    const auto* named = std::ranges::find(Models, name, &NamedModel::name);
-    if (named != Models.end())
-        return named->model;
-    const std::size_t x = name.find('x');
-    if (x == std::string::npos)
-        return std::nullopt;
-    const auto width = edge(std::string_view(name).substr(0, x));
-    const auto height = edge(std::string_view(name).substr(x + 1));
-    if (!width || !height)
-        return std::nullopt;
-    return DeviceModel{{static_cast<double>(*width), static_cast<double>(*height)},
-                       std::min(*width, *height) < ShortEdgeOfTablets};
 }
 
 std::optional<UIDeviceOrientation> device_orientation(const std::string& name)

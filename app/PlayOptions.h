@@ -1,6 +1,5 @@
 #pragma once
 
-#include "platform/Geometry.h"
 #include "platform/QoroAdManager.h"
 
 #include <optional>
@@ -22,6 +21,10 @@ struct PlayOptions {
     std::string device;
     /// A name or number for device_orientation().
     std::string orientation = "portrait";
+    /// Whether to mark what the model's camera, corners and bars may cover.
+    bool safe_areas = false;
+    /// Whether files that the ad lacks leave the exit status as it is.
+    bool lenient = false;
     bool phone = false;
     bool tablet = false;
     bool locked_landscape = false;
@@ -52,17 +55,6 @@ struct PlayOptions {
 /// Adds the command's options, which parsing fills.
 /// @param options outlives the parsing
 void add_play_options(CLI::App& command, PlayOptions& options);
-
-/// A device model's screen and kind.
-struct DeviceModel {
-    /// Points, in portrait.
-    CGSize screen;
-    bool phone = true;
-};
-
-/// A model by its name or size ("375x812"); absent for any other text. A device given by size is a tablet if its short
-/// edge is at least 600 points.
-std::optional<DeviceModel> device_model(const std::string& name);
 
 /// A UIDeviceOrientation by its command-line name or its number; absent for any other text.
 std::optional<UIDeviceOrientation> device_orientation(const std::string& name);

@@ -27,7 +27,7 @@ DesktopPlatform::DesktopPlatform(const Options& options)
       device_(*this, options.device),
       output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
       volume_(output_volume_, options.volume_slider), web_engines_(*this, with_dropped_frames(options.pages)),
-      video_cache_(options.video_cache), calendar_(options.calendar)
+      video_cache_(options.video_cache), calendar_(options.calendar), screen_(*this, options.covered)
 {
     shared<OpenNetworks>().open = open_zone();
     if (options.volume)
@@ -43,6 +43,9 @@ DesktopPlatform::DesktopPlatform(const Options& options)
         sound_requested(player, request);
     };
     device_.on_interface_rotated = [this](UIInterfaceOrientation from) { notify_rotation(*this, from); };
+    screen_.on_turned = [this](bool wide) {
+        device_.turn(wide ? UIDeviceOrientationLandscapeLeft : UIDeviceOrientationPortrait);
+    };
     // The controller's own log line contains neither the page's address nor the reason.
     fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
         emit(event::PageFailed{address, reason});
@@ -92,6 +95,14 @@ void DesktopPlatform::sound_requested(const GstPlayer& player, SoundRequest requ
         interrupted_.erase(&player);
     if (interrupted_.empty() == was_interrupted)
         audio_interrupted(was_interrupted ? AVAudioSessionInterruptionTypeEnded : AVAudioSessionInterruptionTypeBegan);
+}
+
+void DesktopPlatform::show()
+{
+    const CGSize room = screen_.room();
+    if (room != CGSize{})
+        device_.fill(room);
+    screen_.show();
 }
 
 void DesktopPlatform::leave_app()

@@ -32,6 +32,9 @@ public:
     /// Settings of the platform.
     struct Options {
         DesktopDeviceOptions device = {};
+        /// The host's window that the screen covers while it is shown; the window's size and orientation become the
+        /// device's. Null: the screen has a window of its own.
+        GtkWindow* covered = nullptr;
         /// Whether the output volume is the machine's; if false, it is that of this program's own sound streams.
         bool system_volume = false;
         /// Discards the sound. The volume is still maintained.
@@ -68,6 +71,10 @@ public:
     DesktopCalendar& calendar() override { return calendar_; }
     Screen& display() override { return screen_; }
     Translation& translation() override { return translation_; }
+
+    /// Shows the screen. A device that covers a window becomes as large as the window, and is held as it is. No ad may
+    /// be open.
+    void show();
 
     /// Notifies the kit as a separate event.
     void leave_app() override;
@@ -136,7 +143,7 @@ private:
     GdkImages images_;
     VideoCopies video_cache_;
     DesktopCalendar calendar_;
-    Screen screen_{*this};
+    Screen screen_;
 };
 
 } // namespace qoro

@@ -17,6 +17,9 @@ namespace qoro
 
 namespace
 {
+/// Shorter edge of the smallest tablet, in points.
+constexpr double TabletEdge = 600;
+
 struct Turned {
     UIDeviceOrientation clockwise;
     UIDeviceOrientation counterclockwise;
@@ -104,6 +107,17 @@ DeviceUpdate DesktopDevice::update_for(UIDeviceOrientation device_orientation) c
         // An interface orientation has the number of the device orientation in which it is upright.
         turned.status_bar_orientation = static_cast<UIInterfaceOrientation>(device_orientation);
     return turned;
+}
+
+void DesktopDevice::fill(CGSize window)
+{
+    const auto [shorter, longer] = std::minmax(window.width, window.height);
+    options_.facts.screen = CGSize{shorter, longer};
+    options_.facts.phone = shorter < TabletEdge;
+    const DeviceUpdate held =
+        update_for(window.width > window.height ? UIDeviceOrientationLandscapeLeft : UIDeviceOrientationPortrait);
+    options_.orientation = held_ = *held.orientation;
+    options_.status_bar_orientation = held.status_bar_orientation.value_or(options_.status_bar_orientation);
 }
 
 void DesktopDevice::hold(UIDeviceOrientation device_orientation)

@@ -57,9 +57,13 @@ public:
     const std::vector<std::int64_t>& autorotates() const { return options_.autorotates; }
 
     /// Called when the status bar has rotated, as an event of its own after its report: receives the
-    /// May be empty.
+    /// interface orientation before it. May be empty.
     std::function<void(UIInterfaceOrientation from)> on_interface_rotated;
 
+    /// Becomes a device whose screen fills a window, held as the window lies: a tablet if the shorter side has at least
+    /// 600 points. Nothing is reported: no ad may be open.
+    /// @param window its size in points, not empty
+    void fill(CGSize window);
     /// Holds the device in the orientation in which the viewer begins: as turn(), but no interface has rotated.
     void hold(UIDeviceOrientation device_orientation);
     /// Rotates the device: its orientation changes, then the status bar's if the host permits that interface

@@ -43,8 +43,8 @@ bool meets(const CGRect& rect, CGSize area)
 
 } // namespace
 
-LayerStack::LayerStack(Platform& platform, GtkWidget* surface, News news)
-    : platform_(platform), surface_(surface), news_(std::move(news))
+LayerStack::LayerStack(Platform& platform, GtkWidget* surface, double max_scale, News news)
+    : platform_(platform), surface_(surface), news_(std::move(news)), viewport_{.max_scale = max_scale}
 {
 }
 
@@ -177,7 +177,7 @@ void LayerStack::allocate(int width, int height)
 
 void LayerStack::unscaled(const std::function<void()>& action)
 {
-    const Viewport before = std::exchange(viewport_, {.held = viewport_.held});
+    const Viewport before = std::exchange(viewport_, Viewport{.held = viewport_.held});
     place_all();
     action();
     viewport_ = before;
@@ -192,7 +192,7 @@ void LayerStack::place_all()
 
 void LayerStack::place(const Layer& layer)
 {
-    const auto& [held, origin, scale] = viewport_;
+    const auto& [held, origin, scale, max_scale] = viewport_;
     const WidgetPlace& at = layer.place;
     const CGSize size{static_cast<double>(at.width), static_cast<double>(at.height)};
     // Only translations, scales and rotations: some of GTK's renderers cannot draw a general matrix.

@@ -54,7 +54,8 @@ public:
 
     /// @param platform its device supplies screen size and orientation
     /// @param surface parent of the widgets, which it releases when it is destroyed; must outlive the stack
-    LayerStack(Platform& platform, GtkWidget* surface, News news);
+    /// @param max_scale surface points per point of the screen at most
+    LayerStack(Platform& platform, GtkWidget* surface, double max_scale, News news);
     LayerStack(const LayerStack&) = delete;
     LayerStack& operator=(const LayerStack&) = delete;
 

@@ -11,6 +11,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
+#include <optional>
 #include <utility>
 
 namespace qoro
@@ -21,6 +23,8 @@ namespace
 
 /// Points of the monitor that are reserved for window frames and panels.
 constexpr int monitor_margin = 48;
+/// Over what a device's camera, corners and bars may cover: translucent magenta.
+constexpr GdkRGBA CoveredColor{1, 0, 1, 0.35F};
 
 std::string write_png(GdkTexture* picture, const std::string& path)
 {
@@ -34,11 +38,37 @@ std::string write_png(GdkTexture* picture, const std::string& path)
 
 } // namespace
 
-/// The open window with the parts that share it.
+/// What a covered window shows otherwise.
+class HostContent
+{
+public:
+    explicit HostContent(GtkWindow* window)
+        : content_(new_ref(gtk_window_get_child(window))), focus_(new_ref(gtk_window_get_focus(window)))
+    {
+        if (const char* title = gtk_window_get_title(window))
+            title_ = title;
+    }
+
+    void give_back(GtkWindow* window) const
+    {
+        gtk_window_set_child(window, content_.get());
+        gtk_window_set_title(window, title_ ? title_->c_str() : nullptr);
+        if (focus_ && gtk_widget_get_root(focus_.get()) == GTK_ROOT(window))
+            gtk_window_set_focus(window, focus_.get());
+    }
+
+private:
+    ObjectRef<GtkWidget> content_; // null: none
+    ObjectRef<GtkWidget> focus_;   // null: none
+    std::optional<std::string> title_;
+};
+
+/// The window of the screen with the parts that share it.
 class Screen::Window : private SurfaceOwner
 {
 public:
-    Window(Screen& screen, Platform& platform);
+    /// @param covered null: a window of its own
+    Window(Screen& screen, Platform& platform, GtkWindow* covered);
     ~Window() override;
     Window(const Window&) = delete;
     Window& operator=(const Window&) = delete;
@@ -57,16 +87,21 @@ private:
 
     int natural_width() const override;
     int natural_height() const override;
-    void allocate(int width, int height) override { layers_.allocate(width, height); }
+    void allocate(int width, int height) override;
     void draw(GtkSnapshot* snapshot) override;
     bool keeps(double x, double y) override { return input_.keeps({x, y}); }
     bool move_focus(bool forward) override { return input_.move_focus(forward); }
 
+    bool is_wide() const;
     double monitor_scale() const;
+    void mark_safe_areas(GtkSnapshot* snapshot);
+    void follow_state();
     void reserve_upload_memory();
 
     Screen& screen_;
     Platform& platform_;
+    /// Absent for a window of its own, and once a covered window has been destroyed.
+    std::optional<HostContent> covered_;
     /// A toplevel belongs to GTK. A reference would delay the destruction of a window that the viewer closes.
     GtkWindow* const window_;
     const ObjectRef<GtkWidget> surface_;
@@ -76,6 +111,8 @@ private:
     LayerStack layers_;
     ScreenInput input_;
     bool iconified_ = false;
+    /// Whether the covered window is wider than high.
+    bool wide_ = false;
     Connections connections_;
 };
 
@@ -96,22 +133,21 @@ struct Screen::Window::Signals {
             self->screen_.on_iconified(iconified);
     }
 
-    static void realized(GtkWidget* window, Window* self)
-    {
-        GdkSurface* surface = gtk_native_get_surface(GTK_NATIVE(window));
-        self->connections_.add(surface, "notify::state", state_changed, self);
-        self->reserve_upload_memory();
-    }
+    static void realized(GtkWidget*, Window* self) { self->follow_state(); }
 
-    /// The viewer has closed the window and there is no on_close.
-    static void destroyed(GtkWidget*, Window* self) { self->screen_.open_.reset(); }
+    /// The window is closed without an on_close, or a covered window by its owner.
+    static void destroyed(GtkWidget*, Window* self)
+    {
+        self->covered_.reset();
+        self->screen_.open_.reset();
+    }
 };
 
-Screen::Window::Window(Screen& screen, Platform& platform)
-    : screen_(screen), platform_(platform), window_(GTK_WINDOW(gtk_window_new())),
-      surface_(sink_ref(surface_new(*this))), help_(gtk_label_new(nullptr)),
-      pacer_(surface_.get(), [this] { update(); }),
-      layers_(platform, surface_.get(),
+Screen::Window::Window(Screen& screen, Platform& platform, GtkWindow* covered)
+    : screen_(screen), platform_(platform), covered_(covered ? std::optional<HostContent>(covered) : std::nullopt),
+      window_(covered ? covered : GTK_WINDOW(gtk_window_new())), surface_(sink_ref(surface_new(*this))),
+      help_(gtk_label_new(nullptr)), pacer_(surface_.get(), [this] { update(); }),
+      layers_(platform, surface_.get(), covered ? std::numeric_limits<double>::infinity() : 1,
               {.picture = [this] { pacer_.picture_arrived(); },
                .activated = [this](const std::shared_ptr<ViewNode>& view) { input_.activate(view); }}),
       input_(platform, window(), surface_.get(), layers_,
@@ -126,12 +162,21 @@ Screen::Window::Window(Screen& screen, Platform& platform)
     gtk_label_set_max_width_chars(GTK_LABEL(help_), 1);
     gtk_widget_set_visible(help_, FALSE);
     gtk_window_set_child(window(), column);
-    // The window has the size of the device, also after a rotation.
-    gtk_window_set_resizable(window(), FALSE);
-
-    connections_.add(window(), "close-request", Signals::close_requested, this);
-    connections_.add(window(), "realize", Signals::realized, this);
     connections_.add(window(), "destroy", Signals::destroyed, this);
+    if (covered) {
+        gtk_widget_set_hexpand(surface_.get(), TRUE);
+        gtk_widget_set_vexpand(surface_.get(), TRUE);
+        layers_.walk();
+        wide_ = is_wide();
+    } else {
+        // The window has the size of the device, also after a rotation.
+        gtk_window_set_resizable(window(), FALSE);
+        connections_.add(window(), "close-request", Signals::close_requested, this);
+    }
+    if (gtk_widget_get_realized(GTK_WIDGET(window())))
+        follow_state();
+    else
+        connections_.add(window(), "realize", Signals::realized, this);
 }
 
 Screen::Window::~Window()
@@ -139,7 +184,12 @@ Screen::Window::~Window()
     connections_.clear();
     input_.disconnect();
     surface_release(surface_.get());
-    gtk_window_destroy(window()); // no effect if the viewer has closed it
+    if (covered_) {
+        input_.leave_window();
+        covered_->give_back(window());
+    } else {
+        gtk_window_destroy(window()); // no effect if it is being destroyed
+    }
 }
 
 void Screen::Window::set_help(const std::string& line)
@@ -169,6 +219,31 @@ void Screen::Window::views_changed()
 {
     input_.views_changed();
     pacer_.schedule();
+}
+
+bool Screen::Window::is_wide() const
+{
+    const CGSize device = layers_.viewport().held.extents();
+    return device.width > device.height;
+}
+
+void Screen::Window::allocate(int width, int height)
+{
+    layers_.allocate(width, height);
+    const bool wide = width > height;
+    if (!covered_ || std::exchange(wide_, wide) == wide)
+        return;
+    // Not within GTK's layout, which a rotation would change.
+    platform_.loop().post([screen = &screen_, wide] {
+        if (screen->on_turned)
+            screen->on_turned(wide);
+    });
+}
+
+void Screen::Window::follow_state()
+{
+    connections_.add(gtk_native_get_surface(GTK_NATIVE(window())), "notify::state", Signals::state_changed, this);
+    reserve_upload_memory();
 }
 
 double Screen::Window::monitor_scale() const
@@ -206,8 +281,33 @@ void Screen::Window::reserve_upload_memory()
 
 void Screen::Window::draw(GtkSnapshot* snapshot)
 {
+    if (covered_) {
+        const GdkRGBA black{0, 0, 0, 1};
+        const graphene_rect_t whole = GRAPHENE_RECT_INIT(0, 0, static_cast<float>(gtk_widget_get_width(surface_.get())),
+                                                         static_cast<float>(gtk_widget_get_height(surface_.get())));
+        gtk_snapshot_append_color(snapshot, &black, &whole);
+    }
     layers_.draw(snapshot);
+    mark_safe_areas(snapshot);
     input_.draw_focus(snapshot);
+}
+
+void Screen::Window::mark_safe_areas(GtkSnapshot* snapshot)
+{
+    const auto [top, left, bottom, right] = is_wide() ? screen_.landscape_insets_ : screen_.portrait_insets_;
+    const Viewport& viewport = layers_.viewport();
+    const auto [width, height] = viewport.held.extents();
+    for (const CGRect& band :
+         {CGRect{0, 0, width, top}, CGRect{0, height - bottom, width, bottom},
+          CGRect{0, top, left, height - top - bottom}, CGRect{width - right, top, right, height - top - bottom}}) {
+        if (band.width <= 0 || band.height <= 0)
+            continue;
+        const CGRect place = viewport.to_surface(band);
+        const graphene_rect_t box =
+            GRAPHENE_RECT_INIT(static_cast<float>(place.x), static_cast<float>(place.y),
+                               static_cast<float>(place.width), static_cast<float>(place.height));
+        gtk_snapshot_append_color(snapshot, &CoveredColor, &box);
+    }
 }
 
 std::string Screen::Window::snapshot_png(const std::string& path)
@@ -231,14 +331,19 @@ std::string Screen::Window::snapshot_png(const std::string& path)
 
 // ---------------------------------------------------------------------------------------------------------- Screen
 
-Screen::Screen(Platform& platform) : open_(std::make_unique<Window>(*this, platform))
+Screen::Screen(Platform& platform, GtkWindow* covered)
+    : platform_(platform), covered_(covered), connections_(std::make_unique<Connections>())
 {
+    if (covered_)
+        connections_->add(
+            covered_, "destroy", +[](GtkWidget*, Screen* self) { self->covered_ = nullptr; }, this);
+    else
+        open_ = std::make_unique<Window>(*this, platform_, nullptr);
 }
 
 Screen::~Screen()
 {
-    // Null before the window is destroyed: its destruction may call needs_display().
-    open_.reset();
+    hide();
 }
 
 void Screen::set_title(const std::string& title)
@@ -253,10 +358,39 @@ void Screen::set_help(const std::string& line)
         open_->set_help(line);
 }
 
+CGSize Screen::room() const
+{
+    if (!covered_)
+        return {};
+    GtkWidget* const window = GTK_WIDGET(covered_);
+    GtkWidget* const content = gtk_window_get_child(covered_);
+    int width = gtk_widget_get_width(window);
+    // A window's own title bar is part of its height.
+    int height = content ? gtk_widget_get_height(content) : gtk_widget_get_height(window);
+    if (width <= 0 || height <= 0)
+        gtk_window_get_default_size(covered_, &width, &height);
+    return width > 0 && height > 0 ? CGSize{static_cast<double>(width), static_cast<double>(height)} : CGSize{};
+}
+
 void Screen::show()
 {
+    if (!open_ && covered_)
+        open_ = std::make_unique<Window>(*this, platform_, covered_);
     if (open_)
         open_->show();
+}
+
+void Screen::mark_safe_areas(const SafeAreaInsets& portrait, const SafeAreaInsets& landscape)
+{
+    portrait_insets_ = portrait;
+    landscape_insets_ = landscape;
+    needs_display();
+}
+
+void Screen::hide()
+{
+    // Null before the window is destroyed: its destruction may call needs_display().
+    open_.reset();
 }
 
 void Screen::needs_display()

@@ -117,12 +117,14 @@ void ScreenInput::observe_keys()
     GtkEventController* keys = gtk_event_controller_key_new();
     gtk_event_controller_set_propagation_phase(keys, GTK_PHASE_CAPTURE);
     connections_.add(keys, "key-pressed", Signals::key_pressed, this);
-    gtk_widget_add_controller(GTK_WIDGET(window_), keys);
     // Bubble phase: a page receives keys first and returns those it does not use.
     GtkEventController* keys_left_over = gtk_event_controller_key_new();
     connections_.add(keys_left_over, "key-pressed", Signals::key_left_over, this);
     connections_.add(keys_left_over, "key-released", Signals::key_released, this);
-    gtk_widget_add_controller(GTK_WIDGET(window_), keys_left_over);
+    for (GtkEventController* each : {keys, keys_left_over}) {
+        gtk_widget_add_controller(GTK_WIDGET(window_), each);
+        window_controllers_.push_back(each);
+    }
     connections_.add(window_, "notify::focus-widget", Signals::focus_moved, this);
 }
 
@@ -140,6 +142,12 @@ void ScreenInput::observe_touches()
     connections_.add(finger, "drag-end", Signals::drag_end, this);
     connections_.add(finger, "cancel", Signals::cancelled, this);
     gtk_widget_add_controller(surface_, finger);
+}
+
+void ScreenInput::leave_window()
+{
+    for (GtkEventController* each : std::exchange(window_controllers_, {}))
+        gtk_widget_remove_controller(GTK_WIDGET(window_), each);
 }
 
 // --------------------------------------------------------------------------------------------------------- Touches

@@ -6,9 +6,11 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <vector>
 
 typedef struct _GdkEvent GdkEvent;
 typedef struct _GdkSnapshot GtkSnapshot;
+typedef struct _GtkEventController GtkEventController;
 typedef struct _GtkWidget GtkWidget;
 typedef struct _GtkWindow GtkWindow;
 
@@ -31,6 +33,8 @@ public:
 
     /// Ignores all further input. To be called before the layers' widgets are released.
     void disconnect() { connections_.clear(); }
+    /// Removes its event controllers from a window that goes on without the screen.
+    void leave_window();
     /// The view tree has changed: another view may receive a touch.
     void views_changed() { hit_.reset(); }
 
@@ -86,6 +90,8 @@ private:
     Platform& platform_;
     GtkWindow* const window_;
     GtkWidget* const surface_;
+    /// Those that the window owns.
+    std::vector<GtkEventController*> window_controllers_;
     LayerStack& layers_;
     const OnKey on_key_;
 

@@ -15,12 +15,14 @@ struct Viewport {
     CGPoint origin = {};
     /// Surface points per point of the screen.
     double scale = 1;
+    /// Maximum of `scale`.
+    double max_scale = 1;
 
-    /// Centres the device in a surface of a size in surface points; scales it down if there is too little room.
+    /// Centres the device in a surface of a size in surface points, as large as fits and max_scale allows.
     void fit(int width, int height)
     {
         const CGSize device = held.extents();
-        scale = std::min({1.0, width / device.width, height / device.height});
+        scale = std::min({max_scale, width / device.width, height / device.height});
         origin = {std::floor((width - device.width * scale) / 2), std::floor((height - device.height * scale) / 2)};
     }
     /// Converts a rectangle of the held device to surface points.

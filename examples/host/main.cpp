@@ -1,5 +1,5 @@
-// An application with its own window that opens a video ad and prints how the ad ended:
-// host AD.json [--no-web-sandbox]
+// An application with a window of its own. "Show ad" opens a video ad over the window; when it has ended, the window
+// says how: host AD.json [--no-web-sandbox]
 #include <qoro/Desktop.h>
 #include <qoro/OpenedAd.h>
 #include <qoro/ServedAd.h>
@@ -9,42 +9,83 @@
 #include <cstring>
 #include <exception>
 #include <iostream>
+#include <memory>
+#include <sstream>
+#include <stdexcept>
+#include <string>
 
 namespace
 {
-void show_own_window()
-{
-    GtkWidget* window = gtk_window_new();
-    gtk_window_set_title(GTK_WINDOW(window), "The host application");
-    gtk_window_set_default_size(GTK_WINDOW(window), 320, 240);
-    gtk_window_set_child(GTK_WINDOW(window), gtk_label_new("An ad is shown beside this window."));
-    gtk_window_present(GTK_WINDOW(window));
-}
 
-void say_how_it_ended(const qoro::AdOutcome& outcome)
+std::string words_of(const qoro::AdOutcome& outcome)
 {
-    std::cout << "The ad was " << words_for(outcome.end) << " after " << outcome.lasted << " s\n";
+    std::ostringstream words;
+    words << "The ad was " << words_for(outcome.end) << " after " << outcome.lasted << " s\n";
     if (outcome.error)
-        std::cout << "  " << *outcome.error << '\n';
+        words << "  " << *outcome.error << '\n';
     for (const qoro::PlayedVideo& video : outcome.videos)
-        std::cout << "  played " << video.played << " s of " << video.duration.value_or(0)
-                  << (video.reached_end ? " s, to the end\n" : " s\n");
-    std::cout << "  clicked through " << outcome.click_throughs << " times\n";
+        words << "  played " << video.played << " s of " << video.duration.value_or(0)
+              << (video.reached_end ? " s, to the end\n" : " s\n");
+    words << "  clicked through " << outcome.click_throughs << " times\n";
+    return words.str();
 }
 
-void host(const char* ad_file, bool sandboxed)
+class Application
 {
-    qoro::Desktop desktop({.unsandboxed_pages = !sandboxed});
-    const qoro::ServedAd served(ad_file);
-    show_own_window();
-    desktop.show();
-    qoro::OpenedAd ad(desktop.platform(), served.ad(), [&desktop](const qoro::AdOutcome& outcome) {
-        say_how_it_ended(outcome);
-        desktop.quit();
-    });
-    desktop.on_close([&ad] { ad.close(qoro::ClosedBy::Viewer); });
-    desktop.run();
-}
+public:
+    Application(const char* ad_file, bool sandboxed)
+        : served_(ad_file), window_(new_window()), desktop_({.over = window_, .unsandboxed_pages = !sandboxed})
+    {
+        GtkWidget* column = gtk_box_new(GTK_ORIENTATION_VERTICAL, 12);
+        GtkWidget* button = gtk_button_new_with_label("Show ad");
+        gtk_widget_set_valign(button, GTK_ALIGN_CENTER);
+        gtk_widget_set_halign(button, GTK_ALIGN_CENTER);
+        gtk_widget_set_vexpand(button, TRUE);
+        gtk_box_append(GTK_BOX(column), button);
+        gtk_box_append(GTK_BOX(column), label_);
+        gtk_window_set_child(window_, column);
+        g_signal_connect_swapped(button, "clicked", G_CALLBACK(+[](Application* self) { self->show_ad(); }), this);
+        g_signal_connect_swapped(window_, "destroy", G_CALLBACK(+[](Application* self) { self->desktop_.quit(); }),
+                                 this);
+        gtk_window_present(window_);
+    }
+
+    void run() { desktop_.run(); }
+
+private:
+    static GtkWindow* new_window()
+    {
+        if (!gtk_init_check())
+            throw std::runtime_error("there is no display");
+        GtkWindow* window = GTK_WINDOW(gtk_window_new());
+        gtk_window_set_title(window, "The host application");
+        gtk_window_set_default_size(window, 420, 760);
+        return window;
+    }
+
+    void show_ad()
+    {
+        desktop_.show();
+        desktop_.set_title("Advertisement");
+        ad_ = std::make_unique<qoro::OpenedAd>(desktop_.platform(), served_.ad(),
+                                               [this](const qoro::AdOutcome& outcome) { ended(outcome); });
+    }
+
+    void ended(const qoro::AdOutcome& outcome)
+    {
+        ad_.reset();
+        desktop_.hide();
+        gtk_label_set_text(GTK_LABEL(label_), words_of(outcome).c_str());
+        std::cout << words_of(outcome) << std::flush;
+    }
+
+    const qoro::ServedAd served_;
+    GtkWindow* const window_;
+    GtkWidget* const label_ = gtk_label_new(nullptr);
+    qoro::Desktop desktop_;
+    std::unique_ptr<qoro::OpenedAd> ad_;
+};
+
 } // namespace
 
 int main(int count, char** words)
@@ -54,7 +95,7 @@ int main(int count, char** words)
         return 2;
     }
     try {
-        host(words[1], count < 3 || std::strcmp(words[2], "--no-web-sandbox") != 0);
+        Application(words[1], count < 3 || std::strcmp(words[2], "--no-web-sandbox") != 0).run();
     } catch (const std::exception& problem) {
         std::cerr << problem.what() << '\n';
         return 1;

@@ -6,6 +6,7 @@
 #include "desktop/web/WebSandbox.h"
 #include "platform/HostCall.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <utility>
 
@@ -25,7 +26,11 @@ DesktopPlatform::Options started(const DesktopOptions& options)
     if (options.unsandboxed_pages)
         give_up_sandbox();
     DesktopPlatform::Options platform;
+    platform.covered = options.over;
     platform.device.facts = options.device;
+    platform.device.orientation = options.orientation;
+    if (std::ranges::find(options.autorotates, options.orientation) != options.autorotates.end())
+        platform.device.status_bar_orientation = static_cast<UIInterfaceOrientation>(options.orientation);
     platform.device.autorotates = options.autorotates;
     platform.system_volume = options.system_volume;
     platform.silent = options.silent;
@@ -60,7 +65,12 @@ Platform& Desktop::platform()
 
 void Desktop::show()
 {
-    platform_->display().show();
+    platform_->show();
+}
+
+void Desktop::hide()
+{
+    platform_->display().hide();
 }
 
 void Desktop::set_title(const std::string& title)

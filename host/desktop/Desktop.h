@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+typedef struct _GtkWindow GtkWindow;
+
 namespace QORO_EXPORT qoro
 {
 
@@ -19,9 +21,15 @@ class Platform;
 
 /// Settings of a Desktop.
 struct DesktopOptions {
+    /// The application's own window, which ads cover while the desktop is shown. Its size becomes the device's, which
+    /// is a tablet if the shorter side has at least 600 points, and is in landscape if the window is wider than high.
+    /// It may be destroyed at any time. Null: the device has a window of its own.
+    GtkWindow* over = nullptr;
     /// Properties of the device that the window shows. Made-up values by default, so that trackers carry no information
     /// about this machine.
     DeviceFacts device = {};
+    /// How the device is held at first. Over an application's window, the window decides.
+    UIDeviceOrientation orientation = UIDeviceOrientationPortrait;
     /// Values of UIInterfaceOrientation to which the host application rotates automatically.
     std::vector<std::int64_t> autorotates{1, 3, 4};
     /// Whether the output volume is the machine's; if false, it is that of this program's own sound streams.
@@ -59,8 +67,8 @@ struct DesktopOptions {
     double last_requests_seconds = 2;
 };
 
-/// This machine as the platform of ads, with one window that shows the device. It belongs to the thread that created
-/// it, whose GLib main context it uses. One per program.
+/// This machine as the platform of ads, with a device that a window shows: one of its own, or the application's
+/// (DesktopOptions::over). It belongs to the thread that created it, whose GLib main context it uses. One per program.
 class Desktop
 {
 public:
@@ -75,12 +83,18 @@ public:
     /// The platform to open ads on.
     Platform& platform();
 
-    /// Opens the window.
+    /// Opens the device's window, or covers the application's: the ad takes its place, and its content is out of reach
+    /// of the pointer, the keyboard and assistive technology. A covered window may be resized: the device is scaled to
+    /// fit, and turned when the window becomes wider than high, or the reverse. No ad may be open.
     void show();
-    /// Sets the window's title.
+    /// Closes the device's window, which cannot be opened again, or gives the application's window its content, focus
+    /// and title back, until the next show(). An open ad continues out of sight; close it first.
+    void hide();
+    /// Sets the window's title; over an application's window until hide().
     void set_title(const std::string& title);
-    /// Sets the function to call when the viewer closes the window, which then stays open until the desktop is
-    /// destroyed. If empty, the window closes and cannot be opened again.
+    /// Sets the function to call when the viewer closes the device's window, which then stays open until hide() or the
+    /// destruction of the desktop. If empty, the window closes and cannot be opened again. The application closes its
+    /// own window itself.
     void on_close(std::function<void()> closed);
     /// Sets the function to call when the display is lost: its X server or Wayland compositor has ended. Without one,
     /// GTK ends the program at once.

@@ -1,4 +1,6 @@
 #include "app/PlayInput.h"
+#include "formats/DeviceModels.h"
+#include "formats/InputError.h"
 #include "tests/desktop/app/Command.h"
 
 #include <gtest/gtest.h>
@@ -99,4 +101,20 @@ TEST_F(PlayInputTest, AStorePageOnTheCommandLineOverridesTheHostFiles)
     EXPECT_EQ(read_play_input(options).host.store_page, "http://host.example/{id}");
     options.store_page = "http://line.example/{id}";
     EXPECT_EQ(read_play_input(options).host.store_page, "http://line.example/{id}");
+}
+
+TEST_F(PlayInputTest, SafeAreasAreThoseOfTheModel)
+{
+    options.device = "iphone-15";
+    options.safe_areas = true;
+
+    EXPECT_EQ(read_play_input(options).portrait_insets.top, 59);
+}
+
+TEST_F(PlayInputTest, SafeAreasNeedAModel)
+{
+    options.device = "375x812";
+    options.safe_areas = true;
+
+    EXPECT_THROW(read_play_input(options), InputError);
 }

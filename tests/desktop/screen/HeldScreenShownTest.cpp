@@ -83,5 +83,38 @@ TEST_F(HeldScreenShown, ADeviceLargerThanTheMonitorIsScaledDownAndItsSnapshotIsC
     EXPECT_EQ(picture.box_of(Red), (CGRect{1000, 1000, 400, 500}));
 }
 
+// --------------------------------------------------------------------------------------------------------- safe areas
+
+TEST_F(HeldScreenShown, SafeAreasAreMarkedOnTheUprightDevice)
+{
+    window.addSubview(colored({0, 0, 300, 400}, White));
+    screen->mark_safe_areas({.top = 20, .bottom = 10}, {.left = 30});
+    open();
+
+    const Shown picture = shown();
+
+    EXPECT_NE(picture.at(150, 19), White);
+    EXPECT_EQ(picture.at(150, 20), White);
+    EXPECT_EQ(picture.at(150, 389), White);
+    EXPECT_NE(picture.at(150, 390), White);
+    EXPECT_EQ(picture.at(0, 200), White);
+}
+
+TEST_F(HeldScreenShown, SafeAreasAreMarkedOnTheTurnedDevice)
+{
+    show_ad_turned_by(QuarterTurn);
+    screen->mark_safe_areas({.top = 20}, {.left = 30, .right = 40});
+    turn(UIDeviceOrientationLandscapeLeft);
+    open();
+
+    const Shown picture = shown();
+
+    EXPECT_EQ(picture.at(200, 0), White);
+    EXPECT_NE(picture.at(29, 150), White);
+    EXPECT_EQ(picture.at(30, 150), White);
+    EXPECT_EQ(picture.at(359, 150), White);
+    EXPECT_NE(picture.at(360, 150), White);
+}
+
 } // namespace
 } // namespace qoro::test

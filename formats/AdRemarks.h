@@ -1,0 +1,20 @@
+#pragma once
+
+#include "Base/VideoPlayer/QoroVideoAd.h"
+
+#include <string>
+#include <vector>
+
+namespace qoro
+{
+
+/// What an ad contains without effect, one line each with the file and the JSON path: unknown keys of buttons, unknown
+/// milestones, progress keys that are not whole seconds, colours that are not decimal, negative pre-pause points.
+/// @param file name for the lines
+std::vector<std::string> ad_remarks(const QoroVideoAd& ad, const std::string& file);
+
+/// The files of the ad's own folder that the ad shows but that do not exist, one line each as ad_remarks.
+/// @param folder of the ad's relative addresses
+std::vector<std::string> missing_files(const QoroVideoAd& ad, const std::string& file, const std::string& folder);
+
+} // namespace qoro
