@@ -22,6 +22,7 @@ Surroundings default_surroundings()
     surroundings.host.autorotates = {UIInterfaceOrientationPortrait, UIInterfaceOrientationLandscapeRight,
                                      UIInterfaceOrientationLandscapeLeft};
     surroundings.host.parent = true;
+    surroundings.host.root_view = surroundings.device.facts.screen;
     return surroundings;
 }
 

@@ -14,9 +14,9 @@ namespace qoro
 /// The screen of a device model.
 struct DeviceModel {
     /// As on the command line; empty for a device given by its size.
-    std::string_view name;
+    std::string_view name = {};
     /// Points, in portrait.
-    CGSize screen;
+    CGSize screen = {};
     /// Pixels per point; 0 when unknown.
     double scale = 0;
     /// Whether it is a phone rather than a tablet.

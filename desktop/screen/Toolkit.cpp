@@ -10,7 +10,7 @@
 /// Memory that desktop libraries retain until the program ends: font caches, the script engine's types, GLib's string
 /// table, which leaks its smaller predecessor whenever it grows, and what GStreamer's HTTP source leaks when a transfer
 /// is aborted.
-extern "C" const char* __lsan_default_suppressions();
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions()
 {
     return "leak:libfontconfig\n"

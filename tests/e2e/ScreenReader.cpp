@@ -13,12 +13,12 @@
 
 /// libatspi occasionally leaks a path when a control is destroyed while it is read. Only the slow unwinder attributes
 /// the leak; the programs under test are not slowed down by it.
-extern "C" const char* __lsan_default_suppressions();
+extern "C" [[gnu::visibility("default")]] const char* __lsan_default_suppressions();
 extern "C" const char* __lsan_default_suppressions()
 {
     return "leak:libatspi\n";
 }
-extern "C" const char* __asan_default_options();
+extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
 extern "C" const char* __asan_default_options()
 {
     return "fast_unwind_on_malloc=0";
