@@ -125,8 +125,8 @@ public:
     {
         ++done_;
         if (progress_)
-            progress_->set(all_ ? std::to_string(done_) + " of " + std::to_string(*all_) + " sessions simulated"
-                                : std::to_string(done_) + " sessions simulated");
+            progress_->set("sessions simulated: " + std::to_string(done_) +
+                           (all_ ? " of " + std::to_string(*all_) : ""));
     }
     /// Before a line on standard error.
     void make_way()

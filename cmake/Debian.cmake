@@ -24,22 +24,22 @@ set(more_players "gstreamer1.0-plugins-bad, gstreamer1.0-libav, gstreamer1.0-pul
 
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_NAME qoro-ad)
 set(CPACK_DEBIAN_PROGRAM_DESCRIPTION "Plays and simulates full-screen video ads
- qoro-ad plays a video ad in a window that shows a device, or simulates whole
- sessions of an ad in virtual time.")
+qoro-ad plays a video ad in a window that shows a device, or simulates whole
+sessions of an ad in virtual time.")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION}), ${players}")
 set(CPACK_DEBIAN_PROGRAM_PACKAGE_RECOMMENDS "${more_players}")
 
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_NAME ${library})
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "Full-screen video ads (libraries)
- The libraries of the controller, of the simulator and of the Linux desktop, and
- their translations.")
+The libraries of the controller, of the simulator and of the Linux desktop, and
+their translations.")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "${players}, ${more_players}")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqoro-video-ad-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_DEVELOPMENT_DESCRIPTION "Full-screen video ads (development files)
- Headers, CMake package and files for pkg-config.")
+Headers, CMake package and files for pkg-config.")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${library} (= ${PROJECT_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SHLIBDEPS OFF)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_GENERATE_SHLIBS OFF)

@@ -21,6 +21,10 @@ function(qoro_install_library component name)
         SOVERSION ${PROJECT_VERSION_MAJOR}
         LINK_DEPENDS ${PROJECT_SOURCE_DIR}/cmake/Exported.map
         LINKER_LANGUAGE CXX)
+    if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
+        # Elsewhere, one library finds the other beside it.
+        set_target_properties(${name} PROPERTIES INSTALL_RPATH $ORIGIN)
+    endif()
     target_compile_features(${name} INTERFACE cxx_std_20)
     target_include_directories(${name} INTERFACE $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
     add_library(QoroVideoAd::${component} ALIAS ${name})

@@ -6,7 +6,7 @@ cd "$(dirname "$0")/.."
 [ -f build/package/build.ninja ] || cmake --preset package
 cmake --build build/package
 rm -f build/package/*.deb
-(cd build/package && cpack -G DEB >cpack.log) || {
+(cd build/package && cpack -G DEB >cpack.log 2>&1) || {
     cat build/package/cpack.log >&2
     exit 1
 }

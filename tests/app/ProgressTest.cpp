@@ -35,7 +35,7 @@ TEST(Progress, ATerminalShowsHowManySessionsAreSimulatedAndNothingRemains)
                   "script -qefc \"'" QORO_AD "' simulate --jsonl <'$scratch/in' >'$scratch/out'\" "
                   "\"$scratch/screen\" >/dev/null &\n"
                   "exec 3>\"$scratch/in\"; cat \"$scratch/line\" >&3\n" +
-                  wait_until("grep -q '1 sessions simulated' \"$scratch/screen\"") +
+                  wait_until("grep -q 'sessions simulated: 1' \"$scratch/screen\"") +
                   "cat \"$scratch/line\" >&3; exec 3>&-; wait\n"
                   "wc -l <\"$scratch/out\"; grep -a -v '^Script' \"$scratch/screen\" | tr -d '\\r\\n'");
 
