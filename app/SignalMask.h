@@ -5,8 +5,8 @@
 namespace qoro
 {
 
-/// Blocks all signals in the calling thread. A thread that is created meanwhile inherits the mask, so that signals
-/// reach the main thread.
+/// Blocks signals in the calling thread. A thread that is created meanwhile inherits the mask, so that signals reach the
+/// main thread. Not SIGPIPE, which a thread's own writing causes.
 class SignalMask
 {
 public:
@@ -14,6 +14,7 @@ public:
     {
         sigset_t all;
         sigfillset(&all);
+        sigdelset(&all, SIGPIPE);
         pthread_sigmask(SIG_SETMASK, &all, &before_);
     }
     /// Restores the mask.

@@ -13,6 +13,7 @@ namespace
 
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 
@@ -79,7 +80,8 @@ TEST(Interruption, ASignalLeavesWholeResults)
                   "kill -TERM $!; status=0; wait $! || status=$?; exec 3>&-; cat \"$scratch/out\"; exit $status");
 
     EXPECT_EQ(result.status, 143) << "ended by the signal";
-    EXPECT_THAT(result.errors, IsEmpty());
+    // A shell may name the signal.
+    EXPECT_THAT(result.errors, Not(HasSubstr("qoro-ad")));
     const auto lines = lines_of(result.output);
     ASSERT_THAT(lines, SizeIs(2));
     for (const std::string& line : lines)

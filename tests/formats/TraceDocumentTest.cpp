@@ -91,9 +91,10 @@ TEST(TraceDocument, HasEachEventWithItsFieldsAndNoOther)
     EXPECT_THAT(rows_of_document(), testing::UnorderedElementsAreArray(rows_of_tables()));
 }
 
-TEST(TraceDocument, OnlyTheCloseOfAnAdIsNotWritten)
+TEST(TraceDocument, OnlyAFirstPictureAndTheCloseOfAnAdAreNotWritten)
 {
-    EXPECT_EQ(rows_of_tables().size(), std::variant_size_v<Event> - 1);
+    EXPECT_EQ(rows_of_tables().size(), std::variant_size_v<Event> - 2);
+    EXPECT_TRUE(event::FirstPictureShown::table.what.empty());
     EXPECT_TRUE(event::AdClosed::table.what.empty());
 }
 

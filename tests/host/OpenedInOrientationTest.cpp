@@ -34,6 +34,7 @@ std::shared_ptr<QoroVideoAd> playing_ad()
     ad->fVideoHeight = 720;
     ad->portraitModeType = VIDEO_AND_WEBVIEW;
     ad->portraitVideoPos = TOP;
+    ad->landscapeModeType = ONLY_VIDEO;
     ad->bIsAutoStart = true;
     return ad;
 }
