@@ -101,7 +101,6 @@ PlayInput read_play_input(const PlayOptions& options)
     input.ad = read_ad_file(options.ad_file);
     input.folder = std::filesystem::absolute(options.ad_file).parent_path().string();
     input.remarks = ad_remarks(*input.ad, options.ad_file);
-    input.missing_files = missing_files(*input.ad, options.ad_file, input.folder);
 
     Surroundings surroundings = default_surroundings();
     if (!options.host_file.empty())
@@ -114,6 +113,8 @@ PlayInput read_play_input(const PlayOptions& options)
     input.platform = platform_options(options, surroundings);
     input.host = surroundings.host;
     input.copies = copies_of(surroundings, options.host_file);
+    input.missing_files = missing_files(*input.ad, options.ad_file, input.folder,
+                                        [&](const std::string& address) { return input.copies.contains(address); });
     input.orientation = device_orientation(options.orientation).value_or(UIDeviceOrientationPortrait);
 
     if (options.safe_areas) {

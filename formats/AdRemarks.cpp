@@ -86,12 +86,13 @@ std::vector<std::string> ad_remarks(const QoroVideoAd& ad, const std::string& fi
     return remarks.lines;
 }
 
-std::vector<std::string> missing_files(const QoroVideoAd& ad, const std::string& file, const std::string& folder)
+std::vector<std::string> missing_files(const QoroVideoAd& ad, const std::string& file, const std::string& folder,
+                                       const std::function<bool(const std::string& address)>& provided)
 {
     Remarks remarks(file);
     visit_addresses(ad, [&](AdAddressUse use, const std::string& path, const std::string& address) {
         const AddressParts parts(address);
-        if (use != AdAddressUse::Content || !parts.names_no_server())
+        if (use != AdAddressUse::Content || !parts.names_no_server() || (provided && provided(address)))
             return;
         const std::string escaped = address.substr(0, address.find_first_of("?#"));
         const NSString decoded = stringByReplacingPercentEscapes(escaped);

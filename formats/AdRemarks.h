@@ -2,6 +2,7 @@
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@ std::vector<std::string> ad_remarks(const QoroVideoAd& ad, const std::string& fi
 
 /// The files of the ad's own folder that the ad shows but that do not exist, one line each as ad_remarks.
 /// @param folder of the ad's relative addresses
-std::vector<std::string> missing_files(const QoroVideoAd& ad, const std::string& file, const std::string& folder);
+/// @param provided whether the host has its own copy of an address; empty: it has none
+std::vector<std::string> missing_files(const QoroVideoAd& ad, const std::string& file, const std::string& folder,
+                                       const std::function<bool(const std::string& address)>& provided = {});
 
 } // namespace qoro

@@ -114,9 +114,13 @@ TEST_F(PlayTest, AFaultlessAdPlaysToItsEndAndCloses)
 
 TEST_F(PlayTest, AMissingVideoFailsAndTheAdCanBeClosed)
 {
+    status = 1;
     play("missing.mp4", page, {Failed});
     EXPECT_TRUE(says(Failed)) << trace;
     EXPECT_TRUE(was_closed()) << trace;
+    EXPECT_NE(errors.find("qoro-ad: " + folder.path("ad.json") + ": /strVideoUrl: no such file: missing.mp4\n"),
+              std::string::npos)
+        << errors;
 }
 
 TEST_F(PlayTest, AnInvalidVideoFailsAndTheAdCanBeClosed)
@@ -236,6 +240,7 @@ TEST_F(PlayTest, ATruncatedFileFailsOrEndsAndTheAdCanBeClosed)
 
 TEST_F(PlayTest, AMissingPageIsReportedAndTheVideoPlays)
 {
+    further_arguments = {"--lenient"};
     play(video, "missing.html", {"InApp failAdRequest", Ended});
     EXPECT_TRUE(says("InApp failAdRequest")) << trace;
     EXPECT_TRUE(says(Ended)) << trace;
