@@ -24,6 +24,7 @@ mirror=$(echo "$servers" | sed -n "s/ $release\$//p" | head -n 1)
 
 tools/package.sh >/dev/null
 root=$(mktemp -d)
+chmod 755 "$root"
 trap 'umount "$root/proc" 2>/dev/null || true; rm -rf --one-file-system "$root"' EXIT
 debootstrap --variant=minbase "$release" "$root" "$mirror" >"$root.log" 2>&1 || {
     tail -n 3 "$root.log"
@@ -58,7 +59,7 @@ files=$(inside dpkg -L $packages | sort -u | while read -r file; do
 done)
 
 inside qoro-ad --version | grep -q '^qoro-ad [0-9]' || fail "--version"
-inside qoro-ad simulate /packages/first-session.json --summary | grep -q video_start || fail "simulate"
+inside qoro-ad simulate /packages/first-session.json --summary | grep -q "^Summary" || fail "simulate"
 inside qoro-ad play /packages/none.json >"$root/play.log" 2>&1 && fail "play has found an ad"
 grep -q '^qoro-ad: /packages/none.json' "$root/play.log" || fail "play: $(cat "$root/play.log")"
 for file in usr/share/man/man1/qoro-ad.1 usr/share/bash-completion/completions/qoro-ad \
