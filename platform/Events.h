@@ -55,9 +55,9 @@ struct Snapshot {
              field("views", &Snapshot::views));
 };
 
-/// The platform rejected an operation.
+/// The platform rejected an operation, or a callback of the host has thrown.
 struct Faulted {
-    EventText operation; ///< Name of the rejected operation.
+    EventText operation; ///< Name of the rejected operation, or of the callback.
     EventText message;   ///< Why, one line.
 
     static constexpr auto table =
