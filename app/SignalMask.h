@@ -5,8 +5,8 @@
 namespace qoro
 {
 
-/// Blocks signals in the calling thread. A thread that is created meanwhile inherits the mask, so that signals reach the
-/// main thread. Not SIGPIPE, which a thread's own writing causes.
+/// Blocks signals in the calling thread. A thread that is created meanwhile inherits the mask, so that signals reach
+/// the main thread. Not SIGPIPE, which a thread's own writing causes.
 class SignalMask
 {
 public:

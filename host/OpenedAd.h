@@ -19,9 +19,9 @@ struct Rehearsal;
 /// An ad that a host application has opened, on any platform. Reports its end (AdEnd) to the host once. At most one at
 /// a time on a platform; the platform outlives it. Only the platform's thread may use it.
 ///
-/// A callback of the host may throw: the exception is caught where the callback was called. OnEnd is reported as a fault
-/// and as an error of the ad's log; a log or an event sink that has thrown is reported on standard error and not called
-/// again.
+/// A callback of the host may throw: the exception is caught where the callback was called. OnEnd is reported as a
+/// fault and as an error of the ad's log; a log or an event sink that has thrown is reported on standard error and not
+/// called again.
 ///
 /// While it exists, it is the platform's event sink and forwards every event to the previous one, if any. The previous
 /// sink must outlive it; the platform's sink must not be replaced meanwhile.
