@@ -24,6 +24,24 @@ const Level* level_of(std::int64_t number)
                                                                            : nullptr;
 }
 
+ZulixLogTag level_of_console(std::string_view name)
+{
+    if (name == "debug")
+        return ZulixLogTagOfDebug;
+    if (name == "warn")
+        return ZulixLogTagOfWarnning;
+    return name == "error" ? ZulixLogTagOfError : ZulixLogTagOfInfo;
+}
+
+/// "http://ad.example/page.html:12: text"
+std::string with_place(const EventText& file, const std::optional<std::int64_t>& line, std::string_view text)
+{
+    std::string words = file ? std::string(file.view()) : "page";
+    if (line)
+        words += ":" + std::to_string(*line);
+    return words.append(": ").append(text);
+}
+
 } // namespace
 
 std::string_view log_level_name(std::int64_t level)
@@ -48,6 +66,10 @@ void pass_log_line(const LogSink& sink, const Event& event)
         sink(static_cast<ZulixLogTag>(logged->level), logged->message.view());
     else if (const auto* console = std::get_if<event::ConsoleLogged>(&event))
         sink(ZulixLogTagOfInfo, console->message.view());
+    else if (const auto* line = std::get_if<event::PageConsole>(&event))
+        sink(level_of_console(line->level.view()), with_place(line->file, line->line, line->message.view()));
+    else if (const auto* error = std::get_if<event::PageError>(&event))
+        sink(ZulixLogTagOfError, with_place(error->file, error->line, error->message.view()));
 }
 
 LogSink log_writer(ZulixLogTag from, const std::string& origin, std::function<void(std::string_view)> write)

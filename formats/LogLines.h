@@ -20,7 +20,8 @@ std::string_view log_level_name(std::int64_t level);
 /// The level of a name; absent for any other text.
 std::optional<ZulixLogTag> log_level_named(std::string_view name);
 
-/// Forwards an event to a sink if it is a line of the kit's log or of the console, whose lines have the level info. An
+/// Forwards an event to a sink if it is a line of the kit's log, of the console, whose lines have the level info, or of
+/// the page: its own console has the level of its call (log counts as info, warn as warning), its errors are errors. An
 /// empty sink receives nothing.
 void pass_log_line(const LogSink& sink, const Event& event);
 

@@ -23,13 +23,14 @@ struct Concern {
 };
 
 constexpr std::array Concerns{
-    Concern{"step", "STEP"},         Concern{"js", "script"},       Concern{"return", "script"},
-    Concern{"request", "network"},   Concern{"fetch", "network"},   Concern{"page", "page"},
-    Concern{"web", "page"},          Concern{"log", "log"},         Concern{"console", "console"},
-    Concern{"notification", "host"}, Concern{"player", "player"},   Concern{"volume", "sound"},
-    Concern{"device", "device"},     Concern{"openURL", "system"},  Concern{"parent", "parent"},
-    Concern{"super", "superclass"},  Concern{"kit", "kit"},         Concern{"mraid", "mraid"},
-    Concern{"fault", "FAULT"},       Concern{"released", "memory"}, Concern{"snapshot", "SNAPSHOT"},
+    Concern{"step", "STEP"},       Concern{"js", "script"},         Concern{"return", "script"},
+    Concern{"request", "network"}, Concern{"fetch", "network"},     Concern{"page", "page"},
+    Concern{"web", "page"},        Concern{"page.console", "page"}, Concern{"page.error", "page"},
+    Concern{"log", "log"},         Concern{"console", "console"},   Concern{"notification", "host"},
+    Concern{"player", "player"},   Concern{"volume", "sound"},      Concern{"device", "device"},
+    Concern{"openURL", "system"},  Concern{"parent", "parent"},     Concern{"super", "superclass"},
+    Concern{"kit", "kit"},         Concern{"mraid", "mraid"},       Concern{"fault", "FAULT"},
+    Concern{"released", "memory"}, Concern{"snapshot", "SNAPSHOT"},
 };
 
 /// Events whose kind their fields alone don't say.

@@ -6,6 +6,7 @@
 #include "kit/Mraid.h"
 #include "kit/NetworkZone.h"
 #include "kit/NextVideoAddresses.h"
+#include "kit/PageReports.h"
 #include "kit/RefusalLog.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/ZulixOpenInAppApplicationViewController.h"
@@ -44,7 +45,8 @@ bool is_long(const Value& id)
 
 QoroPhoneGapViewController::QoroPhoneGapViewController()
     : platform_(Platform::current()), messages_(std::make_unique<MessageBudget>(MessagesAtOnce, MessagesPerSecond)),
-      refusals_(std::make_unique<RefusalLog>())
+      refusals_(std::make_unique<RefusalLog>()),
+      reports_(std::make_unique<LineLimit>(MessagesAtOnce, MessagesPerSecond))
 {
 }
 
@@ -328,6 +330,13 @@ ScriptAnswer QoroPhoneGapViewController::message(const ScriptMessage& message)
 void QoroPhoneGapViewController::refused(const std::string& what, const std::string& detail)
 {
     refusals_->report(platform_, what, detail);
+}
+
+void QoroPhoneGapViewController::reported(const PageReport& report)
+{
+    const auto times = reports_->count(platform_.loop().now(), report.times);
+    if (times)
+        emit_page_report(platform_, report, *times);
 }
 
 void QoroPhoneGapViewController::died(const std::string& reason)

@@ -3,18 +3,8 @@
 #include "platform/Platform.h"
 #include "platform/ShortText.h"
 
-#include <utility>
-
 namespace qoro
 {
-
-std::optional<std::int64_t> RefusalLog::count(double now)
-{
-    ++unreported_;
-    if (!lines_.take(now))
-        return std::nullopt;
-    return std::exchange(unreported_, 0);
-}
 
 void RefusalLog::report(Platform& platform, const std::string& kind, const std::string& detail)
 {

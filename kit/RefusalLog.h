@@ -1,6 +1,6 @@
 #pragma once
 
-#include "kit/MessageBudget.h"
+#include "kit/LineLimit.h"
 #include "platform/Export.h"
 
 #include <cstdint>
@@ -20,7 +20,7 @@ public:
     /// Counts a refusal.
     /// @param now monotonic time in seconds
     /// @return the number of refusals that a line written now covers; absent when no line is due
-    std::optional<std::int64_t> count(double now);
+    std::optional<std::int64_t> count(double now) { return lines_.count(now); }
     /// Counts a refusal of a web view and reports it if a line is due.
     /// @param kind what was refused, in one word
     void report(Platform& platform, const std::string& kind, const std::string& detail);
@@ -28,8 +28,7 @@ public:
     static std::string shortened(const std::string& detail);
 
 private:
-    MessageBudget lines_{100, 1};
-    std::int64_t unreported_ = 0;
+    LineLimit lines_{100, 1};
 };
 
 } // namespace qoro

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -75,6 +76,10 @@ inline Field::Content field_content(double number)
 inline Field::Content field_content(float number)
 {
     return number;
+}
+inline Field::Content field_content(const std::optional<std::int64_t>& number)
+{
+    return number ? Field::Content(*number) : Field::Content(nullptr);
 }
 inline Field::Content field_content(const Value* value)
 {

@@ -5,6 +5,7 @@
 #include "platform/Purposes.h"
 
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string_view>
 #include <variant>
@@ -163,6 +164,34 @@ struct PageFailed {
 
     static constexpr auto table =
         action_line("web", "failed", field("url", &PageFailed::url), field("reason", &PageFailed::reason));
+};
+
+/// The page's script wrote to its console.
+struct PageConsole {
+    EventText level;                  ///< "debug", "log", "info", "warn" or "error".
+    EventText message;                ///< The text, cut at 1000 bytes.
+    EventText file;                   ///< Address of the script, cut at 1000 bytes; null when unknown.
+    std::optional<std::int64_t> line; ///< Line of the script, from 1; null when unknown.
+    std::int64_t times;               ///< Number of lines that this event represents.
+
+    static constexpr auto table = event::line(
+        "page.console", field("level", &PageConsole::level), field("message", &PageConsole::message),
+        field("file", &PageConsole::file), field("line", &PageConsole::line), field("times", &PageConsole::times));
+};
+
+/// The page has an error.
+struct PageError {
+    EventText kind;                   ///< "exception", "rejection" or "resource".
+    EventText message;                ///< The error, or why the resource did not load; cut at 1000 bytes.
+    EventText file;                   ///< Address of the script or the resource, cut at 1000 bytes; null when unknown.
+    std::optional<std::int64_t> line; ///< Line of the script, from 1; null when unknown, and for a resource.
+    std::optional<std::int64_t> status; ///< HTTP status of the resource; null without an answer.
+    std::int64_t times;                 ///< Number of errors that this event represents.
+
+    static constexpr auto table =
+        event::line("page.error", field("kind", &PageError::kind), field("message", &PageError::message),
+                    field("file", &PageError::file), field("line", &PageError::line),
+                    field("status", &PageError::status), field("times", &PageError::times));
 };
 
 // ------------------------------------------------------------------------------------------ The page's mraid object
@@ -524,19 +553,19 @@ struct GuardUsed {
 using Event = std::variant<
     event::StepBegun, event::Returned, event::Snapshot, event::Faulted, event::Released, event::AdClosed,
     event::FirstPictureShown, event::ServerHit, event::Requested, event::Fetched, event::RequestRefused,
-    event::PageLoaded, event::ScriptEvent, event::PageRefused, event::PageDied, event::PageFailed, event::MraidLoaded,
-    event::MraidOpened, event::MraidClosed, event::MraidCustomClose, event::MraidOrientation, event::MraidCalendarEvent,
-    event::MraidRefused, event::MraidSent, event::PlayerCreated, event::PlayerStarted, event::PlayerPaused,
-    event::PlayerSought, event::PlayerDropped, event::PlayerFailed, event::VolumeSet, event::OrientationForced,
-    event::AddressOpened, event::NotificationPosted, event::Logged, event::ConsoleLogged, event::ParentClicked,
-    event::ParentClosed, event::ParentImpression, event::ProgressbarShown, event::ProgressbarStopped,
-    event::StatusbarUpdated, event::UpdateTimerStopped, event::ImpressionSent, event::MraidCloseCalled,
-    event::ScreenPresented, event::ApplicationLeft, event::ViewSizeChecked, event::InAppApplicationClosed,
-    event::CalendarEventPassed, event::AdRequestFailed, event::ExtraViewAdded, event::ExtraViewRemoved,
-    event::ApplicationScreenCreated, event::MessageSent, event::StoreOpened, event::BrowserCreated,
-    event::BrowserExpanded, event::BrowserClosed, event::StorePageCreated, event::StorePagePresented,
-    event::StorePageDismissed, event::AdFailed, event::CalendarEventAdded, event::CalendarEventRefused,
-    event::PageHandedOn, event::GuardShown, event::GuardUsed>;
+    event::PageLoaded, event::ScriptEvent, event::PageRefused, event::PageDied, event::PageFailed, event::PageConsole,
+    event::PageError, event::MraidLoaded, event::MraidOpened, event::MraidClosed, event::MraidCustomClose,
+    event::MraidOrientation, event::MraidCalendarEvent, event::MraidRefused, event::MraidSent, event::PlayerCreated,
+    event::PlayerStarted, event::PlayerPaused, event::PlayerSought, event::PlayerDropped, event::PlayerFailed,
+    event::VolumeSet, event::OrientationForced, event::AddressOpened, event::NotificationPosted, event::Logged,
+    event::ConsoleLogged, event::ParentClicked, event::ParentClosed, event::ParentImpression, event::ProgressbarShown,
+    event::ProgressbarStopped, event::StatusbarUpdated, event::UpdateTimerStopped, event::ImpressionSent,
+    event::MraidCloseCalled, event::ScreenPresented, event::ApplicationLeft, event::ViewSizeChecked,
+    event::InAppApplicationClosed, event::CalendarEventPassed, event::AdRequestFailed, event::ExtraViewAdded,
+    event::ExtraViewRemoved, event::ApplicationScreenCreated, event::MessageSent, event::StoreOpened,
+    event::BrowserCreated, event::BrowserExpanded, event::BrowserClosed, event::StorePageCreated,
+    event::StorePagePresented, event::StorePageDismissed, event::AdFailed, event::CalendarEventAdded,
+    event::CalendarEventRefused, event::PageHandedOn, event::GuardShown, event::GuardUsed>;
 
 /// Receives events.
 class EventSink

@@ -230,6 +230,31 @@ struct ScriptAnswer {
     Value value;
 };
 
+/// What a page's author wants to know: a line of its console, or an error in it. Texts are chosen by the page.
+struct PageReport {
+    /// What is reported.
+    enum class Kind : std::uint8_t {
+        Debug,     ///< console.debug().
+        Log,       ///< console.log().
+        Info,      ///< console.info().
+        Warning,   ///< console.warn().
+        Error,     ///< console.error(), or a failed console.assert().
+        Exception, ///< An exception that no script has caught.
+        Rejection, ///< A rejected promise that no script handles.
+        Resource,  ///< A resource that did not load.
+    };
+
+    Kind kind{};         ///< What is reported.
+    std::string message; ///< The console's text, the error, or why the resource did not load.
+    std::string file;    ///< Address of the script, or of the resource; empty when unknown.
+    /// Line of the script, from 1; absent when unknown, and for a resource.
+    std::optional<std::int64_t> line = {};
+    /// HTTP status of a resource; absent without an answer.
+    std::optional<std::int64_t> status = {};
+    /// Number of reports that this one represents: earlier ones may have been dropped.
+    std::int64_t times = 1;
+};
+
 /// Receives a page's events, each as an event of its own. should_start_load and message are synchronous queries.
 class WebListener
 {
@@ -258,6 +283,8 @@ public:
         static_cast<void>(what);
         static_cast<void>(detail);
     }
+    /// The page has written to its console, or has an error. The engine limits the rate.
+    virtual void reported(const PageReport& report) { static_cast<void>(report); }
     /// The page's web process ended: it crashed, was terminated for exceeding a limit, or could not start. The page no
     /// longer exists; the ad continues.
     /// @param reason one line for the trace

@@ -16,6 +16,7 @@ namespace qoro
 {
 
 class CloseGuard;
+class LineLimit;
 class MessageBudget;
 class RefusalLog;
 class Mraid;
@@ -258,6 +259,7 @@ private:
     bool should_start_load(const NSURL& address, int navigation_type) override;
     ScriptAnswer message(const ScriptMessage& message) override;
     void refused(const std::string& what, const std::string& detail) override;
+    void reported(const PageReport& report) override;
     NSString inward_address_named_by(const ScriptMessage& message) const;
     std::size_t count_of_listeners() const;
     void died(const std::string& reason) override;
@@ -280,9 +282,10 @@ private:
     CloseGuard* close_guard_ = nullptr;
     ClosedBy closer_ = ClosedBy::Viewer;
     bool has_closed_ = false;
-    /// Rate limits: of the page's messages, and of trace lines about refusals.
+    /// Rate limits: of the page's messages, of trace lines about refusals, and of the page's reports.
     std::unique_ptr<MessageBudget> messages_;
     std::unique_ptr<RefusalLog> refusals_;
+    std::unique_ptr<LineLimit> reports_;
     UIView progressbar_;
 };
 

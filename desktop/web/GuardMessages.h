@@ -16,6 +16,11 @@ inline constexpr const char* guard_refused = "refused";
 inline constexpr const char* guard_message = "message";
 inline constexpr const char* guard_answer = "answer";
 
+/// From the guard: a report of the page's script: a PageReport::Kind, message, file (empty when unknown), line (0 when
+/// unknown), and the number of reports that this one represents (yssxx).
+inline constexpr const char* guard_report = "report";
+inline constexpr const char* guard_report_format = "(yssxx)";
+
 /// From the guard when its page is created: the inode of its process's PID namespace, and the process's PID in it (tu).
 inline constexpr const char* guard_process = "process";
 

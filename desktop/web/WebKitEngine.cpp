@@ -151,8 +151,7 @@ struct WebKitEngine::Signals {
     {
         webkit_download_cancel(download);
         WebKitWebView* view = webkit_download_get_web_view(download);
-        auto* engine = view ? static_cast<WebKitEngine*>(g_object_get_data(G_OBJECT(view), engine_key)) : nullptr;
-        if (engine)
+        if (WebKitEngine* engine = view ? of(view) : nullptr)
             engine->refuse("download", webkit_uri_request_get_uri(webkit_download_get_request(download)));
     }
 
@@ -247,6 +246,8 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
     connections_.add(view_.get(), "print", Signals::refuse_print, this);
     connections_.add(view_.get(), "show-notification", Signals::refuse_notification, this);
     connections_.add(view_.get(), "context-menu", Signals::suppress, this);
+    if (kind == PageKind::Creative)
+        watch_resources();
 }
 
 WebKitEngine::~WebKitEngine()
@@ -271,6 +272,11 @@ WebKitEngine::~WebKitEngine()
             G_PRIORITY_HIGH, [](void*) -> gboolean { return G_SOURCE_REMOVE; }, object, g_object_unref);
 }
 
+WebKitEngine* WebKitEngine::of(WebKitWebView* view)
+{
+    return static_cast<WebKitEngine*>(g_object_get_data(G_OBJECT(view), engine_key));
+}
+
 /// Content is untrusted: a compromised page process can send anything.
 void WebKitEngine::guard_spoke(WebKitUserMessage* message)
 {
@@ -293,9 +299,17 @@ void WebKitEngine::guard_spoke(WebKitUserMessage* message)
         kind_ == PageKind::Creative) {
         const auto still = liveness_.pointer();
         bridge_.answer(message);
-        if (still.get() && load_.is_too_much(turn_.woke(), LoopTurn::now()))
-            webkit_web_view_terminate_web_process(view_.get());
+        if (still.get())
+            weigh_messages();
     }
+    if (g_strcmp0(name, guard_report) == 0 && content && kind_ == PageKind::Creative)
+        take_report(content);
+}
+
+void WebKitEngine::weigh_messages()
+{
+    if (load_.is_too_much(turn_.woke(), LoopTurn::now()))
+        webkit_web_view_terminate_web_process(view_.get());
 }
 
 void WebKitEngine::refuse_downloads(WebKitNetworkSession* session)

@@ -25,6 +25,7 @@ typedef struct _WebKitUserMessage WebKitUserMessage;
 typedef struct _WebKitWebContext WebKitWebContext;
 typedef struct _WebKitWebView WebKitWebView;
 struct _GError;
+struct _GVariant;
 
 namespace qoro
 {
@@ -69,9 +70,16 @@ public:
 
 private:
     struct Signals;
+    struct Resources;
     enum class News { Started, Finished, Failed };
 
+    /// The engine of a view; null once destroyed.
+    static WebKitEngine* of(WebKitWebView* view);
     void guard_spoke(WebKitUserMessage* message);
+    void take_report(_GVariant* content);
+    /// Ends the page if its messages leave the main loop no time.
+    void weigh_messages();
+    void watch_resources();
     void load_changed(int event);
     void load_failed(const _GError& error);
     void state_changed();

@@ -42,6 +42,25 @@ TEST(LogLines, AreThoseOfTheLogAndTheConsole)
     EXPECT_EQ(next.count, 3);
 }
 
+TEST(LogLines, NameThePlaceOfALineOfThePage)
+{
+    std::vector<std::string> lines;
+    const LogSink sink = [&lines](ZulixLogTag level, std::string_view message) {
+        lines.push_back(std::string(log_level_name(level)) + " " + std::string(message));
+    };
+
+    for (const char* level : {"debug", "log", "info", "warn", "error"})
+        pass_log_line(sink, event::PageConsole{level, "hello", "http://a/page.html", 12, 1});
+    pass_log_line(sink, event::PageError{"exception", "TypeError: x", nullptr, std::nullopt, std::nullopt, 1});
+    pass_log_line(sink, event::PageError{"resource", "404", "http://a/x.png", std::nullopt, 404, 1});
+
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{"debug http://a/page.html:12: hello", "info http://a/page.html:12: hello",
+                                        "info http://a/page.html:12: hello", "warning http://a/page.html:12: hello",
+                                        "error http://a/page.html:12: hello", "error page: TypeError: x",
+                                        "error http://a/x.png: 404"}));
+}
+
 TEST(LogLines, MayHaveNoSink)
 {
     Counter next;

@@ -1,6 +1,7 @@
 #include "desktop/glib/Owned.h"
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/guard/PageChannel.h"
+#include "desktop/web/guard/PageReports.h"
 #include "kit/NetworkZone.h"
 #include "platform/AddressParts.h"
 
@@ -120,8 +121,10 @@ constexpr const char* watch_scripts = R"(report => {
 void page_window_cleared(WebKitScriptWorld* world, WebKitWebPage* page, WebKitFrame* frame, void*)
 {
     const auto context = adopt(webkit_frame_get_js_context_for_script_world(frame, world));
-    if (has_bridge)
+    if (has_bridge) {
         qoro::PageChannel::of(page).give_to(context.get());
+        qoro::PageReports::of(page).observe(context.get());
+    }
     const auto report =
         adopt(jsc_value_new_function(context.get(), "report", G_CALLBACK(wanted_by_script), g_object_ref(page),
                                      g_object_unref, G_TYPE_NONE, 1, G_TYPE_STRING));
