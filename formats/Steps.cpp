@@ -88,8 +88,27 @@ What read_tap(const Reader& reader)
 
 What read_touch(const Reader& reader)
 {
+    if (reader.json().is_object() && reader.at("selector"))
+        throw InputError(reader.file(), reader.at("selector")->path(),
+                         "the page here has no elements; expected a point as \"touch\": [x, y]");
     const CGSize point = reader.size("[x, y]");
     return TouchStep{{point.width, point.height}};
+}
+
+What read_real_touch(const Reader& reader)
+{
+    const std::string expected = "[x, y] or {\"selector\": \"#id\"}";
+    if (!reader.json().is_object()) {
+        const CGSize point = reader.size(expected);
+        return TouchStep{{point.width, point.height}};
+    }
+    const auto selector = reader.with_keys({"selector"}).at("selector");
+    if (!selector)
+        reader.refuse(expected);
+    const std::string text = selector->text("a CSS selector");
+    if (text.empty())
+        selector->refuse("a CSS selector");
+    return TouchStep{{}, text};
 }
 
 /// The arguments after the name, in a list of a name and its arguments.
@@ -233,7 +252,7 @@ struct StepKind {
 constexpr std::array StepKinds{
     StepKind{"open", read_open},
     StepKind{"tap", read_tap},
-    StepKind{"touch", read_touch},
+    StepKind{"touch", read_touch, read_real_touch},
     StepKind{"script", read_script},
     StepKind{"player", read_player, refuse_player},
     StepKind{"page", read_page, refuse_page},

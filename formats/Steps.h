@@ -44,9 +44,12 @@ struct OpenStep {
 struct TapStep {
     std::string button;
 };
-/// A touch and release at a point on screen.
+/// A touch and release.
 struct TouchStep {
-    CGPoint point;
+    /// Where, in points of the screen.
+    CGPoint point = {};
+    /// CSS selector of the page's element whose centre is touched instead, where pages are real; empty for the point.
+    std::string selector = {};
 };
 /// A command of the creative's script.
 struct ScriptStep {

@@ -20,6 +20,9 @@ class HostRoot final : public UIViewController
 {
 };
 
+/// Seconds that a page has to say which element a touch hits.
+constexpr double PagePatience = 2;
+
 CGRect screen_frame()
 {
     const CGSize screen = UIScreen::mainScreenBounds().value_or(CGSize{});
@@ -41,6 +44,8 @@ Session::Session(Platform& platform, SessionControls& controls, const HostSetup&
 Session::~Session()
 {
     const PlatformScope scope(platform_);
+    if (patience_ != 0)
+        platform_.loop().stop_timer(patience_);
     guard_.reset();
     controller_.reset();
     parent_.reset();
@@ -153,7 +158,8 @@ struct Session::Performer {
             button_named(*controller, step.button).sendTouchUpInside();
     }
 
-    void operator()(const TouchStep& step) const { touch(session.platform_, step.point); }
+    /// Begins as an event of its own (begin_touch).
+    void operator()(const TouchStep&) const {}
 
     void operator()(const ScriptStep& step) const
     {
@@ -215,11 +221,63 @@ struct Session::Performer {
 
 void Session::perform(const Step& step, std::size_t n)
 {
+    if (!waiting_.empty())
+        waiting_.emplace_back(step, n);
+    else
+        begin(step, n);
+}
+
+void Session::begin(const Step& step, std::size_t n)
+{
+    if (const auto* touch = std::get_if<TouchStep>(&step.what))
+        return begin_touch(step, n, *touch);
     platform_.dispatch([&] {
         platform_.emit(event::StepBegun{static_cast<std::int64_t>(n), step.key, &step.value});
         const bool releases = std::holds_alternative<ReleaseStep>(step.what);
         std::visit(Performer{*this, releases ? nullptr : controller_}, step.what);
     });
+}
+
+void Session::begin_touch(const Step& step, std::size_t n, const TouchStep& touch)
+{
+    waiting_.emplace_front(step, n);
+    const std::uint64_t number = ++aims_;
+    const auto answered = [self = std::weak_ptr(self_), number](const TouchAim& aim) {
+        const auto session = self.lock();
+        if (session && (*session)->aims_ == number)
+            (*session)->aimed(aim);
+    };
+    platform_.dispatch([&] { aim_touch(platform_, touch, controller_, answered); });
+    if (aims_ != number)
+        return;
+    // A page that does not answer receives the touch once its script runs again.
+    patience_ = platform_.loop().start_timer(PagePatience, false, [answered, &platform = platform_, touch] {
+        const bool at_point = touch.selector.empty();
+        answered({at_point ? hit_test(platform, touch.point) : nullptr, "page"});
+    });
+}
+
+void Session::aimed(const TouchAim& aim)
+{
+    if (patience_ != 0)
+        platform_.loop().stop_timer(std::exchange(patience_, 0));
+    const auto [step, n] = std::move(waiting_.front());
+    // Until the touch has been delivered, no other step runs.
+    ++aims_;
+    platform_.dispatch([&, &step = step, n = n] {
+        const auto retained = controller_;
+        platform_.emit(
+            event::TouchBegun{static_cast<std::int64_t>(n), &step.value, aim.hit ? EventText(*aim.hit) : EventText()});
+        deliver_touch(platform_, aim);
+    });
+    waiting_.pop_front();
+    while (!waiting_.empty()) {
+        const auto [next, number] = std::move(waiting_.front());
+        waiting_.pop_front();
+        begin(next, number);
+        if (std::holds_alternative<TouchStep>(next.what))
+            return;
+    }
 }
 
 } // namespace qoro

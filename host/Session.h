@@ -5,10 +5,14 @@
 #include "formats/Steps.h"
 #include "host/HostObjects.h"
 #include "host/SessionControls.h"
+#include "host/StepTouch.h"
 #include "kit/CloseGuard.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <deque>
 #include <memory>
+#include <utility>
 
 namespace qoro
 {
@@ -26,7 +30,8 @@ public:
     Session(const Session&) = delete;
     Session& operator=(const Session&) = delete;
 
-    /// Reports a step to the event sink, then performs it, as one event.
+    /// Reports a step to the event sink, then performs it, as one event. A step that touches a page waits until the
+    /// page has said which element it hits, and later steps wait for it.
     /// @param n the step's index, from 0
     void perform(const Step& step, std::size_t n);
 
@@ -54,6 +59,9 @@ private:
 
     void make_host(const HostSetup& host);
     void make_controller(const HostSetup& host);
+    void begin(const Step& step, std::size_t n);
+    void begin_touch(const Step& step, std::size_t n, const TouchStep& touch);
+    void aimed(const TouchAim& aim);
 
     Platform& platform_;
     SessionControls& controls_;
@@ -66,6 +74,14 @@ private:
     std::shared_ptr<QoroVideoWebViewController> controller_;
     std::weak_ptr<QoroVideoWebViewController> living_;
     std::shared_ptr<CloseGuard> guard_;
+    /// Steps with their indices; the first is a touch that is being aimed, the others wait for it.
+    std::deque<std::pair<Step, std::size_t>> waiting_;
+    /// Number of touches aimed so far: an answer to an earlier one is too late.
+    std::uint64_t aims_ = 0;
+    /// Ends the wait for a page that does not answer; 0 while none is asked.
+    TimerId patience_ = 0;
+    /// For answers of pages, which may come after the session's end.
+    const std::shared_ptr<Session*> self_ = std::make_shared<Session*>(this);
 };
 
 } // namespace qoro

@@ -32,6 +32,16 @@ struct StepBegun {
         line("step", field("n", &StepBegun::n), field_named_by(&StepBegun::key, &StepBegun::value, "<key>"));
 };
 
+/// A step of a scenario begins that touches the screen.
+struct TouchBegun {
+    std::int64_t n;     ///< Index of the step, from 0.
+    const Value* touch; ///< The point, or a mapping with the selector, as the scenario gives it.
+    EventText hit;      ///< Name of the control, or "page" and the page's element; null for a touch of neither.
+
+    static constexpr auto table =
+        line("step", field("n", &TouchBegun::n), field("touch", &TouchBegun::touch), field("hit", &TouchBegun::hit));
+};
+
 /// The return value of a step's operation; not emitted for an operation without one.
 struct Returned {
     EventText command;  ///< Name of the operation or of the script's command.
@@ -551,19 +561,19 @@ struct GuardUsed {
 
 /// Everything that leaves the controller.
 using Event = std::variant<
-    event::StepBegun, event::Returned, event::Snapshot, event::Faulted, event::Released, event::AdClosed,
-    event::FirstPictureShown, event::ServerHit, event::Requested, event::Fetched, event::RequestRefused,
-    event::PageLoaded, event::ScriptEvent, event::PageRefused, event::PageDied, event::PageFailed, event::PageConsole,
-    event::PageError, event::MraidLoaded, event::MraidOpened, event::MraidClosed, event::MraidCustomClose,
-    event::MraidOrientation, event::MraidCalendarEvent, event::MraidRefused, event::MraidSent, event::PlayerCreated,
-    event::PlayerStarted, event::PlayerPaused, event::PlayerSought, event::PlayerDropped, event::PlayerFailed,
-    event::VolumeSet, event::OrientationForced, event::AddressOpened, event::NotificationPosted, event::Logged,
-    event::ConsoleLogged, event::ParentClicked, event::ParentClosed, event::ParentImpression, event::ProgressbarShown,
-    event::ProgressbarStopped, event::StatusbarUpdated, event::UpdateTimerStopped, event::ImpressionSent,
-    event::MraidCloseCalled, event::ScreenPresented, event::ApplicationLeft, event::ViewSizeChecked,
-    event::InAppApplicationClosed, event::CalendarEventPassed, event::AdRequestFailed, event::ExtraViewAdded,
-    event::ExtraViewRemoved, event::ApplicationScreenCreated, event::MessageSent, event::StoreOpened,
-    event::BrowserCreated, event::BrowserExpanded, event::BrowserClosed, event::StorePageCreated,
+    event::StepBegun, event::TouchBegun, event::Returned, event::Snapshot, event::Faulted, event::Released,
+    event::AdClosed, event::FirstPictureShown, event::ServerHit, event::Requested, event::Fetched,
+    event::RequestRefused, event::PageLoaded, event::ScriptEvent, event::PageRefused, event::PageDied,
+    event::PageFailed, event::PageConsole, event::PageError, event::MraidLoaded, event::MraidOpened, event::MraidClosed,
+    event::MraidCustomClose, event::MraidOrientation, event::MraidCalendarEvent, event::MraidRefused, event::MraidSent,
+    event::PlayerCreated, event::PlayerStarted, event::PlayerPaused, event::PlayerSought, event::PlayerDropped,
+    event::PlayerFailed, event::VolumeSet, event::OrientationForced, event::AddressOpened, event::NotificationPosted,
+    event::Logged, event::ConsoleLogged, event::ParentClicked, event::ParentClosed, event::ParentImpression,
+    event::ProgressbarShown, event::ProgressbarStopped, event::StatusbarUpdated, event::UpdateTimerStopped,
+    event::ImpressionSent, event::MraidCloseCalled, event::ScreenPresented, event::ApplicationLeft,
+    event::ViewSizeChecked, event::InAppApplicationClosed, event::CalendarEventPassed, event::AdRequestFailed,
+    event::ExtraViewAdded, event::ExtraViewRemoved, event::ApplicationScreenCreated, event::MessageSent,
+    event::StoreOpened, event::BrowserCreated, event::BrowserExpanded, event::BrowserClosed, event::StorePageCreated,
     event::StorePagePresented, event::StorePageDismissed, event::AdFailed, event::CalendarEventAdded,
     event::CalendarEventRefused, event::PageHandedOn, event::GuardShown, event::GuardUsed>;
 

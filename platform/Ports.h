@@ -314,6 +314,15 @@ struct PageState {
     bool can_go_forward = false;
 };
 
+/// What a touch of a page reaches.
+struct PageTouch {
+    /// Where the page is touched, in points of its view.
+    CGPoint point;
+    /// The element at that point: its id ("#yes"), or else its tag and first class ("a.shop"). Empty where no element
+    /// is known.
+    std::string element = {};
+};
+
 /// The role of a page in its web view.
 enum class PageKind {
     /// A creative: has access to the script library and the bridge.
@@ -356,6 +365,22 @@ public:
     /// Turns the responsiveness watch on or off; a new engine has it off. Turning it off marks an unresponsive page as
     /// responsive again.
     virtual void watch_responsiveness(bool watch) { static_cast<void>(watch); }
+    /// Finds the element that a CSS selector names, for programs that test ads, and scrolls it into view.
+    /// @param found called once, inside the call or as an event of its own: with the element's centre; absent without
+    ///        such an element. Not called once the engine is destroyed
+    virtual void find_element(const std::string& selector, std::function<void(std::optional<PageTouch>)> found)
+    {
+        static_cast<void>(selector);
+        found(std::nullopt);
+    }
+    /// Finds what a touch would reach, for programs that test ads. The element is unknown in an engine without a
+    /// document, and in a page that does not answer.
+    /// @param point in points of the view
+    /// @param found called once, as find_element() does
+    virtual void aim_touch(CGPoint point, std::function<void(PageTouch)> found) { found({point}); }
+    /// Touches the element that aim_touch() has found last: its script receives the events of a click, and its default
+    /// action runs.
+    virtual void touch_page() {}
     /// The widget that the platform's display shows; null for an engine that draws nothing.
     virtual WidgetSource* widget_source() { return nullptr; }
 };

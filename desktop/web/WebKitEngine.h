@@ -14,6 +14,7 @@
 #include <functional>
 #include <future>
 #include <memory>
+#include <optional>
 #include <string>
 
 typedef struct _WebKitNavigationAction WebKitNavigationAction;
@@ -59,6 +60,9 @@ public:
     void set_scales_page_to_fit(bool scales) override;
     double page_scale() const override;
     void watch_responsiveness(bool watch) override { pulse_.watch(watch); }
+    void find_element(const std::string& selector, std::function<void(std::optional<PageTouch>)> found) override;
+    void aim_touch(CGPoint point, std::function<void(PageTouch)> found) override;
+    void touch_page() override;
 
     /// Cancels all downloads of a session and reports each to the engine of its page as refused.
     static void refuse_downloads(WebKitNetworkSession* session);
@@ -80,6 +84,9 @@ private:
     /// Ends the page if its messages leave the main loop no time.
     void weigh_messages();
     void watch_resources();
+    /// Calls a function in a script world of the engine's own.
+    /// @param done receives the function's result, a text; null for any other result, and for a page without a process
+    void run_in_page(const char* body, _GVariant* arguments, std::function<void(const char*)> done);
     void load_changed(int event);
     void load_failed(const _GError& error);
     void state_changed();

@@ -45,7 +45,49 @@ private:
     const DemoAd demo_;
 };
 
+json line_of_console(const std::string& message)
+{
+    return {{"what", "page.console"}, {"message", message}};
+}
+
 } // namespace
+
+TEST(PlayAuthor, StepsTouchThePageAsTheViewerDoes)
+{
+    const AuthoredAd authored(
+        "<button id='yes' style='position: absolute; top: 100px; left: 40px; width: 200px; height: "
+        "60px'>Yes</button><script>\n"
+        "yes.onclick = () => mraid.open('https://shop.example/');\n"
+        "mraid.addEventListener('error', message => console.warn(message));\n"
+        "document.onclick = ({ target }) => console.log(`click ${target.id}`);\n</script>");
+    // Repeated, because a slow machine loads the page late.
+    json steps = json::array();
+    for (int second = 1; second < PlayedAd::Patience; ++second) {
+        steps.push_back({{"at", second}, {"touch", {{"selector", "#yes"}}}});
+        steps.push_back({{"touch", {187, 700}}});
+        steps.push_back({{"touch", {{"selector", "#no"}}}});
+        steps.push_back({{"tap", "btnMute"}});
+    }
+    authored.write("steps.json", steps.dump());
+    PlayedAd ad(authored.arguments({"--steps", authored.path("steps.json")}));
+
+    EXPECT_TRUE(ad.reports({{"what", "step"}, {"touch", {{"selector", "#yes"}}}, {"hit", "page #yes"}}))
+        << ad.complaints();
+    EXPECT_TRUE(ad.reports(line_of_console("click yes"))) << ad.complaints();
+    // The touch permits a click-through.
+    EXPECT_TRUE(ad.reports({{"what", "openURL"}, {"url", "https://shop.example/"}}));
+    EXPECT_TRUE(ad.reports({{"what", "step"}, {"touch", {187, 700}}, {"hit", "page html"}}));
+    EXPECT_TRUE(ad.reports({{"what", "log"}, {"level", 2}, {"message", "a step touches no element of the page: #no"}}));
+    const json missing = ad.wait_for([](const json& line) { return line["what"] == "step" && line["n"] == 2; });
+    EXPECT_TRUE(missing.contains("hit") && missing["hit"].is_null());
+    // Later steps wait for the answer of the page.
+    ASSERT_TRUE(ad.reports({{"what", "step"}, {"tap", "btnMute"}}));
+    int next = 0;
+    for (const json& line : ad.trace())
+        if (line["what"] == "step") {
+            EXPECT_EQ(line["n"], next++);
+        }
+}
 
 TEST(PlayAuthor, ThePagesConsoleAndErrorsReachTheTraceAndStandardError)
 {

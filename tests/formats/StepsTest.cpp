@@ -116,6 +116,8 @@ INSTANTIATE_TEST_SUITE_P(
         Unusable{R"({"tap": "btnMuet"})", "steps.json: /1/tap: expected the name of a button of the controller, got "
                                           "\"btnMuet\"; did you mean \"btnMute\"?"},
         Unusable{R"({"touch": [1, 2, 3]})", "steps.json: /1/touch: expected [x, y], got [1,2,3]"},
+        Unusable{R"({"touch": {"selector": "#yes"}})",
+                 "steps.json: /1/touch/selector: the page here has no elements; expected a point as \"touch\": [x, y]"},
         Unusable{R"({"script": []})", "steps.json: /1/script: expected a list of a command and its arguments, got []"},
         Unusable{R"({"script": ["setVideoplay"]})", "steps.json: /1/script/0: expected a command of the script, got "
                                                     "\"setVideoplay\"; did you mean \"setVideoPlay\"?"},
@@ -135,6 +137,43 @@ TEST(Steps, OfAPlayerAreRefusedWithAutomaticPlayers)
     EXPECT_THROW(read_steps(R"([{"player": {"state": 1}}])", "steps.json", false), InputError);
     EXPECT_NO_THROW(read_steps(R"([{"tap": "btnMute"}])", "steps.json", false));
 }
+
+Step real(const std::string& step)
+{
+    return read_steps("[" + step + "]", "steps.json", false).at(0);
+}
+
+TEST(Steps, MayNameAnElementWherePagesAreReal)
+{
+    const Step step = real(R"({"touch": {"selector": "#yes"}})");
+
+    EXPECT_EQ(std::get<TouchStep>(step.what).selector, "#yes");
+    EXPECT_EQ(step.value, Value(NSDictionary{{"selector", "#yes"}}));
+    EXPECT_EQ(std::get<TouchStep>(real(R"({"touch": [3, 4]})").what).point, (CGPoint{3, 4}));
+}
+
+struct UnusableTouch : testing::TestWithParam<Unusable> {
+};
+
+TEST_P(UnusableTouch, IsRefusedWherePagesAreReal)
+{
+    try {
+        real(GetParam().step);
+        FAIL() << "nothing was refused";
+    } catch (const InputError& error) {
+        EXPECT_STREQ(error.what(), GetParam().complaint);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , UnusableTouch,
+    testing::Values(
+        Unusable{R"({"touch": {}})", R"(steps.json: /0/touch: expected [x, y] or {"selector": "#id"}, got {})"},
+        Unusable{R"({"touch": "#yes"})", R"(steps.json: /0/touch: expected [x, y] or {"selector": "#id"}, got "#yes")"},
+        Unusable{R"({"touch": {"selector": ""}})", R"(steps.json: /0/touch/selector: expected a CSS selector, got "")"},
+        Unusable{R"({"touch": {"selector": 5}})", R"(steps.json: /0/touch/selector: expected a CSS selector, got 5)"},
+        Unusable{R"({"touch": {"select": "#yes"}})",
+                 R"(steps.json: /0/touch/select: unknown key; did you mean "selector"?)"}));
 
 } // namespace
 } // namespace qoro

@@ -134,7 +134,24 @@ TEST(SessionSteps, ATouchReachesTheViewThatAFingerWouldReach)
                                       {"at": 1, "touch": [350, 230]}, {"touch": [350, 400]})");
 
     EXPECT_EQ(of_kind(trace, "volume").back(), R"({"t":1,"what":"volume","value":0})");
-    EXPECT_EQ(trace.back(), R"({"t":1,"what":"step","n":3,"touch":[350,400]})");
+    EXPECT_EQ(trace.back(), R"({"t":1,"what":"step","n":3,"touch":[350,400],"hit":null})");
+}
+
+TEST(SessionSteps, ATouchNamesTheControlOrThePageThatItHits)
+{
+    const Lines trace = trace_of(R"({"ad": {"strVideoUrl": "http://a/clip.mp4", "strWebViewUrl": "http://a/page.html",
+        "fVideoWidth": 320, "fVideoHeight": 180, "portraitVideoPos": "TOP", "portraitModeType": "VIDEO_AND_WEBVIEW",
+        "landscapeModeType": "VIDEO_AND_WEBVIEW", "strBackgroundColor": "4279704105", "bIsAutoStart": true,
+        "iCloseBtnCountdown": 600, "iBufferingSufferTime": 600},
+        "steps": [{"open": 0}, {"at": 1.5, "touch": [187, 150]}, {"at": 10, "touch": [187, 400]},
+                  {"touch": [187, 790]}, {"touch": [900, 900]}]})");
+    const Lines steps = of_kind(trace, "step");
+
+    ASSERT_EQ(steps.size(), 5U);
+    EXPECT_EQ(steps[1], R"({"t":1.5,"what":"step","n":1,"touch":[187,150],"hit":"btnPlayAndPause"})");
+    EXPECT_EQ(steps[2], R"({"t":10,"what":"step","n":2,"touch":[187,400],"hit":"page"})");
+    EXPECT_EQ(steps[3], R"({"t":10,"what":"step","n":3,"touch":[187,790],"hit":null})");
+    EXPECT_EQ(steps[4], R"({"t":10,"what":"step","n":4,"touch":[900,900],"hit":null})");
 }
 
 TEST(SessionSteps, ACommandThatReturnsAValueIsFollowedByIt)
