@@ -1,5 +1,6 @@
 #include "app/Play.h"
 
+#include "app/FileWatch.h"
 #include "app/PlayInput.h"
 #include "app/TraceFile.h"
 #include "desktop/DesktopPlatform.h"
@@ -74,6 +75,10 @@ private:
     void receive(const Event& event) override;
 
     void connect_window();
+    void open();
+    void watch_files();
+    void served(const AdServerHit& hit);
+    void reload();
     void schedule();
     void at(double seconds, std::function<void()> event);
     bool key_pressed(unsigned keyval);
@@ -89,14 +94,18 @@ private:
     static gboolean signalled(gpointer self);
 
     const PlayOptions& options_;
-    const PlayInput input_;
+    PlayInput input_;
     const std::optional<TraceFile> trace_file_;
     DesktopPlatform platform_;
     std::optional<Trace> trace_;
-    std::optional<ServedAd> served_;
+    std::unique_ptr<ServedAd> served_;
+    /// Receives the last trackers of the ad that the present one has replaced.
+    std::unique_ptr<ServedAd> served_before_;
     /// The host chooses the store, which may be in a private network.
-    const NamedHosts store_{{store_page_of_id(input_.host.store_page).absoluteString().text()}};
+    std::optional<NamedHosts> store_;
     std::unique_ptr<OpenedAd> opened_;
+    /// Null unless the ad opens again when its files change.
+    std::unique_ptr<FileWatch> files_;
     std::array<SourceId, std::size(Signals)> signals_;
     const DisplayWatch display_watch_{[this] { display_lost(); }};
     bool is_away_ = false;
@@ -111,12 +120,8 @@ Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceF
     if (trace_file_)
         trace_.emplace(platform_.loop(), trace_file_->format(), trace_file_->sink());
     platform_.set_event_sink(this);
-    served_.emplace(input_.ad, input_.folder, [this](const AdServerHit& hit) {
-        if (hit.tracker)
-            platform_.loop().post([this, hit] { platform_.emit(event::ServerHit{hit.method, hit.target}); });
-    });
-    for (const auto& [address, path] : input_.copies)
-        platform_.add_video_copy(address_on_server(address, served_->base()), path);
+    if (options_.watch)
+        files_ = std::make_unique<FileWatch>([this] { reload(); });
     for (std::size_t n = 0; n < signals_.size(); ++n)
         signals_[n].reset(g_unix_signal_add(Signals[n], signalled, this));
 }
@@ -124,8 +129,10 @@ Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceF
 Player::~Player()
 {
     platform_.set_event_sink(nullptr);
+    files_.reset();
     opened_.reset();
     served_.reset();
+    served_before_.reset();
     platform_.loop().clear();
 }
 
@@ -140,6 +147,20 @@ int Player::run()
     connect_window();
     platform_.display().show();
     platform_.loop().restart_clock();
+    open();
+    schedule();
+    platform_.loop().run();
+    const bool trace_failed = trace_file_ && trace_file_->has_failed();
+    return has_failed_ || trace_failed ? 1 : 0;
+}
+
+void Player::open()
+{
+    served_ = std::make_unique<ServedAd>(input_.ad, input_.folder, [this](const AdServerHit& hit) { served(hit); });
+    store_.emplace(std::vector{store_page_of_id(input_.host.store_page).absoluteString().text()});
+    for (const auto& [address, path] : input_.copies)
+        platform_.add_video_copy(address_on_server(address, served_->base()), path);
+    watch_files();
     HostSetup host = input_.host;
     host.log = log_lines(options_.log);
     const auto prepared = [this] {
@@ -151,10 +172,54 @@ int Player::run()
     opened_ = std::make_unique<OpenedAd>(
         platform_, served_->ad(), [this](const AdOutcome& outcome) { ended(outcome); }, host,
         Rehearsal{input_.steps, *this, prepared});
-    schedule();
-    platform_.loop().run();
-    const bool trace_failed = trace_file_ && trace_file_->has_failed();
-    return has_failed_ || trace_failed ? 1 : 0;
+}
+
+/// The files that the options name. Those of the ad's folder are added as they are requested, so that files that this
+/// program or another writes there do not count.
+void Player::watch_files()
+{
+    if (!files_)
+        return;
+    for (const std::string& file : {options_.ad_file, options_.host_file, options_.steps_file})
+        if (!file.empty())
+            files_->add(file);
+    for (const auto& [address, path] : input_.copies)
+        files_->add(path);
+}
+
+/// On the server's thread.
+void Player::served(const AdServerHit& hit)
+{
+    if (hit.tracker) {
+        platform_.loop().post([this, hit] { platform_.emit(event::ServerHit{hit.method, hit.target}); });
+    } else if (options_.watch) {
+        const std::string path =
+            take_text(g_uri_unescape_string(hit.target.substr(0, hit.target.find('?')).c_str(), "/"));
+        platform_.loop().post([this, path] {
+            if (files_ && !path.empty())
+                files_->add(input_.folder + path);
+        });
+    }
+}
+
+/// Opens the ad again with the present content of its files. While they are faulty, the ad stays as it is.
+void Player::reload()
+{
+    if (ends_)
+        return;
+    PlayInput fresh;
+    try {
+        fresh = read_play_input(options_);
+    } catch (const InputError& error) {
+        std::cerr << "qoro-ad: " << error.what() << std::endl;
+        return;
+    }
+    opened_.reset();
+    input_ = std::move(fresh);
+    for (Step& step : input_.steps)
+        step.at += platform_.loop().now();
+    served_before_ = std::move(served_);
+    open();
 }
 
 void Player::connect_window()
@@ -253,7 +318,9 @@ void Player::ended(const AdOutcome& outcome)
 {
     if (outcome.error)
         fail("nothing was shown: " + *outcome.error);
-    end();
+    // The ad may open again.
+    if (!files_)
+        end();
 }
 
 void Player::close_ad(ClosedBy closer)

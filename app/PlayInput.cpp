@@ -64,6 +64,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
                        .status_bar_orientation = device.status_bar_orientation,
                        .status_bar_hidden = device.status_bar_hidden,
                        .autorotates = surroundings.host.autorotates};
+    platform.inspect_pages = options.inspect;
     platform.system_volume = options.system_volume;
     platform.silent = options.mute_output;
     platform.allow_private_network = options.allow_private_network;

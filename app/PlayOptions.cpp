@@ -117,6 +117,8 @@ void add_play_options(CLI::App& command, PlayOptions& options)
         ->check(seconds);
     command.add_flag("--allow-private-network", options.allow_private_network,
                      "The ad and its page reach private networks, such as a studio's own servers");
+    command.add_flag("--inspect", options.inspect, "Open the page's inspector, in a window of its own");
+    command.add_flag("--watch", options.watch, "Open the ad again whenever one of its files changes");
     command.add_option("--for", options.seconds, "Close the ad after so many seconds")
         ->type_name("SECONDS")
         ->check(seconds);

@@ -40,6 +40,10 @@ struct PlayOptions {
     /// Seconds for which the page's process may starve the video; absent for no limit.
     std::optional<double> page_processor;
     bool allow_private_network = false;
+    /// Opens the page's inspector.
+    bool inspect = false;
+    /// Opens the ad again whenever one of its files changes.
+    bool watch = false;
     /// Time after which to end, seconds; absent to wait for the ad's close.
     std::optional<double> seconds;
     std::string steps_file;

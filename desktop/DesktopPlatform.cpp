@@ -26,8 +26,9 @@ DesktopPlatform::DesktopPlatform(const Options& options)
       reach_(options.allow_private_network ? NetworkZone::Private : NetworkZone::Public),
       device_(*this, options.device),
       output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
-      volume_(output_volume_, options.volume_slider), web_engines_(*this, with_dropped_frames(options.pages)),
-      video_cache_(options.video_cache), calendar_(options.calendar), screen_(*this, options.covered)
+      volume_(output_volume_, options.volume_slider),
+      web_engines_(*this, with_dropped_frames(options.pages), options.inspect_pages), video_cache_(options.video_cache),
+      calendar_(options.calendar), screen_(*this, options.covered)
 {
     shared<OpenNetworks>().open = open_zone();
     if (options.volume)

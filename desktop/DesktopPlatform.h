@@ -53,6 +53,8 @@ public:
         VideoCache::Options video_cache = {};
         DesktopCalendar::Options calendar = {};
         PageLimits pages = {};
+        /// Whether each creative opens WebKit's inspector, in a window of its own.
+        bool inspect_pages = false;
     };
 
     explicit DesktopPlatform(const Options& options);

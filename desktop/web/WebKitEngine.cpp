@@ -509,6 +509,8 @@ void WebKitEngine::load_changed(int event)
         reach_->show(content_.get(), document_);
         if (kind_ == PageKind::Browsed)
             state_changed();
+        if (std::exchange(inspects_, false))
+            webkit_web_inspector_show(webkit_web_view_get_inspector(view_.get()));
     }
     if (event == WEBKIT_LOAD_FINISHED && loading_) {
         loading_ = false;

@@ -64,6 +64,9 @@ public:
     void aim_touch(CGPoint point, std::function<void(PageTouch)> found) override;
     void touch_page() override;
 
+    /// Opens WebKit's inspector, in a window of its own, with the first page.
+    void inspect();
+
     /// Cancels all downloads of a session and reports each to the engine of its page as refused.
     static void refuse_downloads(WebKitNetworkSession* session);
 
@@ -150,6 +153,8 @@ private:
     std::string document_;
     /// Whether a start was reported whose end is due.
     bool loading_ = false;
+    /// Whether the next page opens the inspector.
+    bool inspects_ = false;
     /// Whether the engine itself is calling WebKit (ask()).
     bool asking_ = false;
     bool scales_page_to_fit_ = false;

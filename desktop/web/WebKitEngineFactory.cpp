@@ -91,8 +91,8 @@ private:
 
 } // namespace
 
-WebKitEngineFactory::WebKitEngineFactory(Platform& platform, const PageLimits& limits)
-    : platform_(platform), limits_(limits), watch_(std::make_shared<PageWatch>(limits))
+WebKitEngineFactory::WebKitEngineFactory(Platform& platform, const PageLimits& limits, bool inspects)
+    : platform_(platform), limits_(limits), inspects_(inspects), watch_(std::make_shared<PageWatch>(limits))
 {
     // Started early: their results are needed when the first page is created.
     try_launch(WebProcess::Network, LaunchCounts);
@@ -110,8 +110,11 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     } catch (const std::runtime_error& unguarded) {
         return std::make_unique<NoPage>(platform_, listener, unguarded.what());
     }
-    return std::make_unique<WebKitEngine>(platform_, listener, kind, family.context.get(), family.session.get(),
-                                          family.reach, watch_);
+    auto engine = std::make_unique<WebKitEngine>(platform_, listener, kind, family.context.get(), family.session.get(),
+                                                 family.reach, watch_);
+    if (inspects_ && kind == PageKind::Creative)
+        engine->inspect();
+    return engine;
 }
 
 void WebKitEngineFactory::found(Family& family, PageKind kind)

@@ -26,7 +26,8 @@ inline constexpr const char* script_library_address = "kit://script.js";
 class WebKitEngineFactory : public WebEngineFactory
 {
 public:
-    explicit WebKitEngineFactory(Platform& platform, const PageLimits& limits = {});
+    /// @param inspects whether each creative opens WebKit's inspector, in a window of its own
+    explicit WebKitEngineFactory(Platform& platform, const PageLimits& limits = {}, bool inspects = false);
     ~WebKitEngineFactory() override;
     WebKitEngineFactory(const WebKitEngineFactory&) = delete;
     WebKitEngineFactory& operator=(const WebKitEngineFactory&) = delete;
@@ -52,6 +53,7 @@ private:
     std::unique_ptr<GuardFolder> guard_;
     std::shared_ptr<SocketFilter> sockets_;
     const PageLimits limits_;
+    const bool inspects_;
     const std::shared_ptr<PageWatch> watch_;
     /// For work posted to the main loop, also by the threads of the families' proxies.
     const Liveness<WebKitEngineFactory> liveness_{*this};

@@ -3,7 +3,7 @@
 
 #include <webkit/webkit.h>
 
-// What a creative reports to its author.
+// What a creative reports to its author, and the author's view into it.
 
 namespace qoro
 {
@@ -78,6 +78,15 @@ struct WebKitEngine::Resources {
         engine->platform_.dispatch([&] { engine->listener_.reported(report); });
     }
 };
+
+void WebKitEngine::inspect()
+{
+    webkit_settings_set_enable_developer_extras(webkit_web_view_get_settings(view_.get()), TRUE);
+    inspects_ = true;
+    // Attached to the view, it would leave the page less room than the ad gives it.
+    const auto stay_apart = +[](WebKitWebInspector*, WebKitEngine*) -> gboolean { return TRUE; };
+    connections_.add(webkit_web_view_get_inspector(view_.get()), "attach", stay_apart, this);
+}
 
 void WebKitEngine::watch_resources()
 {

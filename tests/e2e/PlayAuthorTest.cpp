@@ -3,11 +3,14 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
+#include <iterator>
+#include <memory>
 #include <string>
 #include <vector>
 
-// What a creative's author uses: touches of the page by steps, and the page's console. The
+// What a creative's author uses: touches of the page by steps, the page's console, its inspector, and the reload. The
 // page begins at 255 points, below the band of the video.
 
 namespace qoro::test
@@ -35,6 +38,11 @@ public:
     }
     std::string path(const std::string& name) const { return demo_.folder() + "/" + name; }
     void write(const std::string& name, const std::string& text) const { std::ofstream(path(name)) << text; }
+    std::string read(const std::string& name) const
+    {
+        std::ifstream file(path(name));
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
     std::vector<std::string> arguments(std::vector<std::string> more = {}) const
     {
         more.insert(more.end(), {"--host", path("host.json"), demo_.file()});
@@ -48,6 +56,17 @@ private:
 json line_of_console(const std::string& message)
 {
     return {{"what", "page.console"}, {"message", message}};
+}
+
+/// Number of the program's windows on the X server.
+int visible_windows()
+{
+    const std::shared_ptr<FILE> list(popen("xdotool search --onlyvisible --class '^qoro-ad$' 2>/dev/null", "r"),
+                                     pclose);
+    int lines = 0;
+    for (int c = 0; (c = std::fgetc(list.get())) != EOF;)
+        lines += c == '\n' ? 1 : 0;
+    return lines;
 }
 
 } // namespace
@@ -115,6 +134,63 @@ TEST(PlayAuthor, ThePagesConsoleAndErrorsReachTheTraceAndStandardError)
     EXPECT_TRUE(says("/page.html:4: hello {a: 1}\n")) << ad.complaints();
     EXPECT_TRUE(says("/page.html:6: ReferenceError: Can't find variable: nothingOfThisName\n")) << ad.complaints();
     EXPECT_TRUE(says("/missing.png: the server answers 404\n")) << ad.complaints();
+}
+
+TEST(PlayAuthor, TheInspectorOpensInAWindowOfItsOwn)
+{
+    const AuthoredAd authored("<script>console.log('here')</script>");
+    {
+        PlayedAd ad(authored.arguments());
+        ASSERT_TRUE(ad.reports(line_of_console("here"))) << ad.complaints();
+        ASSERT_TRUE(ad.eventually([] { return visible_windows() == 1; }));
+    }
+    PlayedAd ad(authored.arguments({"--inspect"}));
+
+    EXPECT_TRUE(ad.eventually([] { return visible_windows() == 2; })) << ad.complaints();
+    ad.terminate();
+    EXPECT_EQ(ad.exit_status(), 0);
+}
+
+TEST(PlayAuthor, AChangedFileOpensTheAdAgain)
+{
+    const AuthoredAd authored("<script src='look.js'></script>");
+    authored.write("look.js", "console.log('first')");
+    PlayedAd ad(authored.arguments({"--watch"}));
+    ASSERT_TRUE(ad.reports(line_of_console("first"))) << ad.complaints();
+
+    // A file of the page.
+    authored.write("look.js", "console.log('second')");
+    EXPECT_TRUE(ad.reports(line_of_console("second"))) << ad.complaints();
+
+    // A faulty description leaves the ad open, and is reported in one line.
+    const std::string whole = authored.read("ad.json");
+    authored.write("ad.json", whole.substr(0, whole.size() / 2));
+    EXPECT_TRUE(ad.eventually([&] { return ad.complaints().find("ad.json: ") != std::string::npos; }))
+        << ad.complaints();
+
+    // The description itself, repaired.
+    authored.write("other.html", AuthoredAd::page_of("<script>console.log('third')</script>"));
+    json repaired = json::parse(whole);
+    repaired["strWebViewUrl"] = "other.html";
+    authored.write("ad.json", repaired.dump());
+    EXPECT_TRUE(ad.reports(line_of_console("third"))) << ad.complaints();
+
+    ad.terminate();
+    EXPECT_EQ(ad.exit_status(), 0);
+}
+
+TEST(PlayAuthor, AnAdThatHasClosedOpensAgainWhenAFileChanges)
+{
+    const AuthoredAd authored("<script src='look.js'></script>");
+    authored.write("look.js", "console.log('first'); mraid.unload()");
+    PlayedAd ad(authored.arguments({"--watch"}));
+    ASSERT_TRUE(ad.reports({{"what", "mraid"}, {"do", "close"}})) << ad.complaints();
+
+    authored.write("look.js", "console.log('second')");
+
+    EXPECT_TRUE(ad.reports(line_of_console("second"))) << ad.complaints();
+    ad.press("Escape");
+    EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
 }
 
 } // namespace qoro::test
