@@ -105,7 +105,8 @@ bool HostileTest::refused(const std::string& kind, const std::string& part)
 {
     return ad_
         ->wait_for([&](const nlohmann::json& line) {
-            return line["what"] == "web" && line.value("do", "") == "refused" && line.value("kind", "") == kind &&
+            return line["what"] == "web" && line.value("do", "") == "refused" &&
+                   (kind.empty() || line.value("kind", "") == kind) &&
                    line.value("detail", "").find(part) != std::string::npos;
         })
         .is_object();

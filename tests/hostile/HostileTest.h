@@ -70,6 +70,7 @@ protected:
     /// Waits until the page reports that it has finished.
     bool page_is_done();
     /// Waits for a trace line about a rejected action of the page.
+    /// @param kind of the rejected action; empty for any
     /// @param part substring of the line's detail
     bool refused(const std::string& kind, const std::string& part = "");
     /// Whether any server but the ad's own was contacted; the message lists the addresses.
