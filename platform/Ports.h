@@ -366,8 +366,8 @@ public:
     /// responsive again.
     virtual void watch_responsiveness(bool watch) { static_cast<void>(watch); }
     /// Finds the element that a CSS selector names, for programs that test ads, and scrolls it into view.
-    /// @param found called once, inside the call or as an event of its own: with the element's centre; absent without
-    ///        such an element. Not called once the engine is destroyed
+    /// @param selector as in CSS; one that is malformed names no element
+    /// @param found called once, at once or later, unless the engine is destroyed: with its centre; absent without one
     virtual void find_element(const std::string& selector, std::function<void(std::optional<PageTouch>)> found)
     {
         static_cast<void>(selector);

@@ -134,11 +134,10 @@ TEST_F(PlayCalendar, AnInvalidEventIsAnErrorOfThePageAndWritesNoFile)
     install_calendar();
     const auto ad = play();
 
-    ad->click(280, 500);
-
     const std::string why =
         "start is \"soon\": expected a date that there is, such as 2027-03-24 or 2027-03-24T09:00-08:00";
-    EXPECT_TRUE(ad->reports({{"what", "kit"}, {"do", "calendar.refused"}, {"why", why}}));
+    const json refusal{{"what", "kit"}, {"do", "calendar.refused"}, {"why", why}};
+    EXPECT_TRUE(ad->clicks_until(280, 500, [&] { return ad->reports(refusal, 1); }));
     EXPECT_TRUE(ad->reports(
         {{"what", "mraid"}, {"command", "expand"}, {"arguments", json::array({"createCalendarEvent: " + why})}}));
     EXPECT_EQ(files_in_cache(), 0U);
@@ -149,11 +148,10 @@ TEST_F(PlayCalendar, AMachineWithoutACalendarSupportsNone)
     const auto ad = play();
     EXPECT_TRUE(ad->reports({{"what", "mraid"}, {"facts", {{"supports", {{"calendar", false}}}}}}));
 
-    ad->click(90, 500);
-
-    EXPECT_TRUE(ad->reports({{"what", "mraid"},
-                             {"command", "expand"},
-                             {"arguments", json::array({"createCalendarEvent: this device has no calendar"})}}));
+    const json refusal{{"what", "mraid"},
+                       {"command", "expand"},
+                       {"arguments", json::array({"createCalendarEvent: this device has no calendar"})}};
+    EXPECT_TRUE(ad->clicks_until(90, 500, [&] { return ad->reports(refusal, 1); }));
     EXPECT_EQ(files_in_cache(), 0U);
 }
 

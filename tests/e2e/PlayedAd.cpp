@@ -228,13 +228,14 @@ bool PlayedAd::eventually(const std::function<bool()>& holds, double seconds)
     }
 }
 
-bool PlayedAd::reports(const nlohmann::json& members)
+bool PlayedAd::reports(const nlohmann::json& members, double seconds)
 {
-    return !wait_for([&](const nlohmann::json& line) {
-                nlohmann::json merged = line;
-                merged.merge_patch(members);
-                return merged == line;
-            }).is_null();
+    const auto fits = [&](const nlohmann::json& line) {
+        nlohmann::json merged = line;
+        merged.merge_patch(members);
+        return merged == line;
+    };
+    return !wait_for(fits, seconds).is_null();
 }
 
 bool PlayedAd::hears(const std::string& event, double seconds)

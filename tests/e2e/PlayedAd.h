@@ -54,7 +54,7 @@ public:
     /// Polls until a condition holds; false on timeout, or if the program ended without it.
     bool eventually(const std::function<bool()>& holds, double seconds = Patience);
     /// Waits for a trace line with these members.
-    bool reports(const nlohmann::json& members);
+    bool reports(const nlohmann::json& members, double seconds = Patience);
     /// Waits for an event to the script.
     bool hears(const std::string& event, double seconds = Patience);
     /// Waits until the page's script has received an event.
