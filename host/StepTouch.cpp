@@ -7,7 +7,6 @@
 #include "views/ViewNode.h"
 
 #include <algorithm>
-#include <ranges>
 #include <utility>
 
 namespace qoro
@@ -29,16 +28,17 @@ std::shared_ptr<ViewNode> page_in(const std::shared_ptr<ViewNode>& view)
 {
     if (view->hidden)
         return nullptr;
-    for (const auto& subview : std::views::reverse(view->subviews))
-        if (auto page = page_in(subview))
+    for (auto subview = view->subviews.rbegin(); subview != view->subviews.rend(); ++subview)
+        if (auto page = page_in(*subview))
             return page;
     return is_page(view) ? view : nullptr;
 }
 
 std::shared_ptr<ViewNode> topmost_page(Platform& platform)
 {
-    for (const auto& window : std::views::reverse(platform.shared<WindowList>().visible_from_below()))
-        if (auto page = page_in(window))
+    const auto windows = platform.shared<WindowList>().visible_from_below();
+    for (auto window = windows.rbegin(); window != windows.rend(); ++window)
+        if (auto page = page_in(*window))
             return page;
     return nullptr;
 }
@@ -85,7 +85,7 @@ void aim_at_point(Platform& platform, CGPoint point, const Controller& controlle
 
 } // namespace
 
-void aim_touch(Platform& platform, const TouchStep& step, Controller controller, Found found)
+void aim_touch(Platform& platform, const TouchStep& step, const Controller& controller, const Found& found)
 {
     if (step.selector.empty())
         return aim_at_point(platform, step.point, controller, found);

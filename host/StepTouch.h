@@ -28,8 +28,8 @@ struct TouchAim {
 /// @param controller names the controls; may be null
 /// @param found called once: inside the call, or as an event of its own if a page must be asked for its element. The
 ///        page keeps the element until deliver_touch()
-void aim_touch(Platform& platform, const TouchStep& step, std::weak_ptr<QoroVideoWebViewController> controller,
-               std::function<void(const TouchAim&)> found);
+void aim_touch(Platform& platform, const TouchStep& step, const std::weak_ptr<QoroVideoWebViewController>& controller,
+               const std::function<void(const TouchAim&)>& found);
 
 /// Touches what aim_touch() has found: runs a control's actions; or counts as the viewer's touch of a page, and
 /// delivers it to the page's element.
