@@ -127,7 +127,7 @@ TEST_F(PlayAccessible, MuteReportsItsStateAndCanBeUsedWithoutAPointer)
 {
     const auto ad = play_demo();
     ScreenReader reader(ad->process());
-    // Until the sound server reports the volume, the ad is muted.
+    // The button is created with the picture of a muted video; the first volume change sets the right one.
     ASSERT_TRUE(ad->eventually([&] {
         const auto before = reader.find("push button", "Mute");
         return before && !before->pressed;

@@ -1,8 +1,8 @@
 #include "host/AdObserver.h"
 
-#include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "host/OpenedAd.h"
 #include "simulator/SimulatedPlatform.h"
+#include "tests/host/PlayingAd.h"
 
 #include <gmock/gmock.h>
 
@@ -53,12 +53,6 @@ protected:
     AdObserverTest()
     {
         world.video.duration = 10;
-        ad->strVideoUrl = "http://ad/v.mp4";
-        ad->fVideoWidth = 1280;
-        ad->fVideoHeight = 720;
-        ad->portraitModeType = VIDEO_AND_WEBVIEW;
-        ad->portraitVideoPos = TOP;
-        ad->bIsAutoStart = true;
         host.observer = &notes;
     }
 
@@ -68,22 +62,10 @@ protected:
         opened.emplace(
             *platform, ad, [this](const AdOutcome& ended) { outcome = ended; }, host);
     }
-    std::shared_ptr<QoroVideoWebViewController> controller()
-    {
-        const PlatformScope scope(*platform);
-        for (const UIWindow& window : UIApplication::sharedApplication().windows())
-            if (auto found = std::dynamic_pointer_cast<QoroVideoWebViewController>(window.rootViewController()))
-                return found;
-        return nullptr;
-    }
-    void tap(UIButton QoroVideoWebViewController::*button)
-    {
-        const auto held = controller();
-        platform->dispatch([&] { UIButton((*held).*button).sendTouchUpInside(); });
-    }
+    void tap(UIButton QoroVideoWebViewController::*button) { tap_on(*platform, button); }
 
     World world;
-    std::shared_ptr<QoroVideoAd> ad = std::make_shared<QoroVideoAd>();
+    std::shared_ptr<QoroVideoAd> ad = playing_ad();
     HostSetup host;
     Notes notes;
     std::optional<SimulatedPlatform> platform;

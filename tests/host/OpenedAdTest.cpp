@@ -1,7 +1,7 @@
 #include "host/OpenedAd.h"
 
-#include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "simulator/SimulatedPlatform.h"
+#include "tests/host/PlayingAd.h"
 
 #include <gmock/gmock.h>
 
@@ -17,19 +17,6 @@ namespace
 {
 
 using testing::SizeIs;
-
-/// The video lasts ten seconds and plays from 0.3 s on; the page is irrelevant.
-std::shared_ptr<QoroVideoAd> playing_ad()
-{
-    auto ad = std::make_shared<QoroVideoAd>();
-    ad->strVideoUrl = "http://ad/v.mp4";
-    ad->fVideoWidth = 1280;
-    ad->fVideoHeight = 720;
-    ad->portraitModeType = VIDEO_AND_WEBVIEW;
-    ad->portraitVideoPos = TOP;
-    ad->bIsAutoStart = true;
-    return ad;
-}
 
 World ten_second_world()
 {
@@ -49,20 +36,8 @@ protected:
                                             [this](const AdOutcome& outcome) { outcomes.push_back(outcome); });
     }
     void let_pass(double seconds) { platform->run_until(platform->loop().now() + seconds); }
-    /// The controller, which the ad's window retains.
-    std::shared_ptr<QoroVideoWebViewController> controller()
-    {
-        const PlatformScope scope(*platform);
-        for (const UIWindow& window : UIApplication::sharedApplication().windows())
-            if (auto found = std::dynamic_pointer_cast<QoroVideoWebViewController>(window.rootViewController()))
-                return found;
-        return nullptr;
-    }
-    void tap(UIButton QoroVideoWebViewController::*button)
-    {
-        const auto held = controller();
-        platform->dispatch([&] { UIButton((*held).*button).sendTouchUpInside(); });
-    }
+    std::shared_ptr<QoroVideoWebViewController> controller() { return open_controller(*platform); }
+    void tap(UIButton QoroVideoWebViewController::*button) { tap_on(*platform, button); }
     void script_says(const std::string& command, const NSArray& arguments = {})
     {
         const auto held = controller();

@@ -1,7 +1,7 @@
 #include "host/OpenedAd.h"
 
-#include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "simulator/SimulatedPlatform.h"
+#include "tests/host/PlayingAd.h"
 #include "views/ViewNode.h"
 
 #include <gmock/gmock.h>
@@ -26,16 +26,10 @@ void PrintTo(const Held& held, std::ostream* out)
     *out << held.name;
 }
 
-std::shared_ptr<QoroVideoAd> playing_ad()
+std::shared_ptr<QoroVideoAd> ad_for_both()
 {
-    auto ad = std::make_shared<QoroVideoAd>();
-    ad->strVideoUrl = "http://ad/v.mp4";
-    ad->fVideoWidth = 1280;
-    ad->fVideoHeight = 720;
-    ad->portraitModeType = VIDEO_AND_WEBVIEW;
-    ad->portraitVideoPos = TOP;
+    auto ad = playing_ad();
     ad->landscapeModeType = ONLY_VIDEO;
-    ad->bIsAutoStart = true;
     return ad;
 }
 
@@ -52,17 +46,10 @@ World world_of(const Held& held)
 class OpenedInOrientation : public testing::TestWithParam<Held>
 {
 protected:
-    std::shared_ptr<QoroVideoWebViewController> controller()
-    {
-        const PlatformScope scope(platform);
-        for (const UIWindow& window : UIApplication::sharedApplication().windows())
-            if (auto found = std::dynamic_pointer_cast<QoroVideoWebViewController>(window.rootViewController()))
-                return found;
-        return nullptr;
-    }
+    std::shared_ptr<QoroVideoWebViewController> controller() { return open_controller(platform); }
 
     SimulatedPlatform platform{world_of(GetParam())};
-    OpenedAd ad{platform, playing_ad(), nullptr};
+    OpenedAd ad{platform, ad_for_both(), nullptr};
 };
 
 TEST_P(OpenedInOrientation, TheDeviceStaysAsItIsHeld)
