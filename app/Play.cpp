@@ -207,15 +207,15 @@ void Player::reload()
 {
     if (ends_)
         return;
-    PlayInput fresh;
+    std::unique_ptr<PlayInput> fresh;
     try {
-        fresh = read_play_input(options_);
+        fresh = std::make_unique<PlayInput>(read_play_input(options_));
     } catch (const InputError& error) {
         std::cerr << "qoro-ad: " << error.what() << std::endl;
         return;
     }
     opened_.reset();
-    input_ = std::move(fresh);
+    input_ = std::move(*fresh);
     for (Step& step : input_.steps)
         step.at += platform_.loop().now();
     served_before_ = std::move(served_);
