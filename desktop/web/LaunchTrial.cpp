@@ -18,6 +18,7 @@
 #include <sys/socket.h>
 #include <sys/wait.h>
 #include <system_error>
+#include <thread>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -28,9 +29,11 @@ namespace qoro
 namespace
 {
 
-using Clock = std::chrono::steady_clock;
+using Clock = LaunchTrial::Clock;
 
 constexpr auto Patience = std::chrono::seconds(10);
+/// For what Patience does not bound: creating the process, and its exit.
+constexpr auto Grace = std::chrono::seconds(2);
 /// The last WebKit (2.x) whose processes are known to expect their sockets as this file passes them. A process of a
 /// later version that exits without a message may merely expect them differently.
 constexpr unsigned LastKnownMinor = 52;
@@ -113,12 +116,15 @@ public:
         words.push_back(nullptr);
         const std::array<int, 2> sources{theirs[0].get(), theirs[1].get()};
         const std::array<int, 2> targets{3, 4};
+        // Descriptors that stay open: GLib uses posix_spawn then, which copies no memory and cannot be caught by a
+        // lock that another thread holds, as a fork can.
         Error error;
-        g_spawn_async_with_pipes_and_fds(
-            nullptr, words.data(), nullptr,
-            static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD | G_SPAWN_STDOUT_TO_DEV_NULL),
-            nullptr, nullptr, -1, -1, theirs[2].get(), sources.data(), targets.data(), sources.size(), &process_,
-            nullptr, nullptr, nullptr, error.out());
+        g_spawn_async_with_pipes_and_fds(nullptr, words.data(), nullptr,
+                                         static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_DO_NOT_REAP_CHILD |
+                                                                  G_SPAWN_STDOUT_TO_DEV_NULL |
+                                                                  G_SPAWN_LEAVE_DESCRIPTORS_OPEN),
+                                         nullptr, nullptr, -1, -1, theirs[2].get(), sources.data(), targets.data(),
+                                         sources.size(), &process_, nullptr, nullptr, nullptr, error.out());
         if (error)
             reason_ = error.message();
     }
@@ -211,29 +217,45 @@ std::string run_trial(WebProcess process)
 
 } // namespace
 
-std::shared_future<std::string> try_launch(WebProcess process, double max_age)
+bool LaunchTrial::is_over() const
 {
-    struct Trial {
-        std::shared_future<std::string> result;
-        Clock::time_point began;
-    };
+    return result_.wait_for(std::chrono::seconds(0)) == std::future_status::ready || Clock::now() >= deadline();
+}
+
+std::string LaunchTrial::outcome() const
+{
+    return result_.wait_until(deadline()) == std::future_status::ready ? result_.get() : "";
+}
+
+bool LaunchTrial::succeeded_within(double max_age) const
+{
+    return outcome().empty() && Clock::now() - began_ <= std::chrono::duration<double>(max_age);
+}
+
+LaunchTrial::Clock::time_point LaunchTrial::deadline() const
+{
+    return began_ + Patience + Grace;
+}
+
+LaunchTrial try_launch(WebProcess process, double max_age)
+{
     static std::mutex mutex;
-    static std::map<WebProcess, Trial> trials;
+    static std::map<WebProcess, LaunchTrial> trials;
     const std::scoped_lock lock(mutex);
-    Trial& latest = trials[process];
-    const bool known = latest.result.valid() && is_known(latest.result);
-    const bool counts =
-        known && latest.result.get().empty() && Clock::now() - latest.began <= std::chrono::duration<double>(max_age);
-    if (latest.result.valid() && (!known || counts))
-        return latest.result;
+    LaunchTrial& latest = trials[process];
+    if (latest.began() && (!latest.is_over() || latest.succeeded_within(max_age)))
+        return latest;
+    // Detached: a trial that never ends must not keep the program from ending.
+    std::packaged_task<std::string()> trial([process] { return run_trial(process); });
+    latest = {trial.get_future().share(), LaunchTrial::Clock::now()};
     try {
-        latest = {std::async(std::launch::async, run_trial, process).share(), Clock::now()};
+        std::thread(std::move(trial)).detach();
     } catch (const std::system_error& no_thread) {
         std::promise<std::string> refused;
         refused.set_value(no_thread.what());
-        latest = {refused.get_future().share(), Clock::now()};
+        latest = {refused.get_future().share(), LaunchTrial::Clock::now()};
     }
-    return latest.result;
+    return latest;
 }
 
 } // namespace qoro

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <future>
 #include <string>
+#include <utility>
 
 namespace qoro
 {
@@ -10,23 +11,44 @@ namespace qoro
 /// Kinds of processes that the web engine starts: one for network requests, and one per page.
 enum class WebProcess { Network, Page };
 
-/// Tests in the background whether a process of the web engine can currently start on this machine. The process is run
-/// as WebKit runs it, in the sandbox unless that is disabled, until it reports that it is running, and is then killed.
-/// Without this test, WebKit would terminate the whole program if the process did not start.
+/// A test, in the background, of whether a process of the web engine can start on this machine. Any thread may use it.
+class LaunchTrial
+{
+public:
+    using Clock = std::chrono::steady_clock;
+
+    LaunchTrial() = default;
+    LaunchTrial(std::shared_future<std::string> result, Clock::time_point began)
+        : result_(std::move(result)), began_(began)
+    {
+    }
+
+    bool began() const { return result_.valid(); }
+    /// Whether outcome() does not block: the trial has ended, or has taken so long that nobody waits for it any more.
+    bool is_over() const;
+    /// Waits until the trial is over.
+    /// @return one line that says what does not start, and why; empty if it starts, or if that cannot be determined. A
+    ///         process that takes longer than ten seconds counts as started.
+    std::string outcome() const;
+    /// Whether the process started, at most max_age seconds ago.
+    bool succeeded_within(double max_age) const;
+
+private:
+    Clock::time_point deadline() const;
+
+    std::shared_future<std::string> result_;
+    Clock::time_point began_;
+};
+
+/// Begins a trial. The process is run as WebKit runs it, in the sandbox unless that is disabled, until it reports that
+/// it is running, and is then killed. Without this test, WebKit would terminate the whole program if the process did
+/// not start.
 ///
 /// Any thread may call this. Only one trial of a kind runs at a time; calls in the meantime share its result.
 /// @param max_age seconds for which the result of an earlier successful trial is reused
-/// @return one line that says what does not start, and why; empty if it starts, or if that cannot be determined. A
-///         process that takes longer than ten seconds counts as started.
-std::shared_future<std::string> try_launch(WebProcess process, double max_age);
+LaunchTrial try_launch(WebProcess process, double max_age);
 
 /// The max_age of an ordinary launch, in seconds.
 inline constexpr double LaunchCounts = 60;
-
-/// Whether a trial's result is available without blocking.
-inline bool is_known(const std::shared_future<std::string>& trial)
-{
-    return trial.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
-}
 
 } // namespace qoro

@@ -2,7 +2,6 @@
 
 #include "desktop/glib/AsyncResult.h"
 #include "desktop/web/GuardMessages.h"
-#include "desktop/web/LaunchTrial.h"
 #include "desktop/web/PageReach.h"
 
 #include <webkit/webkit.h>
@@ -410,10 +409,10 @@ void WebKitEngine::begin_load(std::function<void()> load)
         return ask(load);
     trial_ = try_launch(WebProcess::Page, lost_process_ ? 0 : LaunchCounts);
     waiting_load_ = std::move(load);
-    if (is_known(trial_) && trial_.get().empty())
+    if (trial_.is_over() && trial_.outcome().empty())
         return end_wait();
     waiting_ = platform_.loop().start_timer(LaunchPoll, true, [this] {
-        if (is_known(trial_))
+        if (trial_.is_over())
             end_wait();
     });
 }
@@ -422,7 +421,7 @@ void WebKitEngine::end_wait()
 {
     const std::function<void()> load = std::move(waiting_load_);
     forget_load();
-    const std::string& reason = trial_.get();
+    const std::string reason = trial_.outcome();
     if (reason.empty()) {
         has_process_ = true;
         return ask(load);

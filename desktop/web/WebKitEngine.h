@@ -3,6 +3,7 @@
 #include "desktop/glib/Liveness.h"
 #include "desktop/glib/Owned.h"
 #include "desktop/screen/WidgetSource.h"
+#include "desktop/web/LaunchTrial.h"
 #include "desktop/web/LoopTurn.h"
 #include "desktop/web/PageBridge.h"
 #include "desktop/web/PagePulse.h"
@@ -12,7 +13,6 @@
 #include "platform/Platform.h"
 
 #include <functional>
-#include <future>
 #include <memory>
 #include <optional>
 #include <string>
@@ -136,7 +136,7 @@ private:
     /// The load that waits for a trial, and the timer that polls the trial; null and 0 if there is none.
     std::function<void()> waiting_load_;
     TimerId waiting_ = 0;
-    std::shared_future<std::string> trial_;
+    LaunchTrial trial_;
     bool has_page_ = false;
     /// Whether any content of a page has arrived.
     bool has_content_ = false;

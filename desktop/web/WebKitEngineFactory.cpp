@@ -123,7 +123,7 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
         throw std::runtime_error("pages can't be locked away: the folder " + std::string(g_get_user_runtime_dir()) +
                                  " is full");
     // The session below starts the network process.
-    if (const std::string reason = try_launch(WebProcess::Network, LaunchCounts).get(); !reason.empty())
+    if (const std::string reason = try_launch(WebProcess::Network, LaunchCounts).outcome(); !reason.empty())
         throw std::runtime_error("pages can't be shown here: " + reason);
     if (!guard_) {
         guard_ = std::make_unique<GuardFolder>();

@@ -90,9 +90,8 @@ TEST(PlayAuthor, StepsTouchThePageAsTheViewerDoes)
     authored.write("steps.json", steps.dump());
     PlayedAd ad(authored.arguments({"--steps", authored.path("steps.json")}));
 
-    EXPECT_TRUE(ad.reports({{"what", "step"}, {"touch", {{"selector", "#yes"}}}, {"hit", "page #yes"}}))
-        << ad.complaints();
-    EXPECT_TRUE(ad.reports(line_of_console("click yes"))) << ad.complaints();
+    EXPECT_TRUE(ad.reports({{"what", "step"}, {"touch", {{"selector", "#yes"}}}, {"hit", "page #yes"}}));
+    EXPECT_TRUE(ad.reports(line_of_console("click yes")));
     // The touch permits a click-through.
     EXPECT_TRUE(ad.reports({{"what", "openURL"}, {"url", "https://shop.example/"}}));
     EXPECT_TRUE(ad.reports({{"what", "step"}, {"touch", {187, 700}}, {"hit", "page html"}}));

@@ -2,12 +2,15 @@
 
 #include "Places.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
 #include <set>
 #include <sstream>
 #include <stdexcept>
@@ -35,6 +38,14 @@ std::string words_of(const std::string& path)
     std::ostringstream text;
     text << file.rdbuf();
     return text.str();
+}
+
+std::string first_lines(const std::string& text, int count)
+{
+    std::size_t end = 0;
+    while (count-- > 0 && end < text.size())
+        end = std::min(text.find('\n', end), text.size() - 1) + 1;
+    return text.substr(0, end);
 }
 
 struct Process {
@@ -148,6 +159,10 @@ PlayedAd::~PlayedAd()
         kill(-process_, SIGKILL);
         waitpid(process_, nullptr, 0);
     }
+    if (testing::Test::HasFailure())
+        std::cerr << "Standard error begins:\n"
+                  << first_lines(complaints(), 20) << "The trace begins:\n"
+                  << first_lines(words_of(folder_ + "/trace.jsonl"), 80);
     std::filesystem::remove_all(folder_);
 }
 
