@@ -1,0 +1,212 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+// A VAST document as data (IAB Tech Lab, Digital Video Ad Serving Template 2.0 to 4.3), read but not interpreted. Texts
+// have no surrounding blanks; addresses keep their macros. Times are seconds.
+
+namespace qoro::vast
+{
+
+/// Something of a document that has no effect.
+struct Ignored {
+    /// Name of the element or attribute.
+    std::string element;
+    /// Why, one line.
+    std::string why;
+    /// XPath of the element.
+    std::string path;
+    friend bool operator==(const Ignored&, const Ignored&) = default;
+};
+
+/// A position in the video (VAST 4.3, sections 3.8.1 and 3.14.2): a time, or a part of the duration.
+struct Offset {
+    /// Seconds, or percent.
+    double value = 0;
+    bool percent = false;
+    /// @param duration of the video in seconds; absent while it is unknown
+    /// @return seconds; absent for a part of an unknown duration
+    std::optional<double> seconds(const std::optional<double>& duration) const;
+    friend bool operator==(const Offset&, const Offset&) = default;
+};
+
+/// An address that is requested when an event occurs.
+struct Tracker {
+    /// Name of the event, as the document gives it.
+    std::string event;
+    /// May be empty: the element names the event, and no address.
+    std::string address;
+    /// Of a progress event only.
+    std::optional<Offset> offset = {};
+};
+
+/// A file of the video.
+struct MediaFile {
+    std::string address;
+    /// MIME type; empty when absent, as all texts here.
+    std::string type;
+    std::string delivery;
+    std::string codec;
+    std::string api_framework;
+    /// Pixels.
+    /// @{
+    std::optional<int> width = {};
+    std::optional<int> height = {};
+    /// @}
+    /// Kilobits a second; of a range, the upper end.
+    std::optional<int> bitrate = {};
+    /// XPath of the element.
+    std::string path;
+};
+
+/// What a companion or an icon shows.
+struct Resource {
+    enum class Kind {
+        /// The address of a picture.
+        Static,
+        /// A piece of HTML.
+        Html,
+        /// The address of a page.
+        Frame,
+    };
+    Kind kind = Kind::Static;
+    /// The address, or the HTML.
+    std::string text;
+    /// MIME type of a static resource; empty when absent.
+    std::string type = {};
+};
+
+/// A picture or page beside the video (VAST 4.3, section 3.16).
+struct Companion {
+    std::string id;
+    /// Pixels.
+    /// @{
+    std::optional<double> width = {};
+    std::optional<double> height = {};
+    /// @}
+    /// Of the CompanionAds around it: "all", "any", "none", or absent.
+    std::optional<std::string> required = {};
+    std::vector<Resource> resources = {};
+    std::string alternative_text = {};
+    /// Empty without one.
+    std::string click_through = {};
+    std::vector<std::string> click_tracking = {};
+    std::vector<std::string> creative_view = {};
+    /// XPath of the element.
+    std::string path;
+};
+
+/// A picture over the video that explains the ad, such as AdChoices (VAST 4.3, section 3.15).
+struct Icon {
+    /// Name of the industry program; empty when absent.
+    std::string program;
+    /// Pixels.
+    /// @{
+    std::optional<double> width = {};
+    std::optional<double> height = {};
+    /// @}
+    /// Position: pixels, or "left", "right", "top", "bottom".
+    /// @{
+    std::string x;
+    std::string y;
+    /// @}
+    /// Seconds from the start; absent: from the start.
+    std::optional<double> offset = {};
+    /// Seconds; absent: to the end.
+    std::optional<double> duration = {};
+    std::vector<Resource> resources = {};
+    std::string click_through = {};
+    std::vector<std::string> click_tracking = {};
+    std::vector<std::string> view_tracking = {};
+};
+
+/// Code that would measure the ad (VAST 4.3, section 3.17). Never executed here.
+struct Verification {
+    std::string vendor;
+    std::vector<std::string> not_executed = {};
+};
+
+/// Requested when the ad has been seen, or not (VAST 4.3, section 3.10).
+struct Viewable {
+    std::vector<std::string> viewable = {};
+    std::vector<std::string> not_viewable = {};
+    std::vector<std::string> undetermined = {};
+};
+
+/// Identifies the creative.
+struct UniversalAdId {
+    std::string registry;
+    std::string value;
+};
+
+/// The video (VAST 4.3, section 3.8). Of a wrapper, it has trackers, click addresses and icons only.
+struct Linear {
+    /// Seconds; absent when it is missing or malformed.
+    std::optional<double> duration = {};
+    std::optional<Offset> skip_offset = {};
+    std::vector<MediaFile> media_files = {};
+    std::vector<Tracker> trackers = {};
+    /// Empty without one.
+    std::string click_through = {};
+    std::vector<std::string> click_tracking = {};
+    std::vector<std::string> custom_click = {};
+    std::vector<Icon> icons = {};
+};
+
+/// Where a wrapper leads (VAST 4.3, section 3.19).
+struct Onward {
+    std::string address;
+    bool follow_additional_wrappers = true;
+    bool allow_multiple_ads = false;
+    /// Absent when the document does not say.
+    std::optional<bool> fallback_on_no_ad = {};
+};
+
+/// An ad, or a wrapper of ads.
+struct Ad {
+    std::string id;
+    /// Position in the pod; absent for a stand-alone ad.
+    std::optional<int> sequence = {};
+    /// "video", "audio" or "hybrid"; "video" when absent.
+    std::string type = "video";
+    /// Of a wrapper.
+    std::optional<Onward> onward = {};
+
+    /// Empty when absent.
+    /// @{
+    std::string system;
+    std::string title;
+    std::string advertiser;
+    std::string serving_id;
+    /// @}
+    /// Codes of the ad's categories.
+    std::vector<std::string> categories = {};
+    /// Codes of the categories that a wrapper refuses.
+    std::vector<std::string> blocked_categories = {};
+    std::vector<UniversalAdId> universal_ad_ids = {};
+    std::vector<std::string> impressions = {};
+    std::vector<std::string> errors = {};
+    Viewable viewable = {};
+    /// Absent without a linear creative.
+    std::optional<Linear> linear = {};
+    std::vector<Companion> companions = {};
+    std::vector<Verification> verifications = {};
+    std::vector<Ignored> ignored = {};
+    /// XPath of the element.
+    std::string path;
+};
+
+/// A whole document.
+struct Document {
+    /// As the document gives it, such as "4.2".
+    std::string version;
+    std::vector<Ad> ads = {};
+    /// Requested when the document has no ad (VAST 4.3, section 3.2.1).
+    std::vector<std::string> errors = {};
+    /// Outside its ads.
+    std::vector<Ignored> ignored = {};
+};
+
+} // namespace qoro::vast
