@@ -15,6 +15,7 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     app_.set_version_flag("--version", "qoro-ad " QORO_VERSION_TEXT, "Print the version and exit");
 #ifdef QORO_DESKTOP
     add_play_options(*app_.add_subcommand("play", "Play an ad in a window"), play_);
+    add_import_options(*app_.add_subcommand("import"), import_);
     add_cache_options(*app_.add_subcommand("cache"), cache_);
 #endif
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
@@ -25,6 +26,8 @@ int CommandLine::run() const
 #ifdef QORO_DESKTOP
     if (app_.got_subcommand("play"))
         return play(play_);
+    if (app_.got_subcommand("import"))
+        return import_command(import_);
     if (app_.got_subcommand("cache"))
         return cache_command(cache_);
 #endif

@@ -4,6 +4,7 @@
 
 #ifdef QORO_DESKTOP
 #include "app/Cache.h"
+#include "app/Import.h"
 #include "app/PlayOptions.h"
 #endif
 
@@ -33,6 +34,7 @@ private:
 #ifdef QORO_DESKTOP
     PlayOptions play_;
     CacheOptions cache_;
+    ImportOptions import_;
 #endif
     SimulateOptions simulate_;
 };

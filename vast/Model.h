@@ -13,11 +13,11 @@ namespace qoro::vast
 /// Something of a document that has no effect.
 struct Ignored {
     /// Name of the element or attribute.
-    std::string element;
+    std::string element = {};
     /// Why, one line.
-    std::string why;
+    std::string why = {};
     /// XPath of the element.
-    std::string path;
+    std::string path = {};
     friend bool operator==(const Ignored&, const Ignored&) = default;
 };
 
@@ -35,21 +35,21 @@ struct Offset {
 /// An address that is requested when an event occurs.
 struct Tracker {
     /// Name of the event, as the document gives it.
-    std::string event;
+    std::string event = {};
     /// May be empty: the element names the event, and no address.
-    std::string address;
+    std::string address = {};
     /// Of a progress event only.
     std::optional<Offset> offset = {};
 };
 
 /// A file of the video.
 struct MediaFile {
-    std::string address;
+    std::string address = {};
     /// MIME type; empty when absent, as all texts here.
-    std::string type;
-    std::string delivery;
-    std::string codec;
-    std::string api_framework;
+    std::string type = {};
+    std::string delivery = {};
+    std::string codec = {};
+    std::string api_framework = {};
     /// Pixels.
     /// @{
     std::optional<int> width = {};
@@ -58,7 +58,7 @@ struct MediaFile {
     /// Kilobits a second; of a range, the upper end.
     std::optional<int> bitrate = {};
     /// XPath of the element.
-    std::string path;
+    std::string path = {};
 };
 
 /// What a companion or an icon shows.
@@ -73,14 +73,14 @@ struct Resource {
     };
     Kind kind = Kind::Static;
     /// The address, or the HTML.
-    std::string text;
+    std::string text = {};
     /// MIME type of a static resource; empty when absent.
     std::string type = {};
 };
 
 /// A picture or page beside the video (VAST 4.3, section 3.16).
 struct Companion {
-    std::string id;
+    std::string id = {};
     /// Pixels.
     /// @{
     std::optional<double> width = {};
@@ -95,13 +95,13 @@ struct Companion {
     std::vector<std::string> click_tracking = {};
     std::vector<std::string> creative_view = {};
     /// XPath of the element.
-    std::string path;
+    std::string path = {};
 };
 
 /// A picture over the video that explains the ad, such as AdChoices (VAST 4.3, section 3.15).
 struct Icon {
     /// Name of the industry program; empty when absent.
-    std::string program;
+    std::string program = {};
     /// Pixels.
     /// @{
     std::optional<double> width = {};
@@ -109,8 +109,8 @@ struct Icon {
     /// @}
     /// Position: pixels, or "left", "right", "top", "bottom".
     /// @{
-    std::string x;
-    std::string y;
+    std::string x = {};
+    std::string y = {};
     /// @}
     /// Seconds from the start; absent: from the start.
     std::optional<double> offset = {};
@@ -124,7 +124,7 @@ struct Icon {
 
 /// Code that would measure the ad (VAST 4.3, section 3.17). Never executed here.
 struct Verification {
-    std::string vendor;
+    std::string vendor = {};
     std::vector<std::string> not_executed = {};
 };
 
@@ -137,8 +137,8 @@ struct Viewable {
 
 /// Identifies the creative.
 struct UniversalAdId {
-    std::string registry;
-    std::string value;
+    std::string registry = {};
+    std::string value = {};
 };
 
 /// The video (VAST 4.3, section 3.8). Of a wrapper, it has trackers, click addresses and icons only.
@@ -157,7 +157,7 @@ struct Linear {
 
 /// Where a wrapper leads (VAST 4.3, section 3.19).
 struct Onward {
-    std::string address;
+    std::string address = {};
     bool follow_additional_wrappers = true;
     bool allow_multiple_ads = false;
     /// Absent when the document does not say.
@@ -166,20 +166,22 @@ struct Onward {
 
 /// An ad, or a wrapper of ads.
 struct Ad {
-    std::string id;
+    std::string id = {};
     /// Position in the pod; absent for a stand-alone ad.
     std::optional<int> sequence = {};
     /// "video", "audio" or "hybrid"; "video" when absent.
     std::string type = "video";
     /// Of a wrapper.
     std::optional<Onward> onward = {};
+    /// The standard's code for what makes the ad unusable; absent for a usable one.
+    std::optional<int> error = {};
 
     /// Empty when absent.
     /// @{
-    std::string system;
-    std::string title;
-    std::string advertiser;
-    std::string serving_id;
+    std::string system = {};
+    std::string title = {};
+    std::string advertiser = {};
+    std::string serving_id = {};
     /// @}
     /// Codes of the ad's categories.
     std::vector<std::string> categories = {};
@@ -195,13 +197,13 @@ struct Ad {
     std::vector<Verification> verifications = {};
     std::vector<Ignored> ignored = {};
     /// XPath of the element.
-    std::string path;
+    std::string path = {};
 };
 
 /// A whole document.
 struct Document {
     /// As the document gives it, such as "4.2".
-    std::string version;
+    std::string version = {};
     std::vector<Ad> ads = {};
     /// Requested when the document has no ad (VAST 4.3, section 3.2.1).
     std::vector<std::string> errors = {};

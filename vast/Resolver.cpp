@@ -1,0 +1,447 @@
+#include "vast/Resolver.h"
+
+#include "vast/Reader.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace qoro::vast
+{
+
+namespace
+{
+
+// The standard's codes (VAST 4.3, section 2.3.6).
+constexpr int UnexpectedLinearity = 201;
+constexpr int WrapperFailed = 300;
+constexpr int TimedOut = 301;
+constexpr int TooManyWrappers = 302;
+constexpr int NoAd = 303;
+constexpr int NoSupportedFile = 403;
+constexpr int Unknown = 900;
+
+/// A wrapper, and those around it.
+struct Wrapping {
+    std::shared_ptr<const Ad> ad;
+    std::shared_ptr<const Wrapping> outer;
+};
+using Chain = std::shared_ptr<const Wrapping>;
+
+int depth_of(const Chain& chain)
+{
+    int depth = 0;
+    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+        ++depth;
+    return depth;
+}
+
+bool leads_through(const Chain& chain, const std::string& address)
+{
+    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+        if (each->ad->onward->address == address)
+            return true;
+    return false;
+}
+
+bool permits_wrappers(const Chain& chain)
+{
+    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+        if (!each->ad->onward->follow_additional_wrappers)
+            return false;
+    return true;
+}
+
+template <typename Item>
+void append(std::vector<Item>& list, const std::vector<Item>& more)
+{
+    list.insert(list.end(), more.begin(), more.end());
+}
+
+/// Adds what a wrapper contributes.
+void merge(Ad& ad, const Ad& wrapper)
+{
+    append(ad.impressions, wrapper.impressions);
+    append(ad.errors, wrapper.errors);
+    append(ad.viewable.viewable, wrapper.viewable.viewable);
+    append(ad.viewable.not_viewable, wrapper.viewable.not_viewable);
+    append(ad.viewable.undetermined, wrapper.viewable.undetermined);
+    append(ad.companions, wrapper.companions);
+    append(ad.verifications, wrapper.verifications);
+    append(ad.blocked_categories, wrapper.blocked_categories);
+    append(ad.ignored, wrapper.ignored);
+    if (!ad.linear || !wrapper.linear)
+        return;
+    append(ad.linear->trackers, wrapper.linear->trackers);
+    append(ad.linear->click_tracking, wrapper.linear->click_tracking);
+    append(ad.linear->custom_click, wrapper.linear->custom_click);
+    append(ad.linear->icons, wrapper.linear->icons);
+}
+
+std::vector<std::string> errors_of(const Ad& ad, const Chain& chain)
+{
+    std::vector<std::string> errors = ad.errors;
+    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+        append(errors, each->ad->errors);
+    return errors;
+}
+
+} // namespace
+
+/// The resolution of one tag.
+class Resolver::Run : public std::enable_shared_from_this<Run>
+{
+public:
+    Run(Resolver& resolver, Done done) : resolver_(resolver), done_(std::move(done)) {}
+    ~Run() { stop_timers(); }
+    Run(const Run&) = delete;
+    Run& operator=(const Run&) = delete;
+
+    void fetch_tag(const std::string& address);
+    void read_tag(Document document, const std::string& address);
+    /// Ends without a call.
+    void cancel();
+
+private:
+    /// The ads that a document, or one of its ads, leads to.
+    struct Found {
+        std::vector<ResolvedAd> ads = {};
+        /// Without ads: why.
+        int code = NoAd;
+        std::string why = {};
+    };
+    using Then = std::function<void(Found)>;
+    using Answer = std::function<void(FetchAnswer answer, bool timed_out)>;
+
+    /// One document's ads, while they are resolved.
+    struct Choice {
+        std::vector<std::shared_ptr<const Ad>> pod = {};
+        std::vector<std::shared_ptr<const Ad>> alone = {};
+        /// First of alone that has not been tried.
+        std::size_t next = 0;
+        Chain chain = {};
+        std::string address = {};
+        /// Per ad of the pod.
+        std::vector<Found> found = {};
+        std::size_t outstanding = 0;
+        Then then = {};
+    };
+
+    void begin();
+    void fetch(const std::string& address, Answer answer);
+    void resolve_document(const Document& document, const std::string& address, const Chain& chain, bool multiple,
+                          Then then);
+    void try_next_alone(const std::shared_ptr<Choice>& choice, Found first);
+    void fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t n);
+    void resolve_ad(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, Then then);
+    void follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, Then then);
+    Found choose(const Ad& ad, const Chain& chain);
+    Found fail(const Ad& ad, const Chain& chain, int code, std::string why);
+    void finish(Found found);
+    void stop_timers();
+
+    Resolver& resolver_;
+    Done done_;
+    Resolution result_;
+    /// Error addresses of each document, with its depth.
+    std::vector<std::pair<int, std::vector<std::string>>> errors_;
+    /// Ends the whole resolution; 0 before it begins.
+    TimerId whole_ = 0;
+    /// The requests under way, by the timers that end them.
+    std::vector<std::pair<TimerId, Answer>> waiting_;
+    bool over_ = false;
+    bool cancelled_ = false;
+};
+
+void Resolver::Run::begin()
+{
+    const double limit = resolver_.options_.whole_time_out;
+    whole_ = resolver_.loop_.start_timer(limit, false, [weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self)
+            return;
+        self->over_ = true;
+        for (auto& [timer, answer] : std::exchange(self->waiting_, {})) {
+            self->resolver_.loop_.stop_timer(timer);
+            answer({}, true);
+        }
+    });
+}
+
+void Resolver::Run::stop_timers()
+{
+    MainLoop& loop = resolver_.loop_;
+    loop.stop_timer(whole_);
+    for (const auto& [timer, answer] : waiting_)
+        loop.stop_timer(timer);
+    waiting_.clear();
+}
+
+void Resolver::Run::cancel()
+{
+    cancelled_ = true;
+    done_ = nullptr;
+    stop_timers();
+}
+
+/// Calls answer once: with the answer, or when the time is over.
+void Resolver::Run::fetch(const std::string& address, Answer answer)
+{
+    const ResolverOptions& options = resolver_.options_;
+    if (over_)
+        return answer({}, true);
+    const std::string asked = options.expand ? options.expand(address) : address;
+    if (options.requests)
+        options.requests(asked);
+    const auto timer = std::make_shared<TimerId>(0);
+    const auto take = [weak = weak_from_this(), timer]() -> Answer {
+        const auto self = weak.lock();
+        if (!self || self->cancelled_)
+            return nullptr;
+        const auto found = std::ranges::find(self->waiting_, *timer, &std::pair<TimerId, Answer>::first);
+        if (found == self->waiting_.end())
+            return nullptr;
+        Answer waiting = std::move(found->second);
+        self->waiting_.erase(found);
+        self->resolver_.loop_.stop_timer(*timer);
+        return waiting;
+    };
+    *timer = resolver_.loop_.start_timer(options.time_out, false, [take] {
+        if (const Answer waiting = take())
+            waiting({}, true);
+    });
+    waiting_.emplace_back(*timer, std::move(answer));
+    resolver_.fetcher_.fetch(asked, FetchKind::Page, [take](FetchAnswer received) {
+        if (const Answer waiting = take())
+            waiting(std::move(received), false);
+    });
+}
+
+void Resolver::Run::fetch_tag(const std::string& address)
+{
+    begin();
+    fetch(address, [this](const FetchAnswer& answer, bool timed_out) {
+        if (timed_out || !answer.ok)
+            return finish(
+                {.code = timed_out ? TimedOut : Unknown, .why = timed_out ? "no answer in time" : answer.error});
+        try {
+            read_tag(read_document(answer.body), answer.final_address);
+        } catch (const DocumentError& error) {
+            result_.malformed = true;
+            finish({.code = error.code, .why = error.what()});
+        }
+    });
+}
+
+void Resolver::Run::read_tag(Document document, const std::string& address)
+{
+    if (whole_ == 0)
+        begin();
+    result_.version = document.version;
+    result_.ignored = document.ignored;
+    resolve_document(document, address, nullptr, true, [this](Found found) { finish(std::move(found)); });
+}
+
+void Resolver::Run::finish(Found found)
+{
+    stop_timers();
+    result_.ads = std::move(found.ads);
+    if (result_.ads.empty()) {
+        result_.error = found.code;
+        result_.why = std::move(found.why);
+        std::ranges::stable_sort(errors_, std::greater<>(), &std::pair<int, std::vector<std::string>>::first);
+        for (const auto& [depth, addresses] : errors_)
+            append(result_.errors, addresses);
+    }
+    // Never inside the call that began the resolution.
+    resolver_.loop_.post([self = shared_from_this()] {
+        if (self->cancelled_)
+            return;
+        std::erase(self->resolver_.runs_, self);
+        if (const Done done = std::exchange(self->done_, nullptr))
+            done(std::move(self->result_));
+    });
+}
+
+// --------------------------------------------------------------------------------------------------- documents and ads
+
+/// @param multiple whether a pod, and more than one stand-alone ad, are permitted
+void Resolver::Run::resolve_document(const Document& document, const std::string& address, const Chain& chain,
+                                     bool multiple, Then then)
+{
+    std::vector<std::string> errors;
+    const auto choice = std::make_shared<Choice>();
+    for (const Ad& ad : document.ads) {
+        append(errors, ad.errors);
+        const auto shared = std::make_shared<const Ad>(ad);
+        (ad.sequence ? choice->pod : choice->alone).push_back(shared);
+    }
+    append(errors, document.errors);
+    errors_.emplace_back(depth_of(chain), std::move(errors));
+    std::ranges::stable_sort(choice->pod, {}, [](const auto& ad) { return *ad->sequence; });
+    if (!multiple) {
+        // Of a pod alone, its first ad: the response has an ad, and one is permitted.
+        if (choice->alone.empty() && !choice->pod.empty())
+            choice->alone.push_back(choice->pod.front());
+        choice->alone.resize(std::min<std::size_t>(choice->alone.size(), 1));
+        choice->pod.clear();
+    }
+    choice->chain = chain;
+    choice->address = address;
+    choice->then = std::move(then);
+    if (choice->pod.empty())
+        return try_next_alone(choice, {.code = NoAd, .why = "the response has no ad"});
+    choice->found.resize(choice->pod.size());
+    choice->outstanding = choice->pod.size();
+    for (std::size_t n = 0; n < choice->pod.size(); ++n)
+        resolve_ad(choice->pod[n], address, chain, [this, choice, n](Found found) {
+            choice->found[n] = std::move(found);
+            if (--choice->outstanding == 0)
+                fill_gaps(choice, 0);
+        });
+}
+
+/// Tries the stand-alone ads one after the other, until one can be played.
+/// @param first why the first one tried cannot be played
+void Resolver::Run::try_next_alone(const std::shared_ptr<Choice>& choice, Found first)
+{
+    if (choice->next == choice->alone.size())
+        return choice->then(std::move(first));
+    const bool is_first = choice->next == 0;
+    resolve_ad(choice->alone[choice->next++], choice->address, choice->chain,
+               [this, choice, is_first, first = std::move(first)](Found found) {
+                   if (!found.ads.empty())
+                       choice->then(std::move(found));
+                   else
+                       try_next_alone(choice, is_first ? std::move(found) : first);
+               });
+}
+
+/// Replaces the pod's ads that cannot be played with stand-alone ads.
+/// @param n the first ad of the pod that has not been looked at
+void Resolver::Run::fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t n)
+{
+    const auto has_gap = [&](std::size_t position) {
+        const auto& onward = choice->pod[position]->onward;
+        return choice->found[position].ads.empty() && !(onward && onward->fallback_on_no_ad == false);
+    };
+    while (n < choice->pod.size() && !has_gap(n))
+        ++n;
+    if (n < choice->pod.size() && choice->next < choice->alone.size())
+        return resolve_ad(choice->alone[choice->next++], choice->address, choice->chain,
+                          [this, choice, n](Found found) {
+                              if (!found.ads.empty())
+                                  choice->found[n] = std::move(found);
+                              fill_gaps(choice, n);
+                          });
+    Found all = choice->found.front();
+    all.ads.clear();
+    for (Found& found : choice->found)
+        std::ranges::move(found.ads, std::back_inserter(all.ads));
+    choice->then(std::move(all));
+}
+
+void Resolver::Run::resolve_ad(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain,
+                               Then then)
+{
+    if (ad->error)
+        return then(fail(*ad, chain, *ad->error, ad->path + ": the ad is incomplete"));
+    if (ad->onward)
+        return follow(ad, address, chain, std::move(then));
+    then(choose(*ad, chain));
+}
+
+void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain,
+                           Then then)
+{
+    const ResolverOptions& options = resolver_.options_;
+    const Onward& onward = *ad->onward;
+    if (depth_of(chain) >= options.wrappers)
+        return then(fail(*ad, chain, TooManyWrappers,
+                         ad->path + ": more than " + std::to_string(options.wrappers) + " wrappers"));
+    if (!permits_wrappers(chain))
+        return then(fail(*ad, chain, TooManyWrappers,
+                         ad->path + ": a wrapper before it permits no further ones (followAdditionalWrappers)"));
+    if (leads_through(chain, onward.address))
+        return then(fail(*ad, chain, TooManyWrappers, ad->path + ": the wrappers lead in a circle"));
+    if (options.permits && !options.permits(address, onward.address))
+        return then(
+            fail(*ad, chain, WrapperFailed, onward.address + ": refused, because it leads into a private network"));
+    const std::size_t hop = result_.wrappers.size();
+    result_.wrappers.push_back({.address = onward.address});
+    const Chain inner = std::make_shared<const Wrapping>(Wrapping{ad, chain});
+    const auto give_up = [this, ad, chain, then, hop](int code, const std::string& why) {
+        result_.wrappers[hop].error = code;
+        result_.wrappers[hop].why = why;
+        then(fail(*ad, chain, code, ad->onward->address + ": " + why));
+    };
+    fetch(onward.address, [this, ad, chain, inner, then, give_up](const FetchAnswer& answer, bool timed_out) {
+        if (timed_out || !answer.ok)
+            return give_up(TimedOut, timed_out ? "no answer in time" : answer.error);
+        Document document;
+        try {
+            document = read_document(answer.body);
+        } catch (const DocumentError& error) {
+            return give_up(error.code, error.what());
+        }
+        if (document.ads.empty()) {
+            errors_.emplace_back(depth_of(inner), document.errors);
+            return give_up(NoAd, "the response has no ad");
+        }
+        const bool multiple = ad->onward->allow_multiple_ads;
+        resolve_document(document, answer.final_address, inner, multiple, [ad, multiple, then](Found found) {
+            // The outermost document decides on the place in the pod.
+            for (ResolvedAd& each : found.ads)
+                if (ad->sequence || !multiple)
+                    each.ad.sequence = ad->sequence;
+            then(std::move(found));
+        });
+    });
+}
+
+Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const Chain& chain)
+{
+    if (!ad.linear)
+        return fail(ad, chain, UnexpectedLinearity, ad.path + ": the ad has no linear creative");
+    ResolvedAd resolved{.ad = ad,
+                        .media = choose_media(ad.linear->media_files, resolver_.support_, resolver_.options_.band),
+                        .wrappers = depth_of(chain)};
+    if (!resolved.media.chosen)
+        return fail(ad, chain, NoSupportedFile, ad.path + ": none of its media files can be played");
+    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+        merge(resolved.ad, *each->ad);
+    return {.ads = {std::move(resolved)}};
+}
+
+Resolver::Run::Found Resolver::Run::fail(const Ad& ad, const Chain& chain, int code, std::string why)
+{
+    result_.failed.push_back({code, why, errors_of(ad, chain)});
+    return {.code = code, .why = std::move(why)};
+}
+
+// ------------------------------------------------------------------------------------------------------------ Resolver
+
+Resolver::Resolver(Fetcher& fetcher, MainLoop& loop, const MediaSupport& support, ResolverOptions options)
+    : fetcher_(fetcher), loop_(loop), support_(support), options_(std::move(options))
+{
+}
+
+Resolver::~Resolver()
+{
+    for (const auto& run : runs_)
+        run->cancel();
+}
+
+void Resolver::resolve(const std::string& address, Done done)
+{
+    runs_.push_back(std::make_shared<Run>(*this, std::move(done)));
+    runs_.back()->fetch_tag(address);
+}
+
+void Resolver::resolve_text(const std::string& text, const std::string& address, Done done)
+{
+    Document document = read_document(text);
+    runs_.push_back(std::make_shared<Run>(*this, std::move(done)));
+    runs_.back()->read_tag(std::move(document), address);
+}
+
+} // namespace qoro::vast
