@@ -19,6 +19,7 @@ set(QORO_PUBLIC_CONTROLLER
     platform/CalendarEvent.h
     platform/EventTable.h
     platform/Events.h
+    platform/VastEvents.h
     platform/Export.h
     platform/Foundation.h
     platform/Geometry.h

@@ -81,11 +81,30 @@ void QoroAdManager::connectToServerWithRequest(const NSString& address, const Ac
         return;
     }
     platform.emit(event::Requested{address, purpose});
-    if (address)
+    const auto supplied = purpose == RequestPurpose::Page && address ? pages_.find(address.text()) : pages_.end();
+    if (supplied != pages_.end())
+        platform.loop().post([answer = std::move(answer), body = supplied->second, address = supplied->first] {
+            answer({true, "", body, address});
+        });
+    else if (address)
         platform.fetcher().fetch(address.text(), purpose == RequestPurpose::Page ? FetchKind::Page : FetchKind::Tracker,
                                  std::move(answer));
     else
         fail("no address");
+}
+
+void QoroAdManager::send_vast_tracker(const std::string& address, std::string_view event)
+{
+    if (limit_ && limit_->refusal(address, RequestPurpose::Tracking))
+        return;
+    Platform& platform = Platform::current();
+    platform.emit(event::VastTracked{address, RequestPurpose::Tracking, event});
+    platform.fetcher().fetch(address, FetchKind::Tracker, [](const FetchAnswer&) {});
+}
+
+void QoroAdManager::supply_page(const std::string& address, std::string html)
+{
+    pages_[address] = std::move(html);
 }
 
 void QoroAdManager::begin_ad(bool limited)

@@ -3,6 +3,7 @@
 #include "platform/EventTable.h"
 #include "platform/Export.h"
 #include "platform/Purposes.h"
+#include "platform/VastEvents.h"
 
 #include <cstdint>
 #include <optional>
@@ -563,7 +564,8 @@ struct GuardUsed {
 using Event = std::variant<
     event::StepBegun, event::TouchBegun, event::Returned, event::Snapshot, event::Faulted, event::Released,
     event::AdClosed, event::FirstPictureShown, event::ServerHit, event::Requested, event::Fetched,
-    event::RequestRefused, event::PageLoaded, event::ScriptEvent, event::PageRefused, event::PageDied,
+    event::RequestRefused, event::VastTracked, event::VastRequested, event::VastAdBegun, event::VastIgnored,
+    event::VastFailed, event::VastWithoutAd, event::PageLoaded, event::ScriptEvent, event::PageRefused, event::PageDied,
     event::PageFailed, event::PageConsole, event::PageError, event::MraidLoaded, event::MraidOpened, event::MraidClosed,
     event::MraidCustomClose, event::MraidOrientation, event::MraidCalendarEvent, event::MraidRefused, event::MraidSent,
     event::PlayerCreated, event::PlayerStarted, event::PlayerPaused, event::PlayerSought, event::PlayerDropped,

@@ -5,8 +5,11 @@
 #include "platform/StoreItem.h"
 #include "platform/UIKit.h"
 
+#include <functional>
+#include <map>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace qoro
@@ -49,6 +52,13 @@ public:
     void connectToServerWithRequest(const NSString& address, const Action& action, const Action& failAction,
                                     bool isBannerGetAdRequest, RequestPurpose purpose);
 
+    /// Sends a tracker of a VAST ad; its answer is ignored. A request above the limit is reported as refused.
+    /// @param event name of the event that is tracked
+    void send_vast_tracker(const std::string& address, std::string_view event);
+    /// Makes requests for a page at an address answer with this document, without the network. Replaces an earlier one.
+    /// @param address should be one that no server has, as in the domain "invalid" (RFC 2606)
+    void supply_page(const std::string& address, std::string html);
+
     /// Starts a new ad: its request count begins at 0.
     /// @param limited whether its requests are limited (kit/RequestLimit.h); a new manager has no limit
     void begin_ad(bool limited);
@@ -72,6 +82,8 @@ private:
     std::string store_page_ = DefaultStorePage;
     /// Null when requests are not limited.
     std::unique_ptr<RequestLimit> limit_;
+    /// Documents of supply_page(), by address.
+    std::map<std::string, std::string, std::less<>> pages_;
 };
 
 } // namespace qoro
