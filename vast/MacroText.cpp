@@ -26,35 +26,61 @@ bool is_plain(char c)
     return Plain[static_cast<unsigned char>(c)];
 }
 
-/// HH%3AMM%3ASS.mmm
-void append_clock(std::string& out, std::int64_t milliseconds)
+/// A short text, complete before it is appended.
+class Line
 {
-    append_padded(out, milliseconds / 3'600'000, 2);
-    out += "%3A";
-    append_padded(out, milliseconds / 60'000 % 60, 2);
-    out += "%3A";
-    append_padded(out, milliseconds / 1000 % 60, 2);
-    out += '.';
-    append_padded(out, milliseconds % 1000, 3);
-}
+public:
+    void add(std::string_view text)
+    {
+        for (const char c : text)
+            m_text[m_length++] = c;
+    }
+    /// With leading zeros.
+    /// @param number not negative, of at most that many digits
+    void add(std::int64_t number, std::size_t width)
+    {
+        for (std::size_t digit = m_length + width; digit > m_length; number /= 10)
+            m_text[--digit] = static_cast<char>('0' + number % 10);
+        m_length += width;
+    }
+    /// HH%3AMM%3ASS.mmm
+    void add_clock(std::int64_t milliseconds)
+    {
+        const std::int64_t hours = milliseconds / 3'600'000;
+        std::size_t width = 2;
+        for (std::int64_t rest = hours / 100; rest > 0; rest /= 10)
+            ++width;
+        add(hours, width);
+        const auto rest = static_cast<std::uint32_t>(milliseconds % 3'600'000);
+        add("%3A");
+        add(rest / 60'000, 2);
+        add("%3A");
+        add(rest / 1000 % 60, 2);
+        add(".");
+        add(rest % 1000, 3);
+    }
+    std::string_view text() const { return {m_text.data(), m_length}; }
+
+private:
+    std::array<char, 64> m_text;
+    std::size_t m_length = 0;
+};
 
 bool degrees(std::string& out, const std::optional<double>& value, double limit)
 {
     if (!value || !(std::abs(*value) <= limit))
         return false;
-    constexpr double Millionths = 1e6;
-    const std::int64_t rounded = std::llround(*value * Millionths);
-    if (rounded < 0)
+    const std::int64_t millionths = std::llround(*value * 1e6);
+    if (millionths < 0)
         out += '-';
-    append_number(out, std::abs(rounded) / 1'000'000);
-    std::int64_t fraction = std::abs(rounded) % 1'000'000;
+    append_number(out, std::abs(millionths) / 1'000'000);
+    const std::int64_t fraction = std::abs(millionths) % 1'000'000;
     if (fraction == 0)
         return true;
-    std::size_t decimals = 6;
-    for (; fraction % 10 == 0; fraction /= 10)
-        --decimals;
-    out += '.';
-    append_padded(out, fraction, decimals);
+    Line line;
+    line.add(".");
+    line.add(fraction, 6);
+    out += line.text().substr(0, line.text().find_last_not_of('0') + 1);
     return true;
 }
 
@@ -83,22 +109,14 @@ void append_number(std::string& out, std::int64_t number)
     out.append(digits.data(), end);
 }
 
-void append_padded(std::string& out, std::int64_t number, std::size_t width)
-{
-    std::array<char, 24> digits;
-    const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    const auto length = static_cast<std::size_t>(end - digits.data());
-    if (length < width)
-        out.append(width - length, '0');
-    out.append(digits.data(), length);
-}
-
 bool append_time(std::string& out, const std::optional<double>& seconds)
 {
     constexpr double Limit = 1e12;
     if (!seconds || !(*seconds >= 0 && *seconds < Limit))
         return false;
-    append_clock(out, std::llround(*seconds * 1000));
+    Line line;
+    line.add_clock(std::llround(*seconds * 1000));
+    out += line.text();
     return true;
 }
 
@@ -114,19 +132,21 @@ bool append_timestamp(std::string& out, const std::optional<double>& seconds, in
         return false;
 
     const year_month_day date(day);
-    append_padded(out, static_cast<int>(date.year()), 4);
-    out += '-';
-    append_padded(out, static_cast<unsigned>(date.month()), 2);
-    out += '-';
-    append_padded(out, static_cast<unsigned>(date.day()), 2);
-    out += 'T';
-    append_clock(out, (local - day).count());
-    out += zone < 0 ? "-" : "%2B";
-    append_padded(out, std::abs(zone) / 60, 2);
+    Line line;
+    line.add(static_cast<int>(date.year()), 4);
+    line.add("-");
+    line.add(static_cast<unsigned>(date.month()), 2);
+    line.add("-");
+    line.add(static_cast<unsigned>(date.day()), 2);
+    line.add("T");
+    line.add_clock((local - day).count());
+    line.add(zone < 0 ? "-" : "%2B");
+    line.add(std::abs(zone) / 60, 2);
     if (zone % 60 != 0) {
-        out += "%3A";
-        append_padded(out, std::abs(zone) % 60, 2);
+        line.add("%3A");
+        line.add(std::abs(zone) % 60, 2);
     }
+    out += line.text();
     return true;
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -14,9 +13,6 @@ namespace qoro::vast
 /// As ECMAScript's encodeURIComponent, byte for byte: an invalid UTF-8 sequence is encoded too.
 void append_encoded(std::string& out, std::string_view text);
 void append_number(std::string& out, std::int64_t number);
-/// With leading zeros up to the width.
-/// @param number not negative
-void append_padded(std::string& out, std::int64_t number, std::size_t width);
 
 // Each of the following appends a value, encoded, or returns false and appends nothing when it is unknown.
 
