@@ -280,7 +280,15 @@ Scenario read_scenario(std::string_view text, const std::string& file)
     const auto ad = reader.at("ad");
     if (!ad)
         throw InputError(file, "", "expected an \"ad\"");
-    scenario.ad = detail::read_ad(ad->json(), file, ad->path(), AdTypes::Lenient);
+    if (const auto tag = ad->json().is_object() ? ad->at("vast") : std::nullopt) {
+        ad->with_keys({"vast"});
+        scenario.tag = tag->text("the address of a VAST tag");
+        // As in hosts, unless the scenario says otherwise.
+        if (const auto host = reader.at("host"); !host || !host->at("guard"))
+            scenario.host.guard = CloseGuardTimes{};
+    } else {
+        scenario.ad = detail::read_ad(ad->json(), file, ad->path(), AdTypes::Lenient);
+    }
     const auto steps = reader.at("steps");
     if (!steps)
         throw InputError(file, "", "expected \"steps\"");

@@ -19,8 +19,10 @@ namespace qoro
 struct Scenario {
     World world;
     HostSetup host = unguarded_host();
-    /// As read. A session changes its ad, so it runs on a copy.
+    /// As read; null with a tag. A session changes its ad, so it runs on a copy.
     std::shared_ptr<const QoroVideoAd> ad;
+    /// Address of the VAST tag that leads to the ad; empty when ad is given.
+    std::string tag;
     std::vector<Step> steps;
 };
 

@@ -171,6 +171,8 @@ void OpenedAd::Watch::rehearse(const std::shared_ptr<QoroVideoAd>& ad, const Hos
     prepare(ad, host, rehearsal.controls);
     if (rehearsal.prepared)
         rehearsal.prepared();
+    if (rehearsal.created)
+        rehearsal.created(session_->controller());
     const auto while_open = [weak = weak_from_this()](auto work) {
         return [weak, work] {
             if (const auto self = std::static_pointer_cast<Watch>(weak.lock()); self && self->session_)
@@ -184,9 +186,13 @@ void OpenedAd::Watch::rehearse(const std::shared_ptr<QoroVideoAd>& ad, const Hos
     const double now = platform_.loop().now();
     for (std::size_t n = 0; n < rehearsal.steps.size(); ++n) {
         const double delay = rehearsal.steps[n].at - now;
-        platform_.loop().start_timer(delay, false, while_open([step = std::move(rehearsal.steps[n]), n](Watch& self) {
-                                         self.perform(step, n);
-                                     }));
+        auto perform = while_open([step = std::move(rehearsal.steps[n]), index = rehearsal.first + n](Watch& self) {
+            self.perform(step, index);
+        });
+        if (delay > 0)
+            platform_.loop().start_timer(delay, false, std::move(perform));
+        else
+            platform_.loop().post(std::move(perform));
     }
 }
 

@@ -203,6 +203,8 @@ void SessionWatch::look_later()
 
 void SessionWatch::look()
 {
+    if (!simulation_.session())
+        return;
     if (!summary_.close_button && close_button_is_reachable())
         summary_.close_button = platform_.loop().now_microseconds();
     if (summary_.closed && !summary_.after_close)
@@ -218,6 +220,8 @@ bool SessionWatch::close_button_is_reachable() const
 
 LeftBehind SessionWatch::left_behind() const
 {
+    if (!simulation_.session())
+        return {};
     const Session& session = *simulation_.session();
     LeftBehind left;
     for (const auto& window : platform_.shared<WindowList>().all())

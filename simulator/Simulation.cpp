@@ -2,6 +2,10 @@
 
 #include "formats/AdFile.h"
 #include "formats/LogLines.h"
+#include "host/OpenedTag.h"
+#include "simulator/VirtualLoop.h"
+
+#include <random>
 
 namespace qoro
 {
@@ -18,12 +22,27 @@ Simulation::~Simulation()
 
 void Simulation::run()
 {
+    if (!scenario_.tag.empty())
+        return run_tag();
     session_ = std::make_unique<Session>(platform_, platform_, scenario_.host, copy_of(*scenario_.ad));
     for (std::size_t n = 0; n < scenario_.steps.size(); ++n) {
         const Step& step = scenario_.steps[n];
         platform_.run_until(step.at);
         session_->perform(step, n);
     }
+}
+
+/// The steps are events of the loop, since each ad of the tag has a session of its own.
+void Simulation::run_tag()
+{
+    VirtualLoop& loop = platform_.loop();
+    TagOptions options;
+    options.clock = [&loop, start = scenario_.host.session] { return start + loop.now(); };
+    options.random = [random = std::mt19937()]() mutable { return static_cast<std::uint32_t>(random()); };
+    tag_ = std::make_unique<OpenedTag>(platform_, OpenedTag::Tag{.address = scenario_.tag}, nullptr, scenario_.host,
+                                       options, Rehearsal{scenario_.steps, platform_, nullptr});
+    if (!scenario_.steps.empty())
+        platform_.run_until(scenario_.steps.back().at);
 }
 
 void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink, const LogSink& log)

@@ -10,6 +10,8 @@
 namespace qoro
 {
 
+class OpenedTag;
+
 /// One session of a scenario in virtual time. Several simulations may share the scenario, also across threads.
 class Simulation
 {
@@ -22,13 +24,16 @@ public:
     /// Sets up the host and the controller, then runs every step; nothing runs after the last one. Set the platform's
     /// event sink before the call.
     void run();
-    /// Null before run().
+    /// Null before run(), and for a scenario with a VAST tag.
     Session* session() { return session_.get(); }
 
 private:
+    void run_tag();
+
     const Scenario& scenario_;
     SimulatedPlatform platform_;
     std::unique_ptr<Session> session_;
+    std::unique_ptr<OpenedTag> tag_;
 };
 
 /// Runs a scenario and writes its trace to a sink.

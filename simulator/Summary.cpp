@@ -239,7 +239,8 @@ Summary simulate_and_sum_up(const Scenario& scenario, TraceFormat format, const 
     Simulation simulation(scenario);
     Trace trace(simulation.platform().loop(), format, sink);
     LogFilter filter(log, trace);
-    SessionWatch watch(simulation, *scenario.ad, filter);
+    const QoroVideoAd without_trackers;
+    SessionWatch watch(simulation, scenario.ad ? *scenario.ad : without_trackers, filter);
     simulation.run();
     return watch.finish();
 }

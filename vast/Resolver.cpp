@@ -1,6 +1,7 @@
 #include "vast/Resolver.h"
 
 #include "vast/Reader.h"
+#include "vast/Texts.h"
 
 #include <algorithm>
 #include <utility>
@@ -91,7 +92,7 @@ std::vector<std::string> errors_of(const Ad& ad, const Chain& chain)
 class Resolver::Run : public std::enable_shared_from_this<Run>
 {
 public:
-    Run(Resolver& resolver, Done done) : resolver_(resolver), done_(std::move(done)) {}
+    Run(Resolver& resolver, Done done) : resolver_(resolver), loop_(resolver.loop_), done_(std::move(done)) {}
     ~Run() { stop_timers(); }
     Run(const Run&) = delete;
     Run& operator=(const Run&) = delete;
@@ -139,7 +140,9 @@ private:
     void finish(Found found);
     void stop_timers();
 
+    /// Not to be used once cancelled, or done: the callback may destroy it.
     Resolver& resolver_;
+    MainLoop& loop_;
     Done done_;
     Resolution result_;
     /// Error addresses of each document, with its depth.
@@ -155,13 +158,13 @@ private:
 void Resolver::Run::begin()
 {
     const double limit = resolver_.options_.whole_time_out;
-    whole_ = resolver_.loop_.start_timer(limit, false, [weak = weak_from_this()] {
+    whole_ = loop_.start_timer(limit, false, [weak = weak_from_this()] {
         const auto self = weak.lock();
         if (!self)
             return;
         self->over_ = true;
         for (auto& [timer, answer] : std::exchange(self->waiting_, {})) {
-            self->resolver_.loop_.stop_timer(timer);
+            self->loop_.stop_timer(timer);
             answer({}, true);
         }
     });
@@ -169,10 +172,9 @@ void Resolver::Run::begin()
 
 void Resolver::Run::stop_timers()
 {
-    MainLoop& loop = resolver_.loop_;
-    loop.stop_timer(whole_);
+    loop_.stop_timer(whole_);
     for (const auto& [timer, answer] : waiting_)
-        loop.stop_timer(timer);
+        loop_.stop_timer(timer);
     waiting_.clear();
 }
 
@@ -202,10 +204,10 @@ void Resolver::Run::fetch(const std::string& address, Answer answer)
             return nullptr;
         Answer waiting = std::move(found->second);
         self->waiting_.erase(found);
-        self->resolver_.loop_.stop_timer(*timer);
+        self->loop_.stop_timer(*timer);
         return waiting;
     };
-    *timer = resolver_.loop_.start_timer(options.time_out, false, [take] {
+    *timer = loop_.start_timer(options.time_out, false, [take] {
         if (const Answer waiting = take())
             waiting({}, true);
     });
@@ -223,6 +225,8 @@ void Resolver::Run::fetch_tag(const std::string& address)
         if (timed_out || !answer.ok)
             return finish(
                 {.code = timed_out ? TimedOut : Unknown, .why = timed_out ? "no answer in time" : answer.error});
+        if (trimmed(answer.body).empty())
+            return finish({.code = NoAd, .why = "the response is empty"});
         try {
             read_tag(read_document(answer.body), answer.final_address);
         } catch (const DocumentError& error) {
@@ -253,7 +257,7 @@ void Resolver::Run::finish(Found found)
             append(result_.errors, addresses);
     }
     // Never inside the call that began the resolution.
-    resolver_.loop_.post([self = shared_from_this()] {
+    loop_.post([self = shared_from_this()] {
         if (self->cancelled_)
             return;
         std::erase(self->resolver_.runs_, self);
@@ -377,6 +381,8 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
     fetch(onward.address, [this, ad, chain, inner, then, give_up](const FetchAnswer& answer, bool timed_out) {
         if (timed_out || !answer.ok)
             return give_up(TimedOut, timed_out ? "no answer in time" : answer.error);
+        if (trimmed(answer.body).empty())
+            return give_up(NoAd, "the response is empty");
         Document document;
         try {
             document = read_document(answer.body);

@@ -1,0 +1,120 @@
+#pragma once
+
+#include "formats/HostSetup.h"
+#include "host/AdOutcome.h"
+#include "host/Rehearsal.h"
+#include "platform/Export.h"
+#include "platform/Platform.h"
+#include "vast/Macros.h"
+#include "vast/Resolver.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace QORO_EXPORT qoro
+{
+
+/// How a tag's session ended.
+struct TagOutcome {
+    /// Of each ad that was opened, in order.
+    std::vector<AdOutcome> ads;
+    /// Without an ad: the standard's error code (VAST 4.3, section 2.3.6).
+    std::optional<int> error;
+    /// Without an ad: why, one line.
+    std::string why;
+};
+
+/// Follows a tag's session. A host overrides what it needs. The rules of AdObserver hold for its calls.
+class TagObserver
+{
+public:
+    virtual ~TagObserver() = default;
+    /// An ad of the tag is about to open.
+    /// @param ad what the tag says of it; valid during the call
+    /// @param n its index, from 0
+    /// @param of number of ads that are planned
+    virtual void ad_begins(const vast::ResolvedAd& ad, std::size_t n, std::size_t of)
+    {
+        static_cast<void>(ad);
+        static_cast<void>(n);
+        static_cast<void>(of);
+    }
+    /// An ad of the tag has ended.
+    virtual void ad_ended(std::size_t n, const AdOutcome& outcome)
+    {
+        static_cast<void>(n);
+        static_cast<void>(outcome);
+    }
+};
+
+/// How a tag is resolved and played.
+struct TagOptions {
+    /// Wrappers, times and permissions. expand, requests and band.width of 0 are set by OpenedTag: the macros, a trace
+    /// line, and the screen's width.
+    vast::ResolverOptions resolver = {.band = {.width = 0}};
+    /// What can be decoded; outlives the tag. Null: vast::CommonMediaSupport.
+    const vast::MediaSupport* support = nullptr;
+    /// Values of macros that only the host knows. What the ad and the player give is replaced.
+    vast::MacroValues macros = {};
+    /// Seconds since 1970-01-01 UTC, for [TIMESTAMP]; null: the machine's clock.
+    std::function<double()> clock = {};
+    /// Random bits for [CACHEBUSTING]; null: the machine's random numbers.
+    std::function<std::uint32_t()> random = {};
+    /// Outlives the tag; may be null.
+    TagObserver* observer = nullptr;
+};
+
+/// A VAST tag that a host application has opened, on any platform: it is resolved, and its ads play one after the
+/// other, each as an OpenedAd with a controller of its own. At most one at a time on a platform; the platform outlives
+/// it. Only the platform's thread may use it.
+///
+/// While it exists, it is the platform's event sink and forwards every event to the previous one, if any.
+class OpenedTag
+{
+public:
+    /// Receives the outcome once, when the last ad has ended, as a separate event of the platform's loop; it may
+    /// destroy the OpenedTag, and may open another.
+    using OnEnd = std::function<void(const TagOutcome& outcome)>;
+
+    /// A tag: an address, or a document.
+    struct Tag {
+        /// Where the document is; of a document that is given, where it is from, or empty.
+        std::string address = {};
+        /// The document; absent: it is fetched.
+        std::optional<std::string> text = {};
+    };
+
+    /// Opens a tag.
+    /// @param host the surroundings of each ad. Its close guard shows its button at the latest after 15 seconds in
+    /// which
+    ///        the video does not move
+    /// @throws vast::DocumentError for a document that is given and is no VAST document
+    OpenedTag(Platform& platform, const Tag& tag, OnEnd on_end, HostSetup host = {}, TagOptions options = {});
+    /// Opens a tag and performs steps, for programs that test ads. The first OpenStep opens the first ad, once it is
+    /// known; without an OpenStep it opens as soon as it is known.
+    /// @throws vast::DocumentError for a document that is given and is no VAST document
+    OpenedTag(Platform& platform, const Tag& tag, OnEnd on_end, HostSetup host, TagOptions options,
+              Rehearsal rehearsal);
+    /// Ends the session. on_end is not called afterwards.
+    ~OpenedTag();
+    OpenedTag(const OpenedTag&) = delete;
+    OpenedTag& operator=(const OpenedTag&) = delete;
+
+    /// Ends the session: closes the ad that plays, and opens no other. No effect after the end.
+    /// @param closer as for OpenedAd::close(). A viewer who closes an ad with its own button goes on to the next one.
+    void close(ClosedBy closer = ClosedBy::Host);
+    /// As OpenedAd::leave_screen().
+    bool leave_screen();
+
+private:
+    class Run;
+
+    const std::shared_ptr<Run> run_;
+};
+
+} // namespace qoro
