@@ -15,6 +15,7 @@
 #include "host/OpenedAd.h"
 #include "host/Rehearsal.h"
 #include "host/SessionControls.h"
+#include "host/desktop/DesktopTag.h"
 #include "host/desktop/ServedAd.h"
 #include "platform/Numbers.h"
 
@@ -76,6 +77,9 @@ private:
 
     void connect_window();
     void open();
+    void open_ad(HostSetup host, Rehearsal rehearsal);
+    void open_tag(HostSetup host, Rehearsal rehearsal);
+    bool leave_screen();
     void watch_files();
     void served(const AdServerHit& hit);
     void reload();
@@ -86,6 +90,7 @@ private:
     void take_snapshot(double seconds);
 
     void ended(const AdOutcome& outcome);
+    void tag_ended(const TagOutcome& outcome);
     void close_ad(ClosedBy closer);
     void end();
     void display_lost();
@@ -104,6 +109,11 @@ private:
     /// The host chooses the store, which may be in a private network.
     std::optional<NamedHosts> store_;
     std::unique_ptr<OpenedAd> opened_;
+    /// Instead of served_ and opened_, for a VAST tag.
+    /// @{
+    std::unique_ptr<DesktopTag> tag_hosts_;
+    std::unique_ptr<OpenedTag> tag_;
+    /// @}
     /// Null unless the ad opens again when its files change.
     std::unique_ptr<FileWatch> files_;
     std::array<SourceId, std::size(Signals)> signals_;
@@ -131,6 +141,7 @@ Player::~Player()
     platform_.set_event_sink(nullptr);
     files_.reset();
     opened_.reset();
+    tag_.reset();
     served_.reset();
     served_before_.reset();
     platform_.loop().clear();
@@ -156,11 +167,7 @@ int Player::run()
 
 void Player::open()
 {
-    served_ = std::make_unique<ServedAd>(input_.ad, input_.folder, [this](const AdServerHit& hit) { served(hit); });
     store_.emplace(std::vector{store_page_of_id(input_.host.store_page).absoluteString().text()});
-    for (const auto& [address, path] : input_.copies)
-        platform_.add_video_copy(address_on_server(address, served_->base()), path);
-    watch_files();
     HostSetup host = input_.host;
     host.log = log_lines(options_.log);
     const auto prepared = [this] {
@@ -169,9 +176,39 @@ void Player::open()
             platform_.device().hold(input_.orientation);
         platform_.device().follow_sensor();
     };
+    Rehearsal rehearsal{input_.steps, *this, prepared};
+    if (input_.tag)
+        open_tag(std::move(host), std::move(rehearsal));
+    else
+        open_ad(std::move(host), std::move(rehearsal));
+}
+
+void Player::open_ad(HostSetup host, Rehearsal rehearsal)
+{
+    served_ = std::make_unique<ServedAd>(input_.ad, input_.folder, [this](const AdServerHit& hit) { served(hit); });
+    for (const auto& [address, path] : input_.copies)
+        platform_.add_video_copy(address_on_server(address, served_->base()), path);
+    watch_files();
     opened_ = std::make_unique<OpenedAd>(
-        platform_, served_->ad(), [this](const AdOutcome& outcome) { ended(outcome); }, host,
-        Rehearsal{input_.steps, *this, prepared});
+        platform_, served_->ad(), [this](const AdOutcome& outcome) { ended(outcome); }, host, std::move(rehearsal));
+}
+
+void Player::open_tag(HostSetup host, Rehearsal rehearsal)
+{
+    for (const auto& [address, path] : input_.copies)
+        platform_.add_video_copy(address, path);
+    watch_files();
+    tag_hosts_ = std::make_unique<DesktopTag>(*input_.tag);
+    TagOptions options = tag_hosts_->options();
+    options.resolver.band.width = input_.band_pixels;
+    tag_ = std::make_unique<OpenedTag>(
+        platform_, *input_.tag, [this](const TagOutcome& outcome) { tag_ended(outcome); }, std::move(host),
+        std::move(options), std::move(rehearsal));
+}
+
+bool Player::leave_screen()
+{
+    return opened_ ? opened_->leave_screen() : tag_ && tag_->leave_screen();
 }
 
 /// The files that the options name. Those of the ad's folder are added as they are requested, so that files that this
@@ -215,6 +252,7 @@ void Player::reload()
         return;
     }
     opened_.reset();
+    tag_.reset();
     input_ = std::move(*fresh);
     for (Step& step : input_.steps)
         step.at += platform_.loop().now();
@@ -280,7 +318,7 @@ bool Player::key_pressed(unsigned keyval)
         leave_or_return(!is_away_);
         return true;
     case GDK_KEY_Escape:
-        if (!opened_->leave_screen())
+        if (!leave_screen())
             close_ad(ClosedBy::Viewer);
         return true;
     default:
@@ -323,13 +361,27 @@ void Player::ended(const AdOutcome& outcome)
         end();
 }
 
+void Player::tag_ended(const TagOutcome& outcome)
+{
+    if (outcome.error)
+        fail(options_.ad_file + ": no ad: " + outcome.why + " (VAST error " + std::to_string(*outcome.error) + ")");
+    for (const AdOutcome& ad : outcome.ads)
+        if (ad.error)
+            fail("nothing was shown: " + *ad.error);
+    if (!files_)
+        end();
+}
+
 void Player::close_ad(ClosedBy closer)
 {
     if (ends_) {
         platform_.loop().quit();
         return;
     }
-    opened_->close(closer);
+    if (opened_)
+        opened_->close(closer);
+    if (tag_)
+        tag_->close(closer);
     end();
 }
 

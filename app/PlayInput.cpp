@@ -5,7 +5,9 @@
 #include "formats/DeviceModels.h"
 #include "formats/InputError.h"
 #include "formats/InputFile.h"
+#include "platform/AddressParts.h"
 
+#include <algorithm>
 #include <filesystem>
 #include <iostream>
 #include <utility>
@@ -96,17 +98,50 @@ std::map<std::string, std::string> copies_of(const Surroundings& surroundings, c
 }
 } // namespace
 
+namespace
+{
+
+/// Whether a text is XML rather than JSON: it begins with "<", in UTF-8 or UTF-16, perhaps after a byte order mark.
+bool is_xml(std::string_view text)
+{
+    for (const std::string_view mark : {"\xef\xbb\xbf", "\xff\xfe", "\xfe\xff"})
+        if (text.starts_with(mark))
+            text.remove_prefix(mark.size());
+    const std::size_t first = text.find_first_not_of(std::string_view(" \t\r\n\0", 5));
+    return first != std::string_view::npos && text[first] == '<';
+}
+
+/// Reads an ad file, or a VAST tag.
+void read_ad_or_tag(PlayInput& input, const PlayOptions& options)
+{
+    if (AddressParts(options.ad_file).is_web()) {
+        input.tag.emplace(OpenedTag::Tag{.address = options.ad_file});
+        return;
+    }
+    std::string text = read_input_file(options.ad_file);
+    if (is_xml(text)) {
+        input.tag.emplace(OpenedTag::Tag{.text = std::move(text)});
+        return;
+    }
+    input.ad = read_ad(text, options.ad_file, AdTypes::Strict);
+    require_playable(*input.ad, options.ad_file);
+    input.folder = std::filesystem::absolute(options.ad_file).parent_path().string();
+    input.remarks = ad_remarks(*input.ad, options.ad_file);
+}
+
+} // namespace
+
 PlayInput read_play_input(const PlayOptions& options)
 {
     PlayInput input;
-    input.ad = read_ad_file(options.ad_file);
-    input.folder = std::filesystem::absolute(options.ad_file).parent_path().string();
-    input.remarks = ad_remarks(*input.ad, options.ad_file);
+    read_ad_or_tag(input, options);
 
     Surroundings surroundings = default_surroundings();
     if (!options.host_file.empty())
         surroundings = read_surroundings(read_input_file(options.host_file), options.host_file);
     choose_device(options, surroundings);
+    input.band_pixels = surroundings.device.facts.screen.value_or(CGSize{}).width *
+                        std::max(device_model(options.device).value_or(DeviceModel{}).scale, 1.0);
     if (options.locked_landscape)
         lock_to_landscape(surroundings);
     if (!options.store_page.empty())
@@ -114,8 +149,9 @@ PlayInput read_play_input(const PlayOptions& options)
     input.platform = platform_options(options, surroundings);
     input.host = surroundings.host;
     input.copies = copies_of(surroundings, options.host_file);
-    input.missing_files = missing_files(*input.ad, options.ad_file, input.folder,
-                                        [&](const std::string& address) { return input.copies.contains(address); });
+    if (input.ad)
+        input.missing_files = missing_files(*input.ad, options.ad_file, input.folder,
+                                            [&](const std::string& address) { return input.copies.contains(address); });
     input.orientation = device_orientation(options.orientation).value_or(UIDeviceOrientationPortrait);
 
     if (options.safe_areas) {

@@ -3,10 +3,12 @@
 #include "app/PlayOptions.h"
 #include "desktop/DesktopPlatform.h"
 #include "formats/Scenario.h"
+#include "host/OpenedTag.h"
 #include "platform/SafeArea.h"
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,9 +17,14 @@ namespace qoro
 
 /// The input of `qoro-ad play`, read and checked before any window opens.
 struct PlayInput {
+    /// Null with a tag.
     std::shared_ptr<QoroVideoAd> ad;
-    /// Base folder of the ad's relative addresses.
+    /// The VAST tag that leads to the ad; absent for an ad file.
+    std::optional<OpenedTag::Tag> tag;
+    /// Base folder of the ad's relative addresses; empty with a tag.
     std::string folder;
+    /// Width of the screen in pixels, which decides which media file of a tag plays.
+    double band_pixels = 0;
     DesktopPlatform::Options platform;
     HostSetup host;
     /// What the ad contains without effect, and the files that it lacks; a line each.

@@ -77,7 +77,10 @@ std::string check_megabytes(const std::string& text)
 void add_play_options(CLI::App& command, PlayOptions& options)
 {
     const CLI::Validator seconds(check_seconds, "");
-    command.add_option("ad", options.ad_file, "The ad: a JSON file with its properties under their own names")
+    command
+        .add_option("ad", options.ad_file,
+                    "The ad: a JSON file with its properties under their own names; or a VAST tag, a file or an "
+                    "address of http or https")
         ->type_name("AD.json")
         ->required();
     command

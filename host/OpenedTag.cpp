@@ -38,12 +38,6 @@ struct NoControls final : SessionControls {
     void change_device(const DeviceChange&) override {}
 };
 
-/// For an address of no server (RFC 2606, section 2). Not https, so that the page may show pictures of http servers.
-std::string page_address(std::size_t n)
-{
-    return "http://vast.invalid/" + std::to_string(n) + ".html";
-}
-
 } // namespace
 
 class OpenedTag::Run final : public std::enable_shared_from_this<Run>, public EventSink
@@ -356,6 +350,12 @@ void OpenedTag::Run::leave()
 }
 
 // ---------------------------------------------------------------------------------------------------------- OpenedTag
+
+/// In a domain without servers (RFC 2606, section 2). Not https, so that the page may show pictures of http servers.
+std::string OpenedTag::page_address(std::size_t n)
+{
+    return "http://vast.invalid/" + std::to_string(n) + ".html";
+}
 
 OpenedTag::OpenedTag(Platform& platform, const Tag& tag, OnEnd on_end, HostSetup host, TagOptions options)
     : run_(std::make_shared<Run>(platform, std::move(on_end), std::move(host), std::move(options)))

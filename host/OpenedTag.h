@@ -89,6 +89,10 @@ public:
         std::optional<std::string> text = {};
     };
 
+    /// Address of the page that the kit makes for an ad, which no server has.
+    /// @param n index of the ad
+    static std::string page_address(std::size_t n);
+
     /// Opens a tag.
     /// @param host the surroundings of each ad. Its close guard shows its button at the latest after 15 seconds in
     /// which

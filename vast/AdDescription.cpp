@@ -104,7 +104,7 @@ std::string whole_page(const std::string& language, const std::string& heading, 
     return "<!DOCTYPE html>\n<html lang=\"" + escaped(language) +
            "\">\n<head>\n<meta charset=\"utf-8\">\n"
            "<meta name=\"viewport\" content=\"width=device-width, initial-scale=1\">\n<title>" +
-           escaped(heading) + "</title>\n<script src=\"mraid.js\"></script>\n<style>" + std::string(Style) +
+           escaped(heading) + "</title>\n<!-- receives mraid.js -->\n<style>" + std::string(Style) +
            "</style>\n</head>\n<body>\n" + body + "</body>\n</html>\n";
 }
 
@@ -129,7 +129,7 @@ std::string html_page(const std::string& html, const std::string& heading, const
     if (head == std::string::npos)
         return whole_page(surroundings.language, heading, html + "\n");
     std::string page = html;
-    page.insert(head, "<script src=\"mraid.js\"></script>");
+    page.insert(head, "<!-- receives mraid.js -->");
     return page;
 }
 

@@ -24,6 +24,8 @@ constexpr int Unknown = 900;
 /// A wrapper, and those around it.
 struct Wrapping {
     std::shared_ptr<const Ad> ad;
+    /// Of the document that the wrapper is in.
+    std::string address;
     std::shared_ptr<const Wrapping> outer;
 };
 using Chain = std::shared_ptr<const Wrapping>;
@@ -135,7 +137,7 @@ private:
     void fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t n);
     void resolve_ad(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, Then then);
     void follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, Then then);
-    Found choose(const Ad& ad, const Chain& chain);
+    Found choose(const Ad& ad, const std::string& address, const Chain& chain);
     Found fail(const Ad& ad, const Chain& chain, int code, std::string why);
     void finish(Found found);
     void stop_timers();
@@ -351,7 +353,7 @@ void Resolver::Run::resolve_ad(const std::shared_ptr<const Ad>& ad, const std::s
         return then(fail(*ad, chain, *ad->error, ad->path + ": the ad is incomplete"));
     if (ad->onward)
         return follow(ad, address, chain, std::move(then));
-    then(choose(*ad, chain));
+    then(choose(*ad, address, chain));
 }
 
 void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain,
@@ -372,7 +374,7 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
             fail(*ad, chain, WrapperFailed, onward.address + ": refused, because it leads into a private network"));
     const std::size_t hop = result_.wrappers.size();
     result_.wrappers.push_back({.address = onward.address});
-    const Chain inner = std::make_shared<const Wrapping>(Wrapping{ad, chain});
+    const Chain inner = std::make_shared<const Wrapping>(Wrapping{ad, address, chain});
     const auto give_up = [this, ad, chain, then, hop](int code, const std::string& why) {
         result_.wrappers[hop].error = code;
         result_.wrappers[hop].why = why;
@@ -404,17 +406,20 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
     });
 }
 
-Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const Chain& chain)
+Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const std::string& address, const Chain& chain)
 {
     if (!ad.linear)
         return fail(ad, chain, UnexpectedLinearity, ad.path + ": the ad has no linear creative");
     ResolvedAd resolved{.ad = ad,
                         .media = choose_media(ad.linear->media_files, resolver_.support_, resolver_.options_.band),
-                        .wrappers = depth_of(chain)};
+                        .wrappers = depth_of(chain),
+                        .documents = {address}};
     if (!resolved.media.chosen)
         return fail(ad, chain, NoSupportedFile, ad.path + ": none of its media files can be played");
-    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+    for (const Wrapping* each = chain.get(); each; each = each->outer.get()) {
         merge(resolved.ad, *each->ad);
+        resolved.documents.push_back(each->address);
+    }
     return {.ads = {std::move(resolved)}};
 }
 

@@ -30,6 +30,9 @@ struct ResolvedAd {
     MediaChoice media;
     /// Number of wrappers around it.
     int wrappers = 0;
+    /// Addresses of the documents that it is made of, the inline ad's first; empty for a document that is from no
+    /// server.
+    std::vector<std::string> documents = {};
 };
 
 /// An ad that cannot be played.
