@@ -4,7 +4,7 @@
 set -eu
 
 build="g++ cmake ninja-build ccache pkg-config git gettext
-    nlohmann-json3-dev libcli11-dev libmd-dev libical-dev
+    nlohmann-json3-dev libcli11-dev libmd-dev libical-dev libpugixml-dev
     libgtk-4-dev libwebkitgtk-6.0-dev libsoup-3.0-dev libpulse-dev
     libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev"
 run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
