@@ -98,7 +98,7 @@ void append_words(std::string& out, std::initializer_list<std::pair<bool, std::s
     }
 }
 
-bool put(std::string& out, const std::optional<Values::Capabilities::Abilities>& value)
+bool put(std::string& out, const std::optional<PlayerAbilities>& value)
 {
     if (value)
         append_words(out, {{value->skip, "skip"},
@@ -110,14 +110,14 @@ bool put(std::string& out, const std::optional<Values::Capabilities::Abilities>&
     return value.has_value();
 }
 
-bool put(std::string& out, const std::optional<Values::Player::State>& value)
+bool put(std::string& out, const std::optional<PlayerState>& value)
 {
     if (value)
         append_words(out, {{value->muted, "muted"}, {value->fullscreen, "fullscreen"}});
     return value.has_value();
 }
 
-bool put(std::string& out, const std::optional<Values::Player::Inventory>& value)
+bool put(std::string& out, const std::optional<InventoryState>& value)
 {
     if (value)
         append_words(out, {{value->skippable, "skippable"},
@@ -280,6 +280,7 @@ const Macro* find_macro(std::string_view name)
 std::vector<std::string_view> macro_names()
 {
     std::vector<std::string_view> names;
+    names.reserve(Macros.size());
     for (const Macro& macro : Macros)
         names.push_back(macro.name);
     return names;

@@ -33,15 +33,15 @@ public:
     void add(std::string_view text)
     {
         for (const char c : text)
-            m_text[m_length++] = c;
+            text_[length_++] = c;
     }
     /// With leading zeros.
     /// @param number not negative, of at most that many digits
     void add(std::int64_t number, std::size_t width)
     {
-        for (std::size_t digit = m_length + width; digit > m_length; number /= 10)
-            m_text[--digit] = static_cast<char>('0' + number % 10);
-        m_length += width;
+        for (std::size_t digit = length_ + width; digit > length_; number /= 10)
+            text_[--digit] = static_cast<char>('0' + number % 10);
+        length_ += width;
     }
     /// HH%3AMM%3ASS.mmm
     void add_clock(std::int64_t milliseconds)
@@ -59,11 +59,11 @@ public:
         add(".");
         add(rest % 1000, 3);
     }
-    std::string_view text() const { return {m_text.data(), m_length}; }
+    std::string_view text() const { return {text_.data(), length_}; }
 
 private:
-    std::array<char, 64> m_text;
-    std::size_t m_length = 0;
+    std::array<char, 64> text_;
+    std::size_t length_ = 0;
 };
 
 bool degrees(std::string& out, const std::optional<double>& value, double limit)

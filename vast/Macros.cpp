@@ -57,11 +57,10 @@ Found macro_at(std::string_view address, std::size_t name, bool escaped)
 void append_value(const Macro& macro, Expansion& expansion)
 {
     const MacroValues& values = expansion.values;
-    if (!applies(macro.where, values.request.kind))
-        expansion.out += Unknown;
-    else if (macro.of_viewer && !viewer_may_be_identified(values.regulation))
+    const bool applicable = applies(macro.where, values.request.kind);
+    if (applicable && macro.of_viewer && !viewer_may_be_identified(values.regulation))
         expansion.out += Withheld;
-    else if (!macro.append(expansion))
+    else if (!applicable || !macro.append(expansion))
         expansion.out += Unknown;
 }
 

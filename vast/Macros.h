@@ -29,6 +29,34 @@ enum class AddressKind {
     VerificationNotExecuted,
 };
 
+/// What the viewer (skip, mute, fullscreen) and the player can do.
+struct PlayerAbilities {
+    bool skip = false;
+    bool mute = false;
+    /// With sound.
+    bool autoplay = false;
+    bool muted_autoplay = false;
+    bool fullscreen = false;
+    /// Shows the document's icons.
+    bool icon = false;
+};
+
+/// The player's present state.
+struct PlayerState {
+    bool muted = false;
+    bool fullscreen = false;
+};
+
+/// How the ad is offered.
+struct InventoryState {
+    bool skippable = false;
+    /// With sound.
+    bool autoplayed = false;
+    bool muted_autoplayed = false;
+    /// The viewer has chosen to see the ad.
+    bool opt_in = false;
+};
+
 /// The values of all macros, in the standard's groups. An absent value has the text -1 ("unknown"). An empty text is
 /// absent. An empty list is a known value, and its text is empty.
 struct MacroValues {
@@ -46,7 +74,7 @@ struct MacroValues {
         std::optional<int> click_x = {};
         std::optional<int> click_y = {};
         /// @}
-        /// [ERRORCODE]: VAST 4.3, section 2.3.6.3.
+        /// [ERRORCODE]: of the standard's table of errors.
         std::optional<int> error_code = {};
         /// [REASON]: 1 rejected, 2 not supported, 3 error while loading.
         std::optional<int> reason = {};
@@ -126,14 +154,6 @@ struct MacroValues {
 
     /// What the player can do.
     struct Capabilities {
-        struct Abilities {
-            bool skip = false;
-            bool mute = false;
-            bool autoplay = false;
-            bool muted_autoplay = false;
-            bool fullscreen = false;
-            bool icon = false;
-        };
         /// [VASTVERSIONS]: AdCOM's list "Creative Subtypes".
         std::optional<std::vector<int>> vast_versions = {};
         /// [APIFRAMEWORKS]: AdCOM's list "API Frameworks".
@@ -147,27 +167,17 @@ struct MacroValues {
         /// [MEDIAMIME].
         std::optional<std::vector<std::string>> media_types = {};
         /// [PLAYERCAPABILITIES].
-        std::optional<Abilities> abilities = {};
+        std::optional<PlayerAbilities> abilities = {};
         /// [CLICKTYPE]: 0 not clickable, 1 the whole video, 2 a button, 3 with a confirmation.
         std::optional<int> click_type = {};
     };
 
     /// The player and what it plays.
     struct Player {
-        struct State {
-            bool muted = false;
-            bool fullscreen = false;
-        };
-        struct Inventory {
-            bool skippable = false;
-            bool autoplayed = false;
-            bool muted_autoplayed = false;
-            bool opt_in = false;
-        };
         /// [PLAYERSTATE].
-        std::optional<State> state = {};
+        std::optional<PlayerState> state = {};
         /// [INVENTORYSTATE].
-        std::optional<Inventory> inventory = {};
+        std::optional<InventoryState> inventory = {};
         /// [PLAYERSIZE]: points. Unknown unless both are present.
         /// @{
         std::optional<int> width = {};

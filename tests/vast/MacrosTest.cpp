@@ -307,6 +307,7 @@ INSTANTIATE_TEST_SUITE_P(Standard, VastMacroRow, testing::ValuesIn(Rows),
 TEST(VastMacros, AreThoseOfTheStandardsList)
 {
     std::vector<std::string> names;
+    names.reserve(Rows.size());
     for (const Row& row : Rows)
         names.push_back(row.name);
     const auto macros = macro_names();
