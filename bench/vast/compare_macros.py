@@ -4,7 +4,7 @@
 usage: bench/vast/compare_macros.py MACROS_BENCH [--runs 5]
 
 Needs node and npm. The peer's package is installed in a temporary folder and removed afterwards. The runs of both
-alternate; the figures are medians. Fails if the two expand an address differently, apart from its time, its random
+alternate; the figures are medians, in processor time. Fails if the two expand an address differently, apart from its time, its random
 number, and a zone of zero, which they write differently.
 """
 import argparse
