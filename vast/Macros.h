@@ -154,6 +154,7 @@ struct MacroValues {
 
     /// What the player can do.
     struct Capabilities {
+        using Abilities = PlayerAbilities;
         /// [VASTVERSIONS]: AdCOM's list "Creative Subtypes".
         std::optional<std::vector<int>> vast_versions = {};
         /// [APIFRAMEWORKS]: AdCOM's list "API Frameworks".
@@ -174,6 +175,8 @@ struct MacroValues {
 
     /// The player and what it plays.
     struct Player {
+        using State = PlayerState;
+        using Inventory = InventoryState;
         /// [PLAYERSTATE].
         std::optional<PlayerState> state = {};
         /// [INVENTORYSTATE].
