@@ -54,7 +54,7 @@ auto rank(const MediaFile& file, const Band& band)
 {
     const double width = file.width.value_or(0);
     const bool fills = width >= band.width;
-    const int bitrate = file.bitrate.value_or(0);
+    const int bitrate = file.bitrate.value_or(file.max_bitrate.value_or(0));
     const bool ample = bitrate <= AmpleBitrate;
     return std::tuple(width == 0, !fills, fills ? width : -width, !ample, ample ? -bitrate : bitrate);
 }
@@ -76,10 +76,18 @@ bool CommonMediaSupport::can_play(const std::string& type, const std::string& co
         return false;
     if (codec.empty())
         return true;
-    // As in RFC 6381, or as people write them.
-    constexpr std::array<std::string_view, 8> Known{"avc1", "avc3", "h264", "h.264", "vp8", "vp9", "vp08", "vp09"};
-    const std::string name = lower(codec);
-    return std::ranges::any_of(Known, [&](std::string_view known) { return name.starts_with(known); });
+    // As in RFC 6381, or as people write them; several with commas.
+    constexpr std::array<std::string_view, 11> Known{"avc",  "h264", "h.264", "vp8",    "vp9", "vp08",
+                                                     "vp09", "mp4a", "aac",   "vorbis", "opus"};
+    const std::string names = lower(codec);
+    for (std::string_view rest = names; !rest.empty();) {
+        const std::size_t comma = std::min(rest.find(','), rest.size());
+        const std::string_view name = trimmed(rest.substr(0, comma));
+        if (std::ranges::none_of(Known, [&](std::string_view known) { return name.starts_with(known); }))
+            return false;
+        rest.remove_prefix(std::min(comma + 1, rest.size()));
+    }
+    return true;
 }
 
 MediaChoice choose_media(const std::vector<MediaFile>& files, const MediaSupport& support, const Band& band)

@@ -55,8 +55,10 @@ struct MediaFile {
     std::optional<int> width = {};
     std::optional<int> height = {};
     /// @}
-    /// Kilobits a second; of a range, the upper end.
+    /// Kilobits a second.
     std::optional<int> bitrate = {};
+    /// The upper end of a range, kilobits a second.
+    std::optional<int> max_bitrate = {};
     /// XPath of the element.
     std::string path = {};
 };
@@ -141,6 +143,14 @@ struct UniversalAdId {
     std::string value = {};
 };
 
+/// What an ad is about, in the list of an authority (VAST 4.3, section 3.4.5).
+struct Category {
+    /// Empty when absent.
+    std::string authority = {};
+    std::string code = {};
+    friend bool operator==(const Category&, const Category&) = default;
+};
+
 /// The video (VAST 4.3, section 3.8). Of a wrapper, it has trackers, click addresses and icons only.
 struct Linear {
     /// Seconds; absent when it is missing or malformed.
@@ -183,10 +193,9 @@ struct Ad {
     std::string advertiser = {};
     std::string serving_id = {};
     /// @}
-    /// Codes of the ad's categories.
-    std::vector<std::string> categories = {};
-    /// Codes of the categories that a wrapper refuses.
-    std::vector<std::string> blocked_categories = {};
+    std::vector<Category> categories = {};
+    /// What a wrapper refuses.
+    std::vector<Category> blocked_categories = {};
     std::vector<UniversalAdId> universal_ad_ids = {};
     std::vector<std::string> impressions = {};
     std::vector<std::string> errors = {};

@@ -1,8 +1,7 @@
 #include "vast/Reader.h"
 
 #include "vast/Texts.h"
-
-#include <pugixml.hpp>
+#include "vast/XmlText.h"
 
 #include <algorithm>
 #include <array>
@@ -18,77 +17,21 @@ namespace
 
 using Node = pugi::xml_node;
 
-/// Without the prefix of a namespace.
-std::string_view local_name(std::string_view name)
-{
-    return name.substr(name.find(':') + 1);
-}
-
-std::string_view name_of(const Node& node)
-{
-    return local_name(node.name());
-}
-
-bool is_element(const Node& node)
-{
-    return node.type() == pugi::node_element;
-}
-
-/// XPath of an element; an element among others of its name has its position, from 1.
-std::string path_of(const Node& node)
-{
-    std::string path;
-    for (Node each = node; is_element(each); each = each.parent()) {
-        int before = 0;
-        int all = 0;
-        for (Node sibling : each.parent().children(each.name())) {
-            ++all;
-            if (sibling == each)
-                before = all;
-        }
-        const std::string position = all > 1 ? "[" + std::to_string(before) + "]" : "";
-        path.insert(0, "/" + std::string(name_of(each)) + position);
-    }
-    return path;
-}
-
-std::string text_of(const Node& node)
-{
-    std::string text;
-    for (const Node& child : node.children())
-        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
-            text += child.value();
-    return std::string(trimmed(text));
-}
-
-/// An attribute's value; empty when it is absent.
-std::string attribute(const Node& node, std::string_view name)
-{
-    for (const pugi::xml_attribute& each : node.attributes())
-        if (local_name(each.name()) == name)
-            return std::string(trimmed(each.value()));
-    return {};
-}
-
-bool has_attribute(const Node& node, std::string_view name)
-{
-    return std::ranges::any_of(node.attributes(), [name](const auto& each) { return local_name(each.name()) == name; });
-}
-
 /// What has no effect, noted as it is found.
 class Notes
 {
 public:
-    explicit Notes(std::vector<Ignored>& list) : list_(list) {}
+    Notes(const Paths& paths, std::vector<Ignored>& list) : paths_(paths), list_(list) {}
 
     void add(const Node& node, const std::string& why) const { add(node, std::string(name_of(node)), why); }
     /// About an attribute of an element.
     void add(const Node& node, const std::string& name, const std::string& why) const
     {
-        list_.push_back({name, why, path_of(node)});
+        list_.push_back({name, why, paths_.of(node)});
     }
 
 private:
+    const Paths& paths_;
     std::vector<Ignored>& list_;
 };
 
@@ -104,10 +47,20 @@ struct Unsupported {
     std::string_view why;
 };
 
+Node child_of(const Node& parent, std::string_view name)
+{
+    return parent.find_child([name](const Node& child) { return is_element(child) && name_of(child) == name; });
+}
+
+bool has_child(const Node& parent, std::string_view name)
+{
+    return static_cast<bool>(child_of(parent, name));
+}
+
 class Reader
 {
 public:
-    explicit Reader(std::vector<Ignored>& notes) : notes_(notes) {}
+    Reader(const Paths& paths, std::vector<Ignored>& notes) : paths_(paths), notes_(paths, notes) {}
 
     void read(const Node& root, Document& document) const;
 
@@ -116,6 +69,7 @@ private:
     void read_content(const Node& node, Ad& ad) const;
     void read_onward(const Node& node, Ad& ad) const;
     void read_creative(const Node& node, Ad& ad) const;
+    void read_linear_of_wrapper(const Node& node, Ad& ad) const;
     void read_linear(const Node& node, Linear& linear) const;
     void read_media_files(const Node& node, Linear& linear) const;
     MediaFile read_media_file(const Node& node) const;
@@ -125,6 +79,10 @@ private:
     void read_verifications(const Node& node, Ad& ad) const;
     void read_extensions(const Node& node, Ad& ad) const;
     void read_viewable(const Node& node, Viewable& viewable) const;
+    void read_category(const Node& node, std::vector<Category>& categories) const;
+    void read_blocked_categories(const Node& node, std::vector<Category>& categories) const;
+    /// Notes a child that is missing.
+    void require(const Node& parent, const char* name) const;
 
     /// Reads each child by its name. Others are noted.
     void visit(const Node& parent, std::initializer_list<Child> children,
@@ -132,18 +90,51 @@ private:
     Child address(std::string_view name, std::string& place) const;
     Child addresses(std::string_view name, std::vector<std::string>& place) const;
     Child text(std::string_view name, std::string& place) const;
-    Child texts(std::string_view name, std::vector<std::string>& place) const;
     Child resource(std::string_view name, Resource::Kind kind, std::vector<Resource>& place) const;
     /// The address in an element; empty when there is none, which is noted.
     std::string address_in(const Node& node) const;
     /// An attribute, read by one of the functions of Texts.h; absent when missing, and, with a note, when malformed.
     template <typename Result>
-    std::optional<Result> value(const Node& node, std::string_view name,
-                                std::optional<Result> (*parse)(std::string_view), std::string_view expected) const;
+    std::optional<Result> value(const Node& node, const char* name, std::optional<Result> (*parse)(std::string_view),
+                                std::string_view expected) const;
 
+    const Paths& paths_;
     Notes notes_;
 };
 
+/// Of the tracking events of VAST 2.0 to 4.3, all that it names.
+constexpr std::array<std::string_view, 32> Events{"acceptInvitation",
+                                                  "acceptInvitationLinear",
+                                                  "adCollapse",
+                                                  "adExpand",
+                                                  "close",
+                                                  "closeLinear",
+                                                  "collapse",
+                                                  "complete",
+                                                  "creativeView",
+                                                  "exitFullscreen",
+                                                  "expand",
+                                                  "firstQuartile",
+                                                  "fullscreen",
+                                                  "interactiveStart",
+                                                  "loaded",
+                                                  "midpoint",
+                                                  "minimize",
+                                                  "mute",
+                                                  "notUsed",
+                                                  "otherAdInteraction",
+                                                  "overlayViewDuration",
+                                                  "pause",
+                                                  "playerCollapse",
+                                                  "playerExpand",
+                                                  "progress",
+                                                  "resume",
+                                                  "rewind",
+                                                  "skip",
+                                                  "start",
+                                                  "thirdQuartile",
+                                                  "timeSpentViewing",
+                                                  "unmute"};
 constexpr std::string_view Pixels = "is no number of pixels";
 constexpr std::string_view NoEffect = "has no effect here";
 
@@ -172,7 +163,8 @@ std::string Reader::address_in(const Node& node) const
     else if (!is_address(address)) {
         notes_.add(node, "is no http or https address");
         address.clear();
-    }
+    } else if (has_blanks(address))
+        notes_.add(node, "has blanks, which are requested percent-encoded");
     return address;
 }
 
@@ -207,14 +199,6 @@ Child Reader::text(std::string_view name, std::string& place) const
             }};
 }
 
-Child Reader::texts(std::string_view name, std::vector<std::string>& place) const
-{
-    return {name, [&place](const Node& node) {
-                if (std::string text = text_of(node); !text.empty())
-                    place.push_back(std::move(text));
-            }};
-}
-
 Child Reader::resource(std::string_view name, Resource::Kind kind, std::vector<Resource>& place) const
 {
     return {name, [this, kind, &place](const Node& node) {
@@ -227,8 +211,14 @@ Child Reader::resource(std::string_view name, Resource::Kind kind, std::vector<R
             }};
 }
 
+void Reader::require(const Node& parent, const char* name) const
+{
+    if (!has_child(parent, name))
+        notes_.add(parent, name, "is missing");
+}
+
 template <typename Result>
-std::optional<Result> Reader::value(const Node& node, std::string_view name,
+std::optional<Result> Reader::value(const Node& node, const char* name,
                                     std::optional<Result> (*parse)(std::string_view), std::string_view expected) const
 {
     if (!has_attribute(node, name))
@@ -248,7 +238,7 @@ void Reader::read(const Node& root, Document& document) const
     visit(root, {{"Ad",
                   [&](const Node& node) {
                       std::vector<Ignored> notes;
-                      Ad ad = Reader(notes).read_ad(node);
+                      Ad ad = Reader(paths_, notes).read_ad(node);
                       ad.ignored = std::move(notes);
                       document.ads.push_back(std::move(ad));
                   }},
@@ -258,14 +248,16 @@ void Reader::read(const Node& root, Document& document) const
 Ad Reader::read_ad(const Node& node) const
 {
     Ad ad{.id = attribute(node, "id"),
-          .sequence = value(node, "sequence", whole_number_in, "is no position in a pod"),
-          .path = path_of(node)};
+          .sequence = value(node, "sequence", position_in, "is no position in a pod (1, 2, …)"),
+          .path = paths_.of(node)};
     if (const std::string type = attribute(node, "adType"); !type.empty())
         ad.type = type;
     if (ad.type != "video" && ad.type != "audio" && ad.type != "hybrid") {
         notes_.add(node, "adType", "\"" + ad.type + "\" is not video, audio or hybrid; read as video");
         ad.type = "video";
     }
+    if (boolean_in(attribute(node, "conditionalAd")) == true)
+        notes_.add(node, "conditionalAd", "no code decides whether the ad is served");
     bool found = false;
     const auto once = [&](void (Reader::*reads)(const Node&, Ad&) const) {
         return [this, &ad, &found, reads](const Node& content) {
@@ -294,10 +286,9 @@ void Reader::read_onward(const Node& node, Ad& ad) const
         value(node, "allowMultipleAds", boolean_in, Boolean).value_or(onward.allow_multiple_ads);
     onward.fallback_on_no_ad = value(node, "fallbackOnNoAd", boolean_in, Boolean);
     read_content(node, ad);
-    if (onward.address.empty()) {
-        notes_.add(node, "has no VASTAdTagURI");
-        ad.error = 101;
-    }
+    require(node, "VASTAdTagURI");
+    if (onward.address.empty())
+        ad.error = text_of(child_of(node, "VASTAdTagURI")).empty() ? 101 : 300;
 }
 
 /// What InLine and Wrapper have in common, and what only one of them may have.
@@ -312,8 +303,8 @@ void Reader::read_content(const Node& node, Ad& ad) const
            text("AdTitle", ad.title),
            text("Advertiser", ad.advertiser),
            text("AdServingId", ad.serving_id),
-           texts("Category", ad.categories),
-           texts("BlockedAdCategories", ad.blocked_categories),
+           {"Category", [&](const Node& each) { read_category(each, ad.categories); }},
+           {"BlockedAdCategories", [&](const Node& each) { read_blocked_categories(each, ad.blocked_categories); }},
            addresses("Impression", ad.impressions),
            addresses("Error", ad.errors),
            address("VASTAdTagURI", onward),
@@ -323,10 +314,40 @@ void Reader::read_content(const Node& node, Ad& ad) const
            {"Extensions", [&](const Node& list) { read_extensions(list, ad); }},
            {"Creatives", creatives}},
           {{"Survey", "surveys are not supported"}, {"Pricing", NoEffect}, {"Expires", NoEffect}});
-    if (ad.onward)
+    if (ad.onward) {
         ad.onward->address = std::move(onward);
-    else if (ad.impressions.empty())
-        notes_.add(node, "Impression", "is missing");
+        return;
+    }
+    if (!onward.empty())
+        notes_.add(node, "VASTAdTagURI", "only a Wrapper leads to another document");
+    for (const char* required : {"AdSystem", "AdTitle", "Impression"})
+        require(node, required);
+    if (!has_child(child_of(node, "Creatives"), "Creative")) {
+        notes_.add(node, "Creative", "is missing");
+        ad.error = 101;
+    }
+}
+
+void Reader::read_category(const Node& node, std::vector<Category>& categories) const
+{
+    if (std::string code = text_of(node); !code.empty())
+        categories.push_back({attribute(node, "authority"), std::move(code)});
+    else
+        notes_.add(node, "is empty");
+}
+
+/// A list with commas.
+void Reader::read_blocked_categories(const Node& node, std::vector<Category>& categories) const
+{
+    const std::string text = text_of(node);
+    if (text.empty())
+        notes_.add(node, "is empty");
+    for (std::string_view rest = text; !rest.empty();) {
+        const std::size_t comma = std::min(rest.find(','), rest.size());
+        if (const std::string_view code = trimmed(rest.substr(0, comma)); !code.empty())
+            categories.push_back({attribute(node, "authority"), std::string(code)});
+        rest.remove_prefix(std::min(comma + 1, rest.size()));
+    }
 }
 
 void Reader::read_viewable(const Node& node, Viewable& viewable) const
@@ -383,14 +404,19 @@ void Reader::read_creative(const Node& node, Ad& ad) const
         ad.universal_ad_ids.push_back({attribute(each, "idRegistry"), std::move(value)});
     };
     const auto linear = [&](const Node& each) {
+        if (ad.onward)
+            return read_linear_of_wrapper(each, ad);
+        // Of several, the first one with a file plays.
+        const auto has_file = [](const Node& one) { return has_child(child_of(one, "MediaFiles"), "MediaFile"); };
+        if (ad.linear && (!ad.linear->media_files.empty() || !has_file(each)))
+            return notes_.add(each, "only one linear creative counts");
         if (ad.linear)
-            return notes_.add(each, "only the first linear creative counts");
+            notes_.add(each, "replaces a linear creative without a file");
         ad.linear.emplace();
         read_linear(each, *ad.linear);
-        if (ad.onward)
-            return;
-        if (!ad.linear->duration && !each.find_child([](const Node& c) { return name_of(c) == "Duration"; }))
-            notes_.add(each, "Duration", "is missing");
+        require(each, "Duration");
+        if (!has_file(each))
+            notes_.add(each, "MediaFile", "is missing");
     };
     const auto companions = [&](const Node& list) {
         std::optional<std::string> required;
@@ -411,10 +437,33 @@ void Reader::read_creative(const Node& node, Ad& ad) const
            {"CreativeExtensions", "extensions are not supported"}});
 }
 
+/// Several linear creatives of a wrapper add up: each has trackers for the one video.
+void Reader::read_linear_of_wrapper(const Node& node, Ad& ad) const
+{
+    if (!ad.linear)
+        ad.linear.emplace();
+    Linear linear;
+    read_linear(node, linear);
+    const auto refuse = [&](bool given, const char* name) {
+        if (given)
+            notes_.add(node, name, "has no effect in a wrapper");
+    };
+    refuse(linear.duration.has_value(), "Duration");
+    refuse(linear.skip_offset.has_value(), "skipoffset");
+    refuse(!linear.media_files.empty(), "MediaFiles");
+    refuse(!linear.click_through.empty(), "ClickThrough");
+    std::ranges::move(linear.trackers, std::back_inserter(ad.linear->trackers));
+    std::ranges::move(linear.click_tracking, std::back_inserter(ad.linear->click_tracking));
+    std::ranges::move(linear.custom_click, std::back_inserter(ad.linear->custom_click));
+    std::ranges::move(linear.icons, std::back_inserter(ad.linear->icons));
+}
+
 void Reader::read_linear(const Node& node, Linear& linear) const
 {
     linear.skip_offset = value(node, "skipoffset", offset_in, "is no time HH:MM:SS.mmm and no percentage");
     const auto duration = [&](const Node& each) {
+        if (each != child_of(node, "Duration"))
+            return notes_.add(each, "only the first counts");
         linear.duration = time_in(text_of(each));
         if (!linear.duration)
             notes_.add(each, "\"" + text_of(each).substr(0, 80) + "\" is no time HH:MM:SS.mmm");
@@ -446,18 +495,16 @@ void Reader::read_media_files(const Node& node, Linear& linear) const
 
 MediaFile Reader::read_media_file(const Node& node) const
 {
-    MediaFile file{.address = text_of(node),
-                   .type = attribute(node, "type"),
-                   .delivery = attribute(node, "delivery"),
-                   .codec = attribute(node, "codec"),
-                   .api_framework = attribute(node, "apiFramework"),
-                   .width = value(node, "width", whole_number_in, Pixels),
-                   .height = value(node, "height", whole_number_in, Pixels),
-                   .bitrate = value(node, "bitrate", whole_number_in, "is no number of kilobits a second"),
-                   .path = path_of(node)};
-    if (!file.bitrate)
-        file.bitrate = value(node, "maxBitrate", whole_number_in, "is no number of kilobits a second");
-    return file;
+    return {.address = text_of(node),
+            .type = attribute(node, "type"),
+            .delivery = attribute(node, "delivery"),
+            .codec = attribute(node, "codec"),
+            .api_framework = attribute(node, "apiFramework"),
+            .width = value(node, "width", whole_number_in, Pixels),
+            .height = value(node, "height", whole_number_in, Pixels),
+            .bitrate = value(node, "bitrate", whole_number_in, "is no number of kilobits a second"),
+            .max_bitrate = value(node, "maxBitrate", whole_number_in, "is no number of kilobits a second"),
+            .path = paths_.of(node)};
 }
 
 void Reader::read_trackers(const Node& node, std::vector<Tracker>& trackers) const
@@ -471,8 +518,9 @@ void Reader::read_trackers(const Node& node, std::vector<Tracker>& trackers) con
             if (!tracker.offset && !has_attribute(each, "offset"))
                 notes_.add(each, "offset", "is missing");
             if (!tracker.offset)
-                return;
-        }
+                tracker.address.clear();
+        } else if (std::ranges::find(Events, tracker.event) == Events.end())
+            notes_.add(each, "event", "\"" + tracker.event.substr(0, 80) + "\" is no event of the standard");
         trackers.push_back(std::move(tracker));
     };
     visit(node, {{"Tracking", tracking}});
@@ -508,7 +556,7 @@ Companion Reader::read_companion(const Node& node, const std::optional<std::stri
                         .width = value(node, "width", number_in, Pixels),
                         .height = value(node, "height", number_in, Pixels),
                         .required = required,
-                        .path = path_of(node)};
+                        .path = paths_.of(node)};
     std::vector<Tracker> trackers;
     visit(node,
           {resource("StaticResource", Resource::Kind::Static, companion.resources),
@@ -529,63 +577,19 @@ Companion Reader::read_companion(const Node& node, const std::optional<std::stri
     return companion;
 }
 
-// --------------------------------------------------------------------------------------------------------- the text
+// ------------------------------------------------------------------------------------------------------- the document
 
-/// Line and column of an offset into UTF-8, or else the number of the character.
-std::string place_of(std::string_view bytes, std::ptrdiff_t offset)
-{
-    const auto position = static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0));
-    if (bytes.substr(0, 4).find('\0') != std::string_view::npos || bytes.starts_with("\xff\xfe") ||
-        bytes.starts_with("\xfe\xff"))
-        return "character " + std::to_string(position + 1);
-    const std::string_view before = bytes.substr(0, position);
-    const auto line = std::ranges::count(before, '\n') + 1;
-    const std::size_t column = before.size() - (before.rfind('\n') + 1) + 1;
-    return "line " + std::to_string(line) + ", column " + std::to_string(column);
-}
-
-void require_within(const pugi::xml_document& xml, std::string_view bytes, const DocumentLimits& limits)
-{
-    int elements = 0;
-    int depth = 0;
-    Node node = xml;
-    const auto refuse = [&](const std::string& what) {
-        throw DocumentError(100, place_of(bytes, node.offset_debug()) + ": " + what);
-    };
-    // In document order, without recursion.
-    for (;;) {
-        if (node.first_child()) {
-            node = node.first_child();
-            ++depth;
-        } else {
-            while (node != xml && !node.next_sibling()) {
-                node = node.parent();
-                --depth;
-            }
-            if (node == xml)
-                return;
-            node = node.next_sibling();
-        }
-        if (!is_element(node))
-            continue;
-        if (++elements > limits.elements)
-            refuse("the document has more than " + std::to_string(limits.elements) + " elements");
-        if (depth > limits.depth)
-            refuse("the document has more than " + std::to_string(limits.depth) + " levels of elements");
-    }
-}
-
-std::string require_version(const Node& root, Notes notes)
+std::string require_version(const Node& root, const Paths& paths, const Notes& notes)
 {
     const std::string_view name = name_of(root);
     if (name == "VideoAdServingTemplate")
-        throw DocumentError(102, path_of(root) + ": VAST 1 is not supported; expected VAST 2.0 to 4.3");
+        throw DocumentError(102, paths.of(root) + ": VAST 1 is not supported; expected VAST 2.0 to 4.3");
     if (name == "DAAST")
-        throw DocumentError(102, path_of(root) + ": DAAST is not supported; expected VAST 2.0 to 4.3");
+        throw DocumentError(102, paths.of(root) + ": DAAST is not supported; expected VAST 2.0 to 4.3");
     if (equal_names(name, "VMAP"))
-        throw DocumentError(101, path_of(root) + ": VMAP is not supported; expected VAST 2.0 to 4.3");
+        throw DocumentError(101, paths.of(root) + ": VMAP is not supported; expected VAST 2.0 to 4.3");
     if (name != "VAST")
-        throw DocumentError(101, path_of(root) + ": expected the element VAST");
+        throw DocumentError(101, paths.of(root) + ": expected the element VAST");
     std::string version = attribute(root, "version");
     if (version.empty()) {
         notes.add(root, "version", "is missing");
@@ -594,7 +598,7 @@ std::string require_version(const Node& root, Notes notes)
     const std::string major = version.substr(0, version.find('.'));
     if (major != "2" && major != "3" && major != "4")
         throw DocumentError(102,
-                            path_of(root) + "/@version: expected 2.0 to 4.3, got \"" + version.substr(0, 20) + "\"");
+                            paths.of(root) + "/@version: expected 2.0 to 4.3, got \"" + version.substr(0, 20) + "\"");
     return version;
 }
 
@@ -602,21 +606,14 @@ std::string require_version(const Node& root, Notes notes)
 
 Document read_document(std::string_view bytes, const DocumentLimits& limits)
 {
-    if (bytes.size() > limits.bytes)
-        throw DocumentError(100, "byte " + std::to_string(limits.bytes + 1) + ": the document is larger than " +
-                                     std::to_string(limits.bytes) + " bytes");
     pugi::xml_document xml;
-    const pugi::xml_parse_result parsed = xml.load_buffer(bytes.data(), bytes.size());
-    if (!parsed)
-        throw DocumentError(100, place_of(bytes, parsed.offset) + ": not XML: " + parsed.description());
-    require_within(xml, bytes, limits);
+    const int elements = parse_xml(xml, bytes, limits);
+    const Paths paths(xml, elements);
     const Node root = xml.document_element();
-    if (!root)
-        throw DocumentError(100, "line 1, column 1: expected the element VAST, got no element");
     Document document;
-    document.version = require_version(root, Notes(document.ignored));
+    document.version = require_version(root, paths, Notes(paths, document.ignored));
     std::vector<Ignored> notes;
-    Reader(notes).read(root, document);
+    Reader(paths, notes).read(root, document);
     document.ignored.insert(document.ignored.end(), notes.begin(), notes.end());
     return document;
 }

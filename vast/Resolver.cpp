@@ -14,6 +14,7 @@ namespace
 
 // The standard's codes (VAST 4.3, section 2.3.6).
 constexpr int UnexpectedLinearity = 201;
+constexpr int BlockedCategory = 205;
 constexpr int WrapperFailed = 300;
 constexpr int TimedOut = 301;
 constexpr int TooManyWrappers = 302;
@@ -80,6 +81,33 @@ void merge(Ad& ad, const Ad& wrapper)
     append(ad.linear->icons, wrapper.linear->icons);
 }
 
+/// A category of an ad that one of its wrappers refuses (VAST 4.3, section 3.19.2); null without one. Codes of
+/// different authorities differ.
+const Category* blocked_category(const Ad& ad, const Chain& chain)
+{
+    const auto equal = [](const Category& one, const Category& other) {
+        return equal_names(one.code, other.code) &&
+               (one.authority.empty() || other.authority.empty() || equal_names(one.authority, other.authority));
+    };
+    for (const Category& category : ad.categories)
+        for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+            for (const Category& blocked : each->ad->blocked_categories)
+                if (equal(category, blocked))
+                    return &category;
+    return nullptr;
+}
+
+/// The ads that a wrapper permits of a document: all, or the first stand-alone one. A single ad is always permitted.
+std::vector<Ad> permitted(std::vector<Ad> ads, bool multiple)
+{
+    if (multiple || ads.size() < 2)
+        return ads;
+    const auto first = std::ranges::find_if(ads, [](const Ad& ad) { return !ad.sequence; });
+    if (first == ads.end())
+        return {};
+    return {std::move(*first)};
+}
+
 std::vector<std::string> errors_of(const Ad& ad, const Chain& chain)
 {
     std::vector<std::string> errors = ad.errors;
@@ -94,10 +122,7 @@ std::vector<std::string> errors_of(const Ad& ad, const Chain& chain)
 class Resolver::Run : public std::enable_shared_from_this<Run>
 {
 public:
-    Run(Resolver& resolver, Done done) : resolver_(resolver), loop_(resolver.loop_), done_(std::move(done)) {}
-    ~Run() { stop_timers(); }
-    Run(const Run&) = delete;
-    Run& operator=(const Run&) = delete;
+    Run(Resolver& resolver, Done done) : resolver_(resolver), done_(std::move(done)) {}
 
     void fetch_tag(const std::string& address);
     void read_tag(Document document, const std::string& address);
@@ -131,13 +156,15 @@ private:
 
     void begin();
     void fetch(const std::string& address, Answer answer);
-    void resolve_document(const Document& document, const std::string& address, const Chain& chain, bool multiple,
-                          Then then);
+    void note_errors(const Document& document, const Chain& chain);
+    void resolve_ads(std::vector<Ad> ads, const std::string& address, const Chain& chain, Then then);
+    void take(const std::shared_ptr<Choice>& choice, std::size_t n, Found found);
     void try_next_alone(const std::shared_ptr<Choice>& choice, Found first);
     void fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t n);
-    void resolve_ad(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, Then then);
-    void follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, Then then);
-    Found choose(const Ad& ad, const std::string& address, const Chain& chain);
+    std::optional<Found> resolve_now(const Ad& ad, const std::string& address, const Chain& chain);
+    std::optional<Found> refuse_to_follow(const Ad& ad, const std::string& address, const Chain& chain);
+    void follow(const std::shared_ptr<const Ad>& ad, const Chain& chain, Then then);
+    Found choose(const Ad& ad, const Chain& chain);
     Found fail(const Ad& ad, const Chain& chain, int code, std::string why);
     void finish(Found found);
     void stop_timers();
@@ -146,6 +173,8 @@ private:
     Resolver& resolver_;
     MainLoop& loop_;
     Done done_;
+    /// The tag's own address; empty for a text.
+    std::string tag_;
     Resolution result_;
     /// Error addresses of each document, with its depth.
     std::vector<std::pair<int, std::vector<std::string>>> errors_;
@@ -191,9 +220,7 @@ void Resolver::Run::cancel()
 void Resolver::Run::fetch(const std::string& address, Answer answer)
 {
     const ResolverOptions& options = resolver_.options_;
-    if (over_)
-        return answer({}, true);
-    const std::string asked = options.expand ? options.expand(address) : address;
+    const std::string asked = requestable(options.expand ? options.expand(address) : address);
     if (options.requests)
         options.requests(asked);
     const auto timer = std::make_shared<TimerId>(0);
@@ -222,6 +249,7 @@ void Resolver::Run::fetch(const std::string& address, Answer answer)
 
 void Resolver::Run::fetch_tag(const std::string& address)
 {
+    tag_ = address;
     begin();
     fetch(address, [this](const FetchAnswer& answer, bool timed_out) {
         if (timed_out || !answer.ok)
@@ -244,7 +272,8 @@ void Resolver::Run::read_tag(Document document, const std::string& address)
         begin();
     result_.version = document.version;
     result_.ignored = document.ignored;
-    resolve_document(document, address, nullptr, true, [this](Found found) { finish(std::move(found)); });
+    note_errors(document, nullptr);
+    resolve_ads(std::move(document.ads), address, nullptr, [this](Found found) { finish(std::move(found)); });
 }
 
 void Resolver::Run::finish(Found found)
@@ -270,27 +299,23 @@ void Resolver::Run::finish(Found found)
 
 // --------------------------------------------------------------------------------------------------- documents and ads
 
-/// @param multiple whether a pod, and more than one stand-alone ad, are permitted
-void Resolver::Run::resolve_document(const Document& document, const std::string& address, const Chain& chain,
-                                     bool multiple, Then then)
+void Resolver::Run::note_errors(const Document& document, const Chain& chain)
 {
     std::vector<std::string> errors;
-    const auto choice = std::make_shared<Choice>();
-    for (const Ad& ad : document.ads) {
+    for (const Ad& ad : document.ads)
         append(errors, ad.errors);
-        const auto shared = std::make_shared<const Ad>(ad);
-        (ad.sequence ? choice->pod : choice->alone).push_back(shared);
-    }
     append(errors, document.errors);
     errors_.emplace_back(depth_of(chain), std::move(errors));
-    std::ranges::stable_sort(choice->pod, {}, [](const auto& ad) { return *ad->sequence; });
-    if (!multiple) {
-        // Of a pod alone, its first ad: the response has an ad, and one is permitted.
-        if (choice->alone.empty() && !choice->pod.empty())
-            choice->alone.push_back(choice->pod.front());
-        choice->alone.resize(std::min<std::size_t>(choice->alone.size(), 1));
-        choice->pod.clear();
+}
+
+void Resolver::Run::resolve_ads(std::vector<Ad> ads, const std::string& address, const Chain& chain, Then then)
+{
+    const auto choice = std::make_shared<Choice>();
+    for (Ad& ad : ads) {
+        auto& list = ad.sequence ? choice->pod : choice->alone;
+        list.push_back(std::make_shared<const Ad>(std::move(ad)));
     }
+    std::ranges::stable_sort(choice->pod, {}, [](const auto& ad) { return *ad->sequence; });
     choice->chain = chain;
     choice->address = address;
     choice->then = std::move(then);
@@ -299,27 +324,41 @@ void Resolver::Run::resolve_document(const Document& document, const std::string
     choice->found.resize(choice->pod.size());
     choice->outstanding = choice->pod.size();
     for (std::size_t n = 0; n < choice->pod.size(); ++n)
-        resolve_ad(choice->pod[n], address, chain, [this, choice, n](Found found) {
-            choice->found[n] = std::move(found);
-            if (--choice->outstanding == 0)
-                fill_gaps(choice, 0);
-        });
+        if (auto found = resolve_now(*choice->pod[n], address, chain))
+            take(choice, n, std::move(*found));
+        else
+            follow(choice->pod[n], chain, [this, choice, n](Found followed) { take(choice, n, std::move(followed)); });
+}
+
+/// Takes what an ad of the pod leads to.
+void Resolver::Run::take(const std::shared_ptr<Choice>& choice, std::size_t n, Found found)
+{
+    choice->found[n] = std::move(found);
+    if (--choice->outstanding == 0)
+        fill_gaps(choice, 0);
 }
 
 /// Tries the stand-alone ads one after the other, until one can be played.
 /// @param first why the first one tried cannot be played
 void Resolver::Run::try_next_alone(const std::shared_ptr<Choice>& choice, Found first)
 {
-    if (choice->next == choice->alone.size())
-        return choice->then(std::move(first));
-    const bool is_first = choice->next == 0;
-    resolve_ad(choice->alone[choice->next++], choice->address, choice->chain,
-               [this, choice, is_first, first = std::move(first)](Found found) {
-                   if (!found.ads.empty())
-                       choice->then(std::move(found));
-                   else
-                       try_next_alone(choice, is_first ? std::move(found) : first);
-               });
+    while (choice->next < choice->alone.size()) {
+        const bool is_first = choice->next == 0;
+        const auto ad = choice->alone[choice->next++];
+        auto found = resolve_now(*ad, choice->address, choice->chain);
+        if (!found)
+            return follow(ad, choice->chain, [this, choice, is_first, first = std::move(first)](Found followed) {
+                if (!followed.ads.empty())
+                    choice->then(std::move(followed));
+                else
+                    try_next_alone(choice, is_first ? std::move(followed) : first);
+            });
+        if (!found->ads.empty())
+            return choice->then(std::move(*found));
+        if (is_first)
+            first = std::move(*found);
+    }
+    choice->then(std::move(first));
 }
 
 /// Replaces the pod's ads that cannot be played with stand-alone ads.
@@ -330,57 +369,70 @@ void Resolver::Run::fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t
         const auto& onward = choice->pod[position]->onward;
         return choice->found[position].ads.empty() && !(onward && onward->fallback_on_no_ad == false);
     };
-    while (n < choice->pod.size() && !has_gap(n))
-        ++n;
-    if (n < choice->pod.size() && choice->next < choice->alone.size())
-        return resolve_ad(choice->alone[choice->next++], choice->address, choice->chain,
-                          [this, choice, n](Found found) {
-                              if (!found.ads.empty())
-                                  choice->found[n] = std::move(found);
-                              fill_gaps(choice, n);
-                          });
-    Found all = choice->found.front();
-    all.ads.clear();
+    for (; n < choice->pod.size(); ++n)
+        while (has_gap(n) && choice->next < choice->alone.size()) {
+            const auto ad = choice->alone[choice->next++];
+            auto found = resolve_now(*ad, choice->address, choice->chain);
+            if (!found)
+                return follow(ad, choice->chain, [this, choice, n](Found followed) {
+                    if (!followed.ads.empty())
+                        choice->found[n] = std::move(followed);
+                    fill_gaps(choice, n);
+                });
+            if (!found->ads.empty())
+                choice->found[n] = std::move(*found);
+        }
+    Found all{.code = choice->found.front().code, .why = choice->found.front().why};
     for (Found& found : choice->found)
         std::ranges::move(found.ads, std::back_inserter(all.ads));
     choice->then(std::move(all));
 }
 
-void Resolver::Run::resolve_ad(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain,
-                               Then then)
+/// What an ad leads to; absent for a wrapper that can be followed.
+std::optional<Resolver::Run::Found> Resolver::Run::resolve_now(const Ad& ad, const std::string& address,
+                                                               const Chain& chain)
 {
-    if (ad->error)
-        return then(fail(*ad, chain, *ad->error, ad->path + ": the ad is incomplete"));
-    if (ad->onward)
-        return follow(ad, address, chain, std::move(then));
-    then(choose(*ad, address, chain));
+    if (ad.error)
+        return fail(ad, chain, *ad.error, ad.path + ": the ad is incomplete");
+    if (ad.onward)
+        return refuse_to_follow(ad, address, chain);
+    return choose(ad, chain);
 }
 
-void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain,
-                           Then then)
+/// Why a wrapper is not followed; absent when it is.
+/// @param address of the wrapper's document
+std::optional<Resolver::Run::Found> Resolver::Run::refuse_to_follow(const Ad& ad, const std::string& address,
+                                                                    const Chain& chain)
 {
     const ResolverOptions& options = resolver_.options_;
-    const Onward& onward = *ad->onward;
+    const std::string& onward = ad.onward->address;
+    const auto refuse = [&](int code, const std::string& why) { return fail(ad, chain, code, ad.path + ": " + why); };
+    if (over_)
+        return refuse(TimedOut, "the time for the whole tag is over");
     if (depth_of(chain) >= options.wrappers)
-        return then(fail(*ad, chain, TooManyWrappers,
-                         ad->path + ": more than " + std::to_string(options.wrappers) + " wrappers"));
+        return refuse(TooManyWrappers, "more than " + std::to_string(options.wrappers) + " wrappers");
+    if (result_.wrappers.size() >= options.documents)
+        return refuse(TooManyWrappers, "more than " + std::to_string(options.documents) + " documents");
     if (!permits_wrappers(chain))
-        return then(fail(*ad, chain, TooManyWrappers,
-                         ad->path + ": a wrapper before it permits no further ones (followAdditionalWrappers)"));
-    if (leads_through(chain, onward.address))
-        return then(fail(*ad, chain, TooManyWrappers, ad->path + ": the wrappers lead in a circle"));
-    if (options.permits && !options.permits(address, onward.address))
-        return then(
-            fail(*ad, chain, WrapperFailed, onward.address + ": refused, because it leads into a private network"));
+        return refuse(TooManyWrappers, "a wrapper before it permits no further ones (followAdditionalWrappers)");
+    if (onward == tag_ || leads_through(chain, onward))
+        return refuse(TooManyWrappers, "the wrappers lead in a circle");
+    if (options.permits && !options.permits(address, onward))
+        return refuse(WrapperFailed, onward + " is refused, because it leads into a private network");
+    return std::nullopt;
+}
+
+void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const Chain& chain, Then then)
+{
     const std::size_t hop = result_.wrappers.size();
-    result_.wrappers.push_back({.address = onward.address});
-    const Chain inner = std::make_shared<const Wrapping>(Wrapping{ad, address, chain});
+    result_.wrappers.push_back({.address = ad->onward->address});
+    const Chain inner = std::make_shared<const Wrapping>(Wrapping{ad, chain});
     const auto give_up = [this, ad, chain, then, hop](int code, const std::string& why) {
         result_.wrappers[hop].error = code;
         result_.wrappers[hop].why = why;
         then(fail(*ad, chain, code, ad->onward->address + ": " + why));
     };
-    fetch(onward.address, [this, ad, chain, inner, then, give_up](const FetchAnswer& answer, bool timed_out) {
+    fetch(ad->onward->address, [this, ad, inner, then, give_up](const FetchAnswer& answer, bool timed_out) {
         if (timed_out || !answer.ok)
             return give_up(TimedOut, timed_out ? "no answer in time" : answer.error);
         if (trimmed(answer.body).empty())
@@ -391,18 +443,23 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
         } catch (const DocumentError& error) {
             return give_up(error.code, error.what());
         }
-        if (document.ads.empty()) {
-            errors_.emplace_back(depth_of(inner), document.errors);
+        note_errors(document, inner);
+        if (document.ads.empty())
             return give_up(NoAd, "the response has no ad");
-        }
         const bool multiple = ad->onward->allow_multiple_ads;
-        resolve_document(document, answer.final_address, inner, multiple, [ad, multiple, then](Found found) {
-            // The outermost document decides on the place in the pod.
-            for (ResolvedAd& each : found.ads)
-                if (ad->sequence || !multiple)
-                    each.ad.sequence = ad->sequence;
-            then(std::move(found));
-        });
+        std::vector<Ad> ads = permitted(std::move(document.ads), multiple);
+        if (ads.empty())
+            return give_up(NoAd, "the response has a pod only, and the wrapper permits no pod (allowMultipleAds)");
+        resolve_ads(std::move(ads), answer.final_address, inner,
+                    [ad, multiple, then, ignored = std::move(document.ignored)](Found found) {
+                        for (ResolvedAd& each : found.ads) {
+                            append(each.ad.ignored, ignored);
+                            // The outermost document decides on the place in the pod.
+                            if (ad->sequence || !multiple)
+                                each.ad.sequence = ad->sequence;
+                        }
+                        then(std::move(found));
+                    });
     });
 }
 
@@ -410,6 +467,8 @@ Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const std::string& addr
 {
     if (!ad.linear)
         return fail(ad, chain, UnexpectedLinearity, ad.path + ": the ad has no linear creative");
+    if (const Category* const blocked = blocked_category(ad, chain))
+        return fail(ad, chain, BlockedCategory, ad.path + ": a wrapper refuses its category " + blocked->code);
     ResolvedAd resolved{.ad = ad,
                         .media = choose_media(ad.linear->media_files, resolver_.support_, resolver_.options_.band),
                         .wrappers = depth_of(chain),

@@ -4,6 +4,7 @@
 #include "vast/MediaChoice.h"
 #include "vast/Model.h"
 
+#include <cstddef>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -71,6 +72,8 @@ struct Resolution {
 struct ResolverOptions {
     /// Most wrappers one inside the other.
     int wrappers = 5;
+    /// Most wrappers that are followed, in all.
+    std::size_t documents = 100;
     /// For each document.
     double time_out = 5;
     /// For all documents of the tag.
@@ -98,8 +101,8 @@ public:
     Resolver(const Resolver&) = delete;
     Resolver& operator=(const Resolver&) = delete;
 
-    /// Fetches a tag. An address that cannot be fetched is error 301 for a time-out, else 900. A response that is no
-    /// VAST document is an error, too.
+    /// Fetches a tag. An address that cannot be fetched is error 301 for a time-out, else 900; an empty response is
+    /// 303. A response that is no VAST document is an error, too.
     void resolve(const std::string& address, Done done);
     /// Resolves a tag from its text.
     /// @param address where the text is from; empty when it is from no server

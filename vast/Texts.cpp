@@ -54,12 +54,13 @@ std::optional<double> time_in(std::string_view text)
     const std::size_t second = first == std::string_view::npos ? first : time.find(':', first + 1);
     if (second == std::string_view::npos)
         return std::nullopt;
+    const std::string_view hours = time.substr(0, first);
     const std::string_view minutes = time.substr(first + 1, second - first - 1);
     const std::string_view seconds = time.substr(second + 1);
-    if (first == 0 || first > 3 || minutes.size() != 2 || seconds.find('.') == 0 || seconds.size() < 2 ||
-        (seconds.size() > 2 && seconds[2] != '.'))
+    if (!is_number(hours) || hours.size() > 3 || !is_number(minutes) || minutes.size() != 2 ||
+        !is_number(seconds.substr(0, 2)) || seconds.size() < 2 || (seconds.size() > 2 && seconds[2] != '.'))
         return std::nullopt;
-    const auto h = whole_number_in(time.substr(0, first));
+    const auto h = whole_number_in(hours);
     const auto m = whole_number_in(minutes);
     const auto s = decimal_in(seconds);
     if (!h || !m || !s || *m > 59 || *s >= 60)
@@ -89,6 +90,12 @@ std::optional<int> whole_number_in(std::string_view text)
     return value;
 }
 
+std::optional<int> position_in(std::string_view text)
+{
+    const auto position = whole_number_in(text);
+    return position && *position > 0 ? position : std::nullopt;
+}
+
 std::optional<double> number_in(std::string_view text)
 {
     return decimal_in(trimmed(text));
@@ -108,6 +115,11 @@ bool is_address(std::string_view text)
 {
     const AddressParts parts(text);
     return parts.is_web() && !parts.host().empty();
+}
+
+bool has_blanks(std::string_view address)
+{
+    return std::ranges::any_of(address, [](char c) { return static_cast<unsigned char>(c) <= ' ' || c == 0x7f; });
 }
 
 std::string requestable(std::string_view address)

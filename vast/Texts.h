@@ -20,6 +20,8 @@ std::optional<Offset> offset_in(std::string_view text);
 /// A number in decimal notation, at least 0; absent for anything else.
 /// @{
 std::optional<int> whole_number_in(std::string_view text);
+/// At least 1.
+std::optional<int> position_in(std::string_view text);
 std::optional<double> number_in(std::string_view text);
 /// @}
 /// "true" or "1", "false" or "0" (XML Schema, xs:boolean); absent for anything else.
@@ -27,6 +29,8 @@ std::optional<bool> boolean_in(std::string_view text);
 /// Whether a text can be requested: it begins with http:// or https://, and has a host. Blanks and control characters
 /// are no obstacle (requestable()).
 bool is_address(std::string_view text);
+/// Whether blanks or control characters are in an address.
+bool has_blanks(std::string_view address);
 /// The address as it is requested: blanks, control characters and non-ASCII characters are percent-encoded.
 std::string requestable(std::string_view address);
 /// Whether two texts are equal, letter case aside (ASCII).
