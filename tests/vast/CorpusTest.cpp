@@ -1,0 +1,178 @@
+#include "Places.h"
+#include "tests/vast/Tags.h"
+#include "vast/Describe.h"
+#include "vast/Reader.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <algorithm>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+// Each document of tests/vast/documents/ with its expected description: NAME.xml and NAME.json beside it. A refused
+// document has {"refused": {"code", "begins"}}. An expected reason is a part of the actual one. The documents in the
+// folder net/ beside a document are on http://ads.example/; net.json there lists the addresses that answer otherwise.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+using Json = nlohmann::json;
+namespace fs = std::filesystem;
+
+const fs::path Documents = fs::path(QORO_SOURCE_DIR) / "tests/vast/documents";
+
+/// Names of the documents with an expected description, without their extension.
+std::vector<std::string> names()
+{
+    std::vector<std::string> names;
+    for (const auto& entry : fs::recursive_directory_iterator(Documents))
+        if (entry.path().extension() == ".xml" && entry.path().parent_path().filename() != "net")
+            names.push_back(fs::relative(entry.path(), Documents).replace_extension().string());
+    std::ranges::sort(names);
+    return names;
+}
+
+World network_of(const fs::path& folder)
+{
+    World world;
+    if (!fs::exists(folder / "net"))
+        return world;
+    for (const auto& entry : fs::directory_iterator(folder / "net"))
+        world.net["http://ads.example/" + entry.path().filename().string()].body = document_text(entry.path().string());
+    const Json others = Json::parse(document_text((folder / "net.json").string()));
+    for (const auto& [address, answer] : others.items()) {
+        NetAnswer& other = world.net[address];
+        other.ok = !answer.contains("fail");
+        other.error = answer.value("fail", "");
+        other.after = answer.value("after", 0.0);
+        if (answer.contains("file"))
+            other.body = document_text((folder / "net" / (answer["file"].get<std::string>() + ".xml")).string());
+    }
+    return world;
+}
+
+/// Removes the words, for people, that the expected descriptions do not have; they are never empty.
+void remove_words(Json& description)
+{
+    description.erase("why");
+    for (Json& wrapper : description["wrappers"]) {
+        EXPECT_EQ(wrapper["why"].is_null(), wrapper["error"].is_null());
+        wrapper.erase("why");
+    }
+    for (Json& ad : description["ads"]) {
+        EXPECT_NE(ad["chosenBecause"], "");
+        ad.erase("chosenBecause");
+        for (Json& ignored : ad["ignored"]) {
+            EXPECT_NE(ignored["why"], "");
+            ignored.erase("why");
+        }
+    }
+}
+
+/// Replaces each reason that has the expected words with them.
+void replace_reasons(Json& actual, const Json& expected)
+{
+    for (std::size_t n = 0; n < std::min(actual["ads"].size(), expected["ads"].size()); ++n) {
+        Json& files = actual["ads"][n]["mediaFiles"];
+        const Json& wanted = expected["ads"][n]["mediaFiles"];
+        for (std::size_t file = 0; file < std::min(files.size(), wanted.size()); ++file) {
+            Json& reason = files[file]["reason"];
+            const Json& words = wanted[file]["reason"];
+            if (reason.is_string() && words.is_string() &&
+                reason.get<std::string>().find(words.get<std::string>()) != std::string::npos)
+                reason = words;
+        }
+    }
+}
+
+std::string differences(const Json& expected, const Json& actual)
+{
+    return Json::diff(expected, actual).dump(1);
+}
+
+class Corpus : public testing::TestWithParam<std::string>
+{
+};
+
+} // namespace
+
+TEST_P(Corpus, ADocumentIsDescribedAsExpected)
+{
+    const fs::path path = Documents / GetParam();
+    const std::string text = document_text(path.string() + ".xml");
+    const Json expected = Json::parse(document_text(path.string() + ".json"));
+    Tags tags;
+    tags.world = network_of(path.parent_path());
+    tags.options.permits = [](const std::string&, const std::string& to) { return !to.starts_with("http://127."); };
+
+    if (expected.contains("refused")) {
+        try {
+            vast::read_document(text);
+            FAIL() << "the document is not refused";
+        } catch (const vast::DocumentError& error) {
+            const std::string line = error.what();
+            EXPECT_EQ(error.code, expected["refused"]["code"]);
+            EXPECT_TRUE(line.starts_with(expected["refused"]["begins"].get<std::string>())) << line;
+            EXPECT_EQ(line.find('\n'), std::string::npos);
+        }
+        return;
+    }
+    Json actual = Json::parse(vast::describe(tags.resolve_text(text)));
+    EXPECT_EQ(tags.calls, 1);
+    remove_words(actual);
+    replace_reasons(actual, expected);
+    EXPECT_EQ(actual, expected) << differences(expected, actual);
+}
+
+INSTANTIATE_TEST_SUITE_P(Documents, Corpus, testing::ValuesIn(names()), [](const auto& test) {
+    std::string name = test.param;
+    std::ranges::replace_if(name, [](char c) { return c == '/' || c == '-' || c == '.'; }, '_');
+    return name;
+});
+
+TEST(CorpusAsAWhole, HasEveryElementAndAttributeOfTheStandard)
+{
+    std::string all;
+    for (const auto& entry : fs::recursive_directory_iterator(Documents))
+        if (entry.path().extension() == ".xml")
+            all += document_text(entry.path().string());
+    // VAST 2.0 to 4.3, the elements.
+    for (const char* element :
+         {"VAST", "Error", "Ad", "InLine", "Wrapper", "AdSystem", "AdTitle", "AdServingId", "Description", "Advertiser",
+          "Pricing", "Survey", "Impression", "Category", "Expires", "ViewableImpression", "Viewable", "NotViewable",
+          "ViewUndetermined", "AdVerifications", "Verification", "JavaScriptResource", "ExecutableResource",
+          "FlashResource", "VerificationParameters", "Extensions", "Extension", "Creatives", "Creative",
+          "UniversalAdId", "CreativeExtensions", "CreativeExtension", "Linear", "Duration", "AdParameters",
+          "MediaFiles", "MediaFile", "Mezzanine", "InteractiveCreativeFile", "ClosedCaptionFiles", "ClosedCaptionFile",
+          "TrackingEvents", "Tracking", "VideoClicks", "ClickThrough", "ClickTracking", "CustomClick", "Icons", "Icon",
+          "StaticResource", "IFrameResource", "HTMLResource", "IconClicks", "IconClickThrough", "IconClickTracking",
+          "IconClickFallbackImages", "IconClickFallbackImage", "IconViewTracking", "NonLinearAds", "NonLinear",
+          "NonLinearClickThrough", "NonLinearClickTracking", "CompanionAds", "Companion", "AltText",
+          "CompanionClickThrough", "CompanionClickTracking", "VASTAdTagURI", "BlockedAdCategories"})
+        EXPECT_TRUE(all.find("<" + std::string(element) + ">") != std::string::npos ||
+                    all.find("<" + std::string(element) + " ") != std::string::npos)
+            << element;
+    for (const char* attribute :
+         {"version", "id", "sequence", "conditionalAd", "adType", "followAdditionalWrappers", "allowMultipleAds",
+          "fallbackOnNoAd", "model", "currency", "authority", "vendor", "apiFramework", "browserOptional", "type",
+          "event", "offset", "AdID", "adId", "idRegistry", "idValue", "skipoffset", "xmlEncoded", "delivery", "width",
+          "height", "codec", "bitrate", "minBitrate", "maxBitrate", "scalable", "maintainAspectRatio", "fileSize",
+          "mediaType", "variableDuration", "language", "program", "xPosition", "yPosition", "duration", "pxratio",
+          "altText", "hoverText", "creativeType", "required", "assetWidth", "assetHeight", "expandedWidth",
+          "expandedHeight", "adSlotID", "adSlotId", "renderingMode", "minSuggestedDuration"})
+        EXPECT_NE(all.find(" " + std::string(attribute) + "=\""), std::string::npos) << attribute;
+}
+
+TEST(CorpusAsAWhole, HasAtLeastEightyDocumentsEachWithItsDescription)
+{
+    EXPECT_GE(names().size(), 80U);
+    for (const std::string& name : names())
+        EXPECT_TRUE(fs::exists(Documents / (name + ".json"))) << name;
+}
+
+} // namespace qoro::test
