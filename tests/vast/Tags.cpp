@@ -41,7 +41,8 @@ vast::Resolution Tags::run(Begin&& begin)
 
 vast::Resolution Tags::resolve(const std::string& address)
 {
-    return run([&](vast::Resolver& resolver, vast::Resolver::Done done) { resolver.resolve(address, std::move(done)); });
+    return run(
+        [&](vast::Resolver& resolver, vast::Resolver::Done done) { resolver.resolve(address, std::move(done)); });
 }
 
 vast::Resolution Tags::resolve_text(const std::string& text, const std::string& address)
