@@ -16,14 +16,6 @@ namespace
 /// Kilobits a second that a phone's connection carries without a stall.
 constexpr int AmpleBitrate = 5000;
 
-std::string lower(std::string_view text)
-{
-    std::string result(text);
-    std::ranges::transform(result, result.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
-    return result;
-}
-
 std::string type_of(const MediaFile& file)
 {
     return lower(trimmed(std::string_view(file.type).substr(0, file.type.find(';'))));

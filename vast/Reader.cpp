@@ -135,6 +135,8 @@ constexpr std::array<std::string_view, 32> Events{"acceptInvitation",
                                                   "thirdQuartile",
                                                   "timeSpentViewing",
                                                   "unmute"};
+/// More than any list of categories has.
+constexpr std::size_t MostBlockedCategories = 10000;
 constexpr std::string_view Pixels = "is no number of pixels";
 constexpr std::string_view NoEffect = "has no effect here";
 
@@ -343,6 +345,8 @@ void Reader::read_blocked_categories(const Node& node, std::vector<Category>& ca
     if (text.empty())
         notes_.add(node, "is empty");
     for (std::string_view rest = text; !rest.empty();) {
+        if (categories.size() == MostBlockedCategories)
+            return notes_.add(node, "only the first " + std::to_string(MostBlockedCategories) + " count");
         const std::size_t comma = std::min(rest.find(','), rest.size());
         if (const std::string_view code = trimmed(rest.substr(0, comma)); !code.empty())
             categories.push_back({attribute(node, "authority"), std::string(code)});

@@ -2,6 +2,7 @@
 
 #include "vast/Reader.h"
 #include "vast/Texts.h"
+#include "vast/Wrapping.h"
 
 #include <algorithm>
 #include <utility>
@@ -15,6 +16,7 @@ namespace
 // The standard's codes (VAST 4.3, section 2.3.6).
 constexpr int UnexpectedLinearity = 201;
 constexpr int BlockedCategory = 205;
+constexpr int BreakShortened = 206;
 constexpr int WrapperFailed = 300;
 constexpr int TimedOut = 301;
 constexpr int TooManyWrappers = 302;
@@ -22,79 +24,10 @@ constexpr int NoAd = 303;
 constexpr int NoSupportedFile = 403;
 constexpr int Unknown = 900;
 
-/// A wrapper, and those around it.
-struct Wrapping {
-    std::shared_ptr<const Ad> ad;
-    /// Of the document that the wrapper is in.
-    std::string address;
-    std::shared_ptr<const Wrapping> outer;
-};
-using Chain = std::shared_ptr<const Wrapping>;
-
-int depth_of(const Chain& chain)
-{
-    int depth = 0;
-    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
-        ++depth;
-    return depth;
-}
-
-bool leads_through(const Chain& chain, const std::string& address)
-{
-    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
-        if (each->ad->onward->address == address)
-            return true;
-    return false;
-}
-
-bool permits_wrappers(const Chain& chain)
-{
-    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
-        if (!each->ad->onward->follow_additional_wrappers)
-            return false;
-    return true;
-}
-
 template <typename Item>
 void append(std::vector<Item>& list, const std::vector<Item>& more)
 {
     list.insert(list.end(), more.begin(), more.end());
-}
-
-/// Adds what a wrapper contributes.
-void merge(Ad& ad, const Ad& wrapper)
-{
-    append(ad.impressions, wrapper.impressions);
-    append(ad.errors, wrapper.errors);
-    append(ad.viewable.viewable, wrapper.viewable.viewable);
-    append(ad.viewable.not_viewable, wrapper.viewable.not_viewable);
-    append(ad.viewable.undetermined, wrapper.viewable.undetermined);
-    append(ad.companions, wrapper.companions);
-    append(ad.verifications, wrapper.verifications);
-    append(ad.blocked_categories, wrapper.blocked_categories);
-    append(ad.ignored, wrapper.ignored);
-    if (!ad.linear || !wrapper.linear)
-        return;
-    append(ad.linear->trackers, wrapper.linear->trackers);
-    append(ad.linear->click_tracking, wrapper.linear->click_tracking);
-    append(ad.linear->custom_click, wrapper.linear->custom_click);
-    append(ad.linear->icons, wrapper.linear->icons);
-}
-
-/// A category of an ad that one of its wrappers refuses (VAST 4.3, section 3.19.2); null without one. Codes of
-/// different authorities differ.
-const Category* blocked_category(const Ad& ad, const Chain& chain)
-{
-    const auto equal = [](const Category& one, const Category& other) {
-        return equal_names(one.code, other.code) &&
-               (one.authority.empty() || other.authority.empty() || equal_names(one.authority, other.authority));
-    };
-    for (const Category& category : ad.categories)
-        for (const Wrapping* each = chain.get(); each; each = each->outer.get())
-            for (const Category& blocked : each->ad->blocked_categories)
-                if (equal(category, blocked))
-                    return &category;
-    return nullptr;
 }
 
 /// The ads that a wrapper permits of a document: all, or the first stand-alone one. A single ad is always permitted.
@@ -106,14 +39,6 @@ std::vector<Ad> permitted(std::vector<Ad> ads, bool multiple)
     if (first == ads.end())
         return {};
     return {std::move(*first)};
-}
-
-std::vector<std::string> errors_of(const Ad& ad, const Chain& chain)
-{
-    std::vector<std::string> errors = ad.errors;
-    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
-        append(errors, each->ad->errors);
-    return errors;
 }
 
 } // namespace
@@ -182,6 +107,8 @@ private:
     TimerId whole_ = 0;
     /// The requests under way, by the timers that end them.
     std::vector<std::pair<TimerId, Answer>> waiting_;
+    /// Ads that can be played.
+    std::size_t chosen_ = 0;
     bool over_ = false;
     bool cancelled_ = false;
 };
@@ -426,7 +353,7 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const Chain& cha
 {
     const std::size_t hop = result_.wrappers.size();
     result_.wrappers.push_back({.address = ad->onward->address});
-    const Chain inner = std::make_shared<const Wrapping>(Wrapping{ad, chain});
+    const Chain inner = std::make_shared<const Wrapping>(ad, chain);
     const auto give_up = [this, ad, chain, then, hop](int code, const std::string& why) {
         result_.wrappers[hop].error = code;
         result_.wrappers[hop].why = why;
@@ -469,22 +396,21 @@ Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const std::string& addr
         return fail(ad, chain, UnexpectedLinearity, ad.path + ": the ad has no linear creative");
     if (const Category* const blocked = blocked_category(ad, chain))
         return fail(ad, chain, BlockedCategory, ad.path + ": a wrapper refuses its category " + blocked->code);
-    ResolvedAd resolved{.ad = ad,
-                        .media = choose_media(ad.linear->media_files, resolver_.support_, resolver_.options_.band),
-                        .wrappers = depth_of(chain),
-                        .documents = {address}};
-    if (!resolved.media.chosen)
+    MediaChoice media = choose_media(ad.linear->media_files, resolver_.support_, resolver_.options_.band);
+    if (!media.chosen)
         return fail(ad, chain, NoSupportedFile, ad.path + ": none of its media files can be played");
-    for (const Wrapping* each = chain.get(); each; each = each->outer.get()) {
-        merge(resolved.ad, *each->ad);
-        resolved.documents.push_back(each->address);
-    }
-    return {.ads = {std::move(resolved)}};
+    if (chosen_ >= resolver_.options_.ads)
+        return fail(ad, chain, BreakShortened,
+                    ad.path + ": more than " + std::to_string(resolver_.options_.ads) + " ads");
+    ++chosen_;
+    return {.ads = {{.ad = merged(ad, chain), .media = std::move(media), .wrappers = depth_of(chain)}}};
 }
 
 Resolver::Run::Found Resolver::Run::fail(const Ad& ad, const Chain& chain, int code, std::string why)
 {
-    result_.failed.push_back({code, why, errors_of(ad, chain)});
+    // Each may have the error addresses of large wrappers.
+    if (result_.failed.size() < resolver_.options_.ads)
+        result_.failed.push_back({code, why, errors_of(ad, chain)});
     return {.code = code, .why = std::move(why)};
 }
 

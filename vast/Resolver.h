@@ -58,7 +58,7 @@ struct Resolution {
     std::vector<ResolvedAd> ads;
     /// Of the tag's own document, outside its ads.
     std::vector<Ignored> ignored;
-    /// Ads that were tried and cannot be played.
+    /// Ads that were tried and cannot be played; of very many, the first.
     std::vector<FailedAd> failed;
     /// Without ads: the standard's code. Absent otherwise.
     std::optional<int> error;
@@ -74,6 +74,8 @@ struct ResolverOptions {
     int wrappers = 5;
     /// Most wrappers that are followed, in all.
     std::size_t documents = 100;
+    /// Most ads that play; further ones fail. Also the most of Resolution::failed.
+    std::size_t ads = 100;
     /// For each document.
     double time_out = 5;
     /// For all documents of the tag.

@@ -33,6 +33,8 @@ bool is_address(std::string_view text);
 bool has_blanks(std::string_view address);
 /// The address as it is requested: blanks, control characters and non-ASCII characters are percent-encoded.
 std::string requestable(std::string_view address);
+/// In lower case (ASCII).
+std::string lower(std::string_view text);
 /// Whether two texts are equal, letter case aside (ASCII).
 bool equal_names(std::string_view one, std::string_view other);
 

@@ -45,9 +45,7 @@ Encoding encoding_of(std::string_view bytes)
     for (const Mark& mark : Marks)
         if (bytes.starts_with(mark.bytes))
             return mark.encoding;
-    std::string declaration(bytes.substr(0, std::min<std::size_t>(bytes.find("?>"), 200)));
-    std::ranges::transform(declaration, declaration.begin(),
-                           [](char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; });
+    const std::string declaration = lower(bytes.substr(0, std::min<std::size_t>(bytes.find("?>"), 200)));
     return {1, false,
             declaration.find("iso-8859-1") != std::string::npos || declaration.find("latin1") != std::string::npos};
 }
