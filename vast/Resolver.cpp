@@ -88,7 +88,7 @@ private:
     void fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t n);
     std::optional<Found> resolve_now(const Ad& ad, const std::string& address, const Chain& chain);
     std::optional<Found> refuse_to_follow(const Ad& ad, const std::string& address, const Chain& chain);
-    void follow(const std::shared_ptr<const Ad>& ad, const Chain& chain, Then then);
+    void follow(const std::shared_ptr<const Ad>& ad, const Chain& chain, const Then& then);
     Found choose(const Ad& ad, const Chain& chain);
     Found fail(const Ad& ad, const Chain& chain, int code, std::string why);
     void finish(Found found);
@@ -278,7 +278,7 @@ void Resolver::Run::try_next_alone(const std::shared_ptr<Choice>& choice, Found 
                 if (!followed.ads.empty())
                     choice->then(std::move(followed));
                 else
-                    try_next_alone(choice, is_first ? std::move(followed) : first);
+                    try_next_alone(choice, is_first ? followed : first);
             });
         if (!found->ads.empty())
             return choice->then(std::move(*found));
@@ -349,7 +349,7 @@ std::optional<Resolver::Run::Found> Resolver::Run::refuse_to_follow(const Ad& ad
     return std::nullopt;
 }
 
-void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const Chain& chain, Then then)
+void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const Chain& chain, const Then& then)
 {
     const std::size_t hop = result_.wrappers.size();
     result_.wrappers.push_back({.address = ad->onward->address});

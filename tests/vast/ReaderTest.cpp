@@ -47,7 +47,7 @@ TEST(VastReader, TakesFiveMebibytesAndNoMore)
 {
     const std::string begin = "<VAST version=\"3.0\"><!--";
     const std::string end = "--></VAST>";
-    const std::size_t most = 5U * 1024 * 1024;
+    const std::size_t most = 5242880;
     const std::string filling(most - begin.size() - end.size(), 'x');
 
     EXPECT_EQ(refusal(begin + filling + end), "");
