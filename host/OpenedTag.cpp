@@ -275,7 +275,9 @@ vast::MacroValues OpenedTag::Run::macros_of(const vast::ResolvedAd& resolved) co
     values.ad_break.universal_ad_ids = ad.universal_ad_ids;
     values.ad_break.ad_count = static_cast<int>(n_ + 1);
     if (!ad.blocked_categories.empty())
-        values.ad_break.blocked_categories = ad.blocked_categories;
+        values.ad_break.blocked_categories.emplace();
+    for (const vast::Category& category : ad.blocked_categories)
+        values.ad_break.blocked_categories->push_back(category.code);
     values.capabilities.vast_versions = Versions;
     values.capabilities.abilities = {
         .skip = true, .mute = true, .autoplay = true, .muted_autoplay = false, .fullscreen = true, .icon = true};

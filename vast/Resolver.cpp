@@ -47,7 +47,7 @@ std::vector<Ad> permitted(std::vector<Ad> ads, bool multiple)
 class Resolver::Run : public std::enable_shared_from_this<Run>
 {
 public:
-    Run(Resolver& resolver, Done done) : resolver_(resolver), done_(std::move(done)) {}
+    Run(Resolver& resolver, Done done) : resolver_(resolver), loop_(resolver.loop_), done_(std::move(done)) {}
 
     void fetch_tag(const std::string& address);
     void read_tag(Document document, const std::string& address);
@@ -88,8 +88,8 @@ private:
     void fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t n);
     std::optional<Found> resolve_now(const Ad& ad, const std::string& address, const Chain& chain);
     std::optional<Found> refuse_to_follow(const Ad& ad, const std::string& address, const Chain& chain);
-    void follow(const std::shared_ptr<const Ad>& ad, const Chain& chain, const Then& then);
-    Found choose(const Ad& ad, const Chain& chain);
+    void follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, const Then& then);
+    Found choose(const Ad& ad, const std::string& address, const Chain& chain);
     Found fail(const Ad& ad, const Chain& chain, int code, std::string why);
     void finish(Found found);
     void stop_timers();
@@ -254,7 +254,8 @@ void Resolver::Run::resolve_ads(std::vector<Ad> ads, const std::string& address,
         if (auto found = resolve_now(*choice->pod[n], address, chain))
             take(choice, n, std::move(*found));
         else
-            follow(choice->pod[n], chain, [this, choice, n](Found followed) { take(choice, n, std::move(followed)); });
+            follow(choice->pod[n], address, chain,
+                   [this, choice, n](Found followed) { take(choice, n, std::move(followed)); });
 }
 
 /// Takes what an ad of the pod leads to.
@@ -274,12 +275,13 @@ void Resolver::Run::try_next_alone(const std::shared_ptr<Choice>& choice, Found 
         const auto ad = choice->alone[choice->next++];
         auto found = resolve_now(*ad, choice->address, choice->chain);
         if (!found)
-            return follow(ad, choice->chain, [this, choice, is_first, first = std::move(first)](Found followed) {
-                if (!followed.ads.empty())
-                    choice->then(std::move(followed));
-                else
-                    try_next_alone(choice, is_first ? followed : first);
-            });
+            return follow(ad, choice->address, choice->chain,
+                          [this, choice, is_first, first = std::move(first)](Found followed) {
+                              if (!followed.ads.empty())
+                                  choice->then(std::move(followed));
+                              else
+                                  try_next_alone(choice, is_first ? followed : first);
+                          });
         if (!found->ads.empty())
             return choice->then(std::move(*found));
         if (is_first)
@@ -301,7 +303,7 @@ void Resolver::Run::fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t
             const auto ad = choice->alone[choice->next++];
             auto found = resolve_now(*ad, choice->address, choice->chain);
             if (!found)
-                return follow(ad, choice->chain, [this, choice, n](Found followed) {
+                return follow(ad, choice->address, choice->chain, [this, choice, n](Found followed) {
                     if (!followed.ads.empty())
                         choice->found[n] = std::move(followed);
                     fill_gaps(choice, n);
@@ -323,7 +325,7 @@ std::optional<Resolver::Run::Found> Resolver::Run::resolve_now(const Ad& ad, con
         return fail(ad, chain, *ad.error, ad.path + ": the ad is incomplete");
     if (ad.onward)
         return refuse_to_follow(ad, address, chain);
-    return choose(ad, chain);
+    return choose(ad, address, chain);
 }
 
 /// Why a wrapper is not followed; absent when it is.
@@ -349,11 +351,12 @@ std::optional<Resolver::Run::Found> Resolver::Run::refuse_to_follow(const Ad& ad
     return std::nullopt;
 }
 
-void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const Chain& chain, const Then& then)
+void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain,
+                           const Then& then)
 {
     const std::size_t hop = result_.wrappers.size();
     result_.wrappers.push_back({.address = ad->onward->address});
-    const Chain inner = std::make_shared<const Wrapping>(ad, chain);
+    const Chain inner = std::make_shared<const Wrapping>(ad, address, chain);
     const auto give_up = [this, ad, chain, then, hop](int code, const std::string& why) {
         result_.wrappers[hop].error = code;
         result_.wrappers[hop].why = why;
@@ -403,7 +406,13 @@ Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const std::string& addr
         return fail(ad, chain, BreakShortened,
                     ad.path + ": more than " + std::to_string(resolver_.options_.ads) + " ads");
     ++chosen_;
-    return {.ads = {{.ad = merged(ad, chain), .media = std::move(media), .wrappers = depth_of(chain)}}};
+    std::vector<std::string> documents{address};
+    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+        documents.push_back(each->address);
+    return {.ads = {{.ad = merged(ad, chain),
+                     .media = std::move(media),
+                     .wrappers = depth_of(chain),
+                     .documents = std::move(documents)}}};
 }
 
 Resolver::Run::Found Resolver::Run::fail(const Ad& ad, const Chain& chain, int code, std::string why)

@@ -47,7 +47,8 @@ bool refuses(const Wrapping& wrapping, const Category& category)
 
 } // namespace
 
-Wrapping::Wrapping(std::shared_ptr<const Ad> wrapper, Chain around) : ad(std::move(wrapper)), outer(std::move(around))
+Wrapping::Wrapping(std::shared_ptr<const Ad> wrapper, std::string from, Chain around)
+    : ad(std::move(wrapper)), address(std::move(from)), outer(std::move(around))
 {
     for (const Category& category : ad->blocked_categories)
         blocked.emplace(lower(category.code), lower(category.authority));

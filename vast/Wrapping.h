@@ -18,9 +18,11 @@ using Chain = std::shared_ptr<const Wrapping>;
 /// A wrapper, and those around it.
 struct Wrapping {
     /// @param wrapper has Ad::onward
-    Wrapping(std::shared_ptr<const Ad> wrapper, Chain around);
+    /// @param from address of the document that the wrapper is in; empty for one that is from no server
+    Wrapping(std::shared_ptr<const Ad> wrapper, std::string from, Chain around);
 
     std::shared_ptr<const Ad> ad;
+    std::string address;
     Chain outer;
     /// Code and authority, in lower case, of each category that it refuses.
     std::set<std::pair<std::string, std::string>> blocked;
