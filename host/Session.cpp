@@ -4,6 +4,7 @@
 #include "formats/Operations.h"
 #include "formats/Snapshot.h"
 #include "host/ControlNames.h"
+#include "host/ControllerExtras.h"
 #include "kit/PageScreen.h"
 #include "views/ViewNode.h"
 
@@ -96,6 +97,7 @@ void Session::make_controller(const HostSetup& host)
     controller->strMRAID2Expanded = host.script;
     if (!controller->init())
         return;
+    controller->set_script_extras(std::make_unique<ControllerExtras>(*controller));
     controller_ = controller;
     living_ = controller;
     if (host.guard)

@@ -8,6 +8,7 @@
 #include "kit/NextVideoAddresses.h"
 #include "kit/PageReports.h"
 #include "kit/RefusalLog.h"
+#include "kit/ScriptExtras.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/ZulixOpenInAppApplicationViewController.h"
 #include "views/ViewNode.h"
@@ -134,13 +135,21 @@ ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage
         return held->carry_out(message);
     }
     ScriptAnswer answer;
+    const NSString ignored = extras_ ? extras_->reason_to_ignore(message.command) : NSString();
     if (const NSString inward = inward_address_named_by(message))
         answer.error = "this machine and private networks are out of reach: " + inward.text();
     else
         answer = callFromScript(message);
     if (answer.error)
         refused("command", message.command + ": " + answer.error.text());
+    else
+        answer.error = ignored;
     return answer;
+}
+
+void QoroPhoneGapViewController::set_script_extras(std::unique_ptr<ScriptExtras> extras)
+{
+    extras_ = std::move(extras);
 }
 
 /// The address in a command that the page must not reach; null without one. Only the record of a next video names
@@ -190,6 +199,8 @@ ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& mes
         return {nullptr, removeEventListener(arguments[0].string(), arguments[1])};
     else if (message.command == "MRAIDClose")
         MRAIDClose();
+    else if (extras_ && message.command == "replay")
+        return {extras_->replay(), nullptr};
     else
         return {"unknown command " + message.command, nullptr};
     return {};
