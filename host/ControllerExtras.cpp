@@ -1,6 +1,7 @@
 #include "host/ControllerExtras.h"
 
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
+#include "formats/Fields.h"
 
 #include <algorithm>
 #include <array>
@@ -59,6 +60,12 @@ constexpr auto Rules = std::to_array<Rule>({
     {"replay", cannot_replay},
 });
 
+/// The views that a page keeps clear of: what the viewer can touch or read. The touch area of the whole video and the
+/// bars behind the controls are none.
+constexpr auto ControlFields = std::to_array<std::string_view>(
+    {"btnClose", "countDownView", "btnReturnToVideo", "btnPlayAndPause", "btnReplay", "btnMute", "btnScreenScale",
+     "btnActionOne", "btnActionTwo", "btnBrandIcon", "labelBrandText", "labelRemainderTime"});
+
 } // namespace
 
 NSString ControllerExtras::reason_to_ignore(std::string_view command) const
@@ -75,6 +82,18 @@ NSString ControllerExtras::replay()
     if (!reason)
         ad_.videoReplay(nullptr);
     return reason;
+}
+
+std::vector<NamedControl> ControllerExtras::controls() const
+{
+    std::vector<NamedControl> controls;
+    for (const std::string_view name : ControlFields) {
+        const auto fields = view_fields();
+        const auto field = std::ranges::find(fields, name, &ViewField::name);
+        if (field != fields.end())
+            controls.push_back({name, field->get(ad_)});
+    }
+    return controls;
 }
 
 } // namespace qoro

@@ -16,6 +16,7 @@ public:
 
     NSString reason_to_ignore(std::string_view command) const override;
     NSString replay() override;
+    std::vector<NamedControl> controls() const override;
 
 private:
     QoroVideoWebViewController& ad_;

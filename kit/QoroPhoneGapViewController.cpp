@@ -2,6 +2,8 @@
 
 #include "kit/CalendarEvent.h"
 #include "kit/CloseGuard.h"
+#include "kit/ControlRects.h"
+#include "kit/ControlWatch.h"
 #include "kit/MessageBudget.h"
 #include "kit/Mraid.h"
 #include "kit/NetworkZone.h"
@@ -91,6 +93,11 @@ void QoroPhoneGapViewController::addEventListener(const NSString& name, const Va
     std::vector<Value> listeners(known.begin(), known.end());
     listeners.emplace_back(NSArray{EventId, successCallBack});
     dicEventListener.setObject(NSArray(std::move(listeners)), name.text());
+    if (!extras_ || !name.isEqualToString(ControlWatch::Event))
+        return;
+    if (!control_watch_)
+        control_watch_ = std::make_shared<ControlWatch>(*this, platform_, [this] { return control_rects(); });
+    control_watch_->begin();
 }
 
 std::int32_t QoroPhoneGapViewController::removeEventListener(const NSString& name, const Value& EventId)
@@ -152,6 +159,18 @@ void QoroPhoneGapViewController::set_script_extras(std::unique_ptr<ScriptExtras>
     extras_ = std::move(extras);
 }
 
+/// Where the ad's controls, and the close guard's button, lie over the page.
+NSArray QoroPhoneGapViewController::control_rects() const
+{
+    const auto page = webView_.node();
+    if (!extras_ || !page)
+        return NSArray(std::vector<Value>{});
+    std::vector<NamedControl> controls = extras_->controls();
+    if (close_guard_)
+        controls.push_back({"closeGuard", close_guard_->button()});
+    return rects_over_page(*page, controls, platform_.device().facts().screen.value_or(CGSize{}));
+}
+
 /// The address in a command that the page must not reach; null without one. Only the record of a next video names
 /// addresses that the ad uses, and no other command takes a record.
 NSString QoroPhoneGapViewController::inward_address_named_by(const ScriptMessage& message) const
@@ -201,6 +220,8 @@ ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& mes
         MRAIDClose();
     else if (extras_ && message.command == "replay")
         return {extras_->replay(), nullptr};
+    else if (extras_ && message.command == "getControlRects")
+        return {nullptr, control_rects()};
     else
         return {"unknown command " + message.command, nullptr};
     return {};

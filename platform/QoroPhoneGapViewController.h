@@ -16,6 +16,7 @@ namespace qoro
 {
 
 class CloseGuard;
+class ControlWatch;
 class LineLimit;
 class MessageBudget;
 class RefusalLog;
@@ -265,6 +266,7 @@ private:
     void refused(const std::string& what, const std::string& detail) override;
     void reported(const PageReport& report) override;
     NSString inward_address_named_by(const ScriptMessage& message) const;
+    NSArray control_rects() const;
     std::size_t count_of_listeners() const;
     void died(const std::string& reason) override;
     void responsiveness_changed(bool responds) override;
@@ -286,6 +288,8 @@ private:
     CloseGuard* close_guard_ = nullptr;
     /// Null for none.
     std::unique_ptr<ScriptExtras> extras_;
+    /// Created for the page's first listener to the controls' places; null without extras.
+    std::shared_ptr<ControlWatch> control_watch_;
     ClosedBy closer_ = ClosedBy::Viewer;
     bool has_closed_ = false;
     /// Rate limits: of the page's messages, of trace lines about refusals, and of the page's reports.

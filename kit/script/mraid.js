@@ -240,6 +240,9 @@
             : reject(new Error('An address is a text.')),
         cancelPrePauseLocations: () => send('cancelPrePauseLocations', []),
 
+        // where the ad's controls lie over the page, in CSS pixels: [{name, x, y, width, height, visible, hittable}, …]
+        getControlRects: () => send('getControlRects', []),
+
         // 'portrait' or 'landscape'
         changeOrientation: orientation => orientation === 'portrait' || orientation === 'landscape'
             ? send('changeOrientation', [orientation])

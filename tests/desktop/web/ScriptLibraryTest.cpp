@@ -55,7 +55,7 @@ TEST_F(ScriptLibraryTest, APageFindsTheDocumentedCallsAndNothingElse)
         "useCustomClose\"]"));
     EXPECT_TRUE(recorder.has(
         "note[\"MRAIDClose MRAIDUseCustomClose addEventListener cancelPrePauseLocations "
-        "changeOrientation checkCanPlayNextVideo checkVideoPlay getVideoIsMute "
+        "changeOrientation checkCanPlayNextVideo checkVideoPlay getControlRects getVideoIsMute "
         "getVideoTotalTime playNextVideo removeEventListener replay setVideoMute setVideoPause setVideoPlay "
         "setVideoSeekToTime setVideoUnmute\"]"));
     EXPECT_TRUE(recorder.has("note[\"appId coppa ifa limitAdTracking sdk sdkVersion version\"]"));
@@ -409,6 +409,17 @@ TEST_F(ScriptLibraryTest, ACommandThatTheAdIgnoresRejectsItsPromiseWithTheReason
     begin("qoroPlayer.setVideoPlay().catch(refusal => qoroPlayer.replay().then(() => note(refusal.message)));");
     wait_for(R"(note["the video is hidden behind the page"])");
     EXPECT_TRUE(recorder.has("replay[]"));
+}
+
+TEST_F(ScriptLibraryTest, ThePageReadsWhereTheControlsAre)
+{
+    recorder.answer = [](const ScriptMessage& message) {
+        return message.command == "getControlRects"
+                   ? ScriptAnswer{nullptr, NSArray{NSDictionary{{"name", "btnClose"}, {"x", 1.5}}}}
+                   : ScriptAnswer{};
+    };
+    begin("qoroPlayer.getControlRects().then(note);");
+    wait_for(R"(note[[{"name":"btnClose","x":1.5}]])");
 }
 
 TEST_F(ScriptLibraryTest, ThePageCannotReplaceTheAd)
