@@ -238,6 +238,8 @@ void GstPlayer::loaded(double duration)
 {
     if (duration_ <= 0) {
         duration_ = duration;
+        if (options_.on_duration)
+            options_.on_duration(duration);
         announce_playable();
         return;
     }

@@ -28,6 +28,8 @@ public:
     struct Options {
         /// Receives the reason of a failure, before the listener is notified. May be empty.
         std::function<void(const std::string& reason)> on_failure;
+        /// Receives the duration in seconds as soon as it is known, once per player. May be empty.
+        std::function<void(double duration)> on_duration = {};
         /// Initial volume of new sound streams, 0 to 1 on the slider's scale; absent: the sound server's choice.
         std::function<std::optional<float>()> volume;
         /// Whether the sound is discarded.

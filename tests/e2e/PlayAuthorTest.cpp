@@ -237,4 +237,35 @@ TEST(PlayAuthor, AnAdThatHasClosedOpensAgainWhenAFileChanges)
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
 }
 
+TEST(PlayAuthor, ContentThatDoesNotLoadIsNamedWithItsPlace)
+{
+    const AuthoredAd authored("");
+    json edited = json::parse(authored.read("ad.json"));
+    // Nothing listens there.
+    edited["strVideoUrl"] = "http://127.0.0.1:1/clip.mp4";
+    edited["strWebViewUrl"] = "http://127.0.0.1:1/page.html";
+    edited["strBrandIconUrl"] = "http://127.0.0.1:1/icon.png";
+    authored.write("ad.json", edited.dump());
+    PlayedAd ad(authored.arguments());
+    for (const char* line :
+         {"/ad.json: /strWebViewUrl: http://127.0.0.1:1/page.html did not load: ",
+          "/ad.json: /strBrandIconUrl: http://127.0.0.1:1/icon.png did not load: ", "qoro-ad: the video has failed: "})
+        EXPECT_TRUE(ad.eventually([&] { return ad.complaints().find(line) != std::string::npos; })) << line << "\n"
+                                                                                                    << ad.complaints();
+}
+
+TEST(PlayAuthor, APrePausePointBehindTheEndIsNamedOnceTheDurationIsKnown)
+{
+    const AuthoredAd authored("");
+    json edited = json::parse(authored.read("ad.json"));
+    edited["arrayPrePauseLocations"] = {40};
+    authored.write("ad.json", edited.dump());
+    PlayedAd ad(authored.arguments());
+    EXPECT_TRUE(ad.eventually([&] {
+        return ad.complaints().find(
+                   "/ad.json: /arrayPrePauseLocations/0: has no effect: behind the video's end at 14 s") !=
+               std::string::npos;
+    })) << ad.complaints();
+}
+
 } // namespace qoro::test
