@@ -108,7 +108,7 @@ void add_answer_option(CLI::App& command, const std::string& name, const std::st
                                                    each + "\"");
             },
             "What happens to " + what + ": it fails, or arrives so many seconds later; repeatable")
-        ->type_name("fails[=REASON]|after=SECONDS")
+        ->type_name("fails|fails=REASON|after=SECONDS")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->needs(needed);
@@ -155,7 +155,7 @@ void add_simulated_ad_options(CLI::App& command, SimulatedAdOptions& options)
             "What happens to the video of --ad: it never plays (fails, fails=404), fails once at a position, gets no "
             "data for some seconds in its middle or at a position, can play after so many seconds, is as long as "
             "given; repeatable")
-        ->type_name("fails|fails-at=SECONDS|stalls=SECONDS[@POSITION]|loads=SECONDS|duration=SECONDS")
+        ->type_name("fails|fails-at=SECONDS|stalls=SECONDS@POSITION|loads=SECONDS|duration=SECONDS")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
         ->needs(ad);

@@ -7,8 +7,8 @@
 namespace qoro
 {
 
-/// The file of an ad's folder that a relative address names: its path below the folder, without query and fragment, with
-/// percent escapes decoded. It need not exist.
+/// The file of an ad's folder that a relative address names: its path below the folder, without query and fragment,
+/// with percent escapes decoded. It need not exist.
 std::filesystem::path name_in_folder(std::string_view address);
 
 /// Whether a name is a regular file of a folder, and no link leads out of the folder. A name with ".." is none.

@@ -11,8 +11,8 @@
 namespace qoro
 {
 
-/// A web page, or a text, that fills a view, with the surrounding controls. Stays upright as the device is turned, and always has a
-/// close button.
+/// A web page, or a text, that fills a view, with the surrounding controls. Stays upright as the device is turned, and
+/// always has a close button.
 class PageScreen : public Object, private WebListener
 {
 public:

@@ -10,8 +10,8 @@
 namespace qoro
 {
 
-// Stand-ins for a calendar, a message composer and a store that a device lacks, for programs that test ads: screens over
-// the ad that show the viewer what the program would receive, and emit it as an event.
+// Stand-ins for a calendar, a message composer and a store that a device lacks, for programs that test ads: screens
+// over the ad that show the viewer what the program would receive, and emit it as an event.
 
 /// The page of a store's item, or, without store pages (QoroAdManager::has_store_pages), the item's values.
 /// @param filled as for PageScreen::create

@@ -80,11 +80,11 @@ TEST(AdRemarks, AColorHasAtMost32Bits)
 
 TEST(AdRemarks, AnUnknownFieldOfAButtonsCalendarEventIsNamedWithItsPlace)
 {
-    EXPECT_THAT(remarks_on(R"({"arrayButtonsInfo": [{"data": {"e": {"sumary": "x", "start": "2027-03-22",
-                               "recurrence": {"frequency": "daily", "intervall": 2}}}}]})"),
-                ElementsAre("ad.json: /arrayButtonsInfo/0/data/e/sumary: has no effect: no field of a calendar event; "
+    EXPECT_THAT(remarks_on(R"({"arrayButtonsInfo": [{"data": {"e": {"summari": "x", "start": "2027-03-22",
+                               "recurrence": {"frequency": "daily", "intervals": 2}}}}]})"),
+                ElementsAre("ad.json: /arrayButtonsInfo/0/data/e/summari: has no effect: no field of a calendar event; "
                             "did you mean \"summary\"?",
-                            "ad.json: /arrayButtonsInfo/0/data/e/recurrence/intervall: has no effect: no field of a "
+                            "ad.json: /arrayButtonsInfo/0/data/e/recurrence/intervals: has no effect: no field of a "
                             "recurrence; did you mean \"interval\"?"));
 }
 

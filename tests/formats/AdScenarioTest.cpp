@@ -24,6 +24,8 @@ using testing::IsEmpty;
 using testing::Not;
 using Json = nlohmann::json;
 
+const std::string NotUtf8 = "\xff";
+
 struct AdScenarioTest : testing::Test {
     AdScenarioTest()
     {
@@ -105,18 +107,12 @@ TEST_F(AdScenarioTest, TheFolderIsTheNetworkAndTheVideoHasItsLength)
 
 TEST_F(AdScenarioTest, BytesAreKept)
 {
-    // RFC 4648, section 10, with a byte that is not UTF-8 in front.
-    write("icon.png", "\xff"
-                      "fo");
+    // A byte that is not UTF-8, and 0x62 0x61 (RFC 4648, section 4).
+    write("icon.png", NotUtf8 + "ba");
     write_ad({{"strBrandIconUrl", "icon.png"}});
-    EXPECT_EQ(scenario()["net"]["http://ad.example/icon.png"], (Json{{"body64", "/2Zv"}}));
-    for (const std::string bytes : {"\xff",
-                                    "\xff"
-                                    "f",
-                                    "\xff"
-                                    "foo",
-                                    "\xff"
-                                    "foob"}) {
+    EXPECT_EQ(scenario()["net"]["http://ad.example/icon.png"], (Json{{"body64", "/2Jh"}}));
+    for (const char* end : {"", "b", "bar", "barb"}) {
+        const std::string bytes = NotUtf8 + end;
         write("icon.png", bytes);
         EXPECT_EQ(read_scenario(scenario_of_ad(parts).text, "test").world.net.at("http://ad.example/icon.png").body,
                   bytes);
