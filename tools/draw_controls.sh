@@ -1,5 +1,6 @@
 #!/bin/sh
-# Draws where the ad's controls are in each arrangement: docs/controls.svg.
+# Draws where the ad's controls are: in each arrangement (docs/controls.svg), and the bottom bar of an ad that fills the
+# screen (docs/full.svg).
 # Builds the simulator's package and examples/screen, which draws the view tree of each ad below into a PNG; the names
 # are added at the frames that `qoro-ad simulate` reports for the same second. Run it after changing a layout, and
 # commit the output. Needs what ./test needs, and libcairo2-dev.
@@ -16,4 +17,5 @@ cmake -S examples/screen -B "$build/screen" -G Ninja -DCMAKE_BUILD_TYPE=Release 
     -DCMAKE_PREFIX_PATH="$work/installed" --log-level=NOTICE
 cmake --build "$build/screen"
 python3 tools/draw_controls.py "$build/package/app/qoro-ad" "$build/screen/screen" "$work" >"$work/controls.svg"
-mv "$work/controls.svg" docs/controls.svg
+python3 tools/draw_full.py "$build/package/app/qoro-ad" "$build/screen/screen" "$work" >"$work/full.svg"
+mv "$work/controls.svg" "$work/full.svg" docs/

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Draws the lower part of an ad with portraitVideoPos FULL: its bottom bar, which begins below the video's view, as SVG.
 
-    draw_full.py QORO-AD SCREEN FOLDER    (see tools/draw_full.sh)
+    draw_full.py QORO-AD SCREEN FOLDER    (see tools/draw_controls.sh)
 
 SCREEN is the program of examples/screen; FOLDER holds the files in between.
 """
