@@ -109,8 +109,7 @@ void add_answer_option(CLI::App& command, const std::string& name, const std::st
             },
             "What happens to " + what + ": it fails, or arrives so many seconds later; repeatable")
         ->type_name("fails|fails=REASON|after=SECONDS")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false)
         ->needs(needed);
 }
 
@@ -156,8 +155,7 @@ void add_simulated_ad_options(CLI::App& command, SimulatedAdOptions& options)
             "data for some seconds in its middle or at a position, can play after so many seconds, is as long as "
             "given; repeatable")
         ->type_name("fails|fails-at=SECONDS|stalls=SECONDS@POSITION|loads=SECONDS|duration=SECONDS")
-        ->expected(1)
-        ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+        ->allow_extra_args(false)
         ->needs(ad);
     add_answer_option(command, "--page", "the page of --ad", "strWebViewUrl", faults, ad);
     add_answer_option(command, "--icon", "the brand icon of --ad", "strBrandIconUrl", faults, ad);
