@@ -42,6 +42,7 @@ set(QORO_PUBLIC_DESKTOP
     desktop/screen/Toolkit.h
     desktop/web/WebSandbox.h
     host/desktop/Desktop.h
+    host/desktop/Preload.h
     host/desktop/ServedAd.h)
 
 # qoro_public_name(HEADER VARIABLE): the name behind qoro/. The ports and the views keep their folder.

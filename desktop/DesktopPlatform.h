@@ -88,6 +88,9 @@ public:
     /// @param step added to the volume; the result is clamped to 0 to 1
     void change_volume(float step);
 
+    /// Folder and size of the video cache, for a download that fills it.
+    const VideoCache& cached_videos() const { return video_cache_.cache(); }
+
     /// Registers a video file that the host already has. It takes precedence over the cache.
     /// @param address of the video, compared exactly
     /// @param path of the file
@@ -115,6 +118,7 @@ private:
         explicit VideoCopies(VideoCache::Options options) : cache_(std::move(options)) {}
         void add(const std::string& address, const std::string& path) { named_.insert_or_assign(address, path); }
         NSString path_for(const NSString& address) override;
+        const VideoCache& cache() const { return cache_; }
 
     private:
         std::map<std::string, std::string> named_;

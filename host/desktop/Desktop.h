@@ -124,6 +124,8 @@ public:
     void add_video_copy(const std::string& address, const std::string& path);
 
 private:
+    friend class Preload;
+
     const std::unique_ptr<DesktopPlatform> platform_;
     std::unique_ptr<DisplayWatch> display_watch_;
 };
