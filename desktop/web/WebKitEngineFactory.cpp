@@ -117,6 +117,19 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     return engine;
 }
 
+void WebKitEngineFactory::warm_up()
+{
+    struct Deaf final : WebListener {
+        void did_start_load() override {}
+        void did_finish_load() override {}
+        bool should_start_load(const NSURL&, int) override { return false; }
+        ScriptAnswer message(const ScriptMessage&) override { return {}; }
+        void died(const std::string&) override {}
+    } deaf;
+    if (!creatives_.context)
+        make_web_engine(deaf, PageKind::Creative);
+}
+
 void WebKitEngineFactory::found(Family& family, PageKind kind)
 {
     if (!sandbox_has_room())

@@ -35,6 +35,9 @@ public:
     /// GTK must have been started. If pages cannot be guarded, the engine shows none and every load fails with the
     /// reason.
     std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
+    /// Loads what WebKit needs for a creative, tens of milliseconds once per program, so that the first ad need not.
+    /// Starts no process. No effect after the first creative.
+    void warm_up();
 
 private:
     struct Family {

@@ -45,6 +45,7 @@ private:
     void fetch();
     void prepare(const NSURL& source);
     void look();
+    void warm_up();
     void done(const std::string& error);
 
     DesktopPlatform& platform_;
@@ -147,12 +148,22 @@ void Preload::Work::look()
     call_host("PreloadOptions::on_progress", &platform_, [&] { on_progress(bytes, all); });
 }
 
+/// The first ad of a program loads libraries and fonts, which takes longer than opening it.
+void Preload::Work::warm_up()
+{
+    const PlatformScope scope(platform_);
+    platform_.text().measure("0", FontSpec{}, {1000, 1000});
+    platform_.web_engines().warm_up();
+}
+
 void Preload::Work::done(const std::string& error)
 {
     if (looks_ != 0)
         platform_.loop().stop_timer(std::exchange(looks_, 0));
     ready_ = error.empty();
-    if (!ready_)
+    if (ready_)
+        warm_up();
+    else
         video_.reset();
     // May destroy this object.
     if (const OnDone on_done = std::exchange(on_done_, nullptr))

@@ -190,21 +190,6 @@ TEST_F(VideoDownloadTest, AHeaderThatNeverEndsIsGivenUp)
     EXPECT_TRUE(left_nothing());
 }
 
-TEST_F(VideoDownloadTest, ASpeedAboveTheMinimumIsEnough)
-{
-    // Slower than the minimum in no interval, and longer than one interval.
-    RawServer server([](const auto&, const auto& connection) {
-        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 1000000\r\n\r\n");
-        for (int piece = 0; piece < 10; ++piece) {
-            connection.send(std::string(100'000, 'x'));
-            std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        }
-        connection.wait_for_close();
-    });
-    VideoDownload download({.least_speed = 1, .speed_seconds = 0.5});
-    EXPECT_EQ(download.fetch(cache, server.base() + "/v.mp4").error, "");
-}
-
 TEST_F(VideoDownloadTest, AnAnswerThatIsNoVideoIsRefusedWithAReason)
 {
     EXPECT_EQ(fetch("HTTP/1.1 404 Not Found\r\nContent-Length: 4\r\n\r\ngone").error, "HTTP status 404");
