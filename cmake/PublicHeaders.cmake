@@ -14,6 +14,8 @@ set(QORO_PUBLIC_CONTROLLER
     host/OpenedAd.h
     kit/Accessible.h
     kit/CloseGuardTimes.h
+    kit/Consent.h
+    kit/OriginHeaders.h
     # The ports and the view tree, for a platform of the host's own.
     platform/AddressParts.h
     platform/CalendarEvent.h

@@ -2,6 +2,7 @@
 
 #include "formats/LogSink.h"
 #include "kit/CloseGuardTimes.h"
+#include "kit/Consent.h"
 #include "platform/Export.h"
 #include "platform/Geometry.h"
 #include "platform/KitEnumerations.h"
@@ -62,6 +63,9 @@ struct HostSetup {
     /// values, percent-encoded; a null value becomes empty. See is_store_page. Empty: the store's screens show what a
     /// store would receive, for programs that test ads.
     std::string store_page = DefaultStorePage;
+
+    /// The viewer's consent, for pages and macros.
+    ConsentStrings consent = {};
 
     /// Whether the number and the rate of the ad's requests are limited; a request beyond the limit is not sent.
     bool tracker_limit = true;

@@ -71,6 +71,7 @@ void Session::make_host(const HostSetup& host)
         host_window_.setHidden(false);
     QoroAdManager::sharedInstance().set_store_page(host.store_page);
     QoroAdManager::sharedInstance().begin_ad(host.tracker_limit);
+    platform_.shared<ConsentStrings>() = host.consent;
     if (host.parent)
         parent_ = std::make_shared<ParentController>();
     if (host.delegate)

@@ -1,5 +1,6 @@
 #include "platform/QoroPhoneGapViewController.h"
 
+#include "kit/Consent.h"
 #include "kit/CalendarEvent.h"
 #include "kit/CloseGuard.h"
 #include "kit/ControlRects.h"
@@ -201,6 +202,8 @@ std::size_t QoroPhoneGapViewController::count_of_listeners() const
 
 ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& message)
 {
+    if (message.command == "getConsent")
+        return {.error = nullptr, .value = record_of(platform_.shared<ConsentStrings>())};
     const NSArray& arguments = message.arguments;
     const bool adds = message.command == "addEventListener";
     const bool removes = message.command == "removeEventListener";
