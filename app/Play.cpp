@@ -184,6 +184,7 @@ void Player::open()
         store_.emplace(std::vector{store_page_of_id(input_.host.store_page).absoluteString().text()});
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address_on_server(address, served_->base()), path);
+    platform_.set_origin_headers(input_.origins);
     watch_files();
     HostSetup host = input_.host;
     host.log = log_lines(options_.log);

@@ -138,6 +138,7 @@ PlayInput read_play_input(const PlayOptions& options)
         surroundings.host.store_page.clear();
     input.platform = platform_options(options, surroundings);
     input.host = surroundings.host;
+    input.origins = surroundings.origins;
     input.copies = copies_of(surroundings, options.host_file);
     input.missing_files = missing_files(*input.ad, options.ad_file, input.folder,
                                         [&](const std::string& address) { return input.copies.contains(address); });

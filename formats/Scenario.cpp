@@ -151,8 +151,8 @@ std::vector<OriginHeaders> read_origins(const Reader& host)
     return origins;
 }
 
-std::optional<std::string> read_consent_string(const Reader& consent, const char* key, bool (*is_valid)(std::string_view),
-                                               const char* expected)
+std::optional<std::string> read_consent_string(const Reader& consent, const char* key,
+                                               bool (*is_valid)(std::string_view), const char* expected)
 {
     const auto given = consent.at(key);
     if (!given || given->is_null())
@@ -181,8 +181,8 @@ ConsentStrings read_consent(const Reader& reader)
 HostSetup read_host(const Reader& host, HostSetup setup)
 {
     host.with_keys({"autorotates", "rootView", "keyWindow", "parent", "parentWindow", "delegates", "flags", "guid",
-                    "session", "sequence", "script", "storePage", "guard", "trackerLimit", "cached",
-                    "origins", "consent"});
+                    "session", "sequence", "script", "storePage", "guard", "trackerLimit", "cached", "origins",
+                    "consent"});
     if (const auto orientations = host.at("autorotates")) {
         setup.autorotates.clear();
         for (const Reader& each : orientations->list("a list of interface orientations"))

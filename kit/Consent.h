@@ -33,8 +33,8 @@ struct ConsentStrings {
 NSDictionary record_of(const ConsentStrings& consent);
 
 /// The value of a macro of IAB VAST 4 about regulations, before its encoding for an address: "GDPRCONSENT",
-/// "REGULATIONS" or "LIMITADTRACKING". "-1" is an unknown value (VAST 4.1, macros). Tracking is always limited, as pages
-/// are notified (MRAID_ENV).
+/// "REGULATIONS" or "LIMITADTRACKING". "-1" is an unknown value (VAST 4.1, macros). Tracking is always limited, as
+/// pages are notified (MRAID_ENV).
 /// @param macro its name without brackets
 /// @return absent for any other macro
 std::optional<std::string> regulation_macro(const ConsentStrings& consent, std::string_view macro);

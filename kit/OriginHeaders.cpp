@@ -15,10 +15,25 @@ namespace
 /// In lower case. Headers of the connection, and those that say how a message is framed or sent on (RFC 9110, 7.6.1 and
 /// 10.1.1), then those that this library sets.
 constexpr std::array<std::string_view, 19> Reserved{
-    "connection",     "keep-alive",   "proxy-authenticate", "proxy-authorization", "proxy-connection",
-    "te",             "trailer",      "transfer-encoding",  "upgrade",             "expect",
-    "host",           "content-length", "user-agent",       "accept-encoding",     "range",
-    "if-range",       "cookie",       "cookie2",            "http2-settings",
+    "connection",
+    "keep-alive",
+    "proxy-authenticate",
+    "proxy-authorization",
+    "proxy-connection",
+    "te",
+    "trailer",
+    "transfer-encoding",
+    "upgrade",
+    "expect",
+    "host",
+    "content-length",
+    "user-agent",
+    "accept-encoding",
+    "range",
+    "if-range",
+    "cookie",
+    "cookie2",
+    "http2-settings",
 };
 
 bool is_letter_or_digit(char c)
@@ -50,9 +65,8 @@ bool is_header_value(std::string_view text)
 /// cookie-octet of RFC 6265, 4.1.1, without the optional quotes.
 bool is_cookie_value(std::string_view text)
 {
-    return std::ranges::all_of(text, [](char c) {
-        return c > 0x20 && c < 0x7F && c != '"' && c != ',' && c != ';' && c != '\\';
-    });
+    return std::ranges::all_of(
+        text, [](char c) { return c > 0x20 && c < 0x7F && c != '"' && c != ',' && c != ';' && c != '\\'; });
 }
 
 bool is_reserved(std::string_view name)
@@ -75,7 +89,8 @@ bool is_origin(std::string_view text)
 std::string shown(const std::string& name)
 {
     std::string text = name.substr(0, 80);
-    std::ranges::replace_if(text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
+    std::ranges::replace_if(
+        text, [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, '?');
     return "\"" + text + "\"";
 }
 

@@ -1,8 +1,8 @@
 #include "platform/QoroPhoneGapViewController.h"
 
-#include "kit/Consent.h"
 #include "kit/CalendarEvent.h"
 #include "kit/CloseGuard.h"
+#include "kit/Consent.h"
 #include "kit/ControlRects.h"
 #include "kit/ControlWatch.h"
 #include "kit/MessageBudget.h"

@@ -75,7 +75,8 @@ Preload::Work::Work(DesktopPlatform& platform, const QoroVideoAd& ad, OnDone on_
     if (copy)
         prepare(NSURL::fileURLWithPath(copy));
     else if (video_source(source).location.empty())
-        platform_.loop().post(liveness_.guard([](Work& self) { self.done("the ad names no video that can be played"); }));
+        platform_.loop().post(
+            liveness_.guard([](Work& self) { self.done("the ad names no video that can be played"); }));
     else if (ad.bIsUseVideoCache && zone_named_by(address_.text()) != NetworkZone::Machine)
         fetch();
     else

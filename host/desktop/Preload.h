@@ -28,8 +28,8 @@ struct PreloadOptions {
     std::function<void(std::uint64_t bytes, std::uint64_t all)> on_progress = {};
 };
 
-/// Fetches an ad's video and decodes its first picture before the ad opens. It blocks no thread of the host. The ad that
-/// opens on the same desktop while this object exists takes the video over, however far it has come: it behaves as
+/// Fetches an ad's video and decodes its first picture before the ad opens. It blocks no thread of the host. The ad
+/// that opens on the same desktop while this object exists takes the video over, however far it has come: it behaves as
 /// without a preload, only sooner.
 ///
 /// A video that the ad may play from the cache (bIsUseVideoCache) is fetched into the cache first, and played from

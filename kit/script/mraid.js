@@ -227,6 +227,8 @@
         // whole seconds; 0 until they are known
         getVideoTotalTime: () => send('getVideoTotalTime', []),
         getVideoIsMute: () => send('getVideoIsMute', []),
+        // {tcf, gdprApplies, usPrivacy, gpp, gppSections}; null where the host supplies none
+        getConsent: () => send('getConsent', []),
         // shows the controls while the video does not play
         checkVideoPlay: () => send('checkVideoPlay', []),
 

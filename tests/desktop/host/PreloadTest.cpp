@@ -96,13 +96,11 @@ protected:
             open_platform();
         served.emplace(folder.path("ad.json"),
                        [this](const AdServerHit& hit) { hits += hit.target.starts_with("/clip.mp4") ? 1 : 0; });
-        ahead.emplace(*platform, *served->ad(), [this](const std::string& error) { results.push_back(error); },
-                      std::move(options));
+        ahead.emplace(
+            *platform, *served->ad(), [this](const std::string& error) { results.push_back(error); },
+            std::move(options));
     }
-    bool wait_until(const std::function<bool()>& condition)
-    {
-        return platform->loop().run_until(condition, Deadline);
-    }
+    bool wait_until(const std::function<bool()>& condition) { return platform->loop().run_until(condition, Deadline); }
     void wait_for_result()
     {
         ASSERT_TRUE(wait_until([this] { return !results.empty(); }));
@@ -111,9 +109,7 @@ protected:
     void open()
     {
         ad.emplace(*platform, served->ad(), nullptr);
-        EXPECT_TRUE(wait_until([this] {
-            return log.pictures > 0 && log.plays();
-        }));
+        EXPECT_TRUE(wait_until([this] { return log.pictures > 0 && log.plays(); }));
     }
     std::vector<CachedVideo> copies() const { return VideoCache({.folder = folder.path("videos")}).videos(); }
 
@@ -270,6 +266,21 @@ TEST_F(PreloadTest, ACancelledPreloadIsNotReportedAndLeavesNothing)
     platform->loop().run_until([] { return false; }, 0.2);
     EXPECT_THAT(results, IsEmpty());
     EXPECT_THAT(copies(), IsEmpty());
+}
+
+TEST_F(PreloadTest, TheHostsHeadersGoWithTheVideo)
+{
+    std::atomic<int> with = 0;
+    RawServer recorder([&with](const std::string& head, const auto& connection) {
+        with += head.find("X-Partner: 7\r\n") != std::string::npos ? 1 : 0;
+        connection.send("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    });
+    open_platform();
+    platform->set_origin_headers({{recorder.base(), {{"X-Partner", "7"}}}});
+    write_ad(recorder.base() + "/v.mp4");
+    preload();
+    wait_for_result();
+    EXPECT_EQ(with, 1);
 }
 
 TEST_F(PreloadTest, AFailureHasItsReason)

@@ -55,7 +55,7 @@ TEST_F(ScriptLibraryTest, APageFindsTheDocumentedCallsAndNothingElse)
         "useCustomClose\"]"));
     EXPECT_TRUE(recorder.has(
         "note[\"MRAIDClose MRAIDUseCustomClose addEventListener cancelPrePauseLocations "
-        "changeOrientation checkCanPlayNextVideo checkVideoPlay getControlRects getVideoIsMute "
+        "changeOrientation checkCanPlayNextVideo checkVideoPlay getConsent getControlRects getVideoIsMute "
         "getVideoTotalTime playNextVideo removeEventListener replay setVideoMute setVideoPause setVideoPlay "
         "setVideoSeekToTime setVideoUnmute\"]"));
     EXPECT_TRUE(recorder.has("note[\"appId coppa ifa limitAdTracking sdk sdkVersion version\"]"));
