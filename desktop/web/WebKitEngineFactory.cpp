@@ -117,8 +117,12 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     return engine;
 }
 
-void WebKitEngineFactory::warm_up()
+bool WebKitEngineFactory::warm_up()
 {
+    if (creatives_.context)
+        return true;
+    if (!try_launch(WebProcess::Network, LaunchCounts).is_over())
+        return false;
     struct Deaf final : WebListener {
         void did_start_load() override {}
         void did_finish_load() override {}
@@ -126,8 +130,8 @@ void WebKitEngineFactory::warm_up()
         ScriptAnswer message(const ScriptMessage&) override { return {}; }
         void died(const std::string&) override {}
     } deaf;
-    if (!creatives_.context)
-        make_web_engine(deaf, PageKind::Creative);
+    make_web_engine(deaf, PageKind::Creative);
+    return true;
 }
 
 void WebKitEngineFactory::found(Family& family, PageKind kind)

@@ -36,8 +36,9 @@ public:
     /// reason.
     std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
     /// Loads what WebKit needs for a creative, tens of milliseconds once per program, so that the first ad need not.
-    /// Starts no process. No effect after the first creative.
-    void warm_up();
+    /// Starts no process of a page. No effect after the first creative.
+    /// @return false, and no effect, while it is not known whether WebKit's processes start here: try again later
+    bool warm_up();
 
 private:
     struct Family {

@@ -45,7 +45,7 @@ private:
     void fetch();
     void prepare(const NSURL& source);
     void look();
-    void warm_up();
+    void prepared();
     void done(const std::string& error);
 
     DesktopPlatform& platform_;
@@ -55,6 +55,8 @@ private:
     const double began_;
     LeastSpeed speed_;
     std::uint64_t reported_ = 0;
+    /// Whether the video could start, and whether the host was notified.
+    bool is_prepared_ = false;
     bool ready_ = false;
     std::unique_ptr<PreparedVideo> video_;
     /// Repeats look(); 0 once the preload has ended.
@@ -122,7 +124,8 @@ void Preload::Work::fetch()
 
 void Preload::Work::prepare(const NSURL& source)
 {
-    video_ = platform_.players().prepare(source, [this](const std::string& error) { done(error); });
+    video_ = platform_.players().prepare(
+        source, [this](const std::string& error) { error.empty() ? prepared() : done(error); });
 }
 
 /// Reports the progress, and gives up on a video that its player would wait for.
@@ -133,6 +136,8 @@ void Preload::Work::look()
         on_done_ = nullptr;
         return;
     }
+    if (is_prepared_)
+        return prepared();
     const bool streams = video_ && !video_->source().is_file;
     const std::uint64_t bytes = streams ? video_->received_bytes() : received_->bytes.load();
     const std::uint64_t all = streams ? video_->whole_bytes() : received_->all.load();
@@ -150,11 +155,14 @@ void Preload::Work::look()
 }
 
 /// The first ad of a program loads libraries and fonts, which takes longer than opening it.
-void Preload::Work::warm_up()
+void Preload::Work::prepared()
 {
     const PlatformScope scope(platform_);
+    is_prepared_ = true;
+    if (!platform_.web_engines().warm_up())
+        return; // look() tries again
     platform_.text().measure("0", FontSpec{}, {1000, 1000});
-    platform_.web_engines().warm_up();
+    done("");
 }
 
 void Preload::Work::done(const std::string& error)
@@ -162,9 +170,7 @@ void Preload::Work::done(const std::string& error)
     if (looks_ != 0)
         platform_.loop().stop_timer(std::exchange(looks_, 0));
     ready_ = error.empty();
-    if (ready_)
-        warm_up();
-    else
+    if (!ready_)
         video_.reset();
     // May destroy this object.
     if (const OnDone on_done = std::exchange(on_done_, nullptr))

@@ -77,7 +77,8 @@ protected:
     void write_ad(const std::string& video, const std::string& more = "") const
     {
         folder.write("ad.json", R"({"strVideoUrl": ")" + video + R"(", "fVideoWidth": 16, "fVideoHeight": 9,
-            "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true)" +
+            "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true,
+            "iBufferingSufferTime": -1)" +
                                     more + "}");
     }
     void open_platform()
