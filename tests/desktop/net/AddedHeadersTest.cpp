@@ -97,10 +97,10 @@ TEST_F(AddedHeadersTest, ARedirectToAnotherOriginLosesThem)
     EXPECT_THAT(other.heads()[0], HasSubstr("X-Other: 8\r\n"));
     EXPECT_THAT(other.heads()[0], HasSubstr("Cookie: oid=def\r\n"));
     EXPECT_THAT(other.heads()[0], Not(HasSubstr("X-Partner")));
-    EXPECT_THAT(other.heads()[0], Not(HasSubstr("abc")));
+    EXPECT_THAT(other.heads()[0], Not(HasSubstr("sid")));
     EXPECT_THAT(server.heads()[1], HasSubstr("X-Partner: 7\r\n")) << "back at its origin";
     EXPECT_THAT(server.heads()[1], Not(HasSubstr("X-Other")));
-    EXPECT_THAT(server.heads()[1], Not(HasSubstr("def")));
+    EXPECT_THAT(server.heads()[1], Not(HasSubstr("oid")));
 
     fetch(server.named("ads.example") + "/c");
     EXPECT_THAT(server.heads()[2], Not(HasSubstr("X-Partner")));
