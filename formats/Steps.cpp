@@ -21,7 +21,7 @@ using detail::shown;
 using What = decltype(Step::what);
 
 /// Commands of the creative's script.
-constexpr std::array<std::string_view, 29> ScriptCommands{
+constexpr std::array<std::string_view, 30> ScriptCommands{
     "addEventListener",
     "removeEventListener",
     "MRAIDClose",
@@ -39,6 +39,7 @@ constexpr std::array<std::string_view, 29> ScriptCommands{
     "cancelPrePauseLocations",
     "changeOrientation",
     "replay",
+    "getConsent",
     "getControlRects",
     "mraid.load",
     "mraid.open",
