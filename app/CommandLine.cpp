@@ -2,9 +2,13 @@
 
 #ifdef QORO_DESKTOP
 #include "app/Play.h"
+#include "desktop/media/VideoDiscovery.h"
 #endif
 
 #include <qoro/Version.h>
+
+#include <optional>
+#include <string>
 
 namespace qoro
 {
@@ -17,6 +21,12 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     add_play_options(*app_.add_subcommand("play", "Play an ad in a window"), play_);
     add_import_options(*app_.add_subcommand("import"), import_);
     add_cache_options(*app_.add_subcommand("cache"), cache_);
+#endif
+#ifdef QORO_DESKTOP
+    simulate_.ad.parts.discover = [](const std::string& path) -> std::optional<VideoFacts> {
+        const auto found = discover_video(path);
+        return found ? std::optional(VideoFacts{.duration = found->duration, .size = found->size}) : std::nullopt;
+    };
 #endif
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
 }

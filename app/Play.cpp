@@ -10,6 +10,8 @@
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
 #include "formats/AdAddresses.h"
+#include "formats/AdFile.h"
+#include "formats/AdRemarks.h"
 #include "formats/InputError.h"
 #include "formats/LogLines.h"
 #include "host/OpenedAd.h"
@@ -17,11 +19,13 @@
 #include "host/SessionControls.h"
 #include "host/desktop/DesktopTag.h"
 #include "host/desktop/ServedAd.h"
+#include "kit/StandIn.h"
 #include "platform/Numbers.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <glib-unix.h>
 
+#include <algorithm>
 #include <array>
 #include <csignal>
 #include <cstring>
@@ -30,7 +34,9 @@
 #include <iostream>
 #include <memory>
 #include <optional>
+#include <set>
 #include <utility>
+#include <variant>
 
 namespace qoro
 {
@@ -76,6 +82,12 @@ private:
     void receive(const Event& event) override;
 
     void connect_window();
+    void follow_failures();
+    void report(const std::string& line);
+    void report_content(const std::string& address, const std::string& what);
+    bool is_missing(const std::string& place) const;
+    void video_failed(const std::string& reason);
+    void duration_known(double duration);
     void open();
     void open_ad(HostSetup host, Rehearsal rehearsal);
     void open_tag(HostSetup host, Rehearsal rehearsal);
@@ -119,6 +131,12 @@ private:
     std::array<SourceId, std::size(Signals)> signals_;
     const DisplayWatch display_watch_{[this] { display_lost(); }};
     bool is_away_ = false;
+    /// Whether the duration of the ad's own video is known.
+    bool duration_known_ = false;
+    /// The ad before the session changes it, with absolute addresses.
+    std::shared_ptr<const QoroVideoAd> authored_;
+    /// Lines about the ad, each of which is written once.
+    std::set<std::string> reported_;
     bool ends_ = false;
     /// Something that was asked for could not be done.
     bool has_failed_ = false;
@@ -156,6 +174,7 @@ int Player::run()
         has_failed_ |= !options_.lenient;
     }
     connect_window();
+    follow_failures();
     platform_.display().show();
     platform_.loop().restart_clock();
     open();
@@ -167,7 +186,13 @@ int Player::run()
 
 void Player::open()
 {
-    store_.emplace(std::vector{store_page_of_id(input_.host.store_page).absoluteString().text()});
+    duration_known_ = false;
+    reported_.clear();
+    authored_.reset();
+    store_.reset();
+    if (!input_.host.store_page.empty())
+        store_.emplace(std::vector{store_page_of_id(input_.host.store_page).absoluteString().text()});
+    platform_.set_origin_headers(input_.origins);
     HostSetup host = input_.host;
     host.log = log_lines(options_.log);
     const auto prepared = [this] {
@@ -186,6 +211,7 @@ void Player::open()
 void Player::open_ad(HostSetup host, Rehearsal rehearsal)
 {
     served_ = std::make_unique<ServedAd>(input_.ad, input_.folder, [this](const AdServerHit& hit) { served(hit); });
+    authored_ = copy_of(*served_->ad());
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address_on_server(address, served_->base()), path);
     watch_files();
@@ -253,6 +279,7 @@ void Player::reload()
     }
     opened_.reset();
     tag_.reset();
+    remove_stand_ins(platform_);
     input_ = std::move(*fresh);
     for (Step& step : input_.steps)
         step.at += platform_.loop().now();
@@ -350,6 +377,60 @@ void Player::receive(const Event& event)
 {
     if (trace_)
         trace_->receive(event);
+    if (const auto* page = std::get_if<event::PageFailed>(&event))
+        report_content(std::string(page->url.view()), std::string(page->reason.view()));
+    else if (const auto* video = std::get_if<event::PlayerFailed>(&event))
+        video_failed(std::string(video->reason.view()));
+}
+
+void Player::follow_failures()
+{
+    platform_.players().options.on_duration = [this](double duration) { duration_known(duration); };
+    platform_.fetcher().on_image_failure = [this](const std::string& address, const std::string& reason) {
+        report_content(address, reason);
+    };
+}
+
+void Player::report(const std::string& line)
+{
+    if (reported_.insert(line).second)
+        std::cerr << "qoro-ad: " << line << std::endl;
+}
+
+/// Whether a file of the ad's folder is missing, which has been said at the start.
+/// @param place "ad.json: /strWebViewUrl: "
+bool Player::is_missing(const std::string& place) const
+{
+    return std::ranges::any_of(input_.missing_files,
+                               [&place](const std::string& line) { return line.starts_with(place); });
+}
+
+/// Names the ad's property whose content did not load.
+void Player::report_content(const std::string& address, const std::string& what)
+{
+    std::string place;
+    if (authored_)
+        visit_addresses(*authored_, [&](AdAddressUse use, const std::string& path, const std::string& one) {
+            if (use == AdAddressUse::Content && place.empty() && one == address)
+                place = options_.ad_file + ": " + path + ": ";
+        });
+    if (place.empty() || !is_missing(place))
+        report(place + address + " did not load: " + what);
+}
+
+void Player::video_failed(const std::string& reason)
+{
+    if (!is_missing(options_.ad_file + ": /strVideoUrl: "))
+        report("the video has failed: " + reason);
+}
+
+void Player::duration_known(double duration)
+{
+    // Later players are those of the page's next videos and of replays.
+    if (!authored_ || std::exchange(duration_known_, true))
+        return;
+    for (const std::string& line : remarks_on_duration(*authored_, options_.ad_file, duration))
+        report(line);
 }
 
 void Player::ended(const AdOutcome& outcome)

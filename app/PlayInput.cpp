@@ -5,10 +5,12 @@
 #include "formats/DeviceModels.h"
 #include "formats/InputError.h"
 #include "formats/InputFile.h"
+#include "kit/StandIn.h"
 #include "platform/AddressParts.h"
 
 #include <algorithm>
 #include <filesystem>
+#include <functional>
 #include <iostream>
 #include <utility>
 
@@ -54,6 +56,26 @@ void lock_to_landscape(Surroundings& surroundings)
     surroundings.host.autorotates = {UIInterfaceOrientationLandscapeRight, UIInterfaceOrientationLandscapeLeft};
 }
 
+/// Screens of the kit for the programs that the options replace.
+void add_stand_ins(const PlayOptions& options, DesktopPlatform::Options& platform)
+{
+    if (options.fake_calendar)
+        platform.calendar.stand_in = [](const std::string& event) {
+            show_calendar_stand_in(Platform::current(), event);
+        };
+    platform.device.stand_in.takes = [composer = options.fake_composer,
+                                      store = options.fake_store](const NSURL& address, bool waits) {
+        const AddressParts parts = address.parts();
+        if (parts.has_scheme("sms"))
+            return composer;
+        // The ad waits for messages and stores only.
+        return store && (waits || parts.has_scheme("appstream"));
+    };
+    platform.device.stand_in.show = [](const NSURL& address, std::function<void()> closed) {
+        show_address_stand_in(Platform::current(), address, std::move(closed));
+    };
+}
+
 DesktopPlatform::Options platform_options(const PlayOptions& options, const Surroundings& surroundings)
 {
     const DeviceSetup& device = surroundings.device;
@@ -66,6 +88,7 @@ DesktopPlatform::Options platform_options(const PlayOptions& options, const Surr
                        .status_bar_orientation = device.status_bar_orientation,
                        .status_bar_hidden = device.status_bar_hidden,
                        .autorotates = surroundings.host.autorotates};
+    add_stand_ins(options, platform);
     platform.inspect_pages = options.inspect;
     platform.system_volume = options.system_volume;
     platform.silent = options.mute_output;
@@ -96,10 +119,6 @@ std::map<std::string, std::string> copies_of(const Surroundings& surroundings, c
     }
     return copies;
 }
-} // namespace
-
-namespace
-{
 
 /// Whether a text is XML rather than JSON: it begins with "<", in UTF-8 or UTF-16, perhaps after a byte order mark.
 bool is_xml(std::string_view text)
@@ -146,8 +165,11 @@ PlayInput read_play_input(const PlayOptions& options)
         lock_to_landscape(surroundings);
     if (!options.store_page.empty())
         surroundings.host.store_page = options.store_page;
+    if (options.fake_store)
+        surroundings.host.store_page.clear();
     input.platform = platform_options(options, surroundings);
     input.host = surroundings.host;
+    input.origins = surroundings.origins;
     input.copies = copies_of(surroundings, options.host_file);
     if (input.ad)
         input.missing_files = missing_files(*input.ad, options.ad_file, input.folder,

@@ -34,6 +34,8 @@ struct PlayInput {
     /// @}
     /// Files of the host's own copies of videos, by address. A relative address is relative to the ad's folder.
     std::map<std::string, std::string> copies;
+    /// What the host adds to the ad's requests.
+    std::vector<OriginHeaders> origins;
     /// How the device is held when the ad opens.
     UIDeviceOrientation orientation = UIDeviceOrientationPortrait;
     std::vector<Step> steps;

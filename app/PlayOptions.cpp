@@ -57,6 +57,20 @@ std::string check_store_page(const std::string& pattern)
                : "expected an address that begins with http:// or https://, with {id} in it, got \"" + pattern + "\"";
 }
 
+/// Adds an option that selects the machine's program or a screen that shows what the program would receive.
+void add_program_option(CLI::App& command, const std::string& name, bool& fake, const std::string& description)
+{
+    command
+        .add_option_function<std::string>(
+            name, [&fake](const std::string& which) { fake = which == "fake"; }, description)
+        ->type_name("system|fake")
+        ->check(CLI::Validator(
+            [](const std::string& which) {
+                return which == "system" || which == "fake" ? "" : "expected system or fake, got \"" + which + "\"";
+            },
+            ""));
+}
+
 std::string check_seconds(const std::string& text)
 {
     double number = 0;
@@ -102,6 +116,12 @@ void add_play_options(CLI::App& command, PlayOptions& options)
                     "The address at which the host's store shows an item, {id} being the item's")
         ->type_name("ADDRESS")
         ->check(CLI::Validator(check_store_page, ""));
+    add_program_option(command, "--calendar", options.fake_calendar,
+                       "Where calendar events go: to the machine's calendar, or to a screen that shows them");
+    add_program_option(command, "--composer", options.fake_composer,
+                       "Where messages go: to the machine's message composer, or to a screen that shows them");
+    add_program_option(command, "--store", options.fake_store,
+                       "Where store items go: to the store's page or program, or to a screen that shows them");
     command.add_flag("--mute-output", options.mute_output, "Play without a sound; the ad's volume works all the same");
     command.add_flag("--system-volume", options.system_volume,
                      "The ad's volume is the machine's, not only this program's");

@@ -32,6 +32,12 @@ struct PlayOptions {
     std::string host_file;
     /// Empty for the host file's pattern, or the default.
     std::string store_page;
+    /// Programs that a screen of this program replaces.
+    /// @{
+    bool fake_calendar = false;
+    bool fake_composer = false;
+    bool fake_store = false;
+    /// @}
     bool mute_output = false;
     bool system_volume = false;
     bool no_web_sandbox = false;

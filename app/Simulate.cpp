@@ -4,6 +4,7 @@
 #include "app/LogOption.h"
 #include "app/OrderedWork.h"
 #include "app/Progress.h"
+#include "app/TraceFile.h"
 #include "formats/InputError.h"
 #include "formats/InputFile.h"
 #include "formats/JsonText.h"
@@ -20,6 +21,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <fstream>
 #include <iostream>
 #include <optional>
 #include <unistd.h>
@@ -43,6 +45,7 @@ constexpr const char* Advice =
     "  qoro-ad simulate session.json                        every event, a JSON object a line\n"
     "  qoro-ad simulate session.json --format text          the same as a timeline to read\n"
     "  qoro-ad simulate session.json --summary              the timeline, then trackers, times and leftovers\n"
+    "  qoro-ad simulate --ad ad.json --summary              an ad without a scenario, from its own folder\n"
     "  qoro-ad simulate one.json two.json --jobs 2          several sessions, one after the other\n"
     "  qoro-ad simulate --jsonl <many.jsonl >results.jsonl  a scenario a line in, a result a line out\n\n"
     "Exit status: 0 every session ran; 2 a scenario or an option is not usable (one line on standard error says\n"
@@ -178,27 +181,38 @@ void write_summary(const Summary& summary, TraceFormat format, const LineSink& s
     sink(text);
 }
 
+void run_scenario(const Scenario& scenario, const std::string& name, const FileStyle& style, const LineSink& trace,
+                  const LineSink& summary)
+{
+    const SessionLog log(style.log, name);
+    if (style.summary)
+        write_summary(simulate_and_sum_up(scenario, style.format, trace, log.sink()), style.format, summary);
+    else
+        simulate(scenario, style.format, trace, log.sink());
+}
+
 void run_file(const std::string& file, const FileStyle& style, const LineSink& sink)
 {
     const std::string name = file == "-" ? "stdin" : file;
     const Scenario scenario = read_scenario(read_input_file(file), name);
-    const SessionLog log(style.log, name);
     if (style.named)
         write_header(file, style.format, sink);
-    if (style.summary)
-        write_summary(simulate_and_sum_up(scenario, style.format, sink, log.sink()), style.format, sink);
-    else
-        simulate(scenario, style.format, sink, log.sink());
+    run_scenario(scenario, name, style, sink, sink);
     if (style.named && style.format == TraceFormat::Text)
         sink("\n");
 }
 
+FileStyle style_of(const SimulateOptions& options)
+{
+    return {.format = options.format.value_or(options.summary ? TraceFormat::Text : TraceFormat::Json),
+            .summary = options.summary,
+            .log = options.log,
+            .named = options.files.size() > 1};
+}
+
 int run_files(const SimulateOptions& options)
 {
-    const FileStyle style{.format = options.format.value_or(options.summary ? TraceFormat::Text : TraceFormat::Json),
-                          .summary = options.summary,
-                          .log = options.log,
-                          .named = options.files.size() > 1};
+    const FileStyle style = style_of(options);
     Output output;
     int status = 0;
     {
@@ -305,15 +319,55 @@ int run_lines(const SimulateOptions& options)
     return 0;
 }
 
+// ----------------------------------------------------------------------------------------------------------------- ad
+
+void write_file(const std::string& path, const std::string& text)
+{
+    std::ofstream file(path, std::ios::binary);
+    file << text << std::flush;
+    if (!file)
+        throw InputError(path, "", std::strerror(errno));
+}
+
+int run_ad(const SimulateOptions& options)
+{
+    const SimulatedAdOptions& ad = options.ad;
+    const AdScenario made = scenario_of_ad(ad.parts);
+    for (const auto* lines : {&made.remarks, &made.missing_files})
+        for (const std::string& line : *lines)
+            std::cerr << "qoro-ad: " << line << '\n';
+    if (!ad.scenario_file.empty())
+        write_file(ad.scenario_file, made.text);
+    const Scenario scenario = read_scenario(made.text, ad.parts.ad_file);
+    Output output;
+    const LineSink standard = [&output](std::string_view text) { output.write(text); };
+    if (ad.trace_file.empty() || ad.trace_file == "-") {
+        run_scenario(scenario, ad.parts.ad_file, style_of(options), standard, standard);
+    } else {
+        const TraceFile trace(ad.trace_file);
+        run_scenario(scenario, ad.parts.ad_file, style_of(options), trace.sink(), standard);
+        if (trace.has_failed())
+            return 1;
+    }
+    output.flush();
+    output.check();
+    return 0;
+}
+
 void check_options(const SimulateOptions& options)
 {
+    if (!options.ad.parts.ad_file.empty()) {
+        if (options.jsonl || !options.files.empty())
+            throw InputError("simulate", "", "--ad takes the place of scenarios: expected no file and no --jsonl");
+        return;
+    }
     if (options.jsonl && !options.files.empty())
         throw InputError("simulate", "",
                          "--jsonl reads standard input: expected no file, got " + options.files.front());
     if (options.jsonl && options.format == TraceFormat::Text)
         throw InputError("simulate", "", "--jsonl writes JSON: expected no --format text");
     if (!options.jsonl && options.files.empty())
-        throw InputError("simulate", "", "expected a SCENARIO.json, - for standard input, or --jsonl");
+        throw InputError("simulate", "", "expected a SCENARIO.json, - for standard input, --jsonl, or --ad AD.json");
     if (std::ranges::count(options.files, "-") > 1)
         throw InputError("simulate", "", "expected - (standard input) once");
 }
@@ -354,6 +408,7 @@ void add_simulate_options(CLI::App& command, SimulateOptions& options)
                      "A scenario a line on standard input gives a result a line: "
                      R"({"scenario": n, "trace": [...], "summary": {...}})");
     add_log_option(command, options.log);
+    add_simulated_ad_options(command, options.ad);
     command.add_option("--jobs", options.jobs, "Sessions that run at a time; the output is the same to the byte")
         ->type_name("N")
         ->check(CLI::Validator(check_jobs, ""));
@@ -366,7 +421,8 @@ int simulate_command(const SimulateOptions& options)
     check_options(options);
     // The results of the sessions that have started are written whole.
     const Interruption interruption;
-    const int status = options.jsonl ? run_lines(options) : run_files(options);
+    const bool ad = !options.ad.parts.ad_file.empty();
+    const int status = ad ? run_ad(options) : options.jsonl ? run_lines(options) : run_files(options);
     Interruption::end_program();
     return status;
 }

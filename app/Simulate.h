@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/SimulatedAd.h"
 #include "formats/Trace.h"
 #include "platform/QoroAdManager.h"
 
@@ -27,14 +28,15 @@ struct SimulateOptions {
     /// Level from which lines of the ads' logs go to standard error; absent for none.
     std::optional<ZulixLogTag> log;
     unsigned jobs = 1;
+    SimulatedAdOptions ad;
 };
 
 /// Adds the command's description, options and arguments.
 void add_simulate_options(CLI::App& command, SimulateOptions& options);
 
-/// Simulates the given scenarios and writes the results to standard output.
+/// Simulates the given scenarios, or the ad, and writes the results to standard output.
 /// @return the exit status: 0, or 2 when a scenario was invalid; errors are on standard error
-/// @throws InputError when the options conflict
+/// @throws InputError when the options conflict, and for an invalid ad
 /// @throws std::runtime_error when writing to standard output fails
 int simulate_command(const SimulateOptions& options);
 

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Plays one clip with this program and with its peers, on one X server, and prints figures and ratios.
 
-usage: bench/players.py QORO_AD FRAME_READER [--runs 3] [--seconds 6]
+usage: bench/players.py QORO_AD FRAME_READER [--preload-bench PRELOAD_BENCH] [--runs 3] [--seconds 6]
 
 Run it through tools/with_display.sh. Every player is measured from outside: frame_reader reads the frame numbers from the
 X server's picture; processor time and memory (PSS) are those of the player's whole process tree, excluding its first
@@ -125,6 +125,13 @@ def open_to_frame(reader, program, folder, ad, area):
     return (seen["first"] - Asked.first["/bars.mp4"]) * 1000
 
 
+def opened_to_screen(reader, bench, clip, how, area):
+    """Milliseconds from the first opening of an ad in a running program to its first frame on screen."""
+    eyes = subprocess.Popen([reader, *map(str, area), "1"], stdout=subprocess.PIPE, text=True)
+    lines = subprocess.run([bench, clip, how, "1"], capture_output=True, text=True, check=True).stdout.split()
+    return (json.loads(eyes.communicate()[0])["first"] - float(lines[0])) * 1000
+
+
 def tracker_delays(program, folder, seconds):
     """Milliseconds from the decision to send a tracker to its arrival at a server, over the demo ad."""
     trace = folder / "trace.jsonl"
@@ -144,6 +151,7 @@ def main():
     arguments = argparse.ArgumentParser()
     arguments.add_argument("qoro_ad")
     arguments.add_argument("frame_reader")
+    arguments.add_argument("--preload-bench")
     arguments.add_argument("--runs", type=int, default=3)
     arguments.add_argument("--seconds", type=float, default=6)
     options = arguments.parse_args()
@@ -212,6 +220,10 @@ def main():
         opened = statistics.median(open_to_frame(options.frame_reader, options.qoro_ad, folder, video_only, band)
                                    for _ in range(options.runs))
         print(f"opened in a running program, to the first frame: {opened:.0f} ms")
+        for how in ("without", "with") if options.preload_bench else ():
+            soon = statistics.median(opened_to_screen(options.frame_reader, options.preload_bench, clip, how, band)
+                                     for _ in range(options.runs))
+            print(f"the first ad of a program {how} a preload, to its first frame: {soon:.0f} ms")
         delays = tracker_delays(options.qoro_ad, folder, 16)
         print(f"{len(delays)} trackers, from the decision to the server: median {statistics.median(delays):.1f} ms, "
               f"longest {max(delays):.1f} ms")

@@ -14,6 +14,8 @@ set(QORO_PUBLIC_CONTROLLER
     host/OpenedAd.h
     kit/Accessible.h
     kit/CloseGuardTimes.h
+    kit/Consent.h
+    kit/OriginHeaders.h
     # The ports and the view tree, for a platform of the host's own.
     platform/AddressParts.h
     platform/CalendarEvent.h
@@ -43,6 +45,7 @@ set(QORO_PUBLIC_DESKTOP
     desktop/screen/Toolkit.h
     desktop/web/WebSandbox.h
     host/desktop/Desktop.h
+    host/desktop/Preload.h
     host/desktop/ServedAd.h)
 
 # qoro_public_name(HEADER VARIABLE): the name behind qoro/. The ports and the views keep their folder.

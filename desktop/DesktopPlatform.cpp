@@ -87,6 +87,11 @@ NSString DesktopPlatform::VideoCopies::path_for(const NSString& address)
     return named == named_.end() ? cache_.path_for(address) : NSString(named->second);
 }
 
+void DesktopPlatform::set_origin_headers(const std::vector<OriginHeaders>& origins)
+{
+    added_headers_ = std::make_unique<AddedHeaders>(origins);
+}
+
 void DesktopPlatform::sound_requested(const GstPlayer& player, SoundRequest request)
 {
     const bool was_interrupted = !interrupted_.empty();

@@ -7,6 +7,7 @@
 #include "desktop/images/GdkImages.h"
 #include "desktop/media/GstPlayer.h"
 #include "desktop/media/PulseVolume.h"
+#include "desktop/net/AddedHeaders.h"
 #include "desktop/net/Reach.h"
 #include "desktop/net/SoupFetcher.h"
 #include "desktop/screen/Screen.h"
@@ -16,10 +17,12 @@
 #include "platform/Platform.h"
 
 #include <map>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -88,6 +91,13 @@ public:
     /// @param step added to the volume; the result is clamped to 0 to 1
     void change_volume(float step);
 
+    /// Folder and size of the video cache, for a download that fills it.
+    const VideoCache& cached_videos() const { return video_cache_.cache(); }
+
+    /// Replaces the headers and cookies that the ads' requests to some origins carry.
+    /// @throws std::invalid_argument if they cannot be sent (fault_of); the former ones stay
+    void set_origin_headers(const std::vector<OriginHeaders>& origins);
+
     /// Registers a video file that the host already has. It takes precedence over the cache.
     /// @param address of the video, compared exactly
     /// @param path of the file
@@ -115,6 +125,7 @@ private:
         explicit VideoCopies(VideoCache::Options options) : cache_(std::move(options)) {}
         void add(const std::string& address, const std::string& path) { named_.insert_or_assign(address, path); }
         NSString path_for(const NSString& address) override;
+        const VideoCache& cache() const { return cache_; }
 
     private:
         std::map<std::string, std::string> named_;
@@ -133,6 +144,7 @@ private:
     /// The players whose sound the server has asked to pause.
     std::set<const GstPlayer*> interrupted_;
     const ReachRule reach_;
+    std::unique_ptr<AddedHeaders> added_headers_;
     GlibLoop loop_{this};
     DesktopDevice device_;
     PulseVolume output_volume_;

@@ -2,6 +2,7 @@
 
 #include "formats/LogSink.h"
 #include "kit/CloseGuardTimes.h"
+#include "kit/Consent.h"
 #include "platform/Export.h"
 #include "platform/Geometry.h"
 #include "platform/KitEnumerations.h"
@@ -59,8 +60,12 @@ struct HostSetup {
     /// Address of the kit's script library, as a page names it.
     NSString script = "kit://script.js";
     /// Address pattern of a store's item. {id}, {campaign}, {provider} and {adProvider} are replaced with the item's
-    /// values, percent-encoded; a null value becomes empty. See is_store_page.
+    /// values, percent-encoded; a null value becomes empty. See is_store_page. Empty: the store's screens show what a
+    /// store would receive, for programs that test ads.
     std::string store_page = DefaultStorePage;
+
+    /// The viewer's consent, for pages and macros.
+    ConsentStrings consent = {};
 
     /// Whether the number and the rate of the ad's requests are limited; a request beyond the limit is not sent.
     bool tracker_limit = true;

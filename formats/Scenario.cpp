@@ -127,11 +127,62 @@ std::map<std::string, std::string, std::less<>> read_cached(const Reader& host)
     return copies;
 }
 
+std::vector<std::pair<std::string, std::string>> read_pairs(const Reader& origin, const char* key)
+{
+    std::vector<std::pair<std::string, std::string>> pairs;
+    if (const auto given = origin.at(key))
+        for (const auto& [name, value] : given->entries())
+            pairs.emplace_back(name, value.text());
+    return pairs;
+}
+
+std::vector<OriginHeaders> read_origins(const Reader& host)
+{
+    std::vector<OriginHeaders> origins;
+    const auto given = host.at("origins");
+    if (!given)
+        return origins;
+    for (const auto& [origin, added] : given->entries()) {
+        added.with_keys({"headers", "cookies"});
+        origins.push_back({origin, read_pairs(added, "headers"), read_pairs(added, "cookies")});
+        if (const std::string fault = fault_of(origins.back()); !fault.empty())
+            throw InputError(added.file(), added.path(), fault);
+    }
+    return origins;
+}
+
+std::optional<std::string> read_consent_string(const Reader& consent, const char* key,
+                                               bool (*is_valid)(std::string_view), const char* expected)
+{
+    const auto given = consent.at(key);
+    if (!given || given->is_null())
+        return std::nullopt;
+    if (!is_valid(given->text(expected)))
+        given->refuse(expected);
+    return given->text();
+}
+
+ConsentStrings read_consent(const Reader& reader)
+{
+    reader.with_keys({"tcf", "gdprApplies", "usPrivacy", "gpp", "gppSections"});
+    ConsentStrings consent;
+    consent.tcf = read_consent_string(reader, "tcf", is_tc_string, "a TC string of version 2, which begins with C");
+    if (const auto applies = reader.at("gdprApplies"); applies && !applies->is_null())
+        consent.gdpr_applies = applies->flag();
+    consent.us_privacy = read_consent_string(reader, "usPrivacy", is_us_privacy, "a US privacy string such as 1YNN");
+    consent.gpp = read_consent_string(reader, "gpp", is_gpp_string, "a GPP string, which begins with D");
+    if (const auto sections = reader.at("gppSections"))
+        for (const Reader& each : sections->list("a list of section numbers"))
+            consent.gpp_sections.push_back(each.whole("a section number"));
+    return consent;
+}
+
 /// @param setup defaults for missing keys
 HostSetup read_host(const Reader& host, HostSetup setup)
 {
     host.with_keys({"autorotates", "rootView", "keyWindow", "parent", "parentWindow", "delegates", "flags", "guid",
-                    "session", "sequence", "script", "storePage", "guard", "trackerLimit", "cached"});
+                    "session", "sequence", "script", "storePage", "guard", "trackerLimit", "cached", "origins",
+                    "consent"});
     if (const auto orientations = host.at("autorotates")) {
         setup.autorotates.clear();
         for (const Reader& each : orientations->list("a list of interface orientations"))
@@ -163,6 +214,8 @@ HostSetup read_host(const Reader& host, HostSetup setup)
         setup.guard = guard->flag() ? std::optional(CloseGuardTimes{}) : std::nullopt;
     if (const auto limited = host.at("trackerLimit"))
         setup.tracker_limit = limited->flag();
+    if (const auto consent = host.at("consent"))
+        setup.consent = read_consent(*consent);
     return setup;
 }
 
@@ -268,6 +321,7 @@ Scenario read_scenario(std::string_view text, const std::string& file)
     if (const auto host = reader.at("host")) {
         scenario.host = read_host(*host, scenario.host);
         scenario.world.cached = read_cached(*host);
+        read_origins(*host);
     }
     if (const auto sizes = reader.at("text"))
         for (const auto& [of_text, size] : sizes->entries())
@@ -307,6 +361,7 @@ Surroundings read_surroundings(std::string_view text, const std::string& file)
     if (const auto host = reader.at("host")) {
         surroundings.host = read_host(*host, {});
         surroundings.cached = read_cached(*host);
+        surroundings.origins = read_origins(*host);
     }
     return surroundings;
 }

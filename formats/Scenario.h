@@ -4,6 +4,7 @@
 #include "formats/HostSetup.h"
 #include "formats/Steps.h"
 #include "formats/World.h"
+#include "kit/OriginHeaders.h"
 
 #include <functional>
 #include <map>
@@ -37,6 +38,8 @@ struct Surroundings {
     HostSetup host;
     /// Paths of cached videos by address.
     std::map<std::string, std::string, std::less<>> cached;
+    /// What the host adds to requests; a simulated session sends none.
+    std::vector<OriginHeaders> origins = {};
 };
 
 /// Reads a JSON object with the keys "device" and "host".

@@ -21,7 +21,7 @@ using detail::shown;
 using What = decltype(Step::what);
 
 /// Commands of the creative's script.
-constexpr std::array<std::string_view, 27> ScriptCommands{
+constexpr std::array<std::string_view, 30> ScriptCommands{
     "addEventListener",
     "removeEventListener",
     "MRAIDClose",
@@ -38,6 +38,9 @@ constexpr std::array<std::string_view, 27> ScriptCommands{
     "checkCanPlayNextVideo",
     "cancelPrePauseLocations",
     "changeOrientation",
+    "replay",
+    "getConsent",
+    "getControlRects",
     "mraid.load",
     "mraid.open",
     "mraid.close",

@@ -65,7 +65,8 @@ struct VideoSetup {
     std::vector<Stall> stalls;
     /// Media time in seconds at which playback fails, once per player; the next play() continues. Absent for never.
     std::optional<double> error;
-    /// Media time in seconds at which playback fails permanently. Absent for never.
+    /// Media time in seconds at which playback fails permanently; at 0 the video never becomes playable. Absent for
+    /// never.
     std::optional<double> error_for_good;
 };
 

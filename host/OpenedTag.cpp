@@ -100,6 +100,14 @@ OpenedTag::Run::Run(Platform& platform, OnEnd on_end, HostSetup host, TagOptions
     if (!options_.random)
         options_.random = [] { return static_cast<std::uint32_t>(std::random_device{}()); };
     options_.macros.request.random = options_.random;
+    const ConsentStrings& consent = host_.consent;
+    vast::MacroValues::Regulation& regulation = options_.macros.regulation;
+    regulation.gdpr = consent.gdpr_applies;
+    regulation.tcf_string = consent.tcf;
+    regulation.us_privacy = consent.us_privacy;
+    regulation.gpp_string = consent.gpp;
+    if (!consent.gpp_sections.empty())
+        regulation.gpp_section_ids.emplace(consent.gpp_sections.begin(), consent.gpp_sections.end());
 }
 
 OpenedTag::Run::~Run()

@@ -4,6 +4,7 @@
 #include "formats/Operations.h"
 #include "formats/Snapshot.h"
 #include "host/ControlNames.h"
+#include "host/ControllerExtras.h"
 #include "kit/PageScreen.h"
 #include "views/ViewNode.h"
 
@@ -70,6 +71,7 @@ void Session::make_host(const HostSetup& host)
         host_window_.setHidden(false);
     QoroAdManager::sharedInstance().set_store_page(host.store_page);
     QoroAdManager::sharedInstance().begin_ad(host.tracker_limit);
+    platform_.shared<ConsentStrings>() = host.consent;
     if (host.parent)
         parent_ = std::make_shared<ParentController>();
     if (host.delegate)
@@ -96,6 +98,7 @@ void Session::make_controller(const HostSetup& host)
     controller->strMRAID2Expanded = host.script;
     if (!controller->init())
         return;
+    controller->set_script_extras(std::make_unique<ControllerExtras>(*controller));
     controller_ = controller;
     living_ = controller;
     if (host.guard)

@@ -38,6 +38,8 @@ public:
     void page_responds(bool responds);
     /// Whether the guard's button is shown.
     bool is_shown() const { return static_cast<bool>(window_); }
+    /// The guard's button; null while it is not shown.
+    const UIButton& button() const { return button_; }
 
 private:
     CloseGuard(const std::shared_ptr<QoroPhoneGapViewController>& ad, const CloseGuardTimes& times);

@@ -43,28 +43,28 @@ const ViewNode* window_of(const ViewNode& view)
     return is_seen(*each) && each->kind == ViewNode::Kind::Window ? each : nullptr;
 }
 
-enum class Met { Nothing, Cover, Page };
+enum class Met { Nothing, Cover, Sought };
 
-/// Searches from the topmost view for the page, or for a video or another page that alone covers the whole area.
-Met walk_down(const ViewNode& view, const ViewNode& page, const CGRect& area)
+/// Searches from the topmost view for the one sought, or for a video or a page that alone covers the whole area.
+Met walk_down(const ViewNode& view, const ViewNode& sought, const CGRect& area)
 {
     if (!is_seen(view))
         return Met::Nothing;
     for (auto subview = view.subviews.rbegin(); subview != view.subviews.rend(); ++subview)
-        if (const Met met = walk_down(**subview, page, area); met != Met::Nothing)
+        if (const Met met = walk_down(**subview, sought, area); met != Met::Nothing)
             return met;
-    if (&view == &page)
-        return Met::Page;
+    if (&view == &sought)
+        return Met::Sought;
     const bool opaque = view.alpha >= 1 &&
                         (view.kind == ViewNode::Kind::Video || (view.kind == ViewNode::Kind::WebView && view.opaque));
     return opaque && common(box_of(view), area) == area ? Met::Cover : Met::Nothing;
 }
 
-bool is_covered(const ViewNode& page, const CGRect& area)
+bool is_covered(const ViewNode& view, const CGRect& area)
 {
-    const auto windows = page.platform.shared<WindowList>().visible_from_below();
+    const auto windows = view.platform.shared<WindowList>().visible_from_below();
     for (auto window = windows.rbegin(); window != windows.rend(); ++window)
-        if (const Met met = walk_down(**window, page, area); met != Met::Nothing)
+        if (const Met met = walk_down(**window, view, area); met != Met::Nothing)
             return met == Met::Cover;
     return false;
 }
@@ -87,6 +87,17 @@ CGRect scaled(const CGRect& rect, double scale)
 
 } // namespace
 
+std::optional<CGRect> visible_part(const ViewNode& view, CGSize screen)
+{
+    const ViewNode* window = window_of(view);
+    if (!window)
+        return std::nullopt;
+    const CGRect visible = common(common(box_of(view), {0, 0, screen.width, screen.height}), box_of(*window));
+    if (visible.width <= 0 || visible.height <= 0 || is_covered(view, visible))
+        return std::nullopt;
+    return visible;
+}
+
 PagePlace place_of_page(const ViewNode& page, CGSize screen, double scale)
 {
     const Placement placement = placement_on_screen(page);
@@ -98,15 +109,12 @@ PagePlace place_of_page(const ViewNode& page, CGSize screen, double scale)
     PagePlace place;
     place.screen = {held.width / scale, held.height / scale};
     place.position = scaled(position, scale);
-    const ViewNode* window = window_of(page);
-    if (!window)
+    const auto visible = visible_part(page, screen);
+    if (!visible)
         return place;
-    const CGRect visible = common(common(box, {0, 0, screen.width, screen.height}), box_of(*window));
-    if (visible.width <= 0 || visible.height <= 0 || is_covered(page, visible))
-        return place;
-    const CGRect seen = turned_back(visible, screen, angle);
+    const CGRect seen = turned_back(*visible, screen, angle);
     place.visible = scaled({seen.x - position.x, seen.y - position.y, seen.width, seen.height}, scale);
-    place.exposed_percentage = 100 * (visible.width * visible.height) / (box.width * box.height);
+    place.exposed_percentage = 100 * (visible->width * visible->height) / (box.width * box.height);
     return place;
 }
 

@@ -17,6 +17,10 @@ struct PagePlace {
     double exposed_percentage = 0;
 };
 
+/// The part of a view that the viewer can see, in screen points. Absent when the view is hidden, off screen, or covered
+/// by a video or another page.
+std::optional<CGRect> visible_part(const ViewNode& view, CGSize screen);
+
 /// Computes the position and visibility of a page.
 /// @param page a web view
 /// @param screen size of the main screen, in the points of its windows

@@ -33,6 +33,8 @@ constexpr double AddressSize = 15;
 constexpr double TitleSize = 17;
 constexpr double NoticeSize = 16;
 
+/// NSTextAlignmentLeft
+constexpr int AtLeft = 0;
 /// NSTextAlignmentCenter
 constexpr int Centered = 1;
 /// NSLineBreakByTruncatingHead
@@ -130,7 +132,8 @@ PageScreen::~PageScreen()
     filled_.node()->on_resize = nullptr;
     upright_.removeFromSuperview();
     // The view may outlive this listener of the engine.
-    page_.node()->web.reset();
+    if (page_)
+        page_.node()->web.reset();
 }
 
 void PageScreen::build()
@@ -138,8 +141,10 @@ void PageScreen::build()
     upright_ = UIView::create();
     filled_.addSubview(upright_);
 
-    page_ = UIWebView::create(*this, PageKind::Browsed);
-    upright_.addSubview(page_);
+    if (style_.pages) {
+        page_ = UIWebView::create(*this, PageKind::Browsed);
+        upright_.addSubview(page_);
+    }
     notice_ = plain(UIColor::whiteColor(), upright_);
     notice_.setHidden(true);
     notice_text_ = label(NoticeSize, gray(0.35), notice_);
@@ -260,6 +265,15 @@ void PageScreen::show_html(const NSString& html)
     update();
 }
 
+void PageScreen::show_text(const NSString& title, const NSString& text)
+{
+    title_ = title;
+    notice_text_.setText(text);
+    notice_text_.setTextAlignment(AtLeft);
+    notice_.setHidden(false);
+    update();
+}
+
 void PageScreen::did_start_load()
 {
     loading_ = true;
@@ -350,7 +364,8 @@ void PageScreen::update()
         lock_.setAccessibilityLabel(state.has_content ? NSString(platform_.translation().translate(said)) : nullptr);
         show_in_field(state.address);
     } else {
-        text_.setText(state.title.empty() ? platform_.translation().translate(screen_texts::Store) : state.title);
+        const NSString title = title_ ? title_ : NSString(state.title);
+        text_.setText(title.length() > 0 ? title : NSString(platform_.translation().translate(screen_texts::Store)));
     }
     progress_.setHidden(!style_.progress || !loading_);
     const double top = style_.bar == Bar::None ? 0 : BarHeight;

@@ -11,8 +11,8 @@
 namespace qoro
 {
 
-/// A web page that fills a view, with the surrounding controls. Stays upright as the device is turned, and always has a
-/// close button.
+/// A web page, or a text, that fills a view, with the surrounding controls. Stays upright as the device is turned, and
+/// always has a close button.
 class PageScreen : public Object, private WebListener
 {
 public:
@@ -31,6 +31,8 @@ public:
         bool progress = false;
         /// The page draws its own close control; the touch area of the close button remains, invisible.
         bool close_unseen = false;
+        /// Whether it can show pages; if false, it shows a text only, and needs no web engine.
+        bool pages = true;
     };
 
     /// Fills a view and follows its size. A view must not be filled by two screens at once.
@@ -44,6 +46,9 @@ public:
     void show_address(const NSURL& address);
     /// Loads a page from its source; null shows nothing.
     void show_html(const NSString& html);
+    /// Shows a text, on a screen without pages.
+    /// @param title for a bar that shows the title
+    void show_text(const NSString& title, const NSString& text);
     /// Handles the viewer closing the screen.
     void close();
 
@@ -81,6 +86,8 @@ private:
     const std::function<void()> on_close_;
     RefusalLog refusals_;
     bool loading_ = false;
+    /// Title of the text; null without one.
+    NSString title_;
     /// Rotation of the device relative to the viewer, in radians, clockwise.
     double turn_ = 0;
 
@@ -94,7 +101,7 @@ private:
     UIButton forward_;
     UIButton reload_;
     UIButton close_;
-    UIWebView page_;
+    UIWebView page_; // null on a screen without pages
     UIView notice_;
     UILabel notice_text_;
     UIView progress_;

@@ -1,7 +1,6 @@
 #include "platform/QoroAppStoreMockViewController.h"
 
-#include "kit/PageScreen.h"
-#include "platform/QoroAdManager.h"
+#include "kit/StandIn.h"
 #include "views/ViewNode.h"
 
 namespace qoro
@@ -17,13 +16,11 @@ QoroAppStoreMockViewController::initWithStoreId(const NSString& storeId, const N
     page->loadView();
     page->view().setBackgroundColor(UIColor::whiteColor());
     page->view().node()->fills_parent = true;
-    page->screen_ = PageScreen::create(page->view(), {.bar = PageScreen::Bar::Title, .progress = true},
-                                       [weak = std::weak_ptr(page)] {
-                                           if (const auto left = weak.lock())
-                                               left->dismissed_by_viewer();
-                                       });
-    page->screen_->show_address(
-        QoroAdManager::sharedInstance().store_page({storeId, CampaignId, ProviderId, AdProviderId}));
+    page->screen_ =
+        store_screen(page->view(), {storeId, CampaignId, ProviderId, AdProviderId}, [weak = std::weak_ptr(page)] {
+            if (const auto left = weak.lock())
+                left->dismissed_by_viewer();
+        });
     return page;
 }
 

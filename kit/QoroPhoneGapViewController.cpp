@@ -2,12 +2,16 @@
 
 #include "kit/CalendarEvent.h"
 #include "kit/CloseGuard.h"
+#include "kit/Consent.h"
+#include "kit/ControlRects.h"
+#include "kit/ControlWatch.h"
 #include "kit/MessageBudget.h"
 #include "kit/Mraid.h"
 #include "kit/NetworkZone.h"
 #include "kit/NextVideoAddresses.h"
 #include "kit/PageReports.h"
 #include "kit/RefusalLog.h"
+#include "kit/ScriptExtras.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/ZulixOpenInAppApplicationViewController.h"
 #include "views/ViewNode.h"
@@ -90,6 +94,11 @@ void QoroPhoneGapViewController::addEventListener(const NSString& name, const Va
     std::vector<Value> listeners(known.begin(), known.end());
     listeners.emplace_back(NSArray{EventId, successCallBack});
     dicEventListener.setObject(NSArray(std::move(listeners)), name.text());
+    if (!extras_ || !name.isEqualToString(ControlWatch::Event))
+        return;
+    if (!control_watch_)
+        control_watch_ = std::make_shared<ControlWatch>(*this, platform_, [this] { return control_rects(); });
+    control_watch_->begin();
 }
 
 std::int32_t QoroPhoneGapViewController::removeEventListener(const NSString& name, const Value& EventId)
@@ -134,13 +143,33 @@ ScriptAnswer QoroPhoneGapViewController::take_script_message(const ScriptMessage
         return held->carry_out(message);
     }
     ScriptAnswer answer;
+    const NSString ignored = extras_ ? extras_->reason_to_ignore(message.command) : NSString();
     if (const NSString inward = inward_address_named_by(message))
         answer.error = "this machine and private networks are out of reach: " + inward.text();
     else
         answer = callFromScript(message);
     if (answer.error)
         refused("command", message.command + ": " + answer.error.text());
+    else
+        answer.error = ignored;
     return answer;
+}
+
+void QoroPhoneGapViewController::set_script_extras(std::unique_ptr<ScriptExtras> extras)
+{
+    extras_ = std::move(extras);
+}
+
+/// Where the ad's controls, and the close guard's button, lie over the page.
+NSArray QoroPhoneGapViewController::control_rects() const
+{
+    const auto page = webView_.node();
+    if (!extras_ || !page)
+        return NSArray(std::vector<Value>{});
+    std::vector<NamedControl> controls = extras_->controls();
+    if (close_guard_)
+        controls.push_back({"closeGuard", close_guard_->button()});
+    return rects_over_page(*page, controls, platform_.device().facts().screen.value_or(CGSize{}));
 }
 
 /// The address in a command that the page must not reach; null without one. Only the record of a next video names
@@ -173,6 +202,8 @@ std::size_t QoroPhoneGapViewController::count_of_listeners() const
 
 ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& message)
 {
+    if (message.command == "getConsent")
+        return {.error = nullptr, .value = record_of(platform_.shared<ConsentStrings>())};
     const NSArray& arguments = message.arguments;
     const bool adds = message.command == "addEventListener";
     const bool removes = message.command == "removeEventListener";
@@ -190,6 +221,10 @@ ScriptAnswer QoroPhoneGapViewController::callFromScript(const ScriptMessage& mes
         return {nullptr, removeEventListener(arguments[0].string(), arguments[1])};
     else if (message.command == "MRAIDClose")
         MRAIDClose();
+    else if (extras_ && message.command == "replay")
+        return {extras_->replay(), nullptr};
+    else if (extras_ && message.command == "getControlRects")
+        return {nullptr, control_rects()};
     else
         return {"unknown command " + message.command, nullptr};
     return {};

@@ -10,6 +10,8 @@ namespace screen_texts
 {
 
 inline constexpr const char* Store = translatable("Store");
+inline constexpr const char* Calendar = translatable("Calendar");
+inline constexpr const char* Message = translatable("Message");
 inline constexpr const char* PageDoesNotCome = translatable("This page could not be loaded.");
 inline constexpr const char* PageHasStopped = translatable("This page has stopped working.");
 inline constexpr const char* AddressCannotBeShown = translatable("There is nothing that can be shown here.");

@@ -1,8 +1,7 @@
 #include "platform/ZulixOpenInAppApplicationViewController.h"
 
-#include "kit/PageScreen.h"
+#include "kit/StandIn.h"
 #include "kit/WebText.h"
-#include "platform/QoroAdManager.h"
 #include "platform/QoroPhoneGapViewController.h"
 #include "views/ViewNode.h"
 
@@ -70,12 +69,10 @@ void ZulixOpenInAppApplicationViewController::show_store_page(const NSString& it
     view().setBackgroundColor(UIColor::whiteColor());
     view().node()->fills_parent = true;
     const auto self = std::static_pointer_cast<ZulixOpenInAppApplicationViewController>(shared_from_this());
-    screen_ =
-        PageScreen::create(view(), {.bar = PageScreen::Bar::Title, .progress = true}, [weak = std::weak_ptr(self)] {
-            if (const auto screen = weak.lock())
-                screen->finished();
-        });
-    screen_->show_address(QoroAdManager::sharedInstance().store_page({item, nullptr, nullptr, nullptr}));
+    screen_ = store_screen(view(), {item, nullptr, nullptr, nullptr}, [weak = std::weak_ptr(self)] {
+        if (const auto screen = weak.lock())
+            screen->finished();
+    });
     const auto parent = parent_.lock();
     if (!parent)
         return;

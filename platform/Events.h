@@ -539,6 +539,15 @@ struct CalendarEventRefused {
     static constexpr auto table = action_line("kit", "calendar.refused", field("why", &CalendarEventRefused::why));
 };
 
+/// A stand-in for a program of the device shows the viewer what the program would receive.
+struct HandedOver {
+    EventText to;   ///< "calendar", "composer" or "store".
+    EventText text; ///< What the program would receive.
+
+    static constexpr auto table =
+        action_line("kit", "handOver", field("to", &HandedOver::to), field("text", &HandedOver::text));
+};
+
 /// A link on a page over the ad opens another program.
 struct PageHandedOn {
     EventText url; ///< Address of the link.
@@ -577,7 +586,7 @@ using Event = std::variant<
     event::ExtraViewAdded, event::ExtraViewRemoved, event::ApplicationScreenCreated, event::MessageSent,
     event::StoreOpened, event::BrowserCreated, event::BrowserExpanded, event::BrowserClosed, event::StorePageCreated,
     event::StorePagePresented, event::StorePageDismissed, event::AdFailed, event::CalendarEventAdded,
-    event::CalendarEventRefused, event::PageHandedOn, event::GuardShown, event::GuardUsed>;
+    event::CalendarEventRefused, event::HandedOver, event::PageHandedOn, event::GuardShown, event::GuardUsed>;
 
 /// Receives events.
 class EventSink

@@ -72,10 +72,13 @@ public:
     std::size_t extra_view_count() const { return extra_views_.size(); }
 
     /// Sets the address pattern of store pages. {id}, {campaign}, {provider} and {adProvider} are replaced with the
-    /// item's values, percent-encoded; a null value becomes empty.
+    /// item's values, percent-encoded; a null value becomes empty. Without a pattern the store's screens show what a
+    /// store would receive.
     void set_store_page(std::string pattern) { store_page_ = std::move(pattern); }
     /// The store page of an item; null for an item without an id, or when the pattern does not yield a valid address.
     NSURL store_page(const StoreItem& item) const;
+    /// Whether items have pages: whether the pattern is not empty.
+    bool has_store_pages() const { return !store_page_.empty(); }
 
 private:
     std::vector<std::shared_ptr<UIViewController>> extra_views_;

@@ -16,11 +16,13 @@ namespace qoro
 {
 
 class CloseGuard;
+class ControlWatch;
 class LineLimit;
 class MessageBudget;
 class RefusalLog;
 class Mraid;
 class QoroVideoAd;
+class ScriptExtras;
 class ZulixOpenInAppApplicationViewController;
 
 /// State of a running ad that the kit queries.
@@ -149,8 +151,11 @@ public:
     /// Sets the guard that is notified of close taps handled by the page and of changes in its responsiveness; null for
     /// no guard. It must stay alive until it is replaced.
     void set_close_guard(CloseGuard* guard) { close_guard_ = guard; }
+    /// Sets what the page's script may know and do beyond the controller's own commands; null for nothing.
+    void set_script_extras(std::unique_ptr<ScriptExtras> extras);
     /// Handles a message from the page's script: forwards messages of the kit's `mraid` object to it, and passes any
-    /// other as a command to callFromScript. Messages above the rate limit are refused. Unless the page came from this
+    /// other as a command to callFromScript. A command that the ad ignores silently is passed on too, and answered with
+    /// the reason; the reason is not emitted. Messages above the rate limit are refused. Unless the page came from this
     /// machine, so is a next video with an address of this machine or a private network (kit/NextVideoAddresses.h).
     /// Refusals are emitted as events.
     ScriptAnswer take_script_message(const ScriptMessage& message);
@@ -261,6 +266,7 @@ private:
     void refused(const std::string& what, const std::string& detail) override;
     void reported(const PageReport& report) override;
     NSString inward_address_named_by(const ScriptMessage& message) const;
+    NSArray control_rects() const;
     std::size_t count_of_listeners() const;
     void died(const std::string& reason) override;
     void responsiveness_changed(bool responds) override;
@@ -280,6 +286,10 @@ private:
     /// Created by the page's first message to it.
     std::shared_ptr<Mraid> mraid_;
     CloseGuard* close_guard_ = nullptr;
+    /// Null for none.
+    std::unique_ptr<ScriptExtras> extras_;
+    /// Created for the page's first listener to the controls' places; null without extras.
+    std::shared_ptr<ControlWatch> control_watch_;
     ClosedBy closer_ = ClosedBy::Viewer;
     bool has_closed_ = false;
     /// Rate limits: of the page's messages, of trace lines about refusals, and of the page's reports.

@@ -242,6 +242,12 @@ void SimulatedPlayer::loaded()
         post(Event::ReportFailure);
         return;
     }
+    if (players_.video_.error_for_good && !(*players_.video_.error_for_good > 0) && !playing()) {
+        failed_for_good_ = true;
+        post(Event::ReportPlayback);
+        post(Event::ReportFailure);
+        return;
+    }
     duration_ = players_.video_.duration;
     // A step's news may have started playback already; its end is known only now.
     put(position());

@@ -4,8 +4,8 @@
 #include "desktop/net/HttpAddress.h"
 #include "desktop/net/Reach.h"
 #include "desktop/net/RequestGuard.h"
+#include "desktop/net/TransferWatch.h"
 #include "desktop/net/UserAgent.h"
-#include "platform/Numbers.h"
 
 #include <libsoup/soup.h>
 
@@ -111,12 +111,18 @@ VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::strin
     const auto request = adopt(g_cancellable_new());
     const CancelWith cancel(cancelled_.get(), request.get());
     const RequestGuard guard(message.get(), *asked, request.get(), reach_of(asked));
+    TransferWatch watch(request.get(), {limits_.least_speed, limits_.speed_seconds}, limits_.all_seconds);
 
-    const std::int64_t deadline = g_get_monotonic_time() + static_cast<std::int64_t>(limits_.all_seconds * 1e6);
     Error error;
+    const auto failure = [&]() -> Result {
+        if (guard.reason())
+            return {.error = guard.reason()};
+        const std::string slow = watch.reason();
+        return {.error = slow.empty() ? error.message() : slow};
+    };
     const auto stream = adopt(soup_session_send(session_.get(), message.get(), request.get(), error.out()));
     if (!stream)
-        return {.error = guard.reason() ? guard.reason() : error.message()};
+        return failure();
     if (std::string fault = fault_of(message.get(), cache.most_bytes()); !fault.empty())
         return {.error = std::move(fault)};
 
@@ -127,14 +133,13 @@ VideoDownload::Result VideoDownload::receive(VideoCache& cache, const std::strin
     for (;;) {
         const gssize got = g_input_stream_read(stream.get(), piece.get(), PieceSize, request.get(), error.out());
         if (got < 0)
-            return {.error = error.message()};
+            return failure();
         if (got == 0)
             break;
         video.write({piece.get(), static_cast<std::size_t>(got)});
+        watch.received(video.length());
         if (received)
             received(video.length(), length);
-        if (g_get_monotonic_time() > deadline)
-            return {.error = "not whole within " + shortest_text(limits_.all_seconds) + " seconds"};
     }
     if (video.length() != length)
         return {.error = "the server sent " + std::to_string(video.length()) + " bytes, and had said " +

@@ -24,6 +24,10 @@ public:
         unsigned silent_seconds = 15;
         /// Maximum seconds for a whole video.
         double all_seconds = 600;
+        /// Minimum speed in bytes per second, averaged over each speed_seconds; 0: none.
+        double least_speed = 10'000;
+        /// Seconds; longer than silent_seconds, so that silence is reported as such.
+        double speed_seconds = 20;
     };
     /// Outcome of a download.
     struct Result {

@@ -75,19 +75,23 @@ std::string DesktopCalendar::default_folder()
 
 bool DesktopCalendar::available()
 {
-    return options_.allowed && calendar_program();
+    return options_.allowed && (options_.stand_in || calendar_program());
 }
 
 // The result is passed to a page, so it contains no local paths.
 NSString DesktopCalendar::add(const CalendarEvent& event)
 {
-    const Program program = options_.allowed ? calendar_program() : nullptr;
-    if (!program)
+    const Program program = options_.allowed && !options_.stand_in ? calendar_program() : nullptr;
+    if (!program && !(options_.allowed && options_.stand_in))
         return "this device has no calendar";
     const std::string identifier = take_text(g_uuid_string_random());
     const NSString text = event_text(event, {.uid = identifier, .made = std::time(nullptr)});
     if (!text)
         return "timezone is \"" + event.clock.zone.text() + "\": expected one that this device knows";
+    if (options_.stand_in) {
+        options_.stand_in(text.text());
+        return nullptr;
+    }
     const std::string name = identifier + std::string(FileEnd);
     try {
         const CacheFolder folder = CacheFolder::make(options_.folder);

@@ -2,6 +2,7 @@
 
 #include "platform/Ports.h"
 
+#include <functional>
 #include <string>
 #include <utility>
 
@@ -18,6 +19,8 @@ public:
         std::string folder = default_folder();
         /// Whether the host permits calendar events at all.
         bool allowed = true;
+        /// Receives events as iCalendar text instead of the machine's program. Empty: the program receives them.
+        std::function<void(const std::string& event)> stand_in = {};
     };
 
     /// "qoro-ad/calendar" in the user's cache directory.
@@ -25,7 +28,7 @@ public:
 
     explicit DesktopCalendar(Options options) : options_(std::move(options)) {}
 
-    /// Whether events are permitted and the machine has a program for text/calendar.
+    /// Whether events are permitted, and the machine has a program for text/calendar or there is a stand-in.
     bool available() override;
     /// Also refuses an event whose time zone this machine does not know.
     NSString add(const CalendarEvent& event) override;

@@ -63,6 +63,8 @@ bool DesktopDevice::can_open(const NSURL& address)
 {
     if (!address || address.is_file())
         return false;
+    if (has_stand_in(address, false))
+        return true;
     const std::string& text = address.absoluteString().text();
     if (options_.can_open)
         return std::ranges::any_of(*options_.can_open,
@@ -82,6 +84,11 @@ void DesktopDevice::open_and_wait(const NSURL& address, std::function<void()> do
            liveness_.guard([done = std::move(done)](DesktopDevice& self) { self.platform_.loop().post(done); }));
 }
 
+bool DesktopDevice::has_stand_in(const NSURL& address, bool waits) const
+{
+    return options_.stand_in.takes && options_.stand_in.takes(address, waits);
+}
+
 void DesktopDevice::launch(const NSURL& address, std::function<void()> done)
 {
     if (!address || address.is_file() || address.parts().has_scheme("file")) {
@@ -89,6 +96,8 @@ void DesktopDevice::launch(const NSURL& address, std::function<void()> done)
             done();
         return;
     }
+    if (has_stand_in(address, done != nullptr))
+        return options_.stand_in.show(address, std::move(done));
     const std::string text = address.absoluteString().text();
     const auto opened = [text, done = std::move(done)](GObject*, GAsyncResult* result) {
         Error error;

@@ -14,6 +14,17 @@
 namespace qoro
 {
 
+/// Shows addresses instead of the machine's programs, for programs that test ads. Empty functions take no address.
+struct StandInProgram {
+    /// Whether it shows an address.
+    /// @param address not null
+    /// @param waits whether the ad waits until the viewer is back, as for a message composer and a store
+    std::function<bool(const NSURL& address, bool waits)> takes = {};
+    /// Shows an address that it takes.
+    /// @param closed to be called when the viewer has closed it; may be empty
+    std::function<void(const NSURL& address, std::function<void()> closed)> show = {};
+};
+
 /// The device that the desktop window shows, and the host application on it.
 struct DesktopDeviceOptions {
     /// Made-up values by default, so that trackers carry no information about this machine.
@@ -25,6 +36,8 @@ struct DesktopDeviceOptions {
     std::vector<std::int64_t> autorotates{1, 3, 4};
     /// Prefixes of the addresses that can be opened. Absent: the addresses whose scheme has a program on this machine.
     std::optional<std::vector<std::string>> can_open = {};
+    /// Takes the place of the machine's programs.
+    StandInProgram stand_in = {};
 };
 
 /// Changes of a device that apply together; absent values stay as they are.
@@ -50,7 +63,7 @@ public:
     /// Opens an address with the machine's program for its scheme. Local files are never opened.
     void open(const NSURL& address) override;
     /// Calls `done` as soon as the program has started or failed to start: the desktop does not report when the viewer
-    /// is finished with it.
+    /// is finished with it. A stand-in reports it.
     void open_and_wait(const NSURL& address, std::function<void()> done) override;
 
     /// UIInterfaceOrientations to which the host rotates automatically.
@@ -81,6 +94,7 @@ public:
 private:
     DeviceUpdate update_for(UIDeviceOrientation device_orientation) const;
     void apply(const DeviceUpdate& change);
+    bool has_stand_in(const NSURL& address, bool waits) const;
     void launch(const NSURL& address, std::function<void()> done);
 
     Platform& platform_;

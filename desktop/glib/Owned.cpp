@@ -58,11 +58,11 @@ void SourceId::reset(unsigned id)
         g_source_remove(before);
 }
 
-void Connections::connect(void* emitter, const char* signal, void (*handler)(), void* data)
+void Connections::connect(void* emitter, const char* signal, void (*handler)(), void* data, bool after)
 {
     GClosure* closure = g_cclosure_new(handler, data, nullptr);
     handlers_.push_back(g_closure_ref(closure));
-    g_signal_connect_closure(emitter, signal, closure, FALSE);
+    g_signal_connect_closure(emitter, signal, closure, after);
 }
 
 void Connections::clear()

@@ -142,13 +142,19 @@ public:
     template <typename Result, typename... Parameters>
     void add(void* emitter, const char* signal, Result (*handler)(Parameters...), void* data)
     {
-        connect(emitter, signal, reinterpret_cast<void (*)()>(handler), data);
+        connect(emitter, signal, reinterpret_cast<void (*)()>(handler), data, false);
+    }
+    /// As add(), but the handler is called after those of add(), as with g_signal_connect_after.
+    template <typename Result, typename... Parameters>
+    void add_after(void* emitter, const char* signal, Result (*handler)(Parameters...), void* data)
+    {
+        connect(emitter, signal, reinterpret_cast<void (*)()>(handler), data, true);
     }
     /// Disconnects every handler. A handler may call this, and may destroy the object.
     void clear();
 
 private:
-    void connect(void* emitter, const char* signal, void (*handler)(), void* data);
+    void connect(void* emitter, const char* signal, void (*handler)(), void* data, bool after);
 
     // Invalidating a closure disconnects it, and an emitter's destruction invalidates its closures, so the emitters
     // need not be known.

@@ -1,9 +1,6 @@
 #include "desktop/media/GstPlayer.h"
 
-#include "desktop/glib/Owned.h"
 #include "desktop/media/Mailbox.h"
-
-#include <glib.h>
 
 #include <algorithm>
 #include <cmath>
@@ -22,26 +19,6 @@ constexpr double Progress = 1.0;
 constexpr double SameDuration = 0.5;
 constexpr MPMovieLoadState Ready = MPMovieLoadStatePlayable | MPMovieLoadStatePlaythroughOK;
 
-/// Location of a video; empty for an unsupported address.
-struct Source {
-    std::string location;
-    bool is_file = false;
-};
-
-Source source_of(const NSURL& address)
-{
-    if (!address)
-        return {};
-    const std::string& text = address.absoluteString().text();
-    if (address.is_file())
-        return {text, true};
-    const AddressParts& parts = address.parts();
-    if (parts.has_scheme("http") || parts.has_scheme("https"))
-        return {text, false};
-    if (parts.has_scheme("file"))
-        return {take_text(g_filename_from_uri(text.c_str(), nullptr, nullptr)), true};
-    return {};
-}
 } // namespace
 
 GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop)
@@ -49,12 +26,19 @@ GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& lo
 {
 }
 
-GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop, Options options)
+GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop, Options options,
+                     PreparedVideo* prepared)
     : loop_(loop), listener_(listener), options_(std::move(options)), mailbox_(std::make_shared<Mailbox>(loop))
 {
     Pipeline::warm_up();
     silent_ = options_.silent;
-    pictures_ = std::make_shared<VideoPictures>([this, mailbox = mailbox_] {
+    pictures_ = std::make_shared<VideoPictures>(nullptr);
+    VideoSource found = video_source(source);
+    location_ = std::move(found.location);
+    is_file_ = found.is_file;
+    if (prepared && prepared->is_good())
+        take_over(*prepared);
+    pictures_->set_announce([this, mailbox = mailbox_] {
         mailbox->post([this] {
             pictures_->fetched();
             if (!std::exchange(seen_, true))
@@ -63,10 +47,21 @@ GstPlayer::GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& lo
                 on_frame();
         });
     });
-    Source found = source_of(source);
-    location_ = std::move(found.location);
-    is_file_ = found.is_file;
-    open();
+    if (!pipeline_)
+        open();
+}
+
+/// The player reports the states of a new one, however far the video has been loaded.
+void GstPlayer::take_over(PreparedVideo& prepared)
+{
+    PreparedVideo::Taken taken = prepared.take(*this);
+    pictures_ = std::move(taken.pictures);
+    pipeline_ = std::move(taken.pipeline);
+    silent_ = taken.silent;
+    if (taken.duration)
+        mailbox_->post([this, duration = *taken.duration] { loaded(duration); });
+    if (taken.sound_request)
+        mailbox_->post([this, request = *taken.sound_request] { sound_requested(request); });
 }
 
 GstPlayer::~GstPlayer()
@@ -238,6 +233,8 @@ void GstPlayer::loaded(double duration)
 {
     if (duration_ <= 0) {
         duration_ = duration;
+        if (options_.on_duration)
+            options_.on_duration(duration);
         announce_playable();
         return;
     }
@@ -406,9 +403,28 @@ std::unique_ptr<PlayerEngine> GstPlayerFactory::make_player(const NSURL& source,
         if (also)
             also(gone);
     };
-    auto player = std::make_unique<GstPlayer>(source, listener, loop_, std::move(with));
+    const VideoSource wanted = video_source(source);
+    const auto ready = std::ranges::find_if(*prepared_, [&](const PreparedVideo* each) {
+        return each->is_good() && each->source().location == wanted.location;
+    });
+    auto player = std::make_unique<GstPlayer>(source, listener, loop_, std::move(with),
+                                              ready == prepared_->end() ? nullptr : *ready);
     players_->push_back(player.get());
     return player;
+}
+
+std::unique_ptr<PreparedVideo> GstPlayerFactory::prepare(const NSURL& source,
+                                                         std::function<void(const std::string& error)> done)
+{
+    PreparedVideo::Options how;
+    how.silent = options.silent;
+    how.server_seconds = options.server_seconds;
+    if (options.volume)
+        how.volume = options.volume();
+    how.on_end = [prepared = prepared_](const PreparedVideo& gone) { std::erase(*prepared, &gone); };
+    auto video = std::make_unique<PreparedVideo>(video_source(source), loop_, std::move(how), std::move(done));
+    prepared_->push_back(video.get());
+    return video;
 }
 
 void GstPlayerFactory::leave_app()

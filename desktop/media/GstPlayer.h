@@ -2,6 +2,7 @@
 
 #include "desktop/media/PictureSource.h"
 #include "desktop/media/Pipeline.h"
+#include "desktop/media/PreparedVideo.h"
 #include "desktop/media/VideoFrame.h"
 #include "desktop/media/VideoPictures.h"
 #include "platform/Ports.h"
@@ -28,6 +29,8 @@ public:
     struct Options {
         /// Receives the reason of a failure, before the listener is notified. May be empty.
         std::function<void(const std::string& reason)> on_failure;
+        /// Receives the duration in seconds as soon as it is known, once per player. May be empty.
+        std::function<void(double duration)> on_duration = {};
         /// Initial volume of new sound streams, 0 to 1 on the slider's scale; absent: the sound server's choice.
         std::function<std::optional<float>()> volume;
         /// Whether the sound is discarded.
@@ -43,7 +46,9 @@ public:
 
     /// @param loop its post() must accept calls from any thread
     GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop);
-    GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop, Options options);
+    /// @param prepared the same video, which the player takes over; null, and one that has failed: the video is loaded
+    GstPlayer(const NSURL& source, PlayerListener& listener, MainLoop& loop, Options options,
+              PreparedVideo* prepared = nullptr);
     ~GstPlayer() override;
 
     void apply(const PlayerSettings& settings) override;
@@ -76,6 +81,7 @@ private:
     void sound_requested(SoundRequest request) override;
 
     void open();
+    void take_over(PreparedVideo& prepared);
     void load_anew();
     void announce_playable();
     void announce_playthrough();
@@ -142,6 +148,11 @@ public:
     ~GstPlayerFactory() override;
 
     std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) override;
+    /// Loads a video ahead of its player. While the returned object exists, the next player of the same address takes
+    /// the video over.
+    /// @param done called once as an event of its own when the first picture is decoded and the video could start, or
+    ///        with the reason of a failure; not after the video was taken over; not null
+    std::unique_ptr<PreparedVideo> prepare(const NSURL& source, std::function<void(const std::string& error)> done);
 
     /// Passed to all players created from now on.
     GstPlayer::Options options;
@@ -152,6 +163,7 @@ public:
 private:
     MainLoop& loop_;
     const std::shared_ptr<std::vector<GstPlayer*>> players_ = std::make_shared<std::vector<GstPlayer*>>();
+    const std::shared_ptr<std::vector<PreparedVideo*>> prepared_ = std::make_shared<std::vector<PreparedVideo*>>();
 };
 
 } // namespace qoro

@@ -68,7 +68,7 @@ gint64 gst_time(double time)
 
 struct Pipeline::Core {
     Core(const Opening& how, std::shared_ptr<VideoPictures> to, MainLoop& loop, Listener& heard)
-        : mailbox(std::make_shared<Mailbox>(loop)), listener(heard), low(!how.is_file),
+        : mailbox(std::make_shared<Mailbox>(loop)), listener(&heard), low(!how.is_file),
           feed(how.location, how.is_file, how.server_seconds,
                {.changed = [this] { wake(); }, .failed = [this](const std::string& reason) { fail(reason); }}),
           sinks(std::move(to), how.silent, how.volume), is_file(how.is_file)
@@ -77,7 +77,7 @@ struct Pipeline::Core {
 
     const std::shared_ptr<Mailbox> mailbox;
     /// Main thread only.
-    Listener& listener;
+    Listener* listener;
 
     std::mutex mutex;
     std::condition_variable wishes_changed;
@@ -120,7 +120,7 @@ struct Pipeline::Core {
     double reached(gint64 position) const { return sinks.got_any() ? seconds(position) : seek_to; }
     void notify(void (Listener::*news)())
     {
-        mailbox->post([this, news] { (listener.*news)(); });
+        mailbox->post([this, news] { (listener->*news)(); });
     }
     void fail(const std::string& reason);
     void set_low(bool is_low);
@@ -162,6 +162,11 @@ Pipeline::~Pipeline()
     core_->wishes_changed.notify_all();
 }
 
+void Pipeline::set_listener(Listener& listener)
+{
+    core_->listener = &listener;
+}
+
 void Pipeline::run(bool playing)
 {
     std::scoped_lock lock(core_->mutex);
@@ -196,6 +201,16 @@ std::optional<double> Pipeline::position() const
 bool Pipeline::short_of_data() const
 {
     return core_->low;
+}
+
+std::uint64_t Pipeline::received_bytes() const
+{
+    return core_->feed.received();
+}
+
+std::uint64_t Pipeline::whole_bytes() const
+{
+    return core_->feed.size();
 }
 
 void Pipeline::warm_up()
@@ -236,7 +251,7 @@ void Pipeline::Core::work()
             duration = seconds(length);
             feed.learn_rate(duration);
             watch_data(false);
-            mailbox->post([this] { listener.loaded(duration); });
+            mailbox->post([this] { listener->loaded(duration); });
         }
     }
     obey();
@@ -340,7 +355,7 @@ void Pipeline::Core::obey()
                 const bool last = seeks == wanted;
                 inner.unlock();
                 if (last)
-                    listener.sought(reached);
+                    listener->sought(reached);
             });
             lock.lock();
             done = wanted;
@@ -423,7 +438,7 @@ void Pipeline::Core::fail(const std::string& reason)
         cause = source_failure.empty() ? reason : source_failure;
         wishes_changed.notify_all();
     }
-    mailbox->post([this, cause] { listener.failed(cause); });
+    mailbox->post([this, cause] { listener->failed(cause); });
 }
 
 void Pipeline::Core::set_low(bool is_low)
@@ -501,7 +516,7 @@ void Pipeline::Core::hear_request(GstMessage* message)
     if (!sinks.is_of_sound(GST_MESSAGE_SRC(message)) || (state != GST_STATE_PAUSED && state != GST_STATE_PLAYING))
         return;
     const SoundRequest request = state == GST_STATE_PAUSED ? SoundRequest::Pause : SoundRequest::Resume;
-    mailbox->post([this, request] { listener.sound_requested(request); });
+    mailbox->post([this, request] { listener->sound_requested(request); });
 }
 
 void Pipeline::Core::hear_end()
@@ -523,7 +538,7 @@ void Pipeline::Core::hear_end()
         const bool current = after == seeks;
         inner.unlock();
         if (current)
-            listener.ended();
+            listener->ended();
     });
 }
 

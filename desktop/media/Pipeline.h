@@ -64,6 +64,9 @@ public:
     Pipeline(const Pipeline&) = delete;
     Pipeline& operator=(const Pipeline&) = delete;
 
+    /// Replaces the listener; later notifications go to the new one.
+    /// @param listener must outlive the pipeline
+    void set_listener(Listener& listener);
     /// Plays or pauses. Before the video is loaded, the state takes effect as soon as it is.
     void run(bool playing);
     /// To be called only after loaded().
@@ -75,6 +78,10 @@ public:
     std::optional<double> position() const;
     /// Whether the buffered data is below the resume threshold.
     bool short_of_data() const;
+    /// Bytes received from the server so far; 0 for a file.
+    std::uint64_t received_bytes() const;
+    /// Bytes of the whole video; 0 while unknown, and for a file.
+    std::uint64_t whole_bytes() const;
 
     /// Loads GStreamer and the elements that most videos need, once, in the background.
     static void warm_up();

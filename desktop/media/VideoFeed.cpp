@@ -137,6 +137,9 @@ GstPadProbeReturn VideoFeed::on_query(GstPad*, GstPadProbeInfo* info, gpointer)
 GstPadProbeReturn VideoFeed::on_data(GstPad*, GstPadProbeInfo* info, gpointer feed)
 {
     VideoFeed& self = *static_cast<VideoFeed*>(feed);
+    gint64 size = 0;
+    if (self.received_ == 0 && gst_element_query_duration(self.source_, GST_FORMAT_BYTES, &size) && size > 0)
+        self.size_ = static_cast<std::uint64_t>(size);
     self.received_ += gst_buffer_get_size(GST_PAD_PROBE_INFO_BUFFER(info));
     if (self.received_ <= MostBytes)
         return GST_PAD_PROBE_OK;

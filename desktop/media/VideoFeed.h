@@ -44,6 +44,10 @@ public:
     bool starved();
     /// Buffered data in seconds, calculated from the video's average rate. Not for a file.
     double seconds_ready();
+    /// Bytes received from the server; any thread may call this and size().
+    std::uint64_t received() const { return received_; }
+    /// Bytes of the whole video; 0 while unknown, and for a file.
+    std::uint64_t size() const { return size_; }
 
 private:
     GstElement* make(GstBin* pipeline, const char* name);
@@ -65,6 +69,7 @@ private:
     std::atomic<bool> complete_;
     /// Bytes received from the source.
     std::atomic<std::uint64_t> received_ = 0;
+    std::atomic<std::uint64_t> size_ = 0;
     /// Bytes per second.
     double rate_;
 };

@@ -17,6 +17,12 @@ VideoPictures::VideoPictures(std::function<void()> announce)
 
 VideoPictures::~VideoPictures() = default;
 
+void VideoPictures::set_announce(std::function<void()> announce)
+{
+    std::scoped_lock lock(making_);
+    announce_ = std::move(announce);
+}
+
 void VideoPictures::put(GstSample* decoded)
 {
     std::scoped_lock lock(making_);
@@ -59,7 +65,7 @@ void VideoPictures::make_picture()
         // The previous picture is destroyed outside the lock.
         std::swap(latest_, picture);
     }
-    if (made && !announced_.exchange(true))
+    if (made && announce_ && !announced_.exchange(true))
         announce_();
 }
 

@@ -19,12 +19,15 @@ namespace qoro
 class VideoPictures
 {
 public:
-    /// @param announce called when a new picture is available, and not again before fetched(); on any thread
+    /// @param announce called when a new picture is available, and not again before fetched(); on any thread; null: not
+    ///        called
     explicit VideoPictures(std::function<void()> announce);
     ~VideoPictures();
     VideoPictures(const VideoPictures&) = delete;
     VideoPictures& operator=(const VideoPictures&) = delete;
 
+    /// Replaces the function to announce pictures with.
+    void set_announce(std::function<void()> announce);
     /// Called by the decoder's thread.
     void put(GstSample* decoded);
 
@@ -39,11 +42,11 @@ public:
 private:
     void make_picture();
 
-    const std::function<void()> announce_;
     std::atomic<bool> announced_ = false;
 
     std::mutex making_;
     // Guarded by making_.
+    std::function<void()> announce_;
     FrameScaler scaler_;
     std::shared_ptr<GstSample> decoded_;
     int width_ = 0;

@@ -30,7 +30,7 @@ bool is_length(std::string_view text)
 } // namespace
 
 RequestGuard::RequestGuard(SoupMessage* message, const HttpAddress& asked, GCancellable* request, NetworkZone reach)
-    : asked_(asked.spelt()), request_(request), reach_(reach)
+    : asked_(asked.spelt()), request_(request), reach_(reach), added_(message)
 {
     connections_.add(message, "network-event", network_event, this);
     connections_.add(message, "starting", starting, this);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "desktop/glib/Owned.h"
+#include "desktop/net/AddedHeaders.h"
 #include "desktop/net/HttpAddress.h"
 #include "kit/NetworkZone.h"
 
@@ -14,7 +15,7 @@ typedef struct _SoupMessage SoupMessage;
 namespace qoro
 {
 
-/// Checks one request while it is pending.
+/// Checks one request while it is pending, and adds the host's headers to it.
 ///
 /// The request may not go further inside than allowed, nor may its redirects, because servers there trust every client
 /// that reaches them. The address of a connection is checked before the connection is made; if some addresses of a host
@@ -51,6 +52,7 @@ private:
     NetworkZone zone_ = NetworkZone::Public;
     bool redirected_ = false;
     const char* reason_ = nullptr;
+    const HeadersOfRequest added_;
     Connections connections_;
 };
 

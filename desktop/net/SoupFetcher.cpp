@@ -404,9 +404,12 @@ FetchAnswer SoupFetcher::fetch_now(const std::string& address)
     worker_->start(address, FetchKind::Image, true,
                    [promise](FetchAnswer arrived) { promise->set_value(std::move(arrived)); });
     // The worker enforces the time limit; the additional second covers a worker that is stuck.
-    if (answer.wait_for(std::chrono::duration<double>(limits_.waiting_seconds + 1)) != std::future_status::ready)
-        return failure("the fetch did not end in time");
-    return answer.get();
+    const bool in_time =
+        answer.wait_for(std::chrono::duration<double>(limits_.waiting_seconds + 1)) == std::future_status::ready;
+    FetchAnswer fetched = in_time ? answer.get() : failure("the fetch did not end in time");
+    if (!fetched.ok && on_image_failure)
+        on_image_failure(address, fetched.error);
+    return fetched;
 }
 
 void SoupFetcher::abandon()

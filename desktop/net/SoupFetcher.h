@@ -62,6 +62,9 @@ public:
     /// Receives the address of a page that failed and the reason, before the page's answer is delivered. May be empty.
     std::function<void(const std::string& address, const std::string& reason)> on_page_failure;
 
+    /// As on_page_failure, for a picture, inside fetch_now().
+    std::function<void(const std::string& address, const std::string& reason)> on_image_failure;
+
     /// Discards the callbacks of all pending fetches; the fetches continue.
     void abandon();
     /// Blocks until nothing is pending.

@@ -5,7 +5,7 @@
 namespace qoro
 {
 
-/// The kit's script library (kit/script/mraid.js), compiled in: JavaScript source in UTF-8.
+/// The kit's script library (kit/script), compiled in: JavaScript source in UTF-8.
 std::string_view script_library();
 
 } // namespace qoro

@@ -117,6 +117,23 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
     return engine;
 }
 
+bool WebKitEngineFactory::warm_up()
+{
+    if (creatives_.context)
+        return true;
+    if (!try_launch(WebProcess::Network, LaunchCounts).is_over())
+        return false;
+    struct Deaf final : WebListener {
+        void did_start_load() override {}
+        void did_finish_load() override {}
+        bool should_start_load(const NSURL&, int) override { return false; }
+        ScriptAnswer message(const ScriptMessage&) override { return {}; }
+        void died(const std::string&) override {}
+    } deaf;
+    make_web_engine(deaf, PageKind::Creative);
+    return true;
+}
+
 void WebKitEngineFactory::found(Family& family, PageKind kind)
 {
     if (!sandbox_has_room())

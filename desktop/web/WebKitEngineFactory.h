@@ -35,6 +35,10 @@ public:
     /// GTK must have been started. If pages cannot be guarded, the engine shows none and every load fails with the
     /// reason.
     std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
+    /// Loads what WebKit needs for a creative, tens of milliseconds once per program, so that the first ad need not.
+    /// Starts no process of a page. No effect after the first creative.
+    /// @return false, and no effect, while it is not known whether WebKit's processes start here: try again later
+    bool warm_up();
 
 private:
     struct Family {

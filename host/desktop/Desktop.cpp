@@ -135,4 +135,9 @@ void Desktop::add_video_copy(const std::string& address, const std::string& path
     platform_->add_video_copy(address, path);
 }
 
+void Desktop::set_origin_headers(const std::vector<OriginHeaders>& origins)
+{
+    platform_->set_origin_headers(origins);
+}
+
 } // namespace qoro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "kit/OriginHeaders.h"
 #include "platform/Export.h"
 #include "platform/Ports.h"
 
@@ -123,7 +124,14 @@ public:
     /// @param path of the file
     void add_video_copy(const std::string& address, const std::string& path);
 
+    /// Sets the headers and cookies that the ads' own requests to some origins carry from now on: for pages, videos,
+    /// pictures and trackers. Requests that pages and browsed pages send carry none. Replaces the former ones.
+    /// @throws std::invalid_argument if they cannot be sent (fault_of); the former ones stay
+    void set_origin_headers(const std::vector<OriginHeaders>& origins);
+
 private:
+    friend class Preload;
+
     const std::unique_ptr<DesktopPlatform> platform_;
     std::unique_ptr<DisplayWatch> display_watch_;
 };

@@ -208,7 +208,7 @@
     }
 
     // Every command returns a promise. It rejects with an error that states the reason when the ad does not know the
-    // command or its arguments.
+    // command or its arguments, or ignores the command in its present state.
     const qoroPlayer = {
         // A listener receives the event's data: {e: {…}}, a plain record, or null.
         addEventListener: addPlayerListener,
@@ -216,6 +216,8 @@
 
         setVideoPlay: () => send('setVideoPlay', []),
         setVideoPause: () => send('setVideoPause', []),
+        // plays a video that has ended again, and shows it
+        replay: () => send('replay', []),
         setVideoMute: () => send('setVideoMute', []),
         setVideoUnmute: () => send('setVideoUnmute', []),
         // seconds from the start
@@ -225,16 +227,23 @@
         // whole seconds; 0 until they are known
         getVideoTotalTime: () => send('getVideoTotalTime', []),
         getVideoIsMute: () => send('getVideoIsMute', []),
+        // {tcf, gdprApplies, usPrivacy, gpp, gppSections}; null where the host supplies none
+        getConsent: () => send('getConsent', []),
         // shows the controls while the video does not play
         checkVideoPlay: () => send('checkVideoPlay', []),
 
         // the next video's addresses and trackers
-        playNextVideo: record => record !== null && typeof record === 'object'
+        playNextVideo: record => record !== null && typeof record === 'object' && !isArray(record)
             ? send('playNextVideo', [record])
             : reject(new Error('The next video is a record.')),
         // whether the address differs from that of the current video
-        checkCanPlayNextVideo: address => send('checkCanPlayNextVideo', [address]),
+        checkCanPlayNextVideo: address => typeof address === 'string'
+            ? send('checkCanPlayNextVideo', [address])
+            : reject(new Error('An address is a text.')),
         cancelPrePauseLocations: () => send('cancelPrePauseLocations', []),
+
+        // where the ad's controls lie over the page, in CSS pixels: [{name, x, y, width, height, visible, hittable}, …]
+        getControlRects: () => send('getControlRects', []),
 
         // 'portrait' or 'landscape'
         changeOrientation: orientation => orientation === 'portrait' || orientation === 'landscape'

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 // Tests of the command itself, run through the shell.
@@ -169,7 +170,8 @@ INSTANTIATE_TEST_SUITE_P(
         Complaint{"UnknownKey", "-", R"({"adv": {}, "steps": []})", R"(stdin: /adv: unknown key; did you mean "ad"?)"},
         Complaint{"Step", "-", R"({"ad": {}, "steps": [{"open": 0}, {"at": "now", "open": 0}]})",
                   R"(stdin: /steps/1/at: expected a number of seconds from 0 to 1000000000, got "now")"},
-        Complaint{"NoFile", "", "", "simulate: expected a SCENARIO.json, - for standard input, or --jsonl"},
+        Complaint{"NoFile", "", "",
+                  "simulate: expected a SCENARIO.json, - for standard input, --jsonl, or --ad AD.json"},
         Complaint{"FileAndLines", "--jsonl a.json", "",
                   "simulate: --jsonl reads standard input: expected no file, got a.json"},
         Complaint{"LinesAsText", "--jsonl --format text", "",
@@ -280,6 +282,51 @@ TEST(SimulateLines, NoLinesGiveNoResults)
 
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(result.output, "");
+}
+
+// ------------------------------------------------------------------------------------------------------------- an ad
+
+TEST(SimulateAd, RunsTheSameSessionEveryTimeAndWritesItAsAScenario)
+{
+    // A duration, so that a build without the desktop runs it too.
+    const std::string ad = "qoro-ad simulate --ad examples/demo/ad.json --video duration=14 --video stalls=2@5 "
+                           "--device tablet --page fails=404 --icon after=1";
+    const std::string folder = testing::TempDir();
+    const ShellResult once = run_shell(ad + " --write-scenario " + folder + "scenario.json");
+    const ShellResult again = run_shell(ad + " --trace " + folder + "trace.jsonl");
+
+    EXPECT_EQ(once.status, 0) << once.errors;
+    EXPECT_NE(once.output, "");
+    EXPECT_EQ(again.output, "");
+    EXPECT_EQ(run_shell("cat " + folder + "trace.jsonl").output, once.output);
+    EXPECT_EQ(run_shell("qoro-ad simulate " + folder + "scenario.json").output, once.output);
+    EXPECT_EQ(once.errors, again.errors);
+}
+
+TEST(SimulateAd, EndsWithASummary)
+{
+    const ShellResult result = run_shell("qoro-ad simulate --ad examples/demo/ad.json --video duration=14 --summary");
+    EXPECT_EQ(result.status, 0);
+    EXPECT_NE(result.output.find("ad closed                       at 17 s"), std::string::npos) << result.output;
+}
+
+TEST(SimulateAd, RejectsWhatItCannotUseInOneLine)
+{
+    for (const auto& [arguments, complaint] :
+         {std::pair("--ad examples/demo/ad.json --video fals", "got \"fals\""),
+          std::pair("--ad examples/demo/ad.json --video stalls=1@x", "got \"stalls=1@x\""),
+          std::pair("--ad examples/demo/ad.json --video duration=0", "got \"duration=0\""),
+          std::pair("--ad examples/demo/ad.json --page late=1", "got \"late=1\""),
+          std::pair("--ad examples/demo/ad.json --device fone", "got \"fone\""),
+          std::pair("--ad examples/demo/ad.json scenario.json", "expected no file"),
+          std::pair("--video fails scenario.json", "--video requires --ad"),
+          std::pair("--ad missing.json", "missing.json")}) {
+        const ShellResult result = run_shell(std::string("qoro-ad simulate ") + arguments);
+        EXPECT_EQ(result.status, 2) << arguments;
+        EXPECT_EQ(result.output, "") << arguments;
+        ASSERT_EQ(lines_of(result.errors).size(), 1U) << result.errors;
+        EXPECT_NE(result.errors.find(complaint), std::string::npos) << result.errors;
+    }
 }
 
 } // namespace qoro::test

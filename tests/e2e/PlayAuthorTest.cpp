@@ -25,7 +25,8 @@ using nlohmann::json;
 class AuthoredAd
 {
 public:
-    explicit AuthoredAd(const std::string& body)
+    /// @param changes properties of the ad that differ from the demo's
+    explicit AuthoredAd(const std::string& body, const json& changes = json::object()) : demo_(changes)
     {
         write("page.html", page_of(body));
         write("host.json", R"({"device": {"canOpen": ["https:"]}})");
@@ -135,6 +136,50 @@ TEST(PlayAuthor, ThePagesConsoleAndErrorsReachTheTraceAndStandardError)
     EXPECT_TRUE(says("/missing.png: the server answers 404\n")) << ad.complaints();
 }
 
+TEST(PlayAuthor, ThePageKnowsWhereTheControlsAreUprightAndTurned)
+{
+    // The video is a band in the middle of the page; the close button is at the page's corner.
+    const AuthoredAd authored("<script>\n"
+                              "const show = (how, controls) => {\n"
+                              "  const { x, y, width, height } = controls.find(one => one.name === 'btnClose');\n"
+                              "  console.log(how, JSON.stringify([x, y, width, height]));\n"
+                              "};\n"
+                              "qoroPlayer.addEventListener('controlschange', ({ e: { controls } }) => {\n"
+                              "  show('event', controls);\n"
+                              "  qoroPlayer.getControlRects().then(found => show('call', found));\n"
+                              "});\n</script>",
+                              {{"portraitVideoPos", "MIDDLE"}});
+    json steps = json::array();
+    for (int second = 1; second < PlayedAd::Patience; ++second)
+        steps.push_back({{"at", second}, {"snapshot", true}});
+    authored.write("host.json", R"({"host": {"autorotates": [1, 3, 4]}})");
+    authored.write("steps.json", steps.dump());
+    PlayedAd ad(authored.arguments({"--steps", authored.path("steps.json")}));
+
+    // The view tree's frame of the button is in the coordinates of the view that holds it: the page upright, the video
+    // in landscape, where the page begins 44 points beside the video.
+    const auto in_view_tree = [&](const std::string& parent) {
+        const json line = ad.wait_for([&](const json& one) {
+            return one["what"] == "snapshot" && one["views"]["btnClose"].is_object() &&
+                   one["views"]["btnClose"]["parent"] == parent;
+        });
+        return line.is_null() ? json() : line["views"]["btnClose"]["frame"];
+    };
+    json upright = in_view_tree("webView");
+    ASSERT_TRUE(upright.is_array()) << ad.complaints();
+    EXPECT_TRUE(ad.reports(line_of_console("event " + upright.dump()))) << ad.complaints();
+    EXPECT_TRUE(ad.reports(line_of_console("call " + upright.dump())));
+
+    ASSERT_TRUE(ad.reaches_second(1));
+    ad.press("Left");
+
+    json turned = in_view_tree("moviePlayerView");
+    ASSERT_TRUE(turned.is_array()) << ad.complaints();
+    turned[0] = turned[0].get<int>() - 44;
+    EXPECT_TRUE(ad.reports(line_of_console("event " + turned.dump()))) << ad.complaints();
+    EXPECT_TRUE(ad.reports(line_of_console("call " + turned.dump())));
+}
+
 TEST(PlayAuthor, TheInspectorOpensInAWindowOfItsOwn)
 {
     const AuthoredAd authored("<script>console.log('here')</script>");
@@ -190,6 +235,36 @@ TEST(PlayAuthor, AnAdThatHasClosedOpensAgainWhenAFileChanges)
     EXPECT_TRUE(ad.reports(line_of_console("second"))) << ad.complaints();
     ad.press("Escape");
     EXPECT_EQ(ad.exit_status(), 0) << ad.complaints();
+}
+
+TEST(PlayAuthor, ContentThatDoesNotLoadIsNamedWithItsPlace)
+{
+    const AuthoredAd authored("");
+    json edited = json::parse(authored.read("ad.json"));
+    // Nothing listens there.
+    edited["strVideoUrl"] = "http://127.0.0.1:1/clip.mp4";
+    edited["strWebViewUrl"] = "http://127.0.0.1:1/page.html";
+    edited["strBrandIconUrl"] = "http://127.0.0.1:1/icon.png";
+    authored.write("ad.json", edited.dump());
+    PlayedAd ad(authored.arguments());
+    for (const char* line :
+         {"/ad.json: /strWebViewUrl: http://127.0.0.1:1/page.html did not load: ",
+          "/ad.json: /strBrandIconUrl: http://127.0.0.1:1/icon.png did not load: ", "qoro-ad: the video has failed: "})
+        EXPECT_TRUE(ad.eventually([&] { return ad.complaints().find(line) != std::string::npos; })) << line << "\n"
+                                                                                                    << ad.complaints();
+}
+
+TEST(PlayAuthor, APrePausePointBehindTheEndIsNamedOnceTheDurationIsKnown)
+{
+    const AuthoredAd authored("");
+    json edited = json::parse(authored.read("ad.json"));
+    edited["arrayPrePauseLocations"] = {1, 100000};
+    authored.write("ad.json", edited.dump());
+    PlayedAd ad(authored.arguments());
+    EXPECT_TRUE(ad.eventually([&] {
+        return ad.complaints().find("/ad.json: /arrayPrePauseLocations/1: has no effect: behind the video's end at ") !=
+               std::string::npos;
+    })) << ad.complaints();
 }
 
 } // namespace qoro::test

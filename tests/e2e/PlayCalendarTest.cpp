@@ -8,6 +8,8 @@
 #include <fstream>
 #include <memory>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 // A creative that adds an event to the viewer's calendar, on a phone of 375x812 points: its page begins at 255 points,
 // below the band of the video. A click on its left half sends a valid event, one on its right half an invalid one.
@@ -96,9 +98,10 @@ protected:
         return files;
     }
     /// Starts the ad and waits until its page listens.
-    std::unique_ptr<PlayedAd> play() const
+    std::unique_ptr<PlayedAd> play(std::vector<std::string> options = {}) const
     {
-        auto ad = std::make_unique<PlayedAd>(std::vector<std::string>{(folder_ / "ad.json").string()});
+        options.push_back((folder_ / "ad.json").string());
+        auto ad = std::make_unique<PlayedAd>(std::move(options));
         EXPECT_TRUE(ad->reports({{"what", "mraid"}, {"facts", {{"state", "default"}, {"viewable", true}}}}))
             << ad->complaints();
         return ad;
@@ -127,6 +130,28 @@ TEST_F(PlayCalendar, AClickAddsTheEventToTheSystemsCalendar)
     EXPECT_TRUE(ad->reports({{"what", "kit"}, {"do", "calendar.add"}}));
     ad->press("Escape");
     EXPECT_EQ(ad->exit_status(), 0);
+}
+
+TEST_F(PlayCalendar, AFakeCalendarShowsTheEventOverTheAdUntilTheViewerLeavesIt)
+{
+    const auto ad = play({"--calendar", "fake"});
+    EXPECT_TRUE(ad->reports({{"what", "mraid"}, {"facts", {{"supports", {{"calendar", true}}}}}}));
+
+    const auto handed_over = [](const json& line) {
+        return line["what"] == "kit" && line["do"] == "handOver" && line["to"] == "calendar";
+    };
+    json event;
+    EXPECT_TRUE(ad->clicks_until(90, 500, [&] { return !(event = ad->wait_for(handed_over, 1)).is_null(); }));
+    EXPECT_NE(event.value("text", "").find("\r\nSUMMARY:Lesson\\; the first\r\n"), std::string::npos) << event;
+    EXPECT_TRUE(ad->reports({{"what", "kit"}, {"do", "calendar.add"}}));
+    constexpr Colour White{255, 255, 255};
+    EXPECT_TRUE(ad->shows(20, 700, White));
+    // The first key leaves the screen, the second the ad.
+    ad->press("Escape");
+    EXPECT_TRUE(ad->shows(20, 700, Colour{0x20, 0x40, 0x60}));
+    ad->press("Escape");
+    EXPECT_EQ(ad->exit_status(), 0);
+    EXPECT_EQ(files_in_cache(), 0U);
 }
 
 TEST_F(PlayCalendar, AnInvalidEventIsAnErrorOfThePageAndWritesNoFile)

@@ -117,6 +117,43 @@ TEST(Scenario, ReadsTheHostsStoreAddress)
     EXPECT_NE(complaint_about(R"({"host": {"storePage": null}, "ad": {}, "steps": []})"), "");
 }
 
+TEST(Scenario, ReadsTheConsent)
+{
+    const HostSetup host = read(R"("host": {"consent": {"tcf": "CPXYZ", "gdprApplies": false, "usPrivacy": "1---",
+        "gpp": "DBAA", "gppSections": [2, -1]}},)")
+                               .host;
+    EXPECT_EQ(
+        host.consent,
+        (ConsentStrings{
+            .tcf = "CPXYZ", .gdpr_applies = false, .us_privacy = "1---", .gpp = "DBAA", .gpp_sections = {2, -1}}));
+    EXPECT_EQ(read(R"("host": {"consent": {"tcf": null, "gdprApplies": null}},)").host.consent, ConsentStrings{});
+    EXPECT_EQ(complaint_about(R"({"host": {"consent": {"usPrivacy": "yes"}}, "ad": {}, "steps": []})"),
+              "scenario.json: /host/consent/usPrivacy: expected a US privacy string such as 1YNN, got \"yes\"");
+    EXPECT_NE(complaint_about(R"({"host": {"consent": {"tcf": "B"}}, "ad": {}, "steps": []})"), "");
+    EXPECT_NE(complaint_about(R"({"host": {"consent": {"gpp": ""}}, "ad": {}, "steps": []})"), "");
+    EXPECT_NE(complaint_about(R"({"host": {"consent": {"ccpa": ""}}, "ad": {}, "steps": []})"), "");
+}
+
+TEST(Surroundings, NameHeadersAndCookiesOfOrigins)
+{
+    const Surroundings around = read_surroundings(
+        R"({"host": {"origins": {"https://ads.example": {"headers": {"X-Partner": "7"}, "cookies": {"sid": "abc"}},
+                                 "http://b.example:81": {}}}})",
+        "host.json");
+    ASSERT_EQ(around.origins.size(), 2U);
+    EXPECT_EQ(around.origins[0].origin, "https://ads.example");
+    EXPECT_EQ(around.origins[0].headers, (std::vector<std::pair<std::string, std::string>>{{"X-Partner", "7"}}));
+    EXPECT_EQ(around.origins[0].cookies, (std::vector<std::pair<std::string, std::string>>{{"sid", "abc"}}));
+    EXPECT_TRUE(around.origins[1].headers.empty());
+    // A scenario may name them too; its network is simulated.
+    EXPECT_EQ(complaint_about(R"({"host": {"origins": {"https://ads.example": {"headers": {"Host": "x"}}}},
+                                  "ad": {}, "steps": []})"),
+              "scenario.json: /host/origins/https:~1~1ads.example: the header \"Host\" belongs to the connection or is "
+              "set by "
+              "the library");
+    EXPECT_NE(complaint_about(R"({"host": {"origins": {"ads.example": {}}}, "ad": {}, "steps": []})"), "");
+}
+
 TEST(Scenario, ReadsTheAnswersOfAddresses)
 {
     const World world = read(R"("net": {"http://a": {"body": "text", "after": 0.25}, "http://b": {"fail": "gone"},

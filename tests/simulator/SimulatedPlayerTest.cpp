@@ -355,6 +355,22 @@ TEST(AutomaticPlayer, APermanentFailureAnswersThreePlaysWithAnotherAndThenNothin
     EXPECT_EQ(run.player->current_time(), 3);
 }
 
+TEST(AutomaticPlayer, AVideoThatFailsAtItsBeginningForGoodNeverLoads)
+{
+    VideoSetup video = lasting(10);
+    video.error_for_good = 0;
+    PlayerRun run(video);
+    for (const double time : {1.0, 2.0, 3.0, 4.0}) {
+        run.run_until(time);
+        run.player->play();
+    }
+    run.run_until(20);
+
+    EXPECT_EQ(run.reports, (Reports{"0.3 state 0", "0.3 finish 1", "1 state 0", "1 finish 1", "2 state 0", "2 finish 1",
+                                    "3 state 0", "3 finish 1"}));
+    EXPECT_EQ(run.player->duration(), 0);
+}
+
 TEST(AutomaticPlayer, ATemporaryFailureMayPrecedeAPermanentOne)
 {
     VideoSetup video = lasting(10);

@@ -1,3 +1,4 @@
+#include "Places.h"
 #include "tests/desktop/app/Command.h"
 #include "tests/desktop/media/VideoServer.h"
 #include "tests/desktop/net/RawHttp.h"
@@ -5,9 +6,12 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <chrono>
+#include <cstdlib>
 #include <filesystem>
 #include <functional>
 #include <future>
+#include <thread>
 
 using namespace qoro::test;
 
@@ -199,6 +203,48 @@ TEST_F(CacheTest, AnInterruptedDownloadLeavesNothingBehind)
     EXPECT_EQ(parts(), 0);
     EXPECT_EQ(cache({"list"}).output, "");
     EXPECT_EQ(result.output + result.errors, "") << "no progress where the output is a pipe";
+}
+
+TEST_F(CacheTest, ATerminalShowsHowFarTheDownloadIsAndNothingRemains)
+{
+    server.serve("/slow.mp4", {.body = std::string(100'000, 'x'), .holds_at = 50'000});
+    folder.write("screen", "");
+    // script(1) runs the command on a pseudo-terminal and records what it writes.
+    const std::string line = "TERM=xterm script -qefc \"'" QORO_AD "' cache prefetch " + server.address("/slow.mp4") +
+                             " --dir '" + folder.path("videos") + "'\" '" + folder.path("screen") +
+                             "' >/dev/null </dev/null";
+    auto status = std::async(std::launch::async, [&line] { return std::system(line.c_str()); });
+
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::duration<double>(Deadline);
+    const auto shown = [this] { return folder.read("screen").find(" of 100.0") != std::string::npos; };
+    while (!shown() && std::chrono::steady_clock::now() < deadline)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    const std::string during = folder.read("screen");
+    server.release();
+
+    EXPECT_EQ(status.get(), 0);
+    EXPECT_NE(during.find("of 100.0\u00A0kB  " + server.address("/slow.mp4")), std::string::npos) << during;
+    EXPECT_EQ(during.find("fetched"), std::string::npos);
+    const std::string after = folder.read("screen").substr(during.size());
+    const std::size_t erased = after.find("\x1b[K");
+    const std::size_t result = after.find("fetched  100000 bytes  " + server.address("/slow.mp4"));
+    ASSERT_NE(result, std::string::npos) << after;
+    EXPECT_LT(erased, result) << "the line is erased before the result";
+    EXPECT_EQ(after.find(" of 100.0", result), std::string::npos);
+}
+
+TEST_F(CacheTest, ALongDownloadSaysNothingMoreInAPipe)
+{
+    server.serve("/slow.mp4", {.body = std::string(100'000, 'x'), .holds_at = 50'000});
+    auto result = std::async(std::launch::async, [this] { return cache({"prefetch", server.address("/slow.mp4")}); });
+    while (parts() == 0)
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    // Longer than the second after which a terminal shows the progress.
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    server.release();
+    const CommandResult ended = result.get();
+    EXPECT_EQ(ended.output, "fetched  100000 bytes  " + server.address("/slow.mp4") + "\n");
+    EXPECT_EQ(ended.errors, "");
 }
 
 TEST_F(CacheTest, RemainsOfAKilledProcessAreNeverACopyAndRemovedWithTheNextVideo)

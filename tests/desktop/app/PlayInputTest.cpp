@@ -1,4 +1,5 @@
 #include "app/PlayInput.h"
+#include "formats/AdScenario.h"
 #include "formats/DeviceModels.h"
 #include "formats/InputError.h"
 #include "tests/desktop/app/Command.h"
@@ -49,6 +50,48 @@ TEST_F(PlayInputTest, ByDefaultTheHostFollowsTheDeviceAndIdentifiersAreInvented)
     EXPECT_TRUE(input.platform.calendar.allowed);
     EXPECT_FALSE(input.platform.volume);
     EXPECT_EQ(input.orientation, 1);
+}
+
+TEST_F(PlayInputTest, AFakeProgramTakesItsOwnAddressesOnly)
+{
+    const auto takes = [this](const char* address, bool waits) {
+        return read_play_input(options).platform.device.stand_in.takes(NSURL::URLWithString(address), waits);
+    };
+    EXPECT_FALSE(read_play_input(options).platform.calendar.stand_in);
+    EXPECT_FALSE(takes("sms:1", true));
+    EXPECT_FALSE(takes("https://store.example/", true));
+    options.fake_calendar = options.fake_composer = true;
+    EXPECT_TRUE(read_play_input(options).platform.calendar.stand_in);
+    EXPECT_TRUE(takes("sms:1", true));
+    EXPECT_TRUE(takes("sms:1", false)) << "mraid.open does not wait";
+    EXPECT_FALSE(takes("https://store.example/", true));
+    EXPECT_EQ(read_play_input(options).host.store_page, "https://flathub.org/apps/{id}");
+    options.fake_composer = false;
+    options.fake_store = true;
+    EXPECT_FALSE(takes("sms:1", true));
+    EXPECT_TRUE(takes("https://store.example/", true));
+    EXPECT_FALSE(takes("https://shop.example/", false)) << "the browser's";
+    EXPECT_TRUE(takes("appstream://org.example.App", false));
+    EXPECT_EQ(read_play_input(options).host.store_page, "");
+}
+
+TEST_F(PlayInputTest, ASimulatedAdHasTheDeviceAndTheHostOfAPlayedOne)
+{
+    AdScenarioParts parts{.ad_file = options.ad_file};
+    parts.faults.duration = 10;
+    const Scenario simulated = read_scenario(scenario_of_ad(parts).text, "test");
+    const PlayInput played = read_play_input(options);
+
+    EXPECT_EQ(simulated.world.device.facts.screen, played.platform.device.facts.screen);
+    EXPECT_EQ(simulated.world.device.facts.phone, played.platform.device.facts.phone);
+    EXPECT_EQ(simulated.host.autorotates, played.host.autorotates);
+    EXPECT_EQ(simulated.host.root_view, played.host.root_view);
+    EXPECT_EQ(simulated.host.parent, played.host.parent);
+    EXPECT_EQ(simulated.host.key_window, played.host.key_window);
+    EXPECT_EQ(simulated.host.guard.has_value(), played.host.guard.has_value());
+    EXPECT_EQ(simulated.host.tracker_limit, played.host.tracker_limit);
+    EXPECT_EQ(simulated.host.use_auto_rotate, played.host.use_auto_rotate);
+    EXPECT_EQ(simulated.host.impression_policy, played.host.impression_policy);
 }
 
 TEST_F(PlayInputTest, AHostFileDescribesTheDeviceAndTheHost)

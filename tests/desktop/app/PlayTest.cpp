@@ -286,6 +286,28 @@ TEST_F(PlayTest, AnIconThatIsNoPictureDoesNotStopTheAd)
     EXPECT_TRUE(was_closed()) << trace;
 }
 
+TEST_F(PlayTest, AHostFileAddsHeadersAndCookiesToRequests)
+{
+    std::atomic<bool> came = false;
+    std::string received;
+    RawServer server([&](const std::string& head, const auto& connection) {
+        if (!came) {
+            received = head;
+            came = true;
+        }
+        connection.send("HTTP/1.1 404 Not Found\r\nContent-Length: 0\r\nConnection: close\r\n\r\n");
+    });
+    folder.write("host.json", R"({"host": {"origins": {")" + server.base() +
+                                  R"(": {"headers": {"X-Partner": "7"}, "cookies": {"sid": "abc"}}}}})");
+    folder.write("ad.json", R"({"strVideoUrl": ")" + server.base() + R"(/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
+        "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})");
+    run_command({"play", "--mute-output", "--host", folder.path("host.json"), folder.path("ad.json")}, Deadline,
+                [&came] { return came.load(); });
+    ASSERT_TRUE(came);
+    EXPECT_NE(received.find("X-Partner: 7\r\n"), std::string::npos) << received;
+    EXPECT_NE(received.find("Cookie: sid=abc\r\n"), std::string::npos) << received;
+}
+
 // ------------------------------------------------------------------------------------------------------ video cache
 
 namespace

@@ -6,8 +6,10 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 
 using namespace qoro;
 using namespace qoro::test;
@@ -161,6 +163,30 @@ TEST_F(VideoDownloadTest, AVideoThatIsNotWholeInTimeIsGivenUp)
     });
     const VideoDownload::Result result = VideoDownload({.all_seconds = 0}).fetch(cache, server.base() + "/v.mp4");
     EXPECT_EQ(result.error, "not whole within 0 seconds");
+    EXPECT_TRUE(left_nothing());
+}
+
+TEST_F(VideoDownloadTest, AServerThatSendsAByteNowAndThenIsGivenUp)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 200 OK\r\nContent-Length: 100000\r\n\r\n");
+        while (connection.send("x"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    });
+    VideoDownload download({.least_speed = 1000, .speed_seconds = 0.5});
+    EXPECT_EQ(download.fetch(cache, server.base() + "/v.mp4").error, "the server sends less than 1000 bytes a second");
+    EXPECT_TRUE(left_nothing());
+}
+
+TEST_F(VideoDownloadTest, AHeaderThatNeverEndsIsGivenUp)
+{
+    RawServer server([](const auto&, const auto& connection) {
+        connection.send("HTTP/1.1 200 OK\r\nX: ");
+        while (connection.send("x"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    });
+    VideoDownload download({.least_speed = 1000, .speed_seconds = 0.5});
+    EXPECT_EQ(download.fetch(cache, server.base() + "/v.mp4").error, "the server sends less than 1000 bytes a second");
     EXPECT_TRUE(left_nothing());
 }
 

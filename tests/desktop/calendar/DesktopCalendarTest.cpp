@@ -85,6 +85,22 @@ TEST_F(DesktopCalendarTest, AnEventReachesTheCalendarAsAFile)
     EXPECT_TRUE(file.ends_with("END:VCALENDAR\r\n")) << file;
 }
 
+TEST_F(DesktopCalendarTest, AStandInReceivesTheEventInsteadOfTheProgram)
+{
+    std::string received;
+    DesktopCalendar fake{
+        {.folder = folder, .allowed = true, .stand_in = [&received](const std::string& event) { received = event; }}};
+    EXPECT_TRUE(fake.available());
+    EXPECT_EQ(fake.add(concert()), NSString());
+    EXPECT_TRUE(received.starts_with("BEGIN:VCALENDAR\r\n")) << received;
+    EXPECT_NE(received.find("\r\nSUMMARY:Concert\r\n"), std::string::npos) << received;
+    EXPECT_TRUE(files().empty());
+
+    DesktopCalendar forbidden{{.folder = folder, .allowed = false, .stand_in = [](const std::string&) {}}};
+    EXPECT_FALSE(forbidden.available());
+    EXPECT_EQ(forbidden.add(concert()), "this device has no calendar");
+}
+
 TEST_F(DesktopCalendarTest, AFileIsForItsUserAlone)
 {
     calendar.add(concert());

@@ -170,6 +170,34 @@ TEST_F(DesktopDeviceTest, OpeningPassesTheAddressToTheSchemesProgram)
         << programs.opened();
 }
 
+TEST_F(DesktopDeviceTest, AStandInShowsTheAddressesThatItTakes)
+{
+    std::vector<std::string> shown;
+    std::function<void()> viewer_closes;
+    DesktopDevice with(platform,
+                       {.can_open = {{"tel:"}},
+                        .stand_in = {.takes = [](const NSURL& address,
+                                                 bool waits) { return waits || address.parts().has_scheme("sms"); },
+                                     .show =
+                                         [&](const NSURL& address, std::function<void()> closed) {
+                                             shown.push_back(address.absoluteString().text());
+                                             viewer_closes = std::move(closed);
+                                         }}});
+    EXPECT_TRUE(with.can_open(NSURL::URLWithString("sms:1")));
+    EXPECT_FALSE(with.can_open(NSURL::URLWithString("https://shop.example/")));
+
+    with.open(NSURL::URLWithString("sms:1"));
+    EXPECT_FALSE(viewer_closes) << "the ad does not wait";
+    int done = 0;
+    with.open_and_wait(NSURL::URLWithString("https://store.example/"), [&done] { ++done; });
+    let_events_pass();
+    EXPECT_EQ(shown, (std::vector<std::string>{"sms:1", "https://store.example/"}));
+    EXPECT_EQ(done, 0) << "the viewer is still there";
+    viewer_closes();
+    let_events_pass();
+    EXPECT_EQ(done, 1);
+}
+
 TEST_F(DesktopDeviceTest, AWaitingScreenContinuesOnceTheProgramHasStartedOrIsMissing)
 {
     int done = 0;

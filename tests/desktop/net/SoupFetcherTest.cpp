@@ -174,6 +174,18 @@ TEST_F(SoupFetcherTest, OnlyPagesAreRetried)
     EXPECT_EQ(server.requests(), 1);
 }
 
+TEST_F(SoupFetcherTest, AFailedPictureIsReportedWithItsReason)
+{
+    const FailingServer server(1, say_503);
+    std::vector<std::string> failures;
+    fetcher.on_image_failure = [&failures](const std::string& address, const std::string& reason) {
+        failures.push_back(address + ": " + reason);
+    };
+    fetcher.fetch_now(server.base() + "/icon.png");
+    fetcher.on_image_failure = nullptr;
+    EXPECT_EQ(failures, std::vector<std::string>{server.base() + "/icon.png: HTTP status 503"});
+}
+
 TEST_F(SoupFetcherTest, CanBeDestroyedWhileAPageWaitsForItsRetry)
 {
     const FailingServer server(1, say_503);

@@ -53,10 +53,11 @@ TEST_F(ScriptLibraryTest, APageFindsTheDocumentedCallsAndNothingElse)
         "getResizeProperties getScreenSize getState getVersion isViewable open playVideo removeEventListener resize "
         "setExpandProperties setOrientationProperties setResizeProperties storePicture supports unload "
         "useCustomClose\"]"));
-    EXPECT_TRUE(recorder.has("note[\"MRAIDClose MRAIDUseCustomClose addEventListener cancelPrePauseLocations "
-                             "changeOrientation checkCanPlayNextVideo checkVideoPlay getVideoIsMute getVideoTotalTime "
-                             "playNextVideo removeEventListener setVideoMute setVideoPause setVideoPlay "
-                             "setVideoSeekToTime setVideoUnmute\"]"));
+    EXPECT_TRUE(recorder.has(
+        "note[\"MRAIDClose MRAIDUseCustomClose addEventListener cancelPrePauseLocations "
+        "changeOrientation checkCanPlayNextVideo checkVideoPlay getConsent getControlRects getVideoIsMute "
+        "getVideoTotalTime playNextVideo removeEventListener replay setVideoMute setVideoPause setVideoPlay "
+        "setVideoSeekToTime setVideoUnmute\"]"));
     EXPECT_TRUE(recorder.has("note[\"appId coppa ifa limitAdTracking sdk sdkVersion version\"]"));
 }
 
@@ -166,10 +167,11 @@ TEST_F(ScriptLibraryTest, InvalidArgumentsAreRefusedAndNotSent)
     begin("const said = promise => promise.catch(error => error.message);"
           "Promise.all([said(qoroPlayer.setVideoSeekToTime('x')), said(qoroPlayer.setVideoSeekToTime(NaN)),"
           "  said(qoroPlayer.setVideoSeekToTime()), said(qoroPlayer.changeOrientation('up')),"
-          "  said(qoroPlayer.playNextVideo())]).then(all => note(...all));");
+          "  said(qoroPlayer.playNextVideo()), said(qoroPlayer.playNextVideo([])),"
+          "  said(qoroPlayer.checkCanPlayNextVideo(1))]).then(all => note(...all));");
     wait_for(R"(note["The time is a number of seconds.","The time is a number of seconds.",)"
              R"("The time is a number of seconds.","An orientation is portrait or landscape.",)"
-             R"("The next video is a record."])");
+             R"("The next video is a record.","The next video is a record.","An address is a text."])");
     EXPECT_EQ(heard_since_loading().size(), 1U);
 }
 
@@ -396,6 +398,28 @@ TEST_F(ScriptLibraryTest, AListenerMayRemoveAllOfItsEventDuringTheCall)
           "mraid.addEventListener('ready', () => note('ready'));");
     wait_for("note[\"ready\"]");
     EXPECT_FALSE(recorder.has("note[\"removed, and called all the same\"]"));
+}
+
+TEST_F(ScriptLibraryTest, ACommandThatTheAdIgnoresRejectsItsPromiseWithTheReason)
+{
+    recorder.answer = [](const ScriptMessage& message) {
+        return message.command == "setVideoPlay" ? ScriptAnswer{"the video is hidden behind the page", nullptr}
+                                                 : ScriptAnswer{};
+    };
+    begin("qoroPlayer.setVideoPlay().catch(refusal => qoroPlayer.replay().then(() => note(refusal.message)));");
+    wait_for(R"(note["the video is hidden behind the page"])");
+    EXPECT_TRUE(recorder.has("replay[]"));
+}
+
+TEST_F(ScriptLibraryTest, ThePageReadsWhereTheControlsAre)
+{
+    recorder.answer = [](const ScriptMessage& message) {
+        return message.command == "getControlRects"
+                   ? ScriptAnswer{nullptr, NSArray{NSDictionary{{"name", "btnClose"}, {"x", 1.5}}}}
+                   : ScriptAnswer{};
+    };
+    begin("qoroPlayer.getControlRects().then(note);");
+    wait_for(R"(note[[{"name":"btnClose","x":1.5}]])");
 }
 
 TEST_F(ScriptLibraryTest, ThePageCannotReplaceTheAd)

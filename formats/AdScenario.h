@@ -1,0 +1,80 @@
+#pragma once
+
+#include "formats/DeviceModels.h"
+#include "platform/Geometry.h"
+
+#include <functional>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qoro
+{
+
+/// What a player learns of a video.
+struct VideoFacts {
+    /// Seconds; 0 if the video has none.
+    double duration = 0;
+    /// Pixels, as displayed.
+    CGSize size = {};
+};
+
+/// What differs from a flawless session. Absent values: as in the ad's folder.
+struct AdFaults {
+    /// An interruption of the video's data.
+    struct Stall {
+        double seconds = 0;
+        /// Position in seconds; absent: the middle of the video.
+        std::optional<double> at = {};
+    };
+    /// What the server answers instead of a file.
+    struct Answer {
+        /// Why there is none; empty: the file is sent.
+        std::string failure;
+        /// Seconds until it arrives.
+        double after = 0;
+    };
+
+    /// Seconds.
+    std::optional<double> duration = {};
+    /// Seconds until the video can play.
+    std::optional<double> load_after = {};
+    std::vector<Stall> stalls = {};
+    /// Position in seconds at which the video fails once.
+    std::optional<double> fails_at = {};
+    /// Whether the video never plays.
+    bool fails = false;
+    /// By the name of the ad's property.
+    std::map<std::string, Answer, std::less<>> answers = {};
+};
+
+/// What a scenario of an ad consists of.
+struct AdScenarioParts {
+    /// "-" for standard input, with the current folder as the ad's.
+    std::string ad_file;
+    /// Empty: the viewer watches to the end, then closes the ad.
+    std::string steps_file = {};
+    /// Absent: a phone of 375 x 812 points.
+    std::optional<DeviceModel> device = {};
+    AdFaults faults = {};
+    /// Finds out the facts of a video file; absent for a file without video. Empty: the duration must be given.
+    std::function<std::optional<VideoFacts>(const std::string& path)> discover = {};
+};
+
+/// A scenario made of an ad and its folder.
+struct AdScenario {
+    /// As for read_scenario().
+    std::string text;
+    /// What the ad contains without effect, and what is assumed; a line each.
+    std::vector<std::string> remarks;
+    /// Files that the ad lacks; a line each.
+    std::vector<std::string> missing_files;
+};
+
+/// Makes a scenario of an ad. Its folder is the network: relative addresses are at http://ad.example, with the files
+/// that the ad shows as answers. The device and the host are those of a played ad.
+/// @throws InputError for an ad that cannot be played, for invalid steps, and if the duration is unknown
+AdScenario scenario_of_ad(const AdScenarioParts& parts);
+
+} // namespace qoro
