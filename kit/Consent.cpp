@@ -38,18 +38,6 @@ NSDictionary record_of(const ConsentStrings& consent)
     };
 }
 
-std::optional<std::string> regulation_macro(const ConsentStrings& consent, std::string_view macro)
-{
-    constexpr const char* Unknown = "-1";
-    if (macro == "GDPRCONSENT")
-        return consent.tcf.value_or(Unknown);
-    if (macro == "REGULATIONS")
-        return !consent.gdpr_applies ? Unknown : *consent.gdpr_applies ? "gdpr" : "";
-    if (macro == "LIMITADTRACKING")
-        return "1";
-    return std::nullopt;
-}
-
 bool is_tc_string(std::string_view text)
 {
     // The version is the first six bits: C is 2.

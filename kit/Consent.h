@@ -32,13 +32,6 @@ struct ConsentStrings {
 /// the sections are always a list.
 NSDictionary record_of(const ConsentStrings& consent);
 
-/// The value of a macro of IAB VAST 4 about regulations, before its encoding for an address: "GDPRCONSENT",
-/// "REGULATIONS" or "LIMITADTRACKING". "-1" is an unknown value (VAST 4.1, macros). Tracking is always limited, as
-/// pages are notified (MRAID_ENV).
-/// @param macro its name without brackets
-/// @return absent for any other macro
-std::optional<std::string> regulation_macro(const ConsentStrings& consent, std::string_view macro);
-
 /// Whether a text has the form of a TC string, of a US privacy string, and of a GPP string. Their content is not read.
 /// @{
 bool is_tc_string(std::string_view text);

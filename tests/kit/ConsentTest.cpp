@@ -41,21 +41,6 @@ TEST(Consent, IsNullWhereTheHostSuppliesNone)
                                      R"("gppSections":[]})"));
 }
 
-TEST(Consent, FillsTheMacrosAboutRegulations)
-{
-    ConsentStrings consent;
-    EXPECT_EQ(regulation_macro(consent, "GDPRCONSENT"), "-1") << "unknown";
-    EXPECT_EQ(regulation_macro(consent, "REGULATIONS"), "-1");
-    EXPECT_EQ(regulation_macro(consent, "LIMITADTRACKING"), "1");
-    EXPECT_EQ(regulation_macro(consent, "IFA"), std::nullopt);
-    consent.tcf = "CPX.YAAA";
-    consent.gdpr_applies = true;
-    EXPECT_EQ(regulation_macro(consent, "GDPRCONSENT"), "CPX.YAAA");
-    EXPECT_EQ(regulation_macro(consent, "REGULATIONS"), "gdpr");
-    consent.gdpr_applies = false;
-    EXPECT_EQ(regulation_macro(consent, "REGULATIONS"), "");
-}
-
 TEST(Consent, ItsStringsHaveTheFormsOfTheirStandards)
 {
     EXPECT_TRUE(is_tc_string("CPXxRfAPXxRfAAfKABENB-CgAAAAAAAAAAYgAAAAAAAA.YAAAAAAAAAAA"));
