@@ -43,6 +43,13 @@ std::vector<Ad> permitted(std::vector<Ad> ads, bool multiple)
 
 } // namespace
 
+struct SpareAd {
+    std::shared_ptr<const Ad> ad;
+    /// Of its document.
+    std::string address;
+    Chain chain;
+};
+
 /// The resolution of one tag.
 class Resolver::Run : public std::enable_shared_from_this<Run>
 {
@@ -51,6 +58,7 @@ public:
 
     void fetch_tag(const std::string& address);
     void read_tag(Document document, const std::string& address);
+    void try_spare(const SpareAd& spare);
     /// Ends without a call.
     void cancel();
 
@@ -93,6 +101,7 @@ private:
     Found fail(const Ad& ad, const Chain& chain, int code, std::string why);
     void finish(Found found);
     void stop_timers();
+    void keep_spares();
 
     /// Not to be used once cancelled, or done: the callback may destroy it.
     Resolver& resolver_;
@@ -101,6 +110,8 @@ private:
     /// The tag's own address; empty for a text.
     std::string tag_;
     Resolution result_;
+    /// Of each document with ads, in the order in which they were read.
+    std::vector<std::shared_ptr<Choice>> choices_;
     /// Error addresses of each document, with its depth.
     std::vector<std::pair<int, std::vector<std::string>>> errors_;
     /// Ends the whole resolution; 0 before it begins.
@@ -207,6 +218,7 @@ void Resolver::Run::finish(Found found)
 {
     stop_timers();
     result_.ads = std::move(found.ads);
+    keep_spares();
     if (result_.ads.empty()) {
         result_.error = found.code;
         result_.why = std::move(found.why);
@@ -224,6 +236,20 @@ void Resolver::Run::finish(Found found)
     });
 }
 
+void Resolver::Run::try_spare(const SpareAd& spare)
+{
+    begin();
+    resolve_ads({*spare.ad}, spare.address, spare.chain, [this](Found found) { finish(std::move(found)); });
+}
+
+void Resolver::Run::keep_spares()
+{
+    for (const auto& choice : std::exchange(choices_, {}))
+        for (std::size_t n = choice->next; n < choice->alone.size(); ++n)
+            result_.spares.push_back(
+                std::make_shared<const SpareAd>(SpareAd{choice->alone[n], choice->address, choice->chain}));
+}
+
 // --------------------------------------------------------------------------------------------------- documents and ads
 
 void Resolver::Run::note_errors(const Document& document, const Chain& chain)
@@ -237,7 +263,7 @@ void Resolver::Run::note_errors(const Document& document, const Chain& chain)
 
 void Resolver::Run::resolve_ads(std::vector<Ad> ads, const std::string& address, const Chain& chain, Then then)
 {
-    const auto choice = std::make_shared<Choice>();
+    const auto choice = choices_.emplace_back(std::make_shared<Choice>());
     for (Ad& ad : ads) {
         auto& list = ad.sequence ? choice->pod : choice->alone;
         list.push_back(std::make_shared<const Ad>(std::move(ad)));
@@ -447,6 +473,12 @@ void Resolver::resolve_text(const std::string& text, const std::string& address,
     Document document = read_document(text);
     runs_.push_back(std::make_shared<Run>(*this, std::move(done)));
     runs_.back()->read_tag(std::move(document), address);
+}
+
+void Resolver::resolve_spare(const SpareAd& spare, Done done)
+{
+    runs_.push_back(std::make_shared<Run>(*this, std::move(done)));
+    runs_.back()->try_spare(spare);
 }
 
 } // namespace qoro::vast

@@ -46,6 +46,9 @@ struct FailedAd {
     std::vector<std::string> errors;
 };
 
+/// A stand-alone ad that was not tried, with the wrappers around it.
+struct SpareAd;
+
 /// What a tag leads to.
 struct Resolution {
     /// Of the tag's own document; empty if it gives none.
@@ -56,6 +59,9 @@ struct Resolution {
     std::vector<Hop> wrappers;
     /// To be played in this order: a pod, or a single stand-alone ad.
     std::vector<ResolvedAd> ads;
+    /// Stand-alone ads that can replace an ad that fails while it is played (VAST 4.3, section 3.3.1), in the order in
+    /// which they are to be tried.
+    std::vector<std::shared_ptr<const SpareAd>> spares;
     /// Of the tag's own document, outside its ads.
     std::vector<Ignored> ignored;
     /// Ads that were tried and cannot be played; of very many, the first.
@@ -110,6 +116,8 @@ public:
     /// @param address where the text is from; empty when it is from no server
     /// @throws DocumentError before anything is requested
     void resolve_text(const std::string& text, const std::string& address, Done done);
+    /// Resolves a stand-alone ad of an earlier resolution.
+    void resolve_spare(const SpareAd& spare, Done done);
 
 private:
     class Run;
