@@ -121,15 +121,30 @@ std::size_t end_of_tag(std::string_view html, std::string_view name)
     return std::string_view::npos;
 }
 
-std::string html_page(const std::string& html, const std::string& heading, const Surroundings& surroundings)
+/// A script for HTML that was written for a browser: links open as the kit opens addresses, and so does the companion's
+/// own address, when the click is on nothing that handles it. A companion that calls mraid.open() itself is unaffected.
+std::string opens_links(const std::string& address)
 {
+    return "<script>\ndocument.addEventListener(\"click\", event => {\n"
+           "  if (event.defaultPrevented)\n    return;\n"
+           "  const link = event.target.closest(\"a[href], area[href]\");\n"
+           "  if (link && !/^(https?|tel|sms):/i.test(link.href))\n    return;\n"
+           "  const address = link ? link.href : event.target.closest(\"button, input, select, textarea\") ? \"\" : " +
+           literal(address) +
+           ";\n  if (!address)\n    return;\n  event.preventDefault();\n  mraid.open(address);\n});\n</script>\n";
+}
+
+std::string html_page(const Companion& companion, const std::string& html, const std::string& heading,
+                      const Surroundings& surroundings)
+{
+    const std::string script = opens_links(companion.click_through.empty() ? "" : requestable(companion.click_through));
     std::size_t head = end_of_tag(html, "head");
     if (head == std::string::npos)
         head = end_of_tag(html, "html");
     if (head == std::string::npos)
-        return whole_page(surroundings.language, heading, html + "\n");
+        return whole_page(surroundings.language, heading, html + "\n" + script);
     std::string page = html;
-    page.insert(head, "<!-- receives mraid.js -->");
+    page.insert(head, "<!-- receives mraid.js -->" + script);
     return page;
 }
 
@@ -137,7 +152,7 @@ std::string companion_page(const Companion& companion, const Resource& resource,
                            const Surroundings& surroundings)
 {
     if (resource.kind == Resource::Kind::Html)
-        return html_page(resource.text, heading, surroundings);
+        return html_page(companion, resource.text, heading, surroundings);
     const std::string address = escaped(requestable(resource.text));
     if (resource.kind == Resource::Kind::Frame)
         return whole_page(surroundings.language, heading,
@@ -161,6 +176,12 @@ std::string end_card(const Ad& ad, const Surroundings& surroundings)
     return whole_page(surroundings.language, ad.title, body);
 }
 
+/// An XPath without its last step.
+std::string_view parent_of(std::string_view path)
+{
+    return path.substr(0, std::min(path.rfind('/'), path.size()));
+}
+
 /// Whole seconds after which the viewer may skip; absent when that is at the end only.
 std::optional<int> skip_seconds(const Linear& linear)
 {
@@ -175,23 +196,79 @@ std::optional<int> skip_seconds(const Linear& linear)
 
 CompanionChoice choose_companion(const std::vector<Companion>& companions)
 {
+    constexpr std::array<std::string_view, 3> Preferred{"all", "any", ""};
     CompanionChoice choice;
-    for (std::size_t n = 0; n < companions.size() && !choice.chosen; ++n) {
-        const auto& resources = companions[n].resources;
-        const auto shown = std::ranges::find_if(resources, can_be_shown);
-        if (shown == resources.end())
-            continue;
-        choice.chosen = n;
-        choice.resource = static_cast<std::size_t>(shown - resources.begin());
+    for (const std::string_view required : Preferred)
+        for (std::size_t n = 0; n < companions.size() && !choice.chosen; ++n) {
+            const auto& resources = companions[n].resources;
+            const auto shown = std::ranges::find_if(resources, can_be_shown);
+            if (shown == resources.end() || (!required.empty() && companions[n].required != required))
+                continue;
+            choice.chosen = n;
+            choice.resource = static_cast<std::size_t>(shown - resources.begin());
+        }
+    // Of each CompanionAds that requires any, one companion; companions of one have the same path, up to their own
+    // step.
+    std::size_t required = 0;
+    for (std::size_t n = 0; n < companions.size(); ++n) {
+        const std::string& demand = companions[n].required.value_or("none");
+        const bool is_another = n == 0 || companions[n - 1].required != companions[n].required ||
+                                parent_of(companions[n - 1].path) != parent_of(companions[n].path);
+        if (demand == "all" || (demand == "any" && is_another))
+            ++required;
     }
-    const auto is_required = [](std::string_view required) {
-        return [required](const Companion& companion) { return companion.required == required; };
-    };
-    const auto all = std::ranges::count_if(companions, is_required("all"));
-    const bool shows_all = choice.chosen && companions[*choice.chosen].required == "all";
-    const bool any = std::ranges::any_of(companions, is_required("any"));
-    choice.lacks_required = all > (shows_all ? 1 : 0) || (any && !choice.chosen);
+    const bool shows_one =
+        choice.chosen && (companions[*choice.chosen].required == "all" || companions[*choice.chosen].required == "any");
+    choice.lacks_required = required > (shows_one ? 1U : 0U);
     return choice;
+}
+
+std::vector<Ignored> not_shown(const Ad& ad)
+{
+    std::vector<Ignored> list;
+    const auto choice = choose_companion(ad.companions);
+    for (std::size_t n = 0; n < ad.companions.size(); ++n)
+        if (n != choice.chosen)
+            list.push_back({"Companion",
+                            choice.chosen ? "only one companion is shown" : "it has nothing that a page can show",
+                            ad.companions[n].path});
+    if (!ad.linear)
+        return list;
+    const Icon* const shown = choose_icon(ad.linear->icons);
+    for (const Icon& icon : ad.linear->icons) {
+        if (&icon != shown)
+            list.push_back(
+                {"Icon", picture_of(icon) ? "only one icon is shown" : "only a picture can be shown", ad.path});
+        else if (icon.offset.value_or(0) > 0)
+            list.push_back({"offset", "the icon is shown from the start", ad.path});
+        if (&icon == shown && icon.duration)
+            list.push_back({"duration", "the icon is shown with the video's bar", ad.path});
+    }
+    return list;
+}
+
+void replace_addresses(ResolvedAd& resolved, const std::function<std::string(const std::string&)>& replace)
+{
+    const auto change = [&](std::string& address) {
+        if (!address.empty())
+            address = replace(address);
+    };
+    const auto change_all = [&](std::vector<Resource>& resources) {
+        for (Resource& resource : resources)
+            if (resource.kind != Resource::Kind::Html)
+                change(resource.text);
+    };
+    Linear& linear = *resolved.ad.linear;
+    change(linear.media_files[*resolved.media.chosen].address);
+    change(linear.click_through);
+    for (Icon& icon : linear.icons) {
+        change_all(icon.resources);
+        change(icon.click_through);
+    }
+    for (Companion& companion : resolved.ad.companions) {
+        change_all(companion.resources);
+        change(companion.click_through);
+    }
 }
 
 const Resource* picture_of(const Icon& icon)
@@ -243,6 +320,8 @@ std::string ad_description(const ResolvedAd& resolved, const Surroundings& surro
         json["strBrandIconUrl"] = requestable(picture_of(*icon)->text);
     if (!ad.advertiser.empty())
         json["strBrandText"] = ad.advertiser;
+    if (linear.click_through.empty() && !linear.custom_click.empty())
+        json["arrayButtonsInfo"] = Json::array({Json{{"btn_text", title(surroundings.button)}}});
     if (!linear.click_through.empty())
         json["arrayButtonsInfo"] = Json::array(
             {Json{{"btn_text", title(surroundings.button)},

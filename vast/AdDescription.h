@@ -3,6 +3,7 @@
 #include "vast/Resolver.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -22,14 +23,23 @@ struct CompanionChoice {
     bool lacks_required = false;
 };
 
-/// Chooses the first companion with a picture, an HTML or a frame resource that a page can show. Only one companion is
-/// shown, so of several that are all required, one is lacking.
+/// Chooses the first companion with a picture, an HTML or a frame resource that a page can show, of those that are
+/// required, if there are any. Only one companion is shown, so of several that are all required, one is lacking; and so
+/// is the companion of a second CompanionAds that requires any.
 CompanionChoice choose_companion(const std::vector<Companion>& companions);
 
 /// The icon that becomes the brand icon: AdChoices first, else the first; only one with a picture. Null without one.
 const Icon* choose_icon(const std::vector<Icon>& icons);
 /// The picture of an icon; null without one.
 const Resource* picture_of(const Icon& icon);
+
+/// What of an ad is not shown, or not as the document demands, because the page shows one companion, and the bar one
+/// icon for as long as the bar is shown.
+std::vector<Ignored> not_shown(const Ad& ad);
+
+/// Replaces each address that the ad shows or opens: the media file's, the companion's, the icon's, and those that
+/// clicks lead to. Not those of trackers.
+void replace_addresses(ResolvedAd& ad, const std::function<std::string(const std::string&)>& replace);
 
 /// Texts and addresses that a description needs beyond the VAST document.
 struct Surroundings {
@@ -47,7 +57,7 @@ struct Surroundings {
 std::string ad_description(const ResolvedAd& ad, const Surroundings& surroundings);
 
 /// The page: the chosen companion, or else an end card with title, advertiser and a button. Clicks pass through
-/// mraid.open().
+/// mraid.open(), also those on links of an HTML companion; a frame is a page of its own, whose clicks are unknown.
 std::string ad_page(const ResolvedAd& ad, const Surroundings& surroundings);
 
 } // namespace qoro::vast
