@@ -25,6 +25,7 @@ void set_control_names(Platform& platform)
         {"setControllerBarHiddenState", ShowControls},
         {"doButtonOneAction", FirstOffer},
         {"doButtonTwoAction", SecondOffer},
+        {"icon_tapped", AboutThisAd},
     });
     platform.shared<ControlNames>() = {pictures, Actions};
 }

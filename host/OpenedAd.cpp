@@ -4,6 +4,7 @@
 #include "host/AdObserver.h"
 #include "host/Rehearsal.h"
 #include "host/Session.h"
+#include "host/TagPresence.h"
 #include "platform/HostCall.h"
 
 #include <algorithm>
@@ -75,6 +76,8 @@ public:
     bool leave_screen() { return session_ && session_->leave_screen(); }
     void leave();
     bool has_ended() const { return ended_; }
+    /// Whether the host has been notified of the end.
+    bool is_reported() const { return reported_; }
 
 private:
     void receive(const Event& event) override;
@@ -199,11 +202,9 @@ void OpenedAd::Watch::rehearse(const std::shared_ptr<QoroVideoAd>& ad, const Hos
 /// Registers the event sink and the observers and creates the session. The ad is not open afterwards.
 void OpenedAd::Watch::prepare(const std::shared_ptr<QoroVideoAd>& ad, const HostSetup& host, SessionControls& controls)
 {
-    if (auto* const last = dynamic_cast<Watch*>(platform_.event_sink())) {
-        if (!last->reported_)
-            throw std::logic_error("another ad is open on this platform");
-        last->leave();
-    }
+    leave_platform(platform_);
+    if (const TagPresence& tag = platform_.shared<TagPresence>(); tag.is_open && !tag.opens_ad)
+        throw std::logic_error("a tag is open on this platform");
     before_ = platform_.event_sink();
     platform_.set_event_sink(this);
     open_ = true;
@@ -517,6 +518,16 @@ void OpenedAd::close(ClosedBy closer)
 bool OpenedAd::leave_screen()
 {
     return watch_->leave_screen();
+}
+
+void OpenedAd::leave_platform(Platform& platform)
+{
+    auto* const last = dynamic_cast<Watch*>(platform.event_sink());
+    if (!last)
+        return;
+    if (!last->is_reported())
+        throw std::logic_error("another ad is open on this platform");
+    last->leave();
 }
 
 bool OpenedAd::has_ended() const

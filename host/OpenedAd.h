@@ -38,7 +38,7 @@ public:
     /// @param on_end called once when the ad has ended, as a separate event of the platform's loop; may destroy this
     ///        object, and may open the next ad on the platform while this object exists; may be empty
     /// @param host the ad's surroundings; its member delegate is ignored: the delegate is always set
-    /// @throws std::logic_error while another ad is open on the platform whose end has not been reported
+    /// @throws std::logic_error while another ad is open on the platform whose end has not been reported, or a tag
     OpenedAd(Platform& platform, const std::shared_ptr<QoroVideoAd>& ad, OnEnd on_end, HostSetup host = {});
     /// Opens the ad and performs steps on it, for programs that test ads. Its delegates are those that the setup names.
     /// An ad whose controller a step releases ends as AdEnd::Host when the controller is destroyed.
@@ -59,6 +59,10 @@ public:
     bool leave_screen();
     /// Whether the ad has ended. The end may not have been reported yet.
     bool has_ended() const;
+
+    /// Takes an ad whose end has been reported off a platform that the next ad or tag is about to use.
+    /// @throws std::logic_error while an ad is open on the platform whose end has not been reported
+    static void leave_platform(Platform& platform);
 
 private:
     class Watch;

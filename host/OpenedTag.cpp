@@ -2,6 +2,7 @@
 
 #include "formats/AdFile.h"
 #include "host/OpenedAd.h"
+#include "host/TagPresence.h"
 #include "host/TagTracking.h"
 #include "kit/NetworkZone.h"
 #include "kit/ScreenTexts.h"
@@ -14,6 +15,7 @@
 #include <algorithm>
 #include <chrono>
 #include <random>
+#include <stdexcept>
 #include <utility>
 
 namespace qoro
@@ -27,6 +29,11 @@ constexpr double NothingMoves = 15;
 /// VAST 2.0 to 4.3, inline and wrapper (AdCOM, list "Creative Subtypes - Audio/Video").
 const std::vector<int> Versions{2, 3, 5, 6, 7, 8, 11, 12, 13, 14, 15, 16};
 
+// The standard's codes (VAST 4.3, section 2.3.6).
+constexpr int BreakShortened = 206;
+constexpr int GeneralError = 400;
+constexpr int RequiredCompanion = 602;
+
 double machine_time()
 {
     return std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
@@ -36,6 +43,49 @@ double machine_time()
 struct NoControls final : SessionControls {
     void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
     void change_device(const DeviceChange&) override {}
+};
+
+/// A function of the host, which may throw.
+/// @param otherwise its result in that case
+template <typename Result>
+std::function<Result()> guarded(const char* name, Platform& platform, std::function<Result()> function,
+                                Result (*otherwise)())
+{
+    return [name, &platform, function = std::move(function), otherwise] {
+        Result result{};
+        return call_host(name, &platform, [&] { result = function(); }) ? result : otherwise();
+    };
+}
+
+/// Of the host, whose functions may throw: what cannot be asked cannot be played.
+class HostsSupport final : public vast::MediaSupport
+{
+public:
+    HostsSupport(const vast::MediaSupport& support, Platform& platform) : support_(support), platform_(platform) {}
+
+    bool can_play(const std::string& type, const std::string& codec) const override
+    {
+        bool can = false;
+        call_host("MediaSupport::can_play", &platform_, [&] { can = support_.can_play(type, codec); });
+        return can;
+    }
+
+private:
+    const vast::MediaSupport& support_;
+    Platform& platform_;
+};
+
+/// Lets the tag open an ad.
+class OpensAd
+{
+public:
+    explicit OpensAd(Platform& platform) : presence_(platform.shared<TagPresence>()) { presence_.opens_ad = true; }
+    ~OpensAd() { presence_.opens_ad = false; }
+    OpensAd(const OpensAd&) = delete;
+    OpensAd& operator=(const OpensAd&) = delete;
+
+private:
+    TagPresence& presence_;
 };
 
 } // namespace
@@ -57,15 +107,20 @@ public:
 private:
     void receive(const Event& event) override;
     vast::ResolverOptions resolver_options();
+    void make_resolver();
     void resolved(vast::Resolution resolution);
-    void report_failures(const vast::Resolution& resolution);
+    void report_failures(const vast::Resolution& resolution, bool send);
     void open_next();
-    void open(const vast::ResolvedAd& ad);
+    void open(vast::ResolvedAd ad);
+    void refuse(const vast::ResolvedAd& ad, int code, const std::string& why);
+    void try_spare();
     Rehearsal rest_of_rehearsal();
+    std::string expanded(const std::string& address, vast::AddressKind kind, std::optional<int> code = {});
     vast::MacroValues macros_of(const vast::ResolvedAd& ad) const;
     void ad_failed(int code, const std::string& why);
-    void ad_ended(const AdOutcome& outcome);
+    void ad_ended(AdOutcome outcome);
     void send_errors(const std::vector<std::string>& addresses, int code);
+    void shorten();
     void end();
 
     Platform& platform_;
@@ -73,6 +128,7 @@ private:
     HostSetup host_;
     TagOptions options_;
     const vast::CommonMediaSupport common_;
+    std::optional<HostsSupport> support_;
     NoControls no_controls_;
     std::optional<Rehearsal> rehearsal_;
     /// Receives every event as well; null when the platform had no sink.
@@ -80,11 +136,17 @@ private:
     bool open_ = false;
     std::unique_ptr<vast::Resolver> resolver_;
     std::vector<vast::ResolvedAd> ads_;
+    /// In the order in which they are to be tried.
+    std::vector<std::shared_ptr<const vast::SpareAd>> spares_;
     std::vector<vast::Ignored> ignored_;
     /// Index of the ad that plays, or is about to.
     std::size_t n_ = 0;
     std::shared_ptr<TagTracking> tracking_;
     std::unique_ptr<OpenedAd> opened_;
+    /// Why the ad that plays has failed; absent for one that has not.
+    std::optional<std::string> failure_;
+    /// An ad has been opened.
+    bool has_opened_ = false;
     /// No further ad opens.
     bool over_ = false;
     TagOutcome outcome_;
@@ -95,10 +157,13 @@ OpenedTag::Run::Run(Platform& platform, OnEnd on_end, HostSetup host, TagOptions
 {
     if (host_.guard)
         host_.guard->nothing_moves = NothingMoves;
-    if (!options_.clock)
-        options_.clock = machine_time;
-    if (!options_.random)
-        options_.random = [] { return static_cast<std::uint32_t>(std::random_device{}()); };
+    options_.clock = options_.clock
+                         ? guarded<double>("TagOptions::clock", platform, std::move(options_.clock), machine_time)
+                         : machine_time;
+    const auto machine_random = [] { return static_cast<std::uint32_t>(std::random_device{}()); };
+    options_.random = options_.random ? guarded<std::uint32_t>("TagOptions::random", platform,
+                                                               std::move(options_.random), machine_random)
+                                      : machine_random;
     options_.macros.request.random = options_.random;
     const ConsentStrings& consent = host_.consent;
     vast::MacroValues::Regulation& regulation = options_.macros.regulation;
@@ -108,6 +173,7 @@ OpenedTag::Run::Run(Platform& platform, OnEnd on_end, HostSetup host, TagOptions
     regulation.gpp_string = consent.gpp;
     if (!consent.gpp_sections.empty())
         regulation.gpp_section_ids.emplace(consent.gpp_sections.begin(), consent.gpp_sections.end());
+    support_.emplace(options_.support ? *options_.support : common_, platform);
 }
 
 OpenedTag::Run::~Run()
@@ -121,38 +187,44 @@ vast::ResolverOptions OpenedTag::Run::resolver_options()
     options.requests = [this, also = options.requests](const std::string& address) {
         platform_.emit(event::VastRequested{address});
         if (also)
-            also(address);
+            call_host("ResolverOptions::requests", &platform_, [&] { also(address); });
     };
-    options.expand = [this](const std::string& address) {
-        vast::MacroValues values = options_.macros;
-        values.request.kind = vast::AddressKind::Document;
-        values.request.time = options_.clock();
-        return vast::requestable(vast::expand(address, values));
+    options.expand = [this](const std::string& address) { return expanded(address, vast::AddressKind::Document); };
+    options.permits = [this, permits = options.permits](const std::string& from, const std::string& to) {
+        bool permitted = permits || from.empty() || !leads_inward(from, to);
+        if (permits)
+            permitted =
+                call_host("ResolverOptions::permits", &platform_, [&] { permitted = permits(from, to); }) && permitted;
+        return permitted;
     };
-    if (!options.permits)
-        options.permits = [](const std::string& from, const std::string& to) {
-            return from.empty() || !leads_inward(from, to);
-        };
     if (options.band.width == 0)
         options.band.width = platform_.device().facts().screen.value_or(CGSize{375, 812}).width;
     return options;
 }
 
+void OpenedTag::Run::make_resolver()
+{
+    resolver_ = std::make_unique<vast::Resolver>(platform_.fetcher(), platform_.loop(), *support_, resolver_options());
+}
+
 void OpenedTag::Run::begin(const Tag& tag)
 {
+    OpenedAd::leave_platform(platform_);
+    if (std::exchange(platform_.shared<TagPresence>().is_open, true))
+        throw std::logic_error("another tag is open on this platform");
+    // Before the first event.
     before_ = platform_.event_sink();
+    platform_.set_event_sink(this);
+    open_ = true;
     const auto done = [weak = weak_from_this()](vast::Resolution resolution) {
         if (const auto self = weak.lock())
             self->resolved(std::move(resolution));
     };
-    resolver_ = std::make_unique<vast::Resolver>(platform_.fetcher(), platform_.loop(),
-                                                 options_.support ? *options_.support : common_, resolver_options());
+    make_resolver();
     if (tag.text)
         resolver_->resolve_text(*tag.text, tag.address, done);
     else
         resolver_->resolve(tag.address, done);
-    platform_.set_event_sink(this);
-    open_ = true;
 }
 
 void OpenedTag::Run::receive(const Event& event)
@@ -168,64 +240,124 @@ void OpenedTag::Run::resolved(vast::Resolution resolution)
     resolver_.reset();
     if (over_)
         return;
-    report_failures(resolution);
+    report_failures(resolution, !resolution.ads.empty());
     ads_ = std::move(resolution.ads);
+    spares_ = std::move(resolution.spares);
     ignored_ = std::move(resolution.ignored);
     if (!ads_.empty())
         return open_next();
     outcome_.error = resolution.error;
     outcome_.why = resolution.why;
     platform_.emit(event::VastWithoutAd{*resolution.error, resolution.why});
+    // Without an ad, the addresses of all documents are requested.
     send_errors(resolution.errors, *resolution.error);
     end();
 }
 
-void OpenedTag::Run::report_failures(const vast::Resolution& resolution)
+/// @param send whether their error trackers are sent
+void OpenedTag::Run::report_failures(const vast::Resolution& resolution, bool send)
 {
     for (const vast::FailedAd& failed : resolution.failed) {
         platform_.emit(event::VastFailed{failed.code, failed.why});
-        // Without an ad, the addresses of all documents are requested.
-        if (!resolution.ads.empty())
+        if (send)
             send_errors(failed.errors, failed.code);
     }
 }
 
 void OpenedTag::Run::send_errors(const std::vector<std::string>& addresses, int code)
 {
-    vast::MacroValues values = options_.macros;
-    values.request.kind = vast::AddressKind::Error;
-    values.request.error_code = code;
-    values.request.time = options_.clock();
     platform_.dispatch([&] {
         for (const std::string& address : addresses)
-            QoroAdManager::sharedInstance().send_vast_tracker(vast::requestable(vast::expand(address, values)),
+            QoroAdManager::sharedInstance().send_vast_tracker(expanded(address, vast::AddressKind::Error, code),
                                                               "error");
     });
+}
+
+/// An address that belongs to no ad that plays.
+std::string OpenedTag::Run::expanded(const std::string& address, vast::AddressKind kind, std::optional<int> code)
+{
+    vast::MacroValues values = options_.macros;
+    values.request.kind = kind;
+    values.request.error_code = code;
+    values.request.time = options_.clock();
+    return vast::requestable(vast::expand(address, values));
 }
 
 // ------------------------------------------------------------------------------------------------------------- the ads
 
 void OpenedTag::Run::open_next()
 {
-    if (n_ < ads_.size())
-        open(ads_[n_]);
-    else
-        end();
+    if (over_ || n_ == ads_.size())
+        return end();
+    if (vast::choose_companion(ads_[n_].ad.companions).lacks_required)
+        return refuse(ads_[n_], RequiredCompanion, ads_[n_].ad.path + ": a required companion cannot be shown");
+    open(ads_[n_]);
 }
 
-void OpenedTag::Run::open(const vast::ResolvedAd& resolved)
+/// Passes over an ad that cannot be opened.
+void OpenedTag::Run::refuse(const vast::ResolvedAd& ad, int code, const std::string& why)
 {
+    platform_.emit(event::VastFailed{code, why});
+    send_errors(ad.ad.errors, code);
+    if (outcome_.ads.empty() && !outcome_.error) {
+        outcome_.error = code;
+        outcome_.why = why;
+    }
+    ++n_;
+    try_spare();
+}
+
+/// A stand-alone ad takes the place of an ad that has failed; without one, the next ad follows.
+void OpenedTag::Run::try_spare()
+{
+    if (over_ || spares_.empty())
+        return open_next();
+    const auto spare = spares_.front();
+    spares_.erase(spares_.begin());
+    make_resolver();
+    resolver_->resolve_spare(*spare, [weak = weak_from_this()](vast::Resolution resolution) {
+        const auto self = weak.lock();
+        if (!self)
+            return;
+        self->resolver_.reset();
+        if (self->over_)
+            return;
+        self->report_failures(resolution, true);
+        if (resolution.ads.empty())
+            return self->try_spare();
+        self->ads_.insert(self->ads_.begin() + static_cast<std::ptrdiff_t>(self->n_),
+                          std::make_move_iterator(resolution.ads.begin()),
+                          std::make_move_iterator(resolution.ads.end()));
+        self->open_next();
+    });
+}
+
+void OpenedTag::Run::open(vast::ResolvedAd resolved)
+{
+    vast::MacroValues values = macros_of(resolved);
+    const auto expand = [&](const std::string& address) {
+        values.request.time = options_.clock();
+        return vast::expand(address, values);
+    };
+    std::string& video = resolved.ad.linear->media_files[*resolved.media.chosen].address;
+    video = expand(video);
+    values.player.asset = video;
+    vast::replace_addresses(resolved, expand);
     const vast::Ad& ad = resolved.ad;
     const std::optional<std::int64_t> sequence = ad.sequence;
     const auto text = [](const std::string& value) { return value.empty() ? EventText() : EventText(value); };
-    platform_.emit(event::VastAdBegun{text(ad.id), sequence, text(ad.title), resolved.wrappers,
-                                      ad.linear->media_files[*resolved.media.chosen].address});
-    for (const auto* list : {&std::as_const(ignored_), &ad.ignored})
+    platform_.emit(event::VastAdBegun{text(ad.id), sequence, text(ad.title), resolved.wrappers, video});
+    const std::vector<vast::Ignored> not_shown = vast::not_shown(ad);
+    for (const auto* list : {&std::as_const(ignored_), &ad.ignored, &not_shown})
         for (const vast::Ignored& ignored : *list)
             platform_.emit(event::VastIgnored{ignored.element, ignored.why, ignored.path});
     ignored_.clear();
     if (options_.observer)
-        call_host("TagObserver", &platform_, [&] { options_.observer->ad_begins(resolved, n_, ads_.size()); });
+        call_host("TagObserver::ad_begins", &platform_,
+                  [&] { options_.observer->ad_begins(resolved, n_, ads_.size()); });
+    // The observer may have closed the tag, or destroyed it.
+    if (over_)
+        return;
 
     const vast::Surroundings surroundings{.page = page_address(n_),
                                           .button = platform_.translation().translate(screen_texts::FirstOffer),
@@ -233,18 +365,27 @@ void OpenedTag::Run::open(const vast::ResolvedAd& resolved)
     platform_.dispatch(
         [&] { QoroAdManager::sharedInstance().supply_page(surroundings.page, ad_page(resolved, surroundings)); });
     const auto description = read_ad(ad_description(resolved, surroundings), "VAST", AdTypes::Strict);
-    tracking_ = std::make_shared<TagTracking>(platform_, resolved, TagMacros{macros_of(resolved), options_.clock},
+    failure_.reset();
+    tracking_ = std::make_shared<TagTracking>(platform_, resolved, TagMacros{values, options_.clock},
                                               [weak = weak_from_this()](int code, const std::string& why) {
                                                   if (const auto self = weak.lock())
                                                       self->ad_failed(code, why);
                                               });
-    opened_ = std::make_unique<OpenedAd>(
-        platform_, description,
-        [weak = weak_from_this()](const AdOutcome& outcome) {
-            if (const auto self = weak.lock())
-                self->ad_ended(outcome);
-        },
-        host_, rest_of_rehearsal());
+    const OpensAd opens(platform_);
+    try {
+        opened_ = std::make_unique<OpenedAd>(
+            platform_, description,
+            [weak = weak_from_this()](const AdOutcome& outcome) {
+                if (const auto self = weak.lock())
+                    self->ad_ended(outcome);
+            },
+            host_, rest_of_rehearsal());
+        has_opened_ = true;
+    } catch (const std::logic_error& error) {
+        tracking_.reset();
+        spares_.clear();
+        refuse(resolved, GeneralError, error.what());
+    }
 }
 
 /// The steps that the ad performs: at first all of them, later those that are still to come.
@@ -252,6 +393,8 @@ Rehearsal OpenedTag::Run::rest_of_rehearsal()
 {
     const auto created = [this](const std::shared_ptr<QoroVideoWebViewController>& controller) {
         tracking_->attach(controller);
+        if (rehearsal_ && rehearsal_->created)
+            rehearsal_->created(controller);
     };
     if (!rehearsal_) {
         // The controller has forced the device upright, but the viewer holds it as before.
@@ -267,7 +410,7 @@ Rehearsal OpenedTag::Run::rest_of_rehearsal()
     Rehearsal rest{{}, rehearsal_->controls, rehearsal_->prepared, 0, created};
     const double now = platform_.loop().now();
     for (const Step& step : rehearsal_->steps) {
-        if (n_ == 0 || (step.at > now && !std::holds_alternative<OpenStep>(step.what)))
+        if (!has_opened_ || (step.at > now && !std::holds_alternative<OpenStep>(step.what)))
             rest.steps.push_back(step);
         else if (rest.steps.empty())
             ++rest.first;
@@ -300,6 +443,7 @@ vast::MacroValues OpenedTag::Run::macros_of(const vast::ResolvedAd& resolved) co
 /// The ad closes after the event in which it has failed.
 void OpenedTag::Run::ad_failed(int code, const std::string& why)
 {
+    failure_ = why;
     platform_.emit(event::VastFailed{code, why});
     platform_.loop().post([weak = weak_from_this(), n = n_] {
         const auto self = weak.lock();
@@ -308,16 +452,27 @@ void OpenedTag::Run::ad_failed(int code, const std::string& why)
     });
 }
 
-void OpenedTag::Run::ad_ended(const AdOutcome& outcome)
+void OpenedTag::Run::ad_ended(AdOutcome outcome)
 {
     const std::size_t ended = n_++;
+    // Failed without a report of the player: it was never shown.
+    if (outcome.end == AdEnd::Failed && !failure_) {
+        failure_ = outcome.error.value_or("the ad cannot be shown");
+        platform_.emit(event::VastFailed{GeneralError, *failure_});
+        tracking_->send_error(GeneralError);
+    }
+    const bool was_played = tracking_->has_started();
+    if (failure_ && !was_played) {
+        outcome.end = AdEnd::Failed;
+        outcome.error = failure_;
+    }
     outcome_.ads.push_back(outcome);
     opened_.reset();
     tracking_.reset();
     if (options_.observer)
-        call_host("TagObserver", &platform_, [&] { options_.observer->ad_ended(ended, outcome); });
-    if (over_)
-        end();
+        call_host("TagObserver::ad_ended", &platform_, [&] { options_.observer->ad_ended(ended, outcome); });
+    if (failure_ && !was_played)
+        try_spare();
     else
         open_next();
 }
@@ -326,22 +481,40 @@ void OpenedTag::Run::ad_ended(const AdOutcome& outcome)
 
 void OpenedTag::Run::close(ClosedBy closer)
 {
-    if (std::exchange(over_, true))
+    if (over_)
         return;
+    shorten();
     if (opened_)
         return opened_->close(closer);
     resolver_.reset();
     end();
 }
 
+/// The ads that have not begun will not be played.
+void OpenedTag::Run::shorten()
+{
+    over_ = true;
+    for (std::size_t n = n_ + (opened_ ? 1 : 0); n < ads_.size(); ++n) {
+        platform_.emit(event::VastFailed{BreakShortened, ads_[n].ad.path + ": the host ended the break before the ad"});
+        send_errors(ads_[n].ad.errors, BreakShortened);
+    }
+}
+
 void OpenedTag::Run::end()
 {
     over_ = true;
+    if (!outcome_.ads.empty()) {
+        outcome_.error.reset();
+        outcome_.why.clear();
+    }
     platform_.loop().post([weak = weak_from_this()] {
         const auto self = weak.lock();
         if (!self)
             return;
-        if (const OnEnd on_end = std::exchange(self->on_end_, nullptr))
+        const OnEnd on_end = std::exchange(self->on_end_, nullptr);
+        // The host may open the next tag.
+        self->leave();
+        if (on_end)
             call_host("OpenedTag::OnEnd", &self->platform_, [&] { on_end(self->outcome_); });
     });
 }
@@ -350,8 +523,10 @@ void OpenedTag::Run::leave()
 {
     if (!std::exchange(open_, false))
         return;
+    platform_.shared<TagPresence>().is_open = false;
     on_end_ = nullptr;
-    over_ = true;
+    if (!over_)
+        shorten();
     resolver_.reset();
     opened_.reset();
     tracking_.reset();

@@ -23,13 +23,14 @@ namespace QORO_EXPORT qoro
 struct TagOutcome {
     /// Of each ad that was opened, in order.
     std::vector<AdOutcome> ads;
-    /// Without an ad: the standard's error code (VAST 4.3, section 2.3.6).
+    /// When no ad was opened: the standard's error code (VAST 4.3, section 2.3.6). Absent if the host closed the tag.
     std::optional<int> error;
-    /// Without an ad: why, one line.
+    /// With an error: why, one line.
     std::string why;
 };
 
-/// Follows a tag's session. A host overrides what it needs. The rules of AdObserver hold for its calls.
+/// Follows a tag's session. A host overrides what it needs. Its functions are called as events of the platform's loop,
+/// on the platform's thread; they may close and destroy the OpenedTag, after which no call follows, and they may throw.
 class TagObserver
 {
 public:
@@ -37,14 +38,15 @@ public:
     /// An ad of the tag is about to open.
     /// @param ad what the tag says of it; valid during the call
     /// @param n its index, from 0
-    /// @param of number of ads that are planned
+    /// @param of number of ads that are planned; a stand-alone ad that replaces one that has failed adds to it
     virtual void ad_begins(const vast::ResolvedAd& ad, std::size_t n, std::size_t of)
     {
         static_cast<void>(ad);
         static_cast<void>(n);
         static_cast<void>(of);
     }
-    /// An ad of the tag has ended.
+    /// An ad of the tag that was opened has ended.
+    /// @param outcome AdEnd::Failed for an ad that could not be played
     virtual void ad_ended(std::size_t n, const AdOutcome& outcome)
     {
         static_cast<void>(n);
@@ -73,7 +75,11 @@ struct TagOptions {
 /// other, each as an OpenedAd with a controller of its own. At most one at a time on a platform; the platform outlives
 /// it. Only the platform's thread may use it.
 ///
-/// While it exists, it is the platform's event sink and forwards every event to the previous one, if any.
+/// Until its end has been reported, it is the platform's event sink and forwards every event to the previous one, if
+/// any, which must outlive it.
+///
+/// Functions of the host that the options hold may throw: the exception is reported as for OpenedAd, and the kit's own
+/// value takes the place of the result; what permits or can_play cannot say is refused.
 class OpenedTag
 {
 public:
@@ -94,6 +100,7 @@ public:
     static std::string page_address(std::size_t n);
 
     /// Opens a tag.
+    /// @throws std::logic_error while another tag is open on the platform whose end has not been reported
     /// @param host the surroundings of each ad. Its close guard shows its button at the latest after 15 seconds in
     /// which
     ///        the video does not move

@@ -27,6 +27,7 @@ inline constexpr const char* UnsafeConnection = translatable("The connection is 
 inline constexpr const char* ShowControls = translatable("Show the controls");
 inline constexpr const char* FirstOffer = translatable("Learn more");
 inline constexpr const char* SecondOffer = translatable("Learn more, second offer");
+inline constexpr const char* AboutThisAd = translatable("About this ad");
 inline constexpr const char* Video = translatable("Video");
 inline constexpr const char* AdPage = translatable("Page of the ad");
 inline constexpr const char* Loading = translatable("Loading");

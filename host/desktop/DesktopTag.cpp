@@ -74,9 +74,10 @@ std::vector<std::string> addresses_of(const vast::ResolvedAd& resolved)
     const vast::Ad& ad = resolved.ad;
     const vast::Linear& linear = *ad.linear;
     std::vector<std::string> all = ad.impressions;
-    for (const auto* list :
-         {&ad.errors, &ad.viewable.viewable, &ad.viewable.not_viewable, &linear.click_tracking, &linear.custom_click})
+    for (const auto* list : {&ad.errors, &ad.viewable.viewable, &ad.viewable.not_viewable, &ad.viewable.undetermined,
+                             &linear.click_tracking, &linear.custom_click})
         append(all, *list);
+    all.push_back(linear.click_through);
     for (const vast::MediaFile& file : linear.media_files)
         all.push_back(file.address);
     for (const vast::Tracker& tracker : linear.trackers)
@@ -89,11 +90,13 @@ std::vector<std::string> addresses_of(const vast::ResolvedAd& resolved)
     };
     for (const vast::Icon& icon : linear.icons) {
         append_resources(icon.resources);
+        all.push_back(icon.click_through);
         append(all, icon.click_tracking);
         append(all, icon.view_tracking);
     }
     for (const vast::Companion& companion : ad.companions) {
         append_resources(companion.resources);
+        all.push_back(companion.click_through);
         append(all, companion.click_tracking);
         append(all, companion.creative_view);
     }
