@@ -118,6 +118,18 @@ void SessionWatch::note(const event::Requested& request)
         count_tracker(request.url.view());
 }
 
+/// The tag's documents are not known before: a tracker is named by its event, and its address is as sent.
+void SessionWatch::note(const event::VastTracked& request)
+{
+    auto& trackers = summary_.trackers;
+    auto known = std::ranges::find_if(trackers, [&](const TrackerSummary& tracker) {
+        return tracker.kind == request.event.view() && tracker.url == request.url.view();
+    });
+    if (known == trackers.end())
+        known = trackers.insert(known, {std::string(request.event.view()), std::string(request.url.view()), {}});
+    known->sent.push_back(platform_.loop().now_microseconds());
+}
+
 void SessionWatch::note(const event::StepBegun& step)
 {
     if (step.key.view() == "open" && !summary_.opened)
@@ -203,8 +215,6 @@ void SessionWatch::look_later()
 
 void SessionWatch::look()
 {
-    if (!simulation_.session())
-        return;
     if (!summary_.close_button && close_button_is_reachable())
         summary_.close_button = platform_.loop().now_microseconds();
     if (summary_.closed && !summary_.after_close)
@@ -213,24 +223,22 @@ void SessionWatch::look()
 
 bool SessionWatch::close_button_is_reachable() const
 {
-    const auto living = simulation_.session()->living();
+    const auto living = simulation_.living();
     const auto button = living ? living->btnClose.node() : nullptr;
     return button && !button->hidden && hit_test(platform_, placement_on_screen(*button).center) == button;
 }
 
 LeftBehind SessionWatch::left_behind() const
 {
-    if (!simulation_.session())
-        return {};
-    const Session& session = *simulation_.session();
     LeftBehind left;
+    const auto host_window = simulation_.host_window();
     for (const auto& window : platform_.shared<WindowList>().all())
-        left.windows += window != session.host_window().node();
+        left.windows += window != host_window;
     left.requests = platform_.fetcher().pending();
-    const auto living = session.living();
+    const auto living = simulation_.living();
     if (!living)
         return left;
-    left.controller = session.controller() ? LeftBehind::Controller::Held : LeftBehind::Controller::Kept;
+    left.controller = simulation_.holds_controller() ? LeftBehind::Controller::Held : LeftBehind::Controller::Kept;
     left.timers = snapshot_timers(*living).allKeys();
     left.observers = platform_.shared<NSNotificationCenter>().count_of(living.get());
     for (const NSDictionary::Entry& event : living->dicEventListener)

@@ -31,6 +31,7 @@ public:
 
 private:
     void note(const event::Requested& request);
+    void note(const event::VastTracked& request);
     void note(const event::StepBegun& step);
     void note(const event::Released&);
     void note(const event::ExtraViewRemoved&);

@@ -4,6 +4,7 @@
 #include "formats/LogLines.h"
 #include "host/OpenedTag.h"
 #include "simulator/VirtualLoop.h"
+#include "views/ViewNode.h"
 
 #include <random>
 
@@ -39,10 +40,32 @@ void Simulation::run_tag()
     TagOptions options;
     options.clock = [&loop, start = scenario_.host.session] { return start + loop.now(); };
     options.random = [random = std::mt19937()]() mutable { return static_cast<std::uint32_t>(random()); };
-    tag_ = std::make_unique<OpenedTag>(platform_, OpenedTag::Tag{.address = scenario_.tag}, nullptr, scenario_.host,
-                                       options, Rehearsal{scenario_.steps, platform_, nullptr});
+    tag_ = std::make_unique<OpenedTag>(
+        platform_, OpenedTag::Tag{.address = scenario_.tag}, nullptr, scenario_.host, options,
+        Rehearsal{scenario_.steps, platform_, nullptr, 0, [this](const auto& controller) {
+                      tag_controller_ = controller;
+                      // The ad has no window yet.
+                      const auto windows = platform_.shared<WindowList>().all();
+                      tag_window_ = windows.empty() ? nullptr : windows.back();
+                  }});
     if (!scenario_.steps.empty())
         platform_.run_until(scenario_.steps.back().at);
+}
+
+std::shared_ptr<QoroVideoWebViewController> Simulation::living() const
+{
+    return session_ ? session_->living() : tag_controller_.lock();
+}
+
+bool Simulation::holds_controller() const
+{
+    // An ad of a tag is held as long as its host has a window.
+    return session_ ? session_->controller() != nullptr : living() && !tag_window_.expired();
+}
+
+std::shared_ptr<ViewNode> Simulation::host_window() const
+{
+    return session_ ? session_->host_window().node() : tag_window_.lock();
 }
 
 void simulate(const Scenario& scenario, TraceFormat format, const LineSink& sink, const LogSink& log)

@@ -5,6 +5,7 @@
 #include "host/Session.h"
 #include "simulator/SimulatedPlatform.h"
 
+#include <memory>
 #include <string>
 
 namespace qoro
@@ -24,8 +25,12 @@ public:
     /// Sets up the host and the controller, then runs every step; nothing runs after the last one. Set the platform's
     /// event sink before the call.
     void run();
-    /// Null before run(), and for a scenario with a VAST tag.
-    Session* session() { return session_.get(); }
+    /// The controller of the ad that was opened last, while anything retains it; null once destroyed.
+    std::shared_ptr<QoroVideoWebViewController> living() const;
+    /// Whether the host retains that controller.
+    bool holds_controller() const;
+    /// The host's own window; null without one, as between the ads of a tag.
+    std::shared_ptr<ViewNode> host_window() const;
 
 private:
     void run_tag();
@@ -34,6 +39,11 @@ private:
     SimulatedPlatform platform_;
     std::unique_ptr<Session> session_;
     std::unique_ptr<OpenedTag> tag_;
+    /// Of the tag's last ad.
+    /// @{
+    std::weak_ptr<QoroVideoWebViewController> tag_controller_;
+    std::weak_ptr<ViewNode> tag_window_;
+    /// @}
 };
 
 /// Runs a scenario and writes its trace to a sink.

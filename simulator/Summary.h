@@ -15,7 +15,7 @@ namespace qoro
 /// One tracking address of an ad and the times of its requests.
 struct TrackerSummary {
     /// Where the ad names it: "start", "progress 8", "pause", "button 1 click", "heartbeat"; comma-separated if in
-    /// several places. Empty for an address that the ad did not name at the session's start.
+    /// several places. Of a VAST tag, the event. Empty for an address that the ad did not name at the session's start.
     std::string kind;
     /// As in the ad, with its macros; as sent when the ad does not name it.
     std::string url;
