@@ -57,6 +57,18 @@ std::string VideoServer::address(const std::string& path) const
     return "http://127.0.0.1:" + std::to_string(port_) + path;
 }
 
+void VideoServer::serve_others(Answer answer)
+{
+    std::scoped_lock lock(mutex_);
+    others_ = std::move(answer);
+}
+
+std::vector<std::string> VideoServer::paths()
+{
+    std::scoped_lock lock(mutex_);
+    return paths_;
+}
+
 void VideoServer::release()
 {
     std::scoped_lock lock(mutex_);
@@ -111,12 +123,13 @@ void VideoServer::talk(int connection)
     const std::string path = request.substr(path_at, request.find(' ', path_at) - path_at);
     Answer answer;
     std::unique_lock lock(mutex_);
+    paths_.push_back(path);
     if (const auto found = answers_.find(path); found != answers_.end()) {
         answer = found->second.front();
         if (found->second.size() > 1)
             found->second.erase(found->second.begin());
     } else {
-        answer.status = 404;
+        answer = others_;
     }
     if (answer.resets) {
         const linger at_once{.l_onoff = 1, .l_linger = 0};

@@ -47,11 +47,15 @@ public:
     void serve(const std::string& path, Answer answer);
     /// Gives each request for the path the next answer; the last answer repeats.
     void serve_in_turn(const std::string& path, std::vector<Answer> answers);
+    /// Answers all other paths, which otherwise get status 404.
+    void serve_others(Answer answer);
     std::string address(const std::string& path) const;
     /// Resumes all answers that are held at `holds_at`, and holds no further ones.
     void release();
     /// The number of requests so far, for all paths.
     int requests() const { return requests_; }
+    /// The paths of all requests so far, with their queries, oldest first.
+    std::vector<std::string> paths();
 
 private:
     void accept_all();
@@ -65,6 +69,8 @@ private:
     std::condition_variable changed_;
     /// The remaining answers by path.
     std::map<std::string, std::vector<Answer>> answers_;
+    Answer others_{.status = 404};
+    std::vector<std::string> paths_;
     std::set<int> connections_;
     int talking_ = 0;
     bool released_ = false;
