@@ -67,8 +67,9 @@ endmacro()
 
 # The simulator needs nothing more than the controller: they are one library.
 qoro_install_library(Controller qoro-video-ad
-    qoro_platform qoro_json qoro_views qoro_kit qoro_controller qoro_formats qoro_host qoro_simulator)
+    qoro_platform qoro_json qoro_views qoro_kit qoro_controller qoro_formats qoro_host qoro_simulator qoro_vast)
 qoro_find(QORO_LIBMD libmd)
+qoro_find(QORO_PUGIXML pugixml)
 target_link_libraries(qoro-video-ad PRIVATE ${QORO_MODULE_TARGETS})
 qoro_install_pkg_config(qoro-video-ad "Full-screen video ads" "" "${QORO_MODULES}")
 add_library(qoro_package_simulator INTERFACE)

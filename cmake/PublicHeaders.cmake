@@ -12,6 +12,13 @@ set(QORO_PUBLIC_CONTROLLER
     host/AdObserver.h
     host/AdOutcome.h
     host/OpenedAd.h
+    # The same for a VAST tag.
+    host/OpenedTag.h
+    vast/Macros.h
+    vast/MediaChoice.h
+    vast/Model.h
+    vast/Reader.h
+    vast/Resolver.h
     kit/Accessible.h
     kit/CloseGuardTimes.h
     kit/Consent.h
@@ -45,12 +52,13 @@ set(QORO_PUBLIC_DESKTOP
     desktop/screen/Toolkit.h
     desktop/web/WebSandbox.h
     host/desktop/Desktop.h
+    host/desktop/DesktopTag.h
     host/desktop/Preload.h
     host/desktop/ServedAd.h)
 
-# qoro_public_name(HEADER VARIABLE): the name behind qoro/. The ports and the views keep their folder.
+# qoro_public_name(HEADER VARIABLE): the name behind qoro/. The ports, VAST and the views keep their folder.
 function(qoro_public_name header variable)
-    if(NOT header MATCHES "^(platform|views)/")
+    if(NOT header MATCHES "^(platform|vast|views)/")
         get_filename_component(header ${header} NAME)
     endif()
     set(${variable} ${header} PARENT_SCOPE)

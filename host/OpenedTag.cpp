@@ -2,10 +2,12 @@
 
 #include "formats/AdFile.h"
 #include "host/OpenedAd.h"
+#include "host/Rehearsal.h"
 #include "host/TagPresence.h"
 #include "host/TagTracking.h"
 #include "kit/NetworkZone.h"
 #include "kit/ScreenTexts.h"
+#include "platform/AddressParts.h"
 #include "platform/HostCall.h"
 #include "platform/QoroAdManager.h"
 #include "vast/AdDescription.h"
@@ -87,6 +89,28 @@ public:
 private:
     TagPresence& presence_;
 };
+
+/// The host that names the page's network zone: what the page may reach is what the least inward of the ad's documents
+/// may. A public page has a host in a domain without servers (RFC 2606, section 2).
+std::string page_host(const vast::ResolvedAd& ad)
+{
+    std::string_view host = "vast.localhost"; // a document that is a file may reach everything
+    NetworkZone zone = NetworkZone::Machine;
+    for (const std::string& document : ad.documents) {
+        if (document.empty() || zone_named_by(document) > zone)
+            continue;
+        zone = zone_named_by(document);
+        host = AddressParts(document).host();
+    }
+    return zone == NetworkZone::Public ? "vast.invalid" : std::string(host);
+}
+
+/// Address of the page that the kit makes for an ad; no server is asked for it. Not https, so that the page may show
+/// pictures of http servers.
+std::string page_address(const vast::ResolvedAd& ad, std::size_t n)
+{
+    return "http://" + page_host(ad) + "/vast-page-" + std::to_string(n) + ".html";
+}
 
 } // namespace
 
@@ -359,7 +383,7 @@ void OpenedTag::Run::open(vast::ResolvedAd resolved)
     if (over_)
         return;
 
-    const vast::Surroundings surroundings{.page = page_address(n_),
+    const vast::Surroundings surroundings{.page = page_address(resolved, n_),
                                           .button = platform_.translation().translate(screen_texts::FirstOffer),
                                           .closes_at_end = n_ + 1 < ads_.size()};
     platform_.dispatch(
@@ -535,12 +559,6 @@ void OpenedTag::Run::leave()
 }
 
 // ---------------------------------------------------------------------------------------------------------- OpenedTag
-
-/// In a domain without servers (RFC 2606, section 2). Not https, so that the page may show pictures of http servers.
-std::string OpenedTag::page_address(std::size_t n)
-{
-    return "http://vast.invalid/" + std::to_string(n) + ".html";
-}
 
 OpenedTag::OpenedTag(Platform& platform, const Tag& tag, OnEnd on_end, HostSetup host, TagOptions options)
     : run_(std::make_shared<Run>(platform, std::move(on_end), std::move(host), std::move(options)))

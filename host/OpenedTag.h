@@ -2,7 +2,6 @@
 
 #include "formats/HostSetup.h"
 #include "host/AdOutcome.h"
-#include "host/Rehearsal.h"
 #include "platform/Export.h"
 #include "platform/Platform.h"
 #include "vast/Macros.h"
@@ -18,6 +17,8 @@
 
 namespace QORO_EXPORT qoro
 {
+
+struct Rehearsal;
 
 /// How a tag's session ended.
 struct TagOutcome {
@@ -94,10 +95,6 @@ public:
         /// The document; absent: it is fetched.
         std::optional<std::string> text = {};
     };
-
-    /// Address of the page that the kit makes for an ad, which no server has.
-    /// @param n index of the ad
-    static std::string page_address(std::size_t n);
 
     /// Opens a tag.
     /// @throws std::logic_error while another tag is open on the platform whose end has not been reported

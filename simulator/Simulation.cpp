@@ -3,6 +3,7 @@
 #include "formats/AdFile.h"
 #include "formats/LogLines.h"
 #include "host/OpenedTag.h"
+#include "host/Rehearsal.h"
 #include "simulator/VirtualLoop.h"
 #include "views/ViewNode.h"
 

@@ -83,7 +83,6 @@ constexpr std::string_view Style = R"(
   html, body { margin: 0; height: 100%; background: #000; color: #fff; font: 17px/1.4 Arial, sans-serif; }
   body { display: flex; flex-direction: column; align-items: center; justify-content: center; gap: 16px; }
   img { max-width: 100%; max-height: 100%; object-fit: contain; }
-  iframe { flex: 1; width: 100%; border: 0; }
   a { display: contents; cursor: pointer; }
   h1 { margin: 0 16px; font-size: 22px; text-align: center; }
   p { margin: 0 16px; color: #ccc; text-align: center; }
@@ -154,9 +153,6 @@ std::string companion_page(const Companion& companion, const Resource& resource,
     if (resource.kind == Resource::Kind::Html)
         return html_page(companion, resource.text, heading, surroundings);
     const std::string address = escaped(requestable(resource.text));
-    if (resource.kind == Resource::Kind::Frame)
-        return whole_page(surroundings.language, heading,
-                          "<iframe src=\"" + address + "\" title=\"" + escaped(heading) + "\"></iframe>\n");
     std::string picture = "<img src=\"" + address + "\" alt=\"" +
                           escaped(companion.alternative_text.empty() ? heading : companion.alternative_text) + "\">";
     if (!companion.click_through.empty())
@@ -180,6 +176,16 @@ std::string end_card(const Ad& ad, const Surroundings& surroundings)
 std::string_view parent_of(std::string_view path)
 {
     return path.substr(0, std::min(path.rfind('/'), path.size()));
+}
+
+/// The frame that takes the place of the page; null unless the chosen companion is one.
+const Resource* frame_of(const Ad& ad)
+{
+    const CompanionChoice choice = choose_companion(ad.companions);
+    if (!choice.chosen)
+        return nullptr;
+    const Resource& resource = ad.companions[*choice.chosen].resources[choice.resource];
+    return resource.kind == Resource::Kind::Frame ? &resource : nullptr;
 }
 
 /// Whole seconds after which the viewer may skip; absent when that is at the end only.
@@ -298,9 +304,10 @@ std::string ad_description(const ResolvedAd& resolved, const Surroundings& surro
     const MediaFile& file = linear.media_files[*resolved.media.chosen];
     const bool has_size = file.width.value_or(0) > 0 && file.height.value_or(0) > 0;
     const std::optional<int> skip = skip_seconds(linear);
+    const Resource* const frame = frame_of(ad);
     Json json{{"adType", "VIDEO_EX"},
               {"strVideoUrl", requestable(file.address)},
-              {"strWebViewUrl", surroundings.page},
+              {"strWebViewUrl", frame ? requestable(frame->text) : surroundings.page},
               {"fVideoWidth", has_size ? *file.width : 16},
               {"fVideoHeight", has_size ? *file.height : 9},
               {"portraitModeType", "VIDEO_AND_WEBVIEW"},
@@ -335,7 +342,7 @@ std::string ad_page(const ResolvedAd& resolved, const Surroundings& surroundings
 {
     const Ad& ad = resolved.ad;
     const CompanionChoice choice = choose_companion(ad.companions);
-    if (!choice.chosen)
+    if (!choice.chosen || frame_of(ad))
         return end_card(ad, surroundings);
     const Companion& companion = ad.companions[*choice.chosen];
     return companion_page(companion, companion.resources[choice.resource], ad.title, surroundings);

@@ -43,7 +43,7 @@ void replace_addresses(ResolvedAd& ad, const std::function<std::string(const std
 
 /// Texts and addresses that a description needs beyond the VAST document.
 struct Surroundings {
-    /// Address of the page.
+    /// Address of the page; unused where the companion is a frame, which is a page of its own.
     std::string page;
     /// Title of the action button and of the end card's button.
     std::string button = "Learn more";
@@ -57,7 +57,8 @@ struct Surroundings {
 std::string ad_description(const ResolvedAd& ad, const Surroundings& surroundings);
 
 /// The page: the chosen companion, or else an end card with title, advertiser and a button. Clicks pass through
-/// mraid.open(), also those on links of an HTML companion; a frame is a page of its own, whose clicks are unknown.
+/// mraid.open(), also those on links of an HTML companion. The end card as well where the companion is a frame: the ad's
+/// page is the frame's document itself, because a page's frames load nothing.
 std::string ad_page(const ResolvedAd& ad, const Surroundings& surroundings);
 
 } // namespace qoro::vast

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "vast/Model.h"
 
 #include <cstdint>
@@ -12,7 +13,10 @@
 // The macros in a VAST document's addresses (IAB Tech Lab, VAST 4.3, section 6, and its list of macros, as far as the
 // list assigns them to 4.x).
 
-namespace qoro::vast
+namespace QORO_EXPORT qoro
+{
+
+namespace vast
 {
 
 /// What an address is requested for. The standard limits some macros to some kinds; elsewhere they have the value -1.
@@ -251,4 +255,6 @@ void expand(std::string_view address, const MacroValues& values, std::string& ou
 /// All names, without brackets, in the standard's order.
 std::vector<std::string_view> macro_names();
 
-} // namespace qoro::vast
+} // namespace vast
+
+} // namespace qoro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "vast/Model.h"
 
 #include <cstddef>
@@ -7,7 +8,10 @@
 #include <string>
 #include <vector>
 
-namespace qoro::vast
+namespace QORO_EXPORT qoro
+{
+
+namespace vast
 {
 
 /// What a platform can decode.
@@ -50,4 +54,6 @@ struct MediaChoice {
 /// size comes last.
 MediaChoice choose_media(const std::vector<MediaFile>& files, const MediaSupport& support, const Band& band);
 
-} // namespace qoro::vast
+} // namespace vast
+
+} // namespace qoro

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/Export.h"
+
 #include <optional>
 #include <string>
 #include <vector>
@@ -7,7 +9,10 @@
 // A VAST document as data (IAB Tech Lab, Digital Video Ad Serving Template 2.0 to 4.3), read but not interpreted. Texts
 // have no surrounding blanks; addresses keep their macros. Times are seconds.
 
-namespace qoro::vast
+namespace QORO_EXPORT qoro
+{
+
+namespace vast
 {
 
 /// Something of a document that has no effect.
@@ -220,4 +225,6 @@ struct Document {
     std::vector<Ignored> ignored = {};
 };
 
-} // namespace qoro::vast
+} // namespace vast
+
+} // namespace qoro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "vast/Model.h"
 
 #include <cstddef>
@@ -7,7 +8,10 @@
 #include <string>
 #include <string_view>
 
-namespace qoro::vast
+namespace QORO_EXPORT qoro
+{
+
+namespace vast
 {
 
 /// Limits of a document; a document beyond one of them is refused.
@@ -32,4 +36,6 @@ struct DocumentError : std::runtime_error {
 /// @throws DocumentError
 Document read_document(std::string_view bytes, const DocumentLimits& limits = {});
 
-} // namespace qoro::vast
+} // namespace vast
+
+} // namespace qoro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/Export.h"
 #include "platform/Ports.h"
 #include "vast/MediaChoice.h"
 #include "vast/Model.h"
@@ -11,7 +12,10 @@
 #include <string>
 #include <vector>
 
-namespace qoro::vast
+namespace QORO_EXPORT qoro
+{
+
+namespace vast
 {
 
 /// A wrapper's onward address that was followed.
@@ -129,4 +133,6 @@ private:
     std::vector<std::shared_ptr<Run>> runs_;
 };
 
-} // namespace qoro::vast
+} // namespace vast
+
+} // namespace qoro

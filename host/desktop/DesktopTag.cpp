@@ -140,11 +140,8 @@ TagOptions DesktopTag::options(TagOptions options)
 
 void DesktopTag::ad_begins(const vast::ResolvedAd& ad, std::size_t n, std::size_t of)
 {
-    if (std::ranges::all_of(ad.documents, is_of_this_machine)) {
+    if (std::ranges::all_of(ad.documents, is_of_this_machine))
         hosts_->named.emplace_back(addresses_of(ad));
-        // The ad's page may show what the ad names.
-        note_page(*HttpAddress::parse(OpenedTag::page_address(n)), NetworkZone::Machine);
-    }
     if (next_)
         next_->ad_begins(ad, n, of);
 }

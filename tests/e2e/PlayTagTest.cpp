@@ -283,6 +283,6 @@ TEST_P(InBoth, ATagHasTheSameTrackersInTheSameOrder)
 }
 
 INSTANTIATE_TEST_SUITE_P(PlayTag, InBoth, testing::ValuesIn(sessions()),
-                         [](const auto& info) { return std::string(info.param.name); });
+                         [](const auto& each) { return std::string(each.param.name); });
 
 } // namespace qoro::test

@@ -1,4 +1,5 @@
 #include "host/OpenedTag.h"
+#include "host/Rehearsal.h"
 
 #include "host/OpenedAd.h"
 #include "simulator/SimulatedPlatform.h"

@@ -174,12 +174,13 @@ TEST(AdPage, APieceOfHtmlIsPutIntoAPage)
     EXPECT_THAT(ad_page(resolved, Around), HasSubstr("<body>\n<header>Tea</header>"));
 }
 
-TEST(AdPage, AFrameFillsThePage)
+/// The page's own frames load nothing.
+TEST(AdPage, AFrameIsThePage)
 {
     ResolvedAd resolved = playable();
     resolved.ad.companions.push_back(companion("none", {{Resource::Kind::Frame, "http://f/?a&b"}}));
 
-    EXPECT_THAT(ad_page(resolved, Around), HasSubstr("<iframe src=\"http://f/?a&amp;b\""));
+    EXPECT_THAT(ad_description(resolved, Around), HasSubstr("\"strWebViewUrl\": \"http://f/?a&b\""));
 }
 
 // ------------------------------------------------------------------------------------------------------ the companion

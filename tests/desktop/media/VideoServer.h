@@ -69,7 +69,7 @@ private:
     std::condition_variable changed_;
     /// The remaining answers by path.
     std::map<std::string, std::vector<Answer>> answers_;
-    Answer others_{.status = 404};
+    Answer others_{.body = {}, .status = 404};
     std::vector<std::string> paths_;
     std::set<int> connections_;
     int talking_ = 0;
