@@ -114,13 +114,13 @@ void add_trackers(nlohmann::ordered_json& ad, AdFiles& files, const vast::Linear
         if (tracker.address.empty())
             continue;
         const auto* const list = std::ranges::find(TrackingLists, tracker.event, &TrackingList::event);
-        const auto seconds = tracker.offset ? tracker.offset->seconds(linear.duration) : std::nullopt;
+        const double seconds = tracker.offset ? tracker.offset->seconds(linear.duration).value_or(NAN) : NAN;
         if (std::ranges::find(Milestones, tracker.event) != Milestones.end())
             ad["dicTrackingUrls"][tracker.event].push_back(tracker.address);
         else if (list != TrackingLists.end())
             ad[list->property].push_back(tracker.address);
-        else if (seconds && *seconds == std::floor(*seconds))
-            ad["dicProgressTrackingUrls"][std::to_string(static_cast<int>(*seconds))].push_back(tracker.address);
+        else if (seconds == std::floor(seconds))
+            ad["dicProgressTrackingUrls"][std::to_string(static_cast<int>(seconds))].push_back(tracker.address);
         else
             leave_out(files, tracker.event, {tracker.address});
     }

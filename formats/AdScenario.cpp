@@ -207,20 +207,48 @@ private:
 
     /// Those of the file, from the opening of the ad to the end of the video at the earliest; or a viewer who watches
     /// to the end and closes the ad.
-    Json steps() const
+    Json steps()
     {
         if (parts_.steps_file.empty())
             return {
                 {{"open", 0}}, {{"at", end_}, {"tap", "btnClose"}}, {{"at", end_ + ReleaseAfter}, {"release", true}}};
         const std::string text = read_input_file(parts_.steps_file);
-        const std::vector<Step> read = read_steps(text, parts_.steps_file, true);
-        Json steps = detail::parse_json(text, parts_.steps_file);
+        Json steps = without_selectors(detail::parse_json(text, parts_.steps_file));
+        const std::vector<Step> read = read_steps(steps.dump(), parts_.steps_file, true);
         if (std::ranges::find(read, "open", &Step::key) == read.end())
             steps.insert(steps.begin(), Json{{"open", 0}});
         // Only steps let time pass.
         if (read.empty() || read.back().at < end_)
             steps.push_back({{"at", end_}, {"device", Json::object()}});
         return steps;
+    }
+
+    /// The steps without those that touch an element of the page, because scripts and elements are not simulated. The
+    /// others keep their times.
+    Json without_selectors(const Json& steps)
+    {
+        if (!steps.is_array())
+            return steps;
+        Json rest = Json::array();
+        Json at;
+        for (std::size_t n = 0; n < steps.size(); ++n) {
+            Json step = steps[n];
+            if (!step.is_object()) {
+                rest.push_back(step);
+                continue;
+            }
+            at = step.value("at", at);
+            if (step.contains("touch") && step["touch"].is_object() && step["touch"].contains("selector")) {
+                const std::string path = "/" + std::to_string(n) + "/touch";
+                const char* const why = "left out: the simulated page has no elements";
+                made_.remarks.emplace_back(InputError(parts_.steps_file, path, why).what());
+                continue;
+            }
+            if (!at.is_null())
+                step["at"] = at;
+            rest.push_back(step);
+        }
+        return rest;
     }
 
     const AdScenarioParts& parts_;

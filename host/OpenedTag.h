@@ -47,6 +47,7 @@ public:
         static_cast<void>(of);
     }
     /// An ad of the tag that was opened has ended.
+    /// @param n its index, from 0
     /// @param outcome AdEnd::Failed for an ad that could not be played
     virtual void ad_ended(std::size_t n, const AdOutcome& outcome)
     {
@@ -97,10 +98,14 @@ public:
     };
 
     /// Opens a tag.
-    /// @throws std::logic_error while another tag is open on the platform whose end has not been reported
+    /// @param platform the platform that shows its ads
+    /// @param tag where the tag is, or what it is
+    /// @param on_end called once with the outcome; may be empty
     /// @param host the surroundings of each ad. Its close guard shows its button at the latest after 15 seconds in
     /// which
     ///        the video does not move
+    /// @param options how the tag is resolved
+    /// @throws std::logic_error while another tag is open on the platform whose end has not been reported
     /// @throws vast::DocumentError for a document that is given and is no VAST document
     OpenedTag(Platform& platform, const Tag& tag, OnEnd on_end, HostSetup host = {}, TagOptions options = {});
     /// Opens a tag and performs steps, for programs that test ads. The first OpenStep opens the first ad, once it is

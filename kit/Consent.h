@@ -25,6 +25,7 @@ struct ConsentStrings {
     std::optional<std::string> gpp = {};
     /// Identifiers of the GPP sections that apply to the viewer.
     std::vector<std::int64_t> gpp_sections = {};
+    /// Whether all members are equal.
     friend bool operator==(const ConsentStrings&, const ConsentStrings&) = default;
 };
 

@@ -57,8 +57,8 @@ struct Surroundings {
 std::string ad_description(const ResolvedAd& ad, const Surroundings& surroundings);
 
 /// The page: the chosen companion, or else an end card with title, advertiser and a button. Clicks pass through
-/// mraid.open(), also those on links of an HTML companion. The end card as well where the companion is a frame: the ad's
-/// page is the frame's document itself, because a page's frames load nothing.
+/// mraid.open(), also those on links of an HTML companion. The end card as well where the companion is a frame: the
+/// ad's page is the frame's document itself, because a page's frames load nothing.
 std::string ad_page(const ResolvedAd& ad, const Surroundings& surroundings);
 
 } // namespace qoro::vast

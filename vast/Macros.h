@@ -35,11 +35,15 @@ enum class AddressKind {
 
 /// What the viewer (skip, mute, fullscreen) and the player can do.
 struct PlayerAbilities {
+    /// The viewer can skip.
     bool skip = false;
+    /// The viewer can mute.
     bool mute = false;
     /// With sound.
     bool autoplay = false;
+    /// Without sound.
     bool muted_autoplay = false;
+    /// The viewer can fill the screen.
     bool fullscreen = false;
     /// Shows the document's icons.
     bool icon = false;
@@ -47,15 +51,19 @@ struct PlayerAbilities {
 
 /// The player's present state.
 struct PlayerState {
+    /// Without sound.
     bool muted = false;
+    /// Fills the screen.
     bool fullscreen = false;
 };
 
 /// How the ad is offered.
 struct InventoryState {
+    /// The viewer may skip the ad.
     bool skippable = false;
     /// With sound.
     bool autoplayed = false;
+    /// It started by itself, without sound.
     bool muted_autoplayed = false;
     /// The viewer has chosen to see the ad.
     bool opt_in = false;
@@ -66,6 +74,7 @@ struct InventoryState {
 struct MacroValues {
     /// Changes with every request. The error, the reason and the click have groups of their own in the standard.
     struct Request {
+        /// What the address is requested for.
         AddressKind kind = AddressKind::Tracking;
         /// [TIMESTAMP]: seconds since 1970-01-01 UTC. A time outside the years 0 to 9999 is unknown.
         std::optional<double> time = {};
@@ -101,7 +110,7 @@ struct MacroValues {
         std::optional<std::string> transaction_id = {};
         /// [PLACEMENTTYPE]: AdCOM's list "Placement Subtypes - Video".
         std::optional<int> placement_type = {};
-        /// [ADTYPE]: "video", "audio" or "hybrid".
+        /// The macro [ADTYPE]: "video", "audio" or "hybrid".
         std::optional<std::string> ad_type = {};
         /// [UNIVERSALADID]. An ad without one: -1. An identifier without a registry belongs to the registry "unknown".
         std::vector<UniversalAdId> universal_ad_ids = {};
@@ -158,6 +167,7 @@ struct MacroValues {
 
     /// What the player can do.
     struct Capabilities {
+        /// Their type.
         using Abilities = PlayerAbilities;
         /// [VASTVERSIONS]: AdCOM's list "Creative Subtypes".
         std::optional<std::vector<int>> vast_versions = {};
@@ -167,7 +177,7 @@ struct MacroValues {
         std::optional<std::vector<std::string>> extensions = {};
         /// [VERIFICATIONVENDORS].
         std::optional<std::vector<std::string>> verification_vendors = {};
-        /// [OMIDPARTNER]: "name/version".
+        /// The macro [OMIDPARTNER]: "name/version".
         std::optional<std::string> omid_partner = {};
         /// [MEDIAMIME].
         std::optional<std::vector<std::string>> media_types = {};
@@ -179,7 +189,9 @@ struct MacroValues {
 
     /// The player and what it plays.
     struct Player {
+        /// Its type.
         using State = PlayerState;
+        /// Its type.
         using Inventory = InventoryState;
         /// [PLAYERSTATE].
         std::optional<PlayerState> state = {};
@@ -226,12 +238,19 @@ struct MacroValues {
         std::optional<std::vector<int>> gpp_section_ids = {};
     };
 
+    /// Of one request.
     Request request = {};
+    /// Of the ad.
     AdBreak ad_break = {};
+    /// Of the device.
     Client client = {};
+    /// Of the application.
     Publisher publisher = {};
+    /// Of the player in general.
     Capabilities capabilities = {};
+    /// Of the player now.
     Player player = {};
+    /// Of the viewer.
     Regulation regulation = {};
 };
 

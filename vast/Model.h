@@ -23,6 +23,7 @@ struct Ignored {
     std::string why = {};
     /// XPath of the element.
     std::string path = {};
+    /// Whether all members are equal.
     friend bool operator==(const Ignored&, const Ignored&) = default;
 };
 
@@ -30,10 +31,12 @@ struct Ignored {
 struct Offset {
     /// Seconds, or percent.
     double value = 0;
+    /// Whether the value is percent.
     bool percent = false;
     /// @param duration of the video in seconds; absent while it is unknown
     /// @return seconds; absent for a part of an unknown duration
     std::optional<double> seconds(const std::optional<double>& duration) const;
+    /// Whether all members are equal.
     friend bool operator==(const Offset&, const Offset&) = default;
 };
 
@@ -49,11 +52,15 @@ struct Tracker {
 
 /// A file of the video.
 struct MediaFile {
+    /// Of the file.
     std::string address = {};
     /// MIME type; empty when absent, as all texts here.
     std::string type = {};
+    /// "progressive" or "streaming".
     std::string delivery = {};
+    /// RFC 6381, or a name.
     std::string codec = {};
+    /// Of an interactive file.
     std::string api_framework = {};
     /// Pixels.
     /// @{
@@ -70,6 +77,7 @@ struct MediaFile {
 
 /// What a companion or an icon shows.
 struct Resource {
+    /// What a resource is.
     enum class Kind {
         /// The address of a picture.
         Static,
@@ -78,6 +86,7 @@ struct Resource {
         /// The address of a page.
         Frame,
     };
+    /// What the text is.
     Kind kind = Kind::Static;
     /// The address, or the HTML.
     std::string text = {};
@@ -87,6 +96,7 @@ struct Resource {
 
 /// A picture or page beside the video (VAST 4.3, section 3.16).
 struct Companion {
+    /// Empty when absent.
     std::string id = {};
     /// Pixels.
     /// @{
@@ -95,11 +105,15 @@ struct Companion {
     /// @}
     /// Of the CompanionAds around it: "all", "any", "none", or absent.
     std::optional<std::string> required = {};
+    /// What it shows: one of them.
     std::vector<Resource> resources = {};
+    /// For viewers who do not see it; empty when absent.
     std::string alternative_text = {};
     /// Empty without one.
     std::string click_through = {};
+    /// Requested when the viewer follows it.
     std::vector<std::string> click_tracking = {};
+    /// Requested when it is shown.
     std::vector<std::string> creative_view = {};
     /// XPath of the element.
     std::string path = {};
@@ -123,28 +137,39 @@ struct Icon {
     std::optional<double> offset = {};
     /// Seconds; absent: to the end.
     std::optional<double> duration = {};
+    /// What it shows: one of them.
     std::vector<Resource> resources = {};
+    /// Empty without one.
     std::string click_through = {};
+    /// Requested when the viewer follows it.
     std::vector<std::string> click_tracking = {};
+    /// Requested when it is shown.
     std::vector<std::string> view_tracking = {};
 };
 
 /// Code that would measure the ad (VAST 4.3, section 3.17). Never executed here.
 struct Verification {
+    /// Empty when absent.
     std::string vendor = {};
+    /// Requested with [REASON], because it is not executed.
     std::vector<std::string> not_executed = {};
 };
 
 /// Requested when the ad has been seen, or not (VAST 4.3, section 3.10).
 struct Viewable {
+    /// It has been seen.
     std::vector<std::string> viewable = {};
+    /// It has not been seen.
     std::vector<std::string> not_viewable = {};
+    /// It is not known.
     std::vector<std::string> undetermined = {};
 };
 
 /// Identifies the creative.
 struct UniversalAdId {
+    /// Its registry; empty when absent.
     std::string registry = {};
+    /// The identifier.
     std::string value = {};
 };
 
@@ -152,7 +177,9 @@ struct UniversalAdId {
 struct Category {
     /// Empty when absent.
     std::string authority = {};
+    /// The category's code in that list.
     std::string code = {};
+    /// Whether all members are equal.
     friend bool operator==(const Category&, const Category&) = default;
 };
 
@@ -160,20 +187,29 @@ struct Category {
 struct Linear {
     /// Seconds; absent when it is missing or malformed.
     std::optional<double> duration = {};
+    /// When the viewer may skip; absent: never.
     std::optional<Offset> skip_offset = {};
+    /// The video, in several encodings.
     std::vector<MediaFile> media_files = {};
+    /// In document order.
     std::vector<Tracker> trackers = {};
     /// Empty without one.
     std::string click_through = {};
+    /// Requested when the viewer follows click_through.
     std::vector<std::string> click_tracking = {};
+    /// Requested for taps that lead nowhere.
     std::vector<std::string> custom_click = {};
+    /// In document order.
     std::vector<Icon> icons = {};
 };
 
 /// Where a wrapper leads (VAST 4.3, section 3.19).
 struct Onward {
+    /// Of the next document.
     std::string address = {};
+    /// Whether that may be a wrapper.
     bool follow_additional_wrappers = true;
+    /// Whether more than one ad of it may play.
     bool allow_multiple_ads = false;
     /// Absent when the document does not say.
     std::optional<bool> fallback_on_no_ad = {};
@@ -181,6 +217,7 @@ struct Onward {
 
 /// An ad, or a wrapper of ads.
 struct Ad {
+    /// Empty when absent.
     std::string id = {};
     /// Position in the pod; absent for a stand-alone ad.
     std::optional<int> sequence = {};
@@ -198,17 +235,25 @@ struct Ad {
     std::string advertiser = {};
     std::string serving_id = {};
     /// @}
+    /// What the ad is about.
     std::vector<Category> categories = {};
     /// What a wrapper refuses.
     std::vector<Category> blocked_categories = {};
+    /// Of all its creatives.
     std::vector<UniversalAdId> universal_ad_ids = {};
+    /// Requested when the ad is on the screen.
     std::vector<std::string> impressions = {};
+    /// Requested with [ERRORCODE] when the ad fails.
     std::vector<std::string> errors = {};
+    /// Requested when the ad has been seen, or not.
     Viewable viewable = {};
     /// Absent without a linear creative.
     std::optional<Linear> linear = {};
+    /// Of all its creatives.
     std::vector<Companion> companions = {};
+    /// Code that would measure the ad.
     std::vector<Verification> verifications = {};
+    /// What of the ad has no effect.
     std::vector<Ignored> ignored = {};
     /// XPath of the element.
     std::string path = {};
@@ -218,6 +263,7 @@ struct Ad {
 struct Document {
     /// As the document gives it, such as "4.2".
     std::string version = {};
+    /// In document order.
     std::vector<Ad> ads = {};
     /// Requested when the document has no ad (VAST 4.3, section 3.2.1).
     std::vector<std::string> errors = {};

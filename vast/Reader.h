@@ -16,15 +16,19 @@ namespace vast
 
 /// Limits of a document; a document beyond one of them is refused.
 struct DocumentLimits {
+    /// Length of the text.
     std::size_t bytes = std::size_t{5} << 20U;
     /// Levels of elements.
     int depth = 64;
+    /// Number of elements, the root included.
     int elements = 10000;
 };
 
 /// A text is no VAST document that can be used. The text is one line: the place (line and column, or the XPath) and
 /// what was expected.
 struct DocumentError : std::runtime_error {
+    /// @param vast_code see code
+    /// @param line the text
     DocumentError(int vast_code, const std::string& line) : std::runtime_error(line), code(vast_code) {}
     /// The standard's code (VAST 4.3, section 2.3.6): 100 not XML, 101 not VAST, 102 a version that is not supported.
     int code;

@@ -32,6 +32,7 @@ struct Hop {
 struct ResolvedAd {
     /// Trackers and the like: first the inline ad's, then each wrapper's, from the innermost to the outermost.
     Ad ad;
+    /// Which of its media files plays.
     MediaChoice media;
     /// Number of wrappers around it.
     int wrappers = 0;
@@ -90,6 +91,7 @@ struct ResolverOptions {
     double time_out = 5;
     /// For all documents of the tag.
     double whole_time_out = 10;
+    /// Decides on the media file.
     Band band = {};
     /// Expands the macros of an address that is about to be requested. May be empty.
     std::function<std::string(const std::string&)> expand = {};
@@ -108,6 +110,7 @@ public:
     /// Called once, as an event of the loop.
     using Done = std::function<void(Resolution)>;
 
+    /// See ResolverOptions for how it resolves.
     Resolver(Fetcher& fetcher, MainLoop& loop, const MediaSupport& support, ResolverOptions options = {});
     ~Resolver();
     Resolver(const Resolver&) = delete;
@@ -117,6 +120,8 @@ public:
     /// 303. A response that is no VAST document is an error, too.
     void resolve(const std::string& address, Done done);
     /// Resolves a tag from its text.
+    /// @param text the document
+    /// @param done as for resolve()
     /// @param address where the text is from; empty when it is from no server
     /// @throws DocumentError before anything is requested
     void resolve_text(const std::string& text, const std::string& address, Done done);

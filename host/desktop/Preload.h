@@ -45,6 +45,8 @@ public:
     using OnDone = std::function<void(const std::string& error)>;
 
     /// Starts at once.
+    /// @param desktop the desktop that will show the ad
+    /// @param options limits, and the report of progress
     /// @param ad not changed and not kept
     /// @param on_done called once as an event of its own, unless the ad has taken the video over before, or the preload
     ///        was cancelled; may destroy this object and open the ad; may be empty

@@ -237,9 +237,7 @@
             ? send('playNextVideo', [record])
             : reject(new Error('The next video is a record.')),
         // whether the address differs from that of the current video
-        checkCanPlayNextVideo: address => typeof address === 'string'
-            ? send('checkCanPlayNextVideo', [address])
-            : reject(new Error('An address is a text.')),
+        checkCanPlayNextVideo: address => send('checkCanPlayNextVideo', [address]),
         cancelPrePauseLocations: () => send('cancelPrePauseLocations', []),
 
         // where the ad's controls lie over the page, in CSS pixels: [{name, x, y, width, height, visible, hittable}, …]

@@ -1,6 +1,7 @@
 #include "Places.h"
 #include "simulator/Simulation.h"
 #include "tests/desktop/media/VideoServer.h"
+#include "tests/e2e/DemoAd.h"
 #include "tests/e2e/PlayedAd.h"
 #include "tests/support/TagRun.h"
 
@@ -159,7 +160,10 @@ TEST(PlayTag, AClickOnTheCompanionOpensItsAddressAndIsTracked)
                                           server.address("/companion/click") +
                                           "</CompanionClickTracking></Companion></CompanionAds></Creative>",
                              .impression = server.address("/impression")})));
-    PlayedAd ad({server.address("/tag")});
+    const DemoAd folder;
+    const std::string host = folder.folder() + "/host.json";
+    std::ofstream(host) << R"({"device": {"canOpen": ["http:"]}})";
+    PlayedAd ad({"--host", host, server.address("/tag")});
     ASSERT_TRUE(ad.eventually([&] { return has_tracked(ad, "companionView") || ad.second() > 0; }));
 
     EXPECT_TRUE(ad.clicks_until(187, 530, [&] { return has_tracked(ad, "companionClick"); })) << ad.complaints();

@@ -143,6 +143,21 @@ TEST_F(AdScenarioTest, StepsAreThoseOfPlay)
     EXPECT_THROW(scenario_of_ad(parts), InputError);
 }
 
+/// The same file serves play, whose page has elements.
+TEST_F(AdScenarioTest, ATouchOfAnElementIsLeftOutAndNamed)
+{
+    write_ad();
+    write("steps.json",
+          R"([{"at": 1, "tap": "btnMute"}, {"at": 3, "touch": {"selector": "#shop"}}, {"tap": "btnClose"}])");
+    parts.steps_file = (folder / "steps.json").string();
+    const AdScenario made = scenario_of_ad(parts);
+    const Json steps = Json::parse(made.text)["steps"];
+    ASSERT_EQ(steps.size(), 4);
+    EXPECT_EQ(steps[1], Json({{"at", 1}, {"tap", "btnMute"}}));
+    EXPECT_EQ(steps[2], Json({{"at", 3}, {"tap", "btnClose"}}));
+    EXPECT_THAT(made.remarks, ElementsAre(HasSubstr("steps.json: /1/touch: left out")));
+}
+
 TEST_F(AdScenarioTest, AVideoThatFailsNeverPlays)
 {
     write_ad();
