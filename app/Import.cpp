@@ -9,8 +9,10 @@
 #include "platform/AddressParts.h"
 #include "vast/AdDescription.h"
 #include "vast/Describe.h"
+#include "vast/Macros.h"
 #include "vast/Reader.h"
 #include "vast/Resolver.h"
+#include "vast/Texts.h"
 
 #include <CLI/CLI.hpp>
 
@@ -18,13 +20,16 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cmath>
+#include <cstdint>
 #include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <limits>
 #include <optional>
+#include <random>
 
 namespace qoro
 {
@@ -49,6 +54,17 @@ double band_of(const std::string& device)
     return model->screen.width * std::max(model->scale, 1.0);
 }
 
+/// The macros of a request for a document, as far as this command knows their values.
+std::string expand_macros(const std::string& address)
+{
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    vast::MacroValues values;
+    values.request.kind = vast::AddressKind::Document;
+    values.request.random = [] { return std::uint32_t{std::random_device{}()}; };
+    values.request.time = std::chrono::duration<double>(now).count();
+    return vast::requestable(vast::expand(address, values));
+}
+
 vast::Resolution resolve(const ImportOptions& options)
 {
     GlibLoop loop;
@@ -62,6 +78,7 @@ vast::Resolution resolve(const ImportOptions& options)
     vast::Resolver resolver(
         fetcher, loop, support,
         {.band = {.width = band_of(options.device)},
+         .expand = expand_macros,
          .permits = [](const std::string& from,
                        const std::string& to) { return from.empty() || !leads_inward(from, to); },
          .requests = [&named](const std::string& address) { named.emplace_back(std::vector<std::string>{address}); }});
@@ -139,6 +156,8 @@ AdFiles files_of(const vast::ResolvedAd& resolved, const std::vector<vast::Ignor
     add_trackers(json, files, *ad.linear);
     files.ad = json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
     files.page = ad_page(resolved, {.page = "page.html"});
+    if (vast::expand(files.ad, {}) != files.ad)
+        files.left_out.emplace_back("macros: those of VAST are sent as they are, because an ad file has its own");
     leave_out(files, "Impression", ad.impressions);
     leave_out(files, "Error", ad.errors);
     leave_out(files, "Viewable", ad.viewable.viewable);

@@ -446,9 +446,13 @@ void Player::tag_ended(const TagOutcome& outcome)
 {
     if (outcome.error)
         fail(options_.ad_file + ": no ad: " + outcome.why + " (VAST error " + std::to_string(*outcome.error) + ")");
-    for (const AdOutcome& ad : outcome.ads)
-        if (ad.error)
+    const bool shown = std::ranges::any_of(outcome.ads, [](const AdOutcome& ad) { return !ad.error; });
+    for (const AdOutcome& ad : outcome.ads) {
+        if (ad.error && shown)
+            std::cerr << "qoro-ad: an ad of the tag was not shown: " << *ad.error << std::endl;
+        else if (ad.error)
             fail("nothing was shown: " + *ad.error);
+    }
     if (!files_)
         end();
 }

@@ -7,6 +7,7 @@
 #include "formats/InputFile.h"
 #include "kit/StandIn.h"
 #include "platform/AddressParts.h"
+#include "vast/Reader.h"
 
 #include <algorithm>
 #include <filesystem>
@@ -139,6 +140,11 @@ void read_ad_or_tag(PlayInput& input, const PlayOptions& options)
     }
     std::string text = read_input_file(options.ad_file);
     if (is_xml(text)) {
+        try {
+            vast::read_document(text);
+        } catch (const vast::DocumentError& error) {
+            throw InputError(options.ad_file, "", error.what());
+        }
         input.tag.emplace(OpenedTag::Tag{.text = std::move(text)});
         return;
     }
