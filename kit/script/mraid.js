@@ -17,7 +17,7 @@
     if (hasOwn(window, 'qoroPlayer'))
         return;
 
-    const { Error, Promise, isFinite, setTimeout } = window;
+    const { Error, ErrorEvent, Promise, isFinite, setTimeout } = window;
     const { isArray } = Array;
     const { round } = Math;
     const { parse, stringify } = JSON;
@@ -25,6 +25,7 @@
     const { then } = Promise.prototype;
     const { toISOString } = Date.prototype;
     const reject = Promise.reject.bind(Promise);
+    const dispatch = window.dispatchEvent.bind(window);
     const post = window.qoroBridge;
 
     // -------------------------------------------------------------------------------------------------------- Bridge
@@ -41,12 +42,20 @@
         apply(then, promise, [done, failed]);
     }
 
-    // Calls a function of the page. An exception is reported as an uncaught error and does not affect other listeners.
+    // Reports an exception of the page as an uncaught error. If it were thrown again here, the engine would hide its
+    // text and place, because this script is of another origin.
+    function reportException(thrown) {
+        const { sourceURL: filename, line: lineno, column: colno } = thrown instanceof Error ? thrown : {};
+        const message = `${thrown}`;
+        dispatch(new ErrorEvent('error', { message, filename, lineno, colno, error: thrown, cancelable: true }));
+    }
+
+    // Calls a function of the page. An exception does not affect other listeners.
     function call(listener, args) {
         try {
             apply(listener, undefined, args);
         } catch (thrown) {
-            setTimeout(() => { throw thrown; });
+            setTimeout(() => reportException(thrown));
         }
     }
 

@@ -391,6 +391,14 @@ TEST_F(ScriptLibraryTest, AListenerOfTheAdThatThrowsDoesNotStopTheOthers)
     wait_for("note[\"error reported\"]");
 }
 
+TEST_F(ScriptLibraryTest, AnErrorInAListenerHasItsTextAndItsPlaceInThePage)
+{
+    begin("mraid.addEventListener('ready', () => { throw new RangeError('mine'); });"
+          "addEventListener('error', ({ message, filename, lineno, error }) =>"
+          "  note(message, filename === location.href, lineno > 0, error instanceof RangeError));");
+    wait_for("note[\"RangeError: mine\",true,true,true]");
+}
+
 TEST_F(ScriptLibraryTest, AListenerMayRemoveAllOfItsEventDuringTheCall)
 {
     begin("mraid.addEventListener('stateChange', () => mraid.removeEventListener('stateChange'));"
