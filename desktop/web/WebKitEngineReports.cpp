@@ -51,18 +51,26 @@ struct WebKitEngine::Resources {
     static void failed(WebKitWebResource* resource, GError* error, WebKitWebView* view)
     {
         g_object_set_data(G_OBJECT(resource), failed_key, view);
-        // A load that the page itself gives up, or the guard refuses, is reported elsewhere or is no error.
+        // WebKit itself gives up a script and a style sheet whose server answers with an error. Other loads that are
+        // given up are the page's wish, or refused by the guard, which reports them.
         if (!g_error_matches(error, WEBKIT_NETWORK_ERROR, WEBKIT_NETWORK_ERROR_CANCELLED))
             report(resource, error->message, {}, view);
+        else
+            report_status(resource, view);
     }
 
     static void finished(WebKitWebResource* resource, WebKitWebView* view)
     {
+        if (!g_object_get_data(G_OBJECT(resource), failed_key))
+            report_status(resource, view);
+    }
+
+    static void report_status(WebKitWebResource* resource, WebKitWebView* view)
+    {
         WebKitURIResponse* response = webkit_web_resource_get_response(resource);
         const guint status = response ? webkit_uri_response_get_status_code(response) : 0;
-        if (status < FirstError || g_object_get_data(G_OBJECT(resource), failed_key))
-            return;
-        report(resource, "the server answers " + std::to_string(status), status, view);
+        if (status >= FirstError)
+            report(resource, "the server answers " + std::to_string(status), status, view);
     }
 
     static void report(WebKitWebResource* resource, const std::string& why, std::optional<std::int64_t> status,

@@ -138,6 +138,19 @@ TEST_F(PageReportsTest, AResourceThatDoesNotLoadIsReportedWithAddressAndStatus)
     EXPECT_EQ(std::ranges::count(own.reports, Kind::Resource, &PageReport::kind), 2) << all();
 }
 
+TEST_F(PageReportsTest, AScriptAndAStyleSheetThatDoNotLoadAreReported)
+{
+    show("<link rel='stylesheet' href='missing.css'><script src='missing.js'></script>"
+         "<script type='module' src='module.js'></script>");
+
+    for (const std::string name : {"missing.css", "missing.js", "module.js"}) {
+        const auto found = [&] { return std::ranges::find(own.reports, server.base() + name, &PageReport::file); };
+        ASSERT_TRUE(platform.loop().run_until([&] { return found() != own.reports.end(); }, 90)) << name << all();
+        EXPECT_EQ(found()->kind, Kind::Resource);
+        EXPECT_EQ(found()->status, 404);
+    }
+}
+
 TEST_F(PageReportsTest, AFloodIsLimitedInThePagesProcess)
 {
     show("<script>for (let n = 0; n < 100000; ++n) console.log(n);"
