@@ -89,7 +89,7 @@ private:
     void video_failed(const std::string& reason);
     void duration_known(double duration);
     void open();
-    void open_ad(HostSetup host, Rehearsal rehearsal);
+    void open_ad(const HostSetup& host, Rehearsal rehearsal);
     void open_tag(HostSetup host, Rehearsal rehearsal);
     bool leave_screen();
     void watch_files();
@@ -205,10 +205,10 @@ void Player::open()
     if (input_.tag)
         open_tag(std::move(host), std::move(rehearsal));
     else
-        open_ad(std::move(host), std::move(rehearsal));
+        open_ad(host, std::move(rehearsal));
 }
 
-void Player::open_ad(HostSetup host, Rehearsal rehearsal)
+void Player::open_ad(const HostSetup& host, Rehearsal rehearsal)
 {
     served_ = std::make_unique<ServedAd>(input_.ad, input_.folder, [this](const AdServerHit& hit) { served(hit); });
     authored_ = copy_of(*served_->ad());

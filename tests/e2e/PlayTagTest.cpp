@@ -193,7 +193,7 @@ struct Session {
 
 const std::vector<Session>& sessions()
 {
-    static const std::vector<Session> All{
+    static const std::vector<Session> all{
         {.name = "AnAdThatIsSkipped",
          .ads =
              [](const auto& at) {
@@ -238,7 +238,7 @@ const std::vector<Session>& sessions()
          .closes_at = 35,
          .ads_played = 2},
     };
-    return All;
+    return all;
 }
 
 class InBoth : public testing::TestWithParam<Session>

@@ -4,6 +4,7 @@
 #include <arpa/inet.h>
 #include <cstdlib>
 #include <netinet/in.h>
+#include <stdexcept>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -18,8 +19,8 @@ VideoServer::VideoServer() : listener_(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXE
     here.sin_family = AF_INET;
     here.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
     socklen_t size = sizeof here;
-    bind(listener_, reinterpret_cast<sockaddr*>(&here), size);
-    listen(listener_, 16);
+    if (bind(listener_, reinterpret_cast<sockaddr*>(&here), size) != 0 || listen(listener_, 16) != 0)
+        throw std::runtime_error("no port of this machine could be had");
     getsockname(listener_, reinterpret_cast<sockaddr*>(&here), &size);
     port_ = ntohs(here.sin_port);
     thread_ = std::thread([this] { accept_all(); });

@@ -35,7 +35,7 @@ TEST_F(PageMessagesTest, MessagesThatBypassTheLibraryAreRefusedToo)
 {
     load_script("const sent = text => new Promise(done => qoroBridge(text, error => done(error === null)));"
                 "const many = Object.fromEntries([...Array(800000).keys()].map(i => [`n${i}`, i]));"
-                "Promise.all([sent(JSON.stringify({command: 'c', args: [many]})), sent('x'.repeat(1e8)), sent(7),"
+                "Promise.all([sent(JSON.stringify({command: 'c', args: [many]})), sent('x'.repeat(2e7)), sent(7),"
                 "  sent({toString() { return '{}'; }}), sent('\\ud800')]).then(all => note(...all));");
     wait_for("note[false,false,false,false,false]");
     EXPECT_FALSE(recorder.has("c"));
