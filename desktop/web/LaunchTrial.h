@@ -24,7 +24,7 @@ public:
     }
 
     bool began() const { return result_.valid(); }
-    /// Whether outcome() does not block: the trial has ended, or has taken so long that nobody waits for it any more.
+    /// Whether outcome() does not block: the trial has ended, or its deadline has passed.
     bool is_over() const;
     /// Waits until the trial is over.
     /// @return one line that says what does not start, and why; empty if it starts, or if that cannot be determined. A
