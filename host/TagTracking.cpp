@@ -2,7 +2,7 @@
 
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "platform/QoroAdManager.h"
-#include "vast/AdDescription.h"
+#include "vast/CreativeChoice.h"
 #include "vast/Texts.h"
 
 #include <algorithm>

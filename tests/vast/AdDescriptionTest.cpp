@@ -1,4 +1,5 @@
 #include "vast/AdDescription.h"
+#include "vast/CreativeChoice.h"
 
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
