@@ -56,13 +56,12 @@ void describe_resource(Json& object, const std::vector<Resource>& resources)
     object["resource"] = resources.empty() ? Json() : Json(resources.front().text);
 }
 
-Json describe_media_files(const ResolvedAd& resolved)
+Json describe_media_files(const std::vector<MediaFile>& files, const std::vector<std::string>& reasons)
 {
     Json array = Json::array();
-    const std::vector<MediaFile>& files = resolved.ad.linear->media_files;
     for (std::size_t n = 0; n < files.size(); ++n) {
         const MediaFile& file = files[n];
-        const std::string& reason = resolved.media.reasons[n];
+        const std::string& reason = reasons[n];
         array.push_back(Json{{"address", text(file.address)},
                              {"type", text(file.type)},
                              {"delivery", text(file.delivery)},
@@ -142,7 +141,7 @@ Json describe_ad(const ResolvedAd& resolved, const std::vector<Ignored>& outside
                                 })},
         {"duration", number(linear.duration)},
         {"skipOffset", linear.skip_offset ? number(linear.skip_offset->seconds(linear.duration)) : Json()},
-        {"mediaFiles", describe_media_files(resolved)},
+        {"mediaFiles", describe_media_files(linear.media_files, resolved.media.reasons)},
         {"chosen", *resolved.media.chosen},
         {"chosenBecause", resolved.media.why},
         {"impressions", list(ad.impressions)},
@@ -164,6 +163,14 @@ Json describe_ad(const ResolvedAd& resolved, const std::vector<Ignored>& outside
         {"ignored", list(ignored, describe_ignored)}};
 }
 
+Json describe_failed(const FailedAd& failed)
+{
+    return {{"id", text(failed.id)},
+            {"error", failed.code},
+            {"why", text(failed.why)},
+            {"mediaFiles", describe_media_files(failed.media_files, failed.reasons)}};
+}
+
 } // namespace
 
 std::string describe(const Resolution& resolution)
@@ -176,6 +183,7 @@ std::string describe(const Resolution& resolution)
                   return Json{{"address", hop.address}, {"error", number(hop.error)}, {"why", text(hop.why)}};
               })},
         {"ads", list(resolution.ads, [&](const ResolvedAd& ad) { return describe_ad(ad, resolution.ignored); })},
+        {"failed", list(resolution.failed, describe_failed)},
         {"error", number(resolution.error)},
         {"why", text(resolution.why)},
         {"errors", list(resolution.errors)}};

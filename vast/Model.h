@@ -227,6 +227,8 @@ struct Ad {
     std::optional<Onward> onward = {};
     /// The standard's code for what makes the ad unusable; absent for a usable one.
     std::optional<int> error = {};
+    /// With an error: what is missing, for people.
+    std::string fault = {};
 
     /// Empty when absent.
     /// @{

@@ -77,8 +77,9 @@ Ad Reader::read_ad(const Node& node) const
     };
     visit(node, {{"InLine", once(&Reader::read_content)}, {"Wrapper", once(&Reader::read_onward)}});
     if (!found) {
-        note(node, "has neither InLine nor Wrapper");
         ad.error = 101;
+        ad.fault = "has neither InLine nor Wrapper";
+        note(node, ad.fault);
     }
     return ad;
 }
@@ -95,8 +96,11 @@ void Reader::read_onward(const Node& node, Ad& ad) const
     onward.fallback_on_no_ad = value(node, "fallbackOnNoAd", boolean_in, Boolean);
     read_content(node, ad);
     require(node, "VASTAdTagURI");
-    if (onward.address.empty())
-        ad.error = text_of(child_of(node, "VASTAdTagURI")).empty() ? 101 : 300;
+    if (!onward.address.empty())
+        return;
+    const bool missing = text_of(child_of(node, "VASTAdTagURI")).empty();
+    ad.error = missing ? 101 : 300;
+    ad.fault = missing ? "Wrapper has no VASTAdTagURI" : "VASTAdTagURI is no address of http or https";
 }
 
 /// What InLine and Wrapper have in common, and what only one of them may have.
@@ -133,6 +137,7 @@ void Reader::read_content(const Node& node, Ad& ad) const
     if (!has_child(child_of(node, "Creatives"), "Creative")) {
         note(node, "Creative", "is missing");
         ad.error = 101;
+        ad.fault = "InLine has no Creative";
     }
 }
 

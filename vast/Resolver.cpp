@@ -1,5 +1,6 @@
 #include "vast/Resolver.h"
 
+#include "vast/CreativeChoice.h"
 #include "vast/Reader.h"
 #include "vast/Texts.h"
 #include "vast/Wrapping.h"
@@ -22,12 +23,22 @@ constexpr int TimedOut = 301;
 constexpr int TooManyWrappers = 302;
 constexpr int NoAd = 303;
 constexpr int NoSupportedFile = 403;
+constexpr int RequiredCompanion = 602;
 constexpr int Unknown = 900;
 
 template <typename Item>
 void append(std::vector<Item>& list, const std::vector<Item>& more)
 {
     list.insert(list.end(), more.begin(), more.end());
+}
+
+/// The addresses of an ad's document and of its wrappers', the innermost first.
+std::vector<std::string> documents_of(const std::string& address, const Chain& chain)
+{
+    std::vector<std::string> documents{address};
+    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
+        documents.push_back(each->address);
+    return documents;
 }
 
 /// The ads that a wrapper permits of a document: all, or the first stand-alone one. A single ad is always permitted.
@@ -89,7 +100,7 @@ private:
 
     void begin();
     void fetch(const std::string& address, Answer answer);
-    void note_errors(const Document& document, const Chain& chain);
+    void note(const Document& document, const std::string& address, const Chain& chain);
     void resolve_ads(std::vector<Ad> ads, const std::string& address, const Chain& chain, Then then);
     void take(const std::shared_ptr<Choice>& choice, std::size_t n, Found found);
     void try_next_alone(const std::shared_ptr<Choice>& choice, Found first);
@@ -98,7 +109,8 @@ private:
     std::optional<Found> refuse_to_follow(const Ad& ad, const std::string& address, const Chain& chain);
     void follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, const Then& then);
     Found choose(const Ad& ad, const std::string& address, const Chain& chain);
-    Found fail(const Ad& ad, const Chain& chain, int code, std::string why);
+    Found fail(const Ad& ad, const std::string& address, const Chain& chain, int code, std::string why,
+               std::vector<std::string> reasons = {});
     void finish(Found found);
     void stop_timers();
     void keep_spares();
@@ -210,7 +222,7 @@ void Resolver::Run::read_tag(Document document, const std::string& address)
         begin();
     result_.version = document.version;
     result_.ignored = document.ignored;
-    note_errors(document, nullptr);
+    note(document, address, nullptr);
     resolve_ads(std::move(document.ads), address, nullptr, [this](Found found) { finish(std::move(found)); });
 }
 
@@ -252,8 +264,10 @@ void Resolver::Run::keep_spares()
 
 // --------------------------------------------------------------------------------------------------- documents and ads
 
-void Resolver::Run::note_errors(const Document& document, const Chain& chain)
+/// Keeps what is needed of a document when the tag has no ad.
+void Resolver::Run::note(const Document& document, const std::string& address, const Chain& chain)
 {
+    result_.documents.push_back(address);
     std::vector<std::string> errors;
     for (const Ad& ad : document.ads)
         append(errors, ad.errors);
@@ -348,7 +362,7 @@ std::optional<Resolver::Run::Found> Resolver::Run::resolve_now(const Ad& ad, con
                                                                const Chain& chain)
 {
     if (ad.error)
-        return fail(ad, chain, *ad.error, ad.path + ": the ad is incomplete");
+        return fail(ad, address, chain, *ad.error, ad.path + ": " + ad.fault);
     if (ad.onward)
         return refuse_to_follow(ad, address, chain);
     return choose(ad, address, chain);
@@ -361,7 +375,9 @@ std::optional<Resolver::Run::Found> Resolver::Run::refuse_to_follow(const Ad& ad
 {
     const ResolverOptions& options = resolver_.options_;
     const std::string& onward = ad.onward->address;
-    const auto refuse = [&](int code, const std::string& why) { return fail(ad, chain, code, ad.path + ": " + why); };
+    const auto refuse = [&](int code, const std::string& why) {
+        return fail(ad, address, chain, code, ad.path + ": " + why);
+    };
     if (over_)
         return refuse(TimedOut, "the time for the whole tag is over");
     if (depth_of(chain) >= options.wrappers)
@@ -383,10 +399,10 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
     const std::size_t hop = result_.wrappers.size();
     result_.wrappers.push_back({.address = ad->onward->address});
     const Chain inner = std::make_shared<const Wrapping>(ad, address, chain);
-    const auto give_up = [this, ad, chain, then, hop](int code, const std::string& why) {
+    const auto give_up = [this, ad, address, chain, then, hop](int code, const std::string& why) {
         result_.wrappers[hop].error = code;
         result_.wrappers[hop].why = why;
-        then(fail(*ad, chain, code, ad->onward->address + ": " + why));
+        then(fail(*ad, address, chain, code, ad->onward->address + ": " + why));
     };
     fetch(ad->onward->address, [this, ad, inner, then, give_up](const FetchAnswer& answer, bool timed_out) {
         if (timed_out || !answer.ok)
@@ -399,7 +415,7 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
         } catch (const DocumentError& error) {
             return give_up(error.code, error.what());
         }
-        note_errors(document, inner);
+        note(document, answer.final_address, inner);
         if (document.ads.empty())
             return give_up(NoAd, "the response has no ad");
         const bool multiple = ad->onward->allow_multiple_ads;
@@ -422,30 +438,39 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
 Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const std::string& address, const Chain& chain)
 {
     if (!ad.linear)
-        return fail(ad, chain, UnexpectedLinearity, ad.path + ": the ad has no linear creative");
+        return fail(ad, address, chain, UnexpectedLinearity, ad.path + ": the ad has no linear creative");
     if (const Category* const blocked = blocked_category(ad, chain))
-        return fail(ad, chain, BlockedCategory, ad.path + ": a wrapper refuses its category " + blocked->code);
+        return fail(ad, address, chain, BlockedCategory, ad.path + ": a wrapper refuses its category " + blocked->code);
     MediaChoice media = choose_media(ad.linear->media_files, resolver_.support_, resolver_.options_.band);
     if (!media.chosen)
-        return fail(ad, chain, NoSupportedFile, ad.path + ": none of its media files can be played");
+        return fail(ad, address, chain, NoSupportedFile, ad.path + ": none of its media files can be played",
+                    std::move(media.reasons));
+    Ad whole = merged(ad, chain);
+    if (choose_companion(whole.companions).lacks_required)
+        return fail(ad, address, chain, RequiredCompanion, ad.path + ": a required companion cannot be shown");
     if (chosen_ >= resolver_.options_.ads)
-        return fail(ad, chain, BreakShortened,
+        return fail(ad, address, chain, BreakShortened,
                     ad.path + ": more than " + std::to_string(resolver_.options_.ads) + " ads");
     ++chosen_;
-    std::vector<std::string> documents{address};
-    for (const Wrapping* each = chain.get(); each; each = each->outer.get())
-        documents.push_back(each->address);
-    return {.ads = {{.ad = merged(ad, chain),
+    return {.ads = {{.ad = std::move(whole),
                      .media = std::move(media),
                      .wrappers = depth_of(chain),
-                     .documents = std::move(documents)}}};
+                     .documents = documents_of(address, chain)}}};
 }
 
-Resolver::Run::Found Resolver::Run::fail(const Ad& ad, const Chain& chain, int code, std::string why)
+/// @param reasons against each media file of an ad that has none to play
+Resolver::Run::Found Resolver::Run::fail(const Ad& ad, const std::string& address, const Chain& chain, int code,
+                                         std::string why, std::vector<std::string> reasons)
 {
     // Each may have the error addresses of large wrappers.
     if (result_.failed.size() < resolver_.options_.ads)
-        result_.failed.push_back({code, why, errors_of(ad, chain)});
+        result_.failed.push_back({.code = code,
+                                  .why = why,
+                                  .errors = errors_of(ad, chain),
+                                  .id = ad.id,
+                                  .media_files = reasons.empty() ? std::vector<MediaFile>() : ad.linear->media_files,
+                                  .reasons = std::move(reasons),
+                                  .documents = documents_of(address, chain)});
     return {.code = code, .why = std::move(why)};
 }
 

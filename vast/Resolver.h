@@ -49,6 +49,15 @@ struct FailedAd {
     std::string why;
     /// Error addresses of the ad and its wrappers, the innermost first.
     std::vector<std::string> errors;
+    /// Of the ad; empty if it gives none.
+    std::string id = {};
+    /// With the code 403: its media files and the reason against each. Empty otherwise.
+    /// @{
+    std::vector<MediaFile> media_files = {};
+    std::vector<std::string> reasons = {};
+    /// @}
+    /// Addresses of the documents that it is made of, as in ResolvedAd.
+    std::vector<std::string> documents = {};
 };
 
 /// A stand-alone ad that was not tried, with the wrappers around it.
@@ -77,6 +86,8 @@ struct Resolution {
     std::string why;
     /// Without ads: the error addresses of every document that was read, the innermost first.
     std::vector<std::string> errors;
+    /// Addresses of the documents that were read; empty for one that is from no server.
+    std::vector<std::string> documents;
 };
 
 /// How a tag is resolved. Times are seconds.
