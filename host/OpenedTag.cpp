@@ -1,16 +1,18 @@
 #include "host/OpenedTag.h"
 
 #include "formats/AdFile.h"
+#include "host/HostFunctions.h"
 #include "host/OpenedAd.h"
 #include "host/Rehearsal.h"
+#include "host/TagPage.h"
 #include "host/TagPresence.h"
 #include "host/TagTracking.h"
 #include "kit/NetworkZone.h"
 #include "kit/ScreenTexts.h"
-#include "platform/AddressParts.h"
 #include "platform/HostCall.h"
 #include "platform/QoroAdManager.h"
 #include "vast/AdDescription.h"
+#include "vast/CreativeChoice.h"
 #include "vast/Reader.h"
 #include "vast/Texts.h"
 
@@ -34,7 +36,6 @@ const std::vector<int> Versions{2, 3, 5, 6, 7, 8, 11, 12, 13, 14, 15, 16};
 // The standard's codes (VAST 4.3, section 2.3.6).
 constexpr int BreakShortened = 206;
 constexpr int GeneralError = 400;
-constexpr int RequiredCompanion = 602;
 
 double machine_time()
 {
@@ -45,36 +46,6 @@ double machine_time()
 struct NoControls final : SessionControls {
     void bring_news(const MPMoviePlayerController&, const PlayerNews&) override {}
     void change_device(const DeviceChange&) override {}
-};
-
-/// A function of the host, which may throw.
-/// @param otherwise its result in that case
-template <typename Result>
-std::function<Result()> guarded(const char* name, Platform& platform, std::function<Result()> function,
-                                Result (*otherwise)())
-{
-    return [name, &platform, function = std::move(function), otherwise] {
-        Result result{};
-        return call_host(name, &platform, [&] { result = function(); }) ? result : otherwise();
-    };
-}
-
-/// Of the host, whose functions may throw: what cannot be asked cannot be played.
-class HostsSupport final : public vast::MediaSupport
-{
-public:
-    HostsSupport(const vast::MediaSupport& support, Platform& platform) : support_(support), platform_(platform) {}
-
-    bool can_play(const std::string& type, const std::string& codec) const override
-    {
-        bool can = false;
-        call_host("MediaSupport::can_play", &platform_, [&] { can = support_.can_play(type, codec); });
-        return can;
-    }
-
-private:
-    const vast::MediaSupport& support_;
-    Platform& platform_;
 };
 
 /// Lets the tag open an ad.
@@ -90,26 +61,10 @@ private:
     TagPresence& presence_;
 };
 
-/// The host that names the page's network zone: what the page may reach is what the least inward of the ad's documents
-/// may. A public page has a host in a domain without servers (RFC 2606, section 2).
-std::string page_host(const vast::ResolvedAd& ad)
+vast::FailedAd failure_of(const vast::ResolvedAd& resolved, int code, const std::string& why)
 {
-    std::string_view host = "vast.localhost"; // a document that is a file may reach everything
-    NetworkZone zone = NetworkZone::Machine;
-    for (const std::string& document : ad.documents) {
-        if (document.empty() || zone_named_by(document) > zone)
-            continue;
-        zone = zone_named_by(document);
-        host = AddressParts(document).host();
-    }
-    return zone == NetworkZone::Public ? "vast.invalid" : std::string(host);
-}
-
-/// Address of the page that the kit makes for an ad; no server is asked for it. Not https, so that the page may show
-/// pictures of http servers.
-std::string page_address(const vast::ResolvedAd& ad, std::size_t n)
-{
-    return "http://" + page_host(ad) + "/vast-page-" + std::to_string(n) + ".html";
+    return {
+        .code = code, .why = why, .errors = resolved.ad.errors, .id = resolved.ad.id, .documents = resolved.documents};
 }
 
 } // namespace
@@ -133,17 +88,16 @@ private:
     vast::ResolverOptions resolver_options();
     void make_resolver();
     void resolved(vast::Resolution resolution);
-    void report_failures(const vast::Resolution& resolution, bool send);
     void open_next();
     void open(vast::ResolvedAd ad);
-    void refuse(const vast::ResolvedAd& ad, int code, const std::string& why);
     void try_spare();
     Rehearsal rest_of_rehearsal();
     std::string expanded(const std::string& address, vast::AddressKind kind, std::optional<int> code = {});
     vast::MacroValues macros_of(const vast::ResolvedAd& ad) const;
     void ad_failed(int code, const std::string& why);
     void ad_ended(AdOutcome outcome);
-    void send_errors(const std::vector<std::string>& addresses, int code);
+    void report(const vast::FailedAd& failed);
+    void send_errors(const vast::FailedAd& failed);
     void shorten();
     void end();
 
@@ -264,35 +218,41 @@ void OpenedTag::Run::resolved(vast::Resolution resolution)
     resolver_.reset();
     if (over_)
         return;
-    report_failures(resolution, !resolution.ads.empty());
     ads_ = std::move(resolution.ads);
     spares_ = std::move(resolution.spares);
     ignored_ = std::move(resolution.ignored);
-    if (!ads_.empty())
+    for (vast::FailedAd& failed : resolution.failed) {
+        // Without an ad, the addresses of all documents are requested.
+        if (ads_.empty())
+            failed.errors.clear();
+        report(failed);
+    }
+    // The observer may have closed the tag.
+    if (over_ || !ads_.empty())
         return open_next();
     outcome_.error = resolution.error;
     outcome_.why = resolution.why;
     platform_.emit(event::VastWithoutAd{*resolution.error, resolution.why});
-    // Without an ad, the addresses of all documents are requested.
-    send_errors(resolution.errors, *resolution.error);
+    send_errors({.code = *resolution.error,
+                 .why = resolution.why,
+                 .errors = resolution.errors,
+                 .documents = resolution.documents});
     end();
 }
 
-/// @param send whether their error trackers are sent
-void OpenedTag::Run::report_failures(const vast::Resolution& resolution, bool send)
+void OpenedTag::Run::report(const vast::FailedAd& failed)
 {
-    for (const vast::FailedAd& failed : resolution.failed) {
-        platform_.emit(event::VastFailed{failed.code, failed.why});
-        if (send)
-            send_errors(failed.errors, failed.code);
-    }
+    platform_.emit(event::VastFailed{failed.code, failed.why});
+    send_errors(failed);
 }
 
-void OpenedTag::Run::send_errors(const std::vector<std::string>& addresses, int code)
+void OpenedTag::Run::send_errors(const vast::FailedAd& failed)
 {
+    if (options_.observer)
+        call_host("TagObserver::ad_failed", &platform_, [&] { options_.observer->ad_failed(failed); });
     platform_.dispatch([&] {
-        for (const std::string& address : addresses)
-            QoroAdManager::sharedInstance().send_vast_tracker(expanded(address, vast::AddressKind::Error, code),
+        for (const std::string& address : failed.errors)
+            QoroAdManager::sharedInstance().send_vast_tracker(expanded(address, vast::AddressKind::Error, failed.code),
                                                               "error");
     });
 }
@@ -313,22 +273,7 @@ void OpenedTag::Run::open_next()
 {
     if (over_ || n_ == ads_.size())
         return end();
-    if (vast::choose_companion(ads_[n_].ad.companions).lacks_required)
-        return refuse(ads_[n_], RequiredCompanion, ads_[n_].ad.path + ": a required companion cannot be shown");
     open(ads_[n_]);
-}
-
-/// Passes over an ad that cannot be opened.
-void OpenedTag::Run::refuse(const vast::ResolvedAd& ad, int code, const std::string& why)
-{
-    platform_.emit(event::VastFailed{code, why});
-    send_errors(ad.ad.errors, code);
-    if (outcome_.ads.empty() && !outcome_.error) {
-        outcome_.error = code;
-        outcome_.why = why;
-    }
-    ++n_;
-    try_spare();
 }
 
 /// A stand-alone ad takes the place of an ad that has failed; without one, the next ad follows.
@@ -346,7 +291,8 @@ void OpenedTag::Run::try_spare()
         self->resolver_.reset();
         if (self->over_)
             return;
-        self->report_failures(resolution, true);
+        for (const vast::FailedAd& failed : resolution.failed)
+            self->report(failed);
         if (resolution.ads.empty())
             return self->try_spare();
         self->ads_.insert(self->ads_.begin() + static_cast<std::ptrdiff_t>(self->n_),
@@ -383,7 +329,7 @@ void OpenedTag::Run::open(vast::ResolvedAd resolved)
     if (over_)
         return;
 
-    const vast::Surroundings surroundings{.page = page_address(resolved, n_),
+    const vast::Surroundings surroundings{.page = tag_page_address(resolved, n_),
                                           .button = platform_.translation().translate(screen_texts::FirstOffer),
                                           .closes_at_end = n_ + 1 < ads_.size()};
     platform_.dispatch(
@@ -408,7 +354,13 @@ void OpenedTag::Run::open(vast::ResolvedAd resolved)
     } catch (const std::logic_error& error) {
         tracking_.reset();
         spares_.clear();
-        refuse(resolved, GeneralError, error.what());
+        report(failure_of(resolved, GeneralError, error.what()));
+        if (outcome_.ads.empty() && !outcome_.error) {
+            outcome_.error = GeneralError;
+            outcome_.why = error.what();
+        }
+        ++n_;
+        open_next();
     }
 }
 
@@ -519,8 +471,7 @@ void OpenedTag::Run::shorten()
 {
     over_ = true;
     for (std::size_t n = n_ + (opened_ ? 1 : 0); n < ads_.size(); ++n) {
-        platform_.emit(event::VastFailed{BreakShortened, ads_[n].ad.path + ": the host ended the break before the ad"});
-        send_errors(ads_[n].ad.errors, BreakShortened);
+        report(failure_of(ads_[n], BreakShortened, ads_[n].ad.path + ": the host ended the break before the ad"));
     }
 }
 

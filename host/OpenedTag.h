@@ -46,6 +46,11 @@ public:
         static_cast<void>(n);
         static_cast<void>(of);
     }
+    /// An ad of the tag is not opened, because it cannot be played; or, the last call then, the tag leads to no ad.
+    /// @param failed what failed, with the error trackers that are about to be requested: those of the ad and its
+    ///        wrappers if another ad plays, else at last those of every document. Valid during the call.
+    ///        A pod that the host ends early has such ads as well, also when the OpenedTag is destroyed.
+    virtual void ad_failed(const vast::FailedAd& failed) { static_cast<void>(failed); }
     /// An ad of the tag that was opened has ended.
     /// @param n its index, from 0
     /// @param outcome AdEnd::Failed for an ad that could not be played

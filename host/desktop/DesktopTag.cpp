@@ -146,6 +146,14 @@ void DesktopTag::ad_begins(const vast::ResolvedAd& ad, std::size_t n, std::size_
         next_->ad_begins(ad, n, of);
 }
 
+void DesktopTag::ad_failed(const vast::FailedAd& failed)
+{
+    if (std::ranges::all_of(failed.documents, is_of_this_machine))
+        hosts_->named.emplace_back(failed.errors);
+    if (next_)
+        next_->ad_failed(failed);
+}
+
 void DesktopTag::ad_ended(std::size_t n, const AdOutcome& outcome)
 {
     if (next_)

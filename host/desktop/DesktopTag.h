@@ -28,6 +28,7 @@ private:
     struct Hosts;
 
     void ad_begins(const vast::ResolvedAd& ad, std::size_t n, std::size_t of) override;
+    void ad_failed(const vast::FailedAd& failed) override;
     void ad_ended(std::size_t n, const AdOutcome& outcome) override;
 
     const std::unique_ptr<Hosts> hosts_;

@@ -28,6 +28,7 @@ using test::vast_document;
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
+using testing::UnorderedElementsAre;
 using Texts = std::vector<std::string>;
 
 /// An ad with trackers of start and complete and an error address, at paths that begin with a name.
@@ -57,6 +58,8 @@ public:
             begun_videos.emplace_back(begun->video.view());
         if (const auto* const failed = std::get_if<event::VastFailed>(&event))
             failures.push_back(static_cast<int>(failed->error));
+        if (const auto* const without = std::get_if<event::VastWithoutAd>(&event))
+            without_ad.push_back(static_cast<int>(without->error));
         if (const auto* const fault = std::get_if<event::Faulted>(&event))
             faults.emplace_back(fault->operation.view());
         if (reacts)
@@ -66,6 +69,7 @@ public:
     Texts sent;
     Texts begun_videos;
     std::vector<int> failures;
+    std::vector<int> without_ad;
     Texts faults;
     std::function<void(const Event&)> reacts;
 };
@@ -136,9 +140,17 @@ struct Observer : TagObserver {
         if (ended)
             ended();
     }
+    void ad_failed(const vast::FailedAd& failed) override
+    {
+        failures.push_back(std::to_string(failed.code) + " with " + std::to_string(failed.errors.size()));
+        if (fails)
+            fails();
+    }
     Texts calls;
+    Texts failures;
     std::function<void()> begins;
     std::function<void()> ended;
+    std::function<void()> fails;
 };
 
 // -----------------------------------------------------------------------------------------------------------------
@@ -309,14 +321,54 @@ TEST_F(OpenedTagTest, ATagOfWhichNoAdCouldBeOpenedHasAnError)
     TagAd ad = named("a");
     ad.creatives =
         R"(<Creative><CompanionAds required="any"><Companion width="1" height="1"/></CompanionAds></Creative>)";
-    serve(test::TagAddress, ad_element(ad));
+    serve(test::TagAddress, "<Error>http://t/document/error?[ERRORCODE]</Error>" + ad_element(ad));
+    Observer observer;
+    options.observer = &observer;
     open();
     let_pass(1);
 
-    EXPECT_THAT(record.sent, ElementsAre("a/error?602"));
+    EXPECT_THAT(record.sent, ElementsAre("a/error?602", "document/error?602")) << "those of every document";
+    EXPECT_THAT(record.failures, ElementsAre(602));
+    EXPECT_THAT(record.without_ad, ElementsAre(602));
+    EXPECT_THAT(observer.failures, ElementsAre("602 with 0", "602 with 2")) << "the ad, and the tag";
+    EXPECT_THAT(observer.calls, IsEmpty());
     ASSERT_THAT(outcomes, SizeIs(1));
     EXPECT_EQ(outcomes[0].error, 602);
     EXPECT_THAT(outcomes[0].ads, IsEmpty());
+}
+
+TEST_F(OpenedTagTest, TheHostIsNotifiedOfAnAdThatIsNotOpenedBeforeItsErrorTrackers)
+{
+    TagAd ad = named("a", "sequence=\"1\"");
+    ad.media = R"(<MediaFile delivery="streaming" type="video/mp4">http://m/a.mp4</MediaFile>)";
+    serve(test::TagAddress, ad_element(ad) + ad_element(named("b", "sequence=\"2\"")));
+    Observer observer;
+    options.observer = &observer;
+    observer.fails = [&] { EXPECT_THAT(record.sent, IsEmpty()); };
+    open();
+    let_pass(0.1);
+
+    EXPECT_THAT(observer.failures, ElementsAre("403 with 1"));
+    EXPECT_THAT(observer.calls, ElementsAre("begins 0/1"));
+    EXPECT_THAT(record.sent, ElementsAre("a/error?403"));
+}
+
+TEST_F(OpenedTagTest, TheHostMayDestroyTheTagWhenAnAdFails)
+{
+    TagAd ad = named("a", "sequence=\"1\"");
+    ad.media = R"(<MediaFile delivery="streaming" type="video/mp4">http://m/a.mp4</MediaFile>)";
+    serve(test::TagAddress, ad_element(ad) + ad_element(named("b", "sequence=\"2\"")));
+    Observer observer;
+    options.observer = &observer;
+    observer.fails = [&] { tag.reset(); };
+    open();
+    let_pass(20);
+
+    EXPECT_THAT(outcomes, IsEmpty());
+    EXPECT_THAT(observer.calls, IsEmpty());
+    EXPECT_THAT(record.begun_videos, IsEmpty());
+    EXPECT_THAT(record.sent, UnorderedElementsAre("a/error?403", "b/error?206"));
+    EXPECT_EQ(platform->event_sink(), &record);
 }
 
 TEST_F(OpenedTagTest, ACompanionThatCannotBeFetchedIsError603)
