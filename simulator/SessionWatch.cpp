@@ -47,46 +47,6 @@ std::string kind_of(std::string_view path)
     return std::string(path);
 }
 
-/// What stands between the macros ("{CurrentTime}") of an address.
-std::vector<std::string> between_macros(std::string_view url)
-{
-    std::vector<std::string> pieces;
-    while (true) {
-        const std::size_t begin = url.find('{');
-        const std::size_t end = begin == std::string_view::npos ? begin : url.find('}', begin);
-        if (end == std::string_view::npos)
-            break;
-        pieces.emplace_back(url.substr(0, begin));
-        url.remove_prefix(end + 1);
-    }
-    pieces.emplace_back(url);
-    return pieces;
-}
-
-bool fits(std::string_view url, const std::vector<std::string>& pieces)
-{
-    if (pieces.size() == 1)
-        return url == pieces.front();
-    if (!url.starts_with(pieces.front()))
-        return false;
-    url.remove_prefix(pieces.front().size());
-    for (std::size_t i = 1; i + 1 < pieces.size(); ++i) {
-        const std::size_t at = url.find(pieces[i]);
-        if (at == std::string_view::npos)
-            return false;
-        url.remove_prefix(at + pieces[i].size());
-    }
-    return url.ends_with(pieces.back());
-}
-
-std::size_t length_of(const std::vector<std::string>& pieces)
-{
-    std::size_t length = 0;
-    for (const std::string& piece : pieces)
-        length += piece.size();
-    return length;
-}
-
 } // namespace
 
 SessionWatch::SessionWatch(Simulation& simulation, const QoroVideoAd& ad, EventSink& trace)
@@ -179,7 +139,7 @@ void SessionWatch::find_trackers(const QoroVideoAd& ad)
             known->kind += ", " + kind;
     });
     for (const TrackerSummary& tracker : summary_.trackers)
-        patterns_.push_back(between_macros(tracker.url));
+        patterns_.push_back(AddressPattern::of_tracker(tracker.url));
 }
 
 void SessionWatch::count_tracker(std::string_view url)
@@ -187,8 +147,8 @@ void SessionWatch::count_tracker(std::string_view url)
     auto& trackers = summary_.trackers;
     std::size_t best = trackers.size();
     for (std::size_t i = 0; i < patterns_.size(); ++i) {
-        const bool better = best == trackers.size() || length_of(patterns_[i]) > length_of(patterns_[best]);
-        if (better && fits(url, patterns_[i]))
+        const bool better = best == trackers.size() || patterns_[i].length() > patterns_[best].length();
+        if (better && patterns_[i].matches(url))
             best = i;
     }
     if (best == trackers.size()) {

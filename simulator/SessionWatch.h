@@ -1,5 +1,6 @@
 #pragma once
 
+#include "simulator/AddressPattern.h"
 #include "simulator/Simulation.h"
 #include "simulator/Summary.h"
 
@@ -42,9 +43,6 @@ private:
     {
     }
 
-    /// A tracker's address between its macros, each of which stands for any text.
-    using Pieces = std::vector<std::string>;
-
     void find_trackers(const QoroVideoAd& ad);
     void count_tracker(std::string_view url);
     /// Looks at the end of the moment, when everything that is due now has run.
@@ -58,7 +56,7 @@ private:
     EventSink& trace_;
     Summary summary_;
     /// Of the ad's own trackers, at the same index as in the summary.
-    std::vector<Pieces> patterns_;
+    std::vector<AddressPattern> patterns_;
     bool will_look_ = false;
 };
 

@@ -7,21 +7,27 @@
 namespace qoro
 {
 
-namespace
+SimulatedNet::SimulatedNet(VirtualLoop& loop, const World& world) : loop_(loop), world_(world)
 {
-
-const NetAnswer& find(const World& world, const std::string& address)
-{
-    static const NetAnswer unnamed;
-    const auto named = world.net.find(address);
-    return named == world.net.end() ? unnamed : named->second;
+    for (const auto& [address, answer] : world.net)
+        if (auto pattern = AddressPattern::of_document(address); pattern.has_macros())
+            patterns_.emplace_back(std::move(pattern), &answer);
 }
 
-} // namespace
+const NetAnswer& SimulatedNet::find(const std::string& address) const
+{
+    static const NetAnswer unnamed;
+    if (const auto named = world_.net.find(address); named != world_.net.end())
+        return named->second;
+    for (const auto& [pattern, answer] : patterns_)
+        if (pattern.matches(address))
+            return *answer;
+    return unnamed;
+}
 
 void SimulatedNet::fetch(const std::string& address, FetchKind, std::function<void(FetchAnswer)> answer)
 {
-    const NetAnswer& named = find(world_, address);
+    const NetAnswer& named = find(address);
     ++pending_;
     loop_.after(to_microseconds(named.after), [this, answer = std::move(answer), address, &named] {
         --pending_;
@@ -31,7 +37,7 @@ void SimulatedNet::fetch(const std::string& address, FetchKind, std::function<vo
 
 FetchAnswer SimulatedNet::fetch_now(const std::string& address)
 {
-    const NetAnswer& named = find(world_, address);
+    const NetAnswer& named = find(address);
     blocked_seconds_ += named.after;
     return {named.ok, named.error, named.body, address};
 }

@@ -2,19 +2,23 @@
 
 #include "formats/World.h"
 #include "platform/Ports.h"
+#include "simulator/AddressPattern.h"
 
 #include <cstddef>
+#include <string>
+#include <utility>
+#include <vector>
 
 namespace qoro
 {
 
 class VirtualLoop;
 
-/// Answers requests as the world defines.
+/// Answers requests as the world defines. A macro in one of its addresses, such as [CACHEBUSTING], matches any value.
 class SimulatedNet final : public Fetcher
 {
 public:
-    SimulatedNet(VirtualLoop& loop, const World& world) : loop_(loop), world_(world) {}
+    SimulatedNet(VirtualLoop& loop, const World& world);
 
     void fetch(const std::string& address, FetchKind, std::function<void(FetchAnswer)> answer) override;
     /// Answers immediately, whatever the address's delay; the delay is added to blocked_seconds().
@@ -26,8 +30,12 @@ public:
     std::size_t pending() const { return pending_; }
 
 private:
+    const NetAnswer& find(const std::string& address) const;
+
     VirtualLoop& loop_;
     const World& world_;
+    /// The addresses with macros.
+    std::vector<std::pair<AddressPattern, const NetAnswer*>> patterns_;
     double blocked_seconds_ = 0;
     std::size_t pending_ = 0;
 };
