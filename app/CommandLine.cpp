@@ -2,6 +2,7 @@
 
 #ifdef QORO_DESKTOP
 #include "app/Play.h"
+#include "app/TagFetch.h"
 #include "desktop/media/VideoDiscovery.h"
 #endif
 
@@ -27,6 +28,7 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
         const auto found = discover_video(path);
         return found ? std::optional(VideoFacts{.duration = found->duration, .size = found->size}) : std::nullopt;
     };
+    simulate_.ad.fetch_tag = fetch_tag_documents;
 #endif
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
 }

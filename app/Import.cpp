@@ -1,18 +1,13 @@
 #include "app/Import.h"
 
-#include "desktop/GlibLoop.h"
-#include "desktop/net/Reach.h"
-#include "desktop/net/SoupFetcher.h"
+#include "app/TagFetch.h"
+#include "formats/AdInput.h"
 #include "formats/DeviceModels.h"
 #include "formats/InputError.h"
-#include "formats/InputFile.h"
-#include "platform/AddressParts.h"
 #include "vast/AdDescription.h"
 #include "vast/Describe.h"
 #include "vast/Macros.h"
-#include "vast/Reader.h"
 #include "vast/Resolver.h"
-#include "vast/Texts.h"
 
 #include <CLI/CLI.hpp>
 
@@ -20,16 +15,11 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cmath>
-#include <cstdint>
-#include <deque>
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <limits>
 #include <optional>
-#include <random>
 
 namespace qoro
 {
@@ -43,60 +33,19 @@ constexpr const char* Advice =
     "Wrappers are followed as a player follows them; no tracker is requested. docs/vast.md says what is supported.\n\n"
     "Exit status: 0; 1 the tag has no ad to write; 2 the tag is no VAST document, or an option is not usable.\n";
 
-/// Width of the video's band in pixels.
-double band_of(const std::string& device)
+std::optional<DeviceModel> device_of(const std::string& name)
 {
-    if (device.empty())
-        return vast::Band().width;
-    const std::optional<DeviceModel> model = device_model(device);
+    if (name.empty())
+        return std::nullopt;
+    const std::optional<DeviceModel> model = device_model(name);
     if (!model)
-        throw InputError("--device", "", "expected a device's name or a size such as 375x812, got \"" + device + "\"");
-    return model->screen.width * std::max(model->scale, 1.0);
-}
-
-/// The macros of a request for a document, as far as this command knows their values.
-std::string expand_macros(const std::string& address)
-{
-    const auto now = std::chrono::system_clock::now().time_since_epoch();
-    vast::MacroValues values;
-    values.request.kind = vast::AddressKind::Document;
-    values.request.random = [] { return std::uint32_t{std::random_device{}()}; };
-    values.request.time = std::chrono::duration<double>(now).count();
-    return vast::requestable(vast::expand(address, values));
+        throw InputError("--device", "", "expected a device's name or a size such as 375x812, got \"" + name + "\"");
+    return model;
 }
 
 vast::Resolution resolve(const ImportOptions& options)
 {
-    GlibLoop loop;
-    SoupFetcher fetcher(loop);
-    const vast::CommonMediaSupport support;
-    const bool is_web = AddressParts(options.tag).is_web();
-    // What the user's tag names may be anywhere. From there nothing may lead further inside, neither a document nor a
-    // redirect.
-    const ReachRule rule(NetworkZone::Public);
-    std::deque<NamedHosts> named;
-    vast::Resolver resolver(
-        fetcher, loop, support,
-        {.band = {.width = band_of(options.device)},
-         .expand = expand_macros,
-         .permits = [](const std::string& from,
-                       const std::string& to) { return from.empty() || !leads_inward(from, to); },
-         .requests = [&named](const std::string& address) { named.emplace_back(std::vector<std::string>{address}); }});
-    std::optional<vast::Resolution> result;
-    const auto done = [&](vast::Resolution resolution) { result = std::move(resolution); };
-    if (is_web)
-        resolver.resolve(options.tag, done);
-    else {
-        try {
-            resolver.resolve_text(read_input_file(options.tag), "", done);
-        } catch (const vast::DocumentError& error) {
-            throw InputError(options.tag, "", error.what());
-        }
-    }
-    loop.run_until([&] { return result.has_value(); }, std::numeric_limits<double>::infinity());
-    if (result->malformed)
-        throw InputError(options.tag, "", result->why);
-    return std::move(*result);
+    return fetch_tag(read_tag_input(options.tag), device_of(options.device)).resolution;
 }
 
 /// What an ad file has for trackers of VAST: the controller's own lists, by the name of VAST's event.

@@ -11,6 +11,7 @@
 #include "desktop/web/WebSandbox.h"
 #include "formats/AdAddresses.h"
 #include "formats/AdFile.h"
+#include "formats/AdInput.h"
 #include "formats/AdRemarks.h"
 #include "formats/InputError.h"
 #include "formats/LogLines.h"
@@ -520,8 +521,10 @@ int lacks(const char* what)
 }
 } // namespace
 
-int play(const PlayOptions& options)
+int play(const PlayOptions& given)
 {
+    PlayOptions options = given;
+    options.ad_file = ad_file_of(given.ad_file);
     PlayInput input = read_play_input(options);
     if (!options.out_folder.empty())
         make_folder(options.out_folder);

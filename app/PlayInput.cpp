@@ -1,6 +1,7 @@
 #include "app/PlayInput.h"
 
 #include "formats/AdFile.h"
+#include "formats/AdInput.h"
 #include "formats/AdRemarks.h"
 #include "formats/DeviceModels.h"
 #include "formats/InputError.h"
@@ -121,34 +122,26 @@ std::map<std::string, std::string> copies_of(const Surroundings& surroundings, c
     return copies;
 }
 
-/// Whether a text is XML rather than JSON: it begins with "<", in UTF-8 or UTF-16, perhaps after a byte order mark.
-bool is_xml(std::string_view text)
-{
-    for (const std::string_view mark : {"\xef\xbb\xbf", "\xff\xfe", "\xfe\xff"})
-        if (text.starts_with(mark))
-            text.remove_prefix(mark.size());
-    const std::size_t first = text.find_first_not_of(std::string_view(" \t\r\n\0", 5));
-    return first != std::string_view::npos && text[first] == '<';
-}
-
 /// Reads an ad file, or a VAST tag.
 void read_ad_or_tag(PlayInput& input, const PlayOptions& options)
 {
-    if (AddressParts(options.ad_file).is_web()) {
+    AdInput named = read_ad_input(options.ad_file);
+    if (named.is_address) {
         input.tag.emplace(OpenedTag::Tag{.address = options.ad_file});
         return;
     }
-    std::string text = read_input_file(options.ad_file);
-    if (is_xml(text)) {
+    if (named.kind == InputKind::Tag) {
         try {
-            vast::read_document(text);
+            vast::read_document(named.text);
         } catch (const vast::DocumentError& error) {
             throw InputError(options.ad_file, "", error.what());
         }
-        input.tag.emplace(OpenedTag::Tag{.text = std::move(text)});
+        input.tag.emplace(OpenedTag::Tag{.text = std::move(named.text)});
         return;
     }
-    input.ad = read_ad(text, options.ad_file, AdTypes::Strict);
+    if (named.kind == InputKind::Scenario)
+        throw InputError(options.ad_file, "", "expected an ad or a VAST tag, got a scenario; qoro-ad simulate runs it");
+    input.ad = read_ad(named.text, options.ad_file, AdTypes::Strict);
     require_playable(*input.ad, options.ad_file);
     input.folder = std::filesystem::absolute(options.ad_file).parent_path().string();
     input.remarks = ad_remarks(*input.ad, options.ad_file);

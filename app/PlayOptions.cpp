@@ -90,12 +90,14 @@ std::string check_megabytes(const std::string& text)
 
 void add_play_options(CLI::App& command, PlayOptions& options)
 {
+    command.footer("Exit status: 0 an ad was shown; 1 nothing was shown, a file of the ad is missing (see --lenient) or a\n"
+                   "picture could not be written; 2 the ad, another file or an option is not usable.\n");
     const CLI::Validator seconds(check_seconds, "");
     command
         .add_option("ad", options.ad_file,
-                    "The ad: a JSON file with its properties under their own names; or a VAST tag, a file or an "
-                    "address of http or https")
-        ->type_name("AD.json")
+                    "The ad: a JSON file with its properties under their own names, or a folder with the file ad.json; "
+                    "or a VAST tag, a file or an address of http or https")
+        ->type_name("AD")
         ->required();
     command
         .add_option("--device", options.device, "The device: " + model_names() + "or the size of its screen in points")

@@ -5,6 +5,7 @@
 #include "app/OrderedWork.h"
 #include "app/Progress.h"
 #include "app/TraceFile.h"
+#include "formats/AdInput.h"
 #include "formats/InputError.h"
 #include "formats/InputFile.h"
 #include "formats/JsonText.h"
@@ -45,7 +46,8 @@ constexpr const char* Advice =
     "  qoro-ad simulate session.json                        every event, a JSON object a line\n"
     "  qoro-ad simulate session.json --format text          the same as a timeline to read\n"
     "  qoro-ad simulate session.json --summary              the timeline, then trackers, times and leftovers\n"
-    "  qoro-ad simulate --ad ad.json --summary              an ad without a scenario, from its own folder\n"
+    "  qoro-ad simulate ad.json --summary                   an ad without a scenario, from its own folder\n"
+    "  qoro-ad simulate tag.xml --summary                   a VAST tag; its documents are fetched first\n"
     "  qoro-ad simulate one.json two.json --jobs 2          several sessions, one after the other\n"
     "  qoro-ad simulate --jsonl <many.jsonl >results.jsonl  a scenario a line in, a result a line out\n\n"
     "Exit status: 0 every session ran; 2 a scenario or an option is not usable (one line on standard error says\n"
@@ -191,13 +193,40 @@ void run_scenario(const Scenario& scenario, const std::string& name, const FileS
         simulate(scenario, style.format, trace, log.sink());
 }
 
-void run_file(const std::string& file, const FileStyle& style, const LineSink& sink)
+/// The scenario of an ad or a tag.
+AdScenario scenario_of(const AdInput& input, const SimulatedAdOptions& options)
 {
-    const std::string name = file == "-" ? "stdin" : file;
-    const Scenario scenario = read_scenario(read_input_file(file), name);
+    AdScenarioParts parts = options.parts;
+    parts.ad_file = input.name;
+    parts.text = input.text;
+    if (input.kind == InputKind::Ad)
+        return scenario_of_ad(parts);
+    if (!parts.faults.answers.empty())
+        throw InputError(input.name, "", "a tag has no --page or --icon of its own; change the written scenario");
+    if (!options.fetch_tag)
+        throw InputError(input.name, "", "this build cannot resolve a VAST tag; expected an ad file or a scenario");
+    return scenario_of_tag(parts, options.fetch_tag(input, parts.device));
+}
+
+void write_remarks(const AdScenario& made)
+{
+    for (const auto* lines : {&made.remarks, &made.missing_files})
+        for (const std::string& line : *lines)
+            std::cerr << "qoro-ad: " << line << '\n';
+}
+
+void run_file(const std::string& file, const SimulateOptions& options, const FileStyle& style, const LineSink& sink)
+{
+    AdInput input = read_ad_input(file, InputKind::Scenario);
+    if (input.kind != InputKind::Scenario) {
+        const AdScenario made = scenario_of(input, options.ad);
+        write_remarks(made);
+        input.text = made.text;
+    }
+    const Scenario scenario = read_scenario(input.text, input.name);
     if (style.named)
         write_header(file, style.format, sink);
-    run_scenario(scenario, name, style, sink, sink);
+    run_scenario(scenario, input.name, style, sink, sink);
     if (style.named && style.format == TraceFormat::Text)
         sink("\n");
 }
@@ -232,7 +261,9 @@ int run_files(const SimulateOptions& options)
         for (const std::string& file : options.files) {
             if (output.failed() || Interruption::requested())
                 break;
-            work.add([&](const LineSink& sink) { return complaint_of(file, [&] { run_file(file, style, sink); }); });
+            work.add([&](const LineSink& sink) {
+                return complaint_of(file, [&] { run_file(file, options, style, sink); });
+            });
         }
     }
     output.check();
@@ -332,10 +363,11 @@ void write_file(const std::string& path, const std::string& text)
 int run_ad(const SimulateOptions& options)
 {
     const SimulatedAdOptions& ad = options.ad;
-    const AdScenario made = scenario_of_ad(ad.parts);
-    for (const auto* lines : {&made.remarks, &made.missing_files})
-        for (const std::string& line : *lines)
-            std::cerr << "qoro-ad: " << line << '\n';
+    const AdInput input = read_ad_input(ad.parts.ad_file);
+    if (input.kind == InputKind::Scenario)
+        throw InputError(input.name, "", "expected an ad or a VAST tag, got a scenario; leave out --ad");
+    const AdScenario made = scenario_of(input, ad);
+    write_remarks(made);
     if (!ad.scenario_file.empty())
         write_file(ad.scenario_file, made.text);
     const Scenario scenario = read_scenario(made.text, ad.parts.ad_file);
@@ -367,7 +399,7 @@ void check_options(const SimulateOptions& options)
     if (options.jsonl && options.format == TraceFormat::Text)
         throw InputError("simulate", "", "--jsonl writes JSON: expected no --format text");
     if (!options.jsonl && options.files.empty())
-        throw InputError("simulate", "", "expected a SCENARIO.json, - for standard input, --jsonl, or --ad AD.json");
+        throw InputError("simulate", "", "expected a SCENARIO.json, an ad, - for standard input, --jsonl, or --ad AD");
     if (std::ranges::count(options.files, "-") > 1)
         throw InputError("simulate", "", "expected - (standard input) once");
 }
@@ -391,8 +423,10 @@ void add_simulate_options(CLI::App& command, SimulateOptions& options)
 {
     command.description(Description);
     command.footer(Advice);
-    command.add_option("scenarios", options.files, "The sessions: JSON files; - for standard input")
-        ->type_name("SCENARIO.json");
+    command
+        .add_option("scenarios", options.files,
+                    "The sessions: scenarios, ads, folders of ads, VAST tags; - for standard input")
+        ->type_name("SCENARIO.json|AD");
     command
         .add_option_function<std::string>(
             "--format",

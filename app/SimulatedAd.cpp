@@ -120,8 +120,9 @@ void add_simulated_ad_options(CLI::App& command, SimulatedAdOptions& options)
     AdFaults& faults = options.parts.faults;
     auto* ad = command
                    .add_option("--ad", options.parts.ad_file,
-                               "An ad instead of scenarios: its folder is the network, its video as long as the file")
-                   ->type_name("AD.json");
+                               "An ad or a VAST tag instead of scenarios: an ad's folder is the network, its video as "
+                               "long as the file; a tag's documents are fetched first")
+                   ->type_name("AD");
     command
         .add_option("--steps", options.parts.steps_file,
                     "What the viewer of --ad does: a JSON file; by default watches to the end, then closes the ad")

@@ -1,7 +1,10 @@
 #pragma once
 
+#include "formats/AdInput.h"
 #include "formats/AdScenario.h"
 
+#include <functional>
+#include <optional>
 #include <string>
 
 namespace CLI
@@ -16,6 +19,8 @@ namespace qoro
 struct SimulatedAdOptions {
     /// Without an ad file there is no such ad.
     AdScenarioParts parts;
+    /// Resolves a tag for a device, and throws InputError. Empty: this build cannot.
+    std::function<TagDocuments(const AdInput& tag, const std::optional<DeviceModel>& device)> fetch_tag = {};
     /// Where the scenario is written; empty for nowhere.
     std::string scenario_file;
     /// Where the trace is written; empty and "-" for standard output.

@@ -28,6 +28,8 @@ namespace
 using detail::Json;
 
 constexpr const char* Server = "http://ad.example";
+/// The signature of a picture (PNG, section 5.2), which is all that the simulator looks at.
+constexpr std::string_view PictureBegins = "\x89PNG\r\n\x1a\n";
 /// Seconds after the end of the video at which the viewer closes the ad, and from then until the host releases it.
 constexpr double CloseAfter = 2;
 constexpr double ReleaseAfter = 5;
@@ -57,7 +59,7 @@ public:
 
     AdScenario compose()
     {
-        const std::string text = read_input_file(parts_.ad_file);
+        const std::string text = parts_.text ? *parts_.text : read_input_file(parts_.ad_file);
         const auto ad = read_ad(text, parts_.ad_file, AdTypes::Strict);
         require_playable(*ad, parts_.ad_file);
         Json json = detail::parse_json(text, parts_.ad_file);
@@ -70,14 +72,35 @@ public:
             answer(use, path, address, absolute);
         });
         Json video = video_of(*ad);
-        made_.text = Json{{"device", device()},        {"host", host()},        {"net", std::move(net_)},
-                          {"video", std::move(video)}, {"ad", std::move(json)}, {"steps", steps()}}
+        return scenario(std::move(json), std::move(video));
+    }
+
+    AdScenario compose(const TagDocuments& tag)
+    {
+        const auto answer = [](const TagDocuments::Answer& given) {
+            return given.failure.empty() ? body_of(given.body) : Json{{"fail", given.failure}};
+        };
+        for (const auto& [address, given] : tag.answers)
+            net_[address] = answer(given);
+        net_[tag.address] = answer(tag.document);
+        for (const std::string& address : tag.pictures)
+            net_[address] = body_of(PictureBegins);
+        if (tag.durations.empty())
+            remark("", "the tag leads to no ad: the scenario shows why");
+        Json video = video_of(tag);
+        return scenario({{"vast", tag.address}}, std::move(video));
+    }
+
+private:
+    AdScenario scenario(Json ad, Json video)
+    {
+        made_.text = Json{{"device", device()},        {"host", host()},      {"net", std::move(net_)},
+                          {"video", std::move(video)}, {"ad", std::move(ad)}, {"steps", steps()}}
                          .dump(2) +
                      "\n";
         return std::move(made_);
     }
 
-private:
     void remark(const std::string& path, const std::string& what)
     {
         made_.remarks.emplace_back(InputError(parts_.ad_file, path, what).what());
@@ -125,7 +148,11 @@ private:
         // What a click-through leads to is not read.
         if (use == AdAddressUse::Target)
             return Json::object();
-        const std::string bytes = read_input_file((std::filesystem::path(folder_) / name).string());
+        return body_of(read_input_file((std::filesystem::path(folder_) / name).string()));
+    }
+
+    static Json body_of(std::string_view bytes)
+    {
         if (NSString::with_utf8(bytes) && bytes.find('\0') == std::string::npos)
             return {{"body", bytes}};
         return {{"body64", to_base64(bytes)}};
@@ -190,19 +217,43 @@ private:
         if (ad.strVideoUrl.length() > 0 && !fails_)
             std::ranges::copy(remarks_on_duration(ad, parts_.ad_file, setup.duration),
                               std::back_inserter(made_.remarks));
+        return video_of(setup, 1);
+    }
 
+    /// @param times how many players show it, one after the other
+    Json video_of(const VideoSetup& setup, std::size_t times)
+    {
+        const AdFaults& faults = parts_.faults;
         Json video{{"duration", setup.duration}, {"loadAfter", setup.load_after}};
         end_ = setup.load_after + setup.duration;
         for (const AdFaults::Stall& stall : faults.stalls) {
             video["stalls"].push_back({stall.at.value_or(setup.duration / 2), stall.seconds});
             end_ += stall.seconds;
         }
+        end_ *= static_cast<double>(times);
         if (faults.fails_at)
             video["error"] = *faults.fails_at;
         if (fails_)
             video["errorForGood"] = 0;
         end_ = std::ceil(end_ + CloseAfter);
         return video;
+    }
+
+    /// The videos of a tag's ads, which follow each other.
+    Json video_of(const TagDocuments& tag)
+    {
+        VideoSetup setup;
+        setup.load_after = parts_.faults.load_after.value_or(setup.load_after);
+        std::vector<double> durations;
+        for (const auto& duration : tag.durations)
+            durations.push_back(parts_.faults.duration.value_or(duration.value_or(setup.duration)));
+        if (std::ranges::adjacent_find(durations, std::ranges::not_equal_to()) != durations.end())
+            remark("", "the ads have different durations: " + shortest_text(durations.front()) +
+                           " s are assumed for each; set --video duration=SECONDS");
+        if (!durations.empty())
+            setup.duration = durations.front();
+        fails_ = parts_.faults.fails;
+        return video_of(setup, std::max<std::size_t>(durations.size(), 1));
     }
 
     /// Those of the file, from the opening of the ad to the end of the video at the earliest; or a viewer who watches
@@ -262,6 +313,11 @@ private:
 };
 
 } // namespace
+
+AdScenario scenario_of_tag(const AdScenarioParts& parts, const TagDocuments& tag)
+{
+    return Composer(parts).compose(tag);
+}
 
 AdScenario scenario_of_ad(const AdScenarioParts& parts)
 {

@@ -51,8 +51,10 @@ struct AdFaults {
 
 /// What a scenario of an ad consists of.
 struct AdScenarioParts {
-    /// "-" for standard input, with the current folder as the ad's.
+    /// "-" for standard input, with the current folder as the ad's. Of a tag: its file or address, for messages.
     std::string ad_file;
+    /// Its content; absent: it is read.
+    std::optional<std::string> text = {};
     /// Empty: the viewer watches to the end, then closes the ad.
     std::string steps_file = {};
     /// Absent: a phone of 375 x 812 points.
@@ -71,6 +73,29 @@ struct AdScenario {
     /// Files that the ad lacks; a line each.
     std::vector<std::string> missing_files;
 };
+
+/// A VAST tag, and what the servers answer on the way to its ads.
+struct TagDocuments {
+    struct Answer {
+        std::string body = {};
+        /// Why there is none; empty: the body is sent.
+        std::string failure = {};
+    };
+    std::string address;
+    /// At the address.
+    Answer document = {};
+    /// At the addresses that the documents give, with their macros.
+    std::map<std::string, Answer> answers = {};
+    /// Of each ad that plays, in seconds; absent if the tag does not give it.
+    std::vector<std::optional<double>> durations = {};
+    /// Addresses of pictures that the ads show.
+    std::vector<std::string> pictures = {};
+};
+
+/// Makes a scenario of a tag, whose documents are its network. The device and the host are those of a played ad.
+/// @param parts the tag's file is ad_file; discover and the answers of the faults have no effect
+/// @throws InputError for invalid steps
+AdScenario scenario_of_tag(const AdScenarioParts& parts, const TagDocuments& tag);
 
 /// Makes a scenario of an ad. Its folder is the network: relative addresses are at http://ad.example, with the files
 /// that the ad shows as answers. The device and the host are those of a played ad.

@@ -136,8 +136,10 @@ TEST(Simulate, AnUnusableFileIsReportedAndTheOthersRun)
 
         EXPECT_EQ(result.status, 2);
         EXPECT_EQ(result.output, name + one) << "nothing of the two others";
-        EXPECT_EQ(result.errors, "qoro-ad: nowhere.json: No such file or directory\n"
-                                 "qoro-ad: README.md: no JSON at line 1, column 1\n");
+        EXPECT_EQ(result.errors,
+                  "qoro-ad: nowhere.json: No such file or directory\n"
+                  "qoro-ad: README.md: expected an ad file or a scenario (JSON), a VAST tag (XML), a folder "
+                  "with an ad.json, or an address of http or https\n");
     }
 }
 
@@ -171,7 +173,7 @@ INSTANTIATE_TEST_SUITE_P(
         Complaint{"Step", "-", R"({"ad": {}, "steps": [{"open": 0}, {"at": "now", "open": 0}]})",
                   R"(stdin: /steps/1/at: expected a number of seconds from 0 to 1000000000, got "now")"},
         Complaint{"NoFile", "", "",
-                  "simulate: expected a SCENARIO.json, - for standard input, --jsonl, or --ad AD.json"},
+                  "simulate: expected a SCENARIO.json, an ad, - for standard input, --jsonl, or --ad AD"},
         Complaint{"FileAndLines", "--jsonl a.json", "",
                   "simulate: --jsonl reads standard input: expected no file, got a.json"},
         Complaint{"LinesAsText", "--jsonl --format text", "",

@@ -33,7 +33,7 @@ protected:
 TEST_F(CommandTest, AMissingAdFileIsRefused)
 {
     EXPECT_EQ(complaint({"play", "/nowhere/ad.json"}), "qoro-ad: /nowhere/ad.json: No such file or directory\n");
-    EXPECT_EQ(complaint({"play", "/"}), "qoro-ad: /: Is a directory\n");
+    EXPECT_EQ(complaint({"play", "/"}), "qoro-ad: /: the folder has no ad.json\n");
 }
 
 TEST_F(CommandTest, AnInvalidAdFileIsRefused)

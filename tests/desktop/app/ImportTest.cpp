@@ -143,6 +143,11 @@ TEST_F(ImportTest, WhatIsNoVastDocumentIsRefusedWithItsPlace)
     EXPECT_EQ(complaint({"import", "--describe", "/nowhere/tag.xml"}),
               "qoro-ad: /nowhere/tag.xml: No such file or directory\n");
 
+    EXPECT_NE(complaint_about("a video").find("line 1, column 1: "), std::string::npos);
+    EXPECT_NE(complaint_about("{}").find("expected a VAST tag (XML), got JSON"), std::string::npos);
+    EXPECT_EQ(complaint({"import", "--describe", "ftp://ads.example/tag"}),
+              "qoro-ad: ftp://ads.example/tag: expected a file, or an address of http or https\n");
+
     const AdServer server({.folder = folder.path(""), .script = ""});
     folder.write("page.html", "<html/>");
     EXPECT_NE(complaint({"import", "--describe", server.base() + "/page.html"}).find("/html: "), std::string::npos);
