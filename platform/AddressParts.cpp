@@ -31,10 +31,13 @@ std::size_t scheme_length(std::string_view text)
     return end < text.size() && text[end] == ':' ? end : 0;
 }
 
-/// Removes from a text the part before the first of some characters, and returns that part.
-std::string_view take_until(std::string_view& text, std::string_view ends)
+/// Removes from a text the part before the first of some characters, and returns that part. Two or three comparisons
+/// are faster than find_first_of(), which searches the set for each character.
+template <char... Ends>
+std::string_view take_until(std::string_view& text)
 {
-    const std::string_view part = text.substr(0, text.find_first_of(ends));
+    const auto end = std::ranges::find_if(text, [](char c) { return ((c == Ends) || ...); });
+    const std::string_view part = text.substr(0, static_cast<std::size_t>(end - text.begin()));
     text.remove_prefix(part.size());
     return part;
 }
@@ -62,11 +65,11 @@ AddressParts::AddressParts(std::string_view text) : text_(text), scheme_(text.su
     std::string_view rest = after_scheme();
     if (rest.starts_with("//")) {
         rest.remove_prefix(2);
-        authority_ = AuthorityParts::of(take_until(rest, "/?#"));
+        authority_ = AuthorityParts::of(take_until<'/', '?', '#'>(rest));
     }
-    path_ = take_until(rest, "?#");
+    path_ = take_until<'?', '#'>(rest);
     if (rest.starts_with('?'))
-        query_ = take_until(rest, "#").substr(1);
+        query_ = take_until<'#'>(rest).substr(1);
     if (rest.starts_with('#'))
         fragment_ = rest.substr(1);
 }

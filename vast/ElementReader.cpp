@@ -1,7 +1,5 @@
 #include "vast/ElementReader.h"
 
-#include "vast/Texts.h"
-
 #include <algorithm>
 #include <utility>
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "vast/Model.h"
+#include "vast/Texts.h"
 #include "vast/XmlText.h"
 
 #include <pugixml.hpp>
@@ -96,12 +97,13 @@ std::optional<Result> ElementReader::value(const Node& node, const char* name,
                                            std::optional<Result> (*parse)(std::string_view),
                                            std::string_view expected) const
 {
-    if (!has_attribute(node, name))
+    const pugi::xml_attribute given = node.attribute(name);
+    if (!given)
         return std::nullopt;
-    const std::string text = attribute(node, name);
+    const std::string_view text = trimmed(given.value());
     const std::optional<Result> result = parse(text);
     if (!result)
-        notes_.add(node, std::string(name), "\"" + text.substr(0, 80) + "\" " + std::string(expected));
+        notes_.add(node, std::string(name), "\"" + std::string(text.substr(0, 80)) + "\" " + std::string(expected));
     return result;
 }
 

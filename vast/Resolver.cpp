@@ -86,8 +86,8 @@ private:
 
     /// One document's ads, while they are resolved.
     struct Choice {
-        std::vector<std::shared_ptr<const Ad>> pod = {};
-        std::vector<std::shared_ptr<const Ad>> alone = {};
+        std::vector<std::shared_ptr<Ad>> pod = {};
+        std::vector<std::shared_ptr<Ad>> alone = {};
         /// First of alone that has not been tried.
         std::size_t next = 0;
         Chain chain = {};
@@ -105,12 +105,13 @@ private:
     void take(const std::shared_ptr<Choice>& choice, std::size_t n, Found found);
     void try_next_alone(const std::shared_ptr<Choice>& choice, Found first);
     void fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t n);
-    std::optional<Found> resolve_now(const Ad& ad, const std::string& address, const Chain& chain);
+    std::optional<Found> resolve_now(Ad& ad, const std::string& address, const Chain& chain);
     std::optional<Found> refuse_to_follow(const Ad& ad, const std::string& address, const Chain& chain);
     void follow(const std::shared_ptr<const Ad>& ad, const std::string& address, const Chain& chain, const Then& then);
-    Found choose(const Ad& ad, const std::string& address, const Chain& chain);
+    Found choose(Ad& ad, const std::string& address, const Chain& chain);
     Found fail(const Ad& ad, const std::string& address, const Chain& chain, int code, std::string why,
                std::vector<std::string> reasons = {});
+    Found fail(FailedAd failed);
     void finish(Found found);
     void stop_timers();
     void keep_spares();
@@ -280,7 +281,7 @@ void Resolver::Run::resolve_ads(std::vector<Ad> ads, const std::string& address,
     const auto choice = choices_.emplace_back(std::make_shared<Choice>());
     for (Ad& ad : ads) {
         auto& list = ad.sequence ? choice->pod : choice->alone;
-        list.push_back(std::make_shared<const Ad>(std::move(ad)));
+        list.push_back(std::make_shared<Ad>(std::move(ad)));
     }
     std::ranges::stable_sort(choice->pod, {}, [](const auto& ad) { return *ad->sequence; });
     choice->chain = chain;
@@ -357,9 +358,8 @@ void Resolver::Run::fill_gaps(const std::shared_ptr<Choice>& choice, std::size_t
     choice->then(std::move(all));
 }
 
-/// What an ad leads to; absent for a wrapper that can be followed.
-std::optional<Resolver::Run::Found> Resolver::Run::resolve_now(const Ad& ad, const std::string& address,
-                                                               const Chain& chain)
+/// What an ad leads to, an ad that can be played is moved to the result. Absent for a wrapper that can be followed.
+std::optional<Resolver::Run::Found> Resolver::Run::resolve_now(Ad& ad, const std::string& address, const Chain& chain)
 {
     if (ad.error)
         return fail(ad, address, chain, *ad.error, ad.path + ": " + ad.fault);
@@ -435,7 +435,8 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
     });
 }
 
-Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const std::string& address, const Chain& chain)
+/// Moves the ad to the result if it can be played.
+Resolver::Run::Found Resolver::Run::choose(Ad& ad, const std::string& address, const Chain& chain)
 {
     if (!ad.linear)
         return fail(ad, address, chain, UnexpectedLinearity, ad.path + ": the ad has no linear creative");
@@ -445,33 +446,45 @@ Resolver::Run::Found Resolver::Run::choose(const Ad& ad, const std::string& addr
     if (!media.chosen)
         return fail(ad, address, chain, NoSupportedFile, ad.path + ": none of its media files can be played",
                     std::move(media.reasons));
-    Ad whole = merged(ad, chain);
-    if (choose_companion(whole.companions).lacks_required)
-        return fail(ad, address, chain, RequiredCompanion, ad.path + ": a required companion cannot be shown");
     if (chosen_ >= resolver_.options_.ads)
         return fail(ad, address, chain, BreakShortened,
                     ad.path + ": more than " + std::to_string(resolver_.options_.ads) + " ads");
+    ResolvedAd resolved{.ad = merged(std::move(ad), chain),
+                        .media = std::move(media),
+                        .wrappers = depth_of(chain),
+                        .documents = documents_of(address, chain)};
+    if (choose_companion(resolved.ad.companions).lacks_required)
+        return fail({.code = RequiredCompanion,
+                     .why = resolved.ad.path + ": a required companion cannot be shown",
+                     .errors = std::move(resolved.ad.errors),
+                     .id = std::move(resolved.ad.id),
+                     .documents = std::move(resolved.documents)});
     ++chosen_;
-    return {.ads = {{.ad = std::move(whole),
-                     .media = std::move(media),
-                     .wrappers = depth_of(chain),
-                     .documents = documents_of(address, chain)}}};
+    Found found;
+    found.ads.push_back(std::move(resolved));
+    return found;
 }
 
 /// @param reasons against each media file of an ad that has none to play
 Resolver::Run::Found Resolver::Run::fail(const Ad& ad, const std::string& address, const Chain& chain, int code,
                                          std::string why, std::vector<std::string> reasons)
 {
+    return fail({.code = code,
+                 .why = std::move(why),
+                 .errors = errors_of(ad, chain),
+                 .id = ad.id,
+                 .media_files = reasons.empty() ? std::vector<MediaFile>() : ad.linear->media_files,
+                 .reasons = std::move(reasons),
+                 .documents = documents_of(address, chain)});
+}
+
+Resolver::Run::Found Resolver::Run::fail(FailedAd failed)
+{
+    Found found{.code = failed.code, .why = failed.why};
     // Each may have the error addresses of large wrappers.
     if (result_.failed.size() < resolver_.options_.ads)
-        result_.failed.push_back({.code = code,
-                                  .why = why,
-                                  .errors = errors_of(ad, chain),
-                                  .id = ad.id,
-                                  .media_files = reasons.empty() ? std::vector<MediaFile>() : ad.linear->media_files,
-                                  .reasons = std::move(reasons),
-                                  .documents = documents_of(address, chain)});
-    return {.code = code, .why = std::move(why)};
+        result_.failed.push_back(std::move(failed));
+    return found;
 }
 
 // ------------------------------------------------------------------------------------------------------------ Resolver

@@ -103,17 +103,19 @@ std::string place_of(std::string_view bytes, std::ptrdiff_t offset)
 /// @return whether there is one
 bool advance(Node& node, int& depth)
 {
-    if (node.first_child()) {
-        node = node.first_child();
+    if (const Node child = node.first_child()) {
+        node = child;
         ++depth;
         return true;
     }
-    while (depth > 0 && !node.next_sibling()) {
+    for (; depth > 0; --depth) {
+        if (const Node next = node.next_sibling()) {
+            node = next;
+            return true;
+        }
         node = node.parent();
-        --depth;
     }
-    node = node.next_sibling();
-    return depth > 0;
+    return false;
 }
 
 /// @return the number of elements
@@ -164,9 +166,15 @@ std::string_view name_of(const Node& node)
 
 std::string text_of(const Node& node)
 {
+    const auto is_text = [](const Node& child) {
+        return child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata;
+    };
+    const Node first = node.first_child();
+    if (!first.next_sibling())
+        return std::string(is_text(first) ? trimmed(first.value()) : std::string_view());
     std::string text;
     for (const Node& child : node.children())
-        if (child.type() == pugi::node_pcdata || child.type() == pugi::node_cdata)
+        if (is_text(child))
             text += child.value();
     return std::string(trimmed(text));
 }
@@ -210,28 +218,33 @@ std::size_t Paths::position_of(const Node& node) const
         const auto found = positions_.find(node.internal_object());
         return found == positions_.end() ? 0 : found->second;
     }
+    const auto is_alike = [name = name_of(node)](const Node& other) {
+        return is_element(other) && name_of(other) == name;
+    };
     std::size_t before = 0;
-    std::size_t all = 0;
-    for (const Node& sibling : node.parent().children()) {
-        if (!is_element(sibling) || name_of(sibling) != name_of(node))
-            continue;
-        ++all;
-        if (sibling == node)
-            before = all;
-    }
-    return all > 1 ? before : 0;
+    for (Node each = node.previous_sibling(); each; each = each.previous_sibling())
+        before += is_alike(each) ? 1 : 0;
+    if (before > 0)
+        return before + 1;
+    for (Node each = node.next_sibling(); each; each = each.next_sibling())
+        if (is_alike(each))
+            return 1;
+    return 0;
 }
 
 std::string Paths::of(const Node& node) const
 {
-    std::string path;
-    for (Node each = node; is_element(each); each = each.parent()) {
-        std::string step = "/";
-        step += name_of(each);
-        if (const std::size_t position = position_of(each); position != 0)
-            step += "[" + std::to_string(position) + "]";
-        path.insert(0, step);
+    if (!is_element(node))
+        return {};
+    if (const Node parent = node.parent(); parent != parent_) {
+        parent_path_ = of(parent);
+        parent_ = parent;
     }
+    std::string path = parent_path_;
+    path += '/';
+    path += name_of(node);
+    if (const std::size_t position = position_of(node); position != 0)
+        path += "[" + std::to_string(position) + "]";
     return path;
 }
 

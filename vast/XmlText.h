@@ -27,7 +27,7 @@ std::string text_of(const pugi::xml_node& node);
 std::string attribute(const pugi::xml_node& node, const char* name);
 bool has_attribute(const pugi::xml_node& node, const char* name);
 
-/// XPaths of a document's elements. The document outlives it and does not change.
+/// XPaths of a document's elements. The document outlives it and does not change. For one thread.
 class Paths
 {
 public:
@@ -44,6 +44,11 @@ private:
     /// Of a large document, where counting siblings each time would take the square of their number. By node.
     std::unordered_map<const void*, std::size_t> positions_;
     bool large_ = false;
+    /// The last parent that was asked for, and its path: neighbours are asked for one after the other.
+    /// @{
+    mutable pugi::xml_node parent_;
+    mutable std::string parent_path_;
+    /// @}
 };
 
 } // namespace qoro::vast
