@@ -113,7 +113,11 @@ std::optional<bool> boolean_in(std::string_view text)
 
 bool is_address(std::string_view text)
 {
-    const AddressParts parts(text);
+    // The scheme and the authority, which end before the next slash; queries are long.
+    const std::size_t slashes = text.find("//");
+    if (slashes == std::string_view::npos)
+        return false;
+    const AddressParts parts(text.substr(0, text.find('/', slashes + 2)));
     return parts.is_web() && !parts.host().empty();
 }
 

@@ -240,9 +240,12 @@ std::string Paths::of(const Node& node) const
         parent_path_ = of(parent);
         parent_ = parent;
     }
-    std::string path = parent_path_;
+    const std::string_view name = name_of(node);
+    std::string path;
+    path.reserve(parent_path_.size() + name.size() + 1);
+    path += parent_path_;
     path += '/';
-    path += name_of(node);
+    path += name;
     if (const std::size_t position = position_of(node); position != 0)
         path += "[" + std::to_string(position) + "]";
     return path;

@@ -62,10 +62,12 @@ TEST(VastTexts, ABooleanIsAWordOrADigit)
 
 TEST(VastTexts, AnAddressIsOfTheWebAndHasAHost)
 {
-    for (const char* address : {"http://a", "https://a/b?[c]", "HTTPS://A/", "http://a/b c", "https://[DOMAIN]/x"})
+    for (const char* address : {"http://a", "https://a/b?[c]", "HTTPS://A/", "http://a/b c", "https://[DOMAIN]/x",
+                                "http://a?x=//b/c", "http://a#//b"})
         EXPECT_TRUE(vast::is_address(address)) << address;
-    for (const char* other : {"", "http:", "http://", "http:///x", "//a/b", "/b", "b", "ftp://a", "javascript:x",
-                              "data:,x", "[MACRO]", "mailto:a@b"})
+    for (const char* other :
+         {"", "http:", "http://", "http:///x", "//a/b", "/b", "b", "ftp://a", "javascript:x", "data:,x", "[MACRO]",
+          "mailto:a@b", "http:/x//a/b", "http:x//a", "http://?x=//a/b", "http://u@/x", "ftp://a/http://b", "a//b"})
         EXPECT_FALSE(vast::is_address(other)) << other;
 }
 
@@ -74,6 +76,9 @@ TEST(VastTexts, WhatAnAddressMayNotHaveIsRequestedPercentEncoded)
     EXPECT_EQ(vast::requestable("http://a/b c\t\u00e4?x=[Y]%20"), "http://a/b%20c%09%C3%A4?x=[Y]%20");
     EXPECT_TRUE(vast::has_blanks("a b"));
     EXPECT_TRUE(vast::has_blanks("a\nb"));
+    EXPECT_TRUE(vast::has_blanks("a\x7f"));
+    EXPECT_TRUE(vast::has_blanks(" a"));
+    EXPECT_FALSE(vast::has_blanks(""));
     EXPECT_FALSE(vast::has_blanks("a\u00e4%20b"));
 }
 
