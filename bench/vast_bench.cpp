@@ -63,7 +63,8 @@ public:
         resolver_->resolve(address, [&](vast::Resolution resolution) { result = std::move(resolution); });
         platform_.run_until(platform_.loop().now() + 2 * options_.whole_time_out);
         if (!result || result->ads.empty()) {
-            std::cerr << "vast_bench: " << address << " leads to no ad: " << (result ? result->why : "no answer") << '\n';
+            std::cerr << "vast_bench: " << address << " leads to no ad: " << (result ? result->why : "no answer")
+                      << '\n';
             std::exit(1);
         }
         return std::move(*result);
@@ -160,8 +161,7 @@ int main(int argc, char** argv)
         return 0;
     }
     for (const char* tag : Tags)
-        benchmark::RegisterBenchmark(tag, [&world, tag](benchmark::State& state) {
-            measure(state, world, Site + tag + ".xml");
-        });
+        benchmark::RegisterBenchmark(
+            tag, [&world, tag](benchmark::State& state) { measure(state, world, Site + tag + ".xml"); });
     benchmark::RunSpecifiedBenchmarks();
 }

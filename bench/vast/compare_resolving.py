@@ -32,7 +32,7 @@ def install(folder):
 
 
 def require_equal(ours, theirs):
-    """The standard says in which order trackers are sent for no event, so the lines are compared without order."""
+    """Compares the lines without order: the two merge wrappers in opposite directions."""
     ours, theirs = sorted(ours.splitlines()), sorted(theirs.splitlines())
     if not ours or ours == theirs:
         return ours

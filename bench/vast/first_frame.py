@@ -1,12 +1,12 @@
 #!/usr/bin/env python3
-"""Measures the time from the start of `qoro-ad play` to the first frame on the screen: of a VAST tag, of a tag behind two
-wrappers, and of the equal ad in this program's own format, which `qoro-ad import` makes of the tag.
+"""Measures the time from the start of `qoro-ad play` to the first frame on the screen: of a VAST tag, of the same tag
+behind two wrappers, and of the equal ad in this program's own format, which `qoro-ad import` makes of the tag.
 
 usage: bench/vast/first_frame.py QORO_AD FRAME_READER [--runs 8] [--delay 0]
 
-Run it through tools/with_display.sh. A server on this machine has the tags and the video; it answers a tag after --delay
-seconds. frame_reader reads the frame from the X server's picture. The runs alternate. Prints medians, and each tag's
-ratio to the ad without the time that the server took for the tag.
+Run it through tools/with_display.sh. A server on this machine has the tags and the video; it answers a tag after
+--delay seconds. frame_reader reads the frame from the X server's picture. The runs alternate. Prints medians, and each
+tag's ratio to the ad without the time that the server took for the tag.
 """
 import argparse
 import http.server
