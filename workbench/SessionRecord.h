@@ -1,0 +1,35 @@
+#pragma once
+
+#include "formats/Scenario.h"
+#include "simulator/Summary.h"
+#include "workbench/Sight.h"
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace qoro
+{
+
+/// A line of a session's trace.
+struct RecordedLine {
+    /// Microseconds since the session's start.
+    std::int64_t at = 0;
+    /// The JSON object, without a line break.
+    std::string json;
+};
+
+/// A whole session: what left the controller, and what the viewer saw.
+struct SessionRecord {
+    std::vector<RecordedLine> lines;
+    /// One for each moment at which what the viewer sees has changed, in order of time.
+    std::vector<Sight> sights;
+    Summary summary;
+    /// Microseconds: when the last step was performed.
+    std::int64_t end = 0;
+};
+
+/// Simulates a session and records it. Looking does not change the session: the trace is that of simulate().
+SessionRecord record_session(const Scenario& scenario);
+
+} // namespace qoro
