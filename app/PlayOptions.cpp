@@ -90,8 +90,9 @@ std::string check_megabytes(const std::string& text)
 
 void add_play_options(CLI::App& command, PlayOptions& options)
 {
-    command.footer("Exit status: 0 an ad was shown; 1 nothing was shown, a file of the ad is missing (see --lenient) or a\n"
-                   "picture could not be written; 2 the ad, another file or an option is not usable.\n");
+    command.footer(
+        "Exit status: 0 an ad was shown; 1 nothing was shown, a file of the ad is missing (see --lenient) or a\n"
+        "picture could not be written; 2 the ad, another file or an option is not usable.\n");
     const CLI::Validator seconds(check_seconds, "");
     command
         .add_option("ad", options.ad_file,
