@@ -22,12 +22,15 @@ std::string check_level(const std::string& name)
 void add_log_option(CLI::App& command, std::optional<ZulixLogTag>& level)
 {
     const std::string standard = level ? std::string(log_level_name(*level)) : "none";
+    auto* log = command.add_option_function<std::string>(
+        "--log", [&level](const std::string& name) { level = log_level_named(name); },
+        "Write the ad's log to standard error, from this level up (" + standard + ")");
+    log->type_name("debug|info|note|warning|error")->check(CLI::Validator(check_level, ""));
     command
-        .add_option_function<std::string>(
-            "--log", [&level](const std::string& name) { level = log_level_named(name); },
-            "Write the ad's log to standard error, from this level up (" + standard + ")")
-        ->type_name("debug|info|note|warning|error")
-        ->check(CLI::Validator(check_level, ""));
+        .add_flag_callback(
+            "--verbose", [&level] { level = ZulixLogTagOfNote; },
+            "As --log note: also what is as intended, such as parts of a VAST tag that have no effect")
+        ->excludes(log);
 }
 
 } // namespace qoro

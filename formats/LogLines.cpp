@@ -42,6 +42,15 @@ std::string with_place(const EventText& file, const std::optional<std::int64_t>&
     return words.append(": ").append(text);
 }
 
+/// The element's XPath, or that of the element it is in, and its name.
+std::string place_of(const event::VastIgnored& ignored)
+{
+    const std::string_view path = ignored.path.view();
+    const std::string_view last = path.substr(std::min(path.rfind('/') + 1, path.size()));
+    const bool is_its_own = last.substr(0, last.find('[')) == ignored.element.view();
+    return is_its_own ? std::string(path) : std::string(path).append(": ").append(ignored.element.view());
+}
+
 } // namespace
 
 std::string_view log_level_name(std::int64_t level)
@@ -70,6 +79,19 @@ void pass_log_line(const LogSink& sink, const Event& event)
         sink(level_of_console(line->level.view()), with_place(line->file, line->line, line->message.view()));
     else if (const auto* error = std::get_if<event::PageError>(&event))
         sink(ZulixLogTagOfError, with_place(error->file, error->line, error->message.view()));
+}
+
+void pass_tag_line(const LogSink& sink, const Event& event)
+{
+    if (!sink)
+        return;
+    if (const auto* ad = std::get_if<event::VastAdBegun>(&event))
+        sink(ZulixLogTagOfInfo, "VAST ad " + std::string(ad->id.view()) + " with " + std::string(ad->video.view()));
+    else if (const auto* ignored = std::get_if<event::VastIgnored>(&event))
+        sink(ZulixLogTagOfNote, place_of(*ignored).append(": ").append(ignored->why.view()));
+    else if (const auto* failed = std::get_if<event::VastFailed>(&event))
+        sink(ZulixLogTagOfWarnning,
+             std::string(failed->why.view()) + " (VAST error " + std::to_string(failed->error) + ")");
 }
 
 LogSink log_writer(ZulixLogTag from, const std::string& origin, std::function<void(std::string_view)> write)

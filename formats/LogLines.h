@@ -25,6 +25,10 @@ std::optional<ZulixLogTag> log_level_named(std::string_view name);
 /// empty sink receives nothing.
 void pass_log_line(const LogSink& sink, const Event& event);
 
+/// Forwards what happens to a VAST tag: an ad that begins (info), a part of a document that has no effect (note), an ad
+/// that cannot be played (warning). An empty sink receives nothing.
+void pass_tag_line(const LogSink& sink, const Event& event);
+
 /// A sink that writes lines of a level and above, in the order debug, info, note, warning, error: "qoro-ad: warning:
 /// …\n". Control characters become blanks.
 /// @param origin where the lines come from, such as a file; empty for nowhere in particular
@@ -40,6 +44,7 @@ public:
     void receive(const Event& event) override
     {
         pass_log_line(sink_, event);
+        pass_tag_line(sink_, event);
         next_.receive(event);
     }
 

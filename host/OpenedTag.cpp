@@ -1,6 +1,7 @@
 #include "host/OpenedTag.h"
 
 #include "formats/AdFile.h"
+#include "formats/LogLines.h"
 #include "host/HostFunctions.h"
 #include "host/OpenedAd.h"
 #include "host/Rehearsal.h"
@@ -209,6 +210,8 @@ void OpenedTag::Run::receive(const Event& event)
 {
     if (before_ && !call_host("EventSink", nullptr, [&] { before_->receive(event); }))
         before_ = nullptr;
+    if (host_.log && !call_host("HostSetup::log", nullptr, [&] { pass_tag_line(host_.log, event); }))
+        host_.log = nullptr;
     if (const auto tracking = tracking_)
         tracking->receive(event);
 }

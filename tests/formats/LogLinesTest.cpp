@@ -61,6 +61,27 @@ TEST(LogLines, NameThePlaceOfALineOfThePage)
                                         "error http://a/x.png: 404"}));
 }
 
+TEST(LogLines, ReportWhatHappensToATag)
+{
+    std::vector<std::string> lines;
+    const LogSink sink = [&lines](ZulixLogTag level, std::string_view message) {
+        lines.push_back(std::string(log_level_name(level)) + " " + std::string(message));
+    };
+    Counter next;
+    LogFilter filter(sink, next);
+
+    filter.receive(event::VastIgnored{"Survey", "surveys are not supported", "/VAST/Ad/InLine/Survey"});
+    filter.receive(event::VastIgnored{"Icon", "only one icon is shown", "/VAST/Ad"});
+    filter.receive(event::VastFailed{403, "/VAST/Ad: none of its media files can be played"});
+    filter.receive(event::VastAdBegun{"a", std::nullopt, "Tea", 0, "http://m/v.mp4"});
+
+    EXPECT_EQ(lines,
+              (std::vector<std::string>{"note /VAST/Ad/InLine/Survey: surveys are not supported",
+                                        "note /VAST/Ad: Icon: only one icon is shown",
+                                        "warning /VAST/Ad: none of its media files can be played (VAST error 403)",
+                                        "info VAST ad a with http://m/v.mp4"}));
+}
+
 TEST(LogLines, MayHaveNoSink)
 {
     Counter next;

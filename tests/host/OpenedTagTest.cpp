@@ -353,6 +353,22 @@ TEST_F(OpenedTagTest, TheHostIsNotifiedOfAnAdThatIsNotOpenedBeforeItsErrorTracke
     EXPECT_THAT(record.sent, ElementsAre("a/error?403"));
 }
 
+TEST_F(OpenedTagTest, TheHostsLogHasWhatOfTheTagHasNoEffectOnce)
+{
+    TagAd ad = named("a");
+    ad.in_line = "<Survey>http://t/survey</Survey>";
+    serve(test::TagAddress, ad_element(ad));
+    Texts notes;
+    host.log = [&](ZulixLogTag level, std::string_view message) {
+        if (level == ZulixLogTagOfNote && message.find("Survey") != std::string_view::npos)
+            notes.emplace_back(message);
+    };
+    open();
+    let_pass(1);
+
+    EXPECT_THAT(notes, ElementsAre("/VAST/Ad/InLine/Survey: surveys are not supported"));
+}
+
 TEST_F(OpenedTagTest, TheHostMayDestroyTheTagWhenAnAdFails)
 {
     TagAd ad = named("a", "sequence=\"1\"");
