@@ -399,10 +399,19 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
     const std::size_t hop = result_.wrappers.size();
     result_.wrappers.push_back({.address = ad->onward->address});
     const Chain inner = std::make_shared<const Wrapping>(ad, address, chain);
-    const auto give_up = [this, ad, address, chain, then, hop](int code, const std::string& why) {
+    // A response without an ad has error addresses of its own.
+    const auto give_up = [this, ad, address, chain, then, hop](int code, const std::string& why,
+                                                               std::vector<std::string> errors = {},
+                                                               std::vector<std::string> documents = {}) {
         result_.wrappers[hop].error = code;
         result_.wrappers[hop].why = why;
-        then(fail(*ad, address, chain, code, ad->onward->address + ": " + why));
+        append(errors, errors_of(*ad, chain));
+        append(documents, documents_of(address, chain));
+        then(fail({.code = code,
+                   .why = ad->onward->address + ": " + why,
+                   .errors = std::move(errors),
+                   .id = ad->id,
+                   .documents = std::move(documents)}));
     };
     fetch(ad->onward->address, [this, ad, inner, then, give_up](const FetchAnswer& answer, bool timed_out) {
         if (timed_out || !answer.ok)
@@ -417,7 +426,7 @@ void Resolver::Run::follow(const std::shared_ptr<const Ad>& ad, const std::strin
         }
         note(document, answer.final_address, inner);
         if (document.ads.empty())
-            return give_up(NoAd, "the response has no ad");
+            return give_up(NoAd, "the response has no ad", std::move(document.errors), {answer.final_address});
         const bool multiple = ad->onward->allow_multiple_ads;
         std::vector<Ad> ads = permitted(std::move(document.ads), multiple);
         if (ads.empty())

@@ -47,7 +47,8 @@ struct FailedAd {
     int code = 900;
     /// Why, one line.
     std::string why;
-    /// Error addresses of the ad and its wrappers, the innermost first.
+    /// Error addresses of the response without an ad to which it led, of the ad and of its wrappers, the innermost
+    /// first.
     std::vector<std::string> errors;
     /// Of the ad; empty if it gives none.
     std::string id = {};

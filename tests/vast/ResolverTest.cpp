@@ -260,6 +260,20 @@ TEST_F(VastResolver, EachAdThatFailsHasItsCodeAndErrorAddressesInnermostFirst)
     EXPECT_EQ(resolution.errors, resolution.failed[0].errors);
 }
 
+// VAST 4.3, section 3.2.1: the Error of a document without an ad.
+TEST_F(VastResolver, AnAdThatLeadsToAResponseWithoutAnAdHasTheErrorAddressesOfThatToo)
+{
+    tags.serve("none", vast_of("<Error>http://t.example/none</Error>"));
+    std::string wrapper = wrapper_of(Site + "none");
+    wrapper.insert(wrapper.find("<Impression>"), "<Error>http://t.example/out</Error>");
+    const Resolution resolution = tags.resolve_text(vast_of(wrapper + inline_ad("other")));
+    EXPECT_EQ(resolution.ads.size(), 1U);
+    ASSERT_EQ(resolution.failed.size(), 1U);
+    EXPECT_EQ(resolution.failed[0].code, 303);
+    EXPECT_EQ(resolution.failed[0].errors, (std::vector<std::string>{"http://t.example/none", "http://t.example/out"}));
+    EXPECT_EQ(resolution.failed[0].documents, (std::vector<std::string>{Site + "none", Site + "tag.xml"}));
+}
+
 TEST_F(VastResolver, ThousandsOfAdsThatFailDoNotRecurse)
 {
     const Resolution buffet = tags.resolve_text(vast_of(repeated("<Ad/>", 9999)));
