@@ -144,6 +144,8 @@ OpenedTag::Run::Run(Platform& platform, OnEnd on_end, HostSetup host, TagOptions
                                                                std::move(options_.random), machine_random)
                                       : machine_random;
     options_.macros.request.random = options_.random;
+    if (!options_.macros.ad_break.transaction_id)
+        options_.macros.ad_break.transaction_id = vast::make_transaction_id(options_.random);
     const ConsentStrings& consent = host_.consent;
     vast::MacroValues::Regulation& regulation = options_.macros.regulation;
     regulation.gdpr = consent.gdpr_applies;

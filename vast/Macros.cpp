@@ -2,7 +2,9 @@
 #include "vast/MacroTable.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdio>
 
 namespace qoro::vast
 {
@@ -82,6 +84,20 @@ bool viewer_may_be_identified(const MacroValues::Regulation& regulation)
     if (european || regulation.gdpr.value_or(false))
         return has_tcf || (european && has_gpp);
     return regulation.gdpr || has_tcf || has_gpp || is_present(regulation.us_privacy);
+}
+
+std::string make_transaction_id(const std::function<std::uint32_t()>& random)
+{
+    constexpr std::uint32_t Version = 0x4000;
+    constexpr std::uint32_t Variant = 0x80000000;
+    const std::uint32_t first = random();
+    const std::uint32_t second = (random() & 0xFFFF0FFF) | Version;
+    const std::uint32_t third = (random() & 0x3FFFFFFF) | Variant;
+    const std::uint32_t fourth = random();
+    std::array<char, 37> text;
+    std::snprintf(text.data(), text.size(), "%08x-%04x-%04x-%04x-%04x%08x", first, second >> 16, second & 0xFFFF,
+                  third >> 16, third & 0xFFFF, fourth);
+    return text.data();
 }
 
 std::string expand(std::string_view address, const MacroValues& values)

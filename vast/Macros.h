@@ -263,6 +263,10 @@ struct MacroValues {
 /// The strings are not decoded beyond that: a host supplies identifiers only if they permit it.
 bool viewer_may_be_identified(const MacroValues::Regulation& regulation);
 
+/// A new value of [TRANSACTIONID]: a UUID of version 4 (RFC 9562).
+/// @param random gives any 32 bits; called four times
+std::string make_transaction_id(const std::function<std::uint32_t()>& random);
+
 /// Replaces every macro [X] and %5BX%5D, with hexadecimal digits in either case, by its value. Everything else stays
 /// byte for byte: other names, names in lower case, an escaped bracket with a plain one. A value is not expanded again.
 /// Values are encoded as by ECMAScript's encodeURIComponent (section 6.1): letters, digits and -_.!~*'() stay. Lists

@@ -651,5 +651,35 @@ TEST_F(OpenedTagTest, TheHostsValuesOfMacrosReachTheTrackersAndTheTagsAddress)
                 ElementsAre("a/impression", "a/start", "news.example/2023-11-14T22%3A13%3A20.500%2B00/-1/1"));
 }
 
+TEST_F(OpenedTagTest, AllRequestsOfATagHaveTheSameTransactionId)
+{
+    const std::string id = "00000001-0002-4000-8003-000000000004";
+    options.random = [bits = 0U]() mutable {
+        ++bits;
+        return bits == 2 || bits == 3 ? bits << 16 : bits;
+    };
+    TagAd ad = named("a");
+    ad.impression = "http://t/i?[TRANSACTIONID]";
+    serve("http://ads/tag?" + id, test::wrapper_element("http://ads/inner?[TRANSACTIONID]",
+                                                        "<Impression>http://t/w?[TRANSACTIONID]</Impression>"));
+    serve("http://ads/inner?" + id, ad_element(ad));
+    open("http://ads/tag?[TRANSACTIONID]");
+    let_pass(1);
+
+    EXPECT_THAT(record.sent, ElementsAre("i?" + id, "w?" + id, "a/start"));
+}
+
+TEST_F(OpenedTagTest, TheHostMayGiveTheTransactionId)
+{
+    options.macros.ad_break.transaction_id = "own";
+    TagAd ad = named("a");
+    ad.impression = "http://t/i?[TRANSACTIONID]";
+    serve(test::TagAddress, ad_element(ad));
+    open();
+    let_pass(1);
+
+    EXPECT_THAT(record.sent, ElementsAre("i?own", "a/start"));
+}
+
 } // namespace
 } // namespace qoro

@@ -578,6 +578,15 @@ TEST(VastViewerIdentifiers, AreUnknownWhereTheyMayBeSentButAreAbsent)
     EXPECT_EQ(expand("[IFA] [IFATYPE] [DEVICEIP] [LATLONG]", values), "-1 -1 -1 -1");
 }
 
+// RFC 9562, sections 4 and 5.4: the digit of the version is 4, that of the variant 8, 9, a or b.
+TEST(VastTransactionId, IsAUuidOfRandomBits)
+{
+    EXPECT_EQ(make_transaction_id([] { return 0U; }), "00000000-0000-4000-8000-000000000000");
+    EXPECT_EQ(make_transaction_id([] { return 0xFFFFFFFFU; }), "ffffffff-ffff-4fff-bfff-ffffffffffff");
+    std::uint32_t next = 0;
+    EXPECT_EQ(make_transaction_id([&] { return next += 0x11111111; }), "11111111-2222-4222-b333-333344444444");
+}
+
 } // namespace
 
 } // namespace qoro::vast
