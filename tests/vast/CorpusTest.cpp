@@ -1,4 +1,4 @@
-#include "Places.h"
+#include "tests/vast/Corpus.h"
 #include "tests/vast/Tags.h"
 #include "vast/Describe.h"
 #include "vast/Reader.h"
@@ -7,14 +7,9 @@
 #include <nlohmann/json.hpp>
 
 #include <algorithm>
-#include <filesystem>
 #include <string>
-#include <vector>
 
-// Each document of tests/vast/documents/ with its expected description: NAME.xml and NAME.json beside it. A refused
-// document has {"refused": {"code", "begins"}}. An expected reason is a part of the actual one. "failed", the ads that
-// cannot be played, is compared where it is given. The documents in the
-// folder net/ beside a document are on http://ads.example/; net.json there lists the addresses that answer otherwise.
+// Each document of the corpus with its expected description.
 
 namespace qoro::test
 {
@@ -23,39 +18,6 @@ namespace
 {
 
 using Json = nlohmann::json;
-namespace fs = std::filesystem;
-
-const fs::path Documents = fs::path(QORO_SOURCE_DIR) / "tests/vast/documents";
-
-/// Names of the documents with an expected description, without their extension.
-std::vector<std::string> names()
-{
-    std::vector<std::string> names;
-    for (const auto& entry : fs::recursive_directory_iterator(Documents))
-        if (entry.path().extension() == ".xml" && entry.path().parent_path().filename() != "net")
-            names.push_back(fs::relative(entry.path(), Documents).replace_extension().string());
-    std::ranges::sort(names);
-    return names;
-}
-
-World network_of(const fs::path& folder)
-{
-    World world;
-    if (!fs::exists(folder / "net"))
-        return world;
-    for (const auto& entry : fs::directory_iterator(folder / "net"))
-        world.net["http://ads.example/" + entry.path().filename().string()].body = document_text(entry.path().string());
-    const Json others = Json::parse(document_text((folder / "net.json").string()));
-    for (const auto& [address, answer] : others.items()) {
-        NetAnswer& other = world.net[address];
-        other.ok = !answer.contains("fail");
-        other.error = answer.value("fail", "");
-        other.after = answer.value("after", 0.0);
-        if (answer.contains("file"))
-            other.body = document_text((folder / "net" / (answer["file"].get<std::string>() + ".xml")).string());
-    }
-    return world;
-}
 
 /// Removes the words, for people, that the expected descriptions do not have; they are never empty.
 void remove_words(Json& description)
@@ -108,11 +70,12 @@ class Corpus : public testing::TestWithParam<std::string>
 
 TEST_P(Corpus, ADocumentIsDescribedAsExpected)
 {
-    const fs::path path = Documents / GetParam();
-    const std::string text = document_text(path.string() + ".xml");
-    const Json expected = Json::parse(document_text(path.string() + ".json"));
+    const std::string text = corpus_document(GetParam());
+    Json expected = corpus_expectation(GetParam());
+    expected.erase("session");
+    expected.erase("scenario");
     Tags tags;
-    tags.world = network_of(path.parent_path());
+    tags.world = corpus_network(GetParam());
     tags.options.permits = [](const std::string&, const std::string& to) { return !to.starts_with("http://127."); };
 
     if (expected.contains("refused")) {
@@ -138,19 +101,12 @@ TEST_P(Corpus, ADocumentIsDescribedAsExpected)
     EXPECT_EQ(actual, expected) << differences(expected, actual);
 }
 
-INSTANTIATE_TEST_SUITE_P(Documents, Corpus, testing::ValuesIn(names()), [](const auto& test) {
-    std::string name = test.param;
-    std::ranges::replace_if(
-        name, [](char c) { return c == '/' || c == '-' || c == '.'; }, '_');
-    return name;
-});
+INSTANTIATE_TEST_SUITE_P(Documents, Corpus, testing::ValuesIn(corpus_names()),
+                         [](const auto& test) { return test_name(test.param); });
 
 TEST(CorpusAsAWhole, HasEveryElementAndAttributeOfTheStandard)
 {
-    std::string all;
-    for (const auto& entry : fs::recursive_directory_iterator(Documents))
-        if (entry.path().extension() == ".xml")
-            all += document_text(entry.path().string());
+    const std::string all = whole_corpus();
     // VAST 2.0 to 4.3, the elements.
     for (const char* element : {"VAST",
                                 "Error",
@@ -282,9 +238,9 @@ TEST(CorpusAsAWhole, HasEveryElementAndAttributeOfTheStandard)
 
 TEST(CorpusAsAWhole, HasAtLeastEightyDocumentsEachWithItsDescription)
 {
-    EXPECT_GE(names().size(), 80U);
-    for (const std::string& name : names())
-        EXPECT_TRUE(fs::exists(Documents / (name + ".json"))) << name;
+    EXPECT_GE(corpus_names().size(), 80U);
+    for (const std::string& name : corpus_names())
+        EXPECT_FALSE(corpus_expectation(name).empty()) << name;
 }
 
 } // namespace qoro::test
