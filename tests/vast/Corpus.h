@@ -15,7 +15,7 @@
 // - "session": the trackers of a whole session, [event, address] in the order of sending. The video is as long as the
 //   (first) ad's Duration, or 30 seconds. The viewer watches to the end and then closes the ad. [TIMESTAMP],
 //   [CACHEBUSTING] and [TRANSACTIONID] are any value of that macro.
-// - "scenario", optional: keys of the session's scenario, such as other "steps" after the opening one.
+// - "scenario", optional: keys that replace those of the session's scenario, such as "steps".
 //
 // The documents in the folder net/ beside a document are on http://ads.example/; net.json there lists the addresses
 // that answer otherwise.

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <regex>
+#include <set>
 #include <sstream>
 #include <string>
 #include <utility>
@@ -143,5 +144,42 @@ TEST_P(CorpusSession, SendsItsTrackersInOrder)
 
 INSTANTIATE_TEST_SUITE_P(Documents, CorpusSession, testing::ValuesIn(corpus_names()),
                          [](const auto& test) { return test_name(test.param); });
+
+TEST(CorpusSessions, SendEachEventAndEachErrorThatCanOccurHere)
+{
+    std::set<std::string> events;
+    std::set<std::string> errors;
+    for (const std::string& name : corpus_names()) {
+        const Json expected = corpus_expectation(name);
+        for (const Json& tracker : expected.value("session", Json::array())) {
+            events.insert(tracker[0]);
+            const std::string address = tracker[1];
+            if (tracker[0] == "error" && address.size() >= 3)
+                errors.insert(address.substr(address.size() - 3));
+        }
+    }
+    for (const char* event : {"loaded",         "impression",
+                              "creativeView",   "start",
+                              "firstQuartile",  "midpoint",
+                              "thirdQuartile",  "progress",
+                              "complete",       "pause",
+                              "resume",         "mute",
+                              "unmute",         "rewind",
+                              "skip",           "closeLinear",
+                              "close",          "playerExpand",
+                              "fullscreen",     "playerCollapse",
+                              "exitFullscreen", "companionView",
+                              "companionClick", "clickTracking",
+                              "customClick",    "iconView",
+                              "iconClick",      "viewable",
+                              "notViewable",    "viewUndetermined",
+                              "error",          "verificationNotExecuted"})
+        EXPECT_TRUE(events.contains(event)) << event;
+    // Not 206, which a host causes; not 400 to 402 and 603, which players and pages that are not simulated report; not
+    // 900, of a tag that has no document.
+    for (const char* error :
+         {"100", "101", "102", "201", "205", "300", "301", "302", "303", "403", "405", "409", "410", "602", "604"})
+        EXPECT_TRUE(errors.contains(error)) << error;
+}
 
 } // namespace qoro::test
