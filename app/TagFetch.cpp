@@ -116,8 +116,9 @@ TagDocuments fetch_tag_documents(const AdInput& tag, const std::optional<DeviceM
                            .document = std::move(fetched.document),
                            .answers = std::move(fetched.answers)};
     for (const vast::ResolvedAd& resolved : fetched.resolution.ads) {
-        documents.durations.push_back(resolved.ad.linear->duration);
-        if (const vast::Icon* const icon = vast::choose_icon(resolved.ad.linear->icons))
+        const vast::Linear& linear = *resolved.ad.linear;
+        documents.videos.push_back({linear.media_files[*resolved.media.chosen].address, linear.duration});
+        if (const vast::Icon* const icon = vast::choose_icon(linear.icons))
             documents.pictures.push_back(vast::picture_of(*icon)->text);
     }
     return documents;

@@ -71,8 +71,8 @@ public:
                 json[place] = absolute;
             answer(use, path, address, absolute);
         });
-        Json video = video_of(*ad);
-        return scenario(std::move(json), std::move(video));
+        const Json video = video_of(*ad);
+        return scenario(std::move(json), "video", video);
     }
 
     AdScenario compose(const TagDocuments& tag)
@@ -85,17 +85,19 @@ public:
         net_[tag.address] = answer(tag.document);
         for (const std::string& address : tag.pictures)
             net_[address] = body_of(PictureBegins);
-        if (tag.durations.empty())
+        if (tag.videos.empty())
             remark("", "the tag leads to no ad: the scenario shows why");
-        Json video = video_of(tag);
-        return scenario({{"vast", tag.address}}, std::move(video));
+        const Json videos = videos_of(tag);
+        return scenario({{"vast", tag.address}}, "videos", videos);
     }
 
 private:
-    AdScenario scenario(Json ad, Json video)
+    /// @param key of the videos' behaviour
+    AdScenario scenario(Json ad, const char* key, const Json& behaviour)
     {
-        made_.text = Json{{"device", device()},        {"host", host()},      {"net", std::move(net_)},
-                          {"video", std::move(video)}, {"ad", std::move(ad)}, {"steps", steps()}}
+        end_ = std::ceil(end_ + CloseAfter);
+        made_.text = Json{{"device", device()}, {"host", host()},      {"net", std::move(net_)},
+                          {key, behaviour},     {"ad", std::move(ad)}, {"steps", steps()}}
                          .dump(2) +
                      "\n";
         return std::move(made_);
@@ -212,48 +214,40 @@ private:
                 check_proportions(ad, facts->size);
             }
         setup.duration = faults.duration.value_or(setup.duration);
-        setup.load_after = faults.load_after.value_or(setup.load_after);
         fails_ = fails_ || faults.fails;
         if (ad.strVideoUrl.length() > 0 && !fails_)
             std::ranges::copy(remarks_on_duration(ad, parts_.ad_file, setup.duration),
                               std::back_inserter(made_.remarks));
-        return video_of(setup, 1);
+        return video_of(setup.duration);
     }
 
-    /// @param times how many players show it, one after the other
-    Json video_of(const VideoSetup& setup, std::size_t times)
+    /// Also adds to the end of the session.
+    Json video_of(double duration)
     {
         const AdFaults& faults = parts_.faults;
-        Json video{{"duration", setup.duration}, {"loadAfter", setup.load_after}};
-        end_ = setup.load_after + setup.duration;
+        const double load_after = faults.load_after.value_or(VideoSetup().load_after);
+        Json video{{"duration", duration}, {"loadAfter", load_after}};
+        end_ += load_after + duration;
         for (const AdFaults::Stall& stall : faults.stalls) {
-            video["stalls"].push_back({stall.at.value_or(setup.duration / 2), stall.seconds});
+            video["stalls"].push_back({stall.at.value_or(duration / 2), stall.seconds});
             end_ += stall.seconds;
         }
-        end_ *= static_cast<double>(times);
         if (faults.fails_at)
             video["error"] = *faults.fails_at;
         if (fails_)
             video["errorForGood"] = 0;
-        end_ = std::ceil(end_ + CloseAfter);
         return video;
     }
 
-    /// The videos of a tag's ads, which follow each other.
-    Json video_of(const TagDocuments& tag)
+    /// The videos of a tag's ads, which follow each other, by address.
+    Json videos_of(const TagDocuments& tag)
     {
-        VideoSetup setup;
-        setup.load_after = parts_.faults.load_after.value_or(setup.load_after);
-        std::vector<double> durations;
-        for (const auto& duration : tag.durations)
-            durations.push_back(parts_.faults.duration.value_or(duration.value_or(setup.duration)));
-        if (std::ranges::adjacent_find(durations, std::ranges::not_equal_to()) != durations.end())
-            remark("", "the ads have different durations: " + shortest_text(durations.front()) +
-                           " s are assumed for each; set --video duration=SECONDS");
-        if (!durations.empty())
-            setup.duration = durations.front();
         fails_ = parts_.faults.fails;
-        return video_of(setup, std::max<std::size_t>(durations.size(), 1));
+        Json videos = Json::object();
+        for (const TagDocuments::Video& video : tag.videos)
+            videos[video.address] =
+                video_of(parts_.faults.duration.value_or(video.duration.value_or(VideoSetup().duration)));
+        return videos;
     }
 
     /// Those of the file, from the opening of the ad to the end of the video at the earliest; or a viewer who watches

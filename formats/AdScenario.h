@@ -86,8 +86,13 @@ struct TagDocuments {
     Answer document = {};
     /// At the addresses that the documents give, with their macros.
     std::map<std::string, Answer> answers = {};
-    /// Of each ad that plays, in seconds; absent if the tag does not give it.
-    std::vector<std::optional<double>> durations = {};
+    struct Video {
+        std::string address;
+        /// Seconds; absent if the tag does not give it.
+        std::optional<double> duration;
+    };
+    /// Of each ad that plays.
+    std::vector<Video> videos = {};
     /// Addresses of pictures that the ads show.
     std::vector<std::string> pictures = {};
 };

@@ -281,10 +281,10 @@ std::vector<Stall> read_stalls(const Reader& reader)
     return stalls;
 }
 
-VideoSetup read_video(const Reader& reader)
+/// @param setup the defaults
+VideoSetup read_video(const Reader& reader, VideoSetup setup)
 {
     reader.with_keys({"mode", "duration", "loadAfter", "stalls", "error", "errorForGood"});
-    VideoSetup setup;
     if (const auto mode = reader.at("mode")) {
         const std::string& name = mode->text("\"manual\" or \"auto\"");
         if (name != "manual" && name != "auto")
@@ -314,7 +314,7 @@ Scenario read_scenario(std::string_view text, const std::string& file)
 {
     const detail::Json json = detail::parse_json(text, file);
     const Reader reader(json, file);
-    reader.with_keys({"device", "host", "text", "net", "video", "ad", "steps"});
+    reader.with_keys({"device", "host", "text", "net", "video", "videos", "ad", "steps"});
     Scenario scenario;
     if (const auto device = reader.at("device"))
         scenario.world.device = read_device(*device);
@@ -330,7 +330,10 @@ Scenario read_scenario(std::string_view text, const std::string& file)
         for (const auto& [address, answer] : answers->entries())
             scenario.world.net.insert_or_assign(address, read_answer(answer));
     if (const auto video = reader.at("video"))
-        scenario.world.video = read_video(*video);
+        scenario.world.video = read_video(*video, VideoSetup());
+    if (const auto videos = reader.at("videos"))
+        for (const auto& [address, video] : videos->entries())
+            scenario.world.videos.insert_or_assign(address, read_video(video, scenario.world.video));
     const auto ad = reader.at("ad");
     if (!ad)
         throw InputError(file, "", "expected an \"ad\"");

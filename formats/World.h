@@ -74,8 +74,10 @@ struct VideoSetup {
 struct World {
     /// The device at the session's start.
     DeviceSetup device;
-    /// Behaviour of every player of the session.
+    /// Behaviour of the players of the session, but for those of videos.
     VideoSetup video;
+    /// Behaviour of players by the address of their video.
+    std::map<std::string, VideoSetup, std::less<>> videos;
     /// Answers by address; an unnamed address answers with success and an empty body.
     std::map<std::string, NetAnswer, std::less<>> net;
     /// Measured sizes by text, for every font.

@@ -9,7 +9,7 @@ namespace qoro
 {
 
 SimulatedPlatform::SimulatedPlatform(World world)
-    : world_(std::move(world)), players_(loop_, world_.video), web_engines_(loop_, world_), device_(world_.device),
+    : world_(std::move(world)), players_(loop_, world_), web_engines_(loop_, world_), device_(world_.device),
       volume_(*this, loop_, world_.device), net_(loop_, world_), text_(world_), video_cache_(world_),
       calendar_(world_.device)
 {

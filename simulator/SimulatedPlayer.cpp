@@ -20,6 +20,12 @@ void SimulatedPlayers::leave_app()
             each->leave_app();
 }
 
+const VideoSetup& SimulatedPlayers::video_at(const NSURL& source) const
+{
+    const auto named = source ? world_.videos.find(source.absoluteString().text()) : world_.videos.end();
+    return named == world_.videos.end() ? world_.video : named->second;
+}
+
 SimulatedPlayer* SimulatedPlayers::find(std::uint32_t serial) const
 {
     return players_[serial];
@@ -27,12 +33,12 @@ SimulatedPlayer* SimulatedPlayers::find(std::uint32_t serial) const
 
 SimulatedPlayer::SimulatedPlayer(SimulatedPlayers& players, const NSURL& source, PlayerListener& listener)
     : players_(players), serial_(static_cast<std::uint32_t>(players.players_.size())), listener_(listener),
-      has_source_(source)
+      video_(players.video_at(source)), has_source_(source)
 {
     players_.players_.push_back(this);
-    stalls_done_.resize(players_.video_.stalls.size());
+    stalls_done_.resize(video_.stalls.size());
     if (!manual())
-        after(to_microseconds(players_.video_.load_after), Event::Loaded);
+        after(to_microseconds(video_.load_after), Event::Loaded);
 }
 
 SimulatedPlayer::~SimulatedPlayer()
@@ -205,23 +211,22 @@ void SimulatedPlayer::look_ahead()
         return;
     ahead_at_ = end;
     ahead_ = Ahead::End;
-    const VideoSetup& video = players_.video_;
-    if (video.error && !failed_) {
-        const MediaTime at(*video.error);
+    if (video_.error && !failed_) {
+        const MediaTime at(*video_.error);
         if (at >= position_ && at <= ahead_at_) {
             ahead_at_ = at;
             ahead_ = Ahead::Error;
         }
     }
-    if (video.error_for_good) {
-        const MediaTime at(*video.error_for_good);
+    if (video_.error_for_good) {
+        const MediaTime at(*video_.error_for_good);
         if (at >= position_ && at <= ahead_at_ && (at < ahead_at_ || ahead_ == Ahead::End)) {
             ahead_at_ = at;
             ahead_ = Ahead::ErrorForGood;
         }
     }
-    for (std::size_t i = 0; i < video.stalls.size(); ++i) {
-        const MediaTime at(video.stalls[i].at);
+    for (std::size_t i = 0; i < video_.stalls.size(); ++i) {
+        const MediaTime at(video_.stalls[i].at);
         if (!stalls_done_[i] && at >= position_ && at < end &&
             (at < ahead_at_ || (at == ahead_at_ && ahead_ != Ahead::Stall))) {
             ahead_at_ = at;
@@ -242,13 +247,13 @@ void SimulatedPlayer::loaded()
         post(Event::ReportFailure);
         return;
     }
-    if (players_.video_.error_for_good && !(*players_.video_.error_for_good > 0) && !playing()) {
+    if (video_.error_for_good && !(*video_.error_for_good > 0) && !playing()) {
         failed_for_good_ = true;
         post(Event::ReportPlayback);
         post(Event::ReportFailure);
         return;
     }
-    duration_ = players_.video_.duration;
+    duration_ = video_.duration;
     // A step's news may have started playback already; its end is known only now.
     put(position());
     load_state_ = MPMovieLoadStatePlayable;
@@ -298,7 +303,7 @@ void SimulatedPlayer::come_to_it()
         set_playback_state(MPMoviePlaybackStateInterrupted);
         post(Event::ReportLoad);
         post(Event::ReportPlayback);
-        after(to_microseconds(players_.video_.stalls[ahead_stall_].lasts), Event::StallOver);
+        after(to_microseconds(video_.stalls[ahead_stall_].lasts), Event::StallOver);
         break;
     case Ahead::Error:
         failed_ = true;

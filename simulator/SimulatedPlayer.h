@@ -18,7 +18,7 @@ class VirtualLoop;
 class SimulatedPlayers final : public PlayerFactory
 {
 public:
-    SimulatedPlayers(VirtualLoop& loop, const VideoSetup& video) : loop_(loop), video_(video) {}
+    SimulatedPlayers(VirtualLoop& loop, const World& world) : loop_(loop), world_(world) {}
 
     std::unique_ptr<PlayerEngine> make_player(const NSURL& source, PlayerListener& listener) override;
     /// The user leaves the app: running players pause. No effect in manual mode.
@@ -27,11 +27,13 @@ public:
 private:
     friend class SimulatedPlayer;
 
+    /// How the video at a source behaves.
+    const VideoSetup& video_at(const NSURL& source) const;
     /// The player with a serial number; null once destroyed.
     SimulatedPlayer* find(std::uint32_t serial) const;
 
     VirtualLoop& loop_;
-    const VideoSetup& video_;
+    const World& world_;
     std::vector<SimulatedPlayer*> players_; // indexed by serial; null once destroyed
 };
 
@@ -75,7 +77,7 @@ private:
 
     void post(Event event) { after(0, event); }
     TimerId after(std::int64_t microseconds, Event event);
-    bool manual() const { return players_.video_.manual; }
+    bool manual() const { return video_.manual; }
     bool playing() const { return playback_state_ == MPMoviePlaybackStatePlaying; }
     MediaTime position() const;
     /// Sets the position, and counts from there while playing.
@@ -97,6 +99,7 @@ private:
     SimulatedPlayers& players_;
     const std::uint32_t serial_;
     PlayerListener& listener_;
+    const VideoSetup& video_;
     const bool has_source_;
     PlayerSettings settings_;
     double duration_ = 0;

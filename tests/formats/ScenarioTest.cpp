@@ -18,6 +18,16 @@ Scenario read(const std::string& keys)
     return read_scenario("{" + keys + R"( "ad": {}, "steps": []})", "scenario.json");
 }
 
+TEST(Scenario, AVideoOfAnAddressIsAsTheOthersButForWhatItSays)
+{
+    const Scenario scenario = read_scenario(R"({"video": {"duration": 8, "loadAfter": 1},
+        "videos": {"http://m/b.mp4": {"duration": 4}}, "ad": {}, "steps": []})",
+                                            "scenario.json");
+    ASSERT_EQ(scenario.world.videos.size(), 1U);
+    EXPECT_EQ(scenario.world.videos.at("http://m/b.mp4").duration, 4);
+    EXPECT_EQ(scenario.world.videos.at("http://m/b.mp4").load_after, 1);
+}
+
 TEST(Scenario, HasDefaultsForEverythingButAdAndSteps)
 {
     const Scenario scenario = read("");

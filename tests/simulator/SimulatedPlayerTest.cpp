@@ -60,6 +60,21 @@ VideoSetup manual()
     return video;
 }
 
+TEST(AutomaticPlayer, BehavesAsTheVideoAtItsAddress)
+{
+    World world;
+    world.video.duration = 30;
+    world.videos["http://ad/second.mp4"].duration = 15;
+    SimulatedPlatform platform(world);
+    PlayerRun listener(lasting(1));
+    const auto first = platform.players().make_player(NSURL::URLWithString("http://ad/v.mp4"), listener);
+    const auto second = platform.players().make_player(NSURL::URLWithString("http://ad/second.mp4"), listener);
+    platform.run_until(1);
+
+    EXPECT_EQ(first->duration(), 30);
+    EXPECT_EQ(second->duration(), 15);
+}
+
 TEST(AutomaticPlayer, ReadsZeroBeforeItIsLoaded)
 {
     PlayerRun run(lasting(30));

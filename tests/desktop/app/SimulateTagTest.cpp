@@ -60,6 +60,21 @@ TEST_F(SimulateTagTest, TheWrittenScenarioNeedsNoServer)
     EXPECT_EQ(first.output, second.output);
 }
 
+TEST_F(SimulateTagTest, EachAdOfAPodHasItsOwnDuration)
+{
+    TagAd second{.attributes = "sequence=\"2\"", .events = {"complete"}, .prefix = "2/"};
+    second.media = R"(<MediaFile delivery="progressive" type="video/mp4">http://m/second.mp4</MediaFile>)";
+    std::string longer = ad_element(second);
+    longer.replace(longer.find("00:00:10"), 8, "00:00:20");
+    const std::string tag = folder.write(
+        "pod.xml", vast_document(ad_element({.attributes = "sequence=\"1\"", .events = {"complete"}}) + longer));
+
+    const CommandResult result = run_command({"simulate", tag}, Quickly);
+    // Each can play 0.3 s after it has opened.
+    EXPECT_THAT(result.output, HasSubstr(R"({"t":10.3,"what":"request","url":"http://t/complete")"));
+    EXPECT_THAT(result.output, HasSubstr(R"({"t":30.6,"what":"request","url":"http://t/2/complete")"));
+}
+
 TEST_F(SimulateTagTest, WhatIsNoTagIsRefused)
 {
     const std::string tag = folder.write("other.xml", "<html/>");
