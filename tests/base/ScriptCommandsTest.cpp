@@ -1,3 +1,4 @@
+#include "tests/base/StartingPoints.h"
 #include "tests/support/AdSession.h"
 
 #include <gmock/gmock.h>
@@ -10,13 +11,6 @@ namespace
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
-
-void play(AdSession& session)
-{
-    session.open();
-    session.plays();
-    session.forget();
-}
 
 TEST(ScriptCommands, AddEventListenerRecordsAListener)
 {

@@ -14,7 +14,7 @@ namespace qoro
 namespace
 {
 
-std::string quoted(std::string_view text)
+std::string in_quotes(std::string_view text)
 {
     std::string json = "\"";
     for (const char letter : text) {
@@ -56,7 +56,7 @@ std::string as_text(const Value& value)
     if (value.is_bool())
         return value.boolValue() ? "true" : "false";
     if (value.is_string())
-        return quoted(value.string().text());
+        return in_quotes(value.string().text());
     if (value.is_array()) {
         for (const Value& entry : value.array())
             json += (json.empty() ? "" : ",") + as_text(entry);
@@ -64,7 +64,7 @@ std::string as_text(const Value& value)
     }
     if (value.is_dictionary()) {
         for (const auto& [key, entry] : value.dictionary())
-            json += (json.empty() ? "" : ",") + quoted(key) + ':' + as_text(entry);
+            json += (json.empty() ? "" : ",") + in_quotes(key) + ':' + as_text(entry);
         return '{' + json + '}';
     }
     return value.stringValue().text();
