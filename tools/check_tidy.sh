@@ -27,8 +27,9 @@ base()
 
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
+tools/compile_commands.py "$build/compile_commands.json" "$scratch/compile_commands.json"
 # The headers, and the sources that the build compiles: clang-tidy takes a header's options from a source near it.
-sed -n "s|^ *\"file\": \"$PWD/\(.*\)\",\{0,1\}\$|\1|p" "$build/compile_commands.json" | sort -u >"$scratch/compiled"
+sed -n "s|^ *\"file\": \"$PWD/\(.*\)\",\{0,1\}\$|\1|p" "$scratch/compile_commands.json" | sort -u >"$scratch/compiled"
 {
     tools/list_files.sh '*.h'
     tools/list_files.sh '*.cpp' | comm -12 - "$scratch/compiled"
@@ -52,4 +53,4 @@ xargs -r -n 1 -P "$(nproc)" sh -c '
     findings=$(clang-tidy --quiet --header-filter="^$" -p "$1" "$2" 2>&1) || {
         echo "$findings" | grep -v "^[0-9]* warnings\? \(and [0-9]* errors\? \)\?\(generated\|treated\)"
         exit 1
-    }' check_tidy "$build" <"$scratch/files" >&2
+    }' check_tidy "$scratch" <"$scratch/files" >&2
