@@ -5,6 +5,7 @@
 #include "app/OrderedWork.h"
 #include "app/Progress.h"
 #include "app/TraceFile.h"
+#include "app/WorkbenchInput.h"
 #include "formats/AdInput.h"
 #include "formats/InputError.h"
 #include "formats/InputFile.h"
@@ -191,21 +192,6 @@ void run_scenario(const Scenario& scenario, const std::string& name, const FileS
         write_summary(simulate_and_sum_up(scenario, style.format, trace, log.sink()), style.format, summary);
     else
         simulate(scenario, style.format, trace, log.sink());
-}
-
-/// The scenario of an ad or a tag.
-AdScenario scenario_of(const AdInput& input, const SimulatedAdOptions& options)
-{
-    AdScenarioParts parts = options.parts;
-    parts.ad_file = input.name;
-    parts.text = input.text;
-    if (input.kind == InputKind::Ad)
-        return scenario_of_ad(parts);
-    if (!parts.faults.answers.empty())
-        throw InputError(input.name, "", "a tag has no --page or --icon of its own; change the written scenario");
-    if (!options.fetch_tag)
-        throw InputError(input.name, "", "this build cannot resolve a VAST tag; expected an ad file or a scenario");
-    return scenario_of_tag(parts, options.fetch_tag(input, parts.device));
 }
 
 void write_remarks(const AdScenario& made)

@@ -1,0 +1,78 @@
+#include "app/WorkbenchInput.h"
+
+#include "formats/InputError.h"
+
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// A line of InputError's form: "ad.json: /path: text".
+PlacedRemark placed(const std::string& line, const std::string& file)
+{
+    const std::string before = file + ": ";
+    const std::string text = line.starts_with(before) ? line.substr(before.size()) : line;
+    const std::size_t colon = text.find(": ");
+    if (!text.starts_with('/') || colon == std::string::npos)
+        return {"", text};
+    return {text.substr(0, colon), text.substr(colon + 2)};
+}
+
+std::vector<PlacedRemark> placed(const std::vector<std::string>& lines, const std::string& file)
+{
+    std::vector<PlacedRemark> remarks;
+    remarks.reserve(lines.size());
+    for (const std::string& line : lines)
+        remarks.push_back(placed(line, file));
+    return remarks;
+}
+
+} // namespace
+
+AdScenario scenario_of(const AdInput& input, const SimulatedAdOptions& options)
+{
+    AdScenarioParts parts = options.parts;
+    parts.ad_file = input.name;
+    parts.text = input.text;
+    if (input.kind == InputKind::Ad)
+        return scenario_of_ad(parts);
+    if (!parts.faults.answers.empty())
+        throw InputError(input.name, "", "a tag has no --page or --icon of its own; change the written scenario");
+    if (!options.fetch_tag)
+        throw InputError(input.name, "", "this build cannot resolve a VAST tag; expected an ad file or a scenario");
+    return scenario_of_tag(parts, options.fetch_tag(input, parts.device));
+}
+
+BaseScenario read_base_scenario(const std::string& named, const SimulatedAdOptions& options)
+{
+    AdInput input = read_ad_input(named);
+    if (input.kind == InputKind::Scenario) {
+        // Complains about the file's own mistakes.
+        read_scenario(input.text, input.name);
+        ScenarioText scenario(input.text, input.name);
+        return {.kind = input.kind, .file = input.name, .text = std::move(input.text), .scenario = std::move(scenario)};
+    }
+    std::optional<VideoFacts> video;
+    bool unreadable = false;
+    SimulatedAdOptions watched = options;
+    if (options.parts.discover)
+        watched.parts.discover = [&](const std::string& path) {
+            video = options.parts.discover(path);
+            unreadable = !video || !(video->duration > 0);
+            return video;
+        };
+    const AdScenario made = scenario_of(input, watched);
+    return {.kind = input.kind,
+            .file = input.name,
+            .text = std::move(input.text),
+            .scenario = ScenarioText(made.text, input.name),
+            .remarks = placed(made.remarks, input.name),
+            .missing_files = placed(made.missing_files, input.name),
+            .video = unreadable ? std::nullopt : video,
+            .video_is_unreadable = unreadable};
+}
+
+} // namespace qoro

@@ -1,0 +1,23 @@
+#pragma once
+
+#include "app/SimulatedAd.h"
+#include "formats/AdInput.h"
+#include "formats/AdScenario.h"
+#include "workbench/BaseScenario.h"
+
+#include <string>
+
+namespace qoro
+{
+
+/// The scenario of an ad or a tag.
+/// @param input no scenario
+/// @throws InputError for an ad that cannot be played, and for a tag that cannot be resolved
+AdScenario scenario_of(const AdInput& input, const SimulatedAdOptions& options);
+
+/// Reads what a person names: an ad file, an ad's folder, a VAST tag, a scenario, or "-" for standard input.
+/// @param options how the scenario of an ad or a tag is made; its file is ignored
+/// @throws InputError for unusable input
+BaseScenario read_base_scenario(const std::string& named, const SimulatedAdOptions& options);
+
+} // namespace qoro
