@@ -31,6 +31,8 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     simulate_.ad.fetch_tag = fetch_tag_documents;
 #endif
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
+    check_.input = simulate_.ad;
+    add_check_options(*app_.add_subcommand("check"), check_);
 }
 
 int CommandLine::run() const
@@ -43,6 +45,8 @@ int CommandLine::run() const
     if (app_.got_subcommand("cache"))
         return cache_command(cache_);
 #endif
+    if (app_.got_subcommand("check"))
+        return check_command(check_);
     return simulate_command(simulate_);
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/Check.h"
 #include "app/Simulate.h"
 
 #ifdef QORO_DESKTOP
@@ -37,6 +38,7 @@ private:
     ImportOptions import_;
 #endif
     SimulateOptions simulate_;
+    CheckCommandOptions check_;
 };
 
 } // namespace qoro

@@ -10,23 +10,12 @@ namespace qoro
 namespace
 {
 
-/// A line of InputError's form: "ad.json: /path: text".
-PlacedRemark placed(const std::string& line, const std::string& file)
-{
-    const std::string before = file + ": ";
-    const std::string text = line.starts_with(before) ? line.substr(before.size()) : line;
-    const std::size_t colon = text.find(": ");
-    if (!text.starts_with('/') || colon == std::string::npos)
-        return {"", text};
-    return {text.substr(0, colon), text.substr(colon + 2)};
-}
-
 std::vector<PlacedRemark> placed(const std::vector<std::string>& lines, const std::string& file)
 {
     std::vector<PlacedRemark> remarks;
     remarks.reserve(lines.size());
     for (const std::string& line : lines)
-        remarks.push_back(placed(line, file));
+        remarks.push_back(placed_remark(line, file));
     return remarks;
 }
 

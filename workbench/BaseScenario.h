@@ -20,6 +20,10 @@ struct PlacedRemark {
     bool operator==(const PlacedRemark&) const = default;
 };
 
+/// Reads a line of InputError's form: "ad.json: /path: text".
+/// @param file name with which the line begins
+PlacedRemark placed_remark(const std::string& line, const std::string& file);
+
 /// What a person names (an ad, a tag, a scenario) as the session that everything else starts from.
 struct BaseScenario {
     InputKind kind = InputKind::Ad;

@@ -1,8 +1,10 @@
 #include "workbench/SessionRecord.h"
 
+#include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "simulator/SessionWatch.h"
 #include "simulator/Simulation.h"
 
+#include <optional>
 #include <utility>
 
 namespace qoro
@@ -60,6 +62,14 @@ private:
     Looks& looks_;
 };
 
+std::optional<double> position_in(const Simulation& simulation)
+{
+    const auto ad = simulation.living();
+    if (!ad || !ad->qoroMoviePlayer)
+        return std::nullopt;
+    return ad->qoroMoviePlayer.currentPlaybackTime();
+}
+
 } // namespace
 
 SessionRecord record_session(const Scenario& scenario)
@@ -68,7 +78,9 @@ SessionRecord record_session(const Scenario& scenario)
     Simulation simulation(scenario);
     VirtualLoop& loop = simulation.platform().loop();
     Trace trace(loop, TraceFormat::Json, [&](std::string_view line) {
-        record.lines.push_back({loop.now_microseconds(), std::string(line.substr(0, line.size() - 1))});
+        record.lines.push_back({.at = loop.now_microseconds(),
+                                .position = position_in(simulation),
+                                .json = std::string(line.substr(0, line.size() - 1))});
     });
     const QoroVideoAd without_trackers;
     SessionWatch watch(simulation, scenario.ad ? *scenario.ad : without_trackers, trace);

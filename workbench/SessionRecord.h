@@ -5,6 +5,7 @@
 #include "workbench/Sight.h"
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +16,8 @@ namespace qoro
 struct RecordedLine {
     /// Microseconds since the session's start.
     std::int64_t at = 0;
+    /// Position of the ad's player in seconds; absent without a player.
+    std::optional<double> position = {};
     /// The JSON object, without a line break.
     std::string json;
 };

@@ -1,0 +1,185 @@
+#include "workbench/check/Check.h"
+
+#include "workbench/Shrink.h"
+#include "workbench/check/Rules.h"
+
+#include <algorithm>
+#include <array>
+#include <optional>
+#include <string_view>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// Findings of one rule that are reported; the counterexamples of more would take too long.
+constexpr std::ptrdiff_t MostOfARule = 20;
+
+/// Without these an ad is another one.
+const std::vector<std::string> Essential{
+    "/ad/vast",         "/ad/strVideoUrl",      "/ad/strWebViewUrl",     "/ad/bIsAutoStart",    "/ad/fVideoWidth",
+    "/ad/fVideoHeight", "/ad/portraitModeType", "/ad/landscapeModeType", "/ad/portraitVideoPos"};
+
+/// Another layout that the ad could have.
+struct OtherLayout {
+    const char* path;
+    const char* value;
+    const char* words;
+};
+constexpr std::array OtherLayouts{
+    OtherLayout{"/ad/portraitVideoPos", "1", "set portraitVideoPos to TOP"},
+    OtherLayout{"/ad/portraitVideoPos", "5", "set portraitVideoPos to MIDDLE"},
+    OtherLayout{"/ad/portraitVideoPos", "2", "set portraitVideoPos to BOTTOM"},
+    OtherLayout{"/ad/landscapeModeType", "2", "set landscapeModeType to VIDEO_AND_WEBVIEW"},
+    OtherLayout{"/ad/landscapeModeType", "1", "set landscapeModeType to ONLY_VIDEO"},
+    OtherLayout{"/ad/bIsHideActionButton", "false", "set bIsHideActionButton to false"},
+    OtherLayout{"/ad/closeBtnSize", "1", "set closeBtnSize to SMALL"},
+};
+
+class Check
+{
+public:
+    Check(const BaseScenario& base, const CheckOptions& options) : base_(base), courses_(base, options) {}
+
+    CheckResult run()
+    {
+        for (const Rule& rule : rules())
+            if (rule.of_ad)
+                for (const Suspicion& suspicion : rule.of_ad(base_))
+                    add(rule, suspicion);
+        if (const auto written = courses_.as_written())
+            put_through(*written);
+        if (const auto watch = courses_.watch()) {
+            const CheckedSession watched(*watch);
+            ask(watched);
+            for (const Course& course : courses_.others(watched))
+                put_through(course);
+            for (const Course& course : courses_.on_devices())
+                put_through(course);
+        }
+        std::ranges::stable_sort(result_.findings, [](const Finding& one, const Finding& other) {
+            return rule_named(one.rule) < rule_named(other.rule);
+        });
+        return std::move(result_);
+    }
+
+private:
+    void put_through(const Course& course) { ask(CheckedSession(course)); }
+
+    void ask(const CheckedSession& session)
+    {
+        ++result_.sessions;
+        for (const Rule& rule : rules())
+            if (rule.of_session)
+                for (const Suspicion& suspicion : rule.of_session(session))
+                    examine(rule, session, suspicion);
+    }
+
+    void examine(const Rule& rule, const CheckedSession& session, const Suspicion& suspicion)
+    {
+        if (is_known(rule, suspicion))
+            return;
+        known_.emplace_back(rule.id, suspicion.key);
+        if (std::ranges::count(result_.findings, rule.id, &Finding::rule) >= MostOfARule)
+            return;
+        std::string cure(rule.cure);
+        if (rule.about_layout) {
+            const auto better = other_layout(session, suspicion);
+            if (!better)
+                return;
+            cure = *better;
+        }
+        Finding& finding = add(rule, suspicion);
+        finding.cure = cure;
+        finding.counterexample = counterexample(rule, session, suspicion).text();
+    }
+
+    bool is_known(const Rule& rule, const Suspicion& suspicion) const
+    {
+        return std::ranges::find(known_, std::pair(rule.id, suspicion.key)) != known_.end();
+    }
+
+    Finding& add(const Rule& rule, const Suspicion& suspicion)
+    {
+        result_.findings.push_back({.rule = rule.id,
+                                    .severity = rule.severity,
+                                    .sentence = suspicion.sentence,
+                                    .file = base_.file,
+                                    .path = place_of(suspicion.path),
+                                    .cure = std::string(rule.cure)});
+        return result_.findings.back();
+    }
+
+    /// The place in the file, or the nearest one around it that the file has.
+    std::string place_of(std::string path) const
+    {
+        if (base_.kind == InputKind::Tag)
+            return path;
+        while (!path.empty() && !base_.scenario.value("/ad" + path))
+            path.erase(path.rfind('/'));
+        return path.empty() ? path : base_.ad_path() + path;
+    }
+
+    /// How the ad could avoid a fault of its layout; absent if every layout has it.
+    std::optional<std::string> other_layout(const CheckedSession& session, const Suspicion& suspicion)
+    {
+        const std::string control = suspicion.key.substr(0, suspicion.key.find(' '));
+        for (const OtherLayout& layout : OtherLayouts) {
+            ScenarioText other = session.text();
+            if (other.value(layout.path) == layout.value)
+                continue;
+            other.set(layout.path, layout.value);
+            const CheckedSession tried(session.course(), other);
+            ++result_.sessions;
+            const bool seen = std::ranges::any_of(tried.record().sights, [&](const Sight& sight) {
+                return std::ranges::find(sight.controls, control, &SeenControl::name) != sight.controls.end();
+            });
+            if (seen && !has_layout_fault(tried, control))
+                return layout.words;
+        }
+        return std::nullopt;
+    }
+
+    /// Whether a control has any fault of the layout: a cure for one must not be the cause of another.
+    static bool has_layout_fault(const CheckedSession& session, const std::string& control)
+    {
+        for (const Rule& rule : rules())
+            if (rule.about_layout)
+                for (const Suspicion& each : rule.of_session(session))
+                    if (each.key.starts_with(control + ' '))
+                        return true;
+        return false;
+    }
+
+    ScenarioText counterexample(const Rule& rule, const CheckedSession& session, const Suspicion& suspicion)
+    {
+        ShrinkLimits limits{.kept = Essential};
+        if (!suspicion.path.empty() && base_.kind != InputKind::Tag)
+            limits.kept.push_back("/ad" + suspicion.path);
+        return shrink(
+            session.text(),
+            [&](const ScenarioText& scenario) {
+                ++result_.sessions;
+                return std::ranges::any_of(rule.of_session(CheckedSession(session.course(), scenario)),
+                                           [&](const Suspicion& each) { return each.sentence == suspicion.sentence; });
+            },
+            limits);
+    }
+
+    const BaseScenario& base_;
+    const Courses courses_;
+    CheckResult result_;
+    std::vector<std::pair<std::string_view, std::string>> known_;
+};
+
+} // namespace
+
+CheckResult check_ad(const BaseScenario& base, const CheckOptions& options)
+{
+    return Check(base, options).run();
+}
+
+} // namespace qoro

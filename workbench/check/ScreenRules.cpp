@@ -1,0 +1,242 @@
+#include "workbench/check/CheckedSession.h"
+#include "workbench/check/RuleFunctions.h"
+
+#include "Base/VideoPlayer/QoroVideoAd.h"
+#include "platform/Numbers.h"
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstddef>
+#include <functional>
+#include <map>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+/// Seconds without a picture that a viewer does not notice.
+constexpr double UnnoticedEmptiness = 1;
+/// Seconds that a control may be misplaced, for example during a turn.
+constexpr double UnnoticedMisplacement = 0.5;
+/// Part of a control that must be on the screen.
+constexpr double VisiblePart = 0.9;
+/// Points: Apple's Human Interface Guidelines, Layout: a control is at least 44 x 44 points.
+constexpr double SmallestControl = 44;
+/// Points by which a control may reach into an area that the camera or a bar covers.
+constexpr double HarmlessOverlap = 8;
+
+/// The controls that the viewer touches, with words for them. The transparent button over the whole video is none.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 8> Controls{{
+    {"btnClose", "the close button"},
+    {"btnMute", "the mute button"},
+    {"btnPlayAndPause", "the play button"},
+    {"btnScreenScale", "the screen scale button"},
+    {"btnReplay", "the replay button"},
+    {"btnActionOne", "the first action button"},
+    {"btnActionTwo", "the second action button"},
+    {"btnReturnToVideo", "the button that returns to the video"},
+}};
+
+std::string_view words_for(std::string_view control)
+{
+    const auto* found = std::ranges::find(Controls, control, &decltype(Controls)::value_type::first);
+    return found == Controls.end() ? std::string_view() : found->second;
+}
+
+CGSize screen_of(const CheckedSession& session)
+{
+    return session.scenario().world.device.facts.screen.value_or(CGSize{});
+}
+
+std::string size_text(CGSize size)
+{
+    return shortest_text(std::round(size.width)) + " x " + shortest_text(std::round(size.height));
+}
+
+bool is_turned(const CheckedSession& session)
+{
+    return session.held() == UIDeviceOrientationLandscapeLeft || session.held() == UIDeviceOrientationLandscapeRight;
+}
+
+/// "on a screen of 375 x 812 points held upright".
+std::string device_text(const CheckedSession& session)
+{
+    return "on a screen of " + size_text(screen_of(session)) + " points held " +
+           (is_turned(session) ? "sideways" : "upright");
+}
+
+bool is_empty(const CGRect& rect)
+{
+    return rect.width < 1 || rect.height < 1;
+}
+
+/// Area of two rectangles' intersection.
+double shared_area(const CGRect& one, const CGRect& two)
+{
+    const double width = std::min(one.x + one.width, two.x + two.width) - std::max(one.x, two.x);
+    const double height = std::min(one.y + one.height, two.y + two.height) - std::max(one.y, two.y);
+    return width > 0 && height > 0 ? width * height : 0;
+}
+
+double part_on_screen(const CheckedSession& session, const CGRect& frame)
+{
+    const CGSize screen = screen_of(session);
+    return shared_area(frame, {0, 0, screen.width, screen.height}) / (frame.width * frame.height);
+}
+
+/// Calls a function for every control that the viewer can see in a sight.
+void visit_controls(const Sight& sight, const std::function<void(const SeenControl&, std::string_view words)>& visit)
+{
+    if (!sight.open || sight.other_screen)
+        return;
+    for (const SeenControl& control : sight.controls) {
+        const std::string_view words = words_for(control.name);
+        if (control.is_button && !words.empty() && !is_empty(control.frame))
+            visit(control, words);
+    }
+}
+
+/// The suspicions about controls, those that last long enough.
+/// @param fault what is wrong with a control; empty for nothing
+std::vector<Suspicion> misplaced(const CheckedSession& session,
+                                 const std::function<std::string(const SeenControl&)>& fault)
+{
+    struct Misplaced {
+        std::string sentence;
+        double seconds = 0;
+    };
+    std::map<std::string, Misplaced, std::less<>> found;
+    const std::vector<Sight>& sights = session.record().sights;
+    for (std::size_t i = 0; i < sights.size(); ++i)
+        visit_controls(sights[i], [&](const SeenControl& control, std::string_view words) {
+            const std::string wrong = fault(control);
+            if (wrong.empty())
+                return;
+            Misplaced& one = found[std::string(control.name)];
+            one.seconds += in_seconds(session.end_of(i) - sights[i].at);
+            if (one.sentence.empty())
+                one.sentence = std::string(words) + ' ' + wrong + ' ' + device_text(session);
+        });
+    std::vector<Suspicion> suspicions;
+    for (const auto& [name, one] : found)
+        if (one.seconds >= UnnoticedMisplacement)
+            suspicions.push_back({.sentence = one.sentence,
+                                  .path = is_turned(session) ? "/landscapeModeType" : "/portraitVideoPos",
+                                  .key = name + (is_turned(session) ? " sideways" : " upright")});
+    return suspicions;
+}
+
+/// A model's insets in the coordinates of the upright screen.
+SafeAreaInsets upright_insets(const DeviceModel& model, UIDeviceOrientation held)
+{
+    const SafeAreaInsets& turned = model.landscape;
+    if (held == UIDeviceOrientationLandscapeLeft)
+        return {.top = turned.left, .left = turned.bottom, .bottom = turned.right, .right = turned.top};
+    if (held == UIDeviceOrientationLandscapeRight)
+        return {.top = turned.right, .left = turned.top, .bottom = turned.left, .right = turned.bottom};
+    return model.portrait;
+}
+
+/// Points by which a frame reaches into the area that a model's camera, corners or bars may cover.
+double overlap(const CGRect& frame, CGSize screen, const SafeAreaInsets& insets)
+{
+    return std::max({insets.top - frame.y, insets.left - frame.x,
+                     frame.y + frame.height - (screen.height - insets.bottom),
+                     frame.x + frame.width - (screen.width - insets.right)});
+}
+
+/// Whether the network and the video of a session are in order: what then is empty, is empty because of the ad.
+bool is_undisturbed(const CheckedSession& session)
+{
+    const World& world = session.scenario().world;
+    return !world.video.error && !world.video.error_for_good && world.video.stalls.empty() &&
+           world.video.load_after <= UnnoticedEmptiness && !world.video.manual &&
+           std::ranges::all_of(world.net, [](const auto& answer) {
+               return answer.second.ok && answer.second.after <= UnnoticedEmptiness;
+           });
+}
+
+} // namespace
+
+std::vector<Suspicion> empty_screen(const CheckedSession& session)
+{
+    if (!is_undisturbed(session))
+        return {};
+    const std::vector<Sight>& sights = session.record().sights;
+    for (std::size_t i = 0; i < sights.size();) {
+        const auto is_empty_sight = [](const Sight& sight) {
+            return sight.open && !sight.video && !sight.page && !sight.other_screen;
+        };
+        const std::size_t first = i;
+        while (i < sights.size() && is_empty_sight(sights[i]))
+            ++i;
+        if (i == first) {
+            ++i;
+            continue;
+        }
+        if (in_seconds(session.end_of(i - 1) - sights[first].at) <= UnnoticedEmptiness)
+            continue;
+        const bool ended = std::ranges::any_of(session.lines(), [&](const CheckedLine& line) {
+            return line.event == "video_ended" && line.at <= sights[first].at;
+        });
+        return {{.sentence = in_course(session, ended ? "the screen is empty after the end of the video"
+                                                      : "the screen is empty for more than a second"),
+                 .path = session.ad() && session.ad()->strVideoUrl.length() == 0 ? "" : "/strVideoUrl"}};
+    }
+    return {};
+}
+
+std::vector<Suspicion> control_off_screen(const CheckedSession& session)
+{
+    return misplaced(session, [&](const SeenControl& control) -> std::string {
+        const double part = part_on_screen(session, control.frame);
+        if (part >= VisiblePart)
+            return "";
+        return part <= 0.01 ? "is outside the screen" : "is partly outside the screen";
+    });
+}
+
+std::vector<Suspicion> control_covered(const CheckedSession& session)
+{
+    return misplaced(session, [&](const SeenControl& control) -> std::string {
+        if (control.touchable || part_on_screen(session, control.frame) < VisiblePart)
+            return "";
+        return control.visible ? "cannot be touched, because another view covers it or its view ends before it,"
+                               : "is covered by another view";
+    });
+}
+
+std::vector<Suspicion> control_in_unsafe_area(const CheckedSession& session)
+{
+    std::vector<Suspicion> all;
+    const CGSize screen = screen_of(session);
+    for (const DeviceModel& model : session.course().models) {
+        const SafeAreaInsets insets = upright_insets(model, session.held());
+        for (Suspicion& each : misplaced(session, [&](const SeenControl& control) -> std::string {
+                 if (part_on_screen(session, control.frame) < VisiblePart ||
+                     overlap(control.frame, screen, insets) <= HarmlessOverlap)
+                     return "";
+                 return "lies where the camera, a rounded corner or a bar of " + std::string(model.name) +
+                        " may cover it,";
+             }))
+            if (std::ranges::find(all, each.key, &Suspicion::key) == all.end())
+                all.push_back(std::move(each));
+    }
+    return all;
+}
+
+std::vector<Suspicion> control_too_small(const CheckedSession& session)
+{
+    return misplaced(session, [](const SeenControl& control) -> std::string {
+        const CGSize size{control.frame.width, control.frame.height};
+        if (std::min(size.width, size.height) >= SmallestControl - 0.5)
+            return "";
+        return "is only " + size_text(size) + " points large";
+    });
+}
+
+} // namespace qoro
