@@ -95,10 +95,9 @@ std::vector<Suspicion> main_thread_blocked(const CheckedSession& session)
     const std::int64_t blocked = session.record().summary.blocked;
     if (blocked <= UnnoticedBlock)
         return {};
-    return {
-        {.sentence = in_course(session, "the application does not respond for " + seconds_text(in_seconds(blocked)) +
-                                            " s, because the brand icon is fetched while the ad opens"),
-         .path = "/strBrandIconUrl"}};
+    return {{.sentence = "a brand icon that arrives after " + seconds_text(in_seconds(blocked)) +
+                         " s blocks the application for as long",
+             .path = "/strBrandIconUrl"}};
 }
 
 } // namespace qoro

@@ -33,6 +33,7 @@ constexpr std::array OtherLayouts{
     OtherLayout{"/ad/portraitVideoPos", "1", "set portraitVideoPos to TOP"},
     OtherLayout{"/ad/portraitVideoPos", "5", "set portraitVideoPos to MIDDLE"},
     OtherLayout{"/ad/portraitVideoPos", "2", "set portraitVideoPos to BOTTOM"},
+    OtherLayout{"/ad/portraitVideoPos", "6", "set portraitVideoPos to FULL"},
     OtherLayout{"/ad/landscapeModeType", "2", "set landscapeModeType to VIDEO_AND_WEBVIEW"},
     OtherLayout{"/ad/landscapeModeType", "1", "set landscapeModeType to ONLY_VIDEO"},
     OtherLayout{"/ad/bIsHideActionButton", "false", "set bIsHideActionButton to false"},
@@ -87,7 +88,7 @@ private:
             return;
         std::string cure(rule.cure);
         if (rule.about_layout) {
-            const auto better = other_layout(session, suspicion);
+            const auto better = other_layout(rule, session, suspicion);
             if (!better)
                 return;
             cure = *better;
@@ -124,7 +125,7 @@ private:
     }
 
     /// How the ad could avoid a fault of its layout; absent if every layout has it.
-    std::optional<std::string> other_layout(const CheckedSession& session, const Suspicion& suspicion)
+    std::optional<std::string> other_layout(const Rule& rule, const CheckedSession& session, const Suspicion& suspicion)
     {
         const std::string control = suspicion.key.substr(0, suspicion.key.find(' '));
         for (const OtherLayout& layout : OtherLayouts) {
@@ -137,20 +138,26 @@ private:
             const bool seen = std::ranges::any_of(tried.record().sights, [&](const Sight& sight) {
                 return std::ranges::find(sight.controls, control, &SeenControl::name) != sight.controls.end();
             });
-            if (seen && !has_layout_fault(tried, control))
+            if (seen && !has_layout_fault(tried, control, rule))
                 return layout.words;
         }
         return std::nullopt;
     }
 
-    /// Whether a control has any fault of the layout: a cure for one must not be the cause of another.
-    static bool has_layout_fault(const CheckedSession& session, const std::string& control)
+    /// Whether a control still has a fault of the layout, or any control has a serious one: a cure must not be the
+    /// cause of another fault.
+    static bool has_layout_fault(const CheckedSession& session, const std::string& control, const Rule& cured)
     {
-        for (const Rule& rule : rules())
-            if (rule.about_layout)
-                for (const Suspicion& each : rule.of_session(session))
-                    if (each.key.starts_with(control + ' '))
-                        return true;
+        for (const Rule& rule : rules()) {
+            if (!rule.about_layout)
+                continue;
+            const std::vector<Suspicion> left = rule.of_session(session);
+            if (rule.severity != Severity::Note && !left.empty())
+                return true;
+            if (rule.id == cured.id &&
+                std::ranges::any_of(left, [&](const Suspicion& each) { return each.key.starts_with(control + ' '); }))
+                return true;
+        }
         return false;
     }
 

@@ -4,7 +4,6 @@
 #include "Base/VideoPlayer/QoroVideoAd.h"
 
 #include <algorithm>
-#include <array>
 #include <cstddef>
 
 namespace qoro
@@ -19,8 +18,6 @@ constexpr double Never = 60;
 constexpr double CloseTakes = 1;
 /// A close button may first show the page behind the video, so the first touch need not close the ad.
 constexpr std::size_t TouchesToClose = 3;
-/// Timers that outlive the close by their own rule: they wait for a video that does not come.
-constexpr std::array<std::string_view, 2> TimersThatMayRemain{"timerBufferSufferTime", "timerVideoLoaded"};
 
 /// A time in which the viewer cannot close the ad.
 struct Wait {
@@ -151,27 +148,6 @@ std::vector<Suspicion> close_ignored(const CheckedSession& session)
     return {{.sentence = in_course(session, "the close button is touched " + std::to_string(touches) +
                                                 " times, and the ad does not close"),
              .path = "/strWebViewUrl"}};
-}
-
-std::vector<Suspicion> left_behind(const CheckedSession& session)
-{
-    const Summary& summary = session.record().summary;
-    if (!summary.closed || !summary.released || session.record().end - *summary.closed < 5'000'000)
-        return {};
-    const LeftBehind& left = summary.at_end;
-    std::string names;
-    for (const std::string& timer : left.timers)
-        if (std::ranges::find(TimersThatMayRemain, timer) == TimersThatMayRemain.end())
-            names += (names.empty() ? "the timer " : ", ") + timer;
-    if (left.windows > 0)
-        names += (names.empty() ? "" : ", ") + std::string("a window");
-    if (left.observers > 0)
-        names += (names.empty() ? "" : ", ") + std::string("notification observers");
-    if (names.empty() && left.controller == LeftBehind::Controller::Kept && left.timers.empty() && left.requests == 0)
-        names = "the ad in memory";
-    if (names.empty())
-        return {};
-    return {{.sentence = in_course(session, "the closed ad leaves " + names + " behind")}};
 }
 
 } // namespace qoro

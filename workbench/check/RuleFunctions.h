@@ -15,20 +15,16 @@ namespace qoro
 std::vector<Suspicion> close_never(const CheckedSession& session);
 std::vector<Suspicion> close_late(const CheckedSession& session);
 std::vector<Suspicion> close_ignored(const CheckedSession& session);
-std::vector<Suspicion> left_behind(const CheckedSession& session);
 
 // ScreenRules.cpp
 std::vector<Suspicion> empty_screen(const CheckedSession& session);
 std::vector<Suspicion> control_off_screen(const CheckedSession& session);
 std::vector<Suspicion> control_covered(const CheckedSession& session);
 std::vector<Suspicion> control_in_unsafe_area(const CheckedSession& session);
-std::vector<Suspicion> control_too_small(const CheckedSession& session);
 
 // TrackerRules.cpp
 std::vector<Suspicion> tracker_never_sent(const CheckedSession& session);
-std::vector<Suspicion> tracker_lost_at_close(const CheckedSession& session);
 std::vector<Suspicion> tracker_sent_twice(const CheckedSession& session);
-std::vector<Suspicion> tracker_out_of_order(const CheckedSession& session);
 std::vector<Suspicion> tracker_late(const CheckedSession& session);
 std::vector<Suspicion> macro_unreplaced(const CheckedSession& session);
 std::vector<Suspicion> null_in_address(const CheckedSession& session);

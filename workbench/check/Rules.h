@@ -43,6 +43,17 @@ struct Rule {
     bool about_layout = false;
 };
 
+/// What looks like a fault but is how a sound ad works, and is therefore no finding.
+struct Exemption {
+    /// Stable, in kebab case.
+    std::string_view id;
+    /// A sentence without a full stop.
+    std::string_view what;
+};
+
+/// All exemptions.
+std::span<const Exemption> exemptions();
+
 /// All rules; the worst first.
 std::span<const Rule> rules();
 

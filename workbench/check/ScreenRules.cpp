@@ -24,11 +24,6 @@ constexpr double UnnoticedEmptiness = 1;
 constexpr double UnnoticedMisplacement = 0.5;
 /// Part of a control that must be on the screen.
 constexpr double VisiblePart = 0.9;
-/// Points: Apple's Human Interface Guidelines, Layout: a control is at least 44 x 44 points.
-constexpr double SmallestControl = 44;
-/// Points by which a control may reach into an area that the camera or a bar covers.
-constexpr double HarmlessOverlap = 8;
-
 /// The controls that the viewer touches, with words for them. The transparent button over the whole video is none.
 constexpr std::array<std::pair<std::string_view, std::string_view>, 8> Controls{{
     {"btnClose", "the close button"},
@@ -62,10 +57,10 @@ bool is_turned(const CheckedSession& session)
     return session.held() == UIDeviceOrientationLandscapeLeft || session.held() == UIDeviceOrientationLandscapeRight;
 }
 
-/// "on a screen of 375 x 812 points held upright".
+/// "a screen of 375 x 812 points held upright".
 std::string device_text(const CheckedSession& session)
 {
-    return "on a screen of " + size_text(screen_of(session)) + " points held " +
+    return "a screen of " + size_text(screen_of(session)) + " points held " +
            (is_turned(session) ? "sideways" : "upright");
 }
 
@@ -100,6 +95,13 @@ void visit_controls(const Sight& sight, const std::function<void(const SeenContr
     }
 }
 
+/// Whether a control's place is that of an arrangement that the ad has. An ad without a landscape arrangement that is
+/// held sideways lays its bars out for the long edge; only its close button matters then.
+bool has_a_place(const CheckedSession& session, const SeenControl& control)
+{
+    return !is_turned(session) || control.name == "btnClose" || !session.ad() || session.ad()->landscapeModeType != 0;
+}
+
 /// The suspicions about controls, those that last long enough.
 /// @param fault what is wrong with a control; empty for nothing
 std::vector<Suspicion> misplaced(const CheckedSession& session,
@@ -113,13 +115,13 @@ std::vector<Suspicion> misplaced(const CheckedSession& session,
     const std::vector<Sight>& sights = session.record().sights;
     for (std::size_t i = 0; i < sights.size(); ++i)
         visit_controls(sights[i], [&](const SeenControl& control, std::string_view words) {
-            const std::string wrong = fault(control);
+            const std::string wrong = has_a_place(session, control) ? fault(control) : "";
             if (wrong.empty())
                 return;
             Misplaced& one = found[std::string(control.name)];
             one.seconds += in_seconds(session.end_of(i) - sights[i].at);
             if (one.sentence.empty())
-                one.sentence = std::string(words) + ' ' + wrong + ' ' + device_text(session);
+                one.sentence = in_course(session, std::string(words) + ' ' + wrong + ' ' + device_text(session));
         });
     std::vector<Suspicion> suspicions;
     for (const auto& [name, one] : found)
@@ -141,12 +143,12 @@ SafeAreaInsets upright_insets(const DeviceModel& model, UIDeviceOrientation held
     return model.portrait;
 }
 
-/// Points by which a frame reaches into the area that a model's camera, corners or bars may cover.
-double overlap(const CGRect& frame, CGSize screen, const SafeAreaInsets& insets)
+/// Whether the middle of a frame is where a model's camera, corners or bars may cover it.
+bool is_unsafe(const CGRect& frame, CGSize screen, const SafeAreaInsets& insets)
 {
-    return std::max({insets.top - frame.y, insets.left - frame.x,
-                     frame.y + frame.height - (screen.height - insets.bottom),
-                     frame.x + frame.width - (screen.width - insets.right)});
+    const CGPoint middle{frame.x + frame.width / 2, frame.y + frame.height / 2};
+    return middle.x < insets.left || middle.y < insets.top || middle.x > screen.width - insets.right ||
+           middle.y > screen.height - insets.bottom;
 }
 
 /// Whether the network and the video of a session are in order: what then is empty, is empty because of the ad.
@@ -196,7 +198,7 @@ std::vector<Suspicion> control_off_screen(const CheckedSession& session)
         const double part = part_on_screen(session, control.frame);
         if (part >= VisiblePart)
             return "";
-        return part <= 0.01 ? "is outside the screen" : "is partly outside the screen";
+        return part <= 0.01 ? "is outside" : "is partly outside";
     });
 }
 
@@ -205,8 +207,8 @@ std::vector<Suspicion> control_covered(const CheckedSession& session)
     return misplaced(session, [&](const SeenControl& control) -> std::string {
         if (control.touchable || part_on_screen(session, control.frame) < VisiblePart)
             return "";
-        return control.visible ? "cannot be touched, because another view covers it or its view ends before it,"
-                               : "is covered by another view";
+        return control.visible ? "cannot be touched, because another view covers it or its view ends before it, on"
+                               : "is covered by another view on";
     });
 }
 
@@ -217,26 +219,15 @@ std::vector<Suspicion> control_in_unsafe_area(const CheckedSession& session)
     for (const DeviceModel& model : session.course().models) {
         const SafeAreaInsets insets = upright_insets(model, session.held());
         for (Suspicion& each : misplaced(session, [&](const SeenControl& control) -> std::string {
-                 if (part_on_screen(session, control.frame) < VisiblePart ||
-                     overlap(control.frame, screen, insets) <= HarmlessOverlap)
+                 if (part_on_screen(session, control.frame) < VisiblePart || !is_unsafe(control.frame, screen, insets))
                      return "";
                  return "lies where the camera, a rounded corner or a bar of " + std::string(model.name) +
-                        " may cover it,";
+                        " may cover it, on";
              }))
             if (std::ranges::find(all, each.key, &Suspicion::key) == all.end())
                 all.push_back(std::move(each));
     }
     return all;
-}
-
-std::vector<Suspicion> control_too_small(const CheckedSession& session)
-{
-    return misplaced(session, [](const SeenControl& control) -> std::string {
-        const CGSize size{control.frame.width, control.frame.height};
-        if (std::min(size.width, size.height) >= SmallestControl - 0.5)
-            return "";
-        return "is only " + size_text(size) + " points large";
-    });
 }
 
 } // namespace qoro

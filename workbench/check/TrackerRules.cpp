@@ -22,7 +22,7 @@ namespace qoro
 namespace
 {
 
-/// Seconds of playback from a milestone until its tracker is due: the position is checked each second.
+/// Seconds between two checks of the position.
 constexpr double CheckedEach = 1;
 constexpr double Tolerance = 0.15;
 
@@ -214,21 +214,6 @@ std::vector<Suspicion> tracker_never_sent(const CheckedSession& session)
     return suspicions;
 }
 
-std::vector<Suspicion> tracker_lost_at_close(const CheckedSession& session)
-{
-    const auto play = first_play(session);
-    std::vector<Suspicion> suspicions;
-    if (!play || play->ended || play->sought || !session.record().summary.closed)
-        return suspicions;
-    for (const Tracker& tracker : play->trackers)
-        if (!tracker.sent && play->reached > tracker.due + CheckedEach + Tolerance)
-            suspicions.push_back(of_tracker(session, tracker,
-                                            "is lost, although the viewer closes the ad at position " +
-                                                seconds_text(play->reached) + " s, behind its position " +
-                                                seconds_text(tracker.due) + " s"));
-    return suspicions;
-}
-
 std::vector<Suspicion> tracker_sent_twice(const CheckedSession& session)
 {
     const auto play = first_play(session);
@@ -254,47 +239,31 @@ std::vector<Suspicion> tracker_sent_twice(const CheckedSession& session)
     return suspicions;
 }
 
-std::vector<Suspicion> tracker_out_of_order(const CheckedSession& session)
-{
-    const auto play = first_play(session);
-    std::vector<Suspicion> suspicions;
-    if (!play)
-        return suspicions;
-    for (const Tracker& one : play->trackers)
-        for (const Tracker& other : play->trackers)
-            // Those that are due at one check are sent in any order.
-            if (one.milestone && other.milestone && *one.milestone < *other.milestone && one.sent && other.sent &&
-                one.sent->at > other.sent->at)
-                suspicions.push_back(of_tracker(session, one, "is sent after that of " + other.kind));
-    return suspicions;
-}
-
 std::vector<Suspicion> tracker_late(const CheckedSession& session)
 {
     const auto play = first_play(session);
     if (!play || play->sought)
         return {};
     std::vector<double> all;
-    const Tracker* worst = nullptr;
-    double latest = 0;
+    std::vector<const Tracker*> late;
     for (const Tracker& tracker : play->trackers) {
-        if (!tracker.sent || !tracker.sent->position || tracker.kind == "complete")
+        if (!tracker.sent || !tracker.sent->position || !tracker.milestone || tracker.kind == "complete")
             continue;
-        const double late = *tracker.sent->position - tracker.due;
-        all.push_back(late);
-        if (late > latest) {
-            latest = late;
-            worst = &tracker;
-        }
+        const double behind = *tracker.sent->position - tracker.due;
+        all.push_back(behind);
+        if (behind >= play->duration / Milestones.size())
+            late.push_back(&tracker);
     }
-    if (!worst || latest <= CheckedEach + Tolerance)
-        return {};
     std::ranges::sort(all);
-    std::string what = "is sent " + seconds_text(latest) + " s late";
-    if (all.size() > 1)
-        what += "; of " + std::to_string(all.size()) + " trackers the earliest is " + seconds_text(all.front()) +
-                " s late, the median " + seconds_text(all[all.size() / 2]) + " s";
-    return {of_tracker(session, *worst, what)};
+    std::vector<Suspicion> suspicions;
+    for (const Tracker* tracker : late)
+        suspicions.push_back(
+            of_tracker(session, *tracker,
+                       "is sent at position " + seconds_text(*tracker->sent->position) + " s of " +
+                           seconds_text(play->duration) + " s, behind the next milestone; milestones are sent " +
+                           seconds_text(all.front()) + " s to " + seconds_text(all.back()) +
+                           " s late, half of them more than " + seconds_text(all[(all.size() - 1) / 2]) + " s"));
+    return suspicions;
 }
 
 std::vector<Suspicion> macro_unreplaced(const CheckedSession& session)
