@@ -99,8 +99,9 @@ const std::vector<Case>& cases()
         {"close-never", page_with("mraid.useCustomClose(true)"),
          page_with("mraid.useCustomClose(true); x.onclick = () => mraid.close()"), "",
          [](const SessionRecord& record) {
-             return record.summary.opened && record.end > 60'000'000 && lines_with(record, "MRAIDUseCustomClose") > 0 &&
-                    !record.sights.back().close && record.sights.back().open;
+             return record.summary.opened && record.end >= 60'000'000 &&
+                    lines_with(record, "MRAIDUseCustomClose") > 0 && !record.sights.back().close &&
+                    record.sights.back().open;
          }},
         {"close-never", R"({"ad": {"portraitVideoPos": 3}})", R"({"ad": {"portraitVideoPos": 5}})", "",
          is_never_closable},
@@ -137,11 +138,13 @@ const std::vector<Case>& cases()
         {"page-without-library", R"({"net": {"http://m/p.html": {"body": "<body><script src='mraid.js'></script>"}}})",
          "{}", "/ad/strWebViewUrl", nullptr},
         {"empty-screen",
-         R"({"ad": {"portraitVideoPos": 6, "bIsHideFullPortraitVideoAtEnd": true, "strWebViewUrl": null}})",
+         R"({"net": {"http://m/p.html": {"body": "<body><script src='mraid.js'></script>"}},
+             "ad": {"portraitVideoPos": 6, "bIsHideFullPortraitVideoAtEnd": true}})",
          R"({"ad": {"portraitVideoPos": 6, "bIsHideFullPortraitVideoAtEnd": true}})", "/ad/strVideoUrl",
          [](const SessionRecord& record) {
-             const Sight& last = record.sights.back();
-             return last.open && !last.video && !last.page && record.end - last.at > 1'000'000;
+             return std::ranges::adjacent_find(record.sights, [](const Sight& one, const Sight& next) {
+                        return one.open && !one.video && !one.page && next.at - one.at > 1'000'000;
+                    }) != record.sights.end();
          }},
         {"tracker-never-sent",
          R"({"ad": {"dicTrackingUrls": null, "dicProgressTrackingUrls": {"3": ["http://t/three"]}}})",
@@ -153,13 +156,11 @@ const std::vector<Case>& cases()
          R"({"ad": {"dicTrackingUrls": {"start": ["http://t/start?r={Zulix-Seq}&list[0]=1"]}}})",
          "/ad/dicTrackingUrls/start/0",
          [](const SessionRecord& record) { return lines_with(record, "[CACHEBUSTING]") > 0; }},
-        {"control-off-screen", R"({"ad": {"fVideoWidth": 9, "fVideoHeight": 16, "portraitVideoPos": 2}})", "{}",
-         "/ad/portraitVideoPos",
+        {"control-off-screen", R"({"ad": {"portraitVideoPos": 6}})", "{}", "/ad/portraitVideoPos",
          [](const SessionRecord& record) {
              return ever(record, [](const Sight& sight) {
-                 return std::ranges::any_of(sight.controls, [](const SeenControl& each) {
-                     return each.is_button && each.frame.width > 0 && !each.visible;
-                 });
+                 const SeenControl* mute = control(sight, "btnMute");
+                 return mute && mute->frame.y + mute->frame.height > 812;
              });
          }},
         {"control-covered", R"({"ad": {"portraitVideoPos": 3}})", R"({"ad": {"portraitVideoPos": 5}})",
@@ -194,8 +195,7 @@ const std::vector<Case>& cases()
         {"address-not-encoded", R"({"ad": {"dicTrackingUrls": {"start": ["http://t/start?name=big lamp"]}}})",
          R"({"ad": {"dicTrackingUrls": {"start": ["http://t/start?name=big%20lamp"]}}})", "/ad/dicTrackingUrls/start/0",
          [](const SessionRecord& record) { return lines_with(record, "big lamp") > 0; }},
-        {"http-beside-https", R"({"ad": {"strVideoUrl": "https://m/v.mp4"}})", "{}", "/ad/arrayCloseTrackingUrls/0",
-         nullptr},
+        {"http-beside-https", R"({"ad": {"strVideoUrl": "https://m/v.mp4"}})", "{}", "/ad/strWebViewUrl", nullptr},
         {"page-listens-in-vain", page_with("qoroPlayer.addEventListener('video_finished', f)"),
          page_with("qoroPlayer.addEventListener('video_ended', f)"), "/ad/strWebViewUrl", nullptr},
         {"unknown-key", R"({"ad": {"dicTrackingUrls": {"firstquartile": ["http://t/f"]}}})", "{}",

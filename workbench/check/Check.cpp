@@ -127,6 +127,8 @@ private:
     /// How the ad could avoid a fault of its layout; absent if every layout has it.
     std::optional<std::string> other_layout(const Rule& rule, const CheckedSession& session, const Suspicion& suspicion)
     {
+        if (base_.kind == InputKind::Tag || !session.ad())
+            return std::nullopt;
         const std::string control = suspicion.key.substr(0, suspicion.key.find(' '));
         for (const OtherLayout& layout : OtherLayouts) {
             ScenarioText other = session.text();
@@ -164,6 +166,8 @@ private:
     ScenarioText counterexample(const Rule& rule, const CheckedSession& session, const Suspicion& suspicion)
     {
         ShrinkLimits limits{.kept = Essential};
+        if (const auto page = session.text().string("/ad/strWebViewUrl"))
+            limits.kept.push_back(path_under("/net", *page));
         if (!suspicion.path.empty() && base_.kind != InputKind::Tag)
             limits.kept.push_back("/ad" + suspicion.path);
         return shrink(

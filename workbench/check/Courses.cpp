@@ -154,7 +154,10 @@ void Courses::add_closes(std::vector<Course>& all, const CheckedSession& watched
 
 void Courses::add_faults(std::vector<Course>& all) const
 {
-    if (!scenario_.ad || scenario_.ad->strVideoUrl.length() > 0) {
+    // A tag's author has no influence on how long a viewer waits for a video.
+    if (!scenario_.ad)
+        return;
+    if (scenario_.ad->strVideoUrl.length() > 0) {
         for (const double at : {0.0, 1.0, scenario_.world.video.duration / 2}) {
             ScenarioText stalls = opened();
             stalls.add_stall(at, Endless);
@@ -169,8 +172,6 @@ void Courses::add_faults(std::vector<Course>& all) const
                                  watched_until(std::move(fails), end_ + Patience + 10)));
         }
     }
-    if (!scenario_.ad)
-        return;
     const auto answers = [&](const NSString& address, const std::string& what, double slow) {
         if (address.length() == 0)
             return;

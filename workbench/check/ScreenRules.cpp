@@ -162,11 +162,17 @@ bool is_undisturbed(const CheckedSession& session)
            });
 }
 
+/// Whether the ad has a page whose text is not known: it may show something.
+bool has_unknown_page(const CheckedSession& session)
+{
+    return !session.ad() || (session.ad()->strWebViewUrl.length() > 0 && !session.page());
+}
+
 } // namespace
 
 std::vector<Suspicion> empty_screen(const CheckedSession& session)
 {
-    if (!is_undisturbed(session))
+    if (!is_undisturbed(session) || has_unknown_page(session))
         return {};
     const std::vector<Sight>& sights = session.record().sights;
     for (std::size_t i = 0; i < sights.size();) {

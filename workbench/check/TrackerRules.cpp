@@ -251,7 +251,7 @@ std::vector<Suspicion> tracker_late(const CheckedSession& session)
             continue;
         const double behind = *tracker.sent->position - tracker.due;
         all.push_back(behind);
-        if (behind >= play->duration / Milestones.size())
+        if (behind > play->duration / Milestones.size() + Tolerance)
             late.push_back(&tracker);
     }
     std::ranges::sort(all);
