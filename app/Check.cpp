@@ -85,12 +85,9 @@ AdReport report_of(const std::string& ad, const CheckCommandOptions& options, Co
 {
     const BaseScenario base = read_base_scenario(ad, options.input);
     const CheckResult result = check_ad(base, options.check);
-    AdReport report{.file = base.file, .sessions = result.sessions};
+    AdReport report{.file = base.file, .sessions = result.sessions, .severity = options.check.severity};
     for (const Finding& finding : result.findings)
-        if (finding.severity < options.severity)
-            ++report.below;
-        else
-            report.findings.push_back({.finding = finding, .counterexample_file = counterexamples.write(finding)});
+        report.findings.push_back({.finding = finding, .counterexample_file = counterexamples.write(finding)});
     return report;
 }
 
@@ -137,7 +134,7 @@ void add_check_options(CLI::App& command, CheckCommandOptions& options)
             [&options](const std::string& name) {
                 for (const Severity severity : {Severity::Note, Severity::Warning, Severity::Error})
                     if (name == name_of(severity)) {
-                        options.severity = severity;
+                        options.check.severity = severity;
                         return;
                     }
                 throw CLI::ValidationError("--severity: expected note, warning or error, got \"" + name + "\"");

@@ -21,9 +21,7 @@ struct CheckCommandOptions {
     /// Ads, folders, tags or scenarios; "-" for standard input.
     std::vector<std::string> ads;
     CheckFormat format = CheckFormat::Text;
-    /// Findings below it are counted only.
-    Severity severity = Severity::Warning;
-    CheckOptions check;
+    CheckOptions check = {.severity = Severity::Warning};
     /// Folder for the counterexamples; empty for none.
     std::string out;
     SimulatedAdOptions input;

@@ -305,7 +305,7 @@ TEST(Check, TheGuardShowsWhatAViewerGets)
     EXPECT_EQ(of_rule(guarded, "close-never"), nullptr) << text_of(guarded);
 }
 
-TEST(Check, ThePolicysSecondsDecideWhatIsLate)
+TEST(Check, TheSecondsOfThePolicyDecideWhatIsLate)
 {
     const BaseScenario base = base_of(changed(R"({"ad": {"iCloseBtnCountdown": 10, "iBufferingSufferTime": 9}})"));
     EXPECT_EQ(of_rule(found_in(base), "close-late"), nullptr);

@@ -43,12 +43,15 @@ constexpr std::array OtherLayouts{
 class Check
 {
 public:
-    Check(const BaseScenario& base, const CheckOptions& options) : base_(base), courses_(base, options) {}
+    Check(const BaseScenario& base, const CheckOptions& options)
+        : base_(base), courses_(base, options), severity_(options.severity)
+    {
+    }
 
     CheckResult run()
     {
         for (const Rule& rule : rules())
-            if (rule.of_ad)
+            if (rule.of_ad && rule.severity >= severity_)
                 for (const Suspicion& suspicion : rule.of_ad(base_))
                     add(rule, suspicion);
         if (const auto written = courses_.as_written())
@@ -74,7 +77,7 @@ private:
     {
         ++result_.sessions;
         for (const Rule& rule : rules())
-            if (rule.of_session)
+            if (rule.of_session && rule.severity >= severity_)
                 for (const Suspicion& suspicion : rule.of_session(session))
                     examine(rule, session, suspicion);
     }
@@ -182,6 +185,7 @@ private:
 
     const BaseScenario& base_;
     const Courses courses_;
+    const Severity severity_;
     CheckResult result_;
     std::vector<std::pair<std::string_view, std::string>> known_;
 };

@@ -2,6 +2,7 @@
 
 #include "workbench/BaseScenario.h"
 #include "workbench/check/CheckedSession.h"
+#include "workbench/check/Finding.h"
 
 #include <cstdint>
 #include <optional>
@@ -17,6 +18,8 @@ struct CheckOptions {
     double policy_seconds = 15;
     /// Whether the kit's close guard and its request limit are on, as in hosts.
     bool guard = false;
+    /// The least severity; rules below it are not asked.
+    Severity severity = Severity::Note;
 };
 
 /// The courses of events that an ad is put through.

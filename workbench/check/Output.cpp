@@ -106,8 +106,9 @@ Json result_json(const ReportedFinding& reported)
 std::string text_of(const AdReport& report, bool colours)
 {
     if (report.findings.empty())
-        return report.file + ": no findings in " + counted(report.sessions, "session") +
-               (report.below > 0 ? "; " + std::to_string(report.below) + " below the chosen severity" : "") + '\n';
+        return report.file + ": no findings" +
+               (report.severity == Severity::Note ? "" : " from " + std::string(name_of(report.severity)) + " on") +
+               " in " + counted(report.sessions, "session") + '\n';
     std::string out = report.file + ": " + counted(report.findings.size(), "finding") + " in " +
                       counted(report.sessions, "session") + '\n';
     std::string_view last;
@@ -150,8 +151,8 @@ std::string json_of(std::span<const AdReport> reports)
         }
         ads.push_back({{"file", report.file},
                        {"sessions", report.sessions},
-                       {"findings", std::move(findings)},
-                       {"belowSeverity", report.below}});
+                       {"severity", name_of(report.severity)},
+                       {"findings", std::move(findings)}});
     }
     return dumped({{"ads", std::move(ads)}});
 }

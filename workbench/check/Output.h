@@ -21,10 +21,10 @@ struct AdReport {
     /// As the user named it.
     std::string file;
     std::size_t sessions = 0;
-    /// Those of the chosen severity and above, the worst first.
+    /// The least severity that was looked for.
+    Severity severity = Severity::Note;
+    /// The worst first.
     std::vector<ReportedFinding> findings = {};
-    /// Findings below the chosen severity.
-    std::size_t below = 0;
 };
 
 /// For people: one line for an ad without findings; otherwise grouped by rule, the worst first.
