@@ -217,6 +217,12 @@ Json with_null_guid(Json scenario, const std::string& patch)
     return scenario;
 }
 
+/// Only rules about the layout need every device.
+CheckOptions options_for(const std::string& rule)
+{
+    return {.devices = rule_named(rule)->about_layout};
+}
+
 class CheckRules : public testing::TestWithParam<Case>
 {
 };
@@ -226,7 +232,8 @@ class CheckRules : public testing::TestWithParam<Case>
 TEST_P(CheckRules, AnAdWithTheFaultHasTheFindingAndItsCounterexampleShowsIt)
 {
     const Case& each = GetParam();
-    const auto findings = found_in(base_of(with_null_guid(scenario_of(each.fault), each.fault)));
+    const auto findings =
+        found_in(base_of(with_null_guid(scenario_of(each.fault), each.fault)), Severity::Note, options_for(each.rule));
     const Finding* finding = of_rule(findings, each.rule);
     ASSERT_NE(finding, nullptr) << text_of(findings);
     EXPECT_EQ(finding->path, each.path);
@@ -242,7 +249,7 @@ TEST_P(CheckRules, AnAdWithTheFaultHasTheFindingAndItsCounterexampleShowsIt)
 TEST_P(CheckRules, ATwinWithoutTheFaultHasNoSuchFinding)
 {
     const Case& each = GetParam();
-    const auto findings = found_in(base_of(scenario_of(each.twin)));
+    const auto findings = found_in(base_of(scenario_of(each.twin)), Severity::Note, options_for(each.rule));
     EXPECT_EQ(of_rule(findings, each.rule), nullptr) << text_of(findings);
 }
 
@@ -301,7 +308,7 @@ TEST(Check, TheGuardShowsWhatAViewerGets)
     const BaseScenario trap =
         base_of(changed(R"({"ad": {"bIsEndedCloseBtn": true, "iCloseBtnCountdown": 0, "iBufferingSufferTime": -1}})"));
     EXPECT_NE(of_rule(found_in(trap), "close-never"), nullptr);
-    const auto guarded = found_in(trap, Severity::Note, {.guard = true});
+    const auto guarded = found_in(trap, Severity::Note, {.guard = true, .devices = false});
     EXPECT_EQ(of_rule(guarded, "close-never"), nullptr) << text_of(guarded);
 }
 
@@ -309,7 +316,7 @@ TEST(Check, TheSecondsOfThePolicyDecideWhatIsLate)
 {
     const BaseScenario base = base_of(changed(R"({"ad": {"iCloseBtnCountdown": 10, "iBufferingSufferTime": 9}})"));
     EXPECT_EQ(of_rule(found_in(base), "close-late"), nullptr);
-    EXPECT_NE(of_rule(found_in(base, Severity::Note, {.policy_seconds = 5}), "close-late"), nullptr);
+    EXPECT_NE(of_rule(found_in(base, Severity::Note, {.policy_seconds = 5, .devices = false}), "close-late"), nullptr);
 }
 
 } // namespace qoro::test

@@ -44,7 +44,7 @@ class Check
 {
 public:
     Check(const BaseScenario& base, const CheckOptions& options)
-        : base_(base), courses_(base, options), severity_(options.severity)
+        : base_(base), courses_(base, options), severity_(options.severity), devices_(options.devices)
     {
     }
 
@@ -61,8 +61,9 @@ public:
             ask(watched);
             for (const Course& course : courses_.others(watched))
                 put_through(course);
-            for (const Course& course : courses_.on_devices())
-                put_through(course);
+            if (devices_)
+                for (const Course& course : courses_.on_devices())
+                    put_through(course);
         }
         std::ranges::stable_sort(result_.findings, [](const Finding& one, const Finding& other) {
             return rule_named(one.rule) < rule_named(other.rule);
@@ -186,6 +187,7 @@ private:
     const BaseScenario& base_;
     const Courses courses_;
     const Severity severity_;
+    const bool devices_;
     CheckResult result_;
     std::vector<std::pair<std::string_view, std::string>> known_;
 };

@@ -20,6 +20,8 @@ struct CheckOptions {
     bool guard = false;
     /// The least severity; rules below it are not asked.
     Severity severity = Severity::Note;
+    /// Whether the ad is put on every device, for the rules about its layout.
+    bool devices = true;
 };
 
 /// The courses of events that an ad is put through.
