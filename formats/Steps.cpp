@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <array>
+#include <limits>
 #include <utility>
 
 namespace qoro
@@ -134,7 +135,7 @@ What read_script(const Reader& reader)
 
 What read_player(const Reader& reader)
 {
-    reader.with_keys({"time", "duration", "load", "state", "finish"});
+    reader.with_keys({"time", "duration", "load", "state", "finish", "stall", "broken"});
     PlayerNews news;
     if (const auto time = reader.at("time"))
         news.time = time->number("a number of seconds");
@@ -146,6 +147,11 @@ What read_player(const Reader& reader)
         news.state = state->enumerated<MPMoviePlaybackState>("a playback state");
     if (const auto finish = reader.at("finish"))
         news.finish = finish->enumerated<MPMovieFinishReason>("a finish reason");
+    if (const auto stall = reader.at("stall"))
+        news.stall = stall->json() == "endless" ? std::numeric_limits<double>::infinity()
+                                                : stall->number("a number of seconds, or \"endless\"");
+    if (const auto broken = reader.at("broken"))
+        news.broken = broken->flag();
     return PlayerStep{news};
 }
 

@@ -23,6 +23,11 @@ struct PlayerNews {
     std::optional<MPMovieLoadState> load;
     std::optional<MPMoviePlaybackState> state;
     std::optional<MPMovieFinishReason> finish;
+    /// Seconds for which playback gets no data, from now; infinity for ever. No effect unless the player plays, and in
+    /// manual mode.
+    std::optional<double> stall = {};
+    /// Playback fails now and with every later play(); without effect in manual mode.
+    bool broken = false;
 };
 
 /// Changes of the device; absent values stay as they are.

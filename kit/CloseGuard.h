@@ -42,6 +42,7 @@ public:
     const UIButton& button() const { return button_; }
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     CloseGuard(const std::shared_ptr<QoroPhoneGapViewController>& ad, const CloseGuardTimes& times);
 
     void start();

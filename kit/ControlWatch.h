@@ -32,6 +32,7 @@ public:
     void begin();
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     void look_later();
     void look();
 

@@ -30,6 +30,7 @@ public:
     }
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     MessageBudget lines_;
     std::int64_t unreported_ = 0;
 };

@@ -27,6 +27,7 @@ public:
     }
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     const double at_once_;
     const double per_second_;
     double left_;

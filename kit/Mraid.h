@@ -41,6 +41,7 @@ public:
     bool release_orientation();
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     static constexpr std::string_view Prefix = "mraid.";
 
     struct Command;

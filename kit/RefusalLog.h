@@ -28,6 +28,7 @@ public:
     static std::string shortened(const std::string& detail);
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     LineLimit lines_{100, 1};
 };
 

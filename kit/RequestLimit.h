@@ -28,6 +28,7 @@ public:
     const char* refusal(const std::string& address, RequestPurpose purpose);
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     static constexpr double HeartbeatsAtOnce = 20;
     static constexpr double HeartbeatsPerSecond = 20;
     static constexpr std::int64_t MostOthers = 20'000;

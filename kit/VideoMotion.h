@@ -43,6 +43,7 @@ public:
     double played() const { return played_; }
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     /// Minimum rate of playback, as a fraction of normal speed.
     static constexpr double LeastSpeed = 0.5;
     /// Seconds of media that must play in one piece, over one or more samples.

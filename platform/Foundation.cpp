@@ -60,18 +60,32 @@ struct NSTimer::Running {
     }
 };
 
+/// The work of the main loop.
+struct NSTimer::Firing {
+    std::shared_ptr<Running> running;
+
+    void operator()() const
+    {
+        // The action may stop the timer, whereupon the loop destroys this function while it runs.
+        const std::shared_ptr<Running> held = running;
+        held->fire();
+    }
+};
+
 NSTimer NSTimer::scheduledTimerWithTimeInterval(double interval, const Action& action, bool repeats)
 {
     NSTimer timer;
     timer.state_ = std::make_shared<State>(Platform::current(), interval, repeats);
     auto running = std::make_shared<Running>(Running{timer.state_, action, action.target()});
     timer.state_->running = running;
-    timer.state_->id = timer.state_->platform.loop().start_timer(interval, repeats, [running = std::move(running)] {
-        // The action may stop the timer, whereupon the loop destroys this function while it runs.
-        const std::shared_ptr<Running> held = running;
-        held->fire();
-    });
+    timer.state_->id = timer.state_->platform.loop().start_timer(interval, repeats, Firing{std::move(running)});
     return timer;
+}
+
+const Action* NSTimer::action_of(const std::function<void()>& work)
+{
+    const Firing* firing = work.target<Firing>();
+    return firing ? &firing->running->action : nullptr;
 }
 
 bool NSTimer::isValid() const

@@ -143,10 +143,14 @@ public:
     bool repeats() const;
     /// Next firing, in seconds since the session started; 0 for a timer that is not valid.
     double fireDate() const;
+    /// The action that work of the main loop fires; null for work that is not a timer's. For programs that compare
+    /// states.
+    static const Action* action_of(const std::function<void()>& work);
 
 private:
     struct Running;
     struct State;
+    struct Firing;
     std::shared_ptr<State> state_;
 };
 
@@ -177,6 +181,7 @@ public:
     std::size_t count_of(const Object* observer) const;
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     struct Registration {
         Action action;
         std::string_view name;

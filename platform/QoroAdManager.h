@@ -81,6 +81,7 @@ public:
     bool has_store_pages() const { return !store_page_.empty(); }
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     std::vector<std::shared_ptr<UIViewController>> extra_views_;
     std::string store_page_ = DefaultStorePage;
     /// Null when requests are not limited.

@@ -54,6 +54,7 @@ public:
     std::shared_ptr<UIViewController> rootViewController;
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     void leave();
 
     std::weak_ptr<QoroPhoneGapViewController> opener_;

@@ -258,6 +258,7 @@ protected:
 
 private:
     friend class ClosingBy;
+    friend class StateReader; // workbench/explore/StateHash.cpp
 
     void did_start_load() override;
     void did_finish_load() override;

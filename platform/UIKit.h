@@ -392,6 +392,7 @@ protected:
     virtual void populateView() {}
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     void end_presentation();
 
     UIView view_;

@@ -33,6 +33,7 @@ public:
     void set_covered(bool covered);
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     void wait_for(const NSURL& address);
     void returned();
     void show_store_page(const NSString& item);

@@ -25,14 +25,17 @@ const NetAnswer& SimulatedNet::find(const std::string& address) const
     return unnamed;
 }
 
-void SimulatedNet::fetch(const std::string& address, FetchKind, std::function<void(FetchAnswer)> answer)
+void SimulatedNet::fetch(const std::string& address, FetchKind kind, std::function<void(FetchAnswer)> answer)
 {
     const NetAnswer& named = find(address);
     ++pending_;
-    loop_.after(to_microseconds(named.after), [this, answer = std::move(answer), address, &named] {
-        --pending_;
-        answer({named.ok, named.error, named.body, address});
-    });
+    loop_.after(to_microseconds(named.after), Due{this, address, kind, &named, std::move(answer)});
+}
+
+void SimulatedNet::Due::operator()() const
+{
+    --net->pending_;
+    answer({named->ok, named->error, named->body, address});
 }
 
 FetchAnswer SimulatedNet::fetch_now(const std::string& address)

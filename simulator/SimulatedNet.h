@@ -5,6 +5,7 @@
 #include "simulator/AddressPattern.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -30,6 +31,16 @@ public:
     std::size_t pending() const { return pending_; }
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
+    /// The work of the main loop.
+    struct Due {
+        SimulatedNet* net;
+        std::string address;
+        FetchKind kind;
+        const NetAnswer* named;
+        std::function<void(FetchAnswer)> answer;
+        void operator()() const;
+    };
     const NetAnswer& find(const std::string& address) const;
 
     VirtualLoop& loop_;

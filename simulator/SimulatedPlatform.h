@@ -27,7 +27,7 @@ public:
 
     VirtualLoop& loop() override { return loop_; }
     SimulatedPlayers& players() override { return players_; }
-    WebEngineFactory& web_engines() override { return web_engines_; }
+    SimulatedWebEngines& web_engines() override { return web_engines_; }
     SimulatedVolume& volume() override { return volume_; }
     SimulatedNet& fetcher() override { return net_; }
     TextMeasurer& text() override { return text_; }
@@ -50,6 +50,7 @@ public:
     bool page_runs(const UIWebView& page) const override;
 
 private:
+    friend class StateReader; // workbench/explore/StateHash.cpp
     /// Draws nothing.
     struct NoDisplay final : Display {
         std::function<void()> changed;

@@ -3,6 +3,7 @@
 #include "simulator/VirtualLoop.h"
 
 #include <algorithm>
+#include <cmath>
 #include <utility>
 
 namespace qoro
@@ -121,6 +122,14 @@ void SimulatedPlayer::take(const PlayerNews& news)
     }
     if (news.finish && players.find(serial))
         listener_.finished(*news.finish);
+    if (manual() || !players.find(serial))
+        return;
+    if (news.stall && playing())
+        stall(*news.stall);
+    if (news.broken && !failed_for_good_) {
+        failed_for_good_ = true;
+        fail();
+    }
 }
 
 void SimulatedPlayer::leave_app()
@@ -133,11 +142,13 @@ void SimulatedPlayer::leave_app()
 
 TimerId SimulatedPlayer::after(std::int64_t microseconds, Event event)
 {
-    // One pointer and two small integers, which std::function stores without allocating.
-    return players_.loop_.after(microseconds, [players = &players_, serial = serial_, event] {
-        if (SimulatedPlayer* player = players->find(serial))
-            player->run(event);
-    });
+    return players_.loop_.after(microseconds, Due{&players_, serial_, event});
+}
+
+void SimulatedPlayer::Due::operator()() const
+{
+    if (SimulatedPlayer* player = players->find(serial))
+        player->run(event);
 }
 
 void SimulatedPlayer::run(Event event)
@@ -298,12 +309,7 @@ void SimulatedPlayer::come_to_it()
         break;
     case Ahead::Stall:
         stalls_done_[ahead_stall_] = true;
-        stalled_ = true;
-        load_state_ = MPMovieLoadStateStalled;
-        set_playback_state(MPMoviePlaybackStateInterrupted);
-        post(Event::ReportLoad);
-        post(Event::ReportPlayback);
-        after(to_microseconds(video_.stalls[ahead_stall_].lasts), Event::StallOver);
+        stall(video_.stalls[ahead_stall_].lasts);
         break;
     case Ahead::Error:
         failed_ = true;
@@ -314,6 +320,17 @@ void SimulatedPlayer::come_to_it()
         fail();
         break;
     }
+}
+
+void SimulatedPlayer::stall(double seconds)
+{
+    stalled_ = true;
+    load_state_ = MPMovieLoadStateStalled;
+    set_playback_state(MPMoviePlaybackStateInterrupted);
+    post(Event::ReportLoad);
+    post(Event::ReportPlayback);
+    if (std::isfinite(seconds))
+        after(to_microseconds(seconds), Event::StallOver);
 }
 
 void SimulatedPlayer::stall_over()

@@ -26,6 +26,7 @@ public:
 
 private:
     friend class SimulatedPlayer;
+    friend class StateReader; // workbench/explore/StateHash.cpp
 
     /// How the video at a source behaves.
     const VideoSetup& video_at(const NSURL& source) const;
@@ -61,6 +62,7 @@ public:
 
 private:
     friend class SimulatedPlayers;
+    friend class StateReader; // workbench/explore/StateHash.cpp
     /// The next event of playback.
     enum class Ahead { End, Stall, Error, ErrorForGood };
     enum class Event : std::uint32_t {
@@ -73,6 +75,14 @@ private:
         ReportFailure,
         ComeToIt,
         StallOver,
+    };
+
+    /// The work of the main loop: a pointer and two small integers, which std::function stores without allocating.
+    struct Due {
+        SimulatedPlayers* players;
+        std::uint32_t serial;
+        Event event;
+        void operator()() const;
     };
 
     void post(Event event) { after(0, event); }
@@ -94,6 +104,7 @@ private:
     void report_playthrough();
     /// Playback has reached the next event.
     void come_to_it();
+    void stall(double seconds);
     void stall_over();
 
     SimulatedPlayers& players_;

@@ -132,11 +132,14 @@ const NetAnswer* SimulatedWebEngine::answer() const
 
 void SimulatedWebEngine::after(std::int64_t microseconds, Report report)
 {
-    engines_.loop_.after(microseconds, [engines = &engines_, serial = serial_, load = load_, report] {
-        SimulatedWebEngine* engine = engines->engines_[serial];
-        if (engine && engine->load_ == load)
-            engine->deliver(report);
-    });
+    engines_.loop_.after(microseconds, Due{&engines_, serial_, load_, report});
+}
+
+void SimulatedWebEngine::Due::operator()() const
+{
+    SimulatedWebEngine* engine = engines->engines_[serial];
+    if (engine && engine->load_ == load)
+        engine->deliver(report);
 }
 
 void SimulatedWebEngine::deliver(Report report)

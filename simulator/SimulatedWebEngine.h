@@ -23,6 +23,7 @@ public:
 
 private:
     friend class SimulatedWebEngine;
+    friend class StateReader; // workbench/explore/StateHash.cpp
     VirtualLoop& loop_;
     const World& world_;
     std::vector<SimulatedWebEngine*> engines_; // indexed by serial; null once destroyed
@@ -54,7 +55,16 @@ public:
 
 private:
     friend class SimulatedWebEngines;
+    friend class StateReader; // workbench/explore/StateHash.cpp
     enum class Report : std::uint16_t { Start, End, Silence };
+    /// The work of the main loop, which std::function stores without allocating.
+    struct Due {
+        SimulatedWebEngines* engines;
+        std::uint32_t serial;
+        std::uint16_t load;
+        Report report;
+        void operator()() const;
+    };
     void begin(const NSURL& address);
     void visit(std::size_t place);
     void after(std::int64_t microseconds, Report report);

@@ -26,12 +26,17 @@ void Simulation::run()
 {
     if (!scenario_.tag.empty())
         return run_tag();
-    session_ = std::make_unique<Session>(platform_, platform_, scenario_.host, copy_of(*scenario_.ad));
+    begin();
     for (std::size_t n = 0; n < scenario_.steps.size(); ++n) {
         const Step& step = scenario_.steps[n];
         platform_.run_until(step.at);
         session_->perform(step, n);
     }
+}
+
+void Simulation::begin()
+{
+    session_ = std::make_unique<Session>(platform_, platform_, scenario_.host, copy_of(*scenario_.ad));
 }
 
 /// The steps are events of the loop, since each ad of the tag has a session of its own.

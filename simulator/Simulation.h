@@ -5,6 +5,8 @@
 #include "host/Session.h"
 #include "simulator/SimulatedPlatform.h"
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 
@@ -25,6 +27,13 @@ public:
     /// Sets up the host and the controller, then runs every step; nothing runs after the last one. Set the platform's
     /// event sink before the call.
     void run();
+    /// As the beginning of run(): sets up the host and the controller. Not for a scenario with a tag.
+    void begin();
+    /// Runs everything due at or before a time, in microseconds. Before that, begin().
+    void run_until(std::int64_t microseconds) { platform_.loop().run_until(microseconds); }
+    /// Performs a step now, whatever its time.
+    /// @param n the step's index, from 0
+    void perform(const Step& step, std::size_t n) { session_->perform(step, n); }
     /// The controller of the ad that was opened last, while anything retains it; null once destroyed.
     std::shared_ptr<QoroVideoWebViewController> living() const;
     /// Whether the host retains that controller.

@@ -94,6 +94,29 @@ void VirtualLoop::run_until(std::int64_t microseconds)
     now_ = std::max(now_, microseconds);
 }
 
+std::vector<VirtualLoop::Queued> VirtualLoop::queue() const
+{
+    std::vector<const Slot*> slots;
+    for (const Slot& slot : slots_)
+        if (slot.id != 0)
+            slots.push_back(&slot);
+    std::ranges::sort(slots, {}, [](const Slot* slot) { return std::pair(slot->due, slot->id); });
+    std::vector<Queued> queued;
+    queued.reserve(slots.size());
+    for (const Slot* slot : slots)
+        queued.push_back({slot->id, slot->due, slot->interval, &slot->fire});
+    return queued;
+}
+
+std::optional<std::int64_t> VirtualLoop::next_due() const
+{
+    std::optional<std::int64_t> next;
+    for (const Slot& slot : slots_)
+        if (slot.id != 0 && slot.due != Never)
+            next = std::min(next.value_or(slot.due), slot.due);
+    return next;
+}
+
 void VirtualLoop::clear()
 {
     // Destroying the functions may start new timers.

@@ -3,6 +3,8 @@
 #include "platform/Ports.h"
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <vector>
 
 namespace qoro
@@ -35,6 +37,20 @@ public:
     TimerId after(std::int64_t microseconds, std::function<void()> work);
     /// Runs everything due at or before a time, then sets the clock to it.
     void run_until(std::int64_t microseconds);
+    /// An event in the queue.
+    struct Queued {
+        TimerId id = 0;
+        /// Virtual time, in microseconds; the largest number for a timer that never fires.
+        std::int64_t due = 0;
+        /// Microseconds; 0 for an event that runs once.
+        std::int64_t interval = 0;
+        /// Valid until the loop runs or changes.
+        const std::function<void()>* work = nullptr;
+    };
+    /// The queued events in the order in which they will run; timers that never fire are last.
+    std::vector<Queued> queue() const;
+    /// When the next event is due, in microseconds; absent without one.
+    std::optional<std::int64_t> next_due() const;
     /// Number of queued events, including timers that never fire.
     std::size_t pending() const { return slots_.size() - free_.size(); }
 
