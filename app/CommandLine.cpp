@@ -33,6 +33,9 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
     check_.input = simulate_.ad;
     add_check_options(*app_.add_subcommand("check"), check_);
+    explore_.ad.parts.discover = simulate_.ad.parts.discover;
+    explore_.ad.fetch_tag = simulate_.ad.fetch_tag;
+    add_explore_options(*app_.add_subcommand("explore"), explore_);
 }
 
 int CommandLine::run() const
@@ -47,6 +50,8 @@ int CommandLine::run() const
 #endif
     if (app_.got_subcommand("check"))
         return check_command(check_);
+    if (app_.got_subcommand("explore"))
+        return explore_command(explore_);
     return simulate_command(simulate_);
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/Check.h"
+#include "app/Explore.h"
 #include "app/Simulate.h"
 
 #ifdef QORO_DESKTOP
@@ -39,6 +40,7 @@ private:
 #endif
     SimulateOptions simulate_;
     CheckCommandOptions check_;
+    ExploreOptions explore_;
 };
 
 } // namespace qoro

@@ -651,7 +651,7 @@ private:
             // The kind decides which operation the answer reaches.
             out_.add("answer", std::string_view(answer->address));
             out_.add("answer", answer->kind);
-            out_.add("answer", answer->answer.target_type().name());
+            out_.add("answer", std::string_view(answer->answer.target_type().name()));
         } else if (const auto known = timers_.find(queued.id); known != timers_.end()) {
             out_.add("kitTimer", known->second);
         } else {

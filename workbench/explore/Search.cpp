@@ -1,0 +1,435 @@
+#include "workbench/explore/Search.h"
+
+#include "workbench/explore/Graph.h"
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <map>
+#include <set>
+#include <span>
+#include <thread>
+
+namespace qoro
+{
+
+namespace
+{
+
+using Index = CourseGraph::Index;
+using Node = CourseGraph::Node;
+using Task = CourseGraph::Task;
+constexpr Index None = CourseGraph::None;
+
+/// Tasks that run without knowledge of one another. Fixed, so that the result does not depend on the threads.
+constexpr std::size_t BatchSize = 128;
+
+std::string seconds_text(std::int64_t microseconds)
+{
+    std::string text(32, '\0');
+    const int length = std::snprintf(text.data(), text.size(), "%.6g s", static_cast<double>(microseconds) / 1e6);
+    text.resize(static_cast<std::size_t>(length));
+    return text;
+}
+
+class Search
+{
+public:
+    Search(const RunSetup& setup, const SearchOptions& options)
+        : setup_(setup), options_(options), began_(std::chrono::steady_clock::now())
+    {
+    }
+
+    SearchResult run()
+    {
+        std::vector<Task> tasks;
+        for (std::size_t start = 0; start < setup_.starts.size(); ++start)
+            tasks.push_back({.start = start});
+        for (std::size_t depth = 0;; ++depth) {
+            const bool all = perform(tasks);
+            examine();
+            if (!all || ended()) {
+                cut_short(depth);
+                break;
+            }
+            result_.complete_depth = depth;
+            if (depth == options_.depth)
+                break;
+            tasks = tasks_of_depth(static_cast<std::uint32_t>(depth), false);
+            if (tasks.empty()) {
+                nothing_more_ = true;
+                break;
+            }
+        }
+        finish();
+        return std::move(result_);
+    }
+
+private:
+    bool ended() const
+    {
+        if (result_.sessions >= options_.sessions)
+            return true;
+        const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - began_;
+        return options_.seconds > 0 && passed.count() >= options_.seconds;
+    }
+
+    // -------------------------------------------------------------------------------------------------------- tasks
+
+    /// Moves that have not been explored, of the states of a depth.
+    std::vector<Task> tasks_of_depth(std::uint32_t depth, bool only_helping) const
+    {
+        std::vector<Task> tasks;
+        for (Index index = 0; index < graph_.nodes().size(); ++index)
+            if (graph_.nodes()[index].depth == depth)
+                add_tasks(index, only_helping, tasks);
+        return tasks;
+    }
+
+    void add_tasks(Index index, bool only_helping, std::vector<Task>& tasks) const
+    {
+        const Node& node = graph_.nodes()[index];
+        for (std::size_t move = 0; move < node.moves.size(); ++move)
+            if (!node.done[move] && (!only_helping || node.moves[move].helps()))
+                tasks.push_back({.node = index, .move = move});
+    }
+
+    /// @return whether all have been performed: false at the end of the budget
+    bool perform(const std::vector<Task>& tasks, std::size_t most = ~std::size_t{})
+    {
+        std::size_t done = 0;
+        while (done < tasks.size()) {
+            if (ended() || done >= most)
+                return false;
+            const std::size_t count =
+                std::min({BatchSize, tasks.size() - done, options_.sessions - result_.sessions, most - done});
+            const auto batch = std::span(tasks).subspan(done, count);
+            perform_batch(batch);
+            done += count;
+        }
+        return true;
+    }
+
+    void perform_batch(std::span<const Task> batch)
+    {
+        std::vector<CourseRun> runs(batch.size());
+        std::vector<FoundCourse> courses;
+        courses.reserve(batch.size());
+        for (const Task& task : batch)
+            courses.push_back(graph_.course_of(task));
+        std::function<bool(const StateKey&)> known;
+        if (options_.recognise)
+            known = [this](const StateKey& key) { return graph_.knows(key); };
+        std::atomic<std::size_t> next = 0;
+        const auto work = [&] {
+            for (std::size_t n = next++; n < batch.size(); n = next++)
+                runs[n] = run_course(setup_, courses[n].start, courses[n].moves, known);
+        };
+        {
+            std::vector<std::jthread> threads;
+            for (unsigned thread = 1; thread < std::min<std::size_t>(options_.jobs, batch.size()); ++thread)
+                threads.emplace_back(work);
+            work();
+        }
+        for (std::size_t n = 0; n < batch.size(); ++n) {
+            graph_.add(batch[n], runs[n], options_.recognise);
+            graph_.mark(batch[n]);
+            ++result_.sessions;
+            note_faults(courses[n], runs[n]);
+        }
+    }
+
+    // ------------------------------------------------------------------------------------------------------ findings
+
+    void report(const std::string& rule, const std::string& text, FoundCourse course, std::int64_t until)
+    {
+        const auto same = std::ranges::find(result_.findings, rule + text,
+                                            [](const SearchFinding& each) { return each.rule + each.text; });
+        if (same != result_.findings.end())
+            ++same->others;
+        else
+            result_.findings.push_back({rule, text, std::move(course), until});
+    }
+
+    void note_faults(const FoundCourse& course, const CourseRun& run)
+    {
+        const std::int64_t until = run.moments.empty() ? 0 : run.moments.back().at + 1'000'000;
+        for (const Fault fault : run.faults)
+            switch (fault) {
+            case Fault::SoundAfterClose:
+                report("sound-after-close", "A player plays aloud after the ad has closed.", course, until);
+                break;
+            case Fault::LeftAfterClose:
+                report("left-after-close", "A window or an observer is left after the ad has closed.", course, until);
+                break;
+            case Fault::PlatformFault:
+                report("fault", "An operation fails.", course, until);
+                break;
+            }
+    }
+
+    /// The states from which a close, or a close control, can be reached.
+    std::vector<bool> with_way_out() const
+    {
+        const auto& nodes = graph_.nodes();
+        std::vector<std::vector<Index>> back(nodes.size());
+        std::vector<Index> open;
+        std::vector<bool> out(nodes.size());
+        for (Index index = 0; index < nodes.size(); ++index) {
+            for (const CourseGraph::Edge& way : nodes[index].ways)
+                if (way.helps)
+                    back[way.to].push_back(index);
+            if (nodes[index].close || nodes[index].closed || !nodes[index].open) {
+                out[index] = true;
+                open.push_back(index);
+            }
+        }
+        while (!open.empty()) {
+            const Index index = open.back();
+            open.pop_back();
+            for (const Index before : back[index])
+                if (!out[before]) {
+                    out[before] = true;
+                    open.push_back(before);
+                }
+        }
+        return out;
+    }
+
+    /// Everything that time, the viewer and the page can lead to, as far as it has been explored; in order of
+    /// discovery.
+    std::vector<Index> within_reach(Index from) const
+    {
+        std::vector<Index> found{from};
+        std::set<Index> seen{from};
+        for (std::size_t n = 0; n < found.size(); ++n)
+            for (const CourseGraph::Edge& way : graph_.nodes()[found[n]].ways)
+                if (way.helps && seen.insert(way.to).second)
+                    found.push_back(way.to);
+        return found;
+    }
+
+    static std::set<std::string> names(const FoundCourse& course)
+    {
+        std::set<std::string> all;
+        for (const TimedMove& each : course.moves)
+            all.insert(each.move.name);
+        return all;
+    }
+
+    /// Whether a trap with fewer moves explains this one.
+    SearchFinding* explanation(const FoundCourse& course)
+    {
+        const auto all = names(course);
+        for (SearchFinding& finding : result_.findings)
+            if (finding.rule == "trap" && finding.course.start == course.start &&
+                std::ranges::includes(all, names(finding.course)))
+                return &finding;
+        return nullptr;
+    }
+
+    /// Looks for traps among the states found so far.
+    void examine()
+    {
+        if (!options_.recognise)
+            return;
+        auto out = with_way_out();
+        for (Index index = examined_; index < graph_.nodes().size(); ++index) {
+            const std::size_t size = graph_.nodes().size();
+            if (size != out.size())
+                out = with_way_out();
+            if (out[index])
+                continue;
+            const FoundCourse course = graph_.course_of(index);
+            if (SearchFinding* known = explanation(course)) {
+                ++known->others;
+                continue;
+            }
+            settle(index, course);
+            out = with_way_out();
+            if (ended())
+                break;
+        }
+        examined_ = static_cast<Index>(graph_.nodes().size());
+    }
+
+    /// Explores what helps until a way out of a state is found, or nothing is left to explore.
+    void settle(Index index, const FoundCourse& course)
+    {
+        std::size_t left = options_.trap_sessions;
+        while (true) {
+            const std::vector<Index> reach = within_reach(index);
+            const auto& nodes = graph_.nodes();
+            if (std::ranges::any_of(reach, [&](Index each) { return nodes[each].close || nodes[each].closed; }))
+                return;
+            std::vector<Task> tasks;
+            for (const Index each : reach)
+                add_tasks(each, true, tasks);
+            if (tasks.empty()) {
+                trap(course, reach, true);
+                return;
+            }
+            if (left == 0 || ended()) {
+                trap(course, reach, false);
+                return;
+            }
+            // A few at a time, nearest first: a way out is mostly near.
+            tasks.resize(std::min({tasks.size(), BatchSize / 4, left}));
+            left -= tasks.size();
+            perform(tasks);
+        }
+    }
+
+    void trap(const FoundCourse& course, const std::vector<Index>& reach, bool proven)
+    {
+        std::int64_t until = 0;
+        for (const Index each : reach)
+            if (graph_.nodes()[each].course == graph_.nodes()[reach.front()].course)
+                until = std::max(until, graph_.nodes()[each].at);
+        const std::string states = std::to_string(reach.size()) + (reach.size() == 1 ? " state" : " states");
+        result_.findings.push_back(
+            {.rule = "trap",
+             .text = proven ? "The viewer can never leave: " + states + " follow, and none has a close control that works."
+                            : "No way out was found: none of the " + states +
+                                  " explored has a close control that works, and more follow.",
+             .course = course,
+             .until = until});
+    }
+
+    // ----------------------------------------------------------------------------------------------------- the end
+
+    /// Microseconds until time alone brings a close within reach; absent for never.
+    std::vector<std::optional<std::int64_t>> waits() const
+    {
+        const auto& nodes = graph_.nodes();
+        std::vector<std::optional<std::int64_t>> wait(nodes.size());
+        std::vector<std::uint8_t> known(nodes.size());
+        for (Index index = 0; index < nodes.size(); ++index) {
+            std::vector<Index> chain;
+            Index each = index;
+            while (each != None && known[each] == 0) {
+                known[each] = 1;
+                chain.push_back(each);
+                if (nodes[each].close || nodes[each].closed) {
+                    wait[each] = 0;
+                    known[each] = 2;
+                    chain.pop_back();
+                    break;
+                }
+                each = nodes[each].next;
+            }
+            std::optional<std::int64_t> ahead = each != None && known[each] == 2 ? wait[each] : std::nullopt;
+            for (auto back = chain.rbegin(); back != chain.rend(); ++back) {
+                if (ahead)
+                    ahead = *ahead + nodes[*back].wait;
+                wait[*back] = ahead;
+                known[*back] = 2;
+            }
+        }
+        return wait;
+    }
+
+    void finish()
+    {
+        const auto& nodes = graph_.nodes();
+        const auto wait = waits();
+        const auto late = static_cast<std::int64_t>(options_.policy_seconds * 1e6);
+        std::optional<SearchFinding> first_late;
+        std::size_t late_courses = 0;
+        const auto consider = [&](std::int64_t reached, const auto& course_of) {
+            if (!result_.worst_close || reached > *result_.worst_close) {
+                result_.worst_close = reached;
+                result_.worst_course = course_of();
+            }
+            if (reached <= late)
+                return;
+            ++late_courses;
+            FoundCourse course = course_of();
+            if (!first_late || course.moves.size() < first_late->course.moves.size())
+                first_late = SearchFinding{"close-late",
+                                           "A close is reachable only after " + seconds_text(reached) + ", later than " +
+                                               seconds_text(late) + ".",
+                                           std::move(course), reached};
+        };
+        for (Index index = 0; index < nodes.size(); ++index) {
+            const bool begins = index == 0 || nodes[index].course != nodes[index - 1].course;
+            if (begins && wait[index] && !nodes[index].had_close)
+                consider(nodes[index].at + *wait[index], [&] { return graph_.course_of(index); });
+        }
+        for (const CourseGraph::Arrival& arrival : graph_.arrivals())
+            if (arrival.task.node != None && wait[arrival.node] && !nodes[arrival.task.node].had_close &&
+                !nodes[arrival.task.node].close)
+                consider(arrival.at + *wait[arrival.node], [&] { return graph_.course_of(arrival.task); });
+        if (first_late) {
+            first_late->others = late_courses - 1;
+            result_.findings.push_back(std::move(*first_late));
+        }
+        std::ranges::stable_sort(result_.findings, [](const SearchFinding& a, const SearchFinding& b) {
+            return std::pair(a.rule != "trap", a.course.moves.size()) < std::pair(b.rule != "trap", b.course.moves.size());
+        });
+        result_.states = nodes.size();
+        result_.merged = graph_.arrivals().size();
+        result_.unnamed = graph_.unnamed();
+        verify();
+        if (!nothing_more_ && result_.complete_depth == options_.depth)
+            result_.not_covered.push_back("courses of more than " + std::to_string(options_.depth) + " moves");
+        for (const std::string& each : setup_.page.missing)
+            result_.not_covered.push_back(each);
+        result_.not_covered.emplace_back("moves at times at which nothing changes; the volume keys; the upside-down turn");
+        result_.not_covered.emplace_back("answers of trackers and icons that are late or fail");
+    }
+
+    void cut_short(std::size_t depth)
+    {
+        std::size_t left = 0;
+        for (const Node& node : graph_.nodes())
+            if (node.depth < options_.depth)
+                left += static_cast<std::size_t>(std::ranges::count(node.done, false));
+        result_.not_covered.push_back("the budget ended among the courses of " + std::to_string(depth) + " moves: " +
+                                      std::to_string(left) + " moves in the states found were not explored");
+    }
+
+    /// Explores merged states again: evenly spaced ones, so that the sample is the same every time.
+    void verify()
+    {
+        const auto& arrivals = graph_.arrivals();
+        const std::size_t count = std::min(options_.verify, arrivals.size());
+        for (std::size_t n = 0; n < count; ++n) {
+            const CourseGraph::Arrival& arrival = arrivals[n * arrivals.size() / count];
+            const Node& node = graph_.nodes()[arrival.node];
+            ++result_.verified;
+            if (auto wrong = compare_futures(setup_, graph_.course_of(arrival.node), node.at,
+                                             graph_.course_of(arrival.task), arrival.at, node.moves))
+                result_.wrong_merges.push_back(std::move(*wrong));
+        }
+    }
+
+    const RunSetup& setup_;
+    const SearchOptions& options_;
+    const std::chrono::steady_clock::time_point began_;
+    CourseGraph graph_;
+    SearchResult result_;
+    Index examined_ = 0;
+    bool nothing_more_ = false;
+};
+
+} // namespace
+
+SearchResult search(const RunSetup& setup, const SearchOptions& options)
+{
+    RunSetup own = setup;
+    own.identify = options.recognise;
+    own.leave_out = options.leave_out;
+    return Search(own, options).run();
+}
+
+std::string in_words(const RunSetup& setup, const FoundCourse& course)
+{
+    std::string words = course.start == 0 ? "" : setup.start_names[course.start];
+    for (const TimedMove& each : course.moves)
+        words += (words.empty() ? "" : ", ") + each.move.name + " at " + seconds_text(each.at);
+    return words.empty() ? "nothing is done" : words;
+}
+
+} // namespace qoro
