@@ -43,7 +43,8 @@ void CourseGraph::add(const Task& task, const CourseRun& run, bool recognise)
     Index before = task.node;
     Index course = None;
     bool helps = task.node != None && nodes_[task.node].moves[task.move].helps();
-    const std::uint32_t depth = task.node == None ? 0 : nodes_[task.node].depth + 1;
+    // Other surroundings from the start count as a move.
+    const std::uint32_t depth = task.node != None ? nodes_[task.node].depth + 1 : task.start == 0 ? 0 : 1;
     for (const Moment& moment : run.moments) {
         const bool first = &moment == &run.moments.front();
         Index node = None;

@@ -43,10 +43,11 @@ public:
 
     SearchResult run()
     {
-        std::vector<Task> tasks;
-        for (std::size_t start = 0; start < setup_.starts.size(); ++start)
-            tasks.push_back({.start = start});
+        std::vector<Task> tasks{{.start = 0}};
         for (std::size_t depth = 0;; ++depth) {
+            // Other surroundings from the start count as a move.
+            for (std::size_t start = 1; depth == 1 && start < setup_.starts.size(); ++start)
+                tasks.push_back({.start = start});
             const bool all = perform(tasks);
             examine();
             if (!all || ended()) {
@@ -57,7 +58,7 @@ public:
             if (depth == options_.depth)
                 break;
             tasks = tasks_of_depth(static_cast<std::uint32_t>(depth), false);
-            if (tasks.empty()) {
+            if (tasks.empty() && depth > 0) {
                 nothing_more_ = true;
                 break;
             }
@@ -223,7 +224,7 @@ private:
     {
         const auto all = names(course);
         for (SearchFinding& finding : result_.findings)
-            if (finding.rule == "trap" && finding.course.start == course.start &&
+            if (finding.rule == "trap" && (finding.course.start == 0 || finding.course.start == course.start) &&
                 std::ranges::includes(all, names(finding.course)))
                 return &finding;
         return nullptr;

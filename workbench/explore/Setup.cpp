@@ -50,8 +50,13 @@ std::vector<Step> steps_of_surroundings(const std::vector<Step>& steps)
             kept.push_back(step);
         open = open || opens;
     }
-    if (!open)
-        kept.push_back({.at = kept.empty() ? 0 : kept.back().at, .what = OpenStep{}, .key = "open", .value = 0});
+    if (open)
+        return kept;
+    Step& opening = kept.emplace_back();
+    opening.at = kept.size() > 1 ? kept[kept.size() - 2].at : 0;
+    opening.what = OpenStep{};
+    opening.key = "open";
+    opening.value = 0;
     return kept;
 }
 
