@@ -38,7 +38,7 @@ void CourseGraph::mark(const Task& task)
         nodes_[task.node].done[task.move] = true;
 }
 
-void CourseGraph::add(const Task& task, const CourseRun& run, bool recognise)
+std::size_t CourseGraph::add(const Task& task, const CourseRun& run, bool recognise)
 {
     Index before = task.node;
     Index course = None;
@@ -87,10 +87,11 @@ void CourseGraph::add(const Task& task, const CourseRun& run, bool recognise)
             }
         }
         if (!is_new)
-            return;
+            return static_cast<std::size_t>(&moment - run.moments.data()) + 1;
         before = node;
         helps = true;
     }
+    return run.moments.size();
 }
 
 } // namespace qoro

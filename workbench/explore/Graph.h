@@ -68,7 +68,8 @@ public:
     /// Those of a state's.
     FoundCourse course_of(Index node) const;
     /// Adds what a task's run has found.
-    void add(const Task& task, const CourseRun& run, bool recognise);
+    /// @return the number of moments up to the first whose state was known
+    std::size_t add(const Task& task, const CourseRun& run, bool recognise);
     void mark(const Task& task);
 
 private:

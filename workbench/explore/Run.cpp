@@ -61,16 +61,15 @@ public:
         simulation_.begin();
         for (const TimedMove& each : course) {
             perform_steps_until(each.at);
+            // An earlier course has shown it.
+            listener_.faulted = false;
             for (const Step& step : each.move.steps(static_cast<double>(each.at) / 1e6))
                 simulation_.perform(step, n_++);
             viewer_.note(each.move);
         }
         perform_steps_until(course.empty() ? 0 : course.back().at);
-        listener_.changed = true;
         if (look())
             pass_time();
-        if (listener_.faulted)
-            run_.faults.push_back(Fault::PlatformFault);
         simulation_.platform().on_display_change({});
         return std::move(run_);
     }
@@ -106,14 +105,14 @@ private:
         std::int64_t looked_at = changed_at;
         while (const auto next = next_time()) {
             if (*next > changed_at + setup_.patience && next_step_ == scenario_.steps.size())
-                return rest(false);
+                return;
             if (next_step_ == scenario_.steps.size() && *next > looked_at + RestPeriod) {
                 // Between two events nothing changes but the time to the next one.
                 looked_at += RestPeriod;
                 simulation_.run_until(looked_at);
                 const auto now = key();
                 if (now && now == before)
-                    return rest(true);
+                    return;
                 before = now;
                 continue;
             }
@@ -128,12 +127,6 @@ private:
             if (!look())
                 return;
         }
-        rest(true);
-    }
-
-    void rest(bool at_rest)
-    {
-        run_.at_rest = at_rest;
     }
 
     std::optional<StateKey> key()
@@ -154,33 +147,33 @@ private:
         const auto ad = simulation_.living();
         moment.open = ad && ad->qoroVideoAdInfo;
         moment.closed = listener_.closed;
-        moment.close = !moment.closed && !viewer_.away && close_is_reachable(simulation_);
+        // Also while the viewer is away, who does not wait for it then.
+        moment.close = !moment.closed && close_is_reachable(simulation_);
         run_.merged = moment.key && known_ && known_(*moment.key);
         if (!moment.closed && !run_.merged)
             moment.moves = moves_at(simulation_, viewer_, setup_.page, scenario_.host.autorotates);
+        if (std::exchange(listener_.faulted, false))
+            moment.faults.push_back(Fault::PlatformFault);
+        if (moment.closed && !run_.merged)
+            look_after_close(moment.faults);
         run_.moments.push_back(std::move(moment));
-        if (listener_.closed && !run_.merged) {
-            look_after_close();
-            run_.at_rest = true;
-            return false;
-        }
-        return !run_.merged;
+        return !run_.merged && !listener_.closed;
     }
 
-    void look_after_close()
+    void look_after_close(std::vector<Fault>& faults)
     {
         simulation_.run_until(loop().now_microseconds() + AfterClose);
         const auto ad = simulation_.living();
         SimulatedPlatform& platform = simulation_.platform();
         if (ad && ad->qoroMoviePlayer.playbackState() == MPMoviePlaybackStatePlaying && platform.volume().value() > 0)
-            run_.faults.push_back(Fault::SoundAfterClose);
+            faults.push_back(Fault::SoundAfterClose);
         const auto host = simulation_.host_window();
         const auto windows = platform.shared<WindowList>().visible_from_below();
         const bool window_left = std::ranges::any_of(windows, [&](const auto& window) { return window != host; });
         const PlatformScope scope(platform);
         const bool observes = ad && NSNotificationCenter::defaultCenter().count_of(ad.get()) > 0;
         if (window_left || observes)
-            run_.faults.push_back(Fault::LeftAfterClose);
+            faults.push_back(Fault::LeftAfterClose);
     }
 
     const RunSetup& setup_;

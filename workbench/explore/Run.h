@@ -37,6 +37,8 @@ struct Moment {
     bool closed = false;
     /// What can happen now; empty once the ad has closed.
     std::vector<Move> moves = {};
+    /// Since the moment before.
+    std::vector<Fault> faults = {};
 };
 
 /// What stays the same in all courses of a search.
@@ -58,9 +60,6 @@ struct CourseRun {
     std::vector<Moment> moments;
     /// Whether the last moment's state was already known, so that the run stopped there.
     bool merged = false;
-    /// Whether nothing changes any more after the last moment, except for what repeats for ever.
-    bool at_rest = false;
-    std::vector<Fault> faults = {};
 };
 
 /// Simulates a course and then lets time pass.

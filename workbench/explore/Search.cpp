@@ -134,10 +134,11 @@ private:
             work();
         }
         for (std::size_t n = 0; n < batch.size(); ++n) {
-            graph_.add(batch[n], runs[n], options_.recognise);
+            const std::size_t count = graph_.add(batch[n], runs[n], options_.recognise);
             graph_.mark(batch[n]);
             ++result_.sessions;
-            note_faults(courses[n], runs[n]);
+            for (const Moment& moment : std::span(runs[n].moments).first(count))
+                note_faults(courses[n], moment);
         }
     }
 
@@ -153,10 +154,10 @@ private:
             result_.findings.push_back({rule, text, std::move(course), until});
     }
 
-    void note_faults(const FoundCourse& course, const CourseRun& run)
+    void note_faults(const FoundCourse& course, const Moment& moment)
     {
-        const std::int64_t until = run.moments.empty() ? 0 : run.moments.back().at + 1'000'000;
-        for (const Fault fault : run.faults)
+        const std::int64_t until = moment.at + 1'000'000;
+        for (const Fault fault : moment.faults)
             switch (fault) {
             case Fault::SoundAfterClose:
                 report("sound-after-close", "A player plays aloud after the ad has closed.", course, until);
@@ -247,34 +248,34 @@ private:
                 ++known->others;
                 continue;
             }
-            settle(index, course);
+            if (!settle(index, course)) {
+                examined_ = index;
+                return;
+            }
             out = with_way_out();
-            if (ended())
-                break;
         }
         examined_ = static_cast<Index>(graph_.nodes().size());
     }
 
     /// Explores what helps until a way out of a state is found, or nothing is left to explore.
-    void settle(Index index, const FoundCourse& course)
+    /// @return false at the end of the budget
+    bool settle(Index index, const FoundCourse& course)
     {
         std::size_t left = options_.trap_sessions;
         while (true) {
             const std::vector<Index> reach = within_reach(index);
             const auto& nodes = graph_.nodes();
             if (std::ranges::any_of(reach, [&](Index each) { return nodes[each].close || nodes[each].closed; }))
-                return;
+                return true;
             std::vector<Task> tasks;
             for (const Index each : reach)
                 add_tasks(each, true, tasks);
-            if (tasks.empty()) {
-                trap(course, reach, true);
-                return;
+            if (tasks.empty() || left == 0) {
+                trap(course, reach, tasks.empty());
+                return true;
             }
-            if (left == 0 || ended()) {
-                trap(course, reach, false);
-                return;
-            }
+            if (ended())
+                return false;
             // A few at a time, nearest first: a way out is mostly near.
             tasks.resize(std::min({tasks.size(), BatchSize / 4, left}));
             left -= tasks.size();
@@ -389,6 +390,9 @@ private:
                 left += static_cast<std::size_t>(std::ranges::count(node.done, false));
         result_.not_covered.push_back("the budget ended among the courses of " + std::to_string(depth) + " moves: " +
                                       std::to_string(left) + " moves in the states found were not explored");
+        if (options_.recognise && examined_ < graph_.nodes().size())
+            result_.not_covered.push_back("whether " + std::to_string(graph_.nodes().size() - examined_) +
+                                          " states have a way out: the budget ended");
     }
 
     /// Explores merged states again: evenly spaced ones, so that the sample is the same every time.

@@ -224,6 +224,12 @@ private:
     void player(const SimulatedPlayer& player)
     {
         out_.add("player.source", player.has_source_);
+        // The setup that it follows, by the address of its video; empty for the common one.
+        std::string_view video;
+        for (const auto& [address, setup] : platform_.world_.videos)
+            if (&setup == &player.video_)
+                video = address;
+        out_.add("player.video", video);
         out_.add("player.autoplay", player.settings_.should_autoplay);
         out_.add("player.scaling", player.settings_.scaling_mode);
         out_.add("player.fullscreen", player.settings_.fullscreen);
