@@ -52,6 +52,7 @@ std::size_t CourseGraph::add(const Task& task, const CourseRun& run, bool recogn
             if (const auto known = known_.find(*moment.key); known != known_.end())
                 node = known->second;
         const bool is_new = node == None;
+        const bool had_close = before != None && (nodes_[before].had_close || nodes_[before].close);
         if (is_new) {
             if (course == None) {
                 course = static_cast<Index>(courses_.size());
@@ -73,11 +74,11 @@ std::size_t CourseGraph::add(const Task& task, const CourseRun& run, bool recogn
                               .open = moment.open,
                               .close = moment.close,
                               .closed = moment.closed,
-                              .had_close = before != None && (nodes_[before].had_close || nodes_[before].close),
+                              .had_close = had_close,
                               .moves = moment.moves,
                               .done = std::vector<bool>(moment.moves.size())});
         } else {
-            arrivals_.push_back({task, node, moment.at});
+            arrivals_.push_back({task, node, moment.at, had_close});
         }
         if (before != None) {
             nodes_[before].ways.push_back({node, helps});

@@ -56,6 +56,8 @@ public:
         Task task;
         Index node = None;
         std::int64_t at = 0;
+        /// A close has been reachable earlier in the course.
+        bool had_close = false;
     };
 
     const std::vector<Node>& nodes() const { return nodes_; }

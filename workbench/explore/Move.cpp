@@ -34,7 +34,7 @@ const std::array<Command, 12>& commands()
     static const std::array<Command, 12> all{{
         {"MRAIDClose", {}, {}, "MRAIDClose"},
         {"addEventListener", "onclick_closebtn", "explored", "onclick_closebtn"},
-        {"removeEventListener", "onclick_closebtn", "explored", "onclick_closebtn"},
+        {"removeEventListener", "onclick_closebtn", "explored", "removeEventListener"},
         {"MRAIDUseCustomClose", true, {}, "MRAIDUseCustomClose"},
         {"MRAIDUseCustomClose", false, {}, "MRAIDUseCustomClose"},
         {"setVideoPlay", {}, {}, "setVideoPlay"},

@@ -261,7 +261,7 @@ private:
     /// @return false at the end of the budget
     bool settle(Index index, const FoundCourse& course)
     {
-        std::size_t left = options_.trap_sessions;
+        std::size_t left = options_.trap_sessions > 0 ? options_.trap_sessions : options_.sessions / 10;
         while (true) {
             const std::vector<Index> reach = within_reach(index);
             const auto& nodes = graph_.nodes();
@@ -360,8 +360,7 @@ private:
                 consider(nodes[index].at + *wait[index], [&] { return graph_.course_of(index); });
         }
         for (const CourseGraph::Arrival& arrival : graph_.arrivals())
-            if (arrival.task.node != None && wait[arrival.node] && !nodes[arrival.task.node].had_close &&
-                !nodes[arrival.task.node].close)
+            if (!arrival.had_close && wait[arrival.node])
                 consider(arrival.at + *wait[arrival.node], [&] { return graph_.course_of(arrival.task); });
         if (first_late) {
             first_late->others = late_courses - 1;

@@ -24,8 +24,8 @@ struct SearchOptions {
     unsigned jobs = 1;
     /// Seconds after the opening by which a close must be reachable.
     double policy_seconds = 15;
-    /// Sessions that a single trap may cost until it is proven or a way out is found.
-    std::size_t trap_sessions = 2'000;
+    /// Sessions that a single trap may cost until it is proven or a way out is found; 0: a tenth of all.
+    std::size_t trap_sessions = 0;
     /// Whether equal states are explored once; off for comparison.
     bool recognise = true;
     /// Number of merged states that are explored again.

@@ -13,6 +13,22 @@ namespace
 /// Microseconds of the future that are compared.
 constexpr std::int64_t Future = 40'000'000;
 
+/// Microseconds between a move and the one that must follow it.
+constexpr std::int64_t Absence = 1'000'000;
+
+/// The steps of the move that ends another: the return from where the viewer went, and the end of a call.
+std::vector<Step> end_of(const Move& move)
+{
+    switch (move.kind) {
+    case Move::Kind::Leave:
+        return Move{.kind = Move::Kind::Return}.steps(0);
+    case Move::Kind::CallBegins:
+        return Move{.kind = Move::Kind::CallEnds}.steps(0);
+    default:
+        return {};
+    }
+}
+
 /// A line of a trace, with its time since the merge.
 struct FutureLine {
     std::int64_t after = 0;
@@ -47,9 +63,13 @@ std::vector<FutureLine> future_of(const RunSetup& setup, const FoundCourse& cour
     }
     simulation.run_until(at);
     listens = true;
-    if (move)
+    if (move) {
         for (const Step& step : move->steps(0))
             simulation.perform(step, n++);
+        simulation.run_until(at + Absence);
+        for (const Step& step : end_of(*move))
+            simulation.perform(step, n++);
+    }
     for (; n < scenario.steps.size() && !move; ++n) {
         simulation.run_until(to_microseconds(scenario.steps[n].at));
         simulation.perform(scenario.steps[n], n);
