@@ -75,27 +75,27 @@ TEST(Search, FindsTheTrapOfACloseButtonAtTheEndOfAVideoThatStalls)
     // Without a watchdog, the button appears at the end only, which never comes.
     const auto ad = ad_with(R"({"bIsEndedCloseBtn": true, "iBufferingSufferTime": -1, "iCloseBtnCountdown": -1})");
     const SearchSetup setup = search_setup(ad, false);
-    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 3000});
+    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 2500, .trap_sessions = 1000});
     const SearchFinding* trap = trap_by(result, {"endless stall"});
     ASSERT_TRUE(trap) << all_findings(setup.run, result);
     EXPECT_THAT(trap->text, HasSubstr("can never leave"));
     EXPECT_FALSE(close_at_end(setup, *trap));
 
     const auto twin = ad_with(R"({"bIsEndedCloseBtn": true})");
-    const SearchResult sound = explore(twin, {.depth = 1, .sessions = 3000});
+    const SearchResult sound = explore(twin, {.depth = 1, .sessions = 1500});
     EXPECT_FALSE(trap_by(sound, {"endless stall"})) << "the watchdog shows the button";
 }
 
 TEST(Search, FindsTheTrapOfAVideoThatTheViewerHasExited)
 {
     const SearchSetup setup = search_setup(ad_with("{}"), false);
-    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 3000});
+    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 1500});
     const SearchFinding* trap = trap_by(result, {R"(finish by "user exited")"});
     ASSERT_TRUE(trap) << all_findings(setup.run, result);
     EXPECT_FALSE(close_at_end(setup, *trap));
 
     // The page below the band holds the close button.
-    const SearchResult sound = explore(ad_with(R"({"portraitVideoPos": 2})"), {.depth = 1, .sessions = 3000});
+    const SearchResult sound = explore(ad_with(R"({"portraitVideoPos": 2})"), {.depth = 1, .sessions = 1500});
     EXPECT_FALSE(trap_by(sound, {R"(finish by "user exited")"}));
 }
 
@@ -107,12 +107,12 @@ TEST(Search, FindsTheTrapOfATapThatLeavesAClickThroughUnderWay)
         return R"({"arrayButtonsInfo": [{"btn_text": "Buy", "launch_type": "browser", "data": )" + data + "}]}";
     };
     const SearchSetup setup = search_setup(ad_with(button("{}")), false);
-    const SearchResult result = search(setup.run, {.depth = 2, .sessions = 4000});
+    const SearchResult result = search(setup.run, {.depth = 2, .sessions = 2500});
     const SearchFinding* trap = trap_by(result, {"tap btnActionOne", "a call begins"});
     ASSERT_TRUE(trap) << all_findings(setup.run, result);
     EXPECT_FALSE(close_at_end(setup, *trap));
 
-    const SearchResult sound = explore(ad_with(button(R"({"u": "http://shop"})")), {.depth = 2, .sessions = 4000});
+    const SearchResult sound = explore(ad_with(button(R"({"u": "http://shop"})")), {.depth = 2, .sessions = 2500});
     EXPECT_FALSE(trap_by(sound, {"tap btnActionOne", "a call begins"}));
 }
 
@@ -122,19 +122,19 @@ TEST(Search, FindsTheTrapOfAPageThatTakesOverClosingAndNeverCloses)
         return "<head></head><script>qoroPlayer.addEventListener('onclick_closebtn', () => " + does + ")</script>";
     };
     const SearchSetup setup = search_setup(ad_with("{}", page("0")), false);
-    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 3000});
+    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 1500});
     const SearchFinding* trap = trap_by(result, {"page: addEventListener(onclick_closebtn)"});
     ASSERT_TRUE(trap) << all_findings(setup.run, result);
 
     const SearchResult sound =
-        explore(ad_with("{}", page("qoroPlayer.MRAIDClose()")), {.depth = 1, .sessions = 3000});
+        explore(ad_with("{}", page("qoroPlayer.MRAIDClose()")), {.depth = 1, .sessions = 1500});
     EXPECT_FALSE(trap_by(sound, {"page: addEventListener(onclick_closebtn)"}));
 }
 
 TEST(Search, GivesTheSameResultWithAnyNumberOfThreads)
 {
     const SearchSetup setup = search_setup(ad_with("{}"), false);
-    SearchOptions options{.depth = 2, .sessions = 700};
+    SearchOptions options{.depth = 2, .sessions = 400};
     const std::string one = all_findings(setup.run, search(setup.run, options));
     options.jobs = 3;
     EXPECT_EQ(all_findings(setup.run, search(setup.run, options)), one);
@@ -145,7 +145,7 @@ TEST(Search, MeasuresTheWorstTimeUntilAClose)
 {
     // A stall of five seconds stops the countdown of three seconds.
     const auto ad = ad_with(R"({"iBufferingSufferTime": -1})");
-    const SearchResult result = explore(ad, {.depth = 1, .sessions = 3000, .policy_seconds = 5});
+    const SearchResult result = explore(ad, {.depth = 1, .sessions = 1500, .policy_seconds = 5});
     ASSERT_TRUE(result.worst_close);
     EXPECT_GE(*result.worst_close, 8'000'000);
     EXPECT_TRUE(std::ranges::any_of(result.findings, [](const auto& each) { return each.rule == "close-late"; }));
@@ -164,9 +164,9 @@ TEST(Search, MergesOnlyStatesWithTheSameFuture)
                       "data": {"u": "http://shop", "show_nav_bar": true}}, {"btn_text": "B", "action": "send_sms",
                       "data": {"tel": "1", "b": "x"}}]})")}) {
         const SearchSetup setup = search_setup(ad, false);
-        const SearchResult result = search(setup.run, {.depth = 2, .sessions = 1200, .verify = 25});
-        EXPECT_GT(result.merged, 100U);
-        EXPECT_EQ(result.verified, 25U);
+        const SearchResult result = search(setup.run, {.depth = 2, .sessions = 500, .verify = 10});
+        EXPECT_GT(result.merged, 50U);
+        EXPECT_EQ(result.verified, 10U);
         for (const WrongMerge& wrong : result.wrong_merges)
             ADD_FAILURE() << in_words(setup.run, wrong.first) << ": " << wrong.first_line << "\n"
                           << in_words(setup.run, wrong.second) << ": " << wrong.second_line;

@@ -48,9 +48,7 @@ public:
             // Other surroundings from the start count as a move.
             for (std::size_t start = 1; depth == 1 && start < setup_.starts.size(); ++start)
                 tasks.push_back({.start = start});
-            const bool all = perform(tasks);
-            examine();
-            if (!all || ended()) {
+            if (!perform_level(tasks, depth)) {
                 cut_short(depth);
                 break;
             }
@@ -68,6 +66,22 @@ public:
     }
 
 private:
+    /// Performs the courses of a depth. States are examined for traps once their moves have been explored, which
+    /// shows most ways out; a part of the budget is kept for that.
+    /// @return false at the end of the budget
+    bool perform_level(std::span<const Task> tasks, std::size_t depth)
+    {
+        while (!tasks.empty() && !ended()) {
+            const std::size_t share = (options_.sessions - result_.sessions) * 2 / 3;
+            tasks = tasks.subspan(perform(tasks, std::max(share, BatchSize)));
+            if (depth > 0)
+                examine(depth - 1);
+        }
+        if (tasks.empty() && depth == options_.depth)
+            examine(depth);
+        return tasks.empty();
+    }
+
     bool ended() const
     {
         if (result_.sessions >= options_.sessions)
@@ -96,20 +110,17 @@ private:
                 tasks.push_back({.node = index, .move = move});
     }
 
-    /// @return whether all have been performed: false at the end of the budget
-    bool perform(const std::vector<Task>& tasks, std::size_t most = ~std::size_t{})
+    /// @return how many have been performed: not all at the end of the budget, or of their share
+    std::size_t perform(std::span<const Task> tasks, std::size_t most)
     {
+        tasks = tasks.first(std::min(tasks.size(), most));
         std::size_t done = 0;
-        while (done < tasks.size()) {
-            if (ended() || done >= most)
-                return false;
-            const std::size_t count =
-                std::min({BatchSize, tasks.size() - done, options_.sessions - result_.sessions, most - done});
-            const auto batch = std::span(tasks).subspan(done, count);
-            perform_batch(batch);
+        while (done < tasks.size() && !ended()) {
+            const std::size_t count = std::min({BatchSize, tasks.size() - done, options_.sessions - result_.sessions});
+            perform_batch(tasks.subspan(done, count));
             done += count;
         }
-        return true;
+        return done;
     }
 
     void perform_batch(std::span<const Task> batch)
@@ -231,30 +242,27 @@ private:
         return nullptr;
     }
 
-    /// Looks for traps among the states found so far.
-    void examine()
+    /// Looks for traps among the states of up to a depth.
+    void examine(std::size_t depth)
     {
-        if (!options_.recognise)
+        if (!options_.recognise || !options_.traps)
             return;
         auto out = with_way_out();
-        for (Index index = examined_; index < graph_.nodes().size(); ++index) {
-            const std::size_t size = graph_.nodes().size();
-            if (size != out.size())
-                out = with_way_out();
-            if (out[index])
+        examined_.resize(graph_.nodes().size());
+        for (Index index = 0, count = static_cast<Index>(examined_.size()); index < count; ++index) {
+            if (examined_[index] || graph_.nodes()[index].depth > depth)
                 continue;
-            const FoundCourse course = graph_.course_of(index);
-            if (SearchFinding* known = explanation(course)) {
-                ++known->others;
-                continue;
+            if (!out[index]) {
+                const FoundCourse course = graph_.course_of(index);
+                if (SearchFinding* known = explanation(course))
+                    ++known->others;
+                else if (!settle(index, course))
+                    return;
+                else
+                    out = with_way_out();
             }
-            if (!settle(index, course)) {
-                examined_ = index;
-                return;
-            }
-            out = with_way_out();
+            examined_[index] = true;
         }
-        examined_ = static_cast<Index>(graph_.nodes().size());
     }
 
     /// Explores what helps until a way out of a state is found, or nothing is left to explore.
@@ -272,6 +280,9 @@ private:
                 add_tasks(each, true, tasks);
             if (tasks.empty() || left == 0) {
                 trap(course, reach, tasks.empty());
+                examined_.resize(nodes.size());
+                for (const Index each : reach)
+                    examined_[each] = examined_[each] || tasks.empty();
                 return true;
             }
             if (ended())
@@ -279,7 +290,7 @@ private:
             // A few at a time, nearest first: a way out is mostly near.
             tasks.resize(std::min({tasks.size(), BatchSize / 4, left}));
             left -= tasks.size();
-            perform(tasks);
+            perform(tasks, tasks.size());
         }
     }
 
@@ -369,10 +380,19 @@ private:
         std::ranges::stable_sort(result_.findings, [](const SearchFinding& a, const SearchFinding& b) {
             return std::pair(a.rule != "trap", a.course.moves.size()) < std::pair(b.rule != "trap", b.course.moves.size());
         });
+        result_.next_sessions = tasks_of_depth(static_cast<std::uint32_t>(result_.complete_depth), false).size();
         result_.states = nodes.size();
         result_.merged = graph_.arrivals().size();
         result_.unnamed = graph_.unnamed();
         verify();
+        const auto out = with_way_out();
+        std::size_t unexamined = 0;
+        for (Index index = 0; options_.recognise && options_.traps && index < nodes.size(); ++index)
+            if (!out[index] && nodes[index].depth <= options_.depth &&
+                (index >= examined_.size() || !examined_[index]))
+                ++unexamined;
+        if (unexamined > 0)
+            result_.not_covered.push_back("whether the viewer can leave from " + std::to_string(unexamined) + " states");
         if (!nothing_more_ && result_.complete_depth == options_.depth)
             result_.not_covered.push_back("courses of more than " + std::to_string(options_.depth) + " moves");
         for (const std::string& each : setup_.page.missing)
@@ -389,9 +409,6 @@ private:
                 left += static_cast<std::size_t>(std::ranges::count(node.done, false));
         result_.not_covered.push_back("the budget ended among the courses of " + std::to_string(depth) + " moves: " +
                                       std::to_string(left) + " moves in the states found were not explored");
-        if (options_.recognise && examined_ < graph_.nodes().size())
-            result_.not_covered.push_back("whether " + std::to_string(graph_.nodes().size() - examined_) +
-                                          " states have a way out: the budget ended");
     }
 
     /// Explores merged states again: evenly spaced ones, so that the sample is the same every time.
@@ -414,7 +431,8 @@ private:
     const std::chrono::steady_clock::time_point began_;
     CourseGraph graph_;
     SearchResult result_;
-    Index examined_ = 0;
+    /// Whether each state has been examined for a trap; shorter than the list of states.
+    std::vector<bool> examined_;
     bool nothing_more_ = false;
 };
 

@@ -26,8 +26,10 @@ struct SearchOptions {
     double policy_seconds = 15;
     /// Sessions that a single trap may cost until it is proven or a way out is found; 0: a tenth of all.
     std::size_t trap_sessions = 0;
-    /// Whether equal states are explored once; off for comparison.
+    /// Whether equal states are explored once; off for comparison, and without traps then.
     bool recognise = true;
+    /// Whether states are examined for traps.
+    bool traps = true;
     /// Number of merged states that are explored again.
     std::size_t verify = 0;
     /// Name of a part that the states lack, for tests (state_key).
@@ -72,6 +74,8 @@ struct SearchResult {
     std::size_t unnamed = 0;
     /// Moves of the longest courses that have all been explored.
     std::size_t complete_depth = 0;
+    /// Sessions that courses of one move more would take.
+    std::size_t next_sessions = 0;
     /// Longest time from the start until a close is reachable without a further move, in microseconds, and the course;
     /// absent if none was.
     std::optional<std::int64_t> worst_close = {};
