@@ -136,7 +136,8 @@ int explore_command(const ExploreOptions& options)
 {
     const BaseScenario base = read_base_scenario(options.file, options.ad);
     if (base.kind == InputKind::Tag)
-        throw InputError(options.file, "", "a tag can't be explored; import it with qoro-ad import, and explore the ad");
+        throw InputError(options.file, "",
+                         "a tag can't be explored; import it with qoro-ad import, and explore the ad");
     ScenarioText scenario = base.scenario;
     if (options.ad.parts.device)
         scenario.set_device(*options.ad.parts.device);
@@ -157,8 +158,8 @@ int explore_command(const ExploreOptions& options)
     if (result.worst_close) {
         std::array<char, 64> text;
         std::snprintf(text.data(), text.size(), "%.6g", static_cast<double>(*result.worst_close) / 1e6);
-        print(std::string("a close is reachable after ") + text.data() + " s at worst: " +
-              in_words(setup.run, result.worst_course));
+        print(std::string("a close is reachable after ") + text.data() +
+              " s at worst: " + in_words(setup.run, result.worst_course));
     } else {
         print("no course leads to a close by itself");
     }

@@ -18,9 +18,11 @@ void measure(const char* name, const qoro::SearchSetup& setup, const qoro::Searc
     const std::clock_t began = std::clock();
     const qoro::SearchResult result = qoro::search(setup.run, options);
     const double seconds = static_cast<double>(std::clock() - began) / CLOCKS_PER_SEC;
-    std::printf("%-24s %8zu sessions in %6.2f s, %7.0f/s; %8zu states, %7.0f/s; %8zu merged; all of %zu moves; %zu sessions for one more\n", name,
-                result.sessions, seconds, static_cast<double>(result.sessions) / seconds, result.states,
-                static_cast<double>(result.states) / seconds, result.merged, result.complete_depth, result.next_sessions);
+    std::printf("%-24s %8zu sessions in %6.2f s, %7.0f/s; %8zu states, %7.0f/s; %8zu merged; all of %zu moves; %zu "
+                "sessions for one more\n",
+                name, result.sessions, seconds, static_cast<double>(result.sessions) / seconds, result.states,
+                static_cast<double>(result.states) / seconds, result.merged, result.complete_depth,
+                result.next_sessions);
 }
 
 } // namespace

@@ -43,8 +43,9 @@ const SearchFinding* trap_by(const SearchResult& result, const std::vector<std::
 {
     const auto found = std::ranges::find_if(result.findings, [&](const SearchFinding& each) {
         return each.rule == "trap" && each.course.start == 0 && each.course.moves.size() == names.size() &&
-               std::ranges::equal(each.course.moves, names,
-                                  [](const TimedMove& move, const std::string& name) { return move.move.name == name; });
+               std::ranges::equal(each.course.moves, names, [](const TimedMove& move, const std::string& name) {
+                   return move.move.name == name;
+               });
     });
     return found == result.findings.end() ? nullptr : &*found;
 }
@@ -54,8 +55,8 @@ std::string all_findings(const RunSetup& setup, const SearchResult& result)
     std::string text = std::to_string(result.sessions) + " sessions, " + std::to_string(result.states) + " states, " +
                        std::to_string(result.merged) + " merged\n";
     for (const SearchFinding& each : result.findings)
-        text += each.rule + ": " + each.text + " " + in_words(setup, each.course) + " +" +
-                std::to_string(each.others) + "\n";
+        text += each.rule + ": " + each.text + " " + in_words(setup, each.course) + " +" + std::to_string(each.others) +
+                "\n";
     for (const std::string& each : result.not_covered)
         text += each + "\n";
     return text;
@@ -126,8 +127,7 @@ TEST(Search, FindsTheTrapOfAPageThatTakesOverClosingAndNeverCloses)
     const SearchFinding* trap = trap_by(result, {"page: addEventListener(onclick_closebtn)"});
     ASSERT_TRUE(trap) << all_findings(setup.run, result);
 
-    const SearchResult sound =
-        explore(ad_with("{}", page("qoroPlayer.MRAIDClose()")), {.depth = 1, .sessions = 1500});
+    const SearchResult sound = explore(ad_with("{}", page("qoroPlayer.MRAIDClose()")), {.depth = 1, .sessions = 1500});
     EXPECT_FALSE(trap_by(sound, {"page: addEventListener(onclick_closebtn)"}));
 }
 
@@ -201,7 +201,8 @@ void expect_part_counts(const SearchSetup& setup, const std::string& part, const
     whole.leave_out = part;
     EXPECT_EQ(key_of(first), key_of(second)) << "more than " << part;
     const auto moves = run_course(whole, 0, first, {}).moments.front().moves;
-    EXPECT_TRUE(compare_futures(setup.run, {.moves = first}, first.back().at, {.moves = second}, second.back().at, moves))
+    EXPECT_TRUE(
+        compare_futures(setup.run, {.moves = first}, first.back().at, {.moves = second}, second.back().at, moves))
         << part;
 }
 
@@ -215,8 +216,8 @@ TEST(Search, NoticesAStateThatLacksAPart)
     const std::vector<TimedMove> six(6, four.front());
     expect_part_counts(hidden_image, "miWatchDog", four, six);
 
-    auto long_video = ad_with(R"({"bIsEndedCloseBtn": true, "iBufferingSufferTime": 12})",
-                              "<head></head>setVideoSeekToTime");
+    auto long_video =
+        ad_with(R"({"bIsEndedCloseBtn": true, "iBufferingSufferTime": 12})", "<head></head>setVideoSeekToTime");
     long_video.set("/video/duration", "20");
     const SearchSetup watchdog = search_setup(long_video, false);
     const auto seek_and_leave = [&](double at) {
@@ -227,7 +228,8 @@ TEST(Search, NoticesAStateThatLacksAPart)
 
     const SearchSetup buttons = search_setup(ad_with(R"({"arrayButtonsInfo": [
         {"btn_text": "A", "launch_type": "browser", "data": {"u": "http://shop"}},
-        {"btn_text": "B", "launch_type": "browser", "data": {}}]})", "<head></head>setVideoPause setVideoPlay"),
+        {"btn_text": "B", "launch_type": "browser", "data": {}}]})",
+                                                     "<head></head>setVideoPause setVideoPlay"),
                                              false);
     expect_part_counts(buttons, "_bDoButtonAction",
                        {move_at(buttons, 2, "tap btnActionOne"), move_at(buttons, 2, "page: setVideoPlay"),

@@ -65,7 +65,8 @@ Step step_of_command(const Command& command)
     std::vector<Value> written{command.name};
     const NSArray arguments = arguments_of(command);
     written.insert(written.end(), arguments.begin(), arguments.end());
-    return {.at = 0, .what = ScriptStep{{command.name, arguments}}, .key = "script", .value = NSArray(std::move(written))};
+    return {
+        .at = 0, .what = ScriptStep{{command.name, arguments}}, .key = "script", .value = NSArray(std::move(written))};
 }
 
 /// @param value of one member
@@ -82,9 +83,11 @@ Step error_step()
     PlayerNews news;
     news.state = MPMoviePlaybackStateStopped;
     news.finish = MPMovieFinishReasonPlaybackError;
-    return {.at = 0, .what = PlayerStep{news},
+    return {.at = 0,
+            .what = PlayerStep{news},
             .key = "player",
-            .value = NSDictionary{{"state", MPMoviePlaybackStateStopped}, {"finish", MPMovieFinishReasonPlaybackError}}};
+            .value =
+                NSDictionary{{"state", MPMoviePlaybackStateStopped}, {"finish", MPMovieFinishReasonPlaybackError}}};
 }
 
 Step app_step(AppStep::Event event, const char* written)
@@ -94,7 +97,8 @@ Step app_step(AppStep::Event event, const char* written)
 
 Step call_step(std::int64_t type)
 {
-    return {.at = 0, .what = InterruptStep{static_cast<AVAudioSessionInterruptionType>(type)},
+    return {.at = 0,
+            .what = InterruptStep{static_cast<AVAudioSessionInterruptionType>(type)},
             .key = "interrupt",
             .value = type};
 }
@@ -152,8 +156,8 @@ void add_turns(Simulation& simulation, const std::vector<std::int64_t>& interfac
 {
     const SimulatedDevice& device = simulation.platform().device();
     constexpr std::array<std::pair<std::int32_t, const char*>, 3> Turns{{{UIDeviceOrientationPortrait, "upright"},
-                                                                       {UIDeviceOrientationLandscapeLeft, "left"},
-                                                                       {UIDeviceOrientationLandscapeRight, "right"}}};
+                                                                         {UIDeviceOrientationLandscapeLeft, "left"},
+                                                                         {UIDeviceOrientationLandscapeRight, "right"}}};
     for (const auto& [orientation, name] : Turns) {
         // The interface's landscape orientations are named the other way round, with the same numbers.
         const bool follows = std::ranges::find(interface_turns, orientation) != interface_turns.end();
@@ -223,7 +227,8 @@ std::vector<Step> Move::steps(double at) const
         steps = {app_step(AppStep::Event::Foreground, "foreground"), app_step(AppStep::Event::Active, "active")};
         break;
     case Kind::LeaveSheet:
-        steps = {{.at = 0, .what = CallStep{"closeInAppApplication", NSArray(std::vector<Value>{})},
+        steps = {{.at = 0,
+                  .what = CallStep{"closeInAppApplication", NSArray(std::vector<Value>{})},
                   .key = "call",
                   .value = NSArray{"closeInAppApplication"}}};
         break;
@@ -231,7 +236,8 @@ std::vector<Step> Move::steps(double at) const
         steps = {step_of_command(commands()[static_cast<std::size_t>(number)])};
         break;
     case Kind::PageFault:
-        steps = {{.at = 0, .what = PageStep{number == 0 ? qoro::PageFault::Dies : qoro::PageFault::Hangs},
+        steps = {{.at = 0,
+                  .what = PageStep{number == 0 ? qoro::PageFault::Dies : qoro::PageFault::Hangs},
                   .key = "page",
                   .value = number == 0 ? "dies" : "hangs"}};
         break;

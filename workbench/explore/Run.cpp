@@ -134,7 +134,8 @@ private:
         const auto state = state_key(simulation_, StateDetail::Whole, setup_.leave_out);
         if (!state)
             return std::nullopt;
-        return with(*state, 1 + start_ * 64 + next_step_ * 4096 + (viewer_.away ? 1U : 0U) + (viewer_.in_call ? 2U : 0U));
+        return with(*state,
+                    1 + start_ * 64 + next_step_ * 4096 + (viewer_.away ? 1U : 0U) + (viewer_.in_call ? 2U : 0U));
     }
 
     /// Adds a moment.

@@ -301,13 +301,13 @@ private:
             if (graph_.nodes()[each].course == graph_.nodes()[reach.front()].course)
                 until = std::max(until, graph_.nodes()[each].at);
         const std::string states = std::to_string(reach.size()) + (reach.size() == 1 ? " state" : " states");
-        result_.findings.push_back(
-            {.rule = "trap",
-             .text = proven ? "The viewer can never leave: " + states + " follow, and none has a close control that works."
-                            : "No way out was found: none of the " + states +
-                                  " explored has a close control that works, and more follow.",
-             .course = course,
-             .until = until});
+        result_.findings.push_back({.rule = "trap",
+                                    .text = proven ? "The viewer can never leave: " + states +
+                                                         " follow, and none has a close control that works."
+                                                   : "No way out was found: none of the " + states +
+                                                         " explored has a close control that works, and more follow.",
+                                    .course = course,
+                                    .until = until});
     }
 
     // ----------------------------------------------------------------------------------------------------- the end
@@ -361,8 +361,8 @@ private:
             FoundCourse course = course_of();
             if (!first_late || course.moves.size() < first_late->course.moves.size())
                 first_late = SearchFinding{"close-late",
-                                           "A close is reachable only after " + seconds_text(reached) + ", later than " +
-                                               seconds_text(late) + ".",
+                                           "A close is reachable only after " + seconds_text(reached) +
+                                               ", later than " + seconds_text(late) + ".",
                                            std::move(course), reached};
         };
         for (Index index = 0; index < nodes.size(); ++index) {
@@ -378,7 +378,8 @@ private:
             result_.findings.push_back(std::move(*first_late));
         }
         std::ranges::stable_sort(result_.findings, [](const SearchFinding& a, const SearchFinding& b) {
-            return std::pair(a.rule != "trap", a.course.moves.size()) < std::pair(b.rule != "trap", b.course.moves.size());
+            return std::pair(a.rule != "trap", a.course.moves.size()) <
+                   std::pair(b.rule != "trap", b.course.moves.size());
         });
         result_.next_sessions = tasks_of_depth(static_cast<std::uint32_t>(result_.complete_depth), false).size();
         result_.states = nodes.size();
@@ -388,16 +389,17 @@ private:
         const auto out = with_way_out();
         std::size_t unexamined = 0;
         for (Index index = 0; options_.recognise && options_.traps && index < nodes.size(); ++index)
-            if (!out[index] && nodes[index].depth <= options_.depth &&
-                (index >= examined_.size() || !examined_[index]))
+            if (!out[index] && nodes[index].depth <= options_.depth && (index >= examined_.size() || !examined_[index]))
                 ++unexamined;
         if (unexamined > 0)
-            result_.not_covered.push_back("whether the viewer can leave from " + std::to_string(unexamined) + " states");
+            result_.not_covered.push_back("whether the viewer can leave from " + std::to_string(unexamined) +
+                                          " states");
         if (!nothing_more_ && result_.complete_depth == options_.depth)
             result_.not_covered.push_back("courses of more than " + std::to_string(options_.depth) + " moves");
         for (const std::string& each : setup_.page.missing)
             result_.not_covered.push_back(each);
-        result_.not_covered.emplace_back("moves at times at which nothing changes; the volume keys; the upside-down turn");
+        result_.not_covered.emplace_back(
+            "moves at times at which nothing changes; the volume keys; the upside-down turn");
         result_.not_covered.emplace_back("answers of trackers and icons that are late or fail");
     }
 

@@ -522,8 +522,7 @@ private:
         const VideoMotion& motion = guard.motion_;
         out_.add("guard.motion", motion.player_ == (ad_ ? ad_->qoroMoviePlayer.identity() : nullptr));
         out_.add("guard.motion", motion.seeks_ == (ad_ ? ad_->qoroMoviePlayer.seekCount() : 0));
-        for (const double part :
-             {motion.position_, motion.looked_, motion.run_, motion.played_, motion.still_since_})
+        for (const double part : {motion.position_, motion.looked_, motion.run_, motion.played_, motion.still_since_})
             out_.add("guard.motion", part);
         time_counts();
     }

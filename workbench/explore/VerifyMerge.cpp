@@ -98,8 +98,7 @@ std::optional<WrongMerge> compare_futures(const RunSetup& setup, const FoundCour
 {
     for (std::size_t n = 0; n <= moves.size(); ++n) {
         const Move* move = n == 0 ? nullptr : &moves[n - 1];
-        auto wrong =
-            difference(future_of(setup, first, first_at, move), future_of(setup, second, second_at, move));
+        auto wrong = difference(future_of(setup, first, first_at, move), future_of(setup, second, second_at, move));
         if (!wrong)
             continue;
         wrong->first = first;
