@@ -30,6 +30,8 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     };
     simulate_.ad.fetch_tag = fetch_tag_documents;
 #endif
+    report_.ad = simulate_.ad;
+    add_report_options(*app_.add_subcommand("report"), report_);
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
     check_.input = simulate_.ad;
     add_check_options(*app_.add_subcommand("check"), check_);
@@ -52,6 +54,8 @@ int CommandLine::run() const
         return check_command(check_);
     if (app_.got_subcommand("explore"))
         return explore_command(explore_);
+    if (app_.got_subcommand("report"))
+        return report_command(report_);
     return simulate_command(simulate_);
 }
 

@@ -2,6 +2,7 @@
 
 #include "app/Check.h"
 #include "app/Explore.h"
+#include "app/Report.h"
 #include "app/Simulate.h"
 
 #ifdef QORO_DESKTOP
@@ -38,6 +39,7 @@ private:
     CacheOptions cache_;
     ImportOptions import_;
 #endif
+    ReportOptions report_;
     SimulateOptions simulate_;
     CheckCommandOptions check_;
     ExploreOptions explore_;

@@ -17,8 +17,9 @@ namespace
 class Looks
 {
 public:
-    Looks(Simulation& simulation, std::vector<Sight>& sights)
-        : simulation_(simulation), sights_(sights), watch_(simulation.platform(), [this] { look_later(); })
+    Looks(Simulation& simulation, std::vector<Sight>& sights, const std::function<void(Simulation&)>& at_change)
+        : simulation_(simulation), sights_(sights), at_change_(at_change),
+          watch_(simulation.platform(), [this] { look_later(); })
     {
     }
 
@@ -34,6 +35,8 @@ public:
     }
     void look()
     {
+        if (at_change_)
+            at_change_(simulation_);
         Sight sight = look_at(simulation_);
         if (sights_.empty() || !sights_.back().alike(sight))
             sights_.push_back(std::move(sight));
@@ -42,6 +45,7 @@ public:
 private:
     Simulation& simulation_;
     std::vector<Sight>& sights_;
+    const std::function<void(Simulation&)>& at_change_;
     ViewWatch watch_;
     bool will_look_ = false;
 };
@@ -72,7 +76,7 @@ std::optional<double> position_in(const Simulation& simulation)
 
 } // namespace
 
-SessionRecord record_session(const Scenario& scenario)
+SessionRecord record_session(const Scenario& scenario, const std::function<void(Simulation&)>& at_change)
 {
     SessionRecord record;
     Simulation simulation(scenario);
@@ -84,7 +88,7 @@ SessionRecord record_session(const Scenario& scenario)
     });
     const QoroVideoAd without_trackers;
     SessionWatch watch(simulation, scenario.ad ? *scenario.ad : without_trackers, trace);
-    Looks looks(simulation, record.sights);
+    Looks looks(simulation, record.sights, at_change);
     Listener listener(watch, looks);
     simulation.platform().set_event_sink(&listener);
     simulation.run();

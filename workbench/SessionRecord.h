@@ -6,11 +6,14 @@
 
 #include <cstdint>
 #include <optional>
+#include <functional>
 #include <string>
 #include <vector>
 
 namespace qoro
 {
+
+class Simulation;
 
 /// A line of a session's trace.
 struct RecordedLine {
@@ -33,6 +36,8 @@ struct SessionRecord {
 };
 
 /// Simulates a session and records it. Looking does not change the session: the trace is that of simulate().
-SessionRecord record_session(const Scenario& scenario);
+/// @param at_change called between two events, at each moment at which something happened or a view has changed, and at
+///        the end; may be empty
+SessionRecord record_session(const Scenario& scenario, const std::function<void(Simulation&)>& at_change = {});
 
 } // namespace qoro

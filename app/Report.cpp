@@ -1,0 +1,132 @@
+#include "app/Report.h"
+
+#include "app/WorkbenchInput.h"
+#include "formats/AdFolder.h"
+#include "formats/InputError.h"
+#include "platform/AddressParts.h"
+#include "workbench/report/MeasuredTexts.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <utility>
+
+namespace qoro
+{
+
+namespace
+{
+
+constexpr const char* Description = "Write a page that shows what an ad does: one HTML file, to look at and to send";
+
+constexpr const char* Advice =
+    "The page shows the device at each moment, what can be tapped, the trackers with the times at which they were due\n"
+    "and sent, the network, and the ad on phones and tablets. It needs no network and opens in any browser.\n\n"
+    "Examples:\n"
+    "  qoro-ad report ad.json -o report.html                  an ad: watched to the end, then closed\n"
+    "  qoro-ad report ad.json --steps steps.json -o report.html\n"
+    "                                                         what the viewer does, from a file\n"
+    "  qoro-ad report tag.xml --device iphone-15 -o tag.html  a VAST tag on a device\n"
+    "  qoro-ad report session.json -o session.html            a scenario of simulate\n\n"
+    "Exit status: 0 the report is written; 2 the ad or an option is not usable, or the file can't be written (one line\n"
+    "on standard error says which, where and what was expected).\n";
+
+/// More would make a report too large for a mail.
+constexpr std::size_t MostStills = 24;
+
+void write_report(const std::string& path, const std::string& page)
+{
+    if (path == "-") {
+        std::cout << page << std::flush;
+        if (!std::cout)
+            throw InputError("standard output", "", std::strerror(errno));
+        return;
+    }
+    std::ofstream file(path, std::ios::binary);
+    file << page << std::flush;
+    if (!file)
+        throw InputError(path, "", std::strerror(errno));
+}
+
+/// "demo" for "examples/demo/ad.json", and "end-card" for "creatives/end-card.json".
+std::string title_of(const std::string& file)
+{
+    const std::filesystem::path path(file);
+    const std::string name = path.stem().string();
+    const std::string folder = std::filesystem::absolute(path).parent_path().filename().string();
+    return name == "ad" && !folder.empty() ? folder : name.empty() ? file : name;
+}
+
+/// The file of an ad's video; empty when it is not in the ad's folder.
+std::string video_file(const BaseScenario& base)
+{
+    const ScenarioText ad(base.kind == InputKind::Ad ? base.text : "{}");
+    const std::string address = ad.string("/strVideoUrl").value_or("");
+    if (address.empty() || !AddressParts(address).names_no_server())
+        return "";
+    const std::filesystem::path folder = std::filesystem::absolute(base.file).parent_path();
+    const std::filesystem::path name = name_in_folder(address);
+    return is_file_in_folder(name, folder.string()) ? (folder / name).string() : "";
+}
+
+std::vector<std::string> remark_lines(const BaseScenario& base)
+{
+    std::vector<std::string> lines;
+    for (const auto* remarks : {&base.missing_files, &base.remarks})
+        for (const PlacedRemark& remark : *remarks)
+            lines.push_back(remark.path.empty() ? remark.text : remark.path + ": " + remark.text);
+    return lines;
+}
+
+} // namespace
+
+void add_report_options(CLI::App& command, ReportOptions& options)
+{
+    command.description(Description);
+    command.footer(Advice);
+    command
+        .add_option("input", options.input,
+                    "What to report on: an ad, an ad's folder, a VAST tag, a scenario; - for standard input")
+        ->type_name("AD|TAG|SCENARIO")
+        ->required();
+    command.add_option("-o,--out", options.out_file, "Write the report to this file; - for standard output")
+        ->type_name("FILE")
+        ->required();
+    command
+        .add_option("--steps", options.ad.parts.steps_file,
+                    "What the viewer of an ad does: a JSON file; by default watches to the end, then closes the ad")
+        ->type_name("FILE");
+    command
+        .add_option_function<std::string>(
+            "--device",
+            [&options](const std::string& name) {
+                options.ad.parts.device = device_model(name);
+                if (!options.ad.parts.device)
+                    throw CLI::ValidationError("--device: expected a model's name as for play, or a size like 375x812, "
+                                               "got \"" +
+                                               name + "\"");
+            },
+            "The device: a model's name as for play, or the size of its screen in points")
+        ->type_name("MODEL|375x812");
+}
+
+int report_command(const ReportOptions& options)
+{
+    const BaseScenario base = read_base_scenario(options.input, options.ad);
+    if (base.kind == InputKind::Scenario && !options.ad.parts.steps_file.empty())
+        throw InputError("report", "", "a scenario has steps of its own: expected no --steps");
+    ReportParts parts{.title = title_of(base.file), .scenario = base.scenario, .device = options.ad.parts.device};
+    parts.remarks = remark_lines(base);
+    if (options.measure)
+        measure_texts(parts.scenario, options.measure);
+    if (const std::string video = video_file(base); options.stills_of && !video.empty())
+        parts.stills = options.stills_of(video, MostStills);
+    write_report(options.out_file, report_page(parts.title, report_data(parts)));
+    return 0;
+}
+
+} // namespace qoro

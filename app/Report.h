@@ -1,0 +1,41 @@
+#pragma once
+
+#include "app/SimulatedAd.h"
+#include "workbench/report/Report.h"
+
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace CLI
+{
+class App;
+}
+
+namespace qoro
+{
+
+/// The command line of `qoro-ad report`.
+struct ReportOptions {
+    /// An ad, an ad's folder, a VAST tag, a scenario, or "-" for standard input.
+    std::string input;
+    /// File that the report is written to; "-" for standard output.
+    std::string out_file;
+    /// Leaves the device and the steps of a scenario as they are.
+    SimulatedAdOptions ad;
+    /// Takes frames of a video file, at most so many, equally far apart. Empty: this build cannot.
+    std::function<std::vector<VideoStill>(const std::string& path, std::size_t most)> stills_of = {};
+    /// Measures a text as the desktop draws it. Empty: this build cannot.
+    std::function<CGSize(const std::string& text, const FontSpec& font)> measure = {};
+};
+
+/// Adds the command's options, which parsing fills.
+/// @param options outlives the parsing
+void add_report_options(CLI::App& command, ReportOptions& options);
+
+/// Simulates a session and writes its report.
+/// @return the exit status
+/// @throws InputError for unusable input, and for a file that cannot be written
+int report_command(const ReportOptions& options);
+
+} // namespace qoro

@@ -1,0 +1,20 @@
+#pragma once
+
+#include "platform/Geometry.h"
+#include "platform/Ports.h"
+#include "workbench/ScenarioText.h"
+
+#include <functional>
+#include <string>
+
+namespace qoro
+{
+
+/// Measures the texts that the session's views show, and writes their sizes into the scenario, so that it lays them out
+/// as a display does. Sizes that the scenario already has stay. Simulates the session once.
+/// @param measure the size of a text on one line
+/// @throws InputError for an invalid scenario
+void measure_texts(ScenarioText& scenario,
+                   const std::function<CGSize(const std::string& text, const FontSpec& font)>& measure);
+
+} // namespace qoro

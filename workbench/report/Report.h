@@ -1,0 +1,59 @@
+#pragma once
+
+#include "formats/DeviceModels.h"
+#include "workbench/ScenarioText.h"
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace qoro
+{
+
+/// A fault of an ad, as its report lists it.
+struct ReportedFinding {
+    enum class Severity { Note, Warning, Error };
+
+    /// Identifier of the rule.
+    std::string rule;
+    Severity severity = Severity::Warning;
+    /// One plain sentence.
+    std::string sentence;
+    /// Microseconds since the session's start; absent for one that belongs to no moment.
+    std::optional<std::int64_t> at = {};
+};
+
+/// A frame of the ad's video.
+struct VideoStill {
+    /// Position in the video, in seconds.
+    double at = 0;
+    /// A JPEG or PNG file.
+    std::string bytes;
+};
+
+/// What a report is made of.
+struct ReportParts {
+    /// Of the ad, for the heading.
+    std::string title;
+    ScenarioText scenario;
+    /// For the heading and the safe areas; absent: a screen of the scenario's size, without any.
+    std::optional<DeviceModel> device = {};
+    std::vector<ReportedFinding> findings = {};
+    /// What is assumed, and what the ad contains without effect; a line each.
+    std::vector<std::string> remarks = {};
+    /// In the order of their positions; empty: the video is drawn as an empty area.
+    std::vector<VideoStill> stills = {};
+};
+
+/// Simulates the session, and the ad on each device of the matrix.
+/// @return everything that the page shows, as a JSON object without "<"; the same parts give the same bytes
+/// @throws InputError for an invalid scenario
+std::string report_data(const ReportParts& parts);
+
+/// The report as one HTML file, which loads nothing.
+/// @param data as report_data()
+std::string report_page(const std::string& title, const std::string& data);
+
+} // namespace qoro

@@ -1,0 +1,57 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string_view>
+#include <vector>
+
+namespace qoro
+{
+
+class Simulation;
+
+/// What the video does.
+enum class Playback { Absent, Loading, Playing, Stalled, Paused, Stopped };
+
+/// "absent", "loading", "playing", "stalled", "paused" or "stopped".
+std::string_view name_of(Playback state);
+
+/// The course of a session's video. Between two of its points a playing video advances with the clock; any other stays.
+class VideoTrack
+{
+public:
+    struct Point {
+        /// Microseconds since the session's start.
+        std::int64_t at = 0;
+        Playback state = Playback::Absent;
+        /// Seconds.
+        double position = 0;
+        /// Seconds; 0 while unknown.
+        double duration = 0;
+    };
+
+    /// Looks at the player between two events of a session.
+    void look(const Simulation& simulation, std::int64_t now);
+
+    /// Those at which the course changes, in order of time.
+    const std::vector<Point>& points() const { return points_; }
+    /// When the video first played; absent if never.
+    std::optional<std::int64_t> started() const;
+    /// When playback passed a position, in seconds or as a part of the duration; each passing.
+    /// @{
+    std::vector<std::int64_t> passed(double position) const;
+    std::vector<std::int64_t> passed_part(double part) const;
+    /// @}
+    /// When playback came to the end; each time.
+    std::vector<std::int64_t> ended() const { return passed_part(1); }
+
+private:
+    template <typename Position>
+    std::vector<std::int64_t> passings(const Position& position_in) const;
+
+    std::vector<Point> points_;
+    /// The last look.
+    std::int64_t looked_at_ = 0;
+};
+
+} // namespace qoro
