@@ -4,12 +4,16 @@
 #include "app/Play.h"
 #include "app/TagFetch.h"
 #include "desktop/media/VideoDiscovery.h"
+#include "desktop/media/VideoStills.h"
+#include "desktop/text/PangoText.h"
 #endif
 
 #include <qoro/Version.h>
 
 #include <optional>
 #include <string>
+#include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -31,6 +35,19 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     simulate_.ad.fetch_tag = fetch_tag_documents;
 #endif
     report_.ad = simulate_.ad;
+#ifdef QORO_DESKTOP
+    report_.stills_of = [](const std::string& path, std::size_t most) {
+        constexpr int StillWidth = 480;
+        std::vector<VideoStill> stills;
+        for (TakenStill& taken : take_stills(path, most, StillWidth))
+            stills.push_back({taken.at, std::move(taken.bytes)});
+        return stills;
+    };
+    report_.measure = [](const std::string& text, const FontSpec& font) {
+        constexpr CGSize Unlimited{1e6, 1e6};
+        return PangoText().measure(NSString(text), font, Unlimited);
+    };
+#endif
     add_report_options(*app_.add_subcommand("report"), report_);
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
     check_.input = simulate_.ad;

@@ -32,7 +32,8 @@ constexpr const char* Advice =
     "                                                         what the viewer does, from a file\n"
     "  qoro-ad report tag.xml --device iphone-15 -o tag.html  a VAST tag on a device\n"
     "  qoro-ad report session.json -o session.html            a scenario of simulate\n\n"
-    "Exit status: 0 the report is written; 2 the ad or an option is not usable, or the file can't be written (one line\n"
+    "Exit status: 0 the report is written; 2 the ad or an option is not usable, or the file can't be written (one "
+    "line\n"
     "on standard error says which, where and what was expected).\n";
 
 /// More would make a report too large for a mail.

@@ -3,6 +3,7 @@
 #include "simulator/Simulation.h"
 #include "views/Turns.h"
 #include "workbench/SessionRecord.h"
+#include "workbench/report/VideoTrack.h"
 
 #include <algorithm>
 #include <array>
@@ -79,6 +80,15 @@ bool lies_in(const CGRect& inner, const CGRect& outer)
            CGRectGetMaxY(inner) <= CGRectGetMaxY(outer) + Tolerance;
 }
 
+/// Whether what is left of a control in an area is too small to be touched: below 44 points, or below its own size.
+bool is_cut(const CGRect& control, const CGRect& area)
+{
+    const double width = std::min(control.x + control.width, area.x + area.width) - std::max(control.x, area.x);
+    const double height = std::min(CGRectGetMaxY(control), CGRectGetMaxY(area)) - std::max(control.y, area.y);
+    return width < std::min(control.width, SmallestSide) - Tolerance ||
+           height < std::min(control.height, SmallestSide) - Tolerance;
+}
+
 std::vector<std::string_view> faults_of(const SeenControl& control, CGSize screen, const CGRect& safe)
 {
     std::vector<std::string_view> faults;
@@ -89,7 +99,7 @@ std::vector<std::string_view> faults_of(const SeenControl& control, CGSize scree
         faults.emplace_back("outside");
     else if (!control.visible)
         faults.emplace_back("covered");
-    else if (!lies_in(frame, safe))
+    else if (is_cut(frame, safe))
         faults.emplace_back("unsafe");
     if (std::min(frame.width, frame.height) < SmallestSide - Tolerance)
         faults.emplace_back("small");
@@ -155,6 +165,9 @@ void open_on(MatrixEntry& entry, const ScenarioText& scenario, const DeviceModel
         if (simulation.platform().loop().now_microseconds() != entry.at)
             return;
         entry.drawing = draughtsman.draw(simulation);
+        VideoTrack video;
+        video.look(simulation, entry.at);
+        entry.position = video.points().front().position;
     });
 }
 

@@ -21,8 +21,9 @@ enum class Holding { Upright, Turned, TurnedInUprightHost, TurnedInTurnedHost };
 struct MisplacedControl {
     /// Of its field.
     std::string_view name;
-    /// "outside": a part of it lies outside the screen. "covered": another view covers it. "unsafe": it reaches below
-    /// a camera, rounded corners or a system bar. "small": a side is shorter than 44 points.
+    /// "outside": a part of it lies outside the screen. "covered": another view covers it. "unsafe": less than 44
+    /// points of a side, and less than its own, are beside a camera, rounded corners and system bars. "small": a side
+    /// is shorter than 44 points.
     std::string_view fault;
     /// On the upright screen, in points.
     CGRect frame;
@@ -44,6 +45,8 @@ struct MatrixEntry {
     /// Microseconds: the moment that is drawn. The first with the most faults, or else with the most controls.
     std::int64_t at = 0;
     Drawing drawing;
+    /// Position of the video then, in seconds.
+    double position = 0;
     std::vector<MisplacedControl> faults;
 };
 

@@ -238,9 +238,8 @@ std::size_t Draughtsman::picture_of(std::string_view bytes)
     if (!type.empty())
         address = "data:" + std::string(type) + ";base64," + base64_of(bytes);
     const std::size_t before = pictures_.texts().size();
-    const std::size_t number = picture_bytes_ + address.size() <= MostPictureBytes
-                                   ? pictures_.number_of(address)
-                                   : pictures_.number_of(std::string());
+    const std::size_t number = picture_bytes_ + address.size() <= MostPictureBytes ? pictures_.number_of(address)
+                                                                                   : pictures_.number_of(std::string());
     if (pictures_.texts().size() > before)
         picture_bytes_ += pictures_.texts().back().size();
     return number;
@@ -320,8 +319,7 @@ Drawing Draughtsman::draw(Simulation& simulation)
             json["alpha"] = number(alpha);
         // A view that draws nothing is not part of the picture.
         if (json.size() > plain + (json.contains("turn") ? 1U : 0U) + (json.contains("alpha") ? 1U : 0U))
-            drawing.views.push_back(
-                views_.number_of(json.dump(-1, ' ', false, Json::error_handler_t::replace)));
+            drawing.views.push_back(views_.number_of(json.dump(-1, ' ', false, Json::error_handler_t::replace)));
         for (const auto& subview : view.subviews)
             self(self, *subview, alpha);
     };

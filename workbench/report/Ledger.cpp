@@ -73,8 +73,7 @@ std::vector<LedgerEntry> ledger_of(const Summary& summary, const VideoTrack& vid
             entries.push_back(std::move(entry));
         }
         if (tracker.sent.empty())
-            entries.push_back({tracker.kind, tracker.url,
-                               due.empty() ? std::nullopt : std::optional(due.front()), {}});
+            entries.push_back({tracker.kind, tracker.url, due.empty() ? std::nullopt : std::optional(due.front()), {}});
     }
     return entries;
 }

@@ -24,7 +24,8 @@ struct LedgerEntry {
     std::optional<std::int64_t> sent = {};
 };
 
-/// Tracker by tracker, in the order of the summary; then by time. A tracker that was neither due nor sent has one entry.
+/// Tracker by tracker, in the order of the summary; then by time. A tracker that was neither due nor sent has one
+/// entry.
 /// @param of_tag whether the trackers are a VAST tag's, which may be of several ads
 std::vector<LedgerEntry> ledger_of(const Summary& summary, const VideoTrack& video, bool of_tag);
 

@@ -54,10 +54,9 @@ std::string html_of(std::string_view text)
 std::string report_page(const std::string& title, const std::string& data)
 {
     const Piece style{report_page_css(), QORO_PAGE_CSS_SHA256};
-    const std::array scripts{Piece{report_drawing_js(), QORO_DRAWING_JS_SHA256},
-                             Piece{report_lanes_js(), QORO_LANES_JS_SHA256},
-                             Piece{report_tables_js(), QORO_TABLES_JS_SHA256},
-                             Piece{report_page_js(), QORO_PAGE_JS_SHA256}};
+    const std::array scripts{
+        Piece{report_drawing_js(), QORO_DRAWING_JS_SHA256}, Piece{report_lanes_js(), QORO_LANES_JS_SHA256},
+        Piece{report_tables_js(), QORO_TABLES_JS_SHA256}, Piece{report_page_js(), QORO_PAGE_JS_SHA256}};
     std::string policy = "default-src 'none'; img-src data:; style-src " + source_of(style.sha256) + "; script-src";
     std::string all_scripts;
     for (const Piece& script : scripts) {

@@ -188,10 +188,8 @@ Json ledger_json(const Course& course, bool of_tag)
 {
     Json entries = Json::array();
     for (const LedgerEntry& entry : ledger_of(course.record.summary, course.video, of_tag))
-        entries.push_back({{"kind", entry.kind},
-                           {"url", entry.url},
-                           {"due", moment(entry.due)},
-                           {"sent", moment(entry.sent)}});
+        entries.push_back(
+            {{"kind", entry.kind}, {"url", entry.url}, {"due", moment(entry.due)}, {"sent", moment(entry.sent)}});
     return entries;
 }
 
@@ -277,6 +275,7 @@ Json matrix_json(const std::vector<MatrixEntry>& entries)
                         {"holding", name_of(entry.holding)},
                         {"at", entry.at},
                         {"drawing", drawing_json(entry.drawing)},
+                        {"position", entry.position},
                         {"faults", std::move(faults)}});
     }
     return json;
@@ -298,8 +297,8 @@ Json stills_json(const std::vector<VideoStill>& stills)
     Json json = Json::array();
     for (const VideoStill& still : stills) {
         const bool png = still.bytes.starts_with("\x89PNG");
-        json.push_back(
-            Json::array({still.at, (png ? "data:image/png;base64," : "data:image/jpeg;base64,") + base64_of(still.bytes)}));
+        json.push_back(Json::array(
+            {still.at, (png ? "data:image/png;base64," : "data:image/jpeg;base64,") + base64_of(still.bytes)}));
     }
     return json;
 }

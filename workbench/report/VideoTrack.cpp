@@ -90,8 +90,8 @@ void VideoTrack::look(const Simulation& simulation, std::int64_t now)
     }
     const Point& last = points_.back();
     const double expected = position_at(last, now);
-    const bool as_expected = point.state == last.state && point.duration == last.duration &&
-                             std::abs(point.position - expected) < Tolerance;
+    const bool as_expected =
+        point.state == last.state && point.duration == last.duration && std::abs(point.position - expected) < Tolerance;
     if (as_expected)
         return;
     // The course has changed since the last look: when is known from where the video is.

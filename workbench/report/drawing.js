@@ -180,8 +180,7 @@ function drawSpinner(width, height) {
   return group;
 }
 
-function drawVideo(view, width, height, time) {
-  const video = videoAt(time);
+function drawVideo(view, width, height, video) {
   const still = view.playable && stillAt(video.position);
   if (still)
     return svg("image", {href: still, width, height,
@@ -221,7 +220,7 @@ function drawPage(view, width, height) {
   return group;
 }
 
-function drawView(view, time) {
+function drawView(view, video) {
   const [x, y, width, height] = view.at;
   const turn = view.turn ? ` rotate(${view.turn})` : "";
   const group = svg("g", {transform: `translate(${x} ${y})${turn} translate(${-width / 2} ${-height / 2})`});
@@ -232,7 +231,7 @@ function drawView(view, time) {
   if (width <= 0 || height <= 0)
     return group;
   if (view.kind === "video")
-    group.append(drawVideo(view, width, height, time));
+    group.append(drawVideo(view, width, height, video));
   if (view.kind === "page")
     group.append(drawPage(view, width, height));
   const picture = view.picture !== undefined && data.pictures[view.picture];
@@ -266,7 +265,7 @@ function drawMark([x, y, width, height], className) {
 
 /**
  * The whole device.
- * @param shown screen: its size; turn: in degrees; views: places in data.views; time: microseconds; phone;
+ * @param shown screen: its size; turn: in degrees; views: places in data.views; video: as videoAt(); phone;
  *        insets: as the viewer holds it, absent to leave them out; marks: [rectangle, class] on the upright screen;
  *        touch: point on the upright screen
  * @param label for assistive technology; absent for a decoration
@@ -290,7 +289,7 @@ function drawDevice(shown, label) {
   const inside = svg("g", {"clip-path": `url(#${id})`}, svg("rect", {width, height, class: "glass"}));
   const upright = svg("g", {transform: `translate(${width / 2} ${height / 2}) rotate(${shown.turn}) translate(${-w / 2} ${-h / 2})`});
   for (const view of shown.views)
-    upright.append(drawView(data.views[view], shown.time));
+    upright.append(drawView(data.views[view], shown.video));
   for (const [frame, className] of shown.marks ?? [])
     upright.append(drawMark(frame, className));
   if (shown.touch)

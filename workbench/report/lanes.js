@@ -28,12 +28,17 @@ const lineText = ([at, fields]) => `${seconds(at)} s  ${fields.what}  ${shortene
 const labels = (() => {
   const found = new Map();
   for (const view of data.views)
-    if (view.name && !found.has(view.name) && (view.label || view.text))
-      found.set(view.name, view.label || view.text);
+    if (view.name && (view.label || view.text))
+      found.set(view.name, (found.get(view.name) ?? new Set()).add(view.label || view.text));
   return found;
 })();
-const labelOf = name => labels.get(name) ??
-  name.replace(/^btn/, "").replace(/([a-z])([A-Z])/g, "$1 $2").toLowerCase();
+const mostLabels = 2;
+/** "Play / Pause" for a control whose name changes, "Brand icon" for one without a name. */
+function labelOf(name) {
+  const found = [...labels.get(name) ?? []].slice(0, mostLabels).join(" / ");
+  const words = name.replace(/^btn/, "").replace(/([a-z])([A-Z])/g, "$1 $2").toLowerCase();
+  return found || words[0].toUpperCase() + words.slice(1);
+}
 
 /** The times during which something is so, as [from, to, key]: adjoining ones with the same key are one. */
 function spans(entries, keyOf) {
@@ -180,7 +185,8 @@ function addLanes(show, go) {
       button.style.left = percent(item.from) + "%";
       if (item.to !== undefined)
         button.style.width = `max(3px, ${percent(item.to) - percent(item.from)}%)`;
-      if (item.text)
+      // A text that would be cut off says nothing.
+      if (item.text && percent(item.to) - percent(item.from) > 1.2 * item.text.length)
         button.append(html("span", {}, item.text));
       if (item.lines.length > 1 && item.to === undefined)
         button.append(html("span", {class: "count"}, String(item.lines.length)));

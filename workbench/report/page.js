@@ -23,7 +23,7 @@ function sightAt(time) {
 function screenAt(time) {
   const frame = data.frames[Math.max(indexAt(data.frames, time), 0)];
   const turned = Math.abs(frame[1]) % 180 === 90;
-  return {screen: data.device.screen, turn: frame[1], views: frame[2], time, phone: data.device.phone,
+  return {screen: data.device.screen, turn: frame[1], views: frame[2], video: videoAt(time), phone: data.device.phone,
     insets: turned ? data.device.landscape : data.device.portrait};
 }
 
@@ -40,7 +40,8 @@ function sentenceAt(time) {
   parts.push(sight.close ? "close can be tapped" : "close cannot be tapped");
   if (sight.other)
     parts.push("another screen covers the ad");
-  return parts.join(", ") + ".";
+  const text = parts.join(", ") + ".";
+  return text[0].toUpperCase() + text.slice(1);
 }
 
 // -------------------------------------------------------------------------------------------------------------- screen
@@ -112,7 +113,7 @@ function followTrace() {
   row.setAttribute("aria-current", "time");
   // Within its own list only: the page must stay where it is.
   const list = byId("trace");
-  list.scrollTop = row.offsetTop - list.offsetTop - list.clientHeight / 2;
+  list.scrollTop = row.offsetTop - list.clientHeight / 2;
 }
 
 // ---------------------------------------------------------------------------------------------------------------- time
@@ -306,5 +307,6 @@ addControls();
 addFindings();
 addLedger(goThere);
 addMatrix();
-// Begins with a picture that shows something: the first with the video.
-setTime(storyMoments().find(([, caption]) => /close can|first picture/.test(caption))?.[0] ?? 0);
+const named = /^#t=([\d.]+)$/.exec(location.hash);
+// Begins where the address says ("#t=9.8"), or else with a picture that shows something.
+setTime(named ? Number(named[1]) * 1e6 : storyMoments().find(([, caption]) => /close can/.test(caption))?.[0] ?? moments.at(-1) / 2);

@@ -101,39 +101,33 @@ function addLedger(go) {
 // -------------------------------------------------------------------------------------------------------------- matrix
 
 const faultTexts = {
-  outside: "lies partly outside the screen",
-  covered: "is covered by another view",
-  unsafe: "reaches below a camera, a rounded corner or a system bar",
-  small: "is smaller than 44 points",
+  outside: "Outside the screen",
+  covered: "Covered",
+  unsafe: "Under camera, corner or bar",
+  small: "Smaller than 44 points",
 };
 
 const modelName = name => name.split("-").map(word => /^(iphone|ipad)$/.test(word) ? "i" + word[1].toUpperCase() + word.slice(2) :
   word === "se" ? "SE" : word[0].toUpperCase() + word.slice(1)).join(" ");
 
-/** Faults of the same kind in one sentence each. */
-function faultSentences(faults) {
-  const byFault = new Map();
-  for (const {name, fault} of faults)
-    byFault.set(fault, [...(byFault.get(fault) ?? []), labelOf(name)]);
-  return [...byFault].map(([fault, names]) => {
-    const each = [...new Set(names)];
-    const list = each.length > 1 ? each.slice(0, -1).join(", ") + " and " + each.at(-1) : each[0];
-    const text = each.length > 1 ? faultTexts[fault].replace(/^lies/, "lie").replace(/^is /, "are ").replace(/^reaches/, "reach") : faultTexts[fault];
-    return [fault, `${list} ${text}`];
-  });
+/** The faults of each kind, as [kind, names]. */
+function faultsByKind(faults) {
+  return Object.keys(faultTexts).map(kind => [kind, [...new Set(faults.filter(({fault}) => fault === kind).map(({name}) => labelOf(name)))]])
+    .filter(([, names]) => names.length > 0);
 }
 
 function deviceCard(entry) {
   const name = entry.models.map(modelName).join(", ");
-  const sentences = faultSentences(entry.faults);
-  const drawing = drawDevice({screen: entry.screen, turn: entry.drawing[0], views: entry.drawing[1], time: entry.at,
+  const kinds = faultsByKind(entry.faults);
+  const drawing = drawDevice({screen: entry.screen, turn: entry.drawing[0], views: entry.drawing[1],
+    video: {state: "paused", position: entry.position, duration: 0},
     phone: entry.phone, insets: entry.insets,
     marks: entry.faults.filter(fault => fault.frame).map(fault => [fault.frame, `mark ${fault.fault}`])});
-  const list = html("ul", {}, ...sentences.map(([fault, text]) => html("li", {class: fault}, text)));
-  return html("li", {class: sentences.length > 0 ? "card faulty" : "card"},
+  const list = html("ul", {}, ...kinds.map(([kind, names]) => html("li", {class: kind}, html("strong", {}, faultTexts[kind] + ": "), names.join(", "))));
+  return html("li", {class: kinds.length > 0 ? "card faulty" : "card"},
     html("h3", {}, name),
     html("p", {class: "quiet"}, `${entry.screen[0]} × ${entry.screen[1]} points, ${seconds(entry.at)} s`),
-    drawing, sentences.length > 0 ? list : html("p", {class: "good"}, "all controls in place"));
+    drawing, kinds.length > 0 ? list : html("p", {class: "good"}, "all controls in place"));
 }
 
 function addMatrix() {
@@ -150,7 +144,7 @@ function addMatrix() {
     const faulty = entries.filter(entry => entry.faults.some(fault => fault.fault !== "small")).flatMap(entry => entry.models).length;
     const small = entries.filter(entry => entry.faults.some(fault => fault.fault === "small")).flatMap(entry => entry.models).length;
     document.getElementById("matrix-summary").textContent = `${models} phones and tablets, ${holding}: on ${faulty || "none"} a control ` +
-      `is off the screen, covered or in an unsafe area; on ${small || "none"} one is smaller than 44 points. Hatched: what camera, corners and system bars may cover.`;
+      `is outside the screen, covered, or under a camera, a corner or a bar; on ${small || "none"} one is smaller than 44 points. Tinted: what camera, corners and system bars may cover.`;
     place.className = holding === "upright" ? "" : "turned";
     place.replaceChildren(...shown.map(deviceCard));
   }
