@@ -1,5 +1,5 @@
 #!/bin/sh
-# Installs missing Debian packages: tools/setup.sh play | test | bench | fuzz | coverage | mutation | draw
+# Installs missing Debian packages: tools/setup.sh play | test | browser | bench | fuzz | coverage | mutation | draw
 # Prints the packages before it installs them; prints nothing if none is missing.
 set -eu
 
@@ -13,6 +13,8 @@ run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ba
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg
     at-spi2-core libatspi2.0-dev locales iproute2 weston zlib1g-dev"
 check="clang man-db mandoc zsh fish debootstrap clang-format clang-tidy codespell doxygen eslint python3 shellcheck"
+# Large, and for the tests of reports only, which are skipped without it.
+browser="chromium python3 fonts-liberation"
 fuzz="clang libclang-rt-14-dev zlib1g-dev"
 coverage="libgtest-dev libgmock-dev gcovr"
 mutation="libgtest-dev libgmock-dev python3-clang-14"
@@ -23,13 +25,14 @@ command -v npm >/dev/null || bench="$bench nodejs npm"
 case "${1-}" in
 play) wanted="$build $run" ;;
 test) wanted="$build $run $test $check" ;;
+browser) wanted="$browser" ;;
 fuzz) wanted="$build $run $fuzz" ;;
 coverage) wanted="$build $coverage" ;;
 mutation) wanted="$build $mutation" ;;
 draw) wanted="graphviz fonts-liberation" ;;
 bench) wanted="$build $run $bench" ;;
 *)
-    echo "usage: tools/setup.sh play | test | bench | fuzz | coverage | mutation | draw" >&2
+    echo "usage: tools/setup.sh play | test | browser | bench | fuzz | coverage | mutation | draw" >&2
     exit 2
     ;;
 esac

@@ -109,7 +109,8 @@ class Browser:
 
     def press(self, key, code=None, text=""):
         for kind in ("keyDown", "keyUp"):
-            self.call("Input.dispatchKeyEvent", type=kind, key=key, code=code or key, text=text if kind == "keyDown" else "",
+            self.call("Input.dispatchKeyEvent", type=kind, key=key, code=code or key,
+                      text=text if kind == "keyDown" else "",
                       windowsVirtualKeyCode={"ArrowLeft": 37, "ArrowRight": 39, "Home": 36, "End": 35, "Tab": 9,
                                              "Enter": 13, " ": 32}.get(key, 0))
 
@@ -122,19 +123,17 @@ class Browser:
                   features=[{"name": name.replace("_", "-"), "value": value} for name, value in features.items()])
 
     def resize(self, width, height, scale=1):
-        self.call("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=scale, mobile=False)
+        self.call("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=scale,
+                  mobile=False)
 
     def screenshot(self, path, top=0, height=None):
         """The page from a line on, whether or not the window shows it."""
         size = self.call("Page.getLayoutMetrics")["cssContentSize"]
-        clip = {"x": 0, "y": top, "width": size["width"], "height": min(height or size["height"], size["height"] - top), "scale": 1}
+        clip = {"x": 0, "y": top, "width": size["width"],
+                "height": min(height or size["height"], size["height"] - top), "scale": 1}
         picture = self.call("Page.captureScreenshot", format="png", clip=clip, captureBeyondViewport=True)
         with open(path, "wb") as file:
             file.write(base64.b64decode(picture["data"]))
-
-    def pdf(self, path):
-        with open(path, "wb") as file:
-            file.write(base64.b64decode(self.call("Page.printToPDF", printBackground=True, preferCSSPageSize=True)["data"]))
 
     def complaints(self):
         """Texts of the console's errors and warnings, of exceptions and of violations of the security policy."""

@@ -40,7 +40,7 @@ ScenarioText session_on(const ScenarioText& scenario, const DeviceModel& model, 
 {
     ScenarioText session = scenario;
     const double end = session.end();
-    const bool keeps_steps = session.value("/video/manual") == "true";
+    const bool keeps_steps = session.string("/video/mode") == "manual";
     const bool turned = holding != Holding::Upright;
     if (!keeps_steps) {
         session.clear_steps();

@@ -39,6 +39,8 @@ struct Course {
         std::int64_t lasts = 0;
     };
 
+    explicit Course(bool video_advances) : video(video_advances) {}
+
     std::vector<Frame> frames;
     VideoTrack video;
     std::vector<Block> blocks;
@@ -93,7 +95,7 @@ private:
 
 Course course_of(const Scenario& scenario, Draughtsman& draughtsman)
 {
-    Course course;
+    Course course(!scenario.world.video.manual);
     Onlooker onlooker(course, draughtsman);
     course.record = record_session(scenario, [&onlooker](Simulation& simulation) { onlooker.look(simulation); });
     return course;
@@ -351,6 +353,7 @@ std::string report_data(const ReportParts& parts)
               {"frames", std::move(frames)},
               {"sights", sights_json(course.record)},
               {"video", video_json(course.video)},
+              {"advances", !scenario.world.video.manual},
               {"size", {scenario.ad ? scenario.ad->fVideoWidth : 0, scenario.ad ? scenario.ad->fVideoHeight : 0}},
               {"blocked", std::move(blocks)},
               {"answers", answers_json(scenario.world)},

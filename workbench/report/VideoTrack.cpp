@@ -41,12 +41,6 @@ Playback state_of(const MPMoviePlayerController& player)
     }
 }
 
-double position_at(const Point& point, std::int64_t at)
-{
-    const double since = static_cast<double>(at - point.at) / 1e6;
-    return point.state == Playback::Playing ? point.position + since : point.position;
-}
-
 double finite(double number)
 {
     return std::isfinite(number) ? number : 0;
@@ -73,6 +67,12 @@ std::string_view name_of(Playback state)
     return "absent";
 }
 
+double VideoTrack::position_at(const Point& point, std::int64_t at) const
+{
+    const double since = static_cast<double>(at - point.at) / 1e6;
+    return advances_ && point.state == Playback::Playing ? point.position + since : point.position;
+}
+
 void VideoTrack::look(const Simulation& simulation, std::int64_t now)
 {
     const auto ad = simulation.living();
@@ -95,11 +95,12 @@ void VideoTrack::look(const Simulation& simulation, std::int64_t now)
     if (as_expected)
         return;
     // The course has changed since the last look: when is known from where the video is.
-    if (last.state == Playback::Playing && point.state != Playback::Playing && point.state != Playback::Absent) {
+    if (advances_ && last.state == Playback::Playing && point.state != Playback::Playing &&
+        point.state != Playback::Absent) {
         const std::int64_t stopped = last.at + microseconds(point.position - last.position);
         if (stopped > looked && stopped < now)
             point.at = stopped;
-    } else if (last.state == Playback::Stalled && point.state == Playback::Playing) {
+    } else if (advances_ && last.state == Playback::Stalled && point.state == Playback::Playing) {
         const std::int64_t went_on = now - microseconds(point.position - last.position);
         if (went_on > looked && went_on < now) {
             point.at = went_on;
@@ -126,6 +127,12 @@ std::vector<std::int64_t> VideoTrack::passings(const Position& position_in) cons
         const Point& from = points_[i];
         const std::int64_t end = i + 1 < points_.size() ? points_[i + 1].at : looked_at_;
         const std::optional<double> position = position_in(from);
+        if (!advances_) {
+            if (from.state == Playback::Playing && position && i > 0 && points_[i - 1].position < *position &&
+                from.position >= *position)
+                times.push_back(from.at);
+            continue;
+        }
         if (from.state != Playback::Playing || !position || *position < from.position - Tolerance)
             continue;
         const std::int64_t at = from.at + std::max<std::int64_t>(microseconds(*position - from.position), 0);

@@ -16,7 +16,8 @@ enum class Playback { Absent, Loading, Playing, Stalled, Paused, Stopped };
 /// "absent", "loading", "playing", "stalled", "paused" or "stopped".
 std::string_view name_of(Playback state);
 
-/// The course of a session's video. Between two of its points a playing video advances with the clock; any other stays.
+/// The course of a session's video. Between two of its points a playing video advances with the clock, unless its
+/// player acts only on news; any other stays.
 class VideoTrack
 {
 public:
@@ -29,6 +30,9 @@ public:
         /// Seconds; 0 while unknown.
         double duration = 0;
     };
+
+    /// @param advances false for a player that acts only on news: its position is that of the last news
+    explicit VideoTrack(bool advances = true) : advances_(advances) {}
 
     /// Looks at the player between two events of a session.
     void look(const Simulation& simulation, std::int64_t now);
@@ -49,6 +53,10 @@ private:
     template <typename Position>
     std::vector<std::int64_t> passings(const Position& position_in) const;
 
+    /// The position of a video at a time after one of its points.
+    double position_at(const Point& point, std::int64_t at) const;
+
+    const bool advances_;
     std::vector<Point> points_;
     /// The last look.
     std::int64_t looked_at_ = 0;

@@ -17,8 +17,10 @@ function shortened(fields) {
   const parts = [];
   for (const [key, value] of Object.entries(fields))
     if (key !== "what" && value !== null && value !== undefined)
-      parts.push((key === "url" || key === "do" || key === "name" || key === "event" || key === "text" ? "" : key + " ") +
-        (typeof value === "string" ? value : JSON.stringify(value)));
+      parts.push(
+        (key === "url" || key === "do" || key === "name" || key === "event" || key === "text" ? "" : key + " ") +
+          (typeof value === "string" ? value : JSON.stringify(value))
+      );
   return parts.join("  ");
 }
 
@@ -35,8 +37,11 @@ const labels = (() => {
 const mostLabels = 2;
 /** "Play / Pause" for a control whose name changes, "Brand icon" for one without a name. */
 function labelOf(name) {
-  const found = [...labels.get(name) ?? []].slice(0, mostLabels).join(" / ");
-  const words = name.replace(/^btn/, "").replace(/([a-z])([A-Z])/g, "$1 $2").toLowerCase();
+  const found = [...(labels.get(name) ?? [])].slice(0, mostLabels).join(" / ");
+  const words = name
+    .replace(/^btn/, "")
+    .replace(/([a-z])([A-Z])/g, "$1 $2")
+    .toLowerCase();
   return found || words[0].toUpperCase() + words.slice(1);
 }
 
@@ -47,12 +52,9 @@ function spans(entries, keyOf) {
     const to = n + 1 < entries.length ? entries[n + 1][0] : sessionEnd;
     const key = keyOf(...rest);
     const last = found[found.length - 1];
-    if (key === null || key === false || to <= at)
-      return;
-    if (last && last[2] === key && last[1] === at)
-      last[1] = to;
-    else
-      found.push([at, to, key]);
+    if (key === null || key === false || to <= at) return;
+    if (last && last[2] === key && last[1] === at) last[1] = to;
+    else found.push([at, to, key]);
   });
   return found;
 }
@@ -62,11 +64,22 @@ function spans(entries, keyOf) {
 /** The lines of the trace that belong to a lane. */
 const lanesOfLines = [
   ["Viewer", fields => fields.what === "step" && !("device" in fields)],
-  ["Device", fields => fields.what === "device" || (fields.what === "step" && "device" in fields && Object.keys(fields.device ?? {}).length > 0) || fields.what === "volume"],
+  [
+    "Device",
+    fields =>
+      fields.what === "device" ||
+      (fields.what === "step" && "device" in fields && Object.keys(fields.device ?? {}).length > 0) ||
+      fields.what === "volume",
+  ],
   ["Events to the page", fields => fields.what === "js" || fields.what === "mraid"],
   ["Network", fields => ["request", "fetch"].includes(fields.what) && fields.for !== "tracking"],
-  ["Faults", fields => ["fault", "guard", "page.error"].includes(fields.what) ||
-    (fields.what === "web" && fields.do !== undefined) || (fields.what === "player" && fields.do === "failed")],
+  [
+    "Faults",
+    fields =>
+      ["fault", "guard", "page.error"].includes(fields.what) ||
+      (fields.what === "web" && fields.do !== undefined) ||
+      (fields.what === "player" && fields.do === "failed"),
+  ],
 ];
 
 /** An item: {from, to, className, text, lines, label}; without "to" it is a point. */
@@ -74,17 +87,16 @@ function pointsOf(matches) {
   const items = [];
   const near = sessionEnd / 130;
   data.lines.forEach((line, n) => {
-    if (!matches(line[1]))
-      return;
+    if (!matches(line[1])) return;
     const last = items[items.length - 1];
-    if (last && line[0] - last.from <= near)
-      last.lines.push(n);
-    else
-      items.push({from: line[0], className: "point", lines: [n]});
+    if (last && line[0] - last.from <= near) last.lines.push(n);
+    else items.push({from: line[0], className: "point", lines: [n]});
   });
   for (const item of items)
-    item.label = item.lines.length === 1 ? lineText(data.lines[item.lines[0]]) :
-      `${seconds(item.from)} s: ${item.lines.length} events`;
+    item.label =
+      item.lines.length === 1
+        ? lineText(data.lines[item.lines[0]])
+        : `${seconds(item.from)} s: ${item.lines.length} events`;
   return items;
 }
 
@@ -92,15 +104,20 @@ function pointsOf(matches) {
 function linesAt(time, matches = () => true) {
   const found = [];
   data.lines.forEach(([at, fields], n) => {
-    if (at === time && matches(fields))
-      found.push(n);
+    if (at === time && matches(fields)) found.push(n);
   });
   return found;
 }
 
 function spanItems(found, className, textOf) {
-  return found.map(([from, to, key]) => ({from, to, className: className(key), text: textOf(key), lines: [],
-    label: `${textOf(key)}: ${seconds(from)} s to ${seconds(to)} s`}));
+  return found.map(([from, to, key]) => ({
+    from,
+    to,
+    className: className(key),
+    text: textOf(key),
+    lines: [],
+    label: `${textOf(key)}: ${seconds(from)} s to ${seconds(to)} s`,
+  }));
 }
 
 function trackerItems() {
@@ -108,19 +125,34 @@ function trackerItems() {
   const isRequest = fields => fields.what === "request" || fields.what === "vast";
   for (const {kind, url, due, sent} of data.trackers) {
     const name = kind || url;
-    if (due === null && sent === null)
-      continue;
+    if (due === null && sent === null) continue;
     if (sent === null) {
-      items.push({from: due, className: "point missing", lines: [], label: `${name}: due at ${seconds(due)} s, never sent`});
+      items.push({
+        from: due,
+        className: "point missing",
+        lines: [],
+        label: `${name}: due at ${seconds(due)} s, never sent`,
+      });
       continue;
     }
     const lines = linesAt(sent, isRequest).filter(n => sameAddress(data.lines[n][1].url, url));
     const late = due !== null && sent > due;
     if (late)
-      items.push({from: due, to: sent, className: "late", lines, text: "",
-        label: `${name}: due at ${seconds(due)} s, sent ${seconds(sent - due)} s later`, decoration: true});
-    items.push({from: sent, className: "point", lines,
-      label: `${name}: sent at ${seconds(sent)} s` + (late ? `, ${seconds(sent - due)} s after it was due` : "")});
+      items.push({
+        from: due,
+        to: sent,
+        className: "late",
+        lines,
+        text: "",
+        label: `${name}: due at ${seconds(due)} s, sent ${seconds(sent - due)} s later`,
+        decoration: true,
+      });
+    items.push({
+      from: sent,
+      className: "point",
+      lines,
+      label: `${name}: sent at ${seconds(sent)} s` + (late ? `, ${seconds(sent - due)} s after it was due` : ""),
+    });
   }
   return items.sort((a, b) => a.from - b.from);
 }
@@ -136,8 +168,14 @@ function networkItems() {
   data.lines.forEach(([at, fields], n) => {
     const answer = ["request", "fetch"].includes(fields.what) && data.answers[fields.url];
     if (answer)
-      items.push({from: at, to: at + Math.max(answer.after, sessionEnd / 200), className: answer.ok ? "waits" : "fails", text: "",
-        lines: [n], label: `${fields.url}: ${answer.ok ? "answered" : "failed"} after ${seconds(answer.after)} s`});
+      items.push({
+        from: at,
+        to: at + Math.max(answer.after, sessionEnd / 200),
+        className: answer.ok ? "waits" : "fails",
+        text: "",
+        lines: [n],
+        label: `${fields.url}: ${answer.ok ? "answered" : "failed"} after ${seconds(answer.after)} s`,
+      });
   });
   return items.sort((a, b) => a.from - b.from);
 }
@@ -146,24 +184,72 @@ function allLanes() {
   const points = name => pointsOf(lanesOfLines.find(([each]) => each === name)[1]);
   const lanes = [];
   const add = (name, items, className = "", kept = false) => {
-    if (kept || items.length > 0)
-      lanes.push({name, items, className});
+    if (kept || items.length > 0) lanes.push({name, items, className});
   };
   add("Viewer", points("Viewer"), "viewer");
   add("Device", points("Device"));
-  add("Video", spanItems(spans(data.video, state => state === "absent" ? null : state), key => `video ${key}`, key => key), "tall");
-  add("Sound", spanItems(spans(data.sights, sight => sight.sound), () => "sound", () => "sound"), "thin");
-  add("Close can be tapped", [...spanItems(spans(data.sights, sight => sight.open && !sight.close), () => "no-close", () => "not yet"),
-    ...spanItems(spans(data.sights, sight => sight.open && sight.close), () => "close", () => "close can be tapped")]
-    .sort((a, b) => a.from - b.from), "tall closes", true);
+  add(
+    "Video",
+    spanItems(
+      spans(data.video, state => (state === "absent" ? null : state)),
+      key => `video ${key}`,
+      key => key
+    ),
+    "tall"
+  );
+  add(
+    "Sound",
+    spanItems(
+      spans(data.sights, sight => sight.sound),
+      () => "sound",
+      () => "sound"
+    ),
+    "thin"
+  );
+  add(
+    "Close can be tapped",
+    [
+      ...spanItems(
+        spans(data.sights, sight => sight.open && !sight.close),
+        () => "no-close",
+        () => "not yet"
+      ),
+      ...spanItems(
+        spans(data.sights, sight => sight.open && sight.close),
+        () => "close",
+        () => "close can be tapped"
+      ),
+    ].sort((a, b) => a.from - b.from),
+    "tall closes",
+    true
+  );
   const controls = [...new Set(data.sights.flatMap(([, sight]) => sight.tap))].filter(name => name !== "btnClose");
   for (const name of controls)
-    add(labelOf(name), spanItems(spans(data.sights, sight => sight.tap.includes(name)), () => "tap", () => labelOf(name)), "thin");
+    add(
+      labelOf(name),
+      spanItems(
+        spans(data.sights, sight => sight.tap.includes(name)),
+        () => "tap",
+        () => labelOf(name)
+      ),
+      "thin"
+    );
   add("Trackers", trackerItems(), "trackers", true);
   add("Events to the page", points("Events to the page"));
   add("Network", networkItems(), "", true);
-  add("Main thread blocked", data.blocked.map(([at, lasts]) => ({from: at, to: at + lasts, className: "blocks", text: "",
-    lines: linesAt(at), label: `main thread blocked for ${seconds(lasts)} s at ${seconds(at)} s`})), "thin", true);
+  add(
+    "Main thread blocked",
+    data.blocked.map(([at, lasts]) => ({
+      from: at,
+      to: at + lasts,
+      className: "blocks",
+      text: "",
+      lines: linesAt(at),
+      label: `main thread blocked for ${seconds(lasts)} s at ${seconds(at)} s`,
+    })),
+    "thin",
+    true
+  );
   add("Faults", points("Faults"));
   return lanes;
 }
@@ -180,11 +266,17 @@ function addLanes(show, go) {
   for (const lane of allLanes()) {
     const list = html("ol", {class: "track", "aria-label": lane.name});
     for (const item of lane.items) {
-      const button = html("button", {type: "button", class: `item ${item.className}`, tabindex: -1, "aria-label": item.label,
-        onclick: () => go(item.from), onpointerenter: () => show(item), onfocus: () => show(item)});
+      const button = html("button", {
+        type: "button",
+        class: `item ${item.className}`,
+        tabindex: -1,
+        "aria-label": item.label,
+        onclick: () => go(item.from),
+        onpointerenter: () => show(item),
+        onfocus: () => show(item),
+      });
       button.style.left = percent(item.from) + "%";
-      if (item.to !== undefined)
-        button.style.width = `max(3px, ${percent(item.to) - percent(item.from)}%)`;
+      if (item.to !== undefined) button.style.width = `max(3px, ${percent(item.to) - percent(item.from)}%)`;
       // A text that would be cut off says nothing.
       if (item.text && percent(item.to) - percent(item.from) > 1.2 * item.text.length)
         button.append(html("span", {}, item.text));
@@ -193,13 +285,11 @@ function addLanes(show, go) {
       list.append(html("li", {}, button));
     }
     const buttons = [...list.querySelectorAll("button")];
-    if (buttons.length > 0)
-      buttons[0].tabIndex = 0;
+    if (buttons.length > 0) buttons[0].tabIndex = 0;
     list.addEventListener("keydown", event => {
       const at = buttons.indexOf(document.activeElement);
       const to = {ArrowLeft: at - 1, ArrowRight: at + 1, Home: 0, End: buttons.length - 1}[event.key];
-      if (to === undefined || at < 0)
-        return;
+      if (to === undefined || at < 0) return;
       event.preventDefault();
       event.stopPropagation();
       const next = buttons[Math.min(Math.max(to, 0), buttons.length - 1)];
@@ -208,9 +298,15 @@ function addLanes(show, go) {
       next.focus();
     });
     const none = lane.items.length === 0 ? html("span", {class: "none"}, "nothing") : null;
-    if (none)
-      list.replaceChildren(html("li", {}, none));
-    place.append(html("div", {class: `lane ${lane.className}`}, html("span", {class: "name", "aria-hidden": "true"}, lane.name), list));
+    if (none) list.replaceChildren(html("li", {}, none));
+    place.append(
+      html(
+        "div",
+        {class: `lane ${lane.className}`},
+        html("span", {class: "name", "aria-hidden": "true"}, lane.name),
+        list
+      )
+    );
   }
 }
 

@@ -6,9 +6,11 @@ const calm = matchMedia("(prefers-reduced-motion: reduce)");
 
 /** Times at which something happens, for steps from one to the next. */
 const moments = [...new Set([0, ...data.lines.map(([at]) => at), ...data.frames.map(([at]) => at), sessionEnd])]
-  .filter(at => at <= sessionEnd).sort((a, b) => a - b);
+  .filter(at => at <= sessionEnd)
+  .sort((a, b) => a - b);
 /** What the viewer touches: [time, point]. */
-const touches = data.lines.filter(([, fields]) => fields.what === "step" && Array.isArray(fields.touch))
+const touches = data.lines
+  .filter(([, fields]) => fields.what === "step" && Array.isArray(fields.touch))
   .map(([at, fields]) => [at, fields.touch]);
 const touchLasts = 700000;
 
@@ -23,23 +25,30 @@ function sightAt(time) {
 function screenAt(time) {
   const frame = data.frames[Math.max(indexAt(data.frames, time), 0)];
   const turned = Math.abs(frame[1]) % 180 === 90;
-  return {screen: data.device.screen, turn: frame[1], views: frame[2], video: videoAt(time), phone: data.device.phone,
-    insets: turned ? data.device.landscape : data.device.portrait};
+  return {
+    screen: data.device.screen,
+    turn: frame[1],
+    views: frame[2],
+    video: videoAt(time),
+    phone: data.device.phone,
+    insets: turned ? data.device.landscape : data.device.portrait,
+  };
 }
 
 /** One sentence on what the viewer sees and hears. */
 function sentenceAt(time) {
   const sight = sightAt(time);
-  if (!sight.open)
-    return "No ad is open.";
+  if (!sight.open) return "No ad is open.";
   const video = videoAt(time);
-  const parts = [video.state === "absent" ? "no video" :
-    `video ${video.state}` + (video.duration ? ` at ${video.position.toFixed(1)} of ${video.duration.toFixed(1)} s` : "")];
-  if (sight.sound)
-    parts.push("with sound");
+  const parts = [
+    video.state === "absent"
+      ? "no video"
+      : `video ${video.state}` +
+        (video.duration ? ` at ${video.position.toFixed(1)} of ${video.duration.toFixed(1)} s` : ""),
+  ];
+  if (sight.sound) parts.push("with sound");
   parts.push(sight.close ? "close can be tapped" : "close cannot be tapped");
-  if (sight.other)
-    parts.push("another screen covers the ad");
+  if (sight.other) parts.push("another screen covers the ad");
   const text = parts.join(", ") + ".";
   return text[0].toUpperCase() + text.slice(1);
 }
@@ -48,28 +57,33 @@ function sentenceAt(time) {
 
 /** Rectangles of the named controls in a frame: from their views' places. */
 function framesOf(names, views) {
-  return views.map(n => data.views[n]).filter(view => names.includes(view.name)).map(view => {
-    const [x, y, width, height] = view.at;
-    const [w, h] = Math.abs(view.turn ?? 0) % 180 === 90 ? [height, width] : [width, height];
-    return [view.name, [x - w / 2, y - h / 2, w, h]];
-  });
+  return views
+    .map(n => data.views[n])
+    .filter(view => names.includes(view.name))
+    .map(view => {
+      const [x, y, width, height] = view.at;
+      const [w, h] = Math.abs(view.turn ?? 0) % 180 === 90 ? [height, width] : [width, height];
+      return [view.name, [x - w / 2, y - h / 2, w, h]];
+    });
 }
 
 function drawScreen() {
   const shown = screenAt(session.now);
   const sight = sightAt(session.now);
   const touch = touches.find(([at]) => session.now >= at && session.now - at < touchLasts);
-  const video = data.stills.length > 0 ? stillAt(videoAt(session.now).position) : videoAt(session.now).position.toFixed(1);
+  const video =
+    data.stills.length > 0 ? stillAt(videoAt(session.now).position) : videoAt(session.now).position.toFixed(1);
   const options = `${byId("show-taps").checked} ${byId("show-safe").checked}`;
   const state = [shown.turn, shown.views, touch, sight.tap, options].join("|");
-  if (state === session.drawn && video === session.video)
-    return;
+  if (state === session.drawn && video === session.video) return;
   session.drawn = state;
   session.video = video;
-  if (!byId("show-safe").checked)
-    shown.insets = undefined;
+  if (!byId("show-safe").checked) shown.insets = undefined;
   if (byId("show-taps").checked)
-    shown.marks = framesOf(sight.tap, shown.views).map(([name, frame]) => [frame, name === "btnClose" ? "tappable close" : "tappable"]);
+    shown.marks = framesOf(sight.tap, shown.views).map(([name, frame]) => [
+      frame,
+      name === "btnClose" ? "tappable close" : "tappable",
+    ]);
   shown.touch = touch && touch[1];
   byId("screen").replaceChildren(drawDevice(shown, "The device's screen"));
   byId("screen").className = Math.abs(shown.turn) % 180 === 90 ? "turned" : "";
@@ -81,8 +95,18 @@ const rows = [];
 
 function addTrace() {
   data.lines.forEach(([at, fields], n) => {
-    const row = html("li", {onclick: () => { go(at); showLines([n]); }}, html("span", {class: "at"}, (at / 1e6).toFixed(3)),
-      html("span", {class: "what"}, fields.what), html("span", {class: "rest"}, shortened(fields)));
+    const row = html(
+      "li",
+      {
+        onclick: () => {
+          go(at);
+          showLines([n]);
+        },
+      },
+      html("span", {class: "at"}, (at / 1e6).toFixed(3)),
+      html("span", {class: "what"}, fields.what),
+      html("span", {class: "rest"}, shortened(fields))
+    );
     rows.push(row);
   });
   byId("trace").append(...rows);
@@ -92,23 +116,19 @@ function addTrace() {
 function showLines(lines, label = "") {
   const most = 8;
   const texts = lines.slice(0, most).map(n => lineText(data.lines[n]));
-  if (lines.length > most)
-    texts.push(`and ${lines.length - most} more`);
+  if (lines.length > most) texts.push(`and ${lines.length - most} more`);
   byId("line").textContent = texts.join("\n") || label;
 }
 
 function followTrace() {
   const last = indexAt(data.lines, session.now);
-  if (last === session.line)
-    return;
-  for (let n = 0; n < rows.length; ++n)
-    rows[n].classList.toggle("past", n <= last);
+  if (last === session.line) return;
+  for (let n = 0; n < rows.length; ++n) rows[n].classList.toggle("past", n <= last);
   rows[session.line]?.classList.remove("current");
   rows[session.line]?.removeAttribute("aria-current");
   session.line = last;
   const row = rows[last];
-  if (!row)
-    return;
+  if (!row) return;
   row.classList.add("current");
   row.setAttribute("aria-current", "time");
   // Within its own list only: the page must stay where it is.
@@ -144,24 +164,29 @@ function pause() {
 }
 
 function play() {
-  if (session.now >= sessionEnd)
-    setTime(0);
+  if (session.now >= sessionEnd) setTime(0);
   session.playing = true;
   byId("play").setAttribute("aria-label", "Pause");
   byId("play").classList.add("playing");
   let before = performance.now();
   let exact = session.now;
   function advance(time) {
-    if (!session.playing)
-      return;
+    if (!session.playing) return;
     exact += (time - before) * 1000 * Number(byId("speed").value);
     before = time;
     // Without motion the picture changes only where the session does.
-    setTime(calm.matches ? moments[indexAt(moments.map(at => [at]), exact)] : exact);
-    if (exact >= sessionEnd)
-      pause();
-    else
-      requestAnimationFrame(advance);
+    setTime(
+      calm.matches
+        ? moments[
+            indexAt(
+              moments.map(at => [at]),
+              exact
+            )
+          ]
+        : exact
+    );
+    if (exact >= sessionEnd) pause();
+    else requestAnimationFrame(advance);
   }
   requestAnimationFrame(advance);
 }
@@ -182,17 +207,18 @@ function goThere(time, event) {
 function addControls() {
   const scrubber = byId("scrubber");
   scrubber.max = sessionEnd;
-  scrubber.addEventListener("input", () => { pause(); setTime(Number(scrubber.value)); });
+  scrubber.addEventListener("input", () => {
+    pause();
+    setTime(Number(scrubber.value));
+  });
   byId("back").addEventListener("click", () => step(-1));
   byId("on").addEventListener("click", () => step(1));
-  byId("play").addEventListener("click", () => session.playing ? pause() : play());
-  for (const id of ["show-taps", "show-safe"])
-    byId(id).addEventListener("change", drawScreen);
+  byId("play").addEventListener("click", () => (session.playing ? pause() : play()));
+  for (const id of ["show-taps", "show-safe"]) byId(id).addEventListener("change", drawScreen);
   byId("trace").addEventListener("keydown", event => {
     const direction = {ArrowUp: -1, ArrowDown: 1}[event.key];
     const line = data.lines[(session.line ?? 0) + direction];
-    if (!direction || !line)
-      return;
+    if (!direction || !line) return;
     event.preventDefault();
     event.stopPropagation();
     pause();
@@ -202,19 +228,27 @@ function addControls() {
     showLines([target]);
   });
   document.addEventListener("keydown", event => {
-    const inField = /^(SELECT|TEXTAREA)$/.test(event.target.tagName) || (event.target.tagName === "INPUT" && event.target !== scrubber);
-    if (inField || event.altKey || event.ctrlKey || event.metaKey)
-      return;
-    const actions = {ArrowLeft: () => step(-1), ArrowRight: () => step(1),
-      " ": () => session.playing ? pause() : play()};
+    const inField =
+      /^(SELECT|TEXTAREA)$/.test(event.target.tagName) ||
+      (event.target.tagName === "INPUT" && event.target !== scrubber);
+    if (inField || event.altKey || event.ctrlKey || event.metaKey) return;
+    const actions = {
+      ArrowLeft: () => step(-1),
+      ArrowRight: () => step(1),
+      " ": () => (session.playing ? pause() : play()),
+    };
     if (event.target === scrubber)
-      Object.assign(actions, {ArrowUp: actions.ArrowRight, ArrowDown: actions.ArrowLeft, Home: () => go(0), End: () => go(sessionEnd),
-        PageUp: () => go(session.now + 1e6), PageDown: () => go(session.now - 1e6)});
-    if (event.key === " " && /^(BUTTON|A|SUMMARY)$/.test(event.target.tagName))
-      return;
+      Object.assign(actions, {
+        ArrowUp: actions.ArrowRight,
+        ArrowDown: actions.ArrowLeft,
+        Home: () => go(0),
+        End: () => go(sessionEnd),
+        PageUp: () => go(session.now + 1e6),
+        PageDown: () => go(session.now - 1e6),
+      });
+    if (event.key === " " && /^(BUTTON|A|SUMMARY)$/.test(event.target.tagName)) return;
     const action = actions[event.key];
-    if (!action)
-      return;
+    if (!action) return;
     event.preventDefault();
     action();
   });
@@ -224,23 +258,31 @@ function addControls() {
 
 function addHead() {
   const {summary, device} = data;
-  const time = value => value === null || value === undefined ? "never" : `${value} s`;
+  const time = value => (value === null || value === undefined ? "never" : `${value} s`);
   byId("title").textContent = data.title;
-  byId("device").textContent = `${device.name ? modelName(device.name) : device.phone ? "Phone" : "Tablet"}, ` +
+  byId("device").textContent =
+    `${device.name ? modelName(device.name) : device.phone ? "Phone" : "Tablet"}, ` +
     `${device.screen[0]} × ${device.screen[1]} points. ${data.lines.length} lines of trace, ${seconds(sessionEnd)} s.`;
   const due = data.trackers.filter(({due, sent}) => due !== null || sent !== null);
   const sent = data.trackers.filter(entry => entry.sent !== null).length;
   const lost = due.filter(entry => entry.sent === null).length;
   const figures = [
-    ["Close can be tapped", time(summary.closeButtonTappable), data.sights.some(([, sight]) => sight.close) ? "" : "bad"],
+    [
+      "Close can be tapped",
+      time(summary.closeButtonTappable),
+      data.sights.some(([, sight]) => sight.close) ? "" : "bad",
+    ],
     ["Closed", time(summary.closed), ""],
     ["Requests of trackers", String(sent), ""],
     ["Due, never sent", String(lost), lost > 0 ? "bad" : ""],
     ["Main thread blocked", `${summary.mainThreadBlocked ?? 0} s`, summary.mainThreadBlocked > 0.1 ? "bad" : ""],
     ["Findings", String(data.findings.length), data.findings.length > 0 ? "bad" : ""],
   ];
-  byId("figures").append(...figures.map(([name, value, className]) =>
-    html("div", {class: className}, html("dt", {}, name), html("dd", {}, value))));
+  byId("figures").append(
+    ...figures.map(([name, value, className]) =>
+      html("div", {class: className}, html("dt", {}, name), html("dd", {}, value))
+    )
+  );
 }
 
 /** The moments that a person would ask for first: [time, caption, time of the picture]. */
@@ -248,17 +290,23 @@ function storyMoments() {
   const found = [];
   const add = (time, caption, picture = time) => {
     const near = found.find(([other]) => Math.abs(other - time) < 30000);
-    if (time === undefined || time === null)
-      return;
-    if (near)
-      near[1] += ", " + caption;
-    else
-      found.push([time, caption, picture]);
+    if (time === undefined || time === null) return;
+    if (near) near[1] += ", " + caption;
+    else found.push([time, caption, picture]);
   };
   const first = test => data.sights.find(([, sight]) => test(sight))?.[0];
-  add(first(sight => sight.open), "opened");
-  add(first(sight => sight.video), "first picture");
-  add(first(sight => sight.close), "close can be tapped");
+  add(
+    first(sight => sight.open),
+    "opened"
+  );
+  add(
+    first(sight => sight.video),
+    "first picture"
+  );
+  add(
+    first(sight => sight.close),
+    "close can be tapped"
+  );
   let turn = data.frames[0]?.[1];
   for (const [at, now] of data.frames) {
     if (now !== turn && at > 0 && found.length < 7)
@@ -269,33 +317,66 @@ function storyMoments() {
   add(stall?.[0], "video stalls");
   const other = first(sight => sight.other);
   add(other, "another screen opens");
-  const end = data.video.find(([, state, position, duration]) => state !== "playing" && duration > 0 && position >= duration - 0.01);
+  const end = data.video.find(
+    ([, state, position, duration]) => state !== "playing" && duration > 0 && position >= duration - 0.01
+  );
   add(end?.[0], "video ends");
   const open = data.sights.findIndex(([, sight]) => sight.open);
   const closed = data.sights.find(([, sight], n) => n > open && open >= 0 && !sight.open)?.[0];
-  if (closed !== undefined)
-    found.push([closed, "closed", closed - 1]);
+  if (closed !== undefined) found.push([closed, "closed", closed - 1]);
   return found.sort((a, b) => a[0] - b[0]);
 }
 
 function addStory() {
-  byId("story").append(...storyMoments().map(([time, caption, picture]) => html("li", {},
-    html("button", {type: "button", onclick: () => goThere(time)}, drawDevice({...screenAt(picture), insets: undefined}),
-      html("span", {class: "at"}, `${seconds(time)} s`), html("span", {}, caption)))));
+  byId("story").append(
+    ...storyMoments().map(([time, caption, picture]) =>
+      html(
+        "li",
+        {},
+        html(
+          "button",
+          {type: "button", onclick: () => goThere(time)},
+          drawDevice({...screenAt(picture), insets: undefined}),
+          html("span", {class: "at"}, `${seconds(time)} s`),
+          html("span", {}, caption)
+        )
+      )
+    )
+  );
 }
 
 function addFindings() {
   const place = byId("findings");
-  if (data.findings.length === 0)
-    place.append(html("p", {class: "good"}, "None in this session."));
+  if (data.findings.length === 0) place.append(html("p", {class: "good"}, "None in this session."));
   else
-    place.append(html("ul", {class: "findings"}, ...data.findings.map(({rule, severity, sentence, at}) => html("li", {class: severity},
-      html("span", {class: "severity"}, severity), " ",
-      at === null ? sentence : html("a", {href: "#session", onclick: event => goThere(at, event)}, `${sentence} (${seconds(at)} s)`), " ",
-      html("code", {}, rule)))));
+    place.append(
+      html(
+        "ul",
+        {class: "findings"},
+        ...data.findings.map(({rule, severity, sentence, at}) =>
+          html(
+            "li",
+            {class: severity},
+            html("span", {class: "severity"}, severity),
+            " ",
+            at === null
+              ? sentence
+              : html("a", {href: "#session", onclick: event => goThere(at, event)}, `${sentence} (${seconds(at)} s)`),
+            " ",
+            html("code", {}, rule)
+          )
+        )
+      )
+    );
   if (data.remarks.length > 0)
-    place.append(html("details", {}, html("summary", {}, `${data.remarks.length} remarks on the ad`),
-      html("ul", {}, ...data.remarks.map(remark => html("li", {}, remark)))));
+    place.append(
+      html(
+        "details",
+        {},
+        html("summary", {}, `${data.remarks.length} remarks on the ad`),
+        html("ul", {}, ...data.remarks.map(remark => html("li", {}, remark)))
+      )
+    );
 }
 
 addHead();
@@ -309,4 +390,8 @@ addLedger(goThere);
 addMatrix();
 const named = /^#t=([\d.]+)$/.exec(location.hash);
 // Begins where the address says ("#t=9.8"), or else with a picture that shows something.
-setTime(named ? Number(named[1]) * 1e6 : storyMoments().find(([, caption]) => /close can/.test(caption))?.[0] ?? moments.at(-1) / 2);
+setTime(
+  named
+    ? Number(named[1]) * 1e6
+    : (storyMoments().find(([, caption]) => /close can/.test(caption))?.[0] ?? moments.at(-1) / 2)
+);

@@ -7,14 +7,17 @@ const ledgerColumns = [
   {name: "Tracker", of: entry => entry.kind || "(not named by the ad)"},
   {name: "Due, s", of: entry => entry.due, time: true},
   {name: "Sent, s", of: entry => entry.sent, time: true},
-  {name: "Late, s", of: entry => entry.due !== null && entry.sent !== null ? entry.sent - entry.due : null, time: true},
+  {
+    name: "Late, s",
+    of: entry => (entry.due !== null && entry.sent !== null ? entry.sent - entry.due : null),
+    time: true,
+  },
   {name: "Outcome", of: entry => outcomeOf(entry)},
   {name: "Address", of: entry => entry.url, address: true},
 ];
 
 function outcomeOf({due, sent}) {
-  if (sent === null)
-    return due === null ? "not due" : "never sent";
+  if (sent === null) return due === null ? "not due" : "never sent";
   return due !== null && sent - due > 1000000 ? "late" : "sent";
 }
 
@@ -25,9 +28,15 @@ const cellText = (column, entry) => {
 
 /** Comma-separated values (RFC 4180). */
 function ledgerAsCsv(entries) {
-  const quoted = text => /[",\r\n]/.test(text) ? `"${text.replace(/"/g, "\"\"")}"` : text;
-  return [ledgerColumns.map(column => column.name), ...entries.map(entry => ledgerColumns.map(column => cellText(column, entry)))]
-    .map(row => row.map(quoted).join(",")).join("\r\n") + "\r\n";
+  const quoted = text => (/[",\r\n]/.test(text) ? `"${text.replace(/"/g, '""')}"` : text);
+  return (
+    [
+      ledgerColumns.map(column => column.name),
+      ...entries.map(entry => ledgerColumns.map(column => cellText(column, entry))),
+    ]
+      .map(row => row.map(quoted).join(","))
+      .join("\r\n") + "\r\n"
+  );
 }
 
 /** @param go called with the time of a tracker that is chosen */
@@ -49,34 +58,32 @@ function addLedger(go) {
     entries.sort((a, b) => {
       const [x, y] = [column.of(a), column.of(b)];
       // What did not happen is last, either way.
-      if (x === null || y === null)
-        return (x === null) - (y === null);
+      if (x === null || y === null) return (x === null) - (y === null);
       const order = column.time ? x - y : x.localeCompare(y, "en", {numeric: true});
       return descending ? -order : order;
     });
     heads.forEach((head, n) => {
-      if (ledgerColumns[n] === column)
-        head.setAttribute("aria-sort", descending ? "descending" : "ascending");
-      else
-        head.removeAttribute("aria-sort");
+      if (ledgerColumns[n] === column) head.setAttribute("aria-sort", descending ? "descending" : "ascending");
+      else head.removeAttribute("aria-sort");
     });
     fill();
   }
 
   function fill() {
-    body.replaceChildren(...entries.map(entry => {
-      const row = html("tr", {class: outcomeOf(entry).replace(" ", "-")});
-      for (const column of ledgerColumns) {
-        const text = cellText(column, entry);
-        const cell = html("td", {class: column.time ? "number" : column.address ? "address" : ""});
-        if (column.time && text && column.name !== "Late, s")
-          cell.append(html("a", {href: "#session", onclick: event => go(column.of(entry), event)}, text));
-        else
-          cell.append(column.name === "Outcome" ? html("span", {class: "outcome"}, text) : text || "–");
-        row.append(cell);
-      }
-      return row;
-    }));
+    body.replaceChildren(
+      ...entries.map(entry => {
+        const row = html("tr", {class: outcomeOf(entry).replace(" ", "-")});
+        for (const column of ledgerColumns) {
+          const text = cellText(column, entry);
+          const cell = html("td", {class: column.time ? "number" : column.address ? "address" : ""});
+          if (column.time && text && column.name !== "Late, s")
+            cell.append(html("a", {href: "#session", onclick: event => go(column.of(entry), event)}, text));
+          else cell.append(column.name === "Outcome" ? html("span", {class: "outcome"}, text) : text || "–");
+          row.append(cell);
+        }
+        return row;
+      })
+    );
   }
 
   fill();
@@ -107,27 +114,52 @@ const faultTexts = {
   small: "Smaller than 44 points",
 };
 
-const modelName = name => name.split("-").map(word => /^(iphone|ipad)$/.test(word) ? "i" + word[1].toUpperCase() + word.slice(2) :
-  word === "se" ? "SE" : word[0].toUpperCase() + word.slice(1)).join(" ");
+const modelName = name =>
+  name
+    .split("-")
+    .map(word =>
+      /^(iphone|ipad)$/.test(word)
+        ? "i" + word[1].toUpperCase() + word.slice(2)
+        : word === "se"
+          ? "SE"
+          : word[0].toUpperCase() + word.slice(1)
+    )
+    .join(" ");
 
 /** The faults of each kind, as [kind, names]. */
 function faultsByKind(faults) {
-  return Object.keys(faultTexts).map(kind => [kind, [...new Set(faults.filter(({fault}) => fault === kind).map(({name}) => labelOf(name)))]])
+  return Object.keys(faultTexts)
+    .map(kind => [kind, [...new Set(faults.filter(({fault}) => fault === kind).map(({name}) => labelOf(name)))]])
     .filter(([, names]) => names.length > 0);
 }
 
 function deviceCard(entry) {
   const name = entry.models.map(modelName).join(", ");
   const kinds = faultsByKind(entry.faults);
-  const drawing = drawDevice({screen: entry.screen, turn: entry.drawing[0], views: entry.drawing[1],
+  const drawing = drawDevice({
+    screen: entry.screen,
+    turn: entry.drawing[0],
+    views: entry.drawing[1],
     video: {state: "paused", position: entry.position, duration: 0},
-    phone: entry.phone, insets: entry.insets,
-    marks: entry.faults.filter(fault => fault.frame).map(fault => [fault.frame, `mark ${fault.fault}`])});
-  const list = html("ul", {}, ...kinds.map(([kind, names]) => html("li", {class: kind}, html("strong", {}, faultTexts[kind] + ": "), names.join(", "))));
-  return html("li", {class: kinds.length > 0 ? "card faulty" : "card"},
+    phone: entry.phone,
+    insets: entry.insets,
+    marks: entry.faults.filter(fault => fault.frame).map(fault => [fault.frame, `mark ${fault.fault}`]),
+  });
+  const list = html(
+    "ul",
+    {},
+    ...kinds.map(([kind, names]) =>
+      html("li", {class: kind}, html("strong", {}, faultTexts[kind] + ": "), names.join(", "))
+    )
+  );
+  return html(
+    "li",
+    {class: kinds.length > 0 ? "card faulty" : "card"},
     html("h3", {}, name),
     html("p", {class: "quiet"}, `${entry.screen[0]} × ${entry.screen[1]} points, ${seconds(entry.at)} s`),
-    drawing, kinds.length > 0 ? list : html("p", {class: "good"}, "all controls in place"));
+    drawing,
+    kinds.length > 0 ? list : html("p", {class: "good"}, "all controls in place")
+  );
 }
 
 function addMatrix() {
@@ -141,10 +173,16 @@ function addMatrix() {
     const entries = data.matrix.filter(entry => entry.holding === holding);
     const shown = only.checked ? entries.filter(entry => entry.faults.length > 0) : entries;
     const models = entries.flatMap(entry => entry.models).length;
-    const faulty = entries.filter(entry => entry.faults.some(fault => fault.fault !== "small")).flatMap(entry => entry.models).length;
-    const small = entries.filter(entry => entry.faults.some(fault => fault.fault === "small")).flatMap(entry => entry.models).length;
-    document.getElementById("matrix-summary").textContent = `${models} phones and tablets, ${holding}: on ${faulty || "none"} a control ` +
-      `is outside the screen, covered, or under a camera, a corner or a bar; on ${small || "none"} one is smaller than 44 points. Tinted: what camera, corners and system bars may cover.`;
+    const faulty = entries
+      .filter(entry => entry.faults.some(fault => fault.fault !== "small"))
+      .flatMap(entry => entry.models).length;
+    const small = entries
+      .filter(entry => entry.faults.some(fault => fault.fault === "small"))
+      .flatMap(entry => entry.models).length;
+    document.getElementById("matrix-summary").textContent =
+      `${models} phones and tablets, ${holding}: on ${faulty || "none"} a control ` +
+      `is outside the screen, covered, or under a camera, a corner or a bar; on ${small || "none"} one is smaller than 44 ` +
+      "points. Tinted: what camera, corners and system bars may cover.";
     place.className = holding === "upright" ? "" : "turned";
     place.replaceChildren(...shown.map(deviceCard));
   }

@@ -1,0 +1,64 @@
+#include "tests/app/ShellRun.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+// Tests of `qoro-ad report`, run through the shell.
+
+namespace qoro::test
+{
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+TEST(ReportCommand, WritesOneFileThatIsAPage)
+{
+    const ShellResult result = run_shell("folder=$(mktemp -d) && "
+                                         "qoro-ad report examples/simulator/first-session.json -o $folder/r.html && "
+                                         "cat $folder/r.html && rm -r $folder");
+
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_EQ(result.errors, "");
+    EXPECT_THAT(result.output, StartsWith("<!DOCTYPE html>"));
+    EXPECT_THAT(result.output, HasSubstr("<title>first-session: report of an ad</title>"));
+    EXPECT_THAT(result.output, HasSubstr("</html>"));
+}
+
+TEST(ReportCommand, WritesTheSameToStandardOutput)
+{
+    const std::string command = "qoro-ad report examples/simulator/first-session.json -o ";
+    const ShellResult printed = run_shell(command + "-");
+    const ShellResult written =
+        run_shell("folder=$(mktemp -d) && " + command + "$folder/r.html && cat $folder/r.html && rm -r $folder");
+
+    EXPECT_GT(printed.output.size(), 100000U) << printed.errors;
+    EXPECT_EQ(printed.output, written.output);
+}
+
+TEST(ReportCommand, RefusesWhatIsUnusableInOneLine)
+{
+    for (const std::string line :
+         {"qoro-ad report no-such.json -o -", "echo '{\"ad\": 1}' | qoro-ad report - -o -",
+          "qoro-ad report examples/simulator/first-session.json", "qoro-ad report",
+          "qoro-ad report examples/simulator/first-session.json -o /no/such/folder/r.html",
+          "qoro-ad report examples/simulator/first-session.json --device toaster -o -",
+          "qoro-ad report examples/simulator/first-session.json --steps examples/demo/steps.json -o -"}) {
+        const ShellResult result = run_shell(line);
+        EXPECT_EQ(result.status, 2) << line;
+        EXPECT_EQ(lines_of(result.errors).size(), 1U) << line << ": " << result.errors;
+        EXPECT_EQ(result.output, "") << line;
+    }
+}
+
+TEST(ReportCommand, TakesTheDeviceOfTheSession)
+{
+    const ShellResult result =
+        run_shell("qoro-ad report examples/simulator/first-session.json --device iphone-15 -o -");
+
+    EXPECT_EQ(result.status, 0) << result.errors;
+    EXPECT_THAT(result.output, HasSubstr(R"("device":{"name":"iphone-15","screen":[393.0,852.0])"));
+}
+
+} // namespace qoro::test
