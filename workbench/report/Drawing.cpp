@@ -288,7 +288,9 @@ Drawing Draughtsman::draw(Simulation& simulation)
             break;
         case Kind::Video:
             json["fit"] = fit_of(view.scaling_mode);
-            json["playable"] = view.player && (view.player->load_state() & MPMovieLoadStatePlayable) != 0;
+            // A video that stalls keeps its picture.
+            json["playable"] =
+                view.player && (view.player->load_state() & (MPMovieLoadStatePlayable | MPMovieLoadStateStalled)) != 0;
             if (view.opaque && !view.background)
                 json["fill"] = "#000000";
             break;

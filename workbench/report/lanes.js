@@ -217,7 +217,7 @@ function allLanes() {
       ...spanItems(
         spans(data.sights, sight => sight.open && sight.close),
         () => "close",
-        () => "close can be tapped"
+        () => "can be tapped"
       ),
     ].sort((a, b) => a.from - b.from),
     "tall closes",
@@ -278,7 +278,7 @@ function addLanes(show, go) {
       button.style.left = percent(item.from) + "%";
       if (item.to !== undefined) button.style.width = `max(3px, ${percent(item.to) - percent(item.from)}%)`;
       // A text that would be cut off says nothing.
-      if (item.text && percent(item.to) - percent(item.from) > 1.2 * item.text.length)
+      if (item.text && percent(item.to) - percent(item.from) > 0.85 * item.text.length)
         button.append(html("span", {}, item.text));
       if (item.lines.length > 1 && item.to === undefined)
         button.append(html("span", {class: "count"}, String(item.lines.length)));
