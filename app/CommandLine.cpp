@@ -10,6 +10,7 @@
 
 #include <qoro/Version.h>
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
@@ -43,9 +44,11 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
             stills.push_back({taken.at, std::move(taken.bytes)});
         return stills;
     };
-    report_.measure = [](const std::string& text, const FontSpec& font) {
+    report_.measure = [pango = std::shared_ptr<PangoText>()](const std::string& text, const FontSpec& font) mutable {
         constexpr CGSize Unlimited{1e6, 1e6};
-        return PangoText().measure(NSString(text), font, Unlimited);
+        if (!pango)
+            pango = std::make_shared<PangoText>();
+        return pango->measure(NSString(text), font, Unlimited);
     };
 #endif
     add_report_options(*app_.add_subcommand("report"), report_);
