@@ -55,8 +55,7 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
     check_.input = simulate_.ad;
     add_check_options(*app_.add_subcommand("check"), check_);
-    explore_.ad.parts.discover = simulate_.ad.parts.discover;
-    explore_.ad.fetch_tag = simulate_.ad.fetch_tag;
+    explore_.ad = simulate_.ad;
     add_explore_options(*app_.add_subcommand("explore"), explore_);
 }
 

@@ -5,8 +5,8 @@
 #include "workbench/Sight.h"
 
 #include <cstdint>
-#include <optional>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
