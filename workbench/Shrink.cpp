@@ -27,7 +27,7 @@ public:
         do {
             progress_ = false;
             remove_steps();
-            for (const char* part : {"/text", "/net", "/device", "/host", "/video"})
+            for (const char* part : {"/text", "/net", "/device", "/host", "/video", "/videos"})
                 remove_below(part);
             remove_below("/ad");
             empty_bodies();

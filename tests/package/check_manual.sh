@@ -17,7 +17,7 @@ complain()
 
 # Every option that the help names.
 "$program" --help >/dev/null
-commands="play cache simulate"
+commands="play cache simulate check"
 for command in "" $commands "cache list" "cache prefetch" "cache empty"; do
     # shellcheck disable=SC2086 # words of a command
     for option in $("$program" $command --help | grep -oE '^ +(-h,)?--[a-z-]+' | sed 's/.*--//'); do

@@ -82,7 +82,7 @@ std::vector<Suspicion> unknown_key(const BaseScenario& base)
     if (!ad)
         return suspicions;
     std::vector<std::string> lines = ad_remarks(*ad, base.file);
-    if (ad->strVideoUrl.length() > 0 && !base.video_is_unreadable)
+    if (ad->strVideoUrl.length() > 0 && !base.video_is_unreadable && !base.scenario.value("/videos"))
         for (std::string& line : remarks_on_duration(*ad, base.file, base.scenario.scenario().world.video.duration))
             lines.push_back(std::move(line));
     for (const std::string& line : lines) {

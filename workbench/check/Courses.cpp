@@ -64,6 +64,7 @@ Courses::Courses(const BaseScenario& base, const CheckOptions& options)
 {
     base_.set("/host/guard", options.guard ? "true" : "false");
     base_.set("/host/trackerLimit", options.guard ? "true" : "false");
+    make_video_the_only_one();
     scenario_ = base_.scenario();
     const VideoSetup& video = scenario_.world.video;
     end_ = video.load_after + video.duration;
@@ -75,6 +76,18 @@ Courses::Courses(const BaseScenario& base, const CheckOptions& options)
     for (const std::string& step : base_.children("/steps"))
         if (const auto y = base_.value(step + "/open"))
             open_ = *y;
+}
+
+/// The faults of a course are those of every video, so nothing is said about that of an address.
+void Courses::make_video_the_only_one()
+{
+    const auto address = base_.string("/ad/strVideoUrl");
+    if (!address)
+        return;
+    const std::string own = path_under("/videos", *address);
+    for (const std::string& key : base_.children(own))
+        base_.set("/video" + key.substr(own.size()), *base_.value(key));
+    base_.remove("/videos");
 }
 
 Course Courses::course(std::string when, ScenarioText scenario) const

@@ -41,6 +41,7 @@ public:
     std::vector<Course> on_devices() const;
 
 private:
+    void make_video_the_only_one();
     /// The ad is opened, and played if it does not start by itself.
     ScenarioText opened() const;
     ScenarioText watched_until(ScenarioText scenario, double end) const;
