@@ -5,6 +5,10 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -36,31 +40,65 @@ bool page_closes(const CheckedSession& session, const Sight& sight)
     return !page || page_can_close(*page);
 }
 
-/// From when on the session no longer shows what the ad alone does: the viewer, the system or the host has paused it.
-std::int64_t end_of_passive_viewing(const CheckedSession& session)
+/// A time in microseconds.
+struct Span {
+    std::int64_t from = 0;
+    std::int64_t until = 0;
+};
+
+/// Whether a control can be touched at some time of a span.
+bool is_touchable_in(const CheckedSession& session, std::string_view control, const Span& span)
 {
-    for (const CheckedLine& line : session.lines())
-        if (line.what == "step" && line.is_touch && line.button != "btnClose" && line.position.value_or(0) > 0)
-            return line.at;
-    return session.record().end;
+    const std::vector<Sight>& sights = session.record().sights;
+    for (std::size_t i = 0; i < sights.size(); ++i)
+        if (sights[i].at < span.until && session.end_of(i) > span.from)
+            for (const SeenControl& each : sights[i].controls)
+                if (each.name == control && each.touchable)
+                    return true;
+    return false;
 }
 
-/// Seconds between two times in which the viewer is in the application.
-double seconds_inside(const CheckedSession& session, std::int64_t from, std::int64_t until)
+/// The times in which the viewer is elsewhere, or could go on with a paused video: they do not count as waiting.
+std::vector<Span> times_that_do_not_count(const CheckedSession& session)
 {
-    double inside = 0;
-    bool away = false;
-    std::int64_t since = from;
+    std::vector<Span> spans;
+    std::optional<std::int64_t> away;
+    std::optional<std::int64_t> paused;
+    const auto end_pause = [&](std::int64_t at) {
+        if (paused && is_touchable_in(session, "btnPlayAndPause", {*paused, at}))
+            spans.push_back({*paused, at});
+        paused.reset();
+    };
     for (const CheckedLine& line : session.lines()) {
-        if (line.what != "step" || line.app.empty() || line.at > until)
-            continue;
-        const std::int64_t at = std::max(line.at, from);
-        if (!away)
-            inside += in_seconds(at - since);
-        since = at;
-        away = line.app == "background";
+        if (line.what == "step" && line.app == "background" && !away)
+            away = line.at;
+        else if (line.what == "step" && line.app == "foreground" && away)
+            spans.push_back({*std::exchange(away, std::nullopt), line.at});
+        else if (line.event == "video_pause" && !paused)
+            paused = line.at;
+        else if (line.event == "video_play" || line.event == "video_ended")
+            end_pause(line.at);
     }
-    return away ? inside : inside + in_seconds(until - since);
+    end_pause(session.record().end);
+    return spans;
+}
+
+/// Seconds between two times, without those that do not count.
+double seconds_of_waiting(std::int64_t from, std::int64_t until, const std::vector<Span>& others)
+{
+    std::int64_t waiting = until - from;
+    std::int64_t counted = from;
+    std::vector<Span> sorted = others;
+    std::ranges::sort(sorted, {}, &Span::from);
+    for (const Span& span : sorted) {
+        const std::int64_t begin = std::max(span.from, counted);
+        const std::int64_t end = std::min(span.until, until);
+        if (end <= begin)
+            continue;
+        waiting -= end - begin;
+        counted = end;
+    }
+    return in_seconds(waiting);
 }
 
 /// The longest time in which the viewer cannot close the ad.
@@ -68,7 +106,7 @@ Wait longest_wait(const CheckedSession& session)
 {
     Wait longest;
     const std::vector<Sight>& sights = session.record().sights;
-    const std::int64_t end = end_of_passive_viewing(session);
+    const std::vector<Span> others = times_that_do_not_count(session);
     for (std::size_t i = 0; i < sights.size();) {
         const auto closable = [&](const Sight& sight) {
             return !sight.open || sight.close || sight.other_screen || page_closes(session, sight);
@@ -81,11 +119,11 @@ Wait longest_wait(const CheckedSession& session)
         while (i < sights.size() && !closable(sights[i]))
             ++i;
         const std::int64_t from = sights[first].at;
-        const std::int64_t until = std::min(i < sights.size() ? sights[i].at : session.record().end, end);
-        const double seconds = until > from ? seconds_inside(session, from, until) : 0;
+        const std::int64_t until = i < sights.size() ? sights[i].at : session.record().end;
+        const double seconds = seconds_of_waiting(from, until, others);
         if (seconds > longest.seconds)
             longest = {.seconds = seconds,
-                       .to_the_end = i == sights.size() && until == session.record().end,
+                       .to_the_end = i == sights.size(),
                        .from_opening = from == session.record().summary.opened};
     }
     return longest;
