@@ -265,6 +265,12 @@ TEST(Check, ASoundAdHasNoFindings)
     EXPECT_TRUE(findings.empty()) << text_of(findings);
 }
 
+TEST(Check, ASoundTagHasNoFindings)
+{
+    const auto findings = found_in(base_of(scenario_of(vast_with(in_line("")))));
+    EXPECT_TRUE(findings.empty()) << text_of(findings);
+}
+
 TEST(Check, FilesAndVideosAreJudgedByWhatTheAdsFolderHas)
 {
     BaseScenario base = base_of(sound_scenario());

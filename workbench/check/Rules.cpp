@@ -91,7 +91,8 @@ constexpr auto Table = std::to_array<Rule>({
      .severity = Severity::Warning,
      .title = "The close button appears late",
      .why = "Stores and trade bodies limit the time for which an ad holds its viewer",
-     .cure = "shorten iCloseBtnCountdown or iBufferingSufferTime, or leave out bIsEndedCloseBtn",
+     .cure = "shorten iCloseBtnCountdown or iBufferingSufferTime, or leave out bIsEndedCloseBtn; give a tag's Linear a "
+             "skipoffset",
      .of_session = close_late},
     {.id = "control-off-screen",
      .severity = Severity::Warning,
