@@ -10,7 +10,13 @@ namespace qoro
 
 using detail::Json;
 
+/// Copied only: a move of JSON may throw.
 struct ScenarioText::Document {
+    Document() = default;
+    Document(const Document&) = default;
+    Document& operator=(const Document&) = default;
+    ~Document() = default;
+
     Json json;
 };
 

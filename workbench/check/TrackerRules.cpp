@@ -256,6 +256,7 @@ std::vector<Suspicion> tracker_late(const CheckedSession& session)
     }
     std::ranges::sort(all);
     std::vector<Suspicion> suspicions;
+    suspicions.reserve(late.size());
     for (const Tracker* tracker : late)
         suspicions.push_back(
             of_tracker(session, *tracker,
