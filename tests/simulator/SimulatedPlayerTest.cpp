@@ -3,6 +3,7 @@
 #include "platform/Numbers.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 #include <string>
 #include <vector>
 
@@ -290,6 +291,49 @@ TEST(AutomaticPlayer, TwoStallsAtOnePlaceBothHappen)
     run.run_until(20);
 
     EXPECT_EQ(run.reports.back(), "8.8 finish 0");
+}
+
+TEST(AutomaticPlayer, NewsOfAStallInterruptAPlayingVideo)
+{
+    PlayerRun run(lasting(4));
+    run.autoplay(true);
+    run.run_until(1.3);
+    PlayerNews news;
+    news.stall = 2;
+    static_cast<SimulatedPlayer&>(*run.player).take(news);
+    run.reports.clear();
+    run.run_until(10);
+    EXPECT_EQ(run.reports,
+              (Reports{"1.3 load 4", "1.3 state 3", "3.3 load 3", "3.3 state 1", "6.3 state 2", "6.3 finish 0"}));
+}
+
+TEST(AutomaticPlayer, AnEndlessStallNeverEnds)
+{
+    PlayerRun run(lasting(4));
+    run.autoplay(true);
+    run.run_until(1.3);
+    PlayerNews news;
+    news.stall = std::numeric_limits<double>::infinity();
+    static_cast<SimulatedPlayer&>(*run.player).take(news);
+    run.player->play();
+    run.run_until(1e7);
+    EXPECT_EQ(run.player->playback_state(), MPMoviePlaybackStateInterrupted);
+    EXPECT_EQ(run.player->current_time(), 1);
+}
+
+TEST(AutomaticPlayer, ABrokenVideoFailsAgainWhenItIsPlayed)
+{
+    PlayerRun run(lasting(4));
+    run.autoplay(true);
+    run.run_until(1.3);
+    PlayerNews news;
+    news.broken = true;
+    static_cast<SimulatedPlayer&>(*run.player).take(news);
+    run.reports.clear();
+    run.run_until(2);
+    run.player->play();
+    run.run_until(3);
+    EXPECT_EQ(run.reports, (Reports{"1.3 state 0", "1.3 finish 1", "2 state 0", "2 finish 1"}));
 }
 
 TEST(AutomaticPlayer, AStallIsReportedAndThenItsEnd)

@@ -395,7 +395,8 @@ private:
             result_.not_covered.push_back("whether the viewer can leave from " + std::to_string(unexamined) +
                                           " states");
         if (!nothing_more_ && result_.complete_depth == options_.depth)
-            result_.not_covered.push_back("courses of more than " + std::to_string(options_.depth) + " moves");
+            result_.not_covered.push_back("courses of more than " + std::to_string(options_.depth) +
+                                          (options_.depth == 1 ? " move" : " moves"));
         for (const std::string& each : setup_.page.missing)
             result_.not_covered.push_back(each);
         result_.not_covered.emplace_back(
