@@ -4,6 +4,7 @@
 #include "formats/AdFolder.h"
 #include "formats/InputError.h"
 #include "platform/AddressParts.h"
+#include "workbench/check/Check.h"
 #include "workbench/report/MeasuredTexts.h"
 
 #include <CLI/CLI.hpp>
@@ -83,6 +84,31 @@ std::vector<std::string> remark_lines(const BaseScenario& base)
     return lines;
 }
 
+ReportedFinding::Severity severity_of(Severity severity)
+{
+    switch (severity) {
+    case Severity::Note:
+        return ReportedFinding::Severity::Note;
+    case Severity::Warning:
+        return ReportedFinding::Severity::Warning;
+    case Severity::Error:
+        break;
+    }
+    return ReportedFinding::Severity::Error;
+}
+
+/// What the check finds wrong with the ad, in any session.
+std::vector<ReportedFinding> findings_in(const BaseScenario& base)
+{
+    std::vector<ReportedFinding> findings;
+    for (const Finding& finding : check_ad(base, {}).findings)
+        findings.push_back(
+            {.rule = std::string(finding.rule),
+             .severity = severity_of(finding.severity),
+             .sentence = finding.path.empty() ? finding.sentence : finding.path + ": " + finding.sentence});
+    return findings;
+}
+
 } // namespace
 
 void add_report_options(CLI::App& command, ReportOptions& options)
@@ -121,6 +147,7 @@ int report_command(const ReportOptions& options)
     if (base.kind == InputKind::Scenario && !options.ad.parts.steps_file.empty())
         throw InputError("report", "", "a scenario has steps of its own: expected no --steps");
     ReportParts parts{.title = title_of(base.file), .scenario = base.scenario, .device = options.ad.parts.device};
+    parts.findings = findings_in(base);
     parts.remarks = remark_lines(base);
     if (options.measure)
         measure_texts(parts.scenario, options.measure);

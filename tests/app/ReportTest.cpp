@@ -37,6 +37,18 @@ TEST(ReportCommand, WritesTheSameToStandardOutput)
     EXPECT_EQ(printed.output, written.output);
 }
 
+TEST(ReportCommand, ListsWhatTheCheckFinds)
+{
+    const std::string ad = R"('{"strVideoUrl": "http://m/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
+        "portraitModeType": 1, "portraitVideoPos": 1, "bIsAutoStart": true, "iBufferingSufferTime": -1,
+        "iCloseBtnCountdown": 100}')";
+    const ShellResult checked = run_shell("echo " + ad + " | qoro-ad check - --format json");
+    const ShellResult reported = run_shell("echo " + ad + " | qoro-ad report - -o -");
+
+    EXPECT_THAT(checked.output, HasSubstr("close-"));
+    EXPECT_THAT(reported.output, HasSubstr(R"("rule":"close-)")) << reported.errors;
+}
+
 TEST(ReportCommand, RefusesWhatIsUnusableInOneLine)
 {
     for (const std::string line :

@@ -276,7 +276,11 @@ function addHead() {
     ["Requests of trackers", String(sent), ""],
     ["Due, never sent", String(lost), lost > 0 ? "bad" : ""],
     ["Main thread blocked", `${summary.mainThreadBlocked ?? 0} s`, summary.mainThreadBlocked > 0.1 ? "bad" : ""],
-    ["Findings", String(data.findings.length), data.findings.length > 0 ? "bad" : ""],
+    [
+      "Findings",
+      String(data.findings.length),
+      data.findings.some(({severity}) => severity !== "note") ? "bad" : "",
+    ],
   ];
   byId("figures").append(
     ...figures.map(([name, value, className]) =>
@@ -347,7 +351,7 @@ function addStory() {
 
 function addFindings() {
   const place = byId("findings");
-  if (data.findings.length === 0) place.append(html("p", {class: "good"}, "None in this session."));
+  if (data.findings.length === 0) place.append(html("p", {class: "good"}, "None."));
   else
     place.append(
       html(
