@@ -84,23 +84,23 @@ std::vector<std::string> remark_lines(const BaseScenario& base)
     return lines;
 }
 
-ReportedFinding::Severity severity_of(Severity severity)
+ListedFinding::Severity severity_of(Severity severity)
 {
     switch (severity) {
     case Severity::Note:
-        return ReportedFinding::Severity::Note;
+        return ListedFinding::Severity::Note;
     case Severity::Warning:
-        return ReportedFinding::Severity::Warning;
+        return ListedFinding::Severity::Warning;
     case Severity::Error:
         break;
     }
-    return ReportedFinding::Severity::Error;
+    return ListedFinding::Severity::Error;
 }
 
 /// What the check finds wrong with the ad, in any session.
-std::vector<ReportedFinding> findings_in(const BaseScenario& base)
+std::vector<ListedFinding> findings_in(const BaseScenario& base)
 {
-    std::vector<ReportedFinding> findings;
+    std::vector<ListedFinding> findings;
     for (const Finding& finding : check_ad(base, {}).findings)
         findings.push_back(
             {.rule = std::string(finding.rule),

@@ -330,10 +330,10 @@ TEST(Report, ListsFindingsWithTheirMoments)
 {
     ReportParts parts = parts_of(scenario_with("", WatchedToTheEnd));
     parts.findings = {{.rule = "close-late",
-                       .severity = ReportedFinding::Severity::Error,
+                       .severity = ListedFinding::Severity::Error,
                        .sentence = "The close comes late",
                        .at = 2 * Second},
-                      {.rule = "note", .severity = ReportedFinding::Severity::Note, .sentence = "A remark"}};
+                      {.rule = "note", .severity = ListedFinding::Severity::Note, .sentence = "A remark"}};
     const Json findings = Json::parse(report_data(parts))["findings"];
 
     ASSERT_EQ(findings.size(), 2U);

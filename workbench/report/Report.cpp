@@ -215,23 +215,23 @@ Json summary_json(const Summary& summary)
     return json;
 }
 
-std::string_view name_of(ReportedFinding::Severity severity)
+std::string_view name_of(ListedFinding::Severity severity)
 {
     switch (severity) {
-    case ReportedFinding::Severity::Note:
+    case ListedFinding::Severity::Note:
         return "note";
-    case ReportedFinding::Severity::Error:
+    case ListedFinding::Severity::Error:
         return "error";
-    case ReportedFinding::Severity::Warning:
+    case ListedFinding::Severity::Warning:
         break;
     }
     return "warning";
 }
 
-Json findings_json(const std::vector<ReportedFinding>& findings)
+Json findings_json(const std::vector<ListedFinding>& findings)
 {
     Json json = Json::array();
-    for (const ReportedFinding& finding : findings)
+    for (const ListedFinding& finding : findings)
         json.push_back({{"rule", finding.rule},
                         {"severity", name_of(finding.severity)},
                         {"sentence", finding.sentence},

@@ -13,7 +13,7 @@ namespace qoro
 {
 
 /// A fault of an ad, as its report lists it.
-struct ReportedFinding {
+struct ListedFinding {
     enum class Severity { Note, Warning, Error };
 
     /// Identifier of the rule.
@@ -40,7 +40,7 @@ struct ReportParts {
     ScenarioText scenario;
     /// For the heading and the safe areas; absent: a screen of the scenario's size, without any.
     std::optional<DeviceModel> device = {};
-    std::vector<ReportedFinding> findings = {};
+    std::vector<ListedFinding> findings = {};
     /// What is assumed, and what the ad contains without effect; a line each.
     std::vector<std::string> remarks = {};
     /// In the order of their positions; empty: the video is drawn as an empty area.
