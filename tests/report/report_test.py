@@ -55,7 +55,7 @@ class ReportTest(unittest.TestCase):
 
     def test_shows_every_part(self):
         for selector in ("#screen svg", "#story svg", "#figures dd", "#trace li", "#ledger tbody tr",
-                         "#matrix .card svg", ".lane.closes .item.close", ".trackers .item", "#findings p"):
+                         "#matrix .card svg", ".lane.closes .item.close", ".trackers .item", "#findings li"):
             self.assertGreater(self.browser.value(f"document.querySelectorAll('{selector}').length"), 0, selector)
         self.assertIn("5.4 s", self.text("#figures"))
 
