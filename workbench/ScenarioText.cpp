@@ -12,7 +12,7 @@ using detail::Json;
 
 /// Copied only: a move of JSON may throw.
 struct ScenarioText::Document {
-    Document() = default;
+    explicit Document(const Json& content = Json()) : json(content) {}
     Document(const Document&) = default;
     Document& operator=(const Document&) = default;
     ~Document() = default;

@@ -233,7 +233,8 @@ void Courses::add_buttons(std::vector<Course>& all, const CheckedSession& watche
         // The device has a program for every address.
         taps.set("/device/canOpen", R"([""])");
         taps.add_step(std::max(*at, taps.end()) + 0.1, "tap", json_text(button));
-        all.push_back(course("", watched_until(std::move(taps), taps.end() + 4)));
+        const double end = taps.end() + 4;
+        all.push_back(course("", watched_until(std::move(taps), end)));
     }
 }
 

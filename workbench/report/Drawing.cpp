@@ -26,7 +26,7 @@ using detail::Json;
 using Kind = ViewNode::Kind;
 
 /// A report is sent by mail: pictures beyond this are left out.
-constexpr std::size_t MostPictureBytes = 900 * 1000;
+constexpr std::size_t MostPictureBytes = 900'000;
 /// Below it a view cannot be seen.
 constexpr double LeastAlpha = 0.004;
 /// A button's title as a display draws it without a colour.
