@@ -80,6 +80,9 @@ TEST(CheckCommand, CounterexamplesAreScenariosForSimulate)
     const ShellResult run =
         run_shell("qoro-ad check " + folder.file("trap.json", Trap) + " --out " + folder.path("out"));
     EXPECT_EQ(run.status, 1) << run.errors;
+    EXPECT_NE(run.output.find("see:  qoro-ad simulate " + folder.path("out/close-never-1.json") + "  # at second 0\n"),
+              std::string::npos)
+        << run.output;
     const ShellResult replayed = run_shell("qoro-ad simulate " + folder.path("out/close-never-1.json") + " --summary");
     EXPECT_EQ(replayed.status, 0) << replayed.errors;
     EXPECT_NE(replayed.output.find("close button could be tapped    never"), std::string::npos) << replayed.output;
@@ -95,6 +98,7 @@ TEST(CheckCommand, JsonHasTheCounterexamples)
     EXPECT_EQ(finding["rule"], "close-never");
     EXPECT_EQ(finding["severity"], "error");
     EXPECT_EQ(finding["path"], "/ad/bIsEndedCloseBtn");
+    EXPECT_EQ(finding["at"], 0) << "seconds: the viewer waits from the opening on";
     EXPECT_TRUE(finding["counterexample"]["steps"].is_array());
 }
 
@@ -119,7 +123,9 @@ TEST(CheckCommand, SarifHasWhatTheStandardRequires)
         const Json& location = result["locations"][0];
         EXPECT_EQ(location["physicalLocation"]["artifactLocation"]["uri"], file);
         EXPECT_TRUE(location["logicalLocations"][0]["fullyQualifiedName"].is_string());
+        EXPECT_EQ(result.contains("properties"), result["ruleId"] == "close-never") << "a setting has no moment";
     }
+    EXPECT_EQ(sarif["results"][0]["properties"]["at"], 0);
 }
 
 TEST(CheckCommand, UnusableInputIsOneLineAndStatusTwo)

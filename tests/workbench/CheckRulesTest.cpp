@@ -52,6 +52,13 @@ const SeenControl* control(const Sight& sight, std::string_view name)
     return found == sight.controls.end() ? nullptr : &*found;
 }
 
+/// Whether a session has a line or a change of what the viewer sees at a moment.
+bool something_happens_at(std::int64_t moment, const SessionRecord& record)
+{
+    return std::ranges::find(record.lines, moment, &RecordedLine::at) != record.lines.end() ||
+           std::ranges::find(record.sights, moment, &Sight::at) != record.sights.end();
+}
+
 bool is_never_closable(const SessionRecord& record)
 {
     return record.summary.opened && record.end - *record.summary.opened >= 60'000'000 &&
@@ -240,9 +247,11 @@ TEST_P(CheckRules, AnAdWithTheFaultHasTheFindingAndItsCounterexampleShowsIt)
     EXPECT_EQ(finding->severity, rule_named(each.rule)->severity);
     EXPECT_FALSE(finding->cure.empty());
     EXPECT_EQ(finding->counterexample.empty(), each.shows == nullptr);
+    EXPECT_EQ(finding->at.has_value(), each.shows != nullptr);
     if (each.shows) {
         const SessionRecord replayed = record_session(ScenarioText(finding->counterexample).scenario());
         EXPECT_TRUE(each.shows(replayed)) << finding->sentence << '\n' << finding->counterexample;
+        EXPECT_TRUE(something_happens_at(*finding->at, replayed)) << *finding->at << '\n' << finding->counterexample;
     }
 }
 
@@ -307,6 +316,34 @@ TEST(Check, TheWorstFindingComesFirst)
         R"({"ad": {"strVideoTrackingUrl": "http://t/beat", "portraitVideoPos": 3, "strBrandIconUrl": "http://m/i.png"}})")));
     ASSERT_GT(findings.size(), 2U);
     EXPECT_TRUE(std::ranges::is_sorted(findings, std::ranges::greater(), &Finding::severity)) << text_of(findings);
+}
+
+TEST(Check, TheMomentOfAFindingIsThatOfItsCounterexample)
+{
+    const auto findings = found_in(base_of(changed(R"({"ad": {"bIsEndedCloseBtn": true, "iBufferingSufferTime": -1,
+            "dicTrackingUrls": {"midpoint": ["http://t/mid?r=[CACHEBUSTING]"]}}})")),
+                                   Severity::Error, {.devices = false});
+    const Finding* never = of_rule(findings, "close-never");
+    const Finding* macro = of_rule(findings, "macro-unreplaced");
+    ASSERT_TRUE(never && macro) << text_of(findings);
+    // The viewer waits from the opening on.
+    EXPECT_EQ(never->at, record_session(ScenarioText(never->counterexample).scenario()).summary.opened);
+    // Half of the video's 12 seconds; the position is checked once a second.
+    EXPECT_GE(macro->at, 6'000'000);
+    EXPECT_LE(macro->at, 7'500'000);
+}
+
+TEST(Check, OnlyFindingsThatASessionShowsHaveAMomentInIt)
+{
+    const BaseScenario base =
+        base_of(changed(R"({"ad": {"bIsEndedCloseBtn": true, "iBufferingSufferTime": -1, "bCanRotate": true,
+            "dicTrackingUrls": {"midpoint": ["http://t/mid?r=[CACHEBUSTING]"]}}})"));
+    const auto findings = found_in(base, Severity::Note, {.devices = false});
+    const auto moments = moments_in({.when = "", .scenario = base.scenario}, findings);
+    ASSERT_EQ(moments.size(), findings.size());
+    for (std::size_t i = 0; i < findings.size(); ++i)
+        // The video stalls only in courses of the check, and a setting needs no session.
+        EXPECT_EQ(moments[i].has_value(), findings[i].rule == "macro-unreplaced") << findings[i].rule;
 }
 
 TEST(Check, TheGuardShowsWhatAViewerGets)

@@ -63,7 +63,8 @@ std::vector<Suspicion> button_leads_nowhere(const CheckedSession& session)
             {.sentence = std::string(control == 0 ? "the first" : "the second") + " action button " +
                          (refusal.empty() ? "leads nowhere" : "creates a calendar event that is refused: " + refusal),
              .path = path_of_button(session, control),
-             .key = std::string(step->button)});
+             .key = std::string(step->button),
+             .at = step->at});
     }
     return suspicions;
 }
@@ -74,9 +75,10 @@ std::vector<Suspicion> button_not_shown(const CheckedSession& session)
     if (!ad || ad->bIsWebViewInFront || !session.opened())
         return {};
     std::array<bool, ActionButtons.size()> shown{};
-    bool played = false;
+    std::optional<std::int64_t> played;
     for (const Sight& sight : session.record().sights) {
-        played = played || sight.video;
+        if (sight.video && !played)
+            played = sight.at;
         for (std::size_t i = 0; i < ActionButtons.size(); ++i)
             shown[i] = shown[i] ||
                        std::ranges::find(sight.controls, ActionButtons[i], &SeenControl::name) != sight.controls.end();
@@ -87,7 +89,8 @@ std::vector<Suspicion> button_not_shown(const CheckedSession& session)
         return {};
     return {{.sentence = "only " + std::to_string(seen) + " of " + std::to_string(expected) +
                          " action buttons are shown on a device that can call and send messages",
-             .path = "/arrayButtonsInfo"}};
+             .path = "/arrayButtonsInfo",
+             .at = played}};
 }
 
 std::vector<Suspicion> main_thread_blocked(const CheckedSession& session)
@@ -95,9 +98,12 @@ std::vector<Suspicion> main_thread_blocked(const CheckedSession& session)
     const std::int64_t blocked = session.record().summary.blocked;
     if (blocked <= UnnoticedBlock)
         return {};
+    const auto fetch = std::ranges::find_if(
+        session.lines(), [](const CheckedLine& line) { return line.what == "fetch" && line.purpose == "brandIcon"; });
     return {{.sentence = "a brand icon that arrives after " + seconds_text(in_seconds(blocked)) +
                          " s blocks the application for as long",
-             .path = "/strBrandIconUrl"}};
+             .path = "/strBrandIconUrl",
+             .at = fetch == session.lines().end() ? session.record().summary.opened : fetch->at}};
 }
 
 } // namespace qoro

@@ -99,7 +99,7 @@ private:
         }
         Finding& finding = add(rule, suspicion);
         finding.cure = cure;
-        finding.counterexample = counterexample(rule, session, suspicion).text();
+        show(finding, rule, session, suspicion);
     }
 
     bool is_known(const Rule& rule, const Suspicion& suspicion) const
@@ -114,7 +114,8 @@ private:
                                     .sentence = suspicion.sentence,
                                     .file = base_.file,
                                     .path = place_of(suspicion.path),
-                                    .cure = std::string(rule.cure)});
+                                    .cure = std::string(rule.cure),
+                                    .key = suspicion.key});
         return result_.findings.back();
     }
 
@@ -167,21 +168,29 @@ private:
         return false;
     }
 
-    ScenarioText counterexample(const Rule& rule, const CheckedSession& session, const Suspicion& suspicion)
+    /// Adds the smallest session that shows a finding, and its moment.
+    void show(Finding& finding, const Rule& rule, const CheckedSession& session, const Suspicion& suspicion)
     {
         ShrinkLimits limits{.kept = Essential};
         if (const auto page = session.text().string("/ad/strWebViewUrl"))
             limits.kept.push_back(path_under("/net", *page));
         if (!suspicion.path.empty() && base_.kind != InputKind::Tag)
             limits.kept.push_back("/ad" + suspicion.path);
-        return shrink(
+        finding.at = suspicion.at;
+        const ScenarioText smallest = shrink(
             session.text(),
             [&](const ScenarioText& scenario) {
                 ++result_.sessions;
-                return std::ranges::any_of(rule.of_session(CheckedSession(session.course(), scenario)),
-                                           [&](const Suspicion& each) { return each.sentence == suspicion.sentence; });
+                const std::vector<Suspicion> left = rule.of_session(CheckedSession(session.course(), scenario));
+                const auto same = std::ranges::find(left, suspicion.sentence, &Suspicion::sentence);
+                if (same == left.end())
+                    return false;
+                // The last scenario that shows it is the smallest.
+                finding.at = same->at;
+                return true;
             },
             limits);
+        finding.counterexample = smallest.text();
     }
 
     const BaseScenario& base_;
@@ -197,6 +206,20 @@ private:
 CheckResult check_ad(const BaseScenario& base, const CheckOptions& options)
 {
     return Check(base, options).run();
+}
+
+std::vector<std::optional<std::int64_t>> moments_in(const Course& course, std::span<const Finding> findings)
+{
+    const CheckedSession session(course);
+    std::vector<std::optional<std::int64_t>> moments;
+    moments.reserve(findings.size());
+    for (const Finding& finding : findings) {
+        const Rule* rule = rule_named(finding.rule);
+        const auto shown = rule->of_session ? rule->of_session(session) : std::vector<Suspicion>();
+        const auto same = std::ranges::find(shown, finding.key, &Suspicion::key);
+        moments.push_back(same == shown.end() ? std::nullopt : same->at);
+    }
+    return moments;
 }
 
 } // namespace qoro

@@ -5,6 +5,9 @@
 #include "workbench/check/Finding.h"
 
 #include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <span>
 #include <vector>
 
 namespace qoro
@@ -21,5 +24,10 @@ struct CheckResult {
 /// Puts an ad through every course of events and asks every rule.
 /// @throws InputError for an invalid scenario
 CheckResult check_ad(const BaseScenario& base, const CheckOptions& options);
+
+/// When a course shows each of some findings, in microseconds since its start; absent for a finding that it does not
+/// show and for a fact that needs no session.
+/// @throws InputError for an invalid scenario
+std::vector<std::optional<std::int64_t>> moments_in(const Course& course, std::span<const Finding> findings);
 
 } // namespace qoro

@@ -25,6 +25,8 @@ constexpr std::size_t TouchesToClose = 3;
 
 /// A time in which the viewer cannot close the ad.
 struct Wait {
+    /// Microseconds since the session's start.
+    std::int64_t from = 0;
     double seconds = 0;
     /// Whether it lasts to the end of the session.
     bool to_the_end = false;
@@ -122,7 +124,8 @@ Wait longest_wait(const CheckedSession& session)
         const std::int64_t until = i < sights.size() ? sights[i].at : session.record().end;
         const double seconds = seconds_of_waiting(from, until, others);
         if (seconds > longest.seconds)
-            longest = {.seconds = seconds,
+            longest = {.from = from,
+                       .seconds = seconds,
                        .to_the_end = i == sights.size(),
                        .from_opening = from == session.record().summary.opened};
     }
@@ -154,7 +157,8 @@ std::vector<Suspicion> close_never(const CheckedSession& session)
         return {};
     return {{.sentence = in_course(session, wait.from_opening ? "the viewer can never close the ad"
                                                               : "the viewer can no longer close the ad"),
-             .path = deciding_path(session)}};
+             .path = deciding_path(session),
+             .at = wait.from}};
 }
 
 std::vector<Suspicion> close_late(const CheckedSession& session)
@@ -163,7 +167,8 @@ std::vector<Suspicion> close_late(const CheckedSession& session)
     if (wait.to_the_end || wait.seconds <= session.course().policy_seconds)
         return {};
     return {{.sentence = in_course(session, "the viewer cannot close the ad for " + seconds_text(wait.seconds) + " s"),
-             .path = deciding_path(session)}};
+             .path = deciding_path(session),
+             .at = wait.from}};
 }
 
 std::vector<Suspicion> close_ignored(const CheckedSession& session)
@@ -185,7 +190,8 @@ std::vector<Suspicion> close_ignored(const CheckedSession& session)
         return {};
     return {{.sentence = in_course(session, "the close button is touched " + std::to_string(touches) +
                                                 " times, and the ad does not close"),
-             .path = "/strWebViewUrl"}};
+             .path = "/strWebViewUrl",
+             .at = last}};
 }
 
 } // namespace qoro

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -33,8 +34,12 @@ struct Finding {
     std::string path = {};
     /// How to mend it; one sentence without a full stop.
     std::string cure = {};
+    /// What it concerns, for example a control: two findings of one rule differ in it.
+    std::string key = {};
     /// A scenario that shows it; empty for a fact that needs no session.
     std::string counterexample = {};
+    /// When the counterexample shows it, in microseconds since its start; absent for a fact that needs no session.
+    std::optional<std::int64_t> at = {};
 };
 
 } // namespace qoro

@@ -1,5 +1,6 @@
 #include "workbench/check/Output.h"
 
+#include "workbench/check/CheckedSession.h"
 #include "workbench/check/Rules.h"
 #include "workbench/detail/Json.h"
 
@@ -46,13 +47,19 @@ std::string sentence(std::string_view text)
     return std::string(text) + '.';
 }
 
+/// For the end of a shell's line.
+std::string moment_comment(const Finding& finding)
+{
+    return finding.at ? "  # at second " + seconds_text(in_seconds(*finding.at)) : std::string();
+}
+
 void append(std::string& out, const ReportedFinding& reported)
 {
     const Finding& finding = reported.finding;
     out += "  " + finding.file + ": " + (finding.path.empty() ? "" : finding.path + ": ") + finding.sentence + '\n';
     out += "    cure: " + finding.cure + '\n';
     if (!reported.counterexample_file.empty())
-        out += "    see:  qoro-ad simulate " + reported.counterexample_file + '\n';
+        out += "    see:  qoro-ad simulate " + reported.counterexample_file + moment_comment(finding) + '\n';
 }
 
 /// RFC 3986, section 3.3: characters of a path segment, and the slash.
@@ -94,6 +101,8 @@ Json result_json(const ReportedFinding& reported)
                 {"level", name_of(finding.severity)},
                 {"message", {{"text", sentence(finding.sentence) + " Cure: " + sentence(finding.cure)}}},
                 {"locations", Json::array({std::move(location)})}};
+    if (finding.at)
+        result["properties"] = {{"at", in_seconds(*finding.at)}};
     if (!reported.counterexample_file.empty())
         result["attachments"] =
             Json::array({{{"description", {{"text", "A session that shows it, for qoro-ad simulate"}}},
@@ -143,6 +152,7 @@ std::string json_of(std::span<const AdReport> reports)
             Json json{{"rule", finding.rule},         {"severity", name_of(finding.severity)},
                       {"sentence", finding.sentence}, {"file", finding.file},
                       {"path", finding.path},         {"cure", finding.cure}};
+            json["at"] = finding.at ? Json(in_seconds(*finding.at)) : Json();
             json["counterexample"] =
                 finding.counterexample.empty() ? Json() : Json::parse(finding.counterexample, nullptr, false);
             if (!each.counterexample_file.empty())

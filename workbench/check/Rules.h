@@ -3,6 +3,8 @@
 #include "workbench/BaseScenario.h"
 #include "workbench/check/Finding.h"
 
+#include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -21,6 +23,8 @@ struct Suspicion {
     std::string path = {};
     /// What it concerns, for example a control: suspicions of one rule with equal keys are one finding.
     std::string key = {};
+    /// When the session shows it, in microseconds since its start; absent for a fact that needs no session.
+    std::optional<std::int64_t> at = {};
 };
 
 /// A rule for ads.

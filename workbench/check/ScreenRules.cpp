@@ -8,6 +8,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <map>
 #include <utility>
@@ -110,6 +111,7 @@ std::vector<Suspicion> misplaced(const CheckedSession& session,
     struct Misplaced {
         std::string sentence;
         double seconds = 0;
+        std::int64_t from = 0;
     };
     std::map<std::string, Misplaced, std::less<>> found;
     const std::vector<Sight>& sights = session.record().sights;
@@ -120,15 +122,18 @@ std::vector<Suspicion> misplaced(const CheckedSession& session,
                 return;
             Misplaced& one = found[std::string(control.name)];
             one.seconds += in_seconds(session.end_of(i) - sights[i].at);
-            if (one.sentence.empty())
-                one.sentence = in_course(session, std::string(words) + ' ' + wrong + ' ' + device_text(session));
+            if (!one.sentence.empty())
+                return;
+            one.sentence = in_course(session, std::string(words) + ' ' + wrong + ' ' + device_text(session));
+            one.from = sights[i].at;
         });
     std::vector<Suspicion> suspicions;
     for (const auto& [name, one] : found)
         if (one.seconds >= UnnoticedMisplacement)
             suspicions.push_back({.sentence = one.sentence,
                                   .path = is_turned(session) ? "/landscapeModeType" : "/portraitVideoPos",
-                                  .key = name + (is_turned(session) ? " sideways" : " upright")});
+                                  .key = name + (is_turned(session) ? " sideways" : " upright"),
+                                  .at = one.from});
     return suspicions;
 }
 
@@ -193,7 +198,8 @@ std::vector<Suspicion> empty_screen(const CheckedSession& session)
         });
         return {{.sentence = in_course(session, ended ? "the screen is empty after the end of the video"
                                                       : "the screen is empty for more than a second"),
-                 .path = session.ad() && session.ad()->strVideoUrl.length() == 0 ? "" : "/strVideoUrl"}};
+                 .path = session.ad() && session.ad()->strVideoUrl.length() == 0 ? "" : "/strVideoUrl",
+                 .at = sights[first].at}};
     }
     return {};
 }

@@ -15,7 +15,8 @@ std::vector<Suspicion> tag_without_ad(const CheckedSession& session)
                 {.sentence = (line.act == "noAd" ? "the tag leads to no ad: " : "an ad of the tag cannot be played: ") +
                              line.why,
                  .path = line.path,
-                 .key = line.act + line.path + line.why});
+                 .key = line.act + line.path + line.why,
+                 .at = line.at});
     return suspicions;
 }
 
@@ -26,7 +27,8 @@ std::vector<Suspicion> tag_ignored(const CheckedSession& session)
         if (line.what == "vast" && line.act == "ignored")
             suspicions.push_back({.sentence = line.name + " has no effect: " + line.why,
                                   .path = line.path,
-                                  .key = line.path + line.why});
+                                  .key = line.path + line.why,
+                                  .at = line.at});
     return suspicions;
 }
 

@@ -42,6 +42,8 @@ struct Tracker {
     std::optional<std::size_t> milestone = {};
     /// The first line that sends it in the first play; null if there is none.
     const CheckedLine* sent = nullptr;
+    /// Microseconds: when the video was first seen at or behind the position; absent if it never was.
+    std::optional<std::int64_t> passed = {};
 };
 
 /// "/dicTrackingUrls/midpoint/0" → "midpoint".
@@ -93,6 +95,8 @@ struct FirstPlay {
     double duration = 0;
     /// The furthest position in seconds.
     double reached = 0;
+    /// Microseconds: its end, or the beginning of a replay.
+    std::int64_t until = 0;
     bool ended = false;
     /// Whether the session moves the position or changes the video.
     bool sought = false;
@@ -116,7 +120,11 @@ std::optional<FirstPlay> first_play(const CheckedSession& session)
         // A replay begins.
         if (play.ended && position < play.reached - CheckedEach)
             break;
+        play.until = line.at;
         play.reached = std::max(play.reached, position);
+        for (Tracker& tracker : play.trackers)
+            if (!tracker.passed && line.position && position >= tracker.due)
+                tracker.passed = line.at;
         if (line.what == "js" && line.event == "video_ended" && position >= video.duration - Tolerance)
             play.ended = true;
         if (is_tracker(line))
@@ -127,11 +135,25 @@ std::optional<FirstPlay> first_play(const CheckedSession& session)
     return play;
 }
 
-Suspicion of_tracker(const CheckedSession& session, const Tracker& tracker, const std::string& what)
+/// When an address is sent for the second time in a play, in microseconds; absent if it is not.
+std::optional<std::int64_t> second_sending(const CheckedSession& session, const FirstPlay& play,
+                                           const std::string& address)
+{
+    bool once = false;
+    for (const CheckedLine& line : session.lines())
+        if (line.at <= play.until && is_tracker(line) && line.url == address && std::exchange(once, true))
+            return line.at;
+    return std::nullopt;
+}
+
+/// @param at microseconds
+Suspicion of_tracker(const CheckedSession& session, const Tracker& tracker, const std::string& what,
+                     std::optional<std::int64_t> at)
 {
     return {.sentence = in_course(session, "the tracker of " + tracker.kind + ' ' + what),
             .path = tracker.path,
-            .key = tracker.path};
+            .key = tracker.path,
+            .at = at};
 }
 
 /// The tracker's place in the ad; empty for an address that is not the ad's, or for a tag.
@@ -168,7 +190,7 @@ std::vector<Suspicion> of_addresses(const CheckedSession& session, const std::st
         const std::string key = path.empty() ? line.event + wrong : path;
         if (std::ranges::find(suspicions, key, &Suspicion::key) == suspicions.end())
             suspicions.push_back(
-                {.sentence = "an address is sent with " + what + ' ' + wrong, .path = path, .key = key});
+                {.sentence = "an address is sent with " + what + ' ' + wrong, .path = path, .key = key, .at = line.at});
     }
     return suspicions;
 }
@@ -210,7 +232,8 @@ std::vector<Suspicion> tracker_never_sent(const CheckedSession& session)
     if (play && play->ended && !play->sought)
         for (const Tracker& tracker : play->trackers)
             if (!tracker.sent && (tracker.due < play->duration || tracker.kind == "complete"))
-                suspicions.push_back(of_tracker(session, tracker, "is never sent, though the video plays to its end"));
+                suspicions.push_back(of_tracker(session, tracker, "is never sent, though the video plays to its end",
+                                                tracker.passed.value_or(play->until)));
     return suspicions;
 }
 
@@ -226,7 +249,8 @@ std::vector<Suspicion> tracker_sent_twice(const CheckedSession& session)
             by_address[tracker.sent->url].push_back(&tracker);
     std::vector<Suspicion> suspicions;
     for (const auto& [address, trackers] : by_address) {
-        if (trackers.size() < 2)
+        const auto second = trackers.size() < 2 ? std::nullopt : second_sending(session, *play, address);
+        if (!second)
             continue;
         std::string kinds;
         for (const Tracker* each : trackers)
@@ -234,7 +258,8 @@ std::vector<Suspicion> tracker_sent_twice(const CheckedSession& session)
         suspicions.push_back({.sentence = in_course(session, "one address is sent " + std::to_string(trackers.size()) +
                                                                  " times in one play, for " + kinds),
                               .path = trackers.back()->path,
-                              .key = trackers.back()->path});
+                              .key = trackers.back()->path,
+                              .at = *second});
     }
     return suspicions;
 }
@@ -263,7 +288,8 @@ std::vector<Suspicion> tracker_late(const CheckedSession& session)
                        "is sent at position " + seconds_text(*tracker->sent->position) + " s of " +
                            seconds_text(play->duration) + " s, behind the next milestone; milestones are sent " +
                            seconds_text(all.front()) + " s to " + seconds_text(all.back()) +
-                           " s late, half of them more than " + seconds_text(all[(all.size() - 1) / 2]) + " s"));
+                           " s late, half of them more than " + seconds_text(all[(all.size() - 1) / 2]) + " s",
+                       tracker->sent->at));
     return suspicions;
 }
 
