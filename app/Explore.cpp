@@ -95,18 +95,7 @@ void add_explore_options(CLI::App& command, ExploreOptions& options)
     command.add_option("ad", options.file, "An ad file, an ad's folder or a scenario; - for standard input")
         ->type_name("AD")
         ->required();
-    command
-        .add_option_function<std::string>(
-            "--device",
-            [&options](const std::string& name) {
-                options.ad.parts.device = device_model(name);
-                if (!options.ad.parts.device)
-                    throw CLI::ValidationError("--device: expected a model's name as for play, or a size like 375x812, "
-                                               "got \"" +
-                                               name + "\"");
-            },
-            "The device: a model's name as for play, or the size of its screen in points")
-        ->type_name("MODEL|375x812");
+    add_device_option(command, options.ad.parts.device);
     command.add_option("--depth", search.depth, "Moves in a course, at most")
         ->check(CLI::Range(0, 64))
         ->capture_default_str();

@@ -1,8 +1,8 @@
 #include "app/Import.h"
 
+#include "app/SimulatedAd.h"
 #include "app/TagFetch.h"
 #include "formats/AdInput.h"
-#include "formats/DeviceModels.h"
 #include "formats/InputError.h"
 #include "vast/AdDescription.h"
 #include "vast/Describe.h"
@@ -19,7 +19,6 @@
 #include <filesystem>
 #include <fstream>
 #include <iostream>
-#include <optional>
 
 namespace qoro
 {
@@ -33,19 +32,9 @@ constexpr const char* Advice =
     "Wrappers are followed as a player follows them; no tracker is requested. docs/vast.md says what is supported.\n\n"
     "Exit status: 0; 1 the tag has no ad to write; 2 the tag is no VAST document, or an option is not usable.\n";
 
-std::optional<DeviceModel> device_of(const std::string& name)
-{
-    if (name.empty())
-        return std::nullopt;
-    const std::optional<DeviceModel> model = device_model(name);
-    if (!model)
-        throw InputError("--device", "", "expected a device's name or a size such as 375x812, got \"" + name + "\"");
-    return model;
-}
-
 vast::Resolution resolve(const ImportOptions& options)
 {
-    return fetch_tag(read_tag_input(options.tag), device_of(options.device)).resolution;
+    return fetch_tag(read_tag_input(options.tag), options.device).resolution;
 }
 
 /// What an ad file has for trackers of VAST: the controller's own lists, by the name of VAST's event.
@@ -176,8 +165,7 @@ void add_import_options(CLI::App& command, ImportOptions& options)
         .add_option("--out", options.out_folder,
                     "Write ad.json, page.html and left-out.txt into this folder, or folders ad-1, ad-2 … for a pod")
         ->type_name("DIR");
-    command.add_option("--device", options.device, "The device whose screen decides which file of the video is chosen")
-        ->type_name("NAME|WxH");
+    add_device_option(command, options.device, "The device whose screen decides which file of the video is chosen");
 }
 
 int import_command(const ImportOptions& options)

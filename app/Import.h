@@ -1,5 +1,8 @@
 #pragma once
 
+#include "formats/DeviceModels.h"
+
+#include <optional>
 #include <string>
 
 namespace CLI
@@ -14,8 +17,8 @@ namespace qoro
 struct ImportOptions {
     /// A file, "-" for standard input, or an http or https address.
     std::string tag;
-    /// A model's name or a size ("375x812"); empty when not given.
-    std::string device;
+    /// Its screen decides which media file is chosen.
+    std::optional<DeviceModel> device = {};
     /// Prints what the tag leads to instead of writing files.
     bool describe = false;
     /// Folder that the ads are written to.

@@ -127,18 +127,7 @@ void add_report_options(CLI::App& command, ReportOptions& options)
         .add_option("--steps", options.ad.parts.steps_file,
                     "What the viewer of an ad does: a JSON file; by default watches to the end, then closes the ad")
         ->type_name("FILE");
-    command
-        .add_option_function<std::string>(
-            "--device",
-            [&options](const std::string& name) {
-                options.ad.parts.device = device_model(name);
-                if (!options.ad.parts.device)
-                    throw CLI::ValidationError("--device: expected a model's name as for play, or a size like 375x812, "
-                                               "got \"" +
-                                               name + "\"");
-            },
-            "The device: a model's name as for play, or the size of its screen in points")
-        ->type_name("MODEL|375x812");
+    add_device_option(command, options.ad.parts.device);
 }
 
 int report_command(const ReportOptions& options)

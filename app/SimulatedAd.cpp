@@ -115,6 +115,22 @@ void add_answer_option(CLI::App& command, const std::string& name, const std::st
 
 } // namespace
 
+CLI::Option* add_device_option(CLI::App& command, std::optional<DeviceModel>& device, const std::string& what)
+{
+    return command
+        .add_option_function<std::string>(
+            "--device",
+            [&device](const std::string& name) {
+                device = device_model(name);
+                if (!device)
+                    throw CLI::ValidationError("--device: expected a model's name as for play, or a size like 375x812, "
+                                               "got \"" +
+                                               name + "\"");
+            },
+            what + ": a model's name as for play, or the size of its screen in points")
+        ->type_name("MODEL|375x812");
+}
+
 void add_simulated_ad_options(CLI::App& command, SimulatedAdOptions& options)
 {
     AdFaults& faults = options.parts.faults;
@@ -128,19 +144,7 @@ void add_simulated_ad_options(CLI::App& command, SimulatedAdOptions& options)
                     "What the viewer of --ad does: a JSON file; by default watches to the end, then closes the ad")
         ->type_name("FILE")
         ->needs(ad);
-    command
-        .add_option_function<std::string>(
-            "--device",
-            [&options](const std::string& name) {
-                options.parts.device = device_model(name);
-                if (!options.parts.device)
-                    throw CLI::ValidationError("--device: expected a model's name as for play, or a size like 375x812, "
-                                               "got \"" +
-                                               name + "\"");
-            },
-            "The device of --ad: a model's name as for play, or the size of its screen in points")
-        ->type_name("MODEL|375x812")
-        ->needs(ad);
+    add_device_option(command, options.parts.device, "The device of --ad")->needs(ad);
     command
         .add_option_function<std::vector<std::string>>(
             "--video",

@@ -10,7 +10,8 @@
 namespace CLI
 {
 class App;
-}
+class Option;
+} // namespace CLI
 
 namespace qoro
 {
@@ -26,6 +27,12 @@ struct SimulatedAdOptions {
     /// Where the trace is written; empty and "-" for standard output.
     std::string trace_file;
 };
+
+/// Adds --device, whose value parsing writes.
+/// @param device outlives the parsing
+/// @param what the device is, for the help
+CLI::Option* add_device_option(CLI::App& command, std::optional<DeviceModel>& device,
+                               const std::string& what = "The device");
 
 /// Adds the options, which parsing fills.
 /// @param options outlives the parsing
