@@ -97,15 +97,22 @@ ListedFinding::Severity severity_of(Severity severity)
     return ListedFinding::Severity::Error;
 }
 
-/// What the check finds wrong with the ad, in any session.
-std::vector<ListedFinding> findings_in(const BaseScenario& base)
+/// What the check finds wrong with the ad, in any session. Those that the report's own session shows have its moment.
+std::vector<ListedFinding> findings_in(const BaseScenario& base, const ReportParts& parts)
 {
+    Course reported{.when = "", .scenario = parts.scenario};
+    if (parts.device) {
+        reported.scenario.set_device(*parts.device);
+        reported.models = {*parts.device};
+    }
+    const std::vector<Finding> found = check_ad(base, {}).findings;
+    const auto moments = moments_in(reported, found);
     std::vector<ListedFinding> findings;
-    for (const Finding& finding : check_ad(base, {}).findings)
-        findings.push_back(
-            {.rule = std::string(finding.rule),
-             .severity = severity_of(finding.severity),
-             .sentence = finding.path.empty() ? finding.sentence : finding.path + ": " + finding.sentence});
+    for (std::size_t i = 0; i < found.size(); ++i)
+        findings.push_back({.rule = std::string(found[i].rule),
+                            .severity = severity_of(found[i].severity),
+                            .sentence = (found[i].path.empty() ? "" : found[i].path + ": ") + found[i].sentence,
+                            .at = moments[i]});
     return findings;
 }
 
@@ -136,7 +143,7 @@ int report_command(const ReportOptions& options)
     if (base.kind == InputKind::Scenario && !options.ad.parts.steps_file.empty())
         throw InputError("report", "", "a scenario has steps of its own: expected no --steps");
     ReportParts parts{.title = title_of(base.file), .scenario = base.scenario, .device = options.ad.parts.device};
-    parts.findings = findings_in(base);
+    parts.findings = findings_in(base, parts);
     parts.remarks = remark_lines(base);
     if (options.measure)
         measure_texts(parts.scenario, options.measure);

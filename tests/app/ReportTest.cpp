@@ -10,6 +10,7 @@
 namespace qoro::test
 {
 
+using testing::ContainsRegex;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -47,6 +48,21 @@ TEST(ReportCommand, ListsWhatTheCheckFinds)
 
     EXPECT_THAT(checked.output, HasSubstr("close-"));
     EXPECT_THAT(reported.output, HasSubstr(R"("rule":"close-)")) << reported.errors;
+}
+
+TEST(ReportCommand, AFindingThatTheReportsSessionShowsHasItsMoment)
+{
+    // The macro is sent in every session; the video stalls only in sessions of the check.
+    const std::string ad = R"('{"strVideoUrl": "http://m/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
+        "portraitModeType": 1, "portraitVideoPos": 1, "bIsAutoStart": true, "iBufferingSufferTime": -1,
+        "bIsEndedCloseBtn": true, "dicTrackingUrls": {"start": ["http://t/s?r=[CACHEBUSTING]"]}}')";
+    const ShellResult reported = run_shell("echo " + ad + " | qoro-ad report - -o -");
+
+    EXPECT_THAT(reported.output,
+                ContainsRegex(R"re("rule":"macro-unreplaced","severity":"error","sentence":"[^"]*","at":[0-9]+})re"))
+        << reported.errors;
+    EXPECT_THAT(reported.output,
+                ContainsRegex(R"re("rule":"close-never","severity":"error","sentence":"[^"]*","at":null})re"));
 }
 
 TEST(ReportCommand, RefusesWhatIsUnusableInOneLine)

@@ -365,7 +365,7 @@ function addFindings() {
             " ",
             at === null
               ? sentence
-              : html("a", {href: "#session", onclick: event => goThere(at, event)}, `${sentence} (${seconds(at)} s)`),
+              : html("a", {href: `#t=${at / 1e6}`, onclick: event => goThere(at, event)}, `${sentence} (${seconds(at)} s)`),
             " ",
             html("code", {}, rule)
           )
@@ -392,10 +392,17 @@ addControls();
 addFindings();
 addLedger(goThere);
 addMatrix();
-const named = /^#t=([\d.]+)$/.exec(location.hash);
-// Begins where the address says ("#t=9.8"), or else with a picture that shows something.
+/** The time that the address names ("#t=9.8"), in microseconds; null without one. */
+function namedTime() {
+  const named = /^#t=([\d.]+)$/.exec(location.hash);
+  return named && Number(named[1]) * 1e6;
+}
+
+// Begins where the address says, or else with a picture that shows something.
 setTime(
-  named
-    ? Number(named[1]) * 1e6
-    : (storyMoments().find(([, caption]) => /close can/.test(caption))?.[0] ?? moments.at(-1) / 2)
+  namedTime() ?? storyMoments().find(([, caption]) => /close can/.test(caption))?.[0] ?? moments.at(-1) / 2
 );
+addEventListener("hashchange", () => {
+  const time = namedTime();
+  if (time !== null) goThere(time);
+});
