@@ -42,7 +42,7 @@ function ledgerAsCsv(entries) {
 /** @param go called with the time of a tracker that is chosen */
 function addLedger(go) {
   const table = document.getElementById("ledger");
-  let entries = [...data.trackers];
+  const entries = [...data.trackers];
   let sorted = null;
   let descending = false;
   const body = html("tbody");
