@@ -9,6 +9,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -37,9 +38,6 @@ constexpr const char* Advice =
     "line\n"
     "on standard error says which, where and what was expected).\n";
 
-/// More would make a report too large for a mail.
-constexpr std::size_t MostStills = 24;
-
 void write_report(const std::string& path, const std::string& page)
 {
     if (path == "-") {
@@ -63,16 +61,19 @@ std::string title_of(const std::string& file)
     return name == "ad" && !folder.empty() ? folder : name.empty() ? file : name;
 }
 
-/// The file of an ad's video; empty when it is not in the ad's folder.
-std::string video_file(const BaseScenario& base)
+/// The file of a video in the folder of the input: the one that a scenario names as the host's copy, the one of the
+/// address's path, or the one of its name. Empty without one.
+std::string video_file(const BaseScenario& base, const std::string& address)
 {
-    const ScenarioText ad(base.kind == InputKind::Ad ? base.text : "{}");
-    const std::string address = ad.string("/strVideoUrl").value_or("");
-    if (address.empty() || !AddressParts(address).names_no_server())
-        return "";
     const std::filesystem::path folder = std::filesystem::absolute(base.file).parent_path();
-    const std::filesystem::path name = name_in_folder(address);
-    return is_file_in_folder(name, folder.string()) ? (folder / name).string() : "";
+    const std::string path(AddressParts(address).path());
+    const std::string below = path.substr(std::min(path.find_first_not_of('/'), path.size()));
+    for (const std::filesystem::path& name :
+         {std::filesystem::path(base.scenario.string(path_under("/host/cached", address)).value_or("")),
+          name_in_folder(below), name_in_folder(below).filename()})
+        if (!name.empty() && is_file_in_folder(name, folder.string()))
+            return (folder / name).string();
+    return "";
 }
 
 std::vector<std::string> remark_lines(const BaseScenario& base)
@@ -147,8 +148,11 @@ int report_command(const ReportOptions& options)
     parts.remarks = remark_lines(base);
     if (options.measure)
         measure_texts(parts.scenario, options.measure);
-    if (const std::string video = video_file(base); options.stills_of && !video.empty())
-        parts.stills = options.stills_of(video, MostStills);
+    if (options.stills_of)
+        parts.stills_of = [&](const std::string& address, std::size_t most) {
+            const std::string file = video_file(base, address);
+            return file.empty() ? std::vector<VideoStill>() : options.stills_of(file, most);
+        };
     write_report(options.out_file, report_page(parts.title, report_data(parts)));
     return 0;
 }

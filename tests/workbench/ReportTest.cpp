@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <set>
@@ -175,6 +176,54 @@ TEST(Report, ShowsWhenTheMainThreadIsBlocked)
         sum += each[1].get<std::int64_t>();
     EXPECT_EQ(static_cast<double>(sum), blocked.get<double>() * 1e6);
     EXPECT_EQ(report["answers"]["http://m/icon.png"]["after"], Second / 2);
+}
+
+TEST(Report, TheAdsOfAPodHaveVideosOfTheirOwn)
+{
+    const auto ad = [](const std::string& number) {
+        return "<Ad sequence=\"" + number +
+               "\"><InLine><AdSystem>s</AdSystem><AdTitle>t</AdTitle><AdServingId>i</AdServingId><Impression>http://t/i"
+               "</Impression><Creatives><Creative><Linear><Duration>00:00:05</Duration><MediaFiles><MediaFile "
+               "delivery=\"progressive\" type=\"video/mp4\" width=\"640\" height=\"360\">http://m/" +
+               number + ".mp4</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad>";
+    };
+    const Json tag = "<VAST version=\"4.2\">" + ad("1") + ad("2") + "</VAST>";
+    ReportParts parts = parts_of(
+        ScenarioText(R"({"ad": {"vast": "http://ads/tag"}, "net": {"http://ads/tag": {"body": )" + tag.dump() + R"(}},
+        "videos": {"http://m/1.mp4": {"duration": 5}, "http://m/2.mp4": {"duration": 3}},
+        "steps": [{"open": 0}, {"at": 30, "device": {}}]})"));
+    std::vector<std::size_t> most;
+    parts.stills_of = [&most](const std::string& address, std::size_t frames) {
+        most.push_back(frames);
+        return std::vector{VideoStill{.at = 0, .bytes = "\xff\xd8\xff" + address}};
+    };
+    const Json report = Json::parse(report_data(parts));
+
+    EXPECT_EQ(report["sources"], (Json{"http://m/1.mp4", "http://m/2.mp4"}));
+    EXPECT_EQ(most, (std::vector<std::size_t>{12, 12})) << "the frames are shared out";
+    ASSERT_EQ(report["stills"].size(), 2U);
+    EXPECT_EQ(report["stills"][0][2], 0);
+    EXPECT_EQ(report["stills"][1][2], 1);
+    EXPECT_NE(report["stills"][0][1], report["stills"][1][1]);
+    std::map<int, std::set<double>> durations;
+    for (const Json& point : report["video"])
+        if (point[3].get<double>() > 0)
+            durations[point[4].get<int>()].insert(point[3].get<double>());
+    EXPECT_EQ(durations, (std::map<int, std::set<double>>{{0, {5}}, {1, {3}}}));
+    for (const Json& entry : report["matrix"])
+        EXPECT_LT(entry["source"], 2);
+}
+
+TEST(Report, TheTrackersOfAnAdAreNotDueForTheVideoThatFollowsIt)
+{
+    const std::string ad = R"("dicTrackingUrls": {"midpoint": ["http://t/mid"]}, )";
+    const std::string next = R"({"at": 1, "script": ["playNextVideo", {"v_u": "http://m/2.mp4"}]}, )";
+
+    EXPECT_FALSE(tracker(report_of(scenario_with(ad, WatchedToTheEnd)), "midpoint")["due"].is_null());
+    const Json report = report_of(scenario_with(ad, next + WatchedToTheEnd));
+    EXPECT_EQ(report["sources"].size(), 2U);
+    EXPECT_EQ(valid_at(report["video"], 4 * Second)[4], 1);
+    EXPECT_TRUE(tracker(report, "midpoint")["due"].is_null());
 }
 
 // ----------------------------------------------------------------------------------------------------------- trackers

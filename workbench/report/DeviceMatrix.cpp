@@ -168,6 +168,7 @@ void open_on(MatrixEntry& entry, const ScenarioText& scenario, const DeviceModel
         VideoTrack video;
         video.look(simulation, entry.at);
         entry.position = video.points().front().position;
+        entry.source = video.sources().empty() ? "" : video.sources().front();
     });
 }
 

@@ -47,6 +47,8 @@ struct MatrixEntry {
     Drawing drawing;
     /// Position of the video then, in seconds.
     double position = 0;
+    /// Address of the video then; empty without one.
+    std::string source;
     std::vector<MisplacedControl> faults;
 };
 

@@ -9,6 +9,7 @@
 #include "workbench/report/Ledger.h"
 #include "workbench/report/VideoTrack.h"
 
+#include <algorithm>
 #include <cmath>
 #include <string_view>
 #include <utility>
@@ -25,6 +26,8 @@ using detail::Json;
 constexpr std::size_t LongestText = 600;
 /// Microseconds between two looks at the video, which advances without an event.
 constexpr std::int64_t LookEvery = 50000;
+/// Frames of all videos together. More would make a report too large for a mail.
+constexpr std::size_t MostStills = 24;
 
 /// Everything that the report shows of the session itself.
 struct Course {
@@ -182,7 +185,7 @@ Json video_json(const VideoTrack& video)
 {
     Json points = Json::array();
     for (const VideoTrack::Point& point : video.points())
-        points.push_back(Json::array({point.at, name_of(point.state), point.position, point.duration}));
+        points.push_back(Json::array({point.at, name_of(point.state), point.position, point.duration, point.source}));
     return points;
 }
 
@@ -259,7 +262,8 @@ std::string_view name_of(Holding holding)
     return "upright";
 }
 
-Json matrix_json(const std::vector<MatrixEntry>& entries)
+/// @param sources of the session's videos
+Json matrix_json(const std::vector<MatrixEntry>& entries, const std::vector<std::string>& sources)
 {
     Json json = Json::array();
     for (const MatrixEntry& entry : entries) {
@@ -278,6 +282,7 @@ Json matrix_json(const std::vector<MatrixEntry>& entries)
                         {"at", entry.at},
                         {"drawing", drawing_json(entry.drawing)},
                         {"position", entry.position},
+                        {"source", std::ranges::find(sources, entry.source) - sources.begin()},
                         {"faults", std::move(faults)}});
     }
     return json;
@@ -294,14 +299,19 @@ Json device_json(const ReportParts& parts, const Scenario& scenario)
             {"landscape", insets_json(model.landscape)}};
 }
 
-Json stills_json(const std::vector<VideoStill>& stills)
+Json stills_json(const ReportParts& parts, const std::vector<std::string>& sources)
 {
     Json json = Json::array();
-    for (const VideoStill& still : stills) {
-        const bool png = still.bytes.starts_with("\x89PNG");
-        json.push_back(Json::array(
-            {still.at, (png ? "data:image/png;base64," : "data:image/jpeg;base64,") + base64_of(still.bytes)}));
-    }
+    if (!parts.stills_of || sources.empty())
+        return json;
+    const std::size_t most = std::max<std::size_t>(MostStills / sources.size(), 1);
+    for (std::size_t source = 0; source < std::min(sources.size(), MostStills); ++source)
+        for (const VideoStill& still : parts.stills_of(sources[source], most)) {
+            const bool png = still.bytes.starts_with("\x89PNG");
+            json.push_back(Json::array(
+                {still.at, (png ? "data:image/png;base64," : "data:image/jpeg;base64,") + base64_of(still.bytes),
+                 source}));
+        }
     return json;
 }
 
@@ -358,10 +368,11 @@ std::string report_data(const ReportParts& parts)
               {"blocked", std::move(blocks)},
               {"answers", answers_json(scenario.world)},
               {"trackers", ledger_json(course, !scenario.tag.empty())},
-              {"matrix", matrix_json(matrix)},
+              {"matrix", matrix_json(matrix, course.video.sources())},
               {"views", parsed(draughtsman.views())},
               {"pictures", draughtsman.pictures()},
-              {"stills", stills_json(parts.stills)}};
+              {"stills", stills_json(parts, course.video.sources())},
+              {"sources", course.video.sources()}};
     return without_angle_brackets(data.dump(-1, ' ', false, Json::error_handler_t::replace));
 }
 

@@ -3,6 +3,7 @@
 #include "formats/DeviceModels.h"
 #include "workbench/ScenarioText.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -43,8 +44,9 @@ struct ReportParts {
     std::vector<ListedFinding> findings = {};
     /// What is assumed, and what the ad contains without effect; a line each.
     std::vector<std::string> remarks = {};
-    /// In the order of their positions; empty: the video is drawn as an empty area.
-    std::vector<VideoStill> stills = {};
+    /// Takes frames of the video of an address, at most so many, in the order of their positions; none of a video whose
+    /// file is not at hand, which is drawn as an area. May be empty.
+    std::function<std::vector<VideoStill>(const std::string& address, std::size_t most)> stills_of = {};
 };
 
 /// Simulates the session, and the ad on each device of the matrix.

@@ -73,12 +73,22 @@ double VideoTrack::position_at(const Point& point, std::int64_t at) const
     return advances_ && point.state == Playback::Playing ? point.position + since : point.position;
 }
 
+std::size_t VideoTrack::source_of(const std::string& address)
+{
+    const auto known = std::ranges::find(sources_, address);
+    const auto place = static_cast<std::size_t>(known - sources_.begin());
+    if (known == sources_.end())
+        sources_.push_back(address);
+    return place;
+}
+
 void VideoTrack::look(const Simulation& simulation, std::int64_t now)
 {
     const auto ad = simulation.living();
-    Point point{.at = now};
-    if (ad) {
+    Point point{.at = now, .source = points_.empty() ? 0 : points_.back().source};
+    if (ad && ad->qoroMoviePlayer) {
         const MPMoviePlayerController& player = ad->qoroMoviePlayer;
+        point.source = source_of(std::string(player.contentURL().absoluteString().text()));
         point.state = state_of(player);
         point.position = finite(player.currentPlaybackTime());
         point.duration = finite(player.duration());
@@ -90,13 +100,16 @@ void VideoTrack::look(const Simulation& simulation, std::int64_t now)
     }
     const Point& last = points_.back();
     const double expected = position_at(last, now);
-    const bool as_expected =
-        point.state == last.state && point.duration == last.duration && std::abs(point.position - expected) < Tolerance;
+    const bool same_video = point.source == last.source;
+    const bool as_expected = same_video && point.state == last.state && point.duration == last.duration &&
+                             std::abs(point.position - expected) < Tolerance;
     if (as_expected)
         return;
     // The course has changed since the last look: when is known from where the video is.
-    if (advances_ && last.state == Playback::Playing && point.state != Playback::Playing &&
-        point.state != Playback::Absent) {
+    if (!same_video) {
+        // Nothing is known of when the other one began.
+    } else if (advances_ && last.state == Playback::Playing && point.state != Playback::Playing &&
+               point.state != Playback::Absent) {
         const std::int64_t stopped = last.at + microseconds(point.position - last.position);
         if (stopped > looked && stopped < now)
             point.at = stopped;
@@ -125,6 +138,8 @@ std::vector<std::int64_t> VideoTrack::passings(const Position& position_in) cons
     std::vector<std::int64_t> times;
     for (std::size_t i = 0; i < points_.size(); ++i) {
         const Point& from = points_[i];
+        if (from.source != 0)
+            continue;
         const std::int64_t end = i + 1 < points_.size() ? points_[i + 1].at : looked_at_;
         const std::optional<double> position = position_in(from);
         if (!advances_) {

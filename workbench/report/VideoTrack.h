@@ -1,7 +1,9 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -29,6 +31,8 @@ public:
         double position = 0;
         /// Seconds; 0 while unknown.
         double duration = 0;
+        /// Place in sources(); without a player that of the video before.
+        std::size_t source = 0;
     };
 
     /// @param advances false for a player that acts only on news: its position is that of the last news
@@ -39,14 +43,17 @@ public:
 
     /// Those at which the course changes, in order of time.
     const std::vector<Point>& points() const { return points_; }
+    /// Addresses of the session's videos, in the order in which they were first seen: the ads of a tag and a page may
+    /// let others follow.
+    const std::vector<std::string>& sources() const { return sources_; }
     /// When the video first played; absent if never.
     std::optional<std::int64_t> started() const;
-    /// When playback passed a position, in seconds or as a part of the duration; each passing.
+    /// When playback of the first video passed a position, in seconds or as a part of the duration; each passing.
     /// @{
     std::vector<std::int64_t> passed(double position) const;
     std::vector<std::int64_t> passed_part(double part) const;
     /// @}
-    /// When playback came to the end; each time.
+    /// When playback of the first video came to the end; each time.
     std::vector<std::int64_t> ended() const { return passed_part(1); }
 
 private:
@@ -55,9 +62,11 @@ private:
 
     /// The position of a video at a time after one of its points.
     double position_at(const Point& point, std::int64_t at) const;
+    std::size_t source_of(const std::string& address);
 
     const bool advances_;
     std::vector<Point> points_;
+    std::vector<std::string> sources_;
     /// The last look.
     std::int64_t looked_at_ = 0;
 };

@@ -39,16 +39,17 @@ function indexAt(entries, time) {
 /** What the video does at a time of the session. */
 function videoAt(time) {
   const point = data.video[indexAt(data.video, time)];
-  if (!point) return {state: "absent", position: 0, duration: 0};
-  const [at, state, position, duration] = point;
-  return {state, position: data.advances && state === "playing" ? position + (time - at) / 1e6 : position, duration};
+  if (!point) return {state: "absent", position: 0, duration: 0, source: 0};
+  const [at, state, position, duration, source] = point;
+  const now = data.advances && state === "playing" ? position + (time - at) / 1e6 : position;
+  return {state, position: now, duration, source};
 }
 
-/** The frame of the video nearest to a position in seconds; absent without frames. */
-function stillAt(position) {
+/** The frame of a video, as videoAt(), nearest to its position; absent without frames. */
+function stillOf({position, source}) {
   let best;
   for (const still of data.stills)
-    if (!best || Math.abs(still[0] - position) < Math.abs(best[0] - position)) best = still;
+    if (still[2] === source && (!best || Math.abs(still[0] - position) < Math.abs(best[0] - position))) best = still;
   return best && best[1];
 }
 
@@ -200,7 +201,7 @@ function drawSpinner(width, height) {
 }
 
 function drawVideo(view, width, height, video) {
-  const still = view.playable && stillAt(video.position);
+  const still = view.playable && stillOf(video);
   if (still)
     return svg("image", {
       href: still,

@@ -71,8 +71,7 @@ function drawScreen() {
   const shown = screenAt(session.now);
   const sight = sightAt(session.now);
   const touch = touches.find(([at]) => session.now >= at && session.now - at < touchLasts);
-  const video =
-    data.stills.length > 0 ? stillAt(videoAt(session.now).position) : videoAt(session.now).position.toFixed(1);
+  const video = stillOf(shown.video) ?? shown.video.position.toFixed(1);
   const options = `${byId("show-taps").checked} ${byId("show-safe").checked}`;
   const state = [shown.turn, shown.views, touch, sight.tap, options].join("|");
   if (state === session.drawn && video === session.video) return;

@@ -140,7 +140,7 @@ function deviceCard(entry) {
     screen: entry.screen,
     turn: entry.drawing[0],
     views: entry.drawing[1],
-    video: {state: "paused", position: entry.position, duration: 0},
+    video: {state: "paused", position: entry.position, duration: 0, source: entry.source},
     phone: entry.phone,
     insets: entry.insets,
     marks: entry.faults.filter(fault => fault.frame).map(fault => [fault.frame, `mark ${fault.fault}`]),
