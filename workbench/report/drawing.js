@@ -55,8 +55,9 @@ function stillOf({position, source}) {
 
 const pageTitle = (() => {
   const line = data.lines.find(([, fields]) => fields.what === "page" && fields.html);
-  const found = line && /<title>([^<]*)/i.exec(line[1].html);
-  return found ? found[1].trim() : "";
+  const found = line && /<title>[^<]*/i.exec(line[1].html);
+  // Only to read entities: the whole page would break this one's policy with its styles.
+  return found ? new DOMParser().parseFromString(found[0], "text/html").title : "";
 })();
 
 // ------------------------------------------------------------------------------------------------------------- texts
@@ -225,7 +226,8 @@ function drawVideo(view, width, height, video) {
       "text",
       {
         x: width / 2,
-        y: height / 2 + 5,
+        // Above the button in the middle.
+        y: height * 0.3,
         "font-size": 14,
         "font-family": fontFamily,
         fill: "#c9d3f5",

@@ -115,7 +115,7 @@ function spanItems(found, className, textOf) {
     to,
     className: className(key),
     text: textOf(key),
-    lines: [],
+    lines: linesAt(from),
     label: `${textOf(key)}: ${seconds(from)} s to ${seconds(to)} s`,
   }));
 }

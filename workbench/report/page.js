@@ -111,18 +111,22 @@ function addTrace() {
   byId("trace").append(...rows);
 }
 
-/** Shows lines of the trace whole. */
+/** Shows lines of the trace whole, below a label. */
 function showLines(lines, label = "") {
   const most = 8;
   const texts = lines.slice(0, most).map(n => lineText(data.lines[n]));
   if (lines.length > most) texts.push(`and ${lines.length - most} more`);
-  byId("line").textContent = texts.join("\n") || label;
+  // The label of a single line is the line itself.
+  if (label && label !== texts[0]) texts.unshift(label);
+  byId("line").textContent = texts.join("\n");
 }
 
 function followTrace() {
   const last = indexAt(data.lines, session.now);
   if (last === session.line) return;
-  for (let n = 0; n < rows.length; ++n) rows[n].classList.toggle("past", n <= last);
+  const before = session.line ?? -1;
+  for (let n = Math.min(before, last) + 1; n <= Math.max(before, last); ++n)
+    rows[n].classList.toggle("past", n <= last);
   rows[session.line]?.classList.remove("current");
   rows[session.line]?.removeAttribute("aria-current");
   session.line = last;
