@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
-// Tests of `qoro-ad report`, run through the shell.
+// Tests of `qoro-ad report`, run through the shell. The first one lets the sanitizers watch a whole report.
 
 namespace qoro::test
 {
@@ -29,7 +30,7 @@ TEST(ReportCommand, WritesOneFileThatIsAPage)
 
 TEST(ReportCommand, WritesTheSameToStandardOutput)
 {
-    const std::string command = "qoro-ad report examples/simulator/first-session.json -o ";
+    const std::string command = program_as_shipped() + " report examples/simulator/first-session.json -o ";
     const ShellResult printed = run_shell(command + "-");
     const ShellResult written =
         run_shell("folder=$(mktemp -d) && " + command + "$folder/r.html && cat $folder/r.html && rm -r $folder");
@@ -43,8 +44,8 @@ TEST(ReportCommand, ListsWhatTheCheckFinds)
     const std::string ad = R"('{"strVideoUrl": "http://m/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
         "portraitModeType": 1, "portraitVideoPos": 1, "bIsAutoStart": true, "iBufferingSufferTime": -1,
         "iCloseBtnCountdown": 100}')";
-    const ShellResult checked = run_shell("echo " + ad + " | qoro-ad check - --format json");
-    const ShellResult reported = run_shell("echo " + ad + " | qoro-ad report - -o -");
+    const ShellResult checked = run_shell("echo " + ad + " | " + program_as_shipped() + " check - --format json");
+    const ShellResult reported = run_shell("echo " + ad + " | " + program_as_shipped() + " report - -o -");
 
     EXPECT_THAT(checked.output, HasSubstr("close-"));
     EXPECT_THAT(reported.output, HasSubstr(R"("rule":"close-)")) << reported.errors;
@@ -67,12 +68,12 @@ TEST(ReportCommand, AFindingThatTheReportsSessionShowsHasItsMoment)
 
 TEST(ReportCommand, RefusesWhatIsUnusableInOneLine)
 {
-    for (const std::string line :
-         {"qoro-ad report no-such.json -o -", "echo '{\"ad\": 1}' | qoro-ad report - -o -",
-          "qoro-ad report examples/simulator/first-session.json", "qoro-ad report",
-          "qoro-ad report examples/simulator/first-session.json -o /no/such/folder/r.html",
-          "qoro-ad report examples/simulator/first-session.json --device toaster -o -",
-          "qoro-ad report examples/simulator/first-session.json --steps examples/demo/steps.json -o -"}) {
+    for (const std::string& line : std::vector<std::string>{
+             "qoro-ad report no-such.json -o -", "echo '{\"ad\": 1}' | qoro-ad report - -o -",
+             "qoro-ad report examples/simulator/first-session.json", "qoro-ad report",
+             program_as_shipped() + " report examples/simulator/first-session.json -o /no/such/folder/r.html",
+             "qoro-ad report examples/simulator/first-session.json --device toaster -o -",
+             "qoro-ad report examples/simulator/first-session.json --steps examples/demo/steps.json -o -"}) {
         const ShellResult result = run_shell(line);
         EXPECT_EQ(result.status, 2) << line;
         EXPECT_EQ(lines_of(result.errors).size(), 1U) << line << ": " << result.errors;
@@ -83,7 +84,7 @@ TEST(ReportCommand, RefusesWhatIsUnusableInOneLine)
 TEST(ReportCommand, TakesTheDeviceOfTheSession)
 {
     const ShellResult result =
-        run_shell("qoro-ad report examples/simulator/first-session.json --device iphone-15 -o -");
+        run_shell(program_as_shipped() + " report examples/simulator/first-session.json --device iphone-15 -o -");
 
     EXPECT_EQ(result.status, 0) << result.errors;
     EXPECT_THAT(result.output, HasSubstr(R"("device":{"name":"iphone-15","screen":[393.0,852.0])"));

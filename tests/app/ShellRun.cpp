@@ -48,6 +48,15 @@ ShellResult run_shell(const std::string& line, const std::string& input)
     return result;
 }
 
+std::string program_as_shipped()
+{
+#ifdef QORO_AD_AS_SHIPPED
+    return quoted(QORO_AD_AS_SHIPPED);
+#else
+    return quoted(QORO_AD);
+#endif
+}
+
 std::vector<std::string> lines_of(const std::string& text)
 {
     std::vector<std::string> lines;

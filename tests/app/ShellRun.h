@@ -18,6 +18,10 @@ struct ShellResult {
 /// @param input text for standard input
 ShellResult run_shell(const std::string& line, const std::string& input = "");
 
+/// The program without sanitizers, for runs that they would slow down twentyfold, and that another test lets them
+/// watch: as a word of a shell's line.
+std::string program_as_shipped();
+
 /// The lines of a text, without line ends.
 std::vector<std::string> lines_of(const std::string& text);
 
