@@ -1,27 +1,105 @@
-"""Chromium without a window, driven by its DevTools protocol through a pipe: no port is opened."""
+"""Browsers without a window: Chromium by its DevTools protocol through a pipe, and Firefox by WebDriver BiDi."""
 
 import base64
 import json
 import os
+import re
 import shutil
 import subprocess
 import tempfile
 import time
+
+try:
+    import websocket
+except ImportError:
+    websocket = None
+
+# Where a browser reports a violation of the page's security policy differs; the page's own event does not.
+WATCH = "addEventListener('securitypolicyviolation', event => " \
+        "(globalThis.violations ??= []).push(`${event.violatedDirective}: ${event.blockedURI}`))"
 
 
 class Browser:
     """One page. Collects what its console reports, and every request that it makes."""
 
     PATIENCE = 60
+    # Name of the program.
+    PROGRAM = ""
 
-    def __init__(self, program="chromium", width=1360, height=900):
+    @classmethod
+    def missing(cls):
+        """What this machine lacks to run the browser; empty if nothing."""
+        return "" if shutil.which(cls.PROGRAM) else f"{cls.PROGRAM} is not installed"
+
+    def __init__(self):
         self.profile = tempfile.mkdtemp()
+        self.serial = 0
+        self.events = []
+
+    def __enter__(self):
+        return self
+
+    def __exit__(self, *_):
+        try:
+            self._end()
+            self.process.wait(10)
+        except Exception:
+            self.process.kill()
+            self.process.wait()
+        shutil.rmtree(self.profile, ignore_errors=True)
+
+    def _answer(self, serial):
+        """Receives until a call is answered; keeps the events that arrive before."""
+        while True:
+            message = self._receive()
+            if message.get("id") == serial:
+                return message
+            if "method" in message:
+                self.events.append(message)
+
+    def wait_for(self, condition):
+        end = time.monotonic() + self.PATIENCE
+        while not self.value(condition):
+            if time.monotonic() > end:
+                raise RuntimeError(f"not so after {self.PATIENCE} s: {condition}")
+            time.sleep(0.02)
+
+    def click(self, selector):
+        """As a viewer of the page: what lies over the element receives the click."""
+        self.value(f"document.querySelector({json.dumps(selector)}).scrollIntoView({{block: 'center'}})")
+        x, y = self.value(f"(box => [box.x + box.width / 2, box.y + box.height / 2])"
+                          f"(document.querySelector({json.dumps(selector)}).getBoundingClientRect())")
+        self._click_at(round(x), round(y))
+
+    def point_at(self, selector):
+        """Moves the mouse over an element."""
+        self.value(f"document.querySelector({json.dumps(selector)}).scrollIntoView({{block: 'center'}})")
+        x, y = self.value(f"(box => [box.x + box.width / 2, box.y + box.height / 2])"
+                          f"(document.querySelector({json.dumps(selector)}).getBoundingClientRect())")
+        self._move_to(round(x), round(y))
+
+    def violations(self):
+        """Of the page's security policy."""
+        return self.value("globalThis.violations ?? []")
+
+    def _foreign(self, addresses):
+        """Without the page's own file and its own data."""
+        return [address for address in addresses if not address.startswith(("file:", "data:", "about:"))]
+
+
+class Chromium(Browser):
+    PROGRAM = "chromium"
+    KEY_CODES = {"ArrowLeft": 37, "ArrowUp": 38, "ArrowRight": 39, "ArrowDown": 40, "Home": 36, "End": 35, "Tab": 9,
+                 "Enter": 13, "PageUp": 33, "PageDown": 34, " ": 32}
+
+    def __init__(self):
+        super().__init__()
         # The browser reads from descriptor 3 and writes to 4.
         to_browser, self.output = os.pipe()
         self.input, from_browser = os.pipe()
-        options = [program, "--headless", "--remote-debugging-pipe", "--no-first-run", "--hide-scrollbars",
+        options = [self.PROGRAM, "--headless", "--remote-debugging-pipe", "--no-first-run", "--hide-scrollbars",
                    "--disable-gpu", "--disable-dev-shm-usage", "--disable-background-networking",
-                   f"--user-data-dir={self.profile}", f"--window-size={width},{height}"]
+                   f"--user-data-dir={self.profile}", "--window-size=1360,900"]
         if os.geteuid() == 0:
             # Chromium has no sandbox for root; the page is our own file.
             options.append("--no-sandbox")
@@ -37,28 +115,18 @@ class Browser:
         os.close(to_browser)
         os.close(from_browser)
         self.unread = b""
-        self.serial = 0
-        self.events = []
         self.session = None
         target = self.call("Target.createTarget", url="about:blank")["targetId"]
         self.session = self.call("Target.attachToTarget", targetId=target, flatten=True)["sessionId"]
         for domain in ("Page", "Runtime", "Log", "Network"):
             self.call(f"{domain}.enable")
+        self.call("Page.addScriptToEvaluateOnNewDocument", source=WATCH)
 
-    def __enter__(self):
-        return self
-
-    def __exit__(self, *_):
-        try:
-            self.session = None
-            self.call("Browser.close")
-            self.process.wait(10)
-        except Exception:
-            self.process.kill()
-            self.process.wait()
+    def _end(self):
+        self.session = None
+        self.call("Browser.close")
         os.close(self.input)
         os.close(self.output)
-        shutil.rmtree(self.profile, ignore_errors=True)
 
     def _receive(self):
         while b"\0" not in self.unread:
@@ -78,14 +146,10 @@ class Browser:
         text = json.dumps(request).encode() + b"\0"
         while text:
             text = text[os.write(self.output, text):]
-        while True:
-            message = self._receive()
-            if message.get("id") == self.serial:
-                if "error" in message:
-                    raise RuntimeError(f"{method}: {message['error']['message']}")
-                return message["result"]
-            if "method" in message:
-                self.events.append(message)
+        answer = self._answer(self.serial)
+        if "error" in answer:
+            raise RuntimeError(f"{method}: {answer['error']['message']}")
+        return answer["result"]
 
     def open(self, path):
         self.call("Page.navigate", url="file://" + os.path.abspath(path))
@@ -100,22 +164,20 @@ class Browser:
             raise RuntimeError(details.get("exception", {}).get("description", details["text"]))
         return result["result"].get("value")
 
-    def wait_for(self, condition):
-        end = time.monotonic() + self.PATIENCE
-        while not self.value(condition):
-            if time.monotonic() > end:
-                raise RuntimeError(f"not so after {self.PATIENCE} s: {condition}")
-            time.sleep(0.02)
-
-    def press(self, key, code=None, text=""):
+    def press(self, key, shift=False):
+        text = {"Enter": "\r", " ": " "}.get(key, "")
         for kind in ("keyDown", "keyUp"):
-            self.call("Input.dispatchKeyEvent", type=kind, key=key, code=code or key,
-                      text=text if kind == "keyDown" else "",
-                      windowsVirtualKeyCode={"ArrowLeft": 37, "ArrowRight": 39, "Home": 36, "End": 35, "Tab": 9,
-                                             "Enter": 13, " ": 32}.get(key, 0))
+            self.call("Input.dispatchKeyEvent", type=kind, key=key, code="Space" if key == " " else key,
+                      text=text if kind == "keyDown" else "", modifiers=8 if shift else 0,
+                      windowsVirtualKeyCode=self.KEY_CODES.get(key, 0))
 
-    def click(self, selector):
-        self.value(f"document.querySelector({json.dumps(selector)}).click()")
+    def _move_to(self, x, y):
+        self.call("Input.dispatchMouseEvent", type="mouseMoved", x=x, y=y)
+
+    def _click_at(self, x, y):
+        self._move_to(x, y)
+        for kind in ("mousePressed", "mouseReleased"):
+            self.call("Input.dispatchMouseEvent", type=kind, x=x, y=y, button="left", clickCount=1)
 
     def emulate(self, media="", **features):
         """For example media="print", or prefers_color_scheme="dark"."""
@@ -135,9 +197,14 @@ class Browser:
         with open(path, "wb") as file:
             file.write(base64.b64decode(picture["data"]))
 
+    def print(self, path):
+        """As a PDF file."""
+        with open(path, "wb") as file:
+            file.write(base64.b64decode(self.call("Page.printToPDF", printBackground=True)["data"]))
+
     def complaints(self):
         """Texts of the console's errors and warnings, of exceptions and of violations of the security policy."""
-        texts = []
+        texts = self.violations()
         for event in self.events:
             parameters = event["params"]
             if event["method"] == "Runtime.exceptionThrown":
@@ -150,6 +217,142 @@ class Browser:
 
     def requests(self):
         """Addresses that the page requested, without its own file and its own data."""
-        addresses = [event["params"]["request"]["url"] for event in self.events
-                     if event["method"] == "Network.requestWillBeSent"]
-        return [address for address in addresses if not address.startswith(("file:", "data:", "about:"))]
+        return self._foreign(event["params"]["request"]["url"] for event in self.events
+                             if event["method"] == "Network.requestWillBeSent")
+
+
+class Firefox(Browser):
+    """Listens on the loopback interface only, at a port that the system chooses."""
+
+    PROGRAM = "firefox-esr"
+    # Code points of WebDriver (section 17.4.2) for keys that write nothing.
+    KEYS = {"ArrowLeft": "\ue012", "ArrowUp": "\ue013", "ArrowRight": "\ue014", "ArrowDown": "\ue015", "Home": "\ue011",
+            "End": "\ue010", "Tab": "\ue004", "Enter": "\ue007", "PageUp": "\ue00e", "PageDown": "\ue00f"}
+    SHIFT = "\ue008"
+
+    @classmethod
+    def missing(cls):
+        return super().missing() or ("" if websocket else "python3-websocket is not installed")
+
+    def __init__(self):
+        super().__init__()
+        log = os.path.join(self.profile, "log")
+        with open(os.path.join(self.profile, "user.js"), "w") as preferences:
+            # No start page, whose requests would be mixed with those of the report.
+            preferences.write('user_pref("browser.startup.page", 0);\nuser_pref("ui.prefersReducedMotion", 0);\n')
+        with open(log, "w") as output:
+            # Colours, motion and paper are set in the browser's own context: BiDi has no commands for them.
+            self.process = subprocess.Popen(
+                [self.PROGRAM, "--headless", "--no-remote", "--profile", self.profile, "--remote-debugging-port=0",
+                 "--remote-allow-system-access"], stdout=output, stderr=output)
+        end = time.monotonic() + self.PATIENCE
+        while not (address := re.search(r"listening on (ws://\S+)", open(log).read())):
+            if self.process.poll() is not None or time.monotonic() > end:
+                raise RuntimeError("Firefox does not listen: " + open(log).read()[-500:])
+            time.sleep(0.05)
+        self.socket = websocket.create_connection(address.group(1) + "/session", timeout=2 * self.PATIENCE,
+                                                  suppress_origin=True)
+        self.call("session.new", capabilities={})
+        self.page = self.call("browsingContext.getTree")["contexts"][0]["context"]
+        self.window = self.call("browsingContext.getTree", **{"moz:scope": "chrome"})["contexts"][0]["context"]
+        self.call("session.subscribe", events=["log.entryAdded", "network.beforeRequestSent"], contexts=[self.page])
+        self.call("script.addPreloadScript", functionDeclaration=f"() => {WATCH}")
+        # The address line has the keyboard focus at first.
+        self._evaluate(self.window, "gBrowser.selectedBrowser.focus()")
+
+    def _end(self):
+        self.call("browser.close")
+        self.socket.close()
+
+    def _receive(self):
+        text = self.socket.recv()
+        if not text:
+            raise RuntimeError("the browser has ended")
+        return json.loads(text)
+
+    def call(self, method, **parameters):
+        """Calls a method of the protocol and returns its result."""
+        self.serial += 1
+        self.socket.send(json.dumps({"id": self.serial, "method": method, "params": parameters}))
+        answer = self._answer(self.serial)
+        if answer["type"] == "error":
+            raise RuntimeError(f"{method}: {answer['message']}")
+        return answer["result"]
+
+    def open(self, path):
+        self.call("browsingContext.navigate", context=self.page, url="file://" + os.path.abspath(path), wait="complete")
+
+    def _evaluate(self, context, expression):
+        result = self.call("script.evaluate", expression=expression, target={"context": context}, awaitPromise=True,
+                           userActivation=True, resultOwnership="none")
+        if result["type"] == "exception":
+            raise RuntimeError(result["exceptionDetails"]["text"])
+        return self._plain(result["result"])
+
+    @classmethod
+    def _plain(cls, value):
+        """A remote value of BiDi; None for what is no data."""
+        kind, content = value["type"], value.get("value")
+        if kind == "array":
+            return [cls._plain(each) for each in content]
+        if kind == "object" and content is not None:
+            return {key: cls._plain(each) for key, each in content}
+        if kind == "number":
+            return float(content) if isinstance(content, str) else content
+        return content if kind in ("string", "boolean") else None
+
+    def value(self, expression):
+        """The value of a JavaScript expression; a promise's when it is settled."""
+        return self._evaluate(self.page, expression)
+
+    def press(self, key, shift=False):
+        actions = [{"type": kind, "value": self.KEYS.get(key, key)} for kind in ("keyDown", "keyUp")]
+        if shift:
+            actions = [{"type": "keyDown", "value": self.SHIFT}, *actions, {"type": "keyUp", "value": self.SHIFT}]
+        self._perform("key", actions)
+
+    def _perform(self, kind, actions):
+        self.call("input.performActions", context=self.page, actions=[{"type": kind, "id": kind, "actions": actions}])
+
+    def _move_to(self, x, y):
+        self._perform("pointer", [{"type": "pointerMove", "x": x, "y": y}])
+
+    def _click_at(self, x, y):
+        self._perform("pointer", [{"type": "pointerMove", "x": x, "y": y}, {"type": "pointerDown", "button": 0},
+                                  {"type": "pointerUp", "button": 0}])
+
+    def emulate(self, media="", prefers_color_scheme="light", prefers_reduced_motion="no-preference"):
+        """For example media="print", or prefers_color_scheme="dark"."""
+        reduced = int(prefers_reduced_motion == "reduce")
+        self._evaluate(self.window, f"""
+            Services.prefs.setIntPref("ui.prefersReducedMotion", {reduced});
+            gBrowser.selectedBrowser.browsingContext.prefersColorSchemeOverride = {json.dumps(prefers_color_scheme)};
+            gBrowser.selectedBrowser.browsingContext.mediumOverride = {json.dumps(media)};""")
+
+    def resize(self, width, height, scale=1):
+        self.call("browsingContext.setViewport", context=self.page, viewport={"width": width, "height": height},
+                  devicePixelRatio=scale)
+
+    def screenshot(self, path, top=0, height=None):
+        """The page from a line on, whether or not the window shows it."""
+        width, whole = self.value("[document.documentElement.clientWidth, document.documentElement.scrollHeight]")
+        clip = {"type": "box", "x": 0, "y": top, "width": width, "height": min(height or whole, whole - top)}
+        picture = self.call("browsingContext.captureScreenshot", context=self.page, origin="document", clip=clip)
+        with open(path, "wb") as file:
+            file.write(base64.b64decode(picture["data"]))
+
+    def print(self, path):
+        """As a PDF file."""
+        with open(path, "wb") as file:
+            file.write(base64.b64decode(self.call("browsingContext.print", context=self.page, background=True)["data"]))
+
+    def complaints(self):
+        """Texts of the console's errors and warnings, of exceptions and of violations of the security policy."""
+        return self.violations() + [event["params"]["text"] for event in self.events
+                                    if event["method"] == "log.entryAdded"
+                                    and event["params"]["level"] in ("error", "warn")]
+
+    def requests(self):
+        """Addresses that the page requested, without its own file and its own data."""
+        return self._foreign(event["params"]["request"]["url"] for event in self.events
+                             if event["method"] == "network.beforeRequestSent")
