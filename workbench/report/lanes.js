@@ -265,7 +265,7 @@ function addLanes(show, go) {
   const place = document.getElementById("lanes");
   for (const lane of allLanes()) {
     const list = html("ol", {class: "track", "aria-label": lane.name});
-    for (const item of lane.items) {
+    lane.items.forEach((item, n) => {
       const button = html("button", {
         type: "button",
         class: `item ${item.className}`,
@@ -280,10 +280,12 @@ function addLanes(show, go) {
       // A text that would be cut off says nothing.
       if (item.text && percent(item.to) - percent(item.from) > 0.85 * item.text.length)
         button.append(html("span", {}, item.text));
-      if (item.lines.length > 1 && item.to === undefined)
+      // A figure needs room before the next point.
+      const room = (n + 1 < lane.items.length ? percent(lane.items[n + 1].from) : 101) - percent(item.from);
+      if (item.lines.length > 1 && item.to === undefined && room > 0.9)
         button.append(html("span", {class: "count"}, String(item.lines.length)));
       list.append(html("li", {}, button));
-    }
+    });
     const buttons = [...list.querySelectorAll("button")];
     if (buttons.length > 0) buttons[0].tabIndex = 0;
     list.addEventListener("keydown", event => {
