@@ -22,7 +22,7 @@ SECOND = 1000000
 
 
 def make_reports(program, folder):
-    """Of the demo ad, and of a session in which much goes wrong: their paths."""
+    """Of the demo ad, of a session in which much goes wrong, and of two ads in a row: their paths."""
     demo = os.path.join(SOURCES, "examples", "demo")
     scenario = os.path.join(folder, "demo.json")
     # A build without the desktop cannot read the video: the duration is given.
@@ -30,7 +30,8 @@ def make_reports(program, folder):
                     "--steps", os.path.join(demo, "steps.json"), "--video", "duration=14",
                     "--write-scenario", scenario], check=True, stdout=subprocess.DEVNULL)
     paths = {}
-    for name, source in (("demo", scenario), ("rough", os.path.join(HERE, "rough.json"))):
+    for name, source in (("demo", scenario), ("rough", os.path.join(HERE, "rough.json")),
+                         ("pod", os.path.join(HERE, "pod.json"))):
         paths[name] = os.path.join(folder, name + ".html")
         subprocess.run([program, "report", source, "-o", paths[name]], check=True)
     return paths
@@ -397,6 +398,19 @@ class PageOfARoughSession(ReportCase):
         texts = self.value("[...document.querySelectorAll('#screen text')].map(each => each.textContent)")
         self.assertIn("Lamps & more", texts)
         self.assertIn("the ad's page", texts)
+
+
+class PageOfAPod(ReportCase):
+    report = "pod"
+
+    def test_tells_the_story_of_both_ads(self):
+        story = self.value("[...document.querySelectorAll('#story button')].map(each => each.innerText)")
+        self.assertEqual(len([each for each in story if "next video" in each]), 1, story)
+        self.assertEqual(len([each for each in story if "closed" in each]), 1, story)
+        self.assertIn("10.0 s", story[-1])
+        closed = self.value("[...document.querySelectorAll('#figures div')].map(each => each.innerText)"
+                            ".filter(each => each.startsWith('Closed'))")
+        self.assertEqual(closed, ["Closed\n10.0 s"])
 
 
 class PageForEveryReader(ReportCase):

@@ -266,6 +266,7 @@ function addHead() {
   byId("device").textContent =
     `${device.name ? modelName(device.name) : device.phone ? "Phone" : "Tablet"}, ` +
     `${device.screen[0]} × ${device.screen[1]} points. ${data.lines.length} lines of trace, ${seconds(sessionEnd)} s.`;
+  const closed = closedAt();
   const due = data.trackers.filter(({due, sent}) => due !== null || sent !== null);
   const sent = data.trackers.filter(entry => entry.sent !== null).length;
   const lost = due.filter(entry => entry.sent === null).length;
@@ -275,7 +276,7 @@ function addHead() {
       time(summary.closeButtonTappable),
       data.sights.some(([, sight]) => sight.close) ? "" : "bad",
     ],
-    ["Closed", time(summary.closed), ""],
+    ["Closed", closed === undefined ? "never" : `${seconds(closed)} s`, ""],
     ["Requests of trackers", String(sent), ""],
     ["Due, never sent", String(lost), lost > 0 ? "bad" : ""],
     ["Main thread blocked", `${summary.mainThreadBlocked ?? 0} s`, summary.mainThreadBlocked > 0.1 ? "bad" : ""],
@@ -290,6 +291,12 @@ function addHead() {
       html("div", {class: className}, html("dt", {}, name), html("dd", {}, value))
     )
   );
+}
+
+/** When the session's last ad closed; absent if it stays open, or never opened. */
+function closedAt() {
+  const last = data.sights.map(([, sight]) => sight.open).lastIndexOf(true);
+  return last < 0 ? undefined : data.sights[last + 1]?.[0];
 }
 
 /** The moments that a person would ask for first: [time, caption, time of the picture]. */
@@ -328,8 +335,12 @@ function storyMoments() {
     ([, state, position, duration]) => state !== "playing" && duration > 0 && position >= duration - 0.01
   );
   add(end?.[0], "video ends");
-  const open = data.sights.findIndex(([, sight]) => sight.open);
-  const closed = data.sights.find(([, sight], n) => n > open && open >= 0 && !sight.open)?.[0];
+  data.video.forEach(([at, , , , source], n) => {
+    if (n === 0 || source === data.video[n - 1][4] || found.length > 9) return;
+    const plays = data.video.find(([later, state], m) => m >= n && later >= at && state === "playing");
+    add(at, "next video", plays?.[0]);
+  });
+  const closed = closedAt();
   if (closed !== undefined) found.push([closed, "closed", closed - 1]);
   return found.sort((a, b) => a[0] - b[0]);
 }
