@@ -226,9 +226,9 @@ class Firefox(Browser):
 
     PROGRAM = "firefox-esr"
     # Code points of WebDriver (section 17.4.2) for keys that write nothing.
-    KEYS = {"ArrowLeft": "\ue012", "ArrowUp": "\ue013", "ArrowRight": "\ue014", "ArrowDown": "\ue015", "Home": "\ue011",
-            "End": "\ue010", "Tab": "\ue004", "Enter": "\ue007", "PageUp": "\ue00e", "PageDown": "\ue00f"}
-    SHIFT = "\ue008"
+    KEYS = {"ArrowLeft": 0xE012, "ArrowUp": 0xE013, "ArrowRight": 0xE014, "ArrowDown": 0xE015, "Home": 0xE011,
+            "End": 0xE010, "Tab": 0xE004, "Enter": 0xE007, "PageUp": 0xE00E, "PageDown": 0xE00F}
+    SHIFT = 0xE008
 
     @classmethod
     def missing(cls):
@@ -306,9 +306,9 @@ class Firefox(Browser):
         return self._evaluate(self.page, expression)
 
     def press(self, key, shift=False):
-        actions = [{"type": kind, "value": self.KEYS.get(key, key)} for kind in ("keyDown", "keyUp")]
+        actions = [{"type": kind, "value": chr(self.KEYS.get(key, ord(key[0])))} for kind in ("keyDown", "keyUp")]
         if shift:
-            actions = [{"type": "keyDown", "value": self.SHIFT}, *actions, {"type": "keyUp", "value": self.SHIFT}]
+            actions = [{"type": "keyDown", "value": chr(self.SHIFT)}, *actions, {"type": "keyUp", "value": chr(self.SHIFT)}]
         self._perform("key", actions)
 
     def _perform(self, kind, actions):
