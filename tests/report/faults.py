@@ -27,6 +27,8 @@ FAULTS = [
     ("name of an item", '"aria-label": item.label,', ""),
     ("name of the picture", '"The device\'s screen"', "undefined"),
     ("value of the slider", 'scrubber.setAttribute("aria-valuetext"', 'scrubber.setAttribute("data-text"'),
+    ("announcement of a step", 'byButton ? "polite" : "off"', '"off"'),
+    ("announcements while playing", '  byId("now").setAttribute("aria-live", "off");\n', ""),
     ("live region", ' aria-live="polite"', ""),
     ("status region", ' role="status"', ""),
     ("level of a heading", '<h2 id="matrix-heading">', '<h2 hidden></h2><h2 id="other">'),

@@ -84,7 +84,9 @@ function drawScreen() {
       name === "btnClose" ? "tappable close" : "tappable",
     ]);
   shown.touch = touch && touch[1];
-  byId("screen").replaceChildren(drawDevice(shown, "The device's screen"));
+  const device = drawDevice(shown, "The device's screen");
+  device.setAttribute("aria-describedby", "now");
+  byId("screen").replaceChildren(device);
   byId("screen").className = Math.abs(shown.turn) % 180 === 90 ? "turned" : "";
 }
 
@@ -156,6 +158,9 @@ function setTime(time) {
 
 function step(direction) {
   pause();
+  // A slider says its own value; the buttons beside it say nothing of the moment to which they lead.
+  const byButton = ["back", "on"].includes(document.activeElement?.id);
+  byId("now").setAttribute("aria-live", byButton ? "polite" : "off");
   const next = direction > 0 ? moments.find(at => at > session.now) : moments.findLast(at => at < session.now);
   setTime(next ?? session.now);
 }
@@ -169,6 +174,7 @@ function pause() {
 function play() {
   if (session.now >= sessionEnd) setTime(0);
   session.playing = true;
+  byId("now").setAttribute("aria-live", "off");
   byId("play").setAttribute("aria-label", "Pause");
   byId("play").classList.add("playing");
   let before = performance.now();

@@ -75,7 +75,11 @@ function addLedger(go) {
         const row = html("tr", {class: outcomeOf(entry).replace(" ", "-")});
         for (const column of ledgerColumns) {
           const text = cellText(column, entry);
-          const cell = html("td", {class: column.time ? "number" : column.address ? "address" : ""});
+          const isFirst = column === ledgerColumns[0];
+          const cell = html(isFirst ? "th" : "td", {
+            class: column.time ? "number" : column.address ? "address" : "",
+            scope: isFirst && "row",
+          });
           if (column.time && text && column.name !== "Late, s")
             cell.append(html("a", {href: "#session", onclick: event => go(column.of(entry), event)}, text));
           else cell.append(column.name === "Outcome" ? html("span", {class: "outcome"}, text) : text || "–");
