@@ -61,21 +61,6 @@ std::string title_of(const std::string& file)
     return name == "ad" && !folder.empty() ? folder : name.empty() ? file : name;
 }
 
-/// The file of a video in the folder of the input: the one that a scenario names as the host's copy, the one of the
-/// address's path, or the one of its name. Empty without one.
-std::string video_file(const BaseScenario& base, const std::string& address)
-{
-    const std::filesystem::path folder = std::filesystem::absolute(base.file).parent_path();
-    const std::string path(AddressParts(address).path());
-    const std::string below = path.substr(std::min(path.find_first_not_of('/'), path.size()));
-    for (const std::filesystem::path& name :
-         {std::filesystem::path(base.scenario.string(path_under("/host/cached", address)).value_or("")),
-          name_in_folder(below), name_in_folder(below).filename()})
-        if (!name.empty() && is_file_in_folder(name, folder.string()))
-            return (folder / name).string();
-    return "";
-}
-
 std::vector<std::string> remark_lines(const BaseScenario& base)
 {
     std::vector<std::string> lines;
@@ -118,6 +103,19 @@ std::vector<ListedFinding> findings_in(const BaseScenario& base, const ReportPar
 }
 
 } // namespace
+
+std::string video_file(const BaseScenario& base, const std::string& address)
+{
+    const std::filesystem::path folder = std::filesystem::absolute(base.file).parent_path();
+    const std::string path(AddressParts(address).path());
+    const std::string below = path.substr(std::min(path.find_first_not_of('/'), path.size()));
+    for (const std::filesystem::path& name :
+         {std::filesystem::path(base.scenario.string(path_under("/host/cached", address)).value_or("")),
+          name_in_folder(below), name_in_folder(below).filename()})
+        if (!name.empty() && is_file_in_folder(name, folder.string()))
+            return (folder / name).string();
+    return "";
+}
 
 void add_report_options(CLI::App& command, ReportOptions& options)
 {

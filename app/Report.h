@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/SimulatedAd.h"
+#include "workbench/BaseScenario.h"
 #include "workbench/report/Report.h"
 
 #include <functional>
@@ -28,6 +29,11 @@ struct ReportOptions {
     /// Measures a text as the desktop draws it. Empty: this build cannot.
     std::function<CGSize(const std::string& text, const FontSpec& font)> measure = {};
 };
+
+/// The file of a video in the folder of the input: the one that a scenario names as the host's copy, the one of the
+/// address's path, or the one of its name.
+/// @return its path; empty without such a file, and for one that a link or ".." leads out of the folder
+std::string video_file(const BaseScenario& base, const std::string& address);
 
 /// Adds the command's options, which parsing fills.
 /// @param options outlives the parsing
