@@ -42,6 +42,7 @@ FAULTS = [
     ("reduced motion of the player", "calm.matches\n        ? moments[", "false\n        ? moments["),
     ("reduced motion of the style", "@media (prefers-reduced-motion: no-preference)", "@media all"),
     ("time in the address", "/^#t=([\\d.]+)$/", "/^#nothing=(x)$/"),
+    ("another time in the address", 'addEventListener("hashchange"', 'addEventListener("none"'),
     ("moment of the story", "onclick: () => goThere(time)", "onclick: () => {}"),
     ("end of a pod", ".lastIndexOf(true)", ".indexOf(true)"),
     ("next video", 'add(at, "next video", plays?.[0]);', ""),
@@ -86,11 +87,11 @@ FAULTS = [
     ("markup in a text", "  element.append(...children.filter(child => child !== null && child !== undefined));\n"
      "  return element;\n}\n\n/** Index", "  for (const child of children) if (child instanceof Node) element.append(child);"
      " else element.insertAdjacentHTML('beforeend', child);\n  return element;\n}\n\n/** Index"),
-    ("request against the policy", "addMatrix();\nconst named", "addMatrix(); fetch('http://127.0.0.1:9/').catch(() => 0);"
-     "\nconst named"),
-    ("request by a loose policy", "default-src 'none'", "default-src *", "addMatrix();\nconst named",
-     "addMatrix(); fetch('http://127.0.0.1:9/').catch(() => 0);\nconst named"),
-    ("exception", "addMatrix();\nconst named", "addMatrix(); setTimeout(() => missing());\nconst named"),
+    ("request against the policy", "addMatrix();\n/** The time", "addMatrix(); fetch('http://127.0.0.1:9/').catch(() => 0);"
+     "\n/** The time"),
+    ("request by a loose policy", "default-src 'none'", "default-src *", "addMatrix();\n/** The time",
+     "addMatrix(); fetch('http://127.0.0.1:9/').catch(() => 0);\n/** The time"),
+    ("exception", "addMatrix();\n/** The time", "addMatrix(); setTimeout(() => missing());\n/** The time"),
     ("contrast", "--quiet: #5d5f70", "--quiet: #a5a7b0"),
     ("contrast in the dark", "--quiet: #a9abc0", "--quiet: #55565f"),
     ("dark colours", "@media (prefers-color-scheme: dark)", "@media (width: 0)"),

@@ -198,6 +198,8 @@ class PageOfTheDemo(ReportCase):
         self.value("location.hash = '#t=9.8'; location.reload()")
         self.browser.wait_for("document.readyState === 'complete' && "
                               "document.getElementById('scrubber')?.value === '9800000'")
+        self.value("location.hash = '#t=5'")
+        self.browser.wait_for("document.getElementById('scrubber').value === '5000000'")
 
     def test_plays_at_the_chosen_speed(self):
         # A clock of its own, which this test moves.
@@ -377,6 +379,13 @@ class PageOfARoughSession(ReportCase):
         rows = self.value("[...document.querySelectorAll('#ledger tbody tr')].map(row => row.innerText)")
         self.assertTrue([row for row in rows if "thirdQuartile" in row and "never sent" in row], rows)
         self.assertTrue([row for row in rows if "complete" in row and "not due" in row], rows)
+
+    def test_a_finding_of_the_session_leads_to_its_moment(self):
+        link = "#findings li:has(code:not(:empty)) a"
+        self.assertIn("not percent-encoded", self.text(link))
+        self.assertEqual(self.value(f"document.querySelector('{link}').getAttribute('href')"), "#t=1.3")
+        self.browser.click(link)
+        self.assertEqual(self.now(), 1.3)
 
     def test_copies_the_ledger_as_csv(self):
         self.value("Object.defineProperty(navigator, 'clipboard', {value: "
