@@ -87,10 +87,10 @@ FAULTS = [
     ("markup in a text", "  element.append(...children.filter(child => child !== null && child !== undefined));\n"
      "  return element;\n}\n\n/** Index", "  for (const child of children) if (child instanceof Node) element.append(child);"
      " else element.insertAdjacentHTML('beforeend', child);\n  return element;\n}\n\n/** Index"),
-    ("request against the policy", "addMatrix();\n/** The time", "addMatrix(); fetch('http://127.0.0.1:9/').catch(() => 0);"
+    ("request against the policy", "addMatrix();\n/** The time", "addMatrix(); fetch('http://127.0.0.1:49999/').catch(() => 0);"
      "\n/** The time"),
     ("request by a loose policy", "default-src 'none'", "default-src *", "addMatrix();\n/** The time",
-     "addMatrix(); fetch('http://127.0.0.1:9/').catch(() => 0);\n/** The time"),
+     "addMatrix(); fetch('http://127.0.0.1:49999/').catch(() => 0);\n/** The time"),
     ("exception", "addMatrix();\n/** The time", "addMatrix(); setTimeout(() => missing());\n/** The time"),
     ("contrast", "--quiet: #5d5f70", "--quiet: #a5a7b0"),
     ("contrast in the dark", "--quiet: #a9abc0", "--quiet: #55565f"),
