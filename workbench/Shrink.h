@@ -19,9 +19,14 @@ struct ShrinkLimits {
 };
 
 /// Removes steps, properties of the ad, answers of the network and everything else from a scenario, and shortens its
-/// time, as long as a predicate holds. Deterministic. Scenarios that are invalid are not passed to the predicate.
+/// time, as long as a predicate holds. Deterministic. No scenario is tried twice, and none that is invalid.
+///
+/// If the limit was not reached, nothing more can go: the predicate fails if any step, any two steps, or any other
+/// value is removed; if a step is replaced by one that does nothing (`"device": {}`); if a body of an answer is
+/// emptied; and if the time before a step is left out or shortened to the next whole second, for this step or all that
+/// follow as well.
 /// @param scenario one for which the predicate holds
-/// @return a scenario for which the predicate holds; if the limit was not reached, none of its parts can be removed
+/// @return a scenario for which the predicate holds
 ScenarioText shrink(ScenarioText scenario, const std::function<bool(const ScenarioText&)>& shows,
                     const ShrinkLimits& limits = {});
 

@@ -1,11 +1,13 @@
 #include "workbench/Shrink.h"
 
 #include "workbench/SessionRecord.h"
+#include "workbench/expression/Holds.h"
 
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
+#include <vector>
 
 namespace qoro
 {
@@ -74,6 +76,59 @@ TEST(Shrink, TheLimitOfTrialsIsKeptAndTheResultStillShowsIt)
                                       {.trials = 5});
     EXPECT_LE(trials, 5U);
     EXPECT_TRUE(sends_mute(small));
+}
+
+TEST(Shrink, FiveHundredStepsComeDownToThoseThatMatterAndNothingMoreCanGo)
+{
+    const ExpressionNode expression = parse_expression("line request url=\"*/mute\"", "test");
+    std::size_t sessions = 0;
+    const auto shows = [&](const ScenarioText& scenario) {
+        ++sessions;
+        return holds(expression, scenario.scenario());
+    };
+    const ScenarioText whole = long_session(500);
+    ASSERT_EQ(whole.steps(), 500U);
+    const ScenarioText small = shrink(whole, shows, {.trials = 100'000});
+    EXPECT_LE(small.steps(), 3U) << small.text();
+    EXPECT_LT(sessions, 500U) << "about as many as a search by halves takes, not one for each step";
+    EXPECT_EQ(shrink(whole, shows, {.trials = 100'000}), small) << "deterministic";
+    for (const char* part : {"/ad/strVideoUrl", "/ad/bIsAutoStart", "/ad/arrayMuteTrackingUrls"}) {
+        ScenarioText less = small;
+        less.remove(part);
+        EXPECT_TRUE(less == small || !shows(less)) << part;
+    }
+    for (const std::string& step : small.children("/steps")) {
+        ScenarioText less = small;
+        less.remove(step);
+        EXPECT_FALSE(shows(less)) << step << '\n' << small.text();
+    }
+}
+
+TEST(Shrink, StepsThatOnlyGoTogetherGoTogether)
+{
+    ScenarioText scenario(R"({"ad": {}, "steps": [{"app": "background"}, {"at": 1, "interrupt": 1},
+        {"at": 2, "app": "foreground"}, {"at": 3, "device": {}}, {"at": 4, "interrupt": 0}]})");
+    // Odd numbers of each step do not show it.
+    const auto shows = [](const ScenarioText& text) {
+        const std::string json = text.text();
+        const auto has = [&](const char* part) { return json.find(part) != std::string::npos; };
+        return has("background") == has("foreground") && has("\"interrupt\": 1") == has("\"interrupt\": 0");
+    };
+    ASSERT_TRUE(shows(scenario));
+    EXPECT_EQ(shrink(scenario, shows).steps(), 0U);
+}
+
+TEST(Shrink, NoScenarioIsTriedTwice)
+{
+    std::vector<std::string> tried;
+    shrink(long_session(30),
+           [&](const ScenarioText& scenario) {
+               tried.push_back(scenario.text());
+               return scenario.text().find("btnMute") != std::string::npos;
+           },
+           {.trials = 5000});
+    std::ranges::sort(tried);
+    EXPECT_EQ(std::ranges::adjacent_find(tried), tried.end());
 }
 
 } // namespace qoro
