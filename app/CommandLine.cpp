@@ -57,6 +57,8 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     add_check_options(*app_.add_subcommand("check"), check_);
     explore_.ad = simulate_.ad;
     add_explore_options(*app_.add_subcommand("explore"), explore_);
+    shrink_.ad = simulate_.ad;
+    add_shrink_options(*app_.add_subcommand("shrink"), shrink_);
 }
 
 int CommandLine::run() const
@@ -75,6 +77,8 @@ int CommandLine::run() const
         return explore_command(explore_);
     if (app_.got_subcommand("report"))
         return report_command(report_);
+    if (app_.got_subcommand("shrink"))
+        return shrink_command(shrink_);
     return simulate_command(simulate_);
 }
 

@@ -3,6 +3,7 @@
 #include "app/Check.h"
 #include "app/Explore.h"
 #include "app/Report.h"
+#include "app/Shrink.h"
 #include "app/Simulate.h"
 
 #ifdef QORO_DESKTOP
@@ -43,6 +44,7 @@ private:
     SimulateOptions simulate_;
     CheckCommandOptions check_;
     ExploreOptions explore_;
+    ShrinkCommandOptions shrink_;
 };
 
 } // namespace qoro

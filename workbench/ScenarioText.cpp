@@ -65,6 +65,15 @@ Scenario ScenarioText::scenario() const
     return read_scenario(document_->json.dump(-1, ' ', false, Json::error_handler_t::replace), "scenario");
 }
 
+bool ScenarioText::has(const std::string& path) const
+{
+    try {
+        return find(std::as_const(document_->json), path) != nullptr;
+    } catch (const Json::exception&) {
+        return false;
+    }
+}
+
 std::optional<std::string> ScenarioText::value(const std::string& path) const
 {
     const Json* found = find(std::as_const(document_->json), path);

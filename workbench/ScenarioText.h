@@ -34,6 +34,8 @@ public:
     /// @throws InputError for an invalid scenario
     Scenario scenario() const;
 
+    /// Whether there is such a place; none for a text that is no path.
+    bool has(const std::string& path) const;
     /// Absent if there is no such place.
     std::optional<std::string> value(const std::string& path) const;
     /// The text at a place; absent if there is none, or none there.
