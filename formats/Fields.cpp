@@ -43,6 +43,17 @@ constexpr ViewField OtherViews[] = {
     {"appStoreWindow", own<&Controller::appStoreWindow>},
 };
 
+constexpr TimerField TimerFields[] = {
+    TimerField{"timerCheckDeviceOrientation", &Controller::timerCheckDeviceOrientation},
+    TimerField{"timerUpdateRemainderTime", &Controller::timerUpdateRemainderTime},
+    TimerField{"timerCloseBtnCountdown", &Controller::timerCloseBtnCountdown},
+    TimerField{"timerBufferSufferTime", &Controller::timerBufferSufferTime},
+    TimerField{"timerCheckVideoPlay", &Controller::timerCheckVideoPlay},
+    TimerField{"timerSendTrackingToServer", &Controller::timerSendTrackingToServer},
+    TimerField{"timerSetControllerButtonHide", &Controller::timerSetControllerButtonHide},
+    TimerField{"timerVideoLoaded", &Controller::timerVideoLoaded},
+};
+
 } // namespace
 
 UIButton button_named(const QoroVideoWebViewController& controller, std::string_view name)
@@ -70,6 +81,11 @@ std::span<const ViewField> view_fields()
         return all;
     }();
     return fields;
+}
+
+std::span<const TimerField> timer_fields()
+{
+    return TimerFields;
 }
 
 } // namespace qoro

@@ -10,6 +10,7 @@
 namespace qoro
 {
 
+class NSTimer;
 class QoroVideoWebViewController;
 
 /// A view or window of the controller, by the name of its field.
@@ -26,5 +27,14 @@ UIButton button_named(const QoroVideoWebViewController& controller, std::string_
 
 /// The names of the controller's button fields.
 std::vector<std::string> button_names();
+
+/// A timer of the controller, by the name of its field.
+struct TimerField {
+    std::string_view name;
+    NSTimer QoroVideoWebViewController::*field;
+};
+
+/// The controller's timers.
+std::span<const TimerField> timer_fields();
 
 } // namespace qoro

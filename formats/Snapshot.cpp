@@ -167,22 +167,6 @@ constexpr std::array AdFields{
     QORO_FIELD(QoroVideoAd, strMIUrl),
 };
 
-struct TimerField {
-    std::string_view name;
-    NSTimer Controller::*field;
-};
-
-constexpr std::array TimerFields{
-    TimerField{"timerCheckDeviceOrientation", &Controller::timerCheckDeviceOrientation},
-    TimerField{"timerUpdateRemainderTime", &Controller::timerUpdateRemainderTime},
-    TimerField{"timerCloseBtnCountdown", &Controller::timerCloseBtnCountdown},
-    TimerField{"timerBufferSufferTime", &Controller::timerBufferSufferTime},
-    TimerField{"timerCheckVideoPlay", &Controller::timerCheckVideoPlay},
-    TimerField{"timerSendTrackingToServer", &Controller::timerSendTrackingToServer},
-    TimerField{"timerSetControllerButtonHide", &Controller::timerSetControllerButtonHide},
-    TimerField{"timerVideoLoaded", &Controller::timerVideoLoaded},
-};
-
 #undef QORO_FIELD
 
 // -------------------------------------------------------------------------------------------------------------- views
@@ -317,7 +301,7 @@ NSDictionary snapshot_player(const QoroVideoWebViewController& controller)
 NSDictionary snapshot_timers(const QoroVideoWebViewController& controller)
 {
     NSDictionary running = NSDictionary::dictionary();
-    for (const TimerField& field : TimerFields) {
+    for (const TimerField& field : timer_fields()) {
         const NSTimer& timer = controller.*field.field;
         if (timer.isValid())
             running.setObject(NSDictionary{{"interval", in_microseconds(timer.timeInterval())},
