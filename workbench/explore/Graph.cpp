@@ -69,6 +69,7 @@ std::size_t CourseGraph::add(const Task& task, const CourseRun& run, bool recogn
             else
                 known_.emplace(*moment.key, node);
             nodes_.push_back({.course = course,
+                              .key = moment.key,
                               .at = moment.at,
                               .depth = depth,
                               .open = moment.open,

@@ -28,6 +28,8 @@ public:
     /// A state, as the first course reached it.
     struct Node {
         Index course = None;
+        /// Absent for a state that cannot be identified.
+        std::optional<StateKey> key = {};
         std::int64_t at = 0;
         std::uint32_t depth = 0;
         bool open = false;

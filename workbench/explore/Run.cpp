@@ -134,8 +134,12 @@ private:
         const auto state = state_key(simulation_, StateDetail::Whole, setup_.leave_out);
         if (!state)
             return std::nullopt;
-        return with(*state,
-                    1 + start_ * 64 + next_step_ * 4096 + (viewer_.away ? 1U : 0U) + (viewer_.in_call ? 2U : 0U));
+        StateKey key = *state;
+        // The steps that follow have times of their own.
+        if (next_step_ < scenario_.steps.size())
+            key = with(key, static_cast<std::uint64_t>(to_microseconds(scenario_.steps[next_step_].at) -
+                                                       loop().now_microseconds()));
+        return with(key, 1 + start_ * 64 + next_step_ * 4096 + (viewer_.away ? 1U : 0U) + (viewer_.in_call ? 2U : 0U));
     }
 
     /// Adds a moment.

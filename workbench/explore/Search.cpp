@@ -1,6 +1,7 @@
 #include "workbench/explore/Search.h"
 
 #include "workbench/explore/Graph.h"
+#include "workbench/explore/SessionStore.h"
 
 #include <algorithm>
 #include <atomic>
@@ -37,7 +38,7 @@ class Search
 {
 public:
     Search(const RunSetup& setup, const SearchOptions& options)
-        : setup_(setup), options_(options), began_(std::chrono::steady_clock::now())
+        : setup_(setup), options_(options), most_sessions_(options.sessions), began_(std::chrono::steady_clock::now())
     {
     }
 
@@ -73,7 +74,8 @@ private:
     {
         while (!tasks.empty() && !ended()) {
             const std::size_t share = (options_.sessions - result_.sessions) * 2 / 3;
-            tasks = tasks.subspan(perform(tasks, std::max(share, BatchSize)));
+            tasks = tasks.subspan(is_shared(depth) ? perform_own(tasks, std::max(share, BatchSize))
+                                                   : perform(tasks, std::max(share, BatchSize)));
             if (depth > 0)
                 examine(depth - 1);
         }
@@ -84,11 +86,14 @@ private:
 
     bool ended() const
     {
-        if (result_.sessions >= options_.sessions)
+        if (result_.sessions >= most_sessions_ || result_.stopped)
             return true;
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - began_;
         return options_.seconds > 0 && passed.count() >= options_.seconds;
     }
+
+    /// Whether several processes share the courses of a depth.
+    bool is_shared(std::size_t depth) const { return options_.shards > 1 && depth == options_.depth && depth > 0; }
 
     // -------------------------------------------------------------------------------------------------------- tasks
 
@@ -123,6 +128,33 @@ private:
         return done;
     }
 
+    /// As perform(), where other processes perform the other shards. Their sessions count as well, and the rest of the
+    /// budget is divided, so that together they simulate what one search would.
+    std::size_t perform_own(std::span<const Task> tasks, std::size_t most)
+    {
+        most = std::min({most, tasks.size(), most_sessions_ - result_.sessions});
+        std::vector<Task> own;
+        for (std::size_t n = options_.shard; n < most; n += options_.shards)
+            own.push_back(tasks[n]);
+        result_.sessions += most - own.size();
+        perform(own, own.size());
+        const std::size_t rest = options_.sessions - std::min(options_.sessions, result_.sessions);
+        if (most == tasks.size())
+            most_sessions_ = result_.sessions + rest / options_.shards;
+        return most;
+    }
+
+    /// Absent for a session that cannot be kept.
+    std::optional<StateKey> identity_of(const Task& task) const
+    {
+        if (!options_.store)
+            return std::nullopt;
+        if (task.node == None)
+            return session_of_beginning(task.start);
+        const Node& node = graph_.nodes()[task.node];
+        return node.key ? std::optional(session_of_move(*node.key, node.moves[task.move])) : std::nullopt;
+    }
+
     void perform_batch(std::span<const Task> batch)
     {
         std::vector<CourseRun> runs(batch.size());
@@ -133,10 +165,23 @@ private:
         std::function<bool(const StateKey&)> known;
         if (options_.recognise)
             known = [this](const StateKey& key) { return graph_.knows(key); };
+        std::vector<std::optional<StateKey>> identities;
+        identities.reserve(batch.size());
+        for (const Task& task : batch)
+            identities.push_back(identity_of(task));
+        const auto time_of = [&](std::size_t n) { return courses[n].moves.empty() ? 0 : courses[n].moves.back().at; };
+        std::vector<std::uint8_t> simulated(batch.size());
         std::atomic<std::size_t> next = 0;
         const auto work = [&] {
-            for (std::size_t n = next++; n < batch.size(); n = next++)
+            for (std::size_t n = next++; n < batch.size(); n = next++) {
+                if (identities[n])
+                    if (auto kept = options_.store->find(*identities[n], time_of(n), known)) {
+                        runs[n] = std::move(*kept);
+                        continue;
+                    }
                 runs[n] = run_course(setup_, courses[n].start, courses[n].moves, known);
+                simulated[n] = 1;
+            }
         };
         {
             std::vector<std::jthread> threads;
@@ -145,12 +190,16 @@ private:
             work();
         }
         for (std::size_t n = 0; n < batch.size(); ++n) {
+            result_.simulated += simulated[n];
+            if (simulated[n] != 0 && identities[n])
+                options_.store->add(*identities[n], time_of(n), runs[n]);
             const std::size_t count = graph_.add(batch[n], runs[n], options_.recognise);
             graph_.mark(batch[n]);
             ++result_.sessions;
             for (const Moment& moment : std::span(runs[n].moments).first(count))
                 note_faults(courses[n], moment);
         }
+        result_.stopped = result_.stopped || (options_.stop && options_.stop());
     }
 
     // ------------------------------------------------------------------------------------------------------ findings
@@ -251,6 +300,10 @@ private:
         examined_.resize(graph_.nodes().size());
         for (Index index = 0, count = static_cast<Index>(examined_.size()); index < count; ++index) {
             if (examined_[index] || graph_.nodes()[index].depth > depth)
+                continue;
+            // Another process examines it.
+            if (is_shared(options_.depth) && graph_.nodes()[index].depth < options_.depth &&
+                index % options_.shards != options_.shard && depth + 1 >= options_.depth)
                 continue;
             if (!out[index]) {
                 const FoundCourse course = graph_.course_of(index);
@@ -431,6 +484,8 @@ private:
 
     const RunSetup& setup_;
     const SearchOptions& options_;
+    /// Of this process.
+    std::size_t most_sessions_;
     const std::chrono::steady_clock::time_point began_;
     CourseGraph graph_;
     SearchResult result_;

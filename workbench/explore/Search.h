@@ -13,6 +13,8 @@
 namespace qoro
 {
 
+class SessionStore;
+
 struct SearchOptions {
     /// Moves in a course, at most.
     std::size_t depth = 3;
@@ -32,6 +34,16 @@ struct SearchOptions {
     bool traps = true;
     /// Number of merged states that are explored again.
     std::size_t verify = 0;
+    /// Of the longest courses, only every shards-th is simulated, from the shard-th on; those of fewer moves all.
+    /// @{
+    std::size_t shard = 0;
+    std::size_t shards = 1;
+    /// @}
+    /// Sessions that have been simulated before; receives the others. Null: none are kept. Only where states are
+    /// recognised.
+    SessionStore* store = nullptr;
+    /// Called between sessions, on the thread of the search; true ends it. Empty: nothing does.
+    std::function<bool()> stop = {};
     /// Name of a part that the states lack, for tests (state_key).
     std::string_view leave_out = {};
 };
@@ -67,6 +79,10 @@ struct WrongMerge {
 
 struct SearchResult {
     std::size_t sessions = 0;
+    /// Those that were not in the store.
+    std::size_t simulated = 0;
+    /// Whether the search was stopped (SearchOptions::stop).
+    bool stopped = false;
     std::size_t states = 0;
     /// Courses that led to a state already known.
     std::size_t merged = 0;
