@@ -56,9 +56,13 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     check_.input = simulate_.ad;
     add_check_options(*app_.add_subcommand("check"), check_);
     explore_.ad = simulate_.ad;
+#ifdef QORO_DESKTOP
+    explore_.ads_of_tag = scenarios_of_tag;
+#endif
     add_explore_options(*app_.add_subcommand("explore"), explore_);
     shrink_.ad = simulate_.ad;
     add_shrink_options(*app_.add_subcommand("shrink"), shrink_);
+    add_merge_options(*app_.add_subcommand("merge"), merge_);
 }
 
 int CommandLine::run() const
@@ -75,6 +79,8 @@ int CommandLine::run() const
         return check_command(check_);
     if (app_.got_subcommand("explore"))
         return explore_command(explore_);
+    if (app_.got_subcommand("merge"))
+        return merge_command(merge_);
     if (app_.got_subcommand("report"))
         return report_command(report_);
     if (app_.got_subcommand("shrink"))

@@ -45,6 +45,7 @@ private:
     CheckCommandOptions check_;
     ExploreOptions explore_;
     ShrinkCommandOptions shrink_;
+    MergeOptions merge_;
 };
 
 } // namespace qoro

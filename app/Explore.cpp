@@ -1,15 +1,23 @@
 #include "app/Explore.h"
 
+#include "app/Interruption.h"
+#include "app/SearchState.h"
 #include "app/WorkbenchInput.h"
 #include "formats/InputError.h"
-#include "workbench/explore/Setup.h"
+#include "workbench/explore/Catalogue.h"
+#include "workbench/explore/Explored.h"
+#include "workbench/explore/SessionStore.h"
 
-#include <CLI/CLI.hpp>
+#include <qoro/Version.h>
 
-#include <array>
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <iostream>
+#include <stdexcept>
+#include <utility>
 
 namespace qoro
 {
@@ -17,27 +25,7 @@ namespace qoro
 namespace
 {
 
-constexpr unsigned MostJobs = 256;
 constexpr int Findings = 1;
-
-constexpr const char* Description = "Search everything that can happen to an ad for what a viewer must not meet";
-
-constexpr const char* Advice =
-    "The search taps every control that can be tapped, turns the device, leaves and returns, interrupts, stalls and\n"
-    "breaks the video and gives the page's commands, at every time at which something changes, and tries the shortest\n"
-    "courses first. docs/explore.md describes it.\n\n"
-    "Examples:\n"
-    "  qoro-ad explore ad.json                              to three moves and 20,000 sessions\n"
-    "  qoro-ad explore ad.json --depth 2 --jobs 4           shorter courses, on four threads; the same output\n"
-    "  qoro-ad explore ad.json --out found                  and a scenario of each finding, for simulate\n"
-    "  qoro-ad explore ad.json --device 'iPad Pro 11-inch'  on a tablet\n\n"
-    "Exit status: 0 nothing was found; 1 something was found; 2 the input or an option is not usable (one line on\n"
-    "standard error says what, where and what was expected).\n";
-
-std::string number(std::size_t value)
-{
-    return std::to_string(value);
-}
 
 void write_file(const std::filesystem::path& path, const std::string& text)
 {
@@ -48,120 +36,186 @@ void write_file(const std::filesystem::path& path, const std::string& text)
         throw InputError(path.string(), "", "can't be written");
 }
 
-std::string file_name(std::size_t n, const SearchFinding& finding)
+void print(const std::string& text)
 {
-    return number(n + 1) + "-" + finding.rule + ".json";
+    if (std::fwrite(text.data(), 1, text.size(), stdout) != text.size() || std::fflush(stdout) != 0)
+        throw std::runtime_error(std::string("standard output: ") + std::strerror(errno));
 }
 
-void print(const std::string& line)
+/// A search that is to be made.
+struct Planned {
+    std::string name;
+    std::string device;
+    /// Number of the ad among those of a tag; 0 if there is only one.
+    std::size_t ad = 0;
+    ScenarioText scenario;
+};
+
+void add_plans(const AdInput& input, const ExploreOptions& options, const std::string& device,
+               std::vector<Planned>& plans)
 {
-    std::fwrite(line.data(), 1, line.size(), stdout);
-    std::fputc('\n', stdout);
+    SimulatedAdOptions made = options.ad;
+    if (!device.empty())
+        made.parts.device = device_model(device);
+    if (input.kind == InputKind::Tag) {
+        if (!options.ads_of_tag)
+            throw InputError(input.name, "", "this build cannot resolve a VAST tag; expected an ad file or a scenario");
+        const std::vector<std::string> ads = options.ads_of_tag(input, made.parts.device);
+        for (std::size_t n = 0; n < ads.size(); ++n)
+            plans.push_back({.name = input.name,
+                             .device = device,
+                             .ad = ads.size() > 1 ? n + 1 : 0,
+                             .scenario = ScenarioText(ads[n], input.name)});
+    } else {
+        BaseScenario base = base_scenario_of(input, made);
+        plans.push_back({.name = base.file, .device = device, .scenario = std::move(base.scenario)});
+    }
+    if (made.parts.device)
+        for (Planned& plan : plans)
+            if (plan.device == device)
+                plan.scenario.set_device(*made.parts.device);
 }
 
-void print_findings(const SearchSetup& setup, const SearchResult& result, const std::string& folder)
+std::vector<Planned> plans_of(const AdInput& input, const ExploreOptions& options)
 {
-    for (std::size_t n = 0; n < result.findings.size(); ++n) {
-        const SearchFinding& finding = result.findings[n];
-        print(finding.rule + ": " + finding.text);
-        std::string course = "  " + in_words(setup.run, finding.course);
-        if (finding.others > 0)
-            course += "; and " + number(finding.others) + (finding.others == 1 ? " other course" : " other courses");
-        print(course);
-        if (folder.empty())
+    std::vector<Planned> plans;
+    if (options.devices.empty())
+        add_plans(input, options, "", plans);
+    for (const std::string& device : options.devices)
+        add_plans(input, options, device, plans);
+    return plans;
+}
+
+SearchPart part_of(const Planned& plan, const ExploreOptions& options)
+{
+    SearchPart part;
+    part.identity = {.program = QORO_VERSION_TEXT,
+                     .ad = plan.name,
+                     .number = plan.ad,
+                     .device = plan.device,
+                     .scenario = plan.scenario.text(),
+                     .guard = options.guard,
+                     .depth = options.search.depth,
+                     .policy_seconds = options.search.policy_seconds};
+    part.budget = options.search.sessions;
+    part.shard = options.search.shard + 1;
+    part.shards = options.search.shards;
+    return part;
+}
+
+std::vector<Explored> explored(const AdInput& input, const ExploreOptions& options)
+{
+    std::vector<Explored> all;
+    for (const Planned& plan : plans_of(input, options)) {
+        Explored one{.setup = search_setup(plan.scenario, options.guard), .device = plan.device, .ad = plan.ad};
+        SearchOptions search_options = options.search;
+        search_options.shards = 1;
+        search_options.shard = 0;
+        one.result = search(one.setup.run, search_options);
+        all.push_back(std::move(one));
+    }
+    return all;
+}
+
+int explore_catalogue(const ExploreOptions& options)
+{
+    std::size_t number = 0;
+    for (std::string line; std::getline(std::cin, line);) {
+        if (line.ends_with('\r'))
+            line.pop_back();
+        if (line.empty() || number++ % options.search.shards != options.search.shard)
             continue;
-        const std::filesystem::path path = std::filesystem::path(folder) / file_name(n, finding);
-        write_file(path, scenario_of_course(setup, finding.course, finding.until).text());
-        print("  " + path.string());
+        const std::string id = catalogue_id(line);
+        std::string result;
+        try {
+            CatalogueEntry entry = catalogue_entry(line);
+            const AdInput input = entry.ad ? std::move(*entry.ad) : read_ad_input(entry.path);
+            result = json_of(id, explored(input, options));
+        } catch (const std::exception& error) {
+            result = json_of_failure(id, error.what());
+        }
+        print(result + "\n");
     }
+    return 0;
 }
 
-void print_wrong_merges(const SearchSetup& setup, const SearchResult& result)
+/// Searches whose sessions are kept: in a file, or for the output of a shard.
+int explore_kept(const std::vector<Planned>& plans, const ExploreOptions& options)
 {
-    for (const WrongMerge& wrong : result.wrong_merges) {
-        print("wrong-merge: Two courses reach the same state, but go on differently.");
-        print("  " + in_words(setup.run, wrong.first) + ": " + wrong.first_line);
-        print("  " + in_words(setup.run, wrong.second) + ": " + wrong.second_line);
+    std::vector<SearchPart> wanted;
+    wanted.reserve(plans.size());
+    for (const Planned& plan : plans)
+        wanted.push_back(part_of(plan, options));
+    const Interruption interruption;
+    SearchState state(options.state, std::move(wanted));
+    std::vector<Explored> all;
+    for (std::size_t n = 0; n < plans.size(); ++n) {
+        Explored one{
+            .setup = search_setup(plans[n].scenario, options.guard), .device = plans[n].device, .ad = plans[n].ad};
+        SearchOptions with_store = options.search;
+        with_store.store = &state.store(n);
+        with_store.stop = [&state] {
+            state.write_if_due();
+            return Interruption::requested();
+        };
+        one.result = search(one.setup.run, with_store);
+        if (one.result.stopped) {
+            state.write();
+            if (!options.state.empty())
+                std::cerr << "qoro-ad: interrupted; " << options.state
+                          << " keeps the sessions, and the same command goes on\n";
+            Interruption::end_program();
+        }
+        all.push_back(std::move(one));
     }
+    state.write();
+    if (options.sharded) {
+        print(state.text());
+        return 0;
+    }
+    return print_explored(options.file, all, options.json, options.folder);
 }
 
 } // namespace
 
-void add_explore_options(CLI::App& command, ExploreOptions& options)
+int print_explored(const std::string& id, std::vector<Explored>& searches, bool json, const std::string& folder)
 {
-    SearchOptions& search = options.search;
-    command.description(Description);
-    command.footer(Advice);
-    command.add_option("ad", options.file, "An ad file, an ad's folder or a scenario; - for standard input")
-        ->type_name("AD")
-        ->required();
-    add_device_option(command, options.ad.parts.device);
-    command.add_option("--depth", search.depth, "Moves in a course, at most")
-        ->check(CLI::Range(0, 64))
-        ->capture_default_str();
-    command.add_option("--budget", search.sessions, "Sessions, at most")
-        ->check(CLI::Range(std::size_t{1}, std::size_t{1'000'000'000}))
-        ->capture_default_str();
-    command.add_option("--seconds", search.seconds, "Ends the search after this time; the output then depends on it")
-        ->check(CLI::Range(0.0, 1e6));
-    command
-        .add_option("--policy-seconds", search.policy_seconds,
-                    "A close must be reachable this many seconds after the opening")
-        ->check(CLI::Range(0.0, 1e6))
-        ->capture_default_str();
-    command.add_option("--jobs", search.jobs, "Threads; the output does not depend on it")
-        ->check(CLI::Range(1U, MostJobs))
-        ->capture_default_str();
-    command.add_flag("--guard", options.guard, "With the close guard and the request limit, as a viewer has them");
-    command.add_option("--out", options.folder, "Writes a scenario of each finding into this folder")
-        ->type_name("FOLDER");
-    command
-        .add_option("--verify-merge", search.verify,
-                    "Explores so many states again that two courses reached, and compares both futures")
-        ->type_name("STATES");
+    std::size_t file = 0;
+    if (!folder.empty()) {
+        std::error_code failed;
+        std::filesystem::create_directories(folder, failed);
+        if (failed)
+            throw InputError(folder, "", "can't be created: " + failed.message());
+        for (Explored& each : searches)
+            for (const SearchFinding& finding : each.result.findings) {
+                const auto path =
+                    std::filesystem::path(folder) / (std::to_string(++file) + "-" + finding.rule + ".json");
+                write_file(path, scenario_of_course(each.setup, finding.course, finding.until).text());
+                each.files.push_back(path.string());
+            }
+    }
+    int status = 0;
+    for (const Explored& each : searches) {
+        if (!json)
+            print(text_of(each, searches.size() > 1) + "\n");
+        status = has_findings(each) ? Findings : status;
+    }
+    if (json)
+        print(json_of(id, searches) + "\n");
+    return status;
 }
 
 int explore_command(const ExploreOptions& options)
 {
-    const BaseScenario base = read_base_scenario(options.file, options.ad);
-    if (base.kind == InputKind::Tag)
-        throw InputError(options.file, "",
-                         "a tag can't be explored; import it with qoro-ad import, and explore the ad");
-    ScenarioText scenario = base.scenario;
-    if (options.ad.parts.device)
-        scenario.set_device(*options.ad.parts.device);
-    const SearchSetup setup = search_setup(scenario, options.guard);
-    if (!options.folder.empty()) {
-        std::error_code failed;
-        std::filesystem::create_directories(options.folder, failed);
-        if (failed)
-            throw InputError(options.folder, "", "can't be created: " + failed.message());
-    }
-    const SearchResult result = search(setup.run, options.search);
-
-    print(number(result.sessions) + " sessions, " + number(result.states) + " distinct states, " +
-          number(result.merged) + " courses led to known ones; all courses of up to " + number(result.complete_depth) +
-          (result.complete_depth == 1 ? " move" : " moves"));
-    if (result.unnamed > 0)
-        print(number(result.unnamed) + " states could not be compared with others");
-    if (result.worst_close) {
-        std::array<char, 64> text;
-        std::snprintf(text.data(), text.size(), "%.6g", static_cast<double>(*result.worst_close) / 1e6);
-        print(std::string("a close is reachable after ") + text.data() +
-              " s at worst: " + in_words(setup.run, result.worst_course));
-    } else {
-        print("no course leads to a close by itself");
-    }
-    print_findings(setup, result, options.folder);
-    if (options.search.verify > 0)
-        print(number(result.verified) + " merged states explored again, " + number(result.wrong_merges.size()) +
-              " wrong");
-    print_wrong_merges(setup, result);
-    print("not covered:");
-    for (const std::string& line : result.not_covered)
-        print("  " + line);
-    std::fflush(stdout);
-    return result.findings.empty() && result.wrong_merges.empty() ? 0 : Findings;
+    if (options.jsonl)
+        return explore_catalogue(options);
+    if (options.file.empty())
+        throw InputError("explore", "", "expected an AD, or --jsonl with a list of ads on standard input");
+    const AdInput input = read_ad_input(options.file);
+    if (!options.state.empty() || options.sharded)
+        return explore_kept(plans_of(input, options), options);
+    std::vector<Explored> all = explored(input, options);
+    return print_explored(options.file, all, options.json, options.folder);
 }
 
 } // namespace qoro

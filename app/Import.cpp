@@ -86,14 +86,15 @@ void add_trackers(nlohmann::ordered_json& ad, AdFiles& files, const vast::Linear
         ad["arrayButtonsInfo"][0]["btn_tracking_urls"] = linear.click_tracking;
 }
 
-AdFiles files_of(const vast::ResolvedAd& resolved, const std::vector<vast::Ignored>& outside)
+/// @param page address of the page
+AdFiles files_of(const vast::ResolvedAd& resolved, const std::vector<vast::Ignored>& outside, const std::string& page)
 {
     const vast::Ad& ad = resolved.ad;
     AdFiles files;
-    nlohmann::ordered_json json = nlohmann::ordered_json::parse(ad_description(resolved, {.page = "page.html"}));
+    nlohmann::ordered_json json = nlohmann::ordered_json::parse(ad_description(resolved, {.page = page}));
     add_trackers(json, files, *ad.linear);
     files.ad = json.dump(2, ' ', false, nlohmann::json::error_handler_t::replace) + "\n";
-    files.page = ad_page(resolved, {.page = "page.html"});
+    files.page = ad_page(resolved, {.page = page});
     if (vast::expand(files.ad, {}) != files.ad)
         files.left_out.emplace_back("macros: those of VAST are sent as they are, because an ad file has its own");
     leave_out(files, "Impression", ad.impressions);
@@ -148,7 +149,7 @@ void write_ads(const vast::Resolution& resolution, const std::filesystem::path& 
 {
     for (std::size_t n = 0; n < resolution.ads.size(); ++n)
         write_ad(resolution.ads.size() == 1 ? folder : folder / ("ad-" + std::to_string(n + 1)),
-                 files_of(resolution.ads[n], resolution.ignored));
+                 files_of(resolution.ads[n], resolution.ignored, "page.html"));
 }
 
 } // namespace
@@ -184,6 +185,26 @@ int import_command(const ImportOptions& options)
     }
     write_ads(resolution, options.out_folder);
     return 0;
+}
+
+std::vector<std::string> scenarios_of_tag(const AdInput& tag, const std::optional<DeviceModel>& device)
+{
+    const vast::Resolution resolution = fetch_tag(tag, device).resolution;
+    if (resolution.ads.empty())
+        throw InputError(tag.name, "", "no ad: " + resolution.why);
+    const std::string page = "http://localhost/page.html";
+    std::vector<std::string> scenarios;
+    for (const vast::ResolvedAd& each : resolution.ads) {
+        const AdFiles files = files_of(each, resolution.ignored, page);
+        nlohmann::ordered_json scenario;
+        if (each.ad.linear->duration)
+            scenario["video"] = {{"duration", *each.ad.linear->duration}};
+        scenario["net"][page] = {{"body", files.page}};
+        scenario["ad"] = nlohmann::ordered_json::parse(files.ad);
+        scenario["steps"] = nlohmann::ordered_json::array({nlohmann::ordered_json{{"open", 0}}});
+        scenarios.push_back(scenario.dump(-1, ' ', false, nlohmann::json::error_handler_t::replace));
+    }
+    return scenarios;
 }
 
 } // namespace qoro

@@ -37,7 +37,11 @@ AdScenario scenario_of(const AdInput& input, const SimulatedAdOptions& options)
 
 BaseScenario read_base_scenario(const std::string& named, const SimulatedAdOptions& options)
 {
-    AdInput input = read_ad_input(named);
+    return base_scenario_of(read_ad_input(named), options);
+}
+
+BaseScenario base_scenario_of(AdInput input, const SimulatedAdOptions& options)
+{
     if (input.kind == InputKind::Scenario) {
         // Complains about the file's own mistakes.
         read_scenario(input.text, input.name);

@@ -15,6 +15,10 @@ namespace qoro
 /// @throws InputError for an ad that cannot be played, and for a tag that cannot be resolved
 AdScenario scenario_of(const AdInput& input, const SimulatedAdOptions& options);
 
+/// @param input what a person names, as read
+/// @throws InputError for unusable input
+BaseScenario base_scenario_of(AdInput input, const SimulatedAdOptions& options);
+
 /// Reads what a person names: an ad file, an ad's folder, a VAST tag, a scenario, or "-" for standard input.
 /// @param options how the scenario of an ad or a tag is made; its file is ignored
 /// @throws InputError for unusable input

@@ -78,7 +78,7 @@ SearchSetup search_setup(const ScenarioText& scenario, bool guard)
     }
     const Scenario read = plain.scenario();
     if (!read.ad)
-        throw InputError("scenario", "/tag", "a tag can't be explored; import it, and explore the ad");
+        throw InputError("scenario", "/tag", "a scenario with a tag can't be explored; name the tag itself");
     plain = with_steps(std::move(plain), steps_of_surroundings(read.steps));
 
     const auto add = [&](const char* name, ScenarioText text) {
