@@ -12,7 +12,7 @@ run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-ba
     gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap xdg-dbus-proxy glib-networking
     xvfb dbus"
 test="libgtest-dev libgmock-dev xdotool pulseaudio pulseaudio-utils ffmpeg
-    at-spi2-core libatspi2.0-dev locales iproute2 weston zlib1g-dev"
+    at-spi2-core libatspi2.0-dev locales iproute2 weston zlib1g-dev parallel"
 check="clang man-db mandoc zsh fish debootstrap clang-format clang-tidy codespell doxygen eslint python3 shellcheck"
 # Large, and for the tests of reports only, which are skipped without it.
 browser="chromium firefox-esr python3 python3-websocket fonts-liberation"
