@@ -83,20 +83,21 @@ TEST(Search, FindsTheTrapOfACloseButtonAtTheEndOfAVideoThatStalls)
     EXPECT_FALSE(close_at_end(setup, *trap));
 
     const auto twin = ad_with(R"({"bIsEndedCloseBtn": true})");
-    const SearchResult sound = explore(twin, {.depth = 1, .sessions = 1500});
+    const SearchResult sound = explore(twin, {.depth = 1, .sessions = 600, .trap_sessions = 150});
     EXPECT_FALSE(trap_by(sound, {"endless stall"})) << "the watchdog shows the button";
 }
 
 TEST(Search, FindsTheTrapOfAVideoThatTheViewerHasExited)
 {
     const SearchSetup setup = search_setup(ad_with("{}"), false);
-    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 1500});
+    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 600, .trap_sessions = 150});
     const SearchFinding* trap = trap_by(result, {R"(finish by "user exited")"});
     ASSERT_TRUE(trap) << all_findings(setup.run, result);
     EXPECT_FALSE(close_at_end(setup, *trap));
 
     // The page below the band holds the close button.
-    const SearchResult sound = explore(ad_with(R"({"portraitVideoPos": 2})"), {.depth = 1, .sessions = 1500});
+    const SearchResult sound =
+        explore(ad_with(R"({"portraitVideoPos": 2})"), {.depth = 1, .sessions = 600, .trap_sessions = 150});
     EXPECT_FALSE(trap_by(sound, {R"(finish by "user exited")"}));
 }
 
@@ -123,11 +124,12 @@ TEST(Search, FindsTheTrapOfAPageThatTakesOverClosingAndNeverCloses)
         return "<head></head><script>qoroPlayer.addEventListener('onclick_closebtn', () => " + does + ")</script>";
     };
     const SearchSetup setup = search_setup(ad_with("{}", page("0")), false);
-    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 1500});
+    const SearchResult result = search(setup.run, {.depth = 1, .sessions = 600, .trap_sessions = 150});
     const SearchFinding* trap = trap_by(result, {"page: addEventListener(onclick_closebtn)"});
     ASSERT_TRUE(trap) << all_findings(setup.run, result);
 
-    const SearchResult sound = explore(ad_with("{}", page("qoroPlayer.MRAIDClose()")), {.depth = 1, .sessions = 1500});
+    const SearchResult sound =
+        explore(ad_with("{}", page("qoroPlayer.MRAIDClose()")), {.depth = 1, .sessions = 600, .trap_sessions = 150});
     EXPECT_FALSE(trap_by(sound, {"page: addEventListener(onclick_closebtn)"}));
 }
 
