@@ -1,5 +1,7 @@
 #include "vast/XmlText.h"
 
+#include "vast/DocumentPlace.h"
+
 #include "vast/Texts.h"
 
 #include <algorithm>
@@ -76,12 +78,12 @@ std::size_t length_in_utf8(std::uint32_t unit, const Encoding& encoding)
 
 /// Line and column, from 1; columns are characters.
 /// @param offset in bytes from the beginning of the text, once it is in UTF-8
-std::string place_of(std::string_view bytes, std::ptrdiff_t offset)
+DocumentPlace place_at(std::string_view bytes, std::ptrdiff_t offset)
 {
     const Encoding encoding = encoding_of(bytes);
     const auto end = static_cast<std::size_t>(std::max<std::ptrdiff_t>(offset, 0));
-    int line = 1;
-    int column = 1;
+    std::size_t line = 1;
+    std::size_t column = 1;
     std::size_t before = 0;
     for (std::size_t place = 0; place + encoding.unit <= bytes.size() && before < end; place += encoding.unit) {
         const std::uint32_t unit = unit_at(bytes, place, encoding);
@@ -95,7 +97,13 @@ std::string place_of(std::string_view bytes, std::ptrdiff_t offset)
         } else if (!continues && !is_mark)
             ++column;
     }
-    return "line " + std::to_string(line) + ", column " + std::to_string(column);
+    return {.line = line, .column = column};
+}
+
+std::string place_of(std::string_view bytes, std::ptrdiff_t offset)
+{
+    const DocumentPlace place = place_at(bytes, offset);
+    return "line " + std::to_string(place.line) + ", column " + std::to_string(place.column);
 }
 
 /// Moves to the next node in document order, without recursion.
@@ -249,6 +257,30 @@ std::string Paths::of(const Node& node) const
     if (const std::size_t position = position_of(node); position != 0)
         path += "[" + std::to_string(position) + "]";
     return path;
+}
+
+std::optional<DocumentPlace> place_in_document(std::string_view bytes, const std::string& path)
+{
+    pugi::xml_document xml;
+    int elements = 0;
+    try {
+        elements = parse_xml(xml, bytes, {});
+    } catch (const DocumentError&) {
+        return std::nullopt;
+    }
+    const std::string element = path.substr(0, path.find("/@"));
+    const Paths paths(xml, elements);
+    std::optional<DocumentPlace> found;
+    Node node = xml;
+    for (int depth = 0; advance(node, depth);) {
+        if (!is_element(node))
+            continue;
+        if (name_of(node) == "Wrapper")
+            return std::nullopt;
+        if (!found && paths.of(node) == element)
+            found = place_at(bytes, node.offset_debug());
+    }
+    return found;
 }
 
 } // namespace qoro::vast

@@ -5,8 +5,12 @@
 
 #include <filesystem>
 #include <fstream>
+#include <functional>
+#include <map>
+#include <set>
 #include <string>
 #include <unistd.h>
+#include <vector>
 
 // Tests of `qoro-ad check` itself, run through the shell.
 
@@ -69,7 +73,7 @@ TEST(CheckCommand, FindingsAreGroupedByRuleWithPlaceAndCure)
     const ShellResult run = run_shell("qoro-ad check --severity note " + file);
     EXPECT_EQ(run.status, 1) << run.errors;
     EXPECT_NE(run.output.find("error  The viewer cannot close the ad  [close-never]"), std::string::npos) << run.output;
-    EXPECT_NE(run.output.find(file + ": /ad/bIsEndedCloseBtn: the viewer can never close the ad"), std::string::npos);
+    EXPECT_NE(run.output.find(file + ":3: /ad/bIsEndedCloseBtn: the viewer can never close the ad"), std::string::npos);
     EXPECT_LT(run.output.find("close-never"), run.output.find("setting-without-effect")) << "the worst first";
     EXPECT_EQ(run.output.find('\x1b'), std::string::npos) << "no colours in a pipe";
 }
@@ -122,10 +126,43 @@ TEST(CheckCommand, SarifHasWhatTheStandardRequires)
         EXPECT_TRUE(result["message"]["text"].is_string());
         const Json& location = result["locations"][0];
         EXPECT_EQ(location["physicalLocation"]["artifactLocation"]["uri"], file);
+        EXPECT_EQ(location["physicalLocation"]["region"]["startLine"], 3) << location;
         EXPECT_TRUE(location["logicalLocations"][0]["fullyQualifiedName"].is_string());
         EXPECT_EQ(result.contains("properties"), result["ruleId"] == "close-never") << "a setting has no moment";
     }
     EXPECT_EQ(sarif["results"][0]["properties"]["at"], 0);
+    EXPECT_EQ(sarif["results"][0]["locations"][0]["physicalLocation"]["region"]["startColumn"], 27);
+    EXPECT_EQ(sarif["columnKind"], "unicodeCodePoints");
+}
+
+TEST(CheckCommand, EveryObjectOfSarifHasItsRequiredProperties)
+{
+    const Folder folder;
+    const ShellResult run = run_shell("qoro-ad check --format sarif --severity note " + folder.file("t.json", Trap) +
+                                      " --out " + folder.path("out"));
+    // The lists "required" of the schema, by the property that holds the object.
+    const std::map<std::string, std::vector<std::string>> required{
+        {"", {"version", "runs"}}, {"runs", {"tool"}},
+        {"tool", {"driver"}},      {"driver", {"name"}},
+        {"rules", {"id"}},         {"results", {"message"}},
+        {"help", {"text"}},        {"attachments", {"artifactLocation"}}};
+    std::set<std::string> met;
+    const std::function<void(const std::string&, const Json&)> visit = [&](const std::string& name, const Json& json) {
+        if (json.is_object()) {
+            met.insert(name);
+            const auto properties = required.find(name);
+            for (const std::string& property :
+                 properties == required.end() ? std::vector<std::string>() : properties->second)
+                EXPECT_TRUE(json.contains(property)) << name << " lacks " << property << ": " << json;
+            for (const auto& [key, value] : json.items())
+                visit(key, value);
+        } else if (json.is_array())
+            for (const Json& entry : json)
+                visit(name, entry);
+    };
+    visit("", Json::parse(run.output));
+    for (const auto& [name, properties] : required)
+        EXPECT_TRUE(met.contains(name)) << name;
 }
 
 TEST(CheckCommand, UnusableInputIsOneLineAndStatusTwo)

@@ -109,18 +109,20 @@ private:
 
     Finding& add(const Rule& rule, const Suspicion& suspicion)
     {
+        const std::string path = path_in_file(suspicion.path);
         result_.findings.push_back({.rule = rule.id,
                                     .severity = rule.severity,
                                     .sentence = suspicion.sentence,
                                     .file = base_.file,
-                                    .path = place_of(suspicion.path),
+                                    .path = path,
+                                    .place = place_in(base_, path),
                                     .cure = std::string(rule.cure),
                                     .key = suspicion.key});
         return result_.findings.back();
     }
 
     /// The place in the file, or the nearest one around it that the file has.
-    std::string place_of(std::string path) const
+    std::string path_in_file(std::string path) const
     {
         if (base_.kind == InputKind::Tag)
             return path;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "workbench/check/TextPlace.h"
+
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -32,6 +34,8 @@ struct Finding {
     std::string file = {};
     /// JSON path in the file, or XPath in a tag's document; empty for the file as a whole.
     std::string path = {};
+    /// Of the path; absent if the file has no such place, or is not read from here.
+    std::optional<TextPlace> place = {};
     /// How to mend it; one sentence without a full stop.
     std::string cure = {};
     /// What it concerns, for example a control: two findings of one rule differ in it.

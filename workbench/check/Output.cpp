@@ -56,7 +56,9 @@ std::string moment_comment(const Finding& finding)
 void append(std::string& out, const ReportedFinding& reported)
 {
     const Finding& finding = reported.finding;
-    out += "  " + finding.file + ": " + (finding.path.empty() ? "" : finding.path + ": ") + finding.sentence + '\n';
+    const std::string line = finding.place ? ":" + std::to_string(finding.place->line) : "";
+    out +=
+        "  " + finding.file + line + ": " + (finding.path.empty() ? "" : finding.path + ": ") + finding.sentence + '\n';
     out += "    cure: " + finding.cure + '\n';
     if (!reported.counterexample_file.empty())
         out += "    see:  qoro-ad simulate " + reported.counterexample_file + moment_comment(finding) + '\n';
@@ -94,6 +96,9 @@ Json result_json(const ReportedFinding& reported)
 {
     const Finding& finding = reported.finding;
     Json location{{"physicalLocation", {{"artifactLocation", {{"uri", uri_of(finding.file)}}}}}};
+    if (finding.place)
+        location["physicalLocation"]["region"] = {{"startLine", finding.place->line},
+                                                  {"startColumn", finding.place->column}};
     if (!finding.path.empty())
         location["logicalLocations"] = Json::array({{{"fullyQualifiedName", finding.path}, {"kind", "member"}}});
     Json result{{"ruleId", finding.rule},
@@ -152,6 +157,8 @@ std::string json_of(std::span<const AdReport> reports)
             Json json{{"rule", finding.rule},         {"severity", name_of(finding.severity)},
                       {"sentence", finding.sentence}, {"file", finding.file},
                       {"path", finding.path},         {"cure", finding.cure}};
+            json["line"] = finding.place ? Json(finding.place->line) : Json();
+            json["column"] = finding.place ? Json(finding.place->column) : Json();
             json["at"] = finding.at ? Json(in_seconds(*finding.at)) : Json();
             json["counterexample"] =
                 finding.counterexample.empty() ? Json() : Json::parse(finding.counterexample, nullptr, false);
@@ -177,7 +184,7 @@ std::string sarif_of(std::span<const AdReport> reports, const std::string& versi
         for (const ReportedFinding& each : report.findings)
             results.push_back(result_json(each));
     const Json driver{{"name", "qoro-ad"}, {"version", version}, {"rules", std::move(all)}};
-    Json run{{"tool", {{"driver", driver}}}, {"results", std::move(results)}};
+    Json run{{"tool", {{"driver", driver}}}, {"columnKind", "unicodeCodePoints"}, {"results", std::move(results)}};
     return dumped({{"$schema", SarifSchema}, {"version", "2.1.0"}, {"runs", Json::array({std::move(run)})}});
 }
 
