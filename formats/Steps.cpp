@@ -174,6 +174,27 @@ What refuse_page(const Reader& reader)
     throw InputError(reader.file(), reader.path(), "the page here is a real one; a step can't make it hang or die");
 }
 
+What read_servers(const Reader& reader)
+{
+    ServersStep step;
+    for (const auto& [server, failure] : reader.entries()) {
+        const std::size_t scheme = server.find("://");
+        const bool is_server = scheme != std::string::npos && scheme > 0 && scheme + 3 < server.size() &&
+                               server.find_first_of("/?#", scheme + 3) == std::string::npos;
+        if (!is_server && server != "*")
+            failure.refuse("a server as \"https://ads.example\", or \"*\" for all of them, as the key");
+        if (!failure.is_null() && !failure.json().is_string())
+            failure.refuse("why the server fails, or null when it answers again");
+        step.changes.push_back({server, failure.is_null() ? std::nullopt : std::optional<std::string>(failure.text())});
+    }
+    return step;
+}
+
+What refuse_servers(const Reader& reader)
+{
+    throw InputError(reader.file(), reader.path(), "the servers here are real ones; a step can't make them fail");
+}
+
 What read_device(const Reader& reader)
 {
     reader.with_keys({"orientation", "statusBarOrientation", "statusBarHidden", "outputVolume"});
@@ -265,6 +286,7 @@ constexpr std::array StepKinds{
     StepKind{"script", read_script},
     StepKind{"player", read_player, refuse_player},
     StepKind{"page", read_page, refuse_page},
+    StepKind{"servers", read_servers, refuse_servers},
     StepKind{"device", read_device},
     StepKind{"app", read_app},
     StepKind{"interrupt", read_interrupt},
@@ -275,8 +297,8 @@ constexpr std::array StepKinds{
 
 Step read_step(const Reader& reader, double earliest, bool simulated)
 {
-    reader.with_keys({"at", "open", "tap", "touch", "script", "player", "page", "device", "app", "interrupt", "call",
-                      "snapshot", "release"});
+    reader.with_keys({"at", "open", "tap", "touch", "script", "player", "page", "servers", "device", "app", "interrupt",
+                      "call", "snapshot", "release"});
     Step step;
     step.at = earliest;
     if (const auto at = reader.at("at")) {

@@ -70,6 +70,16 @@ enum class PageFault { Dies, Hangs };
 struct PageStep {
     PageFault fault;
 };
+/// Servers that fail from now on, or answer again; not available where servers are real.
+struct ServersStep {
+    struct Change {
+        /// "https://ads.example", or "*" for every server.
+        std::string server;
+        /// Why its requests fail; absent: it answers again.
+        std::optional<std::string> failure;
+    };
+    std::vector<Change> changes;
+};
 /// A change of the device.
 struct DeviceStep {
     DeviceChange change;
@@ -98,8 +108,8 @@ struct ReleaseStep {
 struct Step {
     /// Seconds since the session's start.
     double at = 0;
-    std::variant<OpenStep, TapStep, TouchStep, ScriptStep, PlayerStep, PageStep, DeviceStep, AppStep, InterruptStep,
-                 CallStep, SnapshotStep, ReleaseStep>
+    std::variant<OpenStep, TapStep, TouchStep, ScriptStep, PlayerStep, PageStep, ServersStep, DeviceStep, AppStep,
+                 InterruptStep, CallStep, SnapshotStep, ReleaseStep>
         what;
     /// The step's own key and its value, as written in the file.
     std::string key;

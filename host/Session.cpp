@@ -182,6 +182,12 @@ struct Session::Performer {
             session.controls_.break_page(living->webView(), step.fault);
     }
 
+    void operator()(const ServersStep& step) const
+    {
+        for (const ServersStep::Change& change : step.changes)
+            session.controls_.change_server(change);
+    }
+
     void operator()(const DeviceStep& step) const { session.controls_.change_device(step.change); }
 
     void operator()(const AppStep& step) const

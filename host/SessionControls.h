@@ -22,6 +22,8 @@ public:
         static_cast<void>(page);
         static_cast<void>(fault);
     }
+    /// Makes a server fail, or answer again, as ServersStep describes it. No effect where servers are real.
+    virtual void change_server(const ServersStep::Change& change) { static_cast<void>(change); }
     /// Whether a page's script runs, so that a step may issue commands on its behalf; true where pages are real.
     virtual bool page_runs(const UIWebView& page) const
     {

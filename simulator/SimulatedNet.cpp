@@ -2,10 +2,26 @@
 
 #include "simulator/VirtualLoop.h"
 
+#include <string_view>
 #include <utility>
 
 namespace qoro
 {
+
+namespace
+{
+
+constexpr std::string_view EveryServer = "*";
+
+bool is_of_server(std::string_view address, std::string_view server)
+{
+    if (!address.starts_with(server))
+        return false;
+    const std::string_view rest = address.substr(server.size());
+    return rest.empty() || rest.find_first_of("/?#") == 0;
+}
+
+} // namespace
 
 SimulatedNet::SimulatedNet(VirtualLoop& loop, const World& world) : loop_(loop), world_(world)
 {
@@ -35,13 +51,31 @@ void SimulatedNet::fetch(const std::string& address, FetchKind kind, std::functi
 void SimulatedNet::Due::operator()() const
 {
     --net->pending_;
-    answer({named->ok, named->error, named->body, address});
+    answer(net->answer_of(*named, address));
 }
 
 FetchAnswer SimulatedNet::fetch_now(const std::string& address)
 {
     const NetAnswer& named = find(address);
     blocked_seconds_ += named.after;
+    return answer_of(named, address);
+}
+
+void SimulatedNet::change_server(const std::string& server, const std::optional<std::string>& failure)
+{
+    if (failure)
+        failing_.insert_or_assign(server, *failure);
+    else if (server == EveryServer)
+        failing_.clear();
+    else
+        failing_.erase(server);
+}
+
+FetchAnswer SimulatedNet::answer_of(const NetAnswer& named, const std::string& address) const
+{
+    for (const auto& [server, failure] : failing_)
+        if (server == EveryServer || is_of_server(address, server))
+            return {false, failure, "", address};
     return {named.ok, named.error, named.body, address};
 }
 

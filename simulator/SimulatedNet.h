@@ -6,6 +6,8 @@
 
 #include <cstddef>
 #include <functional>
+#include <map>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -25,6 +27,11 @@ public:
     /// Answers immediately, whatever the address's delay; the delay is added to blocked_seconds().
     FetchAnswer fetch_now(const std::string& address) override;
 
+    /// From now on the answers of a server, also those that are awaited, are failures.
+    /// @param server "https://ads.example"; "*" for every server
+    /// @param failure absent: it answers again
+    void change_server(const std::string& server, const std::optional<std::string>& failure);
+
     /// Seconds that a real main thread would have been blocked by synchronous fetches.
     double blocked_seconds() const { return blocked_seconds_; }
     /// Number of requests without an answer yet.
@@ -42,11 +49,15 @@ private:
         void operator()() const;
     };
     const NetAnswer& find(const std::string& address) const;
+    /// What arrives now.
+    FetchAnswer answer_of(const NetAnswer& named, const std::string& address) const;
 
     VirtualLoop& loop_;
     const World& world_;
     /// The addresses with macros.
     std::vector<std::pair<AddressPattern, const NetAnswer*>> patterns_;
+    /// Why, by server.
+    std::map<std::string, std::string, std::less<>> failing_;
     double blocked_seconds_ = 0;
     std::size_t pending_ = 0;
 };

@@ -34,6 +34,11 @@ void SimulatedPlatform::break_page(const UIWebView& page, PageFault fault)
         engine->break_page(fault);
 }
 
+void SimulatedPlatform::change_server(const ServersStep::Change& change)
+{
+    net_.change_server(change.server, change.failure);
+}
+
 bool SimulatedPlatform::page_runs(const UIWebView& page) const
 {
     const auto* engine = static_cast<const SimulatedWebEngine*>(page.engine());

@@ -47,6 +47,7 @@ public:
     void bring_news(const MPMoviePlayerController& player, const PlayerNews& news) override;
     void change_device(const DeviceChange& change) override;
     void break_page(const UIWebView& page, PageFault fault) override;
+    void change_server(const ServersStep::Change& change) override;
     bool page_runs(const UIWebView& page) const override;
 
 private:

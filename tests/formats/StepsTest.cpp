@@ -69,6 +69,21 @@ TEST(Steps, ReadTheNotificationsOfAPlayer)
     EXPECT_EQ(news.state, std::nullopt);
 }
 
+TEST(Steps, ReadServersThatFailOrAnswerAgain)
+{
+    const auto changes = only<ServersStep>(R"({"servers": {"http://a:81": "no route", "*": null}})").changes;
+
+    ASSERT_EQ(changes.size(), 2U);
+    EXPECT_EQ(changes[0].server, "http://a:81");
+    EXPECT_EQ(changes[0].failure, "no route");
+    EXPECT_EQ(changes[1].server, "*");
+    EXPECT_EQ(changes[1].failure, std::nullopt);
+    for (const std::string servers :
+         {R"({"a": "x"})", R"({"http://a/": "x"})", R"({"http://": "x"})", R"({"http://a": 1})", R"(["http://a"])"})
+        EXPECT_THROW(read(R"({"servers": )" + servers + "}"), InputError) << servers;
+    EXPECT_THROW(read_steps(R"([{"servers": {"*": "x"}}])", "steps", false), InputError) << "real servers";
+}
+
 TEST(Steps, ReadAChangeOfTheDevice)
 {
     const DeviceChange change = only<DeviceStep>(R"({"device": {"orientation": 4, "outputVolume": 0.3}})").change;

@@ -2,7 +2,9 @@
 
 #include <gtest/gtest.h>
 
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace qoro
 {
@@ -38,6 +40,45 @@ TEST(SimulatedNet, BracketsAroundOtherTextAreNoMacro)
         EXPECT_EQ(body_at(named, named), "found");
         EXPECT_EQ(body_at("http://a/1", named), "");
     }
+}
+
+TEST(SimulatedNet, AServerFailsFromItsStepOnUntilItAnswersAgain)
+{
+    World world;
+    world.net["http://a/page"].body = "found";
+    world.net["http://a/page"].after = 2;
+    SimulatedPlatform platform(world);
+    std::vector<std::string> heard;
+    const auto ask = [&] {
+        platform.fetcher().fetch("http://a/page", FetchKind::Page, [&](const FetchAnswer& answer) {
+            heard.push_back(answer.ok ? answer.body : answer.error);
+        });
+    };
+    const auto fails = [&](const std::string& address) { return !platform.fetcher().fetch_now(address).ok; };
+
+    ask();
+    platform.run_until(1.0);
+    platform.change_server({"http://a", "no route"});
+    platform.run_until(3.0);
+    EXPECT_EQ(heard, std::vector<std::string>{"no route"}) << "the awaited answer is lost";
+    EXPECT_TRUE(fails("http://a/other"));
+    EXPECT_TRUE(fails("http://a?x"));
+    EXPECT_FALSE(fails("http://a.example/page")) << "another server";
+    EXPECT_FALSE(fails("https://a/page")) << "another server";
+
+    platform.change_server({"http://a", std::nullopt});
+    ask();
+    platform.run_until(6.0);
+    EXPECT_EQ(heard.back(), "found");
+}
+
+TEST(SimulatedNet, EveryServerFailsAndAnswersAgain)
+{
+    SimulatedPlatform platform;
+    platform.change_server({"*", "no network"});
+    EXPECT_EQ(platform.fetcher().fetch_now("http://b/").error, "no network");
+    platform.change_server({"*", std::nullopt});
+    EXPECT_TRUE(platform.fetcher().fetch_now("http://b/").ok);
 }
 
 } // namespace qoro

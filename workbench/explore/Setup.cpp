@@ -46,7 +46,8 @@ std::vector<Step> steps_of_surroundings(const std::vector<Step>& steps)
     bool open = false;
     for (const Step& step : steps) {
         const bool opens = is_one_of<OpenStep>(step);
-        if ((!open && !is_one_of<SnapshotStep, ReleaseStep>(step)) || is_one_of<ScriptStep, PlayerStep, PageStep>(step))
+        if ((!open && !is_one_of<SnapshotStep, ReleaseStep>(step)) ||
+            is_one_of<ScriptStep, PlayerStep, PageStep, ServersStep>(step))
             kept.push_back(step);
         open = open || opens;
     }
