@@ -52,6 +52,10 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     };
 #endif
     add_report_options(*app_.add_subcommand("report"), report_);
+#ifdef QORO_DESKTOP
+    studio_.report = report_;
+    add_studio_options(*app_.add_subcommand("studio"), studio_);
+#endif
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
     check_.input = simulate_.ad;
     add_check_options(*app_.add_subcommand("check"), check_);
@@ -74,6 +78,8 @@ int CommandLine::run() const
         return import_command(import_);
     if (app_.got_subcommand("cache"))
         return cache_command(cache_);
+    if (app_.got_subcommand("studio"))
+        return studio_command(studio_);
 #endif
     if (app_.got_subcommand("check"))
         return check_command(check_);

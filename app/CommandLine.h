@@ -10,6 +10,7 @@
 #include "app/Cache.h"
 #include "app/Import.h"
 #include "app/PlayOptions.h"
+#include "app/Studio.h"
 #endif
 
 #include <CLI/CLI.hpp>
@@ -39,6 +40,7 @@ private:
     PlayOptions play_;
     CacheOptions cache_;
     ImportOptions import_;
+    StudioOptions studio_;
 #endif
     ReportOptions report_;
     SimulateOptions simulate_;

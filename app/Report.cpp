@@ -4,7 +4,6 @@
 #include "formats/AdFolder.h"
 #include "formats/InputError.h"
 #include "platform/AddressParts.h"
-#include "workbench/check/Check.h"
 #include "workbench/report/MeasuredTexts.h"
 
 #include <CLI/CLI.hpp>
@@ -52,7 +51,21 @@ void write_report(const std::string& path, const std::string& page)
         throw InputError(path, "", std::strerror(errno));
 }
 
-/// "demo" for "examples/demo/ad.json", and "end-card" for "creatives/end-card.json".
+ListedFinding::Severity severity_of(Severity severity)
+{
+    switch (severity) {
+    case Severity::Note:
+        return ListedFinding::Severity::Note;
+    case Severity::Warning:
+        return ListedFinding::Severity::Warning;
+    case Severity::Error:
+        break;
+    }
+    return ListedFinding::Severity::Error;
+}
+
+} // namespace
+
 std::string title_of(const std::string& file)
 {
     const std::filesystem::path path(file);
@@ -70,28 +83,14 @@ std::vector<std::string> remark_lines(const BaseScenario& base)
     return lines;
 }
 
-ListedFinding::Severity severity_of(Severity severity)
-{
-    switch (severity) {
-    case Severity::Note:
-        return ListedFinding::Severity::Note;
-    case Severity::Warning:
-        return ListedFinding::Severity::Warning;
-    case Severity::Error:
-        break;
-    }
-    return ListedFinding::Severity::Error;
-}
-
-/// What the check finds wrong with the ad, in any session. Those that the report's own session shows have its moment.
-std::vector<ListedFinding> findings_in(const BaseScenario& base, const ReportParts& parts)
+std::vector<ListedFinding> listed(const CheckResult& checked, const ReportParts& parts)
 {
     Course reported{.when = "", .scenario = parts.scenario};
     if (parts.device) {
         reported.scenario.set_device(*parts.device);
         reported.models = {*parts.device};
     }
-    const std::vector<Finding> found = check_ad(base, {}).findings;
+    const std::vector<Finding>& found = checked.findings;
     const auto moments = moments_in(reported, found);
     std::vector<ListedFinding> findings;
     for (std::size_t i = 0; i < found.size(); ++i)
@@ -101,8 +100,6 @@ std::vector<ListedFinding> findings_in(const BaseScenario& base, const ReportPar
                             .at = moments[i]});
     return findings;
 }
-
-} // namespace
 
 std::string video_file(const BaseScenario& base, const std::string& address)
 {
@@ -117,17 +114,12 @@ std::string video_file(const BaseScenario& base, const std::string& address)
     return "";
 }
 
-void add_report_options(CLI::App& command, ReportOptions& options)
+void add_shown_ad_options(CLI::App& command, ReportOptions& options)
 {
-    command.description(Description);
-    command.footer(Advice);
     command
         .add_option("input", options.input,
-                    "What to report on: an ad, an ad's folder, a VAST tag, a scenario; - for standard input")
+                    "What to show: an ad, an ad's folder, a VAST tag, a scenario; - for standard input")
         ->type_name("AD|TAG|SCENARIO")
-        ->required();
-    command.add_option("-o,--out", options.out_file, "Write the report to this file; - for standard output")
-        ->type_name("FILE")
         ->required();
     command
         .add_option("--steps", options.ad.parts.steps_file,
@@ -136,13 +128,29 @@ void add_report_options(CLI::App& command, ReportOptions& options)
     add_device_option(command, options.ad.parts.device);
 }
 
+BaseScenario read_shown_ad(const ReportOptions& options)
+{
+    BaseScenario base = read_base_scenario(options.input, options.ad);
+    if (base.kind == InputKind::Scenario && !options.ad.parts.steps_file.empty())
+        throw InputError(base.file, "", "a scenario has steps of its own: expected no --steps");
+    return base;
+}
+
+void add_report_options(CLI::App& command, ReportOptions& options)
+{
+    command.description(Description);
+    command.footer(Advice);
+    add_shown_ad_options(command, options);
+    command.add_option("-o,--out", options.out_file, "Write the report to this file; - for standard output")
+        ->type_name("FILE")
+        ->required();
+}
+
 int report_command(const ReportOptions& options)
 {
-    const BaseScenario base = read_base_scenario(options.input, options.ad);
-    if (base.kind == InputKind::Scenario && !options.ad.parts.steps_file.empty())
-        throw InputError("report", "", "a scenario has steps of its own: expected no --steps");
+    const BaseScenario base = read_shown_ad(options);
     ReportParts parts{.title = title_of(base.file), .scenario = base.scenario, .device = options.ad.parts.device};
-    parts.findings = findings_in(base, parts);
+    parts.findings = listed(check_ad(base, {}), parts);
     parts.remarks = remark_lines(base);
     if (options.measure)
         measure_texts(parts.scenario, options.measure);

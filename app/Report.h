@@ -2,6 +2,7 @@
 
 #include "app/SimulatedAd.h"
 #include "workbench/BaseScenario.h"
+#include "workbench/check/Check.h"
 #include "workbench/report/Report.h"
 
 #include <functional>
@@ -34,6 +35,21 @@ struct ReportOptions {
 /// address's path, or the one of its name.
 /// @return its path; empty without such a file, and for one that a link or ".." leads out of the folder
 std::string video_file(const BaseScenario& base, const std::string& address);
+/// What a report says of an ad beside its session.
+/// @{
+/// "demo" for "examples/demo/ad.json", and "end-card" for "creatives/end-card.json".
+std::string title_of(const std::string& file);
+/// What the ad contains without effect, what it lacks, and what is assumed.
+std::vector<std::string> remark_lines(const BaseScenario& base);
+/// @param parts those that the session of the parts shows have their moment in it
+std::vector<ListedFinding> listed(const CheckResult& checked, const ReportParts& parts);
+/// @}
+
+/// Adds the options that say which ad is shown, and how.
+/// @param options outlives the parsing
+void add_shown_ad_options(CLI::App& command, ReportOptions& options);
+/// @throws InputError for unusable input
+BaseScenario read_shown_ad(const ReportOptions& options);
 
 /// Adds the command's options, which parsing fills.
 /// @param options outlives the parsing

@@ -233,6 +233,9 @@ std::size_t TextTable::number_of(const std::string& text)
 
 std::size_t Draughtsman::picture_of(std::string_view bytes)
 {
+    // A picture is met again in every drawing.
+    if (const auto known = known_pictures_.find(bytes); known != known_pictures_.end())
+        return known->second;
     const std::string_view type = type_of(bytes);
     std::string address;
     if (!type.empty())
@@ -242,6 +245,7 @@ std::size_t Draughtsman::picture_of(std::string_view bytes)
                                                                                    : pictures_.number_of(std::string());
     if (pictures_.texts().size() > before)
         picture_bytes_ += pictures_.texts().back().size();
+    known_pictures_.emplace(bytes, number);
     return number;
 }
 

@@ -54,6 +54,8 @@ private:
 
     TextTable views_;
     TextTable pictures_;
+    /// Numbers in pictures_ by the pictures' bytes.
+    std::map<std::string, std::size_t, std::less<>> known_pictures_;
     /// Bytes of all pictures so far.
     std::size_t picture_bytes_ = 0;
 };

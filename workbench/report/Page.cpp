@@ -1,9 +1,9 @@
-#include "workbench/report/Report.h"
+#include "workbench/report/Page.h"
 
 #include "workbench/report/Drawing.h"
+#include "workbench/report/Report.h"
 #include "workbench/report/Template.h"
 
-#include <array>
 #include <charconv>
 #include <string_view>
 
@@ -12,13 +12,6 @@ namespace qoro
 
 namespace
 {
-
-/// A piece of the page that the security policy names by its hash.
-struct Piece {
-    std::string_view text;
-    /// SHA-256 in hexadecimal, made by the build.
-    std::string_view sha256;
-};
 
 /// As the policy names it (Content Security Policy Level 3, section 2.3.1).
 std::string source_of(std::string_view sha256)
@@ -51,19 +44,28 @@ std::string html_of(std::string_view text)
 
 } // namespace
 
-std::string report_page(const std::string& title, const std::string& data)
+std::string page_of(const std::string& title, const std::string& data, const PageAdditions& additions)
 {
-    const Piece style{report_page_css(), QORO_PAGE_CSS_SHA256};
-    const std::array scripts{
-        Piece{report_drawing_js(), QORO_DRAWING_JS_SHA256}, Piece{report_lanes_js(), QORO_LANES_JS_SHA256},
-        Piece{report_tables_js(), QORO_TABLES_JS_SHA256}, Piece{report_page_js(), QORO_PAGE_JS_SHA256}};
-    std::string policy = "default-src 'none'; img-src data:; style-src " + source_of(style.sha256) + "; script-src";
-    std::string all_scripts;
-    for (const Piece& script : scripts) {
+    std::vector<PagePiece> styles{{report_page_css(), QORO_PAGE_CSS_SHA256}};
+    styles.insert(styles.end(), additions.styles.begin(), additions.styles.end());
+    std::vector<PagePiece> scripts{{report_drawing_js(), QORO_DRAWING_JS_SHA256},
+                                   {report_lanes_js(), QORO_LANES_JS_SHA256},
+                                   {report_tables_js(), QORO_TABLES_JS_SHA256},
+                                   {report_page_js(), QORO_PAGE_JS_SHA256}};
+    scripts.insert(scripts.end(), additions.scripts.begin(), additions.scripts.end());
+    std::string policy = "default-src 'none'; img-src data:; style-src";
+    std::string all_styles;
+    for (const PagePiece& style : styles) {
+        policy += " " + source_of(style.sha256);
+        all_styles.append(all_styles.empty() ? "" : "</style>\n<style>").append(style.text);
+    }
+    policy += "; script-src";
+    std::string all_scripts(additions.html);
+    for (const PagePiece& script : scripts) {
         policy += " " + source_of(script.sha256);
         all_scripts.append("<script>").append(script.text).append("</script>\n");
     }
-    policy += "; base-uri 'none'; form-action 'none'";
+    policy.append("; base-uri 'none'; form-action 'none'").append(additions.policy);
 
     std::string page;
     std::string_view rest = report_page_html();
@@ -75,11 +77,16 @@ std::string report_page(const std::string& title, const std::string& data)
     };
     put("@POLICY@", policy);
     put("@TITLE@", html_of(title));
-    put("@STYLE@", style.text);
+    put("@STYLE@", all_styles);
     put("@DATA@", data);
     put("@SCRIPTS@", all_scripts);
     page += rest;
     return page;
+}
+
+std::string report_page(const std::string& title, const std::string& data)
+{
+    return page_of(title, data, {});
 }
 
 } // namespace qoro

@@ -336,44 +336,87 @@ std::string without_angle_brackets(const std::string& json)
     return text;
 }
 
-} // namespace
-
-std::string report_data(const ReportParts& parts)
+ScenarioText scenario_of(const ReportParts& parts)
 {
     ScenarioText text = parts.scenario;
     if (parts.device)
         text.set_device(*parts.device);
-    const Scenario scenario = text.scenario();
-    Draughtsman draughtsman;
+    return text;
+}
+
+/// Of the session alone, without the tables of the draughtsman.
+Json session_json(const ReportParts& parts, const Scenario& scenario, Draughtsman& draughtsman)
+{
     const Course course = course_of(scenario, draughtsman);
-    const std::vector<MatrixEntry> matrix = device_matrix(text, draughtsman);
     Json frames = Json::array();
     for (const Course::Frame& frame : course.frames)
         frames.push_back(Json::array({frame.at, frame.drawing.turn, frame.drawing.views}));
     Json blocks = Json::array();
     for (const Course::Block& block : course.blocks)
         blocks.push_back(Json::array({block.at, block.lasts}));
-    Json data{{"title", parts.title},
-              {"device", device_json(parts, scenario)},
-              {"end", course.record.end},
-              {"summary", summary_json(course.record.summary)},
-              {"findings", findings_json(parts.findings)},
-              {"remarks", parts.remarks},
-              {"lines", lines_json(course.record)},
-              {"frames", std::move(frames)},
-              {"sights", sights_json(course.record)},
-              {"video", video_json(course.video)},
-              {"advances", !scenario.world.video.manual},
-              {"size", {scenario.ad ? scenario.ad->fVideoWidth : 0, scenario.ad ? scenario.ad->fVideoHeight : 0}},
-              {"blocked", std::move(blocks)},
-              {"answers", answers_json(scenario.world)},
-              {"trackers", ledger_json(course, !scenario.tag.empty())},
-              {"matrix", matrix_json(matrix, course.video.sources())},
-              {"views", parsed(draughtsman.views())},
-              {"pictures", draughtsman.pictures()},
-              {"stills", stills_json(parts, course.video.sources())},
-              {"sources", course.video.sources()}};
+    return {{"title", parts.title},
+            {"device", device_json(parts, scenario)},
+            {"end", course.record.end},
+            {"summary", summary_json(course.record.summary)},
+            {"findings", findings_json(parts.findings)},
+            {"remarks", parts.remarks},
+            {"lines", lines_json(course.record)},
+            {"frames", std::move(frames)},
+            {"sights", sights_json(course.record)},
+            {"video", video_json(course.video)},
+            {"advances", !scenario.world.video.manual},
+            {"size", {scenario.ad ? scenario.ad->fVideoWidth : 0, scenario.ad ? scenario.ad->fVideoHeight : 0}},
+            {"blocked", std::move(blocks)},
+            {"answers", answers_json(scenario.world)},
+            {"trackers", ledger_json(course, !scenario.tag.empty())},
+            {"sources", course.video.sources()}};
+}
+
+std::string written(Json data, const Draughtsman& draughtsman)
+{
+    data["views"] = parsed(draughtsman.views());
+    data["pictures"] = draughtsman.pictures();
     return without_angle_brackets(data.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+} // namespace
+
+std::string report_data(const ReportParts& parts)
+{
+    const ScenarioText text = scenario_of(parts);
+    Draughtsman draughtsman;
+    Json data = session_json(parts, text.scenario(), draughtsman);
+    const auto sources = data["sources"].get<std::vector<std::string>>();
+    data["matrix"] = matrix_json(device_matrix(text, draughtsman), sources);
+    data["stills"] = stills_json(parts, sources);
+    return written(std::move(data), draughtsman);
+}
+
+std::string session_data(const ReportParts& parts)
+{
+    Draughtsman draughtsman;
+    Json data = session_json(parts, scenario_of(parts).scenario(), draughtsman);
+    data["matrix"] = Json::array();
+    data["stills"] = Json::array();
+    return written(std::move(data), draughtsman);
+}
+
+std::string lists_data(const ReportParts& parts)
+{
+    const Json data{{"findings", findings_json(parts.findings)}, {"remarks", parts.remarks}};
+    return without_angle_brackets(data.dump(-1, ' ', false, Json::error_handler_t::replace));
+}
+
+std::string matrix_data(const ReportParts& parts)
+{
+    const ScenarioText text = scenario_of(parts);
+    Draughtsman of_session;
+    const std::vector<std::string> sources = course_of(text.scenario(), of_session).video.sources();
+    Draughtsman draughtsman;
+    Json data{{"matrix", matrix_json(device_matrix(text, draughtsman), sources)},
+              {"stills", stills_json(parts, sources)},
+              {"sources", sources}};
+    return written(std::move(data), draughtsman);
 }
 
 } // namespace qoro

@@ -54,6 +54,19 @@ struct ReportParts {
 /// @throws InputError for an invalid scenario
 std::string report_data(const ReportParts& parts);
 
+/// As report_data(), of the session alone: the lists of other devices and of frames of videos are empty. Takes about as
+/// long as the simulation.
+std::string session_data(const ReportParts& parts);
+
+/// The parts' findings and remarks, as in report_data(): {"findings": […], "remarks": […]}.
+std::string lists_data(const ReportParts& parts);
+
+/// The ad on each device of the matrix, and the frames of the session's videos.
+/// @return a JSON object without "<": "matrix", "stills" and "sources" as in report_data(), with tables "views" and
+///         "pictures" of its own
+/// @throws InputError for an invalid scenario
+std::string matrix_data(const ReportParts& parts);
+
 /// The report as one HTML file, which loads nothing.
 /// @param data as report_data()
 std::string report_page(const std::string& title, const std::string& data);

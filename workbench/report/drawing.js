@@ -53,12 +53,12 @@ function stillOf({position, source}) {
   return best && best[1];
 }
 
-const pageTitle = (() => {
+function pageTitle() {
   const line = data.lines.find(([, fields]) => fields.what === "page" && fields.html);
   const found = line && /<title>[^<]*/i.exec(line[1].html);
   // Only to read entities: the whole page would break this one's policy with its styles.
   return found ? new DOMParser().parseFromString(found[0], "text/html").title : "";
-})();
+}
 
 // ------------------------------------------------------------------------------------------------------------- texts
 
@@ -272,7 +272,7 @@ function drawPage(view, width, height) {
           fill: ink,
           "text-anchor": "middle",
         },
-        elided(pageTitle || "page", ["", 18], width - 60, 4)
+        elided(pageTitle() || "page", ["", 18], width - 60, 4)
       )
     );
     group.append(

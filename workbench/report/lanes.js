@@ -1,7 +1,8 @@
 "use strict";
 // The lanes under the time axis: what goes on at which time.
 
-const sessionEnd = Math.max(data.end, 1);
+/** Of the session; set by readSession(). */
+let sessionEnd = 1;
 
 /** Microseconds as seconds: "3.3", with at least one decimal. */
 function seconds(time) {
@@ -27,13 +28,13 @@ function shortened(fields) {
 const lineText = ([at, fields]) => `${seconds(at)} s  ${fields.what}  ${shortened(fields)}`;
 
 /** Names for people of the controls, by the controller's field. */
-const labels = (() => {
-  const found = new Map();
+const labels = new Map();
+function readLabels() {
+  labels.clear();
   for (const view of data.views)
     if (view.name && (view.label || view.text))
-      found.set(view.name, (found.get(view.name) ?? new Set()).add(view.label || view.text));
-  return found;
-})();
+      labels.set(view.name, (labels.get(view.name) ?? new Set()).add(view.label || view.text));
+}
 const mostLabels = 2;
 /** "Play / Pause" for a control whose name changes, "Brand icon" for one without a name. */
 function labelOf(name) {
@@ -263,6 +264,7 @@ function allLanes() {
  */
 function addLanes(show, go) {
   const place = document.getElementById("lanes");
+  for (const old of place.querySelectorAll(".lane:not(.axis)")) old.remove();
   for (const lane of allLanes()) {
     const list = html("ol", {class: "track", "aria-label": lane.name});
     lane.items.forEach((item, n) => {
@@ -315,6 +317,7 @@ function addLanes(show, go) {
 /** Marks on the axis at round times. */
 function addTicks() {
   const place = document.getElementById("ticks");
+  place.replaceChildren();
   const steps = [0.1, 0.2, 0.5, 1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 1800, 3600, 86400];
   const step = (steps.find(each => sessionEnd / 1e6 / each <= 12) ?? sessionEnd / 12e6) * 1e6;
   for (let time = 0; time <= sessionEnd; time += step) {

@@ -5,16 +5,27 @@ const byId = id => document.getElementById(id);
 const calm = matchMedia("(prefers-reduced-motion: reduce)");
 
 /** Times at which something happens, for steps from one to the next. */
-const moments = [...new Set([0, ...data.lines.map(([at]) => at), ...data.frames.map(([at]) => at), sessionEnd])]
-  .filter(at => at <= sessionEnd)
-  .sort((a, b) => a - b);
+let moments = [];
 /** What the viewer touches: [time, point]. */
-const touches = data.lines
-  .filter(([, fields]) => fields.what === "step" && Array.isArray(fields.touch))
-  .map(([at, fields]) => [at, fields.touch]);
+let touches = [];
 const touchLasts = 700000;
 
 const session = {now: 0, playing: false, frame: -1, drawn: ""};
+
+/** Reads what follows from data; again when they have changed. */
+function readSession() {
+  sessionEnd = Math.max(data.end, 1);
+  moments = [...new Set([0, ...data.lines.map(([at]) => at), ...data.frames.map(([at]) => at), sessionEnd])]
+    .filter(at => at <= sessionEnd)
+    .sort((a, b) => a - b);
+  touches = data.lines
+    .filter(([, fields]) => fields.what === "step" && Array.isArray(fields.touch))
+    .map(([at, fields]) => [at, fields.touch]);
+  byId("scrubber").max = sessionEnd;
+  readLabels();
+  session.drawn = "";
+  session.line = undefined;
+}
 
 function sightAt(time) {
   const entry = data.sights[indexAt(data.sights, time)];
@@ -95,6 +106,7 @@ function drawScreen() {
 const rows = [];
 
 function addTrace() {
+  rows.length = 0;
   data.lines.forEach(([at, fields], n) => {
     const row = html(
       "li",
@@ -110,7 +122,7 @@ function addTrace() {
     );
     rows.push(row);
   });
-  byId("trace").append(...rows);
+  byId("trace").replaceChildren(...rows);
 }
 
 /** Shows lines of the trace whole, below a label. */
@@ -215,7 +227,6 @@ function goThere(time, event) {
 
 function addControls() {
   const scrubber = byId("scrubber");
-  scrubber.max = sessionEnd;
   scrubber.addEventListener("input", () => {
     pause();
     setTime(Number(scrubber.value));
@@ -288,11 +299,11 @@ function addHead() {
     ["Main thread blocked", `${summary.mainThreadBlocked ?? 0} s`, summary.mainThreadBlocked > 0.1 ? "bad" : ""],
     [
       "Findings",
-      String(data.findings.length),
+      data.pending ? "…" : String(data.findings.length),
       data.findings.some(({severity}) => severity !== "note") ? "bad" : "",
     ],
   ];
-  byId("figures").append(
+  byId("figures").replaceChildren(
     ...figures.map(([name, value, className]) =>
       html("div", {class: className}, html("dt", {}, name), html("dd", {}, value))
     )
@@ -352,7 +363,7 @@ function storyMoments() {
 }
 
 function addStory() {
-  byId("story").append(
+  byId("story").replaceChildren(
     ...storyMoments().map(([time, caption, picture]) =>
       html(
         "li",
@@ -371,7 +382,9 @@ function addStory() {
 
 function addFindings() {
   const place = byId("findings");
-  if (data.findings.length === 0) place.append(html("p", {class: "good"}, "None."));
+  place.replaceChildren();
+  if (data.pending) place.append(html("p", {class: "quiet"}, "The check is under way."));
+  else if (data.findings.length === 0) place.append(html("p", {class: "good"}, "None."));
   else
     place.append(
       html(
@@ -403,15 +416,21 @@ function addFindings() {
     );
 }
 
-addHead();
-addStory();
-addTicks();
-addLanes(item => showLines(item.lines, item.label), go);
-addTrace();
+/** Shows the session of data; again when they have changed. */
+function addSession() {
+  readSession();
+  addHead();
+  addStory();
+  addTicks();
+  addLanes(item => showLines(item.lines, item.label), go);
+  addTrace();
+}
+
+addSession();
 addControls();
 addFindings();
-addLedger(goThere);
-addMatrix();
+const showTrackers = addLedger(goThere);
+if (data.matrix.length > 0) addMatrix();
 /** The time that the address names ("#t=9.8"), in microseconds; null without one. */
 function namedTime() {
   const named = /^#t=([\d.]+)$/.exec(location.hash);

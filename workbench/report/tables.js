@@ -39,10 +39,13 @@ function ledgerAsCsv(entries) {
   );
 }
 
-/** @param go called with the time of a tracker that is chosen */
+/**
+ * @param go called with the time of a tracker that is chosen
+ * @return a function that shows the trackers of data again, in the order that the reader has chosen
+ */
 function addLedger(go) {
   const table = document.getElementById("ledger");
-  const entries = [...data.trackers];
+  let entries = [...data.trackers];
   let sorted = null;
   let descending = false;
   const body = html("tbody");
@@ -90,6 +93,14 @@ function addLedger(go) {
     );
   }
 
+  function refill() {
+    entries = [...data.trackers];
+    if (!sorted) return fill();
+    // Choosing the column again turns the order round.
+    descending = !descending;
+    sortBy(sorted);
+  }
+
   fill();
   table.append(html("thead", {}, html("tr", {}, ...heads)), body);
   document.getElementById("copy").addEventListener("click", async () => {
@@ -107,6 +118,7 @@ function addLedger(go) {
       status.textContent = "press Ctrl+C to copy the selected rows";
     }
   });
+  return refill;
 }
 
 // -------------------------------------------------------------------------------------------------------------- matrix
@@ -191,10 +203,11 @@ function addMatrix() {
     place.replaceChildren(...shown.map(deviceCard));
   }
 
+  choices.querySelectorAll("label").forEach(label => label.remove());
   holdings.forEach((holding, n) => {
     const input = html("input", {type: "radio", name: "holding", value: holding, checked: n === 0, onchange: show});
     choices.append(html("label", {}, input, ` ${holding}`));
   });
-  only.addEventListener("change", show);
+  only.onchange = show;
   show();
 }
