@@ -1,6 +1,7 @@
 #include "platform/Platform.h"
 
 #include "platform/Foundation.h"
+#include "platform/Inbound.h"
 #include "platform/MediaPlayer.h"
 
 #include <cstdio>
@@ -67,17 +68,28 @@ void Platform::views_changed()
 
 void Platform::output_volume_changed()
 {
-    dispatch([this] { shared<NSNotificationCenter>().deliver(SystemVolumeDidChangeNotification); });
+    come_in(
+        *this, "volume", [this] { return Value(static_cast<double>(volume().value())); },
+        [this] { dispatch([this] { shared<NSNotificationCenter>().deliver(SystemVolumeDidChangeNotification); }); });
 }
 
 void Platform::device_orientation_changed()
 {
-    dispatch([this] { shared<NSNotificationCenter>().deliver(UIDeviceOrientationDidChangeNotification); });
+    come_in(
+        *this, "orientation", [this] { return Value(static_cast<int>(device().orientation())); },
+        [this] {
+            dispatch([this] { shared<NSNotificationCenter>().deliver(UIDeviceOrientationDidChangeNotification); });
+        });
 }
 
 void Platform::status_bar_frame_changed()
 {
-    dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidChangeStatusBarFrameNotification); });
+    come_in(
+        *this, "statusBar", [this] { return Value(static_cast<int>(device().status_bar_orientation())); },
+        [this] {
+            dispatch(
+                [this] { shared<NSNotificationCenter>().deliver(UIApplicationDidChangeStatusBarFrameNotification); });
+        });
 }
 
 void Platform::leave_app()
@@ -88,25 +100,42 @@ void Platform::leave_app()
 
 void Platform::application_did_enter_background()
 {
-    dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidEnterBackgroundNotification); });
+    come_in(
+        *this, "background", [] { return Value(); },
+        [this] {
+            dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidEnterBackgroundNotification); });
+        });
 }
 
 void Platform::application_will_enter_foreground()
 {
-    dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationWillEnterForegroundNotification); });
+    come_in(
+        *this, "foreground", [] { return Value(); },
+        [this] {
+            dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationWillEnterForegroundNotification); });
+        });
 }
 
 void Platform::application_did_become_active()
 {
-    dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidBecomeActiveNotification); });
+    come_in(
+        *this, "active", [] { return Value(); },
+        [this] {
+            dispatch([this] { shared<NSNotificationCenter>().deliver(UIApplicationDidBecomeActiveNotification); });
+        });
 }
 
 void Platform::audio_interrupted(AVAudioSessionInterruptionType type)
 {
-    dispatch([this, type] {
-        shared<NSNotificationCenter>().deliver(AVAudioSessionInterruptionNotification, AVAudioSession::sharedInstance(),
-                                               {{std::string(AVAudioSessionInterruptionTypeKey), type}});
-    });
+    come_in(
+        *this, "interrupted", [type] { return Value(static_cast<int>(type)); },
+        [this, type] {
+            dispatch([this, type] {
+                shared<NSNotificationCenter>().deliver(AVAudioSessionInterruptionNotification,
+                                                       AVAudioSession::sharedInstance(),
+                                                       {{std::string(AVAudioSessionInterruptionTypeKey), type}});
+            });
+        });
 }
 
 void Platform::fault(std::string_view operation, std::string_view message)

@@ -1,5 +1,7 @@
+#include "platform/Inbound.h"
 #include "views/Turns.h"
 #include "views/ViewNode.h"
+#include "views/ViewPath.h"
 
 #include <array>
 #include <cmath>
@@ -113,7 +115,9 @@ std::shared_ptr<ViewNode> touch(Platform& platform, CGPoint point)
 
 void touch_view(Platform& platform, const std::shared_ptr<ViewNode>& view)
 {
-    platform.dispatch([&] { deliver_touch(platform, view); });
+    come_in(
+        platform, "touch", [&] { return touch_record(view); },
+        [&] { platform.dispatch([&] { deliver_touch(platform, view); }); });
 }
 
 } // namespace qoro

@@ -1,5 +1,6 @@
 #include "views/RootControllers.h"
 
+#include "platform/Inbound.h"
 #include "views/ViewNode.h"
 
 #include <functional>
@@ -22,12 +23,18 @@ void notify_each(Platform& platform, const std::function<void(UIViewController&)
 
 void notify_rotation(Platform& platform, UIInterfaceOrientation from)
 {
-    notify_each(platform, [from](UIViewController& root) { root.didRotateFromInterfaceOrientation(from); });
+    come_in(
+        platform, "rotated", [from] { return Value(static_cast<int>(from)); },
+        [&] {
+            notify_each(platform, [from](UIViewController& root) { root.didRotateFromInterfaceOrientation(from); });
+        });
 }
 
 void notify_appearance(Platform& platform)
 {
-    notify_each(platform, [](UIViewController& root) { root.viewDidAppear(false); });
+    come_in(
+        platform, "appeared", [] { return Value(); },
+        [&] { notify_each(platform, [](UIViewController& root) { root.viewDidAppear(false); }); });
 }
 
 } // namespace qoro

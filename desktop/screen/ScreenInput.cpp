@@ -3,6 +3,7 @@
 #include "desktop/screen/FocusOrder.h"
 #include "desktop/screen/FocusRing.h"
 #include "desktop/screen/WidgetSource.h"
+#include "views/ViewPath.h"
 
 #include <gtk/gtk.h>
 
@@ -177,7 +178,7 @@ void ScreenInput::note_touch(GdkEvent* event)
     const GdkEventType type = gdk_event_get_event_type(event);
     const bool begins = type == GDK_BUTTON_PRESS || type == GDK_TOUCH_BEGIN;
     if (begins || view->page_touched)
-        view->page_touched = platform_.loop().now();
+        note_page_touch(view);
 }
 
 bool ScreenInput::press(CGPoint in_surface)
@@ -249,7 +250,7 @@ void ScreenInput::note_key(GdkEvent* event)
     layers_.for_each([&](const Layer& layer) {
         const std::shared_ptr<ViewNode> view = layer.view.lock();
         if (is_page(view) && gtk_widget_is_ancestor(focus, layer.widget))
-            view->page_touched = platform_.loop().now();
+            note_page_touch(view);
     });
 }
 

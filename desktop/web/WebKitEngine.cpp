@@ -3,6 +3,7 @@
 #include "desktop/glib/AsyncResult.h"
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/PageReach.h"
+#include "platform/Inbound.h"
 
 #include <webkit/webkit.h>
 
@@ -578,7 +579,9 @@ void WebKitEngine::fit_page()
         const double ratio = wide ? jsc_value_to_double(wide.get()) : 0;
         if (ratio > 0 && ratio < 1) {
             webkit_web_view_set_zoom_level(view, ratio);
-            self.platform_.views_changed();
+            // Objects of the session watch the views.
+            come_in(
+                self.platform_, "scaled", [] { return Value(); }, [&] { self.platform_.views_changed(); });
         }
     });
     webkit_web_view_set_zoom_level(view_.get(), 1);
