@@ -21,19 +21,19 @@ PageLimits with_dropped_frames(PageLimits limits)
 
 } // namespace
 
-DesktopPlatform::DesktopPlatform(const Options& options)
-    : last_requests_seconds_(options.last_requests_seconds),
+DesktopPlatform::DesktopPlatform(const Options& options, Platform* front)
+    : front_(front ? *front : *this), last_requests_seconds_(options.last_requests_seconds),
       reach_(options.allow_private_network ? NetworkZone::Private : NetworkZone::Public),
-      device_(*this, options.device),
+      device_(front_, options.device),
       output_volume_(loop_, options.system_volume ? PulseVolume::Scope::System : PulseVolume::Scope::Program),
       volume_(output_volume_, options.volume_slider),
-      web_engines_(*this, with_dropped_frames(options.pages), options.inspect_pages), video_cache_(options.video_cache),
-      calendar_(options.calendar), screen_(*this, options.covered)
+      web_engines_(front_, with_dropped_frames(options.pages), options.inspect_pages),
+      video_cache_(options.video_cache), calendar_(options.calendar), screen_(front_, options.covered)
 {
-    shared<OpenNetworks>().open = open_zone();
+    front_.shared<OpenNetworks>().open = open_zone();
     if (options.volume)
         output_volume_.set_value(*options.volume);
-    output_volume_.on_change = [this] { output_volume_changed(); };
+    output_volume_.on_change = [this] { front_.output_volume_changed(); };
     players_.options.silent = options.silent;
     players_.options.volume = [this] { return output_volume_.player_volume(); };
     players_.options.on_end = [this](const GstPlayer& player) {
@@ -43,25 +43,25 @@ DesktopPlatform::DesktopPlatform(const Options& options)
     players_.options.on_sound_request = [this](const GstPlayer& player, SoundRequest request) {
         sound_requested(player, request);
     };
-    device_.on_interface_rotated = [this](UIInterfaceOrientation from) { notify_rotation(*this, from); };
+    device_.on_interface_rotated = [this](UIInterfaceOrientation from) { notify_rotation(front_, from); };
     screen_.on_turned = [this](bool wide) {
         device_.turn(wide ? UIDeviceOrientationLandscapeLeft : UIDeviceOrientationPortrait);
     };
     // The controller's own log line contains neither the page's address nor the reason.
     fetcher_.on_page_failure = [this](const std::string& address, const std::string& reason) {
-        emit(event::PageFailed{address, reason});
+        front_.emit(event::PageFailed{address, reason});
     };
-    players_.options.on_failure = [this](const std::string& reason) { emit(event::PlayerFailed{reason}); };
+    players_.options.on_failure = [this](const std::string& reason) { front_.emit(event::PlayerFailed{reason}); };
 }
 
 DesktopPlatform::~DesktopPlatform()
 {
     // The callbacks retain objects, which look up the current platform when they are destroyed.
-    const PlatformScope scope(*this);
-    set_event_sink(nullptr);
+    const PlatformScope scope(front_);
+    front_.set_event_sink(nullptr);
     output_volume_.on_change = nullptr;
     fetcher_.abandon();
-    tear_down(*this);
+    tear_down(front_);
     fetcher_.finish(last_requests_seconds_);
 }
 
@@ -100,7 +100,8 @@ void DesktopPlatform::sound_requested(const GstPlayer& player, SoundRequest requ
     else
         interrupted_.erase(&player);
     if (interrupted_.empty() == was_interrupted)
-        audio_interrupted(was_interrupted ? AVAudioSessionInterruptionTypeEnded : AVAudioSessionInterruptionTypeBegan);
+        front_.audio_interrupted(was_interrupted ? AVAudioSessionInterruptionTypeEnded
+                                                 : AVAudioSessionInterruptionTypeBegan);
 }
 
 void DesktopPlatform::show()
@@ -114,14 +115,14 @@ void DesktopPlatform::show()
 void DesktopPlatform::leave_app()
 {
     players_.leave_app();
-    loop_.post([this] { application_did_enter_background(); });
+    loop_.post([this] { front_.application_did_enter_background(); });
 }
 
 void DesktopPlatform::return_to_app()
 {
-    loop_.post([this] { application_will_enter_foreground(); });
-    loop_.post([this] { application_did_become_active(); });
-    loop_.post([this] { notify_appearance(*this); });
+    loop_.post([this] { front_.application_will_enter_foreground(); });
+    loop_.post([this] { front_.application_did_become_active(); });
+    loop_.post([this] { notify_appearance(front_); });
 }
 
 void DesktopPlatform::change_volume(float step)

@@ -60,7 +60,9 @@ public:
         bool inspect_pages = false;
     };
 
-    explicit DesktopPlatform(const Options& options);
+    /// @param front the platform that sessions use in this one's place, such as one that records them; outlives this
+    ///        object. Null for this
+    explicit DesktopPlatform(const Options& options, Platform* front = nullptr);
     /// Ends all events, destroys shared objects, and waits for pending requests (last_requests_seconds).
     ~DesktopPlatform() override;
 
@@ -138,6 +140,7 @@ private:
     /// Returns freed memory to the kernel some seconds after a player was destroyed.
     void return_memory_later();
 
+    Platform& front_;
     const double last_requests_seconds_;
     bool returns_memory_ = false;
     bool has_more_to_return_ = false;
@@ -145,7 +148,7 @@ private:
     std::set<const GstPlayer*> interrupted_;
     const ReachRule reach_;
     std::unique_ptr<AddedHeaders> added_headers_;
-    GlibLoop loop_{this};
+    GlibLoop loop_{&front_};
     DesktopDevice device_;
     PulseVolume output_volume_;
     Volume volume_;

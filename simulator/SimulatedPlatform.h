@@ -22,7 +22,8 @@ class SimulatedPlatform final : public Platform, public SessionControls
 {
 public:
     /// Copies the world, whose state is that at the session's start.
-    explicit SimulatedPlatform(World world = {});
+    /// @param front the platform that sessions use in this one's place, such as one that records them; null for this
+    explicit SimulatedPlatform(World world = {}, Platform* front = nullptr);
     ~SimulatedPlatform() override;
 
     VirtualLoop& loop() override { return loop_; }
@@ -63,7 +64,8 @@ private:
     };
 
     const World world_;
-    VirtualLoop loop_{*this};
+    Platform& front_;
+    VirtualLoop loop_{front_};
     SimulatedPlayers players_;
     SimulatedWebEngines web_engines_;
     SimulatedDevice device_;
