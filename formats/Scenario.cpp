@@ -308,13 +308,22 @@ VideoSetup read_video(const Reader& reader, VideoSetup setup)
     return setup;
 }
 
+/// Whether a step touches an element of the page, as only played sessions can.
+bool touches_elements(const detail::Json& steps)
+{
+    return steps.is_array() && std::ranges::any_of(steps, [](const detail::Json& step) {
+               return step.is_object() && step.contains("touch") && step["touch"].is_object();
+           });
+}
+
 } // namespace
 
 Scenario read_scenario(std::string_view text, const std::string& file)
 {
     const detail::Json json = detail::parse_json(text, file);
     const Reader reader(json, file);
-    reader.with_keys({"device", "host", "text", "net", "video", "videos", "ad", "steps"});
+    // A recording is a scenario, too; what it records is not read here.
+    reader.with_keys({"recording", "device", "host", "text", "net", "video", "videos", "ad", "steps", "replay"});
     Scenario scenario;
     if (const auto device = reader.at("device"))
         scenario.world.device = read_device(*device);
@@ -349,7 +358,7 @@ Scenario read_scenario(std::string_view text, const std::string& file)
     const auto steps = reader.at("steps");
     if (!steps)
         throw InputError(file, "", "expected \"steps\"");
-    scenario.steps = detail::read_steps(*steps, true);
+    scenario.steps = detail::read_steps(*steps, !reader.at("replay") || !touches_elements(steps->json()));
     return scenario;
 }
 
