@@ -1,0 +1,233 @@
+#include "Places.h"
+#include "formats/AdFile.h"
+#include "formats/InputFile.h"
+#include "host/OpenedAd.h"
+#include "host/Rehearsal.h"
+#include "record/RecordFile.h"
+#include "record/Recording.h"
+#include "record/TapedPlatform.h"
+#include "simulator/SimulatedPlatform.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sstream>
+#include <string>
+#include <unistd.h>
+#include <utility>
+
+// A simulated session is recorded as a played one is, and replayed.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+struct Recorded {
+    std::string text;
+    std::string trace;
+};
+
+Recorded record(const std::string& scenario_text, bool redacts = true)
+{
+    const Scenario scenario = read_scenario(scenario_text, "scenario");
+    Recorded made;
+    bool first = true;
+    TapedPlatform taped;
+    Recorder recorder(taped, {[&](std::string_view head) { made.text = head; },
+                              [&](std::string_view entry) {
+                                  made.text += std::exchange(first, false) ? "\n" : ",\n";
+                                  made.text += entry;
+                              }});
+    SimulatedPlatform machine(scenario.world, &taped);
+    taped.record_to(recorder, machine, [&] {
+        machine.players().leave_app();
+        taped.application_did_enter_background();
+    });
+    TapedControls controls(recorder, &machine);
+    const Redaction redaction = redacts ? Redaction(scenario.world.device.facts, scenario.host) : Redaction();
+    Trace trace(recorder.clock(), TraceFormat::Json, [&](std::string_view line) { made.trace += redaction.of(line); });
+    recorder.begin(recording_head(scenario.world.device, scenario.host, *scenario.ad, scenario.steps, redacts),
+                   redaction, machine.loop());
+    recorder.forward_to(&trace);
+    std::unique_ptr<OpenedAd> ad;
+    recorder.host("open", [&] {
+        ad = std::make_unique<OpenedAd>(taped, copy_of(*scenario.ad), nullptr, scenario.host,
+                                        Rehearsal{scenario.steps, controls, nullptr});
+    });
+    machine.run_until(scenario.steps.empty() ? 1 : scenario.steps.back().at + 1);
+    recorder.end();
+    taped.set_event_sink(nullptr);
+    ad.reset();
+    made.text += RecordingTail;
+    return made;
+}
+
+std::string replayed(const std::string& text)
+{
+    std::string trace;
+    replay(text, "recording.json", TraceFormat::Json, [&](std::string_view line) { trace += line; });
+    return trace;
+}
+
+void expect_same(const std::string& scenario)
+{
+    const Recorded made = record(scenario);
+    ASSERT_FALSE(made.trace.empty());
+    EXPECT_TRUE(nlohmann::json::accept(made.text));
+    EXPECT_TRUE(is_recording(made.text));
+    EXPECT_EQ(replayed(made.text), made.trace);
+}
+
+/// A session of random touches, turns, stalls and departures.
+std::string random_session(unsigned seed)
+{
+    std::mt19937 random(seed);
+    nlohmann::json scenario =
+        nlohmann::json::parse(read_input_file(QORO_SOURCE_DIR "/examples/simulator/first-session.json"));
+    scenario["host"] = {{"autorotates", {1, 3, 4}}, {"guard", true}, {"trackerLimit", true}};
+    nlohmann::json steps = {{{"open", 0}}};
+    double at = 0;
+    for (int n = 0; n < 40; ++n) {
+        at += static_cast<double>(random() % 1000) / 1000;
+        nlohmann::json step{{"at", at}};
+        switch (random() % 6) {
+        case 0:
+            step["device"] = {{"orientation", 1 + random() % 4}, {"statusBarOrientation", 1 + random() % 4}};
+            break;
+        case 1:
+            step["device"] = {{"outputVolume", static_cast<double>(random() % 10) / 10}};
+            break;
+        case 2:
+            step["app"] = random() % 2 == 0 ? "background" : "active";
+            break;
+        case 3:
+            step["script"] = {"setVideoSeekToTime", random() % 12};
+            break;
+        case 4:
+            step["player"] = {{"stall", 0.5}};
+            break;
+        default:
+            step["touch"] = {random() % 375, random() % 812};
+            break;
+        }
+        steps.push_back(step);
+    }
+    scenario["steps"] = steps;
+    return scenario.dump();
+}
+
+std::string first_session()
+{
+    return read_input_file(QORO_SOURCE_DIR "/examples/simulator/first-session.json");
+}
+
+} // namespace
+
+TEST(Replay, GivesTheSameTraceOfTheExamples)
+{
+    int sessions = 0;
+    for (const auto& file : std::filesystem::directory_iterator(QORO_SOURCE_DIR "/examples/simulator")) {
+        const std::string text = file.path().extension() == ".json" ? read_input_file(file.path().string()) : "";
+        if (text.empty() || !read_scenario(text, file.path().string()).ad)
+            continue;
+        SCOPED_TRACE(file.path().string());
+        expect_same(text);
+        ++sessions;
+    }
+    EXPECT_GT(sessions, 0);
+}
+
+TEST(Replay, GivesTheSameTraceOfRandomSessions)
+{
+    for (unsigned seed = 1; seed <= 12; ++seed) {
+        SCOPED_TRACE(seed);
+        expect_same(random_session(seed));
+    }
+}
+
+TEST(Replay, EndsWhereARecordingWasCutOff)
+{
+    const Recorded made = record(first_session());
+    const std::size_t middle = made.text.rfind(",\n", made.text.size() / 2);
+    const std::string trace = replayed(made.text.substr(0, middle) + std::string(RecordingTail));
+    EXPECT_FALSE(trace.empty());
+    EXPECT_LT(trace.size(), made.trace.size());
+    EXPECT_TRUE(made.trace.starts_with(trace));
+}
+
+TEST(Replay, NamesTheEntryAtWhichItDiffers)
+{
+    nlohmann::ordered_json recording = nlohmann::ordered_json::parse(record(first_session()).text);
+    auto& entries = recording["replay"];
+    std::size_t changed = 0;
+    for (std::size_t n = 0; n < entries.size() && changed == 0; ++n)
+        if (entries[n].contains("line") && entries[n]["line"]["what"] == "request") {
+            entries[n]["line"]["url"] = "http://t.example/another";
+            changed = n;
+        }
+    ASSERT_GT(changed, 0U);
+    try {
+        replayed(recording.dump());
+        FAIL() << "no difference was found";
+    } catch (const ReplayDifference& difference) {
+        EXPECT_EQ(std::string(difference.what()).find('\n'), std::string::npos);
+        EXPECT_TRUE(std::string(difference.what()).starts_with("recording.json: /replay/" + std::to_string(changed)))
+            << difference.what();
+    }
+}
+
+TEST(Replay, NothingIdentifiesTheViewerUnlessAskedFor)
+{
+    nlohmann::json scenario = nlohmann::json::parse(first_session());
+    scenario["device"]["imei"] = "490154203237518";
+    scenario["host"]["guid"] = "viewer-0815-cookie";
+    scenario["host"]["session"] = 1723456789;
+    scenario["ad"]["dicTrackingUrls"]["start"] = {
+        "http://t.example/s?g={Zulix-Guid}&s={Zulix-Sid}&u={Zulix-uuid}&m={Zulix-uuid-md5}"};
+    const Recorded redacted = record(scenario.dump());
+    const Recorded whole = record(scenario.dump(), false);
+    for (const char* identifier : {"490154203237518", "viewer-0815-cookie", "1723456789"}) {
+        EXPECT_EQ(redacted.text.find(identifier), std::string::npos) << identifier;
+        EXPECT_EQ(redacted.trace.find(identifier), std::string::npos) << identifier;
+        EXPECT_NE(whole.text.find(identifier), std::string::npos) << identifier;
+        EXPECT_NE(whole.trace.find(identifier), std::string::npos) << identifier;
+    }
+    EXPECT_EQ(replayed(redacted.text), redacted.trace);
+    EXPECT_EQ(replayed(whole.text), whole.trace);
+    EXPECT_NE(redacted.text.substr(0, redacted.text.find('\n')).find("personal data"), std::string::npos);
+}
+
+TEST(RecordFile, IsCompleteJsonAfterEveryFlush)
+{
+    std::string name = (std::filesystem::temp_directory_path() / "record-XXXXXX").string();
+    close(mkstemp(name.data()));
+    const auto entries = [&] {
+        std::stringstream text;
+        text << std::ifstream(name).rdbuf();
+        return nlohmann::json::parse(text.str()).value("replay", nlohmann::json::array()).size();
+    };
+    {
+        RecordFile file(name);
+        EXPECT_EQ(entries(), 0U);
+        file.begin("{\"recording\":\"\",\n\"replay\":[");
+        EXPECT_EQ(entries(), 0U);
+        for (std::size_t n = 0; n < 5; ++n) {
+            file.add(R"({"read":"now"})");
+            file.add(R"({"read":"now"})");
+            EXPECT_EQ(entries(), 2 * n);
+            file.flush();
+            EXPECT_EQ(entries(), 2 * n + 2);
+        }
+        file.add(R"({"read":"now"})");
+    }
+    EXPECT_EQ(entries(), 11U);
+    std::filesystem::remove(name);
+}
+
+} // namespace qoro::test
