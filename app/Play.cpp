@@ -20,8 +20,12 @@
 #include "host/SessionControls.h"
 #include "host/desktop/DesktopTag.h"
 #include "host/desktop/ServedAd.h"
+#include "kit/NetworkZone.h"
 #include "kit/StandIn.h"
 #include "platform/Numbers.h"
+#include "record/RecordFile.h"
+#include "record/Recording.h"
+#include "record/TapedPlatform.h"
 
 #include <gdk/gdkkeysyms.h>
 #include <glib-unix.h>
@@ -36,6 +40,7 @@
 #include <memory>
 #include <optional>
 #include <set>
+#include <string_view>
 #include <utility>
 #include <variant>
 
@@ -55,6 +60,8 @@ constexpr double LastRequestsPatience = 2;
 constexpr double LastRequestsInterval = 0.01;
 /// Seconds that a page always has to receive the close event.
 constexpr double LastNews = 0.25;
+/// Seconds between two flushes of a recording: less than the second that a crash may lose.
+constexpr double FlushInterval = 0.5;
 
 /// Writes the log to standard error.
 /// @param from absent for no line
@@ -111,10 +118,25 @@ private:
 
     static gboolean signalled(gpointer self);
 
+    void record();
+    void begin_recording(const HostSetup& host);
+    void by_host(std::string_view what, const std::function<void()>& work, const Value& of = {});
+    void outside(const std::function<void()>& work);
+    LineSink trace_sink() const;
+
     const PlayOptions& options_;
     PlayInput input_;
     const std::optional<TraceFile> trace_file_;
+    /// Absent unless the session is recorded; otherwise the ad's platform.
+    /// @{
+    std::optional<RecordFile> record_file_;
+    std::optional<TapedPlatform> taped_;
+    std::optional<Recorder> recorder_;
+    std::optional<TapedControls> taped_controls_;
+    /// @}
     DesktopPlatform platform_;
+    /// The ad's platform.
+    Platform& ads_;
     std::optional<Trace> trace_;
     std::unique_ptr<ServedAd> served_;
     /// Receives the last trackers of the ad that the present one has replaced.
@@ -144,11 +166,17 @@ private:
 };
 
 Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceFile> trace_file)
-    : options_(options), input_(std::move(input)), trace_file_(std::move(trace_file)), platform_(input_.platform)
+    : options_(options), input_(std::move(input)), trace_file_(std::move(trace_file)),
+      taped_(options.record_file.empty() ? std::nullopt : std::optional<TapedPlatform>(std::in_place)),
+      platform_(input_.platform, taped_ ? &*taped_ : nullptr),
+      ads_(taped_ ? static_cast<Platform&>(*taped_) : platform_)
 {
+    if (taped_)
+        record();
     if (trace_file_)
-        trace_.emplace(platform_.loop(), trace_file_->format(), trace_file_->sink());
-    platform_.set_event_sink(this);
+        trace_.emplace(recorder_ ? static_cast<const MainLoop&>(recorder_->clock()) : platform_.loop(),
+                       trace_file_->format(), trace_sink());
+    ads_.set_event_sink(this);
     if (options_.watch)
         files_ = std::make_unique<FileWatch>([this] { reload(); });
     for (std::size_t n = 0; n < signals_.size(); ++n)
@@ -157,7 +185,9 @@ Player::Player(const PlayOptions& options, PlayInput input, std::optional<TraceF
 
 Player::~Player()
 {
-    platform_.set_event_sink(nullptr);
+    if (recorder_)
+        recorder_->end();
+    ads_.set_event_sink(nullptr);
     files_.reset();
     opened_.reset();
     tag_.reset();
@@ -182,7 +212,10 @@ int Player::run()
     schedule();
     platform_.loop().run();
     const bool trace_failed = trace_file_ && trace_file_->has_failed();
-    return has_failed_ || trace_failed ? 1 : 0;
+    if (record_file_)
+        record_file_->flush();
+    const bool record_failed = record_file_ && record_file_->has_failed();
+    return has_failed_ || trace_failed || record_failed ? 1 : 0;
 }
 
 void Player::open()
@@ -197,12 +230,15 @@ void Player::open()
     HostSetup host = input_.host;
     host.log = log_lines(options_.log);
     const auto prepared = [this] {
-        // The controller forces the device upright as it is made.
-        if (input_.orientation != platform_.device().orientation())
-            platform_.device().hold(input_.orientation);
-        platform_.device().follow_sensor();
+        outside([this] {
+            // The controller forces the device upright as it is made.
+            if (input_.orientation != platform_.device().orientation())
+                platform_.device().hold(input_.orientation);
+            platform_.device().follow_sensor();
+        });
     };
-    Rehearsal rehearsal{input_.steps, *this, prepared};
+    SessionControls& controls = taped_controls_ ? static_cast<SessionControls&>(*taped_controls_) : *this;
+    Rehearsal rehearsal{input_.steps, controls, prepared};
     if (input_.tag)
         open_tag(std::move(host), std::move(rehearsal));
     else
@@ -216,8 +252,15 @@ void Player::open_ad(const HostSetup& host, Rehearsal rehearsal)
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address_on_server(address, served_->base()), path);
     watch_files();
-    opened_ = std::make_unique<OpenedAd>(
-        platform_, served_->ad(), [this](const AdOutcome& outcome) { ended(outcome); }, host, std::move(rehearsal));
+    if (recorder_)
+        begin_recording(host);
+    by_host(
+        "open",
+        [&] {
+            opened_ = std::make_unique<OpenedAd>(
+                ads_, served_->ad(), [this](const AdOutcome& outcome) { ended(outcome); }, host, std::move(rehearsal));
+        },
+        static_cast<int>(ads_.shared<OpenNetworks>().open));
 }
 
 void Player::open_tag(HostSetup host, Rehearsal rehearsal)
@@ -229,13 +272,17 @@ void Player::open_tag(HostSetup host, Rehearsal rehearsal)
     TagOptions options = tag_hosts_->options();
     options.resolver.band.width = input_.band_pixels;
     tag_ = std::make_unique<OpenedTag>(
-        platform_, *input_.tag, [this](const TagOutcome& outcome) { tag_ended(outcome); }, std::move(host),
+        ads_, *input_.tag, [this](const TagOutcome& outcome) { tag_ended(outcome); }, std::move(host),
         std::move(options), std::move(rehearsal));
 }
 
 bool Player::leave_screen()
 {
-    return opened_ ? opened_->leave_screen() : tag_ && tag_->leave_screen();
+    if (!opened_)
+        return tag_ && tag_->leave_screen();
+    bool left = false;
+    by_host("leaveScreen", [&] { left = opened_->leave_screen(); });
+    return left;
 }
 
 /// The files that the options name. Those of the ad's folder are added as they are requested, so that files that this
@@ -255,7 +302,7 @@ void Player::watch_files()
 void Player::served(const AdServerHit& hit)
 {
     if (hit.tracker) {
-        platform_.loop().post([this, hit] { platform_.emit(event::ServerHit{hit.method, hit.target}); });
+        platform_.loop().post([this, hit] { ads_.emit(event::ServerHit{hit.method, hit.target}); });
     } else if (options_.watch) {
         const std::string path =
             take_text(g_uri_unescape_string(hit.target.substr(0, hit.target.find('?')).c_str(), "/"));
@@ -280,7 +327,7 @@ void Player::reload()
     }
     opened_.reset();
     tag_.reset();
-    remove_stand_ins(platform_);
+    remove_stand_ins(ads_);
     input_ = std::move(*fresh);
     for (Step& step : input_.steps)
         step.at += platform_.loop().now();
@@ -370,6 +417,61 @@ void Player::take_snapshot(double seconds)
     const std::string problem = platform_.display().snapshot_png(path.string());
     if (!problem.empty())
         fail(path.string() + ": the picture could not be written: " + problem);
+}
+
+// -------------------------------------------------------------------------------------------------------- recording
+
+/// Puts the recording between the ad and the platform. It begins with the ad.
+void Player::record()
+{
+    record_file_.emplace(options_.record_file);
+    recorder_.emplace(*taped_, RecordSink{[this](std::string_view head) { record_file_->begin(head); },
+                                          [this](std::string_view entry) { record_file_->add(entry); }});
+    taped_controls_.emplace(*recorder_, this);
+    taped_->record_to(*recorder_, platform_, [this] { platform_.leave_app(); });
+}
+
+void Player::begin_recording(const HostSetup& host)
+{
+    DesktopDevice& device = platform_.device();
+    const DeviceSetup setup{.facts = device.facts(),
+                            .orientation = input_.orientation,
+                            .status_bar_orientation = device.status_bar_orientation(),
+                            .status_bar_hidden = device.status_bar_hidden(),
+                            .output_volume = platform_.volume().value(),
+                            .volume_slider = platform_.volume().has_slider(),
+                            .calendar = platform_.calendar().available()};
+    const bool redacts = !options_.record_identifiers;
+    recorder_->begin(recording_head(setup, host, *served_->ad(), input_.steps, redacts),
+                     redacts ? Redaction(setup.facts, host) : Redaction(), platform_.loop());
+    recorder_->forward_to(this);
+    platform_.loop().start_timer(FlushInterval, true, [this] { record_file_->flush(); });
+}
+
+/// What the host does to the ad, rather than the ad itself or the machine.
+void Player::by_host(std::string_view what, const std::function<void()>& work, const Value& of)
+{
+    if (recorder_)
+        recorder_->host(what, work, of);
+    else
+        work();
+}
+
+/// Work of the machine inside an event of the ad.
+void Player::outside(const std::function<void()>& work)
+{
+    if (recorder_)
+        recorder_->outside(work);
+    else
+        work();
+}
+
+/// Of a recorded session the trace is redacted as the recording is, so that a replay gives the same.
+LineSink Player::trace_sink() const
+{
+    if (!recorder_)
+        return trace_file_->sink();
+    return [sink = trace_file_->sink(), this](std::string_view line) { sink(recorder_->redaction().of(line)); };
 }
 
 // ------------------------------------------------------------------------------------------------------------ the end
@@ -465,7 +567,8 @@ void Player::close_ad(ClosedBy closer)
         return;
     }
     if (opened_)
-        opened_->close(closer);
+        by_host(
+            "close", [&] { opened_->close(closer); }, static_cast<int>(closer));
     if (tag_)
         tag_->close(closer);
     end();

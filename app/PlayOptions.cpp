@@ -144,7 +144,7 @@ void add_play_options(CLI::App& command, PlayOptions& options)
     command.add_flag("--allow-private-network", options.allow_private_network,
                      "The ad and its page reach private networks, such as a studio's own servers");
     command.add_flag("--inspect", options.inspect, "Open the page's inspector, in a window of its own");
-    command.add_flag("--watch", options.watch, "Open the ad again whenever one of its files changes");
+    auto* watch = command.add_flag("--watch", options.watch, "Open the ad again whenever one of its files changes");
     command.add_option("--for", options.seconds, "Close the ad after so many seconds")
         ->type_name("SECONDS")
         ->check(seconds);
@@ -152,6 +152,16 @@ void add_play_options(CLI::App& command, PlayOptions& options)
     add_log_option(command, options.log);
     command.add_option("--trace", options.trace_file, "Write down what happens; - for standard output")
         ->type_name("FILE");
+    auto* record = command
+                       .add_option("--record", options.record_file,
+                                   "Record the session, for qoro-ad simulate to replay; identifiers are redacted, in "
+                                   "the recording and in the trace")
+                       ->type_name("FILE")
+                       ->excludes(watch);
+    command
+        .add_flag("--record-identifiers", options.record_identifiers,
+                  "Leave identifiers of the device, the viewer and the session in the recording and in the trace")
+        ->needs(record);
     auto* snapshots =
         command.add_option("--snapshot", options.snapshots, "Take pictures of the screen at these times: 2,6")
             ->delimiter(',')

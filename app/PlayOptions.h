@@ -57,6 +57,10 @@ struct PlayOptions {
     std::optional<ZulixLogTag> log = ZulixLogTagOfWarnning;
     /// "-" for standard output.
     std::string trace_file;
+    /// Where the session is recorded; empty for nowhere.
+    std::string record_file;
+    /// Whether the recording and the trace hold identifiers as they are.
+    bool record_identifiers = false;
     /// Times of pictures, seconds.
     std::vector<double> snapshots;
     std::string out_folder;

@@ -11,6 +11,8 @@
 #include "formats/InputFile.h"
 #include "formats/JsonText.h"
 #include "formats/LogLines.h"
+#include "record/RecordedScenario.h"
+#include "record/Recording.h"
 #include "simulator/Simulation.h"
 #include "simulator/Summary.h"
 
@@ -49,6 +51,7 @@ constexpr const char* Advice =
     "  qoro-ad simulate session.json --summary              the timeline, then trackers, times and leftovers\n"
     "  qoro-ad simulate ad.json --summary                   an ad without a scenario, from its own folder\n"
     "  qoro-ad simulate tag.xml --summary                   a VAST tag; its documents are fetched first\n"
+    "  qoro-ad simulate recording.json                      what play --record wrote: the same trace again\n"
     "  qoro-ad simulate one.json two.json --jobs 2          several sessions, one after the other\n"
     "  qoro-ad simulate --jsonl <many.jsonl >results.jsonl  a scenario a line in, a result a line out\n\n"
     "Exit status: 0 every session ran; 2 a scenario or an option is not usable (one line on standard error says\n"
@@ -209,10 +212,25 @@ void run_file(const std::string& file, const SimulateOptions& options, const Fil
         write_remarks(made);
         input.text = made.text;
     }
-    const Scenario scenario = read_scenario(input.text, input.name);
-    if (style.named)
-        write_header(file, style.format, sink);
-    run_scenario(scenario, input.name, style, sink, sink);
+    const bool recorded = input.kind == InputKind::Scenario && is_recording(input.text);
+    if (options.as_scenario) {
+        if (!recorded)
+            throw InputError(input.name, "", "--as-scenario: expected a recording of qoro-ad play --record");
+        return sink(scenario_of_recording(input.text, input.name));
+    }
+    if (recorded) {
+        if (style.summary)
+            throw InputError(input.name, "/replay", "a replay has no summary; expected a scenario, or no --summary");
+        if (style.named)
+            write_header(file, style.format, sink);
+        const SessionLog log(style.log, input.name);
+        replay(input.text, input.name, style.format, sink, log.sink());
+    } else {
+        const Scenario scenario = read_scenario(input.text, input.name);
+        if (style.named)
+            write_header(file, style.format, sink);
+        run_scenario(scenario, input.name, style, sink, sink);
+    }
     if (style.named && style.format == TraceFormat::Text)
         sink("\n");
 }
@@ -230,6 +248,8 @@ int run_files(const SimulateOptions& options)
     const FileStyle style = style_of(options);
     Output output;
     int status = 0;
+    // Whether a replay differs from its recording, which is no mistake of the input.
+    std::atomic<bool> differs = false;
     {
         Count count(options.files.size());
         OrderedWork work(
@@ -242,18 +262,26 @@ int run_files(const SimulateOptions& options)
                     return;
                 count.make_way();
                 std::cerr << "qoro-ad: " << complaint << '\n';
-                status = UnusableInput;
+                if (!differs)
+                    status = UnusableInput;
             });
         for (const std::string& file : options.files) {
             if (output.failed() || Interruption::requested())
                 break;
             work.add([&](const LineSink& sink) {
-                return complaint_of(file, [&] { run_file(file, options, style, sink); });
+                return complaint_of(file, [&] {
+                    try {
+                        run_file(file, options, style, sink);
+                    } catch (const ReplayDifference&) {
+                        differs = true;
+                        throw;
+                    }
+                });
             });
         }
     }
     output.check();
-    return status;
+    return status == 0 && differs ? 1 : status;
 }
 
 // -------------------------------------------------------------------------------------------------------------- lines
@@ -422,6 +450,8 @@ void add_simulate_options(CLI::App& command, SimulateOptions& options)
             "The trace: an object a line, or a timeline to read; json unless there is a summary")
         ->type_name("json|text")
         ->check(CLI::Validator(check_format, ""));
+    command.add_flag("--as-scenario", options.as_scenario,
+                     "Write the scenario of a recording instead: steps that can be changed and left out");
     command.add_flag("--summary", options.summary,
                      "End with the trackers sent, the times, and what the ad left behind");
     command.add_flag("--jsonl", options.jsonl,

@@ -25,6 +25,8 @@ struct SimulateOptions {
     /// Absent: JSON, or text when a summary is requested.
     std::optional<TraceFormat> format;
     bool summary = false;
+    /// Write the scenario of a recording rather than run anything.
+    bool as_scenario = false;
     /// Level from which lines of the ads' logs go to standard error; absent for none.
     std::optional<ZulixLogTag> log;
     unsigned jobs = 1;
@@ -35,7 +37,7 @@ struct SimulateOptions {
 void add_simulate_options(CLI::App& command, SimulateOptions& options);
 
 /// Simulates the given scenarios, or the ad, and writes the results to standard output.
-/// @return the exit status: 0, or 2 when a scenario was invalid; errors are on standard error
+/// @return the exit status: 0, 1 when a replay differs from its recording, or 2 when a scenario was invalid; errors are on standard error
 /// @throws InputError when the options conflict, and for an invalid ad
 /// @throws std::runtime_error when writing to standard output fails
 int simulate_command(const SimulateOptions& options);

@@ -1,6 +1,8 @@
 #include "app/WorkbenchInput.h"
 
 #include "formats/InputError.h"
+#include "record/RecordedScenario.h"
+#include "record/Recording.h"
 
 #include <utility>
 
@@ -43,6 +45,9 @@ BaseScenario read_base_scenario(const std::string& named, const SimulatedAdOptio
 BaseScenario base_scenario_of(AdInput input, const SimulatedAdOptions& options)
 {
     if (input.kind == InputKind::Scenario) {
+        // A strict replay has nothing to vary.
+        if (is_recording(input.text))
+            input.text = scenario_of_recording(input.text, input.name);
         // Complains about the file's own mistakes.
         read_scenario(input.text, input.name);
         ScenarioText scenario(input.text, input.name);

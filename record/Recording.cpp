@@ -174,7 +174,7 @@ void replay(const std::string& text, const std::string& file, TraceFormat format
     ReplayedSession session(scenario, entries, format, sink, log);
     const Replayer& replayer = session.run();
     if (!replayer.difference().empty())
-        throw ReplayDifference(file + ": /replay/" + std::to_string(replayer.place()) + " (line " +
+        throw ReplayDifference("/replay/" + std::to_string(replayer.place()) + " (line " +
                                std::to_string(first_line(text) + replayer.place()) +
                                "): the replay differs after line " + std::to_string(replayer.lines()) +
                                " of the trace: " + replayer.difference());

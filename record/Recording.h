@@ -24,8 +24,7 @@ inline constexpr std::string_view RecordingTail = "\n]}\n";
 /// Whether a text is a recording, rather than any other scenario. False for text that is no JSON.
 bool is_recording(std::string_view text);
 
-/// A replayed session differs from the recorded one. The text is one line: the file, the entry's path and line, and
-/// what differs.
+/// A replayed session differs from the recorded one. The text is one line: the entry's path and line, and what differs.
 struct ReplayDifference : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

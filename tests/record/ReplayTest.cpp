@@ -4,9 +4,11 @@
 #include "host/OpenedAd.h"
 #include "host/Rehearsal.h"
 #include "record/RecordFile.h"
+#include "record/RecordedScenario.h"
 #include "record/Recording.h"
 #include "record/TapedPlatform.h"
 #include "simulator/SimulatedPlatform.h"
+#include "simulator/Simulation.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -19,6 +21,7 @@
 #include <string>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 // A simulated session is recorded as a played one is, and replayed.
 
@@ -177,7 +180,7 @@ TEST(Replay, NamesTheEntryAtWhichItDiffers)
         FAIL() << "no difference was found";
     } catch (const ReplayDifference& difference) {
         EXPECT_EQ(std::string(difference.what()).find('\n'), std::string::npos);
-        EXPECT_TRUE(std::string(difference.what()).starts_with("recording.json: /replay/" + std::to_string(changed)))
+        EXPECT_TRUE(std::string(difference.what()).starts_with("/replay/" + std::to_string(changed)))
             << difference.what();
     }
 }
@@ -201,6 +204,23 @@ TEST(Replay, NothingIdentifiesTheViewerUnlessAskedFor)
     EXPECT_EQ(replayed(redacted.text), redacted.trace);
     EXPECT_EQ(replayed(whole.text), whole.trace);
     EXPECT_NE(redacted.text.substr(0, redacted.text.find('\n')).find("personal data"), std::string::npos);
+}
+
+TEST(RecordedScenario, SendsTheSameTrackersWithoutTheRecordedEntries)
+{
+    const auto trackers = [](const std::string& trace) {
+        std::vector<std::string> sent;
+        std::istringstream lines(trace);
+        for (std::string line; std::getline(lines, line);)
+            if (const auto json = nlohmann::json::parse(line); json["what"] == "request" && json["for"] == "tracking")
+                sent.push_back(json["url"]);
+        return sent;
+    };
+    const Recorded made = record(first_session());
+    const std::string scenario = scenario_of_recording(made.text, "recording.json");
+    EXPECT_FALSE(is_recording(scenario));
+    EXPECT_FALSE(trackers(made.trace).empty());
+    EXPECT_EQ(trackers(simulate(read_scenario(scenario, "scenario"))), trackers(made.trace)) << scenario;
 }
 
 TEST(RecordFile, IsCompleteJsonAfterEveryFlush)
