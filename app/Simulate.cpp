@@ -301,6 +301,8 @@ std::string simulated_line(const std::string& line, const std::string& name, std
 {
     if (line.size() > LargestInput)
         throw InputError(name, "", "larger than 64 MiB");
+    if (is_recording(line))
+        throw InputError(name, "/replay", "expected a scenario; qoro-ad simulate FILE replays a recording");
     const Scenario scenario = read_scenario(line, name);
     const SessionLog log(log_from, name);
     std::string result = R"("trace":[)";
