@@ -37,7 +37,8 @@ struct SimulateOptions {
 void add_simulate_options(CLI::App& command, SimulateOptions& options);
 
 /// Simulates the given scenarios, or the ad, and writes the results to standard output.
-/// @return the exit status: 0, 1 when a replay differs from its recording, or 2 when a scenario was invalid; errors are on standard error
+/// @return the exit status: 0, 1 when a replay differs from its recording, or 2 when a scenario was invalid; errors are
+/// on standard error
 /// @throws InputError when the options conflict, and for an invalid ad
 /// @throws std::runtime_error when writing to standard output fails
 int simulate_command(const SimulateOptions& options);
