@@ -149,9 +149,13 @@ const std::vector<Case>& cases()
              "ad": {"portraitVideoPos": 6, "bIsHideFullPortraitVideoAtEnd": true}})",
          R"({"ad": {"portraitVideoPos": 6, "bIsHideFullPortraitVideoAtEnd": true}})", "/ad/strVideoUrl",
          [](const SessionRecord& record) {
-             return std::ranges::adjacent_find(record.sights, [](const Sight& one, const Sight& next) {
-                        return one.open && !one.video && !one.page && next.at - one.at > 1'000'000;
-                    }) != record.sights.end();
+             for (std::size_t i = 0; i < record.sights.size(); ++i) {
+                 const Sight& sight = record.sights[i];
+                 const std::int64_t until = i + 1 < record.sights.size() ? record.sights[i + 1].at : record.end;
+                 if (sight.open && !sight.video && !sight.page && until - sight.at > 1'000'000)
+                     return true;
+             }
+             return false;
          }},
         {"tracker-never-sent",
          R"({"ad": {"dicTrackingUrls": null, "dicProgressTrackingUrls": {"3": ["http://t/three"]}}})",
