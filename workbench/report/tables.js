@@ -95,7 +95,10 @@ function addLedger(go) {
 
   function refill() {
     entries = [...data.trackers];
-    if (!sorted) return fill();
+    if (!sorted) {
+      fill();
+      return;
+    }
     // Choosing the column again turns the order round.
     descending = !descending;
     sortBy(sorted);

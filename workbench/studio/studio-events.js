@@ -302,7 +302,10 @@ function isOverLanes({clientX, clientY}) {
 function showEditor(event, {change, remove}) {
   const form = byId("event-editor");
   form.hidden = !event;
-  if (!event) return form.replaceChildren();
+  if (!event) {
+    form.replaceChildren();
+    return;
+  }
   const field = (label, input) => html("label", {}, `${label} `, input);
   const number = (key, most, unit) =>
     html("input", {

@@ -7,7 +7,15 @@ const token = new URLSearchParams(location.search).get("token") ?? "";
  * What the page knows of its server. "touched" is when a touch that has no picture yet was made, "redrawn" how long the
  * last one took to become a picture, in ms.
  */
-const live = {revision: 0, version: 0, state: {events: []}, chosen: null, busy: Promise.resolve(), touched: null, redrawn: null};
+const live = {
+  revision: 0,
+  version: 0,
+  state: {events: []},
+  chosen: null,
+  busy: Promise.resolve(),
+  touched: null,
+  redrawn: null
+};
 
 /** The matrix's own tables of views and pictures, under keys that the session's do not use. */
 const matrixTables = {views: {}, pictures: {}};
@@ -157,7 +165,7 @@ function addEvent(kind, time) {
   );
 }
 
-// -------------------------------------------------------------------------------------------------------------- touches
+// ------------------------------------------------------------------------------------------------------------- touches
 
 /** The controls that can be tapped now, the topmost last: [name, frame]. */
 function tappableNow() {
