@@ -3,6 +3,7 @@
 #include "app/WorkbenchInput.h"
 #include "formats/InputError.h"
 #include "workbench/check/Output.h"
+#include "workbench/report/MeasuredTexts.h"
 
 #include <CLI/CLI.hpp>
 
@@ -83,7 +84,9 @@ private:
 
 AdReport report_of(const std::string& ad, const CheckCommandOptions& options, Counterexamples& counterexamples)
 {
-    const BaseScenario base = read_base_scenario(ad, options.input);
+    BaseScenario base = read_base_scenario(ad, options.input);
+    if (options.measure)
+        measure_texts(base.scenario, options.measure, TextsToMeasure::OfTheAd);
     const CheckResult result = check_ad(base, options.check);
     AdReport report{.file = base.file, .sessions = result.sessions, .severity = options.check.severity};
     for (const Finding& finding : result.findings)

@@ -1,8 +1,11 @@
 #pragma once
 
 #include "app/SimulatedAd.h"
+#include "platform/Geometry.h"
+#include "platform/Ports.h"
 #include "workbench/check/Check.h"
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,6 +28,8 @@ struct CheckCommandOptions {
     /// Folder for the counterexamples; empty for none.
     std::string out;
     SimulatedAdOptions input;
+    /// Measures a text as the desktop draws it. Empty: this build cannot, and texts have the simulator's widths.
+    std::function<CGSize(const std::string& text, const FontSpec& font)> measure = {};
 };
 
 /// Adds the command's description, options and arguments.

@@ -58,6 +58,7 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
 #endif
     add_simulate_options(*app_.add_subcommand("simulate"), simulate_);
     check_.input = simulate_.ad;
+    check_.measure = report_.measure;
     add_check_options(*app_.add_subcommand("check"), check_);
     explore_.ad = simulate_.ad;
 #ifdef QORO_DESKTOP

@@ -133,6 +133,8 @@ BaseScenario read_shown_ad(const ReportOptions& options)
     BaseScenario base = read_base_scenario(options.input, options.ad);
     if (base.kind == InputKind::Scenario && !options.ad.parts.steps_file.empty())
         throw InputError(base.file, "", "a scenario has steps of its own: expected no --steps");
+    if (options.measure)
+        measure_texts(base.scenario, options.measure, TextsToMeasure::OfTheAd);
     return base;
 }
 

@@ -2,6 +2,7 @@
 #include "workbench/SessionRecord.h"
 #include "workbench/check/Rules.h"
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -189,6 +190,19 @@ const std::vector<Case>& cases()
                  return mute && mute->frame.y + mute->frame.height > 896 - 34;
              });
          }},
+        {"title-cut-off",
+         R"({"ad": {"arrayButtonsInfo": [{"btn_text": "A title that is long", "data": {"u": "https://s.example/"}}]},
+             "text": {"A title that is long": [400, 20]}})",
+         R"({"ad": {"arrayButtonsInfo": [{"btn_text": "A title that is long", "data": {"u": "https://s.example/"}}]},
+             "text": {"A title that is long": [250, 20]}})",
+         "/ad/arrayButtonsInfo/0/btn_text",
+         [](const SessionRecord& record) {
+             return ever(record, [](const Sight& sight) {
+                 const SeenControl* button = control(sight, "btnActionOne");
+                 // The screen shows less of the button than the title needs.
+                 return button && button->visible && button->visible->width < 399;
+             });
+         }},
         {"tracker-sent-twice", R"({"ad": {"dicProgressTrackingUrls": {"0": ["http://t/start"]}}})",
          R"({"ad": {"dicProgressTrackingUrls": {"0": ["http://t/zero"]}}})", "/ad/dicProgressTrackingUrls/0/0",
          [](const SessionRecord& record) { return lines_with(record, R"("url":"http://t/start")") >= 2; }},
@@ -303,6 +317,46 @@ TEST(Check, FilesAndVideosAreJudgedByWhatTheAdsFolderHas)
     base.video_is_unreadable = true;
     findings = found_in(base);
     ASSERT_NE(of_rule(findings, "video-unreadable"), nullptr);
+}
+
+TEST(Check, ATitleHasToFitIntoItsButton)
+{
+    const auto base = [](int width) {
+        Json scenario = changed(R"({"ad": {"arrayButtonsInfo": [)" + Buy + "]}}");
+        scenario["text"]["Buy"] = {width, 20};
+        return base_of(scenario);
+    };
+    // A text is measured for at most 296 points, and the button has 10 points more.
+    EXPECT_EQ(of_rule(found_in(base(300)), "title-cut-off"), nullptr) << text_of(found_in(base(300)));
+    const auto findings = found_in(base(330));
+    const Finding* cut = of_rule(findings, "title-cut-off");
+    ASSERT_NE(cut, nullptr) << text_of(findings);
+    EXPECT_THAT(cut->sentence, testing::HasSubstr("306 of its 330 points are visible on"));
+    const SessionRecord replayed = record_session(ScenarioText(cut->counterexample).scenario());
+    EXPECT_TRUE(ever(replayed, [](const Sight& sight) {
+        const SeenControl* button = control(sight, "btnActionOne");
+        return button && std::max(button->frame.width, button->frame.height) < 330;
+    }));
+}
+
+TEST(Check, ABrandTextHasToFitIntoItsLabel)
+{
+    const auto base = [](int width) {
+        Json scenario = changed(R"({"ad": {"strBrandText": "Lamps and more"}})");
+        scenario["text"]["Lamps and more"] = {width, 24};
+        return base_of(scenario);
+    };
+    EXPECT_EQ(of_rule(found_in(base(296)), "title-cut-off"), nullptr) << text_of(found_in(base(296)));
+    const auto findings = found_in(base(350));
+    const Finding* cut = of_rule(findings, "title-cut-off");
+    ASSERT_NE(cut, nullptr) << text_of(findings);
+    EXPECT_EQ(cut->path, "/ad/strBrandText");
+    EXPECT_THAT(cut->sentence, testing::HasSubstr("296 of its 350 points"));
+    const SessionRecord replayed = record_session(ScenarioText(cut->counterexample).scenario());
+    EXPECT_TRUE(ever(replayed, [](const Sight& sight) {
+        const SeenControl* brand = control(sight, "labelBrandText");
+        return brand && std::max(brand->frame.width, brand->frame.height) < 350;
+    }));
 }
 
 TEST(Check, EveryRuleIsTested)

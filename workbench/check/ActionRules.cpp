@@ -29,15 +29,13 @@ bool leads_somewhere(const CheckedLine& line)
     return (line.what == "kit" || line.what == "super") && std::ranges::find(Acts, line.act) != Acts.end();
 }
 
-/// The index in the ad of the button that a control shows, by its order among those that the device supports; absent
-/// if some are left out.
+} // namespace
+
 std::string path_of_button(const CheckedSession& session, std::size_t control)
 {
     const auto count = session.ad() ? session.ad()->arrayButtonsInfo.count() : 0;
     return control < count ? "/arrayButtonsInfo/" + std::to_string(control) : std::string("/arrayButtonsInfo");
 }
-
-} // namespace
 
 std::vector<Suspicion> button_leads_nowhere(const CheckedSession& session)
 {

@@ -2,6 +2,7 @@
 
 #include "workbench/check/Rules.h"
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,6 +22,7 @@ std::vector<Suspicion> empty_screen(const CheckedSession& session);
 std::vector<Suspicion> control_off_screen(const CheckedSession& session);
 std::vector<Suspicion> control_covered(const CheckedSession& session);
 std::vector<Suspicion> control_in_unsafe_area(const CheckedSession& session);
+std::vector<Suspicion> title_cut_off(const CheckedSession& session);
 
 // TrackerRules.cpp
 std::vector<Suspicion> tracker_never_sent(const CheckedSession& session);
@@ -51,6 +53,11 @@ std::vector<Suspicion> video_proportions(const BaseScenario& ad);
 // PageRules.cpp
 std::vector<Suspicion> page_without_library(const BaseScenario& ad);
 std::vector<Suspicion> page_listens_in_vain(const BaseScenario& ad);
+
+/// JSON path in the ad of the button that a control shows, by its order among those that the device supports; that of
+/// all buttons if some are left out.
+/// @param control 0 or 1
+std::string path_of_button(const CheckedSession& session, std::size_t control);
 
 /// Whether a page's text has a call that closes the ad.
 bool page_can_close(std::string_view page);

@@ -1,8 +1,10 @@
+#include "workbench/ControlFaults.h"
 #include "workbench/check/CheckedSession.h"
 #include "workbench/check/RuleFunctions.h"
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
 #include "platform/Numbers.h"
+#include "simulator/SimulatedText.h"
 
 #include <algorithm>
 #include <array>
@@ -23,25 +25,14 @@ namespace
 constexpr double UnnoticedEmptiness = 1;
 /// Seconds that a control may be misplaced, for example during a turn.
 constexpr double UnnoticedMisplacement = 0.5;
-/// Part of a control that must be on the screen.
-constexpr double VisiblePart = 0.9;
-/// The controls that the viewer touches, with words for them. The transparent button over the whole video is none.
-constexpr std::array<std::pair<std::string_view, std::string_view>, 8> Controls{{
-    {"btnClose", "the close button"},
-    {"btnMute", "the mute button"},
-    {"btnPlayAndPause", "the play button"},
-    {"btnScreenScale", "the screen scale button"},
-    {"btnReplay", "the replay button"},
-    {"btnActionOne", "the first action button"},
-    {"btnActionTwo", "the second action button"},
-    {"btnReturnToVideo", "the button that returns to the video"},
+/// The texts of the ad that views show, with words for them.
+constexpr std::array<std::pair<std::string_view, std::string_view>, 3> Titles{{
+    {"btnActionOne", "the title of the first action button"},
+    {"btnActionTwo", "the title of the second action button"},
+    {"labelBrandText", "the brand text"},
 }};
-
-std::string_view words_for(std::string_view control)
-{
-    const auto* found = std::ranges::find(Controls, control, &decltype(Controls)::value_type::first);
-    return found == Controls.end() ? std::string_view() : found->second;
-}
+/// Points by which a text may be cut unnoticed.
+constexpr double UnnoticedCut = 1;
 
 CGSize screen_of(const CheckedSession& session)
 {
@@ -65,37 +56,6 @@ std::string device_text(const CheckedSession& session)
            (is_turned(session) ? "sideways" : "upright");
 }
 
-bool is_empty(const CGRect& rect)
-{
-    return rect.width < 1 || rect.height < 1;
-}
-
-/// Area of two rectangles' intersection.
-double shared_area(const CGRect& one, const CGRect& two)
-{
-    const double width = std::min(one.x + one.width, two.x + two.width) - std::max(one.x, two.x);
-    const double height = std::min(one.y + one.height, two.y + two.height) - std::max(one.y, two.y);
-    return width > 0 && height > 0 ? width * height : 0;
-}
-
-double part_on_screen(const CheckedSession& session, const CGRect& frame)
-{
-    const CGSize screen = screen_of(session);
-    return shared_area(frame, {0, 0, screen.width, screen.height}) / (frame.width * frame.height);
-}
-
-/// Calls a function for every control that the viewer can see in a sight.
-void visit_controls(const Sight& sight, const std::function<void(const SeenControl&, std::string_view words)>& visit)
-{
-    if (!sight.open || sight.other_screen)
-        return;
-    for (const SeenControl& control : sight.controls) {
-        const std::string_view words = words_for(control.name);
-        if (control.is_button && !words.empty() && !is_empty(control.frame))
-            visit(control, words);
-    }
-}
-
 /// Whether a control's place is that of an arrangement that the ad has. An ad without a landscape arrangement that is
 /// held sideways lays its bars out for the long edge; only its close button matters then.
 bool has_a_place(const CheckedSession& session, const SeenControl& control)
@@ -103,38 +63,79 @@ bool has_a_place(const CheckedSession& session, const SeenControl& control)
     return !is_turned(session) || control.name == "btnClose" || !session.ad() || session.ad()->landscapeModeType != 0;
 }
 
-/// The suspicions about controls, those that last long enough.
-/// @param fault what is wrong with a control; empty for nothing
-std::vector<Suspicion> misplaced(const CheckedSession& session,
-                                 const std::function<std::string(const SeenControl&)>& fault)
+/// What is wrong for long enough to be noticed. Suspicions with equal keys are one, that of the first sight.
+std::vector<Suspicion> lasting(const CheckedSession& session,
+                               const std::function<std::vector<Suspicion>(const Sight&)>& faults_in)
 {
-    struct Misplaced {
-        std::string sentence;
+    struct Lasting {
+        Suspicion first;
         double seconds = 0;
-        std::int64_t from = 0;
     };
-    std::map<std::string, Misplaced, std::less<>> found;
+    std::map<std::string, Lasting, std::less<>> found;
     const std::vector<Sight>& sights = session.record().sights;
-    for (std::size_t i = 0; i < sights.size(); ++i)
-        visit_controls(sights[i], [&](const SeenControl& control, std::string_view words) {
-            const std::string wrong = has_a_place(session, control) ? fault(control) : "";
-            if (wrong.empty())
-                return;
-            Misplaced& one = found[std::string(control.name)];
+    for (std::size_t i = 0; i < sights.size(); ++i) {
+        if (!sights[i].open || sights[i].other_screen)
+            continue;
+        for (Suspicion& fault : faults_in(sights[i])) {
+            Lasting& one = found[fault.key];
             one.seconds += in_seconds(session.end_of(i) - sights[i].at);
-            if (!one.sentence.empty())
-                return;
-            one.sentence = in_course(session, std::string(words) + ' ' + wrong + ' ' + device_text(session));
-            one.from = sights[i].at;
-        });
+            if (!one.first.sentence.empty())
+                continue;
+            one.first = std::move(fault);
+            one.first.at = sights[i].at;
+        }
+    }
     std::vector<Suspicion> suspicions;
-    for (const auto& [name, one] : found)
+    for (auto& [key, one] : found)
         if (one.seconds >= UnnoticedMisplacement)
-            suspicions.push_back({.sentence = one.sentence,
-                                  .path = is_turned(session) ? "/landscapeModeType" : "/portraitVideoPos",
-                                  .key = name + (is_turned(session) ? " sideways" : " upright"),
-                                  .at = one.from});
+            suspicions.push_back(std::move(one.first));
     return suspicions;
+}
+
+/// The suspicions about controls.
+/// @param wanted the fault that the rule is about
+/// @param words for what is wrong with a control that has the fault
+std::vector<Suspicion> misplaced(const CheckedSession& session, const CGRect& safe, ControlFault wanted,
+                                 const std::function<std::string(const SeenControl&)>& words)
+{
+    const CGSize screen = screen_of(session);
+    return lasting(session, [&](const Sight& sight) {
+        std::vector<Suspicion> found;
+        for (const SeenControl& control : sight.controls) {
+            const auto faults = faults_of(control, screen, safe);
+            if (std::ranges::find(faults, wanted) == faults.end() || !has_a_place(session, control))
+                continue;
+            found.push_back({.sentence = in_course(session, std::string(words_for_control(control.name)) + ' ' +
+                                                                words(control) + ' ' + device_text(session)),
+                             .path = is_turned(session) ? "/landscapeModeType" : "/portraitVideoPos",
+                             .key = std::string(control.name) + (is_turned(session) ? " sideways" : " upright")});
+        }
+        return found;
+    });
+}
+
+/// Points of a one-line text that the viewer sees.
+/// @param width of the text
+double seen_of_text(const SeenControl& view, double width)
+{
+    const bool lies = view.turns % 2 == 0;
+    const double length = lies ? view.frame.width : view.frame.height;
+    double from = lies ? view.visible->x - view.frame.x : view.visible->y - view.frame.y;
+    double to = from + (lies ? view.visible->width : view.visible->height);
+    if (view.turns >= 2) {
+        std::swap(from, to);
+        from = length - from;
+        to = length - to;
+    }
+    // A button centres its title.
+    const double begin = view.is_button ? (length - width) / 2 : 0;
+    return std::max(0.0, std::min(to, begin + width) - std::max(from, begin));
+}
+
+CGRect whole_screen(const CheckedSession& session)
+{
+    const CGSize screen = screen_of(session);
+    return {0, 0, screen.width, screen.height};
 }
 
 /// A model's insets in the coordinates of the upright screen.
@@ -146,14 +147,6 @@ SafeAreaInsets upright_insets(const DeviceModel& model, UIDeviceOrientation held
     if (held == UIDeviceOrientationLandscapeRight)
         return {.top = turned.right, .left = turned.top, .bottom = turned.left, .right = turned.bottom};
     return model.portrait;
-}
-
-/// Whether the middle of a frame is where a model's camera, corners or bars may cover it.
-bool is_unsafe(const CGRect& frame, CGSize screen, const SafeAreaInsets& insets)
-{
-    const CGPoint middle{frame.x + frame.width / 2, frame.y + frame.height / 2};
-    return middle.x < insets.left || middle.y < insets.top || middle.x > screen.width - insets.right ||
-           middle.y > screen.height - insets.bottom;
 }
 
 /// Whether the network and the video of a session are in order: what then is empty, is empty because of the ad.
@@ -206,19 +199,13 @@ std::vector<Suspicion> empty_screen(const CheckedSession& session)
 
 std::vector<Suspicion> control_off_screen(const CheckedSession& session)
 {
-    return misplaced(session, [&](const SeenControl& control) -> std::string {
-        const double part = part_on_screen(session, control.frame);
-        if (part >= VisiblePart)
-            return "";
-        return part <= 0.01 ? "is outside" : "is partly outside";
-    });
+    return misplaced(session, whole_screen(session), ControlFault::Outside,
+                     [](const SeenControl& control) { return control.visible ? "is partly outside" : "is outside"; });
 }
 
 std::vector<Suspicion> control_covered(const CheckedSession& session)
 {
-    return misplaced(session, [&](const SeenControl& control) -> std::string {
-        if (control.touchable || part_on_screen(session, control.frame) < VisiblePart)
-            return "";
+    return misplaced(session, whole_screen(session), ControlFault::Covered, [](const SeenControl& control) {
         return control.visible ? "cannot be touched, because another view covers it or its view ends before it, on"
                                : "is covered by another view on";
     });
@@ -230,9 +217,9 @@ std::vector<Suspicion> control_in_unsafe_area(const CheckedSession& session)
     const CGSize screen = screen_of(session);
     for (const DeviceModel& model : session.course().models) {
         const SafeAreaInsets insets = upright_insets(model, session.held());
-        for (Suspicion& each : misplaced(session, [&](const SeenControl& control) -> std::string {
-                 if (part_on_screen(session, control.frame) < VisiblePart || !is_unsafe(control.frame, screen, insets))
-                     return "";
+        const CGRect safe{insets.left, insets.top, screen.width - insets.left - insets.right,
+                          screen.height - insets.top - insets.bottom};
+        for (Suspicion& each : misplaced(session, safe, ControlFault::Unsafe, [&](const SeenControl&) {
                  return "lies where the camera, a rounded corner or a bar of " + std::string(model.name) +
                         " may cover it, on";
              }))
@@ -240,6 +227,33 @@ std::vector<Suspicion> control_in_unsafe_area(const CheckedSession& session)
                 all.push_back(std::move(each));
     }
     return all;
+}
+
+std::vector<Suspicion> title_cut_off(const CheckedSession& session)
+{
+    constexpr CGSize Unlimited{1e6, 1e6};
+    SimulatedText texts(session.scenario().world);
+    return lasting(session, [&](const Sight& sight) {
+        std::vector<Suspicion> found;
+        for (const SeenControl& view : sight.controls) {
+            const auto* title = std::ranges::find(Titles, view.name, &decltype(Titles)::value_type::first);
+            // What is wholly outside or covered has a fault of another rule.
+            if (title == Titles.end() || view.text.empty() || !view.visible || !has_a_place(session, view))
+                continue;
+            const double width = texts.measure(NSString(view.text), {}, Unlimited).width;
+            const double seen = seen_of_text(view, width);
+            if (width - seen <= UnnoticedCut)
+                continue;
+            const auto button = static_cast<std::size_t>(title - Titles.begin());
+            found.push_back({.sentence = in_course(session, std::string(title->second) +
+                                                                " is cut off: " + shortest_text(std::round(seen)) +
+                                                                " of its " + shortest_text(std::round(width)) +
+                                                                " points are visible on " + device_text(session)),
+                             .path = view.is_button ? path_of_button(session, button) + "/btn_text" : "/strBrandText",
+                             .key = std::string(view.name)});
+        }
+        return found;
+    });
 }
 
 } // namespace qoro

@@ -17,9 +17,6 @@ namespace qoro
 namespace
 {
 
-/// Points.
-constexpr double SmallestSide = 44;
-constexpr double Tolerance = 0.5;
 /// Microseconds: what is misplaced for a shorter time while the ad is laid out anew is not noticed.
 constexpr std::int64_t ShortestFault = 100000;
 
@@ -73,39 +70,6 @@ CGRect safe_area(CGSize screen, const SafeAreaInsets& insets, int turn)
             extents.width, extents.height};
 }
 
-bool lies_in(const CGRect& inner, const CGRect& outer)
-{
-    return inner.x >= outer.x - Tolerance && inner.y >= outer.y - Tolerance &&
-           inner.x + inner.width <= outer.x + outer.width + Tolerance &&
-           CGRectGetMaxY(inner) <= CGRectGetMaxY(outer) + Tolerance;
-}
-
-/// Whether what is left of a control in an area is too small to be touched: below 44 points, or below its own size.
-bool is_cut(const CGRect& control, const CGRect& area)
-{
-    const double width = std::min(control.x + control.width, area.x + area.width) - std::max(control.x, area.x);
-    const double height = std::min(CGRectGetMaxY(control), CGRectGetMaxY(area)) - std::max(control.y, area.y);
-    return width < std::min(control.width, SmallestSide) - Tolerance ||
-           height < std::min(control.height, SmallestSide) - Tolerance;
-}
-
-std::vector<std::string_view> faults_of(const SeenControl& control, CGSize screen, const CGRect& safe)
-{
-    std::vector<std::string_view> faults;
-    const CGRect& frame = control.frame;
-    if (!control.is_button || frame.width <= 0 || frame.height <= 0)
-        return faults;
-    if (!lies_in(frame, {0, 0, screen.width, screen.height}))
-        faults.emplace_back("outside");
-    else if (!control.visible)
-        faults.emplace_back("covered");
-    else if (is_cut(frame, safe))
-        faults.emplace_back("unsafe");
-    if (std::min(frame.width, frame.height) < SmallestSide - Tolerance)
-        faults.emplace_back("small");
-    return faults;
-}
-
 /// @return what the viewer sees at the moment to draw; null without one
 const Sight* find_faults(MatrixEntry& entry, const SessionRecord& record, const CGRect& safe)
 {
@@ -119,7 +83,7 @@ const Sight* find_faults(MatrixEntry& entry, const SessionRecord& record, const 
             continue;
         std::size_t here = 0;
         for (const SeenControl& control : sight.controls)
-            for (const std::string_view fault : faults_of(control, entry.screen, safe)) {
+            for (const ControlFault fault : faults_of(control, entry.screen, safe)) {
                 ++here;
                 const bool known = std::ranges::any_of(entry.faults, [&](const MisplacedControl& other) {
                     return other.name == control.name && other.fault == fault;
@@ -140,7 +104,7 @@ const Sight* find_faults(MatrixEntry& entry, const SessionRecord& record, const 
 void mark_drawn(MatrixEntry& entry, const Sight& drawn, const CGRect& safe)
 {
     for (const SeenControl& control : drawn.controls)
-        for (const std::string_view fault : faults_of(control, entry.screen, safe))
+        for (const ControlFault fault : faults_of(control, entry.screen, safe))
             for (MisplacedControl& known : entry.faults)
                 if (known.name == control.name && known.fault == fault) {
                     known.drawn = true;

@@ -3,6 +3,7 @@
 #include "formats/DeviceModels.h"
 #include "platform/Geometry.h"
 #include "platform/SafeArea.h"
+#include "workbench/ControlFaults.h"
 #include "workbench/ScenarioText.h"
 #include "workbench/report/Drawing.h"
 
@@ -21,10 +22,7 @@ enum class Holding { Upright, Turned, TurnedInUprightHost, TurnedInTurnedHost };
 struct MisplacedControl {
     /// Of its field.
     std::string_view name;
-    /// "outside": a part of it lies outside the screen. "covered": another view covers it. "unsafe": less than 44
-    /// points of a side, and less than its own, are beside a camera, rounded corners and system bars. "small": a side
-    /// is shorter than 44 points.
-    std::string_view fault;
+    ControlFault fault{};
     /// On the upright screen, in points.
     CGRect frame;
     /// Microseconds: when this was first so.

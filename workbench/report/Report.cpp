@@ -269,7 +269,7 @@ Json matrix_json(const std::vector<MatrixEntry>& entries, const std::vector<std:
     for (const MatrixEntry& entry : entries) {
         Json faults = Json::array();
         for (const MisplacedControl& control : entry.faults) {
-            Json fault{{"name", control.name}, {"fault", control.fault}, {"at", control.at}};
+            Json fault{{"name", control.name}, {"fault", name_of(control.fault)}, {"at", control.at}};
             if (control.drawn)
                 fault["frame"] = rect_json(control.frame);
             faults.push_back(std::move(fault));
