@@ -10,9 +10,11 @@
 
 #include <qoro/Version.h>
 
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
+#include <system_error>
 #include <utility>
 #include <vector>
 
@@ -31,7 +33,14 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
 #ifdef QORO_DESKTOP
     simulate_.ad.parts.discover = [](const std::string& path) -> std::optional<VideoFacts> {
         const auto found = discover_video(path);
-        return found ? std::optional(VideoFacts{.duration = found->duration, .size = found->size}) : std::nullopt;
+        if (!found)
+            return std::nullopt;
+        std::error_code error;
+        const auto bytes = std::filesystem::file_size(path, error);
+        const double kilobits = error ? 0 : static_cast<double>(bytes) * 8 / 1000;
+        return VideoFacts{.duration = found->duration,
+                          .size = found->size,
+                          .bitrate = found->duration > 0 ? kilobits / found->duration : 0};
     };
     simulate_.ad.fetch_tag = fetch_tag_documents;
 #endif

@@ -118,6 +118,14 @@ TagDocuments fetch_tag_documents(const AdInput& tag, const std::optional<DeviceM
     for (const vast::ResolvedAd& resolved : fetched.resolution.ads) {
         const vast::Linear& linear = *resolved.ad.linear;
         documents.videos.push_back({linear.media_files[*resolved.media.chosen].address, linear.duration});
+        for (const vast::MediaFile& file : linear.media_files)
+            documents.media_files.push_back({.address = file.address,
+                                             .width = file.width,
+                                             .height = file.height,
+                                             .bitrate = file.bitrate,
+                                             .max_bitrate = file.max_bitrate,
+                                             .duration = linear.duration,
+                                             .path = file.path});
         if (const vast::Icon* const icon = vast::choose_icon(linear.icons))
             documents.pictures.push_back(vast::picture_of(*icon)->text);
     }

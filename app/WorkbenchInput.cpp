@@ -1,5 +1,6 @@
 #include "app/WorkbenchInput.h"
 
+#include "app/Report.h"
 #include "formats/InputError.h"
 #include "record/RecordedScenario.h"
 #include "record/Recording.h"
@@ -19,6 +20,18 @@ std::vector<PlacedRemark> placed(const std::vector<std::string>& lines, const st
     for (const std::string& line : lines)
         remarks.push_back(placed_remark(line, file));
     return remarks;
+}
+
+/// The media files that are beside a tag's file.
+std::vector<KnownMediaFile> known_of(const std::vector<TagDocuments::MediaFile>& media_files, const BaseScenario& base,
+                                     const SimulatedAdOptions& options)
+{
+    std::vector<KnownMediaFile> known;
+    for (const TagDocuments::MediaFile& said : media_files)
+        if (const std::string file = video_file(base, said.address); !file.empty())
+            if (const auto real = options.parts.discover(file))
+                known.push_back({said, *real});
+    return known;
 }
 
 } // namespace
@@ -62,15 +75,26 @@ BaseScenario base_scenario_of(AdInput input, const SimulatedAdOptions& options)
             unreadable = !video || !(video->duration > 0);
             return video;
         };
+    std::vector<TagDocuments::MediaFile> media_files;
+    if (options.fetch_tag)
+        watched.fetch_tag = [&](const AdInput& tag, const std::optional<DeviceModel>& device) {
+            TagDocuments documents = options.fetch_tag(tag, device);
+            media_files = documents.media_files;
+            return documents;
+        };
     const AdScenario made = scenario_of(input, watched);
-    return {.kind = input.kind,
-            .file = input.name,
-            .text = std::move(input.text),
-            .scenario = ScenarioText(made.text, input.name),
-            .remarks = placed(made.remarks, input.name),
-            .missing_files = placed(made.missing_files, input.name),
-            .video = unreadable ? std::nullopt : video,
-            .video_is_unreadable = unreadable};
+    BaseScenario base{.kind = input.kind,
+                      .file = input.name,
+                      .text = std::move(input.text),
+                      .scenario = ScenarioText(made.text, input.name),
+                      .remarks = placed(made.remarks, input.name),
+                      .missing_files = placed(made.missing_files, input.name),
+                      .video = unreadable ? std::nullopt : video,
+                      .video_is_unreadable = unreadable};
+    // An address has no files beside it.
+    if (options.parts.discover && !base.text.empty())
+        base.media_files = known_of(media_files, base, options);
+    return base;
 }
 
 } // namespace qoro

@@ -18,6 +18,8 @@ struct VideoFacts {
     double duration = 0;
     /// Pixels, as displayed.
     CGSize size = {};
+    /// Kilobits a second, of the whole file; 0 when unknown.
+    double bitrate = 0;
 };
 
 /// What differs from a flawless session. Absent values: as in the ad's folder.
@@ -93,6 +95,26 @@ struct TagDocuments {
     };
     /// Of each ad that plays.
     std::vector<Video> videos = {};
+    /// What the tag says of a media file; absent where it says nothing.
+    struct MediaFile {
+        std::string address;
+        /// Pixels.
+        /// @{
+        std::optional<int> width = {};
+        std::optional<int> height = {};
+        /// @}
+        /// Kilobits a second; of a range, the upper end.
+        /// @{
+        std::optional<int> bitrate = {};
+        std::optional<int> max_bitrate = {};
+        /// @}
+        /// Seconds, of the creative.
+        std::optional<double> duration = {};
+        /// XPath of the element.
+        std::string path = {};
+    };
+    /// Every media file of each ad that plays.
+    std::vector<MediaFile> media_files = {};
     /// Addresses of pictures that the ads show.
     std::vector<std::string> pictures = {};
 };

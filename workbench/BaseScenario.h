@@ -24,6 +24,12 @@ struct PlacedRemark {
 /// @param file name with which the line begins
 PlacedRemark placed_remark(const std::string& line, const std::string& file);
 
+/// A media file of a tag, and what it really is.
+struct KnownMediaFile {
+    TagDocuments::MediaFile said;
+    VideoFacts real;
+};
+
 /// What a person names (an ad, a tag, a scenario) as the session that everything else starts from.
 struct BaseScenario {
     InputKind kind = InputKind::Ad;
@@ -39,6 +45,8 @@ struct BaseScenario {
     std::vector<PlacedRemark> missing_files = {};
     /// Of an ad's video, as far as this machine can read it.
     std::optional<VideoFacts> video = {};
+    /// The media files of a tag that are beside its file.
+    std::vector<KnownMediaFile> media_files = {};
     /// Whether the video was looked at and cannot be played here.
     bool video_is_unreadable = false;
 

@@ -359,9 +359,45 @@ TEST(Check, ABrandTextHasToFitIntoItsLabel)
     }));
 }
 
+TEST(Check, ATagsMediaFilesAreJudgedByWhatIsBesideTheTag)
+{
+    const std::string linear = "/VAST/Ad/InLine/Creatives/Creative/Linear";
+    const TagDocuments::MediaFile said{.address = "http://m/v.mp4",
+                                       .width = 640,
+                                       .height = 360,
+                                       .bitrate = 800,
+                                       .duration = 12,
+                                       .path = linear + "/MediaFiles/MediaFile"};
+    const auto found = [](const TagDocuments::MediaFile& media_file, const VideoFacts& real) {
+        BaseScenario tag = base_of(scenario_of(vast_with(in_line(""))));
+        tag.media_files = {{media_file, real}};
+        return text_of(found_in(tag, Severity::Warning));
+    };
+    const std::string rule = "media-file-contradicted: ";
+    const std::string file = rule + linear + "/MediaFiles/MediaFile: ";
+    // Within two pixels, a quarter of the bitrate and a second.
+    EXPECT_EQ(found(said, {.duration = 12.9, .size = {640, 362}, .bitrate = 990}), "");
+    EXPECT_EQ(found(said, {.duration = 12, .size = {640, 480}, .bitrate = 800}),
+              file + "the tag says 640 x 360 pixels, but the file has 640 x 480\n");
+    EXPECT_EQ(found(said, {.duration = 12, .size = {640, 360}, .bitrate = 2400}),
+              file + "the tag says 800 kbit/s, but the file has 2400\n");
+    EXPECT_EQ(found(said, {.duration = 12, .size = {640, 360}, .bitrate = 200}),
+              file + "the tag says 800 kbit/s, but the file has 200\n");
+    EXPECT_EQ(found(said, {.duration = 30, .size = {640, 360}, .bitrate = 800}),
+              rule + linear + "/Duration: the tag says a duration of 12 s, but the file has 30 s\n");
+    // What the tag or the file does not give contradicts nothing.
+    EXPECT_EQ(found(said, {}), "");
+    EXPECT_EQ(found({.address = said.address, .path = said.path}, {.duration = 3, .size = {9, 9}, .bitrate = 1}), "");
+    // A range has only an upper end.
+    TagDocuments::MediaFile range{.address = said.address, .max_bitrate = 800, .path = said.path};
+    EXPECT_EQ(found(range, {.duration = 12, .size = {640, 360}, .bitrate = 200}), "");
+    EXPECT_NE(found(range, {.duration = 12, .size = {640, 360}, .bitrate = 2400}), "");
+}
+
 TEST(Check, EveryRuleIsTested)
 {
-    std::set<std::string_view> tested{"missing-file", "video-proportions", "video-unreadable"};
+    std::set<std::string_view> tested{"missing-file", "video-proportions", "video-unreadable",
+                                      "media-file-contradicted"};
     for (const Case& each : cases())
         tested.insert(each.rule);
     for (const Rule& rule : rules())

@@ -40,6 +40,7 @@ std::vector<Suspicion> main_thread_blocked(const CheckedSession& session);
 // TagRules.cpp
 std::vector<Suspicion> tag_without_ad(const CheckedSession& session);
 std::vector<Suspicion> tag_ignored(const CheckedSession& session);
+std::vector<Suspicion> media_file_contradicted(const BaseScenario& tag);
 
 // AdRules.cpp
 std::vector<Suspicion> missing_file(const BaseScenario& ad);
