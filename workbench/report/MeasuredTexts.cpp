@@ -8,6 +8,7 @@
 
 #include <map>
 #include <memory>
+#include <set>
 
 namespace qoro
 {
@@ -17,29 +18,25 @@ namespace
 
 using Fonts = std::map<std::string, FontSpec>;
 
-void add(const ViewNode& view, Fonts& fonts)
-{
-    if (view.text.length() == 0)
-        return;
-    const ViewNode& label = view.title_label ? *view.title_label : view;
-    fonts.try_emplace(view.text.text(), label.font);
-}
-
 void collect(const ViewNode& view, Fonts& fonts)
 {
-    add(view, fonts);
+    if (view.text.length() > 0) {
+        const ViewNode& label = view.title_label ? *view.title_label : view;
+        fonts.try_emplace(view.text.text(), label.font);
+    }
     for (const std::shared_ptr<ViewNode>& subview : view.subviews)
         collect(*subview, fonts);
 }
 
-void collect_of_the_ad(Simulation& simulation, Fonts& fonts)
+/// Adds the texts that the ad itself contains.
+void collect_of_the_ad(Simulation& simulation, std::set<std::string>& texts)
 {
     const auto ad = simulation.living();
     if (!ad)
         return;
     for (const auto& node : {ad->btnActionOne.node(), ad->btnActionTwo.node(), ad->labelBrandText.node()})
         if (node)
-            add(*node, fonts);
+            texts.insert(node->text.text());
 }
 
 } // namespace
@@ -49,15 +46,16 @@ void measure_texts(ScenarioText& scenario,
                    TextsToMeasure which)
 {
     Fonts fonts;
+    std::set<std::string> of_the_ad;
     record_session(scenario.scenario(), [&](Simulation& simulation) {
-        if (which == TextsToMeasure::OfTheAd) {
-            collect_of_the_ad(simulation, fonts);
-            return;
-        }
+        // A view has its font when it is on the screen.
         for (const auto& window : simulation.platform().shared<WindowList>().all())
             collect(*window, fonts);
+        collect_of_the_ad(simulation, of_the_ad);
     });
     for (const auto& [text, font] : fonts) {
+        if (which == TextsToMeasure::OfTheAd && !of_the_ad.contains(text))
+            continue;
         const std::string path = path_under("/text", text);
         if (scenario.value(path))
             continue;
