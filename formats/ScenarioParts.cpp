@@ -35,6 +35,7 @@ template <typename Numbers>
 NSArray list_of(const Numbers& numbers)
 {
     std::vector<Value> values;
+    values.reserve(numbers.size());
     for (const auto& each : numbers)
         values.emplace_back(each);
     return NSArray(std::move(values));

@@ -20,11 +20,11 @@ class ExploreScale : public testing::Test
 {
 protected:
     ExploreScale()
-        : folder_(std::filesystem::path(testing::TempDir()) /
-                  testing::UnitTest::GetInstance()->current_test_info()->name())
+        : folder(std::filesystem::path(testing::TempDir()) /
+                 testing::UnitTest::GetInstance()->current_test_info()->name())
     {
-        std::filesystem::remove_all(folder_);
-        std::filesystem::create_directories(folder_);
+        std::filesystem::remove_all(folder);
+        std::filesystem::create_directories(folder);
         write("ad.json", ad(4));
     }
 
@@ -38,15 +38,15 @@ protected:
             "data": {"u": "http://shop"}}]}, "steps": [{"open": 0}]})";
     }
 
-    void write(const std::string& name, const std::string& text) const { std::ofstream(folder_ / name) << text; }
+    void write(const std::string& name, const std::string& text) const { std::ofstream(folder / name) << text; }
 
     /// Runs a command in the folder.
     ShellResult run(const std::string& line, const std::string& input = "") const
     {
-        return run_shell("cd '" + folder_.string() + "'\n" + line, input);
+        return run_shell("cd '" + folder.string() + "'\n" + line, input);
     }
 
-    const std::filesystem::path folder_;
+    const std::filesystem::path folder;
 };
 
 /// The ids of lines of results, sorted.

@@ -33,7 +33,7 @@ ScenarioText ad_with(const std::string& properties, const std::string& page = "<
     return text;
 }
 
-SearchResult explore(const ScenarioText& ad, SearchOptions options)
+SearchResult explore(const ScenarioText& ad, const SearchOptions& options)
 {
     return search(search_setup(ad, false).run, options);
 }

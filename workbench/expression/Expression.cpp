@@ -81,6 +81,8 @@ struct Words {
     std::string_view second;
     What what;
 };
+template <typename What>
+Words(std::string_view, std::string_view, What) -> Words<What>;
 
 constexpr std::array SightWords{
     Words{"video", "visible", SightFact::What::VideoVisible},
