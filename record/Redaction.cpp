@@ -2,6 +2,7 @@
 
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "formats/JsonText.h"
+#include "kit/WebText.h"
 #include "platform/Numbers.h"
 
 #include <algorithm>
@@ -41,25 +42,6 @@ std::string in_json(const std::string& text)
     return quoted.substr(1, quoted.size() - 2);
 }
 
-/// Percent-encoded but for unreserved characters (RFC 3986, section 2.3).
-std::string in_address(const std::string& text)
-{
-    constexpr std::string_view Digits = "0123456789ABCDEF";
-    constexpr std::string_view Unreserved = "-._~";
-    std::string encoded;
-    for (const char c : text) {
-        if (is_letter(c) || is_digit(c) || Unreserved.find(c) != std::string_view::npos) {
-            encoded += c;
-            continue;
-        }
-        const auto byte = static_cast<unsigned char>(c);
-        encoded += '%';
-        encoded += Digits[byte >> 4U];
-        encoded += Digits[byte & 0xFU];
-    }
-    return encoded;
-}
-
 } // namespace
 
 Redaction::Redaction(const DeviceFacts& device, const HostSetup& host)
@@ -83,7 +65,7 @@ Redaction::Redaction(const DeviceFacts& device, const HostSetup& host)
 
 void Redaction::replace(const std::string& text, const std::string& by)
 {
-    for (const std::string& form : {text, in_json(text), in_address(text)})
+    for (const std::string& form : {text, in_json(text), percent_encoded(text)})
         if (std::ranges::find(replacements_, form, &Replacement::text) == replacements_.end())
             replacements_.push_back({form, by, form.size() < LongText ? Part::OfWord : Part::Any});
 }
