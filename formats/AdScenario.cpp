@@ -4,6 +4,7 @@
 #include "formats/AdFile.h"
 #include "formats/AdFolder.h"
 #include "formats/AdRemarks.h"
+#include "formats/Base64.h"
 #include "formats/InputError.h"
 #include "formats/InputFile.h"
 #include "formats/Steps.h"
@@ -33,20 +34,6 @@ constexpr std::string_view PictureBegins = "\x89PNG\r\n\x1a\n";
 /// Seconds after the end of the video at which the viewer closes the ad, and from then until the host releases it.
 constexpr double CloseAfter = 2;
 constexpr double ReleaseAfter = 5;
-
-std::string to_base64(std::string_view bytes)
-{
-    constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    for (std::size_t at = 0; at < bytes.size(); at += 3) {
-        std::uint32_t group = 0;
-        for (std::size_t i = 0; i < 3; ++i)
-            group = group << 8 | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
-        for (std::size_t i = 0; i < 4; ++i)
-            text += at + i <= bytes.size() ? Digits[group >> (18 - 6 * i) & 0x3F] : '=';
-    }
-    return text;
-}
 
 /// Composes one scenario.
 class Composer

@@ -1,5 +1,6 @@
 #include "formats/Scenario.h"
 
+#include "formats/Base64.h"
 #include "formats/InputError.h"
 #include "formats/detail/AdJson.h"
 #include "formats/detail/AdProperties.h"
@@ -7,7 +8,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
 #include <optional>
 #include <utility>
 
@@ -220,28 +220,6 @@ HostSetup read_host(const Reader& host, HostSetup setup)
 }
 
 // ---------------------------------------------------------------------------------------------- text, network, video
-
-/// Decodes base64 (RFC 4648, section 4); absent when malformed.
-std::optional<std::string> from_base64(std::string_view text)
-{
-    constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    if (text.size() % 4 != 0)
-        return std::nullopt;
-    const std::size_t padding = text.ends_with("==") ? 2 : text.ends_with("=") ? 1 : 0;
-    std::string bytes;
-    std::uint32_t bits = 0;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const std::size_t digit = i >= text.size() - padding ? 0 : Digits.find(text[i]);
-        if (digit == std::string_view::npos)
-            return std::nullopt;
-        bits = (bits << 6) | static_cast<std::uint32_t>(digit);
-        if (i % 4 == 3)
-            for (const unsigned shift : {16U, 8U, 0U})
-                bytes += static_cast<char>((bits >> shift) & 0xFF);
-    }
-    bytes.resize(bytes.size() - padding);
-    return bytes;
-}
 
 NetAnswer read_answer(const Reader& reader)
 {

@@ -1,6 +1,7 @@
 #include "workbench/report/Drawing.h"
 
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
+#include "formats/Base64.h"
 #include "formats/Fields.h"
 #include "kit/Accessible.h"
 #include "simulator/Simulation.h"
@@ -208,21 +209,6 @@ std::unordered_map<const ViewNode*, std::string_view> names_of(const Simulation&
 
 } // namespace
 
-std::string base64_of(std::string_view bytes)
-{
-    constexpr std::string_view Digits = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-    std::string text;
-    text.reserve((bytes.size() + 2) / 3 * 4);
-    for (std::size_t at = 0; at < bytes.size(); at += 3) {
-        std::uint32_t group = 0;
-        for (std::size_t i = 0; i < 3; ++i)
-            group = group << 8 | (at + i < bytes.size() ? static_cast<unsigned char>(bytes[at + i]) : 0U);
-        for (std::size_t i = 0; i < 4; ++i)
-            text += at + i <= bytes.size() ? Digits[group >> (18 - 6 * i) & 0x3F] : '=';
-    }
-    return text;
-}
-
 std::size_t TextTable::number_of(const std::string& text)
 {
     const auto [place, is_new] = numbers_.try_emplace(text, texts_.size());
@@ -239,7 +225,7 @@ std::size_t Draughtsman::picture_of(std::string_view bytes)
     const std::string_view type = type_of(bytes);
     std::string address;
     if (!type.empty())
-        address = "data:" + std::string(type) + ";base64," + base64_of(bytes);
+        address = "data:" + std::string(type) + ";base64," + to_base64(bytes);
     const std::size_t before = pictures_.texts().size();
     const std::size_t number = picture_bytes_ + address.size() <= MostPictureBytes ? pictures_.number_of(address)
                                                                                    : pictures_.number_of(std::string());

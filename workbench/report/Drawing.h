@@ -63,7 +63,4 @@ private:
 /// Rotation of the device's screen relative to the viewer, as Drawing::turn.
 int turn_of(SimulatedPlatform& platform);
 
-/// Base64 (RFC 4648, section 4).
-std::string base64_of(std::string_view bytes);
-
 } // namespace qoro

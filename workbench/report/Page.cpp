@@ -1,6 +1,6 @@
 #include "workbench/report/Page.h"
 
-#include "workbench/report/Drawing.h"
+#include "formats/Base64.h"
 #include "workbench/report/Report.h"
 #include "workbench/report/Template.h"
 
@@ -22,7 +22,7 @@ std::string source_of(std::string_view sha256)
         std::from_chars(sha256.data() + at, sha256.data() + at + 2, value, 16);
         bytes += static_cast<char>(value);
     }
-    return "'sha256-" + base64_of(bytes) + "'";
+    return "'sha256-" + to_base64(bytes) + "'";
 }
 
 std::string html_of(std::string_view text)

@@ -1,5 +1,6 @@
 #include "workbench/report/Report.h"
 
+#include "formats/Base64.h"
 #include "formats/JsonText.h"
 #include "simulator/Simulation.h"
 #include "workbench/SessionRecord.h"
@@ -309,7 +310,7 @@ Json stills_json(const ReportParts& parts, const std::vector<std::string>& sourc
         for (const VideoStill& still : parts.stills_of(sources[source], most)) {
             const bool png = still.bytes.starts_with("\x89PNG");
             json.push_back(Json::array(
-                {still.at, (png ? "data:image/png;base64," : "data:image/jpeg;base64,") + base64_of(still.bytes),
+                {still.at, (png ? "data:image/png;base64," : "data:image/jpeg;base64,") + to_base64(still.bytes),
                  source}));
         }
     return json;
