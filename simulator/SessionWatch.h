@@ -1,6 +1,6 @@
 #pragma once
 
-#include "simulator/AddressPattern.h"
+#include "formats/AddressPattern.h"
 #include "simulator/Simulation.h"
 #include "simulator/Summary.h"
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include "formats/AddressPattern.h"
 #include "formats/World.h"
 #include "platform/Ports.h"
-#include "simulator/AddressPattern.h"
 
 #include <cstddef>
 #include <functional>

@@ -3,9 +3,9 @@
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
 #include "formats/AdAddresses.h"
+#include "formats/AddressPattern.h"
 #include "platform/Numbers.h"
 #include "platform/Value.h"
-#include "simulator/AddressPattern.h"
 
 #include <algorithm>
 #include <array>

@@ -1,4 +1,4 @@
-#include "simulator/AddressPattern.h"
+#include "formats/AddressPattern.h"
 
 namespace qoro
 {
