@@ -111,6 +111,8 @@ void read_delegates(const Reader& delegates, HostSetup& setup)
 
 std::string read_store_page(const Reader& page)
 {
+    if (page.is_null())
+        return "";
     const std::string expected = "an address that begins with http:// or https://, with {id} in it";
     const std::string& pattern = page.text(expected);
     if (!is_store_page(pattern))

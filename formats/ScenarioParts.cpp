@@ -110,9 +110,7 @@ std::string host_text(const HostSetup& host)
                       {"guard", host.guard.has_value()},
                       {"trackerLimit", host.tracker_limit},
                       {"consent", consent_of(host.consent)}};
-    // A host without store pages, whose pattern is empty, cannot be written.
-    if (is_store_page(host.store_page))
-        json.setObject(host.store_page, "storePage");
+    json.setObject(is_store_page(host.store_page) ? Value(host.store_page) : Value(), "storePage");
     return text_of(json);
 }
 

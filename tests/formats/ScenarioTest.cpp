@@ -124,7 +124,8 @@ TEST(Scenario, ReadsTheHostsStoreAddress)
               "scenario.json: /host/storePage: expected an address that begins with http:// or https://, with {id} in "
               "it, got \"file:///{id}\"");
     EXPECT_NE(complaint_about(R"({"host": {"storePage": "http://store.example/"}, "ad": {}, "steps": []})"), "");
-    EXPECT_NE(complaint_about(R"({"host": {"storePage": null}, "ad": {}, "steps": []})"), "");
+    EXPECT_NE(complaint_about(R"({"host": {"storePage": 7}, "ad": {}, "steps": []})"), "");
+    EXPECT_EQ(read(R"("host": {"storePage": null},)").host.store_page, "") << "no store pages";
 }
 
 TEST(Scenario, ReadsTheConsent)
