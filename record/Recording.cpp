@@ -6,11 +6,14 @@
 #include "formats/LogLines.h"
 #include "formats/ScenarioParts.h"
 #include "host/OpenedAd.h"
+#include "host/OpenedTag.h"
 #include "host/Rehearsal.h"
 #include "kit/NetworkZone.h"
 #include "platform/Inbound.h"
 #include "record/Replayer.h"
+#include "record/StandIns.h"
 #include "record/TapedPlatform.h"
+#include "record/TapedTag.h"
 #include "record/detail/Entries.h"
 #include "views/RootControllers.h"
 #include "views/TearDown.h"
@@ -63,6 +66,7 @@ public:
         replayer_.on("background", [this](const Value&) { platform_.application_did_enter_background(); });
         replayer_.on("foreground", [this](const Value&) { platform_.application_will_enter_foreground(); });
         replayer_.on("active", [this](const Value&) { platform_.application_did_become_active(); });
+        replay_stand_ins(replayer_, platform_);
         replayer_.on("interrupted", [this](const Value& type) {
             platform_.audio_interrupted(static_cast<AVAudioSessionInterruptionType>(type.integer()));
         });
@@ -71,6 +75,7 @@ public:
     {
         platform_.set_event_sink(nullptr);
         opened_.reset();
+        tag_.reset();
         tear_down(platform_);
     }
     ReplayedSession(const ReplayedSession&) = delete;
@@ -86,20 +91,35 @@ private:
     void act(const NSDictionary& what)
     {
         const std::string& action = what["do"].text();
-        if (action == "open")
+        const auto closer = static_cast<ClosedBy>(what["of"].integer());
+        if (action == "open" && scenario_.ad)
             open(what["of"]);
+        else if (action == "openTag" && !scenario_.ad)
+            open_tag(what["of"].dictionary());
         else if (action == "close" && opened_)
-            opened_->close(static_cast<ClosedBy>(what["of"].integer()));
+            opened_->close(closer);
+        else if (action == "close" && tag_)
+            tag_->close(closer);
         else if (action == "leaveScreen" && opened_)
             opened_->leave_screen();
+        else if (action == "leaveScreen" && tag_)
+            tag_->leave_screen();
     }
+
+    Rehearsal rehearsal() { return {scenario_.steps, controls_, nullptr}; }
 
     void open(const Value& zone)
     {
         platform_.shared<OpenNetworks>().open = static_cast<NetworkZone>(zone.integer());
         opened_.emplace(
-            platform_, copy_of(*scenario_.ad), [](const AdOutcome&) {}, scenario_.host,
-            Rehearsal{scenario_.steps, controls_, nullptr});
+            platform_, copy_of(*scenario_.ad), [](const AdOutcome&) {}, scenario_.host, rehearsal());
+    }
+
+    void open_tag(const NSDictionary& opening)
+    {
+        TagOptions options = taped_tag_.options({});
+        const OpenedTag::Tag tag = opened_tag(platform_, opening, scenario_.tag, options);
+        tag_.emplace(platform_, tag, nullptr, scenario_.host, std::move(options), rehearsal());
     }
 
     const Scenario& scenario_;
@@ -109,7 +129,10 @@ private:
     TapedPlatform platform_;
     Replayer replayer_;
     TapedControls controls_{replayer_, nullptr};
+    TapedTag taped_tag_{replayer_};
     std::optional<OpenedAd> opened_;
+    /// Instead, for a tag.
+    std::optional<OpenedTag> tag_;
 };
 
 /// The line of a file on which its entries begin, if they are one a line.
@@ -141,8 +164,12 @@ RecordedEntries read_entries(const Json& json, const std::string& file)
 
 } // namespace
 
-std::string recording_head(const DeviceSetup& device, const HostSetup& host, const QoroVideoAd& ad,
-                           const std::vector<Step>& steps, bool redacted)
+namespace
+{
+
+/// @param ad JSON
+std::string head_of(const DeviceSetup& device, const HostSetup& host, const std::string& ad,
+                    const std::vector<Step>& steps, bool redacted)
 {
     std::string head = "{\"recording\":";
     append_json_text(head, std::string(Note) +
@@ -150,10 +177,27 @@ std::string recording_head(const DeviceSetup& device, const HostSetup& host, con
                                          : "It holds identifiers of the device, the viewer and the session."));
     head += ",\n\"device\":" + device_text(device);
     head += ",\n\"host\":" + host_text(host);
-    head += ",\n\"ad\":" + ad_text(ad);
+    head += ",\n\"ad\":" + ad;
     head += ",\n\"steps\":" + steps_text(steps);
     head += ",\n\"replay\":[";
     return head;
+}
+
+} // namespace
+
+std::string recording_head(const DeviceSetup& device, const HostSetup& host, const QoroVideoAd& ad,
+                           const std::vector<Step>& steps, bool redacted)
+{
+    return head_of(device, host, ad_text(ad), steps, redacted);
+}
+
+std::string recording_head(const DeviceSetup& device, const HostSetup& host, const std::string& tag,
+                           const std::vector<Step>& steps, bool redacted)
+{
+    std::string ad = R"({"vast":)";
+    append_json_text(ad, tag);
+    ad += '}';
+    return head_of(device, host, ad, steps, redacted);
 }
 
 bool is_recording(std::string_view text)
@@ -168,8 +212,6 @@ void replay(const std::string& text, const std::string& file, TraceFormat format
             const LogSink& log)
 {
     const Scenario scenario = read_scenario(text, file);
-    if (!scenario.ad)
-        throw InputError(file, "/ad", "expected an ad's properties: sessions of tags are not recorded");
     const RecordedEntries entries = read_entries(Json::parse(text), file);
     ReplayedSession session(scenario, entries, format, sink, log);
     const Replayer& replayer = session.run();

@@ -18,6 +18,12 @@ namespace qoro
 /// @param redacted whether identifiers will be redacted
 std::string recording_head(const DeviceSetup& device, const HostSetup& host, const QoroVideoAd& ad,
                            const std::vector<Step>& steps, bool redacted);
+/// As above, of a VAST tag with all its ads.
+/// @param tag its address; of a document that is from no server, FileTag
+std::string recording_head(const DeviceSetup& device, const HostSetup& host, const std::string& tag,
+                           const std::vector<Step>& steps, bool redacted);
+/// Address in a recording of a tag that has none.
+inline constexpr const char* FileTag = "http://localhost/tag.xml";
 /// What closes the list of entries and the recording.
 inline constexpr std::string_view RecordingTail = "\n]}\n";
 

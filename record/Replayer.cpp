@@ -95,22 +95,24 @@ void Replayer::pass_machine_lines()
     }
 }
 
-/// The machine's own news, which leaves the session as it is.
+/// The machine's own news. Whoever follows the session's events, as a tag does, receives them there.
 void Replayer::pass_machine_line(const Value& line)
 {
     const NSDictionary fields = line.dictionary();
     const auto text = [&](const char* key) -> const std::string& { return fields[key].text(); };
     clock_.seconds = fields["t"].doubleValue();
+    machine_speaks_ = true;
     if (text("what") == "hit")
-        sink_.receive(event::ServerHit{text("method"), text("url")});
+        platform_.emit(event::ServerHit{text("method"), text("url")});
     else if (text("what") == "player")
-        sink_.receive(event::PlayerFailed{text("reason")});
+        platform_.emit(event::PlayerFailed{text("reason")});
     else if (text("what") == "web" && text("do") == "failed")
-        sink_.receive(event::PageFailed{text("url"), text("reason")});
+        platform_.emit(event::PageFailed{text("url"), text("reason")});
     else if (text("what") == "web" && text("do") == "refused")
-        sink_.receive(event::PageRefused{text("kind"), text("detail"), fields["times"].integer()});
+        platform_.emit(event::PageRefused{text("kind"), text("detail"), fields["times"].integer()});
     else
         differ("expected a line that the machine writes, got " + here());
+    machine_speaks_ = false;
 }
 
 void Replayer::deliver()
@@ -202,6 +204,8 @@ void Replayer::close(SourceId source)
 
 void Replayer::receive(const Event& event)
 {
+    if (machine_speaks_)
+        return sink_.receive(event);
     pass_machine_lines();
     if (!difference_.empty())
         return;

@@ -69,6 +69,8 @@ private:
     std::string line_;
     std::map<std::string, Delivery, std::less<>> kinds_;
     std::map<SourceId, Source> sources_;
+    /// While an event of the machine's own is passed on.
+    bool machine_speaks_ = false;
     std::size_t next_ = 0;
     std::size_t lines_ = 0;
     std::size_t place_ = 0;

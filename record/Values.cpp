@@ -1,5 +1,6 @@
 #include "record/Values.h"
 
+#include "formats/Base64.h"
 #include "platform/Foundation.h"
 
 #include <array>
@@ -29,7 +30,28 @@ bool is_text(std::string_view bytes)
     return NSString::with_utf8(bytes) && bytes.find('\0') == std::string_view::npos;
 }
 
+/// Key of bytes that are no text.
+std::string base64_key(const std::string& key)
+{
+    return key + "64";
+}
+
 } // namespace
+
+void set_bytes(NSDictionary& value, const std::string& key, const std::string& bytes)
+{
+    if (is_text(bytes))
+        value.setObject(bytes, key);
+    else
+        value.setObject(to_base64(bytes), base64_key(key));
+}
+
+std::optional<std::string> bytes_at(const NSDictionary& value, const std::string& key)
+{
+    if (value.contains(base64_key(key)))
+        return from_base64(value[base64_key(key)].text());
+    return value.contains(key) ? std::optional(value[key].text()) : std::nullopt;
+}
 
 // A page's body is shown, so it is kept; of a picture or a tracker's answer, a hash is.
 Value value_of(const FetchAnswer& answer, bool whole)
@@ -38,8 +60,8 @@ Value value_of(const FetchAnswer& answer, bool whole)
     value.setObject(answer.ok, "ok");
     if (!answer.ok)
         value.setObject(answer.error, "error");
-    if (whole && is_text(answer.body)) {
-        value.setObject(answer.body, "body");
+    if (whole) {
+        set_bytes(value, "body", answer.body);
     } else {
         value.setObject(static_cast<std::int64_t>(answer.body.size()), "bytes");
         value.setObject(hex(CC_MD5(answer.body)), "md5");
@@ -51,9 +73,9 @@ Value value_of(const FetchAnswer& answer, bool whole)
 FetchAnswer fetch_answer_of(const Value& value)
 {
     const NSDictionary answer = value.dictionary();
-    std::string body = answer["body"].text();
-    // Bytes that are no text; their number and their content do not matter to a session, only that there are some.
-    if (!answer.contains("body") && answer["bytes"].integer() > 0)
+    std::string body = bytes_at(answer, "body").value_or("");
+    // Of bytes that are hashed, number and content do not matter to a session, only that there are some.
+    if (answer["bytes"].integer() > 0)
         body = "\xFF" + answer["md5"].text();
     return {answer["ok"].boolValue(), answer["error"].text(), std::move(body), answer["address"].text()};
 }

@@ -3,6 +3,7 @@
 #include "platform/Ports.h"
 #include "platform/Value.h"
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -10,6 +11,11 @@
 
 namespace qoro::detail
 {
+
+/// Sets bytes under a key, as text if they are UTF-8, else as base64 under the key and "64".
+void set_bytes(NSDictionary& value, const std::string& key, const std::string& bytes);
+/// The bytes under a key; absent without one.
+std::optional<std::string> bytes_at(const NSDictionary& value, const std::string& key);
 
 Value value_of(const FetchAnswer& answer, bool whole);
 FetchAnswer fetch_answer_of(const Value& value);

@@ -1,27 +1,20 @@
 #include "Places.h"
-#include "formats/AdFile.h"
 #include "formats/InputFile.h"
-#include "host/OpenedAd.h"
-#include "host/Rehearsal.h"
+#include "formats/Scenario.h"
 #include "record/RecordFile.h"
-#include "record/RecordedScenario.h"
 #include "record/Recording.h"
-#include "record/TapedPlatform.h"
-#include "simulator/SimulatedPlatform.h"
-#include "simulator/Simulation.h"
+#include "tests/record/RecordedSession.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
-#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <random>
 #include <sstream>
 #include <string>
 #include <unistd.h>
-#include <utility>
-#include <vector>
 
 // A simulated session is recorded as a played one is, and replayed.
 
@@ -30,62 +23,6 @@ namespace qoro::test
 
 namespace
 {
-
-struct Recorded {
-    std::string text;
-    std::string trace;
-};
-
-Recorded record(const std::string& scenario_text, bool redacts = true)
-{
-    const Scenario scenario = read_scenario(scenario_text, "scenario");
-    Recorded made;
-    bool first = true;
-    TapedPlatform taped;
-    Recorder recorder(taped, {[&](std::string_view head) { made.text = head; },
-                              [&](std::string_view entry) {
-                                  made.text += std::exchange(first, false) ? "\n" : ",\n";
-                                  made.text += entry;
-                              }});
-    SimulatedPlatform machine(scenario.world, &taped);
-    taped.record_to(recorder, machine, [&] {
-        machine.players().leave_app();
-        taped.application_did_enter_background();
-    });
-    TapedControls controls(recorder, &machine);
-    const Redaction redaction = redacts ? Redaction(scenario.world.device.facts, scenario.host) : Redaction();
-    Trace trace(recorder.clock(), TraceFormat::Json, [&](std::string_view line) { made.trace += redaction.of(line); });
-    recorder.begin(recording_head(scenario.world.device, scenario.host, *scenario.ad, scenario.steps, redacts),
-                   redaction, machine.loop());
-    recorder.forward_to(&trace);
-    std::unique_ptr<OpenedAd> ad;
-    recorder.host("open", [&] {
-        ad = std::make_unique<OpenedAd>(taped, copy_of(*scenario.ad), nullptr, scenario.host,
-                                        Rehearsal{scenario.steps, controls, nullptr});
-    });
-    machine.run_until(scenario.steps.empty() ? 1 : scenario.steps.back().at + 1);
-    recorder.end();
-    taped.set_event_sink(nullptr);
-    ad.reset();
-    made.text += RecordingTail;
-    return made;
-}
-
-std::string replayed(const std::string& text)
-{
-    std::string trace;
-    replay(text, "recording.json", TraceFormat::Json, [&](std::string_view line) { trace += line; });
-    return trace;
-}
-
-void expect_same(const std::string& scenario)
-{
-    const Recorded made = record(scenario);
-    ASSERT_FALSE(made.trace.empty());
-    EXPECT_TRUE(nlohmann::json::accept(made.text));
-    EXPECT_TRUE(is_recording(made.text));
-    EXPECT_EQ(replayed(made.text), made.trace);
-}
 
 /// A session of random touches, turns, stalls and departures.
 std::string random_session(unsigned seed)
@@ -123,11 +60,6 @@ std::string random_session(unsigned seed)
     }
     scenario["steps"] = steps;
     return scenario.dump();
-}
-
-std::string first_session()
-{
-    return read_input_file(QORO_SOURCE_DIR "/examples/simulator/first-session.json");
 }
 
 } // namespace
@@ -194,7 +126,7 @@ TEST(Replay, NothingIdentifiesTheViewerUnlessAskedFor)
     scenario["ad"]["dicTrackingUrls"]["start"] = {
         "http://t.example/s?g={Zulix-Guid}&s={Zulix-Sid}&u={Zulix-uuid}&m={Zulix-uuid-md5}"};
     const Recorded redacted = record(scenario.dump());
-    const Recorded whole = record(scenario.dump(), false);
+    const Recorded whole = record(scenario.dump(), {.redacts = false});
     for (const char* identifier : {"490154203237518", "viewer-0815-cookie", "1723456789"}) {
         EXPECT_EQ(redacted.text.find(identifier), std::string::npos) << identifier;
         EXPECT_EQ(redacted.trace.find(identifier), std::string::npos) << identifier;
@@ -204,23 +136,6 @@ TEST(Replay, NothingIdentifiesTheViewerUnlessAskedFor)
     EXPECT_EQ(replayed(redacted.text), redacted.trace);
     EXPECT_EQ(replayed(whole.text), whole.trace);
     EXPECT_NE(redacted.text.substr(0, redacted.text.find('\n')).find("personal data"), std::string::npos);
-}
-
-TEST(RecordedScenario, SendsTheSameTrackersWithoutTheRecordedEntries)
-{
-    const auto trackers = [](const std::string& trace) {
-        std::vector<std::string> sent;
-        std::istringstream lines(trace);
-        for (std::string line; std::getline(lines, line);)
-            if (const auto json = nlohmann::json::parse(line); json["what"] == "request" && json["for"] == "tracking")
-                sent.push_back(json["url"]);
-        return sent;
-    };
-    const Recorded made = record(first_session());
-    const std::string scenario = scenario_of_recording(made.text, "recording.json");
-    EXPECT_FALSE(is_recording(scenario));
-    EXPECT_FALSE(trackers(made.trace).empty());
-    EXPECT_EQ(trackers(simulate(read_scenario(scenario, "scenario"))), trackers(made.trace)) << scenario;
 }
 
 TEST(RecordFile, IsCompleteJsonAfterEveryFlush)
