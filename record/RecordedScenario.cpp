@@ -1,9 +1,12 @@
 #include "record/RecordedScenario.h"
 
+#include "formats/AddressPattern.h"
+#include "formats/Base64.h"
 #include "formats/InputError.h"
 #include "formats/Scenario.h"
 #include "formats/Steps.h"
 #include "record/detail/Entries.h"
+#include "vast/Reader.h"
 
 #include <algorithm>
 #include <cmath>
@@ -11,6 +14,7 @@
 #include <map>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -36,6 +40,7 @@ public:
         for (const char* key : {"device", "host", "ad"})
             made_[key] = recording.at(key);
         made_["device"]["canOpen"] = Json::array();
+        note_document_address(text_at(made_["ad"], "vast"));
         for (const Json& step : recording.at("steps"))
             add(number_at(step, "at"), step);
         for (const Json& entry : recording.at("replay"))
@@ -65,6 +70,7 @@ public:
 private:
     struct Player {
         std::string address;
+        /// On the scenario's clock, as for the other sources.
         double created = 0;
         bool loaded = false;
         /// Position and time at which the present stall has begun.
@@ -77,10 +83,22 @@ private:
         double sent = 0;
     };
 
+    /// A timer, or posted work.
+    struct Event {
+        double opened = 0;
+        /// The same on the machine's clock.
+        double really_opened = 0;
+        /// Seconds; 0 for posted work.
+        double interval = 0;
+    };
+
     void take(const Json& entry)
     {
-        if (entry.contains("t"))
+        if (entry.contains("t")) {
             now_ = std::max(now_, number_at(entry, "t"));
+            if (text_at(entry, "in") != "" && !entry.contains("during"))
+                simulated_now_ = simulated_time(static_cast<std::int64_t>(number_at(entry, "id")));
+        }
         if (entry.contains("line"))
             now_ = std::max(now_, number_at(entry["line"], "t"));
         const Json of = entry.value("of", Json());
@@ -106,26 +124,80 @@ private:
 
     void take_source(const std::string& kind, std::int64_t id, const Json& of)
     {
-        if (kind == "fetch" && of.is_array() && !of.empty() && of[0].is_string())
-            requests_[id] = {of[0].get<std::string>(), now_};
+        if (kind == "timer" && of.is_array() && !of.empty() && of[0].is_number())
+            events_[id] = {simulated_now_, now_, of[0].get<double>()};
+        else if (kind == "post")
+            events_[id] = {simulated_now_, now_, 0};
+        else if (kind == "fetch" && of.is_array() && !of.empty() && of[0].is_string())
+            requests_[id] = {of[0].get<std::string>(), simulated_now_};
         else if (kind == "player") {
             const std::string address = of.is_string() ? of.get<std::string>() : "";
             const bool known = made_.contains("videos") && made_["videos"].contains(address);
-            players_[id] = {.address = address, .created = now_, .known = known};
+            players_[id] = {.address = address, .created = simulated_now_, .known = known};
         }
+    }
+
+    /// When the event that arrives now occurs in the scenario, where nothing takes time but what it says: timers are
+    /// punctual, and work takes none.
+    /// @param id of the event's source, 0 for none
+    double simulated_time(std::int64_t id) const
+    {
+        const auto found = events_.find(id);
+        if (found == events_.end())
+            return now_;
+        const auto& [opened, really_opened, interval] = found->second;
+        if (interval <= 0)
+            return opened;
+        constexpr double Rounding = 1e-6;
+        return opened + interval * std::max(std::floor((now_ - really_opened) / interval + Rounding), 1.0);
     }
 
     void answer(const std::string& address, const Json& what, double after)
     {
+        note_onward_addresses(what);
         Json made = Json::object();
         if (what.value("ok", Json()) != true)
             made["fail"] = text_at(what, "error");
         else if (what.contains("body"))
             made["body"] = what["body"];
+        else if (what.contains("body64"))
+            made["body64"] = what["body64"];
         else if (number_at(what, "bytes") > 0)
             made["body64"] = Picture;
         made["after"] = std::max(after, 0.0);
-        made_["net"][address] = std::move(made);
+        made_["net"][as_given(address)] = std::move(made);
+    }
+
+    /// @param address of a tag's document, as another document or the user gives it
+    void note_document_address(const std::string& address)
+    {
+        if (auto pattern = AddressPattern::of_document(address); pattern.has_macros())
+            documents_.emplace_back(std::move(pattern), address);
+    }
+
+    /// Of a tag: where the answer leads, if it is a wrapper.
+    void note_onward_addresses(const Json& what)
+    {
+        if (!made_["ad"].contains("vast"))
+            return;
+        const std::string body =
+            what.contains("body64") ? from_base64(text_at(what, "body64")).value_or("") : text_at(what, "body");
+        try {
+            for (const vast::Ad& ad : vast::read_document(body).ads)
+                if (ad.onward)
+                    note_document_address(ad.onward->address);
+        } catch (const vast::DocumentError&) {
+            return;
+        }
+    }
+
+    /// The address of a request with the macros that were replaced in it, whose values a simulated session replaces by
+    /// its own.
+    const std::string& as_given(const std::string& address) const
+    {
+        const auto document =
+            std::ranges::find_if(documents_, [&](const auto& each) { return each.first.matches(address); });
+        return document == documents_.end() ? address : document->second;
     }
 
     void take_arrival(const std::string& kind, std::int64_t id, const Json& what)
@@ -137,7 +209,7 @@ private:
         else if (kind == "page" && what.is_object())
             take_page(what);
         else if (kind == "host" && what.is_object())
-            take_deed(text_at(what, "do"));
+            take_deed(text_at(what, "do"), what.value("of", Json()));
         else if ((kind == "touch" || kind == "pageTouch") && what.is_object())
             add(now_, {{"touch", what.value("point", Json())}});
         else if (kind == "orientation")
@@ -156,12 +228,25 @@ private:
             add(now_, {{"call", Json::array({"viewDidAppear"})}});
     }
 
-    void take_deed(const std::string& deed)
+    void take_deed(const std::string& deed, const Json& of)
     {
-        if (deed == "open")
+        if (deed == "open" || deed == "openTag")
             opened_ = now_;
-        else if (deed == "close")
+        if (deed == "openTag" && of.is_object() && (of.contains("document") || of.contains("document64")))
+            take_document(of);
+        if (deed == "close")
             add(now_, {{"call", Json::array({"closeAction"})}});
+    }
+
+    /// A tag's document that is from no server.
+    void take_document(const Json& of)
+    {
+        Json document = Json::object();
+        for (const auto& [key, as] : {std::pair("document", "body"), std::pair("document64", "body64")})
+            if (of.contains(key))
+                document[as] = of[key];
+        note_onward_addresses(document);
+        made_["net"][text_at(made_["ad"], "vast")] = std::move(document);
     }
 
     void take_page(const Json& what)
@@ -225,9 +310,16 @@ private:
 
     Json made_ = Json::object();
     std::vector<std::pair<double, Json>> steps_;
+    /// Addresses of a tag's documents that have macros.
+    std::vector<std::pair<AddressPattern, std::string>> documents_;
     std::map<std::int64_t, Request> requests_;
     std::map<std::int64_t, Player> players_;
+    std::map<std::int64_t, Event> events_;
+    /// Time of the event that is being read: on the machine's clock, and on the scenario's.
+    /// @{
     double now_ = 0;
+    double simulated_now_ = 0;
+    /// @}
     double opened_ = 0;
 };
 

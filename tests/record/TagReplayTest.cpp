@@ -1,4 +1,6 @@
+#include "record/RecordedScenario.h"
 #include "record/Recording.h"
+#include "simulator/Simulation.h"
 #include "tests/record/RecordedSession.h"
 #include "tests/support/TagRun.h"
 
@@ -87,7 +89,23 @@ TEST(TagReplay, ATagThatIsAFileIsInTheRecordingWhateverItsEncoding)
         const Recorded made = record(scenario.dump(), {.document = document});
         EXPECT_THAT(trackers_of(made.trace), Contains("http://t/1/start"));
         EXPECT_EQ(replayed(made.text), made.trace);
+        const std::string again = simulate(read_scenario(scenario_of_recording(made.text, "recording"), "scenario"));
+        EXPECT_THAT(trackers_of(again), Contains("http://t/1/start"));
     }
+}
+
+TEST(TagReplay, AScenarioOfATagFindsItsDocumentsAgain)
+{
+    const std::string address = "http://ads/tag?[CACHEBUSTING]&[TIMESTAMP]";
+    const std::string onward = "http://ads/inner?[CACHEBUSTING]";
+    nlohmann::json scenario = scenario_of({.documents = {{address, vast_document(wrapper_element(onward, ""))},
+                                                         {onward, vast_document(ad_element({.events = all_events()}))}},
+                                           .until = 20});
+    scenario["ad"]["vast"] = address;
+    const Recorded made = record(scenario.dump());
+    EXPECT_THAT(trackers_of(made.trace), Contains("http://t/complete"));
+    const std::string again = simulate(read_scenario(scenario_of_recording(made.text, "recording"), "scenario"));
+    EXPECT_EQ(trackers_of(again), trackers_of(made.trace));
 }
 
 } // namespace qoro::test
