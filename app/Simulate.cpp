@@ -212,6 +212,8 @@ void run_file(const std::string& file, const SimulateOptions& options, const Fil
         write_remarks(made);
         input.text = made.text;
     }
+    if (input.kind == InputKind::Scenario)
+        mend_recording(input);
     const bool recorded = input.kind == InputKind::Scenario && is_recording(input.text);
     if (options.as_scenario) {
         if (!recorded)

@@ -2,9 +2,11 @@
 
 #include "app/Report.h"
 #include "formats/InputError.h"
+#include "record/MendedRecording.h"
 #include "record/RecordedScenario.h"
 #include "record/Recording.h"
 
+#include <iostream>
 #include <utility>
 
 namespace qoro
@@ -36,6 +38,14 @@ std::vector<KnownMediaFile> known_of(const std::vector<TagDocuments::MediaFile>&
 
 } // namespace
 
+void mend_recording(AdInput& input)
+{
+    if (auto mended = mended_recording(input.text, input.name)) {
+        std::cerr << "qoro-ad: " + input.name + ": " + mended->lost + "\n";
+        input.text = std::move(mended->text);
+    }
+}
+
 AdScenario scenario_of(const AdInput& input, const SimulatedAdOptions& options)
 {
     AdScenarioParts parts = options.parts;
@@ -58,6 +68,7 @@ BaseScenario read_base_scenario(const std::string& named, const SimulatedAdOptio
 BaseScenario base_scenario_of(AdInput input, const SimulatedAdOptions& options)
 {
     if (input.kind == InputKind::Scenario) {
+        mend_recording(input);
         // A strict replay has nothing to vary.
         if (is_recording(input.text))
             input.text = scenario_of_recording(input.text, input.name);

@@ -15,6 +15,11 @@ namespace qoro
 /// @throws InputError for an ad that cannot be played, and for a tag that cannot be resolved
 AdScenario scenario_of(const AdInput& input, const SimulatedAdOptions& options);
 
+/// Mends a recording that was cut off, and writes a line about it to standard error.
+/// @param input a scenario; any other than such a recording stays as it is
+/// @throws InputError for a recording of which nothing can be read
+void mend_recording(AdInput& input);
+
 /// @param input what a person names, as read
 /// @throws InputError for unusable input
 BaseScenario base_scenario_of(AdInput input, const SimulatedAdOptions& options);

@@ -41,7 +41,7 @@ public:
     {
         if (depth_ > 1)
             return true;
-        if (key == "ad" || key == "steps")
+        if (key == "ad" || key == "steps" || key == "recording")
             kind_ = InputKind::Scenario;
         else if (std::ranges::find(detail::AdProperties, key, &detail::AdProperty::name) != detail::AdProperties.end())
             kind_ = InputKind::Ad;

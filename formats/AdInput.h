@@ -10,7 +10,7 @@ namespace qoro
 enum class InputKind {
     /// A description of an ad: JSON.
     Ad,
-    /// A session: JSON with "ad" or "steps".
+    /// A session: JSON with "ad" or "steps", or a recording.
     Scenario,
     /// VAST: XML, or an address where it is.
     Tag
