@@ -75,6 +75,7 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
 #endif
     add_explore_options(*app_.add_subcommand("explore"), explore_);
     shrink_.ad = simulate_.ad;
+    shrink_.measure = report_.measure;
     add_shrink_options(*app_.add_subcommand("shrink"), shrink_);
     add_merge_options(*app_.add_subcommand("merge"), merge_);
 }

@@ -6,6 +6,7 @@
 #include "workbench/Shrink.h"
 #include "workbench/check/ShownFault.h"
 #include "workbench/expression/Holds.h"
+#include "workbench/report/MeasuredTexts.h"
 
 #include <CLI/CLI.hpp>
 
@@ -120,7 +121,10 @@ int shrink_command(const ShrinkCommandOptions& options)
     // Its mistakes come first: an ad's scenario may take long.
     if (!rule_named(options.condition))
         parse_expression(options.condition, "--while");
-    const BaseScenario base = read_base_scenario(options.input, options.ad);
+    BaseScenario base = read_base_scenario(options.input, options.ad);
+    // As for a check, whose findings are to be found again.
+    if (options.measure)
+        measure_texts(base.scenario, options.measure, TextsToMeasure::OfTheAd);
     check_kept(options.kept, base.scenario);
     const Predicate shows = predicate_of(options, base.scenario);
     if (!shows(base.scenario)) {

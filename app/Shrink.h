@@ -1,8 +1,11 @@
 #pragma once
 
 #include "app/SimulatedAd.h"
+#include "platform/Geometry.h"
+#include "platform/Ports.h"
 
 #include <cstddef>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -30,6 +33,8 @@ struct ShrinkCommandOptions {
     double policy_seconds = 15;
     /// How the scenario of an ad or a tag is made.
     SimulatedAdOptions ad;
+    /// As CheckCommandOptions::measure.
+    std::function<CGSize(const std::string& text, const FontSpec& font)> measure = {};
 };
 
 /// Adds the command's description, options and arguments.

@@ -1,9 +1,13 @@
+#include "app/Shrink.h"
 #include "tests/app/ShellRun.h"
 
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
 
+#include <filesystem>
+#include <fstream>
 #include <string>
+#include <unistd.h>
 
 // Tests of `qoro-ad shrink` itself, run through the shell.
 
@@ -83,6 +87,34 @@ TEST(ShrinkCommand, ARuleOfTheCheckIsAConditionAndWhatIsKeptStays)
     EXPECT_EQ(small["steps"].size(), 2U) << run.output;
     EXPECT_EQ(small["ad"]["bCanRotate"], true) << run.output;
     EXPECT_FALSE(small.contains("host")) << run.output;
+}
+
+TEST(ShrinkCommand, TitlesHaveTheWidthsThatTheDisplayGivesThem)
+{
+    // The simulator's widths would have room for it.
+    const std::string session = R"({
+        "video": {"duration": 10}, "host": {"parent": true},
+        "ad": {"strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2,
+               "portraitVideoPos": 1, "bIsAutoStart": true,
+               "arrayButtonsInfo": [{"btn_text": "WWWWWW", "data": {"u": "http://s/"}}]},
+        "steps": [{"open": 0}, {"at": 15, "device": {}}]})";
+    const std::filesystem::path folder =
+        std::filesystem::path(testing::TempDir()) / ("shrink-" + std::to_string(::getpid()));
+    std::filesystem::create_directories(folder);
+    std::ofstream(folder / "session.json") << session;
+    ShrinkCommandOptions options;
+    options.input = (folder / "session.json").string();
+    options.condition = "title-cut-off";
+    options.out_file = (folder / "small.json").string();
+    EXPECT_EQ(shrink_command(options), 1);
+    options.measure = [](const std::string& text, const FontSpec&) {
+        return CGSize{100.0 * static_cast<double>(text.size()), 20};
+    };
+    EXPECT_EQ(shrink_command(options), 0);
+    // The result shows the fault on a machine without the display, too.
+    const nlohmann::json small = nlohmann::json::parse(std::ifstream(folder / "small.json"));
+    EXPECT_EQ(small["text"]["WWWWWW"][0], 600) << small;
+    std::filesystem::remove_all(folder);
 }
 
 } // namespace qoro::test
