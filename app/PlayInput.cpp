@@ -147,24 +147,12 @@ void read_ad_or_tag(PlayInput& input, const PlayOptions& options)
     input.remarks = ad_remarks(*input.ad, options.ad_file);
 }
 
-/// A screen of this program that replaces another program, and a tag's ads, are not recorded.
-void check_recordable(const PlayInput& input, const PlayOptions& options)
-{
-    if (options.record_file.empty())
-        return;
-    if (input.tag)
-        throw InputError("--record", "", "expected an ad file; sessions of VAST tags cannot be recorded");
-    if (options.fake_calendar || options.fake_composer || options.fake_store)
-        throw InputError("--record", "", "cannot be combined with a fake calendar, composer or store");
-}
-
 } // namespace
 
 PlayInput read_play_input(const PlayOptions& options)
 {
     PlayInput input;
     read_ad_or_tag(input, options);
-    check_recordable(input, options);
 
     Surroundings surroundings = default_surroundings();
     if (!options.host_file.empty())
