@@ -19,9 +19,10 @@ public:
     virtual ~InboundWatch() = default;
     /// Something reaches the session.
     /// @param kind in one word
-    /// @param what its content, which depends on the kind
+    /// @param describe returns its content, which depends on the kind; may ask the ports, and need not be called
     /// @param work delivers it; to be called once, inside the call
-    virtual void come_in(std::string_view kind, const Value& what, const std::function<void()>& work) = 0;
+    virtual void come_in(std::string_view kind, const std::function<Value()>& describe,
+                         const std::function<void()>& work) = 0;
 };
 
 /// The watch of a platform; shared by the platform.
@@ -31,12 +32,12 @@ struct InboundHook {
 };
 
 /// Delivers something to a session, past the platform's watch if there is one.
-/// @param describe returns the content for the watch; called only with a watch
+/// @param describe returns the content for the watch
 template <typename Describe, typename Work>
 void come_in(Platform& platform, std::string_view kind, Describe&& describe, Work&& work)
 {
     if (InboundWatch* const watch = platform.shared<InboundHook>().watch)
-        watch->come_in(kind, describe(), std::forward<Work>(work));
+        watch->come_in(kind, std::forward<Describe>(describe), std::forward<Work>(work));
     else
         work();
 }

@@ -76,7 +76,7 @@ void Recorder::host(std::string_view what, const std::function<void()>& work, co
     NSDictionary content{{"do", what}};
     if (of)
         content.setObject(of, "of");
-    come_in("host", content, work);
+    arrive("host", 0, content, work);
 }
 
 void Recorder::outside(const std::function<void()>& work)
@@ -147,9 +147,12 @@ void Recorder::arrive(std::string_view kind, SourceId source, const Value& what,
     platform_.dispatch(deliver);
 }
 
-void Recorder::come_in(std::string_view kind, const Value& what, const std::function<void()>& work)
+void Recorder::come_in(std::string_view kind, const std::function<Value()>& describe, const std::function<void()>& work)
 {
-    arrive(kind, 0, what, work);
+    // What the session brings about itself is described by nobody on a replay, so that its ports must not be asked.
+    if (!records_ || inside_)
+        return work();
+    arrive(kind, 0, describe(), work);
 }
 
 void Recorder::receive(const Event& event)

@@ -71,7 +71,8 @@ public:
     void close(SourceId) override {}
     void arrive(std::string_view kind, SourceId source, const Value& what,
                 const std::function<void()>& deliver) override;
-    void come_in(std::string_view kind, const Value& what, const std::function<void()>& work) override;
+    void come_in(std::string_view kind, const std::function<Value()>& describe,
+                 const std::function<void()>& work) override;
     void receive(const Event& event) override;
 
 private:

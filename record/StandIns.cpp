@@ -15,12 +15,12 @@ constexpr const char* AddressShown = "addressShown";
 
 void show_calendar_stand_in(Recorder& recorder, const std::string& event)
 {
-    recorder.come_in(CalendarShown, event, [&] { show_calendar_stand_in(Platform::current(), event); });
+    recorder.arrive(CalendarShown, 0, event, [&] { show_calendar_stand_in(Platform::current(), event); });
 }
 
 void show_address_stand_in(Recorder& recorder, const NSURL& address, const std::function<void()>& closed)
 {
-    recorder.come_in(AddressShown, address.absoluteString(), [&] {
+    recorder.arrive(AddressShown, 0, address.absoluteString(), [&] {
         show_address_stand_in(Platform::current(), address, [&recorder, closed] {
             if (closed)
                 recorder.outside(closed);

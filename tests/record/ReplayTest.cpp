@@ -86,6 +86,22 @@ TEST(Replay, GivesTheSameTraceOfRandomSessions)
     }
 }
 
+TEST(Replay, GivesTheSameTraceOfAPageThatTurnsTheScreen)
+{
+    nlohmann::json scenario = nlohmann::json::parse(first_session());
+    scenario["host"] = {{"autorotates", {1, 3, 4}}, {"parent", true}};
+    scenario["ad"]["landscapeModeType"] = 2;
+    scenario["steps"] = {
+        {{"open", 0}},
+        {{"at", 0.5}, {"script", {"mraid.load", "page"}}},
+        {{"at", 1}, {"script", {"mraid.setOrientationProperties", {{"forceOrientation", "landscape"}}}}},
+        {{"at", 3}, {"script", {"mraid.setOrientationProperties", {{"forceOrientation", "portrait"}}}}},
+        {{"at", 5}, {"device", {{"orientation", 3}, {"statusBarOrientation", 3}}}},
+        {{"at", 8}, {"release", true}}};
+    EXPECT_NE(record(scenario.dump()).trace.find(R"("forceOrientation","orientation":"landscape")"), std::string::npos);
+    expect_same(scenario.dump());
+}
+
 TEST(Replay, EndsWhereARecordingWasCutOff)
 {
     const Recorded made = record(first_session());
