@@ -37,8 +37,13 @@ std::string_view entry_of(std::string_view line)
 
 std::optional<MendedRecording> mended_recording(std::string_view text, const std::string& file)
 {
-    if (!text.starts_with(Beginning) || detail::Json::accept(text))
+    if (!text.starts_with(Beginning))
         return std::nullopt;
+    if (detail::Json::accept(text)) {
+        if (text.find("\"replay\"") == std::string_view::npos)
+            throw InputError(file, "", "the recording ended before an ad opened: there is nothing to replay");
+        return std::nullopt;
+    }
     const std::size_t place = text.find(EntriesBegin);
     if (place == std::string_view::npos)
         throw InputError(file, "", "the recording was cut off before its first entry: there is nothing to replay");

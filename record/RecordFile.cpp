@@ -15,6 +15,7 @@ namespace qoro
 namespace
 {
 constexpr std::string_view Closing = "\n]}\n";
+constexpr std::string_view NoAd = "{\"recording\":\"\"}\n";
 } // namespace
 
 RecordFile::RecordFile(std::string path)
@@ -23,7 +24,7 @@ RecordFile::RecordFile(std::string path)
     if (file_ < 0)
         throw InputError(path_, "", std::strerror(errno));
     // Complete, too, as long as no ad is open. The beginning is longer.
-    if (pwrite(file_, "{}\n", 3, 0) != 3)
+    if (pwrite(file_, NoAd.data(), NoAd.size(), 0) != static_cast<ssize_t>(NoAd.size()))
         throw InputError(path_, "", std::strerror(errno));
 }
 

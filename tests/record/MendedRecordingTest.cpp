@@ -1,6 +1,8 @@
 #include "record/MendedRecording.h"
 
 #include "formats/InputError.h"
+#include "formats/InputFile.h"
+#include "record/RecordFile.h"
 #include "record/Recording.h"
 #include "tests/app/ShellRun.h"
 #include "tests/record/RecordedSession.h"
@@ -9,9 +11,11 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <filesystem>
 #include <random>
 #include <set>
 #include <string>
+#include <unistd.h>
 
 // Recordings whose writer was ended in the middle of a write.
 
@@ -101,6 +105,20 @@ TEST(MendedRecording, APageThatWasNeverWrittenEndsTheRecordingThere)
               std::string::npos)
         << mended->lost;
     EXPECT_TRUE(replays_a_prefix(holed, made.trace));
+}
+
+TEST(MendedRecording, ARecordingWithoutAnAdIsRefused)
+{
+    const std::string name = testing::TempDir() + "no-ad-" + std::to_string(::getpid()) + ".json";
+    {
+        const RecordFile file(name);
+    }
+    EXPECT_THROW(mended_recording(read_input_file(name), name), InputError);
+    const ShellResult refused = run_shell("qoro-ad simulate " + name);
+    EXPECT_EQ(refused.status, 2);
+    EXPECT_EQ(refused.errors,
+              "qoro-ad: " + name + ": the recording ended before an ad opened: there is nothing to replay\n");
+    std::filesystem::remove(name);
 }
 
 TEST(MendedRecording, TheCommandsReplayWhatIsLeftAndSayWhatIsNot)
