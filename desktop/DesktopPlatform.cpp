@@ -34,6 +34,7 @@ DesktopPlatform::DesktopPlatform(const Options& options, Platform* front)
     if (options.volume)
         output_volume_.set_value(*options.volume);
     output_volume_.on_change = [this] { front_.output_volume_changed(); };
+    web_engines_.on_hold = [this] { return players_.are_starting(); };
     players_.options.silent = options.silent;
     players_.options.volume = [this] { return output_volume_.player_volume(); };
     players_.options.on_end = [this](const GstPlayer& player) {

@@ -427,6 +427,11 @@ std::unique_ptr<PreparedVideo> GstPlayerFactory::prepare(const NSURL& source,
     return video;
 }
 
+bool GstPlayerFactory::are_starting() const
+{
+    return std::ranges::any_of(*players_, [](const GstPlayer* player) { return player->is_starting(); });
+}
+
 void GstPlayerFactory::leave_app()
 {
     for (GstPlayer* player : *players_)

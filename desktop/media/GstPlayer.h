@@ -70,6 +70,8 @@ public:
 
     /// The viewer leaves the application: pauses a video that plays, or that is being reloaded in order to play on.
     void leave_app();
+    /// Whether the first picture is still due.
+    bool is_starting() const { return !seen_ && !failed_; }
 
 private:
     void loaded(double duration) override;
@@ -159,6 +161,8 @@ public:
 
     /// The viewer leaves the application: playing players pause and report it.
     void leave_app() override;
+    /// Whether the first picture of a player is still due.
+    bool are_starting() const;
 
 private:
     MainLoop& loop_;

@@ -3,7 +3,7 @@
 #include "desktop/glib/Owned.h"
 
 #include <glib.h>
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 #include <algorithm>
 #include <array>
@@ -65,8 +65,7 @@ private:
 std::string programs_folder()
 {
     Dl_info library{};
-    void* symbol = dlsym(RTLD_DEFAULT, "webkit_get_major_version");
-    if (!symbol || dladdr(symbol, &library) == 0)
+    if (dladdr(webkit_function("webkit_get_major_version"), &library) == 0)
         return "";
     const std::string found = take_text(g_path_get_dirname(library.dli_fname)) + "/webkitgtk-6.0";
     for (const std::string& folder : {found, std::string("/usr/libexec/webkitgtk-6.0")})
@@ -201,6 +200,8 @@ std::vector<std::string> locked_away(std::vector<std::string> command)
 
 std::string run_trial(WebProcess process)
 {
+    if (const std::string& complaint = load_webkit(); !complaint.empty())
+        return complaint;
     const std::string folder = programs_folder();
     if (folder.empty())
         return "";

@@ -3,7 +3,7 @@
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/ValueJson.h"
 
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 #include <optional>
 #include <string_view>

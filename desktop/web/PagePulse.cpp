@@ -4,7 +4,7 @@
 #include "desktop/glib/Owned.h"
 #include "desktop/web/GuardMessages.h"
 
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 #include <utility>
 
@@ -66,7 +66,7 @@ void PagePulse::ask()
     open_.emplace(*this);
     const auto answered = open_->guard([](PagePulse& self, GObject* view, GAsyncResult* result) {
         // Any reply counts; there is none if the process has ended.
-        if (!adopt(webkit_web_view_send_message_to_page_finish(WEBKIT_WEB_VIEW(view), result, nullptr)))
+        if (!adopt(webkit_web_view_send_message_to_page_finish(reinterpret_cast<WebKitWebView*>(view), result, nullptr)))
             return;
         self.open_.reset();
         if (!std::exchange(self.responds_, true))

@@ -3,7 +3,7 @@
 #include "desktop/glib/AsyncResult.h"
 #include "desktop/glib/Owned.h"
 
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 #include <array>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "desktop/web/TextEntry.h"
 
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 namespace qoro
 {

@@ -5,7 +5,7 @@
 #include "desktop/web/PageReach.h"
 #include "platform/Inbound.h"
 
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 #include <algorithm>
 #include <array>
@@ -218,7 +218,7 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
       content_(adopt(webkit_user_content_manager_new())), view_([&] {
           const ObjectRef<WebKitSettings> settings = make_settings();
           forbid_features(settings.get());
-          return sink_ref(WEBKIT_WEB_VIEW(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session",
+          return sink_ref(static_cast<WebKitWebView*>(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session",
                                                        session, "user-content-manager", content_.get(), "settings",
                                                        settings.get(), nullptr)));
       }()),

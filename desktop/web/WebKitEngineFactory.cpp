@@ -4,6 +4,7 @@
 #include "desktop/net/Reach.h"
 #include "desktop/web/GuardFolder.h"
 #include "desktop/web/GuardMessages.h"
+#include "desktop/web/LateWebEngine.h"
 #include "desktop/web/LaunchTrial.h"
 #include "desktop/web/PageReach.h"
 #include "desktop/web/ScriptLibrary.h"
@@ -11,7 +12,7 @@
 #include "desktop/web/WebKitEngine.h"
 #include "desktop/web/WebSandbox.h"
 
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 #include <algorithm>
 #include <functional>
@@ -24,6 +25,9 @@ namespace qoro
 
 namespace
 {
+
+/// Seconds for which a page waits at most for the video's first picture.
+constexpr double LongestHold = 0.5;
 
 void serve_library(WebKitURISchemeRequest* request, void*)
 {
@@ -48,68 +52,37 @@ void serve_library(WebKitURISchemeRequest* request, void*)
     webkit_uri_scheme_request_finish_with_response(request, response.get());
 }
 
-/// Replaces the engine if no page can be shown. The ad continues without pages.
-class NoPage : public WebEngine
-{
-public:
-    NoPage(Platform& platform, WebListener& listener, std::string reason)
-        : platform_(platform), listener_(listener), reason_(std::move(reason))
-    {
-    }
-
-    void load_html(const NSString&, const NSURL&) override
-    {
-        later([](NoPage& self) { self.listener_.died(self.reason_); });
-    }
-    void load_address(const NSURL& address) override
-    {
-        address_ = address;
-        later([](NoPage& self) { self.listener_.did_fail_load(self.reason_); });
-    }
-    void reload() override { load_address(address_); }
-    void go_back() override {}
-    void go_forward() override {}
-    PageState page_state() const override
-    {
-        PageState state;
-        state.address = address_;
-        return state;
-    }
-    void call_listeners(const std::string&, const NSArray&, const NSDictionary&) override {}
-    NSURL current_address() const override { return {}; }
-    void set_scales_page_to_fit(bool) override {}
-
-private:
-    void later(std::function<void(NoPage&)> event) { platform_.loop().post(liveness_.guard(std::move(event))); }
-
-    Platform& platform_;
-    WebListener& listener_;
-    const std::string reason_;
-    NSURL address_;
-    const Liveness<NoPage> liveness_{*this};
-};
-
 } // namespace
 
 WebKitEngineFactory::WebKitEngineFactory(Platform& platform, const PageLimits& limits, bool inspects)
     : platform_(platform), limits_(limits), inspects_(inspects), watch_(std::make_shared<PageWatch>(limits))
 {
-    // Started early: their results are needed when the first page is created.
-    try_launch(WebProcess::Network, LaunchCounts);
-    try_launch(WebProcess::Page, LaunchCounts);
 }
 
 WebKitEngineFactory::~WebKitEngineFactory() = default;
 
 std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& listener, PageKind kind)
 {
+    // Started now: the result is needed when the first page loads.
+    try_launch(WebProcess::Page, LaunchCounts);
+    return std::make_unique<LateWebEngine>(
+        platform_, listener, [this, &listener, kind] { return make_engine(listener, kind); },
+        [this, kind, until = platform_.loop().now() + LongestHold] { return may_begin(kind, until); });
+}
+
+bool WebKitEngineFactory::may_begin(PageKind kind, double hold_until) const
+{
+    const Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
+    if (!family.context && !try_launch(WebProcess::Network, LaunchCounts).is_over())
+        return false;
+    return !on_hold || !on_hold() || platform_.loop().now() >= hold_until;
+}
+
+std::unique_ptr<WebKitEngine> WebKitEngineFactory::make_engine(WebListener& listener, PageKind kind)
+{
     Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
-    try {
-        if (!family.context)
-            found(family, kind);
-    } catch (const std::runtime_error& unguarded) {
-        return std::make_unique<NoPage>(platform_, listener, unguarded.what());
-    }
+    if (!family.context)
+        found(family, kind);
     auto engine = std::make_unique<WebKitEngine>(platform_, listener, kind, family.context.get(), family.session.get(),
                                                  family.reach, watch_);
     if (inspects_ && kind == PageKind::Creative)
@@ -121,6 +94,7 @@ bool WebKitEngineFactory::warm_up()
 {
     if (creatives_.context)
         return true;
+    try_launch(WebProcess::Page, LaunchCounts);
     if (!try_launch(WebProcess::Network, LaunchCounts).is_over())
         return false;
     struct Deaf final : WebListener {
@@ -130,7 +104,11 @@ bool WebKitEngineFactory::warm_up()
         ScriptAnswer message(const ScriptMessage&) override { return {}; }
         void died(const std::string&) override {}
     } deaf;
-    make_web_engine(deaf, PageKind::Creative);
+    try {
+        make_engine(deaf, PageKind::Creative);
+    } catch (const std::runtime_error&) {
+        // The first ad's page reports it.
+    }
     return true;
 }
 
@@ -159,7 +137,7 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
         pressure.get(), static_cast<guint>(std::clamp(limits_.memory, 1.0, static_cast<double>(G_MAXINT / 1024))));
     webkit_memory_pressure_settings_set_poll_interval(pressure.get(), 2);
     family.context = adopt(
-        WEBKIT_WEB_CONTEXT(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure.get(), nullptr)));
+        static_cast<WebKitWebContext*>(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure.get(), nullptr)));
     webkit_web_context_set_web_process_extensions_directory(family.context.get(), guard_->path().c_str());
     webkit_web_context_set_web_process_extensions_initialization_user_data(
         family.context.get(),

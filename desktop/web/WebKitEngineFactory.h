@@ -6,6 +6,7 @@
 #include "kit/RefusalLog.h"
 #include "platform/Platform.h"
 
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -18,6 +19,7 @@ namespace qoro
 class GuardFolder;
 class PageReach;
 class SocketFilter;
+class WebKitEngine;
 
 /// The address of the kit's script library for every page.
 inline constexpr const char* script_library_address = "kit://script.js";
@@ -32,13 +34,16 @@ public:
     WebKitEngineFactory(const WebKitEngineFactory&) = delete;
     WebKitEngineFactory& operator=(const WebKitEngineFactory&) = delete;
 
-    /// GTK must have been started. If pages cannot be guarded, the engine shows none and every load fails with the
-    /// reason.
+    /// GTK must have been started. Nothing of WebKit is loaded before the first call. If pages cannot be guarded, the
+    /// engine shows none and every load fails with the reason.
     std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
     /// Loads what WebKit needs for a creative, tens of milliseconds once per program, so that the first ad need not.
     /// Starts no process of a page. No effect after the first creative.
     /// @return false, and no effect, while it is not known whether WebKit's processes start here: try again later
     bool warm_up();
+
+    /// Whether new pages are to wait, half a second at most each, because something more urgent starts. May be empty.
+    std::function<bool()> on_hold;
 
 private:
     struct Family {
@@ -46,6 +51,9 @@ private:
         ObjectRef<WebKitWebContext> context = {};
         ObjectRef<WebKitNetworkSession> session = {};
     };
+    bool may_begin(PageKind kind, double hold_until) const;
+    /// @throws std::runtime_error if pages cannot be guarded
+    std::unique_ptr<WebKitEngine> make_engine(WebListener& listener, PageKind kind);
     /// Sets up a family on first use.
     /// @throws std::runtime_error if pages cannot be guarded
     void found(Family& family, PageKind kind);

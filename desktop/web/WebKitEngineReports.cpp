@@ -1,7 +1,7 @@
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/WebKitEngine.h"
 
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 // What a creative reports to its author, and the author's view into it.
 

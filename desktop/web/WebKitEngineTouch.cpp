@@ -1,7 +1,7 @@
 #include "desktop/glib/AsyncResult.h"
 #include "desktop/web/WebKitEngine.h"
 
-#include <webkit/webkit.h>
+#include "desktop/web/WebKitFunctions.h"
 
 #include <charconv>
 #include <string_view>
