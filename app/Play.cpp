@@ -47,10 +47,12 @@ int play(const PlayOptions& given)
     if (!options.trace_file.empty())
         trace_file.emplace(options.trace_file);
 
-    // The sandbox is tried while the toolkit starts.
-    prepare_program();
+    // The page of a tag is not known yet.
+    const bool pages = !input.ad || input.ad->strWebViewUrl;
+    prepare_program(pages);
+    // The sandbox is tried while the toolkit starts. An in-app browser tries it before its own page.
     std::future<bool> sandbox =
-        std::async(std::launch::async, [&] { return options.no_web_sandbox || sandbox_works(); });
+        std::async(std::launch::async, [&] { return !pages || options.no_web_sandbox || sandbox_works(); });
     if (!start_toolkit())
         return lacks("there is no display to open a window on");
     if (options.no_web_sandbox) {

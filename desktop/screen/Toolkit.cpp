@@ -4,6 +4,8 @@
 #include <gtk/gtk.h>
 #include <malloc.h>
 
+#include <string>
+
 #ifdef __SANITIZE_ADDRESS__
 #include <sanitizer/lsan_interface.h>
 
@@ -33,11 +35,15 @@ constexpr int frame_memory = 16 * 1024 * 1024;
 constexpr int arenas = 2;
 } // namespace
 
-void prepare_program()
+void prepare_program(bool pages)
 {
-    // GTK's detection of a graphics card stays enabled: without it, WebKit leaves trails behind moving content of a
-    // transparent page.
     g_setenv("GSK_RENDERER", "cairo", FALSE);
+    // Only WebKit needs GTK's detection of a graphics card: without it, WebKit leaves trails behind moving content of a
+    // transparent page.
+    if (!pages) {
+        const char* set = g_getenv("GDK_DEBUG");
+        g_setenv("GDK_DEBUG", set && *set ? (std::string(set) + ",gl-disable").c_str() : "gl-disable", TRUE);
+    }
     // GTK allocates and frees memory for a complete picture in each frame. By default the C library returns it to the
     // kernel every time, which costs more than the drawing.
     mallopt(M_MMAP_THRESHOLD, frame_memory);

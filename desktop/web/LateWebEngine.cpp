@@ -24,18 +24,9 @@ GtkWidget* make_frame()
 } // namespace
 
 LateWebEngine::LateWebEngine(Platform& platform, WebListener& listener, Maker make, std::function<bool()> may_begin)
-    : platform_(platform), listener_(listener), make_(std::move(make)), frame_(sink_ref(make_frame()))
+    : platform_(platform), listener_(listener), make_(std::move(make)), may_begin_(std::move(may_begin)),
+      frame_(sink_ref(make_frame()))
 {
-    if (may_begin()) {
-        begin();
-        return;
-    }
-    asking_ = platform_.loop().start_timer(AskInterval, true, [this, may_begin = std::move(may_begin)] {
-        if (!may_begin())
-            return;
-        platform_.loop().stop_timer(std::exchange(asking_, 0));
-        begin();
-    });
 }
 
 LateWebEngine::~LateWebEngine()
@@ -60,8 +51,7 @@ void LateWebEngine::begin()
     } catch (const std::runtime_error& unguarded) {
         reason_ = unguarded.what();
         waiting_.clear();
-        if (loads_)
-            report_failure();
+        report_failure();
     }
 }
 
@@ -75,10 +65,19 @@ void LateWebEngine::when_begun(std::function<void(WebKitEngine&)> call)
 
 void LateWebEngine::load(std::function<void(WebKitEngine&)> call)
 {
-    loads_ = true;
     when_begun(std::move(call));
     if (!reason_.empty())
-        report_failure();
+        return report_failure();
+    if (engine_ || asking_ != 0)
+        return;
+    if (may_begin_())
+        return begin();
+    asking_ = platform_.loop().start_timer(AskInterval, true, [this] {
+        if (!may_begin_())
+            return;
+        platform_.loop().stop_timer(std::exchange(asking_, 0));
+        begin();
+    });
 }
 
 /// As an event of its own. A page from its source has no load that could fail, it has no process.

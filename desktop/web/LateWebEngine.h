@@ -15,9 +15,9 @@
 namespace qoro
 {
 
-/// An engine that creates its web view as soon as that is permitted, and passes on then what it was asked for before.
-/// Starting WebKit takes time that the ad's first picture needs. If the view cannot be created, every load fails with the
-/// reason and the ad continues without the page. Main thread only.
+/// An engine that creates its web view for its first page, as soon as that is permitted, and then repeats the calls that
+/// it has received before: starting WebKit takes time that the ad's first picture needs. If the view cannot be created,
+/// every load fails with the reason and the ad continues without the page. Main thread only.
 class LateWebEngine final : public WebEngine, public WidgetSource
 {
 public:
@@ -27,7 +27,7 @@ public:
 
     /// @param platform must outlive the engine
     /// @param listener of the pages; must outlive the engine
-    /// @param may_begin whether the view may be created; asked at once, then repeatedly until it returns true
+    /// @param may_begin whether the view may be created; asked with the first load, then repeatedly until it returns true
     LateWebEngine(Platform& platform, WebListener& listener, Maker make, std::function<bool()> may_begin);
     ~LateWebEngine() override;
     LateWebEngine(const LateWebEngine&) = delete;
@@ -64,6 +64,7 @@ private:
     Platform& platform_;
     WebListener& listener_;
     const Maker make_;
+    const std::function<bool()> may_begin_;
     const ObjectRef<GtkWidget> frame_;
     std::unique_ptr<WebKitEngine> engine_;
     /// Why there will be no engine; empty unless that is so.
@@ -72,8 +73,7 @@ private:
     std::vector<std::function<void(WebKitEngine&)>> waiting_;
     /// Asks whether the view may be created; 0 once it was.
     TimerId asking_ = 0;
-    /// Whether a page was requested, and its address; null for a page from its source.
-    bool loads_ = false;
+    /// The address of the last load; null for a page from its source.
     NSURL address_;
     /// Absent: WebKit's own default.
     std::optional<bool> transparent_;

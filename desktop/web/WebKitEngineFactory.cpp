@@ -16,6 +16,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <utility>
@@ -63,19 +64,23 @@ WebKitEngineFactory::~WebKitEngineFactory() = default;
 
 std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& listener, PageKind kind)
 {
-    // Started now: the result is needed when the first page loads.
-    try_launch(WebProcess::Page, LaunchCounts);
     return std::make_unique<LateWebEngine>(
         platform_, listener, [this, &listener, kind] { return make_engine(listener, kind); },
-        [this, kind, until = platform_.loop().now() + LongestHold] { return may_begin(kind, until); });
+        [this, kind, began = std::optional<double>()]() mutable {
+            if (!began)
+                began = platform_.loop().now();
+            return may_begin(kind, *began + LongestHold);
+        });
 }
 
 bool WebKitEngineFactory::may_begin(PageKind kind, double hold_until) const
 {
-    const Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
-    if (!family.context && !try_launch(WebProcess::Network, LaunchCounts).is_over())
+    if (on_hold && on_hold() && platform_.loop().now() < hold_until)
         return false;
-    return !on_hold || !on_hold() || platform_.loop().now() >= hold_until;
+    // Both are needed for the first page; the outcome of the other one is awaited by its load.
+    try_launch(WebProcess::Page, LaunchCounts);
+    const Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
+    return family.context || try_launch(WebProcess::Network, LaunchCounts).is_over();
 }
 
 std::unique_ptr<WebKitEngine> WebKitEngineFactory::make_engine(WebListener& listener, PageKind kind)
