@@ -75,7 +75,7 @@ TEST_F(BrowsedPageTest, WhoseProcessIsKilledIsReportedAndCanBeReloaded)
 {
     browse("<title>here</title>");
     recorder.heard.clear();
-    webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(engine->widget_source()->widget()));
+    webkit_web_view_terminate_web_process(web_view_of(*engine));
     wait_for("died: the page's process was ended");
     EXPECT_FALSE(engine->page_state().has_content);
 

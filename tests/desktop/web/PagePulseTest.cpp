@@ -16,7 +16,7 @@ protected:
     {
         platform.loop().run_until([] { return false; }, seconds);
     }
-    void end_process() { webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(engine->widget_source()->widget())); }
+    void end_process() { webkit_web_view_terminate_web_process(web_view_of(*engine)); }
 };
 
 TEST_F(PagePulseTest, APageThatHangsIsReportedOnce)

@@ -125,6 +125,12 @@ struct Recorder : WebListener {
     std::function<ScriptAnswer(const ScriptMessage&)> answer = [](const ScriptMessage&) { return ScriptAnswer{}; };
 };
 
+/// The view in which an engine shows its pages; null before the first load has begun.
+inline WebKitWebView* web_view_of(WebEngine& engine)
+{
+    return WEBKIT_WEB_VIEW(gtk_widget_get_first_child(engine.widget_source()->widget()));
+}
+
 /// A page in the real engine, with a recorder as its listener.
 class PageTest : public testing::Test
 {

@@ -136,7 +136,7 @@ TEST_F(WebKitEngineEventTest, AnEventAfterThePageHasEndedIsLost)
 {
     load_script("qoroPlayer.addEventListener('video_play', () => note('heard'))");
     wait_for("finish");
-    webkit_web_view_terminate_web_process(WEBKIT_WEB_VIEW(engine->widget_source()->widget()));
+    webkit_web_view_terminate_web_process(web_view_of(*engine));
     send("video_play");
     wait_for("died: the page's process was ended");
     send("video_play");

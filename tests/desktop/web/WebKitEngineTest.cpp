@@ -337,8 +337,7 @@ TEST_F(WebKitEngineTest, APagesProcessThatIsKilledIsReportedAndTheNextPageLoads)
 {
     load_script("note('alive')");
     wait_for("finish");
-    auto* view = WEBKIT_WEB_VIEW(engine->widget_source()->widget());
-    webkit_web_view_terminate_web_process(view);
+    webkit_web_view_terminate_web_process(web_view_of(*engine));
     wait_for("died: the page's process was ended");
     recorder.heard.clear();
     load_script("note('again')");
@@ -355,8 +354,9 @@ TEST_F(WebKitEngineTest, AScaledPageWiderThanTheViewIsShrunk)
     gtk_window_present(GTK_WINDOW(window));
     engine->set_scales_page_to_fit(true);
     load("<body style='margin: 0'><div style='width: 600px; height: 10px'></div>");
-    platform.loop().run_until([&] { return webkit_web_view_get_zoom_level(WEBKIT_WEB_VIEW(widget)) < 1; }, 90);
-    EXPECT_NEAR(webkit_web_view_get_zoom_level(WEBKIT_WEB_VIEW(widget)), 0.5, 0.02);
+    wait_for("finish");
+    platform.loop().run_until([&] { return webkit_web_view_get_zoom_level(web_view_of(*engine)) < 1; }, 90);
+    EXPECT_NEAR(webkit_web_view_get_zoom_level(web_view_of(*engine)), 0.5, 0.02);
     gtk_window_set_child(GTK_WINDOW(window), nullptr);
     gtk_window_destroy(GTK_WINDOW(window));
 }
