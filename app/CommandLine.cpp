@@ -1,5 +1,7 @@
 #include "app/CommandLine.h"
 
+#include "app/DesktopProgram.h"
+
 #ifdef QORO_DESKTOP
 #include "app/Play.h"
 #include "app/TagFetch.h"
@@ -11,6 +13,7 @@
 #include <qoro/Version.h>
 
 #include <filesystem>
+#include <algorithm>
 #include <memory>
 #include <optional>
 #include <string>
@@ -78,6 +81,17 @@ CommandLine::CommandLine() : app_("Plays and simulates full-screen video ads.", 
     shrink_.measure = report_.measure;
     add_shrink_options(*app_.add_subcommand("shrink"), shrink_);
     add_merge_options(*app_.add_subcommand("merge"), merge_);
+}
+
+bool CommandLine::needs_no_desktop() const
+{
+    if (app_.got_subcommand("simulate"))
+        return simulate_.ad.parts.ad_file.empty() && std::ranges::all_of(simulate_.files, is_scenario_file);
+    if (app_.got_subcommand("explore"))
+        return !explore_.jsonl && is_scenario_file(explore_.file);
+    if (app_.got_subcommand("shrink"))
+        return is_scenario_file(shrink_.input);
+    return app_.got_subcommand("merge");
 }
 
 int CommandLine::run() const

@@ -1,4 +1,5 @@
 #include "app/CommandLine.h"
+#include "app/DesktopProgram.h"
 #include "formats/InputError.h"
 
 #include <CLI/CLI.hpp>
@@ -6,6 +7,7 @@
 #include <csignal>
 #include <iostream>
 #include <string>
+#include <string_view>
 
 #ifdef __SANITIZE_ADDRESS__
 /// Leak suppressions match the allocating frames; in GLib only the slow unwinder finds them. Ten frames suffice and
@@ -33,8 +35,20 @@ std::string first_line(const std::string& text)
     return text.substr(0, text.find('\n'));
 }
 
+#ifdef QORO_LIGHT
+/// The commands that may need nothing of the desktop.
+bool is_light(std::string_view command)
+{
+    return command == "simulate" || command == "explore" || command == "shrink" || command == "merge";
+}
+#endif
+
 int run(int argc, char** argv)
 {
+#ifdef QORO_LIGHT
+    if (argc < 2 || !is_light(argv[1]))
+        qoro::run_desktop_program(argv);
+#endif
     qoro::CommandLine line;
     try {
         line.description().parse(argc, argv);
@@ -43,6 +57,10 @@ int run(int argc, char** argv)
     } catch (const CLI::ParseError& error) {
         return refuse(first_line(error.what()));
     }
+#ifdef QORO_LIGHT
+    if (!line.needs_no_desktop())
+        qoro::run_desktop_program(argv);
+#endif
     return line.run();
 }
 } // namespace

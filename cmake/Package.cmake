@@ -98,6 +98,9 @@ if(QORO_DESKTOP)
 endif()
 install(DIRECTORY ${QORO_PUBLIC}/ DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
 install(TARGETS qoro-ad RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT program)
+if(QORO_DESKTOP)
+    install(TARGETS qoro-ad-desktop RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/qoro-ad COMPONENT program)
+endif()
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/QoroVideoAdConfig.cmake.in
     ${PROJECT_BINARY_DIR}/QoroVideoAdConfig.cmake INSTALL_DESTINATION ${QORO_PACKAGE}
