@@ -12,8 +12,8 @@
 
 #include <qoro/Version.h>
 
-#include <filesystem>
 #include <algorithm>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>

@@ -33,8 +33,8 @@ public:
     /// @return the exit status
     /// @throws InputError, or another std::exception, for what the command reports as one line
     int run() const;
-    /// Whether the command that was parsed needs nothing of the desktop: simulate, explore or shrink with scenarios, and
-    /// merge.
+    /// Whether the command that was parsed needs nothing of the desktop: simulate, explore or shrink with scenarios,
+    /// and merge.
     bool needs_no_desktop() const;
 
 private:

@@ -3,8 +3,10 @@
 #include "formats/AdInput.h"
 #include "formats/InputError.h"
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
-#include <system_error>
+#include <stdexcept>
 #include <unistd.h>
 
 namespace qoro
@@ -12,13 +14,14 @@ namespace qoro
 
 void run_desktop_program(char** arguments)
 {
-    std::error_code error;
-    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
-    if (error)
-        return;
+    const char* const name = "qoro-ad-desktop";
+    const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
     // In the folder of a build, and installed.
     for (const std::filesystem::path& place : {folder, folder.parent_path() / QORO_LIBEXEC_FOLDER})
-        execv((place / "qoro-ad-desktop").c_str(), arguments);
+        execv((place / name).c_str(), arguments);
+    throw std::runtime_error(std::string(name) + ", the program that all other commands need, can't be started from " +
+                             (folder.parent_path() / QORO_LIBEXEC_FOLDER).string() + ": " + std::strerror(errno) +
+                             "; install qoro-ad again");
 }
 
 bool is_scenario_file(const std::string& input)

@@ -6,9 +6,10 @@ namespace qoro
 {
 
 /// Replaces this process by the program that has all commands and is linked with the desktop's libraries, which take
-/// tens of milliseconds to load. Returns if it is not installed beside this one.
+/// tens of milliseconds to load.
 /// @param arguments of this program, its name first, null at the end
-void run_desktop_program(char** arguments);
+/// @throws std::exception if it is not installed beside this one
+[[noreturn]] void run_desktop_program(char** arguments);
 
 /// Whether an input is used without the desktop's libraries: a scenario in a file. An ad's video must be looked at, a
 /// tag must be fetched, and standard input cannot be read twice.

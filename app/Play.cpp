@@ -3,6 +3,8 @@
 #include "app/PlayInput.h"
 #include "app/PlayedSession.h"
 #include "app/TraceFile.h"
+#include "desktop/glib/StartupTrace.h"
+#include "desktop/media/Pipeline.h"
 #include "desktop/screen/Toolkit.h"
 #include "desktop/web/WebSandbox.h"
 #include "formats/AdInput.h"
@@ -39,8 +41,11 @@ int lacks(const char* what)
 int play(const PlayOptions& given)
 {
     PlayOptions options = given;
+    if (!options.startup_file.empty())
+        trace_startup(options.startup_file);
     options.ad_file = ad_file_of(given.ad_file);
     PlayInput input = read_play_input(options);
+    startup_point("input read");
     if (!options.out_folder.empty())
         make_folder(options.out_folder);
     std::optional<TraceFile> trace_file;
@@ -50,11 +55,14 @@ int play(const PlayOptions& given)
     // The page of a tag is not known yet.
     const bool pages = !input.ad || input.ad->strWebViewUrl;
     prepare_program(pages);
-    // The sandbox is tried while the toolkit starts. An in-app browser tries it before its own page.
+    // Loading the decoders takes longest. GStreamer starts beside the toolkit.
+    const std::future<void> media = std::async(std::launch::async, Pipeline::warm_up);
+    // The sandbox is tried meanwhile. An in-app browser tries it before its own page.
     std::future<bool> sandbox =
         std::async(std::launch::async, [&] { return !pages || options.no_web_sandbox || sandbox_works(); });
     if (!start_toolkit())
         return lacks("there is no display to open a window on");
+    startup_point("toolkit started");
     if (options.no_web_sandbox) {
         std::cerr << "qoro-ad: the page runs without a sandbox\n";
         give_up_sandbox();
@@ -62,6 +70,7 @@ int play(const PlayOptions& given)
         return lacks("the page's sandbox does not work here; --no-web-sandbox goes on without one, "
                      "for pages that you trust");
     }
+    startup_point("sandbox tried");
     return PlayedSession(options, std::move(input), std::move(trace_file)).run();
 }
 

@@ -150,6 +150,10 @@ void add_play_options(CLI::App& command, PlayOptions& options)
         ->check(seconds);
     command.add_option("--steps", options.steps_file, "What the viewer does, and when: a JSON file")->type_name("FILE");
     add_log_option(command, options.log);
+    command
+        .add_option("--trace-startup", options.startup_file,
+                    "Write down when each step of the start was reached, until the first picture")
+        ->type_name("FILE");
     command.add_option("--trace", options.trace_file, "Write down what happens; - for standard output")
         ->type_name("FILE");
     auto* record = command

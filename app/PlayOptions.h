@@ -57,6 +57,8 @@ struct PlayOptions {
     std::optional<ZulixLogTag> log = ZulixLogTagOfWarnning;
     /// "-" for standard output.
     std::string trace_file;
+    /// Receives the times of the program's start.
+    std::string startup_file;
     /// Where the session is recorded; empty for nowhere.
     std::string record_file;
     /// Whether the recording and the trace hold identifiers as they are.

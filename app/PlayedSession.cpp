@@ -1,5 +1,6 @@
 #include "app/PlayedSession.h"
 
+#include "desktop/glib/StartupTrace.h"
 #include "formats/AdAddresses.h"
 #include "formats/AdFile.h"
 #include "formats/InputError.h"
@@ -85,11 +86,14 @@ int PlayedSession::run()
         std::cerr << "qoro-ad: " << line << std::endl;
         has_failed_ |= !options_.lenient;
     }
+    startup_point("platform ready");
     connect_window();
     follow_failures();
     platform_.display().show();
+    startup_point("window shown");
     platform_.loop().restart_clock();
     open();
+    startup_point("ad opened");
     schedule();
     platform_.loop().run();
     const bool trace_failed = trace_file_ && trace_file_->has_failed();

@@ -11,11 +11,12 @@
 
 #ifdef __SANITIZE_ADDRESS__
 /// Leak suppressions match the allocating frames; in GLib only the slow unwinder finds them. Ten frames suffice and
-/// cost a third less time than the default of thirty. Suppressed leaks of libraries are no line on standard error.
+/// cost a third less time than the default of thirty. Suppressed leaks of libraries are no line on standard error. The
+/// sanitizer guesses where the thread-local memory of a library lies that is loaded late, and crashes when it is wrong.
 extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
 extern "C" const char* __asan_default_options()
 {
-    return "fast_unwind_on_malloc=0:malloc_context_size=10:print_suppressions=0";
+    return "fast_unwind_on_malloc=0:malloc_context_size=10:print_suppressions=0:intercept_tls_get_addr=0";
 }
 #endif
 

@@ -1,6 +1,7 @@
 #include "desktop/media/Pipeline.h"
 
 #include "desktop/glib/Owned.h"
+#include "desktop/glib/StartupTrace.h"
 #include "desktop/media/Mailbox.h"
 #include "desktop/media/StreamKind.h"
 #include "desktop/media/StreamSinks.h"
@@ -218,6 +219,7 @@ void Pipeline::warm_up()
     static std::once_flag once;
     std::call_once(once, [] {
         gst_init(nullptr, nullptr);
+        startup_point("media framework started");
         // Loading these plug-ins takes most of the time to the first picture of a program.
         Workers::all().start([] {
             for (const char* name :
@@ -225,6 +227,7 @@ void Pipeline::warm_up()
                   "avdec_aac", "appsink", "audioconvert", "audioresample", "pulsesink"}) {
                 const Element element(gst_element_factory_make(name, nullptr));
             }
+            startup_point("decoders loaded");
         });
     });
 }
@@ -248,6 +251,7 @@ void Pipeline::Core::work()
         if (!gst_element_query_duration(pipeline, GST_FORMAT_TIME, &length) || length <= 0) {
             fail("its duration is not known");
         } else {
+            startup_point("video loaded");
             duration = seconds(length);
             feed.learn_rate(duration);
             watch_data(false);
@@ -260,6 +264,7 @@ void Pipeline::Core::work()
 
 bool Pipeline::Core::open()
 {
+    startup_point("video requested");
     GstElement* whole = gst_pipeline_new(nullptr);
     pipeline = whole;
     gst_bus_set_sync_handler(Bus(gst_element_get_bus(whole)).get(), on_message, this, nullptr);

@@ -1,5 +1,6 @@
 #include "desktop/media/VideoPictures.h"
 
+#include "desktop/glib/StartupTrace.h"
 #include "platform/Ports.h"
 
 #include <gst/gst.h>
@@ -60,6 +61,8 @@ void VideoPictures::make_picture()
     if (decoded_ && width_ > 0 && height_ > 0)
         picture = scaler_.scale(decoded_.get(), width_, height_, scaling_mode_);
     const bool made = static_cast<bool>(picture);
+    if (made)
+        startup_point("first picture decoded");
     {
         std::scoped_lock lock(taking_);
         // The previous picture is destroyed outside the lock.

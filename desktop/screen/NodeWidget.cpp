@@ -2,6 +2,7 @@
 
 #include "desktop/glib/Liveness.h"
 #include "desktop/glib/Owned.h"
+#include "desktop/glib/StartupTrace.h"
 #include "desktop/images/GdkImages.h"
 #include "desktop/media/PictureSource.h"
 #include "desktop/screen/Painting.h"
@@ -76,6 +77,8 @@ void fetch_frame(NodeState& state, const ViewNode& view)
         return;
     state.frame = std::move(frame);
     state.look.picture = picture_of(state.frame);
+    if (state.look.picture)
+        startup_point("first picture drawn");
     state.look.resolution = state.resolution;
 }
 

@@ -1,4 +1,5 @@
 #include "desktop/web/LateWebEngine.h"
+#include "desktop/glib/StartupTrace.h"
 
 #include <gtk/gtk.h>
 
@@ -41,8 +42,10 @@ LateWebEngine::~LateWebEngine()
 
 void LateWebEngine::begin()
 {
+    startup_point("page begun");
     try {
         engine_ = make_();
+        startup_point("page's view created");
         if (transparent_)
             engine_->set_transparent(*transparent_);
         gtk_widget_set_parent(engine_->widget(), frame_.get());

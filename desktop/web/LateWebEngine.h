@@ -15,9 +15,9 @@
 namespace qoro
 {
 
-/// An engine that creates its web view for its first page, as soon as that is permitted, and then repeats the calls that
-/// it has received before: starting WebKit takes time that the ad's first picture needs. If the view cannot be created,
-/// every load fails with the reason and the ad continues without the page. Main thread only.
+/// An engine that creates its web view for its first page, as soon as that is permitted, and then repeats the calls
+/// that it has received before: starting WebKit takes time that the ad's first picture needs. If the view cannot be
+/// created, every load fails with the reason and the ad continues without the page. Main thread only.
 class LateWebEngine final : public WebEngine, public WidgetSource
 {
 public:
@@ -27,7 +27,8 @@ public:
 
     /// @param platform must outlive the engine
     /// @param listener of the pages; must outlive the engine
-    /// @param may_begin whether the view may be created; asked with the first load, then repeatedly until it returns true
+    /// @param may_begin whether the view may be created; asked with the first load, then repeatedly until it returns
+    /// true
     LateWebEngine(Platform& platform, WebListener& listener, Maker make, std::function<bool()> may_begin);
     ~LateWebEngine() override;
     LateWebEngine(const LateWebEngine&) = delete;

@@ -2,8 +2,8 @@
 
 #include "desktop/glib/Owned.h"
 
-#include <glib.h>
 #include "desktop/web/WebKitFunctions.h"
+#include <glib.h>
 
 #include <algorithm>
 #include <array>

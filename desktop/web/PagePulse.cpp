@@ -66,7 +66,8 @@ void PagePulse::ask()
     open_.emplace(*this);
     const auto answered = open_->guard([](PagePulse& self, GObject* view, GAsyncResult* result) {
         // Any reply counts; there is none if the process has ended.
-        if (!adopt(webkit_web_view_send_message_to_page_finish(reinterpret_cast<WebKitWebView*>(view), result, nullptr)))
+        if (!adopt(
+                webkit_web_view_send_message_to_page_finish(reinterpret_cast<WebKitWebView*>(view), result, nullptr)))
             return;
         self.open_.reset();
         if (!std::exchange(self.responds_, true))

@@ -1,6 +1,7 @@
 #include "desktop/web/WebKitEngine.h"
 
 #include "desktop/glib/AsyncResult.h"
+#include "desktop/glib/StartupTrace.h"
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/PageReach.h"
 #include "platform/Inbound.h"
@@ -218,9 +219,9 @@ WebKitEngine::WebKitEngine(Platform& platform, WebListener& listener, PageKind k
       content_(adopt(webkit_user_content_manager_new())), view_([&] {
           const ObjectRef<WebKitSettings> settings = make_settings();
           forbid_features(settings.get());
-          return sink_ref(static_cast<WebKitWebView*>(g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session",
-                                                       session, "user-content-manager", content_.get(), "settings",
-                                                       settings.get(), nullptr)));
+          return sink_ref(static_cast<WebKitWebView*>(
+              g_object_new(WEBKIT_TYPE_WEB_VIEW, "web-context", context, "network-session", session,
+                           "user-content-manager", content_.get(), "settings", settings.get(), nullptr)));
       }()),
       bridge_(platform, listener), pulse_(platform.loop(), view_.get(), [this](bool answers) {
           platform_.dispatch([&] { listener_.responsiveness_changed(answers); });
@@ -338,6 +339,8 @@ void WebKitEngine::ask(F&& call)
 
 void WebKitEngine::report(News news, const std::string& reason)
 {
+    if (news == News::Finished)
+        startup_point("page loaded");
     const auto notify = [news, reason](WebListener& listener) {
         if (news == News::Started)
             listener.did_start_load();

@@ -141,8 +141,8 @@ void WebKitEngineFactory::found(Family& family, PageKind kind)
     webkit_memory_pressure_settings_set_memory_limit(
         pressure.get(), static_cast<guint>(std::clamp(limits_.memory, 1.0, static_cast<double>(G_MAXINT / 1024))));
     webkit_memory_pressure_settings_set_poll_interval(pressure.get(), 2);
-    family.context = adopt(
-        static_cast<WebKitWebContext*>(g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure.get(), nullptr)));
+    family.context = adopt(static_cast<WebKitWebContext*>(
+        g_object_new(WEBKIT_TYPE_WEB_CONTEXT, "memory-pressure-settings", pressure.get(), nullptr)));
     webkit_web_context_set_web_process_extensions_directory(family.context.get(), guard_->path().c_str());
     webkit_web_context_set_web_process_extensions_initialization_user_data(
         family.context.get(),

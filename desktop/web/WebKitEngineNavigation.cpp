@@ -91,8 +91,8 @@ bool WebKitEngine::decide_policy(WebKitPolicyDecision* decision, int type)
     if (type == WEBKIT_POLICY_DECISION_TYPE_RESPONSE)
         return may_be_shown(reinterpret_cast<WebKitResponsePolicyDecision*>(decision));
 
-    WebKitNavigationAction* action =
-        webkit_navigation_policy_decision_get_navigation_action(reinterpret_cast<WebKitNavigationPolicyDecision*>(decision));
+    WebKitNavigationAction* action = webkit_navigation_policy_decision_get_navigation_action(
+        reinterpret_cast<WebKitNavigationPolicyDecision*>(decision));
     const std::string address = webkit_uri_request_get_uri(webkit_navigation_action_get_request(action));
     // In the browser a link may open another program, so a click by a script does not count as one.
     const bool link = webkit_navigation_action_get_navigation_type(action) == WEBKIT_NAVIGATION_TYPE_LINK_CLICKED &&

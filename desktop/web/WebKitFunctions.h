@@ -4,9 +4,9 @@
 
 #include <string>
 
-// The functions of WebKit that this program calls. None is linked: WebKit and the 150 libraries that it needs are loaded
-// for the first page, and a program without a page never loads them. Within this namespace, each name below hides
-// WebKit's own declaration; it is called in the same way, and can release an Owned.
+// The functions of WebKit that this program calls. None is linked: WebKit and the 150 libraries that it needs are
+// loaded for the first page, and a program without a page never loads them. Within this namespace, each name below
+// hides WebKit's own declaration; it is called in the same way, and can release an Owned.
 
 namespace qoro
 {
@@ -21,7 +21,7 @@ void* webkit_function(const char* name);
 
 #define QORO_WEBKIT_FUNCTION(name)                                                                                     \
     struct name##_function {                                                                                           \
-        operator decltype(&::name)() const                                                                             \
+        operator decltype (&::name)() const                                                                            \
         {                                                                                                              \
             static const auto address = reinterpret_cast<decltype(&::name)>(webkit_function(#name));                   \
             return address;                                                                                            \
