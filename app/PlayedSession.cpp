@@ -75,6 +75,7 @@ PlayedSession::~PlayedSession()
     tag_.reset();
     served_.reset();
     served_before_.reset();
+    early_video_.reset();
     platform_.loop().clear();
 }
 
@@ -87,6 +88,9 @@ int PlayedSession::run()
         has_failed_ |= !options_.lenient;
     }
     startup_point("platform ready");
+    // The video loads while the window is made.
+    if (!input_.tag)
+        serve_ad();
     connect_window();
     follow_failures();
     platform_.display().show();
@@ -126,12 +130,23 @@ void PlayedSession::open()
         open_ad(host, std::move(rehearsal));
 }
 
-void PlayedSession::open_ad(const HostSetup& host, Rehearsal rehearsal)
+/// Makes the ad's files available, and starts to load its video.
+void PlayedSession::serve_ad()
 {
     served_ = std::make_unique<ServedAd>(input_.ad, input_.folder, [this](const AdServerHit& hit) { served(hit); });
-    complaints_.set_ad(copy_of(*served_->ad()));
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address_on_server(address, served_->base()), path);
+    const QoroVideoAd& ad = *served_->ad();
+    const NSString copy = ad.bIsUseVideoCache ? platform_.video_cache().path_for(ad.strVideoUrl) : NSString();
+    early_video_ = platform_.players().prepare(
+        copy ? NSURL::fileURLWithPath(copy) : NSURL::URLWithString(ad.strVideoUrl), [](const std::string&) {});
+}
+
+void PlayedSession::open_ad(const HostSetup& host, Rehearsal rehearsal)
+{
+    if (!served_)
+        serve_ad();
+    complaints_.set_ad(copy_of(*served_->ad()));
     watch_files();
     if (recording_)
         recording_->begin(*served_->ad(), input_.orientation, host, input_.steps, *this);
@@ -220,6 +235,7 @@ void PlayedSession::reload()
     for (Step& step : input_.steps)
         step.at += platform_.loop().now();
     served_before_ = std::move(served_);
+    early_video_.reset();
     open();
 }
 

@@ -9,6 +9,7 @@
 #include "app/TraceFile.h"
 #include "desktop/DesktopPlatform.h"
 #include "desktop/glib/Owned.h"
+#include "desktop/media/PreparedVideo.h"
 #include "desktop/net/Reach.h"
 #include "desktop/screen/DisplayWatch.h"
 #include "host/OpenedAd.h"
@@ -53,6 +54,7 @@ private:
     void connect_window();
     void follow_failures();
     void open();
+    void serve_ad();
     void open_ad(const HostSetup& host, Rehearsal rehearsal);
     void open_tag(HostSetup host, Rehearsal rehearsal);
     bool leave_screen();
@@ -89,6 +91,8 @@ private:
     std::unique_ptr<ServedAd> served_before_;
     /// The host chooses the store, which may be in a private network.
     std::optional<NamedHosts> store_;
+    /// The ad's video until its player takes it over.
+    std::unique_ptr<PreparedVideo> early_video_;
     std::unique_ptr<OpenedAd> opened_;
     /// Instead of served_ and opened_, for a VAST tag.
     /// @{

@@ -3,6 +3,7 @@
 #include "desktop/net/HttpAnswer.h"
 #include "desktop/net/Reach.h"
 #include "desktop/net/UserAgent.h"
+#include "kit/NetworkZone.h"
 
 #include <libsoup/soup.h>
 
@@ -35,6 +36,10 @@ HttpReader::HttpReader(const std::string& address, const Limits& limits)
 {
     // Positions count the bytes as sent by the server, so nothing may decode them.
     soup_session_remove_feature_by_type(session_.get(), SOUP_TYPE_CONTENT_DECODER);
+    // No proxy lies before this machine. Asking GIO loads its modules and the desktop's settings, while the first picture
+    // waits.
+    if (zone_named_by(address) == NetworkZone::Machine)
+        soup_session_set_proxy_resolver(session_.get(), nullptr);
 }
 
 HttpReader::~HttpReader()

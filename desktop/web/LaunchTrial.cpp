@@ -1,9 +1,9 @@
 #include "desktop/web/LaunchTrial.h"
 
 #include "desktop/glib/Owned.h"
-
 #include "desktop/web/WebKitFunctions.h"
-#include <glib.h>
+
+#include <gtk/gtk.h>
 
 #include <algorithm>
 #include <array>
@@ -61,15 +61,26 @@ private:
     int number_;
 };
 
-/// The folder of WebKit's own programs; empty if they are not where expected.
-std::string programs_folder()
+/// The folder of the library that contains an address.
+std::string folder_of(const void* address)
 {
     Dl_info library{};
-    if (dladdr(webkit_function("webkit_get_major_version"), &library) == 0)
+    return dladdr(address, &library) == 0 ? "" : take_text(g_path_get_dirname(library.dli_fname));
+}
+
+/// The folder of WebKit's own programs; empty if they are not where expected. WebKit is loaded only if it is not
+/// installed beside GTK: loading takes longer than a trial, and other threads wait for it.
+std::string programs_folder()
+{
+    const auto is_folder = [](const std::string& path) { return g_file_test(path.c_str(), G_FILE_TEST_IS_DIR); };
+    const std::string beside_gtk = folder_of(reinterpret_cast<const void*>(&gtk_init)) + "/webkitgtk-6.0";
+    if (is_folder(beside_gtk))
+        return beside_gtk;
+    if (!load_webkit().empty())
         return "";
-    const std::string found = take_text(g_path_get_dirname(library.dli_fname)) + "/webkitgtk-6.0";
-    for (const std::string& folder : {found, std::string("/usr/libexec/webkitgtk-6.0")})
-        if (g_file_test(folder.c_str(), G_FILE_TEST_IS_DIR))
+    for (const std::string& folder : {folder_of(webkit_function("webkit_get_major_version")) + "/webkitgtk-6.0",
+                                      std::string("/usr/libexec/webkitgtk-6.0")})
+        if (is_folder(folder))
             return folder;
     return "";
 }
@@ -200,8 +211,6 @@ std::vector<std::string> locked_away(std::vector<std::string> command)
 
 std::string run_trial(WebProcess process)
 {
-    if (const std::string& complaint = load_webkit(); !complaint.empty())
-        return complaint;
     const std::string folder = programs_folder();
     if (folder.empty())
         return "";

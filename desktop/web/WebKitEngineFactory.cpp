@@ -75,12 +75,13 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
 
 bool WebKitEngineFactory::may_begin(PageKind kind, double hold_until) const
 {
-    if (on_hold && on_hold() && platform_.loop().now() < hold_until)
-        return false;
-    // Both are needed for the first page; the outcome of the other one is awaited by its load.
+    // Both are needed for the first page; the outcome of the other one is awaited by its load. They are tried while the
+    // video starts.
     try_launch(WebProcess::Page, LaunchCounts);
     const Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
-    return family.context || try_launch(WebProcess::Network, LaunchCounts).is_over();
+    const bool tried = family.context || try_launch(WebProcess::Network, LaunchCounts).is_over();
+    const bool held = on_hold && on_hold() && platform_.loop().now() < hold_until;
+    return !held && loads_webkit_beside() && tried;
 }
 
 std::unique_ptr<WebKitEngine> WebKitEngineFactory::make_engine(WebListener& listener, PageKind kind)
@@ -100,7 +101,7 @@ bool WebKitEngineFactory::warm_up()
     if (creatives_.context)
         return true;
     try_launch(WebProcess::Page, LaunchCounts);
-    if (!try_launch(WebProcess::Network, LaunchCounts).is_over())
+    if (!loads_webkit_beside() || !try_launch(WebProcess::Network, LaunchCounts).is_over())
         return false;
     struct Deaf final : WebListener {
         void did_start_load() override {}

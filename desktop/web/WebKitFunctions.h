@@ -15,6 +15,10 @@ namespace qoro
 /// @return what is wrong; empty once WebKit is loaded
 const std::string& load_webkit();
 
+/// Loads WebKit on a thread, once. Any thread.
+/// @return whether load_webkit() does not block: WebKit is loaded, or what is wrong is known
+bool loads_webkit_beside();
+
 /// The address of a function of WebKit's. Loads WebKit if necessary. Any thread.
 /// @throws std::runtime_error if WebKit is not installed or lacks the function
 void* webkit_function(const char* name);

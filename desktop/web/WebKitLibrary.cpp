@@ -2,7 +2,11 @@
 
 #include <dlfcn.h>
 
+#include <atomic>
+#include <mutex>
 #include <stdexcept>
+#include <system_error>
+#include <thread>
 
 namespace qoro
 {
@@ -36,6 +40,24 @@ const Library& library()
 const std::string& load_webkit()
 {
     return library().complaint;
+}
+
+bool loads_webkit_beside()
+{
+    static std::atomic<bool> known = false;
+    static std::once_flag once;
+    std::call_once(once, [] {
+        const auto load = [] {
+            library();
+            known = true;
+        };
+        try {
+            std::thread(load).detach();
+        } catch (const std::system_error&) {
+            load();
+        }
+    });
+    return known;
 }
 
 void* webkit_function(const char* name)

@@ -191,7 +191,9 @@ private:
     /// @return its return value as text; absent if it throws
     std::optional<std::string> run(QoroVideoWebViewController& ad, const std::string& body)
     {
-        auto* view = WEBKIT_WEB_VIEW(gtk_widget_get_first_child(ad.webView().node()->web->widget_source()->widget()));
+        GtkWidget* const frame = ad.webView().node()->web->widget_source()->widget();
+        EXPECT_TRUE(until([&] { return gtk_widget_get_first_child(frame); })) << "no page has begun";
+        auto* view = WEBKIT_WEB_VIEW(gtk_widget_get_first_child(frame));
         // Shared with the callback: if the page never answers, the result outlives this call.
         auto* shared = new std::shared_ptr<Result>(std::make_shared<Result>());
         const std::shared_ptr<Result> result = *shared;

@@ -89,10 +89,10 @@ TEST_F(OpenedAdOnTheDesktopTest, AnAdThatClosesAtItsVideosEndReportsTheTimePlaye
 TEST_F(OpenedAdOnTheDesktopTest, APageThatClosesItsAdIsReportedAsTheCause)
 {
     folder.write("page.html", R"(<!DOCTYPE html><html><head><script src="mraid.js"></script></head><body><script>
-        qoroPlayer.addEventListener("video_timeupdate", () => qoroPlayer.MRAIDClose());
+        qoroPlayer.MRAIDClose();
         </script></body></html>)");
 
-    play(R"(, "strWebViewUrl": "page.html", "fTrackingInterval": 1)");
+    play(R"(, "strWebViewUrl": "page.html")");
 
     ASSERT_THAT(outcomes, SizeIs(1));
     EXPECT_EQ(outcomes[0].end, AdEnd::Page);

@@ -1,0 +1,59 @@
+#include "tests/app/ShellRun.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <string>
+
+// What the program loads before it does its work: the largest part of a short command's time.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+/// The names of the libraries that a command and the program that it becomes load, one per line. The sanitizers' own
+/// are left out.
+std::vector<std::string> libraries_of(const std::string& command)
+{
+    const ShellResult run =
+        run_shell("scratch=$(mktemp -d); LD_DEBUG=files LD_DEBUG_OUTPUT=$scratch/log " + command +
+                  " >/dev/null; cat $scratch/log.* | sed -n 's/.*calling init: .*\\///p' | sort -u | "
+                  "grep -vE '^(libasan|libubsan|ld-linux)'; rm -r $scratch");
+    return lines_of(run.output);
+}
+
+const std::string Session = "examples/simulator/first-session.json";
+
+} // namespace
+
+// The C and C++ libraries (5), the message digest and its BSD base, and two in reserve.
+TEST(Start, ASimulationLoadsNoMoreThanItsOwnLibraries)
+{
+    const std::vector<std::string> libraries = libraries_of("qoro-ad simulate " + Session);
+    EXPECT_GE(libraries.size(), 3U) << "the dynamic linker reports nothing";
+    EXPECT_LE(libraries.size(), 9U) << testing::PrintToString(libraries);
+}
+
+TEST(Start, ExplorationAndShrinkingLoadNoMoreThanASimulation)
+{
+    const std::vector<std::string> simulation = libraries_of("qoro-ad simulate " + Session);
+    EXPECT_EQ(libraries_of("qoro-ad explore " + Session + " --budget 3"), simulation);
+    EXPECT_EQ(libraries_of("qoro-ad shrink " + Session + " --while 'line request' -o /dev/null"),
+              simulation);
+}
+
+TEST(Start, AProgramWhoseDesktopPartIsMissingSaysSo)
+{
+    // Elsewhere the program finds no other part of itself.
+    const ShellResult run = run_shell("folder=$(mktemp -d); cp \"$(command -v qoro-ad)\" $folder/alone; "
+                                      "$folder/alone cache list; status=$?; rm -r $folder; exit $status");
+    if (run.errors.find("qoro-ad-desktop") == std::string::npos)
+        GTEST_SKIP() << "this build has no desktop";
+    EXPECT_EQ(run.status, 1);
+    EXPECT_NE(run.errors.find("install qoro-ad again"), std::string::npos) << run.errors;
+    EXPECT_EQ(lines_of(run.errors).size(), 1U) << run.errors;
+}
+
+} // namespace qoro::test

@@ -1,0 +1,121 @@
+#include "Places.h"
+#include "tests/e2e/PlayedAd.h"
+
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+// What the program loads and starts for an ad, and in which order.
+
+namespace qoro::test
+{
+
+namespace
+{
+
+/// An ad with a video and no page.
+class PlayStart : public testing::Test
+{
+protected:
+    PlayStart()
+    {
+        std::filesystem::create_directories(folder_);
+        std::filesystem::copy_file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", folder_ + "/clip.mp4",
+                                   std::filesystem::copy_options::overwrite_existing);
+        std::ofstream(folder_ + "/ad.json") << R"({"strVideoUrl": "clip.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
+            "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})";
+    }
+    ~PlayStart() override { std::filesystem::remove_all(folder_); }
+
+    std::string ad() const { return folder_ + "/ad.json"; }
+    std::string points_file() const { return folder_ + "/start.jsonl"; }
+
+    /// When the points that --trace-startup has recorded were reached, in seconds.
+    std::map<std::string, double> points() const
+    {
+        std::map<std::string, double> found;
+        std::ifstream file(points_file());
+        for (std::string line; std::getline(file, line) && !file.eof();) {
+            const nlohmann::json point = nlohmann::json::parse(line);
+            found.emplace(point["what"], point["monotonic"]);
+        }
+        return found;
+    }
+
+    const std::string folder_ = testing::TempDir() + "play-start";
+};
+
+/// The files that a process has mapped.
+std::string maps_of(int process)
+{
+    std::ifstream file("/proc/" + std::to_string(process) + "/maps");
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+} // namespace
+
+TEST_F(PlayStart, AnAdWithoutAPageNeedsNoWebEngineNoGraphicsDriverAndNoOtherProcess)
+{
+    PlayedAd played({ad()});
+    ASSERT_TRUE(played.reaches_second(1)) << played.complaints();
+    EXPECT_EQ(played.processes().size(), 1U);
+    const std::string mapped = maps_of(played.process());
+    ASSERT_NE(mapped.find("libgtk-4"), std::string::npos) << "the player's own process is another one";
+    for (const char* library : {"libwebkitgtk", "libjavascriptcoregtk", "libLLVM", "swrast_dri"})
+        EXPECT_EQ(mapped.find(library), std::string::npos) << library;
+}
+
+TEST_F(PlayStart, ItsStepsAreWrittenDown)
+{
+    PlayedAd played({ad(), "--trace-startup", points_file()});
+    ASSERT_TRUE(played.reaches_second(1)) << played.complaints();
+
+    std::map<std::string, double> at = points();
+    for (const auto& [first, then] :
+         std::vector<std::pair<const char*, const char*>>{{"linked", "input read"},
+                                                          {"input read", "toolkit started"},
+                                                          {"input read", "media framework started"},
+                                                          {"toolkit started", "platform ready"},
+                                                          {"platform ready", "window shown"},
+                                                          {"platform ready", "video requested"},
+                                                          {"video requested", "first picture decoded"},
+                                                          {"window shown", "first picture drawn"},
+                                                          {"first picture decoded", "first picture drawn"}}) {
+        ASSERT_TRUE(at.contains(first)) << first;
+        ASSERT_TRUE(at.contains(then)) << then;
+        EXPECT_LE(at[first], at[then]) << first << ", " << then;
+    }
+    EXPECT_FALSE(at.contains("page begun")) << "the ad has no page";
+}
+
+// On a slow machine the page waits half a second at most.
+TEST_F(PlayStart, APageBeginsAfterTheFirstPicture)
+{
+    std::ofstream(folder_ + "/page.html") << "<html><head></head><body>page</body></html>";
+    std::ofstream(folder_ + "/ad.json")
+        << R"({"strVideoUrl": "clip.mp4", "strWebViewUrl": "page.html", "fVideoWidth": 16,
+        "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})";
+    PlayedAd played({ad(), "--trace-startup", points_file()});
+    ASSERT_TRUE(played.eventually([&] { return points().contains("page loaded"); }));
+
+    std::map<std::string, double> at = points();
+    EXPECT_LT(at["page begun"], at["page loaded"]);
+    const bool waited_in_vain = at["page begun"] - at["ad opened"] >= 0.5;
+    EXPECT_TRUE(waited_in_vain || at["first picture decoded"] <= at["page begun"]);
+}
+
+TEST_F(PlayStart, AFileThatCannotBeWrittenIsNamed)
+{
+    PlayedAd played({ad(), "--trace-startup", folder_ + "/missing/start.jsonl"});
+    EXPECT_EQ(played.exit_status(), 1);
+    EXPECT_NE(played.complaints().find("/missing/start.jsonl: cannot be written"), std::string::npos)
+        << played.complaints();
+}
+
+} // namespace qoro::test
