@@ -162,11 +162,18 @@ GtkAccessibleRole role_of(ViewNode::Kind kind)
     }
 }
 
+/// The view of the page that a widget shows; null for another widget, and before the page has begun.
+GtkWidget* page_view_of(GtkWidget* widget)
+{
+    GtkWidget* container = gtk_widget_get_first_child(widget);
+    return container ? gtk_widget_get_first_child(container) : nullptr;
+}
+
 /// Reports changes of a view's role, name and state. The name of a countdown changes once a second.
 void speak(GtkWidget* widget, NodeState& state, const ViewNode& view)
 {
     Accessible says = accessible(view);
-    GtkWidget* page = gtk_widget_get_first_child(widget);
+    GtkWidget* page = page_view_of(widget);
     GtkAccessible* speaker = GTK_ACCESSIBLE(page ? page : widget);
     if (says.name != state.said.name)
         gtk_accessible_update_property(speaker, GTK_ACCESSIBLE_PROPERTY_LABEL, says.name.c_str(), -1);
@@ -226,9 +233,13 @@ void show_page(GtkWidget* widget, const ViewNode& view)
         return;
     if (gtk_widget_get_parent(page))
         gtk_widget_unparent(page);
-    else
-        g_object_set(page, "accessible-role", GTK_ACCESSIBLE_ROLE_DOCUMENT, nullptr);
     gtk_widget_set_parent(page, widget);
+    source->on_view = self_of(widget)->state->liveness.guard([widget](NodeState& state) {
+        const std::shared_ptr<ViewNode> shown = state.view.lock();
+        state.said = {};
+        if (shown)
+            speak(widget, state, *shown);
+    });
 }
 
 gboolean turn_spinner(void* widget)
@@ -308,7 +319,7 @@ GtkWidget* node_widget_focus_target(GtkWidget* widget)
     const NodeState& state = *self_of(widget)->state;
     if (state.reach != NodeReach::Touchable)
         return nullptr;
-    if (GtkWidget* page = gtk_widget_get_first_child(widget))
+    if (GtkWidget* page = page_view_of(widget))
         return page;
     return state.said.role == Accessible::Role::Button ? widget : nullptr;
 }

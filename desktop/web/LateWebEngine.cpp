@@ -17,7 +17,7 @@ constexpr double AskInterval = 0.005;
 
 GtkWidget* make_frame()
 {
-    GtkWidget* frame = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
+    auto* frame = GTK_WIDGET(g_object_new(GTK_TYPE_BOX, "accessible-role", GTK_ACCESSIBLE_ROLE_GENERIC, nullptr));
     gtk_widget_set_layout_manager(frame, gtk_bin_layout_new());
     return frame;
 }
@@ -48,7 +48,10 @@ void LateWebEngine::begin()
         startup_point("page's view created");
         if (transparent_)
             engine_->set_transparent(*transparent_);
+        g_object_set(engine_->widget(), "accessible-role", GTK_ACCESSIBLE_ROLE_DOCUMENT, nullptr);
         gtk_widget_set_parent(engine_->widget(), frame_.get());
+        if (on_view)
+            on_view();
         for (const auto& call : std::exchange(waiting_, {}))
             call(*engine_);
     } catch (const std::runtime_error& unguarded) {

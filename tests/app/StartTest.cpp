@@ -40,8 +40,7 @@ TEST(Start, ExplorationAndShrinkingLoadNoMoreThanASimulation)
 {
     const std::vector<std::string> simulation = libraries_of("qoro-ad simulate " + Session);
     EXPECT_EQ(libraries_of("qoro-ad explore " + Session + " --budget 3"), simulation);
-    EXPECT_EQ(libraries_of("qoro-ad shrink " + Session + " --while 'line request' -o /dev/null"),
-              simulation);
+    EXPECT_EQ(libraries_of("qoro-ad shrink " + Session + " --while 'line request' -o /dev/null"), simulation);
 }
 
 TEST(Start, AProgramWhoseDesktopPartIsMissingSaysSo)
