@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
 """Plays one clip with this program and with its peers, on one X server, and prints figures and ratios.
 
-usage: bench/players.py QORO_AD FRAME_READER [--preload-bench PRELOAD_BENCH] [--runs 3] [--seconds 6]
+usage: bench/players.py QORO_AD FRAME_READER [--preload-bench PRELOAD_BENCH] [--runs 3] [--seconds 6] [--keep]
 
 Run it through tools/with_display.sh. Every player is measured from outside: frame_reader reads the frame numbers from the
 X server's picture; processor time and memory (PSS) are those of the player's whole process tree, excluding its first
-second on screen. Prints medians over the runs; a ratio below 1 means less than the peer.
+second on screen. Prints medians over the runs; a ratio below 1 means less than the peer. --keep stores the figures for
+docs/measures.md.
 """
 import argparse
 import functools
@@ -19,6 +20,8 @@ import subprocess
 import tempfile
 import threading
 import time
+
+import figures as kept
 
 HERE = pathlib.Path(__file__).resolve().parent
 TICKS = os.sysconf("SC_CLK_TCK")
@@ -154,6 +157,7 @@ def main():
     arguments.add_argument("--preload-bench")
     arguments.add_argument("--runs", type=int, default=3)
     arguments.add_argument("--seconds", type=float, default=6)
+    arguments.add_argument("--keep", action="store_true")
     options = arguments.parse_args()
 
     with tempfile.TemporaryDirectory() as name:
@@ -212,11 +216,20 @@ def main():
             print(f"{label:22}{figures['cpu']:9.3f}{figures.get('first_ms', float('nan')):10.0f}"
                   f"{figures.get('missed', float('nan')):8.0f}{figures.get('jitter_p99', float('nan')):15.2f}"
                   f"{figures['pss']:9.0f}")
-        cheaper = min(medians["gst-play band"]["cpu"], medians["mpv band"]["cpu"])
-        print(f"\nband against the cheaper peer:      {medians['qoro-ad band']['cpu'] / cheaper:.2f}")
-        print(f"band with a still page against band: "
-              f"{medians['qoro-ad band, page']['cpu'] / medians['qoro-ad band']['cpu']:.2f}")
-        print(f"full screen against mpv turned:     {medians['qoro-ad full']['cpu'] / medians['mpv turned']['cpu']:.2f}")
+        def ratio(label, figure, *peers):
+            return round(medians[label][figure] / min(medians[peer][figure] for peer in peers), 2)
+
+        ratios = {
+            "CPU, band, against the cheaper peer": ratio("qoro-ad band", "cpu", "gst-play band", "mpv band"),
+            "CPU, band over a still page, against the band alone": ratio("qoro-ad band, page", "cpu", "qoro-ad band"),
+            "CPU, full screen, against mpv": ratio("qoro-ad full", "cpu", "mpv full"),
+            "CPU, full screen, against mpv with a rotated picture": ratio("qoro-ad full", "cpu", "mpv turned"),
+            "PSS, band, against mpv": ratio("qoro-ad band", "pss", "mpv band"),
+            "PSS, band over a page, against mpv": ratio("qoro-ad band, page", "pss", "mpv band"),
+        }
+        print()
+        for what, value in ratios.items():
+            print(f"{what}: {value:.2f}")
         opened = statistics.median(open_to_frame(options.frame_reader, options.qoro_ad, folder, video_only, band)
                                    for _ in range(options.runs))
         print(f"opened in a running program, to the first frame: {opened:.0f} ms")
@@ -227,8 +240,9 @@ def main():
         delays = tracker_delays(options.qoro_ad, folder, 16)
         print(f"{len(delays)} trackers, from the decision to the server: median {statistics.median(delays):.1f} ms, "
               f"longest {max(delays):.1f} ms")
-        print(f"first frame against mpv:            "
-              f"{medians['qoro-ad band']['first_ms'] / medians['mpv band']['first_ms']:.2f}")
+        if options.keep:
+            kept.keep("players", {"runs": options.runs, "ratios": ratios, "medians": {
+                label: {key: round(value, 4) for key, value in figures.items()} for label, figures in medians.items()}})
 
 
 if __name__ == "__main__":
