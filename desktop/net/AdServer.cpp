@@ -3,7 +3,7 @@
 #include "desktop/glib/Owned.h"
 #include "desktop/net/ContentType.h"
 #include "desktop/net/ContextThread.h"
-#include "desktop/net/HttpAddress.h"
+#include "desktop/net/Loopback.h"
 #include "desktop/net/ServedFile.h"
 
 #include <libsoup/soup.h>
@@ -113,11 +113,6 @@ void answer_with_script(SoupServerMessage* message, const std::string& script)
                                      script.size());
 }
 
-void free_addresses(GSList* uris)
-{
-    g_slist_free_full(uris, [](gpointer uri) { g_uri_unref(static_cast<GUri*>(uri)); });
-}
-
 bool stands_for(const std::string& tracker, const std::string& path)
 {
     const std::size_t macro = tracker.find('{');
@@ -176,13 +171,9 @@ private:
                 static_cast<Worker*>(self)->handle(message);
             },
             this, nullptr);
-        Error failed;
-        if (!soup_server_listen_local(server_.get(), 0, SOUP_SERVER_LISTEN_IPV4_ONLY, failed.out())) {
-            error_ = failed.message();
-            return;
-        }
-        const Owned<GSList, free_addresses> uris(soup_server_get_uris(server_.get()));
-        host_ = HttpAddress(static_cast<GUri*>(uris->data)).host_and_port();
+        Listening listening = listen_on_loopback(server_.get());
+        host_ = std::move(listening.host);
+        error_ = std::move(listening.error);
     }
 
     void handle(SoupServerMessage* message)

@@ -1,7 +1,7 @@
 #include "desktop/net/LocalServer.h"
 
 #include "desktop/glib/Owned.h"
-#include "desktop/net/HttpAddress.h"
+#include "desktop/net/Loopback.h"
 
 #include <libsoup/soup.h>
 
@@ -125,13 +125,11 @@ public:
                 static_cast<Impl*>(self)->answer(message, path);
             },
             this, nullptr);
-        Error failed;
-        if (!soup_server_listen_local(server_.get(), 0, SOUP_SERVER_LISTEN_IPV4_ONLY, failed.out())) {
-            error_ = failed.message();
+        Listening listening = listen_on_loopback(server_.get());
+        host_ = std::move(listening.host);
+        error_ = std::move(listening.error);
+        if (host_.empty())
             return;
-        }
-        const Owned<GSList, free_addresses> uris(soup_server_get_uris(server_.get()));
-        host_ = HttpAddress(static_cast<GUri*>(uris->data)).host_and_port();
         address_ = "http://" + host_ + "/?token=" + token_;
         heartbeat_.reset(g_timeout_add_seconds(
             Heartbeat,
@@ -157,11 +155,6 @@ public:
     void tell(const std::string& message) { write("data: " + message + "\n\n"); }
 
 private:
-    static void free_addresses(GSList* uris)
-    {
-        g_slist_free_full(uris, [](gpointer uri) { g_uri_unref(static_cast<GUri*>(uri)); });
-    }
-
     void write(const std::string& text)
     {
         for (const auto& stream : streams_)
