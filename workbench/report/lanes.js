@@ -62,9 +62,13 @@ function spans(entries, keyOf) {
 
 // --------------------------------------------------------------------------------------------------------------- lanes
 
+/** What a scenario does to the video and to the servers. */
+const isDisturbance = fields => "player" in fields || "servers" in fields;
+
 /** The lines of the trace that belong to a lane. */
 const lanesOfLines = [
-  ["Viewer", fields => fields.what === "step" && !("device" in fields)],
+  ["Viewer", fields => fields.what === "step" && !("device" in fields) && !isDisturbance(fields)],
+  ["Disturbances", fields => fields.what === "step" && isDisturbance(fields)],
   [
     "Device",
     fields =>
@@ -100,6 +104,9 @@ function pointsOf(matches) {
         : `${seconds(item.from)} s: ${item.lines.length} events`;
   return items;
 }
+
+/** The points of a lane of lines. */
+const pointsIn = name => pointsOf(lanesOfLines.find(([each]) => each === name)[1]);
 
 /** The lines of the trace at a time. */
 function linesAt(time, matches = () => true) {
@@ -165,7 +172,7 @@ function sameAddress(sent, written) {
 }
 
 function networkItems() {
-  const items = pointsOf(lanesOfLines[3][1]);
+  const items = pointsIn("Network");
   data.lines.forEach(([at, fields], n) => {
     const answer = ["request", "fetch"].includes(fields.what) && data.answers[fields.url];
     if (answer)
@@ -182,13 +189,13 @@ function networkItems() {
 }
 
 function allLanes() {
-  const points = name => pointsOf(lanesOfLines.find(([each]) => each === name)[1]);
   const lanes = [];
   const add = (name, items, className = "", kept = false) => {
     if (kept || items.length > 0) lanes.push({name, items, className});
   };
-  add("Viewer", points("Viewer"), "viewer");
-  add("Device", points("Device"));
+  add("Viewer", pointsIn("Viewer"), "viewer");
+  add("Device", pointsIn("Device"));
+  add("Disturbances", pointsIn("Disturbances"));
   add(
     "Video",
     spanItems(
@@ -236,7 +243,7 @@ function allLanes() {
       "thin"
     );
   add("Trackers", trackerItems(), "trackers", true);
-  add("Events to the page", points("Events to the page"));
+  add("Events to the page", pointsIn("Events to the page"));
   add("Network", networkItems(), "", true);
   add(
     "Main thread blocked",
@@ -251,7 +258,7 @@ function allLanes() {
     "thin",
     true
   );
-  add("Faults", points("Faults"));
+  add("Faults", pointsIn("Faults"));
   return lanes;
 }
 

@@ -175,7 +175,7 @@ function deviceCard(entry) {
     "li",
     {class: kinds.length > 0 ? "card faulty" : "card"},
     html("h3", {}, name),
-    html("p", {class: "quiet"}, `${entry.screen[0]} × ${entry.screen[1]} points, ${seconds(entry.at)} s`),
+    html("p", {class: "quiet"}, `${entry.screen[0]} × ${entry.screen[1]} points, ${seconds(entry.at)}\u00a0s`),
     drawing,
     kinds.length > 0 ? list : html("p", {class: "good"}, "all controls in place")
   );
