@@ -143,7 +143,7 @@ std::string text_of(const AdReport& report, bool colours)
         written = written && (finding.counterexample.empty() || !each.counterexample_file.empty());
     }
     if (!written)
-        out += "\n--out DIR writes a session for each finding, which qoro-ad simulate shows.\n";
+        out += "\nqoro-ad check --out DIR writes a session for each finding, which qoro-ad simulate shows.\n";
     return out;
 }
 
