@@ -42,9 +42,10 @@ constexpr const char* Advice =
     "Examples:\n"
     "  qoro-ad studio ad.json --open                    an ad, in the desktop's browser\n"
     "  qoro-ad studio ad.json --device iphone-15        on a device\n"
-    "  qoro-ad studio session.json                      a scenario of simulate, to go on from\n\n"
-    "Exit status: 0 ended by a signal; 1 the server or the browser cannot start; 2 the ad or an option is not usable\n"
-    "(one line on standard error says which, where and what was expected).\n";
+    "  qoro-ad studio http://ad.example/vast.xml        a VAST tag\n"
+    "  qoro-ad studio session.json                      a scenario of simulate or a recording of play, to go on from\n\n"
+    "Exit status: 0 ended by a signal; 1 the server cannot start; 2 the ad or an option is not usable (one line on\n"
+    "standard error says which, where and what was expected).\n";
 
 /// Signals that end the studio in order.
 constexpr std::array Signals{SIGINT, SIGTERM, SIGHUP};
@@ -72,6 +73,7 @@ public:
     PlayedAd(const PlayedAd&) = delete;
     PlayedAd& operator=(const PlayedAd&) = delete;
 
+    bool plays() const { return bool(process_); }
     /// @return why it does not start: one line; empty if it does
     std::string start(const std::vector<std::string>& options)
     {
@@ -154,6 +156,7 @@ private:
     Answer checked(CheckFormat format);
     Answer report();
     Answer play();
+    Answer fetch_again();
     void ad_changed();
     void tell() { server_.tell(news()); }
 
@@ -190,6 +193,7 @@ Studio::Studio(const StudioOptions& options)
               {"GET", "/rest", [this](const std::string&) { return rest(); }},
               {"GET", "/lists", [this](const std::string&) { return lists(); }},
               {"POST", "/play", [this](const std::string&) { return play(); }},
+              {"POST", "/fetch", [this](const std::string&) { return fetch_again(); }},
               {"GET", "/scenario.json",
                [this](const std::string&) {
                    return Answer{.body = session_.scenario().text(), .file_name = "scenario.json"};
@@ -223,12 +227,14 @@ ReportParts Studio::parts()
 std::string Studio::news() const
 {
     return R"({"revision":)" + std::to_string(revision_) + R"(,"version":)" + std::to_string(version_) +
-           R"(,"complaint":)" + json_text(ad_.complaint()) + R"(,"play":)" + json_text(play_complaint_) + "}";
+           R"(,"complaint":)" + json_text(ad_.complaint()) + R"(,"plays":)" + (played_.plays() ? "true" : "false") +
+           R"(,"play":)" + json_text(play_complaint_) + "}";
 }
 
 std::string Studio::session_json()
 {
-    return R"({"news":)" + news() + R"(,"state":)" + session_.state() + R"(,"data":)" + session_data(parts()) + "}";
+    return R"({"news":)" + news() + R"(,"tag":)" + (ad_.base().kind == InputKind::Tag ? "true" : "false") +
+           R"(,"state":)" + session_.state() + R"(,"data":)" + session_data(parts()) + "}";
 }
 
 Answer Studio::page()
@@ -313,9 +319,28 @@ Answer Studio::play()
     }
     if (!report.ad.parts.steps_file.empty())
         arguments.insert(arguments.end(), {"--steps", report.ad.parts.steps_file});
+    if (options_.no_web_sandbox)
+        arguments.emplace_back("--no-web-sandbox");
+    if (options_.allow_private_network)
+        arguments.emplace_back("--allow-private-network");
     play_complaint_.clear();
     if (const std::string complaint = played_.start(arguments); !complaint.empty())
         return refusal(complaint);
+    tell();
+    return {.body = R"({"started":true})"};
+}
+
+Answer Studio::fetch_again()
+{
+    if (ad_.base().kind != InputKind::Tag)
+        return refusal("only a tag is fetched; the files of an ad are followed");
+    // Fetching runs the main loop, which must not be inside this answer then.
+    g_idle_add(
+        [](gpointer ad) -> gboolean {
+            static_cast<StudioAd*>(ad)->read_again();
+            return G_SOURCE_REMOVE;
+        },
+        &ad_);
     return {.body = R"({"started":true})"};
 }
 
@@ -337,10 +362,9 @@ int Studio::run()
     }
     std::cout << server_.address() << std::endl;
     if (Error failed;
-        options_.open && !g_app_info_launch_default_for_uri(server_.address().c_str(), nullptr, failed.out())) {
-        std::cerr << "qoro-ad: --open: " << failed.message() << '\n';
-        return 1;
-    }
+        options_.open && !g_app_info_launch_default_for_uri(server_.address().c_str(), nullptr, failed.out()))
+        std::cerr << "qoro-ad: --open: no browser opens the address, you can do it yourself: " << failed.message()
+                  << '\n';
     for (const int signal : Signals)
         g_unix_signal_add(
             signal,
@@ -364,6 +388,10 @@ void add_studio_options(CLI::App& command, StudioOptions& options)
     command.description(Description);
     command.footer(Advice);
     command.add_flag("--open", options.open, "Open the page in the desktop's browser");
+    command.add_flag("--no-web-sandbox", options.no_web_sandbox,
+                     "Play the ad with its page outside a sandbox, for trusted pages on a machine without one");
+    command.add_flag("--allow-private-network", options.allow_private_network,
+                     "Play the ad with access to private networks, such as a studio's own servers");
 }
 
 int studio_command(const StudioOptions& options)

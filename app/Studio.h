@@ -18,6 +18,9 @@ struct StudioOptions {
     ReportOptions report;
     /// Whether the page opens in the desktop's browser.
     bool open = false;
+    /// Options of `qoro-ad play` for the real thing in its window.
+    bool no_web_sandbox = false;
+    bool allow_private_network = false;
 };
 
 /// Adds the command's options, which parsing fills.

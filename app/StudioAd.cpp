@@ -1,5 +1,6 @@
 #include "app/StudioAd.h"
 
+#include "desktop/net/ContentType.h"
 #include "formats/InputError.h"
 #include "workbench/report/Report.h"
 
@@ -7,6 +8,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -16,8 +18,9 @@ namespace qoro
 namespace
 {
 
-/// A larger folder is not an ad's.
+/// A larger folder is not an ad's: files that are watched, and files and folders that are looked at for them.
 constexpr int MostWatched = 400;
+constexpr int MostVisited = 4000;
 
 /// Runs work on the main thread.
 void post_to_main(std::function<void()> work)
@@ -44,7 +47,7 @@ std::string version_of(const std::string& path)
 
 StudioAd::StudioAd(const ReportOptions& options, std::function<void()> changed, std::function<void()> looked)
     : options_(options), changed_(std::move(changed)), looked_(std::move(looked)), base_(read_shown_ad(options)),
-      files_([this] { this->changed(); })
+      files_([this] { read_again(); })
 {
     watch_files();
 }
@@ -62,9 +65,16 @@ void StudioAd::read()
     }
 }
 
-void StudioAd::changed()
+void StudioAd::read_again()
 {
-    read();
+    is_outdated_ = true;
+    // Resolving a tag runs the main loop, where more can change.
+    if (reads_)
+        return;
+    reads_ = true;
+    while (std::exchange(is_outdated_, false))
+        read();
+    reads_ = false;
     watch_files();
     changed_();
 }
@@ -79,11 +89,20 @@ void StudioAd::watch_files()
     if (!fs::is_regular_file(file, error))
         return;
     files_.add(file.string());
+    // Beside a tag or a scenario, only videos are the ad's.
+    const auto is_of_the_ad = [this](const fs::path& path) {
+        return base_.kind == InputKind::Ad ||
+               std::string_view(content_type_of(path.string())).starts_with("video/");
+    };
     int watched = 0;
-    for (fs::recursive_directory_iterator each(file.parent_path(), error), end; !error && each != end;
-         each.increment(error))
-        if (each->is_regular_file(error) && ++watched < MostWatched)
+    int visited = 0;
+    for (fs::recursive_directory_iterator each(file.parent_path(), fs::directory_options::skip_permission_denied, error),
+         end;
+         !error && each != end && watched < MostWatched && ++visited < MostVisited; each.increment(error))
+        if (is_of_the_ad(each->path()) && each->is_regular_file(error)) {
             files_.add(each->path().string());
+            ++watched;
+        }
     // What the ad names may appear later.
     for (const PlacedRemark& missing : base_.missing_files)
         if (const auto name =

@@ -44,6 +44,8 @@ public:
     const Findings* findings();
     /// As findings(), computed now if need be.
     const Findings& wait_for_findings();
+    /// Reads the ad again, and reports as for a changed file: what a tag leads to changes without one.
+    void read_again();
     /// A report's parts for a session of the ad, without findings and frames of the video.
     ReportParts parts(ScenarioText scenario) const;
 
@@ -52,7 +54,6 @@ private:
     using Stills = std::map<std::string, std::vector<VideoStill>>;
 
     void read();
-    void changed();
     void watch_files();
     void look();
     static Findings look_at(const BaseScenario& base, const ReportOptions& options, Stills& stills);
@@ -62,6 +63,9 @@ private:
     const std::function<void()> looked_;
     BaseScenario base_;
     std::string complaint_;
+    bool reads_ = false;
+    /// Something has changed while the ad was being read.
+    bool is_outdated_ = false;
     /// Of the ad; an older one's findings are dropped.
     unsigned version_ = 0;
     /// Whether this version's findings are being looked for.

@@ -5,7 +5,7 @@ const token = new URLSearchParams(location.search).get("token") ?? "";
 
 /**
  * What the page knows of its server. "touched" is when a touch that has no picture yet was made, "redrawn" how long the
- * last one took to become a picture, in ms.
+ * last one took to become a picture, in ms. "plays": the ad, in its window; "fetches": the tag, anew.
  */
 const live = {
   revision: 0,
@@ -14,7 +14,9 @@ const live = {
   chosen: null,
   busy: Promise.resolve(),
   touched: null,
-  redrawn: null
+  redrawn: null,
+  plays: false,
+  fetches: false
 };
 
 /** The matrix's own tables of views and pictures, under keys that the session's do not use. */
@@ -73,7 +75,7 @@ const nextFrame = () =>
   });
 
 /** Shows a session at a time: the device's screen at once, the rest after that. */
-async function takeSession({news, state, data: fresh}, time) {
+async function takeSession({news, tag, state, data: fresh}, time) {
   const {findings, remarks, matrix, pending} = data;
   Object.assign(data, fresh, {findings, remarks, matrix, pending});
   numberFrames();
@@ -81,6 +83,7 @@ async function takeSession({news, state, data: fresh}, time) {
   Object.assign(data.pictures, matrixTables.pictures);
   live.revision = news.revision;
   live.state = state;
+  byId("studio-fetch").hidden = !tag;
   readSession();
   session.now = Math.min(time, sessionEnd);
   drawScreen();
@@ -295,7 +298,6 @@ function markLine(n) {
 
 async function loadRest() {
   const {pending, stills, sources, ...matrix} = await ask("GET", "rest");
-  data.pending = Boolean(pending);
   if (!pending) {
     Object.assign(videoFrames, {stills, sources});
     numberFrames();
@@ -344,9 +346,12 @@ function complain(text, lead) {
   place.replaceChildren(...(text ? [lead, html("code", {}, text)] : []));
 }
 
-function takeNews({revision, version, complaint, play}) {
+function takeNews({revision, version, complaint, plays, play}) {
   complain(complaint, "The ad cannot be read; the page shows its last version.");
-  if (play) say(play);
+  if (plays !== live.plays) say(plays ? "The ad plays in its window." : play || "The ad's window is closed.");
+  live.plays = plays;
+  if (live.fetches) say(complaint ? "" : "The tag has been fetched again.");
+  live.fetches = false;
   // After what is under way: an edit's answer may hold the same news.
   inTurn(async () => {
     if (revision > live.revision) await takeSession(await ask("GET", "session"), session.now);
@@ -390,9 +395,13 @@ function addStudioControls() {
   byId("reset").addEventListener("click", () => edit({do: "reset"}, "The ad's own course."));
   byId("studio-play").addEventListener("click", () => {
     say("The ad opens in its window…");
+    inTurn(() => ask("POST", "play", {}));
+  });
+  byId("studio-fetch").addEventListener("click", () => {
+    say("The tag is being fetched…");
     inTurn(async () => {
-      await ask("POST", "play", {});
-      say("The ad plays in its window.");
+      live.fetches = true;
+      await ask("POST", "fetch", {});
     });
   });
   byId("event-editor").addEventListener("submit", event => event.preventDefault());
