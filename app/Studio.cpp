@@ -43,7 +43,8 @@ constexpr const char* Advice =
     "  qoro-ad studio ad.json --open                    an ad, in the desktop's browser\n"
     "  qoro-ad studio ad.json --device iphone-15        on a device\n"
     "  qoro-ad studio http://ad.example/vast.xml        a VAST tag\n"
-    "  qoro-ad studio session.json                      a scenario of simulate or a recording of play, to go on from\n\n"
+    "  qoro-ad studio session.json                      a scenario of simulate or a recording of play, to go on "
+    "from\n\n"
     "Exit status: 0 ended by a signal; 1 the server cannot start; 2 the ad or an option is not usable (one line on\n"
     "standard error says which, where and what was expected).\n";
 

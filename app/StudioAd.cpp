@@ -91,12 +91,12 @@ void StudioAd::watch_files()
     files_.add(file.string());
     // Beside a tag or a scenario, only videos are the ad's.
     const auto is_of_the_ad = [this](const fs::path& path) {
-        return base_.kind == InputKind::Ad ||
-               std::string_view(content_type_of(path.string())).starts_with("video/");
+        return base_.kind == InputKind::Ad || std::string_view(content_type_of(path.string())).starts_with("video/");
     };
     int watched = 0;
     int visited = 0;
-    for (fs::recursive_directory_iterator each(file.parent_path(), fs::directory_options::skip_permission_denied, error),
+    for (fs::recursive_directory_iterator
+             each(file.parent_path(), fs::directory_options::skip_permission_denied, error),
          end;
          !error && each != end && watched < MostWatched && ++visited < MostVisited; each.increment(error))
         if (is_of_the_ad(each->path()) && each->is_regular_file(error)) {

@@ -9,13 +9,14 @@ import os
 import shutil
 import sys
 
-sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", "studio"))
+for folder in ("report", "studio"):
+    sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "tests", folder))
 
 import http.client  # noqa: E402 - the path of the tests' modules must be known first
 import json  # noqa: E402
 import time  # noqa: E402
 
-from live_browser import LiveBrowser  # noqa: E402
+from browser import Chromium  # noqa: E402
 from running_studio import RunningStudio  # noqa: E402
 
 ROUNDS = 60
@@ -45,11 +46,11 @@ def measure_server(studio):
 
 def measure_browser(studio):
     times = []
-    with LiveBrowser() as browser:
+    with Chromium() as browser:
         browser.resize(1360, 1000)
         browser.visit(studio.address)
-        browser.wait_for("!data.pending")
-        x, y = browser.centre("#screen")
+        browser.wait_for("typeof live === 'object' && live.revision > 0 && !data.pending")
+        x, y = browser.scroll_to("#screen")
         for n in range(ROUNDS):
             browser.value(f"live.redrawn = null; go({1 + n % 28}e6)")
             browser.click_at(x, y - 150)

@@ -14,6 +14,13 @@ try:
 except ImportError:
     websocket = None
 
+# Status of a test that this machine cannot run.
+SKIPPED = 77
+
+# Installed by tools/setup.sh browser.
+AXE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", "build", "browser", "node_modules", "axe-core",
+                   "axe.min.js")
+
 # Where a browser reports a violation of the page's security policy differs; the page's own event does not.
 WATCH = "addEventListener('securitypolicyviolation', event => " \
         "(globalThis.violations ??= []).push(`${event.violatedDirective}: ${event.blockedURI}`))"
@@ -64,19 +71,43 @@ class Browser:
                 raise RuntimeError(f"not so after {self.PATIENCE} s: {condition}")
             time.sleep(0.02)
 
-    def click(self, selector):
-        """As a viewer of the page: what lies over the element receives the click."""
-        self.value(f"document.querySelector({json.dumps(selector)}).scrollIntoView({{block: 'center'}})")
+    def open(self, path):
+        """Shows a file."""
+        self.visit("file://" + os.path.abspath(path))
+
+    def middle(self, selector):
+        """Where an element's middle is in the window, in whole pixels."""
         x, y = self.value(f"(box => [box.x + box.width / 2, box.y + box.height / 2])"
                           f"(document.querySelector({json.dumps(selector)}).getBoundingClientRect())")
-        self._click_at(round(x), round(y))
+        return round(x), round(y)
+
+    def scroll_to(self, selector):
+        """Returns where the element's middle is then."""
+        self.value(f"document.querySelector({json.dumps(selector)})"
+                   ".scrollIntoView({block: 'center', behavior: 'instant'})")
+        return self.middle(selector)
+
+    def click(self, selector):
+        """As a viewer of the page: what lies over the element receives the click."""
+        self.click_at(*self.scroll_to(selector))
 
     def point_at(self, selector):
         """Moves the mouse over an element."""
-        self.value(f"document.querySelector({json.dumps(selector)}).scrollIntoView({{block: 'center'}})")
-        x, y = self.value(f"(box => [box.x + box.width / 2, box.y + box.height / 2])"
-                          f"(document.querySelector({json.dumps(selector)}).getBoundingClientRect())")
-        self._move_to(round(x), round(y))
+        self._move_to(*self.scroll_to(selector))
+
+    def nameless(self):
+        """The controls that have no name for a screen reader."""
+        return self.value("[...document.querySelectorAll('button, a, input, select, textarea, [tabindex]')].filter("
+                          "each => !each.innerText && !each.ariaLabel && !each.labels?.length && "
+                          "!each.hasAttribute('aria-labelledby')).map(each => each.outerHTML)")
+
+    def axe(self):
+        """What axe-core finds against the page: the rule, how bad it is, how often, and the first place."""
+        with open(AXE, encoding="utf-8") as file:
+            self.value(file.read() + "; 0")
+        return json.loads(self.value(
+            "axe.run({resultTypes: ['violations']}).then(result => JSON.stringify(result.violations.map(each => "
+            "[each.id, each.impact, each.nodes.length, each.nodes[0].html, each.nodes[0].failureSummary])))"))
 
     def violations(self):
         """Of the page's security policy."""
@@ -90,7 +121,7 @@ class Browser:
 class Chromium(Browser):
     PROGRAM = "chromium"
     KEY_CODES = {"ArrowLeft": 37, "ArrowUp": 38, "ArrowRight": 39, "ArrowDown": 40, "Home": 36, "End": 35, "Tab": 9,
-                 "Enter": 13, "PageUp": 33, "PageDown": 34, " ": 32}
+                 "Enter": 13, "PageUp": 33, "PageDown": 34, "Escape": 27, "Delete": 46}
 
     def __init__(self):
         super().__init__()
@@ -151,8 +182,8 @@ class Chromium(Browser):
             raise RuntimeError(f"{method}: {answer['error']['message']}")
         return answer["result"]
 
-    def open(self, path):
-        self.call("Page.navigate", url="file://" + os.path.abspath(path))
+    def visit(self, address):
+        self.call("Page.navigate", url=address)
         self.wait_for("document.readyState === 'complete'")
 
     def value(self, expression):
@@ -164,20 +195,30 @@ class Chromium(Browser):
             raise RuntimeError(details.get("exception", {}).get("description", details["text"]))
         return result["result"].get("value")
 
-    def press(self, key, shift=False):
+    def press(self, key, shift=False, ctrl=False):
         text = {"Enter": "\r", " ": " "}.get(key, "")
         for kind in ("keyDown", "keyUp"):
             self.call("Input.dispatchKeyEvent", type=kind, key=key, code="Space" if key == " " else key,
-                      text=text if kind == "keyDown" else "", modifiers=8 if shift else 0,
-                      windowsVirtualKeyCode=self.KEY_CODES.get(key, 0))
+                      text=text if kind == "keyDown" else "", modifiers=8 * shift + 2 * ctrl,
+                      windowsVirtualKeyCode=self.KEY_CODES.get(key) or ord(key.upper()))
 
     def _move_to(self, x, y):
         self.call("Input.dispatchMouseEvent", type="mouseMoved", x=x, y=y)
 
-    def _click_at(self, x, y):
-        self._move_to(x, y)
-        for kind in ("mousePressed", "mouseReleased"):
-            self.call("Input.dispatchMouseEvent", type=kind, x=x, y=y, button="left", clickCount=1)
+    def _mouse(self, kind, x, y):
+        self.call("Input.dispatchMouseEvent", type=kind, x=x, y=y, button="left",
+                  buttons=int(kind != "mouseReleased"), clickCount=1)
+
+    def click_at(self, x, y):
+        self.drag([(x, y)])
+
+    def drag(self, places):
+        """Presses the button at the first place, and releases it at the last."""
+        self._move_to(*places[0])
+        self._mouse("mousePressed", *places[0])
+        for place in places[1:]:
+            self._mouse("mouseMoved", *place)
+        self._mouse("mouseReleased", *places[-1])
 
     def emulate(self, media="", **features):
         """For example media="print", or prefers_color_scheme="dark"."""
@@ -227,8 +268,10 @@ class Firefox(Browser):
     PROGRAM = "firefox-esr"
     # Code points of WebDriver (section 17.4.2) for keys that write nothing.
     KEYS = {"ArrowLeft": 0xE012, "ArrowUp": 0xE013, "ArrowRight": 0xE014, "ArrowDown": 0xE015, "Home": 0xE011,
-            "End": 0xE010, "Tab": 0xE004, "Enter": 0xE007, "PageUp": 0xE00E, "PageDown": 0xE00F}
+            "End": 0xE010, "Tab": 0xE004, "Enter": 0xE007, "PageUp": 0xE00E, "PageDown": 0xE00F, "Escape": 0xE00C,
+            "Delete": 0xE017}
     SHIFT = 0xE008
+    CONTROL = 0xE009
 
     @classmethod
     def missing(cls):
@@ -279,8 +322,8 @@ class Firefox(Browser):
             raise RuntimeError(f"{method}: {answer['message']}")
         return answer["result"]
 
-    def open(self, path):
-        self.call("browsingContext.navigate", context=self.page, url="file://" + os.path.abspath(path), wait="complete")
+    def visit(self, address):
+        self.call("browsingContext.navigate", context=self.page, url=address, wait="complete")
 
     def _evaluate(self, context, expression):
         result = self.call("script.evaluate", expression=expression, target={"context": context}, awaitPromise=True,
@@ -305,11 +348,11 @@ class Firefox(Browser):
         """The value of a JavaScript expression; a promise's when it is settled."""
         return self._evaluate(self.page, expression)
 
-    def press(self, key, shift=False):
-        actions = [{"type": kind, "value": chr(self.KEYS.get(key, ord(key[0])))} for kind in ("keyDown", "keyUp")]
-        if shift:
-            actions = [{"type": "keyDown", "value": chr(self.SHIFT)}, *actions, {"type": "keyUp", "value": chr(self.SHIFT)}]
-        self._perform("key", actions)
+    def press(self, key, shift=False, ctrl=False):
+        held = [chr(each) for each, is_held in ((self.SHIFT, shift), (self.CONTROL, ctrl)) if is_held]
+        keys = [*held, chr(self.KEYS.get(key, ord(key[0])))]
+        self._perform("key", [{"type": "keyDown", "value": each} for each in keys] +
+                      [{"type": "keyUp", "value": each} for each in reversed(keys)])
 
     def _perform(self, kind, actions):
         self.call("input.performActions", context=self.page, actions=[{"type": kind, "id": kind, "actions": actions}])
@@ -317,8 +360,13 @@ class Firefox(Browser):
     def _move_to(self, x, y):
         self._perform("pointer", [{"type": "pointerMove", "x": x, "y": y}])
 
-    def _click_at(self, x, y):
-        self._perform("pointer", [{"type": "pointerMove", "x": x, "y": y}, {"type": "pointerDown", "button": 0},
+    def click_at(self, x, y):
+        self.drag([(x, y)])
+
+    def drag(self, places):
+        """Presses the button at the first place, and releases it at the last."""
+        start, *others = [{"type": "pointerMove", "x": x, "y": y} for x, y in places]
+        self._perform("pointer", [start, {"type": "pointerDown", "button": 0}, *others,
                                   {"type": "pointerUp", "button": 0}])
 
     def emulate(self, media="", prefers_color_scheme="light", prefers_reduced_motion="no-preference"):
@@ -356,3 +404,6 @@ class Firefox(Browser):
         """Addresses that the page requested, without its own file and its own data."""
         return self._foreign(event["params"]["request"]["url"] for event in self.events
                              if event["method"] == "network.beforeRequestSent")
+
+
+BROWSERS = {"chromium": Chromium, "firefox": Firefox}

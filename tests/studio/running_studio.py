@@ -1,4 +1,4 @@
-"""The program under test: qoro-ad studio with a copy of an example, and a plain HTTP client."""
+"""The program under test: qoro-ad studio with a copy of an ad, and a plain HTTP client."""
 
 import http.client
 import json
@@ -8,22 +8,37 @@ import subprocess
 import tempfile
 
 SOURCES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
-SKIPPED = 77
+DISPLAYS = ("DISPLAY", "WAYLAND_DISPLAY")
+
+
+def has_studio(program):
+    """Whether this build has the command."""
+    return subprocess.run([program, "studio", "--help"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
+                          check=False).returncode == 0
 
 
 class RunningStudio:
-    def __init__(self, program, example="demo/ad.json", **changes):
-        """Changes are made in the ad's properties."""
+    def __init__(self, program, named="demo/ad.json", options=(), environment=None, with_display=False, **changes):
+        """Works on a copy of the folder.
+        named: a file or a folder, of the examples unless its path is absolute; or an address.
+        environment: variables besides those of this process.
+        with_display: whether it may open windows.
+        Further arguments are changes of the ad's properties."""
         self.folder = tempfile.mkdtemp()
-        shutil.copytree(os.path.join(SOURCES, "examples", os.path.dirname(example)), os.path.join(self.folder, "ad"))
-        self.ad = os.path.join(self.folder, "ad", os.path.basename(example))
+        self.ad = named
+        if "://" not in named:
+            source = os.path.join(SOURCES, "examples", named)
+            is_folder = os.path.isdir(source)
+            copy = os.path.join(self.folder, "ad")
+            shutil.copytree(source if is_folder else os.path.dirname(source), copy)
+            self.ad = copy if is_folder else os.path.join(copy, os.path.basename(source))
         if changes:
             self.change(**changes)
-        environment = {key: value for key, value in os.environ.items() if key not in ("DISPLAY", "WAYLAND_DISPLAY")}
+        variables = {key: value for key, value in os.environ.items() if with_display or key not in DISPLAYS}
         # A sanitizer keeps freed memory: little, so that what the server keeps is seen.
-        environment["ASAN_OPTIONS"] = ":".join([environment.get("ASAN_OPTIONS", ""), "quarantine_size_mb=16"])
-        self.process = subprocess.Popen([program, "studio", self.ad],
-                                        stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True, env=environment)
+        variables["ASAN_OPTIONS"] = ":".join([variables.get("ASAN_OPTIONS", ""), "quarantine_size_mb=16"])
+        self.process = subprocess.Popen([program, "studio", self.ad, *options], stdout=subprocess.PIPE,
+                                        stderr=subprocess.PIPE, text=True, env={**variables, **(environment or {})})
         self.address = self.process.stdout.readline().strip()
         self.host, _, self.token = self.address.removeprefix("http://").partition("/?token=")
 
@@ -34,6 +49,7 @@ class RunningStudio:
             json.dump({**ad, **changes}, file)
 
     def close(self):
+        """Returns the exit status, what it has printed since the address, and its errors."""
         self.process.terminate()
         rest, errors = self.process.communicate(timeout=600)
         shutil.rmtree(self.folder)
@@ -57,6 +73,22 @@ class RunningStudio:
         status, _, text = self.ask(method, path, None if body is None else json.dumps(body))
         assert status == 200, (status, text)
         return json.loads(text)
+
+    def news(self):
+        """What the program sends to its pages: dictionaries, the present state first."""
+        connection = http.client.HTTPConnection(self.host, timeout=600)
+        try:
+            connection.request("GET", "/news", headers={"X-Token": self.token})
+            answer = connection.getresponse()
+            while line := answer.readline():
+                if line.startswith(b"data: "):
+                    yield json.loads(line.removeprefix(b"data: "))
+        finally:
+            connection.close()
+
+    def wait_for_news(self, condition):
+        """Until the program sends news that meet a condition."""
+        return next(each for each in self.news() if condition(each))
 
     def memory(self):
         """Bytes of the process that are in memory."""

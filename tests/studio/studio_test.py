@@ -1,39 +1,47 @@
 #!/usr/bin/env python3
-"""Works with the studio in Chromium, by pointing and typing: studio_test.py PATH-OF-QORO-AD. Status 77 without it."""
+"""Works with the studio in a browser, by pointing and typing: studio_test.py PATH-OF-QORO-AD chromium|firefox [TEST…].
+Status 77 without the browser."""
 
 import json
 import os
-import shutil
-import subprocess
 import sys
 import unittest
 
-from live_browser import LiveBrowser
-from running_studio import RunningStudio, SKIPPED
+from running_studio import RunningStudio, SOURCES, has_studio
+
+sys.path.insert(0, os.path.join(SOURCES, "tests", "report"))
+
+from browser import AXE, BROWSERS, SKIPPED  # noqa: E402 - the path must be known first
 
 
 class StudioTest(unittest.TestCase):
+    """All cases share the browser, which run() sets."""
+
+    browser = None
+
     @classmethod
     def setUpClass(cls):
         cls.studio = RunningStudio(sys.argv[1], "creatives/minimal.json", iCloseBtnCountdown=1)
         cls.addClassCleanup(cls.studio.close)
-        cls.browser = LiveBrowser()
-        cls.addClassCleanup(cls.browser.__exit__)
 
     def setUp(self):
         self.studio.json("POST", "/edit", {"do": "reset"})
         self.browser.events.clear()
         self.browser.emulate()
         self.browser.resize(1360, 1000)
-        self.browser.visit(self.studio.address)
+        self.visit(self.studio)
 
     def tearDown(self):
-        # A refused Play is an answer that the console lists.
-        complaints = [text for text in self.browser.complaints() if "409" not in text]
+        # A refused Play is an answer that the console lists, and so is the end of a page's stream of news.
+        complaints = [text for text in self.browser.complaints() if "409" not in text and "/news?" not in text]
         self.assertEqual(complaints, [])
         elsewhere = [address for address in self.browser.requests()
                      if not address.startswith(f"http://{self.studio.host}/") and not address.startswith("blob:")]
         self.assertEqual(elsewhere, [], "the page asks its own server only")
+
+    def visit(self, studio):
+        self.browser.visit(studio.address)
+        self.browser.wait_for("typeof live === 'object' && live.revision > 0")
 
     def kinds(self):
         return self.browser.value("live.state.events.filter(({id}) => id > 0).map(({kind}) => kind)")
@@ -49,31 +57,31 @@ class StudioTest(unittest.TestCase):
 
     def on_axis(self, time):
         """A place in the lanes at a time in seconds."""
-        self.browser.centre("#palette")
+        self.browser.scroll_to("#palette")
         left, width, top = self.browser.value(
             "(({left, width, top}) => [left, width, top])(document.querySelector('#lanes .axis .track')"
             ".getBoundingClientRect())")
         end = self.browser.value("sessionEnd / 1e6")
-        return left + width * time / end, top + 40
+        return round(left + width * time / end), round(top + 40)
 
-    def middle(self, selector):
-        return self.browser.value(f"(({{x, y, width, height}}) => [x + width / 2, y + height / 2])"
-                                  f"(document.querySelector({selector!r}).getBoundingClientRect())")
+    def drag(self, start, end):
+        part = round((start[0] + end[0]) / 2), round((start[1] + end[1]) / 2)
+        self.browser.drag([start, part, end, end])
 
     def drag_to(self, selector, time):
         place = self.on_axis(time)
-        self.browser.drag(self.middle(selector), place)
+        self.drag(self.browser.middle(selector), place)
 
     def tap(self, name):
         """Clicks the middle of a control in the drawn device."""
-        self.browser.centre("#screen")
+        self.browser.scroll_to("#screen")
         x, y = self.browser.value(f"""(() => {{
             const [, [x, y, w, h]] = tappableNow().find(([name]) => name === {name!r});
             const {{x: left, y: top}} = new DOMPoint(x + w / 2, y + h / 2)
                 .matrixTransform(document.querySelector("#screen svg > g > g").getScreenCTM());
             return [left, top];
         }})()""")
-        self.browser.click_at(x, y)
+        self.browser.click_at(round(x), round(y))
 
     def test_a_click_on_the_close_button_closes_the_ad_at_that_time(self):
         self.browser.value("go(3e6)")
@@ -115,8 +123,7 @@ class StudioTest(unittest.TestCase):
         self.assertEqual(self.browser.value("document.querySelectorAll('.ghost, .drop-line').length"), 0)
 
     def test_what_is_dropped_beside_the_axis_is_not_added(self):
-        start = self.browser.centre("#palette [data-kind=stall]")
-        self.browser.drag(start, (60, 60))
+        self.drag(self.browser.scroll_to("#palette [data-kind=stall]"), (60, 60))
         self.browser.value("live.busy")
         self.assertEqual(self.kinds(), [])
         self.assertEqual(self.browser.value("document.querySelectorAll('.ghost, .drop-line').length"), 0)
@@ -146,13 +153,12 @@ class StudioTest(unittest.TestCase):
         self.drag_to("#palette [data-kind=stall]", 3)
         self.wait_for_kinds("stall")
         place = self.on_axis(7)
-        self.browser.drag(self.middle(".event.stall"), place)
+        self.drag(self.browser.middle(".event.stall"), place)
         self.browser.wait_for("Math.abs(live.state.events.find(({id}) => id > 0).at - 7) < 0.15")
         before = self.browser.value("live.state.events.find(({id}) => id > 0).at")
         self.browser.wait_for("document.querySelector('.event.stall') !== null")
         self.browser.value("document.querySelector('.event.stall').focus()")
-        self.browser.call("Input.dispatchKeyEvent", type="rawKeyDown", key="ArrowRight", modifiers=8,
-                          windowsVirtualKeyCode=39)
+        self.browser.press("ArrowRight", shift=True)
         self.browser.wait_for(f"live.state.events.find(({{id}}) => id > 0).at > {before}")
         after = self.browser.value("live.state.events.find(({id}) => id > 0).at")
         self.assertAlmostEqual(after - before, 0.1, places=6)
@@ -165,7 +171,7 @@ class StudioTest(unittest.TestCase):
         self.wait_for_kinds("stall")
         self.browser.click("#undo")
         self.wait_for_kinds()
-        self.browser.call("Input.dispatchKeyEvent", type="rawKeyDown", key="y", modifiers=2, windowsVirtualKeyCode=89)
+        self.browser.press("y", ctrl=True)
         self.wait_for_kinds("stall")
 
     def test_the_chosen_step_has_a_form(self):
@@ -241,10 +247,7 @@ class StudioTest(unittest.TestCase):
     def test_each_control_has_a_name_and_can_be_reached_with_the_tab_key(self):
         self.browser.value("addEvent('servers', 3e6)")
         self.wait_for_kinds("servers")
-        nameless = self.browser.value("[...document.querySelectorAll('button, a, input, select')].filter(each => "
-                                      "!each.innerText && !each.ariaLabel && !each.labels?.length && "
-                                      "!each.hasAttribute('aria-labelledby')).map(each => each.outerHTML)")
-        self.assertEqual(nameless, [])
+        self.assertEqual(self.browser.nameless(), [])
         stops = self.browser.value("document.querySelectorAll('.lane.steps button[tabindex=\"0\"]').length")
         self.assertEqual(stops, 1, "the lane is one stop")
 
@@ -252,15 +255,34 @@ class StudioTest(unittest.TestCase):
         self.browser.resize(360, 800)
         self.browser.wait_for("document.documentElement.scrollWidth <= 360")
 
+    def test_axe_finds_nothing(self):
+        if not os.path.exists(AXE):
+            self.skipTest("axe-core is not installed (tools/setup.sh browser)")
+        self.browser.wait_for("!data.pending")
+        # With a form, a chosen step, controls to tap, and an ad that cannot be read.
+        self.browser.value("go(2e6); addEvent('servers', 3e6)")
+        self.wait_for_kinds("servers")
+        self.assertTrue(self.browser.value("document.querySelector('#event-editor select').checkVisibility() && "
+                                           "document.querySelector('#taps button').checkVisibility()"))
+        self.browser.value("complain('ad.json: line 1', 'The ad cannot be read.')")
+        for scheme in ("light", "dark"):
+            self.browser.emulate(prefers_color_scheme=scheme)
+            self.assertEqual(self.browser.axe(), [], scheme)
+
+
+def run(program, browser, names):
+    """Runs the named cases, or all. Returns the process's exit status."""
+    lacks = browser.missing() and f"{browser.missing()} (tools/setup.sh browser)"
+    if not has_studio(program):
+        lacks = "this build has no desktop"
+    if lacks:
+        print(f"skipped: {lacks}")
+        return SKIPPED
+    with browser() as StudioTest.browser:
+        return not unittest.main(argv=sys.argv[:1] + names, exit=False).result.wasSuccessful()
+
 
 if __name__ == "__main__":
-    if len(sys.argv) < 2:
-        sys.exit("usage: studio_test.py PATH-OF-QORO-AD [TEST…]")
-    if not shutil.which("chromium"):
-        print("skipped: Chromium is not installed (tools/setup.sh browser)")
-        sys.exit(SKIPPED)
-    if subprocess.run([sys.argv[1], "studio", "--help"], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL,
-                      check=False).returncode != 0:
-        print("skipped: this build has no desktop")
-        sys.exit(SKIPPED)
-    unittest.main(argv=sys.argv[:1] + sys.argv[2:])
+    if len(sys.argv) < 3 or sys.argv[2] not in BROWSERS:
+        sys.exit("usage: studio_test.py PATH-OF-QORO-AD chromium|firefox [TEST…]")
+    sys.exit(run(sys.argv[1], BROWSERS[sys.argv[2]], sys.argv[3:]))
