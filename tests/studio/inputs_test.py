@@ -11,9 +11,7 @@ import threading
 import time
 import unittest
 
-from running_studio import RunningStudio, SOURCES, has_studio
-
-SKIPPED = 77
+from running_studio import RunningStudio, SKIPPED, SOURCES, has_studio
 
 VIDEO = os.path.join(SOURCES, "examples", "creatives", "first.mp4")
 

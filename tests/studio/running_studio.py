@@ -8,6 +8,8 @@ import subprocess
 import tempfile
 
 SOURCES = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
+# Status of a test that this machine cannot run.
+SKIPPED = 77
 DISPLAYS = ("DISPLAY", "WAYLAND_DISPLAY")
 
 

@@ -7,11 +7,11 @@ import os
 import sys
 import unittest
 
-from running_studio import RunningStudio, SOURCES, has_studio
+from running_studio import RunningStudio, SKIPPED, SOURCES, has_studio
 
 sys.path.insert(0, os.path.join(SOURCES, "tests", "report"))
 
-from browser import AXE, BROWSERS, SKIPPED  # noqa: E402 - the path must be known first
+from browser import AXE, BROWSERS  # noqa: E402 - the path must be known first
 
 
 class StudioTest(unittest.TestCase):
