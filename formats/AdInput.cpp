@@ -7,6 +7,8 @@
 #include "platform/AddressParts.h"
 
 #include <algorithm>
+#include <array>
+#include <cctype>
 #include <filesystem>
 #include <optional>
 
@@ -81,6 +83,16 @@ bool is_address(const std::string& named)
     return colon != std::string::npos && colon > 0 && named.find('/') > colon;
 }
 
+/// A page has more in common with a tag than with anything else, and a tag's errors would not help.
+bool is_page(std::string_view text)
+{
+    text.remove_prefix(std::min(text.find('<'), text.size()));
+    return std::ranges::any_of(std::array<std::string_view, 2>{"<!doctype html", "<html"}, [text](auto begin) {
+        return std::ranges::equal(begin, text.substr(0, begin.size()), {}, {},
+                                  [](unsigned char c) { return std::tolower(c); });
+    });
+}
+
 } // namespace
 
 bool is_xml(std::string_view text)
@@ -114,6 +126,9 @@ AdInput read_ad_input(const std::string& named, InputKind unclear)
     if (named == "-")
         input.name = "stdin";
     if (is_xml(input.text)) {
+        if (is_page(input.text))
+            throw InputError(input.name, "",
+                             "a page (HTML), which an ad names as its strWebViewUrl; " + std::string(Expected));
         input.kind = InputKind::Tag;
         return input;
     }

@@ -91,6 +91,10 @@ TEST_F(AdInputTest, WhatIsNeitherIsRefusedWithWhatWasExpected)
         "or an address of http or https";
     const std::string video = write("clip.mp4", std::string_view("\0\0\0 ftypisom", 12));
     EXPECT_EQ(complaint(video), video + ": " + expected);
+    for (const char* text : {"<!DOCTYPE html><title>A</title>", "\n<html><br></html>"}) {
+        const std::string page = write("page.html", text);
+        EXPECT_EQ(complaint(page), page + ": a page (HTML), which an ad names as its strWebViewUrl; " + expected);
+    }
     EXPECT_EQ(complaint("ftp://ads.example/tag"), "ftp://ads.example/tag: " + expected);
     const std::string empty = write("empty.json", " \n");
     EXPECT_EQ(complaint(empty), empty + ": the file is empty; " + expected);
