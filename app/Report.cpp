@@ -118,7 +118,7 @@ void add_shown_ad_options(CLI::App& command, ReportOptions& options)
 {
     command
         .add_option("input", options.input,
-                    "What to show: an ad, an ad's folder, a VAST tag, a scenario; - for standard input")
+                    "What to show: an ad, an ad's folder, a VAST tag, a scenario, a recording; - for standard input")
         ->type_name("AD|TAG|SCENARIO")
         ->required();
     command
@@ -153,6 +153,9 @@ int report_command(const ReportOptions& options)
     const BaseScenario base = read_shown_ad(options);
     ReportParts parts{.title = title_of(base.file), .scenario = base.scenario, .device = options.ad.parts.device};
     parts.findings = listed(check_ad(base, {}), parts);
+    for (const ListedFinding& finding : parts.findings)
+        if (finding.rule == "tag-without-ad")
+            std::cerr << "qoro-ad: " << base.file << ": " << finding.sentence << '\n';
     parts.remarks = remark_lines(base);
     if (options.measure)
         measure_texts(parts.scenario, options.measure);

@@ -387,6 +387,8 @@ void add_studio_options(CLI::App& command, StudioOptions& options)
 {
     add_shown_ad_options(command, options.report);
     command.description(Description);
+    command.get_option("input")->description(
+        "What to work on: an ad, an ad's folder, a VAST tag, a scenario, a recording");
     command.footer(Advice);
     command.add_flag("--open", options.open, "Open the page in the desktop's browser");
     command.add_flag("--no-web-sandbox", options.no_web_sandbox,

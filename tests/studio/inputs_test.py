@@ -215,6 +215,14 @@ class InputTest(unittest.TestCase):
         time.sleep(0.6)
         self.assertEqual(studio.json("GET", "/session")["news"]["version"], before)
 
+    def test_a_report_of_a_tag_that_leads_to_no_ad_says_so(self):
+        address = self.servers.address + "/nothing.xml"
+        run = subprocess.run([sys.argv[1], "report", address, "-o", "-"], capture_output=True, text=True, timeout=600,
+                             check=True)
+        self.assertTrue(run.stdout.startswith("<!DOCTYPE html>"))
+        self.assertEqual(len(run.stderr.splitlines()), 1)
+        self.assertRegex(run.stderr, f"^qoro-ad: {address}: .*404")
+
     def test_refuses_what_it_cannot_work_on(self):
         empty = self.write("empty.json", "")
         self.addCleanup(os.remove, empty)
