@@ -57,6 +57,8 @@ FAULTS = [
     ("stalled video", 'spans(data.video, state => (state === "absent" ? null : state))',
      'spans(data.video, state => (state === "stalled" ? null : state))'),
     ("time without a close", "sight => sight.open && !sight.close", "() => false"),
+    ("disturbances apart", "const isDisturbance = fields => ", "const isDisturbance = fields => false && "),
+    ("lines of a lane", 'pointsIn("Network");', 'pointsIn("Events to the page");'),
     ("lost tracker", 'className: "point missing",', 'className: "point",'),
     ("late tracker", "const late = due !== null && sent > due;", "const late = false;"),
     ("answers of the network", "if (answer)\n", "if (false)\n"),
