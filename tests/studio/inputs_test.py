@@ -1,68 +1,16 @@
 #!/usr/bin/env python3
 """What the studio works on, and how it opens the browser: inputs_test.py PATH-OF-QORO-AD [TEST…]. No browser."""
 
-import http.server
 import json
 import os
 import subprocess
 import sys
 import tempfile
-import threading
 import time
 import unittest
 
-from running_studio import RunningStudio, SKIPPED, SOURCES, has_studio
-
-VIDEO = os.path.join(SOURCES, "examples", "creatives", "first.mp4")
-
-
-class Servers:
-    """A server of VAST documents on this machine. A path that begins with /held/ is answered after release()."""
-
-    def __init__(self):
-        self.documents = {}
-        self.asked = threading.Condition()
-        self.requests = []
-        self.released = threading.Event()
-        servers = self
-
-        class Handler(http.server.BaseHTTPRequestHandler):
-            def do_GET(self):
-                with servers.asked:
-                    servers.requests.append(self.path)
-                    servers.asked.notify_all()
-                if self.path.startswith("/held/"):
-                    servers.released.wait(600)
-                document = servers.documents.get(self.path, "").encode()
-                self.send_response(200 if document else 404)
-                self.send_header("Content-Length", str(len(document)))
-                self.end_headers()
-                self.wfile.write(document)
-
-            def log_message(self, *_):
-                pass
-
-        self.server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), Handler)
-        self.address = f"http://127.0.0.1:{self.server.server_port}"
-        threading.Thread(target=self.server.serve_forever, daemon=True).start()
-
-    def close(self):
-        self.released.set()
-        self.server.shutdown()
-        self.server.server_close()
-
-    def is_asked_for(self, path, patience=600):
-        with self.asked:
-            return self.asked.wait_for(lambda: path in self.requests, patience)
-
-
-def inline(skip_after):
-    """A tag whose close button appears after some seconds."""
-    return f"""<VAST version="4.2"><Ad id="1"><InLine><AdSystem>x</AdSystem><AdTitle>Lamp</AdTitle>
-<Impression>http://t.example/shown</Impression><Creatives><Creative><Linear skipoffset="00:00:0{skip_after}">
-<Duration>00:00:12</Duration><MediaFiles><MediaFile delivery="progressive" type="video/mp4" width="320" height="180">
-http://ad.example/first.mp4</MediaFile></MediaFiles></Linear></Creative></Creatives></InLine></Ad></VAST>"""
-
+from running_studio import RunningStudio, SKIPPED, has_studio
+from tag_server import TagServer, inline
 
 def wrapper(address):
     return f"""<VAST version="4.2"><Ad id="w"><Wrapper><AdSystem>x</AdSystem>
@@ -85,7 +33,7 @@ class InputTest(unittest.TestCase):
     def setUp(self):
         self.folder = tempfile.mkdtemp()
         self.addCleanup(os.rmdir, self.folder)
-        self.servers = Servers()
+        self.servers = TagServer()
         self.addCleanup(self.servers.close)
 
     def write(self, name, text):

@@ -8,6 +8,7 @@ import sys
 import unittest
 
 from running_studio import RunningStudio, SKIPPED, SOURCES, has_studio
+from tag_server import TagServer, inline
 
 sys.path.insert(0, os.path.join(SOURCES, "tests", "report"))
 
@@ -224,6 +225,25 @@ class StudioTest(unittest.TestCase):
         with open(path, "w") as file:
             file.write(good)
         self.browser.wait_for("document.getElementById('studio-complaint').hidden")
+
+    def test_a_tag_is_fetched_again(self):
+        self.assertFalse(self.browser.value("document.getElementById('studio-fetch').checkVisibility()"), "no tag")
+        server = TagServer()
+        self.addCleanup(server.close)
+        server.documents["/tag.xml"] = inline(5)
+        studio = RunningStudio(sys.argv[1], server.address + "/tag.xml")
+        self.addCleanup(studio.close)
+        self.visit(studio)
+        self.browser.value("addEvent('stall', 1e6)")
+        self.wait_for_kinds("stall")
+        server.documents["/tag.xml"] = inline(3)
+        self.browser.click("#studio-fetch")
+        self.browser.wait_for("data.summary.closeButtonTappable < 4")
+        self.browser.wait_for("document.getElementById('studio-said').textContent === 'The tag has been fetched again.'")
+        self.assertEqual(self.kinds(), ["stall"])
+        # The other studio's requests, and its end, are none of this one's.
+        self.visit(self.studio)
+        self.browser.events.clear()
 
     def test_findings_devices_and_frames_follow(self):
         self.browser.wait_for("!data.pending")
