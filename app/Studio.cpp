@@ -361,11 +361,7 @@ int Studio::run()
         std::cerr << "qoro-ad: 127.0.0.1: " << server_.error() << '\n';
         return 1;
     }
-    std::cout << server_.address() << std::endl;
-    if (Error failed;
-        options_.open && !g_app_info_launch_default_for_uri(server_.address().c_str(), nullptr, failed.out()))
-        std::cerr << "qoro-ad: --open: no browser opens the address, you can do it yourself: " << failed.message()
-                  << '\n';
+    // Before the address: whoever reads it may end the program at once.
     for (const int signal : Signals)
         g_unix_signal_add(
             signal,
@@ -374,6 +370,11 @@ int Studio::run()
                 return G_SOURCE_CONTINUE;
             },
             loop_.get());
+    std::cout << server_.address() << std::endl;
+    if (Error failed;
+        options_.open && !g_app_info_launch_default_for_uri(server_.address().c_str(), nullptr, failed.out()))
+        std::cerr << "qoro-ad: --open: no browser opens the address, you can do it yourself: " << failed.message()
+                  << '\n';
     g_main_loop_run(loop_.get());
     played_.stop();
     std::cout.flush();
