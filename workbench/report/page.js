@@ -282,7 +282,8 @@ function addHead() {
   byId("title").textContent = data.title;
   byId("device").textContent =
     `${device.name ? modelName(device.name) : device.phone ? "Phone" : "Tablet"}, ` +
-    `${device.screen[0]} × ${device.screen[1]} points. ${data.lines.length} lines of trace, ${seconds(sessionEnd)} s.`;
+    `${device.screen[0]} × ${device.screen[1]} points. ` +
+    `${data.lines.length} lines of trace, ${seconds(sessionEnd)}\u00a0s.`;
   const closed = closedAt();
   const due = data.trackers.filter(({due, sent}) => due !== null || sent !== null);
   const sent = data.trackers.filter(entry => entry.sent !== null).length;
