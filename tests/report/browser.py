@@ -26,6 +26,10 @@ WATCH = "addEventListener('securitypolicyviolation', event => " \
         "(globalThis.violations ??= []).push(`${event.violatedDirective}: ${event.blockedURI}`))"
 
 
+class PageLeft(RuntimeError):
+    """The page was left before it could answer."""
+
+
 class Browser:
     """One page. Collects what its console reports, and every request that it makes."""
 
@@ -66,10 +70,16 @@ class Browser:
 
     def wait_for(self, condition):
         end = time.monotonic() + self.PATIENCE
-        while not self.value(condition):
+        while not self._holds(condition):
             if time.monotonic() > end:
                 raise RuntimeError(f"not so after {self.PATIENCE} s: {condition}")
             time.sleep(0.02)
+
+    def _holds(self, condition):
+        try:
+            return self.value(condition)
+        except PageLeft:
+            return False
 
     def open(self, path):
         """Shows a file."""
@@ -179,7 +189,8 @@ class Chromium(Browser):
             text = text[os.write(self.output, text):]
         answer = self._answer(self.serial)
         if "error" in answer:
-            raise RuntimeError(f"{method}: {answer['error']['message']}")
+            text = f"{method}: {answer['error']['message']}"
+            raise PageLeft(text) if "navigated" in text or "context" in text else RuntimeError(text)
         return answer["result"]
 
     def visit(self, address):

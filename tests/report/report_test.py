@@ -197,7 +197,7 @@ class PageOfTheDemo(ReportCase):
         self.assertEqual(self.focused(), "scrubber")
 
     def test_the_address_names_a_time(self):
-        self.value("globalThis.isOld = true; location.hash = '#t=9.8'; location.reload()")
+        self.value("globalThis.isOld = true; location.hash = '#t=9.8'; setTimeout(() => location.reload()); 0")
         self.browser.wait_for("!globalThis.isOld && document.readyState === 'complete' && "
                               "document.getElementById('scrubber')?.value === '9800000'")
         self.value("location.hash = '#t=5'")
