@@ -55,8 +55,9 @@ int play(const PlayOptions& given)
     // The page of a tag is not known yet.
     const bool pages = !input.ad || input.ad->strWebViewUrl;
     prepare_program(pages);
-    // Loading the decoders takes longest. GStreamer starts beside the toolkit.
-    const std::future<void> media = std::async(std::launch::async, Pipeline::warm_up);
+    // Loading the decoders takes longest. GStreamer starts before the toolkit, not beside it: both take numbers for
+    // fundamental types, which GObject does not give out atomically.
+    Pipeline::warm_up();
     // The sandbox is tried meanwhile. An in-app browser tries it before its own page.
     std::future<bool> sandbox =
         std::async(std::launch::async, [&] { return !pages || options.no_web_sandbox || sandbox_works(); });
