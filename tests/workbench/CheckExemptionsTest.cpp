@@ -31,6 +31,8 @@ const std::map<std::string, std::string, std::less<>>& cases()
         {"away-from-the-ad", R"({"ad": {"iCloseBtnCountdown": 8, "iBufferingSufferTime": 12}, "steps": [{"open": 0},
             {"at": 2, "app": "background"}, {"at": 60, "app": "foreground"}, {"at": 60, "app": "active"},
             {"at": 80, "device": {}}]})"},
+        {"in-a-call", R"({"ad": {"strWebViewUrl": null}, "steps": [{"open": 0}, {"at": 2, "interrupt": 1},
+            {"at": 8, "interrupt": 0}, {"at": 9, "device": {}}]})"},
         {"sideways-without-landscape", R"({"ad": {"landscapeModeType": 0}})"},
         {"layout-of-every-ad", "{}"},
     };

@@ -2,9 +2,12 @@
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
 #include "platform/Numbers.h"
+#include "simulator/VirtualLoop.h"
 #include "workbench/detail/Json.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace qoro
 {
@@ -34,7 +37,6 @@ CheckedLine parsed(const RecordedLine& recorded)
     checked.why = text_of(line, "why");
     checked.path = text_of(line, "path");
     checked.name = text_of(line, checked.what == "vast" ? "element" : "name");
-    checked.app = text_of(line, "app");
     checked.is_touch = line.contains("touch") || line.contains("tap");
     checked.button = line.contains("tap") ? text_of(line, "tap") : text_of(line, "hit");
     return checked;
@@ -78,13 +80,77 @@ std::int64_t CheckedSession::end_of(std::size_t sight) const
     return sight + 1 < record_.sights.size() ? record_.sights[sight + 1].at : record_.end;
 }
 
-UIDeviceOrientation CheckedSession::held() const
+UIDeviceOrientation CheckedSession::held(std::int64_t at) const
 {
+    UIDeviceOrientation held = scenario_.world.device.orientation;
     for (const Step& step : scenario_.steps)
         if (const auto* device = std::get_if<DeviceStep>(&step.what))
-            if (step.at <= 0 && device->change.orientation)
-                return *device->change.orientation;
-    return scenario_.world.device.orientation;
+            if (to_microseconds(step.at) <= at && device->change.orientation)
+                held = *device->change.orientation;
+    return held;
+}
+
+std::int64_t CheckedSession::seen(std::int64_t from, std::int64_t until) const
+{
+    std::int64_t seen = until - from;
+    std::int64_t counted = from;
+    std::vector<TimeSpan> elsewhere = absences(*this);
+    const std::vector<TimeSpan> in_calls = calls(*this);
+    elsewhere.insert(elsewhere.end(), in_calls.begin(), in_calls.end());
+    std::ranges::sort(elsewhere, {}, &TimeSpan::from);
+    for (const TimeSpan& span : elsewhere) {
+        const std::int64_t begin = std::max(span.from, counted);
+        const std::int64_t end = std::min(span.until, until);
+        if (end <= begin)
+            continue;
+        seen -= end - begin;
+        counted = end;
+    }
+    return seen;
+}
+
+namespace
+{
+
+/// The times between steps that begin something and steps that end it.
+template <typename Begins, typename Ends>
+std::vector<TimeSpan> spans_between(const CheckedSession& session, const Begins& begins, const Ends& ends)
+{
+    std::vector<TimeSpan> spans;
+    std::optional<std::int64_t> begun;
+    for (const Step& step : session.scenario().steps) {
+        if (begins(step) && !begun)
+            begun = to_microseconds(step.at);
+        else if (ends(step) && begun)
+            spans.push_back({*std::exchange(begun, std::nullopt), to_microseconds(step.at)});
+    }
+    if (begun)
+        spans.push_back({*begun, session.record().end});
+    return spans;
+}
+
+} // namespace
+
+std::vector<TimeSpan> absences(const CheckedSession& session)
+{
+    const auto is = [](AppStep::Event event) {
+        return [event](const Step& step) {
+            const auto* app = std::get_if<AppStep>(&step.what);
+            return app && app->event == event;
+        };
+    };
+    return spans_between(session, is(AppStep::Event::Background), is(AppStep::Event::Foreground));
+}
+
+std::vector<TimeSpan> calls(const CheckedSession& session)
+{
+    const auto is = [](AVAudioSessionInterruptionType type) {
+        return [type](const Step& step) {
+            const auto* interruption = std::get_if<InterruptStep>(&step.what);
+            return interruption && interruption->type == type;
+        };
+    };
+    return spans_between(session, is(AVAudioSessionInterruptionTypeBegan), is(AVAudioSessionInterruptionTypeEnded));
 }
 
 std::string seconds_text(double seconds)

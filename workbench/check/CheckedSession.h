@@ -25,6 +25,12 @@ struct Course {
     double policy_seconds = 15;
 };
 
+/// A time in microseconds since a session's start.
+struct TimeSpan {
+    std::int64_t from = 0;
+    std::int64_t until = 0;
+};
+
 /// A line of a session's trace.
 struct CheckedLine {
     /// Microseconds since the session's start.
@@ -47,8 +53,6 @@ struct CheckedLine {
     bool is_touch = false;
     std::string button = {};
     /// @}
-    /// Of a step of the app: "background", "foreground" or "active".
-    std::string app = {};
 };
 
 /// A course that has been simulated.
@@ -76,8 +80,10 @@ public:
     std::optional<double> opened() const;
     /// When a sight ends, in microseconds.
     std::int64_t end_of(std::size_t sight) const;
-    /// Whether the device is held in landscape, and how, at the start.
-    UIDeviceOrientation held() const;
+    /// How the device is held at a moment, in microseconds since the session's start.
+    UIDeviceOrientation held(std::int64_t at) const;
+    /// Microseconds between two moments in which the viewer is in this application and not in a call.
+    std::int64_t seen(std::int64_t from, std::int64_t until) const;
 
 private:
     const Course& course_;
@@ -86,6 +92,11 @@ private:
     const SessionRecord record_;
     mutable std::optional<std::vector<CheckedLine>> lines_;
 };
+
+/// The times that the viewer spends in another application, as the steps say; the last may have no end.
+std::vector<TimeSpan> absences(const CheckedSession& session);
+/// The times of the calls that interrupt it; the last may have no end.
+std::vector<TimeSpan> calls(const CheckedSession& session);
 
 /// Seconds with at most one decimal: "5.4".
 std::string seconds_text(double seconds);

@@ -42,14 +42,8 @@ bool page_closes(const CheckedSession& session, const Sight& sight)
     return !page || page_can_close(*page);
 }
 
-/// A time in microseconds.
-struct Span {
-    std::int64_t from = 0;
-    std::int64_t until = 0;
-};
-
 /// Whether a control can be touched at some time of a span.
-bool is_touchable_in(const CheckedSession& session, std::string_view control, const Span& span)
+bool is_touchable_in(const CheckedSession& session, std::string_view control, const TimeSpan& span)
 {
     const std::vector<Sight>& sights = session.record().sights;
     for (std::size_t i = 0; i < sights.size(); ++i)
@@ -61,22 +55,17 @@ bool is_touchable_in(const CheckedSession& session, std::string_view control, co
 }
 
 /// The times in which the viewer is elsewhere, or could go on with a paused video: they do not count as waiting.
-std::vector<Span> times_that_do_not_count(const CheckedSession& session)
+std::vector<TimeSpan> times_that_do_not_count(const CheckedSession& session)
 {
-    std::vector<Span> spans;
-    std::optional<std::int64_t> away;
+    std::vector<TimeSpan> spans = absences(session);
     std::optional<std::int64_t> paused;
     const auto end_pause = [&](std::int64_t at) {
-        if (paused && is_touchable_in(session, "btnPlayAndPause", {*paused, at}))
-            spans.push_back({*paused, at});
-        paused.reset();
+        const auto from = std::exchange(paused, std::nullopt);
+        if (from && is_touchable_in(session, "btnPlayAndPause", {from.value_or(0), at}))
+            spans.push_back({from.value_or(0), at});
     };
     for (const CheckedLine& line : session.lines()) {
-        if (line.what == "step" && line.app == "background" && !away)
-            away = line.at;
-        else if (line.what == "step" && line.app == "foreground" && away)
-            spans.push_back({*std::exchange(away, std::nullopt), line.at});
-        else if (line.event == "video_pause" && !paused)
+        if (line.event == "video_pause" && !paused)
             paused = line.at;
         else if (line.event == "video_play" || line.event == "video_ended")
             end_pause(line.at);
@@ -86,13 +75,13 @@ std::vector<Span> times_that_do_not_count(const CheckedSession& session)
 }
 
 /// Seconds between two times, without those that do not count.
-double seconds_of_waiting(std::int64_t from, std::int64_t until, const std::vector<Span>& others)
+double seconds_of_waiting(std::int64_t from, std::int64_t until, const std::vector<TimeSpan>& others)
 {
     std::int64_t waiting = until - from;
     std::int64_t counted = from;
-    std::vector<Span> sorted = others;
-    std::ranges::sort(sorted, {}, &Span::from);
-    for (const Span& span : sorted) {
+    std::vector<TimeSpan> sorted = others;
+    std::ranges::sort(sorted, {}, &TimeSpan::from);
+    for (const TimeSpan& span : sorted) {
         const std::int64_t begin = std::max(span.from, counted);
         const std::int64_t end = std::min(span.until, until);
         if (end <= begin)
@@ -108,7 +97,7 @@ Wait longest_wait(const CheckedSession& session)
 {
     Wait longest;
     const std::vector<Sight>& sights = session.record().sights;
-    const std::vector<Span> others = times_that_do_not_count(session);
+    const std::vector<TimeSpan> others = times_that_do_not_count(session);
     for (std::size_t i = 0; i < sights.size();) {
         const auto closable = [&](const Sight& sight) {
             return !sight.open || sight.close || sight.other_screen || page_closes(session, sight);

@@ -208,6 +208,7 @@ constexpr auto ExemptionTable = std::to_array<Exemption>({
     {"paused-countdown", "The countdown of the close button rests while the viewer pauses the video"},
     {"away-from-the-ad",
      "Time that the viewer spends in another application or on a screen over the ad does not count"},
+    {"in-a-call", "A call takes the screen: what it covers or empties does not count until it ends"},
     {"sideways-without-landscape", "An ad without a landscape arrangement that is held sideways lays its bars out for "
                                    "the long edge; only its close button is examined"},
     {"layout-of-every-ad", "A fault of the layout that every arrangement has on a device is the controller's"},

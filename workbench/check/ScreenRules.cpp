@@ -44,23 +44,27 @@ std::string size_text(CGSize size)
     return shortest_text(std::round(size.width)) + " x " + shortest_text(std::round(size.height));
 }
 
-bool is_turned(const CheckedSession& session)
+/// Whether the device is held in landscape.
+/// @param at microseconds
+bool is_turned(const CheckedSession& session, std::int64_t at)
 {
-    return session.held() == UIDeviceOrientationLandscapeLeft || session.held() == UIDeviceOrientationLandscapeRight;
+    const UIDeviceOrientation held = session.held(at);
+    return held == UIDeviceOrientationLandscapeLeft || held == UIDeviceOrientationLandscapeRight;
 }
 
 /// "a screen of 375 x 812 points held upright".
-std::string device_text(const CheckedSession& session)
+std::string device_text(const CheckedSession& session, std::int64_t at)
 {
     return "a screen of " + size_text(screen_of(session)) + " points held " +
-           (is_turned(session) ? "sideways" : "upright");
+           (is_turned(session, at) ? "sideways" : "upright");
 }
 
 /// Whether a control's place is that of an arrangement that the ad has. An ad without a landscape arrangement that is
 /// held sideways lays its bars out for the long edge; only its close button matters then.
-bool has_a_place(const CheckedSession& session, const SeenControl& control)
+bool has_a_place(const CheckedSession& session, const SeenControl& control, std::int64_t at)
 {
-    return !is_turned(session) || control.name == "btnClose" || !session.ad() || session.ad()->landscapeModeType != 0;
+    return !is_turned(session, at) || control.name == "btnClose" || !session.ad() ||
+           session.ad()->landscapeModeType != 0;
 }
 
 /// What is wrong for long enough to be noticed. Suspicions with equal keys are one, that of the first sight.
@@ -78,7 +82,7 @@ std::vector<Suspicion> lasting(const CheckedSession& session,
             continue;
         for (Suspicion& fault : faults_in(sights[i])) {
             Lasting& one = found[fault.key];
-            one.seconds += in_seconds(session.end_of(i) - sights[i].at);
+            one.seconds += in_seconds(session.seen(sights[i].at, session.end_of(i)));
             if (!one.first.sentence.empty())
                 continue;
             one.first = std::move(fault);
@@ -101,14 +105,15 @@ std::vector<Suspicion> misplaced(const CheckedSession& session, const CGRect& sa
     const CGSize screen = screen_of(session);
     return lasting(session, [&](const Sight& sight) {
         std::vector<Suspicion> found;
+        const bool turned = is_turned(session, sight.at);
         for (const SeenControl& control : sight.controls) {
             const auto faults = faults_of(control, screen, safe);
-            if (std::ranges::find(faults, wanted) == faults.end() || !has_a_place(session, control))
+            if (std::ranges::find(faults, wanted) == faults.end() || !has_a_place(session, control, sight.at))
                 continue;
             found.push_back({.sentence = in_course(session, std::string(words_for_control(control.name)) + ' ' +
-                                                                words(control) + ' ' + device_text(session)),
-                             .path = is_turned(session) ? "/landscapeModeType" : "/portraitVideoPos",
-                             .key = std::string(control.name) + (is_turned(session) ? " sideways" : " upright")});
+                                                                words(control) + ' ' + device_text(session, sight.at)),
+                             .path = turned ? "/landscapeModeType" : "/portraitVideoPos",
+                             .key = std::string(control.name) + (turned ? " sideways" : " upright")});
         }
         return found;
     });
@@ -184,7 +189,7 @@ std::vector<Suspicion> empty_screen(const CheckedSession& session)
             ++i;
             continue;
         }
-        if (in_seconds(session.end_of(i - 1) - sights[first].at) <= UnnoticedEmptiness)
+        if (in_seconds(session.seen(sights[first].at, session.end_of(i - 1))) <= UnnoticedEmptiness)
             continue;
         const bool ended = std::ranges::any_of(session.lines(), [&](const CheckedLine& line) {
             return line.event == "video_ended" && line.at <= sights[first].at;
@@ -216,7 +221,8 @@ std::vector<Suspicion> control_in_unsafe_area(const CheckedSession& session)
     std::vector<Suspicion> all;
     const CGSize screen = screen_of(session);
     for (const DeviceModel& model : session.course().models) {
-        const SafeAreaInsets insets = upright_insets(model, session.held());
+        // A model's insets are those of one way of holding it: the first.
+        const SafeAreaInsets insets = upright_insets(model, session.held(0));
         const CGRect safe{insets.left, insets.top, screen.width - insets.left - insets.right,
                           screen.height - insets.top - insets.bottom};
         for (Suspicion& each : misplaced(session, safe, ControlFault::Unsafe, [&](const SeenControl&) {
@@ -238,19 +244,20 @@ std::vector<Suspicion> title_cut_off(const CheckedSession& session)
         for (const SeenControl& view : sight.controls) {
             const auto* title = std::ranges::find(Titles, view.name, &decltype(Titles)::value_type::first);
             // What is wholly outside or covered has a fault of another rule.
-            if (title == Titles.end() || view.text.empty() || !view.visible || !has_a_place(session, view))
+            if (title == Titles.end() || view.text.empty() || !view.visible || !has_a_place(session, view, sight.at))
                 continue;
             const double width = texts.measure(NSString(view.text), {}, Unlimited).width;
             const double seen = seen_of_text(view, width);
             if (width - seen <= UnnoticedCut)
                 continue;
             const auto button = static_cast<std::size_t>(title - Titles.begin());
-            found.push_back({.sentence = in_course(session, std::string(title->second) +
-                                                                " is cut off: " + shortest_text(std::round(seen)) +
-                                                                " of its " + shortest_text(std::round(width)) +
-                                                                " points are visible on " + device_text(session)),
-                             .path = view.is_button ? path_of_button(session, button) + "/btn_text" : "/strBrandText",
-                             .key = std::string(view.name)});
+            found.push_back(
+                {.sentence =
+                     in_course(session, std::string(title->second) + " is cut off: " + shortest_text(std::round(seen)) +
+                                            " of its " + shortest_text(std::round(width)) + " points are visible on " +
+                                            device_text(session, sight.at)),
+                 .path = view.is_button ? path_of_button(session, button) + "/btn_text" : "/strBrandText",
+                 .key = std::string(view.name)});
         }
         return found;
     });
