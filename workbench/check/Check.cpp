@@ -1,10 +1,10 @@
 #include "workbench/check/Check.h"
 
 #include "workbench/Shrink.h"
+#include "workbench/check/OtherLayout.h"
 #include "workbench/check/Rules.h"
 
 #include <algorithm>
-#include <array>
 #include <optional>
 #include <string_view>
 #include <utility>
@@ -22,23 +22,6 @@ constexpr std::ptrdiff_t MostOfARule = 20;
 const std::vector<std::string> Essential{
     "/ad/vast",         "/ad/strVideoUrl",      "/ad/strWebViewUrl",     "/ad/bIsAutoStart",    "/ad/fVideoWidth",
     "/ad/fVideoHeight", "/ad/portraitModeType", "/ad/landscapeModeType", "/ad/portraitVideoPos"};
-
-/// Another layout that the ad could have.
-struct OtherLayout {
-    const char* path;
-    const char* value;
-    const char* words;
-};
-constexpr std::array OtherLayouts{
-    OtherLayout{"/ad/portraitVideoPos", "1", "set portraitVideoPos to TOP"},
-    OtherLayout{"/ad/portraitVideoPos", "5", "set portraitVideoPos to MIDDLE"},
-    OtherLayout{"/ad/portraitVideoPos", "2", "set portraitVideoPos to BOTTOM"},
-    OtherLayout{"/ad/portraitVideoPos", "6", "set portraitVideoPos to FULL"},
-    OtherLayout{"/ad/landscapeModeType", "2", "set landscapeModeType to VIDEO_AND_WEBVIEW"},
-    OtherLayout{"/ad/landscapeModeType", "1", "set landscapeModeType to ONLY_VIDEO"},
-    OtherLayout{"/ad/bIsHideActionButton", "false", "set bIsHideActionButton to false"},
-    OtherLayout{"/ad/closeBtnSize", "1", "set closeBtnSize to SMALL"},
-};
 
 class Check
 {
@@ -92,7 +75,10 @@ private:
             return;
         std::string cure(rule.cure);
         if (rule.about_layout) {
-            const auto better = other_layout(rule, session, suspicion);
+            const auto better =
+                base_.kind == InputKind::Tag || !session.ad()
+                    ? std::nullopt
+                    : layout_without(rule, session.course(), session.text(), suspicion, &result_.sessions);
             if (!better)
                 return;
             cure = *better;
@@ -129,45 +115,6 @@ private:
         while (!path.empty() && !base_.scenario.value("/ad" + path))
             path.erase(path.rfind('/'));
         return path.empty() ? path : base_.ad_path() + path;
-    }
-
-    /// How the ad could avoid a fault of its layout; absent if every layout has it.
-    std::optional<std::string> other_layout(const Rule& rule, const CheckedSession& session, const Suspicion& suspicion)
-    {
-        if (base_.kind == InputKind::Tag || !session.ad())
-            return std::nullopt;
-        const std::string control = suspicion.key.substr(0, suspicion.key.find(' '));
-        for (const OtherLayout& layout : OtherLayouts) {
-            ScenarioText other = session.text();
-            if (other.value(layout.path) == layout.value)
-                continue;
-            other.set(layout.path, layout.value);
-            const CheckedSession tried(session.course(), other);
-            ++result_.sessions;
-            const bool seen = std::ranges::any_of(tried.record().sights, [&](const Sight& sight) {
-                return std::ranges::find(sight.controls, control, &SeenControl::name) != sight.controls.end();
-            });
-            if (seen && !has_layout_fault(tried, control, rule))
-                return layout.words;
-        }
-        return std::nullopt;
-    }
-
-    /// Whether a control still has a fault of the layout, or any control has a serious one: a cure must not be the
-    /// cause of another fault.
-    static bool has_layout_fault(const CheckedSession& session, const std::string& control, const Rule& cured)
-    {
-        for (const Rule& rule : rules()) {
-            if (!rule.about_layout)
-                continue;
-            const std::vector<Suspicion> left = rule.of_session(session);
-            if (rule.severity != Severity::Note && !left.empty())
-                return true;
-            if (rule.id == cured.id &&
-                std::ranges::any_of(left, [&](const Suspicion& each) { return each.key.starts_with(control + ' '); }))
-                return true;
-        }
-        return false;
     }
 
     /// Adds the smallest session that shows a finding, and its moment.
