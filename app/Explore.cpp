@@ -6,6 +6,7 @@
 #include "formats/InputError.h"
 #include "workbench/explore/Catalogue.h"
 #include "workbench/explore/Explored.h"
+#include "workbench/explore/Invariants.h"
 #include "workbench/explore/SessionStore.h"
 
 #include <qoro/Version.h>
@@ -111,7 +112,7 @@ std::vector<Explored> explored(const AdInput& input, const ExploreOptions& optio
         SearchOptions search_options = options.search;
         search_options.shards = 1;
         search_options.shard = 0;
-        one.result = search(one.setup.run, search_options);
+        one.result = explore_ad(one.setup, search_options);
         all.push_back(std::move(one));
     }
     return all;
@@ -158,7 +159,7 @@ int explore_kept(const std::vector<Planned>& plans, const ExploreOptions& option
             state.write_if_due();
             return Interruption::requested();
         };
-        one.result = search(one.setup.run, with_store);
+        one.result = options.sharded ? search(one.setup.run, with_store) : explore_ad(one.setup, with_store);
         if (one.result.stopped) {
             state.write();
             if (!options.state.empty())

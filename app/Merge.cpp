@@ -5,6 +5,7 @@
 #include "formats/InputFile.h"
 #include "workbench/explore/Catalogue.h"
 #include "workbench/explore/Explored.h"
+#include "workbench/explore/Invariants.h"
 #include "workbench/explore/SessionStore.h"
 
 #include <qoro/Version.h>
@@ -98,7 +99,7 @@ int merge_shards(const std::vector<Input>& inputs, const MergeOptions& options)
                          search_setup(ScenarioText(whole.identity.scenario, whole.identity.ad), whole.identity.guard),
                      .device = whole.identity.device,
                      .ad = whole.identity.number};
-        one.result = search(one.setup.run, {.depth = whole.identity.depth,
+        one.result = explore_ad(one.setup, {.depth = whole.identity.depth,
                                             .sessions = whole.budget,
                                             .jobs = options.jobs,
                                             .policy_seconds = whole.identity.policy_seconds,

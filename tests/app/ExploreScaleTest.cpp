@@ -28,14 +28,16 @@ protected:
         write("ad.json", ad(4));
     }
 
-    /// An ad with an action button, whose close button appears after two seconds.
+    /// An ad with an action button, whose close button appears after two seconds, and with a fault that a tap on the
+    /// mute button shows.
     static std::string ad(int duration)
     {
         return R"({"video": {"duration": )" + std::to_string(duration) +
                R"(}, "ad": {"strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
             "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true, "iCloseBtnCountdown": 2,
             "iBufferingSufferTime": 4, "arrayButtonsInfo": [{"btn_text": "Buy", "launch_type": "browser",
-            "data": {"u": "http://shop"}}]}, "steps": [{"open": 0}]})";
+            "data": {"u": "http://shop"}}], "arrayMuteTrackingUrls": ["http://t/mute?x=${BAD}"]},
+            "steps": [{"open": 0}]})";
     }
 
     void write(const std::string& name, const std::string& text) const { std::ofstream(folder / name) << text; }
@@ -64,6 +66,7 @@ std::vector<std::string> ids_of(const std::string& results)
 TEST_F(ExploreScale, ASearchWithAStateGoesOnAsIfItHadNeverEnded)
 {
     const std::string whole = run("qoro-ad explore ad.json --depth 2 --budget 500").output;
+    EXPECT_NE(whole.find("macro-unreplaced: "), std::string::npos) << whole;
     const ShellResult first = run("qoro-ad explore ad.json --depth 2 --budget 60 --state kept");
     EXPECT_NE(first.output, whole);
     EXPECT_NE(first.output.find("the budget ended"), std::string::npos) << first.output;
@@ -107,6 +110,7 @@ TEST_F(ExploreScale, TwoShardsTogetherAreTheWholeSearch)
                                   "done; wait; qoro-ad merge 2 1 --format json");
     EXPECT_EQ(parts.output, whole.output) << parts.errors;
     EXPECT_EQ(parts.status, whole.status);
+    EXPECT_NE(whole.output.find("macro-unreplaced"), std::string::npos) << whole.output;
     // Neither has done the other's work.
     const auto sessions = [&](const char* file) {
         return std::stoul(run(std::string("grep -c '^{\"session\":' ") + file).output);

@@ -43,6 +43,8 @@ std::string text_of_findings(const Explored& explored, const std::string& place)
         text += "\n  " + in_words(explored.setup.run, finding.course);
         if (finding.others > 0)
             text += "; and " + count_of(finding.others, "other course");
+        if (!finding.cure.empty())
+            text += "\n  cure: " + finding.cure;
         if (n < explored.files.size())
             text += "\n  " + explored.files[n];
     }
@@ -73,6 +75,8 @@ Json json_of_search(const Explored& explored)
                   {"device", explored.device},
                   {"course", in_words(explored.setup.run, finding.course)},
                   {"others", finding.others}};
+        if (!finding.cure.empty())
+            json["cure"] = finding.cure;
         if (n < explored.files.size())
             json["file"] = explored.files[n];
         json["scenario"] = Json::parse(scenario_of_course(explored.setup, finding.course, finding.until).text());

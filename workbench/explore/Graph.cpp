@@ -38,14 +38,23 @@ void CourseGraph::mark(const Task& task)
         nodes_[task.node].done[task.move] = true;
 }
 
-std::size_t CourseGraph::add(const Task& task, const CourseRun& run, bool recognise)
+CourseGraph::Added CourseGraph::add(const Task& task, const CourseRun& run, bool recognise)
 {
     Index before = task.node;
     Index course = None;
     bool helps = task.node != None && nodes_[task.node].moves[task.move].helps();
     // Other surroundings from the start count as a move.
     const std::uint32_t depth = task.node != None ? nodes_[task.node].depth + 1 : task.start == 0 ? 0 : 1;
+    std::uint64_t sent = task.node != None ? nodes_[task.node].sent : 0;
+    Added added;
+    const auto note = [&](const Passage& happened) {
+        added.signs.insert(added.signs.end(), happened.signs.begin(), happened.signs.end());
+        add_tracker_signs(sent, happened, added.signs);
+        sent |= happened.sent;
+    };
     for (const Moment& moment : run.moments) {
+        ++added.moments;
+        note(moment.happened);
         const bool first = &moment == &run.moments.front();
         Index node = None;
         if (recognise && moment.key)
@@ -76,10 +85,13 @@ std::size_t CourseGraph::add(const Task& task, const CourseRun& run, bool recogn
                               .close = moment.close,
                               .closed = moment.closed,
                               .had_close = had_close,
+                              .sent = sent,
                               .moves = moment.moves,
                               .done = std::vector<bool>(moment.moves.size())});
         } else {
             arrivals_.push_back({task, node, moment.at, had_close});
+            if (const auto joins = sign_of_joining(sent, nodes_[node].sent))
+                added.signs.push_back(*joins);
         }
         if (before != None) {
             nodes_[before].ways.push_back({node, helps});
@@ -89,11 +101,12 @@ std::size_t CourseGraph::add(const Task& task, const CourseRun& run, bool recogn
             }
         }
         if (!is_new)
-            return static_cast<std::size_t>(&moment - run.moments.data()) + 1;
+            return added;
         before = node;
         helps = true;
     }
-    return run.moments.size();
+    note(run.rest);
+    return added;
 }
 
 } // namespace qoro

@@ -37,6 +37,8 @@ public:
         bool closed = false;
         /// A close has been reachable earlier in the course.
         bool had_close = false;
+        /// Trackers of positions in the video that the course has sent, a bit for each.
+        std::uint64_t sent = 0;
         /// What time alone leads to, and in how many microseconds.
         Index next = None;
         std::int64_t wait = 0;
@@ -62,6 +64,14 @@ public:
         bool had_close = false;
     };
 
+    /// What a task's run has added.
+    struct Added {
+        /// Number of moments up to the first whose state was known.
+        std::size_t moments = 0;
+        /// Of the course from its last move on.
+        std::vector<Sign> signs = {};
+    };
+
     const std::vector<Node>& nodes() const { return nodes_; }
     const std::vector<Arrival>& arrivals() const { return arrivals_; }
     std::size_t unnamed() const { return unnamed_; }
@@ -72,8 +82,7 @@ public:
     /// Those of a state's.
     FoundCourse course_of(Index node) const;
     /// Adds what a task's run has found.
-    /// @return the number of moments up to the first whose state was known
-    std::size_t add(const Task& task, const CourseRun& run, bool recognise);
+    Added add(const Task& task, const CourseRun& run, bool recognise);
     void mark(const Task& task);
 
 private:

@@ -22,8 +22,12 @@ constexpr std::int64_t AfterClose = 1'000'000;
 class ChangeListener final : public EventSink
 {
 public:
+    explicit ChangeListener(SignCollector& signs) : signs_(signs) {}
+
     void receive(const Event& event) override
     {
+        if (collects)
+            signs_.note(event);
         if (const auto* script = std::get_if<event::ScriptEvent>(&event);
             script && script->event.view() == "video_timeupdate")
             return;
@@ -37,6 +41,10 @@ public:
     bool changed = true;
     bool closed = false;
     bool faulted = false;
+    bool collects = false;
+
+private:
+    SignCollector& signs_;
 };
 
 StateKey with(StateKey key, std::uint64_t word)
@@ -50,7 +58,8 @@ class Runner
 {
 public:
     Runner(const RunSetup& setup, std::size_t start, const std::function<bool(const StateKey&)>& known)
-        : setup_(setup), start_(start), scenario_(setup.starts[start]), known_(known), simulation_(scenario_)
+        : setup_(setup), start_(start), scenario_(setup.starts[start]), known_(known), simulation_(scenario_),
+          signs_(simulation_, setup.position_trackers), listener_(signs_)
     {
         simulation_.platform().set_event_sink(&listener_);
         simulation_.platform().on_display_change([this] { listener_.changed = true; });
@@ -58,11 +67,16 @@ public:
 
     CourseRun run(const std::vector<TimedMove>& course)
     {
+        listener_.collects = course.empty();
         simulation_.begin();
         for (const TimedMove& each : course) {
             perform_steps_until(each.at);
             // An earlier course has shown it.
             listener_.faulted = false;
+            if (&each == &course.back()) {
+                signs_.begin(each.move.name);
+                listener_.collects = true;
+            }
             for (const Step& step : each.move.steps(static_cast<double>(each.at) / 1e6))
                 simulation_.perform(step, n_++);
             viewer_.note(each.move);
@@ -70,6 +84,8 @@ public:
         perform_steps_until(course.empty() ? 0 : course.back().at);
         if (look())
             pass_time();
+        if (!run_.merged)
+            run_.rest = signs_.rest();
         simulation_.platform().on_display_change({});
         return std::move(run_);
     }
@@ -157,6 +173,7 @@ private:
         run_.merged = moment.key && known_ && known_(*moment.key);
         if (!moment.closed && !run_.merged)
             moment.moves = moves_at(simulation_, viewer_, setup_.page, scenario_.host.autorotates);
+        moment.happened = signs_.take();
         if (std::exchange(listener_.faulted, false))
             moment.faults.push_back(Fault::PlatformFault);
         if (moment.closed && !run_.merged)
@@ -185,8 +202,9 @@ private:
     const std::size_t start_;
     const Scenario& scenario_;
     const std::function<bool(const StateKey&)>& known_;
-    ChangeListener listener_;
     Simulation simulation_;
+    SignCollector signs_;
+    ChangeListener listener_;
     Viewer viewer_;
     std::size_t next_step_ = 0;
     std::size_t n_ = 0;

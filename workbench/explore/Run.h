@@ -2,6 +2,7 @@
 
 #include "formats/Scenario.h"
 #include "workbench/explore/Move.h"
+#include "workbench/explore/Signs.h"
 #include "workbench/explore/StateHash.h"
 
 #include <cstdint>
@@ -39,6 +40,8 @@ struct Moment {
     std::vector<Move> moves = {};
     /// Since the moment before.
     std::vector<Fault> faults = {};
+    /// Since the moment before.
+    Passage happened = {};
 };
 
 /// What stays the same in all courses of a search.
@@ -47,6 +50,8 @@ struct RunSetup {
     std::vector<Scenario> starts;
     std::vector<std::string> start_names;
     PageCommands page;
+    /// The ad's, for the signs of its sessions.
+    std::vector<AddressPattern> position_trackers = {};
     /// Microseconds without a change after which nothing is expected any more.
     std::int64_t patience = 0;
     /// Whether moments get keys.
@@ -60,6 +65,8 @@ struct CourseRun {
     std::vector<Moment> moments;
     /// Whether the last moment's state was already known, so that the run stopped there.
     bool merged = false;
+    /// Since the last moment, unless the run has merged.
+    Passage rest = {};
 };
 
 /// Simulates a course and then lets time pass.

@@ -1,16 +1,17 @@
 #include "workbench/explore/Search.h"
 
+#include "workbench/detail/Parallel.h"
 #include "workbench/explore/Graph.h"
+#include "workbench/explore/Novelty.h"
+#include "workbench/explore/Reach.h"
 #include "workbench/explore/SessionStore.h"
 
 #include <algorithm>
-#include <atomic>
+#include <array>
 #include <chrono>
 #include <cstdio>
-#include <map>
 #include <set>
 #include <span>
-#include <thread>
 
 namespace qoro
 {
@@ -171,32 +172,24 @@ private:
             identities.push_back(identity_of(task));
         const auto time_of = [&](std::size_t n) { return courses[n].moves.empty() ? 0 : courses[n].moves.back().at; };
         std::vector<std::uint8_t> simulated(batch.size());
-        std::atomic<std::size_t> next = 0;
-        const auto work = [&] {
-            for (std::size_t n = next++; n < batch.size(); n = next++) {
-                if (identities[n])
-                    if (auto kept = options_.store->find(*identities[n], time_of(n), known)) {
-                        runs[n] = std::move(*kept);
-                        continue;
-                    }
-                runs[n] = run_course(setup_, courses[n].start, courses[n].moves, known);
-                simulated[n] = 1;
-            }
-        };
-        {
-            std::vector<std::jthread> threads;
-            for (unsigned thread = 1; thread < std::min<std::size_t>(options_.jobs, batch.size()); ++thread)
-                threads.emplace_back(work);
-            work();
-        }
+        detail::in_parallel(batch.size(), options_.jobs, [&](std::size_t n) {
+            if (identities[n])
+                if (auto kept = options_.store->find(*identities[n], time_of(n), known)) {
+                    runs[n] = std::move(*kept);
+                    return;
+                }
+            runs[n] = run_course(setup_, courses[n].start, courses[n].moves, known);
+            simulated[n] = 1;
+        });
         for (std::size_t n = 0; n < batch.size(); ++n) {
             result_.simulated += simulated[n];
             if (simulated[n] != 0 && identities[n])
                 options_.store->add(*identities[n], time_of(n), runs[n]);
-            const std::size_t count = graph_.add(batch[n], runs[n], options_.recognise);
+            const CourseGraph::Added added = graph_.add(batch[n], runs[n], options_.recognise);
             graph_.mark(batch[n]);
             ++result_.sessions;
-            for (const Moment& moment : std::span(runs[n].moments).first(count))
+            note_signs(courses[n], added.signs, runs[n].moments.front().closed);
+            for (const Moment& moment : std::span(runs[n].moments).first(added.moments))
                 note_faults(courses[n], moment);
         }
         result_.stopped = result_.stopped || (options_.stop && options_.stop());
@@ -214,6 +207,17 @@ private:
             result_.findings.push_back({rule, text, std::move(course), until});
     }
 
+    void note_signs(const FoundCourse& course, std::span<const Sign> signs, bool closed)
+    {
+        novelty_.add(course, signs);
+        if (closed || course.moves.empty() || course.moves.back().move.kind != Move::Kind::Touch)
+            return;
+        const std::string& touched = course.moves.back().move.name;
+        const auto times =
+            std::ranges::count(course.moves, touched, [](const TimedMove& each) { return each.move.name; });
+        novelty_.add(course, std::array{sign_of_touches(touched, static_cast<std::size_t>(times))});
+    }
+
     void note_faults(const FoundCourse& course, const Moment& moment)
     {
         const std::int64_t until = moment.at + 1'000'000;
@@ -229,47 +233,6 @@ private:
                 report("fault", "An operation fails.", course, until);
                 break;
             }
-    }
-
-    /// The states from which a close, or a close control, can be reached.
-    std::vector<bool> with_way_out() const
-    {
-        const auto& nodes = graph_.nodes();
-        std::vector<std::vector<Index>> back(nodes.size());
-        std::vector<Index> open;
-        std::vector<bool> out(nodes.size());
-        for (Index index = 0; index < nodes.size(); ++index) {
-            for (const CourseGraph::Edge& way : nodes[index].ways)
-                if (way.helps)
-                    back[way.to].push_back(index);
-            if (nodes[index].close || nodes[index].closed || !nodes[index].open) {
-                out[index] = true;
-                open.push_back(index);
-            }
-        }
-        while (!open.empty()) {
-            const Index index = open.back();
-            open.pop_back();
-            for (const Index before : back[index])
-                if (!out[before]) {
-                    out[before] = true;
-                    open.push_back(before);
-                }
-        }
-        return out;
-    }
-
-    /// Everything that time, the viewer and the page can lead to, as far as it has been explored; in order of
-    /// discovery.
-    std::vector<Index> within_reach(Index from) const
-    {
-        std::vector<Index> found{from};
-        std::set<Index> seen{from};
-        for (std::size_t n = 0; n < found.size(); ++n)
-            for (const CourseGraph::Edge& way : graph_.nodes()[found[n]].ways)
-                if (way.helps && seen.insert(way.to).second)
-                    found.push_back(way.to);
-        return found;
     }
 
     static std::set<std::string> names(const FoundCourse& course)
@@ -296,7 +259,7 @@ private:
     {
         if (!options_.recognise || !options_.traps)
             return;
-        auto out = with_way_out();
+        auto out = with_way_out(graph_);
         examined_.resize(graph_.nodes().size());
         for (Index index = 0, count = static_cast<Index>(examined_.size()); index < count; ++index) {
             if (examined_[index] || graph_.nodes()[index].depth > depth)
@@ -312,7 +275,7 @@ private:
                 else if (!settle(index, course))
                     return;
                 else
-                    out = with_way_out();
+                    out = with_way_out(graph_);
             }
             examined_[index] = true;
         }
@@ -324,7 +287,7 @@ private:
     {
         std::size_t left = options_.trap_sessions > 0 ? options_.trap_sessions : options_.sessions / 10;
         while (true) {
-            const std::vector<Index> reach = within_reach(index);
+            const std::vector<Index> reach = within_reach(graph_, index);
             const auto& nodes = graph_.nodes();
             if (std::ranges::any_of(reach, [&](Index each) { return nodes[each].close || nodes[each].closed; }))
                 return true;
@@ -365,41 +328,10 @@ private:
 
     // ----------------------------------------------------------------------------------------------------- the end
 
-    /// Microseconds until time alone brings a close within reach; absent for never.
-    std::vector<std::optional<std::int64_t>> waits() const
-    {
-        const auto& nodes = graph_.nodes();
-        std::vector<std::optional<std::int64_t>> wait(nodes.size());
-        std::vector<std::uint8_t> known(nodes.size());
-        for (Index index = 0; index < nodes.size(); ++index) {
-            std::vector<Index> chain;
-            Index each = index;
-            while (each != None && known[each] == 0) {
-                known[each] = 1;
-                chain.push_back(each);
-                if (nodes[each].close || nodes[each].closed) {
-                    wait[each] = 0;
-                    known[each] = 2;
-                    chain.pop_back();
-                    break;
-                }
-                each = nodes[each].next;
-            }
-            std::optional<std::int64_t> ahead = each != None && known[each] == 2 ? wait[each] : std::nullopt;
-            for (auto back = chain.rbegin(); back != chain.rend(); ++back) {
-                if (ahead)
-                    ahead = *ahead + nodes[*back].wait;
-                wait[*back] = ahead;
-                known[*back] = 2;
-            }
-        }
-        return wait;
-    }
-
     void finish()
     {
         const auto& nodes = graph_.nodes();
-        const auto wait = waits();
+        const auto wait = waits(graph_);
         const auto late = static_cast<std::int64_t>(options_.policy_seconds * 1e6);
         std::optional<SearchFinding> first_late;
         std::size_t late_courses = 0;
@@ -430,16 +362,14 @@ private:
             first_late->others = late_courses - 1;
             result_.findings.push_back(std::move(*first_late));
         }
-        std::ranges::stable_sort(result_.findings, [](const SearchFinding& a, const SearchFinding& b) {
-            return std::pair(a.rule != "trap", a.course.moves.size()) <
-                   std::pair(b.rule != "trap", b.course.moves.size());
-        });
+        sort_findings(result_.findings);
         result_.next_sessions = tasks_of_depth(static_cast<std::uint32_t>(result_.complete_depth), false).size();
+        result_.new_courses = novelty_.courses();
         result_.states = nodes.size();
         result_.merged = graph_.arrivals().size();
         result_.unnamed = graph_.unnamed();
         verify();
-        const auto out = with_way_out();
+        const auto out = with_way_out(graph_);
         std::size_t unexamined = 0;
         for (Index index = 0; options_.recognise && options_.traps && index < nodes.size(); ++index)
             if (!out[index] && nodes[index].depth <= options_.depth && (index >= examined_.size() || !examined_[index]))
@@ -488,6 +418,7 @@ private:
     std::size_t most_sessions_;
     const std::chrono::steady_clock::time_point began_;
     CourseGraph graph_;
+    Novelty novelty_;
     SearchResult result_;
     /// Whether each state has been examined for a trap; shorter than the list of states.
     std::vector<bool> examined_;
@@ -502,6 +433,13 @@ SearchResult search(const RunSetup& setup, const SearchOptions& options)
     own.identify = options.recognise;
     own.leave_out = options.leave_out;
     return Search(own, options).run();
+}
+
+void sort_findings(std::vector<SearchFinding>& findings)
+{
+    std::ranges::stable_sort(findings, {}, [](const SearchFinding& each) {
+        return std::pair(each.rule != "trap", each.course.moves.size());
+    });
 }
 
 std::string in_words(const RunSetup& setup, const FoundCourse& course)

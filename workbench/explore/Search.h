@@ -56,7 +56,7 @@ struct FoundCourse {
 
 /// Something that no sound ad does.
 struct SearchFinding {
-    /// "trap", "close-late", "sound-after-close", "left-after-close" or "fault".
+    /// "trap", "close-late", "sound-after-close", "left-after-close", "fault", or a rule of a check.
     std::string rule;
     /// One sentence.
     std::string text;
@@ -66,6 +66,8 @@ struct SearchFinding {
     std::int64_t until = 0;
     /// Courses besides that lead there too.
     std::size_t others = 0;
+    /// How to mend it; one sentence without a full stop. Empty if nothing is known.
+    std::string cure = {};
 };
 
 /// A state that two courses reach, but from which the session goes on differently.
@@ -97,6 +99,8 @@ struct SearchResult {
     std::optional<std::int64_t> worst_close = {};
     FoundCourse worst_course = {};
     std::vector<SearchFinding> findings = {};
+    /// Those in which something happens or is seen that no shorter one shows; the shortest first.
+    std::vector<FoundCourse> new_courses = {};
     /// A line each.
     std::vector<std::string> not_covered = {};
     std::size_t verified = 0;
@@ -105,6 +109,9 @@ struct SearchResult {
 
 /// Explores an ad's courses, those with fewest moves first. Deterministic, unless time ends it.
 SearchResult search(const RunSetup& setup, const SearchOptions& options);
+
+/// Traps first, then those of the shortest courses.
+void sort_findings(std::vector<SearchFinding>& findings);
 
 /// "tap btnMute at 3.2 s, turn left at 5 s"; "nothing is done" without a move.
 std::string in_words(const RunSetup& setup, const FoundCourse& course);

@@ -73,6 +73,22 @@ std::vector<Move> moves_of(const Json& list)
     return moves;
 }
 
+std::string text_of(const Passage& happened)
+{
+    std::string text = "[" + std::to_string(happened.sent) + (happened.ended ? ",1" : ",0");
+    for (const Sign sign : happened.signs)
+        text += ',' + std::to_string(sign);
+    return text + ']';
+}
+
+Passage passage_in(const Json& list)
+{
+    Passage happened{.sent = list.at(0).get<std::uint64_t>(), .ended = list.at(1).get<int>() != 0};
+    for (std::size_t n = 2; n < list.size(); ++n)
+        happened.signs.push_back(list[n].get<Sign>());
+    return happened;
+}
+
 /// What a state that is known already adds to a run: that it was reached, and the faults on the way.
 void end_at_known(Moment& moment)
 {
@@ -112,7 +128,8 @@ std::optional<CourseRun> SessionStore::find(const StateKey& session, std::int64_
     for (std::size_t n = 0; n < kept.moments.size(); ++n) {
         Moment moment = kept.moments[n];
         moment.at += at;
-        moment.moves = lists_[kept.lists[n]];
+        moment.moves = lists_[kept.places[n].moves];
+        moment.happened = passages_[kept.places[n].happened];
         if (known && moment.key && known(*moment.key)) {
             end_at_known(moment);
             run.merged = true;
@@ -121,14 +138,17 @@ std::optional<CourseRun> SessionStore::find(const StateKey& session, std::int64_
         }
         run.moments.push_back(std::move(moment));
     }
-    return kept.merged ? std::nullopt : std::optional(std::move(run));
+    if (kept.merged)
+        return std::nullopt;
+    run.rest = passages_[kept.rest];
+    return run;
 }
 
 void SessionStore::add(const StateKey& session, std::int64_t at, const CourseRun& run)
 {
-    Kept kept{.moments = {}, .lists = {}, .merged = run.merged};
+    Kept kept{.moments = {}, .places = {}, .merged = run.merged, .rest = place_of(run.rest)};
     for (const Moment& moment : run.moments) {
-        kept.lists.push_back(list_of(moment.moves));
+        kept.places.push_back({list_of(moment.moves), place_of(moment.happened)});
         kept.moments.push_back({.at = moment.at - at,
                                 .key = moment.key,
                                 .open = moment.open,
@@ -156,8 +176,9 @@ void SessionStore::add_all(const SessionStore& other)
 {
     for (const auto& [session, kept] : other.sessions_) {
         Kept own = kept;
-        for (std::size_t& list : own.lists)
-            list = list_of(other.lists_[list]);
+        for (Places& each : own.places)
+            each = {list_of(other.lists_[each.moves]), place_of(other.passages_[each.happened])};
+        own.rest = place_of(other.passages_[own.rest]);
         keep(session, std::move(own));
     }
 }
@@ -170,13 +191,23 @@ std::size_t SessionStore::list_of(const std::vector<Move>& moves)
     return place->second;
 }
 
+std::size_t SessionStore::place_of(const Passage& happened)
+{
+    const auto [place, is_new] = passage_places_.try_emplace(text_of(happened), passages_.size());
+    if (is_new)
+        passages_.push_back(happened);
+    return place->second;
+}
+
 void SessionStore::write(std::string& out) const
 {
+    for (const Passage& happened : passages_)
+        out += "{\"happened\":" + text_of(happened) + "}\n";
     for (const auto& list : lists_)
         out += "{\"moves\":" + text_of(list) + "}\n";
     for (const auto& [session, kept] : sessions_) {
         out += "{\"session\":\"" + hexadecimal(session) + (kept.merged ? "\",\"merged\":true" : "\"");
-        out += ",\"moments\":[";
+        out += ",\"rest\":" + std::to_string(kept.rest) + ",\"moments\":[";
         for (std::size_t n = 0; n < kept.moments.size(); ++n) {
             const Moment& moment = kept.moments[n];
             const unsigned flags =
@@ -184,7 +215,8 @@ void SessionStore::write(std::string& out) const
             out += n == 0 ? "[" : ",[";
             append_json(out, moment.at);
             out += moment.key ? ",\"" + hexadecimal(*moment.key) + "\"," : std::string(",null,");
-            out += std::to_string(flags) + "," + std::to_string(kept.lists[n]) + ",[";
+            out += std::to_string(flags) + "," + std::to_string(kept.places[n].moves) + "," +
+                   std::to_string(kept.places[n].happened) + ",[";
             for (const Fault& fault : moment.faults)
                 out += (&fault == moment.faults.data() ? "" : ",") + std::to_string(static_cast<int>(fault));
             out += "]]";
@@ -200,9 +232,16 @@ bool SessionStore::read(std::string_view line)
         lists_read_.push_back(list_of(moves_of(json.at("moves"))));
         return true;
     }
+    if (json.contains("happened")) {
+        passages_read_.push_back(place_of(passage_in(json.at("happened"))));
+        return true;
+    }
     if (!json.contains("session"))
         return false;
-    Kept kept{.moments = {}, .lists = {}, .merged = json.value("merged", false)};
+    Kept kept{.moments = {},
+              .places = {},
+              .merged = json.value("merged", false),
+              .rest = passages_read_.at(json.at("rest").get<std::size_t>())};
     for (const Json& each : json.at("moments")) {
         const auto flags = each.at(2).get<unsigned>();
         Moment moment{.at = each.at(0).get<std::int64_t>(),
@@ -211,9 +250,10 @@ bool SessionStore::read(std::string_view line)
                       .closed = (flags & Closed) != 0};
         if (!each.at(1).is_null())
             moment.key = key_of(each.at(1).get<std::string>());
-        for (const Json& fault : each.at(4))
+        for (const Json& fault : each.at(5))
             moment.faults.push_back(static_cast<Fault>(fault.get<int>()));
-        kept.lists.push_back(lists_read_.at(each.at(3).get<std::size_t>()));
+        kept.places.push_back(
+            {lists_read_.at(each.at(3).get<std::size_t>()), passages_read_.at(each.at(4).get<std::size_t>())});
         kept.moments.push_back(std::move(moment));
     }
     keep(key_of(json.at("session").get<std::string>()), std::move(kept));
@@ -226,7 +266,7 @@ namespace
 {
 
 constexpr std::string_view Heading = "{\"search\":";
-constexpr int Format = 1;
+constexpr int Format = 2;
 
 SearchPart part_of(const Json& heading)
 {
@@ -283,7 +323,8 @@ std::vector<SearchPart> read_parts(std::string_view text, const std::string& fil
             if (line.starts_with(Heading)) {
                 if (open)
                     throw refuse("another search begins before the end of the last; the file is not whole");
-                parts.push_back(part_of(Json::parse(line)));
+                const Json heading = Json::parse(line);
+                parts.push_back(part_of(heading));
                 open = true;
             } else if (!open) {
                 throw refuse("expected the heading of a search, as explore writes it");
@@ -295,7 +336,7 @@ std::vector<SearchPart> read_parts(std::string_view text, const std::string& fil
         } catch (const Json::exception&) {
             throw refuse("expected a line of a search, as explore writes it");
         } catch (const std::out_of_range&) {
-            throw refuse("a list of moves is missing");
+            throw refuse("a line that it depends on is missing");
         }
     }
     if (open || parts.empty())

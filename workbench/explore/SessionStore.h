@@ -42,23 +42,38 @@ public:
     void add_all(const SessionStore& other);
 
 private:
-    /// A moment with its time since the last move, and its moves as an index into lists_.
+    /// A moment's moves and what happened before it, as indices into lists_ and passages_.
+    struct Places {
+        std::size_t moves = 0;
+        std::size_t happened = 0;
+    };
+
     struct Kept {
+        /// With their times since the last move, and without what is in places.
         std::vector<Moment> moments;
-        std::vector<std::size_t> lists;
+        std::vector<Places> places;
         bool merged = false;
+        /// What happened after the last moment, as an index into passages_.
+        std::size_t rest = 0;
     };
 
     void keep(const StateKey& session, Kept kept);
     std::size_t list_of(const std::vector<Move>& moves);
+    std::size_t place_of(const Passage& happened);
 
     std::unordered_map<StateKey, std::size_t> places_;
     std::vector<std::pair<StateKey, Kept>> sessions_;
     /// The distinct lists of moves, which are few.
     std::vector<std::vector<Move>> lists_;
     std::unordered_map<std::string, std::size_t> list_places_;
-    /// Places in lists_ of the lists of the text that is being read.
+    /// What has happened; much of it is the same in many sessions.
+    std::vector<Passage> passages_;
+    std::unordered_map<std::string, std::size_t> passage_places_;
+    /// Places of what the text that is being read has had so far.
+    /// @{
     std::vector<std::size_t> lists_read_;
+    std::vector<std::size_t> passages_read_;
+    /// @}
 };
 
 /// What a search is of: a file of sessions is of use only where all of this is the same.

@@ -103,6 +103,7 @@ SearchSetup search_setup(const ScenarioText& scenario, bool guard)
         add("video broken", with([&](ScenarioText& text) { text.fail_video(0); }));
     }
     setup.run.page = page_commands(read);
+    setup.run.position_trackers = position_trackers(*read.ad);
     const double longest = std::max({read.world.video.duration, static_cast<double>(read.ad->iCloseBtnCountdown),
                                      static_cast<double>(read.ad->iBufferingSufferTime), Late});
     setup.run.patience = to_microseconds(longest + Patience);

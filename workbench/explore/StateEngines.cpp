@@ -3,7 +3,7 @@
 namespace qoro
 {
 
-void StateReader::engines()
+void StateReader::find_engines()
 {
     for (SimulatedPlayer* each : platform_.players_.players_)
         if (each)
@@ -11,6 +11,11 @@ void StateReader::engines()
     for (SimulatedWebEngine* each : platform_.web_engines_.engines_)
         if (each)
             pages_.push_back(each);
+}
+
+void StateReader::engines()
+{
+    find_engines();
     out_.add("players", players_.size());
     for (const SimulatedPlayer* each : players_)
         player(*each);

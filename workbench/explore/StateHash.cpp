@@ -7,13 +7,28 @@ namespace qoro
 {
 
 StateReader::StateReader(Simulation& simulation, StateWriter& out, StateDetail detail)
-    : simulation_(simulation), platform_(simulation.platform()), out_(out), whole_(detail == StateDetail::Whole),
-      ad_(simulation.living())
+    : simulation_(simulation), platform_(simulation.platform()), out_(out), detail_(detail),
+      whole_(detail == StateDetail::Whole), ad_(simulation.living())
 {
+}
+
+void StateReader::picture()
+{
+    find_engines();
+    for (const SimulatedPlayer* each : players_)
+        out_.add("player.playable", (each->load_state_ & MPMovieLoadStatePlayable) != 0);
+    for (const SimulatedWebEngine* each : pages_)
+        out_.add("page.content", each->has_content_);
+    out_.add("orientation", platform_.device().orientation());
+    windows();
 }
 
 bool StateReader::read()
 {
+    if (detail_ == StateDetail::Picture) {
+        picture();
+        return true;
+    }
     engines();
     windows();
     controller();

@@ -27,6 +27,9 @@ enum class StateDetail {
     Whole,
     /// What does not change by the mere passing of time: without positions, counters, timers and the texts of clocks.
     Shape,
+    /// What the viewer sees: the windows, whether the video and the page have a picture, and how the device is held;
+    /// without the texts of clocks.
+    Picture,
 };
 
 /// The key of a session's state, between two of its events and with nothing due now. Times are relative to now, except

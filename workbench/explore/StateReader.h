@@ -37,6 +37,7 @@ private:
     void time_counts() { out_.add("time", platform_.loop().now_microseconds()); }
 
     // StateEngines.cpp
+    void find_engines();
     void engines();
     void player(const SimulatedPlayer& player);
     void page(const SimulatedWebEngine& page);
@@ -83,6 +84,7 @@ private:
     bool work(const VirtualLoop::Queued& queued);
 
     // StateHash.cpp
+    void picture();
     void observers();
     std::string_view poster(const void* object) const;
     void device();
@@ -90,6 +92,7 @@ private:
     Simulation& simulation_;
     SimulatedPlatform& platform_;
     StateWriter& out_;
+    const StateDetail detail_;
     const bool whole_;
     const std::shared_ptr<QoroVideoWebViewController> ad_;
     bool known_ = true;
