@@ -103,6 +103,20 @@ TEST_F(ExploreScale, TheStateOfAnotherSearchIsRefused)
     }
 }
 
+TEST_F(ExploreScale, TheSessionsOfAnotherBuildAreRefused)
+{
+    run("qoro-ad explore ad.json --depth 1 --budget 20 --state kept\n"
+        "qoro-ad explore ad.json --depth 1 --budget 20 --shard 1/1 >shard\n"
+        "sed -i 's/\"sources\":\"./&0/; s/\"moments\"/\"other\"/' kept shard");
+    for (const char* line : {"explore ad.json --depth 1 --budget 20 --state kept", "merge shard"}) {
+        const ShellResult refused = run(std::string("qoro-ad ") + line);
+        EXPECT_EQ(refused.status, 2) << line;
+        EXPECT_EQ(refused.output, "") << line;
+        EXPECT_EQ(lines_of(refused.errors).size(), 1U) << line << refused.errors;
+        EXPECT_NE(refused.errors.find("another build"), std::string::npos) << refused.errors;
+    }
+}
+
 TEST_F(ExploreScale, TwoShardsTogetherAreTheWholeSearch)
 {
     const ShellResult whole = run("qoro-ad explore ad.json --depth 2 --budget 800 --format json");

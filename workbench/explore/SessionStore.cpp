@@ -3,6 +3,7 @@
 #include "formats/InputError.h"
 #include "formats/JsonText.h"
 #include "workbench/detail/Json.h"
+#include "workbench/explore/Fingerprint.h"
 #include "workbench/explore/StateWriter.h"
 
 #include <algorithm>
@@ -285,15 +286,34 @@ SearchPart part_of(const Json& heading)
     return part;
 }
 
+/// States and signs have other numbers, and rules find something else, in another build.
+/// @throws InputError
+void require_same_build(const Json& heading, const std::string& file)
+{
+    if (heading.value("sources", "") != fingerprint_of_sources())
+        throw InputError(file, "",
+                         "it was written by another build of the program, version " +
+                             heading.at("program").get<std::string>() +
+                             "; expected the build that reads it: make the file again");
+}
+
 } // namespace
 
 void write_part(std::string& out, const SearchPart& part)
 {
     const SearchIdentity& of = part.identity;
-    const Json heading{{"search", Format},    {"program", of.program},  {"ad", of.ad},
-                       {"number", of.number}, {"device", of.device},    {"shard", {part.shard, part.shards}},
-                       {"depth", of.depth},   {"budget", part.budget},  {"policySeconds", of.policy_seconds},
-                       {"guard", of.guard},   {"scenario", of.scenario}};
+    const Json heading{{"search", Format},
+                       {"program", of.program},
+                       {"sources", fingerprint_of_sources()},
+                       {"ad", of.ad},
+                       {"number", of.number},
+                       {"device", of.device},
+                       {"shard", {part.shard, part.shards}},
+                       {"depth", of.depth},
+                       {"budget", part.budget},
+                       {"policySeconds", of.policy_seconds},
+                       {"guard", of.guard},
+                       {"scenario", of.scenario}};
     out += heading.dump(-1, ' ', false, Json::error_handler_t::replace) + "\n";
     part.sessions.write(out);
     out += "{\"sessions\":" + std::to_string(part.sessions.size()) + "}\n";
@@ -324,6 +344,7 @@ std::vector<SearchPart> read_parts(std::string_view text, const std::string& fil
                 if (open)
                     throw refuse("another search begins before the end of the last; the file is not whole");
                 const Json heading = Json::parse(line);
+                require_same_build(heading, file);
                 parts.push_back(part_of(heading));
                 open = true;
             } else if (!open) {

@@ -113,7 +113,7 @@ void write_part(std::string& out, const SearchPart& part);
 bool is_search_part(std::string_view text);
 
 /// @param file name for messages
-/// @throws InputError for anything but whole parts
+/// @throws InputError for anything but whole parts, and for those that another build of this program has written
 std::vector<SearchPart> read_parts(std::string_view text, const std::string& file);
 
 } // namespace qoro
