@@ -179,7 +179,7 @@ private:
         if (moment.closed && !run_.merged)
             look_after_close(moment.faults);
         run_.moments.push_back(std::move(moment));
-        return !run_.merged && !listener_.closed;
+        return !run_.merged && !listener_.closed && run_.moments.size() < MostMoments;
     }
 
     void look_after_close(std::vector<Fault>& faults)

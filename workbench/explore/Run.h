@@ -5,6 +5,7 @@
 #include "workbench/explore/Signs.h"
 #include "workbench/explore/StateHash.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -68,6 +69,9 @@ struct CourseRun {
     /// Since the last moment, unless the run has merged.
     Passage rest = {};
 };
+
+/// Moments of a run, at most: some sessions never come to rest, and no state of theirs comes twice.
+constexpr std::size_t MostMoments = 1000;
 
 /// Simulates a course and then lets time pass.
 /// @param start index of the setup's beginning

@@ -188,6 +188,7 @@ private:
             const CourseGraph::Added added = graph_.add(batch[n], runs[n], options_.recognise);
             graph_.mark(batch[n]);
             ++result_.sessions;
+            restless_ += !runs[n].merged && runs[n].moments.size() == MostMoments ? 1 : 0;
             note_signs(courses[n], added.signs, runs[n].moments.front().closed);
             for (const Moment& moment : std::span(runs[n].moments).first(added.moments))
                 note_faults(courses[n], moment);
@@ -380,6 +381,9 @@ private:
         if (!nothing_more_ && result_.complete_depth == options_.depth)
             result_.not_covered.push_back("courses of more than " + std::to_string(options_.depth) +
                                           (options_.depth == 1 ? " move" : " moves"));
+        if (restless_ > 0)
+            result_.not_covered.push_back("what follows in " + std::to_string(restless_) +
+                                          " sessions that do not come to rest");
         for (const std::string& each : setup_.page.missing)
             result_.not_covered.push_back(each);
         result_.not_covered.emplace_back(
@@ -423,6 +427,8 @@ private:
     /// Whether each state has been examined for a trap; shorter than the list of states.
     std::vector<bool> examined_;
     bool nothing_more_ = false;
+    /// Sessions that have the most moments.
+    std::size_t restless_ = 0;
 };
 
 } // namespace
