@@ -7,7 +7,7 @@
 #include <functional>
 #include <memory>
 #include <type_traits>
-#include <typeindex>
+#include <typeinfo>
 #include <utility>
 #include <vector>
 
@@ -102,7 +102,7 @@ private:
     EventSink* event_sink_ = nullptr;
     std::vector<ViewWatch*> view_watches_;
     /// In order of creation; destroyed in reverse order. A handful of entries, so a linear search is fastest.
-    std::vector<std::pair<std::type_index, std::shared_ptr<void>>> shared_;
+    std::vector<std::pair<const std::type_info*, std::shared_ptr<void>>> shared_;
 };
 
 /// Calls back for every visible change while it exists, synchronously inside the running event. An observer that
@@ -147,16 +147,21 @@ struct PlatformFault {
 template <typename T>
 T& Platform::shared()
 {
-    const std::type_index type(typeid(T));
+    const std::type_info& type = typeid(T);
+    // Almost always the description of a type is one object. A library loaded at run time may have a second one, which
+    // only a comparison of the names shows.
     for (const auto& [of_type, object] : shared_)
-        if (of_type == type)
+        if (of_type == &type)
+            return *static_cast<T*>(object.get());
+    for (const auto& [of_type, object] : shared_)
+        if (*of_type == type)
             return *static_cast<T*>(object.get());
     std::shared_ptr<T> made;
     if constexpr (std::is_constructible_v<T, Platform&>)
         made = std::make_shared<T>(*this);
     else
         made = std::make_shared<T>();
-    shared_.emplace_back(type, made);
+    shared_.emplace_back(&type, made);
     return *made;
 }
 
