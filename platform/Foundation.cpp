@@ -19,10 +19,8 @@ Action::Action(Object* target, std::string_view name, Call call) : identity_(tar
 void Action::operator()(const Cause& cause) const
 {
     // The operation may destroy the owner of this action.
-    const std::shared_ptr<Object> held = target();
-    const Call call = call_;
-    if (held && call)
-        call(*held, cause);
+    if (const std::shared_ptr<Object> held = target())
+        call_with(*held, cause);
 }
 
 // ----------------------------------------------------------------------------------------------------------- NSTimer
@@ -55,7 +53,8 @@ struct NSTimer::Running {
                 state->valid = false;
                 target.reset();
             }
-            action();
+            if (held)
+                action.call_with(*held);
         });
     }
 };

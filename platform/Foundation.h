@@ -61,6 +61,12 @@ public:
     std::string_view name() const { return name_; }
     /// Calls the operation and retains the target until it returns. No effect when the target no longer exists.
     void operator()(const Cause& cause = {}) const;
+    /// Calls the operation with a target that the caller retains until the call returns. No effect for a null action.
+    void call_with(Object& target, const Cause& cause = {}) const
+    {
+        if (call_)
+            call_(target, cause);
+    }
 
     /// Whether target and name are equal.
     friend bool operator==(const Action& a, const Action& b)
