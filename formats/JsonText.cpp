@@ -3,6 +3,8 @@
 #include <array>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <cstring>
 
 namespace qoro
 {
@@ -64,6 +66,36 @@ void append_control(std::string& out, unsigned char control)
     }
 }
 
+/// Whether a byte is written as it is, and is not part of a longer character.
+constexpr bool is_plain(unsigned char byte)
+{
+    return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
+}
+
+/// Whether eight bytes are all plain, tested together: most text is, and comes in runs that are longer. A quote and a
+/// backslash become 0 when their own bits are removed.
+bool are_plain(const char* eight_bytes)
+{
+    constexpr std::uint64_t Each = 0x0101010101010101;
+    constexpr std::uint64_t Highest = 0x80 * Each;
+    std::uint64_t bytes = 0;
+    std::memcpy(&bytes, eight_bytes, sizeof bytes);
+    const auto some_below = [](std::uint64_t of, std::uint64_t bound) { return (of - bound * Each) & ~of & Highest; };
+    return ((bytes & Highest) | some_below(bytes, 0x20) | some_below(bytes ^ ('"' * Each), 1) |
+            some_below(bytes ^ ('\\' * Each), 1)) == 0;
+}
+
+/// Length of the longest beginning of the text whose bytes are all plain.
+std::size_t plain_length(std::string_view text)
+{
+    std::size_t length = 0;
+    while (text.size() - length >= 8 && are_plain(text.data() + length))
+        length += 8;
+    while (length < text.size() && is_plain(static_cast<unsigned char>(text[length])))
+        ++length;
+    return length;
+}
+
 template <typename Number>
 void append_finite(std::string& out, Number number)
 {
@@ -95,12 +127,11 @@ void append_json_text(std::string& out, std::string_view text)
     std::size_t plain = 0; // begin of the run not yet copied
     std::size_t i = 0;
     const auto flush = [&] { out.append(text.substr(plain, i - plain)); };
-    while (i < text.size()) {
+    while (true) {
+        i += plain_length(text.substr(i));
+        if (i == text.size())
+            break;
         const auto byte = static_cast<unsigned char>(text[i]);
-        if (byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\') {
-            ++i;
-            continue;
-        }
         const std::size_t length = byte < 0x80 ? 0 : character_length(text.substr(i));
         if (length > 0) {
             i += length;
@@ -153,7 +184,7 @@ void append_json(std::string& out, const Value& value)
     } else if (value.is_array()) {
         out += '[';
         bool first = true;
-        for (const Value& each : value.array()) {
+        for (const Value& each : value.values()) {
             if (!first)
                 out += ',';
             first = false;
@@ -163,7 +194,7 @@ void append_json(std::string& out, const Value& value)
     } else {
         out += '{';
         bool first = true;
-        for (const NSDictionary::Entry& each : value.dictionary()) {
+        for (const NSDictionary::Entry& each : value.entries()) {
             if (!first)
                 out += ',';
             first = false;
@@ -194,17 +225,19 @@ void append_seconds(std::string& out, std::int64_t microseconds)
 {
     if (microseconds < 0)
         out += '-';
-    const auto whole = static_cast<std::uint64_t>(microseconds < 0 ? -microseconds : microseconds);
-    append_json(out, static_cast<std::int64_t>(whole / 1'000'000));
-    std::uint64_t fraction = whole % 1'000'000;
-    if (fraction == 0)
-        return;
-    std::array<char, 7> digits{'.'};
-    for (std::size_t i = digits.size() - 1; i > 0; --i, fraction /= 10)
-        digits[i] = static_cast<char>('0' + fraction % 10);
-    std::string_view text(digits.data(), digits.size());
-    text = text.substr(0, text.find_last_not_of('0') + 1);
-    out += text;
+    const auto positive = static_cast<std::uint64_t>(microseconds < 0 ? -microseconds : microseconds);
+    std::array<char, 32> text;
+    char* end = std::to_chars(text.begin(), text.end(), positive / 1'000'000).ptr;
+    if (auto fraction = static_cast<std::uint32_t>(positive % 1'000'000); fraction != 0) {
+        std::ptrdiff_t digits = 6;
+        for (; fraction % 10 == 0; fraction /= 10)
+            --digits;
+        *end++ = '.';
+        for (char* digit = end + digits; digit != end; fraction /= 10)
+            *--digit = static_cast<char>('0' + fraction % 10);
+        end += digits;
+    }
+    out.append(text.data(), end);
 }
 
 } // namespace qoro

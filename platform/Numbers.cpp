@@ -74,12 +74,15 @@ std::string fixed_text(double number, int decimals)
 {
     if (std::isnan(number))
         return "nan";
+    const auto write = [&](char* begin, std::size_t size) {
+        return std::string(begin, std::to_chars(begin, begin + size, number, std::chars_format::fixed, decimals).ptr);
+    };
+    std::array<char, 64> short_text;
+    if (std::fabs(number) < FirstWithExponent && decimals <= 40)
+        return write(short_text.data(), short_text.size());
     // The greatest double has 309 digits before the point.
     std::string text(static_cast<std::size_t>(decimals) + 312, '\0');
-    const auto end =
-        std::to_chars(text.data(), text.data() + text.size(), number, std::chars_format::fixed, decimals).ptr;
-    text.resize(static_cast<std::size_t>(end - text.data()));
-    return text;
+    return write(text.data(), text.size());
 }
 
 std::string shortest_text(double number)

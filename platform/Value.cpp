@@ -326,6 +326,18 @@ NSDictionary Value::dictionary() const
     return mapping ? *mapping : NSDictionary();
 }
 
+std::span<const Value> Value::values() const
+{
+    const auto* list = std::get_if<NSArray>(&content_);
+    return list ? std::span(list->begin(), list->end()) : std::span<const Value>();
+}
+
+std::span<const NSDictionary::Entry> Value::entries() const
+{
+    const auto* mapping = std::get_if<NSDictionary>(&content_);
+    return mapping ? std::span(mapping->begin(), mapping->end()) : std::span<const NSDictionary::Entry>();
+}
+
 std::int32_t Value::intValue() const
 {
     return truncated(doubleValue());

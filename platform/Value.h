@@ -8,6 +8,7 @@
 #include <initializer_list>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -131,6 +132,8 @@ public:
     std::vector<std::string> allKeys() const;
     /// A shallow copy; null for null.
     NSDictionary copy() const;
+    /// Whether another handle refers to the same mapping; false for null.
+    bool is_shared() const { return entries_.use_count() > 1; }
     /// The entries in order, for range-based loops; an empty range for null. Invalidated by a change of the mapping.
     /// @{
     const Entry* begin() const;
@@ -199,6 +202,12 @@ public:
     NSArray array() const;
     /// The mapping; null for any other type.
     NSDictionary dictionary() const;
+    /// The values of a list, or the entries of a mapping, without a handle to it: valid as long as the list, and until
+    /// the mapping changes. Empty for any other type.
+    /// @{
+    std::span<const Value> values() const;
+    std::span<const NSDictionary::Entry> entries() const;
+    /// @}
     /// A number, or a text's leading number, truncated toward zero and clamped to 32 bits; 0 for any other type.
     std::int32_t intValue() const;
     /// As doubleValue, in single precision; values out of range become infinite.
