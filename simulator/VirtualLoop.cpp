@@ -82,16 +82,30 @@ TimerId VirtualLoop::after(std::int64_t microseconds, std::function<void()> work
 
 void VirtualLoop::run_until(std::int64_t microseconds)
 {
-    while (!heap_.empty() && heap_.front().time <= microseconds) {
-        const Due next = heap_.front();
-        std::ranges::pop_heap(heap_, Later{});
-        heap_.pop_back();
-        if (!find(next.id))
+    while (const std::optional<Due> next = take_next(microseconds)) {
+        if (!find(next->id))
             continue;
-        now_ = next.time;
-        run(next.id);
+        now_ = next->time;
+        run(next->id);
     }
     now_ = std::max(now_, microseconds);
+}
+
+std::optional<VirtualLoop::Due> VirtualLoop::take_next(std::int64_t microseconds)
+{
+    const bool from_heap = !heap_.empty() && (at_once_.empty() || Later{}(at_once_.front(), heap_.front()));
+    if (!from_heap && at_once_.empty())
+        return {};
+    const Due next = from_heap ? heap_.front() : at_once_.front();
+    if (next.time > microseconds)
+        return {};
+    if (from_heap) {
+        std::ranges::pop_heap(heap_, Later{});
+        heap_.pop_back();
+    } else {
+        at_once_.pop_front();
+    }
+    return next;
 }
 
 std::vector<VirtualLoop::Queued> VirtualLoop::queue() const
@@ -122,6 +136,7 @@ void VirtualLoop::clear()
     // Destroying the functions may start new timers.
     while (pending() > 0) {
         heap_.clear();
+        at_once_.clear();
         free_.clear();
         const std::vector<Slot> gone = std::exchange(slots_, {});
     }
@@ -171,6 +186,10 @@ void VirtualLoop::run(TimerId timer)
 
 void VirtualLoop::push(std::int64_t time, TimerId timer)
 {
+    if (time == now_) {
+        at_once_.push_back({time, timer});
+        return;
+    }
     heap_.push_back({time, timer});
     std::ranges::push_heap(heap_, Later{});
 }

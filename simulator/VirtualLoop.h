@@ -3,6 +3,7 @@
 #include "platform/Ports.h"
 
 #include <cstdint>
+#include <deque>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -73,6 +74,8 @@ private:
     const Slot* find(TimerId timer) const;
     void run(TimerId timer);
     void push(std::int64_t time, TimerId timer);
+    /// Removes the entry that runs next from the queue; absent when nothing is due at or before a time.
+    std::optional<Due> take_next(std::int64_t microseconds);
     void release(std::size_t slot);
 
     Platform& owner_;
@@ -80,7 +83,10 @@ private:
     std::uint64_t next_serial_ = 1;
     std::vector<Slot> slots_;
     std::vector<std::size_t> free_;
-    std::vector<Due> heap_; // entries of stopped timers remain until due
+    // Entries of stopped timers remain in both until due.
+    std::vector<Due> heap_;
+    /// What is due at the time at which it was queued, such as posted work: in the order in which it runs.
+    std::deque<Due> at_once_;
 };
 
 } // namespace qoro
