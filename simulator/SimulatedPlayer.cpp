@@ -84,7 +84,7 @@ void SimulatedPlayer::seek(double time)
     } else if (!stalled_) {
         ended_ = false;
         // A step's news may have set a negative duration.
-        const MediaTime end = std::max(MediaTime(duration_), MediaTime());
+        const MediaTime end = std::max(end_, MediaTime());
         put(std::clamp(MediaTime(time), MediaTime(), end));
     }
 }
@@ -95,7 +95,7 @@ double SimulatedPlayer::current_time() const
         return manual_time_;
     const MediaTime now = position();
     // A duration may be longer than a position can be.
-    return now == MediaTime(duration_) ? duration_ : now.seconds();
+    return now == end_ ? duration_ : now.seconds();
 }
 
 void SimulatedPlayer::take(const PlayerNews& news)
@@ -104,7 +104,7 @@ void SimulatedPlayer::take(const PlayerNews& news)
     const std::uint32_t serial = serial_;
     const MediaTime now = position();
     if (news.duration)
-        duration_ = *news.duration;
+        set_duration(*news.duration);
     if (news.time) {
         manual_time_ = *news.time;
         ended_ = false;
@@ -184,6 +184,12 @@ MediaTime SimulatedPlayer::position() const
     return ahead_timer_ != 0 && position_ <= ahead_at_ ? std::min(now, ahead_at_) : now;
 }
 
+void SimulatedPlayer::set_duration(double seconds)
+{
+    duration_ = seconds;
+    end_ = MediaTime(seconds);
+}
+
 void SimulatedPlayer::put(const MediaTime& position)
 {
     position_ = position;
@@ -217,10 +223,9 @@ void SimulatedPlayer::fail()
 void SimulatedPlayer::look_ahead()
 {
     players_.loop_.stop_timer(std::exchange(ahead_timer_, 0));
-    const MediaTime end(duration_);
-    if (manual() || !playing() || end <= MediaTime())
+    if (manual() || !playing() || end_ <= MediaTime())
         return;
-    ahead_at_ = end;
+    ahead_at_ = end_;
     ahead_ = Ahead::End;
     if (video_.error && !failed_) {
         const MediaTime at(*video_.error);
@@ -238,7 +243,7 @@ void SimulatedPlayer::look_ahead()
     }
     for (std::size_t i = 0; i < video_.stalls.size(); ++i) {
         const MediaTime at(video_.stalls[i].at);
-        if (!stalls_done_[i] && at >= position_ && at < end &&
+        if (!stalls_done_[i] && at >= position_ && at < end_ &&
             (at < ahead_at_ || (at == ahead_at_ && ahead_ != Ahead::Stall))) {
             ahead_at_ = at;
             ahead_ = Ahead::Stall;
@@ -264,7 +269,7 @@ void SimulatedPlayer::loaded()
         post(Event::ReportFailure);
         return;
     }
-    duration_ = video_.duration;
+    set_duration(video_.duration);
     // A step's news may have started playback already; its end is known only now.
     put(position());
     load_state_ = MPMovieLoadStatePlayable;

@@ -90,6 +90,7 @@ private:
     bool manual() const { return video_.manual; }
     bool playing() const { return playback_state_ == MPMoviePlaybackStatePlaying; }
     MediaTime position() const;
+    void set_duration(double seconds);
     /// Sets the position, and counts from there while playing.
     void put(const MediaTime& position);
     void set_playback_state(MPMoviePlaybackState state);
@@ -114,6 +115,7 @@ private:
     const bool has_source_;
     PlayerSettings settings_;
     double duration_ = 0;
+    MediaTime end_; // the duration as a position
     MPMovieLoadState load_state_ = MPMovieLoadStateUnknown;
     MPMoviePlaybackState playback_state_ = MPMoviePlaybackStateStopped;
 
