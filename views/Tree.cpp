@@ -36,7 +36,11 @@ void detach(ViewNode& view)
     ViewNode* parent = std::exchange(view.parent, nullptr);
     if (!parent)
         return;
-    std::erase_if(parent->subviews, [&](const auto& each) { return each.get() == &view; });
+    // From the end: a view that moves to the front is often there already.
+    const auto place = std::find_if(parent->subviews.rbegin(), parent->subviews.rend(),
+                                    [&](const auto& each) { return each.get() == &view; });
+    if (place != parent->subviews.rend())
+        parent->subviews.erase(std::prev(place.base()));
     parent->changed();
 }
 
