@@ -42,15 +42,11 @@ constexpr Macro macros[] = {
     {"{Zulix-uuid-md5}", [](const Ad&) { return objectText(Ad::md5(QoroAdManager::sharedInstance().imei())); }},
 };
 
-std::string replacedAll(std::string_view text, std::string_view part, const std::string& value)
+/// Replaces every occurrence of a part, the first of which is at a known place.
+void replaceAll(std::string& text, std::string_view part, std::size_t first, const std::string& value)
 {
-    std::string result;
-    std::size_t rest = 0;
-    for (std::size_t at = text.find(part); at != std::string_view::npos; at = text.find(part, rest)) {
-        result.append(text, rest, at - rest).append(value);
-        rest = at + part.size();
-    }
-    return result.append(text, rest);
+    for (std::size_t at = first; at != std::string::npos; at = text.find(part, at + value.size()))
+        text.replace(at, part.size(), value);
 }
 
 } // namespace
@@ -60,9 +56,16 @@ NSString QoroVideoWebViewController::getTrackingUniqueInfo(const NSString& url) 
     if (!url)
         return nullptr;
     std::string text = url.text();
+    // Most addresses have a macro or two, so the search ends when no brace is left.
+    std::size_t brace = text.find('{');
     for (const Macro& macro : macros) {
-        if (text.find(macro.name) != std::string::npos)
-            text = replacedAll(text, macro.name, macro.value(*this));
+        if (brace == std::string::npos)
+            break;
+        const std::size_t at = text.find(macro.name, brace);
+        if (at == std::string::npos)
+            continue;
+        replaceAll(text, macro.name, at, macro.value(*this));
+        brace = text.find('{', brace);
     }
     return text;
 }
