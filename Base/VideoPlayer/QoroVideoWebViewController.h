@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Base/VideoPlayer/QoroVideoAd.h"
+#include "Base/VideoPlayer/webbridge/EventData.h"
 #include "platform/MediaPlayer.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/QoroInAppWebViewController.h"
@@ -618,6 +619,11 @@ private:
     void requestTracker(const NSString& url, RequestPurpose purpose);
 
     mutable std::unique_ptr<QoroVideoAd> absentAd_;
+    /// Data of script events, and its wrapping for the page.
+    /// @{
+    EventData eventResult_;
+    EventData eventData_;
+    /// @}
 };
 
 } // namespace qoro

@@ -2,6 +2,7 @@
 #include "Base/VideoPlayer/VideoImage/EmbeddedImage.h"
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "Base/VideoPlayer/layout/Frames.h"
+#include "Base/VideoPlayer/webbridge/EventNames.h"
 
 namespace qoro
 {
@@ -29,7 +30,7 @@ void QoroVideoWebViewController::setLandscapeFullScreenVideo()
 {
     bIsPortraitNow = false;
     currentOrientation = getDeviceOriengation();
-    listenerCallbackToJS("video_orientation", NSDictionary{{"orientation", "landscape"}});
+    listenerCallbackToJS(event_names::VideoOrientation, eventResult_.with("orientation", "landscape"));
     bIsVideoOrientationLandscape = true;
     btnBrandIcon.setFrame(brandIconFrame(fScreenWidth, fScreenHeight, BrandIconDivisor));
     labelBrandText.setHidden(false);

@@ -2,6 +2,7 @@
 #include "Base/VideoPlayer/VideoImage/EmbeddedImage.h"
 #include "Base/VideoPlayer/VideoImage/VideoImage.h"
 #include "Base/VideoPlayer/layout/Frames.h"
+#include "Base/VideoPlayer/webbridge/EventNames.h"
 #include "platform/QoroAdManager.h"
 
 namespace qoro
@@ -16,7 +17,7 @@ void QoroVideoWebViewController::setPortraitModeScreen()
 {
     bIsPortraitNow = true;
     currentOrientation = getDeviceOriengation();
-    listenerCallbackToJS("video_orientation", NSDictionary{{"orientation", "portrait"}});
+    listenerCallbackToJS(event_names::VideoOrientation, eventResult_.with("orientation", "portrait"));
     bIsVideoOrientationLandscape = false;
     btnBrandIcon.setFrame(brandIconFrame(fScreenWidth, fScreenHeight, BrandIconDivisor));
     labelBrandText.setHidden(true);

@@ -1,6 +1,7 @@
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
 #include "Base/VideoPlayer/layout/Frames.h"
 #include "Base/VideoPlayer/overlay/Texts.h"
+#include "Base/VideoPlayer/webbridge/EventNames.h"
 #include "platform/Numbers.h"
 
 #include <array>
@@ -47,7 +48,7 @@ void QoroVideoWebViewController::updateRemainderTime()
     const std::int32_t played = truncated(time);
 
     if (bIsPlay) {
-        sendEventToJS("video_timeupdate", NSDictionary{{"current_time", std::to_string(played)}});
+        sendEventToJS(event_names::VideoTimeUpdate, eventResult_.with("current_time", std::to_string(played)));
         // Back from another application: continue at the last pause.
         if (qoroMoviePlayerStatus == QoroMoviePlayerStatusResuming)
             setVideoSeekToTime(fVideoStopTime);

@@ -3,6 +3,8 @@
 #include "platform/Numbers.h"
 
 #include <algorithm>
+#include <array>
+#include <charconv>
 #include <string>
 
 namespace qoro
@@ -11,11 +13,14 @@ namespace qoro
 namespace
 {
 
-/// A number as "%02d" formats it: the sign counts towards the width.
-std::string twoPlaces(std::int32_t number)
+/// Appends a number as "%02d" formats it: the sign counts towards the width.
+void appendTwoPlaces(std::string& text, std::int32_t number)
 {
-    const std::string digits = std::to_string(number);
-    return digits.size() < 2 ? "0" + digits : digits;
+    std::array<char, 12> digits;
+    const auto end = std::to_chars(digits.begin(), digits.end(), number).ptr;
+    if (end - digits.begin() < 2)
+        text += '0';
+    text.append(digits.begin(), end);
 }
 
 } // namespace
@@ -26,7 +31,11 @@ NSString remainingTimeText(float total, std::int32_t played, bool finished)
         return "";
     const std::int32_t left = finished ? 0 : truncated(total - static_cast<float>(played));
     const std::int32_t minutes = left / 60;
-    return twoPlaces(minutes) + ":" + twoPlaces(left - 60 * minutes);
+    std::string text;
+    appendTwoPlaces(text, minutes);
+    text += ':';
+    appendTwoPlaces(text, left - 60 * minutes);
+    return text;
 }
 
 NSString decodedTitle(const NSString& encoded)

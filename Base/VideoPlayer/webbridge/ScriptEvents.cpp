@@ -1,4 +1,5 @@
 #include "Base/VideoPlayer/QoroVideoWebViewController.h"
+#include "Base/VideoPlayer/webbridge/EventNames.h"
 
 namespace qoro
 {
@@ -41,7 +42,7 @@ std::int32_t QoroVideoWebViewController::removeEventListener(const NSString& nam
 void QoroVideoWebViewController::sendEventToJS(const NSString& event, const NSDictionary& withResult)
 {
     if (withResult) {
-        NSMutableDictionary data{{"e", withResult}};
+        NSMutableDictionary data = eventData_.with("e", withResult);
         listenerCallbackToJS(event, data);
         data.removeAllObjects();
     } else {
@@ -51,13 +52,14 @@ void QoroVideoWebViewController::sendEventToJS(const NSString& event, const NSDi
 
 void QoroVideoWebViewController::sendOrientationEvent()
 {
-    sendEventToJS("video_orientation", {{"orientation", bIsVideoOrientationLandscape ? "landscape" : "portrait"}});
+    sendEventToJS(event_names::VideoOrientation,
+                  eventResult_.with("orientation", bIsVideoOrientationLandscape ? "landscape" : "portrait"));
 }
 
 void QoroVideoWebViewController::sendVideoVisibilityEvent()
 {
     const bool hidden = bHideVideoToShowWebViewInLandscapeMode || bHideVideoToShowWebViewInPortraitMode;
-    sendEventToJS("video_visibilitychange", {{"visibility", hidden ? 0 : 1}});
+    sendEventToJS(event_names::VideoVisibilityChange, eventResult_.with("visibility", hidden ? 0 : 1));
 }
 
 } // namespace qoro
