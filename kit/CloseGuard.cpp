@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -41,6 +42,28 @@ bool lasts(const std::optional<double>& since, double now, double seconds)
 
 } // namespace
 
+/// The guards of a platform by their serial numbers; null once destroyed.
+struct CloseGuard::Living {
+    std::vector<CloseGuard*> guards;
+};
+
+/// The work of the main loop. It names a guard that may be gone by its number, since two words are stored without an
+/// allocation, which a weak pointer is not. Each change of the ad's views posts one.
+struct CloseGuard::PostedLook {
+    const Living* living;
+    std::size_t serial;
+
+    void operator()() const
+    {
+        CloseGuard* const guard = living->guards[serial];
+        if (!guard)
+            return;
+        const auto held = guard->shared_from_this();
+        guard->looks_ = false;
+        guard->look();
+    }
+};
+
 std::shared_ptr<CloseGuard> CloseGuard::create(const std::shared_ptr<QoroPhoneGapViewController>& ad,
                                                const CloseGuardTimes& times)
 {
@@ -50,21 +73,24 @@ std::shared_ptr<CloseGuard> CloseGuard::create(const std::shared_ptr<QoroPhoneGa
 }
 
 CloseGuard::CloseGuard(const std::shared_ptr<QoroPhoneGapViewController>& ad, const CloseGuardTimes& times)
-    : platform_(Platform::current()), ad_(ad), times_(times)
+    : platform_(Platform::current()), held_ad_(ad), ad_(ad.get()), serial_(platform_.shared<Living>().guards.size()),
+      times_(times)
 {
+    platform_.shared<Living>().guards.push_back(this);
 }
 
 CloseGuard::~CloseGuard()
 {
     platform_.shared<NSNotificationCenter>().removeObserver(this);
     platform_.loop().stop_timer(timer_);
-    if (const auto ad = ad_.lock())
+    platform_.shared<Living>().guards[serial_] = nullptr;
+    if (const auto ad = held_ad_.lock())
         ad->set_close_guard(nullptr);
 }
 
 void CloseGuard::start()
 {
-    ad_.lock()->set_close_guard(this);
+    ad()->set_close_guard(this);
     auto& news = platform_.shared<NSNotificationCenter>();
     news.addObserver(action<&CloseGuard::went_to_background>(this, "went_to_background"),
                      UIApplicationDidEnterBackgroundNotification);
@@ -86,12 +112,7 @@ void CloseGuard::look_later()
 {
     if (std::exchange(looks_, true))
         return;
-    platform_.loop().post([weak = weak_from_this()] {
-        if (const auto self = std::static_pointer_cast<CloseGuard>(weak.lock())) {
-            self->looks_ = false;
-            self->look();
-        }
-    });
+    platform_.loop().post(PostedLook{&platform_.shared<Living>(), serial_});
 }
 
 // ------------------------------------------------------------------------------------------------------- Conditions
@@ -99,7 +120,7 @@ void CloseGuard::look_later()
 void CloseGuard::look()
 {
     platform_.loop().stop_timer(std::exchange(timer_, 0));
-    const auto ad = ad_.lock();
+    const auto ad = held_ad_.lock();
     if (is_over()) {
         hide();
         if (ad)
@@ -124,12 +145,15 @@ double CloseGuard::until_next_look() const
 {
     const double now = platform_.loop().now();
     double wait = LookInterval;
-    for (const auto& [since, seconds] :
-         {std::pair(page_silent_, times_.page_silent), std::pair(tapped_, times_.tap_unanswered),
-          std::pair(control_owed_, times_.custom_close), std::pair(end_owed_, times_.custom_close),
-          std::pair(std::optional(motion_.still_since()), times_.nothing_moves)})
+    const auto not_after = [&](const std::optional<double>& since, double seconds) {
         if (since && *since + seconds > now)
             wait = std::min(wait, *since + seconds - now);
+    };
+    not_after(page_silent_, times_.page_silent);
+    not_after(tapped_, times_.tap_unanswered);
+    not_after(control_owed_, times_.custom_close);
+    not_after(end_owed_, times_.custom_close);
+    not_after(motion_.still_since(), times_.nothing_moves);
     return wait;
 }
 
@@ -178,14 +202,13 @@ void CloseGuard::watch_page(QoroPhoneGapViewController& ad, bool watch)
 
 bool CloseGuard::is_over() const
 {
-    const auto ad = ad_.lock();
-    return !ad || !ad->dicEventListener;
+    const QoroPhoneGapViewController* const shown = ad();
+    return !shown || !shown->dicEventListener;
 }
 
 bool CloseGuard::is_on_screen() const
 {
-    const UIView view = ad_.lock()->view();
-    const ViewNode* top = view.node().get();
+    const ViewNode* top = ad()->view().node().get();
     while (top && top->parent)
         top = top->parent;
     return top && top->kind == ViewNode::Kind::Window && !top->hidden;
@@ -194,13 +217,13 @@ bool CloseGuard::is_on_screen() const
 /// Whether the ad's close button can be tapped. Controls drawn by the page cannot be detected.
 bool CloseGuard::can_be_left() const
 {
-    const UIButton button = ad_.lock()->close_button();
+    const UIButton button = ad()->close_button();
     return button && touchable_point(*button.node());
 }
 
 bool CloseGuard::video_is_hidden() const
 {
-    return ad_.lock()->qoroMoviePlayer.view().isHidden();
+    return ad()->qoroMoviePlayer.view().isHidden();
 }
 
 void CloseGuard::page_took_close_tap()
@@ -281,7 +304,7 @@ void CloseGuard::device_turned(const NSNotification&)
 void CloseGuard::tapped()
 {
     const auto self = shared_from_this();
-    const auto ad = ad_.lock();
+    const auto ad = held_ad_.lock();
     platform_.emit(event::GuardUsed{});
     hide();
     // The first close may only hide a video that covers the page.

@@ -45,6 +45,9 @@ private:
     friend class StateReader; // workbench/explore/StateHash.cpp
     CloseGuard(const std::shared_ptr<QoroPhoneGapViewController>& ad, const CloseGuardTimes& times);
 
+    struct Living;
+    struct PostedLook;
+
     void start();
     void look();
     void look_later();
@@ -63,8 +66,14 @@ private:
     void went_to_background();
     void came_back();
 
+    /// The ad; null once it is being destroyed. For calls that cannot destroy it.
+    QoroPhoneGapViewController* ad() const { return held_ad_.expired() ? nullptr : ad_; }
+
     Platform& platform_;
-    const std::weak_ptr<QoroPhoneGapViewController> ad_;
+    const std::weak_ptr<QoroPhoneGapViewController> held_ad_;
+    QoroPhoneGapViewController* const ad_;
+    /// Of the guard among those of the platform.
+    const std::size_t serial_;
     const CloseGuardTimes times_;
     std::unique_ptr<ViewWatch> watch_;
     TimerId timer_ = 0;
