@@ -73,17 +73,17 @@ std::shared_ptr<CloseGuard> CloseGuard::create(const std::shared_ptr<QoroPhoneGa
 }
 
 CloseGuard::CloseGuard(const std::shared_ptr<QoroPhoneGapViewController>& ad, const CloseGuardTimes& times)
-    : platform_(Platform::current()), held_ad_(ad), ad_(ad.get()), serial_(platform_.shared<Living>().guards.size()),
-      times_(times)
+    : platform_(Platform::current()), held_ad_(ad), ad_(ad.get()), living_(platform_.shared<Living>()),
+      serial_(living_.guards.size()), times_(times)
 {
-    platform_.shared<Living>().guards.push_back(this);
+    living_.guards.push_back(this);
 }
 
 CloseGuard::~CloseGuard()
 {
     platform_.shared<NSNotificationCenter>().removeObserver(this);
     platform_.loop().stop_timer(timer_);
-    platform_.shared<Living>().guards[serial_] = nullptr;
+    living_.guards[serial_] = nullptr;
     if (const auto ad = held_ad_.lock())
         ad->set_close_guard(nullptr);
 }
@@ -112,7 +112,7 @@ void CloseGuard::look_later()
 {
     if (std::exchange(looks_, true))
         return;
-    platform_.loop().post(PostedLook{&platform_.shared<Living>(), serial_});
+    platform_.loop().post(PostedLook{&living_, serial_});
 }
 
 // ------------------------------------------------------------------------------------------------------- Conditions

@@ -72,8 +72,8 @@ private:
     Platform& platform_;
     const std::weak_ptr<QoroPhoneGapViewController> held_ad_;
     QoroPhoneGapViewController* const ad_;
-    /// Of the guard among those of the platform.
-    const std::size_t serial_;
+    Living& living_;
+    const std::size_t serial_; // among those of the platform
     const CloseGuardTimes times_;
     std::unique_ptr<ViewWatch> watch_;
     TimerId timer_ = 0;

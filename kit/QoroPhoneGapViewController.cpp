@@ -119,8 +119,10 @@ std::int32_t QoroPhoneGapViewController::removeEventListener(const NSString& nam
 void QoroPhoneGapViewController::listenerCallbackToJS(const NSString& event, const NSDictionary& withData)
 {
     const NSArray listeners = dicEventListener[event.text()].array();
-    const Value data(withData);
-    platform_.emit(event::ScriptEvent{event, &data, static_cast<std::int64_t>(listeners.count())});
+    if (platform_.event_sink()) {
+        const Value data(withData);
+        platform_.emit(event::ScriptEvent{event, &data, static_cast<std::int64_t>(listeners.count())});
+    }
     if (listeners.count() == 0)
         return;
     std::vector<Value> callbacks;

@@ -203,10 +203,11 @@ public:
     void setBackgroundImage(const UIImage& image) const;
     UIImage backgroundImage() const;
     /// @}
-    /// Title, drawn centred in the title label's font and colour; null for none.
+    /// Title, drawn centred in the title label's font and colour; null for none. The reference is valid until the title
+    /// changes.
     /// @{
     void setTitle(const NSString& title) const;
-    NSString title() const;
+    const NSString& title() const;
     /// @}
     /// Shadow of the title, at the title label's shadow offset; null for no shadow.
     void setTitleShadowColor(const UIColor& color) const;
@@ -233,14 +234,14 @@ public:
     /// Creates a label with a zero frame and without a text.
     static UILabel create();
 
-    /// The text; null when not set.
+    /// The text; null when not set. The reference is valid until the text changes.
     /// @{
-    NSString text() const;
+    const NSString& text() const;
     void setText(const NSString& text) const;
     /// @}
-    /// The font; of no family and size 0 for a null label.
+    /// The font; of no family and size 0 for a null label. The reference is valid until the font changes.
     /// @{
-    UIFont font() const;
+    const UIFont& font() const;
     void setFont(const UIFont& font) const;
     /// @}
     /// The text's colour. Null is black, or white in a button's title label.

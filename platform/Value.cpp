@@ -143,10 +143,10 @@ NSString NSString::with_utf8(std::string_view bytes)
     return is_utf8(bytes) ? NSString(bytes) : NSString();
 }
 
-const std::string& NSString::text() const
+const std::string& NSString::empty_text()
 {
     static const std::string empty;
-    return text_ ? *text_ : empty;
+    return empty;
 }
 
 bool NSString::isEqualToString(const NSString& other) const

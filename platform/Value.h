@@ -45,7 +45,7 @@ public:
     /// Length in bytes; 0 for null.
     std::size_t length() const { return text_ ? text_->size() : 0; }
     /// The text; empty for null.
-    const std::string& text() const;
+    const std::string& text() const { return text_ ? *text_ : empty_text(); }
     /// Whether both texts are equal; false when either is null.
     bool isEqualToString(const NSString& other) const;
     /// The leading decimal integer, after optional blanks and a sign, clamped to 32 bits; 0 without one.
@@ -57,6 +57,8 @@ public:
     friend bool operator==(const NSString&, const NSString&) = default;
 
 private:
+    static const std::string& empty_text();
+
     std::optional<std::string> text_;
 };
 
@@ -132,8 +134,8 @@ public:
     std::vector<std::string> allKeys() const;
     /// A shallow copy; null for null.
     NSDictionary copy() const;
-    /// Whether another handle refers to the same mapping; false for null.
-    bool is_shared() const { return entries_.use_count() > 1; }
+    /// Number of handles that refer to the mapping, this one included; 0 for null.
+    std::size_t count_of_handles() const { return static_cast<std::size_t>(entries_.use_count()); }
     /// The entries in order, for range-based loops; an empty range for null. Invalidated by a change of the mapping.
     /// @{
     const Entry* begin() const;

@@ -17,6 +17,12 @@ bool same_picture(const UIImage& a, const UIImage& b)
     return a.data().bytes() == b.data().bytes() && a.data().length() == b.data().length();
 }
 
+const NSString& text_of(const std::shared_ptr<ViewNode>& node)
+{
+    static const NSString null;
+    return node ? node->text : null;
+}
+
 void assign_image(const std::shared_ptr<ViewNode>& node, const UIImage& image)
 {
     if (!node || same_picture(node->image, image))
@@ -52,9 +58,9 @@ void UIButton::setTitle(const NSString& title) const
     titleLabel().setText(title);
 }
 
-NSString UIButton::title() const
+const NSString& UIButton::title() const
 {
-    return read(node_, &ViewNode::text);
+    return text_of(node_);
 }
 
 void UIButton::setTitleShadowColor(const UIColor& color) const
@@ -109,9 +115,9 @@ UILabel UILabel::create()
     return UILabel(std::make_shared<ViewNode>(ViewNode::Kind::Label));
 }
 
-NSString UILabel::text() const
+const NSString& UILabel::text() const
 {
-    return read(node_, &ViewNode::text);
+    return text_of(node_);
 }
 
 void UILabel::setText(const NSString& text) const
@@ -119,9 +125,10 @@ void UILabel::setText(const NSString& text) const
     assign(node_, &ViewNode::text, text);
 }
 
-UIFont UILabel::font() const
+const UIFont& UILabel::font() const
 {
-    return node_ ? node_->font : UIFont{"", 0};
+    static const UIFont none{"", 0};
+    return node_ ? node_->font : none;
 }
 
 void UILabel::setFont(const UIFont& font) const

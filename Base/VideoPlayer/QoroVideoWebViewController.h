@@ -615,15 +615,13 @@ private:
     void moviePlays();
     void moviePauses();
     void movieEnds();
+    // webbridge/ScriptEvents.cpp: sendEventToJS with one entry.
+    void sendEventToJS(const NSString& event, std::string_view key, Value value);
     // tracking/Delivery.cpp: sendTrackingToServer, with the purpose of the request.
     void requestTracker(const NSString& url, RequestPurpose purpose);
 
     mutable std::unique_ptr<QoroVideoAd> absentAd_;
-    /// Data of script events, and its wrapping for the page.
-    /// @{
-    EventData eventResult_;
     EventData eventData_;
-    /// @}
 };
 
 } // namespace qoro

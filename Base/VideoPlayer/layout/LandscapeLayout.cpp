@@ -30,7 +30,7 @@ void QoroVideoWebViewController::setLandscapeFullScreenVideo()
 {
     bIsPortraitNow = false;
     currentOrientation = getDeviceOriengation();
-    listenerCallbackToJS(event_names::VideoOrientation, eventResult_.with("orientation", "landscape"));
+    listenerCallbackToJS(event_names::VideoOrientation, eventData_.with("orientation", "landscape"));
     bIsVideoOrientationLandscape = true;
     btnBrandIcon.setFrame(brandIconFrame(fScreenWidth, fScreenHeight, BrandIconDivisor));
     labelBrandText.setHidden(false);

@@ -17,7 +17,7 @@ void QoroVideoWebViewController::setPortraitModeScreen()
 {
     bIsPortraitNow = true;
     currentOrientation = getDeviceOriengation();
-    listenerCallbackToJS(event_names::VideoOrientation, eventResult_.with("orientation", "portrait"));
+    listenerCallbackToJS(event_names::VideoOrientation, eventData_.with("orientation", "portrait"));
     bIsVideoOrientationLandscape = false;
     btnBrandIcon.setFrame(brandIconFrame(fScreenWidth, fScreenHeight, BrandIconDivisor));
     labelBrandText.setHidden(true);

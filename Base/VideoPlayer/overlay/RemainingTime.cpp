@@ -48,7 +48,7 @@ void QoroVideoWebViewController::updateRemainderTime()
     const std::int32_t played = truncated(time);
 
     if (bIsPlay) {
-        sendEventToJS(event_names::VideoTimeUpdate, eventResult_.with("current_time", std::to_string(played)));
+        sendEventToJS(event_names::VideoTimeUpdate, "current_time", std::to_string(played));
         // Back from another application: continue at the last pause.
         if (qoroMoviePlayerStatus == QoroMoviePlayerStatusResuming)
             setVideoSeekToTime(fVideoStopTime);
@@ -62,7 +62,8 @@ void QoroVideoWebViewController::updateRemainderTime()
     }
 
     // Bottom edge of the video, which the label is placed above.
-    const CGRect player = qoroMoviePlayer.view().frame();
+    const UIView video = qoroMoviePlayer.view();
+    const CGRect player = video.frame();
     const CGSize screen = getCurrnetScreenSize();
     const std::int64_t orientation = getDeviceOriengation();
     double bottom = bIsFullScreen ? screen.height : player.height;
@@ -85,7 +86,7 @@ void QoroVideoWebViewController::updateRemainderTime()
     labelRemainderTime.setFrame({LabelLeft, edge - text.height - LabelAboveBottom, text.width, text.height});
     // Adding it again moves it in front of everything else on the video.
     labelRemainderTime.removeFromSuperview();
-    qoroMoviePlayer.view().addSubview(labelRemainderTime);
+    video.addSubview(labelRemainderTime);
 }
 
 void QoroVideoWebViewController::stopUpdateTimer()

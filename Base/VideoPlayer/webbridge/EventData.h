@@ -8,22 +8,38 @@
 namespace qoro
 {
 
-/// Makes the data of script events, a mapping with one entry each. Several events a second carry data, so a mapping is
-/// used again as soon as no one retains it.
+/// Makes the data of script events with one entry. Several such events a second are sent, so the mappings are used
+/// again as long as no listener retains them.
 class EventData
 {
 public:
-    /// A mapping with this entry only. It stays as it is while the caller retains it.
+    /// {key: value}
     NSDictionary with(std::string_view key, Value value)
     {
-        if (!data_ || data_.is_shared())
-            data_ = NSDictionary::dictionary();
-        data_.removeAllObjects();
-        data_.setObject(std::move(value), key);
+        set(key, std::move(value));
+        return result_;
+    }
+    /// {"e": {key: value}}
+    NSDictionary wrapped(std::string_view key, Value value)
+    {
+        set(key, std::move(value));
         return data_;
     }
 
 private:
+    void set(std::string_view key, Value value)
+    {
+        if (data_.count_of_handles() != 1 || result_.count_of_handles() != 2) {
+            result_ = NSDictionary::dictionary();
+            data_ = NSDictionary{{"e", result_}};
+        }
+        if (!result_.contains(key))
+            result_.removeAllObjects();
+        result_.setObject(std::move(value), key);
+    }
+
+    /// Has two handles, this one and data_'s, unless it is retained elsewhere.
+    NSDictionary result_;
     NSDictionary data_;
 };
 

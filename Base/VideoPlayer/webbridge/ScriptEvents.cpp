@@ -42,7 +42,7 @@ std::int32_t QoroVideoWebViewController::removeEventListener(const NSString& nam
 void QoroVideoWebViewController::sendEventToJS(const NSString& event, const NSDictionary& withResult)
 {
     if (withResult) {
-        NSMutableDictionary data = eventData_.with("e", withResult);
+        NSMutableDictionary data{{"e", withResult}};
         listenerCallbackToJS(event, data);
         data.removeAllObjects();
     } else {
@@ -50,16 +50,24 @@ void QoroVideoWebViewController::sendEventToJS(const NSString& event, const NSDi
     }
 }
 
+void QoroVideoWebViewController::sendEventToJS(const NSString& event, std::string_view key, Value value)
+{
+    NSMutableDictionary data = eventData_.wrapped(key, std::move(value));
+    listenerCallbackToJS(event, data);
+    if (data.count_of_handles() > 2) // a listener retains it
+        data.removeAllObjects();
+}
+
 void QoroVideoWebViewController::sendOrientationEvent()
 {
-    sendEventToJS(event_names::VideoOrientation,
-                  eventResult_.with("orientation", bIsVideoOrientationLandscape ? "landscape" : "portrait"));
+    sendEventToJS(event_names::VideoOrientation, "orientation",
+                  bIsVideoOrientationLandscape ? "landscape" : "portrait");
 }
 
 void QoroVideoWebViewController::sendVideoVisibilityEvent()
 {
     const bool hidden = bHideVideoToShowWebViewInLandscapeMode || bHideVideoToShowWebViewInPortraitMode;
-    sendEventToJS(event_names::VideoVisibilityChange, eventResult_.with("visibility", hidden ? 0 : 1));
+    sendEventToJS(event_names::VideoVisibilityChange, "visibility", hidden ? 0 : 1);
 }
 
 } // namespace qoro
