@@ -23,7 +23,7 @@ CGSize SimulatedText::measure(const NSString& text, const FontSpec&, CGSize box)
 {
     if (!text)
         return {};
-    const auto named = world_.text.find(text.text());
+    const auto named = world_.text.empty() ? world_.text.end() : world_.text.find(text.text());
     const CGSize size =
         named == world_.text.end() ? CGSize{CodePointWidth * code_points(text.text()), LineHeight} : named->second;
     return {std::min(size.width, box.width), std::min(size.height, box.height)};

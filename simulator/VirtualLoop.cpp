@@ -82,30 +82,42 @@ TimerId VirtualLoop::after(std::int64_t microseconds, std::function<void()> work
 
 void VirtualLoop::run_until(std::int64_t microseconds)
 {
-    while (const std::optional<Due> next = take_next(microseconds)) {
-        if (!find(next->id))
-            continue;
-        now_ = next->time;
-        run(next->id);
-    }
+    while (const TimerId next = take_next(microseconds))
+        run(next);
     now_ = std::max(now_, microseconds);
 }
 
-std::optional<VirtualLoop::Due> VirtualLoop::take_next(std::int64_t microseconds)
+TimerId VirtualLoop::take_next(std::int64_t microseconds)
 {
-    const bool from_heap = !heap_.empty() && (at_once_.empty() || Later{}(at_once_.front(), heap_.front()));
-    if (!from_heap && at_once_.empty())
-        return {};
-    const Due next = from_heap ? heap_.front() : at_once_.front();
-    if (next.time > microseconds)
-        return {};
-    if (from_heap) {
-        std::ranges::pop_heap(heap_, Later{});
-        heap_.pop_back();
-    } else {
-        at_once_.pop_front();
+    while (true) {
+        const Due* const posted = at_once_.empty() ? nullptr : &at_once_[at_once_run_];
+        const bool from_heap = !heap_.empty() && (!posted || Later{}(*posted, heap_.front()));
+        if (!from_heap && !posted)
+            return 0;
+        const Due next = from_heap ? heap_.front() : *posted;
+        if (next.time > microseconds)
+            return 0;
+        const bool stopped = !find(next.id);
+        if (!from_heap) {
+            if (++at_once_run_ == at_once_.size()) {
+                at_once_.clear();
+                at_once_run_ = 0;
+            }
+        } else if (!stopped && slots_[slot_of(next.id)].interval > 0) {
+            Slot& timer = slots_[slot_of(next.id)];
+            timer.due += timer.interval;
+            replace_first({timer.due, next.id});
+        } else {
+            const Due last = heap_.back();
+            heap_.pop_back();
+            if (!heap_.empty())
+                replace_first(last);
+        }
+        if (stopped)
+            continue;
+        now_ = next.time;
+        return next.id;
     }
-    return next;
 }
 
 std::vector<VirtualLoop::Queued> VirtualLoop::queue() const
@@ -137,6 +149,7 @@ void VirtualLoop::clear()
     while (pending() > 0) {
         heap_.clear();
         at_once_.clear();
+        at_once_run_ = 0;
         free_.clear();
         const std::vector<Slot> gone = std::exchange(slots_, {});
     }
@@ -172,12 +185,8 @@ void VirtualLoop::run(TimerId timer)
 {
     const std::size_t place = slot_of(timer);
     std::function<void()> fire = std::move(slots_[place].fire);
-    if (slots_[place].interval > 0) {
-        slots_[place].due += slots_[place].interval;
-        push(slots_[place].due, timer);
-    } else {
+    if (slots_[place].interval == 0)
         release(place);
-    }
     owner_.dispatch(fire);
     // The slots may have moved, and the timer may have been stopped.
     if (find(timer))
@@ -192,6 +201,20 @@ void VirtualLoop::push(std::int64_t time, TimerId timer)
     }
     heap_.push_back({time, timer});
     std::ranges::push_heap(heap_, Later{});
+}
+
+void VirtualLoop::replace_first(const Due& due)
+{
+    std::size_t hole = 0;
+    for (std::size_t child = 1; child < heap_.size(); child = 2 * hole + 1) {
+        if (child + 1 < heap_.size() && Later{}(heap_[child], heap_[child + 1]))
+            ++child;
+        if (!Later{}(due, heap_[child]))
+            break;
+        heap_[hole] = heap_[child];
+        hole = child;
+    }
+    heap_[hole] = due;
 }
 
 void VirtualLoop::release(std::size_t place)

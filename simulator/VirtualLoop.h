@@ -3,7 +3,6 @@
 #include "platform/Ports.h"
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <optional>
 #include <vector>
@@ -74,8 +73,11 @@ private:
     const Slot* find(TimerId timer) const;
     void run(TimerId timer);
     void push(std::int64_t time, TimerId timer);
-    /// Removes the entry that runs next from the queue; absent when nothing is due at or before a time.
-    std::optional<Due> take_next(std::int64_t microseconds);
+    /// Takes the event that runs next, sets the clock to it, and queues a repeating timer again. 0 when nothing is due
+    /// at or before a time.
+    TimerId take_next(std::int64_t microseconds);
+    /// Replaces the entry at the front of the heap, in one pass instead of a removal and an insertion.
+    void replace_first(const Due& due);
     void release(std::size_t slot);
 
     Platform& owner_;
@@ -85,8 +87,10 @@ private:
     std::vector<std::size_t> free_;
     // Entries of stopped timers remain in both until due.
     std::vector<Due> heap_;
-    /// What is due at the time at which it was queued, such as posted work: in the order in which it runs.
-    std::deque<Due> at_once_;
+    /// What is due at the time at which it was queued, such as posted work: in the order in which it runs. The first
+    /// entries have run already; they are removed together.
+    std::vector<Due> at_once_;
+    std::size_t at_once_run_ = 0;
 };
 
 } // namespace qoro
