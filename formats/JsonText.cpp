@@ -72,6 +72,13 @@ constexpr bool is_plain(unsigned char byte)
     return byte >= 0x20 && byte < 0x80 && byte != '"' && byte != '\\';
 }
 
+constexpr auto Plain = [] {
+    std::array<bool, 256> plain{};
+    for (std::size_t byte = 0; byte < plain.size(); ++byte)
+        plain[byte] = is_plain(static_cast<unsigned char>(byte));
+    return plain;
+}();
+
 /// Whether eight bytes are all plain, tested together: most text is, and comes in runs that are longer. A quote and a
 /// backslash become 0 when their own bits are removed.
 bool are_plain(const char* eight_bytes)
@@ -91,7 +98,7 @@ std::size_t plain_length(std::string_view text)
     std::size_t length = 0;
     while (text.size() - length >= 8 && are_plain(text.data() + length))
         length += 8;
-    while (length < text.size() && is_plain(static_cast<unsigned char>(text[length])))
+    while (length < text.size() && Plain[static_cast<unsigned char>(text[length])])
         ++length;
     return length;
 }
@@ -123,6 +130,13 @@ void append_number(std::string& out, Number number)
 
 void append_json_text(std::string& out, std::string_view text)
 {
+    // Most texts need no escape.
+    if (plain_length(text) == text.size()) {
+        const std::size_t begin = out.size();
+        out.append(text.size() + 2, '"');
+        text.copy(out.data() + begin + 1, text.size());
+        return;
+    }
     out += '"';
     std::size_t plain = 0; // begin of the run not yet copied
     std::size_t i = 0;

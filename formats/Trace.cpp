@@ -141,7 +141,10 @@ void Trace::write_json(std::int64_t microseconds, std::string_view what, std::sp
         line_ += ',';
         append_json_text(line_, field.key);
         line_ += ':';
-        append_json(line_, field.content);
+        if (const auto* text = std::get_if<std::string_view>(&field.content))
+            append_json_text(line_, *text);
+        else
+            append_json(line_, field.content);
     }
     line_ += '}';
 }
