@@ -6,6 +6,8 @@
 #include <array>
 #include <cmath>
 #include <optional>
+#include <tuple>
+#include <utility>
 
 namespace qoro
 {
@@ -52,6 +54,11 @@ std::optional<CGPoint> point_in_window(const ViewNode& window, CGPoint point)
     return fills_screen(window) ? point : held_point(window, point);
 }
 
+bool is_above(const ViewNode& window, const ViewNode& other)
+{
+    return std::tie(window.window_level, window.shown_serial) > std::tie(other.window_level, other.shown_serial);
+}
+
 /// @param own the point in the view's coordinates; absent when it is outside the view
 std::shared_ptr<ViewNode> reached(const std::shared_ptr<ViewNode>& view, std::optional<CGPoint> own)
 {
@@ -77,11 +84,19 @@ std::shared_ptr<ViewNode> hit_test(Platform& platform, CGPoint point)
 {
     auto& list = platform.shared<WindowList>();
     ++list.hit_tests;
-    const auto windows = list.visible_from_below();
-    for (auto window = windows.rbegin(); window != windows.rend(); ++window)
-        if (const auto own = point_in_window(**window, point))
-            return reached(*window, own);
-    return nullptr;
+    // The topmost window at the point; of two that are equally high, the one created last.
+    std::shared_ptr<ViewNode> top;
+    std::optional<CGPoint> in_top;
+    for (const auto& each : list.windows) {
+        auto window = each.lock();
+        if (!window || window->hidden || (top && is_above(*top, *window)))
+            continue;
+        if (const auto own = point_in_window(*window, point)) {
+            top = std::move(window);
+            in_top = own;
+        }
+    }
+    return top ? reached(top, in_top) : nullptr;
 }
 
 std::optional<CGPoint> touchable_point(const ViewNode& view)

@@ -30,7 +30,7 @@ std::vector<std::shared_ptr<ViewNode>>::iterator top_for(const ViewNode& added, 
     return top;
 }
 
-/// Removes a view from its parent. The caller must hold a reference: the parent may have held the last one.
+/// Removes a view from its parent, which may hold the last reference to it.
 void detach(ViewNode& view)
 {
     ViewNode* parent = std::exchange(view.parent, nullptr);
@@ -39,8 +39,11 @@ void detach(ViewNode& view)
     // From the end: a view that moves to the front is often there already.
     const auto place = std::find_if(parent->subviews.rbegin(), parent->subviews.rend(),
                                     [&](const auto& each) { return each.get() == &view; });
-    if (place != parent->subviews.rend())
+    std::shared_ptr<ViewNode> held;
+    if (place != parent->subviews.rend()) {
+        held = std::move(*place);
         parent->subviews.erase(std::prev(place.base()));
+    }
     parent->changed();
 }
 
@@ -190,9 +193,8 @@ void UIView::addSubview(const UIView& child) const
 
 void UIView::removeFromSuperview() const
 {
-    const std::shared_ptr<ViewNode> removed = node_;
-    if (removed)
-        detach(*removed);
+    if (node_)
+        detach(*node_);
 }
 
 void present_over(const UIView& view, const UIView& presenter)
