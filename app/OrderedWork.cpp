@@ -63,18 +63,25 @@ void OrderedWork::serve()
         task->work = nullptr;
         lock.lock();
         task->done = true;
-        write_what_is_done();
+        write_what_is_done(lock);
     }
 }
 
-void OrderedWork::write_what_is_done()
+void OrderedWork::write_what_is_done(std::unique_lock<std::mutex>& lock)
 {
+    // The thread that writes also writes what the others finish meanwhile.
+    if (std::exchange(writing_, true))
+        return;
     while (!tasks_.empty() && tasks_.front()->done) {
-        write_(tasks_.front()->output);
-        finished_(tasks_.front()->complaint);
+        const std::shared_ptr<Task> task = tasks_.front();
+        lock.unlock();
+        write_(task->output);
+        finished_(task->complaint);
+        lock.lock();
         tasks_.pop_front();
         room_.notify_one();
     }
+    writing_ = false;
 }
 
 } // namespace qoro

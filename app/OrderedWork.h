@@ -44,7 +44,8 @@ private:
     };
 
     void serve();
-    void write_what_is_done();
+    /// Unlocks while it writes: the other threads go on.
+    void write_what_is_done(std::unique_lock<std::mutex>& lock);
 
     const LineSink write_;
     const std::function<void(const std::string&)> finished_;
@@ -57,6 +58,7 @@ private:
     /// Those of tasks_ that no thread has started.
     std::deque<std::shared_ptr<Task>> waiting_;
     bool closed_ = false;
+    bool writing_ = false;
     std::vector<std::thread> threads_;
 };
 

@@ -3,7 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <atomic>
+#include <chrono>
+#include <future>
 #include <latch>
+#include <utility>
 
 namespace qoro
 {
@@ -43,6 +46,32 @@ TEST(OrderedWork, OnOneThreadIsDoneAndWrittenBeforeAddReturns)
         return std::string();
     });
     EXPECT_EQ(written, "ab");
+}
+
+TEST(OrderedWork, GoesOnWhileOutputIsBeingWritten)
+{
+    constexpr int Tasks = 6;
+    std::promise<void> all_have_run;
+    std::future_status when_first_was_written{};
+    std::atomic<int> run = 0;
+    bool first = true;
+    {
+        OrderedWork work(
+            2,
+            [&](std::string_view) {
+                // Bounded, so that a failure does not hang.
+                if (std::exchange(first, false))
+                    when_first_was_written = all_have_run.get_future().wait_for(std::chrono::seconds(20));
+            },
+            [](const std::string&) {});
+        for (int i = 0; i < Tasks; ++i)
+            work.add([&](const LineSink&) {
+                if (++run == Tasks)
+                    all_have_run.set_value();
+                return std::string();
+            });
+    }
+    EXPECT_EQ(when_first_was_written, std::future_status::ready);
 }
 
 TEST(OrderedWork, BoundsThePendingWork)
