@@ -1,5 +1,5 @@
 // Cost of the controller on the simulated platform: time and allocations of one pass of each layout, one tick, and one
-// event to the script; and whole sessions per second, with and without their trace.
+// event to the script; addresses of trackers per second; and whole sessions per second, with and without their trace.
 
 #include "formats/Trace.h"
 #include "host/Session.h"
@@ -48,9 +48,12 @@ struct Playing {
 };
 
 template <typename Operation>
-void measure(benchmark::State& state, Operation&& operation)
+void measure(benchmark::State& state, Operation&& operation, UIDeviceOrientation held = UIDeviceOrientationPortrait)
 {
     Playing ad;
+    DeviceChange turn;
+    turn.orientation = held;
+    ad.platform.change_device(turn);
     operation(ad.controller()); // warm-up; excludes one-time allocations
     const std::size_t before = test::allocations_so_far();
     for (auto _ : state)
@@ -65,9 +68,12 @@ void portrait_layout(benchmark::State& state)
 }
 BENCHMARK(portrait_layout);
 
+/// With the device held so: in an upright device each pass starts the timer that follows it up.
 void landscape_layout(benchmark::State& state)
 {
-    measure(state, [](QoroVideoWebViewController& ad) { ad.setLandscapeFullScreenVideo(); });
+    measure(
+        state, [](QoroVideoWebViewController& ad) { ad.setLandscapeFullScreenVideo(); },
+        UIDeviceOrientationLandscapeLeft);
 }
 BENCHMARK(landscape_layout);
 
@@ -91,6 +97,24 @@ void event_to_script(benchmark::State& state)
     measure(state, [](QoroVideoWebViewController& ad) { ad.sendOrientationEvent(); });
 }
 BENCHMARK(event_to_script);
+
+/// The address of a tracker, its macros replaced.
+void tracker_address(benchmark::State& state, const char* address)
+{
+    Playing ad;
+    ad.controller().strCookieGuid = "47ed3bac-1768-4b9a-9d0e-0b92422ab066";
+    ad.controller().dSessionId = 1'700'000'000;
+    ad.controller().iSeqNo = 12;
+    const NSString tracker = address;
+    for (auto _ : state)
+        benchmark::DoNotOptimize(ad.controller().getTrackingUniqueInfo(tracker));
+    state.counters["addresses/s"] =
+        benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+BENCHMARK_CAPTURE(tracker_address, plain, "https://t.example/event.gif?campaign=2342&event=firstQuartile");
+BENCHMARK_CAPTURE(tracker_address, times, "https://t.example/beat?at={CurrentTime}&of={TotalTime}");
+BENCHMARK_CAPTURE(tracker_address, ids, "https://t.example/start?g={Zulix-Guid}&s={Zulix-Sid}&n={Zulix-Seq}");
+BENCHMARK_CAPTURE(tracker_address, digest, "https://t.example/start?app={Zulix-app}");
 
 /// A session of 30 s with a heartbeat every second and ticks every tenth of a second.
 void session_of_30_s(benchmark::State& state, bool traced)
