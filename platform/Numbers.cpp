@@ -29,6 +29,25 @@ std::string shortest(Number number)
     return {text.begin(), end.ptr};
 }
 
+/// Whether six decimals of a number can be had from its product with a million: a number of single precision has 24
+/// bits, so the product is exact in a double and only the rounding to an integer is left.
+bool has_exact_millionths(double number)
+{
+    return std::fabs(number) < 1e9 && static_cast<double>(static_cast<float>(number)) == number;
+}
+
+std::string text_of_millionths(bool negative, std::uint64_t millionths)
+{
+    std::array<char, 32> text;
+    text[0] = '-';
+    char* const point = std::to_chars(text.begin() + (negative ? 1 : 0), text.end() - 7, millionths / 1'000'000).ptr;
+    std::uint64_t rest = millionths % 1'000'000;
+    for (char* digit = point + 6; digit != point; rest /= 10)
+        *digit-- = static_cast<char>('0' + rest % 10);
+    *point = '.';
+    return {text.begin(), point + 7};
+}
+
 template <typename Integer>
 Integer truncated_to(double number)
 {
@@ -74,6 +93,9 @@ std::string fixed_text(double number, int decimals)
 {
     if (std::isnan(number))
         return "nan";
+    if (decimals == 6 && has_exact_millionths(number))
+        return text_of_millionths(std::signbit(number),
+                                  static_cast<std::uint64_t>(std::nearbyint(std::fabs(number) * 1e6)));
     const auto write = [&](char* begin, std::size_t size) {
         return std::string(begin, std::to_chars(begin, begin + size, number, std::chars_format::fixed, decimals).ptr);
     };

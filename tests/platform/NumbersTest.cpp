@@ -2,8 +2,13 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
 #include <limits>
 #include <locale>
+#include <string>
 
 using namespace qoro;
 
@@ -54,6 +59,24 @@ TEST(Numbers, AreWrittenWithAFixedCountOfDecimals)
     EXPECT_EQ(fixed_text(-0.0000005, 6), "-0.000000");
     EXPECT_EQ(fixed_text(2.5, 0), "2");
     EXPECT_EQ(fixed_text(1e300, 1).size(), 303U);
+}
+
+TEST(Numbers, OfSinglePrecisionAreWrittenWithSixDecimalsAsTheStandardLibraryWritesThem)
+{
+    const auto printed = [](double number) {
+        std::array<char, 64> text;
+        std::snprintf(text.data(), text.size(), "%.6f", number);
+        return std::string(text.data());
+    };
+    for (const float number : {0.0F, -0.0F, 0.5e-6F, 1.5e-6F, 1.0F / 128, 3.0F / 128, 29.9999995F, 8388607.5F, 1e-30F,
+                               999999936.0F, 1e9F, -12.25F})
+        EXPECT_EQ(fixed_text(number, 6), printed(number));
+    std::uint32_t bits = 1;
+    for (int i = 0; i < 5000; ++i) {
+        bits = bits * 1'664'525 + 1'013'904'223;
+        const float spread = std::ldexp(static_cast<float>(bits >> 8), static_cast<int>(bits >> 27) - 40);
+        ASSERT_EQ(fixed_text(spread, 6), printed(spread));
+    }
 }
 
 TEST(Numbers, ThatAreNotFiniteHaveATextOfTheirOwn)
