@@ -222,13 +222,16 @@ std::size_t NSDictionary::count() const
 
 const Value& NSDictionary::objectForKey(std::string_view key) const
 {
-    const Entry* entry = std::find_if(begin(), end(), [&](const Entry& each) { return each.key == key; });
-    return entry == end() ? NullValue : entry->value;
+    if (entries_)
+        for (const Entry& entry : *entries_)
+            if (entry.key == key)
+                return entry.value;
+    return NullValue;
 }
 
 bool NSDictionary::contains(std::string_view key) const
 {
-    return std::any_of(begin(), end(), [&](const Entry& each) { return each.key == key; });
+    return entries_ && std::ranges::find(*entries_, key, &Entry::key) != entries_->end();
 }
 
 void NSDictionary::setObject(Value value, std::string_view key)
