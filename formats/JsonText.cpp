@@ -244,6 +244,10 @@ void append_seconds(std::string& out, std::int64_t microseconds)
     char* end = std::to_chars(text.begin(), text.end(), positive / 1'000'000).ptr;
     if (auto fraction = static_cast<std::uint32_t>(positive % 1'000'000); fraction != 0) {
         std::ptrdiff_t digits = 6;
+        if (fraction % 1000 == 0) { // whole milliseconds, as most times
+            fraction /= 1000;
+            digits -= 3;
+        }
         for (; fraction % 10 == 0; fraction /= 10)
             --digits;
         *end++ = '.';

@@ -16,10 +16,13 @@ namespace
 /// Appends a number as "%02d" formats it: the sign counts towards the width.
 void appendTwoPlaces(std::string& text, std::int32_t number)
 {
+    if (number >= 0 && number < 100) {
+        text += static_cast<char>('0' + number / 10);
+        text += static_cast<char>('0' + number % 10);
+        return;
+    }
     std::array<char, 12> digits;
     const auto end = std::to_chars(digits.begin(), digits.end(), number).ptr;
-    if (end - digits.begin() < 2)
-        text += '0';
     text.append(digits.begin(), end);
 }
 
