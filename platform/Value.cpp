@@ -204,6 +204,7 @@ const Value* NSArray::end() const
 
 NSDictionary::NSDictionary(std::initializer_list<Entry> entries) : NSDictionary(dictionary())
 {
+    entries_->reserve(entries.size());
     for (const Entry& entry : entries)
         setObject(entry.value, entry.key);
 }
