@@ -117,7 +117,7 @@ BENCHMARK_CAPTURE(tracker_address, ids, "https://t.example/start?g={Zulix-Guid}&
 BENCHMARK_CAPTURE(tracker_address, digest, "https://t.example/start?app={Zulix-app}");
 
 /// A session of 30 s with a heartbeat every second and ticks every tenth of a second.
-void session_of_30_s(benchmark::State& state, bool traced)
+void session_of_30_s(benchmark::State& state, bool traced, const HostSetup& host)
 {
     std::size_t bytes = 0;
     for (auto _ : state) {
@@ -128,7 +128,7 @@ void session_of_30_s(benchmark::State& state, bool traced)
             platform.set_event_sink(&trace);
         auto description = ordinary_ad();
         description->arrayPrePauseLocations = NSArray(std::vector<Value>{});
-        Session session(platform, platform, {}, description);
+        Session session(platform, platform, host, description);
         session.open(0);
         platform.run_until(31);
         session.release();
@@ -138,8 +138,11 @@ void session_of_30_s(benchmark::State& state, bool traced)
         benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
     benchmark::DoNotOptimize(bytes);
 }
-BENCHMARK_CAPTURE(session_of_30_s, without_trace, false)->Unit(benchmark::kMicrosecond);
-BENCHMARK_CAPTURE(session_of_30_s, with_trace, true)->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(session_of_30_s, without_trace, false, {})->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(session_of_30_s, with_trace, true, {})->Unit(benchmark::kMicrosecond);
+// As scenarios run, without the close guard.
+BENCHMARK_CAPTURE(session_of_30_s, unguarded_without_trace, false, unguarded_host())->Unit(benchmark::kMicrosecond);
+BENCHMARK_CAPTURE(session_of_30_s, unguarded_with_trace, true, unguarded_host())->Unit(benchmark::kMicrosecond);
 
 } // namespace
 
