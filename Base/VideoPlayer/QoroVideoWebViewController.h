@@ -1,7 +1,7 @@
 #pragma once
 
+#include "Base/VideoPlayer/EventData.h"
 #include "Base/VideoPlayer/QoroVideoAd.h"
-#include "Base/VideoPlayer/webbridge/EventData.h"
 #include "platform/MediaPlayer.h"
 #include "platform/QoroAppStoreMockViewController.h"
 #include "platform/QoroInAppWebViewController.h"
