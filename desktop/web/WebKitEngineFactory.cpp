@@ -66,22 +66,24 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
 {
     return std::make_unique<LateWebEngine>(
         platform_, listener, [this, &listener, kind] { return make_engine(listener, kind); },
-        [this, kind, began = std::optional<double>()]() mutable {
-            if (!began)
-                began = platform_.loop().now();
-            return may_begin(kind, *began + LongestHold);
+        [this, kind, first = std::optional<FirstLoad>()]() mutable {
+            if (!first)
+                first = begin_load(kind);
+            const bool held = on_hold && on_hold() && platform_.loop().now() < first->hold_until;
+            return !held && loads_webkit_beside() && (!first->network || first->network->is_over());
         });
 }
 
-bool WebKitEngineFactory::may_begin(PageKind kind, double hold_until) const
+/// The processes are tried while the video starts.
+WebKitEngineFactory::FirstLoad WebKitEngineFactory::begin_load(PageKind kind) const
 {
-    // Both are needed for the first page; the outcome of the other one is awaited by its load. They are tried while the
-    // video starts.
+    FirstLoad load{.hold_until = platform_.loop().now() + LongestHold, .network = {}};
+    // The outcome of this trial is awaited by the load itself.
     try_launch(WebProcess::Page, LaunchCounts);
     const Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
-    const bool tried = family.context || try_launch(WebProcess::Network, LaunchCounts).is_over();
-    const bool held = on_hold && on_hold() && platform_.loop().now() < hold_until;
-    return !held && loads_webkit_beside() && tried;
+    if (!family.context)
+        load.network = try_launch(WebProcess::Network, LaunchCounts);
+    return load;
 }
 
 std::unique_ptr<WebKitEngine> WebKitEngineFactory::make_engine(WebListener& listener, PageKind kind)

@@ -2,12 +2,14 @@
 
 #include "desktop/glib/Liveness.h"
 #include "desktop/glib/Owned.h"
+#include "desktop/web/LaunchTrial.h"
 #include "desktop/web/PageWatch.h"
 #include "kit/RefusalLog.h"
 #include "platform/Platform.h"
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 typedef struct _WebKitNetworkSession WebKitNetworkSession;
@@ -51,7 +53,14 @@ private:
         ObjectRef<WebKitWebContext> context = {};
         ObjectRef<WebKitNetworkSession> session = {};
     };
-    bool may_begin(PageKind kind, double hold_until) const;
+    /// The first load of an engine, until its view may be created.
+    struct FirstLoad {
+        /// Seconds of the loop's clock until which a video that starts goes first.
+        double hold_until;
+        /// Of the process for the family's requests; absent if that runs.
+        std::optional<LaunchTrial> network;
+    };
+    FirstLoad begin_load(PageKind kind) const;
     /// @throws std::runtime_error if pages cannot be guarded
     std::unique_ptr<WebKitEngine> make_engine(WebListener& listener, PageKind kind);
     /// Sets up a family on first use.
