@@ -10,6 +10,8 @@
 #include "formats/AdInput.h"
 #include "formats/InputError.h"
 
+#include <glib.h>
+
 #include <filesystem>
 #include <future>
 #include <iostream>
@@ -52,6 +54,8 @@ int play(const PlayOptions& given)
     if (!options.trace_file.empty())
         trace_file.emplace(options.trace_file);
 
+    // Desktops know the window's application by this name, not by that of the program that qoro-ad becomes.
+    g_set_prgname("qoro-ad");
     // The page of a tag is not known yet.
     const bool pages = !input.ad || input.ad->strWebViewUrl;
     prepare_program(pages);

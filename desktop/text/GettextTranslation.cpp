@@ -25,8 +25,12 @@ std::string catalogue_folder()
 {
     std::error_code unreadable;
     const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unreadable);
-    const std::filesystem::path beside = program.parent_path().parent_path() / "share/locale";
-    return has_catalogues(beside) ? beside.string() : QORO_LOCALE_FOLDER;
+    // In bin, or in libexec/qoro-ad.
+    const std::filesystem::path around = program.parent_path().parent_path();
+    for (const std::filesystem::path& prefix : {around, around.parent_path()})
+        if (const auto beside = prefix / "share/locale"; has_catalogues(beside))
+            return beside.string();
+    return QORO_LOCALE_FOLDER;
 }
 
 } // namespace
