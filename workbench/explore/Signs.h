@@ -1,7 +1,7 @@
 #pragma once
 
+#include "formats/AddressPattern.h"
 #include "platform/Events.h"
-#include "simulator/AddressPattern.h"
 
 #include <array>
 #include <cstdint>
