@@ -17,6 +17,7 @@
 #include <filesystem>
 #include <iostream>
 #include <utility>
+#include <variant>
 #include <vector>
 
 namespace qoro
@@ -88,9 +89,11 @@ int PlayedSession::run()
         has_failed_ |= !options_.lenient;
     }
     startup_point("platform ready");
-    // The video loads while the window is made.
-    if (!input_.tag)
-        serve_ad();
+    // The video of an ad that opens at once loads while the window is made.
+    const bool opens_later =
+        std::ranges::any_of(input_.steps, [](const Step& step) { return std::holds_alternative<OpenStep>(step.what); });
+    if (!input_.tag && !opens_later)
+        serve_ad(true);
     connect_window();
     follow_failures();
     platform_.display().show();
@@ -130,12 +133,15 @@ void PlayedSession::open()
         open_ad(host, std::move(rehearsal));
 }
 
-/// Makes the ad's files available, and starts to load its video.
-void PlayedSession::serve_ad()
+/// Makes the ad's files available.
+/// @param loads_video whether its video is loaded from now on, before its player wants it
+void PlayedSession::serve_ad(bool loads_video)
 {
     served_ = std::make_unique<ServedAd>(input_.ad, input_.folder, [this](const AdServerHit& hit) { served(hit); });
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address_on_server(address, served_->base()), path);
+    if (!loads_video)
+        return;
     const QoroVideoAd& ad = *served_->ad();
     const NSString copy = ad.bIsUseVideoCache ? platform_.video_cache().path_for(ad.strVideoUrl) : NSString();
     early_video_ = platform_.players().prepare(
@@ -145,7 +151,7 @@ void PlayedSession::serve_ad()
 void PlayedSession::open_ad(const HostSetup& host, Rehearsal rehearsal)
 {
     if (!served_)
-        serve_ad();
+        serve_ad(false);
     complaints_.set_ad(copy_of(*served_->ad()));
     watch_files();
     if (recording_)

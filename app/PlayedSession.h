@@ -54,7 +54,7 @@ private:
     void connect_window();
     void follow_failures();
     void open();
-    void serve_ad();
+    void serve_ad(bool loads_video);
     void open_ad(const HostSetup& host, Rehearsal rehearsal);
     void open_tag(HostSetup host, Rehearsal rehearsal);
     bool leave_screen();

@@ -16,7 +16,8 @@ DOCS = HERE.parent / "docs"
 
 
 def source(section):
-    return f"{section['date']}, commit {section['commit']}, {section['machine']}; medians of {section['runs']} runs."
+    return f"{section['date']}, commit {section['commit']}, {section['machine']}; " + ("one run." if section["runs"] == 1 else
+                                                                                 f"medians of {section['runs']} runs.")
 
 
 PLAYERS = {"gst-play band": "`gst-play-1.0`, 375x211", "mpv band": "`mpv`, 375x211",
