@@ -82,7 +82,7 @@ def start_picture(section):
                     continue
                 begin, end = steps.get(since, 0), steps[to]
                 x, w = left + begin * scale, max((end - begin) * scale, 1)
-                out.append(f'<rect x="{x:.1f}" y="{y + 3}" width="{w:.1f}" height="{row - 6}" fill="{colour}">'
+                out.append(f'<rect x="{x:.1f}" y="{y + 3}" width="{w:.1f}" height="{row - 6}" fill="{colour}" stroke="#fff">'
                            f"<title>{name}: {begin:.0f} to {end:.0f} ms</title></rect>")
                 if w > 7 * len(name):
                     out.append(f'<text x="{x + 4:.1f}" y="{y + 17}" fill="#fff">{name}</text>')
