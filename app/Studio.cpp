@@ -114,8 +114,10 @@ public:
     /// Closes the ad in order.
     void stop()
     {
-        if (process_)
-            g_subprocess_send_signal(process_.get(), SIGTERM);
+        // Not g_subprocess_send_signal(): it leaves the work to a thread, and this program may end first.
+        const char* number = process_ ? g_subprocess_get_identifier(process_.get()) : nullptr;
+        if (number)
+            kill(std::atoi(number), SIGTERM);
     }
 
 private:
