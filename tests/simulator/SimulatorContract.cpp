@@ -118,9 +118,9 @@ public:
         platform_.dispatch([&] { answer = ad.take_script_message(std::get<ScriptStep>(steps[0].what).message); });
         if (answer.error)
             return {};
-        std::string json;
-        append_json(json, answer.value);
-        return json;
+        std::string text;
+        append_json(text, answer.value);
+        return text;
     }
     std::vector<std::string> script_heard(QoroVideoWebViewController&) override { return heard_; }
 
