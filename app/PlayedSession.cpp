@@ -114,7 +114,6 @@ void PlayedSession::open()
     store_.reset();
     if (!input_.host.store_page.empty())
         store_.emplace(std::vector{store_page_of_id(input_.host.store_page).absoluteString().text()});
-    platform_.set_origin_headers(input_.origins);
     HostSetup host = input_.host;
     host.log = log_lines(options_.log);
     const auto prepared = [this] {
@@ -137,6 +136,7 @@ void PlayedSession::open()
 /// @param loads_video whether its video is loaded from now on, before its player wants it
 void PlayedSession::serve_ad(bool loads_video)
 {
+    platform_.set_origin_headers(input_.origins);
     served_ = std::make_unique<ServedAd>(input_.ad, input_.folder, [this](const AdServerHit& hit) { served(hit); });
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address_on_server(address, served_->base()), path);
@@ -167,6 +167,7 @@ void PlayedSession::open_ad(const HostSetup& host, Rehearsal rehearsal)
 
 void PlayedSession::open_tag(HostSetup host, Rehearsal rehearsal)
 {
+    platform_.set_origin_headers(input_.origins);
     for (const auto& [address, path] : input_.copies)
         platform_.add_video_copy(address, path);
     watch_files();

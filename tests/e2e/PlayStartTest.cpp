@@ -8,6 +8,7 @@
 #include <fstream>
 #include <map>
 #include <string>
+#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -48,7 +49,7 @@ protected:
         return found;
     }
 
-    const std::string folder_ = testing::TempDir() + "play-start";
+    const std::string folder_ = testing::TempDir() + "play-start-" + std::to_string(getpid());
 };
 
 /// The files that a process has mapped.

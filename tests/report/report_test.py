@@ -155,8 +155,9 @@ class PageOfTheDemo(ReportCase):
     def test_the_picture_shows_controls_where_they_are(self):
         self.browser.click("#show-taps")
         self.value("setTime(10000000)")
-        self.assertIn("See all lamps", self.value("[...document.querySelectorAll('#screen text')].map(each => "
-                                                  "each.textContent)"))
+        # A build without the desktop cuts the title off in the middle: its texts are as wide as the simulator's.
+        texts = self.value("[...document.querySelectorAll('#screen text')].map(each => each.textContent)")
+        self.assertTrue(any(text.startswith("See ") and text.endswith("amps") for text in texts), texts)
         # The picture of the close button lies on the place that the session gives for a touch.
         away = self.value("""(() => {
             const middle = element => (box => [box.x + box.width / 2, box.y + box.height / 2])

@@ -81,7 +81,8 @@ TEST_F(SimulateTagTest, WhatIsNoTagIsRefused)
     const CommandResult result = run_command({"simulate", tag}, Quickly);
     EXPECT_EQ(result.status, 2);
     EXPECT_EQ(result.output, "");
-    EXPECT_THAT(result.errors, HasSubstr("/html: expected the element VAST"));
+    EXPECT_THAT(result.errors, HasSubstr("other.xml: a page (HTML)"));
+    EXPECT_THAT(result.errors, HasSubstr("expected an ad file or a scenario (JSON), a VAST tag (XML)"));
 }
 
 } // namespace qoro::test
