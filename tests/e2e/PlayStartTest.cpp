@@ -26,16 +26,16 @@ class PlayStart : public testing::Test
 protected:
     PlayStart()
     {
-        std::filesystem::create_directories(folder_);
-        std::filesystem::copy_file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", folder_ + "/clip.mp4",
+        std::filesystem::create_directories(folder);
+        std::filesystem::copy_file(QORO_SOURCE_DIR "/tests/desktop/media/clips/colours.mp4", folder + "/clip.mp4",
                                    std::filesystem::copy_options::overwrite_existing);
-        std::ofstream(folder_ + "/ad.json") << R"({"strVideoUrl": "clip.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
+        std::ofstream(folder + "/ad.json") << R"({"strVideoUrl": "clip.mp4", "fVideoWidth": 16, "fVideoHeight": 9,
             "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})";
     }
-    ~PlayStart() override { std::filesystem::remove_all(folder_); }
+    ~PlayStart() override { std::filesystem::remove_all(folder); }
 
-    std::string ad() const { return folder_ + "/ad.json"; }
-    std::string points_file() const { return folder_ + "/start.jsonl"; }
+    std::string ad() const { return folder + "/ad.json"; }
+    std::string points_file() const { return folder + "/start.jsonl"; }
 
     /// When the points that --trace-startup has recorded were reached, in seconds.
     std::map<std::string, double> points() const
@@ -49,7 +49,7 @@ protected:
         return found;
     }
 
-    const std::string folder_ = testing::TempDir() + "play-start-" + std::to_string(getpid());
+    const std::string folder = testing::TempDir() + "play-start-" + std::to_string(getpid());
 };
 
 /// The files that a process has mapped.
@@ -98,8 +98,8 @@ TEST_F(PlayStart, ItsStepsAreWrittenDown)
 // On a slow machine the page waits half a second at most.
 TEST_F(PlayStart, APageBeginsAfterTheFirstPicture)
 {
-    std::ofstream(folder_ + "/page.html") << "<html><head></head><body>page</body></html>";
-    std::ofstream(folder_ + "/ad.json")
+    std::ofstream(folder + "/page.html") << "<html><head></head><body>page</body></html>";
+    std::ofstream(folder + "/ad.json")
         << R"({"strVideoUrl": "clip.mp4", "strWebViewUrl": "page.html", "fVideoWidth": 16,
         "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})";
     PlayedAd played({ad(), "--trace-startup", points_file()});
@@ -113,7 +113,7 @@ TEST_F(PlayStart, APageBeginsAfterTheFirstPicture)
 
 TEST_F(PlayStart, AFileThatCannotBeWrittenIsNamed)
 {
-    PlayedAd played({ad(), "--trace-startup", folder_ + "/missing/start.jsonl"});
+    PlayedAd played({ad(), "--trace-startup", folder + "/missing/start.jsonl"});
     EXPECT_EQ(played.exit_status(), 1);
     EXPECT_NE(played.complaints().find("/missing/start.jsonl: cannot be written"), std::string::npos)
         << played.complaints();
