@@ -49,6 +49,23 @@ def start_table(section):
     return lines
 
 
+def workbench_table(section):
+    lines = ["| example | `check`, CPU s | `check`, MB | `report`, CPU s | `report`, MB | page, MB |",
+             "|---|---|---|---|---|---|"]
+    for ad, row in section["examples"].items():
+        check, report = row["check"], row["report"]
+        lines.append(f"| `{ad}` | {check['cpu_seconds']:.2f} | {check['peak_megabytes']:.0f} | {report['cpu_seconds']:.2f} | "
+                     f"{report['peak_megabytes']:.0f} | {row['report_megabytes']:.2f} |")
+    return lines
+
+
+def workbench_commands(section):
+    lines = ["| command | CPU s | MB |", "|---|---|---|"]
+    for command, row in section["commands"].items():
+        lines.append(f"| `{command}` | {row['cpu_seconds']:.3f} | {row['peak_megabytes']:.0f} |")
+    return lines
+
+
 # Lanes of the picture: from one point to another, under a name.
 LANES = (
     ("main thread", (("", "linked", "libraries"), ("input read", "toolkit started", "toolkit"),
@@ -103,8 +120,8 @@ def start_picture(section):
             f'<rect width="100%" height="100%" fill="#fff"/>\n' + "\n".join(out) + "\n</svg>\n")
 
 
-MAKERS = {"source": lambda section: [source(section)], "ratios": ratios}
-TABLES = {"players": players_table, "start": start_table}
+MAKERS = {"source": lambda section: [source(section)], "ratios": ratios, "commands": workbench_commands}
+TABLES = {"players": players_table, "start": start_table, "workbench": workbench_table}
 
 
 def rendered():
