@@ -22,7 +22,7 @@
 namespace qoro
 {
 
-/// Records a session of `qoro-ad play`. It stands between the session and the machine, and outlives the machine's
+/// Records a session of `qoro-ad play`. It lies between the session and the machine, and outlives the machine's
 /// platform.
 class PlayRecording
 {

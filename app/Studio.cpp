@@ -363,7 +363,7 @@ int Studio::run()
         std::cerr << "qoro-ad: 127.0.0.1: " << server_.error() << '\n';
         return 1;
     }
-    // Before the address: whoever reads it may end the program at once.
+    // Before the address: a reader of it may end the program at once.
     for (const int signal : Signals)
         g_unix_signal_add(
             signal,

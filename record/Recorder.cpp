@@ -149,7 +149,7 @@ void Recorder::arrive(std::string_view kind, SourceId source, const Value& what,
 
 void Recorder::come_in(std::string_view kind, const std::function<Value()>& describe, const std::function<void()>& work)
 {
-    // What the session brings about itself is described by nobody on a replay, so that its ports must not be asked.
+    // A replay has no records of what the session causes itself, so its ports must not be asked for that.
     if (!records_ || inside_)
         return work();
     arrive(kind, 0, describe(), work);

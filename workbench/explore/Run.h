@@ -70,7 +70,7 @@ struct CourseRun {
     Passage rest = {};
 };
 
-/// Moments of a run, at most: some sessions never come to rest, and no state of theirs comes twice.
+/// Moments of a run, at most: some sessions never end, and none of their states recurs.
 constexpr std::size_t MostMoments = 1000;
 
 /// Simulates a course and then lets time pass.
