@@ -73,6 +73,21 @@ std::string page_with(const std::string& script)
     return R"({"net": {"http://m/p.html": {"body": )" + page.dump() + "}}}";
 }
 
+/// An ad of such a page alone.
+std::string without_video(const std::string& script)
+{
+    Json patch = Json::parse(page_with(script));
+    patch["ad"]["strVideoUrl"] = "";
+    return patch.dump();
+}
+
+std::string with_video_of(double seconds, const std::string& script)
+{
+    Json patch = Json::parse(page_with(script));
+    patch["video"]["duration"] = seconds;
+    return patch.dump();
+}
+
 std::string vast_with(const std::string& in_line)
 {
     const std::string document = R"(<VAST version="4.2"><Ad id="1">)" + in_line + "</Ad></VAST>";
@@ -223,6 +238,25 @@ const std::vector<Case>& cases()
         {"http-beside-https", R"({"ad": {"strVideoUrl": "https://m/v.mp4"}})", "{}", "/ad/strWebViewUrl", nullptr},
         {"page-listens-in-vain", page_with("qoroPlayer.addEventListener('video_finished', f)"),
          page_with("qoroPlayer.addEventListener('video_ended', f)"), "/ad/strWebViewUrl", nullptr},
+        {"page-listens-in-vain", page_with("mraid.addEventListener('resize', f)"),
+         page_with("mraid.addEventListener('sizeChange', f)"), "/ad/strWebViewUrl", nullptr},
+        {"event-never-sent", without_video("qoroPlayer.addEventListener('video_ended', f)"),
+         page_with("qoroPlayer.addEventListener('video_ended', f)"), "/ad/strWebViewUrl",
+         [](const SessionRecord& record) {
+             return record.summary.opened && record.end - *record.summary.opened >= 15'000'000 &&
+                    lines_with(record, R"("event":"video_ended")") == 0;
+         }},
+        {"event-never-sent", without_video("qoroPlayer.addEventListener('video_pause', f)"),
+         page_with("qoroPlayer.addEventListener('video_pause', f)"), "/ad/strWebViewUrl",
+         [](const SessionRecord& record) {
+             return record.summary.opened && lines_with(record, R"("event":"video_pause")") == 0;
+         }},
+        {"event-never-sent", with_video_of(0.5, "qoroPlayer.addEventListener('video_timeupdate', f)"),
+         page_with("qoroPlayer.addEventListener('video_timeupdate', f)"), "/ad/strWebViewUrl",
+         [](const SessionRecord& record) {
+             return lines_with(record, R"("event":"video_ended")") > 0 &&
+                    lines_with(record, R"("event":"video_timeupdate")") == 0;
+         }},
         {"unknown-key", R"({"ad": {"dicTrackingUrls": {"firstquartile": ["http://t/f"]}}})", "{}",
          "/ad/dicTrackingUrls/firstquartile", nullptr},
         {"setting-without-effect", R"({"ad": {"strVideoTrackingUrl": "http://t/beat"}})",
@@ -289,6 +323,24 @@ INSTANTIATE_TEST_SUITE_P(Faults, CheckRules, testing::ValuesIn(cases()), [](cons
 TEST(Check, ASoundAdHasNoFindings)
 {
     const auto findings = found_in(base_of(sound_scenario()));
+    EXPECT_TRUE(findings.empty()) << text_of(findings);
+}
+
+TEST(Check, AnEventThatThePageItselfMayCauseIsNotInVain)
+{
+    const std::string script = "qoroPlayer.addEventListener('video_ended', f); qoroPlayer.playNextVideo({v_u: next})";
+    const auto findings = found_in(base_of(scenario_of(without_video(script))));
+    EXPECT_EQ(of_rule(findings, "event-never-sent"), nullptr) << text_of(findings);
+}
+
+TEST(Check, EveryEventOfThePlayerIsHeardInASoundAd)
+{
+    std::string script;
+    for (const char* event : {"video_loading", "video_loaded", "video_play", "video_pause", "video_ended",
+                              "video_timeupdate", "video_volumechange", "video_orientation", "video_visibilitychange",
+                              "onhide", "controlschange"})
+        script += "qoroPlayer.addEventListener('" + std::string(event) + "', f);";
+    const auto findings = found_in(base_of(scenario_of(page_with(script))));
     EXPECT_TRUE(findings.empty()) << text_of(findings);
 }
 

@@ -54,6 +54,7 @@ std::vector<Suspicion> video_proportions(const BaseScenario& ad);
 // PageRules.cpp
 std::vector<Suspicion> page_without_library(const BaseScenario& ad);
 std::vector<Suspicion> page_listens_in_vain(const BaseScenario& ad);
+std::vector<Suspicion> event_never_sent(const CheckedSession& session);
 
 /// JSON path in the ad of the button that a control shows, by its order among those that the device supports; that of
 /// all buttons if some are left out.
