@@ -210,6 +210,24 @@ void expect_part_counts(const SearchSetup& setup, const std::string& part, const
 
 } // namespace
 
+TEST(Search, FollowsASessionThatNeverEndsForAThousandMoments)
+{
+    // Sideways, the button that scales the video lays the ad out upright. Every five seconds the ad looks at the device,
+    // which still lies sideways, and is laid out again.
+    const SearchSetup setup =
+        search_setup(ad_with(R"({"portraitVideoPos": 6, "landscapeModeType": 2})"), false);
+    std::vector<TimedMove> course{{to_microseconds(0.1), {.kind = Move::Kind::Turn, .number = 3, .name = "turn"}}};
+    EXPECT_LT(run_course(setup.run, 0, course, {}).moments.size(), 100u);
+    for (const Moment& moment : run_course(setup.run, 0, course, {}).moments)
+        if (const auto scale = std::ranges::find(moment.moves, "tap btnScreenScale", &Move::name);
+            scale != moment.moves.end() && course.size() == 1)
+            course.push_back({to_microseconds(0.2), *scale});
+    ASSERT_EQ(course.size(), 2u);
+    const CourseRun endless = run_course(setup.run, 0, course, {});
+    EXPECT_EQ(endless.moments.size(), 1000u);
+    EXPECT_FALSE(endless.merged);
+}
+
 TEST(Search, NoticesAStateThatLacksAPart)
 {
     const SearchSetup hidden_image = search_setup(ad_with(R"({"strMIUrl": "http://m/mi.png"})"), false);

@@ -383,7 +383,7 @@ private:
                                           (options_.depth == 1 ? " move" : " moves"));
         if (restless_ > 0)
             result_.not_covered.push_back("what follows in " + std::to_string(restless_) +
-                                          " sessions that do not come to rest");
+                                          " sessions that never end");
         for (const std::string& each : setup_.page.missing)
             result_.not_covered.push_back(each);
         result_.not_covered.emplace_back(
