@@ -60,6 +60,13 @@ TEST(Macros, EveryOccurrenceIsReplaced)
     AdSession session;
 
     EXPECT_EQ(session->getTrackingUniqueInfo("{Zulix-Seq}{Zulix-Seq}/{Zulix-Seq}"), "77/7");
+    std::string many;
+    std::string sevens;
+    for (int i = 0; i < 100'000; ++i) {
+        many += "{Zulix-Seq}";
+        sevens += '7';
+    }
+    EXPECT_EQ(session->getTrackingUniqueInfo(many + "/end"), sevens + "/end");
 }
 
 TEST(Macros, TheCurrentTimeHasSixDecimalsOfSinglePrecision)

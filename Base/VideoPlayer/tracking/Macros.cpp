@@ -45,8 +45,19 @@ constexpr Macro macros[] = {
 /// Replaces every occurrence of a part, the first of which is at a known place.
 void replaceAll(std::string& text, std::string_view part, std::size_t first, const std::string& value)
 {
-    for (std::size_t at = first; at != std::string::npos; at = text.find(part, at + value.size()))
-        text.replace(at, part.size(), value);
+    std::size_t rest = first + part.size();
+    std::size_t at = text.find(part, rest);
+    if (at == std::string::npos) { // as in most addresses
+        text.replace(first, part.size(), value);
+        return;
+    }
+    // In linear time: the address is a stranger's.
+    std::string result = text.substr(0, first) + value;
+    for (; at != std::string::npos; at = text.find(part, rest)) {
+        result.append(text, rest, at - rest).append(value);
+        rest = at + part.size();
+    }
+    text = result.append(text, rest);
 }
 
 } // namespace
