@@ -1,6 +1,7 @@
 #include "app/CommandLine.h"
 
 #include "app/DesktopProgram.h"
+#include "workbench/check/Rules.h"
 
 #ifdef QORO_DESKTOP
 #include "app/Play.h"
@@ -90,7 +91,8 @@ bool CommandLine::needs_no_desktop() const
     if (app_.got_subcommand("explore"))
         return !explore_.jsonl && is_scenario_file(explore_.file);
     if (app_.got_subcommand("shrink"))
-        return is_scenario_file(shrink_.input);
+        // Rules look at titles, which the desktop measures.
+        return !rule_named(shrink_.condition) && is_scenario_file(shrink_.input);
     return app_.got_subcommand("merge");
 }
 

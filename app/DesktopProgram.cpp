@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
+#include <system_error>
 #include <unistd.h>
 
 namespace qoro
@@ -26,7 +27,10 @@ void run_desktop_program(char** arguments)
 
 bool is_scenario_file(const std::string& input)
 {
-    if (input == "-")
+    // What is read from a pipe here would be missing later.
+    std::error_code unknown;
+    if (input == "-" ||
+        (std::filesystem::exists(input, unknown) && !std::filesystem::is_regular_file(input, unknown)))
         return false;
     try {
         return read_ad_input(input, InputKind::Scenario).kind == InputKind::Scenario;

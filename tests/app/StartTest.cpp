@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <string>
+#include <vector>
 
 // What the program loads before it does its work: the largest part of a short command's time.
 
@@ -26,6 +26,11 @@ std::vector<std::string> libraries_of(const std::string& command)
 
 const std::string Session = "examples/simulator/first-session.json";
 
+bool has_desktop()
+{
+    return run_shell("qoro-ad play --help").status == 0;
+}
+
 } // namespace
 
 // The C and C++ libraries (5), the message digest and its BSD base, and two in reserve.
@@ -43,9 +48,40 @@ TEST(Start, ExplorationAndShrinkingLoadNoMoreThanASimulation)
     EXPECT_EQ(libraries_of("qoro-ad shrink " + Session + " --while 'line request' -o /dev/null"), simulation);
 }
 
+TEST(Start, AScenarioFromAPipeIsReadOnce)
+{
+    const ShellResult file = run_shell("qoro-ad simulate " + Session);
+    const ShellResult pipe = run_shell("folder=$(mktemp -d); mkfifo $folder/pipe; cat " + Session +
+                                       " >$folder/pipe & qoro-ad simulate $folder/pipe; status=$?; rm -r $folder; "
+                                       "exit $status");
+    EXPECT_EQ(pipe.status, 0) << pipe.errors;
+    EXPECT_FALSE(file.output.empty());
+    EXPECT_EQ(pipe.output, file.output);
+}
+
+// 25 letters of 7 points each, as the simulator measures them, fit into a button of 306 points.
+TEST(Start, ATitleThatIsCutOffIsMeasuredByCheckAndShrinkAlike)
+{
+    if (!has_desktop())
+        GTEST_SKIP() << "this build has no desktop (QORO_DESKTOP is off), which measures texts";
+    const ShellResult run = run_shell(
+        R"(folder=$(mktemp -d); cat >$folder/s.json <<'END'
+{"video": {"duration": 10}, "host": {"parent": true},
+ "ad": {"strVideoUrl": "http://ad/v.mp4", "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2,
+        "portraitVideoPos": 1, "bIsAutoStart": true,
+        "arrayButtonsInfo": [{"btn_text": "WWWWWWWWWWWWWWWWWWWWWWWWW", "data": {"u": "http://s/"}}]},
+ "steps": [{"open": 0}, {"at": 15, "device": {}}]}
+END
+qoro-ad check $folder/s.json | grep -c title-cut-off
+qoro-ad shrink $folder/s.json --while title-cut-off >/dev/null
+status=$?; rm -r $folder; exit $status)");
+    EXPECT_EQ(lines_of(run.output), std::vector<std::string>{"1"}) << run.errors;
+    EXPECT_EQ(run.status, 0) << run.errors;
+}
+
 TEST(Start, AProgramWhoseDesktopPartIsMissingSaysSo)
 {
-    if (run_shell("qoro-ad play --help").status != 0)
+    if (!has_desktop())
         GTEST_SKIP() << "this build has no desktop (QORO_DESKTOP is off), so it is one program";
     // Elsewhere the program finds no other part of itself.
     const ShellResult run = run_shell("folder=$(mktemp -d); cp \"$(command -v qoro-ad)\" $folder/alone; "
