@@ -12,6 +12,8 @@
 
 #include <glib.h>
 
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <future>
 #include <iostream>
@@ -43,8 +45,8 @@ int lacks(const char* what)
 int play(const PlayOptions& given)
 {
     PlayOptions options = given;
-    if (!options.startup_file.empty())
-        trace_startup(options.startup_file);
+    if (!options.startup_file.empty() && !trace_startup(options.startup_file))
+        throw InputError(options.startup_file, "", std::strerror(errno));
     options.ad_file = ad_file_of(given.ad_file);
     PlayInput input = read_play_input(options);
     startup_point("input read");

@@ -40,13 +40,16 @@ StartupTrace* tracing = nullptr;
 
 } // namespace
 
-void trace_startup(const std::string& file)
+bool trace_startup(const std::string& file)
 {
     auto* trace = new StartupTrace{.mutex = {}, .file = std::ofstream(file), .seen = {}};
-    if (!trace->file)
-        throw std::runtime_error(file + ": cannot be written");
+    if (!trace->file) {
+        delete trace;
+        return false;
+    }
     trace->write("linked", Linked);
     tracing = trace;
+    return true;
 }
 
 void startup_point(const char* what)
