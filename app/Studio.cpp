@@ -148,6 +148,7 @@ public:
     int run();
 
 private:
+    [[noreturn]] void end();
     ScenarioText own_course() const;
     ReportParts parts();
     std::string session_json();
@@ -367,17 +368,20 @@ int Studio::run()
     for (const int signal : Signals)
         g_unix_signal_add(
             signal,
-            [](gpointer loop) -> gboolean {
-                g_main_loop_quit(static_cast<GMainLoop*>(loop));
-                return G_SOURCE_CONTINUE;
-            },
-            loop_.get());
+            [](gpointer studio) -> gboolean { static_cast<Studio*>(studio)->end(); },
+            this);
     std::cout << server_.address() << std::endl;
     if (Error failed;
         options_.open && !g_app_info_launch_default_for_uri(server_.address().c_str(), nullptr, failed.out()))
         std::cerr << "qoro-ad: --open: no browser opens the address, you can do it yourself: " << failed.message()
                   << '\n';
     g_main_loop_run(loop_.get());
+    end();
+}
+
+/// Also while a tag is fetched, inside a loop of its own.
+void Studio::end()
+{
     played_.stop();
     std::cout.flush();
     // The check in the background may take seconds more; nothing of it is kept.

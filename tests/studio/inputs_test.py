@@ -70,6 +70,7 @@ class InputTest(unittest.TestCase):
         for _ in studio.news():
             if self.first_close(studio) == seconds:
                 return
+        self.fail(f"the studio has ended; no close at {seconds} s")
 
     def check_edit(self, studio):
         """It can be changed, and saved, as any ad."""

@@ -350,8 +350,11 @@ function takeNews({revision, version, complaint, plays, play}) {
   complain(complaint, "The ad cannot be read; the page shows its last version.");
   if (plays !== live.plays) say(plays ? "The ad plays in its window." : play || "The ad's window is closed.");
   live.plays = plays;
-  if (live.fetches) say(complaint ? "" : "The tag has been fetched again.");
-  live.fetches = false;
+  // Other news may come first: of the findings, of the played ad.
+  if (live.fetches && (complaint || revision > live.revision)) {
+    say(complaint ? "" : "The tag has been fetched again.");
+    live.fetches = false;
+  }
   // After what is under way: an edit's answer may hold the same news.
   inTurn(async () => {
     if (revision > live.revision) await takeSession(await ask("GET", "session"), session.now);
@@ -401,7 +404,12 @@ function addStudioControls() {
     say("The tag is being fetched…");
     inTurn(async () => {
       live.fetches = true;
-      await ask("POST", "fetch", {});
+      try {
+        await ask("POST", "fetch", {});
+      } catch (error) {
+        live.fetches = false;
+        throw error;
+      }
     });
   });
   byId("event-editor").addEventListener("submit", event => event.preventDefault());
