@@ -1,11 +1,13 @@
 // Measures any video player from outside: reads the frame number that bench's clip encodes as a bar code from the X
 // server's picture, and records when each frame first appears.
 //
-//   frame_reader X Y WIDTH HEIGHT SECONDS
+//   frame_reader X Y WIDTH HEIGHT SECONDS [RATE]
 //
-// X Y WIDTH HEIGHT: the player's picture on the screen. Reads for SECONDS from the first frame seen (gives up after 10
-// s without one), then prints one JSON object: time of the first frame (seconds of CLOCK_MONOTONIC), frames seen and
-// missed, and deviation of the frames from an even grid (median and 99th percentile, in ms).
+// X Y WIDTH HEIGHT: the player's picture on the screen. RATE: the clip's frames per second, 30 by default. Reads for
+// SECONDS from the first frame seen (gives up after 10 s without one), then prints one JSON object: time of the first
+// frame (seconds of CLOCK_MONOTONIC), frames seen and missed, deviation of the frames from an even grid (median and 99th
+// percentile, in ms), and the longest time between two frames (in ms). Deviation and longest time exclude the first
+// second.
 //
 // The bar code: a strip a third of the way down the picture, sixteen fields of equal width, lowest bit first. The upper
 // eight fields are the lower eight inverted, so that a torn or foreign picture never decodes to a number.
@@ -29,7 +31,6 @@ namespace
 {
 
 constexpr int Fields = 16;
-constexpr double FrameSeconds = 1.0 / 30;
 
 double now()
 {
@@ -95,8 +96,8 @@ double percentile(std::vector<double> values, double share)
 
 int main(int argc, char** argv)
 {
-    if (argc != 6) {
-        std::fprintf(stderr, "usage: frame_reader X Y WIDTH HEIGHT SECONDS\n");
+    if (argc != 6 && argc != 7) {
+        std::fprintf(stderr, "usage: frame_reader X Y WIDTH HEIGHT SECONDS [RATE]\n");
         return 2;
     }
     const int x = std::atoi(argv[1]);
@@ -104,6 +105,7 @@ int main(int argc, char** argv)
     const int width = std::atoi(argv[3]);
     const int height = std::atoi(argv[4]);
     const double seconds = std::atof(argv[5]);
+    const double frame_seconds = 1.0 / (argc == 7 ? std::atof(argv[6]) : 30.0);
     Display* display = XOpenDisplay(nullptr);
     if (!display || !XShmQueryExtension(display)) {
         std::fprintf(stderr, "frame_reader: no X display with shared memory\n");
@@ -129,15 +131,18 @@ int main(int argc, char** argv)
         std::this_thread::sleep_for(std::chrono::microseconds(500));
     }
     if (seen.empty()) {
-        std::printf("{\"first\": null, \"seen\": 0, \"missed\": 0, \"jitter_p50\": 0, \"jitter_p99\": 0}\n");
+        std::printf("{\"first\": null}\n");
         return 0;
     }
 
     // Playback settles within a second; the grid's origin is the median over the later frames.
     std::vector<double> origins;
-    for (const Seen& frame : seen)
-        if (frame.at - seen.front().at > 1)
-            origins.push_back(frame.at - FrameSeconds * frame.number);
+    double longest = 0;
+    for (std::size_t i = 1; i < seen.size(); ++i)
+        if (seen[i].at - seen.front().at > 1) {
+            origins.push_back(seen[i].at - frame_seconds * seen[i].number);
+            longest = std::max(longest, seen[i].at - seen[i - 1].at);
+        }
     const double origin = percentile(origins, 0.5);
     std::vector<double> strayed;
     strayed.reserve(origins.size());
@@ -145,9 +150,9 @@ int main(int argc, char** argv)
         strayed.push_back(std::abs(each - origin) * 1000);
     const int missed = seen.back().number - seen.front().number + 1 - static_cast<int>(seen.size());
     std::printf("{\"first\": %.4f, \"first_number\": %d, \"seen\": %zu, \"missed\": %d, \"jitter_p50\": %.2f, "
-                "\"jitter_p99\": %.2f}\n",
+                "\"jitter_p99\": %.2f, \"longest\": %.2f}\n",
                 seen.front().at, seen.front().number, seen.size(), missed, percentile(strayed, 0.5),
-                percentile(strayed, 0.99));
+                percentile(strayed, 0.99), longest * 1000);
     XCloseDisplay(display);
     return 0;
 }

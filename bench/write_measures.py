@@ -16,8 +16,9 @@ DOCS = HERE.parent / "docs"
 
 
 def source(section):
-    return f"{section['date']}, commit {section['commit']}, {section['machine']}; " + ("one run." if section["runs"] == 1 else
-                                                                                 f"medians of {section['runs']} runs.")
+    runs = section.get("runs", 1)
+    return (f"{section['date']}, commit {section['commit']}, {section['machine']}; " +
+            ("one run." if runs == 1 else f"medians of {runs} runs."))
 
 
 PLAYERS = {"gst-play band": "`gst-play-1.0`, 375x211", "mpv band": "`mpv`, 375x211",
@@ -42,7 +43,9 @@ def ratios(section):
 
 def start_table(section):
     lines = ["| program | first frame on the screen, ms | ratio |", "|---|---|---|"]
-    names = {"without a page": "`qoro-ad play`, ad without a page", "with a page": "`qoro-ad play`, ad with a page"}
+    names = {"without a page": "`qoro-ad play`, ad without a page", "with a page": "`qoro-ad play`, ad with a page",
+             "before, without a page": "the earlier build, ad without a page",
+             "before, with a page": "the earlier build, ad with a page"}
     for label, steps in section["medians"].items():
         first = steps["first frame on the screen"]
         lines.append(f"| {names.get(label, '`' + label + '`')} | {first:.0f} | {section['ratios'][label]:.2f} |")
@@ -66,6 +69,40 @@ def workbench_commands(section):
     return lines
 
 
+def minute_table(section):
+    lines = ["| clip | player | frames missed | jitter p99, ms | longest time between frames, ms |", "|---|---|---|---|---|"]
+    for clip, players in section["clips"].items():
+        for player, row in players.items():
+            lines.append(f"| {clip} | `{player}` | {row['missed']} of {row['missed'] + row['seen']} | "
+                         f"{row['jitter_p99']:.1f} | {row['longest']:.0f} |")
+    return lines
+
+
+def heavy_table(section):
+    lines = ["| clip | player | frames a second | longest time between frames, ms |", "|---|---|---|---|"]
+    for clip, players in section["clips"].items():
+        for player, row in players.items():
+            lines.append(f"| {clip} | `{player}` | {row['frames_per_second']:.1f} | {row['longest']:.0f} |")
+    return lines
+
+
+def hour_text(section):
+    memory = section["megabytes"]
+    return [f"- An ad that is turned, paused and replayed for {len(memory)} minutes: {memory[1]:.1f} MB (PSS of all its "
+            f"processes) after the second minute, {max(memory):.1f} MB at most, {memory[-1]:.1f} MB at the end."]
+
+
+def latency(section):
+    times = section["latency"]
+    return [f"- In a running program, the first frame is on the screen {times['opened']:.0f} ms after the first request for "
+            "the video.",
+            "- An ad that was [preloaded](embedding.md#preload) shows its first frame on the screen "
+            f"{times['with']:.0f} ms after its opening, also the first ad of a program; without a preload the first ad takes "
+            f"{times['without']:.0f} ms.",
+            f"- A tracker arrives at its server {times['tracker']:.1f} ms after the decision to send it (median of "
+            f"{times['trackers']}; the longest takes {times['longest_tracker']:.1f} ms)."]
+
+
 # Lanes of the picture: from one point to another, under a name.
 LANES = (
     ("main thread", (("", "linked", "libraries"), ("input read", "toolkit started", "toolkit"),
@@ -81,14 +118,16 @@ COLOURS = ("#3b6ea5", "#b5651d", "#4a7c4e", "#7d5ba6")
 
 
 def start_picture(section):
-    """Two starts, one below the other, on one axis of milliseconds."""
+    """The starts, one below the other, on one axis of milliseconds; those of the earlier build first."""
     starts = [(label, steps) for label, steps in section["medians"].items() if len(steps) > 1]
+    starts.sort(key=lambda start: not start[0].startswith("before"))
     longest = max(max(steps.values()) for _, steps in starts)
     left, width, row = 120, 860, 26
     scale = width / longest
     out, y = [], 24
     for label, steps in starts:
-        out.append(f'<text x="8" y="{y}" font-weight="bold">ad {label}</text>')
+        title = label.replace("before, ", "an earlier build: ")
+        out.append(f'<text x="8" y="{y}" font-weight="bold">{title}</text>')
         y += 10
         for (lane, spans), colour in zip(LANES, COLOURS):
             if not any(to in steps for _, to, _ in spans):
@@ -120,8 +159,10 @@ def start_picture(section):
             f'<rect width="100%" height="100%" fill="#fff"/>\n' + "\n".join(out) + "\n</svg>\n")
 
 
-MAKERS = {"source": lambda section: [source(section)], "ratios": ratios, "commands": workbench_commands}
-TABLES = {"players": players_table, "start": start_table, "workbench": workbench_table}
+MAKERS = {"source": lambda section: [source(section)], "ratios": ratios, "commands": workbench_commands,
+          "latency": latency, "text": hour_text}
+TABLES = {"players": players_table, "start": start_table, "workbench": workbench_table, "minute": minute_table,
+          "heavy": heavy_table}
 
 
 def rendered():

@@ -19,7 +19,7 @@ browser="chromium firefox-esr python3 python3-websocket fonts-liberation"
 fuzz="clang libclang-rt-14-dev zlib1g-dev"
 coverage="libgtest-dev libgmock-dev gcovr"
 mutation="libgtest-dev libgmock-dev python3-clang-14"
-bench="libbenchmark-dev libx11-dev libxext-dev mpv gstreamer1.0-plugins-base-apps gstreamer1.0-x ffmpeg python3"
+bench="libbenchmark-dev libx11-dev libxext-dev mpv gstreamer1.0-plugins-base-apps gstreamer1.0-x ffmpeg python3 time"
 # A nodejs that is not Debian's contains npm and conflicts with Debian's package of it.
 command -v npm >/dev/null || bench="$bench nodejs npm" browser="$browser nodejs npm"
 

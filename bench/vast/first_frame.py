@@ -13,16 +13,16 @@ import http.server
 import json
 import os
 import pathlib
-import signal
 import statistics
 import subprocess
+import sys
 import tempfile
 import threading
 import time
 
 HERE = pathlib.Path(__file__).resolve().parent
-ROOT = HERE.parent.parent
-BAND = (0, 44, 375, 211)
+sys.path.insert(0, str(HERE.parent))
+import programs  # noqa: E402
 
 INLINE = """<VAST version="4.2"><Ad id="1"><InLine>
   <AdSystem>bench</AdSystem><AdTitle>Bars</AdTitle><Advertiser>Bench</Advertiser>
@@ -93,26 +93,6 @@ class Handler(http.server.BaseHTTPRequestHandler):
         pass
 
 
-def first_frame(reader, command):
-    """Milliseconds from the program's start to its first frame on the screen."""
-    log = tempfile.TemporaryFile()
-    eyes = subprocess.Popen([reader, *map(str, BAND), "0.1"], stdout=subprocess.PIPE, text=True)
-    time.sleep(0.2)
-    began = time.clock_gettime(time.CLOCK_MONOTONIC)
-    player = subprocess.Popen(command, stdout=log, stderr=log, start_new_session=True)
-    seen = json.loads(eyes.communicate()[0])
-    os.killpg(player.pid, signal.SIGTERM)
-    try:
-        player.wait(5)
-    except subprocess.TimeoutExpired:
-        os.killpg(player.pid, signal.SIGKILL)
-        player.wait()
-    if seen["first"] is None:
-        log.seek(0)
-        raise SystemExit(f"no frame seen of {' '.join(command)}: {log.read().decode(errors='replace')[-400:]}")
-    return (seen["first"] - began) * 1000
-
-
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("qoro_ad")
@@ -128,7 +108,7 @@ def main():
         threading.Thread(target=server.serve_forever, daemon=True).start()
         subprocess.run([options.qoro_ad, "import", "--out", folder / "ad", f"{server.site}/inline.xml"], check=True,
                        stdout=subprocess.DEVNULL)
-        sandbox = subprocess.run([ROOT / "tools/web_sandbox_option.sh"], capture_output=True, text=True).stdout.split()
+        sandbox = programs.sandbox()
         what = {"ad": folder / "ad/ad.json", "inline tag": f"{server.site}/inline.xml",
                 "two wrappers": f"{server.site}/chain.xml"}
         times = {label: [] for label in what}
@@ -138,10 +118,12 @@ def main():
             labels = list(what)[run % len(what):] + list(what)[:run % len(what)]
             for label in labels:
                 server.taken = 0
-                took = first_frame(options.frame_reader, [options.qoro_ad, "play", *sandbox, "--mute-output",
-                                                          "--allow-private-network", str(what[label])])
+                took, player = programs.first_frame(
+                    options.frame_reader, [options.qoro_ad, "play", *sandbox, "--mute-output", "--allow-private-network",
+                                           str(what[label])], programs.BAND)
+                player.end()
                 if run > 0:  # the first one warms the caches
-                    times[label].append(took)
+                    times[label].append(took * 1000)
                     servers[label].append(server.taken * 1000)
         server.shutdown()
 
