@@ -20,9 +20,8 @@ constexpr const char* Description = "Search everything that can happen to an ad 
 constexpr const char* Advice =
     "The search taps every control that can be tapped, turns the device, leaves and returns, interrupts, stalls and\n"
     "breaks the video and gives the page's commands, at every time at which something changes, and tries the shortest\n"
-    "courses first. It finds traps, late closes, what is left after the close, and violated rules of qoro-ad check, "
-    "each\n"
-    "with the shortest course. docs/explore.md describes it; docs/scale.md spreads it over machines.\n\n"
+    "courses first. It finds traps, late closes, what is left after the close, and violated rules of qoro-ad check,\n"
+    "each with the shortest course. docs/explore.md describes it; docs/scale.md spreads it over machines.\n\n"
     "Examples:\n"
     "  qoro-ad explore ad.json                              to three moves and 20,000 sessions\n"
     "  qoro-ad explore ad.json --depth 2 --jobs 4           shorter courses, on four threads; the same output\n"

@@ -43,8 +43,7 @@ constexpr const char* Advice =
     "  qoro-ad studio ad.json --open                    an ad, in the desktop's browser\n"
     "  qoro-ad studio ad.json --device iphone-15        on a device\n"
     "  qoro-ad studio http://ad.example/vast.xml        a VAST tag\n"
-    "  qoro-ad studio session.json                      a scenario of simulate or a recording of play, to go on "
-    "from\n\n"
+    "  qoro-ad studio session.json                      a scenario or a recording, to go on from\n\n"
     "Exit status: 0 ended by a signal; 1 the server cannot start; 2 the ad or an option is not usable (one line on\n"
     "standard error says which, where and what was expected).\n";
 
@@ -64,7 +63,7 @@ Answer refusal(const std::string& complaint)
     return {.status = Conflict, .body = R"({"complaint":)" + json_text(complaint) + "}"};
 }
 
-/// The real thing, in its window: `qoro-ad play` as a child process.
+/// The ad, played in a window: `qoro-ad play` as a child process.
 class PlayedAd
 {
 public:
@@ -373,8 +372,7 @@ int Studio::run()
     std::cout << server_.address() << std::endl;
     if (Error failed;
         options_.open && !g_app_info_launch_default_for_uri(server_.address().c_str(), nullptr, failed.out()))
-        std::cerr << "qoro-ad: --open: no browser opens the address, you can do it yourself: " << failed.message()
-                  << '\n';
+        std::cerr << "qoro-ad: --open: no browser opens the address: " << failed.message() << "; open it yourself\n";
     g_main_loop_run(loop_.get());
     end();
 }
