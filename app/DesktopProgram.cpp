@@ -17,7 +17,7 @@ void run_desktop_program(char** arguments)
 {
     const char* const name = "qoro-ad-desktop";
     const std::filesystem::path folder = std::filesystem::read_symlink("/proc/self/exe").parent_path();
-    // In the folder of a build, and installed.
+    // A build has both programs in one folder; an installation does not.
     for (const std::filesystem::path& place : {folder, folder.parent_path() / QORO_LIBEXEC_FOLDER})
         execv((place / name).c_str(), arguments);
     throw std::runtime_error(std::string(name) + ", the program that all other commands need, can't be started from " +

@@ -61,10 +61,10 @@ int play(const PlayOptions& given)
     // The page of a tag is not known yet.
     const bool pages = !input.ad || input.ad->strWebViewUrl;
     prepare_program(pages);
-    // Loading the decoders takes longest. GStreamer starts before the toolkit, not beside it: both take numbers for
-    // fundamental types, which GObject does not give out atomically.
+    // Loading the decoders takes longest. GStreamer starts before the toolkit, not beside it: both register fundamental
+    // types, and GObject does not assign the numbers of these atomically.
     Pipeline::warm_up();
-    // The sandbox is tried meanwhile. An in-app browser tries it before its own page.
+    // The sandbox is tried meanwhile. For the page of an in-app browser it is tried when that page loads.
     std::future<bool> sandbox =
         std::async(std::launch::async, [&] { return !pages || options.no_web_sandbox || sandbox_works(); });
     if (!start_toolkit())

@@ -257,7 +257,7 @@ void PlayedSession::connect_window()
     screen.on_iconified = [this](bool iconified) { keys_.leave_or_return(iconified); };
 }
 
-// ------------------------------------------------------------------------------------------------------- what comes
+// ----------------------------------------------------------------------------------------------------- timers, input
 
 void PlayedSession::at(double seconds, std::function<void()> event)
 {

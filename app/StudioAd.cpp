@@ -18,7 +18,8 @@ namespace qoro
 namespace
 {
 
-/// A larger folder is not an ad's: files that are watched, and files and folders that are looked at for them.
+/// The most files that are watched, and the most files and folders that are searched for them. A larger folder is not
+/// an ad's.
 constexpr int MostWatched = 400;
 constexpr int MostVisited = 4000;
 

@@ -12,7 +12,7 @@
 #ifdef __SANITIZE_ADDRESS__
 /// Leak suppressions match the allocating frames; in GLib only the slow unwinder finds them. Ten frames suffice and
 /// cost a third less time than the default of thirty. Suppressed leaks of libraries are no line on standard error. The
-/// sanitizer guesses where the thread-local memory of a library lies that is loaded late, and crashes when it is wrong.
+/// sanitizer guesses the address of the thread-local memory of a library that is loaded late; a wrong guess crashes.
 extern "C" [[gnu::visibility("default")]] const char* __asan_default_options();
 extern "C" const char* __asan_default_options()
 {

@@ -83,7 +83,7 @@ bool is_address(const std::string& named)
     return colon != std::string::npos && colon > 0 && named.find('/') > colon;
 }
 
-/// A page has more in common with a tag than with anything else, and a tag's errors would not help.
+/// Whether a text is an HTML page. Read as a tag it would be refused, but with an error that does not help.
 bool is_page(std::string_view text)
 {
     text.remove_prefix(std::min(text.find('<'), text.size()));

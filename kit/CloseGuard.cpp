@@ -47,8 +47,8 @@ struct CloseGuard::Living {
     std::vector<CloseGuard*> guards;
 };
 
-/// The work of the main loop. It names a guard that may be gone by its number, since two words are stored without an
-/// allocation, which a weak pointer is not. Each change of the ad's views posts one.
+/// What look_later() posts. The guard may be gone by then, so it is named by its serial number. A weak pointer would
+/// do, but std::function stores it by an allocation, and these two words without one.
 struct CloseGuard::PostedLook {
     const Living* living;
     std::size_t serial;

@@ -29,8 +29,8 @@ std::string shortest(Number number)
     return {text.begin(), end.ptr};
 }
 
-/// Whether six decimals of a number can be had from its product with a million: a number of single precision has 24
-/// bits, so the product is exact in a double and only the rounding to an integer is left.
+/// Whether a number's product with a million is exact in a double, so that rounding it gives six decimals: a number of
+/// single precision has 24 significant bits, and a million has 14.
 bool has_exact_millionths(double number)
 {
     return std::fabs(number) < 1e9 && static_cast<double>(static_cast<float>(number)) == number;

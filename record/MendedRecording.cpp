@@ -26,7 +26,7 @@ bool is_entry(std::string_view text)
 /// The entry of a line; empty without a whole one.
 std::string_view entry_of(std::string_view line)
 {
-    // A write that has replaced only the first of the closing brackets' bytes leaves the last of these.
+    // A write that has replaced only the first bytes of the closing brackets leaves the last ones.
     for (const std::string_view end : {"", ",", ",]}"})
         if (line.ends_with(end) && is_entry(line.substr(0, line.size() - end.size())))
             return line.substr(0, line.size() - end.size());

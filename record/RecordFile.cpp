@@ -23,7 +23,7 @@ RecordFile::RecordFile(std::string path)
 {
     if (file_ < 0)
         throw InputError(path_, "", std::strerror(errno));
-    // Complete, too, as long as no ad is open. The beginning is longer.
+    // The file is complete JSON before an ad opens, too. The head of a recording is longer and replaces it.
     if (pwrite(file_, NoAd.data(), NoAd.size(), 0) != static_cast<ssize_t>(NoAd.size()))
         throw InputError(path_, "", std::strerror(errno));
 }

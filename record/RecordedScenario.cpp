@@ -238,7 +238,7 @@ private:
             add(now_, {{"call", Json::array({"closeAction"})}});
     }
 
-    /// A tag's document that is from no server.
+    /// The document of a tag that is a file.
     void take_document(const Json& of)
     {
         Json document = Json::object();

@@ -149,7 +149,8 @@ void Recorder::arrive(std::string_view kind, SourceId source, const Value& what,
 
 void Recorder::come_in(std::string_view kind, const std::function<Value()>& describe, const std::function<void()>& work)
 {
-    // A replay has no records of what the session causes itself, so its ports must not be asked for that.
+    // What the session causes itself is not recorded, so it is not described: that would ask the ports for values that
+    // a replay does not have.
     if (!records_ || inside_)
         return work();
     arrive(kind, 0, describe(), work);

@@ -95,7 +95,7 @@ void Replayer::pass_machine_lines()
     }
 }
 
-/// The machine's own news. Whoever follows the session's events, as a tag does, receives them there.
+/// The machine's own news. They pass through the platform, so that a tag, which follows its events, receives them too.
 void Replayer::pass_machine_line(const Value& line)
 {
     const NSDictionary fields = line.dictionary();

@@ -36,8 +36,8 @@ HttpReader::HttpReader(const std::string& address, const Limits& limits)
 {
     // Positions count the bytes as sent by the server, so nothing may decode them.
     soup_session_remove_feature_by_type(session_.get(), SOUP_TYPE_CONTENT_DECODER);
-    // No proxy lies before this machine. Asking GIO loads its modules and the desktop's settings, while the first
-    // picture waits.
+    // This machine is reached without a proxy. Asking GIO for one loads its modules and the desktop's settings, which
+    // delays the first picture.
     if (zone_named_by(address) == NetworkZone::Machine)
         soup_session_set_proxy_resolver(session_.get(), nullptr);
 }

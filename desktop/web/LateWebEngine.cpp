@@ -12,7 +12,7 @@ namespace qoro
 namespace
 {
 
-/// Seconds between two questions whether the view may be created.
+/// Seconds between two checks whether the view may be created.
 constexpr double AskInterval = 0.005;
 
 GtkWidget* make_frame()
@@ -86,7 +86,7 @@ void LateWebEngine::load(std::function<void(WebKitEngine&)> call)
     });
 }
 
-/// As an event of its own. A page from its source has no load that could fail, it has no process.
+/// As an event of its own. A page from its source makes no request that could fail: its process is reported as ended.
 void LateWebEngine::report_failure()
 {
     platform_.loop().post(liveness_.guard([](LateWebEngine& self) {

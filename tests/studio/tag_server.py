@@ -5,7 +5,7 @@ import threading
 
 
 class TagServer:
-    """documents: by path. A path that begins with /held/ is answered after release()."""
+    """documents: by path. A path that begins with /held/ is answered once released is set."""
 
     def __init__(self):
         self.documents = {}
