@@ -2,7 +2,9 @@
 
 #include "desktop/glib/Owned.h"
 #include "desktop/glib/StartupTrace.h"
+#include "desktop/media/LibavLibrary.h"
 #include "desktop/media/Mailbox.h"
+#include "desktop/media/MediaFramework.h"
 #include "desktop/media/StreamKind.h"
 #include "desktop/media/StreamSinks.h"
 #include "desktop/media/VideoFeed.h"
@@ -218,15 +220,16 @@ void Pipeline::warm_up()
 {
     static std::once_flag once;
     std::call_once(once, [] {
-        gst_init(nullptr, nullptr);
+        start_media_framework();
         startup_point("media framework started");
         // Loading these plug-ins takes most of the time to the first picture of a program.
         Workers::all().start([] {
             for (const char* name :
-                 {"filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse", "avdec_h264",
-                  "avdec_aac", "appsink", "audioconvert", "audioresample", "pulsesink"}) {
+                 {"filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse", "appsink",
+                  "audioconvert", "audioresample", "pulsesink"}) {
                 const Element element(gst_element_factory_make(name, nullptr));
             }
+            libav();
             startup_point("decoders loaded");
         });
     });

@@ -3,6 +3,8 @@
 #include "desktop/glib/Owned.h"
 #include "desktop/media/StreamKind.h"
 
+#include <gst/video/video.h>
+
 #include <unistd.h>
 
 #include <string>
@@ -30,6 +32,16 @@ bool lies_within_segment(GstPad* pad, GstBuffer* buffer)
                                  ? begin + GST_BUFFER_DURATION(buffer)
                                  : begin;
     return gst_segment_clip(segment, GST_FORMAT_TIME, begin, end, nullptr, nullptr);
+}
+
+/// Tells the decoder that a frame's rows may lie anywhere, so that its own memory reaches VideoPictures without a copy.
+GstPadProbeReturn on_allocation(GstPad*, GstPadProbeInfo* info, gpointer)
+{
+    GstQuery* query = GST_PAD_PROBE_INFO_QUERY(info);
+    if (GST_QUERY_TYPE(query) != GST_QUERY_ALLOCATION)
+        return GST_PAD_PROBE_OK;
+    gst_query_add_allocation_meta(query, GST_VIDEO_META_API_TYPE, nullptr);
+    return GST_PAD_PROBE_HANDLED;
 }
 } // namespace
 
@@ -78,6 +90,7 @@ bool StreamSinks::add_picture(GstBin* pipeline, GstPad* pad)
     gst_bin_add(pipeline, sink);
     const Pad entry(gst_element_get_static_pad(sink, "sink"));
     watch(entry.get());
+    gst_pad_add_probe(entry.get(), GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM, on_allocation, nullptr, nullptr);
     gst_pad_link(pad, entry.get());
     gst_element_sync_state_with_parent(sink);
     return true;

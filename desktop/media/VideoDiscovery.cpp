@@ -1,6 +1,7 @@
 #include "desktop/media/VideoDiscovery.h"
 
 #include "desktop/glib/Owned.h"
+#include "desktop/media/MediaFramework.h"
 
 #include <gst/pbutils/pbutils.h>
 
@@ -36,7 +37,7 @@ bool is_on_its_side(const GstTagList* tags)
 
 std::optional<DiscoveredVideo> discover_video(const std::string& path)
 {
-    gst_init(nullptr, nullptr);
+    start_media_framework();
     Error error;
     const auto discoverer = adopt(gst_discoverer_new(Patience, error.out()));
     const Owned<char, g_free> address(g_filename_to_uri(std::filesystem::absolute(path).c_str(), nullptr, nullptr));
