@@ -34,8 +34,8 @@ set(CPACK_DEBIAN_LIBRARY_PACKAGE_SECTION libs)
 set(CPACK_DEBIAN_LIBRARY_DESCRIPTION "Full-screen video ads (libraries)
 The libraries of the controller, of the simulator and of the Linux desktop, and
 their translations.")
-# Loaded for the first page, therefore not found among the libraries' dependencies.
-set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "libwebkitgtk-6.0-4")
+# Loaded for the first page and the first video, therefore not found among the libraries' dependencies.
+set(CPACK_DEBIAN_LIBRARY_PACKAGE_DEPENDS "libwebkitgtk-6.0-4, libavcodec59")
 set(CPACK_DEBIAN_LIBRARY_PACKAGE_RECOMMENDS "${players}, ${more_players}")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libqoro-video-ad-dev)

@@ -7,7 +7,7 @@ set -eu
 build="g++ cmake ninja-build ccache pkg-config git gettext
     nlohmann-json3-dev libcli11-dev libmd-dev libical-dev libpugixml-dev
     libgtk-4-dev libwebkitgtk-6.0-dev libsoup-3.0-dev libpulse-dev
-    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev"
+    libgstreamer1.0-dev libgstreamer-plugins-base1.0-dev libavcodec-dev"
 run="gstreamer1.0-plugins-base gstreamer1.0-plugins-good gstreamer1.0-plugins-bad gstreamer1.0-libav
     gstreamer1.0-pulseaudio libegl1 libgl1-mesa-dri fonts-liberation bubblewrap xdg-dbus-proxy glib-networking
     xvfb dbus"

@@ -224,9 +224,8 @@ void Pipeline::warm_up()
         startup_point("media framework started");
         // Loading these plug-ins takes most of the time to the first picture of a program.
         Workers::all().start([] {
-            for (const char* name :
-                 {"filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse", "appsink",
-                  "audioconvert", "audioresample", "pulsesink"}) {
+            for (const char* name : {"filesrc", "queue2", "decodebin", "multiqueue", "qtdemux", "h264parse", "aacparse",
+                                     "appsink", "audioconvert", "audioresample", "pulsesink"}) {
                 const Element element(gst_element_factory_make(name, nullptr));
             }
             libav();

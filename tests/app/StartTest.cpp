@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -77,6 +78,18 @@ qoro-ad shrink $folder/s.json --while title-cut-off >/dev/null
 status=$?; rm -r $folder; exit $status)");
     EXPECT_EQ(lines_of(run.output), std::vector<std::string>{"1"}) << run.errors;
     EXPECT_EQ(run.status, 0) << run.errors;
+}
+
+TEST(Start, ADesktopCommandWithoutAVideoLoadsNoDecoders)
+{
+    if (!has_desktop())
+        GTEST_SKIP() << "this build has no desktop (QORO_DESKTOP is off)";
+    const std::vector<std::string> libraries = libraries_of("qoro-ad cache list");
+    const auto loads = [&](const std::string& name) {
+        return std::ranges::any_of(libraries, [&](const std::string& each) { return each.starts_with(name); });
+    };
+    EXPECT_TRUE(loads("libgstreamer")) << "the command is not the desktop's: " << testing::PrintToString(libraries);
+    EXPECT_FALSE(loads("libavcodec")) << testing::PrintToString(libraries);
 }
 
 TEST(Start, AProgramWhoseDesktopPartIsMissingSaysSo)

@@ -72,6 +72,16 @@ TEST_F(PlayStart, AnAdWithoutAPageNeedsNoWebEngineNoGraphicsDriverAndNoOtherProc
         EXPECT_EQ(mapped.find(library), std::string::npos) << library;
 }
 
+TEST_F(PlayStart, AVideoIsDecodedWithoutTheLibrariesOfAFilmStudio)
+{
+    PlayedAd played({ad()});
+    ASSERT_TRUE(played.reaches_second(1)) << played.complaints();
+    const std::string mapped = maps_of(played.process());
+    ASSERT_NE(mapped.find("libavcodec"), std::string::npos) << "another decoder plays";
+    for (const char* library : {"libavfilter", "libavformat", "libgstlibav"})
+        EXPECT_EQ(mapped.find(library), std::string::npos) << library;
+}
+
 TEST_F(PlayStart, ItsStepsAreWrittenDown)
 {
     PlayedAd played({ad(), "--trace-startup", points_file()});
