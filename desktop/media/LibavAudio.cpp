@@ -54,6 +54,8 @@ GstFlowReturn LibavAudio::decode(GstBuffer* packet)
     // At the end, nothing is missing: these decoders return each packet's sound at once.
     if (!packet)
         return GST_FLOW_OK;
+    if (!decoder_)
+        return GST_FLOW_NOT_NEGOTIATED;
     GstFlowReturn flow = decoder_->send(packet, 0) ? GST_FLOW_OK : damaged();
     Buffer sound;
     if (flow == GST_FLOW_OK)

@@ -36,17 +36,17 @@ bool LibavDecoder::set_up(const Setup& setup)
     int channels = 0;
     if (gst_structure_get_int(caps, "channels", &channels) && channels > 0)
         libav()->av_channel_layout_default(&context.ch_layout, channels);
-    context.max_pixels = MostPixels;
+    context.err_recognition = AV_EF_CRCCHECK;
     context.thread_count = setup.threads;
     context.thread_type = FF_THREAD_FRAME | FF_THREAD_SLICE;
-    context.err_recognition = AV_EF_CRCCHECK;
-    // Damaged pictures are shown, as are the first ones after a seek to an incomplete one.
-    context.flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
-    // Also crops the left edge where that leaves rows at odd addresses.
-    context.flags |= AV_CODEC_FLAG_UNALIGNED;
-    // Waits for as many pictures as the standard permits before the first one of a stream that does not state its
-    // order; otherwise its first pictures could appear in the wrong order.
-    context.strict_std_compliance = FF_COMPLIANCE_STRICT;
+    if (codec->type == AVMEDIA_TYPE_VIDEO) {
+        context.max_pixels = MostPixels;
+        // Damaged pictures are shown. Also crops the left edge where that leaves rows at odd addresses.
+        context.flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT | AV_CODEC_FLAG_UNALIGNED;
+        // Waits for as many pictures as the standard permits before the first one of a stream that does not state its
+        // order; otherwise its first pictures could appear in the wrong order.
+        context.strict_std_compliance = FF_COMPLIANCE_STRICT;
+    }
     return take_header(gst_structure_get_value(caps, "codec_data")) &&
            libav()->avcodec_open2(&context, codec, nullptr) == 0;
 }

@@ -104,6 +104,10 @@ bool LibavVideo::set_format(GstVideoCodecState* input)
 
 GstFlowReturn LibavVideo::decode(GstVideoCodecFrame* packet)
 {
+    if (!decoder_) {
+        gst_video_decoder_release_frame(element_, packet);
+        return GST_FLOW_NOT_NEGOTIATED;
+    }
     const bool hurried = gst_video_decoder_get_max_decode_time(element_, packet) <= 0;
     if (hurried)
         mark_hurried(packet);
