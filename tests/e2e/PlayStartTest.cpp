@@ -72,7 +72,7 @@ TEST_F(PlayStart, AnAdWithoutAPageNeedsNoWebEngineNoGraphicsDriverAndNoOtherProc
         EXPECT_EQ(mapped.find(library), std::string::npos) << library;
 }
 
-TEST_F(PlayStart, AVideoIsDecodedWithoutTheLibrariesOfAFilmStudio)
+TEST_F(PlayStart, AVideoIsDecodedWithoutLibavfilterAndLibavformat)
 {
     PlayedAd played({ad()});
     ASSERT_TRUE(played.reaches_second(1)) << played.complaints();
