@@ -9,7 +9,7 @@ namespace
 {
 
 /// The largest picture of H.264's and HEVC's level 6.2, in pixels. Larger ones are refused.
-constexpr std::int64_t MostPixels = 8192 * 4352;
+constexpr std::int64_t MostPixels = std::int64_t{8192} * 4352;
 /// Bytes; libavcodec's own limit for what a container stores for a decoder.
 constexpr gsize MostHeader = 1U << 28;
 

@@ -148,8 +148,8 @@ GstCaps* picture_caps()
 {
     std::array<GstVideoFormat, Formats.size()> names{};
     std::ranges::transform(Formats, names.begin(), &Format::gst);
-    const auto repeated = std::ranges::unique(names);
-    return gst_video_make_raw_caps(names.data(), static_cast<guint>(repeated.begin() - names.begin()));
+    auto* const end = std::unique(names.begin(), names.end());
+    return gst_video_make_raw_caps(names.data(), static_cast<guint>(end - names.begin()));
 }
 
 bool same_fields(const PictureForm& one, const PictureForm& other)

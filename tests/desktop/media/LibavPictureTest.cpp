@@ -1,6 +1,7 @@
 #include "DecodedFile.h"
 #include "tests/desktop/app/Command.h"
 
+#include "desktop/glib/Owned.h"
 #include "desktop/media/Decoders.h"
 #include "desktop/media/MediaFramework.h"
 #include "desktop/media/StreamSinks.h"
@@ -20,6 +21,8 @@ namespace qoro::test
 {
 namespace
 {
+
+using Element = Owned<GstElement, gst_object_unref>;
 
 constexpr double Rate = 25;
 
@@ -211,41 +214,46 @@ TEST_F(LibavPictures, AreNotCopiedForTheScreen)
     EXPECT_EQ(originals, 25U);
 }
 
+/// The player's own sinks, and what reaches them.
+struct Received {
+    GstBin* pipeline;
+    StreamSinks sinks{std::make_shared<VideoPictures>(nullptr), true, {}};
+    std::atomic<int> originals = 0;
+    std::atomic<int> copies = 0;
+};
+
+GstPadProbeReturn count_picture(GstPad*, GstPadProbeInfo* info, gpointer received)
+{
+    Received& self = *static_cast<Received*>(received);
+    ++(is_the_decoders_own(GST_PAD_PROBE_INFO_BUFFER(info)) ? self.originals : self.copies);
+    return GST_PAD_PROBE_OK;
+}
+
+void add_sink(GstElement*, GstPad* pad, gpointer received)
+{
+    Received& self = *static_cast<Received*>(received);
+    gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, count_picture, received, nullptr);
+    self.sinks.add(self.pipeline, pad);
+}
+
 TEST_F(LibavPictures, ReachTheScreensSinkWithoutACopy)
 {
     const std::string clip = make("size=160x90:duration=1", Reordered);
     start_media_framework();
-    const Owned<GstElement, gst_object_unref> pipeline(
-        gst_parse_launch("filesrc name=source ! decodebin name=all", nullptr));
-    const Owned<GstElement, gst_object_unref> source(gst_bin_get_by_name(GST_BIN(pipeline.get()), "source"));
-    const Owned<GstElement, gst_object_unref> all(gst_bin_get_by_name(GST_BIN(pipeline.get()), "all"));
+    const Element pipeline(gst_parse_launch("filesrc name=source ! decodebin name=all", nullptr));
+    const Element source(gst_bin_get_by_name(GST_BIN(pipeline.get()), "source"));
+    const Element all(gst_bin_get_by_name(GST_BIN(pipeline.get()), "all"));
     g_object_set(source.get(), "location", clip.c_str(), nullptr);
-    struct Screen {
-        GstBin* pipeline;
-        StreamSinks sinks{std::make_shared<VideoPictures>(nullptr), true, {}};
-        std::atomic<int> originals = 0;
-        std::atomic<int> copies = 0;
-    } screen{GST_BIN(pipeline.get())};
-    const auto on_picture = [](GstPad*, GstPadProbeInfo* info, gpointer data) {
-        Screen& self = *static_cast<Screen*>(data);
-        ++(is_the_decoders_own(GST_PAD_PROBE_INFO_BUFFER(info)) ? self.originals : self.copies);
-        return GST_PAD_PROBE_OK;
-    };
-    static const GstPadProbeCallback Count = on_picture;
-    const auto on_pad = [](GstElement*, GstPad* pad, gpointer data) {
-        Screen& self = *static_cast<Screen*>(data);
-        gst_pad_add_probe(pad, GST_PAD_PROBE_TYPE_BUFFER, Count, data, nullptr);
-        self.sinks.add(self.pipeline, pad);
-    };
-    g_signal_connect(all.get(), "pad-added", G_CALLBACK(+on_pad), &screen);
+    Received received{GST_BIN(pipeline.get())};
+    g_signal_connect(all.get(), "pad-added", G_CALLBACK(add_sink), &received);
     gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
     const Owned<GstBus, gst_object_unref> bus(gst_element_get_bus(pipeline.get()));
     const Owned<GstMessage, gst_message_unref> end(gst_bus_timed_pop_filtered(
         bus.get(), GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
     gst_element_set_state(pipeline.get(), GST_STATE_NULL);
     EXPECT_EQ(GST_MESSAGE_TYPE(end.get()), GST_MESSAGE_EOS);
-    EXPECT_GT(screen.originals, 0);
-    EXPECT_EQ(screen.copies, 0);
+    EXPECT_GT(received.originals, 0);
+    EXPECT_EQ(received.copies, 0);
 }
 
 TEST_F(LibavPictures, ThatAreLateAreDroppedAndReported)
