@@ -9,7 +9,7 @@ namespace qoro
 
 /// Registers this program's own decoders of video and sound in this process: H.264, HEVC, MPEG-4 part 2, AAC, MP3, AC-3
 /// and E-AC-3 through libavcodec. They rank above GStreamer's plugin for libavcodec, which also loads libavfilter and
-/// libavformat with some eighty libraries more. libavcodec is loaded when the first element becomes ready; if it is not
+/// libavformat with some fifty libraries more. libavcodec is loaded when the first element becomes ready; if it is not
 /// installed, the element does not become ready, and decodebin takes another one. GStreamer must be initialised.
 void register_libav_elements();
 
