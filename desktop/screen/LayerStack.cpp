@@ -56,21 +56,35 @@ Layer* LayerStack::find(const ViewNode& view)
 
 // ------------------------------------------------------------------------------------------------------------ Walk
 
-void LayerStack::walk()
+ScreenChange LayerStack::walk()
 {
-    follow_device();
+    const bool turned = follow_device();
+    repainted_ = false;
+    std::vector<std::pair<const Layer*, LayerPlace>> before;
+    for (const Layer* layer : from_below_)
+        before.emplace_back(layer, *layer);
     for (auto& [serial, layer] : layers_)
         layer.shown = false;
     from_below_.clear();
     std::size_t number = 0;
     for (const auto& window : platform_.shared<WindowList>().visible_from_below())
         add(window, 1, *window, number++);
+    const bool same = std::ranges::equal(from_below_, before, [](const Layer* layer, const auto& old) {
+        return layer == old.first && static_cast<const LayerPlace&>(*layer) == old.second;
+    });
     find_reach();
     retire();
     order_widgets();
+    if (turned || !same)
+        return ScreenChange::Places;
+    // A view may have another player.
+    if (repainted_)
+        for (const Layer* layer : from_below_)
+            tell_resolution(*layer);
+    return repainted_ ? ScreenChange::Looks : ScreenChange::None;
 }
 
-void LayerStack::follow_device()
+bool LayerStack::follow_device()
 {
     const DeviceFacts& facts = platform_.device().facts();
     HeldScreen held = viewport_.held;
@@ -78,9 +92,11 @@ void LayerStack::follow_device()
         held.screen = *facts.screen;
     held.turn = held_turn(platform_.device().orientation(), platform_.device().status_bar_orientation(), held.screen,
                           held.turn);
-    if (held.turn != viewport_.held.turn || held.screen != viewport_.held.screen)
+    const bool moved = held.turn != viewport_.held.turn || held.screen != viewport_.held.screen;
+    if (moved)
         gtk_widget_queue_resize(surface_);
     viewport_.held = held;
+    return moved;
 }
 
 void LayerStack::add(const std::shared_ptr<ViewNode>& view, double opacity, const ViewNode& in_window,
@@ -92,12 +108,16 @@ void LayerStack::add(const std::shared_ptr<ViewNode>& view, double opacity, cons
     if (!layer.widget) {
         layer.view = view;
         NodeNews news;
-        news.picture = news_.picture;
+        news.picture = [this, seen = layer.view] {
+            const std::shared_ptr<ViewNode> video = seen.lock();
+            const Layer* shown = video ? find(*video) : nullptr;
+            return shown && shown->shown && news_.picture(*shown);
+        };
         news.activated = [this, seen = layer.view] { news_.activated(seen.lock()); };
         layer.widget = node_widget_new(view, std::move(news));
         gtk_widget_set_parent(layer.widget, surface_);
     }
-    node_widget_update(layer.widget);
+    repainted_ |= node_widget_update(layer.widget);
     layer.shown = true;
     // Alphas multiply: a view's own picture and its subviews fade alike.
     layer.opacity = opacity * std::clamp(view->alpha, 0.0, 1.0);
@@ -216,33 +236,47 @@ void LayerStack::place(const Layer& layer)
     int least = 0;
     gtk_widget_measure(layer.widget, GTK_ORIENTATION_HORIZONTAL, -1, &least, nullptr, nullptr, nullptr);
     gtk_widget_allocate(layer.widget, at.width, at.height, -1, transform);
-    const bool seen = layer.opacity > 0 && meets(at.around(), held.extents());
-    node_widget_set_resolution(layer.widget, size, seen ? scale * gtk_widget_get_scale_factor(surface_) : 0);
+    tell_resolution(layer);
+}
+
+void LayerStack::tell_resolution(const Layer& layer)
+{
+    const WidgetPlace& at = layer.place;
+    const bool seen = layer.opacity > 0 && meets(at.around(), viewport_.held.extents());
+    node_widget_set_resolution(layer.widget, {static_cast<double>(at.width), static_cast<double>(at.height)},
+                               seen ? viewport_.scale * gtk_widget_get_scale_factor(surface_) : 0);
 }
 
 // ---------------------------------------------------------------------------------------------------------- Drawing
 
-void LayerStack::draw(GtkSnapshot* snapshot) const
+std::vector<DrawnNode> LayerStack::draw() const
 {
-    const GdkRGBA black{0, 0, 0, 1};
-    const graphene_rect_t area = rect_of(viewport_.area());
-    gtk_snapshot_append_color(snapshot, &black, &area);
+    std::vector<DrawnNode> drawn;
     for (const Layer* layer : from_below_) {
-        if (layer->opacity <= 0)
-            continue;
-        if (layer->clipped) {
-            const graphene_rect_t clip = rect_of(viewport_.to_surface(layer->clip));
-            gtk_snapshot_push_clip(snapshot, &clip);
-        }
-        // Outside the rotation: GTK's other renderer ignores an opacity inside it.
-        if (layer->opacity < 1)
-            gtk_snapshot_push_opacity(snapshot, layer->opacity);
-        gtk_widget_snapshot_child(surface_, layer->widget, snapshot);
-        if (layer->opacity < 1)
-            gtk_snapshot_pop(snapshot);
-        if (layer->clipped)
-            gtk_snapshot_pop(snapshot);
+        node_widget_catch_up(layer->widget);
+        drawn.push_back(draw(*layer));
     }
+    return drawn;
+}
+
+DrawnNode LayerStack::draw(const Layer& layer) const
+{
+    if (layer.opacity <= 0)
+        return nullptr;
+    GtkSnapshot* snapshot = gtk_snapshot_new();
+    if (layer.clipped) {
+        const graphene_rect_t clip = rect_of(viewport_.to_surface(layer.clip));
+        gtk_snapshot_push_clip(snapshot, &clip);
+    }
+    // Outside the rotation: GTK's other renderer ignores an opacity inside it.
+    if (layer.opacity < 1)
+        gtk_snapshot_push_opacity(snapshot, layer.opacity);
+    gtk_widget_snapshot_child(surface_, layer.widget, snapshot);
+    if (layer.opacity < 1)
+        gtk_snapshot_pop(snapshot);
+    if (layer.clipped)
+        gtk_snapshot_pop(snapshot);
+    return drawn_node(snapshot);
 }
 
 } // namespace qoro

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/screen/DrawnNode.h"
 #include "desktop/screen/NodeWidget.h"
 #include "desktop/screen/Viewport.h"
 #include "platform/Platform.h"
@@ -12,30 +13,44 @@
 #include <unordered_map>
 #include <vector>
 
-typedef struct _GdkSnapshot GtkSnapshot;
 typedef struct _GtkWidget GtkWidget;
 
 namespace qoro
 {
 
+/// Where a view is on the screen.
+struct LayerPlace {
+    /// In points of the held device.
+    WidgetPlace place;
+    /// Of the view and its parents together, 0 to 1.
+    double opacity = 1;
+    /// Whether its window clips it: not where the window covers the screen.
+    bool clipped = false;
+    /// Frame of its window, in points of the held device.
+    CGRect clip;
+
+    friend bool operator==(const LayerPlace&, const LayerPlace&) = default;
+};
+
+/// What a walk has found.
+enum class ScreenChange {
+    None,
+    /// The looks of views, which their widgets draw anew.
+    Looks,
+    /// The places of views: the surface has to place and draw them.
+    Places,
+};
+
 /// A view on the screen.
-struct Layer {
+struct Layer : LayerPlace {
     std::weak_ptr<ViewNode> view;
     /// A child of the surface.
     GtkWidget* widget = nullptr;
     /// Whether the last walk found the view in a visible window, with neither it nor a parent hidden.
     bool shown = false;
-    /// In points of the held device.
-    WidgetPlace place;
-    /// Of the view and its parents together, 0 to 1.
-    double opacity = 1;
     /// Stacking position of its window among the windows, and its own among all shown views; 0 is the bottom.
     std::size_t window = 0;
     std::size_t height = 0;
-    /// Whether its window clips it: not where the window covers the screen.
-    bool clipped = false;
-    /// Frame of its window, in points of the held device.
-    CGRect clip;
 };
 
 /// The views of a platform as layers: one widget for each view, all of them children of one surface, each with its
@@ -46,8 +61,8 @@ class LayerStack
 public:
     /// Callbacks of the layers, while the stack exists.
     struct News {
-        /// A video has a new picture, which the next frame will show.
-        std::function<void()> picture;
+        /// A video has a new picture. Returns whether it is on the screen; otherwise the next frame shows it.
+        std::function<bool(const Layer& video)> picture;
         /// Assistive technology has activated a control.
         std::function<void(const std::shared_ptr<ViewNode>& view)> activated;
     };
@@ -61,11 +76,11 @@ public:
 
     /// Visits the view tree: creates, updates, orders and hides the widgets, and removes those of destroyed views. If
     /// the device's size or rotation has changed, the surface is resized.
-    void walk();
+    ScreenChange walk();
     /// Places the layers in a surface of a new size, in surface points.
     void allocate(int width, int height);
-    /// Draws the device's screen with its layers, on black.
-    void draw(GtkSnapshot* snapshot) const;
+    /// What each of from_below() draws; null for nothing.
+    std::vector<DrawnNode> draw() const;
     /// Calls a function while the device is placed unscaled at the surface's origin, so that a picture of it does not
     /// depend on the monitor's size.
     void unscaled(const std::function<void()>& action);
@@ -84,7 +99,7 @@ public:
     }
 
 private:
-    void follow_device();
+    bool follow_device();
     void add(const std::shared_ptr<ViewNode>& view, double opacity, const ViewNode& in_window,
              std::size_t window_number);
     void find_reach();
@@ -93,6 +108,8 @@ private:
     void order_widgets();
     void place_all();
     void place(const Layer& layer);
+    void tell_resolution(const Layer& layer);
+    DrawnNode draw(const Layer& layer) const;
 
     Platform& platform_;
     GtkWidget* const surface_;
@@ -100,6 +117,8 @@ private:
     Viewport viewport_;
     std::unordered_map<std::uint64_t, Layer> layers_; // keyed by ViewNode::serial
     std::vector<Layer*> from_below_;
+    /// Whether the appearance of a shown view has changed since the last walk began.
+    bool repainted_ = false;
 };
 
 } // namespace qoro

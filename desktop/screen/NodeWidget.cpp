@@ -69,10 +69,15 @@ QoroNodeWidget* self_of(void* widget)
     return static_cast<QoroNodeWidget*>(widget);
 }
 
-void fetch_frame(NodeState& state, const ViewNode& view)
+VideoFrame latest_frame(const NodeState& state, const ViewNode& view)
 {
     const PictureSource* source = picture_source_of(view.player);
-    VideoFrame frame = source && state.resolution > 0 ? source->latest_frame() : VideoFrame();
+    return source && state.resolution > 0 ? source->latest_frame() : VideoFrame();
+}
+
+void fetch_frame(NodeState& state, const ViewNode& view)
+{
+    VideoFrame frame = latest_frame(state, view);
     if (frame.pixels == state.frame.pixels)
         return;
     state.frame = std::move(frame);
@@ -217,8 +222,8 @@ void hear_frames_of(GtkWidget* widget, PlayerEngine* player)
     state.player = player;
     if (PictureSource* source = picture_source_of(player))
         source->on_frame = state.liveness.guard([widget](const NodeState& self) {
-            gtk_widget_queue_draw(widget);
-            self.news.picture();
+            if (!self.news.picture())
+                gtk_widget_queue_draw(widget);
         });
 }
 
@@ -288,13 +293,13 @@ GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view, NodeNews news)
     return widget;
 }
 
-void node_widget_update(GtkWidget* widget)
+bool node_widget_update(GtkWidget* widget)
 {
     NodeState& state = *self_of(widget)->state;
     const std::shared_ptr<ViewNode> view = state.view.lock();
     // The view's revision does not change when its player is destroyed.
     if (!view || (view->revision == state.revision && view->player == state.player))
-        return;
+        return false;
     state.revision = view->revision;
     hear_frames_of(widget, view->player);
     show_page(widget, *view);
@@ -303,6 +308,7 @@ void node_widget_update(GtkWidget* widget)
     if (state.said.role != before)
         show_reach(widget, state);
     gtk_widget_queue_draw(widget);
+    return true;
 }
 
 void node_widget_set_reach(GtkWidget* widget, NodeReach reach)
@@ -349,6 +355,22 @@ void node_widget_set_resolution(GtkWidget* widget, CGSize size, double pixels_pe
         state.spinning.reset();
     else if (!state.spinning)
         state.spinning.reset(g_timeout_add(1000 / spinner_steps, turn_spinner, widget));
+}
+
+VideoFrame node_widget_next_picture(GtkWidget* widget)
+{
+    const NodeState& state = *self_of(widget)->state;
+    const std::shared_ptr<ViewNode> view = state.view.lock();
+    VideoFrame frame = view ? latest_frame(state, *view) : VideoFrame();
+    return frame.width == state.frame.width && frame.height == state.frame.height ? frame : VideoFrame();
+}
+
+void node_widget_catch_up(GtkWidget* widget)
+{
+    const NodeState& state = *self_of(widget)->state;
+    const std::shared_ptr<ViewNode> view = state.view.lock();
+    if (view && view->kind == ViewNode::Kind::Video && latest_frame(state, *view).pixels != state.frame.pixels)
+        gtk_widget_queue_draw(widget);
 }
 
 void node_widget_release(GtkWidget* widget)

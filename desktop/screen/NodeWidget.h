@@ -1,5 +1,6 @@
 #pragma once
 
+#include "desktop/media/VideoFrame.h"
 #include "views/ViewNode.h"
 
 #include <functional>
@@ -15,8 +16,8 @@ namespace qoro
 
 /// Callbacks of a widget, until it is released.
 struct NodeNews {
-    /// The view's video has a new picture, which the next frame will show.
-    std::function<void()> picture;
+    /// The view's video has a new picture. Returns whether it is on the screen; otherwise the next frame shows it.
+    std::function<bool()> picture;
     /// Assistive technology has activated the control. May be empty.
     std::function<void()> activated;
 };
@@ -25,7 +26,8 @@ struct NodeNews {
 GtkWidget* node_widget_new(const std::shared_ptr<ViewNode>& view, NodeNews news);
 
 /// Applies the changes of the view since the last call: its appearance, page or player.
-void node_widget_update(GtkWidget* widget);
+/// @return whether there were any
+bool node_widget_update(GtkWidget* widget);
 /// Reachability of a view for the viewer.
 enum class NodeReach {
     /// Hidden, transparent, off the screen or covered.
@@ -46,6 +48,10 @@ void node_widget_set_pressed(GtkWidget* widget, bool pressed);
 /// pictures. To be called whenever the widget has been placed.
 /// @param size of the widget, in points
 void node_widget_set_resolution(GtkWidget* widget, CGSize size, double pixels_per_point);
+/// The latest picture of the view's video; empty unless it has the size of the picture that was drawn last.
+VideoFrame node_widget_next_picture(GtkWidget* widget);
+/// Draws the widget anew with the screen's frame if its video has a later picture.
+void node_widget_catch_up(GtkWidget* widget);
 /// Detaches the widget from the view, its page and its player.
 void node_widget_release(GtkWidget* widget);
 

@@ -104,8 +104,9 @@ void paint_video(GtkSnapshot* snapshot, const ViewNode& view, const CGRect& area
     cairo_t* cairo = gtk_snapshot_append_cairo(snapshot, &bounds);
     // Whole points and the monitor's scale only, so that the picture's pixels map to device pixels. They replace what
     // lies beneath: when the video is rotated, that costs a third of blending.
-    cairo_translate(cairo, std::floor((area.width - pixels.width / state.resolution) / 2),
-                    std::floor((area.height - pixels.height / state.resolution) / 2));
+    const CGPoint corner =
+        picture_corner({area.width, area.height}, {pixels.width / state.resolution, pixels.height / state.resolution});
+    cairo_translate(cairo, corner.x, corner.y);
     cairo_scale(cairo, 1 / state.resolution, 1 / state.resolution);
     cairo_set_source_surface(cairo, state.picture.get(), 0, 0);
     cairo_rectangle(cairo, 0, 0, pixels.width, pixels.height);
@@ -357,6 +358,11 @@ void paint_spinner(GtkSnapshot* snapshot, const CGRect& area, int step)
 }
 
 } // namespace
+
+CGPoint picture_corner(CGSize area, CGSize picture)
+{
+    return {std::floor((area.width - picture.width) / 2), std::floor((area.height - picture.height) / 2)};
+}
 
 void paint(GtkSnapshot* snapshot, PangoContext* text, const ViewNode& view, CGSize size, const PaintState& state)
 {

@@ -24,6 +24,10 @@ struct PaintState {
 /// Number of a spinner's spokes; it makes one turn per second.
 inline constexpr int spinner_steps = 12;
 
+/// Where a video's picture lies in its view: in the middle, at whole points.
+/// @param area, picture in points
+CGPoint picture_corner(CGSize area, CGSize picture);
+
 /// Draws one view without rotation, from its top left corner, without its subviews and its alpha.
 /// @param text context for layouts
 /// @param size of the view's widget, in whole points

@@ -1,8 +1,10 @@
 #include "desktop/screen/Screen.h"
 
 #include "desktop/glib/Owned.h"
+#include "desktop/screen/DirectVideo.h"
 #include "desktop/screen/FramePacer.h"
 #include "desktop/screen/LayerStack.h"
+#include "desktop/screen/Painting.h"
 #include "desktop/screen/ScreenInput.h"
 #include "desktop/screen/Surface.h"
 #include "desktop/screen/UploadMemory.h"
@@ -14,6 +16,7 @@
 #include <limits>
 #include <optional>
 #include <utility>
+#include <vector>
 
 namespace qoro
 {
@@ -25,6 +28,12 @@ namespace
 constexpr int monitor_margin = 48;
 /// Over what a device's camera, corners and bars may cover: translucent magenta.
 constexpr GdkRGBA CoveredColor{1, 0, 1, 0.35F};
+
+graphene_rect_t rect_of(const CGRect& rect)
+{
+    return GRAPHENE_RECT_INIT(static_cast<float>(rect.x), static_cast<float>(rect.y), static_cast<float>(rect.width),
+                              static_cast<float>(rect.height));
+}
 
 std::string write_png(GdkTexture* picture, const std::string& path)
 {
@@ -75,11 +84,12 @@ public:
 
     void set_help(const std::string& line);
     void show();
-    void update();
+    bool update();
     std::string snapshot_png(const std::string& path);
 
     GtkWindow* window() const { return window_; }
     void views_changed();
+    void marks_changed() { gtk_widget_queue_draw(surface_.get()); }
     const ScreenInput& input() const { return input_; }
 
 private:
@@ -94,7 +104,9 @@ private:
 
     bool is_wide() const;
     double monitor_scale() const;
+    std::vector<DrawnNode> draw_layers(GtkSnapshot* snapshot);
     void mark_safe_areas(GtkSnapshot* snapshot);
+    bool show_picture(const Layer& video);
     void follow_state();
     void reserve_upload_memory();
 
@@ -110,6 +122,7 @@ private:
     FramePacer pacer_;
     LayerStack layers_;
     ScreenInput input_;
+    DirectVideo direct_;
     bool iconified_ = false;
     /// Whether the covered window is wider than high.
     bool wide_ = false;
@@ -146,12 +159,13 @@ struct Screen::Window::Signals {
 Screen::Window::Window(Screen& screen, Platform& platform, GtkWindow* covered)
     : screen_(screen), platform_(platform), covered_(covered ? std::optional<HostContent>(covered) : std::nullopt),
       window_(covered ? covered : GTK_WINDOW(gtk_window_new())), surface_(sink_ref(surface_new(*this))),
-      help_(gtk_label_new(nullptr)), pacer_(surface_.get(), [this] { update(); }),
+      help_(gtk_label_new(nullptr)), pacer_(surface_.get(), [this] { return update(); }),
       layers_(platform, surface_.get(), covered ? std::numeric_limits<double>::infinity() : 1,
-              {.picture = [this] { pacer_.picture_arrived(); },
+              {.picture = [this](const Layer& video) { return pacer_.picture_arrived() && show_picture(video); },
                .activated = [this](const std::shared_ptr<ViewNode>& view) { input_.activate(view); }}),
       input_(platform, window(), surface_.get(), layers_,
-             [this](unsigned keyval, unsigned state) { return screen_.on_key && screen_.on_key(keyval, state); })
+             [this](unsigned keyval, unsigned state) { return screen_.on_key && screen_.on_key(keyval, state); }),
+      direct_(surface_.get())
 {
     GtkWidget* column = gtk_box_new(GTK_ORIENTATION_VERTICAL, 0);
     gtk_box_append(GTK_BOX(column), surface_.get());
@@ -207,12 +221,17 @@ void Screen::Window::show()
     input_.hold_focus(false);
 }
 
-void Screen::Window::update()
+/// @return whether GTK has to draw the screen
+bool Screen::Window::update()
 {
-    layers_.walk();
+    const ScreenChange change = layers_.walk();
     input_.restore_focus();
-    gtk_widget_queue_allocate(surface_.get());
-    gtk_widget_queue_draw(surface_.get());
+    // A layout costs several questions to the X server.
+    if (change == ScreenChange::Places) {
+        gtk_widget_queue_allocate(surface_.get());
+        gtk_widget_queue_draw(surface_.get());
+    }
+    return change != ScreenChange::None;
 }
 
 void Screen::Window::views_changed()
@@ -281,15 +300,53 @@ void Screen::Window::reserve_upload_memory()
 
 void Screen::Window::draw(GtkSnapshot* snapshot)
 {
+    direct_.screen_drawn(draw_layers(snapshot));
+}
+
+/// Draws the device's screen with its layers, on black.
+/// @return what lies on the black, from below: the layers, as they are numbered, and what marks some of them
+std::vector<DrawnNode> Screen::Window::draw_layers(GtkSnapshot* snapshot)
+{
+    const GdkRGBA black{0, 0, 0, 1};
+    const graphene_rect_t device = rect_of(layers_.viewport().area());
+    gtk_snapshot_append_color(snapshot, &black, &device);
     if (covered_) {
-        const GdkRGBA black{0, 0, 0, 1};
         const graphene_rect_t whole = GRAPHENE_RECT_INIT(0, 0, static_cast<float>(gtk_widget_get_width(surface_.get())),
                                                          static_cast<float>(gtk_widget_get_height(surface_.get())));
         gtk_snapshot_append_color(snapshot, &black, &whole);
     }
-    layers_.draw(snapshot);
-    mark_safe_areas(snapshot);
-    input_.draw_focus(snapshot);
+
+    std::vector<DrawnNode> drawn = layers_.draw();
+    GtkSnapshot* marks = gtk_snapshot_new();
+    mark_safe_areas(marks);
+    drawn.push_back(drawn_node(marks));
+    GtkSnapshot* focus = gtk_snapshot_new();
+    input_.draw_focus(focus);
+    drawn.push_back(drawn_node(focus));
+    for (const DrawnNode& each : drawn)
+        if (each)
+            gtk_snapshot_append_node(snapshot, each.get());
+    return drawn;
+}
+
+bool Screen::Window::show_picture(const Layer& video)
+{
+    const VideoFrame frame = node_widget_next_picture(video.widget);
+    const WidgetPlace& at = video.place;
+    // Another video over this one would be shown with the picture that was drawn last.
+    const bool is_below_another = std::ranges::any_of(layers_.from_below(), [&](const Layer* layer) {
+        const std::shared_ptr<ViewNode> view = layer->view.lock();
+        return layer->height > video.height && view && view->kind == ViewNode::Kind::Video;
+    });
+    if (!frame || at.angle != 0 || video.opacity < 1 || video.clipped || is_below_another)
+        return false;
+    const auto& [held, origin, scale, max_scale] = layers_.viewport();
+    const double pixels_per_point = scale * gtk_widget_get_scale_factor(surface_.get());
+    const CGPoint corner = picture_corner({static_cast<double>(at.width), static_cast<double>(at.height)},
+                                          {frame.width / pixels_per_point, frame.height / pixels_per_point});
+    return direct_.put(frame, video.height,
+                       {origin.x + scale * (at.center.x - at.width / 2.0 + corner.x),
+                        origin.y + scale * (at.center.y - at.height / 2.0 + corner.y)});
 }
 
 void Screen::Window::mark_safe_areas(GtkSnapshot* snapshot)
@@ -303,9 +360,7 @@ void Screen::Window::mark_safe_areas(GtkSnapshot* snapshot)
         if (band.width <= 0 || band.height <= 0)
             continue;
         const CGRect place = viewport.to_surface(band);
-        const graphene_rect_t box =
-            GRAPHENE_RECT_INIT(static_cast<float>(place.x), static_cast<float>(place.y),
-                               static_cast<float>(place.width), static_cast<float>(place.height));
+        const graphene_rect_t box = rect_of(place);
         gtk_snapshot_append_color(snapshot, &CoveredColor, &box);
     }
 }
@@ -318,8 +373,8 @@ std::string Screen::Window::snapshot_png(const std::string& path)
     ObjectRef<GdkTexture> picture;
     layers_.unscaled([&] {
         GtkSnapshot* snapshot = gtk_snapshot_new();
-        draw(snapshot);
-        const Owned<GskRenderNode, gsk_render_node_unref> node(gtk_snapshot_free_to_node(snapshot));
+        draw_layers(snapshot);
+        const DrawnNode node = drawn_node(snapshot);
         const CGSize size = layers_.viewport().held.extents();
         const graphene_rect_t device =
             GRAPHENE_RECT_INIT(0, 0, static_cast<float>(size.width), static_cast<float>(size.height));
@@ -384,7 +439,8 @@ void Screen::mark_safe_areas(const SafeAreaInsets& portrait, const SafeAreaInset
 {
     portrait_insets_ = portrait;
     landscape_insets_ = landscape;
-    needs_display();
+    if (open_)
+        open_->marks_changed();
 }
 
 void Screen::hide()

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "desktop/glib/Owned.h"
+#include "desktop/media/VideoFrame.h"
+#include "desktop/screen/DrawnNode.h"
+#include "desktop/screen/Picture.h"
+#include "platform/Geometry.h"
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+typedef struct _GtkWidget GtkWidget;
+
+namespace qoro
+{
+
+/// Puts a video's next picture on an X window without a frame of GTK. For each frame, GTK's Cairo renderer clears an
+/// image of the changed area, draws every layer of it and copies the image, which costs four times as much as putting
+/// the picture, with what lies over it, where the X server reads it. Everything else remains GTK's. Main thread only.
+class DirectVideo
+{
+public:
+    /// @param surface the widget of the screen
+    explicit DirectVideo(GtkWidget* surface);
+    ~DirectVideo();
+    DirectVideo(const DirectVideo&) = delete;
+    DirectVideo& operator=(const DirectVideo&) = delete;
+
+    /// To be called whenever GTK draws the screen.
+    /// @param layers what it draws, from below
+    void screen_drawn(std::vector<DrawnNode> layers);
+    /// Puts a picture in the place of another of the same size that GTK has drawn, opaque and uncut.
+    /// @param layer of the video, as an index of the layers that GTK drew last
+    /// @param corner of the picture, in points of the surface
+    /// @return whether the picture is on the screen; otherwise GTK has to draw it
+    bool put(const VideoFrame& frame, std::size_t layer, CGPoint corner);
+
+private:
+    struct Watch;
+    /// What lies over the video, in pixels of the picture.
+    struct Cover {
+        Picture image;
+        double x = 0;
+        double y = 0;
+    };
+
+    bool prepare(const VideoFrame& frame, std::size_t layer, CGPoint corner);
+    bool open_window();
+    void add_cover(const DrawnNode& node, CGPoint corner, double scale);
+
+    GtkWidget* const surface_;
+    /// The window and its size; null and 0 before the first picture.
+    Picture window_;
+    unsigned long window_id_ = 0;
+    /// The picture as the X server reads it; null when the window cannot be drawn directly.
+    Picture image_;
+    std::vector<DrawnNode> layers_;
+    /// The layer for which the rest is up to date; absent: none.
+    std::optional<std::size_t> prepared_for_;
+    CGPoint place_;
+    std::vector<Cover> covers_;
+    Connections connections_;
+};
+
+} // namespace qoro
