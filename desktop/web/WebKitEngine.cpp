@@ -25,12 +25,13 @@ constexpr double LaunchPoll = 0.01;
 
 // ------------------------------------------------------------------------------------------------ Page restrictions
 
-/// Features that bypass the page's guard (for a worker without a page, or before there is a request), and features that
-/// ads do not need but that affect the machine: the desktop's media controls, the clipboard, the pointer, native
-/// dialogs, devices.
-constexpr std::array<std::string_view, 10> Forbidden{
-    "LinkPreconnect",    "ServiceWorkers",     "SharedWorker", "MediaSession", "AsyncClipboardAPI",
-    "ScreenWakeLockAPI", "SpeechSynthesisAPI", "PointerLock",  "Gamepads",     "InputTypeColor"};
+/// Features that bypass the page's guard (for a worker without a page, or before there is a request), features that end
+/// this program where WebKit draws without OpenGL (view transitions; WebKit 2.50), and features that ads do not need
+/// but that affect the machine: the desktop's media controls, the clipboard, the pointer, native dialogs, devices.
+constexpr std::array<std::string_view, 12> Forbidden{
+    "LinkPreconnect", "ServiceWorkers",    "SharedWorker",      "ViewTransitions",    "CrossDocumentViewTransitions",
+    "MediaSession",   "AsyncClipboardAPI", "ScreenWakeLockAPI", "SpeechSynthesisAPI", "PointerLock",
+    "Gamepads",       "InputTypeColor"};
 
 void forbid_features(WebKitSettings* settings)
 {

@@ -20,5 +20,14 @@ TEST_F(PageSurroundingsTest, FeaturesThatNoAdNeedsAreMissing)
     EXPECT_TRUE(recorder.has(R"(note["text"])")) << recorder.heard[1];
 }
 
+// They would end this program where WebKit draws without OpenGL: by a script, and by a rule of two pages' styles.
+TEST_F(PageSurroundingsTest, ViewTransitionsAreMissing)
+{
+    load_script("note(...['startViewTransition'].filter(n => n in document),"
+                "  ...['ViewTransition', 'CSSViewTransitionRule'].filter(n => n in window), 'none else')");
+    wait_for("finish");
+    EXPECT_TRUE(recorder.has(R"(note["none else"])")) << recorder.heard[1];
+}
+
 } // namespace
 } // namespace qoro::test
