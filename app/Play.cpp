@@ -1,5 +1,6 @@
 #include "app/Play.h"
 
+#include "app/GraphicsCard.h"
 #include "app/PlayInput.h"
 #include "app/PlayedSession.h"
 #include "app/TraceFile.h"
@@ -60,7 +61,10 @@ int play(const PlayOptions& given)
     g_set_prgname("qoro-ad");
     // The page of a tag is not known yet.
     const bool pages = !input.ad || input.ad->strWebViewUrl;
-    prepare_program(pages);
+    const bool card = has_graphics_card();
+    prepare_program(pages && card);
+    if (!card)
+        composite_pages_without_card();
     // Loading the decoders takes longest. GStreamer starts before the toolkit, not beside it: both register fundamental
     // types, and GObject does not assign the numbers of these atomically.
     Pipeline::warm_up();

@@ -1,4 +1,5 @@
 #include "Places.h"
+#include "tests/e2e/Picture.h"
 #include "tests/e2e/PlayedAd.h"
 
 #include <gtest/gtest.h>
@@ -8,6 +9,7 @@
 #include <fstream>
 #include <map>
 #include <string>
+#include <system_error>
 #include <unistd.h>
 #include <utility>
 #include <vector>
@@ -19,6 +21,12 @@ namespace qoro::test
 
 namespace
 {
+
+bool has_graphics_card()
+{
+    std::error_code failed;
+    return std::filesystem::exists("/dev/dri", failed) || std::filesystem::exists("/dev/nvidiactl", failed);
+}
 
 /// An ad with a video and no page.
 class PlayStart : public testing::Test
@@ -33,6 +41,15 @@ protected:
             "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})";
     }
     ~PlayStart() override { std::filesystem::remove_all(folder); }
+
+    /// Gives the ad a page below the video, which begins 255 points below the screen's top.
+    void add_page(const std::string& html) const
+    {
+        std::ofstream(folder + "/page.html") << html;
+        std::ofstream(folder + "/ad.json") << R"({"strVideoUrl": "clip.mp4", "strWebViewUrl": "page.html",
+            "fVideoWidth": 16, "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP",
+            "bIsAutoStart": true, "strBackgroundColor": "4278190080"})";
+    }
 
     std::string ad() const { return folder + "/ad.json"; }
     std::string points_file() const { return folder + "/start.jsonl"; }
@@ -108,10 +125,7 @@ TEST_F(PlayStart, ItsStepsAreWrittenDown)
 // On a slow machine the page waits half a second at most.
 TEST_F(PlayStart, APageBeginsAfterTheFirstPicture)
 {
-    std::ofstream(folder + "/page.html") << "<html><head></head><body>page</body></html>";
-    std::ofstream(folder + "/ad.json")
-        << R"({"strVideoUrl": "clip.mp4", "strWebViewUrl": "page.html", "fVideoWidth": 16,
-        "fVideoHeight": 9, "portraitModeType": 2, "portraitVideoPos": "TOP", "bIsAutoStart": true})";
+    add_page("<html><head></head><body>page</body></html>");
     PlayedAd played({ad(), "--trace-startup", points_file()});
     ASSERT_TRUE(played.eventually([&] {
         const auto reached = points();
@@ -122,6 +136,36 @@ TEST_F(PlayStart, APageBeginsAfterTheFirstPicture)
     EXPECT_LT(at["page begun"], at["page loaded"]);
     const bool waited_in_vain = at["page begun"] - at["ad opened"] >= 0.5;
     EXPECT_TRUE(waited_in_vain || at["first picture decoded"] <= at["page begun"]);
+}
+
+TEST_F(PlayStart, AnAdWithAPageNeedsNoGraphicsDriverWithoutAGraphicsCard)
+{
+    if (has_graphics_card())
+        GTEST_SKIP() << "this machine has a graphics card";
+    add_page("<html><head></head><body>page</body></html>");
+    PlayedAd played({ad(), "--trace-startup", points_file()});
+    ASSERT_TRUE(played.eventually([&] { return points().contains("page loaded"); })) << played.complaints();
+
+    const std::string mapped = maps_of(played.process());
+    ASSERT_NE(mapped.find("libwebkitgtk"), std::string::npos) << "the page is in another program";
+    for (const char* library : {"libLLVM", "swrast_dri"})
+        EXPECT_EQ(mapped.find(library), std::string::npos) << library;
+}
+
+TEST_F(PlayStart, MovementOnAPageLeavesNoTrail)
+{
+    add_page("<html><head></head><body style='margin: 0'><div id='box' style='position: absolute; top: 100px; "
+             "background: #00ff00; width: 20px; height: 20px'></div><script>let x = 0; const step = () => { "
+             "x = Math.min(x + 5, 250); box.style.left = x + 'px'; requestAnimationFrame(step); }; step();"
+             "</script></body></html>");
+    PlayedAd played({ad()});
+    const Colour green{0, 255, 0};
+    double trail = -1;
+    EXPECT_TRUE(played.shows([&](const Picture& screen) {
+        trail = screen.share_of(green, 0, 340, 245, 60);
+        return alike(screen.at(260, 365), green);
+    })) << played.complaints();
+    EXPECT_EQ(trail, 0);
 }
 
 TEST_F(PlayStart, AFileThatCannotBeWrittenIsNamed)
