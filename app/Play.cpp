@@ -77,12 +77,13 @@ int play(const PlayOptions& given)
     if (options.no_web_sandbox) {
         std::cerr << "qoro-ad: the page runs without a sandbox\n";
         give_up_sandbox();
-    } else if (!sandbox.get()) {
+    }
+    PlayedSession session(options, std::move(input), std::move(trace_file));
+    if (!sandbox.get())
         return lacks("the page's sandbox does not work here; --no-web-sandbox goes on without one, "
                      "for pages that you trust");
-    }
     startup_point("sandbox tried");
-    return PlayedSession(options, std::move(input), std::move(trace_file)).run();
+    return session.run();
 }
 
 } // namespace qoro
