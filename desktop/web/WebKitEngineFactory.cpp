@@ -66,24 +66,25 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
 {
     return std::make_unique<LateWebEngine>(
         platform_, listener, [this, &listener, kind] { return make_engine(listener, kind); },
-        [this, kind, first = std::optional<FirstLoad>()]() mutable {
-            if (!first)
-                first = begin_load(kind);
-            const bool held = on_hold && on_hold() && platform_.loop().now() < first->hold_until;
-            return !held && loads_webkit_beside() && (!first->network || first->network->is_over());
-        });
+        [this, kind, first = FirstLoad()]() mutable { return may_begin(first, kind); });
 }
 
-/// The processes are tried while the video starts.
-WebKitEngineFactory::FirstLoad WebKitEngineFactory::begin_load(PageKind kind) const
+/// The trials take as much of the processor as a video's first picture, so they begin after it, beside WebKit's
+/// loading.
+bool WebKitEngineFactory::may_begin(FirstLoad& load, PageKind kind) const
 {
-    FirstLoad load{.hold_until = platform_.loop().now() + LongestHold, .network = {}};
-    // The outcome of this trial is awaited by the load itself.
-    try_launch(WebProcess::Page, LaunchCounts);
-    const Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
-    if (!family.context)
-        load.network = try_launch(WebProcess::Network, LaunchCounts);
-    return load;
+    if (!load.hold_until)
+        load.hold_until = platform_.loop().now() + LongestHold;
+    if (on_hold && on_hold() && platform_.loop().now() < *load.hold_until)
+        return false;
+    if (!std::exchange(load.is_tried, true)) {
+        // The outcome of this trial is awaited by the load itself.
+        try_launch(WebProcess::Page, LaunchCounts);
+        const Family& family = kind == PageKind::Creative ? creatives_ : browsed_;
+        if (!family.context)
+            load.network = try_launch(WebProcess::Network, LaunchCounts);
+    }
+    return loads_webkit_beside() && (!load.network || load.network->is_over());
 }
 
 std::unique_ptr<WebKitEngine> WebKitEngineFactory::make_engine(WebListener& listener, PageKind kind)

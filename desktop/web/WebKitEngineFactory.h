@@ -55,12 +55,15 @@ private:
     };
     /// The first load of an engine, until its view may be created.
     struct FirstLoad {
-        /// Seconds of the loop's clock until which a video that starts goes first.
-        double hold_until;
+        /// Seconds of the loop's clock until which a video that starts goes first; absent until may_begin() is asked.
+        std::optional<double> hold_until = {};
+        /// Whether the trials of WebKit's processes have begun.
+        bool is_tried = false;
         /// Of the process for the family's requests; absent if that runs.
-        std::optional<LaunchTrial> network;
+        std::optional<LaunchTrial> network = {};
     };
-    FirstLoad begin_load(PageKind kind) const;
+    /// Whether the view may be created now. Begins what that needs.
+    bool may_begin(FirstLoad& load, PageKind kind) const;
     /// @throws std::runtime_error if pages cannot be guarded
     std::unique_ptr<WebKitEngine> make_engine(WebListener& listener, PageKind kind);
     /// Sets up a family on first use.
