@@ -22,7 +22,10 @@ public:
     /// The ad before the session changes it, with absolute addresses. Without it, as for a tag, no property is named.
     void set_ad(std::shared_ptr<const QoroVideoAd> authored) { authored_ = std::move(authored); }
 
+    /// Takes the failures of pages and videos from the session's events.
     void receive(const Event& event);
+    /// @param address of what did not load
+    /// @param reason one line
     void content_failed(const std::string& address, const std::string& reason);
     /// The duration of a video is known, in seconds; the first is that of the ad's own.
     void duration_known(double duration);

@@ -42,6 +42,7 @@ public:
     /// Puts the recording between the session and the machine. Once, before the session.
     /// @param controls what the session's steps change
     void connect(DesktopPlatform& machine, SessionControls& controls);
+    /// For the session's steps; after connect().
     SessionControls& controls() { return *controls_; }
 
     /// Starts the recording of an ad.

@@ -18,7 +18,7 @@ struct StudioOptions {
     ReportOptions report;
     /// Whether the page opens in the desktop's browser.
     bool open = false;
-    /// Options of `qoro-ad play` for the real thing in its window.
+    /// Options that are passed on to `qoro-ad play`.
     bool no_web_sandbox = false;
     bool allow_private_network = false;
 };

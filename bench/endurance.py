@@ -8,8 +8,8 @@ Run it through tools/with_display.sh.
 minute  a minute of 720p30, 720p60 and 1080p30 each, in the band: frames missed and their deviation from an even grid
 heavy   20 s of 4K at 30 frames a second, and of 720p at 120: frames shown a second and the longest time between two,
         beside mpv
-hour    an ad that is turned, paused and replayed: memory (PSS) of all its processes each minute, and its growth from the
-        second minute to the end; --minutes shortens it
+hour    an ad that is turned, paused and replayed: memory of all its processes each minute (PSS, and its
+        anonymous part, which other programs do not influence); --minutes shortens it
 
 Prints one JSON object; --keep stores it for docs/measures.md.
 """
@@ -17,6 +17,7 @@ import argparse
 import json
 import pathlib
 import subprocess
+import sys
 import tempfile
 import time
 
@@ -80,14 +81,17 @@ class Bench:
             at += 20
         (self.folder / "steps.json").write_text(json.dumps(steps))
         player = programs.Player(self.qoro("--steps", str(self.folder / "steps.json"), "--for", str(seconds + 30)))
-        megabytes = []
+        pss, anonymous = [], []
         for minute in range(1, self.options.minutes + 1):
             time.sleep(max(0, player.began + minute * 60 - time.clock_gettime(time.CLOCK_MONOTONIC)))
             if player.process.poll() is not None:
                 player.fail("early end")
-            megabytes.append(round(programs.pss_megabytes(player.tree()), 1))
+            pids = player.tree()
+            pss.append(round(programs.pss_megabytes(pids), 1))
+            anonymous.append(round(programs.memory_megabytes(pids, "Anonymous"), 1))
+            print(minute, pss[-1], anonymous[-1], file=sys.stderr, flush=True)
         player.end()
-        return {"megabytes": megabytes, "growth": round(megabytes[-1] / megabytes[min(1, len(megabytes) - 1)], 3)}
+        return {"pss": pss, "anonymous": anonymous}
 
 
 def main():

@@ -47,16 +47,21 @@ def cpu_seconds(pids):
     return total / TICKS
 
 
-def pss_megabytes(pids):
+def memory_megabytes(pids, field):
+    """A field of smaps_rollup, added up: "Pss", or "Anonymous", which other programs do not influence."""
     total = 0
     for pid in pids:
         try:
             for line in pathlib.Path(f"/proc/{pid}/smaps_rollup").read_text().splitlines():
-                if line.startswith("Pss:"):
+                if line.startswith(field + ":"):
                     total += int(line.split()[1])
         except OSError:
             pass
     return total / 1024
+
+
+def pss_megabytes(pids):
+    return memory_megabytes(pids, "Pss")
 
 
 def sandbox():

@@ -87,9 +87,9 @@ def heavy_table(section):
 
 
 def hour_text(section):
-    memory = section["megabytes"]
-    return [f"- An ad that is turned, paused and replayed for {len(memory)} minutes: {memory[1]:.1f} MB (PSS of all its "
-            f"processes) after the second minute, {max(memory):.1f} MB at most, {memory[-1]:.1f} MB at the end."]
+    pss, anonymous = section["pss"], section["anonymous"]
+    return [f"- An ad that is turned, paused and replayed for {len(pss)} minutes: after the second minute {pss[1]:.1f} MB (PSS of "
+            f"all its processes), of them {anonymous[1]:.1f} MB anonymous; at the end {pss[-1]:.1f} and {anonymous[-1]:.1f} MB."]
 
 
 def latency(section):

@@ -11,7 +11,7 @@ namespace qoro
 struct Listening {
     /// "127.0.0.1:41327"; empty after a failure.
     std::string host;
-    /// Why it does not listen.
+    /// Why it does not listen; empty if it does.
     std::string error;
 };
 

@@ -72,7 +72,7 @@ private:
     std::string reason_;
     /// Calls that wait for the engine.
     std::vector<std::function<void(WebKitEngine&)>> waiting_;
-    /// Asks whether the view may be created; 0 once it was.
+    /// The timer that asks whether the view may be created; 0 when none runs.
     TimerId asking_ = 0;
     /// The address of the last load; null for a page from its source.
     NSURL address_;

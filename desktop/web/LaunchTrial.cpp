@@ -174,7 +174,7 @@ private:
         if (!speaks_ && status == 0)
             return "";
         if (speaks_ && words.empty() && WIFEXITED(status) && WEXITSTATUS(status) == 1 &&
-            webkit_get_minor_version() > LastKnownMinor)
+            load_webkit().empty() && webkit_get_minor_version() > LastKnownMinor)
             return "";
         if (!words.empty())
             return words;

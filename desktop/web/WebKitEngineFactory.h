@@ -41,7 +41,8 @@ public:
     std::unique_ptr<WebEngine> make_web_engine(WebListener& listener, PageKind kind) override;
     /// Loads what WebKit needs for a creative, tens of milliseconds once per program, so that the first ad need not.
     /// Starts no process of a page. No effect after the first creative.
-    /// @return false, and no effect, while it is not known whether WebKit's processes start here: try again later
+    /// @return false while WebKit is being loaded, or while it is not known whether its processes start here: try again
+    ///     later
     bool warm_up();
 
     /// Whether new pages are to wait, half a second at most each, because something more urgent starts. May be empty.

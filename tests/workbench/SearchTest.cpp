@@ -221,7 +221,7 @@ TEST(Search, FollowsASessionThatNeverEndsForAThousandMoments)
     for (const Moment& moment : run_course(setup.run, 0, course, {}).moments)
         if (const auto scale = std::ranges::find(moment.moves, "tap btnScreenScale", &Move::name);
             scale != moment.moves.end() && course.size() == 1)
-            course.push_back({to_microseconds(0.2), *scale});
+            course.push_back({moment.at, *scale});
     ASSERT_EQ(course.size(), 2u);
     const CourseRun endless = run_course(setup.run, 0, course, {});
     EXPECT_EQ(endless.moments.size(), 1000u);
