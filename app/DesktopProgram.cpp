@@ -29,8 +29,7 @@ bool is_scenario_file(const std::string& input)
 {
     // What is read from a pipe here would be missing later.
     std::error_code unknown;
-    if (input == "-" ||
-        (std::filesystem::exists(input, unknown) && !std::filesystem::is_regular_file(input, unknown)))
+    if (input == "-" || (std::filesystem::exists(input, unknown) && !std::filesystem::is_regular_file(input, unknown)))
         return false;
     try {
         return read_ad_input(input, InputKind::Scenario).kind == InputKind::Scenario;

@@ -366,9 +366,7 @@ int Studio::run()
     // Before the address: a reader of it may end the program at once.
     for (const int signal : Signals)
         g_unix_signal_add(
-            signal,
-            [](gpointer studio) -> gboolean { static_cast<Studio*>(studio)->end(); },
-            this);
+            signal, [](gpointer studio) -> gboolean { static_cast<Studio*>(studio)->end(); }, this);
     std::cout << server_.address() << std::endl;
     if (Error failed;
         options_.open && !g_app_info_launch_default_for_uri(server_.address().c_str(), nullptr, failed.out()))

@@ -5,9 +5,9 @@
 //
 // X Y WIDTH HEIGHT: the player's picture on the screen. RATE: the clip's frames per second, 30 by default. Reads for
 // SECONDS from the first frame seen (gives up after 10 s without one), then prints one JSON object: time of the first
-// frame (seconds of CLOCK_MONOTONIC), frames seen and missed, deviation of the frames from an even grid (median and 99th
-// percentile, in ms), and the longest time between two frames (in ms). Deviation and longest time exclude the first
-// second.
+// frame (seconds of CLOCK_MONOTONIC), frames seen and missed, deviation of the frames from an even grid (median and
+// 99th percentile, in ms), and the longest time between two frames (in ms). Deviation and longest time exclude the
+// first second.
 //
 // The bar code: a strip a third of the way down the picture, sixteen fields of equal width, lowest bit first. The upper
 // eight fields are the lower eight inverted, so that a torn or foreign picture never decodes to a number.

@@ -173,8 +173,8 @@ private:
         const std::string words = last_line_of(complaints_.get());
         if (!speaks_ && status == 0)
             return "";
-        if (speaks_ && words.empty() && WIFEXITED(status) && WEXITSTATUS(status) == 1 &&
-            load_webkit().empty() && webkit_get_minor_version() > LastKnownMinor)
+        if (speaks_ && words.empty() && WIFEXITED(status) && WEXITSTATUS(status) == 1 && load_webkit().empty() &&
+            webkit_get_minor_version() > LastKnownMinor)
             return "";
         if (!words.empty())
             return words;

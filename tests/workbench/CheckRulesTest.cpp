@@ -336,9 +336,9 @@ TEST(Check, AnEventThatThePageItselfMayCauseIsNotInVain)
 TEST(Check, EveryEventOfThePlayerIsHeardInASoundAd)
 {
     std::string script;
-    for (const char* event : {"video_loading", "video_loaded", "video_play", "video_pause", "video_ended",
-                              "video_timeupdate", "video_volumechange", "video_orientation", "video_visibilitychange",
-                              "onhide", "controlschange"})
+    for (const char* event :
+         {"video_loading", "video_loaded", "video_play", "video_pause", "video_ended", "video_timeupdate",
+          "video_volumechange", "video_orientation", "video_visibilitychange", "onhide", "controlschange"})
         script += "qoroPlayer.addEventListener('" + std::string(event) + "', f);";
     const auto findings = found_in(base_of(scenario_of(page_with(script))));
     EXPECT_TRUE(findings.empty()) << text_of(findings);

@@ -109,10 +109,20 @@ bool page_brings_video(std::string_view page)
     return contains(page, "playNextVideo") || loads_other_scripts(page);
 }
 
-bool has_sent(const CheckedSession& session, std::string_view event)
+/// When an event was first sent to the page, in seconds; absent if never.
+std::optional<double> first_sent(const CheckedSession& session, std::string_view event)
 {
-    return std::ranges::any_of(session.lines(),
-                               [&](const CheckedLine& line) { return line.what == "js" && line.event == event; });
+    const auto line = std::ranges::find_if(
+        session.lines(), [&](const CheckedLine& each) { return each.what == "js" && each.event == event; });
+    return line == session.lines().end() ? std::nullopt : std::optional(in_seconds(line->at));
+}
+
+/// Whether the video played to its end; a video that fails has an end, too.
+bool has_full_view(const CheckedSession& session)
+{
+    const auto played = first_sent(session, "video_play");
+    const auto ended = first_sent(session, "video_ended");
+    return played && ended && *ended - *played >= session.scenario().world.video.duration - 0.001;
 }
 
 } // namespace
@@ -176,14 +186,14 @@ std::vector<Suspicion> event_never_sent(const CheckedSession& session)
         return {};
     const bool has_video = session.ad()->strVideoUrl.length() > 0;
     const double watched = in_seconds(session.record().end) - *session.opened();
-    if (has_video ? !has_sent(session, "video_ended") : watched < session.course().policy_seconds)
+    if (has_video ? !has_full_view(session) : watched < session.course().policy_seconds)
         return {};
     std::vector<Suspicion> suspicions;
     for (const std::string& name : events_in(*page, "qoroPlayer")) {
         const auto event = std::ranges::find(PlayerEvents, name, &PlayerEvent::name);
         const bool is_due = event != PlayerEvents.end() &&
                             (event->sent == Sent::InFullView || (event->sent == Sent::WithVideo && !has_video));
-        if (is_due && !has_sent(session, name))
+        if (is_due && !first_sent(session, name))
             suspicions.push_back({.sentence = "the page listens to \"" + name + "\", which this ad never sends",
                                   .path = "/strWebViewUrl",
                                   .key = name,

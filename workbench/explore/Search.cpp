@@ -382,8 +382,7 @@ private:
             result_.not_covered.push_back("courses of more than " + std::to_string(options_.depth) +
                                           (options_.depth == 1 ? " move" : " moves"));
         if (restless_ > 0)
-            result_.not_covered.push_back("what follows in " + std::to_string(restless_) +
-                                          " sessions that never end");
+            result_.not_covered.push_back("what follows in " + std::to_string(restless_) + " sessions that never end");
         for (const std::string& each : setup_.page.missing)
             result_.not_covered.push_back(each);
         result_.not_covered.emplace_back(
