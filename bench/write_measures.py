@@ -87,9 +87,13 @@ def heavy_table(section):
 
 
 def hour_text(section):
-    pss, anonymous = section["pss"], section["anonymous"]
-    return [f"- An ad that is turned, paused and replayed for {len(pss)} minutes: after the second minute {pss[1]:.1f} MB (PSS of "
-            f"all its processes), of them {anonymous[1]:.1f} MB anonymous; at the end {pss[-1]:.1f} and {anonymous[-1]:.1f} MB."]
+    pss, anonymous = section["pss"], section.get("anonymous")
+    text = (f"- An ad that is turned, paused and replayed for {len(pss)} minutes: {pss[1]:.0f} MB after the second minute (PSS "
+            f"of all its processes), {min(pss):.0f} to {max(pss):.0f} MB until the end. PSS depends on the other programs that "
+            "share its libraries, which came and went.")
+    if anonymous:
+        text += f" Its anonymous memory was {anonymous[1]:.1f} MB after the second minute and {anonymous[-1]:.1f} MB at the end."
+    return [text, f"  {section['date']}, commit {section['commit']}."]
 
 
 def latency(section):
@@ -173,6 +177,9 @@ def rendered():
             lines.append(line)
             continue
         section, part = line[1:].split(".")
+        if section not in every:
+            lines += ["Not measured yet."] if part == "table" else []
+            continue
         lines += (TABLES[section] if part == "table" else MAKERS[part])(every[section])
     return {DOCS / "measures.md": "\n".join(lines) + "\n", DOCS / "start.svg": start_picture(every["start"])}
 
