@@ -38,7 +38,7 @@ namespace qoro
 
 /// The functions by their own names: libav()->avcodec_open2(…).
 struct LibavFunctions {
-#define QORO_LIBAV_MEMBER(name) decltype(&::name) name;
+#define QORO_LIBAV_MEMBER(name) decltype(&::name) name; // NOLINT(bugprone-macro-parentheses): a name
     QORO_LIBAV_FUNCTIONS(QORO_LIBAV_MEMBER)
 #undef QORO_LIBAV_MEMBER
 };

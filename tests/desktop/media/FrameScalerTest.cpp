@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <functional>
 #include <string>
 
@@ -41,8 +42,8 @@ DecodedSample frame_of(int width, int height, const std::function<Yuv(int x, int
             for (int x = 0; x < GST_VIDEO_FRAME_COMP_WIDTH(&frame, component); ++x) {
                 const Yuv pixel = at(std::min(x << shift, width - 1), std::min(y << shift, height - 1));
                 auto* row = static_cast<guint8*>(GST_VIDEO_FRAME_COMP_DATA(&frame, component)) +
-                            y * GST_VIDEO_FRAME_COMP_STRIDE(&frame, component);
-                row[x * GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, component)] =
+                            std::ptrdiff_t{y} * GST_VIDEO_FRAME_COMP_STRIDE(&frame, component);
+                row[std::ptrdiff_t{x} * GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, component)] =
                     static_cast<guint8>(component == 0   ? pixel.luma
                                         : component == 1 ? pixel.cb
                                                          : pixel.cr);
