@@ -43,7 +43,9 @@ void OrderedWork::add(Work work)
     auto task = std::make_shared<Task>();
     task->work = std::move(work);
     std::unique_lock lock(mutex_);
-    room_.wait(lock, [this] { return tasks_.size() < most_tasks_; });
+    // Waits for half of the room, not for each task: a thread that wakes costs as much as a short task.
+    if (tasks_.size() >= most_tasks_)
+        room_.wait(lock, [this] { return tasks_.size() <= most_tasks_ / 2; });
     tasks_.push_back(task);
     waiting_.push_back(std::move(task));
     work_.notify_one();
@@ -79,7 +81,8 @@ void OrderedWork::write_what_is_done(std::unique_lock<std::mutex>& lock)
         finished_(task->complaint);
         lock.lock();
         tasks_.pop_front();
-        room_.notify_one();
+        if (tasks_.size() == most_tasks_ / 2)
+            room_.notify_one();
     }
     writing_ = false;
 }

@@ -42,13 +42,14 @@ def ratios(section):
 
 
 def start_table(section):
-    lines = ["| program | first frame on the screen, ms | ratio |", "|---|---|---|"]
+    lines = ["| program | first frame on the screen, ms | ratio | page on the screen, ms |", "|---|---|---|---|"]
     names = {"without a page": "`qoro-ad play`, ad without a page", "with a page": "`qoro-ad play`, ad with a page",
              "before, without a page": "the earlier build, ad without a page",
              "before, with a page": "the earlier build, ad with a page"}
     for label, steps in section["medians"].items():
         first = steps["first frame on the screen"]
-        lines.append(f"| {names.get(label, '`' + label + '`')} | {first:.0f} | {section['ratios'][label]:.2f} |")
+        page = f"{steps['page on the screen']:.0f}" if "page on the screen" in steps else ""
+        lines.append(f"| {names.get(label, '`' + label + '`')} | {first:.0f} | {section['ratios'][label]:.2f} | {page} |")
     return lines
 
 
@@ -116,7 +117,8 @@ LANES = (
                        ("media framework started", "decoders loaded", "decoders"))),
     ("video", (("video requested", "first picture decoded", "load, first picture"),
                ("first picture decoded", "first frame on the screen", "screen"))),
-    ("page", (("page's view created", "page loaded", "page's processes, load"),)),
+    ("page", (("page's view created", "page loaded", "page's processes, load"),
+              ("page loaded", "page on the screen", "screen"))),
 )
 COLOURS = ("#3b6ea5", "#b5651d", "#4a7c4e", "#7d5ba6")
 

@@ -165,9 +165,10 @@ int grown(const char* what, std::ptrdiff_t now, std::ptrdiff_t before, std::ptrd
 int soak(int ads, const fs::path& folder, long most)
 {
     const fs::path temporary = fs::temp_directory_path();
-    DesktopPlatform::Options options;
-    options.silent = true;
-    DesktopPlatform platform(options);
+    // On the heap: GCC 12 takes a member of a local variable for uninitialized (-Wmaybe-uninitialized).
+    const auto options = std::make_unique<DesktopPlatform::Options>();
+    options->silent = true;
+    DesktopPlatform platform(*options);
     platform.display().show();
     Holdings warm;
     for (int n = 1; n <= ads; ++n) {
