@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <string>
+#include <thread>
 #include <utility>
 
 namespace qoro
@@ -18,6 +19,12 @@ namespace
 using Caps = Owned<GstCaps, gst_caps_unref>;
 using Pad = Owned<GstPad, gst_object_unref>;
 using Sample = Owned<GstSample, gst_sample_unref>;
+
+/// Time for the main thread to show a picture before the decoder continues. If all processors are busy, the scheduler
+/// lets the main thread wait for the decoder, which makes the picture up to 3 ms late.
+constexpr std::chrono::milliseconds HeadStart{1};
+/// What a frame has to be ready before it is due for the decoder to wait that long.
+constexpr std::chrono::milliseconds TimeToSpare{4};
 
 /// Whether a sink plays a buffer. Buffers before the target of a seek are only decoded.
 bool lies_within_segment(GstPad* pad, GstBuffer* buffer)
@@ -90,6 +97,7 @@ bool StreamSinks::add_picture(GstBin* pipeline, GstPad* pad)
     gst_bin_add(pipeline, sink);
     const Pad entry(gst_element_get_static_pad(sink, "sink"));
     watch(entry.get());
+    gst_pad_add_probe(entry.get(), GST_PAD_PROBE_TYPE_BUFFER, on_frame, this, nullptr);
     gst_pad_add_probe(entry.get(), GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM, on_allocation, nullptr, nullptr);
     gst_pad_link(pad, entry.get());
     gst_element_sync_state_with_parent(sink);
@@ -162,6 +170,20 @@ GstPadProbeReturn StreamSinks::on_data(GstPad* pad, GstPadProbeInfo* info, gpoin
     return GST_PAD_PROBE_OK;
 }
 
+/// The sink waits until a frame is due. Its picture is made before, so that it is not late by the time that takes.
+GstPadProbeReturn StreamSinks::on_frame(GstPad* pad, GstPadProbeInfo* info, gpointer sinks)
+{
+    StreamSinks& self = *static_cast<StreamSinks*>(sinks);
+    GstBuffer* frame = GST_PAD_PROBE_INFO_BUFFER(info);
+    const Caps caps(gst_pad_get_current_caps(pad));
+    if (caps && lies_within_segment(pad, frame)) {
+        const Sample sample(gst_sample_new(frame, caps.get(), nullptr, nullptr));
+        self.pictures_->prepare(sample.get());
+    }
+    self.frame_ready_ = Clock::now();
+    return GST_PAD_PROBE_OK;
+}
+
 GstFlowReturn StreamSinks::on_preroll(GstAppSink* sink, gpointer sinks)
 {
     if (const Sample sample{gst_app_sink_pull_preroll(sink)})
@@ -171,8 +193,12 @@ GstFlowReturn StreamSinks::on_preroll(GstAppSink* sink, gpointer sinks)
 
 GstFlowReturn StreamSinks::on_sample(GstAppSink* sink, gpointer sinks)
 {
+    StreamSinks& self = *static_cast<StreamSinks*>(sinks);
+    const bool has_time = Clock::now() - self.frame_ready_ > TimeToSpare;
     if (const Sample sample{gst_app_sink_pull_sample(sink)})
-        static_cast<StreamSinks*>(sinks)->pictures_->put(sample.get());
+        self.pictures_->put(sample.get());
+    if (has_time)
+        std::this_thread::sleep_for(HeadStart);
     return GST_FLOW_OK;
 }
 

@@ -47,6 +47,7 @@ private:
     void watch(GstPad* entry);
 
     static GstPadProbeReturn on_data(GstPad*, GstPadProbeInfo* info, gpointer sinks);
+    static GstPadProbeReturn on_frame(GstPad* pad, GstPadProbeInfo* info, gpointer sinks);
     static GstFlowReturn on_preroll(GstAppSink* sink, gpointer sinks);
     static GstFlowReturn on_sample(GstAppSink* sink, gpointer sinks);
 
@@ -56,6 +57,8 @@ private:
     std::atomic<GstElement*> picture_ = nullptr;
     std::atomic<GstElement*> sound_ = nullptr;
     std::atomic<bool> got_any_ = false;
+    /// When the picture of the last frame was made. The thread of the pictures only.
+    Clock::time_point frame_ready_;
     /// Start of the pending attempt to open the sound; 0 if there is none.
     std::atomic<Clock::rep> sound_opening_ = 0;
 };

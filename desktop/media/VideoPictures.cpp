@@ -11,6 +11,21 @@
 namespace qoro
 {
 
+namespace
+{
+
+std::shared_ptr<GstSample> held(GstSample* sample)
+{
+    return {gst_sample_ref(sample), gst_sample_unref};
+}
+
+bool is_same_frame(const std::shared_ptr<GstSample>& one, GstSample* other)
+{
+    return one && gst_sample_get_buffer(one.get()) == gst_sample_get_buffer(other);
+}
+
+} // namespace
+
 VideoPictures::VideoPictures(std::function<void()> announce)
     : announce_(std::move(announce)), scaling_mode_(MPMovieScalingModeAspectFit)
 {
@@ -24,14 +39,27 @@ void VideoPictures::set_announce(std::function<void()> announce)
     announce_ = std::move(announce);
 }
 
+void VideoPictures::prepare(GstSample* decoded)
+{
+    std::scoped_lock lock(making_);
+    // A late frame is dropped. Then the next picture is made only if its frame is put, to catch up.
+    const bool was_dropped = static_cast<bool>(std::exchange(ahead_, {}).decoded);
+    if (!was_dropped)
+        ahead_ = {held(decoded), picture_of(decoded)};
+}
+
 void VideoPictures::put(GstSample* decoded)
 {
     std::scoped_lock lock(making_);
+    Ahead ahead = std::exchange(ahead_, {});
     // The last frame before a pause is delivered again when the playback continues.
-    if (decoded_ && gst_sample_get_buffer(decoded_.get()) == gst_sample_get_buffer(decoded))
+    if (is_same_frame(decoded_, decoded))
         return;
-    decoded_.reset(gst_sample_ref(decoded), gst_sample_unref);
-    make_picture();
+    decoded_ = held(decoded);
+    if (is_same_frame(ahead.decoded, decoded) && ahead.picture)
+        show(std::move(ahead.picture));
+    else
+        make_picture();
 }
 
 void VideoPictures::set_box(int width, int height)
@@ -43,6 +71,7 @@ void VideoPictures::set_box(int width, int height)
         return;
     width_ = width;
     height_ = height;
+    ahead_.picture = {};
     make_picture();
 }
 
@@ -52,14 +81,22 @@ void VideoPictures::set_scaling_mode(MPMovieScalingMode mode)
     if (mode == scaling_mode_)
         return;
     scaling_mode_ = mode;
+    ahead_.picture = {};
     make_picture();
+}
+
+VideoFrame VideoPictures::picture_of(GstSample* decoded)
+{
+    return decoded && width_ > 0 && height_ > 0 ? scaler_.scale(decoded, width_, height_, scaling_mode_) : VideoFrame();
 }
 
 void VideoPictures::make_picture()
 {
-    VideoFrame picture;
-    if (decoded_ && width_ > 0 && height_ > 0)
-        picture = scaler_.scale(decoded_.get(), width_, height_, scaling_mode_);
+    show(picture_of(decoded_.get()));
+}
+
+void VideoPictures::show(VideoFrame picture)
+{
     const bool made = static_cast<bool>(picture);
     if (made)
         startup_point("first picture decoded");

@@ -14,8 +14,8 @@ namespace qoro
 {
 
 /// The latest picture of one video. The decoder's thread puts frames in, the main thread takes pictures out. Pictures
-/// are made on the decoder's thread. Only when the size or scaling mode changes does the main thread make one, from the
-/// last frame, so that a paused video is redrawn too when the device is rotated.
+/// are made on the decoder's thread, before they are due. Only when the size or scaling mode changes does the main
+/// thread make one, from the last frame, so that a paused video is redrawn too when the device is rotated.
 class VideoPictures
 {
 public:
@@ -28,7 +28,9 @@ public:
 
     /// Replaces the function to announce pictures with.
     void set_announce(std::function<void()> announce);
-    /// Called by the decoder's thread.
+    /// Makes the picture of a frame that is not due yet, so that put() takes no time. Called by the decoder's thread.
+    void prepare(GstSample* decoded);
+    /// The frame is due: its picture becomes the latest. Called by the decoder's thread.
     void put(GstSample* decoded);
 
     /// Sets the box that pictures are fitted into, in device pixels. 0: no pictures are made.
@@ -40,7 +42,14 @@ public:
     VideoFrame latest() const;
 
 private:
+    struct Ahead {
+        std::shared_ptr<GstSample> decoded;
+        VideoFrame picture;
+    };
+
+    VideoFrame picture_of(GstSample* decoded);
     void make_picture();
+    void show(VideoFrame picture);
 
     std::atomic<bool> announced_ = false;
 
@@ -49,6 +58,8 @@ private:
     std::function<void()> announce_;
     FrameScaler scaler_;
     std::shared_ptr<GstSample> decoded_;
+    /// Its frame is null while there is none, its picture empty if the frame has none or the box has changed.
+    Ahead ahead_;
     int width_ = 0;
     int height_ = 0;
     MPMovieScalingMode scaling_mode_;

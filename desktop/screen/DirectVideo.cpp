@@ -80,10 +80,12 @@ bool DirectVideo::put(const VideoFrame& frame, std::size_t layer, CGPoint corner
     GdkSurface* window = x_window_of(surface_);
     if (!window)
         return false;
-    if (prepared_for_ != layer || gdk_x11_surface_get_xid(window) != window_id_) {
-        if (!prepare(frame, layer, corner))
+    if (const Spot spot{layer, corner}; prepared_for_ != spot || gdk_x11_surface_get_xid(window) != window_id_) {
+        if (!layers_)
+            return false;
+        if (!prepare(frame, spot))
             image_ = nullptr;
-        prepared_for_ = layer;
+        prepared_for_ = spot;
     }
     if (!image_ || picture_size(image_) != CGSize{static_cast<double>(frame.width), static_cast<double>(frame.height)})
         return false;
@@ -113,8 +115,9 @@ bool DirectVideo::put(const VideoFrame& frame, std::size_t layer, CGPoint corner
     return true;
 }
 
-bool DirectVideo::prepare(const VideoFrame& frame, std::size_t layer, CGPoint corner)
+bool DirectVideo::prepare(const VideoFrame& frame, const Spot& spot)
 {
+    const CGPoint corner = spot.corner;
     covers_.clear();
     if (!open_window())
         return false;
@@ -135,8 +138,8 @@ bool DirectVideo::prepare(const VideoFrame& frame, std::size_t layer, CGPoint co
             frame.width, frame.height));
     if (cairo_surface_status(image_.get()) != CAIRO_STATUS_SUCCESS)
         return false;
-    for (std::size_t above = layer + 1; above < layers_.size(); ++above)
-        add_cover(layers_[above], corner, scale);
+    for (std::size_t above = spot.layer + 1; above < layers_->size(); ++above)
+        add_cover((*layers_)[above], corner, scale);
     return true;
 }
 

@@ -30,14 +30,23 @@ public:
     /// To be called whenever GTK draws the screen.
     /// @param layers what it draws, from below
     void screen_drawn(std::vector<DrawnNode> layers);
+    /// To be called when layers have moved, which GTK is going to draw. Until then, pictures are put where the last one
+    /// was, under what lay over it.
+    void screen_moved() { layers_.reset(); }
     /// Puts a picture in the place of another of the same size that GTK has drawn, opaque and uncut.
-    /// @param layer of the video, as an index of the layers that GTK drew last
+    /// @param layer of the video, as an index of the layers
     /// @param corner of the picture, in points of the surface
     /// @return whether the picture is on the screen; otherwise GTK has to draw it
     bool put(const VideoFrame& frame, std::size_t layer, CGPoint corner);
 
 private:
     struct Watch;
+    struct Spot {
+        std::size_t layer;
+        CGPoint corner;
+
+        friend bool operator==(const Spot&, const Spot&) = default;
+    };
     /// What lies over the video, in pixels of the picture.
     struct Cover {
         Picture image;
@@ -45,7 +54,7 @@ private:
         double y = 0;
     };
 
-    bool prepare(const VideoFrame& frame, std::size_t layer, CGPoint corner);
+    bool prepare(const VideoFrame& frame, const Spot& spot);
     bool open_window();
     void add_cover(const DrawnNode& node, CGPoint corner, double scale);
 
@@ -55,9 +64,11 @@ private:
     unsigned long window_id_ = 0;
     /// The picture as the X server reads it; null when the window cannot be drawn directly.
     Picture image_;
-    std::vector<DrawnNode> layers_;
-    /// The layer for which the rest is up to date; absent: none.
-    std::optional<std::size_t> prepared_for_;
+    /// Absent between screen_moved() and screen_drawn().
+    std::optional<std::vector<DrawnNode>> layers_;
+    /// Where the rest is up to date; absent: nowhere.
+    std::optional<Spot> prepared_for_;
+    /// Of the picture's corner, in pixels of the window.
     CGPoint place_;
     std::vector<Cover> covers_;
     Connections connections_;

@@ -31,7 +31,7 @@ struct FramePacer::Callbacks {
     }
 };
 
-FramePacer::FramePacer(GtkWidget* widget, std::function<bool()> update)
+FramePacer::FramePacer(GtkWidget* widget, std::function<void()> update)
     : widget_(new_ref(widget)), update_(std::move(update))
 {
 }
@@ -61,15 +61,13 @@ void FramePacer::update_with_next_frame()
         tick_ = gtk_widget_add_tick_callback(widget_.get(), Callbacks::tick, this, nullptr);
 }
 
-bool FramePacer::picture_arrived()
+void FramePacer::picture_arrived()
 {
     last_picture_ = g_get_monotonic_time();
-    if (tick_)
-        return false;
     if (!patience_)
-        return true;
+        return;
     patience_.reset();
-    return !update_();
+    update_();
 }
 
 } // namespace qoro

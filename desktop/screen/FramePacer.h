@@ -16,8 +16,8 @@ class FramePacer
 {
 public:
     /// @param widget its frame clock sets the pace; kept alive
-    /// @param update brings the screen up to date, before the frame is drawn; returns whether it looks different
-    FramePacer(GtkWidget* widget, std::function<bool()> update);
+    /// @param update brings the screen up to date, before the frame is drawn
+    FramePacer(GtkWidget* widget, std::function<void()> update);
     ~FramePacer();
     FramePacer(const FramePacer&) = delete;
     FramePacer& operator=(const FramePacer&) = delete;
@@ -25,8 +25,7 @@ public:
     /// Schedules an update, unless one is scheduled already.
     void schedule();
     /// A video on the screen has a new picture. Updates what has waited for it.
-    /// @return whether the picture is all that is new; otherwise the next frame shows it too
-    bool picture_arrived();
+    void picture_arrived();
 
 private:
     struct Callbacks;
@@ -34,7 +33,7 @@ private:
     void update_with_next_frame();
 
     const ObjectRef<GtkWidget> widget_;
-    const std::function<bool()> update_;
+    const std::function<void()> update_;
     /// Tick callback of the scheduled update; 0 while no update is scheduled.
     unsigned tick_ = 0;
     /// The timer of a change that waits for the video's next picture.

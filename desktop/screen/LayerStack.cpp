@@ -56,7 +56,7 @@ Layer* LayerStack::find(const ViewNode& view)
 
 // ------------------------------------------------------------------------------------------------------------ Walk
 
-ScreenChange LayerStack::walk()
+bool LayerStack::walk()
 {
     const bool turned = follow_device();
     repainted_ = false;
@@ -76,12 +76,12 @@ ScreenChange LayerStack::walk()
     retire();
     order_widgets();
     if (turned || !same)
-        return ScreenChange::Places;
+        return true;
     // A view may have another player.
     if (repainted_)
         for (const Layer* layer : from_below_)
             tell_resolution(*layer);
-    return repainted_ ? ScreenChange::Looks : ScreenChange::None;
+    return false;
 }
 
 bool LayerStack::follow_device()

@@ -32,15 +32,6 @@ struct LayerPlace {
     friend bool operator==(const LayerPlace&, const LayerPlace&) = default;
 };
 
-/// What a walk has found.
-enum class ScreenChange {
-    None,
-    /// The looks of views, which their widgets draw anew.
-    Looks,
-    /// The places of views: the surface has to place and draw them.
-    Places,
-};
-
 /// A view on the screen.
 struct Layer : LayerPlace {
     std::weak_ptr<ViewNode> view;
@@ -75,8 +66,10 @@ public:
     LayerStack& operator=(const LayerStack&) = delete;
 
     /// Visits the view tree: creates, updates, orders and hides the widgets, and removes those of destroyed views. If
-    /// the device's size or rotation has changed, the surface is resized.
-    ScreenChange walk();
+    /// the device's size or rotation has changed, the surface is resized. Widgets whose views look different are drawn
+    /// anew.
+    /// @return whether views have come, gone or moved: the surface has to place and draw them
+    bool walk();
     /// Places the layers in a surface of a new size, in surface points.
     void allocate(int width, int height);
     /// What each of from_below() draws; null for nothing.

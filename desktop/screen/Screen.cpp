@@ -84,7 +84,7 @@ public:
 
     void set_help(const std::string& line);
     void show();
-    bool update();
+    void update();
     std::string snapshot_png(const std::string& path);
 
     GtkWindow* window() const { return window_; }
@@ -159,9 +159,13 @@ struct Screen::Window::Signals {
 Screen::Window::Window(Screen& screen, Platform& platform, GtkWindow* covered)
     : screen_(screen), platform_(platform), covered_(covered ? std::optional<HostContent>(covered) : std::nullopt),
       window_(covered ? covered : GTK_WINDOW(gtk_window_new())), surface_(sink_ref(surface_new(*this))),
-      help_(gtk_label_new(nullptr)), pacer_(surface_.get(), [this] { return update(); }),
+      help_(gtk_label_new(nullptr)), pacer_(surface_.get(), [this] { update(); }),
       layers_(platform, surface_.get(), covered ? std::numeric_limits<double>::infinity() : 1,
-              {.picture = [this](const Layer& video) { return pacer_.picture_arrived() && show_picture(video); },
+              {.picture =
+                   [this](const Layer& video) {
+                       pacer_.picture_arrived();
+                       return show_picture(video);
+                   },
                .activated = [this](const std::shared_ptr<ViewNode>& view) { input_.activate(view); }}),
       input_(platform, window(), surface_.get(), layers_,
              [this](unsigned keyval, unsigned state) { return screen_.on_key && screen_.on_key(keyval, state); }),
@@ -221,17 +225,16 @@ void Screen::Window::show()
     input_.hold_focus(false);
 }
 
-/// @return whether GTK has to draw the screen
-bool Screen::Window::update()
+void Screen::Window::update()
 {
-    const ScreenChange change = layers_.walk();
+    const bool moved = layers_.walk();
     input_.restore_focus();
     // A layout costs several questions to the X server.
-    if (change == ScreenChange::Places) {
-        gtk_widget_queue_allocate(surface_.get());
-        gtk_widget_queue_draw(surface_.get());
-    }
-    return change != ScreenChange::None;
+    if (!moved)
+        return;
+    direct_.screen_moved();
+    gtk_widget_queue_allocate(surface_.get());
+    gtk_widget_queue_draw(surface_.get());
 }
 
 void Screen::Window::views_changed()

@@ -1,9 +1,7 @@
 #include "desktop/media/FrameScaler.h"
 #include "FrameColour.h"
-#include "desktop/glib/Owned.h"
+#include "RawFrame.h"
 
-#include <gst/gst.h>
-#include <gst/video/video.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,43 +14,6 @@ namespace qoro::test
 namespace
 {
 
-using DecodedSample = Owned<GstSample, gst_sample_unref>;
-
-/// A frame as a decoder gives it, of the given luma, Cb and Cr at each of its pixels.
-struct Yuv {
-    int luma, cb, cr;
-};
-DecodedSample frame_of(int width, int height, const std::function<Yuv(int x, int y)>& at,
-                       const std::string& more = ",colorimetry=bt709,chroma-site=mpeg2",
-                       const std::string& format = "I420")
-{
-    gst_init(nullptr, nullptr);
-    const Owned<GstCaps, gst_caps_unref> caps(
-        gst_caps_from_string(("video/x-raw,format=" + format + ",width=" + std::to_string(width) +
-                              ",height=" + std::to_string(height) + ",framerate=30/1" + more)
-                                 .c_str()));
-    GstVideoInfo info;
-    gst_video_info_from_caps(&info, caps.get());
-    const Owned<GstBuffer, gst_buffer_unref> buffer(gst_buffer_new_allocate(nullptr, info.size, nullptr));
-    GstVideoFrame frame;
-    gst_video_frame_map(&frame, &info, buffer.get(), GST_MAP_WRITE);
-    for (guint component = 0; component < 3; ++component) {
-        const int shift = component == 0 ? 0 : 1;
-        for (int y = 0; y < GST_VIDEO_FRAME_COMP_HEIGHT(&frame, component); ++y)
-            for (int x = 0; x < GST_VIDEO_FRAME_COMP_WIDTH(&frame, component); ++x) {
-                const Yuv pixel = at(std::min(x << shift, width - 1), std::min(y << shift, height - 1));
-                auto* row = static_cast<guint8*>(GST_VIDEO_FRAME_COMP_DATA(&frame, component)) +
-                            std::ptrdiff_t{y} * GST_VIDEO_FRAME_COMP_STRIDE(&frame, component);
-                row[std::ptrdiff_t{x} * GST_VIDEO_FRAME_COMP_PSTRIDE(&frame, component)] =
-                    static_cast<guint8>(component == 0   ? pixel.luma
-                                        : component == 1 ? pixel.cb
-                                                         : pixel.cr);
-            }
-    }
-    gst_video_frame_unmap(&frame);
-    return DecodedSample(gst_sample_new(buffer.get(), caps.get(), nullptr, nullptr));
-}
-
 /// The components of a picture's pixel: 0 blue, 1 green, 2 red.
 int component_of(const VideoFrame& picture, int x, int y, int which)
 {
@@ -60,12 +21,6 @@ int component_of(const VideoFrame& picture, int x, int y, int which)
     return pixels[static_cast<std::size_t>(y) * picture.stride + static_cast<std::size_t>(x) * 4 +
                   static_cast<std::size_t>(which)];
 }
-
-// Primary colours in the narrow range, by ITU-R BT.709 and BT.601.
-constexpr Yuv BlackYuv{16, 128, 128};
-constexpr Yuv WhiteYuv{235, 128, 128};
-constexpr Yuv Red709{63, 102, 240};
-constexpr Yuv Red601{81, 90, 240};
 
 struct ScaledFrame : testing::Test {
     VideoFrame scaled(const DecodedSample& frame, int width, int height,

@@ -94,6 +94,57 @@ TEST_F(DirectVideoTest, AChangeOverTheVideoIsSeenWithTheNextPicture)
     EXPECT_EQ(on_screen(55, 50), Red);
 }
 
+TEST_F(DirectVideoTest, APictureDoesNotWaitForAChangeOfLooks)
+{
+    add_video({0, 20, 160, 90});
+    UIView above = colored({20, 30, 40, 40}, Red);
+    window.addSubview(above);
+    open_and_rest();
+    show(Green);
+    above.setBackgroundColor(color(White));
+    players.latest->show(Blue);
+    EXPECT_EQ(on_screen(100, 50), Blue);
+    ASSERT_TRUE(comes_to_rest());
+    EXPECT_EQ(on_screen(100, 50), Blue);
+    EXPECT_EQ(on_screen(25, 50), White);
+    EXPECT_EQ(show(Green), 0);
+    EXPECT_EQ(on_screen(25, 50), White);
+    EXPECT_EQ(on_screen(100, 50), Green);
+}
+
+TEST_F(DirectVideoTest, APictureDoesNotWaitForWhatMovesOverIt)
+{
+    add_video({0, 20, 160, 90});
+    UIView above = colored({20, 30, 40, 40}, Red);
+    window.addSubview(above);
+    open_and_rest();
+    show(Green);
+    above.setFrame({50, 30, 40, 40});
+    players.latest->show(Blue);
+    // What has moved is where it was until the toolkit draws.
+    EXPECT_EQ(on_screen(25, 50), Red);
+    EXPECT_EQ(on_screen(100, 50), Blue);
+    ASSERT_TRUE(comes_to_rest());
+    EXPECT_EQ(on_screen(25, 50), Blue);
+    EXPECT_EQ(on_screen(85, 50), Red);
+}
+
+TEST_F(DirectVideoTest, AVideoThatMovesWaitsForTheToolkit)
+{
+    add_video({0, 20, 160, 90});
+    open_and_rest();
+    show(Green);
+    video.view().setFrame({0, 200, 160, 90});
+    players.latest->show(Blue);
+    EXPECT_EQ(on_screen(100, 50), Green);
+    EXPECT_EQ(on_screen(100, 230), Black);
+    ASSERT_TRUE(comes_to_rest());
+    EXPECT_EQ(on_screen(100, 50), Black);
+    EXPECT_EQ(on_screen(100, 230), Blue);
+    EXPECT_EQ(show(Red), 0);
+    EXPECT_EQ(on_screen(100, 230), Red);
+}
+
 TEST_F(DirectVideoTest, AChangeElsewhereLeavesTheLatestPicture)
 {
     add_video({0, 20, 160, 90});
