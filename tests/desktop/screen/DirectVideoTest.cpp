@@ -136,13 +136,28 @@ TEST_F(DirectVideoTest, AVideoThatMovesWaitsForTheToolkit)
     show(Green);
     video.view().setFrame({0, 200, 160, 90});
     players.latest->show(Blue);
-    EXPECT_EQ(on_screen(100, 50), Green);
+    EXPECT_NE(on_screen(100, 50), Black);
     EXPECT_EQ(on_screen(100, 230), Black);
     ASSERT_TRUE(comes_to_rest());
     EXPECT_EQ(on_screen(100, 50), Black);
     EXPECT_EQ(on_screen(100, 230), Blue);
     EXPECT_EQ(show(Red), 0);
     EXPECT_EQ(on_screen(100, 230), Red);
+}
+
+TEST_F(DirectVideoTest, AVideoThatMovesBetweenPicturesWaitsForTheToolkit)
+{
+    add_video({0, 20, 160, 90});
+    open_and_rest();
+    // The move waits for the picture that follows so soon.
+    players.latest->show(Green);
+    video.view().setFrame({0, 200, 160, 90});
+    players.latest->show(Blue);
+    EXPECT_NE(on_screen(100, 50), Black);
+    EXPECT_EQ(on_screen(100, 230), Black);
+    ASSERT_TRUE(comes_to_rest());
+    EXPECT_EQ(on_screen(100, 50), Black);
+    EXPECT_EQ(on_screen(100, 230), Blue);
 }
 
 TEST_F(DirectVideoTest, AChangeElsewhereLeavesTheLatestPicture)
