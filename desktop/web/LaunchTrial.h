@@ -40,9 +40,10 @@ private:
     Clock::time_point began_;
 };
 
-/// Begins a trial. The process is run as WebKit runs it, in the sandbox unless that is disabled, until it reports that
-/// it is running, and is then killed. Without this test, WebKit would terminate the whole program if the process did
-/// not start.
+/// Begins a trial: the dynamic linker loads the process's program and looks for its libraries, for a page in a sandbox
+/// like WebKit's unless that is disabled. It does not link them, which takes as long as the page itself: they are those
+/// of this program, which shows no page if it cannot link WebKit. Without this test, WebKit would terminate the whole
+/// program if the process did not start.
 ///
 /// Any thread may call this. Only one trial of a kind runs at a time; calls in the meantime share its result.
 /// @param max_age seconds for which the result of an earlier successful trial is reused
