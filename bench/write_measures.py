@@ -117,7 +117,8 @@ LANES = (
                        ("media framework started", "decoders loaded", "decoders"))),
     ("video", (("video requested", "first picture decoded", "load, first picture"),
                ("first picture decoded", "first frame on the screen", "screen"))),
-    ("page", (("page's view created", "page loaded", "page's processes, load"),
+    ("page", (("first picture drawn", "page begun", "WebKit linked"),
+              ("page's view created", "page loaded", "page's processes, load"),
               ("page loaded", "page on the screen", "screen"))),
 )
 COLOURS = ("#3b6ea5", "#b5651d", "#4a7c4e", "#7d5ba6")
@@ -136,12 +137,11 @@ def start_picture(section):
         out.append(f'<text x="8" y="{y}" font-weight="bold">{title}</text>')
         y += 10
         for (lane, spans), colour in zip(LANES, COLOURS):
-            if not any(to in steps for _, to, _ in spans):
+            spans = [span for span in spans if steps.get(span[0], 0) < steps.get(span[1], 0)]
+            if not spans:
                 continue
             out.append(f'<text x="8" y="{y + 17}">{lane}</text>')
             for since, to, name in spans:
-                if to not in steps:
-                    continue
                 begin, end = steps.get(since, 0), steps[to]
                 x, w = left + begin * scale, max((end - begin) * scale, 1)
                 out.append(f'<rect x="{x:.1f}" y="{y + 3}" width="{w:.1f}" height="{row - 6}" fill="{colour}" stroke="#fff">'
@@ -151,7 +151,7 @@ def start_picture(section):
             y += row
         first = left + steps["first frame on the screen"] * scale
         out.append(f'<path d="M{first:.1f} {y - row * 4} V{y + 4}" stroke="#c00" stroke-dasharray="4 3"/>'
-                   f'<text x="{first + 4:.1f}" y="{y + 6}" fill="#c00">first frame on the screen, '
+                   f'<text x="{first + 4:.1f}" y="{y + 12}" fill="#c00">first frame on the screen, '
                    f'{steps["first frame on the screen"]:.0f} ms</text>')
         y += 34
     step = 50
