@@ -6,6 +6,7 @@
 #include <gtk/gtk.h>
 
 #include <chrono>
+#include <csignal>
 #include <dlfcn.h>
 #include <map>
 #include <mutex>
@@ -24,9 +25,10 @@ namespace
 
 using Clock = LaunchTrial::Clock;
 
-constexpr auto Patience = std::chrono::seconds(10);
-/// For what Patience does not bound: creating the process, and its exit.
-constexpr auto Grace = std::chrono::seconds(2);
+/// For each program of a trial, two at most.
+constexpr auto Patience = std::chrono::seconds(5);
+/// Until the outcome of a trial is no longer awaited: creating a process and ending it take time, too.
+constexpr auto LongestTrial = 2 * Patience + std::chrono::seconds(3);
 /// Exit status of timeout(1) for a program that took longer.
 constexpr int TimedOut = 124;
 
@@ -62,15 +64,17 @@ std::string last_line_of(std::string text)
 }
 
 struct Outcome {
+    /// Whether the program ran to its end.
+    bool ended = false;
     std::string output;
-    /// Why the program failed; empty if it did not, or if it took too long.
+    /// Why the program failed; empty if it did not, or did not end.
     std::string complaint;
-    bool took_too_long = false;
 };
 
+/// Runs a program of the PATH without input, for Patience at most. Any thread may call this.
 Outcome run(const std::vector<std::string>& command)
 {
-    std::vector<std::string> words{"timeout", std::to_string(Patience.count())};
+    std::vector<std::string> words{"timeout", "--kill-after=1", std::to_string(Patience.count())};
     words.insert(words.end(), command.begin(), command.end());
     std::vector<char*> pointers;
     pointers.reserve(words.size() + 1);
@@ -78,22 +82,25 @@ Outcome run(const std::vector<std::string>& command)
         pointers.push_back(word.data());
     pointers.push_back(nullptr);
     // Descriptors that stay open: GLib uses posix_spawn then, which copies no memory and cannot be caught by a lock
-    // that another thread holds, as a fork can.
+    // that another thread holds, as a fork can. The pipes are closed, or a process that WebKit starts meanwhile would
+    // keep them open.
     char* written = nullptr;
     char* complained = nullptr;
     int status = 0;
-    Error error;
-    if (g_spawn_sync(nullptr, pointers.data(), nullptr,
-                     static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_LEAVE_DESCRIPTORS_OPEN), nullptr, nullptr,
-                     &written, &complained, &status, error.out()))
-        g_spawn_check_wait_status(status, error.out());
+    const bool ran = g_spawn_sync(
+        nullptr, pointers.data(), nullptr,
+        static_cast<GSpawnFlags>(G_SPAWN_SEARCH_PATH | G_SPAWN_LEAVE_DESCRIPTORS_OPEN | G_SPAWN_CLOEXEC_PIPES), nullptr,
+        nullptr, &written, &complained, &status, nullptr);
     const std::string output = take_text(written);
     const std::string last_words = last_line_of(take_text(complained));
-    if (WIFEXITED(status) && WEXITSTATUS(status) == TimedOut)
-        return {.output = output, .complaint = "", .took_too_long = true};
+    const bool took_too_long = WIFEXITED(status) ? WEXITSTATUS(status) == TimedOut : WTERMSIG(status) == SIGKILL;
+    if (!ran || took_too_long)
+        return {};
+    Error error;
+    g_spawn_check_wait_status(status, error.out());
     if (!error)
-        return {.output = output, .complaint = ""};
-    return {.output = output, .complaint = last_words.empty() ? error.message() : last_words};
+        return {.ended = true, .output = output, .complaint = ""};
+    return {.ended = true, .output = output, .complaint = last_words.empty() ? error.message() : last_words};
 }
 
 std::vector<std::string> locked_away(std::vector<std::string> command)
@@ -114,18 +121,6 @@ std::vector<std::string> locked_away(std::vector<std::string> command)
     return all;
 }
 
-/// @param libraries what the dynamic linker would link a program to
-/// @return what is wrong with them for a program of WebKit's; empty if nothing is
-std::string complaint_of_libraries(const std::string& libraries)
-{
-    constexpr std::string_view missing = " => not found";
-    if (const std::size_t at = libraries.find(missing); at != std::string::npos) {
-        const std::size_t name = libraries.find_last_of("\t\n", at) + 1;
-        return "it lacks the library " + libraries.substr(name, at - name);
-    }
-    return libraries.find("libwebkitgtk") == std::string::npos ? "it is not a program of WebKit's" : "";
-}
-
 std::string run_trial(WebProcess process)
 {
     const std::string folder = programs_folder();
@@ -138,14 +133,25 @@ std::string run_trial(WebProcess process)
     const std::string program = process == WebProcess::Page ? "WebKitWebProcess" : "WebKitNetworkProcess";
     const std::vector<std::string> listing{"env", "LD_TRACE_LOADED_OBJECTS=1", folder + "/" + program};
     const Outcome outcome = run(locked ? locked_away(listing) : listing);
-    if (outcome.took_too_long)
+    if (!outcome.ended)
         return "";
-    const std::string complaint =
-        outcome.complaint.empty() ? complaint_of_libraries(outcome.output) : outcome.complaint;
+    const std::string complaint = outcome.complaint.empty() ? webkit_lacks(outcome.output) : outcome.complaint;
     return complaint.empty() ? "" : program + " does not start: " + complaint;
 }
 
 } // namespace
+
+std::string webkit_lacks(std::string_view listed)
+{
+    constexpr std::string_view found = " => ";
+    constexpr std::string_view missing = " => not found";
+    if (const std::size_t at = listed.find(missing); at != std::string_view::npos) {
+        const std::size_t name = listed.find_last_of("\t\n", at) + 1;
+        return "it lacks the library " + std::string(listed.substr(name, at - name));
+    }
+    const bool is_list = listed.find(found) != std::string_view::npos;
+    return is_list && listed.find("libwebkitgtk") == std::string_view::npos ? "it is not a program of WebKit's" : "";
+}
 
 bool LaunchTrial::is_over() const
 {
@@ -164,7 +170,7 @@ bool LaunchTrial::succeeded_within(double max_age) const
 
 LaunchTrial::Clock::time_point LaunchTrial::deadline() const
 {
-    return began_ + Patience + Grace;
+    return began_ + LongestTrial;
 }
 
 LaunchTrial try_launch(WebProcess process, double max_age)

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <future>
 #include <string>
+#include <string_view>
 #include <utility>
 
 namespace qoro
@@ -28,7 +29,7 @@ public:
     bool is_over() const;
     /// Waits until the trial is over.
     /// @return one line that says what does not start, and why; empty if it starts, or if that cannot be determined. A
-    ///         process that takes longer than ten seconds counts as started.
+    ///         program that takes longer than five seconds counts as started.
     std::string outcome() const;
     /// Whether the process started, at most max_age seconds ago.
     bool succeeded_within(double max_age) const;
@@ -40,14 +41,19 @@ private:
     Clock::time_point began_;
 };
 
-/// Begins a trial: the dynamic linker loads the process's program and looks for its libraries, for a page in a sandbox
-/// like WebKit's unless that is disabled. It does not link them, which takes as long as the page itself: they are those
-/// of this program, which shows no page if it cannot link WebKit. Without this test, WebKit would terminate the whole
-/// program if the process did not start.
+/// Begins a trial: the dynamic linker lists the libraries of the process's program, for a page in a sandbox like
+/// WebKit's unless that is disabled. It does not link them, because that takes as long as the page itself. This program
+/// links the same libraries when it loads WebKit, and shows no page if that fails. Without this test, WebKit would
+/// terminate the whole program if the process did not start.
 ///
 /// Any thread may call this. Only one trial of a kind runs at a time; calls in the meantime share its result.
 /// @param max_age seconds for which the result of an earlier successful trial is reused
 LaunchTrial try_launch(WebProcess process, double max_age);
+
+/// @param listed what the dynamic linker prints for a program with LD_TRACE_LOADED_OBJECTS
+/// @return what keeps it from being a program of WebKit's that starts; empty if nothing does, or if this is no such
+/// list
+std::string webkit_lacks(std::string_view listed);
 
 /// The max_age of an ordinary launch, in seconds.
 inline constexpr double LaunchCounts = 60;
