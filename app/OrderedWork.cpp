@@ -43,7 +43,7 @@ void OrderedWork::add(Work work)
     auto task = std::make_shared<Task>();
     task->work = std::move(work);
     std::unique_lock lock(mutex_);
-    // Waits for half of the room, not for each task: a thread that wakes costs as much as a short task.
+    // One wake-up for half of the room: a wake-up costs as much as a short task.
     if (tasks_.size() >= most_tasks_)
         room_.wait(lock, [this] { return tasks_.size() <= most_tasks_ / 2; });
     tasks_.push_back(task);
@@ -81,7 +81,7 @@ void OrderedWork::write_what_is_done(std::unique_lock<std::mutex>& lock)
         finished_(task->complaint);
         lock.lock();
         tasks_.pop_front();
-        if (tasks_.size() == most_tasks_ / 2)
+        if (tasks_.size() <= most_tasks_ / 2)
             room_.notify_one();
     }
     writing_ = false;

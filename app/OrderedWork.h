@@ -15,7 +15,7 @@ namespace qoro
 {
 
 /// Runs tasks on several threads and writes their output in the order of add(), as soon as all earlier output is
-/// written. The number of pending tasks is bounded; add() blocks until there is room.
+/// written. The number of pending tasks is bounded. One thread adds them.
 /// Output and errors are delivered on the worker threads, one call at a time.
 class OrderedWork
 {
@@ -32,7 +32,7 @@ public:
     OrderedWork(const OrderedWork&) = delete;
     OrderedWork& operator=(const OrderedWork&) = delete;
 
-    /// Queues a task; blocks while too many are pending.
+    /// Queues a task. If too many are pending, blocks until half of them are written.
     void add(Work work);
 
 private:
