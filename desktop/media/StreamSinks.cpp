@@ -23,7 +23,7 @@ using Sample = Owned<GstSample, gst_sample_unref>;
 /// Time for the main thread to show a picture before the decoder continues. If all processors are busy, the scheduler
 /// lets the main thread wait for the decoder, which makes the picture up to 3 ms late.
 constexpr std::chrono::milliseconds HeadStart{1};
-/// What a frame has to be ready before it is due for the decoder to wait that long.
+/// The decoder waits only if the frame was ready this long before it was due: a decoder that is short of time must not.
 constexpr std::chrono::milliseconds TimeToSpare{4};
 
 /// Whether a sink plays a buffer. Buffers before the target of a seek are only decoded.
@@ -195,9 +195,8 @@ GstFlowReturn StreamSinks::on_sample(GstAppSink* sink, gpointer sinks)
 {
     StreamSinks& self = *static_cast<StreamSinks*>(sinks);
     const bool has_time = Clock::now() - self.frame_ready_ > TimeToSpare;
-    if (const Sample sample{gst_app_sink_pull_sample(sink)})
-        self.pictures_->put(sample.get());
-    if (has_time)
+    const Sample sample{gst_app_sink_pull_sample(sink)};
+    if (sample && self.pictures_->put(sample.get()) && has_time)
         std::this_thread::sleep_for(HeadStart);
     return GST_FLOW_OK;
 }

@@ -57,7 +57,7 @@ private:
     std::atomic<GstElement*> picture_ = nullptr;
     std::atomic<GstElement*> sound_ = nullptr;
     std::atomic<bool> got_any_ = false;
-    /// When the picture of the last frame was made. The thread of the pictures only.
+    /// When the last frame arrived and its picture, if any, was made. The thread of the pictures only.
     Clock::time_point frame_ready_;
     /// Start of the pending attempt to open the sound; 0 if there is none.
     std::atomic<Clock::rep> sound_opening_ = 0;

@@ -42,24 +42,23 @@ void VideoPictures::set_announce(std::function<void()> announce)
 void VideoPictures::prepare(GstSample* decoded)
 {
     std::scoped_lock lock(making_);
-    // A late frame is dropped. Then the next picture is made only if its frame is put, to catch up.
-    const bool was_dropped = static_cast<bool>(std::exchange(ahead_, {}).decoded);
-    if (!was_dropped)
+    // A frame that is still here was too late and dropped, or flushed. Until a frame is put again, no time is spent on
+    // pictures that may be dropped, too.
+    behind_ |= static_cast<bool>(std::exchange(ahead_, {}).decoded);
+    if (!behind_)
         ahead_ = {held(decoded), picture_of(decoded)};
 }
 
-void VideoPictures::put(GstSample* decoded)
+bool VideoPictures::put(GstSample* decoded)
 {
     std::scoped_lock lock(making_);
     Ahead ahead = std::exchange(ahead_, {});
+    behind_ = false;
     // The last frame before a pause is delivered again when the playback continues.
     if (is_same_frame(decoded_, decoded))
-        return;
+        return false;
     decoded_ = held(decoded);
-    if (is_same_frame(ahead.decoded, decoded) && ahead.picture)
-        show(std::move(ahead.picture));
-    else
-        make_picture();
+    return is_same_frame(ahead.decoded, decoded) && ahead.picture ? show(std::move(ahead.picture)) : make_picture();
 }
 
 void VideoPictures::set_box(int width, int height)
@@ -90,12 +89,13 @@ VideoFrame VideoPictures::picture_of(GstSample* decoded)
     return decoded && width_ > 0 && height_ > 0 ? scaler_.scale(decoded, width_, height_, scaling_mode_) : VideoFrame();
 }
 
-void VideoPictures::make_picture()
+bool VideoPictures::make_picture()
 {
-    show(picture_of(decoded_.get()));
+    return show(picture_of(decoded_.get()));
 }
 
-void VideoPictures::show(VideoFrame picture)
+/// @return whether it was announced
+bool VideoPictures::show(VideoFrame picture)
 {
     const bool made = static_cast<bool>(picture);
     if (made)
@@ -105,8 +105,10 @@ void VideoPictures::show(VideoFrame picture)
         // The previous picture is destroyed outside the lock.
         std::swap(latest_, picture);
     }
-    if (made && announce_ && !announced_.exchange(true))
-        announce_();
+    if (!made || !announce_ || announced_.exchange(true))
+        return false;
+    announce_();
+    return true;
 }
 
 VideoFrame VideoPictures::latest() const

@@ -28,10 +28,13 @@ public:
 
     /// Replaces the function to announce pictures with.
     void set_announce(std::function<void()> announce);
-    /// Makes the picture of a frame that is not due yet, so that put() takes no time. Called by the decoder's thread.
+    /// Makes the picture of a frame that is not due yet, so that put() takes no time. One frame is prepared at most:
+    /// the next one replaces it. Called by the decoder's thread.
     void prepare(GstSample* decoded);
-    /// The frame is due: its picture becomes the latest. Called by the decoder's thread.
-    void put(GstSample* decoded);
+    /// The frame is due: its picture becomes the latest. A picture that was not prepared is made. Called by the
+    /// decoder's thread.
+    /// @return whether the picture was announced
+    bool put(GstSample* decoded);
 
     /// Sets the box that pictures are fitted into, in device pixels. 0: no pictures are made.
     void set_box(int width, int height);
@@ -48,8 +51,8 @@ private:
     };
 
     VideoFrame picture_of(GstSample* decoded);
-    void make_picture();
-    void show(VideoFrame picture);
+    bool make_picture();
+    bool show(VideoFrame picture);
 
     std::atomic<bool> announced_ = false;
 
@@ -60,6 +63,8 @@ private:
     std::shared_ptr<GstSample> decoded_;
     /// Its frame is null while there is none, its picture empty if the frame has none or the box has changed.
     Ahead ahead_;
+    /// Whether the last prepared frame was not put.
+    bool behind_ = false;
     int width_ = 0;
     int height_ = 0;
     MPMovieScalingMode scaling_mode_;
