@@ -1,5 +1,7 @@
 #include "desktop/screen/DirectVideo.h"
 
+#include "desktop/screen/DisplayWatch.h"
+
 #include <cairo-xlib.h>
 #include <gdk/x11/gdkx.h>
 #include <gtk/gtk.h>
@@ -90,7 +92,8 @@ bool DirectVideo::put(const VideoFrame& frame, std::size_t layer, CGPoint corner
     if (!image_ || picture_size(image_) != CGSize{static_cast<double>(frame.width), static_cast<double>(frame.height)})
         return false;
 
-    // Waits until the X server has read the previous picture.
+    if (!wait_for_server())
+        return false;
     cairo_surface_flush(image_.get());
     const auto* from = static_cast<const unsigned char*>(g_bytes_get_data(frame.pixels.get(), nullptr));
     unsigned char* to = cairo_image_surface_get_data(image_.get());
@@ -111,8 +114,19 @@ bool DirectVideo::put(const VideoFrame& frame, std::size_t layer, CGPoint corner
     cairo_rectangle(drawing.get(), place_.x, place_.y, frame.width, frame.height);
     cairo_fill(drawing.get());
     cairo_surface_flush(window_.get());
-    XFlush(gdk_x11_display_get_xdisplay(gdk_surface_get_display(window)));
+    ::Display* connection = gdk_x11_display_get_xdisplay(gdk_surface_get_display(window));
+    last_put_ = NextRequest(connection) - 1;
+    XFlush(connection);
     return true;
+}
+
+/// Cairo waits, too, but does not notice that the server is gone.
+bool DirectVideo::wait_for_server() const
+{
+    ::Display* connection = gdk_x11_display_get_xdisplay(gtk_widget_get_display(surface_));
+    if (LastKnownRequestProcessed(connection) < last_put_)
+        XSync(connection, False);
+    return !display_is_gone();
 }
 
 bool DirectVideo::prepare(const VideoFrame& frame, const Spot& spot)
@@ -150,17 +164,16 @@ bool DirectVideo::open_window()
     const int scale = gdk_surface_get_scale_factor(window);
     const int width = gdk_surface_get_width(window) * scale;
     const int height = gdk_surface_get_height(window) * scale;
-    if (window_id_ == gdk_x11_surface_get_xid(window)) {
+    if (const unsigned long id = gdk_x11_surface_get_xid(window); std::exchange(window_id_, id) != id) {
+        image_ = nullptr;
+        XWindowAttributes attributes;
+        const bool is_suitable = XGetWindowAttributes(connection, id, &attributes) != 0 && attributes.depth >= 24;
+        window_.reset(is_suitable ? cairo_xlib_surface_create(connection, id, attributes.visual, width, height)
+                                  : nullptr);
+    } else if (window_) {
         cairo_xlib_surface_set_size(window_.get(), width, height);
-        return true;
     }
-    XWindowAttributes attributes;
-    if (XGetWindowAttributes(connection, gdk_x11_surface_get_xid(window), &attributes) == 0 || attributes.depth < 24)
-        return false;
-    window_id_ = gdk_x11_surface_get_xid(window);
-    image_ = nullptr;
-    window_.reset(cairo_xlib_surface_create(connection, window_id_, attributes.visual, width, height));
-    return true;
+    return window_ != nullptr;
 }
 
 void DirectVideo::add_cover(const DrawnNode& node, CGPoint corner, double scale)

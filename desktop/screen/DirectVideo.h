@@ -34,7 +34,7 @@ public:
     /// was, under what lay over it.
     void screen_moved() { layers_.reset(); }
     /// Puts a picture in the place of another of the same size that GTK has drawn, opaque and uncut.
-    /// @param layer of the video, as an index of the layers
+    /// @param layer index of the video among the layers that GTK has drawn
     /// @param corner of the picture, in points of the surface
     /// @return whether the picture is on the screen; otherwise GTK has to draw it
     bool put(const VideoFrame& frame, std::size_t layer, CGPoint corner);
@@ -54,19 +54,24 @@ private:
         double y = 0;
     };
 
+    /// Waits until the X server has read the previous picture.
+    /// @return false if there is no server any more
+    bool wait_for_server() const;
     bool prepare(const VideoFrame& frame, const Spot& spot);
     bool open_window();
     void add_cover(const DrawnNode& node, CGPoint corner, double scale);
 
     GtkWidget* const surface_;
-    /// The window and its size; null and 0 before the first picture.
+    /// The X window, null if it cannot be drawn directly, and its id, 0 before the first picture.
     Picture window_;
     unsigned long window_id_ = 0;
     /// The picture as the X server reads it; null when the window cannot be drawn directly.
     Picture image_;
     /// Absent between screen_moved() and screen_drawn().
     std::optional<std::vector<DrawnNode>> layers_;
-    /// Where the rest is up to date; absent: nowhere.
+    /// Number of the request that put the previous picture.
+    unsigned long last_put_ = 0;
+    /// What image_, place_ and covers_ were made for; absent: they are out of date.
     std::optional<Spot> prepared_for_;
     /// Of the picture's corner, in pixels of the window.
     CGPoint place_;

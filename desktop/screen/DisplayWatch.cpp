@@ -22,13 +22,13 @@ namespace
 /// Higher than GTK's own source: while this source is ready, GLib does not check sources of lower priority.
 constexpr int BeforeAll = G_PRIORITY_HIGH - 100;
 
-bool x_is_gone = false;
+bool is_gone = false;
 
 #ifdef GDK_WINDOWING_X11
 /// Replaces GTK's handler, which terminates the program.
 int x_has_failed(Display*)
 {
-    x_is_gone = true;
+    is_gone = true;
     return 0;
 }
 
@@ -58,6 +58,11 @@ int connection_of(GdkDisplay* display)
 
 } // namespace
 
+bool display_is_gone()
+{
+    return is_gone;
+}
+
 struct DisplayWatch::Source {
     GSource base;
     DisplayWatch* watch;
@@ -72,16 +77,17 @@ struct DisplayWatch::Source {
         *timeout = -1;
         const auto* self = reinterpret_cast<Source*>(source);
         pollfd connection{self->connection, 0, 0};
-        return x_is_gone || self->reported || (poll(&connection, 1, 0) == 1 && connection.revents != 0);
+        return is_gone || (poll(&connection, 1, 0) == 1 && connection.revents != 0);
     }
     static gboolean check(GSource* source)
     {
         const auto* self = reinterpret_cast<Source*>(source);
-        return x_is_gone || self->reported || (g_source_query_unix_fd(source, self->tag) & (G_IO_HUP | G_IO_ERR)) != 0;
+        return is_gone || (g_source_query_unix_fd(source, self->tag) & (G_IO_HUP | G_IO_ERR)) != 0;
     }
     static gboolean dispatch(GSource* source, GSourceFunc, gpointer)
     {
         auto* self = reinterpret_cast<Source*>(source);
+        is_gone = true;
         if (!std::exchange(self->reported, true))
             self->watch->lost_();
         return G_SOURCE_CONTINUE;

@@ -29,4 +29,8 @@ private:
     OwnedSource source_;
 };
 
+/// Whether a DisplayWatch, or a call of Xlib since there is one, has found the connection to the display broken.
+/// Further calls of Xlib then return at once, with nothing done. GTK's thread.
+bool display_is_gone();
+
 } // namespace qoro

@@ -163,8 +163,10 @@ Screen::Window::Window(Screen& screen, Platform& platform, GtkWindow* covered)
       layers_(platform, surface_.get(), covered ? std::numeric_limits<double>::infinity() : 1,
               {.picture =
                    [this](const Layer& video) {
+                       // Before an update, whose changes GTK has not drawn yet.
+                       const bool is_shown = show_picture(video);
                        pacer_.picture_arrived();
-                       return show_picture(video);
+                       return is_shown;
                    },
                .activated = [this](const std::shared_ptr<ViewNode>& view) { input_.activate(view); }}),
       input_(platform, window(), surface_.get(), layers_,

@@ -2,6 +2,7 @@
 
 #include "desktop/net/PageProxy.h"
 #include "desktop/net/Reach.h"
+#include "desktop/screen/DisplayWatch.h"
 #include "desktop/web/GuardFolder.h"
 #include "desktop/web/GuardMessages.h"
 #include "desktop/web/LateWebEngine.h"
@@ -73,6 +74,9 @@ std::unique_ptr<WebEngine> WebKitEngineFactory::make_web_engine(WebListener& lis
 /// loading.
 bool WebKitEngineFactory::may_begin(FirstLoad& load, PageKind kind) const
 {
+    // WebKit asks the display.
+    if (display_is_gone())
+        return false;
     if (!load.hold_until)
         load.hold_until = platform_.loop().now() + LongestHold;
     if (on_hold && on_hold() && platform_.loop().now() < *load.hold_until)

@@ -223,6 +223,7 @@ TEST(PlayProcessesTest, AKilledPageIsReportedTheVideoContinuesAndTheViewerLeaves
 {
     PlayedAd ad({DemoAd});
     ASSERT_TRUE(ad.reaches_second(1)) << ad.complaints();
+    ASSERT_TRUE(ad.page_hears("video_timeupdate")) << "the page has loaded";
 
     ASSERT_TRUE(ad.kill_page_process());
 

@@ -129,6 +129,26 @@ TEST_F(DirectVideoTest, APictureDoesNotWaitForWhatMovesOverIt)
     EXPECT_EQ(on_screen(85, 50), Red);
 }
 
+TEST_F(DirectVideoTest, APictureAfterAFrameDoesNotWaitForWhatMovesOverIt)
+{
+    add_video({0, 20, 160, 90});
+    UIView above = colored({20, 30, 40, 40}, Red);
+    window.addSubview(above);
+    open_and_rest();
+    players.latest->show(Green);
+    above.setBackgroundColor(color(White));
+    players.latest->show(Blue);
+    ASSERT_TRUE(platform.loop().run_until([&] { return on_screen(25, 50) == White; }, 10));
+    // The move waits for the picture that follows so soon.
+    above.setFrame({50, 30, 40, 40});
+    players.latest->show(Green);
+    EXPECT_EQ(on_screen(25, 50), White);
+    EXPECT_EQ(on_screen(100, 50), Green);
+    ASSERT_TRUE(comes_to_rest());
+    EXPECT_EQ(on_screen(25, 50), Green);
+    EXPECT_EQ(on_screen(85, 50), White);
+}
+
 TEST_F(DirectVideoTest, AVideoThatMovesWaitsForTheToolkit)
 {
     add_video({0, 20, 160, 90});
@@ -180,10 +200,19 @@ TEST_F(DirectVideoTest, AChangeOfAHiddenViewNeedsNoFrame)
     window.addSubview(hidden);
     open_and_rest();
     show(Green);
-    // A change waits for the next picture while pictures come.
-    players.latest->show(Red);
-    hidden.setBackgroundColor(color(White));
-    EXPECT_EQ(show(Blue), 0);
+    // A change waits for the next picture while pictures come: again where this machine was too slow for that.
+    double took = 0;
+    int frames = 0;
+    do {
+        ASSERT_TRUE(comes_to_rest());
+        const double began = platform.loop().now();
+        players.latest->show(Red);
+        hidden.setBackgroundColor(color(White));
+        players.latest->show(Blue);
+        took = platform.loop().now() - began;
+        frames = frames_in(0.1);
+    } while (took > 0.04);
+    EXPECT_EQ(frames, 0);
     EXPECT_EQ(on_screen(50, 50), Blue);
     hidden.setHidden(false);
     players.latest->show(Green);
