@@ -29,7 +29,7 @@ namespace qoro
 namespace
 {
 std::atomic<std::uint64_t> dropped = 0;
-/// Seconds of data that must be buffered before a video from a server starts or resumes; calculated from the bytes and
+/// Seconds of data that must be buffered before a video from a server starts or resumes: decoded frames, and bytes at
 /// the video's average rate.
 constexpr double ReadyTime = 2.0;
 /// Seconds by which a complete video may be shorter than its stated duration.
@@ -412,7 +412,7 @@ void Pipeline::Core::watch_data(bool runs)
     if (is_all)
         set_low(false);
     else if (low)
-        set_low(feed.seconds_ready() < ReadyTime || feed.starved());
+        set_low(feed.seconds_ready() + sinks.seconds_ahead() < ReadyTime || feed.starved());
     else
         set_low(runs && feed.starved());
 }

@@ -20,11 +20,14 @@ using Caps = Owned<GstCaps, gst_caps_unref>;
 using Pad = Owned<GstPad, gst_object_unref>;
 using Sample = Owned<GstSample, gst_sample_unref>;
 
-/// Time for the main thread to show a picture before the decoder continues. If all processors are busy, the scheduler
-/// lets the main thread wait for the decoder, which makes the picture up to 3 ms late.
+/// Time for the main thread to show a picture before the next frame is taken and the decoder continues. If all
+/// processors are busy, the scheduler lets the main thread wait, which makes the picture up to 3 ms late.
 constexpr std::chrono::milliseconds HeadStart{1};
-/// The decoder waits only if the frame was ready this long before it was due: a decoder that is short of time must not.
+/// Only granted if the frame was ready this long before it was due: a decoder that is short of time must not wait.
 constexpr std::chrono::milliseconds TimeToSpare{4};
+/// Decoded frames that are kept for the sink. Without them, a frame that takes longer to decode than it is shown is
+/// late, and so is every frame that is decoded while the processors are busy.
+constexpr guint FramesAhead = 3;
 
 /// Whether a sink plays a buffer. Buffers before the target of a seek are only decoded.
 bool lies_within_segment(GstPad* pad, GstBuffer* buffer)
@@ -68,6 +71,14 @@ bool StreamSinks::add(GstBin* pipeline, GstPad* pad)
     return true;
 }
 
+double StreamSinks::seconds_ahead() const
+{
+    guint64 ahead = 0;
+    if (GstElement* queue = ahead_)
+        g_object_get(queue, "current-level-time", &ahead, nullptr);
+    return static_cast<double>(ahead) / static_cast<double>(GST_SECOND);
+}
+
 bool StreamSinks::is_of_sound(GstObject* from) const
 {
     GstElement* sink = sound_;
@@ -82,9 +93,12 @@ std::chrono::duration<double> StreamSinks::opening_sound_since() const
 
 bool StreamSinks::add_picture(GstBin* pipeline, GstPad* pad)
 {
+    GstElement* queue = gst_element_factory_make("queue", nullptr);
     GstElement* sink = gst_element_factory_make("appsink", nullptr);
-    if (!sink)
+    if (!queue || !sink)
         return false;
+    g_object_set(queue, "max-size-buffers", FramesAhead, "max-size-bytes", 0U, "max-size-time", guint64{0}, "silent",
+                 TRUE, nullptr);
     const Caps readable(gst_caps_new_empty_simple("video/x-raw"));
     // qos: a late decoder is notified and drops frames. max-lateness: frames that are too late are not shown.
     g_object_set(sink, "caps", readable.get(), "max-buffers", 1U, "enable-last-sample", FALSE, "qos", TRUE,
@@ -93,14 +107,18 @@ bool StreamSinks::add_picture(GstBin* pipeline, GstPad* pad)
     callbacks.new_preroll = on_preroll;
     callbacks.new_sample = on_sample;
     gst_app_sink_set_callbacks(GST_APP_SINK(sink), &callbacks, this, nullptr);
+    ahead_ = queue;
     picture_ = sink;
-    gst_bin_add(pipeline, sink);
+    gst_bin_add_many(pipeline, queue, sink, nullptr);
+    gst_element_link(queue, sink);
     const Pad entry(gst_element_get_static_pad(sink, "sink"));
     watch(entry.get());
     gst_pad_add_probe(entry.get(), GST_PAD_PROBE_TYPE_BUFFER, on_frame, this, nullptr);
     gst_pad_add_probe(entry.get(), GST_PAD_PROBE_TYPE_QUERY_DOWNSTREAM, on_allocation, nullptr, nullptr);
-    gst_pad_link(pad, entry.get());
-    gst_element_sync_state_with_parent(sink);
+    const Pad queue_entry(gst_element_get_static_pad(queue, "sink"));
+    gst_pad_link(pad, queue_entry.get());
+    for (GstElement* element : {sink, queue})
+        gst_element_sync_state_with_parent(element);
     return true;
 }
 

@@ -30,6 +30,8 @@ public:
     bool has_any() const { return picture_ || sound_; }
     /// Whether a picture or sound has arrived since the start or the last seek.
     bool got_any() const { return got_any_; }
+    /// Duration of the decoded frames that wait for the sink, in seconds. To be called while the pipeline exists.
+    double seconds_ahead() const;
     /// Whether a message comes from the sound sink or one of its parts.
     bool is_of_sound(GstObject* from) const;
 
@@ -54,10 +56,12 @@ private:
     const std::shared_ptr<VideoPictures> pictures_;
     const bool silent_;
     const std::optional<float> volume_;
+    /// Holds decoded frames for the sink of the picture.
+    std::atomic<GstElement*> ahead_ = nullptr;
     std::atomic<GstElement*> picture_ = nullptr;
     std::atomic<GstElement*> sound_ = nullptr;
     std::atomic<bool> got_any_ = false;
-    /// When the last frame arrived and its picture, if any, was made. The thread of the pictures only.
+    /// When the last frame arrived and its picture, if any, was made. The sink's thread only.
     Clock::time_point frame_ready_;
     /// Start of the pending attempt to open the sound; 0 if there is none.
     std::atomic<Clock::rep> sound_opening_ = 0;

@@ -13,9 +13,9 @@ typedef struct _GstSample GstSample;
 namespace qoro
 {
 
-/// The latest picture of one video. The decoder's thread puts frames in, the main thread takes pictures out. Pictures
-/// are made on the decoder's thread, before they are due. Only when the size or scaling mode changes does the main
-/// thread make one, from the last frame, so that a paused video is redrawn too when the device is rotated.
+/// The latest picture of one video. The sink's thread puts frames in, the main thread takes pictures out. Pictures are
+/// made on the sink's thread, before they are due. Only when the size or scaling mode changes does the main thread make
+/// one, from the last frame, so that a paused video is redrawn too when the device is rotated.
 class VideoPictures
 {
 public:
@@ -29,10 +29,10 @@ public:
     /// Replaces the function to announce pictures with.
     void set_announce(std::function<void()> announce);
     /// Makes the picture of a frame that is not due yet, so that put() takes no time. One frame is prepared at most:
-    /// the next one replaces it. Called by the decoder's thread.
+    /// the next one replaces it. Called by the sink's thread.
     void prepare(GstSample* decoded);
     /// The frame is due: its picture becomes the latest. A picture that was not prepared is made. Called by the
-    /// decoder's thread.
+    /// sink's thread.
     /// @return whether the picture was announced
     bool put(GstSample* decoded);
 

@@ -11,8 +11,10 @@
 
 #include <algorithm>
 #include <atomic>
+#include <chrono>
 #include <memory>
 #include <random>
+#include <thread>
 #include <utility>
 
 // The pictures of this program's decoders. ffmpeg's program, which decodes with the same library, is the measure.
@@ -236,24 +238,58 @@ void add_sink(GstElement*, GstPad* pad, gpointer received)
     self.sinks.add(self.pipeline, pad);
 }
 
+/// Plays a clip, with the player's own sinks.
+struct Playing {
+    explicit Playing(const std::string& clip)
+        : pipeline(gst_parse_launch("filesrc name=source ! decodebin name=all", nullptr))
+    {
+        const Element source(gst_bin_get_by_name(GST_BIN(pipeline.get()), "source"));
+        const Element all(gst_bin_get_by_name(GST_BIN(pipeline.get()), "all"));
+        g_object_set(source.get(), "location", clip.c_str(), nullptr);
+        g_signal_connect(all.get(), "pad-added", G_CALLBACK(add_sink), &received);
+    }
+    ~Playing() { set_state(GST_STATE_NULL); }
+    Playing(const Playing&) = delete;
+    Playing& operator=(const Playing&) = delete;
+
+    void set_state(GstState state) { gst_element_set_state(pipeline.get(), state); }
+    /// Waits for the end, or an error.
+    GstMessageType wait_for_end()
+    {
+        const Owned<GstBus, gst_object_unref> bus(gst_element_get_bus(pipeline.get()));
+        const Owned<GstMessage, gst_message_unref> end(gst_bus_timed_pop_filtered(
+            bus.get(), GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
+        return GST_MESSAGE_TYPE(end.get());
+    }
+
+    const Element pipeline;
+    Received received{GST_BIN(pipeline.get())};
+};
+
 TEST_F(LibavPictures, ReachTheScreensSinkWithoutACopy)
 {
     const std::string clip = make("size=160x90:duration=1", Reordered);
     start_media_framework();
-    const Element pipeline(gst_parse_launch("filesrc name=source ! decodebin name=all", nullptr));
-    const Element source(gst_bin_get_by_name(GST_BIN(pipeline.get()), "source"));
-    const Element all(gst_bin_get_by_name(GST_BIN(pipeline.get()), "all"));
-    g_object_set(source.get(), "location", clip.c_str(), nullptr);
-    Received received{GST_BIN(pipeline.get())};
-    g_signal_connect(all.get(), "pad-added", G_CALLBACK(add_sink), &received);
-    gst_element_set_state(pipeline.get(), GST_STATE_PLAYING);
-    const Owned<GstBus, gst_object_unref> bus(gst_element_get_bus(pipeline.get()));
-    const Owned<GstMessage, gst_message_unref> end(gst_bus_timed_pop_filtered(
-        bus.get(), GST_CLOCK_TIME_NONE, static_cast<GstMessageType>(GST_MESSAGE_EOS | GST_MESSAGE_ERROR)));
-    gst_element_set_state(pipeline.get(), GST_STATE_NULL);
-    EXPECT_EQ(GST_MESSAGE_TYPE(end.get()), GST_MESSAGE_EOS);
-    EXPECT_GT(received.originals, 0);
-    EXPECT_EQ(received.copies, 0);
+    Playing playing(clip);
+    playing.set_state(GST_STATE_PLAYING);
+    EXPECT_EQ(playing.wait_for_end(), GST_MESSAGE_EOS);
+    playing.set_state(GST_STATE_NULL);
+    EXPECT_GT(playing.received.originals, 0);
+    EXPECT_EQ(playing.received.copies, 0);
+}
+
+TEST_F(LibavPictures, AreDecodedAheadOfTheOneOnTheScreen)
+{
+    const std::string clip = make("size=160x90:duration=1", Reordered);
+    start_media_framework();
+    Playing playing(clip);
+    // Paused, the first one is on the screen.
+    playing.set_state(GST_STATE_PAUSED);
+    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (playing.received.originals < 4 && std::chrono::steady_clock::now() < patience)
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_GE(playing.received.originals, 4) << "three that are decoded hide that the next one takes longer";
+    EXPECT_LE(playing.received.originals, 5) << "three are kept, and one waits for its place";
 }
 
 TEST_F(LibavPictures, ThatAreLateAreDroppedAndReported)
